@@ -1,0 +1,32 @@
+# One set of compiler settings for everything we build.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+option(DAX_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}
+                                  CCACHE_NOHASHDIR=1 ${CCACHE})
+endif()
+
+add_library(dax_settings INTERFACE)
+target_include_directories(dax_settings INTERFACE ${CMAKE_SOURCE_DIR}/src)
+if(MSVC)
+  target_compile_options(dax_settings INTERFACE /W4 /WX /permissive- /utf-8)
+else()
+  # GCC 12 reports impossible overlaps and uninitialised reads inside its own library at -O2.
+  target_compile_options(dax_settings INTERFACE -Wall -Wextra -Wpedantic -Werror -Wshadow -Wnon-virtual-dtor
+                                                $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict -Wno-maybe-uninitialized>)
+endif()
+if(DAX_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+if(WIN32)
+  target_compile_definitions(dax_settings INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601)
+  add_link_options(-static)
+endif()
