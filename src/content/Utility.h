@@ -1,0 +1,14 @@
+// What the content object library offers to everybody: new identifiers.
+#pragma once
+
+#include "data/Text.h"
+
+namespace dax {
+
+class Utility {
+public:
+    // A new unique text on each call, fit as a key: 32 lower-case hexadecimal digits of a random number.
+    static Text NewIdentifier();
+};
+
+} // namespace dax

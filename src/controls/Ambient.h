@@ -1,0 +1,21 @@
+// What a host says about the place where a control stands.
+#pragma once
+
+#include "data/Text.h"
+
+#include <cstdint>
+
+namespace dax {
+
+struct Ambient {
+    bool userMode = true; // false: the host is being designed
+    Text displayName;     // the control's name on its form
+    Text fontName = u"Tahoma";
+    double fontSize = 8.25; // points
+    bool isBold = false, isItalic = false;
+    uint32_t foreColor = 0x000000; // 0x00BBGGRR
+    uint32_t backColor = 0xFFFFFF;
+    int dpi = 96;
+};
+
+} // namespace dax

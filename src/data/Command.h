@@ -1,0 +1,28 @@
+// A statement with positional parameters ("?"), in ADO's vocabulary.
+#pragma once
+
+#include "data/Connection.h"
+
+#include <vector>
+
+namespace dax {
+
+class Command {
+public:
+    explicit Command(Connection& connection) : connection(connection) {}
+
+    void SetCommandText(Text statement) { commandText = std::move(statement); }
+    const Text& CommandText() const { return commandText; }
+    // Parameters in the order of the question marks. A date is sent the way that the engine compares it right.
+    void AppendParameter(Value value) { parameters.push_back(std::move(value)); }
+    void ClearParameters() { parameters.clear(); }
+    // Answers the number of rows affected.
+    int64_t Execute(int options = adCmdText | adExecuteNoRecords);
+
+private:
+    Connection& connection;
+    Text commandText;
+    std::vector<Value> parameters;
+};
+
+} // namespace dax

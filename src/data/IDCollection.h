@@ -1,0 +1,35 @@
+// An ordered set of identifier texts: each is both item and key, so it occurs at most once.
+#pragma once
+
+#include "data/Text.h"
+
+#include <list>
+#include <unordered_map>
+
+namespace dax {
+
+class IDCollection {
+public:
+    IDCollection() = default;
+    IDCollection(const IDCollection& other);
+    IDCollection(IDCollection&&) noexcept = default;
+    IDCollection& operator=(IDCollection other) noexcept;
+    ~IDCollection() = default;
+
+    // False, and nothing done, when the text is there already or is not there.
+    bool Add(const Text& id);
+    bool Remove(const Text& id);
+    bool Contains(const Text& id) const { return places.contains(id); }
+    void Clear();
+
+    size_t Count() const { return items.size(); }
+    bool IsEmpty() const { return items.empty(); }
+    auto begin() const { return items.begin(); }
+    auto end() const { return items.end(); }
+
+private:
+    std::list<Text> items;
+    std::unordered_map<Text, std::list<Text>::iterator> places;
+};
+
+} // namespace dax

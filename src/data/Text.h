@@ -1,0 +1,26 @@
+// Text of the whole system: UTF-16 on every platform, so that lengths are the ones hosts see.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace dax {
+
+using Text = std::u16string;
+using TextView = std::u16string_view;
+
+// A byte sequence that is no UTF-8 becomes U+FFFD, a lone surrogate likewise in the other direction.
+Text FromUtf8(std::string_view utf8);
+std::string ToUtf8(TextView text);
+
+Text ToText(long long number);
+
+// The first units of a text, at most `length`, never cutting a surrogate pair in two.
+TextView Shorten(TextView text, size_t length);
+
+// ASCII only, whatever the locale.
+bool EqualNoCase(TextView a, TextView b);
+Text LowerAscii(TextView text);
+TextView TrimBlanks(TextView text);
+
+} // namespace dax
