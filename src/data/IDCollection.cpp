@@ -1,0 +1,37 @@
+#include "data/IDCollection.h"
+
+namespace dax {
+
+IDCollection::IDCollection(const IDCollection& other) {
+    for (const Text& id : other) Add(id);
+}
+
+IDCollection& IDCollection::operator=(IDCollection other) noexcept {
+    // Swapping lists keeps the places valid.
+    items.swap(other.items);
+    places.swap(other.places);
+    return *this;
+}
+
+bool IDCollection::Add(const Text& id) {
+    const auto [place, isNew] = places.try_emplace(id);
+    if (isNew) place->second = items.insert(items.end(), id);
+    return isNew;
+}
+
+bool IDCollection::Remove(const Text& id) {
+    const auto place = places.find(id);
+    if (place == places.end()) return false;
+    // `id` may be the very text that is removed: the list goes last.
+    const auto item = place->second;
+    places.erase(place);
+    items.erase(item);
+    return true;
+}
+
+void IDCollection::Clear() {
+    places.clear();
+    items.clear();
+}
+
+} // namespace dax

@@ -1,0 +1,139 @@
+#include "data/Text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+
+namespace dax {
+
+namespace {
+
+constexpr char16_t Replacement = 0xFFFD;
+
+bool IsHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
+bool IsLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
+
+// What the first byte of a sequence promises: how many bytes follow and between which bounds the first of them lies.
+struct Lead {
+    int following;
+    unsigned char low, high;
+    unsigned char bits;
+};
+
+Lead LeadOf(unsigned char byte) {
+    if (byte >= 0xC2 && byte <= 0xDF) return {1, 0x80, 0xBF, static_cast<unsigned char>(byte & 0x1F)};
+    if (byte >= 0xE0 && byte <= 0xEF) {
+        return {2, static_cast<unsigned char>(byte == 0xE0 ? 0xA0 : 0x80),
+                static_cast<unsigned char>(byte == 0xED ? 0x9F : 0xBF), static_cast<unsigned char>(byte & 0x0F)};
+    }
+    if (byte >= 0xF0 && byte <= 0xF4) {
+        return {3, static_cast<unsigned char>(byte == 0xF0 ? 0x90 : 0x80),
+                static_cast<unsigned char>(byte == 0xF4 ? 0x8F : 0xBF), static_cast<unsigned char>(byte & 0x07)};
+    }
+    return {0, 0, 0, 0};
+}
+
+void Append(Text& text, char32_t point) {
+    if (point < 0x10000) {
+        text.push_back(static_cast<char16_t>(point));
+    } else {
+        text.push_back(static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10)));
+        text.push_back(static_cast<char16_t>(0xDC00 + ((point - 0x10000) & 0x3FF)));
+    }
+}
+
+void Append(std::string& utf8, char32_t point) {
+    if (point < 0x80) {
+        utf8.push_back(static_cast<char>(point));
+        return;
+    }
+    if (point < 0x800) {
+        utf8.push_back(static_cast<char>(0xC0 | (point >> 6)));
+    } else {
+        if (point < 0x10000) {
+            utf8.push_back(static_cast<char>(0xE0 | (point >> 12)));
+        } else {
+            utf8.push_back(static_cast<char>(0xF0 | (point >> 18)));
+            utf8.push_back(static_cast<char>(0x80 | ((point >> 12) & 0x3F)));
+        }
+        utf8.push_back(static_cast<char>(0x80 | ((point >> 6) & 0x3F)));
+    }
+    utf8.push_back(static_cast<char>(0x80 | (point & 0x3F)));
+}
+
+char16_t LowerUnit(char16_t unit) { return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit; }
+
+} // namespace
+
+Text FromUtf8(std::string_view utf8) {
+    Text text;
+    text.reserve(utf8.size());
+    for (size_t i = 0; i < utf8.size();) {
+        const auto byte = static_cast<unsigned char>(utf8[i++]);
+        if (byte < 0x80) {
+            text.push_back(byte);
+            continue;
+        }
+        const Lead lead = LeadOf(byte);
+        char32_t point = lead.bits;
+        int taken = 0;
+        for (; taken < lead.following && i < utf8.size(); ++taken, ++i) {
+            const auto next = static_cast<unsigned char>(utf8[i]);
+            if (next < (taken == 0 ? lead.low : 0x80) || next > (taken == 0 ? lead.high : 0xBF)) break;
+            point = (point << 6) | (next & 0x3F);
+        }
+        // What was taken of a broken sequence is one replacement; the byte that broke it starts afresh.
+        if (lead.following == 0 || taken < lead.following) {
+            text.push_back(Replacement);
+        } else {
+            Append(text, point);
+        }
+    }
+    return text;
+}
+
+std::string ToUtf8(TextView text) {
+    std::string utf8;
+    utf8.reserve(text.size());
+    for (size_t i = 0; i < text.size(); ++i) {
+        char32_t point = text[i];
+        if (IsHighSurrogate(point) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
+            point = 0x10000 + ((point - 0xD800) << 10) + (text[++i] - 0xDC00u);
+        } else if (IsHighSurrogate(point) || IsLowSurrogate(point)) {
+            point = Replacement;
+        }
+        Append(utf8, point);
+    }
+    return utf8;
+}
+
+Text ToText(long long number) {
+    char digits[24];
+    const auto end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    return Text(std::begin(digits), end);
+}
+
+TextView Shorten(TextView text, size_t length) {
+    if (text.size() <= length) return text;
+    if (length > 0 && IsHighSurrogate(text[length - 1]) && IsLowSurrogate(text[length])) --length;
+    return text.substr(0, length);
+}
+
+bool EqualNoCase(TextView a, TextView b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char16_t x, char16_t y) { return LowerUnit(x) == LowerUnit(y); });
+}
+
+Text LowerAscii(TextView text) {
+    Text lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(), LowerUnit);
+    return lower;
+}
+
+TextView TrimBlanks(TextView text) {
+    const size_t first = text.find_first_not_of(u' ');
+    if (first == TextView::npos) return {};
+    return text.substr(first, text.find_last_not_of(u' ') - first + 1);
+}
+
+} // namespace dax

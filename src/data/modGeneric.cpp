@@ -1,0 +1,249 @@
+#include "data/modGeneric.h"
+
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <iterator>
+#include <limits>
+#include <locale>
+#include <optional>
+#include <sstream>
+#include <vector>
+#ifdef _WIN32
+#include <locale.h>
+#endif
+
+namespace dax::modGeneric {
+
+namespace {
+
+std::filesystem::file_status StatusOf(const Text& path) { return std::filesystem::status(std::filesystem::path(path)); }
+
+// Days since 30 December 1899, the fraction counting away from zero on both sides: how hosts number dates.
+double DateSerial(const DateTime& date) {
+    using namespace std::chrono;
+    const sys_days day =
+        year(date.year) / month(static_cast<unsigned>(date.month)) / std::chrono::day(static_cast<unsigned>(date.day));
+    const auto days = static_cast<double>((day - sys_days(year(1899) / December / 30)).count());
+    const double fraction = (date.hour * 3600.0 + date.minute * 60.0 + date.second) / 86400.0;
+    return days < 0 ? days - fraction : days + fraction;
+}
+
+// Decimal point and no thousands marks whatever the locale, so that stored numbers mean the same everywhere.
+std::optional<double> ParseNumber(TextView text) {
+    text = TrimBlanks(text);
+    const std::string digits = ToUtf8(text);
+    const char* first = digits.data();
+    const char* last = first + digits.size();
+    if (digits.size() > 2 && digits[0] == '&' && (digits[1] == 'H' || digits[1] == 'h')) {
+        uint32_t bits = 0;
+        const auto [end, failure] = std::from_chars(first + 2, last, bits, 16);
+        if (failure != std::errc() || end != last) return std::nullopt;
+        return static_cast<int32_t>(bits);
+    }
+    if (digits.size() > 1 && digits[0] == '+' && digits[1] != '-') ++first;
+    double number = 0;
+    const auto [end, failure] = std::from_chars(first, last, number);
+    if (first == last || failure != std::errc() || end != last || !std::isfinite(number)) return std::nullopt;
+    return number;
+}
+
+std::optional<double> NumberOf(const Value& value) {
+    if (const auto* truth = std::get_if<bool>(&value)) return *truth ? -1 : 0;
+    if (const auto* whole = std::get_if<int64_t>(&value)) return static_cast<double>(*whole);
+    if (const auto* number = std::get_if<double>(&value)) return *number;
+    if (const auto* text = std::get_if<Text>(&value)) return ParseNumber(*text);
+    if (const auto* date = std::get_if<DateTime>(&value)) return DateSerial(*date);
+    return std::nullopt;
+}
+
+// To the nearest whole number, halves to the even one, whatever rounding mode the thread has.
+double RoundHalfToEven(double number) {
+    const double below = std::floor(number);
+    const double rest = number - below;
+    if (rest < 0.5 || (rest == 0.5 && std::fmod(below, 2.0) == 0.0)) return below;
+    return below + 1;
+}
+
+Text NumberText(double number) {
+    char digits[40];
+    const auto end =
+        std::to_chars(std::begin(digits), std::end(digits), number == 0 ? 0.0 : number, std::chars_format::general, 15)
+            .ptr;
+    Text text(std::begin(digits), end);
+    for (char16_t& unit : text) {
+        if (unit == u'e') unit = u'E';
+    }
+    return text;
+}
+
+std::tm ToCalendar(const DateTime& date) {
+    std::tm calendar{};
+    calendar.tm_year = date.year - 1900;
+    calendar.tm_mon = date.month - 1;
+    calendar.tm_mday = date.day;
+    calendar.tm_hour = date.hour;
+    calendar.tm_min = date.minute;
+    calendar.tm_sec = date.second;
+    return calendar;
+}
+
+Text FromWide(const std::wstring& wide) {
+    if constexpr (sizeof(wchar_t) == sizeof(char16_t)) return Text(wide.begin(), wide.end());
+    Text text;
+    for (const wchar_t unit : wide) {
+        const auto point = static_cast<char32_t>(unit);
+        if (point >= 0x10000) {
+            text.push_back(static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10)));
+            text.push_back(static_cast<char16_t>(0xDC00 + ((point - 0x10000) & 0x3FF)));
+        } else {
+            text.push_back(static_cast<char16_t>(point));
+        }
+    }
+    return text;
+}
+
+// The date by `datePattern` and the time by `timePattern` of the locale; nothing when the system does not know it.
+std::optional<Text> FormatIn(const char* localeName, const DateTime& date, const wchar_t* pattern) {
+    const std::tm calendar = ToCalendar(date);
+#ifdef _WIN32
+    // The C++ library of some compilers knows the "C" locale alone on Windows; the system's C library knows all.
+    _locale_t place = _create_locale(LC_TIME, localeName);
+    if (!place) return std::nullopt;
+    wchar_t buffer[256];
+    const size_t length = _wcsftime_l(buffer, std::size(buffer), pattern, &calendar, place);
+    _free_locale(place);
+    if (length == 0) return std::nullopt;
+    return FromWide(std::wstring(buffer, length));
+#else
+    try {
+        const std::locale place(localeName);
+        std::wostringstream out;
+        out.imbue(place);
+        std::use_facet<std::time_put<wchar_t>>(place).put(std::ostreambuf_iterator<wchar_t>(out), out, L' ', &calendar,
+                                                          pattern, pattern + std::wcslen(pattern));
+        return FromWide(out.str());
+    } catch (const std::runtime_error&) {
+        return std::nullopt;
+    }
+#endif
+}
+
+bool IsPlainLocale(const char* localeName) {
+#ifdef _WIN32
+    return std::strcmp(localeName, "C") == 0;
+#else
+    try {
+        const std::string name = std::locale(localeName).name();
+        return name == "POSIX" || name == "C" || name.starts_with("C.") || name.find("LC_TIME=C;") != name.npos ||
+               name.find("LC_TIME=C.") != name.npos;
+    } catch (const std::runtime_error&) {
+        return true;
+    }
+#endif
+}
+
+// yyyy-mm-dd hh:mm:ss where there is no locale: the "C" locale's own mm/dd/yy is read wrongly by most of the world.
+Text PlainDateTime(const DateTime& date, bool withTime) {
+    char buffer[64];
+    const std::tm calendar = ToCalendar(date);
+    const size_t length = std::strftime(buffer, sizeof buffer, withTime ? "%Y-%m-%d %H:%M:%S" : "%Y-%m-%d", &calendar);
+    return Text(buffer, buffer + length);
+}
+
+Text FormatDate(const DateTime& date, const char* localeName, bool withTime) {
+    if (!IsPlainLocale(localeName)) {
+        if (auto text = FormatIn(localeName, date, withTime ? L"%x %X" : L"%x")) return *text;
+    }
+    return PlainDateTime(date, withTime);
+}
+
+} // namespace
+
+bool FileExists(const Text& path) noexcept {
+    try {
+        const auto status = StatusOf(path);
+        return std::filesystem::exists(status) && !std::filesystem::is_directory(status);
+    } catch (...) {
+        return false;
+    }
+}
+
+bool IsFileReadOnly(const Text& path) noexcept {
+    try {
+        using std::filesystem::perms;
+        const auto status = StatusOf(path);
+        return std::filesystem::exists(status) &&
+               (status.permissions() & (perms::owner_write | perms::group_write | perms::others_write)) == perms::none;
+    } catch (...) {
+        return false;
+    }
+}
+
+Text MakeValidFileName(Text name, const Text& replacement) {
+    // One character after the other, so that a replacement that holds a later one is replaced again: deliberate.
+    for (const char16_t forbidden : TextView(u"\\/:*?\"<>|")) {
+        Text clean;
+        clean.reserve(name.size());
+        for (const char16_t unit : name) {
+            if (unit == forbidden) {
+                clean += replacement;
+            } else {
+                clean.push_back(unit);
+            }
+        }
+        name = std::move(clean);
+    }
+    return name;
+}
+
+Text Pluralize(const Text& word, long count) { return count == 1 ? word : word + u"s"; }
+
+int32_t VariantToLong(const Value& value, int32_t defaultValue) {
+    const std::optional<double> number = NumberOf(value);
+    if (!number || std::isnan(*number)) return defaultValue;
+    const double rounded = RoundHalfToEven(*number);
+    if (rounded < std::numeric_limits<int32_t>::min() || rounded > std::numeric_limits<int32_t>::max()) {
+        return defaultValue;
+    }
+    return static_cast<int32_t>(rounded);
+}
+
+Text VariantToString(const Value& value, const Text& defaultValue) {
+    if (const auto* text = std::get_if<Text>(&value)) return *text;
+    if (const auto* truth = std::get_if<bool>(&value)) return *truth ? u"True" : u"False";
+    if (const auto* whole = std::get_if<int64_t>(&value)) return ToText(*whole);
+    if (const auto* number = std::get_if<double>(&value)) {
+        return std::isfinite(*number) ? NumberText(*number) : defaultValue;
+    }
+    if (const auto* date = std::get_if<DateTime>(&value)) {
+        // A date without a time shows none.
+        return FormatDate(*date, "", date->hour != 0 || date->minute != 0 || date->second != 0);
+    }
+    return defaultValue;
+}
+
+void CollectionAddKey(IDCollection& collection, const Text& key) { collection.Add(key); }
+
+void CollectionRemoveKey(IDCollection& collection, const Text& key) { collection.Remove(key); }
+
+void CollectionAddAll(IDCollection& target, const IDCollection& source) {
+    for (const Text& id : source) target.Add(id);
+}
+
+void CollectionRemoveAll(IDCollection& target, const IDCollection& source) {
+    if (&target == &source) {
+        target.Clear();
+        return;
+    }
+    for (const Text& id : source) target.Remove(id);
+}
+
+bool CollectionHasKey(const IDCollection& collection, const Text& key) { return collection.Contains(key); }
+
+Text FormatLocalDateTime(const DateTime& date, const char* localeName) { return FormatDate(date, localeName, true); }
+
+} // namespace dax::modGeneric
