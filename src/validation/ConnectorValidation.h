@@ -1,0 +1,18 @@
+// Checks that a connector database is complete and lets a user open at least one catalog.
+#pragma once
+
+#include "data/Text.h"
+
+#include <cstdint>
+
+namespace dax {
+
+// Follows the connection-test convention of modDB::TestOpenConnection: nothing is thrown.
+bool ProbeConnectorTables(const Text& connectionString, int32_t& errorNumber, Text& errorDescription) noexcept;
+
+// For these two every error is a no.
+bool ConnectorHasUsers(const Text& connectionString) noexcept;
+// True for a super user without looking at rights, and for a rights row of any value.
+bool UserHasListedDatabase(const Text& connectionString, const Text& username) noexcept;
+
+} // namespace dax

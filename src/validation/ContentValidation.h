@@ -1,0 +1,20 @@
+// Checks that a content database has the tables we need and lets us write to them.
+#pragma once
+
+#include "data/Text.h"
+
+#include <cstdint>
+
+namespace dax {
+
+// Follow the connection-test convention of modDB::TestOpenConnection: nothing is thrown.
+bool ProbeContentTables(const Text& connectionString, int32_t& errorNumber, Text& errorDescription) noexcept;
+
+// Writes one row into each of the five tables inside a transaction and rolls it back, whatever happens. Of all this
+// only a counter value of velmoraAutonumbers may stay used up.
+bool TestContentWrite(const Text& connectionString, int32_t& errorNumber, Text& errorDescription, bool isMDB) noexcept;
+
+// Whether the optional discussion tables are there; every error is a no.
+bool ProbeTalkTables(const Text& connectionString) noexcept;
+
+} // namespace dax
