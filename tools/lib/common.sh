@@ -1,0 +1,19 @@
+# shellcheck shell=bash
+# What every tool shares: where the project lies, how to speak, how to be the first command on a fresh machine.
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+export HOME="${HOME:-/tmp}"
+# Programs of the system first: a version manager's own Python or CMake must not decide what is built.
+export PATH="/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin:$PATH"
+export LC_ALL="${LC_ALL:-C.UTF-8}"
+
+say() { printf '%s\n' "$*"; }
+warn() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; }
+fail() {
+    warn "$*"
+    exit 1
+}
+
+# The comment at the top of a tool is its help text.
+show_help() { sed -n '2,/^[^#]/{s/^# \{0,1\}//p;}' "$0"; }
+
+ensure_setup() { "$root/tools/setup" packages >&2 </dev/null || fail "setup failed, see above"; }
