@@ -1,0 +1,66 @@
+// The rows and columns of a report list. The model is the truth; a window mirrors it and tells it what is selected.
+#pragma once
+
+#include "data/Text.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace dax {
+
+struct ListColumn {
+    Text key;     // finds the column, whatever stands before it
+    Text caption; // header text
+    Text tag;     // the host's own; the lock list keeps the column to sort by here
+};
+
+struct ListItem {
+    std::vector<Text> cells; // by the position of the column; shorter than the columns when cells are empty
+    int32_t tag = 0;
+    bool isSelected = false;
+};
+
+// A window hears what changed.
+class ListModelListener {
+public:
+    virtual ~ListModelListener() = default;
+    virtual void ColumnsChanged() = 0;
+    virtual void ItemsChanged() = 0; // rows came or went: read all of them anew when painting next
+    virtual void AutosizeColumns() = 0;
+};
+
+class ListModel {
+public:
+    // At most one; null for none.
+    void SetListener(ListModelListener* newListener) { listener = newListener; }
+
+    void SetColumns(std::vector<ListColumn> newColumns);
+    const std::vector<ListColumn>& Columns() const { return columns; }
+    // -1 for a key that no column has.
+    int ColumnIndex(TextView key) const;
+
+    void ClearItems();
+    // Changes are told once at the end of a filling; between the two the window shows what it showed.
+    void BeginFilling() { ++filling; }
+    void EndFilling();
+    size_t AddItem(Text firstCell);
+    void SetCell(size_t item, int column, Text text); // nothing for column -1
+    void SetTag(size_t item, int32_t tag) { items[item].tag = tag; }
+    void SetSelected(size_t item, bool isSelected) { items[item].isSelected = isSelected; }
+
+    const std::vector<ListItem>& Items() const { return items; }
+    const Text& Cell(size_t item, size_t column) const; // empty beyond the cells there are
+
+    void AutosizeColumns();
+
+private:
+    void Changed();
+
+    std::vector<ListColumn> columns;
+    std::vector<ListItem> items;
+    ListModelListener* listener = nullptr;
+    int filling = 0;
+};
+
+} // namespace dax

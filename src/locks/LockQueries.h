@@ -1,0 +1,20 @@
+// The statements on the locks table.
+#pragma once
+
+#include "data/Connection.h"
+#include "locks/LockRecord.h"
+
+namespace dax::LockQueries {
+
+// `sortColumn` is a column's full name or empty: no order, and then `isDescending` says nothing.
+Text BuildLockQuery(LockDisplayTypes displayType, const Text& username, const Text& lessonID, const Text& sortColumn,
+                    bool isDescending);
+
+// All seven columns must match, so a lock that was taken anew since it was read survives. A lock that somebody else
+// removed meanwhile is no error.
+void DeleteLockRecord(Connection& connection, const LockRecord& record);
+
+// The same condition as text, for logs and support; nothing executes it.
+Text BuildLockDeleteText(const LockRecord& record, bool isMDB);
+
+} // namespace dax::LockQueries

@@ -1,0 +1,131 @@
+#include "locks/LockRules.h"
+
+#include "data/Error.h"
+#include "data/modGeneric.h"
+
+#include <array>
+#include <chrono>
+
+namespace dax::LockRules {
+
+namespace {
+
+constexpr int64_t Minute = 60, Hour = 60 * Minute, Day = 24 * Hour;
+constexpr int64_t ConnectionTestLifetime = 10 * Minute;
+
+int64_t SecondsSinceEpoch(const DateTime& date) {
+    using namespace std::chrono;
+    const year_month_day day{year{date.year}, month{static_cast<unsigned>(date.month)},
+                             std::chrono::day{static_cast<unsigned>(date.day)}};
+    return sys_days{day}.time_since_epoch().count() * Day + date.hour * Hour + date.minute * Minute + date.second;
+}
+
+Text Part(int64_t number, const Text& unit) {
+    return modGeneric::Pluralize(ToText(number) + u" " + unit, static_cast<long>(number));
+}
+
+bool TextEquals(const Value& value, const Text& text) {
+    return !IsNull(value) && modGeneric::VariantToString(value, u"") == text;
+}
+
+} // namespace
+
+bool IsKnownLockType(int32_t lockType) {
+    return lockType == lltConnectionTest || (lockType >= lltEditLesson && lockType <= lltClosed);
+}
+
+bool IsExpiredConnectionTest(const Value& lockType, const Value& lockDate, const DateTime& now) {
+    if (modGeneric::VariantToLong(lockType, lltNone) != lltConnectionTest) return false;
+    const auto date = ToDate(lockDate);
+    return date && SecondsBetween(*date, now) > ConnectionTestLifetime;
+}
+
+bool IsGroupLock(const LockRow& row, const Text& lessonID, const IDCollection* group) {
+    if (TextEquals(row.lessonID, lessonID)) return true;
+    return group && group->Contains(modGeneric::VariantToString(row.lessonID, u""));
+}
+
+bool IsInvalidLock(const LockRow& row, bool expectNoSessionIDRecords, const Text& sessionID, const DateTime& now) {
+    if (IsNull(row.lessonTitle)) return true; // the lock points at a deleted lesson
+    const int32_t lockType = modGeneric::VariantToLong(row.lockType, lltNone);
+    if (modGeneric::VariantToLong(row.lessonType, ltInvalid) != ltLesson && lockType != lltClosed) return true;
+    if (IsNull(row.lockType)) throw Error(ErrorNumbers::InvalidUseOfNull, u"Invalid use of Null: lockType.");
+    if (!IsKnownLockType(lockType)) return true;
+    if (IsExpiredConnectionTest(row.lockType, row.lockDate, now)) return true;
+    return expectNoSessionIDRecords && !sessionID.empty() && TextEquals(row.sessionID, sessionID);
+}
+
+bool IsDeletableLock(const LockRecord& record, bool isAdministrator, const Text& username) {
+    return isAdministrator || record.username == username;
+}
+
+Text LockTypeText(const Value& lockType) {
+    if (IsNull(lockType)) return {};
+    switch (modGeneric::VariantToLong(lockType, lltNone)) {
+    case lltConnectionTest:
+        return u"connection test";
+    case lltEditLesson:
+        return u"editing lesson";
+    case lltReadLesson:
+        return u"reading lesson";
+    case lltEditGuide:
+        return u"editing guide";
+    case lltReadGuide:
+        return u"reading guide";
+    case lltClosed:
+        return u"closed";
+    default:
+        return u"(invalid lock type " + modGeneric::VariantToString(lockType, u"") + u")";
+    }
+}
+
+Text LockAgeText(const Value& lockDate, const DateTime& now) {
+    const auto date = ToDate(lockDate);
+    if (!date) return {};
+    const int64_t age = SecondsBetween(*date, now);
+    const int64_t days = age >= Day ? age / Day : 0;
+    const int64_t hours = age - days * Day >= Hour ? (age - days * Day) / Hour : 0;
+    const int64_t rest = age - days * Day - hours * Hour;
+    const int64_t minutes = rest >= Minute ? rest / Minute : 0;
+    const Text secondsPart = Part(age % 60, u"second");
+    const Text minutesPart = Part(minutes, u"minute");
+    const Text hoursPart = Part(hours, u"hour");
+    if (age < Minute) return secondsPart;
+    if (age < 5 * Minute) return minutesPart + u", " + secondsPart;
+    if (age < Hour) return minutesPart;
+    if (age < Day) return hoursPart + u", " + minutesPart;
+    return Part(days, u"day") + u", " + hoursPart;
+}
+
+int64_t SecondsBetween(const DateTime& from, const DateTime& to) {
+    return SecondsSinceEpoch(to) - SecondsSinceEpoch(from);
+}
+
+std::optional<DateTime> ToDate(const Value& value) {
+    if (const auto* date = std::get_if<DateTime>(&value)) return *date;
+    const auto* text = std::get_if<Text>(&value);
+    if (!text) return {};
+    // Numbers in the order year, month, day, hour, minute, second, whatever stands between them.
+    std::array<int, 6> parts{};
+    size_t count = 0;
+    bool inNumber = false;
+    for (const char16_t unit : *text) {
+        const bool isDigit = unit >= u'0' && unit <= u'9';
+        if (!isDigit) {
+            if (unit == u'.' && count == parts.size()) break; // a fraction of the seconds
+            inNumber = false;
+            continue;
+        }
+        if (!inNumber && count++ == parts.size()) return {};
+        inNumber = true;
+        int& part = parts[count - 1];
+        if (part > 9999) return {};
+        part = part * 10 + (unit - u'0');
+    }
+    const DateTime date{parts[0], parts[1], parts[2], parts[3], parts[4], parts[5]};
+    const bool isDate = count >= 3 && date.month >= 1 && date.month <= 12 && date.day >= 1 && date.day <= 31 &&
+                        date.hour < 24 && date.minute < 60 && date.second < 60;
+    return isDate ? std::optional(date) : std::nullopt;
+}
+
+} // namespace dax::LockRules
