@@ -3,26 +3,13 @@
 #pragma once
 
 #include "controls/Event.h"
+#include "data/Enumerations.h"
 #include "data/Value.h"
 #include "validation/StatusPanel.h"
 
 #include <functional>
 
 namespace dax {
-
-enum ValidationErrorTypes {
-    veUnexpectedError = -1,
-    veNone = 0,
-    veMDBNotSelected = 1,
-    veMDBNotFound = 2,
-    veMDBReadOnly = 3,
-    veCantOpenConnection = 4,
-    veInvalidDBStructure = 5,
-    veCantWrite = 6,
-    veNoCommonUsersExist = 7,
-    veNoDBListedForUser = 8,
-    veNoCommonConnectionDetails = 9
-};
 
 // Every validation starts from a clean state, shows that it is busy (Changed, then ProcessMessages once), and shows
 // its outcome (Changed). None throws. In design mode, and from within the yield of ProcessMessages, a validation
@@ -56,10 +43,13 @@ public:
 private:
     struct Outcome;
 
-    bool Validate(const std::function<Outcome()>& check, const std::function<Outcome()>& unexpected);
+    template <typename Check>
+    bool Validate(Check check, const Text& unexpectedMessage);
     Outcome CheckMDB();
     Outcome CheckSQL();
     Outcome CheckConnector(const Text& currentUser);
+    void SetError(int32_t number, Text description);
+    void ShowBusy();
     void Show(const Outcome& outcome);
 
     Text commonConnectionString, dataConnectionString, commonDataSource, catalogName;
