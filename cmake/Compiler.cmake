@@ -19,8 +19,8 @@ if(MSVC)
   target_compile_options(dax_settings INTERFACE /W4 /WX /permissive- /utf-8)
 else()
   # GCC 12 reports impossible overlaps and uninitialised reads inside its own library at -O2.
-  target_compile_options(dax_settings INTERFACE -Wall -Wextra -Wpedantic -Werror -Wshadow -Wnon-virtual-dtor
-                                                $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict -Wno-maybe-uninitialized>)
+  target_compile_options(dax_settings INTERFACE -Wall -Wextra -Wpedantic -Werror -Wnon-virtual-dtor
+                                                "$<$<CXX_COMPILER_ID:GNU>:-Wshadow=local;-Wno-restrict;-Wno-maybe-uninitialized>")
 endif()
 if(DAX_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -53,6 +53,7 @@ void ListModel::AutosizeColumns() {
 }
 
 void ListModel::Changed() {
+    ++revision;
     if (filling == 0 && listener) listener->ItemsChanged();
 }
 

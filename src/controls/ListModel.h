@@ -46,10 +46,18 @@ public:
     void EndFilling();
     size_t AddItem(Text firstCell);
     void SetCell(size_t item, int column, Text text); // nothing for column -1
-    void SetTag(size_t item, int32_t tag) { items[item].tag = tag; }
-    void SetSelected(size_t item, bool isSelected) { items[item].isSelected = isSelected; }
+    void SetTag(size_t item, int32_t tag) {
+        items[item].tag = tag;
+        ++revision;
+    }
+    void SetSelected(size_t item, bool isSelected) {
+        items[item].isSelected = isSelected;
+        ++revision;
+    }
 
     const std::vector<ListItem>& Items() const { return items; }
+    // Grows with every change, selection included, so that what was counted can be kept until then.
+    uint64_t Revision() const { return revision; }
     const Text& Cell(size_t item, size_t column) const; // empty beyond the cells there are
 
     void AutosizeColumns();
@@ -61,6 +69,7 @@ private:
     std::vector<ListItem> items;
     ListModelListener* listener = nullptr;
     int filling = 0;
+    uint64_t revision = 0;
 };
 
 } // namespace dax

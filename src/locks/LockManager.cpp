@@ -1,0 +1,303 @@
+#include "locks/LockManager.h"
+
+#include "data/modDB.h"
+#include "data/modGeneric.h"
+#include "locks/LockQueries.h"
+#include "locks/LockRules.h"
+
+namespace dax {
+
+namespace {
+
+constexpr int KeyDelete = 46, KeyF5 = 116;
+constexpr int32_t SubscriptOutOfRange = 9;
+
+// Where the columns stand in the select list of the lock query.
+enum LockColumns : size_t {
+    ColumnLessonID,
+    ColumnUsername,
+    ColumnMachineName,
+    ColumnMachineIP,
+    ColumnLockDate,
+    ColumnLockType,
+    ColumnSessionID,
+    ColumnLessonTitle,
+    ColumnLessonIdentifier,
+    ColumnLessonType,
+};
+
+LockRow ReadRow(const Recordset& recordset) {
+    LockRow row;
+    row.lessonID = recordset.Field(ColumnLessonID);
+    row.username = recordset.Field(ColumnUsername);
+    row.machineName = recordset.Field(ColumnMachineName);
+    row.machineIP = recordset.Field(ColumnMachineIP);
+    row.lockDate = recordset.Field(ColumnLockDate);
+    row.lockType = recordset.Field(ColumnLockType);
+    row.sessionID = recordset.Field(ColumnSessionID);
+    row.lessonTitle = recordset.Field(ColumnLessonTitle);
+    row.lessonIdentifier = recordset.Field(ColumnLessonIdentifier);
+    row.lessonType = recordset.Field(ColumnLessonType);
+    return row;
+}
+
+const Value& NotNull(const Value& value, TextView field) {
+    if (IsNull(value)) throw Error(ErrorNumbers::InvalidUseOfNull, u"Invalid use of Null: " + Text(field) + u".");
+    return value;
+}
+
+Text RequiredText(const Value& value, TextView field) {
+    return modGeneric::VariantToString(NotNull(value, field), u"");
+}
+
+} // namespace
+
+// One run of Refresh or DeleteSelected: does its statements one by one and asks the host about each that fails.
+class LockManager::Operation {
+public:
+    struct Leave {
+        bool isAbort;
+    };
+
+    Operation(LockManager& manager, Text occasion, Text routine)
+        : manager(manager), occasion(std::move(occasion)), routine(std::move(routine)), filling(manager.filling),
+          startedAt(*manager.filling) {}
+
+    // False when it failed and the host ignored it. Throws Leave when the host wants the operation left, has
+    // released the manager, or has filled the list anew from inside the event.
+    template <typename Statement>
+    bool Do(Statement&& statement) {
+        for (;;) {
+            try {
+                statement();
+                return true;
+            } catch (const dax::Error& error) {
+                const int32_t action = Ask(error);
+                if (action == actIgnore) return false;
+                if (action != actRetry) throw Leave{action == actAbort};
+            }
+        }
+    }
+
+    bool IsManagerThere() const { return !filling.expired(); }
+
+private:
+    int32_t Ask(const dax::Error& error) {
+        int32_t action = 0;
+        const Text description = error.Description();
+        manager.Error.Raise(error.Number(), description, occasion, routine, action);
+        const auto current = filling.lock();
+        if (!current || *current != startedAt) throw Leave{false};
+        return action;
+    }
+
+    LockManager& manager;
+    Text occasion, routine;
+    std::weak_ptr<uint64_t> filling;
+    uint64_t startedAt;
+};
+
+LockManager::LockManager(ListModel& lvwLocks, std::function<DateTime()> clock)
+    : lvwLocks(lvwLocks), clock(std::move(clock)), filling(std::make_shared<uint64_t>(0)) {}
+
+LockManager::~LockManager() = default;
+
+const LockCounts& LockManager::Counts() const {
+    if (countedRevision == lvwLocks.Revision() && countedAdministrator == isAdministrator &&
+        countedUsername == username)
+        return counts;
+    counts = {};
+    for (const ListItem& item : lvwLocks.Items()) {
+        const LockRecord& record = RecordAt(item.tag);
+        const int32_t isDeletable = LockRules::IsDeletableLock(record, isAdministrator, username) ? 1 : 0;
+        const int32_t isSelected = item.isSelected ? 1 : 0;
+        const int32_t isInvalid = record.invalid ? 1 : 0;
+        ++counts.locks;
+        counts.deletable += isDeletable;
+        counts.selected += isSelected;
+        counts.selectedDeletable += isSelected & isDeletable;
+        counts.invalid += isInvalid;
+        counts.selectedInvalid += isSelected & isInvalid;
+    }
+    countedRevision = lvwLocks.Revision();
+    countedAdministrator = isAdministrator;
+    countedUsername = username;
+    return counts;
+}
+
+LockDeleteTypes LockManager::SelectedLockDeleteType() const {
+    const LockCounts& current = Counts();
+    if (current.selected == 0) return ldtNoDelete;
+    return current.selected == current.selectedDeletable ? ldtCanDelete : ldtMixed;
+}
+
+Text LockManager::BuildLockQuery() const {
+    return LockQueries::BuildLockQuery(lockDisplayType, username, lessonID, sortColumn, isDescending);
+}
+
+void LockManager::Refresh() {
+    ++*filling;
+    if (connectionString.empty()) {
+        lvwLocks.ClearItems();
+        return;
+    }
+    now = clock();
+    Operation operation(*this, u"updating the lock display", u"Refresh");
+    Recordset recordset;
+    // The window hears of the rows once, at the end, whatever the way out; a released manager has no list any more.
+    struct Filling {
+        Filling(const Operation& operation, ListModel& list) : operation(operation), list(list) { list.BeginFilling(); }
+        ~Filling() {
+            if (operation.IsManagerThere()) list.EndFilling();
+        }
+        Filling(const Filling&) = delete;
+        Filling& operator=(const Filling&) = delete;
+        const Operation& operation;
+        ListModel& list;
+    };
+    try {
+        const Filling whole(operation, lvwLocks);
+        recordset.SetCursorLocation(adUseClient);
+        operation.Do([&] { recordset.Open(BuildLockQuery(), connectionString, adOpenKeyset, adLockReadOnly); });
+        lvwLocks.ClearItems();
+        records.clear();
+        operation.Do([&] { records.reserve(static_cast<size_t>(std::max<int64_t>(0, recordset.RecordCount())) + 1); });
+        for (size_t index = 0;; ++index) {
+            bool isAtEnd = true; // an ignored failure here ends the rows: nothing more can be read
+            operation.Do([&] { isAtEnd = recordset.Eof(); });
+            if (isAtEnd) break;
+            LockRow row;
+            operation.Do([&] { row = ReadRow(recordset); });
+            records.emplace_back();
+            FillRow(operation, row, index);
+            bool isIncluded = true; // so that ignoring a failure shows the row
+            operation.Do([&] { isIncluded = IncludeLock(row); });
+            if (isIncluded) ShowRow(operation, row, index);
+            operation.Do([&] { recordset.MoveNext(); });
+        }
+        operation.Do([&] { recordset.Close(); });
+    } catch (const Operation::Leave& leave) {
+        if (leave.isAbort) modDB::CloseConnectionObjects(&recordset, nullptr, false);
+        return;
+    }
+    SelectionChanged.Raise(SelectedLockDeleteType());
+}
+
+// Each field is a statement of its own: ignoring a NULL user leaves the user empty and goes on with the machine.
+void LockManager::FillRow(Operation& operation, const LockRow& row, size_t index) {
+    LockRecord& record = records[index];
+    operation.Do([&] { record.lessonID = RequiredText(row.lessonID, u"lessonID"); });
+    operation.Do([&] { record.username = RequiredText(row.username, u"username"); });
+    operation.Do([&] { record.machineName = RequiredText(row.machineName, u"machineName"); });
+    operation.Do([&] { record.machineIP = RequiredText(row.machineIP, u"machineIP"); });
+    operation.Do([&] { record.sessionID = RequiredText(row.sessionID, u"sessionID"); });
+    operation.Do([&] {
+        const auto date = LockRules::ToDate(NotNull(row.lockDate, u"lockDate"));
+        if (!date) throw dax::Error(ErrorNumbers::TypeMismatch, u"Type mismatch: lockDate holds no date.");
+        record.lockDate = *date;
+    });
+    operation.Do([&] { record.lockType = modGeneric::VariantToLong(NotNull(row.lockType, u"lockType"), lltNone); });
+    operation.Do([&] { record.invalid = LockRules::IsInvalidLock(row, expectNoSessionIDRecords, sessionID, now); });
+}
+
+void LockManager::ShowRow(Operation& operation, const LockRow& row, size_t index) {
+    using modGeneric::VariantToString;
+    const size_t item = lvwLocks.AddItem(VariantToString(row.lessonTitle, u"(deleted)"));
+    const auto setCell = [&](TextView key, Text text) {
+        lvwLocks.SetCell(item, lvwLocks.ColumnIndex(key), std::move(text));
+    };
+    lvwLocks.SetTag(item, static_cast<int32_t>(index));
+    if (showIdentifier) setCell(u"identifier", VariantToString(row.lessonIdentifier, u""));
+    setCell(u"locktype", LockRules::LockTypeText(row.lockType));
+    setCell(u"lockdate", VariantToString(row.lockDate, u""));
+    setCell(u"age", LockRules::LockAgeText(row.lockDate, now));
+    operation.Do([&] { setCell(u"user", RequiredText(row.username, u"username")); });
+    operation.Do([&] { setCell(u"machine", RequiredText(row.machineName, u"machineName")); });
+    operation.Do([&] { setCell(u"ip", RequiredText(row.machineIP, u"machineIP")); });
+}
+
+bool LockManager::IncludeLock(const LockRow& row) const {
+    switch (lockDisplayType) {
+    case ldtGroupLocks:
+        return LockRules::IsGroupLock(row, lessonID, groupIDCollection.get());
+    case ldtInvalidLocks:
+        return LockRules::IsInvalidLock(row, expectNoSessionIDRecords, sessionID, now);
+    default:
+        return true;
+    }
+}
+
+const LockRecord& LockManager::RecordAt(int32_t tag) const {
+    if (tag < 0 || static_cast<size_t>(tag) >= records.size())
+        throw dax::Error(SubscriptOutOfRange, u"Subscript out of range: a list item refers to no lock record.");
+    return records[static_cast<size_t>(tag)];
+}
+
+void LockManager::RebuildDisplay(bool autosizeColumns) {
+    lvwLocks.ClearItems();
+    sortColumn.clear(); // the direction deliberately stays
+    SetupColumns();
+    const std::weak_ptr<uint64_t> alive = filling;
+    Refresh();
+    if (autosizeColumns && !alive.expired()) AutosizeColumns();
+}
+
+void LockManager::AutosizeColumns() { lvwLocks.AutosizeColumns(); }
+
+void LockManager::DeleteSelected() {
+    Operation operation(*this, u"deleting selected locks", u"DeleteSelected");
+    Connection connection;
+    bool wasDeleted = false;
+    try {
+        operation.Do([&] { connection.Open(connectionString); });
+        operation.Do([&] { connection.BeginTrans(); });
+        for (size_t index = 0; index < lvwLocks.Items().size(); ++index) {
+            const ListItem& item = lvwLocks.Items()[index];
+            if (!item.isSelected) continue;
+            const int32_t tag = item.tag;
+            bool isDeletable = false;
+            operation.Do([&] { isDeletable = LockRules::IsDeletableLock(RecordAt(tag), isAdministrator, username); });
+            if (!isDeletable) continue;
+            operation.Do([&] { LockQueries::DeleteLockRecord(connection, RecordAt(tag)); });
+            wasDeleted = true;
+        }
+        if (wasDeleted) operation.Do([&] { connection.CommitTrans(); });
+        operation.Do([&] { connection.Close(); });
+    } catch (const Operation::Leave& leave) {
+        if (leave.isAbort) modDB::CloseConnectionObjects(nullptr, &connection, true);
+        return; // leaving closes the connection, which rolls back what was not committed
+    }
+    if (wasDeleted) Refresh();
+}
+
+void LockManager::ListClicked() { SelectionChanged.Raise(SelectedLockDeleteType()); }
+
+void LockManager::KeyDown(int keyCode) {
+    if (keyCode == KeyF5) Refresh();
+    if (keyCode != KeyDelete) return;
+    const LockDeleteTypes deletable = SelectedLockDeleteType();
+    if (deletable != ldtNoDelete) DeleteRequest.Raise(deletable);
+}
+
+// "Lock Date" and "Lock Age" carry the same tag, so going from one to the other only turns the direction round.
+void LockManager::ColumnClicked(size_t column) {
+    if (column >= lvwLocks.Columns().size()) return;
+    const Text& tag = lvwLocks.Columns()[column].tag;
+    isDescending = tag == sortColumn && !isDescending;
+    sortColumn = tag;
+    Refresh();
+}
+
+void LockManager::SetupColumns() {
+    std::vector<ListColumn> columns{{u"title", u"Title", u"velmoraLessons.lessonTitle"}};
+    if (showIdentifier) columns.push_back({u"identifier", u"Identifier", u"velmoraLessons.lessonIdentifier"});
+    columns.insert(columns.end(), {{u"locktype", u"Lock Type", u"velmoraUserLocks.lockType"},
+                                   {u"lockdate", u"Lock Date", u"velmoraUserLocks.lockDate"},
+                                   {u"age", u"Lock Age", u"velmoraUserLocks.lockDate"},
+                                   {u"user", u"User", u"velmoraUserLocks.username"},
+                                   {u"machine", u"Machine", u"velmoraUserLocks.machineName"},
+                                   {u"ip", u"IP Address", u"velmoraUserLocks.machineIP"}});
+    lvwLocks.SetColumns(std::move(columns));
+}
+
+} // namespace dax
