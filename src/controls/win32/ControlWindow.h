@@ -3,8 +3,7 @@
 
 #include "controls/Ambient.h"
 #include "controls/PropertyBag.h"
-
-#include <windows.h>
+#include "controls/win32/Windows.h"
 
 #include <functional>
 

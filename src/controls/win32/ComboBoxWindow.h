@@ -1,0 +1,41 @@
+// A drop-down list in a real window, or without one.
+#pragma once
+
+#include "controls/ComboBox.h"
+#include "controls/win32/Windows.h"
+
+#include <optional>
+
+namespace dax {
+
+class ComboBoxWindow : public MemoryComboBox {
+public:
+    // The window belongs to its parent and goes with it; the list stays. The parent hands on what it hears.
+    HWND Create(HWND parent);
+    HWND Handle() const { return handle; }
+    void HandleGone() { handle = nullptr; }
+    void SetFont(HFONT font);
+    void FitWidth(int width);
+    void HandleNotification(int code); // CBN_…; raises Click last
+
+    // Shows this text instead of the list; nothing ends it.
+    void ShowSample(std::optional<Text> text);
+    const Text& ShownText() const;
+
+    // The key belongs to the list, not to the host: arrows, paging, opening; Enter and Escape while it is open.
+    bool WantsKey(WPARAM key) const;
+
+    void Clear() override;
+    void AddItem(const Text& text) override;
+    void SetListIndex(int index) override;
+    void SetEnabled(bool enabled) override;
+
+private:
+    void Fill();
+    void PrepareDropDown();
+
+    HWND handle = nullptr;
+    std::optional<Text> sample;
+};
+
+} // namespace dax

@@ -1,0 +1,119 @@
+#include "controls/win32/GdiSurface.h"
+
+#include "data/Error.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace dax {
+
+GdiSurface::GdiSurface(HDC context, SIZE extent, HFONT normalFont, HFONT boldFont, COLORREF foreColor,
+                       COLORREF backColor, int dotsPerInch)
+    : dc(context), size(extent), normal(normalFont), bold(boldFont), background(backColor), dpi(dotsPerInch),
+      saved(SaveDC(context)) {
+    SetTextColor(dc, foreColor);
+    SetBkMode(dc, TRANSPARENT);
+    SelectObject(dc, normal);
+}
+
+GdiSurface::~GdiSurface() {
+    RestoreDC(dc, saved);
+    for (const auto& [key, font] : sized) DeleteObject(font);
+}
+
+void GdiSurface::Clear() { FillWith(dc, {0, 0, size.cx, size.cy}, background); }
+
+void GdiSurface::SetBold(bool isBold) {
+    isBoldNow = isBold;
+    Select();
+}
+
+void GdiSurface::SetFontSize(double points) {
+    pointsNow = points;
+    Select();
+}
+
+void GdiSurface::Select() {
+    HFONT font = isBoldNow ? bold : normal;
+    if (pointsNow > 0) {
+        HFONT& other = sized[{pointsNow, isBoldNow}];
+        if (!other) {
+            LOGFONTW description{};
+            GetObjectW(font, sizeof description, &description);
+            description.lfHeight = -static_cast<LONG>(std::lround(pointsNow * dpi / 72));
+            other = CreateFontIndirectW(&description);
+        }
+        font = other;
+    }
+    SelectObject(dc, font);
+}
+
+int GdiSurface::DrawText(const Text& text, Rect& rect, uint32_t flags) {
+    RECT place{rect.left, rect.top, rect.right, rect.bottom};
+    const int height = DrawTextW(dc, Wide(text), static_cast<int>(text.size()), &place, flags);
+    if (flags & DrawTextFlags::CalcRect) rect = {place.left, place.top, place.right, place.bottom};
+    return height;
+}
+
+int GdiSurface::TextWidth(const Text& text) {
+    SIZE extent{};
+    GetTextExtentPoint32W(dc, Wide(text), static_cast<int>(text.size()), &extent);
+    return extent.cx;
+}
+
+HFONT CreateFontFor(const Text& name, double points, int dpi, bool isBold, bool isItalic) {
+    LOGFONTW font{};
+    font.lfHeight = -static_cast<LONG>(std::lround(points * dpi / 72));
+    font.lfWeight = isBold ? FW_BOLD : FW_NORMAL;
+    font.lfItalic = isItalic;
+    font.lfCharSet = DEFAULT_CHARSET;
+    font.lfQuality = DEFAULT_QUALITY;
+    const size_t length = std::min<size_t>(name.size(), LF_FACESIZE - 1);
+    std::copy_n(name.begin(), length, font.lfFaceName);
+    return CreateFontIndirectW(&font);
+}
+
+void FillWith(HDC dc, const RECT& place, COLORREF color) {
+    const HBRUSH brush = CreateSolidBrush(color);
+    FillRect(dc, &place, brush);
+    DeleteObject(brush);
+}
+
+void PaintBuffered(HDC dc, const RECT& place, const std::function<void(HDC, SIZE)>& paint) {
+    const SIZE size{place.right - place.left, place.bottom - place.top};
+    if (size.cx <= 0 || size.cy <= 0) return;
+    const MemoryBitmap buffer(size.cx, size.cy);
+    paint(buffer.Context(), size);
+    BitBlt(dc, place.left, place.top, size.cx, size.cy, buffer.Context(), 0, 0, SRCCOPY);
+}
+
+MemoryBitmap::MemoryBitmap(int w, int h) : width(w), height(h) {
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = width;
+    info.bmiHeader.biHeight = -height;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    void* bits = nullptr;
+    dc = CreateCompatibleDC(nullptr);
+    bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    if (!bitmap) {
+        DeleteDC(dc);
+        throw Error(ErrorNumbers::Unspecified, u"There is no memory for a bitmap.");
+    }
+    pixels = static_cast<uint32_t*>(bits);
+    former = SelectObject(dc, bitmap);
+}
+
+MemoryBitmap::~MemoryBitmap() {
+    SelectObject(dc, former);
+    DeleteObject(bitmap);
+    DeleteDC(dc);
+}
+
+uint32_t* MemoryBitmap::Pixels() const {
+    GdiFlush();
+    return pixels;
+}
+
+} // namespace dax

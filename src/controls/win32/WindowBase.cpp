@@ -1,0 +1,266 @@
+#include "controls/win32/WindowBase.h"
+
+#include "controls/win32/GdiSurface.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <atomic>
+#include <utility>
+
+namespace dax {
+
+namespace {
+
+constexpr UINT destroyLater = WM_APP + 0x3D1;
+constexpr UINT_PTR focusSubclass = 1;
+constexpr wchar_t hiddenParentClass[] = L"DAXHiddenParent";
+std::atomic<long> liveCount = 0;
+
+// Counts the messages at work; outlives the control.
+class DepthGuard {
+public:
+    explicit DepthGuard(std::shared_ptr<int> counter) : depth(std::move(counter)) { ++*depth; }
+    ~DepthGuard() { --*depth; }
+    DepthGuard(const DepthGuard&) = delete;
+    DepthGuard& operator=(const DepthGuard&) = delete;
+
+private:
+    std::shared_ptr<int> depth;
+};
+
+// A module that is loaded again finds its former classes, with procedures that no longer exist: they are replaced.
+// While windows of a class exist the system refuses to remove it, and it is the right one.
+void RegisterOnce(const wchar_t* name, WNDPROC procedure, UINT style) {
+    WNDCLASSEXW description{};
+    description.cbSize = sizeof description;
+    if (GetClassInfoExW(ThisModule(), name, &description) && description.lpfnWndProc == procedure) return;
+    UnregisterClassW(name, ThisModule());
+    description = {};
+    description.cbSize = sizeof description;
+    description.style = style;
+    description.lpfnWndProc = procedure;
+    description.hInstance = ThisModule();
+    description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    description.lpszClassName = name;
+    RegisterClassExW(&description);
+}
+
+} // namespace
+
+WindowBase::WindowBase(const wchar_t* name) : className(name) {}
+
+WindowBase::~WindowBase() {
+    for (const HWND child : children) RemoveWindowSubclass(child, ChildProcedure, focusSubclass);
+    if (handle) {
+        SetWindowLongPtrW(handle, GWLP_USERDATA, 0);
+        if (*depth > 0) {
+            ShowWindow(handle, SW_HIDE);
+            SetParent(handle, HWND_MESSAGE);
+            PostMessageW(handle, destroyLater, 0, 0);
+        } else {
+            DestroyWindow(handle);
+        }
+    }
+    LeaveHiddenParent();
+    DropFonts();
+}
+
+long WindowBase::LiveCount() { return liveCount; }
+
+HWND WindowBase::Create(HWND parent, const RECT& place) {
+    const int width = place.right - place.left, height = place.bottom - place.top;
+    if (handle) {
+        if (parent) {
+            SetParent(handle, parent);
+            LeaveHiddenParent();
+        }
+        MoveWindow(handle, place.left, place.top, width, height, TRUE);
+        return handle;
+    }
+    if (!parent) {
+        RegisterOnce(hiddenParentClass, DefWindowProcW, 0);
+        parent = hiddenParent = CreateWindowExW(WS_EX_TOOLWINDOW, hiddenParentClass, L"", WS_POPUP, 0, 0, 0, 0, nullptr,
+                                                nullptr, ThisModule(), nullptr);
+    }
+    RegisterOnce(className, Procedure, CS_DBLCLKS | CS_HREDRAW | CS_VREDRAW);
+    CreateWindowExW(0, className, L"", WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, place.left, place.top,
+                    width, height, parent, nullptr, ThisModule(), this);
+    return handle;
+}
+
+void WindowBase::LeaveHiddenParent() {
+    if (hiddenParent) DestroyWindow(std::exchange(hiddenParent, nullptr));
+}
+
+void WindowBase::SetAmbient(const Ambient& newAmbient) {
+    ambient = newAmbient;
+    const HFONT former[] = {std::exchange(font, nullptr), std::exchange(boldFont, nullptr)};
+    OnFont();
+    for (const HFONT old : former)
+        if (old) DeleteObject(old);
+    if (isPlaced) OnAmbient();
+    Repaint();
+}
+
+void WindowBase::InitProperties() { Place(); }
+void WindowBase::ReadProperties(PropertyBag&) { Place(); }
+
+void WindowBase::Place() {
+    isPlaced = true;
+    OnAmbient();
+}
+
+HFONT WindowBase::Font() {
+    if (!font) font = CreateFontFor(ambient.fontName, ambient.fontSize, ambient.dpi, ambient.isBold, ambient.isItalic);
+    return font;
+}
+
+HFONT WindowBase::BoldFont() {
+    if (!boldFont) boldFont = CreateFontFor(ambient.fontName, ambient.fontSize, ambient.dpi, true, ambient.isItalic);
+    return boldFont;
+}
+
+void WindowBase::DropFonts() {
+    if (font) DeleteObject(std::exchange(font, nullptr));
+    if (boldFont) DeleteObject(std::exchange(boldFont, nullptr));
+}
+
+void WindowBase::Repaint() {
+    if (!handle) return;
+    InvalidateRect(handle, nullptr, FALSE);
+    UpdateWindow(handle);
+}
+
+void WindowBase::Draw(HDC dc, const RECT& place) {
+    PaintBuffered(dc, place, [this](HDC buffer, SIZE size) { Paint(buffer, size, true); });
+}
+
+void WindowBase::OnSize(int, int) {}
+
+LRESULT CALLBACK WindowBase::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_NCCREATE) {
+        ++liveCount;
+        auto* created = static_cast<WindowBase*>(reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams);
+        SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(created));
+        created->handle = window;
+    }
+    auto* self = reinterpret_cast<WindowBase*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    if (message == WM_NCDESTROY) {
+        --liveCount;
+        if (self) {
+            SetWindowLongPtrW(window, GWLP_USERDATA, 0);
+            self->handle = nullptr;
+            self->hasFocus = false;
+            self->OnGone();
+        }
+    } else if (self) {
+        const DepthGuard guard(self->depth);
+        try {
+            return self->Dispatch(message, wParam, lParam);
+        } catch (...) {
+            // No exception may cross the system's frames; what failed was a repaint or a listener of the host.
+            return 0;
+        }
+    } else if (message == destroyLater) {
+        DestroyWindow(window);
+        return 0;
+    }
+    return DefWindowProcW(window, message, wParam, lParam);
+}
+
+LRESULT WindowBase::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_CREATE:
+        OnCreate();
+        return 0;
+    case WM_SIZE:
+        OnSize(LOWORD(lParam), HIWORD(lParam));
+        return 0;
+    case WM_ERASEBKGND:
+        return 1; // everything is painted from a buffer
+    case WM_PAINT: {
+        PAINTSTRUCT paint;
+        RECT client;
+        GetClientRect(handle, &client);
+        BeginPaint(handle, &paint);
+        try {
+            PaintBuffered(paint.hdc, client, [this](HDC dc, SIZE size) { Paint(dc, size, false); });
+        } catch (...) {
+            EndPaint(handle, &paint);
+            throw;
+        }
+        EndPaint(handle, &paint);
+        return 0;
+    }
+    case WM_PRINTCLIENT: {
+        RECT client;
+        GetClientRect(handle, &client);
+        PaintBuffered(reinterpret_cast<HDC>(wParam), client, [this](HDC dc, SIZE size) { Paint(dc, size, false); });
+        return 0;
+    }
+    case WM_GETFONT:
+        return reinterpret_cast<LRESULT>(Font());
+    case WM_LBUTTONDOWN:
+        SetFocus(handle);
+        return 0;
+    case WM_SETFOCUS:
+        if (const HWND target = FocusTarget(); target && SetFocus(target)) return 0;
+        FocusMoved(handle);
+        return 0;
+    case WM_KILLFOCUS:
+        FocusMoved(reinterpret_cast<HWND>(wParam));
+        return 0;
+    case WM_COMMAND:
+        if (lParam) OnCommand(reinterpret_cast<HWND>(lParam), HIWORD(wParam));
+        return 0;
+    case WM_NOTIFY:
+        return OnNotify(*reinterpret_cast<const NMHDR*>(lParam), lParam);
+    default:
+        return OnMessage(message, wParam, lParam);
+    }
+}
+
+LRESULT WindowBase::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    return DefWindowProcW(handle, message, wParam, lParam);
+}
+
+bool WindowBase::IsInside(HWND window) const {
+    return window && handle && (window == handle || IsChild(handle, window));
+}
+
+// Last in every handler: the host may release the control.
+void WindowBase::FocusMoved(HWND focus) {
+    const bool isInside = IsInside(focus);
+    if (isInside == hasFocus) return;
+    hasFocus = isInside;
+    if (const auto listener = FocusChanged) listener(isInside);
+}
+
+void WindowBase::TrackFocus(HWND child) {
+    children.push_back(child);
+    SetWindowSubclass(child, ChildProcedure, focusSubclass, reinterpret_cast<DWORD_PTR>(this));
+}
+
+LRESULT CALLBACK WindowBase::ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
+                                            DWORD_PTR reference) {
+    auto* self = reinterpret_cast<WindowBase*>(reference);
+    const DepthGuard guard(self->depth);
+    if (message == WM_NCDESTROY) {
+        RemoveWindowSubclass(window, ChildProcedure, focusSubclass);
+        std::erase(self->children, window);
+    }
+    // The child comes first, so that it has done its work when the host hears of the focus.
+    const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
+    if (message != WM_SETFOCUS && message != WM_KILLFOCUS) return result;
+    DWORD_PTR current = 0; // the control may be gone by now
+    if (!GetWindowSubclass(window, ChildProcedure, focusSubclass, &current) || current != reference) return result;
+    try {
+        self->FocusMoved(message == WM_SETFOCUS ? window : reinterpret_cast<HWND>(wParam));
+    } catch (...) {
+        return result; // as in Procedure
+    }
+    return result;
+}
+
+} // namespace dax

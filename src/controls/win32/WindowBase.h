@@ -1,0 +1,80 @@
+// The window that every control of ours is: class, fonts, focus, painting, messages of its children, and an end that
+// is safe also inside one of the control's own events.
+#pragma once
+
+#include "controls/win32/ControlWindow.h"
+
+#include <memory>
+#include <vector>
+
+namespace dax {
+
+class WindowBase : public ControlWindow {
+public:
+    // Inside a message of the window or its children the window only leaves its parent and is destroyed by a posted
+    // message, since the system is still at work on it; otherwise it is destroyed at once.
+    ~WindowBase() override;
+    WindowBase(const WindowBase&) = delete;
+    WindowBase& operator=(const WindowBase&) = delete;
+
+    // Without a parent the window lives under a hidden one of its own. Null when the system refuses a window.
+    HWND Create(HWND parent, const RECT& place) override;
+    HWND Handle() const override { return handle; }
+    void SetAmbient(const Ambient& ambient) override;
+    void InitProperties() override;
+    void ReadProperties(PropertyBag& bag) override;
+    void WriteProperties(PropertyBag&) override {}
+    void Draw(HDC dc, const RECT& place) override;
+    bool TranslateKey(const MSG&) override { return false; }
+
+    // Windows of all controls of this module that still exist: the module must not be unloaded before they are gone.
+    static long LiveCount();
+
+protected:
+    // `name` is the name of the window class; it must outlive the module's windows.
+    explicit WindowBase(const wchar_t* name);
+
+    virtual void OnCreate() {} // creates child windows; the fonts are there
+    virtual void OnSize(int width, int height);
+    // After the ambient properties have come or changed, once the control is placed; also called when it is placed.
+    virtual void OnAmbient() {}
+    virtual void OnFont() {} // child windows take Font(); the former one goes afterwards
+    virtual void OnGone() {} // the window and its children have been destroyed
+    // `isView`: a picture of the control is wanted, its child windows included.
+    virtual void Paint(HDC dc, SIZE size, bool isView) = 0;
+    // Messages from child windows. A handler that raises an event does so last: the control may be gone afterwards.
+    virtual void OnCommand(HWND, int /*code*/) {}
+    virtual LRESULT OnNotify(const NMHDR&, LPARAM) { return 0; }
+    virtual LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
+    virtual HWND FocusTarget() const { return nullptr; } // the child that has the focus when the control gets it
+
+    const Ambient& CurrentAmbient() const { return ambient; }
+    HFONT Font(); // made for the ambient font at the host's DPI
+    HFONT BoldFont();
+    int Scale(int pixelsAt96) const { return MulDiv(pixelsAt96, ambient.dpi, 96); }
+    void Repaint(); // at once, when there is a window
+    void TrackFocus(HWND child);
+
+private:
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+    static LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
+                                           DWORD_PTR self);
+    LRESULT Dispatch(UINT message, WPARAM wParam, LPARAM lParam);
+    bool IsInside(HWND window) const;
+    void FocusMoved(HWND focus);
+    void Place();
+    void DropFonts();
+    void LeaveHiddenParent();
+
+    const wchar_t* className;
+    HWND handle = nullptr;
+    HWND hiddenParent = nullptr;
+    Ambient ambient;
+    HFONT font = nullptr, boldFont = nullptr;
+    std::vector<HWND> children; // whose focus is tracked
+    bool hasFocus = false;
+    bool isPlaced = false;
+    std::shared_ptr<int> depth = std::make_shared<int>(0); // of messages at work
+};
+
+} // namespace dax

@@ -1,0 +1,33 @@
+// The status panel of the validator in a real window.
+#pragma once
+
+#include "controls/win32/WindowBase.h"
+#include "validation/DatabaseValidator.h"
+#include "validation/win32/StatusPictures.h"
+
+namespace dax {
+
+class DatabaseValidatorWindow : public WindowBase {
+public:
+    DatabaseValidatorWindow();
+    ~DatabaseValidatorWindow() override;
+
+    // Whoever validates holds this pointer while doing so: the yield inside may release the window.
+    const std::shared_ptr<DatabaseValidator>& Validator() const { return validator; }
+
+    SIZE PreferredSize(int dpi) const override;
+
+private:
+    void OnCreate() override { ShowTexts(); }
+    void OnAmbient() override;
+    void Paint(HDC dc, SIZE size, bool isView) override;
+    void ShowTexts();
+
+    std::shared_ptr<DatabaseValidator> validator = std::make_shared<DatabaseValidator>();
+    size_t changedListener;
+    StatusPictures pictures;
+    bool isDesignMode = false;
+    bool wasPlaced = false;
+};
+
+} // namespace dax
