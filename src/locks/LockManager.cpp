@@ -79,8 +79,6 @@ public:
         }
     }
 
-    bool IsManagerThere() const { return !filling.expired(); }
-
 private:
     int32_t Ask(const dax::Error& error) {
         int32_t action = 0;
@@ -97,17 +95,17 @@ private:
     uint64_t startedAt;
 };
 
-LockManager::LockManager(ListModel& lvwLocks, std::function<DateTime()> clock)
-    : lvwLocks(lvwLocks), clock(std::move(clock)), filling(std::make_shared<uint64_t>(0)) {}
+LockManager::LockManager(std::shared_ptr<ListModel> list, std::function<DateTime()> clock)
+    : lvwLocks(std::move(list)), clock(std::move(clock)), filling(std::make_shared<uint64_t>(0)) {}
 
 LockManager::~LockManager() = default;
 
 const LockCounts& LockManager::Counts() const {
-    if (countedRevision == lvwLocks.Revision() && countedAdministrator == isAdministrator &&
+    if (countedRevision == lvwLocks->Revision() && countedAdministrator == isAdministrator &&
         countedUsername == username)
         return counts;
     counts = {};
-    for (const ListItem& item : lvwLocks.Items()) {
+    for (const ListItem& item : lvwLocks->Items()) {
         const LockRecord& record = RecordAt(item.tag);
         const int32_t isDeletable = LockRules::IsDeletableLock(record, isAdministrator, username) ? 1 : 0;
         const int32_t isSelected = item.isSelected ? 1 : 0;
@@ -119,7 +117,7 @@ const LockCounts& LockManager::Counts() const {
         counts.invalid += isInvalid;
         counts.selectedInvalid += isSelected & isInvalid;
     }
-    countedRevision = lvwLocks.Revision();
+    countedRevision = lvwLocks->Revision();
     countedAdministrator = isAdministrator;
     countedUsername = username;
     return counts;
@@ -138,28 +136,25 @@ Text LockManager::BuildLockQuery() const {
 void LockManager::Refresh() {
     ++*filling;
     if (connectionString.empty()) {
-        lvwLocks.ClearItems();
+        lvwLocks->ClearItems();
         return;
     }
     now = clock();
     Operation operation(*this, u"updating the lock display", u"Refresh");
     Recordset recordset;
-    // The window hears of the rows once, at the end, whatever the way out; a released manager has no list any more.
+    // The window hears of the rows once, at the end, whatever the way out.
     struct Filling {
-        Filling(const Operation& operation, ListModel& list) : operation(operation), list(list) { list.BeginFilling(); }
-        ~Filling() {
-            if (operation.IsManagerThere()) list.EndFilling();
-        }
+        explicit Filling(std::shared_ptr<ListModel> filled) : list(std::move(filled)) { list->BeginFilling(); }
+        ~Filling() { list->EndFilling(); }
         Filling(const Filling&) = delete;
         Filling& operator=(const Filling&) = delete;
-        const Operation& operation;
-        ListModel& list;
+        std::shared_ptr<ListModel> list;
     };
     try {
-        const Filling whole(operation, lvwLocks);
+        const Filling whole(lvwLocks);
         recordset.SetCursorLocation(adUseClient);
         operation.Do([&] { recordset.Open(BuildLockQuery(), connectionString, adOpenKeyset, adLockReadOnly); });
-        lvwLocks.ClearItems();
+        lvwLocks->ClearItems();
         records.clear();
         operation.Do([&] { records.reserve(static_cast<size_t>(std::max<int64_t>(0, recordset.RecordCount())) + 1); });
         for (size_t index = 0;; ++index) {
@@ -202,11 +197,11 @@ void LockManager::FillRow(Operation& operation, const LockRow& row, size_t index
 
 void LockManager::ShowRow(Operation& operation, const LockRow& row, size_t index) {
     using modGeneric::VariantToString;
-    const size_t item = lvwLocks.AddItem(VariantToString(row.lessonTitle, u"(deleted)"));
+    const size_t item = lvwLocks->AddItem(VariantToString(row.lessonTitle, u"(deleted)"));
     const auto setCell = [&](TextView key, Text text) {
-        lvwLocks.SetCell(item, lvwLocks.ColumnIndex(key), std::move(text));
+        lvwLocks->SetCell(item, lvwLocks->ColumnIndex(key), std::move(text));
     };
-    lvwLocks.SetTag(item, static_cast<int32_t>(index));
+    lvwLocks->SetTag(item, static_cast<int32_t>(index));
     if (showIdentifier) setCell(u"identifier", VariantToString(row.lessonIdentifier, u""));
     setCell(u"locktype", LockRules::LockTypeText(row.lockType));
     setCell(u"lockdate", VariantToString(row.lockDate, u""));
@@ -234,7 +229,7 @@ const LockRecord& LockManager::RecordAt(int32_t tag) const {
 }
 
 void LockManager::RebuildDisplay(bool autosizeColumns) {
-    lvwLocks.ClearItems();
+    lvwLocks->ClearItems();
     sortColumn.clear(); // the direction deliberately stays
     SetupColumns();
     const std::weak_ptr<uint64_t> alive = filling;
@@ -242,7 +237,7 @@ void LockManager::RebuildDisplay(bool autosizeColumns) {
     if (autosizeColumns && !alive.expired()) AutosizeColumns();
 }
 
-void LockManager::AutosizeColumns() { lvwLocks.AutosizeColumns(); }
+void LockManager::AutosizeColumns() { lvwLocks->AutosizeColumns(); }
 
 void LockManager::DeleteSelected() {
     Operation operation(*this, u"deleting selected locks", u"DeleteSelected");
@@ -251,8 +246,8 @@ void LockManager::DeleteSelected() {
     try {
         operation.Do([&] { connection.Open(connectionString); });
         operation.Do([&] { connection.BeginTrans(); });
-        for (size_t index = 0; index < lvwLocks.Items().size(); ++index) {
-            const ListItem& item = lvwLocks.Items()[index];
+        for (size_t index = 0; index < lvwLocks->Items().size(); ++index) {
+            const ListItem& item = lvwLocks->Items()[index];
             if (!item.isSelected) continue;
             const int32_t tag = item.tag;
             bool isDeletable = false;
@@ -281,8 +276,8 @@ void LockManager::KeyDown(int keyCode) {
 
 // "Lock Date" and "Lock Age" carry the same tag, so going from one to the other only turns the direction round.
 void LockManager::ColumnClicked(size_t column) {
-    if (column >= lvwLocks.Columns().size()) return;
-    const Text& tag = lvwLocks.Columns()[column].tag;
+    if (column >= lvwLocks->Columns().size()) return;
+    const Text& tag = lvwLocks->Columns()[column].tag;
     isDescending = tag == sortColumn && !isDescending;
     sortColumn = tag;
     Refresh();
@@ -297,7 +292,7 @@ void LockManager::SetupColumns() {
                                    {u"user", u"User", u"velmoraUserLocks.username"},
                                    {u"machine", u"Machine", u"velmoraUserLocks.machineName"},
                                    {u"ip", u"IP Address", u"velmoraUserLocks.machineIP"}});
-    lvwLocks.SetColumns(std::move(columns));
+    lvwLocks->SetColumns(std::move(columns));
 }
 
 } // namespace dax

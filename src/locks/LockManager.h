@@ -24,7 +24,7 @@ enum ErrorActions : int32_t { actAbort = 3, actRetry = 4, actIgnore = 5 };
 // RebuildDisplay. The host may do anything inside an event, also release the manager.
 class LockManager {
 public:
-    explicit LockManager(ListModel& lvwLocks, std::function<DateTime()> clock = dax::Now);
+    explicit LockManager(std::shared_ptr<ListModel> list, std::function<DateTime()> clock = dax::Now);
     ~LockManager();
     LockManager(const LockManager&) = delete;
     LockManager& operator=(const LockManager&) = delete;
@@ -86,7 +86,7 @@ private:
     bool IncludeLock(const LockRow& row) const;
     const LockRecord& RecordAt(int32_t tag) const;
 
-    ListModel& lvwLocks;
+    std::shared_ptr<ListModel> lvwLocks;
     std::function<DateTime()> clock;
     DateTime now; // the moment of the running refresh, so that all its rows are judged alike
     std::vector<LockRecord> records;

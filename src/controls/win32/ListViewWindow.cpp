@@ -1,0 +1,249 @@
+#include "controls/win32/ListViewWindow.h"
+
+#include <algorithm>
+#include <array>
+
+namespace dax {
+
+namespace {
+
+constexpr int CellPadding = 12; // of the system's list, left and right together, at 96 dpi
+
+// Widths of many texts: plain characters are added up, everything else is measured by the system.
+class TextMeasure {
+public:
+    explicit TextMeasure(HDC context) : dc(context) { GetCharWidth32W(dc, First, Last, widths.data()); }
+
+    int Width(const Text& text) const {
+        int width = 0;
+        for (const char16_t unit : text) {
+            if (unit < First || unit > Last) {
+                SIZE size{};
+                GetTextExtentPoint32W(dc, Wide(text), static_cast<int>(std::min<size_t>(text.size(), 4096)), &size);
+                return size.cx;
+            }
+            width += widths[unit - First];
+        }
+        return width;
+    }
+
+private:
+    static constexpr char16_t First = u' ', Last = u'~';
+    HDC dc;
+    std::array<INT, Last - First + 1> widths{};
+};
+
+int ShareOf(const Text& key) {
+    static const std::pair<const char16_t*, int> shares[] = {
+        {u"title", 24}, {u"lockdate", 18}, {u"age", 16}, {u"locktype", 14}, {u"ip", 13}};
+    for (const auto& [name, share] : shares)
+        if (key == name) return share;
+    return 12;
+}
+
+} // namespace
+
+ListViewWindow::ListViewWindow(std::shared_ptr<ListModel> listModel) : model(std::move(listModel)) {
+    model->SetListener(this);
+}
+
+ListViewWindow::~ListViewWindow() { model->SetListener(nullptr); }
+
+HWND ListViewWindow::Create(HWND parent) {
+    INITCOMMONCONTROLSEX classes{sizeof classes, ICC_LISTVIEW_CLASSES};
+    InitCommonControlsEx(&classes);
+    handle = CreateWindowExW(WS_EX_CLIENTEDGE, WC_LISTVIEWW, L"",
+                             WS_CHILD | WS_VISIBLE | WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS, 0, 0,
+                             0, 0, parent, nullptr, ThisModule(), nullptr);
+    if (!handle) return nullptr;
+    const auto style = static_cast<DWORD>(SendMessageW(handle, LVM_GETEXTENDEDLISTVIEWSTYLE, 0, 0));
+    SendMessageW(handle, LVM_SETEXTENDEDLISTVIEWSTYLE, 0, static_cast<LPARAM>(style | LVS_EX_FULLROWSELECT));
+    ColumnsChanged();
+    ItemsChanged();
+    for (size_t item = 0; item < model->Items().size(); ++item)
+        if (model->Items()[item].isSelected) {
+            LVITEMW state{};
+            state.state = state.stateMask = LVIS_SELECTED;
+            SendMessageW(handle, LVM_SETITEMSTATE, item, reinterpret_cast<LPARAM>(&state));
+        }
+    return handle;
+}
+
+void ListViewWindow::SetFont(HFONT font) {
+    if (handle) SendMessageW(handle, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+}
+
+void ListViewWindow::Fit(int width, int height) {
+    if (!handle) return;
+    MoveWindow(handle, 0, 0, width, height, TRUE);
+    if (isWidthShared) ShareWidth();
+}
+
+void ListViewWindow::ShareWidth() {
+    RECT client;
+    GetWindowRect(handle, &client);
+    const int frame = 2 * GetSystemMetrics(SM_CXEDGE);
+    const int width = client.right - client.left - frame - GetSystemMetrics(SM_CXVSCROLL);
+    int sum = 0;
+    for (const ListColumn& column : model->Columns()) sum += ShareOf(column.key);
+    if (width <= 0 || sum == 0) return;
+    for (size_t column = 0; column < model->Columns().size(); ++column)
+        SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, MulDiv(width, ShareOf(model->Columns()[column].key), sum));
+}
+
+void ListViewWindow::ColumnsChanged() {
+    if (!handle) return;
+    while (SendMessageW(handle, LVM_DELETECOLUMN, 0, 0)) {
+    }
+    for (size_t index = 0; index < model->Columns().size(); ++index) {
+        LVCOLUMNW column{};
+        column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
+        column.pszText = const_cast<LPWSTR>(Wide(model->Columns()[index].caption));
+        column.cx = 80;
+        column.iSubItem = static_cast<int>(index);
+        SendMessageW(handle, LVM_INSERTCOLUMNW, index, reinterpret_cast<LPARAM>(&column));
+    }
+    isWidthShared = true;
+    ShareWidth();
+}
+
+void ListViewWindow::ItemsChanged() {
+    if (!handle) return;
+    const size_t count = model->Items().size();
+    if (count == 0) { // else the list would keep selection and focus of rows that are gone
+        LVITEMW state{};
+        state.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+        SendMessageW(handle, LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&state));
+    }
+    SendMessageW(handle, LVM_SETITEMCOUNT, count, 0);
+    for (LRESULT item = -1;
+         (item = SendMessageW(handle, LVM_GETNEXTITEM, static_cast<WPARAM>(item), LVNI_SELECTED)) >= 0;) {
+        if (static_cast<size_t>(item) < count && model->Items()[static_cast<size_t>(item)].isSelected) continue;
+        LVITEMW state{};
+        state.stateMask = LVIS_SELECTED;
+        SendMessageW(handle, LVM_SETITEMSTATE, static_cast<WPARAM>(item), reinterpret_cast<LPARAM>(&state));
+    }
+    InvalidateRect(handle, nullptr, FALSE);
+}
+
+// The system sizes a list without rows of its own by the rows in sight; the widest of all is found here.
+void ListViewWindow::AutosizeColumns() {
+    if (!handle) return;
+    isWidthShared = false;
+    const HDC dc = GetDC(handle);
+    const HGDIOBJ former = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(handle, WM_GETFONT, 0, 0)));
+    const TextMeasure measure(dc);
+    const int padding = MulDiv(CellPadding, GetDeviceCaps(dc, LOGPIXELSX), 96);
+    for (size_t column = 0; column < model->Columns().size(); ++column) {
+        SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, LVSCW_AUTOSIZE_USEHEADER);
+        int widest = 0;
+        for (size_t item = 0; item < model->Items().size(); ++item)
+            widest = std::max(widest, measure.Width(model->Cell(item, column)));
+        if (widest + padding > SendMessageW(handle, LVM_GETCOLUMNWIDTH, column, 0))
+            SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, widest + padding);
+    }
+    SelectObject(dc, former);
+    ReleaseDC(handle, dc);
+}
+
+void ListViewWindow::ShowSortArrow(int column, bool isDescending) {
+    if (!handle) return;
+    const auto header = reinterpret_cast<HWND>(SendMessageW(handle, LVM_GETHEADER, 0, 0));
+    for (int index = 0; index < static_cast<int>(model->Columns().size()); ++index) {
+        HDITEMW item{};
+        item.mask = HDI_FORMAT;
+        SendMessageW(header, HDM_GETITEMW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item));
+        item.fmt &= ~(HDF_SORTUP | HDF_SORTDOWN);
+        if (index == column) item.fmt |= isDescending ? HDF_SORTDOWN : HDF_SORTUP;
+        SendMessageW(header, HDM_SETITEMW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item));
+    }
+}
+
+void ListViewWindow::FillDisplay(LVITEMW& item) const {
+    if (!(item.mask & LVIF_TEXT) || item.cchTextMax <= 0) return;
+    const Text& cell = model->Cell(static_cast<size_t>(item.iItem), static_cast<size_t>(item.iSubItem));
+    const TextView shown = Shorten(cell, static_cast<size_t>(item.cchTextMax) - 1);
+    std::copy(shown.begin(), shown.end(), item.pszText);
+    item.pszText[shown.size()] = 0;
+}
+
+void ListViewWindow::ReadSelection() {
+    std::vector<bool> isSelected(model->Items().size());
+    for (LRESULT item = -1;
+         (item = SendMessageW(handle, LVM_GETNEXTITEM, static_cast<WPARAM>(item), LVNI_SELECTED)) >= 0;)
+        if (static_cast<size_t>(item) < isSelected.size()) isSelected[static_cast<size_t>(item)] = true;
+    for (size_t item = 0; item < isSelected.size(); ++item)
+        if (model->Items()[item].isSelected != isSelected[item]) model->SetSelected(item, isSelected[item]);
+}
+
+LRESULT ListViewWindow::HandleNotification(const NMHDR& header) {
+    switch (header.code) {
+    case LVN_GETDISPINFOW:
+        FillDisplay(reinterpret_cast<NMLVDISPINFOW*>(const_cast<NMHDR*>(&header))->item);
+        return 0;
+    case LVN_ITEMCHANGED: {
+        const auto& change = reinterpret_cast<const NMLISTVIEW&>(header);
+        if (!(change.uChanged & LVIF_STATE)) return 0;
+        if (change.iItem < 0)
+            ReadSelection(); // all rows at once
+        else if (static_cast<size_t>(change.iItem) < model->Items().size())
+            model->SetSelected(static_cast<size_t>(change.iItem), (change.uNewState & LVIS_SELECTED) != 0);
+        return 0;
+    }
+    case LVN_ODSTATECHANGED:
+        ReadSelection();
+        return 0;
+    case LVN_COLUMNCLICK:
+        ColumnClick.Raise(static_cast<size_t>(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem));
+        return 0;
+    case LVN_KEYDOWN:
+        ReadSelection();
+        KeyDown.Raise(reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey);
+        return 0;
+    case NM_CLICK:
+        ReadSelection();
+        Click.Raise();
+        return 0;
+    case HDN_ENDTRACKW:
+        isWidthShared = false;
+        return 0;
+    default:
+        return 0;
+    }
+}
+
+void ListViewWindow::DrawPicture(HDC dc, const RECT& place, HFONT font) const {
+    const int saved = SaveDC(dc);
+    SelectObject(dc, font);
+    RECT inner = place;
+    FillRect(dc, &inner, GetSysColorBrush(COLOR_WINDOW));
+    DrawEdge(dc, &inner, EDGE_SUNKEN, BF_RECT | BF_ADJUST);
+    TEXTMETRICW metrics;
+    GetTextMetricsW(dc, &metrics);
+    const int rowHeight = metrics.tmHeight + 4;
+    int sum = 0;
+    for (const ListColumn& column : model->Columns()) sum += ShareOf(column.key);
+    SetBkMode(dc, TRANSPARENT);
+    int left = inner.left, share = 0;
+    for (size_t column = 0; column < model->Columns().size(); ++column) {
+        share += ShareOf(model->Columns()[column].key);
+        const int right = inner.left + MulDiv(inner.right - inner.left, share, sum);
+        const auto drawCell = [&](const Text& text, RECT cell) {
+            InflateRect(&cell, -4, 0);
+            DrawTextW(dc, Wide(text), static_cast<int>(text.size()), &cell,
+                      DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
+        };
+        RECT header{left, inner.top, right, inner.top + rowHeight + 4};
+        DrawFrameControl(dc, &header, DFC_BUTTON, DFCS_BUTTONPUSH);
+        drawCell(model->Columns()[column].caption, header);
+        for (size_t item = 0; item < model->Items().size(); ++item) {
+            const int top = header.bottom + static_cast<int>(item) * rowHeight;
+            if (top >= inner.bottom) break;
+            drawCell(model->Cell(item, column), {left, top, right, std::min<LONG>(top + rowHeight, inner.bottom)});
+        }
+        left = right;
+    }
+    RestoreDC(dc, saved);
+}
+
+} // namespace dax
