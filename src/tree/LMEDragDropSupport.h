@@ -1,0 +1,53 @@
+// Dragging one node inside its tree: when a press becomes a drag, where it would drop, what the window shows
+// meanwhile, and the drop, which the component carries out. Idle, armed (after a press), dragging.
+#pragma once
+
+#include "tree/DropTarget.h"
+
+namespace dax {
+
+class LMEDragDropSupport : private TreeListener {
+public:
+    LMEDragDropSupport() = default;
+    ~LMEDragDropSupport() override;
+    LMEDragDropSupport(const LMEDragDropSupport&) = delete;
+    LMEDragDropSupport& operator=(const LMEDragDropSupport&) = delete;
+
+    // Null takes the binding back; a drag under way ends without a drop.
+    void Bind(NodeTree* tree, TreeWindow* window);
+
+    bool Active() const { return isActive; } // a drag is in progress
+    void OnMouseDown();
+    bool ShouldBeginDrag() const;
+    void BeginDrag(); // drags the node under the point of the press
+    void OnItemDrag();
+    // The target, when there is one, becomes the selected node; then Drop is raised.
+    void FinishDrag();
+    void CancelDrag();
+    void OnTimer(TreeTimer timer);
+
+    const Node* DraggedNode() const { return dragged; }
+    const DropTarget& Target() const { return target; }
+
+    // The pointer rests on a collapsed node.
+    Event<Node&>& AutoExpand() { return autoExpand; }
+    // Insert after, dragged node, target node.
+    Event<bool, Node&, Node&>& Drop() { return drop; }
+
+private:
+    void NodeRemoving(Node& node) override;
+    void AllRemoving() override;
+    void ShowTarget(const DropTarget& newTarget);
+
+    NodeTree* tree = nullptr;
+    TreeWindow* window = nullptr;
+    bool isArmed = false;
+    bool isActive = false;
+    Point pressed;
+    Node* dragged = nullptr;
+    DropTarget target;
+    Event<Node&> autoExpand;
+    Event<bool, Node&, Node&> drop;
+};
+
+} // namespace dax

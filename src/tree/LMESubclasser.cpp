@@ -1,0 +1,71 @@
+#include "tree/LMESubclasser.h"
+
+#include "tree/modTreeviewAPI.h"
+
+namespace dax {
+
+using namespace modTreeviewAPI;
+
+namespace {
+
+constexpr int checkstateDelay = 50; // milliseconds after the last check change
+constexpr int spaceKey = 32;
+
+} // namespace
+
+LMESubclasser::~LMESubclasser() { RegisterWindows(nullptr, nullptr); }
+
+void LMESubclasser::RegisterWindows(NodeTree* newTree, TreeWindow* newWindow) {
+    if (window) window->StopTimer(TreeTimer::Checkstate);
+    if (tree) tree->SelectionChanged().Remove(listener);
+    tree = newTree;
+    window = newWindow;
+    if (!tree) return;
+    listener = tree->SelectionChanged().Add([this] {
+        if (isActive) selectionChanged.Raise();
+    });
+}
+
+void LMESubclasser::SetActive(bool active) {
+    if (window) window->StopTimer(TreeTimer::Checkstate);
+    isActive = active;
+}
+
+void LMESubclasser::OnClick(Point point, bool isCtrlDown) {
+    if (!isActive || !window || !window->HasCheckBoxes()) return;
+    const TreeHit hit = window->HitTest(point);
+    if (hit.node && (hit.flags & HitFlags::OnItemStateIcon)) Toggle(*hit.node, !isCtrlDown);
+}
+
+void LMESubclasser::OnDblClick(Point point, bool isCtrlDown) {
+    if (!isActive || !window || !window->HasCheckBoxes()) return;
+    const TreeHit hit = window->HitTest(point);
+    if (!hit.node) return;
+    // With Ctrl only the tree's own toggle of the box counts, so there is none beside the box.
+    if (isCtrlDown && !(hit.flags & HitFlags::OnItemStateIcon)) return;
+    Toggle(*hit.node, !isCtrlDown);
+}
+
+void LMESubclasser::OnKeyDown(int keyCode) {
+    if (!isActive || !window || !window->HasCheckBoxes() || keyCode != spaceKey) return;
+    // The top visible row, not the selected one: the fixed point is deliberate.
+    if (const TreeHit hit = window->HitTest({0, 0}); hit.node) Toggle(*hit.node, true);
+}
+
+void LMESubclasser::OnTimer(TreeTimer timer) {
+    if (timer != TreeTimer::Checkstate) return;
+    if (window) window->StopTimer(TreeTimer::Checkstate);
+    checkStateChanged.Raise();
+}
+
+void LMESubclasser::Toggle(Node& node, bool isBranch) {
+    const bool checked = !node.IsChecked();
+    if (isBranch) {
+        SetSubtreeCheck(node, checked);
+    } else {
+        node.SetChecked(checked);
+    }
+    window->StartTimer(TreeTimer::Checkstate, checkstateDelay);
+}
+
+} // namespace dax

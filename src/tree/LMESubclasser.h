@@ -1,0 +1,47 @@
+// What a tree window's notifications mean: the selection changed, boxes were checked. The window layer hands the
+// notifications in; while not Active none of them counts.
+#pragma once
+
+#include "tree/TreeWindow.h"
+
+namespace dax {
+
+class LMESubclasser {
+public:
+    LMESubclasser() = default;
+    ~LMESubclasser();
+    LMESubclasser(const LMESubclasser&) = delete;
+    LMESubclasser& operator=(const LMESubclasser&) = delete;
+
+    // Null takes the binding back. Without a window selection changes are told all the same.
+    void RegisterWindows(NodeTree* tree, TreeWindow* window);
+    bool Active() const { return isActive; }
+    // Either value stops a check-state event that is due.
+    void SetActive(bool active);
+
+    // The model is the truth about checks: these leave a branch, its top included, at the opposite of the top's
+    // former check (Ctrl: the item alone), and the window shows that, whatever its own toggling would have made.
+    void OnClick(Point point, bool isCtrlDown);
+    void OnDblClick(Point point, bool isCtrlDown);
+    void OnKeyDown(int keyCode);
+    void OnTimer(TreeTimer timer);
+
+    // Old node, new node, cancel. Declared and never raised, deliberately: a host's veto is not asked.
+    Event<Node*, Node*, bool&>& SelectionChanging() { return selectionChanging; }
+    Event<>& SelectionChanged() { return selectionChanged; }
+    // Once for a burst of check changes.
+    Event<>& CheckStateChanged() { return checkStateChanged; }
+
+private:
+    void Toggle(Node& node, bool isBranch);
+
+    NodeTree* tree = nullptr;
+    TreeWindow* window = nullptr;
+    size_t listener = 0;
+    bool isActive = false;
+    Event<Node*, Node*, bool&> selectionChanging;
+    Event<> selectionChanged;
+    Event<> checkStateChanged;
+};
+
+} // namespace dax

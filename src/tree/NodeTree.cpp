@@ -1,0 +1,303 @@
+#include "tree/NodeTree.h"
+
+#include "data/Error.h"
+
+#include <exception>
+#include <functional>
+
+namespace dax {
+
+namespace {
+
+// What hosts know of tree views: a key is given twice, a number of elements is too big.
+constexpr int32_t duplicateKey = 35602;
+constexpr int32_t overflow = 6;
+constexpr size_t firstBuckets = 64;
+
+size_t HashOf(TextView key) { return std::hash<TextView>()(key); }
+
+} // namespace
+
+NodeTree::NodeTree() : buckets(firstBuckets) {}
+
+NodeTree::~NodeTree() {
+    for (Node* node = firstAdded; node;) {
+        Node* const next = node->nextAdded;
+        delete node;
+        node = next;
+    }
+}
+
+Node& NodeTree::Add(Node* relative, Place place, TextView key, TextView caption, int image) {
+    CheckKey(key);
+    if (count == INT32_MAX) throw Error(overflow, u"The tree holds as many nodes as can be counted.");
+    Node* const node = new Node;
+    try {
+        node->key = key;
+        node->caption = caption;
+        if (!key.empty()) ReserveKey();
+    } catch (...) {
+        delete node;
+        throw;
+    }
+    node->tree = this;
+    node->image = image;
+    if (!key.empty()) AddKey(*node, HashOf(key));
+    Link(*node, relative, place);
+    node->previousAdded = lastAdded;
+    (lastAdded ? lastAdded->nextAdded : firstAdded) = node;
+    lastAdded = node;
+    ++count;
+    Tell([&](TreeListener& listener) { listener.NodeAdded(*node); });
+    return *node;
+}
+
+void NodeTree::Move(Node& node, Node* relative, Place place) {
+    if (relative == &node) return;
+    const TreeUpdate update(*this);
+    Unlink(node);
+    Link(node, relative, place);
+    Tell([&](TreeListener& listener) { listener.NodeMoved(node); });
+    fix = Fix::Reveal; // the selected node may have come into a collapsed branch
+}
+
+void NodeTree::Remove(Node& node) {
+    const TreeUpdate update(*this);
+    Tell([&](TreeListener& listener) { listener.NodeRemoving(node); });
+    Node* const heir = node.next ? node.next : node.previous ? node.previous : node.parent;
+    Node* const wasSelected = selected;
+    Unlink(node);
+    Destroy(node);
+    if (wasSelected && !selected) Select(heir);
+}
+
+void NodeTree::Clear() {
+    const TreeUpdate update(*this);
+    Tell([](TreeListener& listener) { listener.AllRemoving(); });
+    Node* node = firstAdded;
+    firstTop = lastTop = firstAdded = lastAdded = selected = nullptr;
+    isSelectedBeforeGone = true;
+    count = 0;
+    keyCount = 0;
+    buckets.assign(firstBuckets, nullptr);
+    while (node) {
+        Node* const next = node->nextAdded;
+        delete node;
+        node = next;
+    }
+}
+
+Node* NodeTree::Find(TextView key) const {
+    if (key.empty()) return nullptr;
+    const size_t hash = HashOf(key);
+    Node* node = buckets[hash & (buckets.size() - 1)];
+    while (node && (node->hash != hash || node->key != key)) node = node->nextInBucket;
+    return node;
+}
+
+void NodeTree::Select(Node* node) {
+    const TreeUpdate update(*this);
+    selected = node;
+    fix = Fix::Reveal;
+}
+
+void NodeTree::Number() {
+    int32_t depth = 0;
+    for (Node* node = firstTop; node;) {
+        node->depth = depth;
+        node->position = node->previous ? node->previous->position + 1 : 1;
+        if (node->firstChild) {
+            node = node->firstChild;
+            ++depth;
+            continue;
+        }
+        while (node && !node->next) {
+            node = node->parent;
+            --depth;
+        }
+        if (node) node = node->next;
+    }
+}
+
+void NodeTree::AddListener(TreeListener& listener) { listeners.push_back(&listener); }
+
+void NodeTree::RemoveListener(TreeListener& listener) { std::erase(listeners, &listener); }
+
+void NodeTree::Link(Node& node, Node* relative, Place place) {
+    const bool isFirst = place == Place::Before || place == Place::FirstChild;
+    Node* parent = relative;
+    Node* before = nullptr; // the sibling that the node follows
+    if (relative && (place == Place::Before || place == Place::After)) {
+        parent = relative->parent;
+        before = place == Place::After ? relative : relative->previous;
+    } else if (!isFirst) {
+        before = parent ? parent->lastChild : lastTop;
+    }
+    Node*& first = parent ? parent->firstChild : firstTop;
+    Node*& last = parent ? parent->lastChild : lastTop;
+    Node* const after = before ? before->next : first;
+    node.parent = parent;
+    node.previous = before;
+    node.next = after;
+    (before ? before->next : first) = &node;
+    (after ? after->previous : last) = &node;
+}
+
+void NodeTree::Unlink(Node& node) {
+    Node*& first = node.parent ? node.parent->firstChild : firstTop;
+    Node*& last = node.parent ? node.parent->lastChild : lastTop;
+    (node.previous ? node.previous->next : first) = node.next;
+    (node.next ? node.next->previous : last) = node.previous;
+    node.parent = node.previous = node.next = nullptr;
+}
+
+// Leaves first, following the links: a branch may be deeper than any stack.
+void NodeTree::Destroy(Node& top) {
+    for (Node* node = &top; node;) {
+        if (node->firstChild) {
+            node = node->firstChild;
+            continue;
+        }
+        Node* const parent = node->parent;
+        Node* const then = node->next ? node->next : parent;
+        if (parent) parent->firstChild = node->next;
+        if (node == selected) selected = nullptr;
+        if (node == selectedBefore) isSelectedBeforeGone = true;
+        RemoveKey(*node);
+        (node->previousAdded ? node->previousAdded->nextAdded : firstAdded) = node->nextAdded;
+        (node->nextAdded ? node->nextAdded->previousAdded : lastAdded) = node->previousAdded;
+        --count;
+        delete node;
+        node = then;
+    }
+}
+
+void NodeTree::AddKey(Node& node, size_t hash) {
+    node.hash = hash;
+    Node*& bucket = buckets[hash & (buckets.size() - 1)];
+    node.nextInBucket = bucket;
+    bucket = &node;
+    ++keyCount;
+}
+
+void NodeTree::RemoveKey(Node& node) {
+    if (node.key.empty()) return;
+    Node** place = &buckets[node.hash & (buckets.size() - 1)];
+    while (*place != &node) place = &(*place)->nextInBucket;
+    *place = node.nextInBucket;
+    --keyCount;
+}
+
+// Room for one more key: about one node to a bucket.
+void NodeTree::ReserveKey() {
+    if (keyCount < buckets.size()) return;
+    const size_t size = buckets.size() * 2;
+    std::vector<Node*> larger(size);
+    for (Node* node : buckets) {
+        while (node) {
+            Node* const next = node->nextInBucket;
+            Node*& bucket = larger[node->hash & (size - 1)];
+            node->nextInBucket = bucket;
+            bucket = node;
+            node = next;
+        }
+    }
+    buckets = std::move(larger);
+}
+
+void NodeTree::CheckKey(TextView key) const {
+    if (!Find(key)) return;
+    throw Error(duplicateKey, u"Two nodes cannot have the same key: '" + Text(Shorten(key, 100)) + u"'.");
+}
+
+// No ancestor of the selected node is collapsed: either they expand, or the topmost collapsed one is selected.
+void NodeTree::FixSelection() {
+    const Fix wanted = std::exchange(fix, Fix::None);
+    if (!selected || wanted == Fix::None) return;
+    Node* topmost = nullptr;
+    for (Node* node = selected->parent; node; node = node->parent) {
+        if (node->isExpanded) continue;
+        topmost = node;
+        if (wanted == Fix::Reveal) {
+            node->isExpanded = true;
+            Tell([&](TreeListener& listener) { listener.NodeChanged(*node, NodeAspect::Expanded); });
+        }
+    }
+    if (wanted == Fix::Rescue && topmost) selected = topmost;
+}
+
+void NodeTree::BeginUpdate() {
+    if (updates++ > 0) return;
+    selectedBefore = selected;
+    isSelectedBeforeGone = false;
+    Tell([](TreeListener& listener) { listener.UpdateStarted(); });
+}
+
+void NodeTree::EndUpdate(bool isUnwinding) {
+    if (updates > 1) {
+        --updates;
+        return;
+    }
+    FixSelection();
+    updates = 0;
+    Tell([](TreeListener& listener) { listener.UpdateEnded(); });
+    const bool isOther = isSelectedBeforeGone || selected != selectedBefore;
+    const bool wasOrIs = selected || selectedBefore;
+    selectedBefore = nullptr;
+    if (!isOther || !wasOrIs) return;
+    Tell([](TreeListener& listener) { listener.SelectionMoved(); });
+    if (!isUnwinding) selectionChanged.Raise(); // nothing may follow: the tree may be gone
+}
+
+void Node::SetKey(const Text& newKey) {
+    if (newKey == key) return;
+    tree->CheckKey(newKey);
+    Text copy = newKey;
+    tree->ReserveKey();
+    tree->RemoveKey(*this);
+    key.swap(copy);
+    if (!key.empty()) tree->AddKey(*this, HashOf(key));
+    tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Key); });
+}
+
+void Node::SetCaption(TextView newCaption) {
+    if (newCaption == caption) return;
+    caption = newCaption;
+    tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Caption); });
+}
+
+void Node::SetTag(TextView newTag) {
+    if (newTag == tag) return;
+    tag = newTag;
+    tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Tag); });
+}
+
+void Node::SetImage(int newImage) {
+    if (newImage == image) return;
+    image = newImage;
+    tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Image); });
+}
+
+void Node::SetExpanded(bool expanded) {
+    if (expanded == isExpanded) return;
+    const TreeUpdate update(*tree);
+    isExpanded = expanded;
+    tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Expanded); });
+    if (!expanded) tree->fix = NodeTree::Fix::Rescue;
+}
+
+void Node::SetChecked(bool checked) {
+    if (checked == isChecked) return;
+    isChecked = checked;
+    tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Checked); });
+}
+
+bool Node::IsSelected() const { return tree->Selected() == this; }
+
+TreeUpdate::TreeUpdate(NodeTree& tree) : tree(tree), exceptionsBefore(std::uncaught_exceptions()) {
+    tree.BeginUpdate();
+}
+
+TreeUpdate::~TreeUpdate() noexcept(false) { tree.EndUpdate(std::uncaught_exceptions() > exceptionsBefore); }
+
+} // namespace dax
