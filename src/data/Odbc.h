@@ -1,0 +1,63 @@
+// The one door to ODBC: its headers (which need <windows.h> on Windows), handles that free themselves, text types.
+#pragma once
+
+#include "data/Text.h"
+
+#include <utility>
+#include <vector>
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
+#include <sql.h>
+#include <sqlext.h>
+#include <sqlucode.h>
+
+namespace dax {
+
+static_assert(sizeof(SQLWCHAR) == sizeof(char16_t));
+
+inline SQLWCHAR* Wide(char16_t* text) { return reinterpret_cast<SQLWCHAR*>(text); }
+inline SQLWCHAR* Wide(const char16_t* text) { return reinterpret_cast<SQLWCHAR*>(const_cast<char16_t*>(text)); }
+inline SQLCHAR* Narrow(const char* text) { return reinterpret_cast<SQLCHAR*>(const_cast<char*>(text)); }
+
+// An environment, connection or statement handle, freed at the end of its life. Empty when it could not be had.
+template <SQLSMALLINT Kind>
+class OdbcHandle {
+public:
+    OdbcHandle() = default;
+    explicit OdbcHandle(SQLHANDLE parent) {
+        if (!SQL_SUCCEEDED(SQLAllocHandle(Kind, parent, &handle))) handle = nullptr;
+    }
+    OdbcHandle(OdbcHandle&& other) noexcept : handle(std::exchange(other.handle, nullptr)) {}
+    OdbcHandle& operator=(OdbcHandle&& other) noexcept {
+        std::swap(handle, other.handle);
+        return *this;
+    }
+    ~OdbcHandle() {
+        if (handle != nullptr) SQLFreeHandle(Kind, handle);
+    }
+    SQLHANDLE Get() const { return handle; }
+    explicit operator bool() const { return handle != nullptr; }
+
+private:
+    SQLHANDLE handle = nullptr;
+};
+
+using EnvironmentHandle = OdbcHandle<SQL_HANDLE_ENV>;
+using ConnectionHandle = OdbcHandle<SQL_HANDLE_DBC>;
+using StatementHandle = OdbcHandle<SQL_HANDLE_STMT>;
+
+// An environment that speaks ODBC 3; throws Error when there is no driver manager to speak of.
+EnvironmentHandle OpenEnvironment();
+std::vector<Text> InstalledDrivers(const EnvironmentHandle& environment);
+// The driver of a data source that was set up on this machine; empty when there is no such source.
+Text DriverOfDataSource(const EnvironmentHandle& environment, TextView dataSource);
+
+// True on Linux and under Wine, whose odbc32 hands everything to the machine's unixODBC.
+bool ManagerIsUnix();
+// A path as the drivers of this manager take it: a Unix path under Wine, unchanged elsewhere.
+Text PathForDriver(const Text& path);
+
+} // namespace dax

@@ -1,0 +1,123 @@
+#include "data/OdbcErrors.h"
+
+#include <array>
+
+namespace dax {
+
+namespace {
+
+struct Rule {
+    Engine engine;     // Other: every engine
+    TextView state;    // the beginning of the SQLSTATE
+    SQLINTEGER native; // 0: any
+    TextView fragment; // of the message; empty: any
+    int32_t number;
+};
+
+// The first rule that fits decides. Engines that report everything as HY000 tell more by native number and text.
+constexpr Rule rules[] = {
+    {Engine::SQLite, u"", 0, u"no such table", ErrorNumbers::NoTable},
+    {Engine::SQLite, u"", 0, u"no such column", ErrorNumbers::SyntaxOrColumn},
+    {Engine::SQLite, u"", 0, u"has no column named", ErrorNumbers::SyntaxOrColumn},
+    {Engine::SQLite, u"", 0, u"syntax error", ErrorNumbers::SyntaxOrColumn},
+    {Engine::SQLite, u"", 0, u"unrecognized token", ErrorNumbers::SyntaxOrColumn},
+    {Engine::SQLite, u"", 0, u"incomplete input", ErrorNumbers::SyntaxOrColumn},
+    {Engine::SQLite, u"", 5, u"", ErrorNumbers::Timeout},
+    {Engine::SQLite, u"", 6, u"", ErrorNumbers::Timeout},
+    {Engine::SQLite, u"", 8, u"", ErrorNumbers::Permission},
+    {Engine::SQLite, u"", 18, u"", ErrorNumbers::DataOverflow},
+    {Engine::SQLite, u"", 19, u"", ErrorNumbers::Integrity},
+    {Engine::PostgreSQL, u"", 0, u"password authentication failed", ErrorNumbers::Authentication},
+    {Engine::PostgreSQL, u"", 0, u"no password supplied", ErrorNumbers::Authentication},
+    {Engine::PostgreSQL, u"28", 0, u"", ErrorNumbers::Authentication},
+    {Engine::PostgreSQL, u"42P01", 0, u"", ErrorNumbers::NoTable},
+    {Engine::PostgreSQL, u"42501", 0, u"", ErrorNumbers::Permission},
+    {Engine::PostgreSQL, u"25006", 0, u"", ErrorNumbers::Permission},
+    {Engine::PostgreSQL, u"55P03", 0, u"", ErrorNumbers::Timeout},
+    {Engine::PostgreSQL, u"57014", 0, u"", ErrorNumbers::Timeout},
+    {Engine::MariaDB, u"", 1205, u"", ErrorNumbers::Timeout},
+    {Engine::MariaDB, u"", 1044, u"", ErrorNumbers::Permission},
+    {Engine::MariaDB, u"", 1142, u"", ErrorNumbers::Permission},
+    {Engine::MariaDB, u"", 1143, u"", ErrorNumbers::Permission},
+    {Engine::MariaDB, u"", 1290, u"", ErrorNumbers::Permission},
+    {Engine::MariaDB, u"", 1406, u"", ErrorNumbers::DataOverflow},
+    {Engine::SQLServer, u"", 1222, u"", ErrorNumbers::Timeout},
+    {Engine::SQLServer, u"", 229, u"", ErrorNumbers::Permission},
+    {Engine::Other, u"42S02", 0, u"", ErrorNumbers::NoTable},
+    {Engine::Other, u"42", 0, u"", ErrorNumbers::SyntaxOrColumn},
+    {Engine::Other, u"23", 0, u"", ErrorNumbers::Integrity},
+    {Engine::Other, u"28", 0, u"", ErrorNumbers::Authentication},
+    {Engine::Other, u"22001", 0, u"", ErrorNumbers::DataOverflow},
+    {Engine::Other, u"22003", 0, u"", ErrorNumbers::DataOverflow},
+    {Engine::Other, u"22", 0, u"", ErrorNumbers::DataMismatch},
+    {Engine::Other, u"HYT", 0, u"", ErrorNumbers::Timeout},
+};
+
+Text WithoutLayers(TextView message) {
+    while (!message.empty() && message.front() == u'[') {
+        const size_t end = message.find(u']');
+        if (end == TextView::npos) break;
+        message.remove_prefix(end + 1);
+    }
+    constexpr TextView driversRemark = u";\nError while executing the query";
+    if (message.ends_with(driversRemark)) message.remove_suffix(driversRemark.size());
+    while (!message.empty() && (message.back() == u'\n' || message.back() == u'\r')) message.remove_suffix(1);
+    return Text(TrimBlanks(message));
+}
+
+bool ReadRecord(SQLSMALLINT kind, SQLHANDLE handle, bool narrow, SQLSMALLINT record, Diagnostic& diagnostic) {
+    SQLSMALLINT length = 0;
+    if (narrow) {
+        std::array<SQLCHAR, 6> state{};
+        std::array<SQLCHAR, 4096> message{};
+        if (!SQL_SUCCEEDED(SQLGetDiagRec(kind, handle, record, state.data(), &diagnostic.native, message.data(),
+                                         static_cast<SQLSMALLINT>(message.size()), &length)))
+            return false;
+        diagnostic.state = FromUtf8(reinterpret_cast<const char*>(state.data()));
+        diagnostic.message = WithoutLayers(FromUtf8(reinterpret_cast<const char*>(message.data())));
+        return true;
+    }
+    std::array<char16_t, 6> state{};
+    std::array<char16_t, 4096> message{};
+    if (!SQL_SUCCEEDED(SQLGetDiagRecW(kind, handle, record, Wide(state.data()), &diagnostic.native,
+                                      Wide(message.data()), static_cast<SQLSMALLINT>(message.size()), &length)))
+        return false;
+    diagnostic.state = state.data();
+    diagnostic.message = WithoutLayers(message.data());
+    return true;
+}
+
+} // namespace
+
+Diagnostic ReadDiagnostic(SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dialect) {
+    const bool narrow = dialect.narrowOnUnix && ManagerIsUnix();
+    Diagnostic first, current;
+    for (SQLSMALLINT record = 1; ReadRecord(kind, handle, narrow, record, current); ++record) {
+        if (record == 1) first = current;
+        if (!current.state.starts_with(u"01")) return current;
+    }
+    return first;
+}
+
+int32_t NumberOf(const Diagnostic& diagnostic, Engine engine) {
+    for (const Rule& rule : rules)
+        if ((rule.engine == Engine::Other || rule.engine == engine) && diagnostic.state.starts_with(rule.state) &&
+            (rule.native == 0 || rule.native == diagnostic.native) &&
+            (rule.fragment.empty() || diagnostic.message.find(rule.fragment) != Text::npos))
+            return rule.number;
+    return ErrorNumbers::Unspecified;
+}
+
+bool DriverIsMissing(const Diagnostic& diagnostic) {
+    return diagnostic.state == u"IM002" || diagnostic.state == u"IM003" ||
+           (diagnostic.state == u"01000" && diagnostic.message.find(u"open lib") != Text::npos);
+}
+
+void ThrowOdbcError(SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dialect) {
+    Diagnostic diagnostic = ReadDiagnostic(kind, handle, dialect);
+    if (diagnostic.message.empty())
+        diagnostic.message = u"The ODBC driver for " + Text(dialect.name) + u" failed without saying why.";
+    throw Error(NumberOf(diagnostic, dialect.engine), std::move(diagnostic.message));
+}
+
+} // namespace dax

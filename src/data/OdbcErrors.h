@@ -1,0 +1,29 @@
+// From ODBC's diagnostics to the one exception, with the numbers that hosts know.
+#pragma once
+
+#include "data/Dialect.h"
+#include "data/Error.h"
+#include "data/Odbc.h"
+
+namespace dax {
+
+struct Diagnostic {
+    Text state; // five characters, empty when the driver said nothing
+    SQLINTEGER native = 0;
+    Text message; // without the bracketed names of the layers it came through
+};
+
+// The first record that is no mere warning.
+Diagnostic ReadDiagnostic(SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dialect);
+int32_t NumberOf(const Diagnostic& diagnostic, Engine engine);
+// True when the manager found no such driver or could not load it.
+bool DriverIsMissing(const Diagnostic& diagnostic);
+
+[[noreturn]] void ThrowOdbcError(SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dialect);
+
+// Throws unless the call succeeded; "no data" is a success (a DELETE that found no row).
+inline void CheckOdbc(SQLRETURN result, SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dialect) {
+    if (!SQL_SUCCEEDED(result) && result != SQL_NO_DATA) ThrowOdbcError(kind, handle, dialect);
+}
+
+} // namespace dax

@@ -1,0 +1,45 @@
+// The rows of an executed statement: columns bound once, every value as text in a buffer that is used again.
+#pragma once
+
+#include "data/OdbcStatement.h"
+
+namespace dax {
+
+struct Column {
+    Text name;
+    SQLSMALLINT type = 0; // ODBC's
+    SQLULEN size = 0;
+    int digits = 0; // behind the decimal point
+};
+
+class OdbcRows {
+public:
+    // Describes the columns and binds them; throws when the statement has no rows to give.
+    explicit OdbcRows(OdbcStatement& statement);
+
+    const std::vector<Column>& Columns() const { return columns; }
+    // False at the end.
+    bool Next();
+    bool IsNull(size_t column);
+    // Valid until the next row; NULL is empty.
+    TextView FieldText(size_t column);
+
+private:
+    struct Buffer {
+        std::vector<char16_t> units; // what is bound
+        std::vector<char16_t> whole; // what was fetched because it was longer than that
+        SQLLEN length = 0;           // bytes, or SQL_NULL_DATA, or SQL_NO_TOTAL
+        bool isBound = false;
+        bool isLoaded = false; // the value of the current row stands in units or whole
+    };
+    void Describe(SQLUSMALLINT column);
+    void BindColumn(size_t column, size_t units);
+    void Load(size_t column);
+    void LoadPieces(size_t column, size_t known);
+
+    OdbcStatement& statement;
+    std::vector<Column> columns;
+    std::vector<Buffer> buffers;
+};
+
+} // namespace dax

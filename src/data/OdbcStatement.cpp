@@ -1,0 +1,173 @@
+#include "data/OdbcStatement.h"
+
+#include "data/Error.h"
+#include "data/StatementText.h"
+
+#include <algorithm>
+
+namespace dax {
+
+namespace {
+
+StatementObserver& Observer() {
+    static StatementObserver observer;
+    return observer;
+}
+
+bool IsTextType(SQLSMALLINT type) {
+    switch (type) {
+    case SQL_CHAR:
+    case SQL_VARCHAR:
+    case SQL_LONGVARCHAR:
+    case SQL_WCHAR:
+    case SQL_WVARCHAR:
+    case SQL_WLONGVARCHAR:
+        return true;
+    default:
+        return type == 0;
+    }
+}
+
+// Engines refuse a plain text type for a long text: Access beyond 255 units, SQL Server beyond 4000.
+SQLSMALLINT TypeOfText(size_t length) { return length <= 255 ? SQL_WVARCHAR : SQL_WLONGVARCHAR; }
+
+} // namespace
+
+void SetStatementObserver(StatementObserver observer) { Observer() = std::move(observer); }
+
+void Observe(TextView statement) {
+    if (const StatementObserver& observer = Observer()) observer(statement);
+}
+
+OdbcStatement::OdbcStatement(OdbcConnection& connection) : owner(connection), handle(connection.Handle()) {
+    if (!handle) ThrowOdbcError(SQL_HANDLE_DBC, connection.Handle(), connection.Quirks());
+    // Braces in our texts are never ODBC escapes. A driver that cannot be told looks only outside quotes anyway.
+    SQLSetStmtAttr(handle.Get(), SQL_ATTR_NOSCAN, reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(SQL_NOSCAN_ON)),
+                   0);
+}
+
+void OdbcStatement::Check(SQLRETURN result) {
+    if (SQL_SUCCEEDED(result) || result == SQL_NO_DATA) return;
+    lastDiagnostic = ReadDiagnostic(SQL_HANDLE_STMT, handle.Get(), owner.Quirks());
+    if (lastDiagnostic.message.empty())
+        lastDiagnostic.message = u"The ODBC driver for " + Text(owner.Quirks().name) + u" failed without saying why.";
+    throw Error(NumberOf(lastDiagnostic, owner.Quirks().engine), lastDiagnostic.message);
+}
+
+void OdbcStatement::Execute(TextView statement, std::span<const Value> values,
+                            std::span<const SQLSMALLINT> columnTypes) {
+    const Dialect& dialect = owner.Quirks();
+    CloseCursor();
+    const Text adapted = AdaptStatement(statement, dialect);
+    Observe(adapted);
+    std::optional<Parametrized> parametrized;
+    if (values.empty()) parametrized = TakeLongLiterals(adapted, dialect.longestLiteral);
+    const std::span<const Value> all = parametrized ? std::span<const Value>(parametrized->values) : values;
+    for (size_t i = 0; i < all.size(); ++i)
+        Bind(static_cast<SQLUSMALLINT>(i + 1), all[i], i < columnTypes.size() ? columnTypes[i] : SQLSMALLINT{0});
+    try {
+        Send(parametrized ? TextView(parametrized->statement) : TextView(adapted));
+    } catch (...) {
+        Unbind();
+        throw;
+    }
+    Unbind();
+}
+
+void OdbcStatement::ExecuteUnobserved(TextView adapted) {
+    CloseCursor();
+    Send(adapted);
+}
+
+void OdbcStatement::ExecuteBatch(std::span<const Text> adapted) {
+    CloseCursor();
+    Text batch;
+    for (const Text& statement : adapted) {
+        Observe(statement);
+        if (!batch.empty()) batch += u";\n";
+        batch += statement;
+    }
+    Send(batch);
+    // Each statement has its own result, and a late one its own error.
+    for (SQLRETURN result = SQL_SUCCESS; result != SQL_NO_DATA;) {
+        result = SQLMoreResults(Handle());
+        Check(result);
+    }
+}
+
+void OdbcStatement::Send(TextView text) {
+    if (owner.IsNarrow()) {
+        const std::string utf8 = ToUtf8(text);
+        Check(SQLExecDirect(Handle(), Narrow(utf8.c_str()), static_cast<SQLINTEGER>(utf8.size())));
+    } else {
+        const Text wellFormed = MadeWellFormed(text);
+        Check(SQLExecDirectW(Handle(), Wide(wellFormed.c_str()), static_cast<SQLINTEGER>(wellFormed.size())));
+    }
+}
+
+void OdbcStatement::Bind(SQLUSMALLINT position, const Value& value, SQLSMALLINT columnType) {
+    const Dialect& dialect = owner.Quirks();
+    Parameter& parameter = parameters.emplace_back();
+    if (const bool* truth = std::get_if<bool>(&value)) {
+        parameter.number = *truth ? 1 : 0;
+        Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_SBIGINT,
+                               columnType == SQL_BIT ? SQL_BIT : SQL_INTEGER, 10, 0, &parameter.number, 0, nullptr));
+    } else if (const int64_t* number = std::get_if<int64_t>(&value)) {
+        parameter.number = *number;
+        // Access has no type of 64 bits.
+        const bool isSmall = *number >= INT32_MIN && *number <= INT32_MAX;
+        Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_SBIGINT, isSmall ? SQL_INTEGER : SQL_BIGINT,
+                               isSmall ? 10 : 19, 0, &parameter.number, 0, nullptr));
+    } else if (const double* fraction = std::get_if<double>(&value)) {
+        parameter.fraction = *fraction;
+        Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_DOUBLE, SQL_DOUBLE, 15, 0,
+                               &parameter.fraction, 0, nullptr));
+    } else if (const Text* text = std::get_if<Text>(&value)) {
+        parameter.text = MadeWellFormed(*text);
+        BindText(position, parameter, columnType);
+    } else if (const DateTime* date = std::get_if<DateTime>(&value)) {
+        if (dialect.datesAsText) {
+            parameter.text = FormatDate(*date);
+            BindText(position, parameter, 0);
+            return;
+        }
+        uint32_t unit = 1;
+        for (int digit = dialect.fractionDigits; digit < 9; ++digit) unit *= 10;
+        parameter.date = {static_cast<SQLSMALLINT>(date->year),    static_cast<SQLUSMALLINT>(date->month),
+                          static_cast<SQLUSMALLINT>(date->day),    static_cast<SQLUSMALLINT>(date->hour),
+                          static_cast<SQLUSMALLINT>(date->minute), static_cast<SQLUSMALLINT>(date->second),
+                          date->fraction - date->fraction % unit};
+        const int digits = dialect.fractionDigits;
+        Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP,
+                               static_cast<SQLULEN>(digits == 0 ? 19 : 20 + digits), static_cast<SQLSMALLINT>(digits),
+                               &parameter.date, sizeof parameter.date, nullptr));
+    } else {
+        parameter.length = SQL_NULL_DATA;
+        Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_WCHAR,
+                               columnType == 0 ? SQLSMALLINT{SQL_WVARCHAR} : columnType, 1, 0, nullptr, 0,
+                               &parameter.length));
+    }
+}
+
+void OdbcStatement::BindText(SQLUSMALLINT position, Parameter& parameter, SQLSMALLINT columnType) {
+    const size_t length = parameter.text.size();
+    parameter.length = static_cast<SQLLEN>(length * sizeof(char16_t));
+    Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_WCHAR,
+                           IsTextType(columnType) ? TypeOfText(length) : columnType, std::max<size_t>(length, 1), 0,
+                           parameter.text.data(), parameter.length, &parameter.length));
+}
+
+void OdbcStatement::Unbind() noexcept {
+    if (parameters.empty()) return;
+    SQLFreeStmt(Handle(), SQL_RESET_PARAMS);
+    parameters.clear();
+}
+
+int64_t OdbcStatement::RowCount() const {
+    SQLLEN count = -1;
+    return SQL_SUCCEEDED(SQLRowCount(Handle(), &count)) ? count : -1;
+}
+
+void OdbcStatement::CloseCursor() noexcept { SQLFreeStmt(Handle(), SQL_CLOSE); }
+
+} // namespace dax

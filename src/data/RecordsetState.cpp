@@ -1,0 +1,324 @@
+#include "data/RecordsetState.h"
+
+#include "data/StatementText.h"
+
+#include <charconv>
+#include <cmath>
+
+namespace dax {
+
+namespace {
+
+[[noreturn]] void Refuse(Text description) { throw Error(ErrorNumbers::Unspecified, std::move(description)); }
+
+template <typename Number>
+bool ReadNumber(TextView text, Number& number) {
+    char digits[64];
+    if (text.empty() || text.size() > sizeof digits) return false;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] > 0x7F) return false;
+        digits[i] = static_cast<char>(text[i]);
+    }
+    const auto [end, error] = std::from_chars(digits, digits + text.size(), number);
+    return error == std::errc() && end == digits + text.size();
+}
+
+// The value as its column means it; what does not fit the column's type (SQLite allows that) stays a text.
+Value FromText(TextView text, const Column& column) {
+    int64_t number = 0;
+    double fraction = 0;
+    switch (column.type) {
+    case SQL_BIT:
+        if (text.size() == 1) return !(text[0] == u'0' || text[0] == 0 || text[0] == u'f');
+        break;
+    case SQL_TINYINT:
+    case SQL_SMALLINT:
+    case SQL_INTEGER:
+    case SQL_BIGINT:
+        if (ReadNumber(text, number)) return number;
+        [[fallthrough]];
+    case SQL_REAL:
+    case SQL_FLOAT:
+    case SQL_DOUBLE:
+        if (ReadNumber(text, fraction)) return fraction;
+        break;
+    case SQL_NUMERIC:
+    case SQL_DECIMAL:
+        if (column.digits == 0 && ReadNumber(text, number)) return number;
+        if (ReadNumber(text, fraction)) return fraction;
+        break;
+    case SQL_TYPE_DATE:
+    case SQL_TYPE_TIMESTAMP:
+        if (const std::optional<DateTime> date = ParseDate(text)) return *date;
+        break;
+    default:
+        break;
+    }
+    return Text(text);
+}
+
+} // namespace
+
+void StoredRows::Read(OdbcRows& rows) {
+    columns = rows.Columns().size();
+    while (rows.Next()) {
+        for (size_t column = 0; column < columns; ++column) {
+            const TextView text = rows.FieldText(column);
+            values.push_back({texts.size(), text.size(), rows.IsNull(column)});
+            texts.append(text);
+        }
+        ++count;
+    }
+}
+
+TextView StoredRows::FieldText(size_t row, size_t column) const {
+    const Place& place = values[row * columns + column];
+    return TextView(texts).substr(place.begin, place.length);
+}
+
+void RecordsetState::Open(const Text& source, Connection& newConnection, CursorTypes, LockTypes lock, int options) {
+    (void)newConnection.Native(); // throws when it is closed
+    connection = &newConnection;
+    // Every cursor reads forward; what the kinds of cursor add, nobody here uses. Rows are written by generated
+    // statements, which no driver gets wrong.
+    const bool isTable = options != adOptionUnspecified && (options & adCmdTable) != 0;
+    isUpdatable = lock != adLockReadOnly;
+    if (isUpdatable) table = isTable ? source : TableOf(source);
+    try {
+        // A table opened for adding need not be read: its columns are known without a row.
+        isDeferred = isTable && isUpdatable && location == adUseServer;
+        Run(isDeferred ? u"SELECT * FROM " + source + u" WHERE 1 = 0" : isTable ? u"SELECT * FROM " + source : source);
+        if (!isDeferred) MoveNext();
+    } catch (...) {
+        Close();
+        throw;
+    }
+}
+
+void RecordsetState::Run(const Text& text) {
+    rows.reset();
+    stored.reset();
+    if (!statement) statement = std::make_unique<OdbcStatement>(connection->Native());
+    statement->Execute(text);
+    rows.emplace(*statement);
+    columns = rows->Columns();
+    if (location != adUseClient) return;
+    stored.emplace();
+    stored->Read(*rows);
+    rows.reset();
+    statement.reset();
+    storedRow = SIZE_MAX; // before the first
+}
+
+void RecordsetState::Close() noexcept {
+    rows.reset();
+    stored.reset();
+    statement.reset();
+    connection = nullptr;
+    ownConnection.reset();
+    table.clear();
+    columns.clear();
+    changes.clear();
+    isDeferred = isAdding = isUpdatable = false;
+    atEnd = true;
+}
+
+void RecordsetState::RequireOpen() const {
+    if (!connection) Refuse(u"The recordset is closed.");
+}
+
+void RecordsetState::FetchDeferred() {
+    if (!isDeferred) return;
+    isDeferred = false;
+    Run(u"SELECT * FROM " + table);
+    MoveNext();
+}
+
+bool RecordsetState::Eof() {
+    RequireOpen();
+    FetchDeferred();
+    return atEnd;
+}
+
+void RecordsetState::MoveNext() {
+    RequireOpen();
+    FetchDeferred();
+    if (stored) {
+        if (storedRow == SIZE_MAX || storedRow < stored->Count()) ++storedRow;
+        atEnd = storedRow >= stored->Count();
+    } else {
+        atEnd = !rows || !rows->Next();
+        if (atEnd) rows.reset(); // asking for more would be an error of the driver's
+    }
+    changes.clear();
+    isAdding = false;
+}
+
+int64_t RecordsetState::RecordCount() {
+    RequireOpen();
+    return stored ? static_cast<int64_t>(stored->Count()) : -1;
+}
+
+size_t RecordsetState::FieldIndex(TextView name) const {
+    RequireOpen();
+    for (size_t i = 0; i < columns.size(); ++i)
+        if (EqualNoCase(columns[i].name, name)) return i;
+    throw Error(ErrorNumbers::SyntaxOrColumn, u"The recordset has no field \"" + Text(name) + u"\".");
+}
+
+void RecordsetState::RequireRow(size_t column) {
+    if (isDeferred) FetchDeferred();
+    if (atEnd) Refuse(u"The recordset has no current row.");
+    if (column >= columns.size())
+        Refuse(u"The recordset has no field number " + ToText(static_cast<long long>(column)) + u".");
+}
+
+bool RecordsetState::IsNull(size_t column) {
+    RequireRow(column);
+    return stored ? stored->IsNull(storedRow, column) : rows->IsNull(column);
+}
+
+TextView RecordsetState::FieldText(size_t column) {
+    RequireRow(column);
+    return stored ? stored->FieldText(storedRow, column) : rows->FieldText(column);
+}
+
+Value RecordsetState::Field(size_t column) {
+    if (IsNull(column)) return {};
+    return FromText(FieldText(column), columns[column]);
+}
+
+int64_t RecordsetState::FieldNumber(size_t column, int64_t defaultValue) {
+    const TextView text = FieldText(column);
+    int64_t number = 0;
+    double fraction = 0;
+    if (ReadNumber(text, number)) return number;
+    if (!ReadNumber(text, fraction) || !(fraction > -9e18 && fraction < 9e18)) return defaultValue;
+    return std::llrint(fraction); // halves to the even neighbour, as hosts convert
+}
+
+void RecordsetState::AddNew() {
+    RequireOpen();
+    if (!isUpdatable || table.empty()) Refuse(u"The recordset is read-only: no row can be added.");
+    isAdding = true;
+    changes.clear();
+}
+
+void RecordsetState::SetField(TextView name, Value value) {
+    if (!isUpdatable || table.empty()) Refuse(u"The recordset is read-only: no field can be set.");
+    const size_t column = FieldIndex(name);
+    if (!isAdding) RequireRow(column);
+    for (auto& change : changes) {
+        if (change.first == column) {
+            change.second = std::move(value);
+            return;
+        }
+    }
+    changes.emplace_back(column, std::move(value));
+}
+
+void RecordsetState::Update() {
+    RequireOpen();
+    if (isAdding)
+        Insert();
+    else if (!changes.empty())
+        UpdateRow();
+    changes.clear();
+    isAdding = false;
+}
+
+Text RecordsetState::Quoted(size_t column) const {
+    const Dialect& dialect = connection->Native().Quirks();
+    Text quoted(1, dialect.openQuote);
+    for (const char16_t unit : columns[column].name) {
+        quoted.push_back(unit);
+        if (unit == dialect.closeQuote) quoted.push_back(unit);
+    }
+    quoted.push_back(dialect.closeQuote);
+    return quoted;
+}
+
+void RecordsetState::Insert() {
+    if (changes.empty()) Refuse(u"No field of the new row was set.");
+    Text names, marks;
+    std::vector<Value> values;
+    std::vector<SQLSMALLINT> types;
+    for (const auto& [column, value] : changes) {
+        names += (names.empty() ? u"" : u", ") + Quoted(column);
+        marks += marks.empty() ? u"?" : u", ?";
+        values.push_back(value);
+        types.push_back(columns[column].type);
+    }
+    OdbcStatement insert(connection->Native());
+    insert.Execute(u"INSERT INTO " + table + u" (" + names + u") VALUES (" + marks + u")", values, types);
+}
+
+// The row is found again by its key; a table without one by all values that were read.
+void RecordsetState::UpdateRow() {
+    Text assignments, conditions;
+    std::vector<Value> values;
+    std::vector<SQLSMALLINT> types;
+    for (const auto& [column, value] : changes) {
+        assignments += (assignments.empty() ? u"" : u", ") + Quoted(column) + u" = ?";
+        values.push_back(value);
+        types.push_back(columns[column].type);
+    }
+    const bool datesAsText = connection->Native().Quirks().datesAsText;
+    for (const size_t column : KeyColumns()) {
+        conditions += (conditions.empty() ? u"" : u" AND ") + Quoted(column);
+        if (IsNull(column)) {
+            conditions += u" IS NULL";
+            continue;
+        }
+        conditions += u" = ?";
+        Value value = Field(column);
+        // As stored, whatever its form.
+        if (datesAsText && std::holds_alternative<DateTime>(value)) value = Text(FieldText(column));
+        values.push_back(std::move(value));
+        types.push_back(columns[column].type);
+    }
+    OdbcStatement update(connection->Native());
+    update.Execute(u"UPDATE " + table + u" SET " + assignments + u" WHERE " + conditions, values, types);
+    if (update.RowCount() == 0)
+        throw Error(ErrorNumbers::Unspecified,
+                    u"The row was changed or deleted by another user, so it was not updated.");
+}
+
+std::vector<size_t> RecordsetState::KeyColumns() {
+    std::vector<size_t> found;
+    bool complete = true;
+    OdbcConnection& native = connection->Native();
+    OdbcStatement keys(native);
+    Text name = table;
+    if (const size_t dot = name.rfind(u'.'); dot != Text::npos) name.erase(0, dot + 1);
+    std::erase_if(name, [](char16_t unit) { return unit == u'[' || unit == u']' || unit == u'"' || unit == u'`'; });
+    SQLRETURN result;
+    if (native.IsNarrow()) {
+        const std::string utf8 = ToUtf8(name);
+        result = SQLPrimaryKeys(keys.Handle(), nullptr, 0, nullptr, 0, Narrow(utf8.c_str()), SQL_NTS);
+    } else {
+        result = SQLPrimaryKeysW(keys.Handle(), nullptr, 0, nullptr, 0, Wide(name.c_str()), SQL_NTS);
+    }
+    if (SQL_SUCCEEDED(result)) {
+        OdbcRows keyRows(keys);
+        while (keyRows.Next()) {
+            const TextView column = keyRows.FieldText(3); // COLUMN_NAME
+            size_t index = 0;
+            while (index < columns.size() && !EqualNoCase(columns[index].name, column)) ++index;
+            if (index < columns.size())
+                found.push_back(index);
+            else
+                complete = false;
+        }
+    }
+    if (complete && !found.empty()) return found;
+    found.resize(columns.size());
+    for (size_t i = 0; i < found.size(); ++i) found[i] = i;
+    return found;
+}
+
+void RecordsetState::Cancel() noexcept {
+    if (statement) statement->Cancel();
+}
+
+} // namespace dax

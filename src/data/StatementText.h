@@ -1,0 +1,37 @@
+// Finished statement texts: fitting them to an engine, and looking into them without being fooled by quotes.
+#pragma once
+
+#include "data/Dialect.h"
+
+#include <optional>
+
+namespace dax {
+
+// `SELECT TOP n …` becomes `SELECT … LIMIT n`, #y/m/d h:m:s# becomes 'yyyy-mm-dd hh:mm:ss', never inside '…', "…",
+// […], `…` or a comment; nothing is touched after a quote that does not end. Engines that do not adapt get it verbatim.
+Text AdaptStatement(TextView statement, const Dialect& dialect);
+
+// True when the statement ends where it seems to, so that another may follow it in one call: every quote is closed,
+// there is no comment and no semicolon outside quotes.
+bool StandsAlone(TextView statement);
+
+// Takes the literals of more than `longest` units out of a statement: a question mark stands for each.
+// Nothing when there is none, or when the statement has question marks of its own.
+struct Parametrized {
+    Text statement;
+    std::vector<Value> values;
+};
+std::optional<Parametrized> TakeLongLiterals(TextView statement, size_t longest);
+
+// The table that a simple SELECT reads; empty when there are several or none.
+Text TableOf(TextView statement);
+
+// yyyy/m/d or yyyy-m-d, with or without a time (24 hours, or 12 with AM/PM; "T" or blanks before it; a fraction).
+std::optional<DateTime> ParseDate(TextView text);
+// yyyy-mm-dd hh:mm:ss, and the fraction of the second when there is one.
+Text FormatDate(const DateTime& date);
+
+// The same text with U+FFFD for every surrogate that has lost its other half.
+Text MadeWellFormed(TextView text);
+
+} // namespace dax
