@@ -1,0 +1,201 @@
+#include "ConnectorPage.h"
+
+#include "Input.h"
+#include "Machine.h"
+
+#include <algorithm>
+#include <commctrl.h>
+
+namespace dax::workbench {
+
+namespace {
+
+constexpr wchar_t validatorName[] = L"DatabaseValidator";
+constexpr wchar_t pickerName[] = L"SQLDBPicker";
+enum Details { detailTitle, detailDescription, detailCatalog, detailLogin, detailRights, detailCount };
+constexpr const wchar_t* detailTitles[detailCount] = {L"Title:", L"Description:", L"Catalog:", L"Login:", L"Rights:"};
+
+} // namespace
+
+ConnectorPage::~ConnectorPage() {
+    picker.reset();
+    validator.reset();
+    Destroy();
+}
+
+std::wstring ConnectorPage::Explanation() const {
+    return L"DatabaseValidator checks the connector for a user; SQLDBPicker lists the catalogs that the user may open.";
+}
+
+void ConnectorPage::Build() {
+    connectionLabel = AddLabel(L"&Connection:");
+    AddEdit(idConnection, L"A connection string, or a database file");
+    AddButton(idBrowse, L"&Browse\u2026");
+    sourceLabel = AddLabel(L"&Source:");
+    AddEdit(idSource);
+    catalogLabel = AddLabel(L"C&atalog:");
+    AddEdit(idCatalog);
+    userLabel = AddLabel(L"&User:");
+    AddEdit(idUser, L"A user name as the connector lists it");
+    AddButton(idValidate, L"&Validate connector", true);
+    AddButton(idLoad, L"&Load catalogs");
+    validator = AddControl(idPanel, false, validatorName, {});
+    if (validator) Frame(validator->Window());
+    pickerLabel = AddLabel(L"Catalogs (&picker):");
+    picker = AddControl(idPicker, true, pickerName,
+                        [this](const ControlEvent& event) { ShowSelection(event.Argument(L"Description")); });
+    AddCheck(idEnabled, L"&Enabled");
+    SendMessageW(Field(idEnabled), BM_SETCHECK, BST_CHECKED, 0);
+    for (const wchar_t* title : detailTitles) {
+        const HWND label = AddLabel(title);
+        details.push_back({title, label, AddOutput(idLabel)});
+    }
+    AddButton(idRecord, L"&Record connection");
+    AddOutput(idResult);
+    EnableWindow(Field(idValidate), validator != nullptr);
+    for (int id : {idLoad, idRecord, idEnabled}) EnableWindow(Field(id), picker != nullptr);
+    ShowHints();
+}
+
+void ConnectorPage::Arrange(int top, int bottom) {
+    const Style& style = bench.style;
+    const int fieldLeft = Left() + style.TextWidth(L"Catalogs (picker):") + style.Scale(16);
+    const int browse = Right() - style.ButtonWidth(FieldText(idBrowse));
+    const int fieldRight = browse - style.Gap();
+    Place(Field(idBrowse), browse, top - style.Scale(1), Right(), top + style.ButtonHeight() - style.Scale(1));
+    int y = PlaceRow(connectionLabel, idConnection, top, fieldLeft, fieldRight);
+    const int half = fieldLeft + (fieldRight - fieldLeft - style.Scale(16) - style.TextWidth(L"Catalog:")) / 2;
+    PlaceRow(sourceLabel, idSource, y, fieldLeft, half);
+    y = PlaceRow(catalogLabel, idCatalog, y, half + style.Scale(24) + style.TextWidth(L"Catalog:"), fieldRight);
+    y = PlaceRow(userLabel, idUser, y, fieldLeft, half);
+    PlaceButton(idLoad, PlaceButton(idValidate, fieldLeft, y), y);
+    y += style.ButtonHeight() + style.Margin();
+
+    // From the bottom up, so that the panel gets what is left.
+    int below = bottom - style.ButtonHeight();
+    const int next = PlaceButton(idRecord, Left(), below);
+    Place(Field(idResult), next, below, Right(), bottom);
+    below -= style.Gap();
+    const int detailHeight = style.LineHeight() + style.Scale(4);
+    for (auto detail = details.rbegin(); detail != details.rend(); ++detail) {
+        below -= detailHeight;
+        Place(detail->label, fieldLeft - style.Gap() - style.TextWidth(detail->title), below, fieldLeft,
+              below + detailHeight);
+        Place(detail->value, fieldLeft, below, Right(), below + detailHeight);
+    }
+    below -= style.Gap() + style.FieldHeight();
+    const int enabled = Right() - style.TextWidth(L"Enabled") - style.Scale(28);
+    if (picker) PlaceRow(pickerLabel, idPicker, below, fieldLeft, enabled - style.Gap());
+    PlaceRow(nullptr, idEnabled, below, enabled, Right());
+    below -= style.Margin();
+    if (validator) Place(validator->Window(), Left() + 1, y, Right() - 1, std::max(below, y));
+}
+
+void ConnectorPage::Command(int id, int notification) {
+    if (id == idBrowse) Browse(idConnection);
+    if (id == idValidate) Validate();
+    if (id == idLoad) Load();
+    if (id == idRecord) Record();
+    if (id == idConnection && notification == EN_CHANGE) ShowHints();
+    if (id == idEnabled && notification == BN_CLICKED)
+        Run([this] { picker->Control().Set(L"Enabled", Checked(idEnabled)); });
+}
+
+// The validator insists on a source and a catalog; empty fields stand for what the connection names.
+void ConnectorPage::ShowHints() {
+    const std::wstring text = Trim(FieldText(idConnection));
+    const std::wstring source = SourceOf(text);
+    const std::wstring catalog = CatalogOf(text);
+    SetHint(idSource, source.empty() ? L"Taken from the connection" : source);
+    SetHint(idCatalog, catalog.empty() ? L"Taken from the connection" : catalog);
+}
+
+std::wstring ConnectorPage::Source() const {
+    const std::wstring typed = Trim(FieldText(idSource));
+    return typed.empty() ? SourceOf(Trim(FieldText(idConnection))) : typed;
+}
+
+std::wstring ConnectorPage::Catalog() const {
+    const std::wstring typed = Trim(FieldText(idCatalog));
+    return typed.empty() ? CatalogOf(Trim(FieldText(idConnection))) : typed;
+}
+
+void ConnectorPage::Start() {
+    SetField(idConnection, bench.options.connector);
+    SetField(idUser, bench.options.user);
+    ShowHints();
+}
+
+void ConnectorPage::Validate() {
+    if (!validator) return;
+    Run([this] {
+        ShowResult(L"Validating\u2026", Tone::Plain);
+        const bool valid = Call(*validator, validatorName, L"ValidateCommonConnection",
+                                {ConnectionFor(Trim(FieldText(idConnection))), Source(), Catalog(), FieldText(idUser)})
+                               .Bool();
+        ShowResult(DescribeOutcome(validator->Control(), valid), valid ? Tone::Good : Tone::Bad);
+    });
+}
+
+void ConnectorPage::Load() {
+    if (!picker) return;
+    Run([this] {
+        const bool loaded = Call(*picker, pickerName, L"LoadPicker",
+                                 {ConnectionFor(Trim(FieldText(idConnection))), FieldText(idUser), L""})
+                                .Bool();
+        if (!loaded) ShowSelection({});
+        ShowResult(loaded ? L"Catalogs loaded." : L"The connector lists no such user.",
+                   loaded ? Tone::Good : Tone::Bad);
+    });
+}
+
+// Comes from the control's event too, so it reads properties only.
+void ConnectorPage::ShowSelection(const std::wstring& description) {
+    if (!picker) return;
+    const Automation& control = picker->Control();
+    const std::wstring catalog = control.Get(L"DBCatalog").Text();
+    std::wstring rights, login;
+    if (!catalog.empty()) {
+        rights = control.Get(L"IsAdmin").Bool()      ? L"administrator"
+                 : control.Get(L"IsReadOnly").Bool() ? L"read only"
+                                                     : L"read and write";
+        if (control.Get(L"IsSuperuser").Bool()) rights += L" (the user is a super user)";
+        login = control.Get(L"DBUsername").Text() +
+                (control.Get(L"DBPassword").Text().empty() ? L", without a password" : L", with a password");
+    }
+    const std::wstring values[detailCount] = {control.Get(L"Title").Text(), description, catalog, login, rights};
+    for (size_t i = 0; i < details.size(); ++i)
+        SetWindowTextW(details[i].value, values[i].empty() ? L"\u2013" : values[i].c_str());
+}
+
+void ConnectorPage::Record() {
+    if (!picker) return;
+    Run([this] {
+        const Machine machine = ThisMachine();
+        const bool chosen = !picker->Control().Get(L"DBCatalog").Text().empty();
+        Call(*picker, pickerName, L"UpdateConnectionHistory",
+             {machine.name, machine.address, machine.system, machine.program});
+        ShowResult(chosen ? L"Connection recorded for " + picker->Control().Get(L"Username").Text() + L" on " +
+                                machine.name + L"."
+                          : L"Nothing recorded: no catalog is chosen.",
+                   chosen ? Tone::Good : Tone::Plain);
+    });
+}
+
+std::vector<PageState> ConnectorPage::States() {
+    std::vector<PageState> states = {{L"start", [] {}}};
+    if (bench.options.connector.empty()) return states;
+    states.push_back({L"loaded", [this] {
+                          Validate();
+                          Load();
+                      }});
+    states.push_back({L"recorded", [this] { Record(); }});
+    states.push_back({L"nouser", [this] {
+                          SetField(idUser, L"nobody");
+                          Validate();
+                          Load();
+                      }});
+    return states;
+}
+
+} // namespace dax::workbench

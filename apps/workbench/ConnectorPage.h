@@ -1,0 +1,50 @@
+// Validates the connector database and picks a catalog that a user may open.
+#pragma once
+
+#include "FormPage.h"
+
+namespace dax::workbench {
+
+class ConnectorPage final : public FormPage {
+public:
+    explicit ConnectorPage(Bench& shared) : FormPage(shared) {}
+    ~ConnectorPage() override;
+
+    void Start() override;
+    void Validate() override;
+    int DefaultButton() const override { return idValidate; }
+    std::vector<PageState> States() override;
+
+protected:
+    std::wstring Heading() const override { return L"Pick a catalog through the connector"; }
+    std::wstring Explanation() const override;
+    void Build() override;
+    void Arrange(int top, int bottom) override;
+    void Command(int id, int notification) override;
+
+private:
+    struct Detail {
+        const wchar_t* title;
+        HWND label;
+        HWND value;
+    };
+
+    void Load();
+    void Record();
+    void ShowHints();
+    void ShowSelection(const std::wstring& description);
+    // The field's text, or what the connection says when it is empty.
+    std::wstring Source() const;
+    std::wstring Catalog() const;
+
+    HWND connectionLabel = nullptr;
+    HWND sourceLabel = nullptr;
+    HWND catalogLabel = nullptr;
+    HWND userLabel = nullptr;
+    HWND pickerLabel = nullptr;
+    std::vector<Detail> details;
+    std::unique_ptr<ControlHost> validator;
+    std::unique_ptr<ControlHost> picker;
+};
+
+} // namespace dax::workbench

@@ -1,0 +1,30 @@
+// What passes between the host and its controls, newest last.
+#pragma once
+
+#include "EventSink.h"
+#include "Style.h"
+
+namespace dax::workbench {
+
+class EventLog {
+public:
+    bool Create(HWND parent, int id, const Style& style);
+    HWND Window() const { return window; }
+    void StyleChanged(const Style& style);
+    void Resized(const Style& style);
+
+    void AddEvent(const std::wstring& control, const ControlEvent& event);
+    // A member that the host called, and what came of it.
+    void AddCall(const std::wstring& control, const std::wstring& member, const std::wstring& outcome);
+    void Clear();
+    // The selected lines as text, tabs between the columns; all when none is selected.
+    void Copy() const;
+
+private:
+    void Add(const wchar_t* kind, const std::wstring& control, const std::wstring& member,
+             const std::wstring& arguments);
+
+    HWND window = nullptr;
+};
+
+} // namespace dax::workbench

@@ -1,0 +1,268 @@
+#include "FormPage.h"
+
+#include "Ids.h"
+#include "Input.h"
+
+#include <algorithm>
+#include <commctrl.h>
+#include <commdlg.h>
+
+namespace dax::workbench {
+
+namespace {
+
+std::wstring WindowText(HWND window) {
+    std::wstring text(static_cast<size_t>(GetWindowTextLengthW(window)) + 1, L'\0');
+    text.resize(static_cast<size_t>(GetWindowTextW(window, text.data(), static_cast<int>(text.size()))));
+    return text;
+}
+
+bool HighContrast() {
+    HIGHCONTRASTW contrast{};
+    contrast.cbSize = sizeof contrast;
+    return SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0) &&
+           (contrast.dwFlags & HCF_HIGHCONTRASTON);
+}
+
+} // namespace
+
+bool FormPage::Create(HWND parent, int id) {
+    if (!CreateAs(L"DAXWorkbenchPage", L"", WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, WS_EX_CONTROLPARENT, parent,
+                  id, {0, 0, 10, 10}))
+        return false;
+    AddLabel(Heading(), idHeading);
+    AddLabel(Explanation(), idHint);
+    Build();
+    if (!problem.empty()) {
+        AddLabel(L"", idProblem);
+        SetField(idProblem, problem);
+        bench.showStatus(problem.substr(0, problem.find(L'\n')));
+    }
+    StyleChanged();
+    return true;
+}
+
+HWND FormPage::Add(const wchar_t* className, const std::wstring& text, DWORD style, DWORD extendedStyle, int id) {
+    return CreateWindowExW(extendedStyle, className, text.c_str(), WS_CHILD | WS_VISIBLE | style, 0, 0, 10, 10,
+                           Handle(), reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleW(nullptr),
+                           nullptr);
+}
+
+HWND FormPage::AddLabel(const std::wstring& text, int id) {
+    const bool prose = id != idLabelDefault;
+    return Add(WC_STATICW, text, prose ? SS_LEFT | SS_NOPREFIX : SS_LEFT | SS_CENTERIMAGE, 0,
+               prose ? id : static_cast<int>(idLabel));
+}
+
+HWND FormPage::AddEdit(int id, const std::wstring& hint) {
+    const HWND edit = Add(WC_EDITW, L"", WS_TABSTOP | ES_AUTOHSCROLL, WS_EX_CLIENTEDGE, id);
+    SendMessageW(edit, EM_SETLIMITTEXT, 0, 0);
+    if (!hint.empty()) SetHint(id, hint);
+    return edit;
+}
+
+HWND FormPage::AddButton(int id, const std::wstring& text, bool isDefault) {
+    return Add(WC_BUTTONW, text, WS_TABSTOP | static_cast<DWORD>(isDefault ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON), 0, id);
+}
+
+HWND FormPage::AddCheck(int id, const std::wstring& text) {
+    return Add(WC_BUTTONW, text, WS_TABSTOP | BS_AUTOCHECKBOX, 0, id);
+}
+
+HWND FormPage::AddOutput(int id) {
+    return Add(WC_STATICW, L"", SS_LEFT | SS_NOPREFIX | SS_CENTERIMAGE | SS_ENDELLIPSIS, 0, id);
+}
+
+std::unique_ptr<ControlHost> FormPage::AddControl(int id, bool tabStop, const std::wstring& name,
+                                                  EventHandler handler) {
+    try {
+        auto host = std::make_unique<ControlHost>(Handle(), id, tabStop, bench.library, name,
+                                                  [this, name, handler](const ControlEvent& event) {
+                                                      bench.log.AddEvent(name, event);
+                                                      if (handler) handler(event);
+                                                  });
+        return host;
+    } catch (const HostError& error) {
+        if (problem.empty()) problem = error.Text();
+        return nullptr;
+    }
+}
+
+std::wstring FormPage::FieldText(int id) const { return WindowText(Field(id)); }
+
+void FormPage::SetField(int id, const std::wstring& text) { SetWindowTextW(Field(id), text.c_str()); }
+
+void FormPage::SetHint(int id, const std::wstring& hint) {
+    SendMessageW(Field(id), EM_SETCUEBANNER, TRUE, reinterpret_cast<LPARAM>(hint.c_str()));
+}
+
+bool FormPage::Checked(int id) const { return SendMessageW(Field(id), BM_GETCHECK, 0, 0) == BST_CHECKED; }
+
+void FormPage::ShowResult(const std::wstring& text, Tone tone) {
+    resultTone = tone;
+    SetField(idResult, text);
+    InvalidateRect(Field(idResult), nullptr, TRUE);
+}
+
+int FormPage::Right() const {
+    RECT area;
+    GetClientRect(Handle(), &area);
+    return area.right - bench.style.Margin();
+}
+
+void FormPage::Place(HWND child, int left, int top, int right, int bottom) const {
+    SetWindowPos(child, nullptr, left, top, std::max(right - left, 0), std::max(bottom - top, 0),
+                 SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
+}
+
+int FormPage::PlaceRow(HWND label, int id, int top, int fieldLeft, int right) const {
+    const int bottom = top + bench.style.FieldHeight();
+    if (label)
+        Place(label, fieldLeft - bench.style.Gap() - bench.style.TextWidth(WindowText(label)), top,
+              fieldLeft - bench.style.Scale(4), bottom);
+    Place(Field(id), fieldLeft, top, right, bottom);
+    return bottom + bench.style.Gap();
+}
+
+int FormPage::PlaceButton(int id, int left, int top) const {
+    const int right = left + bench.style.ButtonWidth(FieldText(id));
+    Place(Field(id), left, top, right, top + bench.style.ButtonHeight());
+    return right + bench.style.Gap();
+}
+
+void FormPage::StyleChanged() {
+    for (HWND child = GetWindow(Handle(), GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
+        const int id = GetDlgCtrlID(child);
+        if (id == idPanel || id == idPicker) continue; // controls have fonts of their own
+        const HFONT font = id == idHeading ? bench.style.Heading() : bench.style.Plain();
+        SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
+    }
+    ArrangeAll();
+    InvalidateRect(Handle(), nullptr, TRUE);
+}
+
+void FormPage::ArrangeAll() {
+    RECT area;
+    GetClientRect(Handle(), &area);
+    if (area.right < bench.style.Scale(200)) return; // not yet in its place
+    const Style& style = bench.style;
+    int top = style.Margin();
+    Place(Field(idHeading), Left(), top, Right(), top + style.HeadingHeight());
+    top += style.HeadingHeight() + style.Scale(2);
+    const int bottom = top + style.WrappedHeight(Explanation(), Right() - Left());
+    Place(Field(idHint), Left(), top, Right(), bottom);
+    Arrange(bottom + style.Margin(), area.bottom - style.Margin());
+    // The reason takes the place of a panel that could not be made.
+    if (const HWND reason = Field(idProblem)) {
+        const int height = style.WrappedHeight(problem, Right() - Left());
+        Place(reason, Left(), std::max<int>(area.bottom - style.Margin() - height, bottom), Right(), area.bottom);
+        SetWindowPos(reason, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    }
+    InvalidateRect(Handle(), nullptr, TRUE);
+}
+
+void FormPage::TakeFocus() {
+    const HWND first = GetNextDlgTabItem(Handle(), nullptr, FALSE);
+    SetFocus(first ? first : Handle());
+    if (first && (SendMessageW(first, WM_GETDLGCODE, 0, 0) & DLGC_HASSETSEL)) SendMessageW(first, EM_SETSEL, 0, -1);
+}
+
+void FormPage::Run(const std::function<void()>& work) {
+    if (bench.busy) return;
+    bench.busy = true;
+    const HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+    try {
+        work();
+    } catch (const HostError& error) {
+        ShowResult(error.Text(), Tone::Bad);
+    }
+    SetCursor(before);
+    bench.busy = false;
+}
+
+Variant FormPage::Call(const ControlHost& host, const std::wstring& control, const wchar_t* method,
+                       const std::vector<Variant>& arguments) {
+    try {
+        const Variant answer = host.Control().Call(method, arguments);
+        bench.log.AddCall(control, method, answer.Raw()->vt == VT_EMPTY ? L"done" : L"returned " + answer.Text());
+        return answer;
+    } catch (const HostError& error) {
+        bench.log.AddCall(control, method, L"failed: " + error.Text());
+        throw;
+    }
+}
+
+bool FormPage::Browse(int id) {
+    std::wstring path = FileOf(Trim(FieldText(id)));
+    if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) path.clear();
+    path.resize(32768);
+    OPENFILENAMEW ask{};
+    ask.lStructSize = sizeof ask;
+    ask.hwndOwner = GetAncestor(Handle(), GA_ROOT);
+    ask.lpstrFilter = L"Databases (*.db; *.sqlite; *.mdb; *.accdb)\0*.db;*.sqlite;*.sqlite3;*.mdb;*.accdb\0"
+                      L"All files (*.*)\0*.*\0";
+    ask.lpstrFile = path.data();
+    ask.nMaxFile = static_cast<DWORD>(path.size());
+    ask.Flags = OFN_FILEMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_EXPLORER;
+    if (!GetOpenFileNameW(&ask)) return false;
+    SetField(id, path.c_str());
+    return true;
+}
+
+void FormPage::PaintFrames(HDC dc) const {
+    for (HWND child : framed) {
+        RECT area;
+        GetWindowRect(child, &area);
+        MapWindowPoints(nullptr, Handle(), reinterpret_cast<POINT*>(&area), 2);
+        InflateRect(&area, 1, 1);
+        FrameRect(dc, &area, GetSysColorBrush(COLOR_BTNSHADOW));
+    }
+}
+
+LRESULT FormPage::Colour(HDC dc, HWND child) const {
+    const int id = GetDlgCtrlID(child);
+    const Tone tone = id == idResult ? resultTone : id == idHint ? Tone::Hint : Tone::Plain;
+    COLORREF colour = GetSysColor(COLOR_BTNTEXT);
+    if (!HighContrast() && tone == Tone::Good) colour = RGB(0, 96, 32);
+    if (!HighContrast() && tone == Tone::Bad) colour = RGB(160, 16, 16);
+    if (!HighContrast() && tone == Tone::Hint) colour = RGB(80, 80, 80);
+    SetTextColor(dc, colour);
+    SetBkColor(dc, GetSysColor(COLOR_BTNFACE));
+    return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_BTNFACE));
+}
+
+LRESULT FormPage::On(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_SIZE:
+        ArrangeAll();
+        return 0;
+    case WM_PAINT: {
+        PAINTSTRUCT paint;
+        PaintFrames(BeginPaint(Handle(), &paint));
+        EndPaint(Handle(), &paint);
+        return 0;
+    }
+    case WM_CTLCOLORSTATIC:
+        return Colour(reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam));
+    case WM_COMMAND:
+        Command(LOWORD(wParam), HIWORD(wParam));
+        return 0;
+    case WM_SETFOCUS:
+        TakeFocus();
+        return 0;
+    }
+    return Window::On(message, wParam, lParam);
+}
+
+std::wstring DescribeOutcome(const Automation& validator, bool valid) {
+    const long type = validator.Get(L"ErrorType").Long();
+    std::wstring text = valid ? L"Valid." : L"Refused: ";
+    if (valid) return text;
+    text += validator.EnumName(L"ValidationErrorTypes", type);
+    const long number = validator.Get(L"ErrorNumber").Long();
+    if (number == 0) return text + L".";
+    const std::wstring description = validator.Get(L"ErrorDescription").Text();
+    return text + L", error " + std::to_wstring(number) + L": " + description;
+}
+
+} // namespace dax::workbench

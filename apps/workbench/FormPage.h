@@ -1,0 +1,88 @@
+// What the pages have in common: a heading, labelled fields, buttons, the place of a control, a line for the result.
+#pragma once
+
+#include "ControlHost.h"
+#include "Ids.h"
+#include "Page.h"
+#include "Window.h"
+
+namespace dax::workbench {
+
+enum class Tone { Plain, Good, Bad, Hint };
+
+class FormPage : public Page, protected workbench::Window {
+public:
+    bool Create(HWND parent, int id) override;
+    HWND Window() const override { return Handle(); }
+    void StyleChanged() override;
+    void TakeFocus() override;
+    const std::wstring& Problem() const override { return problem; }
+
+protected:
+    explicit FormPage(Bench& shared) : bench(shared) {}
+
+    virtual std::wstring Heading() const = 0;
+    virtual std::wstring Explanation() const = 0;
+    // Makes the fields in tab order.
+    virtual void Build() = 0;
+    // Places everything below `top` (both in pixels, margins taken off by the caller through Left and Right).
+    virtual void Arrange(int top, int bottom) = 0;
+    virtual void Command(int id, int notification) = 0;
+
+    // Fields, in tab order. A label's mnemonic leads to the field that follows.
+    HWND AddLabel(const std::wstring& text, int id = idLabelDefault);
+    HWND AddEdit(int id, const std::wstring& hint = {});
+    HWND AddButton(int id, const std::wstring& text, bool isDefault = false);
+    HWND AddCheck(int id, const std::wstring& text);
+    // A text that follows what happens.
+    HWND AddOutput(int id);
+    // Null, and the problem kept, when the control cannot be created.
+    std::unique_ptr<ControlHost> AddControl(int id, bool tabStop, const std::wstring& name, EventHandler handler);
+
+    HWND Field(int id) const { return GetDlgItem(Handle(), id); }
+    std::wstring FieldText(int id) const;
+    void SetField(int id, const std::wstring& text);
+    void SetHint(int id, const std::wstring& hint);
+    bool Checked(int id) const;
+    void ShowResult(const std::wstring& text, Tone tone);
+
+    // Layout in pixels.
+    int Left() const { return bench.style.Margin(); }
+    int Right() const;
+    void Place(HWND child, int left, int top, int right, int bottom) const;
+    // A label at the left, the field from `fieldLeft` to `right`; returns the top of the next row.
+    int PlaceRow(HWND label, int id, int top, int fieldLeft, int right) const;
+    // A button at the left edge given; returns the left edge of the next.
+    int PlaceButton(int id, int left, int top) const;
+    void Frame(HWND child) { framed.push_back(child); }
+
+    // Runs what a control is asked for: a wait cursor, no second call within it, an error shown as the result.
+    void Run(const std::function<void()>& work);
+    // A call, noted in the log.
+    Variant Call(const ControlHost& host, const std::wstring& control, const wchar_t* method,
+                 const std::vector<Variant>& arguments);
+    // Asks for a database file and puts its path into the field.
+    bool Browse(int id);
+
+    LRESULT On(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+    Bench& bench;
+
+private:
+    static constexpr int idLabelDefault = -1;
+
+    HWND Add(const wchar_t* className, const std::wstring& text, DWORD style, DWORD extendedStyle, int id);
+    void ArrangeAll();
+    void PaintFrames(HDC dc) const;
+    LRESULT Colour(HDC dc, HWND child) const;
+
+    std::wstring problem;
+    std::vector<HWND> framed;
+    Tone resultTone = Tone::Plain;
+    int headingBottom = 0;
+};
+
+// The outcome of a validation in one line: the answer, the error's name and number.
+std::wstring DescribeOutcome(const Automation& validator, bool valid);
+
+} // namespace dax::workbench

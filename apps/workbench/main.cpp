@@ -1,0 +1,49 @@
+#include "CommandLine.h"
+#include "ControlLibrary.h"
+#include "Frame.h"
+
+#include <commctrl.h>
+#include <shellapi.h>
+
+namespace {
+
+std::vector<std::wstring> Arguments() {
+    int count = 0;
+    wchar_t** values = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::wstring> arguments;
+    for (int i = 1; i < count; ++i) arguments.emplace_back(values[i]);
+    LocalFree(values);
+    return arguments;
+}
+
+int RunWorkbench(const dax::workbench::Options& options) {
+    using namespace dax::workbench;
+    const ControlLibrary library(options.registered);
+    Frame frame(options, library);
+    if (!frame.Create(true)) {
+        Say(L"DAXWorkbench: its window cannot be created.\n", true);
+        return 1;
+    }
+    return options.shots.empty() ? frame.Run() : frame.TakePictures(options.shots);
+}
+
+} // namespace
+
+int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
+    using namespace dax::workbench;
+    const Options options = ParseArguments(Arguments());
+    if (!options.problem.empty()) {
+        Say(L"DAXWorkbench: " + options.problem + L"\n" + Usage(), true);
+        return 2;
+    }
+    if (options.help) {
+        Say(Usage(), false);
+        return 0;
+    }
+    if (FAILED(OleInitialize(nullptr))) return 1;
+    INITCOMMONCONTROLSEX wanted{sizeof wanted, ICC_LISTVIEW_CLASSES | ICC_BAR_CLASSES | ICC_STANDARD_CLASSES};
+    InitCommonControlsEx(&wanted);
+    const int code = RunWorkbench(options);
+    OleUninitialize();
+    return code;
+}
