@@ -1,0 +1,27 @@
+// The picture of a node that follows the pointer during a drag.
+#pragma once
+
+#include "controls/win32/Windows.h"
+
+#include <commctrl.h>
+
+namespace dax {
+
+class DragImage {
+public:
+    // Picture and caption as the tree shows them; `hotSpot` is where the pointer holds it.
+    DragImage(HWND window, HIMAGELIST icons, int icon, const Text& caption, POINT hotSpot);
+    ~DragImage();
+    DragImage(const DragImage&) = delete;
+    DragImage& operator=(const DragImage&) = delete;
+
+    void Show(POINT clientPoint); // also moves it
+    void Hide();                  // before anything is painted under it
+
+private:
+    HWND owner;
+    HIMAGELIST images = nullptr;
+    bool isShown = false;
+};
+
+} // namespace dax

@@ -1,0 +1,234 @@
+#include "tree/win32/TreeItems.h"
+
+#include "tree/modTVW.h"
+
+#include <vector>
+
+namespace dax {
+
+namespace {
+
+// More single changes than these in one update, and the window is filled anew at the end of it.
+constexpr int ChangesWorthARebuild = 200;
+
+UINT CheckState(const Node& node) { return INDEXTOSTATEIMAGEMASK(node.IsChecked() ? 2u : 1u); }
+
+// The next node in pre-order that lies in the branch of `top` (null: anywhere); no recursion.
+Node* NextInBranch(const Node& node, const Node* top) {
+    if (node.FirstChild()) return node.FirstChild();
+    for (const Node* at = &node; at && at != top; at = at->Parent())
+        if (at->Next()) return at->Next();
+    return nullptr;
+}
+
+} // namespace
+
+// No painting and no echo meanwhile.
+class TreeItems::Mirroring {
+public:
+    explicit Mirroring(TreeItems& items) : owner(items) { ++owner.mirroring; }
+    ~Mirroring() { --owner.mirroring; }
+    Mirroring(const Mirroring&) = delete;
+    Mirroring& operator=(const Mirroring&) = delete;
+
+private:
+    TreeItems& owner;
+};
+
+void TreeItems::Bind(HWND newWindow) {
+    Unbind();
+    window = newWindow;
+    tree.AddListener(*this);
+    Rebuild();
+}
+
+void TreeItems::Unbind() {
+    if (!window) return;
+    window = nullptr;
+    isUpdating = isStale = false;
+    tree.RemoveListener(*this);
+    for (Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) node->windowItem = nullptr;
+}
+
+Node* TreeItems::NodeOf(HTREEITEM item) const {
+    if (!item || !window) return nullptr;
+    TVITEMW query{};
+    query.mask = TVIF_PARAM | TVIF_HANDLE;
+    query.hItem = item;
+    return SendMessageW(window, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&query)) ? NodeOf(query) : nullptr;
+}
+
+void TreeItems::InsertItem(Node& node, HTREEITEM after) {
+    TVINSERTSTRUCTW insert{};
+    insert.hParent = node.Parent() ? ItemOf(*node.Parent()) : TVI_ROOT;
+    insert.hInsertAfter = after;
+    insert.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
+    insert.item.pszText = LPSTR_TEXTCALLBACKW; // captions may be of any length and stay in the model
+    insert.item.iImage = insert.item.iSelectedImage = node.Image();
+    insert.item.lParam = reinterpret_cast<LPARAM>(&node);
+    if (hasCheckBoxes) {
+        insert.item.mask |= TVIF_STATE;
+        insert.item.stateMask = TVIS_STATEIMAGEMASK;
+        insert.item.state = CheckState(node);
+    }
+    node.windowItem =
+        reinterpret_cast<void*>(SendMessageW(window, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
+}
+
+// Siblings in reverse, each as the first: the only order that is linear on every system.
+void TreeItems::InsertBranch(Node* top) {
+    for (Node* node = top ? top : tree.First(); node; node = NextInBranch(*node, top)) {
+        if (!top && !node->Parent() && !node->Previous())
+            for (Node* sibling = tree.Last(); sibling; sibling = sibling->Previous()) InsertItem(*sibling, TVI_FIRST);
+        for (Node* child = node->LastChild(); child; child = child->Previous()) InsertItem(*child, TVI_FIRST);
+    }
+    ShowExpansion(top);
+}
+
+// Children before their parents: then each expansion finds its rows as they will stay.
+void TreeItems::ShowExpansion(Node* top) {
+    std::vector<Node*> expanded;
+    for (Node* node = top ? top : tree.First(); node; node = NextInBranch(*node, top))
+        if (node->IsExpanded() && node->FirstChild()) expanded.push_back(node);
+    for (auto node = expanded.rbegin(); node != expanded.rend(); ++node)
+        SendMessageW(window, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(ItemOf(**node)));
+}
+
+void TreeItems::Rebuild() {
+    const Mirroring guard(*this);
+    if (!isUpdating) SendMessageW(window, WM_SETREDRAW, FALSE, 0);
+    SendMessageW(window, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    if (!tree.IsEmpty()) InsertBranch(nullptr);
+    isStale = false;
+    SelectionMoved();
+    if (isUpdating) return;
+    SendMessageW(window, WM_SETREDRAW, TRUE, 0);
+    InvalidateRect(window, nullptr, TRUE);
+}
+
+void TreeItems::UpdateStarted() {
+    isUpdating = true;
+    changes = 0;
+    SendMessageW(window, WM_SETREDRAW, FALSE, 0);
+}
+
+void TreeItems::UpdateEnded() {
+    if (isStale) Rebuild();
+    isUpdating = false;
+    SendMessageW(window, WM_SETREDRAW, TRUE, 0);
+    InvalidateRect(window, nullptr, TRUE);
+}
+
+bool TreeItems::GoesStale() {
+    if (!isUpdating || isStale || ++changes <= ChangesWorthARebuild) return isStale;
+    const Mirroring guard(*this);
+    isStale = true;
+    SendMessageW(window, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    for (Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) node->windowItem = nullptr;
+    return true;
+}
+
+void TreeItems::NodeAdded(Node& node) {
+    if (GoesStale()) return;
+    const Mirroring guard(*this);
+    InsertItem(node, node.Previous() ? ItemOf(*node.Previous()) : TVI_FIRST);
+    Node* const parent = node.Parent();
+    if (parent && parent->IsExpanded() && parent->FirstChild() == parent->LastChild())
+        SendMessageW(window, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(ItemOf(*parent)));
+}
+
+void TreeItems::RemoveItem(Node& node) {
+    const Mirroring guard(*this);
+    if (node.windowItem) SendMessageW(window, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(ItemOf(node)));
+    node.windowItem = nullptr;
+}
+
+void TreeItems::NodeRemoving(Node& node) {
+    if (!GoesStale()) RemoveItem(node);
+}
+
+void TreeItems::AllRemoving() {
+    const Mirroring guard(*this);
+    if (!isStale) SendMessageW(window, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    for (Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) node->windowItem = nullptr;
+}
+
+// The system knows no move: the branch is taken out and put in anew.
+void TreeItems::NodeMoved(Node& node) {
+    if (GoesStale()) return;
+    const Mirroring guard(*this);
+    if (!isUpdating) SendMessageW(window, WM_SETREDRAW, FALSE, 0);
+    RemoveItem(node);
+    InsertItem(node, node.Previous() ? ItemOf(*node.Previous()) : TVI_FIRST);
+    InsertBranch(&node);
+    Node* const parent = node.Parent();
+    if (parent && parent->IsExpanded() && parent->FirstChild() == parent->LastChild())
+        SendMessageW(window, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(ItemOf(*parent)));
+    SelectionMoved();
+    if (isUpdating) return;
+    SendMessageW(window, WM_SETREDRAW, TRUE, 0);
+    InvalidateRect(window, nullptr, TRUE);
+}
+
+void TreeItems::NodeChanged(Node& node, NodeAspect aspect) {
+    if (isStale || !node.windowItem) return;
+    const Mirroring guard(*this);
+    TVITEMW item{};
+    item.mask = TVIF_HANDLE;
+    item.hItem = ItemOf(node);
+    switch (aspect) {
+    case NodeAspect::Caption:
+        item.mask |= TVIF_TEXT;
+        item.pszText = LPSTR_TEXTCALLBACKW;
+        SendMessageW(window, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+        break;
+    case NodeAspect::Image:
+        item.mask |= TVIF_IMAGE | TVIF_SELECTEDIMAGE;
+        item.iImage = item.iSelectedImage = node.Image();
+        SendMessageW(window, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+        break;
+    case NodeAspect::Expanded:
+        if (GoesStale()) return;
+        SendMessageW(window, TVM_EXPAND, node.IsExpanded() ? TVE_EXPAND : TVE_COLLAPSE,
+                     reinterpret_cast<LPARAM>(ItemOf(node)));
+        break;
+    case NodeAspect::Checked:
+        ShowCheck(node);
+        break;
+    case NodeAspect::Key:
+    case NodeAspect::Tag:
+        break;
+    }
+}
+
+void TreeItems::SelectionMoved() {
+    if (isStale) return;
+    const Mirroring guard(*this);
+    const Node* const selected = tree.Selected();
+    SendMessageW(window, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(selected ? ItemOf(*selected) : nullptr));
+}
+
+void TreeItems::ShowCheck(const Node& node) {
+    if (!hasCheckBoxes || isStale || !node.windowItem) return;
+    TVITEMW item{};
+    item.mask = TVIF_HANDLE | TVIF_STATE;
+    item.hItem = ItemOf(node);
+    item.stateMask = TVIS_STATEIMAGEMASK;
+    item.state = CheckState(node);
+    SendMessageW(window, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+}
+
+void TreeItems::ShowAllChecks() {
+    for (Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) {
+        if (!node->windowItem) continue;
+        TVITEMW item{};
+        item.mask = TVIF_HANDLE | TVIF_STATE;
+        item.hItem = ItemOf(*node);
+        item.stateMask = TVIS_STATEIMAGEMASK;
+        item.state = hasCheckBoxes ? CheckState(*node) : 0;
+        SendMessageW(window, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    }
+    InvalidateRect(window, nullptr, TRUE); // states alone do not repaint the rows
+}
+
+} // namespace dax

@@ -1,0 +1,61 @@
+// The items of a real tree view, kept equal to a NodeTree. The model is the truth: items hold a pointer to their node
+// and ask it for everything they show.
+#pragma once
+
+#include "controls/win32/Windows.h"
+#include "tree/NodeTree.h"
+
+#include <commctrl.h>
+
+namespace dax {
+
+class TreeItems : private TreeListener {
+public:
+    explicit TreeItems(NodeTree& model) : tree(model) {}
+    ~TreeItems() override { Unbind(); }
+    TreeItems(const TreeItems&) = delete;
+    TreeItems& operator=(const TreeItems&) = delete;
+
+    // Fills the window from the model and follows the model from then on.
+    void Bind(HWND newWindow);
+    void Unbind(); // forgets the items; the window is going or gone
+
+    // True while a change of the model is being shown: what the window notifies then is an echo.
+    bool IsMirroring() const { return mirroring > 0; }
+    static Node* NodeOf(const TVITEMW& item) { return reinterpret_cast<Node*>(item.lParam); }
+    Node* NodeOf(HTREEITEM item) const; // null for none
+    static HTREEITEM ItemOf(const Node& node) { return static_cast<HTREEITEM>(node.windowItem); }
+
+    void ShowCheck(const Node& node); // as the model has it, whatever the window made of a click
+    void ShowAllChecks();             // after the boxes came or went
+    void SetHasCheckBoxes(bool has) { hasCheckBoxes = has; }
+
+private:
+    class Mirroring;
+
+    void UpdateStarted() override;
+    void UpdateEnded() override;
+    void NodeAdded(Node& node) override;
+    void NodeRemoving(Node& node) override;
+    void AllRemoving() override;
+    void NodeMoved(Node& node) override;
+    void NodeChanged(Node& node, NodeAspect aspect) override;
+    void SelectionMoved() override;
+
+    void InsertItem(Node& node, HTREEITEM after);
+    void InsertBranch(Node* top); // the items of the branch below `top` (null: of the whole tree), top not included
+    void ShowExpansion(Node* top);
+    void Rebuild();
+    bool GoesStale(); // one more change in this update; true once it is cheaper to begin anew at its end
+    void RemoveItem(Node& node);
+
+    NodeTree& tree;
+    HWND window = nullptr;
+    int mirroring = 0;
+    bool isUpdating = false;
+    bool isStale = false; // the window is empty until the end of the update
+    int changes = 0;
+    bool hasCheckBoxes = false;
+};
+
+} // namespace dax

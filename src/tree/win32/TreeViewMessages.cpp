@@ -1,0 +1,183 @@
+// What the tree window hears, turned into changes of the model and into events.
+#include "tree/win32/TreeViewWindow.h"
+
+#include "tree/modTVW.h"
+
+#include <windowsx.h>
+
+#include <algorithm>
+
+namespace dax {
+
+namespace {
+
+// Sent by trees that were told to speak ANSI; both forms mean the same here.
+constexpr UINT SelectionChangedAnsi = static_cast<UINT>(TVN_FIRST - 2), KeyDownCode = static_cast<UINT>(TVN_FIRST - 12);
+
+Point PointOf(LPARAM lParam) { return {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}; }
+bool IsCtrlDown() { return GetAsyncKeyState(VK_CONTROL) < 0; }
+
+} // namespace
+
+LRESULT TreeViewWindow::HandleNotification(const NMHDR& header) {
+    if (header.hwndFrom != handle) return 0;
+    switch (header.code) {
+    case TVN_GETDISPINFOW: {
+        TVITEMW& item = reinterpret_cast<NMTVDISPINFOW*>(const_cast<NMHDR*>(&header))->item;
+        if (!(item.mask & TVIF_TEXT) || item.cchTextMax <= 0) return 0;
+        const Node* const node = TreeItems::NodeOf(item);
+        const TextView caption = node ? Shorten(node->Caption(), static_cast<size_t>(item.cchTextMax) - 1) : TextView();
+        std::copy(caption.begin(), caption.end(), item.pszText);
+        item.pszText[caption.size()] = 0;
+        return 0;
+    }
+    case TVN_ITEMEXPANDEDW:
+        ItemExpanded(reinterpret_cast<const NMTREEVIEWW&>(header));
+        return 0;
+    case TVN_SELCHANGEDW:
+    case SelectionChangedAnsi:
+        SelectionChanged(reinterpret_cast<const NMTREEVIEWW&>(header));
+        return 0;
+    case TVN_SINGLEEXPAND:
+        return SingleExpand(reinterpret_cast<const NMTREEVIEWW&>(header));
+    case KeyDownCode:
+        KeyDown.Raise(reinterpret_cast<const NMTVKEYDOWN&>(header).wVKey);
+        return 0;
+    case TVN_BEGINDRAGW:
+        MouseMove.Raise(MouseButton::Left, Pointer());
+        return 0;
+    case NM_CLICK: {
+        const Point point = Pointer();
+        const bool isOnBox = hasCheckBoxes && (HitTest(point).flags & TVHT_ONITEMSTATEICON);
+        Click.Raise(point, IsCtrlDown());
+        return isOnBox ? 1 : 0; // the model has toggled it; the tree's own toggle would turn it back
+    }
+    case NM_DBLCLK:
+        DblClick.Raise(Pointer(), IsCtrlDown());
+        return 0;
+    case NM_CUSTOMDRAW:
+        return CustomDraw(*reinterpret_cast<NMTVCUSTOMDRAW*>(const_cast<NMHDR*>(&header)));
+    default:
+        return 0;
+    }
+}
+
+void TreeViewWindow::ItemExpanded(const NMTREEVIEWW& change) {
+    if (items.IsMirroring()) return;
+    Node* const node = TreeItems::NodeOf(change.itemNew);
+    if (!node) return;
+    const bool isExpanded = change.action == TVE_EXPAND;
+    node->SetExpanded(isExpanded);
+    if (!isExpanded) Collapsed.Raise(*node);
+}
+
+void TreeViewWindow::SelectionChanged(const NMTREEVIEWW& change) {
+    if (items.IsMirroring()) return;
+    tree.Select(change.itemNew.hItem ? TreeItems::NodeOf(change.itemNew) : nullptr);
+}
+
+// The model does the folding, so that window and model never differ: the branches that do not hold the new node
+// close, the new node opens.
+LRESULT TreeViewWindow::SingleExpand(const NMTREEVIEWW& change) {
+    Node* const newNode = TreeItems::NodeOf(change.itemNew);
+    if (!items.IsMirroring() && newNode) {
+        Node* const oldNode = change.itemOld.hItem ? items.NodeOf(change.itemOld.hItem) : nullptr;
+        for (Node* node = oldNode; node; node = node->Parent())
+            if (node->Parent() && node->IsExpanded() && !modTVW::IsInBranch(newNode, node)) node->SetExpanded(false);
+        if (newNode->FirstChild()) newNode->SetExpanded(true);
+    }
+    return TVNRET_SKIPOLD | TVNRET_SKIPNEW;
+}
+
+// Without the focus the selected row stays well visible.
+LRESULT TreeViewWindow::CustomDraw(NMTVCUSTOMDRAW& draw) const {
+    if (GetFocus() == handle) return CDRF_DODEFAULT;
+    if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
+    if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT || !handle) return CDRF_DODEFAULT;
+    const auto item = static_cast<WPARAM>(draw.nmcd.dwItemSpec);
+    if (SendMessageW(handle, TVM_GETITEMSTATE, item, TVIS_SELECTED) & TVIS_SELECTED) {
+        draw.clrText = GetSysColor(COLOR_3DHIGHLIGHT);
+        draw.clrTextBk = GetSysColor(COLOR_3DDKSHADOW);
+    }
+    return CDRF_DODEFAULT;
+}
+
+LRESULT CALLBACK TreeViewWindow::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
+                                           DWORD_PTR reference) {
+    auto* const self = reinterpret_cast<TreeViewWindow*>(reference);
+    if (message == WM_NCDESTROY) {
+        RemoveWindowSubclass(window, Procedure, id);
+        const std::weak_ptr<bool> alive = self->alive;
+        const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
+        if (!alive.expired()) self->HandleGone();
+        return result;
+    }
+    const std::weak_ptr<bool> alive = self->alive;
+    try {
+        if (const auto answer = self->Before(message, wParam, lParam)) return *answer;
+    } catch (...) {
+        return 0; // no exception may cross the system's frames; a listener of the host has failed
+    }
+    if (alive.expired()) return 0;
+    const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
+    if (!alive.expired() && self->handle) self->After(message, lParam);
+    return result;
+}
+
+std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_GETDLGCODE:
+        return DLGC_WANTARROWS | DLGC_WANTCHARS;
+    case WM_LBUTTONDOWN:
+        MouseDown.Raise(MouseButton::Left, PointOf(lParam));
+        return {};
+    case WM_RBUTTONDOWN: {
+        const bool wasDragging = dragImage != nullptr;
+        MouseDown.Raise(MouseButton::Right, PointOf(lParam));
+        return wasDragging ? std::optional<LRESULT>(0) : std::nullopt;
+    }
+    case WM_MOUSEMOVE:
+        if (!dragImage) return {};
+        MouseMove.Raise(wParam & MK_LBUTTON ? MouseButton::Left : MouseButton::None, PointOf(lParam));
+        return 0;
+    case WM_LBUTTONUP: {
+        const bool wasDragging = dragImage != nullptr;
+        MouseUp.Raise(MouseButton::Left, PointOf(lParam));
+        return wasDragging ? std::optional<LRESULT>(0) : std::nullopt;
+    }
+    case WM_CAPTURECHANGED:
+        if (dragImage && reinterpret_cast<HWND>(lParam) != handle) DragLost.Raise();
+        return {};
+    case WM_CHAR:
+        if (wParam == VK_SPACE && hasCheckBoxes) return 0; // toggled as a key already
+        KeyPress.Raise(static_cast<char16_t>(wParam));
+        // The tree would beep at these.
+        return wParam == VK_RETURN || wParam == VK_ESCAPE ? std::optional<LRESULT>(0) : std::nullopt;
+    case WM_KEYDOWN:
+        if (wParam != VK_SPACE || !hasCheckBoxes) return {};
+        KeyDown.Raise(VK_SPACE); // and not the tree's own toggle of the selected node, which may be another
+        return 0;
+    case WM_TIMER:
+        if (wParam < FirstTreeTimer || wParam > FirstTreeTimer + static_cast<UINT_PTR>(TreeTimer::Checkstate))
+            return {};
+        Timer.Raise(static_cast<TreeTimer>(wParam - FirstTreeTimer));
+        return 0;
+    case WM_SETFOCUS:
+    case WM_KILLFOCUS:
+        InvalidateRect(handle, nullptr, FALSE);
+        return {};
+    default:
+        return {};
+    }
+}
+
+void TreeViewWindow::After(UINT message, LPARAM lParam) {
+    if (message == WM_PAINT) {
+        DrawInsertMark();
+    } else if (hasCheckBoxes && (message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK)) {
+        // Whatever the tree made of the press on a box, the model is right.
+        if (const Node* const node = HitTest(PointOf(lParam)).node) items.ShowCheck(*node);
+    }
+}
+
+} // namespace dax

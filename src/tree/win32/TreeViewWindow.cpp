@@ -1,0 +1,273 @@
+#include "tree/win32/TreeViewWindow.h"
+
+#include "tree/DropTarget.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace dax {
+
+namespace {
+
+constexpr UINT_PTR SubclassId = 2;
+constexpr UINT CheckStyle = TVS_CHECKBOXES, SingleStyle = TVS_SINGLEEXPAND;
+
+POINT ToPoint(Point point) { return {point.x, point.y}; }
+
+void SetStyle(HWND window, UINT bit, bool on) {
+    const auto style = static_cast<UINT>(GetWindowLongW(window, GWL_STYLE));
+    SetWindowLongW(window, GWL_STYLE, static_cast<LONG>(on ? style | bit : style & ~bit));
+}
+
+} // namespace
+
+TreeViewWindow::TreeViewWindow(NodeTree& model) : tree(model), items(model) {}
+
+TreeViewWindow::~TreeViewWindow() {
+    if (handle) RemoveWindowSubclass(handle, Procedure, SubclassId);
+    HandleGone();
+}
+
+HWND TreeViewWindow::Create(HWND parent) {
+    INITCOMMONCONTROLSEX classes{sizeof classes, ICC_TREEVIEW_CLASSES};
+    InitCommonControlsEx(&classes);
+    handle = CreateWindowExW(WS_EX_CLIENTEDGE, WC_TREEVIEWW, L"",
+                             WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_LINESATROOT | TVS_HASBUTTONS |
+                                 TVS_SHOWSELALWAYS,
+                             0, 0, 0, 0, parent, nullptr, ThisModule(), nullptr);
+    if (!handle) return nullptr;
+    SetWindowSubclass(handle, Procedure, SubclassId, reinterpret_cast<DWORD_PTR>(this));
+    SetImages(images);
+    if (std::exchange(hasCheckBoxes, false)) SetCheckBoxes(true);
+    SetSingleExpand(isSingleExpand);
+    items.Bind(handle);
+    return handle;
+}
+
+void TreeViewWindow::HandleGone() {
+    dragImage.reset();
+    items.Unbind();
+    handle = nullptr;
+    markNode = nullptr;
+    highlighted = nullptr;
+    capture = {};
+}
+
+void TreeViewWindow::SetFont(HFONT font) {
+    if (handle) SendMessageW(handle, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+}
+
+void TreeViewWindow::SetImages(HIMAGELIST list) {
+    images = list;
+    if (handle) SendMessageW(handle, TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(images));
+}
+
+void TreeViewWindow::SetColors(COLORREF text, COLORREF background) {
+    if (!handle) return;
+    SendMessageW(handle, TVM_SETTEXTCOLOR, 0, static_cast<LPARAM>(text));
+    SendMessageW(handle, TVM_SETBKCOLOR, 0, static_cast<LPARAM>(background));
+}
+
+void TreeViewWindow::Fit(int width, int height) {
+    if (handle) MoveWindow(handle, 0, 0, std::max(0, width), std::max(0, height), TRUE);
+}
+
+void TreeViewWindow::SetCheckBoxes(bool on) {
+    if (hasCheckBoxes == on) return;
+    hasCheckBoxes = on;
+    items.SetHasCheckBoxes(on);
+    if (!handle) return;
+    SetStyle(handle, CheckStyle, on);
+    if (!on) {
+        // The system neither takes its boxes back nor frees their pictures.
+        const auto boxes = reinterpret_cast<HIMAGELIST>(SendMessageW(handle, TVM_SETIMAGELIST, TVSIL_STATE, 0));
+        if (boxes) ImageList_Destroy(boxes);
+        SetStyle(handle, CheckStyle, on);
+    }
+    items.ShowAllChecks();
+}
+
+void TreeViewWindow::SetSingleExpand(bool on) {
+    isSingleExpand = on;
+    if (!handle) return;
+    SetStyle(handle, SingleStyle, on);
+    SetWindowPos(handle, nullptr, 0, 0, 0, 0,
+                 SWP_NOSIZE | SWP_NOMOVE | SWP_NOZORDER | SWP_FRAMECHANGED | SWP_NOOWNERZORDER);
+}
+
+Rect TreeViewWindow::ClientRect() const {
+    RECT client{};
+    if (handle) GetClientRect(handle, &client);
+    return {client.left, client.top, client.right, client.bottom};
+}
+
+Point TreeViewWindow::Pointer() const {
+    POINT point{};
+    GetCursorPos(&point);
+    if (handle) ScreenToClient(handle, &point);
+    return {point.x, point.y};
+}
+
+Point TreeViewWindow::DragThreshold() const { return {GetSystemMetrics(SM_CXDRAG), GetSystemMetrics(SM_CYDRAG)}; }
+
+TreeHit TreeViewWindow::HitTest(Point point) const {
+    if (!handle) return {};
+    TVHITTESTINFO hit{};
+    hit.pt = ToPoint(point);
+    SendMessageW(handle, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+    return {items.NodeOf(hit.hItem), hit.flags};
+}
+
+std::optional<Rect> TreeViewWindow::RowRect(const Node& node) const {
+    if (!handle || !node.windowItem) return {};
+    RECT row{};
+    *reinterpret_cast<HTREEITEM*>(&row) = TreeItems::ItemOf(node);
+    if (!SendMessageW(handle, TVM_GETITEMRECT, FALSE, reinterpret_cast<LPARAM>(&row))) return {};
+    return Rect{row.left, row.top, row.right, row.bottom};
+}
+
+// The mark is drawn by us after each painting: the system's own cannot be taken away everywhere.
+void TreeViewWindow::SetInsertMark(Node* node, bool after) {
+    if (node == markNode && after == isMarkAfter) return;
+    InvalidateMark();
+    markNode = node;
+    isMarkAfter = after;
+    InvalidateMark();
+    if (handle) UpdateWindow(handle);
+}
+
+void TreeViewWindow::InvalidateMark() {
+    const auto row = markNode ? RowRect(*markNode) : std::nullopt;
+    if (!row) return;
+    const int y = isMarkAfter ? row->bottom : row->top;
+    const RECT strip{row->left, y - 3, row->right, y + 3};
+    InvalidateRect(handle, &strip, TRUE);
+}
+
+void TreeViewWindow::DrawInsertMark() const {
+    const auto row = markNode ? RowRect(*markNode) : std::nullopt;
+    if (!row) return;
+    RECT label{};
+    *reinterpret_cast<HTREEITEM*>(&label) = TreeItems::ItemOf(*markNode);
+    SendMessageW(handle, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&label));
+    const int y = isMarkAfter ? row->bottom : row->top;
+    const RECT line{label.left, y - 1, std::max<LONG>(label.right, label.left + 40), y + 1};
+    const RECT leftEnd{line.left, y - 3, line.left + 2, y + 3}, rightEnd{line.right - 2, y - 3, line.right, y + 3};
+    const HDC dc = GetDC(handle);
+    for (const RECT& part : {line, leftEnd, rightEnd}) FillRect(dc, &part, GetSysColorBrush(COLOR_WINDOWTEXT));
+    ReleaseDC(handle, dc);
+}
+
+void TreeViewWindow::SetDropHighlight(Node* node) {
+    if (!handle) return;
+    const HTREEITEM item = node ? TreeItems::ItemOf(*node) : nullptr;
+    if (item == highlighted) return;
+    SendMessageW(handle, TVM_SELECTITEM, TVGN_DROPHILITE, reinterpret_cast<LPARAM>(item));
+    if (highlighted && !item && items.NodeOf(highlighted)) { // not every system clears it by selecting nothing
+        TVITEMW state{};
+        state.mask = TVIF_HANDLE | TVIF_STATE;
+        state.hItem = highlighted;
+        state.stateMask = TVIS_DROPHILITED;
+        SendMessageW(handle, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&state));
+    }
+    highlighted = item;
+    UpdateWindow(handle);
+}
+
+void TreeViewWindow::BeginDragImage(Node& node, Point pointer) {
+    if (!handle) return;
+    const auto row = RowRect(node);
+    RECT label{};
+    *reinterpret_cast<HTREEITEM*>(&label) = TreeItems::ItemOf(node);
+    SendMessageW(handle, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&label));
+    int iconWidth = 0, iconHeight = 0;
+    if (images) ImageList_GetIconSize(images, &iconWidth, &iconHeight);
+    const POINT hotSpot{pointer.x - (label.left - iconWidth - 3), row ? pointer.y - row->top : 0};
+    dragImage = std::make_unique<DragImage>(handle, images, node.Image(), node.Caption(), hotSpot);
+    dragImage->Show(ToPoint(pointer));
+    SetCapture(handle);
+}
+
+void TreeViewWindow::ShowDragImage(bool visible, Point pointer) {
+    if (!dragImage) return;
+    if (!visible) return dragImage->Hide();
+    UpdateWindow(handle);
+    dragImage->Show(ToPoint(pointer));
+}
+
+void TreeViewWindow::EndDragImage() {
+    dragImage.reset();
+    if (handle && GetCapture() == handle) ReleaseCapture();
+}
+
+void TreeViewWindow::Scroll(unsigned bands) {
+    if (!handle) return;
+    if (bands & ScrollBands::Left) SendMessageW(handle, WM_HSCROLL, SB_LINELEFT, 0);
+    if (bands & ScrollBands::Top) SendMessageW(handle, WM_VSCROLL, SB_LINEUP, 0);
+    if (bands & ScrollBands::Right) SendMessageW(handle, WM_HSCROLL, SB_LINERIGHT, 0);
+    if (bands & ScrollBands::Bottom) SendMessageW(handle, WM_VSCROLL, SB_LINEDOWN, 0);
+    UpdateWindow(handle);
+}
+
+void TreeViewWindow::StartTimer(TreeTimer timer, int milliseconds) {
+    if (handle)
+        SetTimer(handle, FirstTreeTimer + static_cast<UINT_PTR>(timer), static_cast<UINT>(milliseconds), nullptr);
+}
+
+void TreeViewWindow::StopTimer(TreeTimer timer) {
+    if (handle) KillTimer(handle, FirstTreeTimer + static_cast<UINT_PTR>(timer));
+}
+
+void TreeViewWindow::EnsureVisible(Node& node) {
+    if (handle && node.windowItem)
+        SendMessageW(handle, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(TreeItems::ItemOf(node)));
+}
+
+void TreeViewWindow::FreezeDisplay(bool frozen) {
+    if (!handle) return;
+    if (frozen) {
+        capture = WindowCapture(handle);
+        ShowWindow(handle, SW_HIDE);
+        return;
+    }
+    capture = {};
+    ShowWindow(handle, SW_SHOW);
+    if (IsWindowVisible(handle)) SetFocus(handle);
+}
+
+void TreeViewWindow::DrawPicture(HDC dc, const RECT& place, HFONT font) const {
+    const int saved = SaveDC(dc);
+    RECT inner = place;
+    FillRect(dc, &inner, GetSysColorBrush(COLOR_WINDOW));
+    DrawEdge(dc, &inner, EDGE_SUNKEN, BF_RECT | BF_ADJUST);
+    IntersectClipRect(dc, inner.left, inner.top, inner.right, inner.bottom);
+    SelectObject(dc, font);
+    SetBkMode(dc, TRANSPARENT);
+    TEXTMETRICW metrics;
+    GetTextMetricsW(dc, &metrics);
+    int iconWidth = 0, iconHeight = 0;
+    if (images) ImageList_GetIconSize(images, &iconWidth, &iconHeight);
+    const int rowHeight = std::max<int>(metrics.tmHeight + 2, iconHeight);
+    int top = inner.top, depth = 0;
+    for (const Node* node = tree.First(); node && top < inner.bottom; top += rowHeight) {
+        const int left = inner.left + 4 + depth * (iconWidth + 3);
+        if (images) ImageList_Draw(images, node->Image(), dc, left, top + (rowHeight - iconHeight) / 2, ILD_NORMAL);
+        RECT text{left + iconWidth + 4, top, inner.right, top + rowHeight};
+        const Text caption(Shorten(node->Caption(), 260));
+        DrawTextW(dc, Wide(caption), static_cast<int>(caption.size()), &text,
+                  DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
+        if (node->IsExpanded() && node->FirstChild()) {
+            node = node->FirstChild();
+            ++depth;
+            continue;
+        }
+        while (node && !node->Next()) {
+            node = node->Parent();
+            --depth;
+        }
+        if (node) node = node->Next();
+    }
+    RestoreDC(dc, saved);
+}
+
+} // namespace dax

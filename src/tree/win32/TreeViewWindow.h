@@ -1,0 +1,97 @@
+// A tree view in a real window, or without one, bound to a NodeTree. It tells what the user does and shows what the
+// model holds; the component decides what it means.
+#pragma once
+
+#include "controls/Event.h"
+#include "tree/TreeWindow.h"
+#include "tree/win32/DragImage.h"
+#include "tree/win32/TreeItems.h"
+#include "tree/win32/WindowCapture.h"
+
+#include <memory>
+
+namespace dax {
+
+inline constexpr UINT_PTR FirstTreeTimer = 0xDA0; // timers of the tree window; the system uses small numbers
+
+enum class MouseButton { None, Left, Right };
+
+class TreeViewWindow : public TreeWindow {
+public:
+    explicit TreeViewWindow(NodeTree& model);
+    ~TreeViewWindow() override;
+    TreeViewWindow(const TreeViewWindow&) = delete;
+    TreeViewWindow& operator=(const TreeViewWindow&) = delete;
+
+    // The window belongs to its parent and goes with it; the model stays. The parent hands on what it hears.
+    HWND Create(HWND parent);
+    HWND Handle() const { return handle; }
+    void HandleGone();
+    void SetFont(HFONT font);
+    void SetImages(HIMAGELIST images); // the caller's; it outlives the window
+    void SetColors(COLORREF text, COLORREF background);
+    void Fit(int width, int height);
+    LRESULT HandleNotification(const NMHDR& header);
+
+    void SetCheckBoxes(bool on);
+    // Frozen: what the tree looked like, to be painted by the parent in the place of the hidden tree.
+    bool IsFrozen() const { return !capture.IsEmpty(); }
+    void DrawFrozen(HDC dc) const { capture.Draw(dc, 0, 0); }
+    // A picture of the rows for a control that has no window.
+    void DrawPicture(HDC dc, const RECT& place, HFONT font) const;
+
+    Rect ClientRect() const override;
+    Point Pointer() const override;
+    Point DragThreshold() const override;
+    TreeHit HitTest(Point point) const override;
+    std::optional<Rect> RowRect(const Node& node) const override;
+    void SetInsertMark(Node* node, bool after) override;
+    void SetDropHighlight(Node* node) override;
+    void BeginDragImage(Node& node, Point pointer) override;
+    void ShowDragImage(bool visible, Point pointer) override;
+    void EndDragImage() override;
+    void Scroll(unsigned bands) override;
+    void StartTimer(TreeTimer timer, int milliseconds) override;
+    void StopTimer(TreeTimer timer) override;
+    bool HasCheckBoxes() const override { return hasCheckBoxes; }
+    void SetSingleExpand(bool on) override;
+    void EnsureVisible(Node& node) override;
+    void FreezeDisplay(bool frozen) override;
+
+    // Listeners may do anything, also release the component.
+    Event<MouseButton, Point> MouseDown, MouseMove, MouseUp;
+    Event<int> KeyDown;       // the key's code
+    Event<char16_t> KeyPress; // the character
+    Event<Point, bool> Click; // point, whether Ctrl is down
+    Event<Point, bool> DblClick;
+    Event<Node&> Collapsed; // by the user; the model knows already
+    Event<> DragLost;       // the mouse was taken away in the middle of a drag
+    Event<TreeTimer> Timer;
+
+private:
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
+                                      DWORD_PTR self);
+    // Nothing: the system's own handling follows.
+    std::optional<LRESULT> Before(UINT message, WPARAM wParam, LPARAM lParam);
+    void After(UINT message, LPARAM lParam);
+    LRESULT CustomDraw(NMTVCUSTOMDRAW& draw) const;
+    void ItemExpanded(const NMTREEVIEWW& change);
+    void SelectionChanged(const NMTREEVIEWW& change);
+    LRESULT SingleExpand(const NMTREEVIEWW& change);
+    void DrawInsertMark() const;
+    void InvalidateMark();
+
+    NodeTree& tree;
+    TreeItems items;
+    HWND handle = nullptr;
+    HIMAGELIST images = nullptr;
+    bool hasCheckBoxes = false, isSingleExpand = false;
+    Node* markNode = nullptr;
+    bool isMarkAfter = false;
+    HTREEITEM highlighted = nullptr;
+    std::unique_ptr<DragImage> dragImage;
+    WindowCapture capture;
+    std::shared_ptr<bool> alive = std::make_shared<bool>(true);
+};
+
+} // namespace dax
