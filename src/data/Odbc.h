@@ -10,6 +10,9 @@
 #include <windows.h>
 #endif
 
+// The narrow functions stay reachable under their own names.
+#define SQL_NOUNICODEMAP
+
 #include <sql.h>
 #include <sqlext.h>
 #include <sqlucode.h>

@@ -191,7 +191,6 @@ std::optional<Top> FindTop(TextView statement) {
     if (top.count.empty() || (bracket && !reader.Unit(u')')) || reader.Word(u"PERCENT")) return std::nullopt;
     top.end = reader.Place();
     if (reader.AtEnd() || (!bracket && !IsBlank(statement[top.end - 1]))) return std::nullopt;
-    if (!bracket) --top.end; // keep one blank
     return top;
 }
 
