@@ -1,0 +1,131 @@
+#include "support/TestDatabases.h"
+
+#include "data/Recordset.h"
+#include "data/Value.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <random>
+
+namespace dax::testing {
+
+namespace {
+
+std::string UniqueName() {
+    static std::mt19937_64 generator{std::random_device{}()};
+    return "daxtest_" + std::to_string(generator());
+}
+
+const char* VariableOf(Engine engine) {
+    switch (engine) {
+    case Engine::PostgreSQL:
+        return "DAX_TEST_POSTGRES";
+    case Engine::MariaDB:
+        return "DAX_TEST_MARIADB";
+    default:
+        return nullptr;
+    }
+}
+
+// The string of the administrator with another database.
+Text WithDatabase(const Text& connectionString, const Text& database) {
+    Text result;
+    for (size_t begin = 0; begin < connectionString.size();) {
+        const size_t end = std::min(connectionString.find(u';', begin), connectionString.size());
+        const Text item = connectionString.substr(begin, end - begin);
+        if (!LowerAscii(item).starts_with(u"database=")) result += item + u";";
+        begin = end + 1;
+    }
+    return result + u"Database=" + database;
+}
+
+} // namespace
+
+TempFolder::TempFolder() : path(std::filesystem::temp_directory_path() / UniqueName()) {
+    std::filesystem::create_directories(path);
+}
+
+TempFolder::~TempFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path, ignored);
+}
+
+Text TempFolder::File(const Text& name) const {
+    const std::u8string utf8 = path.u8string();
+    Text folder = FromUtf8({reinterpret_cast<const char*>(utf8.data()), utf8.size()});
+    folder.push_back(static_cast<char16_t>(std::filesystem::path::preferred_separator));
+    return folder + name;
+}
+
+Text TempFolder::Write(const Text& name, const std::string& bytes) const {
+    const std::string utf8 = ToUtf8(name);
+    std::ofstream stream(path / std::u8string(utf8.begin(), utf8.end()), std::ios::binary);
+    stream << bytes;
+    return File(name);
+}
+
+std::vector<Engine> AllEngines() { return {Engine::SQLite, Engine::PostgreSQL, Engine::MariaDB}; }
+
+std::string EngineName(const ::testing::TestParamInfo<Engine>& info) {
+    switch (info.param) {
+    case Engine::SQLite:
+        return "SQLite";
+    case Engine::PostgreSQL:
+        return "PostgreSQL";
+    case Engine::MariaDB:
+        return "MariaDB";
+    default:
+        return "Other";
+    }
+}
+
+std::string WhyNot(Engine engine) {
+    const char* variable = VariableOf(engine);
+    if (!variable || std::getenv(variable)) return {};
+    return std::string(variable) + " does not tell where the server is";
+}
+
+TestDatabase::TestDatabase(Engine kind) : engine(kind) {
+    if (engine == Engine::SQLite) {
+        name = folder.Write(u"test.db", "");
+        connectionString = name;
+        return;
+    }
+    adminString = FromUtf8(std::getenv(VariableOf(engine)));
+    name = FromUtf8(UniqueName());
+    Connection admin;
+    admin.Open(adminString);
+    admin.Execute(u"CREATE DATABASE " + name);
+    connectionString = WithDatabase(adminString, name);
+}
+
+TestDatabase::~TestDatabase() {
+    if (engine == Engine::SQLite) return;
+    try {
+        Connection admin;
+        admin.Open(adminString);
+        // A connection that was closed a moment ago may not have ended yet on the server.
+        admin.Execute(u"DROP DATABASE " + name + (engine == Engine::PostgreSQL ? u" WITH (FORCE)" : u""));
+    } catch (const std::exception& error) {
+        ADD_FAILURE() << "the database of the test could not be dropped: " << error.what();
+    }
+}
+
+void TestDatabase::Run(const std::vector<Text>& statements) const {
+    Connection connection;
+    connection.Open(connectionString);
+    for (const Text& statement : statements) connection.Execute(statement);
+}
+
+Text TestDatabase::Ask(const Text& query) const {
+    Recordset recordset;
+    recordset.Open(query, connectionString);
+    return recordset.Eof() ? Text() : Text(recordset.FieldText(0));
+}
+
+void EngineTest::SetUp() {
+    DAX_NEEDS_ENGINE(GetParam());
+    database = std::make_unique<TestDatabase>(GetParam());
+}
+
+} // namespace dax::testing

@@ -1,0 +1,72 @@
+// Real databases for tests: fresh SQLite files, and a fresh database of its own on a real PostgreSQL or MariaDB server.
+#pragma once
+
+#include "data/Connection.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace dax::testing {
+
+// A folder of its own, removed with all that is in it.
+class TempFolder {
+public:
+    TempFolder();
+    ~TempFolder();
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+    const std::filesystem::path& Path() const { return path; }
+    // The path of a file in it, in the form in which hosts write paths.
+    Text File(const Text& name) const;
+    // The same, with the file written.
+    Text Write(const Text& name, const std::string& bytes) const;
+
+private:
+    std::filesystem::path path;
+};
+
+// SQLite, PostgreSQL, MariaDB: the engines that run here.
+std::vector<Engine> AllEngines();
+std::string EngineName(const ::testing::TestParamInfo<Engine>& info);
+// Why the engine cannot be tested now (the variable that would tell where its server is); empty when it can.
+std::string WhyNot(Engine engine);
+
+// An empty database, dropped at the end; connections to it must be closed by then.
+class TestDatabase {
+public:
+    explicit TestDatabase(Engine engine);
+    ~TestDatabase();
+    TestDatabase(const TestDatabase&) = delete;
+    TestDatabase& operator=(const TestDatabase&) = delete;
+
+    Engine Kind() const { return engine; }
+    const Text& ConnectionString() const { return connectionString; }
+    // The catalog's name, or the path of the file.
+    const Text& Name() const { return name; }
+    // Runs statements on a connection of its own.
+    void Run(const std::vector<Text>& statements) const;
+    // The value of the first field of the first row, as text.
+    Text Ask(const Text& query) const;
+
+private:
+    Engine engine;
+    TempFolder folder;
+    Text adminString, connectionString, name;
+};
+
+// A test that runs once for each engine, on a database of its own; skipped where there is no server.
+// INSTANTIATE_TEST_SUITE_P(Engines, MyTest, ::testing::ValuesIn(AllEngines()), EngineName);
+class EngineTest : public ::testing::TestWithParam<Engine> {
+protected:
+    void SetUp() override;
+    std::unique_ptr<TestDatabase> database;
+};
+
+// For tests on one engine: ends the test, skipped, when the engine cannot be had.
+#define DAX_NEEDS_ENGINE(engine)                                                                                       \
+    if (const std::string why = dax::testing::WhyNot(engine); !why.empty()) GTEST_SKIP() << why
+
+} // namespace dax::testing
