@@ -7,7 +7,7 @@
 #include <fstream>
 #include <random>
 
-namespace dax::testing {
+namespace dax::test {
 
 namespace {
 
@@ -128,4 +128,4 @@ void EngineTest::SetUp() {
     database = std::make_unique<TestDatabase>(GetParam());
 }
 
-} // namespace dax::testing
+} // namespace dax::test

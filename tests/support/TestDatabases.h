@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace dax::testing {
+namespace dax::test {
 
 // A folder of its own, removed with all that is in it.
 class TempFolder {
@@ -67,6 +67,6 @@ protected:
 
 // For tests on one engine: ends the test, skipped, when the engine cannot be had.
 #define DAX_NEEDS_ENGINE(engine)                                                                                       \
-    if (const std::string why = dax::testing::WhyNot(engine); !why.empty()) GTEST_SKIP() << why
+    if (const std::string why = dax::test::WhyNot(engine); !why.empty()) GTEST_SKIP() << why
 
-} // namespace dax::testing
+} // namespace dax::test
