@@ -1,0 +1,37 @@
+// The content object library: one row per class.
+#include <ole2.h>
+
+#include <initguid.h> // the identifiers of the type library live in this file
+
+#include "ContentObjects.h"
+
+#include "content/Utility.h"
+#include "ocx/com/Object.h"
+
+namespace dax {
+
+namespace {
+
+class UtilityObject final : public Automation<_Utility> {
+public:
+    explicit UtilityObject(const ClassEntry& entry) : Automation(entry) {}
+
+    STDMETHODIMP NewIdentifier(BSTR* identifier) override {
+        return Answer(identifier, [] { return dax::Utility::NewIdentifier(); });
+    }
+};
+
+IUnknown* CreateUtility(const ClassEntry& entry) { return static_cast<_Utility*>(new UtilityObject(entry)); }
+
+const ClassEntry classes[] = {
+    {&CLSID_Utility, &IID__Utility, nullptr, L"Utility", L"DAX content utility", CreateUtility, 0},
+};
+
+} // namespace
+
+const Library& ThisLibrary() {
+    static const Library library{&LIBID_ContentObjects, L"ContentObjects", 3, 3, classes, nullptr};
+    return library;
+}
+
+} // namespace dax

@@ -1,0 +1,12 @@
+// The makers of the library's classes: each answers a new object with one reference.
+#pragma once
+
+#include "ocx/com/Library.h"
+
+namespace dax {
+
+IUnknown* CreateConstants(const ClassEntry& entry);
+IUnknown* CreateDatabaseValidator(const ClassEntry& entry);
+IUnknown* CreateSQLDBPicker(const ClassEntry& entry);
+
+} // namespace dax

@@ -1,0 +1,30 @@
+// The control library: one row per class.
+#include <ole2.h>
+
+#include <initguid.h> // the identifiers of the type library live in this file
+
+#include "DAXControls.h"
+
+#include "controls/win32/WindowBase.h"
+#include "ocx/ControlClasses.h"
+
+namespace dax {
+
+namespace {
+
+const ClassEntry classes[] = {
+    {&CLSID_DatabaseValidator, &IID__DatabaseValidator, &DIID___DatabaseValidator, L"DatabaseValidator",
+     L"DAX database validator", CreateDatabaseValidator, 101},
+    {&CLSID_SQLDBPicker, &IID__SQLDBPicker, &DIID___SQLDBPicker, L"SQLDBPicker", L"DAX catalog picker",
+     CreateSQLDBPicker, 102},
+    {&CLSID_Constants, &IID__Constants, nullptr, L"Constants", L"DAX constants", CreateConstants, 0},
+};
+
+} // namespace
+
+const Library& ThisLibrary() {
+    static const Library library{&LIBID_DAXControls, L"DAXControls", 3, 3, classes, WindowBase::LiveCount};
+    return library;
+}
+
+} // namespace dax

@@ -1,0 +1,53 @@
+// Where a host's event sink is connected to an object.
+#pragma once
+
+#include "ocx/com/Variant.h"
+#include "ocx/com/ComPtr.h"
+
+#include <ocidl.h>
+
+#include <span>
+#include <vector>
+
+namespace dax {
+
+// A part of its owner: shares the owner's count.
+class ConnectionPoint final : public IConnectionPoint {
+public:
+    ConnectionPoint(IConnectionPointContainer& owner, const IID& sinkInterface)
+        : owner(owner), sinkInterface(sinkInterface) {}
+
+    const IID& SinkInterface() const { return sinkInterface; }
+    // A copy: sinks may come and go while they are called.
+    std::vector<ComPtr<IUnknown>> Sinks() const;
+    bool IsConnected(const IUnknown* sink) const;
+    void DisconnectAll();
+
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) override;
+    STDMETHODIMP_(ULONG) AddRef() override { return owner.AddRef(); }
+    STDMETHODIMP_(ULONG) Release() override { return owner.Release(); }
+    STDMETHODIMP GetConnectionInterface(IID* iid) override;
+    STDMETHODIMP GetConnectionPointContainer(IConnectionPointContainer** container) override;
+    STDMETHODIMP Advise(IUnknown* sink, DWORD* cookie) override;
+    STDMETHODIMP Unadvise(DWORD cookie) override;
+    STDMETHODIMP EnumConnections(IEnumConnections** result) override;
+
+private:
+    struct Connection {
+        DWORD cookie;
+        ComPtr<IUnknown> sink;
+    };
+
+    IConnectionPointContainer& owner;
+    const IID& sinkInterface;
+    std::vector<Connection> connections;
+    DWORD lastCookie = 0;
+};
+
+// Calls an event on every sink in turn, arguments in their documented order. A sink that fails is passed over.
+void FireEvent(const ConnectionPoint& point, DISPID event, std::span<Variant> arguments);
+
+// For IConnectionPointContainer::EnumConnectionPoints.
+HRESULT EnumeratePoints(std::vector<ComPtr<IConnectionPoint>> points, IEnumConnectionPoints** result);
+
+} // namespace dax

@@ -1,0 +1,33 @@
+// Failures crossing into COM: the one place where an exception becomes an HRESULT with error information.
+#pragma once
+
+#include "data/Text.h"
+
+#include <ole2.h>
+
+#include <exception>
+
+namespace dax {
+
+// A failed COM call of ours.
+class ComError : public std::exception {
+public:
+    explicit ComError(HRESULT code) : code(code) {}
+    HRESULT Code() const { return code; }
+    const char* what() const noexcept override { return "a COM call has failed"; }
+
+private:
+    HRESULT code;
+};
+
+inline void Check(HRESULT result) {
+    if (FAILED(result)) throw ComError(result);
+}
+
+// Numbers that hosts count as their own (75) come back to them unchanged: as 800A004B.
+HRESULT HResultOf(int32_t errorNumber);
+
+// Inside a catch block: the code of the current exception, after setting the error information of this thread.
+HRESULT ReportCurrentException(const GUID& interfaceId, const wchar_t* source) noexcept;
+
+} // namespace dax

@@ -1,0 +1,104 @@
+#include "ocx/hosting/Control.h"
+
+#include "ocx/hosting/Bags.h"
+
+#include <olectl.h>
+
+#include <vector>
+
+namespace dax {
+
+Control::Control(const ClassEntry& entry, std::unique_ptr<ControlWindow> created)
+    : ClassObject(entry), window(std::move(created)), events(*this, entry.events ? *entry.events : IID_NULL),
+      propertySinks(*this, IID_IPropertyNotifySink) {
+    window->FocusChanged = [this](bool isInside) { FocusMoved(isInside); };
+    window->PropertyChanged = [this] { PropertyChanged(); };
+}
+
+Control::~Control() = default;
+
+void* Control::Find(REFIID iid) {
+    if (iid == IID_IOleObject) return static_cast<IOleObject*>(this);
+    if (iid == IID_IOleControl) return static_cast<IOleControl*>(this);
+    if (iid == IID_IOleWindow || iid == IID_IOleInPlaceObject) return static_cast<IOleInPlaceObject*>(this);
+    if (iid == IID_IOleInPlaceActiveObject) return static_cast<IOleInPlaceActiveObject*>(this);
+    if (iid == IID_IViewObject || iid == IID_IViewObject2) return static_cast<IViewObject2*>(this);
+    if (iid == IID_IPersist || iid == IID_IPersistStreamInit) return static_cast<IPersistStreamInit*>(this);
+    if (iid == IID_IPersistStorage) return static_cast<IPersistStorage*>(this);
+    if (iid == IID_IPersistPropertyBag) return static_cast<IPersistPropertyBag*>(this);
+    if (iid == IID_IConnectionPointContainer) return static_cast<IConnectionPointContainer*>(this);
+    return ClassObject::Find(iid);
+}
+
+// Hosts let go in any order; whatever they have left out is made up for here.
+void Control::Destroy() {
+    window->FocusChanged = nullptr;
+    window->PropertyChanged = nullptr;
+    InPlaceDeactivate();
+    site.Set(nullptr);
+    events.DisconnectAll();
+    propertySinks.DisconnectAll();
+    delete this;
+}
+
+void Control::EnsureReady() {
+    if (!isReady) Become(nullptr);
+    if (site || window->Handle()) return;
+    const SIZE size = window->PreferredSize(dpi);
+    window->Create(nullptr, {0, 0, size.cx, size.cy});
+}
+
+// Comes as late as possible, when the host has said in which mode the control lives: hosts create, place and load in
+// different orders.
+void Control::Become(PropertyBag* bag) {
+    isReady = true;
+    ReadAmbient();
+    if (bag)
+        window->ReadProperties(*bag);
+    else
+        window->InitProperties();
+}
+
+void Control::ReadAmbient() {
+    const Ambient ambient = site.ReadAmbient();
+    dpi = ambient.dpi;
+    window->SetAmbient(ambient);
+}
+
+void Control::Fire(DISPID event, std::initializer_list<Variant> arguments) {
+    if (frozen > 0) return;
+    const Keeper keeper(*this);
+    std::vector<Variant> list(arguments);
+    FireEvent(events, event, list);
+}
+
+void Control::PropertyChanged() {
+    const Keeper keeper(*this);
+    isDirty = true;
+    for (const ComPtr<IUnknown>& sink : propertySinks.Sinks())
+        if (const auto notified = Query<IPropertyNotifySink>(sink.Get(), IID_IPropertyNotifySink))
+            notified->OnChanged(DISPID_UNKNOWN);
+    ViewChanged();
+}
+
+HRESULT Control::EnumConnectionPoints(IEnumConnectionPoints** result) {
+    return Guard([&] {
+        std::vector<ComPtr<IConnectionPoint>> points;
+        for (ConnectionPoint* point : {&events, &propertySinks}) points.emplace_back(point);
+        Check(EnumeratePoints(std::move(points), result));
+    });
+}
+
+HRESULT Control::FindConnectionPoint(REFIID iid, IConnectionPoint** result) {
+    if (!result) return E_POINTER;
+    *result = nullptr;
+    for (ConnectionPoint* point : {&events, &propertySinks}) {
+        if (point->SinkInterface() != iid) continue;
+        point->AddRef();
+        *result = point;
+        return S_OK;
+    }
+    return CONNECT_E_NOCONNECTION;
+}
+
+} // namespace dax

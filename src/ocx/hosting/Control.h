@@ -1,0 +1,149 @@
+// What makes a control of ours an ActiveX control: everything between a host and a ControlWindow. A class on top of
+// it only forwards its own properties and methods.
+#pragma once
+
+#include "controls/win32/ControlWindow.h"
+#include "ocx/com/ConnectionPoint.h"
+#include "ocx/com/Object.h"
+#include "ocx/hosting/HostSite.h"
+
+#include <initializer_list>
+#include <memory>
+
+namespace dax {
+
+class Control : public ClassObject,
+                public IOleObject,
+                public IOleControl,
+                public IOleInPlaceObject,
+                public IOleInPlaceActiveObject,
+                public IViewObject2,
+                public IPersistStreamInit,
+                public IPersistStorage,
+                public IPersistPropertyBag,
+                public IConnectionPointContainer {
+public:
+    // IOleObject
+    STDMETHODIMP SetClientSite(IOleClientSite* client) override;
+    STDMETHODIMP GetClientSite(IOleClientSite** client) override;
+    STDMETHODIMP SetHostNames(LPCOLESTR, LPCOLESTR) override { return S_OK; }
+    STDMETHODIMP Close(DWORD saveOption) override;
+    STDMETHODIMP SetMoniker(DWORD, IMoniker*) override { return E_NOTIMPL; }
+    STDMETHODIMP GetMoniker(DWORD, DWORD, IMoniker**) override { return E_NOTIMPL; }
+    STDMETHODIMP InitFromData(IDataObject*, BOOL, DWORD) override { return E_NOTIMPL; }
+    STDMETHODIMP GetClipboardData(DWORD, IDataObject**) override { return E_NOTIMPL; }
+    STDMETHODIMP DoVerb(LONG verb, LPMSG message, IOleClientSite*, LONG, HWND, LPCRECT place) override;
+    STDMETHODIMP EnumVerbs(IEnumOLEVERB** result) override;
+    STDMETHODIMP Update() override { return S_OK; }
+    STDMETHODIMP IsUpToDate() override { return S_OK; }
+    STDMETHODIMP GetUserClassID(CLSID* clsid) override;
+    STDMETHODIMP GetUserType(DWORD form, LPOLESTR* name) override;
+    STDMETHODIMP SetExtent(DWORD aspect, SIZEL* size) override;
+    STDMETHODIMP GetExtent(DWORD aspect, SIZEL* size) override;
+    STDMETHODIMP Advise(IAdviseSink* sink, DWORD* cookie) override;
+    STDMETHODIMP Unadvise(DWORD cookie) override;
+    STDMETHODIMP EnumAdvise(IEnumSTATDATA** result) override;
+    STDMETHODIMP GetMiscStatus(DWORD aspect, DWORD* status) override;
+    STDMETHODIMP SetColorScheme(LOGPALETTE*) override { return E_NOTIMPL; }
+    // IOleControl
+    STDMETHODIMP GetControlInfo(CONTROLINFO* info) override;
+    STDMETHODIMP OnMnemonic(MSG*) override { return S_OK; }
+    STDMETHODIMP OnAmbientPropertyChange(DISPID) override;
+    STDMETHODIMP FreezeEvents(BOOL isFrozen) override;
+    // IOleWindow, IOleInPlaceObject
+    STDMETHODIMP GetWindow(HWND* result) override;
+    STDMETHODIMP ContextSensitiveHelp(BOOL) override { return E_NOTIMPL; }
+    STDMETHODIMP InPlaceDeactivate() override;
+    STDMETHODIMP UIDeactivate() override;
+    STDMETHODIMP SetObjectRects(LPCRECT place, LPCRECT visible) override;
+    STDMETHODIMP ReactivateAndUndo() override { return INPLACE_E_NOTUNDOABLE; }
+    // IOleInPlaceActiveObject
+    STDMETHODIMP TranslateAccelerator(LPMSG message) override;
+    STDMETHODIMP OnFrameWindowActivate(BOOL) override { return S_OK; }
+    STDMETHODIMP OnDocWindowActivate(BOOL) override { return S_OK; }
+    STDMETHODIMP ResizeBorder(LPCRECT, IOleInPlaceUIWindow*, BOOL) override { return S_OK; }
+    STDMETHODIMP EnableModeless(BOOL) override { return S_OK; }
+    // IViewObject2
+    STDMETHODIMP Draw(DWORD aspect, LONG, void*, DVTARGETDEVICE*, HDC, HDC dc, LPCRECTL bounds, LPCRECTL,
+                      BOOL(CALLBACK*)(ULONG_PTR), ULONG_PTR) override;
+    STDMETHODIMP GetColorSet(DWORD, LONG, void*, DVTARGETDEVICE*, HDC, LOGPALETTE**) override { return S_FALSE; }
+    STDMETHODIMP Freeze(DWORD, LONG, void*, DWORD*) override { return E_NOTIMPL; }
+    STDMETHODIMP Unfreeze(DWORD) override { return E_NOTIMPL; }
+    STDMETHODIMP SetAdvise(DWORD aspects, DWORD flags, IAdviseSink* sink) override;
+    STDMETHODIMP GetAdvise(DWORD* aspects, DWORD* flags, IAdviseSink** sink) override;
+    STDMETHODIMP GetExtent(DWORD aspect, LONG, DVTARGETDEVICE*, LPSIZEL size) override;
+    // IPersist, IPersistStreamInit, IPersistStorage, IPersistPropertyBag
+    STDMETHODIMP GetClassID(CLSID* clsid) override;
+    STDMETHODIMP IsDirty() override { return isDirty ? S_OK : S_FALSE; }
+    STDMETHODIMP InitNew() override;
+    STDMETHODIMP Load(IStream* stream) override;
+    STDMETHODIMP Save(IStream* stream, BOOL isClearing) override;
+    STDMETHODIMP GetSizeMax(ULARGE_INTEGER* size) override;
+    STDMETHODIMP InitNew(IStorage*) override { return InitNew(); }
+    STDMETHODIMP Load(IStorage* storage) override;
+    STDMETHODIMP Save(IStorage* storage, BOOL isSameAsLoad) override;
+    STDMETHODIMP SaveCompleted(IStorage*) override;
+    STDMETHODIMP HandsOffStorage() override { return S_OK; }
+    STDMETHODIMP Load(IPropertyBag* bag, IErrorLog* log) override;
+    STDMETHODIMP Save(IPropertyBag* bag, BOOL isClearing, BOOL isSavingAll) override;
+    // IConnectionPointContainer
+    STDMETHODIMP EnumConnectionPoints(IEnumConnectionPoints** result) override;
+    STDMETHODIMP FindConnectionPoint(REFIID iid, IConnectionPoint** result) override;
+
+protected:
+    Control(const ClassEntry& entry, std::unique_ptr<ControlWindow> window);
+    ~Control() override;
+
+    void* Find(REFIID iid) override;
+    void Destroy() override;
+    // Places the control with its default properties when no host has loaded others; without a host, its window comes
+    // to be under a hidden one.
+    void EnsureReady() override;
+
+    // Nothing while the host has frozen events. The control may be gone afterwards, unless a member is running.
+    void Fire(DISPID event, std::initializer_list<Variant> arguments);
+    // What the control shows has changed; hosts that draw it themselves hear of it.
+    void ViewChanged();
+
+private:
+    HRESULT ActivateInPlace();
+    HRESULT ActivateUI(); // in place first, if need be
+    void FocusMoved(bool isInside);
+    void PropertyChanged();
+    void MoveWindowTo(const RECT& place, const RECT& visible);
+    void Become(PropertyBag* bag); // null: default properties
+    void ReadAmbient();
+
+    const std::unique_ptr<ControlWindow> window;
+    HostSite site;
+    ComPtr<IOleInPlaceFrame> frame;
+    ComPtr<IOleInPlaceUIWindow> document;
+    ComPtr<IOleAdviseHolder> adviseHolder;
+    ComPtr<IAdviseSink> viewSink;
+    DWORD viewAspects = 0, viewFlags = 0;
+    ConnectionPoint events, propertySinks;
+    SIZEL extent{}; // as the host has set it; zero: the control's own
+    RECT place{};   // in the host's window
+    int dpi = USER_DEFAULT_SCREEN_DPI;
+    int frozen = 0; // how often the host has frozen events
+    bool isReady = false, isDirty = false, isInPlaceActive = false, isUIActive = false;
+};
+
+// A control with the dual interface `Interface` round a window of class `Window`.
+template <typename Interface, typename Window>
+class ControlOf : public Automation<Interface, Control> {
+protected:
+    explicit ControlOf(const ClassEntry& entry) : ControlOf(entry, std::make_unique<Window>()) {}
+
+    Window& View() { return view; }
+
+private:
+    ControlOf(const ClassEntry& entry, std::unique_ptr<Window> created)
+        : ControlOf{entry, *created, std::move(created)} {} // braces: in this order
+    ControlOf(const ClassEntry& entry, Window& view, std::unique_ptr<ControlWindow> owned)
+        : Automation<Interface, Control>(entry, std::move(owned)), view(view) {}
+
+    Window& view;
+};
+
+} // namespace dax

@@ -1,0 +1,132 @@
+// The control as an object that a host places: IOleObject and IOleControl.
+#include "ocx/hosting/Control.h"
+
+#include <olectl.h>
+
+#include <algorithm>
+
+namespace dax {
+
+HRESULT Control::SetClientSite(IOleClientSite* client) {
+    return Guard([&] {
+        if (client == site.Client()) return;
+        if (!client) InPlaceDeactivate();
+        site.Set(client);
+        if (client && isReady) ReadAmbient();
+    });
+}
+
+HRESULT Control::GetClientSite(IOleClientSite** client) {
+    if (!client) return E_POINTER;
+    *client = site.Client();
+    if (*client) (*client)->AddRef();
+    return S_OK;
+}
+
+HRESULT Control::Close(DWORD saveOption) {
+    return Guard([&] {
+        if (isDirty && saveOption != OLECLOSE_NOSAVE && site) site.Client()->SaveObject();
+        InPlaceDeactivate();
+        const ComPtr<IOleAdviseHolder> holder = adviseHolder;
+        if (holder) holder->SendOnClose();
+    });
+}
+
+HRESULT Control::DoVerb(LONG verb, LPMSG, IOleClientSite*, LONG, HWND, LPCRECT wanted) {
+    const Keeper keeper(*this);
+    if (wanted && !isInPlaceActive && !IsRectEmpty(wanted)) place = *wanted;
+    switch (verb) {
+    case OLEIVERB_SHOW:
+    case OLEIVERB_INPLACEACTIVATE: return ActivateInPlace();
+    case OLEIVERB_PRIMARY:
+    case OLEIVERB_OPEN:
+    case OLEIVERB_UIACTIVATE: return ActivateUI();
+    case OLEIVERB_HIDE:
+        UIDeactivate();
+        if (const HWND handle = window->Handle(); handle && isInPlaceActive) ShowWindow(handle, SW_HIDE);
+        return S_OK;
+    case OLEIVERB_DISCARDUNDOSTATE: return S_OK;
+    default:
+        if (verb < 0) return E_NOTIMPL;
+        const HRESULT result = ActivateUI(); // an unknown verb does what the first one does, and says so
+        return FAILED(result) ? result : OLEOBJ_S_INVALIDVERB;
+    }
+}
+
+HRESULT Control::EnumVerbs(IEnumOLEVERB** result) {
+    if (!result) return E_POINTER;
+    return OleRegEnumVerbs(*Entry().clsid, result);
+}
+
+HRESULT Control::GetUserClassID(CLSID* clsid) { return GetClassID(clsid); }
+
+HRESULT Control::GetUserType(DWORD, LPOLESTR* name) {
+    if (!name) return E_POINTER;
+    const std::wstring text = Entry().name;
+    *name = static_cast<LPOLESTR>(CoTaskMemAlloc((text.size() + 1) * sizeof(wchar_t)));
+    if (!*name) return E_OUTOFMEMORY;
+    std::copy(text.c_str(), text.c_str() + text.size() + 1, *name);
+    return S_OK;
+}
+
+HRESULT Control::SetExtent(DWORD aspect, SIZEL* size) {
+    if (!size) return E_POINTER;
+    if (aspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
+    if (size->cx < 0 || size->cy < 0) return E_INVALIDARG;
+    extent = *size; // only told back: where the control is drawn, the host says in pixels
+    return S_OK;
+}
+
+HRESULT Control::GetExtent(DWORD aspect, SIZEL* size) {
+    if (!size) return E_POINTER;
+    if (aspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
+    return Guard([&] {
+        const bool isSet = extent.cx > 0 && extent.cy > 0;
+        *size = isSet ? extent : PixelsToHimetric(window->PreferredSize(dpi), dpi);
+    });
+}
+
+HRESULT Control::Advise(IAdviseSink* sink, DWORD* cookie) {
+    if (!adviseHolder) {
+        const HRESULT result = CreateOleAdviseHolder(adviseHolder.Out());
+        if (FAILED(result)) return result;
+    }
+    return adviseHolder->Advise(sink, cookie);
+}
+
+HRESULT Control::Unadvise(DWORD cookie) { return adviseHolder ? adviseHolder->Unadvise(cookie) : OLE_E_NOCONNECTION; }
+
+HRESULT Control::EnumAdvise(IEnumSTATDATA** result) {
+    if (!result) return E_POINTER;
+    *result = nullptr;
+    return adviseHolder ? adviseHolder->EnumAdvise(result) : S_OK;
+}
+
+HRESULT Control::GetMiscStatus(DWORD aspect, DWORD* status) {
+    if (!status) return E_POINTER;
+    *status = aspect == DVASPECT_CONTENT ? ControlStatus : 0;
+    return S_OK;
+}
+
+HRESULT Control::GetControlInfo(CONTROLINFO* info) {
+    if (!info) return E_POINTER;
+    info->hAccel = nullptr;
+    info->cAccel = 0;
+    info->dwFlags = 0;
+    return S_OK;
+}
+
+HRESULT Control::OnAmbientPropertyChange(DISPID) {
+    return Guard([&] {
+        if (!isReady) return; // read when the control is placed
+        ReadAmbient();
+        ViewChanged();
+    });
+}
+
+HRESULT Control::FreezeEvents(BOOL isFrozen) {
+    frozen = std::max(0, frozen + (isFrozen ? 1 : -1));
+    return S_OK;
+}
+
+} // namespace dax

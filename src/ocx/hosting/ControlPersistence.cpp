@@ -1,0 +1,97 @@
+// The control's design-time properties in a host's stream, storage or property bag.
+#include "ocx/hosting/Bags.h"
+#include "ocx/hosting/Control.h"
+
+namespace dax {
+
+namespace {
+
+constexpr wchar_t StreamName[] = L"Contents";
+
+} // namespace
+
+HRESULT Control::GetClassID(CLSID* clsid) {
+    if (!clsid) return E_POINTER;
+    *clsid = *Entry().clsid;
+    return S_OK;
+}
+
+// The defaults come when they are needed (see Become): the host may place the control first.
+HRESULT Control::InitNew() { return S_OK; }
+
+HRESULT Control::Load(IStream* stream) {
+    if (!stream) return E_POINTER;
+    if (isReady) return CO_E_ALREADYINITIALIZED;
+    return Guard([&] {
+        StreamBag bag = StreamBag::Load(*stream);
+        Become(&bag);
+        isDirty = false;
+    });
+}
+
+HRESULT Control::Save(IStream* stream, BOOL isClearing) {
+    if (!stream) return E_POINTER;
+    return Run([&] {
+        StreamBag bag;
+        window->WriteProperties(bag);
+        bag.Save(*stream);
+        if (isClearing) isDirty = false;
+    });
+}
+
+HRESULT Control::GetSizeMax(ULARGE_INTEGER* size) {
+    if (!size) return E_POINTER;
+    return Run([&] {
+        ComPtr<IStream> memory;
+        Check(CreateStreamOnHGlobal(nullptr, TRUE, memory.Out()));
+        StreamBag bag;
+        window->WriteProperties(bag);
+        bag.Save(*memory.Get());
+        STATSTG state{};
+        Check(memory->Stat(&state, STATFLAG_NONAME));
+        *size = state.cbSize;
+    });
+}
+
+HRESULT Control::Load(IStorage* storage) {
+    if (!storage) return E_POINTER;
+    ComPtr<IStream> stream;
+    const HRESULT result =
+        storage->OpenStream(StreamName, nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, stream.Out());
+    return FAILED(result) ? result : Load(stream.Get());
+}
+
+HRESULT Control::Save(IStorage* storage, BOOL) {
+    if (!storage) return E_POINTER;
+    ComPtr<IStream> stream;
+    HRESULT result = WriteClassStg(storage, *Entry().clsid);
+    if (SUCCEEDED(result))
+        result = storage->CreateStream(StreamName, STGM_CREATE | STGM_WRITE | STGM_SHARE_EXCLUSIVE, 0, 0, stream.Out());
+    return FAILED(result) ? result : Save(stream.Get(), FALSE);
+}
+
+HRESULT Control::SaveCompleted(IStorage*) {
+    isDirty = false;
+    return S_OK;
+}
+
+HRESULT Control::Load(IPropertyBag* hostBag, IErrorLog* log) {
+    if (!hostBag) return E_POINTER;
+    if (isReady) return CO_E_ALREADYINITIALIZED;
+    return Guard([&] {
+        HostBag bag(*hostBag, log);
+        Become(&bag);
+        isDirty = false;
+    });
+}
+
+HRESULT Control::Save(IPropertyBag* hostBag, BOOL isClearing, BOOL) {
+    if (!hostBag) return E_POINTER;
+    return Run([&] {
+        HostBag bag(*hostBag, nullptr);
+        window->WriteProperties(bag);
+        if (isClearing) isDirty = false;
+    });
+}
+
+} // namespace dax

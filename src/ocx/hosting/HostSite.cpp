@@ -1,0 +1,101 @@
+#include "ocx/hosting/HostSite.h"
+
+#include "ocx/com/Variant.h"
+
+#include <olectl.h>
+
+namespace dax {
+
+namespace {
+
+constexpr int HimetricPerInch = 2540;
+
+// Empty when the host does not say.
+Variant AmbientProperty(IDispatch& host, DISPID dispid) {
+    DISPPARAMS none{};
+    Variant result;
+    if (FAILED(host.Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, &result, nullptr,
+                           nullptr)))
+        return {};
+    return result;
+}
+
+void ReadColor(IDispatch& host, DISPID dispid, uint32_t& color) {
+    const Value value = ToValue(AmbientProperty(host, dispid), int64_t{});
+    COLORREF translated = 0;
+    if (const auto* number = std::get_if<int64_t>(&value))
+        if (SUCCEEDED(OleTranslateColor(static_cast<OLE_COLOR>(*number), nullptr, &translated))) color = translated;
+}
+
+void ReadFont(IDispatch& host, Ambient& ambient) {
+    const Variant value = AmbientProperty(host, DISPID_AMBIENT_FONT);
+    if (value.vt != VT_DISPATCH && value.vt != VT_UNKNOWN) return;
+    const auto font = Query<IFont>(value.punkVal, IID_IFont);
+    if (!font) return;
+    BSTR name = nullptr;
+    if (SUCCEEDED(font->get_Name(&name))) {
+        if (SysStringLen(name) > 0) ambient.fontName = FromBstr(name);
+        SysFreeString(name);
+    }
+    CY size{};
+    if (SUCCEEDED(font->get_Size(&size)) && size.int64 > 0) ambient.fontSize = static_cast<double>(size.int64) / 10000;
+    BOOL isOn = FALSE;
+    if (SUCCEEDED(font->get_Bold(&isOn))) ambient.isBold = isOn != FALSE;
+    if (SUCCEEDED(font->get_Italic(&isOn))) ambient.isItalic = isOn != FALSE;
+}
+
+} // namespace
+
+void HostSite::Set(IOleClientSite* newClient) {
+    const ComPtr<IOleInPlaceSite> formerInPlace = std::move(inPlace);
+    const ComPtr<IOleClientSite> former = std::exchange(client, ComPtr<IOleClientSite>(newClient));
+}
+
+ComPtr<IOleControlSite> HostSite::ControlSite() const {
+    return Query<IOleControlSite>(client.Get(), IID_IOleControlSite);
+}
+
+IOleInPlaceSite* HostSite::InPlace() {
+    if (!inPlace) inPlace = Query<IOleInPlaceSite>(client.Get(), IID_IOleInPlaceSite);
+    return inPlace.Get();
+}
+
+Ambient HostSite::ReadAmbient() const {
+    Ambient ambient;
+    HWND window = nullptr;
+    if (const auto place = Query<IOleWindow>(client.Get(), IID_IOleInPlaceSite)) place->GetWindow(&window);
+    ambient.dpi = DpiOf(window);
+    const auto host = Query<IDispatch>(client.Get(), IID_IDispatch);
+    if (!host) return ambient;
+    const Value userMode = ToValue(AmbientProperty(*host.Get(), DISPID_AMBIENT_USERMODE), true);
+    if (const auto* isUserMode = std::get_if<bool>(&userMode)) ambient.userMode = *isUserMode;
+    const Value name = ToValue(AmbientProperty(*host.Get(), DISPID_AMBIENT_DISPLAYNAME), Text());
+    if (const auto* text = std::get_if<Text>(&name)) ambient.displayName = *text;
+    ReadColor(*host.Get(), DISPID_AMBIENT_FORECOLOR, ambient.foreColor);
+    ReadColor(*host.Get(), DISPID_AMBIENT_BACKCOLOR, ambient.backColor);
+    ReadFont(*host.Get(), ambient);
+    return ambient;
+}
+
+int DpiOf(HWND window) {
+    using GetDpi = UINT(WINAPI*)(HWND);
+    // Only newer systems know the DPI of a window.
+    static const auto dpiOfWindow = reinterpret_cast<GetDpi>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32"), "GetDpiForWindow")));
+    if (window && dpiOfWindow)
+        if (const UINT dpi = dpiOfWindow(window)) return static_cast<int>(dpi);
+    const HDC screen = GetDC(nullptr);
+    const int dpi = GetDeviceCaps(screen, LOGPIXELSX);
+    ReleaseDC(nullptr, screen);
+    return dpi > 0 ? dpi : USER_DEFAULT_SCREEN_DPI;
+}
+
+SIZEL PixelsToHimetric(SIZE pixels, int dpi) {
+    return {MulDiv(pixels.cx, HimetricPerInch, dpi), MulDiv(pixels.cy, HimetricPerInch, dpi)};
+}
+
+SIZE HimetricToPixels(SIZEL himetric, int dpi) {
+    return {MulDiv(himetric.cx, dpi, HimetricPerInch), MulDiv(himetric.cy, dpi, HimetricPerInch)};
+}
+
+} // namespace dax

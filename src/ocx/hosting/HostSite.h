@@ -1,0 +1,36 @@
+// The place in a host where a control stands: the interfaces of its site, and what it says about itself.
+#pragma once
+
+#include "controls/Ambient.h"
+#include "ocx/com/ComPtr.h"
+
+#include <ocidl.h>
+
+namespace dax {
+
+class HostSite {
+public:
+    // Null: no host any more. Lets go of everything of the former one.
+    void Set(IOleClientSite* client);
+    explicit operator bool() const { return static_cast<bool>(client); }
+
+    IOleClientSite* Client() const { return client.Get(); }
+    ComPtr<IOleControlSite> ControlSite() const;
+    // Of a site that can show windows in place; kept until Set.
+    IOleInPlaceSite* InPlace();
+
+    // Defaults for what the host does not say.
+    Ambient ReadAmbient() const;
+
+private:
+    ComPtr<IOleClientSite> client;
+    ComPtr<IOleInPlaceSite> inPlace;
+};
+
+// The pixels per inch of the screen or, where the system tells, of the monitor that the window is on.
+int DpiOf(HWND window);
+
+SIZEL PixelsToHimetric(SIZE pixels, int dpi);
+SIZE HimetricToPixels(SIZEL himetric, int dpi);
+
+} // namespace dax
