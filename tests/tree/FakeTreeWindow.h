@@ -1,0 +1,90 @@
+// A tree window without a screen: rows of 20 pixels, indents of 16, an icon and a label per row.
+#pragma once
+
+#include "tree/TreeWindow.h"
+#include "tree/modTVW.h"
+#include "tree/modTreeviewAPI.h"
+
+#include <map>
+#include <vector>
+
+namespace dax::test {
+
+class FakeTreeWindow : public TreeWindow {
+public:
+    static constexpr int rowHeight = 20, indent = 16, iconWidth = 16, boxWidth = 16;
+
+    explicit FakeTreeWindow(NodeTree& tree) : tree(tree) {}
+
+    // A point on the label of a row; `part` is the fraction of its height in percent.
+    Point At(const Node& node, int part = 50) const {
+        const std::optional<Rect> row = RowRect(node);
+        if (!row) return {-1000, -1000};
+        return {LeftOf(node) + boxWidth + iconWidth + 4, row->top + rowHeight * part / 100};
+    }
+    Point AtBox(const Node& node) const { return {LeftOf(node) + 2, At(node).y}; }
+    void MoveTo(Point point) { pointer = point; }
+
+    Rect ClientRect() const override { return client; }
+    Point Pointer() const override { return pointer; }
+    Point DragThreshold() const override { return {4, 4}; }
+    TreeHit HitTest(Point point) const override {
+        if (point.y < client.top || point.y >= client.bottom) return {};
+        int row = point.y / rowHeight + topRow;
+        for (Node* node = tree.First(); node; node = modTreeviewAPI::NextVisible(*node)) {
+            if (row-- == 0) return {node, FlagsAt(*node, point.x)};
+        }
+        return {nullptr, modTreeviewAPI::HitFlags::Nowhere};
+    }
+    std::optional<Rect> RowRect(const Node& wanted) const override {
+        int row = -topRow;
+        for (Node* node = tree.First(); node; node = modTreeviewAPI::NextVisible(*node), ++row) {
+            if (node == &wanted) return Rect{client.left, row * rowHeight, client.right, (row + 1) * rowHeight};
+        }
+        return {};
+    }
+
+    void SetInsertMark(Node* node, bool after) override { mark = {node, after}; }
+    void SetDropHighlight(Node* node) override { highlight = node; }
+    void BeginDragImage(Node&, Point) override { hasDragImage = true; }
+    void ShowDragImage(bool, Point) override {}
+    void EndDragImage() override { hasDragImage = false; }
+    void Scroll(unsigned bands) override {
+        scrolled.push_back(bands);
+        if (bands & 1 && topRow > 0) --topRow;
+        if (bands & 2) ++topRow;
+    }
+    void StartTimer(TreeTimer timer, int) override { ++running[timer]; }
+    void StopTimer(TreeTimer timer) override { running.erase(timer); }
+    bool HasCheckBoxes() const override { return hasCheckBoxes; }
+    void SetSingleExpand(bool on) override { isSingleExpand = on; }
+    void EnsureVisible(Node&) override {}
+    void FreezeDisplay(bool frozen) override {
+        isFrozen = frozen;
+        ++freezes;
+    }
+
+    NodeTree& tree;
+    Rect client{0, 0, 300, 400};
+    Point pointer;
+    int topRow = 0;
+    std::pair<Node*, bool> mark{};
+    Node* highlight = nullptr;
+    bool hasDragImage = false, hasCheckBoxes = true, isSingleExpand = false, isFrozen = false;
+    int freezes = 0;
+    std::vector<unsigned> scrolled;
+    std::map<TreeTimer, int> running; // starts since the last stop
+
+private:
+    int LeftOf(const Node& node) const { return (modTVW::GetIndentLevel(&node) + 1) * indent; }
+    unsigned FlagsAt(const Node& node, int x) const {
+        using namespace modTreeviewAPI::HitFlags;
+        x -= LeftOf(node);
+        if (x < -indent) return OnItemIndent;
+        if (x < 0) return OnItemButton;
+        if (x < boxWidth) return OnItemStateIcon;
+        return x < boxWidth + iconWidth ? OnItemIcon : OnItemLabel;
+    }
+};
+
+} // namespace dax::test

@@ -1,0 +1,123 @@
+#include "tree/modTVW.h"
+#include "tree/modTreeviewAPI.h"
+
+#include <gtest/gtest.h>
+
+namespace dax {
+namespace {
+
+using namespace modTVW;
+
+// root > (a > (a1, a2 > a21), b)
+class ModTVW : public testing::Test {
+protected:
+    NodeTree tree;
+    Node& root = tree.Add(nullptr, Place::LastChild, u"");
+    Node& a = tree.Add(&root, Place::LastChild, u"a");
+    Node& a1 = tree.Add(&a, Place::LastChild, u"a1");
+    Node& a2 = tree.Add(&a, Place::LastChild, u"a2");
+    Node& a21 = tree.Add(&a2, Place::LastChild, u"a21");
+    Node& b = tree.Add(&root, Place::LastChild, u"b");
+
+    static Text Joined(const IDCollection& keys) {
+        Text all;
+        for (const Text& key : keys) all += key + u" ";
+        return all;
+    }
+};
+
+TEST_F(ModTVW, NothingIsAnswered) {
+    EXPECT_TRUE(IsRootNode(nullptr));
+    EXPECT_EQ(GetRootNode(nullptr), nullptr);
+    EXPECT_EQ(GetNodeKey(nullptr), u"");
+    EXPECT_EQ(CountDescendants(nullptr), 0);
+    EXPECT_TRUE(GetDescendantKeys(nullptr).IsEmpty());
+    EXPECT_EQ(GetSortPosition(nullptr), 0);
+    EXPECT_EQ(GetIndentLevel(nullptr), -1);
+    EXPECT_EQ(GetNextNode(nullptr), nullptr);
+    EXPECT_EQ(GetFirstRootNode(NodeTree()), nullptr);
+    EXPECT_FALSE(CanMoveTreeNode(tree, nullptr, gmtUp));
+    EXPECT_FALSE(MoveTreeNode(tree, nullptr, gmtUp));
+    MoveTreeNodeTo(tree, &a, nullptr, true);
+    ExpandSubtree(nullptr);
+    EXPECT_EQ(Joined(GetDescendantKeys(&root)), u"a a1 a2 a21 b ");
+}
+
+TEST_F(ModTVW, WalksAndNumbers) {
+    EXPECT_EQ(GetRootNode(&a21), &root);
+    EXPECT_EQ(GetFirstRootNode(tree), &root);
+    EXPECT_FALSE(NodeExists(tree, u"")); // the root is not found by its empty key
+    EXPECT_EQ(GetNextNode(&a21), &b);
+    EXPECT_EQ(GetNextNode(&a21, &a), nullptr);
+    EXPECT_EQ(GetNextNode(&b), nullptr);
+    IDCollection keys;
+    keys.Add(u"a2");
+    AddSubtreeKeys(&a, keys);
+    EXPECT_EQ(Joined(keys), u"a2 a a1 a21 ");
+    EXPECT_EQ(MakeUniqueKey(tree, u""), u"key");
+    EXPECT_EQ(MakeUniqueKey(tree, u"new"), u"new");
+    tree.Add(&b, Place::LastChild, u"a_1");
+    EXPECT_EQ(MakeUniqueKey(tree, u"a"), u"a_2");
+}
+
+TEST_F(ModTVW, Expansion) {
+    SetAllExpanded(tree, true);
+    EXPECT_EQ(Joined(GetExpandedKeys(tree)), u" a a2 "); // the root's key is empty; leaves stay as they are
+    CollapseSubtree(&a);
+    EXPECT_TRUE(a.IsExpanded());
+    EXPECT_FALSE(a2.IsExpanded());
+    const IDCollection keys = GetExpandedKeys(tree);
+    SetAllExpanded(tree, false);
+    EXPECT_TRUE(GetExpandedKeys(tree).IsEmpty());
+    tree.Remove(b);
+    RestoreExpanded(tree, keys);
+    EXPECT_TRUE(a.IsExpanded());
+    ExpandSubtree(&a2);
+    EXPECT_TRUE(a21.IsExpanded());
+    EXPECT_FALSE(a2.IsExpanded());
+}
+
+TEST_F(ModTVW, MovesCarryEverything) {
+    a.SetCaption(u"A");
+    a.SetTag(u"tag");
+    a.SetImage(3);
+    a.SetExpanded(true);
+    tree.Select(&a2);
+    ASSERT_TRUE(MoveTreeNode(tree, &a, gmtDown));
+    EXPECT_EQ(Joined(GetDescendantKeys(&root)), u"b a a1 a2 a21 ");
+    EXPECT_FALSE(MoveTreeNode(tree, &a, gmtOutdent));
+    EXPECT_FALSE(MoveTreeNode(tree, &a, GroupMovementTypes(5)));
+    ASSERT_TRUE(MoveTreeNode(tree, &a, gmtIndent));
+    const Node* const moved = tree.Find(u"a");
+    EXPECT_EQ(moved->Parent(), &b);
+    EXPECT_EQ(moved->Caption() + moved->Tag(), u"Atag");
+    EXPECT_EQ(moved->Image(), 3);
+    EXPECT_TRUE(moved->IsExpanded());
+    EXPECT_TRUE(tree.Find(u"a2")->IsSelected());
+    EXPECT_TRUE(b.IsExpanded());                                    // or the selection would be hidden
+    MoveTreeNodeTo(tree, tree.Find(u"a"), tree.Find(u"a21"), true); // into itself: refused
+    MoveTreeNodeTo(tree, tree.Find(u"a21"), &root, true);           // onto a root: its first child
+    EXPECT_EQ(Joined(GetDescendantKeys(&root)), u"a21 b a a1 a2 ");
+}
+
+TEST_F(ModTVW, RowsAndChecks) {
+    using namespace modTreeviewAPI;
+    root.SetExpanded(true);
+    EXPECT_EQ(LastVisible(tree), &b);
+    EXPECT_EQ(NextVisible(a), &b);
+    EXPECT_EQ(PreviousVisible(b), &a);
+    a.SetExpanded(true);
+    EXPECT_EQ(PreviousVisible(b), &a2);
+    EXPECT_EQ(NextVisible(a2), &b);
+    EXPECT_EQ(NextVisible(b), nullptr);
+    EXPECT_EQ(PreviousVisible(root), nullptr);
+    b.SetExpanded(true); // no children: still the last row
+    EXPECT_EQ(LastVisible(tree), &b);
+    SetSubtreeCheck(a, true);
+    EXPECT_EQ(CountChecked(tree), 4);
+    EXPECT_EQ(CountChecked(&a2), 2);
+    EXPECT_FALSE(b.IsChecked());
+}
+
+} // namespace
+} // namespace dax
