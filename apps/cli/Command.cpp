@@ -1,0 +1,105 @@
+#include "Command.h"
+
+#include <algorithm>
+
+namespace dax::cli {
+
+namespace {
+
+constexpr Option CommonOptions[] = {
+    {u"--trace", u"", u"show each statement that is sent to the database, on standard error"},
+    {u"--help", u"", u"explain this command"},
+};
+
+const Option* FindOption(std::span<const Option> options, TextView name) {
+    const auto isIt = [&](const Option& option) { return option.name == name; };
+    const auto own = std::find_if(options.begin(), options.end(), isIt);
+    if (own != options.end()) return &*own;
+    const auto common = std::find_if(std::begin(CommonOptions), std::end(CommonOptions), isIt);
+    return common == std::end(CommonOptions) ? nullptr : common;
+}
+
+Text Shown(const Option& option) {
+    return option.value.empty() ? Text(option.name) : Text(option.name) + u" " + Text(option.value);
+}
+
+} // namespace
+
+Text Arguments::Value(TextView option, Text defaultValue) const {
+    const auto found = options.find(Text(option));
+    return found == options.end() ? defaultValue : found->second;
+}
+
+size_t Arguments::Number(TextView option, size_t defaultValue, size_t least, size_t most) const {
+    const auto found = options.find(Text(option));
+    if (found == options.end()) return defaultValue;
+    const Text& digits = found->second;
+    size_t number = 0;
+    bool isNumber = !digits.empty() && digits.size() <= 9;
+    for (const char16_t digit : digits) {
+        isNumber = isNumber && digit >= u'0' && digit <= u'9';
+        if (isNumber) number = number * 10 + (digit - u'0');
+    }
+    if (!isNumber || number < least || number > most) {
+        throw UsageError(Text(option) + u" takes a whole number from " + ToText(static_cast<long long>(least)) +
+                         u" to " + ToText(static_cast<long long>(most)) + u", not '" + digits + u"'.");
+    }
+    return number;
+}
+
+Arguments Command::Parse(std::span<const Text> words) const {
+    Arguments arguments;
+    bool isOptionsEnd = false;
+    for (size_t i = 0; i < words.size(); ++i) {
+        const Text& word = words[i];
+        if (isOptionsEnd || !word.starts_with(u"--")) {
+            arguments.places.push_back(word);
+            continue;
+        }
+        if (word == u"--") {
+            isOptionsEnd = true;
+            continue;
+        }
+        const size_t equals = word.find(u'=');
+        const Option* option = FindOption(options, TextView(word).substr(0, equals));
+        if (!option) throw UsageError(u"'" + Text(name) + u"' has no option " + word.substr(0, equals) + u".");
+        if (option->value.empty() != (equals == Text::npos) && option->value.empty()) {
+            throw UsageError(Text(option->name) + u" takes no value.");
+        }
+        Text value = equals == Text::npos ? Text() : word.substr(equals + 1);
+        if (!option->value.empty() && equals == Text::npos) {
+            if (++i == words.size()) throw UsageError(Text(option->name) + u" needs a value: " + Shown(*option) + u".");
+            value = words[i];
+        }
+        arguments.options[Text(option->name)] = std::move(value);
+    }
+    if (arguments.Has(u"--help")) return arguments;
+    if (arguments.places.size() < fewestPlaces) throw UsageError(u"Missing: " + Text(placeNames) + u".");
+    if (arguments.places.size() > mostPlaces) {
+        throw UsageError(u"'" + arguments.places[mostPlaces] + u"' is one argument too many. A path or connection " +
+                         u"string with blanks needs quotes around it.");
+    }
+    for (const Option& option : options) {
+        if (option.isRequired && !arguments.Has(option.name)) throw UsageError(u"Missing: " + Shown(option) + u".");
+    }
+    return arguments;
+}
+
+Text Command::Help() const {
+    Text help = u"usage: dax " + Text(name);
+    if (!placeNames.empty()) help += u" " + (fewestPlaces == 0 ? u"[" + Text(placeNames) + u"]" : Text(placeNames));
+    for (const Option& option : options) {
+        help += option.isRequired ? u" " + Shown(option) : u" [" + Shown(option) + u"]";
+    }
+    help += u"\n\n" + Text(summary) + u"\n";
+    const auto explain = [&](const Option& option) {
+        Text shown = u"  " + Shown(option);
+        shown.resize(std::max<size_t>(shown.size() + 2, 24), u' ');
+        help += u"\n" + shown + Text(option.help);
+    };
+    for (const Option& option : options) explain(option);
+    for (const Option& option : CommonOptions) explain(option);
+    return help;
+}
+
+} // namespace dax::cli

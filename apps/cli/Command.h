@@ -1,0 +1,61 @@
+// What every command of the program has: a row in the table of commands, its arguments, an exit code.
+#pragma once
+
+#include "data/Text.h"
+
+#include <exception>
+#include <map>
+#include <span>
+#include <vector>
+
+namespace dax::cli {
+
+enum ExitCode { Success = 0, Refused = 1, WrongUsage = 2, Failure = 3 };
+
+// The command line is not one that the command understands. Says what is wrong and what would be right.
+class UsageError : public std::exception {
+public:
+    explicit UsageError(Text text) : message(std::move(text)) {}
+    const Text& Message() const { return message; }
+
+private:
+    Text message;
+};
+
+struct Option {
+    TextView name;  // with its two hyphens
+    TextView value; // what the value means; empty for a switch
+    TextView help;
+    bool isRequired = false;
+};
+
+class Arguments {
+public:
+    bool HasPlace(size_t index) const { return index < places.size(); }
+    const Text& Place(size_t index) const { return places.at(index); }
+    bool Has(TextView option) const { return options.contains(Text(option)); }
+    Text Value(TextView option, Text defaultValue = {}) const;
+    // Throws UsageError when it is no whole number between the bounds.
+    size_t Number(TextView option, size_t defaultValue, size_t least, size_t most) const;
+
+private:
+    friend struct Command;
+    std::vector<Text> places;
+    std::map<Text, Text> options;
+};
+
+struct Command {
+    TextView name;
+    TextView placeNames; // "FILE-or-CONNECTION"
+    size_t fewestPlaces, mostPlaces;
+    TextView summary;
+    std::span<const Option> options;
+    ExitCode (*run)(const Arguments&);
+
+    Arguments Parse(std::span<const Text> words) const; // throws UsageError
+    Text Help() const;
+};
+
+extern const Command CreateCommand, SampleCommand, ValidateCommand, ValidateConnectorCommand, CatalogsCommand;
+
+} // namespace dax::cli

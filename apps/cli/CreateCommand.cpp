@@ -1,0 +1,61 @@
+// dax create: an empty database with all tables, or the script that makes one.
+#include "Command.h"
+#include "Console.h"
+#include "Target.h"
+
+namespace dax::cli {
+
+namespace {
+
+constexpr std::pair<TextView, Engine> EngineNames[] = {
+    {u"access", Engine::Access},         {u"sqlserver", Engine::SQLServer}, {u"sqlite", Engine::SQLite},
+    {u"postgresql", Engine::PostgreSQL}, {u"mariadb", Engine::MariaDB},
+};
+
+Engine EngineNamed(const Text& name) {
+    for (const auto& [known, engine] : EngineNames) {
+        if (EqualNoCase(known, name)) return engine;
+    }
+    throw UsageError(u"--print knows access, sqlserver, sqlite, postgresql and mariadb, not '" + name + u"'.");
+}
+
+ExitCode Create(const Arguments& arguments) {
+    const bool isConnector = arguments.Has(u"--connector");
+    const Schema::Database kind = isConnector ? Schema::Database::Connector : Schema::Database::Content;
+    if (arguments.Has(u"--print")) {
+        Text script = Schema::Script(kind, EngineNamed(arguments.Value(u"--print")));
+        if (script.ends_with(u'\n')) script.pop_back();
+        Print(script);
+        return Success;
+    }
+    if (!arguments.HasPlace(0)) throw UsageError(u"Missing: FILE-or-CONNECTION, or --print ENGINE.");
+    const Target target = ParseTarget(arguments.Place(0));
+    try {
+        NewDatabase database(target, kind, arguments.Has(u"--force"));
+        database.Finish();
+    } catch (const TakenError& error) {
+        Complain(u"dax create: " + error.Description());
+        return Refused;
+    }
+    Print(u"Made an empty " + Text(isConnector ? u"connector" : u"content") + u" database: " + target.shown);
+    return Success;
+}
+
+constexpr Option Options[] = {
+    {u"--connector", u"", u"a connector database instead of a content database"},
+    {u"--print", u"ENGINE", u"only print the script: access, sqlserver, sqlite, postgresql or mariadb"},
+    {u"--force", u"", u"replace the file, or the tables and all their rows"},
+};
+
+} // namespace
+
+const Command CreateCommand = {u"create",
+                               u"FILE-or-CONNECTION",
+                               0,
+                               1,
+                               u"Make an empty database with all tables.\n"
+                               u"A file becomes a SQLite database, whatever its name.",
+                               Options,
+                               Create};
+
+} // namespace dax::cli

@@ -1,0 +1,100 @@
+// dax sample: a database to try things on.
+#include "Command.h"
+#include "Console.h"
+#include "SampleCourse.h"
+#include "Target.h"
+
+namespace dax::cli {
+
+namespace {
+
+constexpr size_t DefaultLessons = 120, MostLessons = 1000000;
+constexpr size_t StatementsAtATime = 1000;
+
+Text Count(size_t number, const Text& word) { return ToText(static_cast<long long>(number)) + u" " + word; }
+
+// Collects statements and sends them in large portions, so that a big course needs little memory.
+class Sender {
+public:
+    Sender(Connection& target, size_t expected) : connection(target), progress(u"writing the sample", expected) {}
+
+    void Take(Text statement) {
+        waiting.push_back(std::move(statement));
+        if (waiting.size() >= StatementsAtATime) Flush();
+    }
+
+    void Flush() {
+        connection.ExecuteAll(waiting);
+        sent += waiting.size();
+        waiting.clear();
+        progress.Report(sent);
+    }
+
+private:
+    Connection& connection;
+    Progress progress;
+    std::vector<Text> waiting;
+    size_t sent = 0;
+};
+
+void FillCourse(NewDatabase& database, size_t lessons, const Text& shown) {
+    // Beside the lessons there are a milestone to every fifth and a group to about every fifth.
+    Sender sender(database.Rows(), lessons + lessons * 2 / 5 + 100);
+    const SampleCounts counts =
+        WriteSampleCourse(lessons, Now(), database.IsMDB(), [&](Text statement) { sender.Take(std::move(statement)); });
+    sender.Flush();
+    database.Finish();
+    Print(u"Made a sample course: " + shown);
+    Print(Count(counts.lessons, u"lessons in ") + Count(counts.groups, u"groups, ") +
+          Count(counts.milestones, u"milestones, ") + Count(counts.locks, u"locks, ") +
+          Count(counts.posts, u"discussions"));
+}
+
+void FillConnector(NewDatabase& database, const Text& shown) {
+    Sender sender(database.Rows(), 0);
+    const SampleConnectorCounts counts =
+        WriteSampleConnector(Now(), database.IsMDB(), [&](Text statement) { sender.Take(std::move(statement)); });
+    sender.Flush();
+    database.Finish();
+    Print(u"Made a sample connector: " + shown);
+    Print(Count(counts.users, u"users (admin, anna, j.o'neil, юлия, guest), ") + Count(counts.catalogs, u"catalogs"));
+}
+
+ExitCode Sample(const Arguments& arguments) {
+    const bool isConnector = arguments.Has(u"--connector");
+    if (isConnector && arguments.Has(u"--lessons")) throw UsageError(u"A connector has no lessons: omit --lessons.");
+    const size_t lessons = arguments.Number(u"--lessons", DefaultLessons, 0, MostLessons);
+    const Target target = ParseTarget(arguments.Place(0));
+    try {
+        NewDatabase database(target, isConnector ? Schema::Database::Connector : Schema::Database::Content,
+                             arguments.Has(u"--force"));
+        if (isConnector) {
+            FillConnector(database, target.shown);
+        } else {
+            FillCourse(database, lessons, target.shown);
+        }
+    } catch (const TakenError& error) {
+        Complain(u"dax sample: " + error.Description());
+        return Refused;
+    }
+    return Success;
+}
+
+constexpr Option Options[] = {
+    {u"--lessons", u"N", u"how many lessons (120), up to 1000000"},
+    {u"--connector", u"", u"a connector database with users, catalogs and rights instead of a course"},
+    {u"--force", u"", u"replace the file, or the tables and all their rows"},
+};
+
+} // namespace
+
+const Command SampleCommand = {u"sample",
+                               u"FILE-or-CONNECTION",
+                               1,
+                               1,
+                               u"Make a database with a sample course to try things on.\n"
+                               u"A file becomes a SQLite database, whatever its name.",
+                               Options,
+                               Sample};
+
+} // namespace dax::cli

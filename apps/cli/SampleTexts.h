@@ -1,0 +1,55 @@
+// The titles and names of the sample course.
+#pragma once
+
+#include "data/Text.h"
+
+namespace dax::cli {
+
+struct SampleTopic {
+    TextView title, code;
+};
+
+inline constexpr SampleTopic Topics[] = {
+    {u"Safety at work", u"SAF"},
+    {u"Qualité et méthodes", u"QUA"},
+    {u"Безопасность данных", u"БЕЗ"},
+    {u"データ保護の基礎", u"DAT"},
+    {u"السلامة المهنية", u"SLM"},
+    {u"Kundengespräche für Einsteiger", u"KND"},
+    {u"项目管理", u"PRJ"},
+    {u"Ελληνικά για αρχάριους", u"ΕΛΛ"},
+    {u"안전 교육", u"ANJ"},
+    {u"בטיחות במעבדה", u"BTH"},
+    {u"हिन्दी में लेखन", u"HIN"},
+    {u"Música e emoções 🎼", u"MUS"},
+};
+
+inline constexpr TextView GroupTitles[] = {
+    u"Foundations", u"Théorie", u"Практика", u"演習", u"Fallbeispiele", u"الملاحق", u"Tests & reviews", u"更多资料",
+};
+
+inline constexpr TextView LessonTitles[] = {
+    u"What you will learn",
+    u"O'Neil's \"golden\" rules",
+    u"Übung macht den Meister",
+    u"Введение в курс",
+    u"はじめに：𠮷野家の例",
+    u"Étude de cas n° 7; suite",
+    u"مقدمة قصيرة",
+    u"第一课：你好",
+    u"Check list #1 [draft]",
+    u"Σύνοψη και ερωτήσεις",
+    u"연습 문제",
+    u"Cafés & crèmes – 50 % off?",
+    u"שיעור ראשון",
+    u"A path such as C:\\Temp\\new",
+    u"पहला पाठ",
+    u"Party time 🎉👩‍🏫",
+    u"A title that is so long that no tree and no panel can show all of it in one line without cutting it somewhere",
+};
+
+inline constexpr TextView Authors[] = {u"anna", u"j.o'neil", u"юлия", u"山田太郎", u"müller"};
+inline constexpr TextView Machines[] = {u"STUDIO-01", u"STUDIO-02", u"LAPTOP-ANNA", u"КАБИНЕТ-7"};
+inline constexpr TextView Classifications[] = {u"public", u"internal", u"confidential"};
+
+} // namespace dax::cli

@@ -1,0 +1,138 @@
+#include "Target.h"
+
+#include "data/ConnectionString.h"
+#include "data/Recordset.h"
+#include "data/modGeneric.h"
+
+#include <filesystem>
+#include <fstream>
+
+namespace dax::cli {
+
+namespace {
+
+Text Absolute(const Text& path) {
+    std::error_code failure;
+    const auto absolute = std::filesystem::absolute(std::filesystem::path(path), failure);
+    return failure ? path : absolute.u16string();
+}
+
+void RemoveFile(const Text& path) noexcept {
+    try {
+        std::error_code ignored;
+        std::filesystem::remove(std::filesystem::path(path), ignored);
+    } catch (...) {
+        // Nothing more can be done about a file left over.
+    }
+}
+
+bool IsConnectionString(const Text& argument) {
+    const size_t equals = argument.find(u'=');
+    if (equals == Text::npos || modGeneric::FileExists(argument)) return false;
+    return argument.substr(0, equals).find_first_of(u"/\\.") == Text::npos;
+}
+
+bool HasTable(Connection& connection, TextView table) {
+    try {
+        Recordset rows;
+        rows.Open(u"SELECT Count(*) AS found FROM " + Text(table), connection);
+        return true;
+    } catch (const Error&) {
+        return false;
+    }
+}
+
+// The documented statements spell one table in two ways, so names must match without regard to case.
+void RequireBlindNames(Connection& connection) {
+    if (connection.Kind() != Engine::MariaDB) return;
+    Recordset setting;
+    setting.Open(u"SELECT @@lower_case_table_names AS blind", connection);
+    if (modGeneric::VariantToLong(setting.Field(u"blind"), 0) != 0) return;
+    throw Error(ErrorNumbers::Automation,
+                u"This server tells table names apart by case, which the program cannot work with. Start it with "
+                u"lower_case_table_names=1 (before the first table is made) and try again.");
+}
+
+} // namespace
+
+Target ParseTarget(const Text& argument) {
+    if (!IsConnectionString(argument)) return {argument, argument.empty() ? argument : Absolute(argument), true};
+    const ConnectionKeywords keywords(argument);
+    Text shown = keywords.First({u"Initial Catalog", u"Database", u"DBQ", u"Data Source", u"DSN", u"Server"});
+    return {shown.empty() ? Text(u"the database") : std::move(shown), argument, false};
+}
+
+NewDatabase::NewDatabase(Target newTarget, Schema::Database kind, bool force) : target(std::move(newTarget)) {
+    try {
+        if (target.isFile) PrepareFile(force);
+        connection.Open(target.connection);
+        if (!target.isFile) PrepareCatalog(kind, force);
+        connection.BeginTrans();
+        connection.ExecuteAll(Schema::CreateStatements(kind, connection.Kind()));
+    } catch (...) {
+        connection.Close();
+        if (!building.empty()) RemoveFile(building);
+        throw;
+    }
+}
+
+NewDatabase::~NewDatabase() {
+    connection.Close();
+    if (!building.empty()) RemoveFile(building);
+}
+
+bool NewDatabase::IsMDB() const { return connection.Kind() == Engine::SQLite || connection.Kind() == Engine::Access; }
+
+void NewDatabase::PrepareFile(bool force) {
+    const std::filesystem::path path(target.connection);
+    std::error_code failure;
+    if (std::filesystem::is_directory(path, failure)) {
+        throw TakenError(ErrorNumbers::PathFileAccess,
+                         u"'" + target.shown + u"' is a folder. Give the path of a file.");
+    }
+    if (std::filesystem::exists(path, failure) && !force) {
+        throw TakenError(ErrorNumbers::PathFileAccess,
+                         u"'" + target.shown + u"' exists already. Choose another name, or replace it with --force.");
+    }
+    place = target.connection;
+    const Text beside = place + u".new";
+    std::ofstream empty(std::filesystem::path(beside), std::ios::binary | std::ios::trunc);
+    if (!empty) {
+        throw Error(ErrorNumbers::PathFileAccess, u"'" + target.shown +
+                                                      u"' cannot be written. Check that its folder exists and that you "
+                                                      u"may create files in it.");
+    }
+    empty.close();
+    building = beside;
+    target.connection = building;
+}
+
+void NewDatabase::PrepareCatalog(Schema::Database kind, bool force) {
+    RequireBlindNames(connection);
+    for (const Schema::Table& table : Schema::Tables(kind)) {
+        if (!HasTable(connection, table.name)) continue;
+        if (!force) {
+            throw TakenError(ErrorNumbers::Automation,
+                             u"'" + target.shown + u"' has a table " + Text(table.name) +
+                                 u" already. Use an empty catalog, or replace the tables and all their rows with "
+                                 u"--force.");
+        }
+        connection.Execute(u"DROP TABLE " + Text(table.name));
+    }
+}
+
+void NewDatabase::Finish() {
+    connection.CommitTrans();
+    connection.Close();
+    if (building.empty()) return;
+    std::error_code failure;
+    std::filesystem::rename(std::filesystem::path(building), std::filesystem::path(place), failure);
+    if (failure) {
+        throw Error(ErrorNumbers::PathFileAccess, u"'" + target.shown + u"' could not be put in its place: " +
+                                                      FromUtf8(failure.message()) +
+                                                      u". Close the programs that have it open and try again.");
+    }
+    building.clear();
+}
+
+} // namespace dax::cli
