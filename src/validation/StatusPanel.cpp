@@ -19,7 +19,7 @@ public:
     static int LineHeight(Surface& on) {
         Rect rect;
         on.SetBold(false);
-        return on.DrawText(u"()", rect, paragraphFlags | DrawTextFlags::CalcRect);
+        return on.DrawText(u"()", rect, DrawTextFlags::SingleLine | DrawTextFlags::CalcRect);
     }
 
     void DrawTitle(const Text& text) {

@@ -48,10 +48,27 @@ void GdiSurface::Select() {
     SelectObject(dc, font);
 }
 
+// Whether the text has a path at all, and each word, or what follows its last slash, has room beside an ellipsis.
+bool GdiSurface::PathsFit(const Text& text, int width) {
+    if (text.find_first_of(u"\\/") == Text::npos) return false;
+    for (size_t start = 0; start < text.size();) {
+        const size_t end = std::min(text.find_first_of(u" \n", start), text.size());
+        Text word = text.substr(start, end - start);
+        if (const size_t slash = word.find_last_of(u"\\/"); slash != Text::npos) word.erase(0, slash);
+        if (!word.empty() && TextWidth(u"..." + word) > width) return false;
+        start = end + 1;
+    }
+    return true;
+}
+
 int GdiSurface::DrawText(const Text& text, Rect& rect, uint32_t flags) {
+    using namespace DrawTextFlags;
+    // Wine ends the program when it both breaks a word and puts an ellipsis into a path, and puts two of them into a
+    // text without a path: where a path has no room or there is none, the end is cut instead, as Windows does.
+    if (flags & PathEllipsis && !PathsFit(text, rect.Width())) flags &= ~PathEllipsis;
     RECT place{rect.left, rect.top, rect.right, rect.bottom};
     const int height = DrawTextW(dc, Wide(text), static_cast<int>(text.size()), &place, flags);
-    if (flags & DrawTextFlags::CalcRect) rect = {place.left, place.top, place.right, place.bottom};
+    if (flags & CalcRect) rect = {place.left, place.top, place.right, place.bottom};
     return height;
 }
 

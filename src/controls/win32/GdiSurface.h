@@ -39,6 +39,7 @@ private:
     std::map<std::pair<double, bool>, HFONT> sized; // fonts of other sizes used so far
 
     void Select();
+    bool PathsFit(const Text& text, int width);
 };
 
 HFONT CreateFontFor(const Text& name, double points, int dpi, bool isBold, bool isItalic);

@@ -1,0 +1,179 @@
+// The content checks against real databases.
+#include "EngineDatabases.h"
+
+#include "data/modDB.h"
+#include "validation/ContentValidation.h"
+#include "validation/DatabaseValidator.h"
+
+#include <gmock/gmock.h>
+
+namespace dax::test {
+
+namespace {
+
+class ContentOnEveryEngine : public OnEveryEngine {};
+DAX_ON_EVERY_ENGINE(ContentOnEveryEngine);
+
+Text Details(const DatabaseValidator& validator) {
+    return validator.ErrorDescription() + u"\n\n" + modDB::FormatErrorNumber(validator.ErrorNumber());
+}
+
+void ExpectCritical(const DatabaseValidator& validator, ValidationErrorTypes type, const Text& title,
+                    const Text& message) {
+    EXPECT_EQ(validator.ErrorType(), type);
+    EXPECT_NE(validator.ErrorNumber(), 0);
+    EXPECT_FALSE(validator.ErrorDescription().empty());
+    const StatusDisplay expected{title, message, u"error details", Details(validator), StatusPicture::Critical};
+    EXPECT_EQ(validator.Display(), expected) << ToUtf8(validator.Display().statusMessage) << "\n"
+                                             << ToUtf8(validator.Display().detailText);
+}
+
+} // namespace
+
+TEST_P(ContentOnEveryEngine, AWholeDatabaseIsValidAndUnchanged) {
+    const EngineDatabase database(GetParam(), Schema::Database::Content);
+    database.Run(u"INSERT INTO velmoraProjectProperties (propertyData) VALUES ('kept')");
+    const auto before = database.Counts();
+    DatabaseValidator validator;
+    validator.Clock = [] { return DateTime{2024, 5, 6, 7, 8, 9}; };
+    EXPECT_TRUE(validator.ValidateDataConnection(database.ConnectionString(), u"Anna's catalog", false))
+        << ToUtf8(validator.Display().detailText);
+    EXPECT_EQ(validator.ErrorType(), veNone);
+    EXPECT_EQ(validator.ErrorNumber(), 0);
+    EXPECT_EQ(validator.ErrorDescription(), u"");
+    EXPECT_EQ(validator.DataConnectionString(), database.ConnectionString());
+    EXPECT_EQ(validator.CatalogName(), u"Anna's catalog");
+    EXPECT_EQ(validator.Display().picture, StatusPicture::Information);
+    EXPECT_TRUE(validator.Display().statusMessage.starts_with(u"catalog \"Anna's catalog\" validated on "));
+    EXPECT_EQ(database.Counts(), before);
+
+    const StatusDisplay shown = validator.Display();
+    EXPECT_TRUE(validator.ValidateSupportsTalk(database.ConnectionString()));
+    database.Run(u"DROP TABLE talkPosts");
+    EXPECT_FALSE(validator.ValidateSupportsTalk(database.ConnectionString()));
+    EXPECT_FALSE(validator.ValidateSupportsTalk(u"no connection string at all"));
+    EXPECT_EQ(validator.Display(), shown);
+    EXPECT_TRUE(validator.ValidateDataConnection(database.ConnectionString(), u"c", false));
+}
+
+TEST_P(ContentOnEveryEngine, EachMissingTableAndColumnIsFound) {
+    const EngineDatabase database(GetParam(), Schema::Database::Content);
+    int32_t number = 0;
+    Text description;
+    const auto expectMissing = [&](const Schema::Table& table, const Text& what) {
+        if (table.isOptional) {
+            EXPECT_FALSE(ProbeTalkTables(database.ConnectionString())) << ToUtf8(what);
+            EXPECT_TRUE(ProbeContentTables(database.ConnectionString(), number, description)) << ToUtf8(what);
+            return;
+        }
+        EXPECT_FALSE(ProbeContentTables(database.ConnectionString(), number, description)) << ToUtf8(what);
+        EXPECT_NE(number, 0);
+        EXPECT_THAT(ToUtf8(LowerAscii(description)), testing::HasSubstr(ToUtf8(LowerAscii(what))));
+    };
+    for (const Schema::Table& table : Schema::Tables(Schema::Database::Content)) {
+        const Text name(table.name);
+        database.Run(u"ALTER TABLE " + name + u" RENAME TO gone");
+        expectMissing(table, name);
+        database.Run(u"ALTER TABLE gone RENAME TO " + name);
+        for (const Schema::Column& column : table.columns) {
+            const Text columnName(column.name);
+            database.Run(u"ALTER TABLE " + name + u" RENAME COLUMN " + columnName + u" TO gone");
+            expectMissing(table, columnName);
+            database.Run(u"ALTER TABLE " + name + u" RENAME COLUMN gone TO " + columnName);
+        }
+    }
+    EXPECT_TRUE(ProbeContentTables(database.ConnectionString(), number, description)) << ToUtf8(description);
+    EXPECT_TRUE(ProbeTalkTables(database.ConnectionString()));
+
+    database.Run(u"ALTER TABLE velmoraAutonumbers RENAME COLUMN ignored TO gone");
+    DatabaseValidator validator;
+    EXPECT_FALSE(validator.ValidateDataConnection(database.ConnectionString(), u"c", false));
+    ExpectCritical(validator, veInvalidDBStructure, u"invalid database structure",
+                   u"Velmora was unable to locate all of the required database tables and fields.  "
+                   u"Contact your administrator for further information.");
+}
+
+TEST_P(ContentOnEveryEngine, ARefusedRowInAnyTableIsReportedAndNothingStays) {
+    const EngineDatabase database(GetParam(), Schema::Database::Content);
+    const auto before = database.Counts();
+    for (const Text table : {u"velmoraLessons", u"velmoraMilestones", u"velmoraProjectProperties", u"velmoraUserLocks",
+                             u"velmoraAutonumbers"}) {
+        database.RefuseInserts(table, u"refused here");
+        DatabaseValidator validator;
+        EXPECT_FALSE(validator.ValidateDataConnection(database.ConnectionString(), u"c", false)) << ToUtf8(table);
+        ExpectCritical(validator, veCantWrite, u"cannot write to database",
+                       u"Velmora was unable to update one or more of the database tables.  Check with your "
+                       u"administrator to ensure that the account associated with the catalog has sufficient access "
+                       u"rights.");
+        EXPECT_THAT(ToUtf8(validator.ErrorDescription()), testing::HasSubstr("refused here"));
+        EXPECT_EQ(database.Counts(), before) << ToUtf8(table);
+        database.AcceptInserts(table);
+    }
+    int32_t number = 0;
+    Text description;
+    EXPECT_TRUE(TestContentWrite(database.ConnectionString(), number, description, false)) << ToUtf8(description);
+    EXPECT_TRUE(TestContentWrite(database.ConnectionString(), number, description, true)) << ToUtf8(description);
+    EXPECT_EQ(database.Counts(), before);
+}
+
+TEST(ContentValidation, AServerThatIsNotThereAndAWrongPasswordCannotBeOpened) {
+    std::vector<Text> strings = {u"Driver={PostgreSQL Unicode};Server=127.0.0.1;Port=1;Database=x;UID=u;PWD=p",
+                                 u"Driver={MariaDB Unicode};Server=127.0.0.1;Port=1;Database=x;UID=u;PWD=p",
+                                 u"Driver={No Such Driver};Server=x", u"Provider=Nobody.1;Data Source=x", u""};
+    for (const Engine engine : {Engine::PostgreSQL, Engine::MariaDB}) {
+        Text server = ServerString(engine);
+        if (const size_t at = server.find(u"PWD="); at != Text::npos)
+            strings.push_back(server.substr(0, at) + u"PWD=wrong");
+    }
+    for (const Text& connectionString : strings) {
+        SCOPED_TRACE(ToUtf8(connectionString));
+        DatabaseValidator validator;
+        EXPECT_FALSE(validator.ValidateDataConnection(connectionString, u"Anna's", false));
+        ExpectCritical(
+            validator, veCantOpenConnection, u"cannot open database connection",
+            u"Velmora was unable to open a database connection to 'Anna's'.\n\nCheck with your administrator "
+            u"to ensure that the machine and catalog are available and online, and that the account "
+            u"associated with the catalog has sufficient access rights.");
+        EXPECT_EQ(validator.ErrorDescription().find(u"PWD"), Text::npos);
+    }
+}
+
+TEST(ContentValidation, TheStatementsAreSentAsTheyStand) {
+    const EngineDatabase database(Engine::SQLite, Schema::Database::Content);
+    std::vector<std::string> sent;
+    SetStatementObserver([&sent](TextView statement) {
+        if (statement.find(u"velmora") != TextView::npos) sent.push_back(ToUtf8(statement));
+    });
+    int32_t number = 0;
+    Text description;
+    EXPECT_TRUE(ProbeContentTables(database.ConnectionString(), number, description));
+    EXPECT_TRUE(TestContentWrite(database.ConnectionString(), number, description, false));
+    SetStatementObserver({});
+    using testing::HasSubstr;
+    using testing::MatchesRegex;
+    const std::string id = "'[0-9a-f]+'", date = "'[0-9]+/[0-9]+/[0-9]+ [0-9]+:[0-9]+:[0-9]+'";
+    EXPECT_THAT(
+        sent,
+        testing::ElementsAre(
+            HasSubstr("nextNumber, ignored FROM velmoraAutonumbers"),
+            HasSubstr("lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, sortPosition, lessonType, "
+                      "lessonProperties, guideData, lessonData FROM velmoraLessons"),
+            HasSubstr("milestoneID, lessonID, savedBy, savedDate, milestoneProperties, lessonData, guideData FROM "
+                      "velmoraMilestones"),
+            HasSubstr("propertyData FROM velmoraProjectProperties"),
+            HasSubstr("lessonID, username, machineName, machineIP, sessionID, lockDate, lockType FROM "
+                      "velmoraUserlocks"),
+            MatchesRegex("INSERT INTO velmoraLessons .lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, "
+                         "sortPosition, lessonType, lessonProperties, guideData, lessonData.  VALUES .'[0-9a-f]+', "
+                         "'validator', 'validator', '', -1, -1, -1, '', '', ''."),
+            MatchesRegex("INSERT INTO velmoraMilestones .milestoneID, lessonID, savedBy, savedDate, "
+                         "milestoneProperties, lessonData, guideData. VALUES ." +
+                         id + ", " + id + ", 'validator', " + date + ", '', '', ''."),
+            "INSERT INTO velmoraProjectProperties (propertyData) VALUES ('')",
+            MatchesRegex("INSERT INTO velmoraUserlocks .lessonID, username, machineName, machineIP, sessionID, "
+                         "lockDate, lockType. VALUES ." +
+                         id + ", 'validator', 'validator', '0.0.0.0', " + id + ", " + date + ", -2."),
+            HasSubstr("velmoraAutonumbers")));
+}
+
+} // namespace dax::test
