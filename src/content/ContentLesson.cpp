@@ -1,0 +1,67 @@
+#include "content/ContentLesson.h"
+
+#include "content/Utility.h"
+#include "data/Error.h"
+
+namespace dax {
+
+namespace {
+
+// What hosts know of collections: no such element, a key that is there already.
+constexpr int32_t invalidCall = 5, keyExists = 457;
+
+} // namespace
+
+ContentStoryboard::ContentStoryboard() : sbid(Utility::NewIdentifier()) {}
+
+ContentStoryboard::ContentStoryboard(Text sbid, Text title, Text identifier, Text storyboardType)
+    : sbid(std::move(sbid)), title(std::move(title)), identifier(std::move(identifier)),
+      storyboardType(std::move(storyboardType)) {}
+
+std::shared_ptr<Storyboard> ContentStoryboards::Item(const Text& sbid) const {
+    const auto place = places.find(sbid);
+    return place == places.end() ? nullptr : *place->second;
+}
+
+void ContentStoryboards::Add(const std::shared_ptr<Storyboard>& storyboard) {
+    if (!storyboard) throw Error(invalidCall, u"There is no storyboard to add.");
+    const Text sbid = storyboard->SBID();
+    if (sbid.empty()) throw Error(invalidCall, u"A storyboard without SBID cannot be added.");
+    const auto [place, isNew] = places.try_emplace(sbid);
+    if (!isNew) throw Error(keyExists, u"The lesson has a storyboard '" + sbid + u"' already.");
+    place->second = order.insert(order.end(), storyboard);
+}
+
+void ContentStoryboards::Remove(const Text& sbid) {
+    const auto place = places.find(sbid);
+    if (place == places.end()) return;
+    const auto gone = *place->second; // its destruction may come back here: it goes last
+    order.erase(place->second);
+    places.erase(place);
+}
+
+std::shared_ptr<StoryboardMap> ContentMaps::Item(int32_t index) const {
+    return index >= 0 && index < Count() ? maps[static_cast<size_t>(index)] : nullptr;
+}
+
+std::shared_ptr<StoryboardMap> ContentMaps::Item(const Text& name) const {
+    const auto all = maps; // a host's map may call back
+    for (const auto& map : all) {
+        if (map->Name() == name) return map;
+    }
+    return nullptr;
+}
+
+void ContentMaps::Add(const std::shared_ptr<StoryboardMap>& map) {
+    if (!map) throw Error(invalidCall, u"There is no map to add.");
+    if (!byIdentity.emplace(map->Identity(), map).second) throw Error(keyExists, u"The lesson has that map already.");
+    maps.push_back(map);
+}
+
+void ContentMaps::SetDefaultMap(const std::shared_ptr<StoryboardMap>& map) {
+    const auto found = byIdentity.find(map ? map->Identity() : nullptr);
+    if (found == byIdentity.end()) throw Error(invalidCall, u"The default map must be one of the lesson's maps.");
+    defaultMap = found->second;
+}
+
+} // namespace dax

@@ -1,0 +1,193 @@
+#include "content/LessonText.h"
+
+#include "content/LayoutTree.h"
+#include "data/Error.h"
+
+#include <array>
+
+namespace dax::LessonText {
+
+namespace {
+
+constexpr TextView header = u"lesson\t1";
+constexpr int32_t invalidFormat = 321;
+constexpr std::array<std::pair<char16_t, char16_t>, 4> escapes{
+    {{u'\\', u'\\'}, {u'\t', u't'}, {u'\n', u'n'}, {u'\r', u'r'}}};
+
+void Write(Text& text, TextView field) {
+    for (const char16_t unit : field) {
+        char16_t letter = 0;
+        for (const auto& [plain, escaped] : escapes) {
+            if (unit == plain) letter = escaped;
+        }
+        if (letter) text += u'\\';
+        text += letter ? letter : unit;
+    }
+}
+
+void WriteRecord(Text& text, TextView keyword, std::initializer_list<TextView> fields) {
+    text += keyword;
+    for (const TextView field : fields) {
+        text += u'\t';
+        Write(text, field);
+    }
+    text += u'\n';
+}
+
+class Reader {
+public:
+    explicit Reader(TextView text) : rest(text) {}
+
+    std::shared_ptr<ContentLesson> Read() {
+        if (!NextLine() || line != header) Refuse(u"The text is no lesson of a known kind");
+        while (NextLine()) {
+            if (!line.empty()) ReadRecord();
+        }
+        FinishMap();
+        return lesson;
+    }
+
+private:
+    bool NextLine() {
+        if (rest.empty()) return false;
+        const size_t end = rest.find(u'\n');
+        line = rest.substr(0, end);
+        rest = end == TextView::npos ? TextView() : rest.substr(end + 1);
+        if (line.ends_with(u'\r')) line.remove_suffix(1);
+        ++number;
+        return true;
+    }
+
+    void ReadRecord() {
+        hasField = true;
+        const Text keyword = Field();
+        try {
+            if (keyword == u"storyboard") {
+                Text sbid = Field(), type = Field(), identifier = Field(), title = Field();
+                lesson->Storyboards()->Add(std::make_shared<ContentStoryboard>(std::move(sbid), std::move(title),
+                                                                               std::move(identifier), std::move(type)));
+            } else if (keyword == u"map") {
+                ReadMap();
+            } else if (keyword == u"page") {
+                ReadPage();
+            } else if (keyword == u"current") {
+                lesson->SetCurrentSBID(Field());
+            } else {
+                Refuse(u"Unknown record '" + keyword + u"'");
+            }
+        } catch (const Error& error) {
+            if (error.Number() == invalidFormat) throw;
+            Refuse(error.Description());
+        }
+        if (hasField) Refuse(u"Too many fields");
+    }
+
+    void ReadMap() {
+        FinishMap();
+        mapNumber = number;
+        map = std::make_shared<ContentMap>(Field());
+        lesson->Maps()->Add(map);
+        if (!hasField) return;
+        if (Field() != u"default") Refuse(u"A map is 'default' or nothing");
+        if (lesson->Maps()->DefaultMap()) Refuse(u"A second default map");
+        lesson->Maps()->SetDefaultMap(map);
+    }
+
+    void ReadPage() {
+        if (!map) Refuse(u"A page before the first map");
+        const Text digits = Field();
+        int32_t depth = 0;
+        for (const char16_t digit : digits) {
+            if (digit < u'0' || digit > u'9' || depth > 99'999'999) Refuse(u"No depth: '" + digits + u"'");
+            depth = depth * 10 + (digit - u'0');
+        }
+        layout.push_back({Field(), depth});
+    }
+
+    void FinishMap() {
+        if (!map) return;
+        try {
+            map->SetLayout(std::move(layout));
+        } catch (const Error& error) {
+            number = mapNumber;
+            Refuse(error.Description());
+        }
+        layout.clear();
+    }
+
+    // The next field of the line; the keyword is the first.
+    Text Field() {
+        if (!hasField) Refuse(u"A field is missing");
+        const size_t end = line.find(u'\t');
+        const TextView field = line.substr(0, end);
+        hasField = end != TextView::npos;
+        line = hasField ? line.substr(end + 1) : TextView();
+        Text text;
+        text.reserve(field.size());
+        for (size_t i = 0; i < field.size(); ++i) {
+            text += field[i] == u'\\' ? Unescape(i + 1 < field.size() ? field[++i] : u'\0') : field[i];
+        }
+        return text;
+    }
+
+    char16_t Unescape(char16_t letter) const {
+        for (const auto& [plain, escaped] : escapes) {
+            if (letter == escaped) return plain;
+        }
+        Refuse(u"An escape that is none");
+    }
+
+    [[noreturn]] void Refuse(const Text& reason) const {
+        throw Error(invalidFormat, u"Line " + ToText(number) + u": " + reason);
+    }
+
+    TextView rest, line;
+    bool hasField = true; // in the rest of the line
+    int32_t number = 0, mapNumber = 0;
+    std::shared_ptr<ContentLesson> lesson = std::make_shared<ContentLesson>();
+    std::shared_ptr<ContentMap> map; // the one that is being read
+    std::vector<LayoutEntry> layout;
+};
+
+void SaveMap(Text& text, StoryboardMap& map, bool isDefault) {
+    if (isDefault) {
+        WriteRecord(text, u"map", {map.Name(), u"default"});
+    } else {
+        WriteRecord(text, u"map", {map.Name()});
+    }
+    LayoutTree tree;
+    map.FillTree(tree, tree.Root());
+    ContentMap layout;
+    layout.ReadLayout(tree, tree.Root());
+    for (const LayoutEntry& entry : layout.Layout()) {
+        WriteRecord(text, u"page", {ToText(entry.depth), entry.sbid});
+    }
+}
+
+} // namespace
+
+Text Save(const Lesson& lesson) {
+    Text text(header);
+    text += u'\n';
+    if (const auto storyboards = lesson.Storyboards()) {
+        for (const auto& each : storyboards->All()) {
+            if (!each) continue;
+            WriteRecord(text, u"storyboard", {each->SBID(), each->StoryboardType(), each->Identifier(), each->Title()});
+        }
+    }
+    if (const auto maps = lesson.Maps()) {
+        const auto defaultMap = maps->DefaultMap();
+        const int32_t count = maps->Count();
+        for (int32_t i = 0; i < count; ++i) {
+            const auto map = maps->Item(i);
+            if (!map) break;
+            SaveMap(text, *map, defaultMap && defaultMap->Identity() == map->Identity());
+        }
+    }
+    if (const Text current = lesson.CurrentSBID(); !current.empty()) WriteRecord(text, u"current", {current});
+    return text;
+}
+
+std::shared_ptr<ContentLesson> Load(TextView text) { return Reader(text).Read(); }
+
+} // namespace dax::LessonText

@@ -1,0 +1,125 @@
+#include "content/LessonText.h"
+#include "data/Error.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace dax {
+namespace {
+
+const TextView sample = u"lesson\t1\n"
+                        u"storyboard\ts1\ttext\tINTRO\tWelcome\\tback\\\\ \\n\n"
+                        u"storyboard\ts2\t\t\t\n"
+                        u"map\tMain\tdefault\n"
+                        u"page\t1\ts1\n"
+                        u"page\t2\ts2\n"
+                        u"page\t1\tmissing\n"
+                        u"map\t\n"
+                        u"current\ts2\n";
+
+Text Again(TextView text) { return LessonText::Save(*LessonText::Load(text)); }
+
+TEST(LessonText, ReadsWhatItWrites) {
+    const auto lesson = LessonText::Load(sample);
+    const auto page = lesson->Storyboards()->Item(u"s1");
+    ASSERT_TRUE(page);
+    EXPECT_EQ(page->StoryboardType(), u"text");
+    EXPECT_EQ(page->Identifier(), u"INTRO");
+    EXPECT_EQ(page->Title(), u"Welcome\tback\\ \n");
+    ASSERT_EQ(lesson->Maps()->Count(), 2);
+    EXPECT_EQ(lesson->Maps()->DefaultMap(), lesson->Maps()->Item(Text(u"Main")));
+    EXPECT_EQ(lesson->CurrentSBID(), u"s2");
+    EXPECT_EQ(LessonText::Save(*lesson), sample);
+
+    Text windows;
+    for (const char16_t unit : sample) windows += unit == u'\n' ? Text(u"\r\n\r\n") : Text(1, unit);
+    EXPECT_EQ(Again(windows), sample) << "line ends of any system, blank lines";
+    EXPECT_EQ(Again(sample.substr(0, sample.size() - 1)), sample) << "no last line end";
+    EXPECT_EQ(Again(u"lesson\t1"), u"lesson\t1\n");
+}
+
+TEST(LessonText, RefusesWithTheLine) {
+    const struct {
+        Text text;
+        const char* place;
+    } cases[] = {
+        {u"", "Line 0"},
+        {u"lesson\t2\n", "Line 1"},
+        {u"lesson\t1\n\n?\n", "Line 3"},
+        {u"lesson\t1\nstoryboard\ta\tb\tc\n", "Line 2"},
+        {u"lesson\t1\nstoryboard\ta\tb\tc\td\te\n", "Line 2"},
+        {u"lesson\t1\nstoryboard\t\tb\tc\td\n", "Line 2"},
+        {u"lesson\t1\nstoryboard\ta\t\t\t\nstoryboard\ta\t\t\t\n", "Line 3"},
+        {u"lesson\t1\nstoryboard\ta\t\t\t\\x\n", "Line 2"},
+        {u"lesson\t1\nstoryboard\ta\t\t\t\\\n", "Line 2"},
+        {u"lesson\t1\npage\t1\ta\n", "Line 2"},
+        {u"lesson\t1\nmap\tm\tmain\n", "Line 2"},
+        {u"lesson\t1\nmap\tm\tdefault\nmap\tn\tdefault\n", "Line 3"},
+        {u"lesson\t1\nmap\tm\npage\t2\ta\n\n", "Line 2"},
+        {u"lesson\t1\nmap\tm\npage\t1\ta\npage\t1\ta\nmap\tn\n", "Line 2"},
+        {u"lesson\t1\nmap\tm\npage\t-1\ta\n", "Line 3"},
+        {u"lesson\t1\nmap\tm\npage\t99999999999999999999\ta\n", "Line 3"},
+        {u"lesson\t1\nmap\tm\npage\t\ta\n", "Line 2"},
+    };
+    for (const auto& [text, place] : cases) {
+        try {
+            LessonText::Load(text);
+            ADD_FAILURE() << "accepted: " << ToUtf8(text);
+        } catch (const Error& error) {
+            EXPECT_EQ(ToUtf8(error.Description()).rfind(std::string(place) + ":", 0), 0u)
+                << ToUtf8(text) << ": " << error.what();
+        }
+    }
+}
+
+TEST(LessonText, AnyChangeIsReadOrRefused) {
+    std::mt19937 random(5);
+    int read = 0, refused = 0;
+    for (int i = 0; i < 4000; ++i) {
+        Text text(sample);
+        for (unsigned change = random() % 3; change < 3; ++change) {
+            const size_t place = random() % text.size();
+            const char16_t units[] = {u'\t', u'\n', u'\\', u'1', u'\r', static_cast<char16_t>(random())};
+            switch (random() % 3) {
+            case 0:
+                text[place] = units[random() % 6];
+                break;
+            case 1:
+                text.erase(place, 1 + random() % 8);
+                break;
+            default:
+                text.insert(place, text, random() % text.size(), 12);
+            }
+            if (text.empty()) text = sample;
+        }
+        try {
+            const Text once = Again(text);
+            EXPECT_EQ(Again(once), once);
+            ++read;
+        } catch (const Error&) {
+            ++refused;
+        }
+    }
+    EXPECT_GT(read, 20);
+    EXPECT_GT(refused, 100);
+}
+
+TEST(LessonText, DeepAndWide) {
+    for (const bool isDeep : {false, true}) {
+        Text text(u"lesson\t1\n");
+        Text layout(u"map\tMain\tdefault\n");
+        for (int i = 1; i <= 20'000; ++i) {
+            text += u"storyboard\ts" + ToText(i) + u"\ttext\t\tTitle\n";
+            layout += u"page\t" + ToText(isDeep ? i : 1) + u"\ts" + ToText(i) + u"\n";
+        }
+        text += layout;
+        EXPECT_TRUE(Again(text) == text);
+    }
+    Text maps(u"lesson\t1\n");
+    for (int i = 0; i < 20'000; ++i) maps += u"map\tsame\n";
+    EXPECT_TRUE(Again(maps) == maps);
+}
+
+} // namespace
+} // namespace dax
