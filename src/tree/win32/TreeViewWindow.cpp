@@ -3,6 +3,7 @@
 #include "tree/DropTarget.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace dax {
@@ -13,6 +14,15 @@ constexpr UINT_PTR SubclassId = 2;
 constexpr UINT CheckStyle = TVS_CHECKBOXES, SingleStyle = TVS_SINGLEEXPAND;
 
 POINT ToPoint(Point point) { return {point.x, point.y}; }
+
+// Of the row, or of its caption alone; nothing while the node is hidden in a collapsed branch.
+std::optional<RECT> ItemRect(HWND window, const Node& node, bool isCaption) {
+    RECT rect{};
+    const HTREEITEM item = TreeItems::ItemOf(node);
+    std::memcpy(&rect, &item, sizeof item); // the message takes the item where it puts the rectangle
+    if (!SendMessageW(window, TVM_GETITEMRECT, isCaption, reinterpret_cast<LPARAM>(&rect))) return {};
+    return rect;
+}
 
 void SetStyle(HWND window, UINT bit, bool on) {
     const auto style = static_cast<UINT>(GetWindowLongW(window, GWL_STYLE));
@@ -120,10 +130,9 @@ TreeHit TreeViewWindow::HitTest(Point point) const {
 
 std::optional<Rect> TreeViewWindow::RowRect(const Node& node) const {
     if (!handle || !node.windowItem) return {};
-    RECT row{};
-    *reinterpret_cast<HTREEITEM*>(&row) = TreeItems::ItemOf(node);
-    if (!SendMessageW(handle, TVM_GETITEMRECT, FALSE, reinterpret_cast<LPARAM>(&row))) return {};
-    return Rect{row.left, row.top, row.right, row.bottom};
+    const auto row = ItemRect(handle, node, false);
+    if (!row) return {};
+    return Rect{row->left, row->top, row->right, row->bottom};
 }
 
 // The mark is drawn by us after each painting: the system's own cannot be taken away everywhere.
@@ -147,9 +156,7 @@ void TreeViewWindow::InvalidateMark() {
 void TreeViewWindow::DrawInsertMark() const {
     const auto row = markNode ? RowRect(*markNode) : std::nullopt;
     if (!row) return;
-    RECT label{};
-    *reinterpret_cast<HTREEITEM*>(&label) = TreeItems::ItemOf(*markNode);
-    SendMessageW(handle, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&label));
+    const RECT label = ItemRect(handle, *markNode, true).value_or(RECT{});
     const int y = isMarkAfter ? row->bottom : row->top;
     const RECT line{label.left, y - 1, std::max<LONG>(label.right, label.left + 40), y + 1};
     const RECT leftEnd{line.left, y - 3, line.left + 2, y + 3}, rightEnd{line.right - 2, y - 3, line.right, y + 3};
@@ -177,9 +184,7 @@ void TreeViewWindow::SetDropHighlight(Node* node) {
 void TreeViewWindow::BeginDragImage(Node& node, Point pointer) {
     if (!handle) return;
     const auto row = RowRect(node);
-    RECT label{};
-    *reinterpret_cast<HTREEITEM*>(&label) = TreeItems::ItemOf(node);
-    SendMessageW(handle, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&label));
+    const RECT label = ItemRect(handle, node, true).value_or(RECT{});
     int iconWidth = 0, iconHeight = 0;
     if (images) ImageList_GetIconSize(images, &iconWidth, &iconHeight);
     const POINT hotSpot{pointer.x - (label.left - iconWidth - 3), row ? pointer.y - row->top : 0};
