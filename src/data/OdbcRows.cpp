@@ -9,13 +9,22 @@ namespace dax {
 
 namespace {
 
-constexpr size_t usualUnits = 256;  // bound for a column that tells no small size
-constexpr size_t mostUnits = 16384; // longer texts are asked for one by one
-constexpr SQLLEN unitSize = sizeof(char16_t);
+constexpr size_t usualBytes = 512;  // bound for a column that tells no small size
+constexpr size_t mostBytes = 32768; // longer texts are asked for one by one
+
+// Plain ASCII without an allocation; anything else the careful way.
+void Decode(std::string_view utf8, Text& into) {
+    into.resize(utf8.size());
+    size_t i = 0;
+    for (; i < utf8.size() && static_cast<unsigned char>(utf8[i]) < 0x80; ++i) into[i] = static_cast<char16_t>(utf8[i]);
+    if (i < utf8.size()) into = FromUtf8(utf8);
+}
 
 } // namespace
 
-OdbcRows::OdbcRows(OdbcStatement& executed) : statement(executed) {
+OdbcRows::OdbcRows(OdbcStatement& executed)
+    : statement(executed), valueType(executed.Owner().IsNarrow() ? SQL_C_CHAR : SQL_C_WCHAR),
+      unitSize(executed.Owner().IsNarrow() ? sizeof(char) : sizeof(char16_t)) {
     SQLSMALLINT count = 0;
     statement.Check(SQLNumResultCols(statement.Handle(), &count));
     if (count <= 0) throw Error(ErrorNumbers::Unspecified, u"The statement gives no rows.");
@@ -25,10 +34,10 @@ OdbcRows::OdbcRows(OdbcStatement& executed) : statement(executed) {
     SQLFreeStmt(statement.Handle(), SQL_UNBIND);
     for (size_t i = 0; i < columns.size(); ++i) {
         const SQLULEN size = columns[i].size;
-        const bool isShort = size > 0 && size < mostUnits / 4;
+        const bool isShort = size > 0 && size < mostBytes / 8;
         // A driver with the strict rules gives what is not bound only behind the last bound column, and in order.
         if (!freely && !isShort) break;
-        BindColumn(i, freely ? usualUnits : std::max<size_t>(size, 40) + 1);
+        BindColumn(i, freely ? usualBytes : (std::max<size_t>(size, 40) + 1) * 4);
     }
 }
 
@@ -50,12 +59,12 @@ void OdbcRows::Describe(SQLUSMALLINT number) {
     column.digits = digits;
 }
 
-void OdbcRows::BindColumn(size_t index, size_t units) {
+void OdbcRows::BindColumn(size_t index, size_t bytes) {
     Buffer& buffer = buffers[index];
-    buffer.units.resize(units);
+    buffer.bytes.resize(bytes);
     buffer.isBound = true;
-    statement.Check(SQLBindCol(statement.Handle(), static_cast<SQLUSMALLINT>(index + 1), SQL_C_WCHAR,
-                               buffer.units.data(), static_cast<SQLLEN>(units) * unitSize, &buffer.length));
+    statement.Check(SQLBindCol(statement.Handle(), static_cast<SQLUSMALLINT>(index + 1), valueType, buffer.bytes.data(),
+                               static_cast<SQLLEN>(bytes), &buffer.length));
 }
 
 bool OdbcRows::Next() {
@@ -63,10 +72,11 @@ bool OdbcRows::Next() {
     statement.Check(result);
     if (result == SQL_NO_DATA) return false;
     for (Buffer& buffer : buffers) {
-        const auto room = static_cast<SQLLEN>(buffer.units.size()) * unitSize;
-        buffer.isLoaded =
-            buffer.isBound && (buffer.length == SQL_NULL_DATA || (buffer.length >= 0 && buffer.length < room));
-        if (!buffer.whole.empty()) buffer.whole.clear();
+        const auto room = static_cast<SQLLEN>(buffer.bytes.size());
+        buffer.isLoaded = buffer.isBound &&
+                          (buffer.length == SQL_NULL_DATA || (buffer.length >= 0 && buffer.length <= room - unitSize));
+        buffer.isDecoded = false;
+        buffer.whole.clear();
     }
     if (!statement.Owner().GetsDataFreely())
         for (size_t i = 0; i < buffers.size(); ++i)
@@ -83,53 +93,56 @@ TextView OdbcRows::FieldText(size_t column) {
     Buffer& buffer = buffers[column];
     if (!buffer.isLoaded) Load(column);
     if (buffer.length <= 0) return {};
-    const char16_t* units = buffer.whole.empty() ? buffer.units.data() : buffer.whole.data();
-    return {units, static_cast<size_t>(buffer.length / unitSize)};
+    const char* bytes = buffer.whole.empty() ? buffer.bytes.data() : buffer.whole.data();
+    if (valueType == SQL_C_WCHAR)
+        return {reinterpret_cast<const char16_t*>(bytes), static_cast<size_t>(buffer.length / unitSize)};
+    if (!buffer.isDecoded) {
+        Decode({bytes, static_cast<size_t>(buffer.length)}, buffer.decoded);
+        buffer.isDecoded = true;
+    }
+    return buffer.decoded;
 }
 
 // The length first, then all of it at once: fetching a long text in small pieces costs quadratic time in some drivers.
 void OdbcRows::Load(size_t column) {
     Buffer& buffer = buffers[column];
-    const auto number = static_cast<SQLUSMALLINT>(column + 1);
-    const bool wasBound = buffer.isBound;
-    if (!wasBound || buffer.length == SQL_NO_TOTAL) {
+    buffer.isLoaded = true;
+    if (!buffer.isBound) {
         char16_t terminator = 0;
         buffer.length = 0;
-        const SQLRETURN result =
-            SQLGetData(statement.Handle(), number, SQL_C_WCHAR, &terminator, unitSize, &buffer.length);
+        const SQLRETURN result = SQLGetData(statement.Handle(), static_cast<SQLUSMALLINT>(column + 1), valueType,
+                                            &terminator, unitSize, &buffer.length);
         statement.Check(result);
-        buffer.isLoaded = true;
-        if (result == SQL_NO_DATA || buffer.length == 0) buffer.length = 0;
+        if (result == SQL_NO_DATA) buffer.length = 0;
         if (buffer.length == SQL_NULL_DATA || buffer.length == 0) return;
     }
-    LoadPieces(column, buffer.length > 0 ? static_cast<size_t>(buffer.length / unitSize) : 0);
-    buffer.isLoaded = true;
+    LoadPieces(column, buffer.length > 0 ? static_cast<size_t>(buffer.length) : 0);
     // The next rows are likely to be as long.
-    const auto units = static_cast<size_t>(buffer.length / unitSize);
-    if (statement.Owner().GetsDataFreely() && units < mostUnits && buffer.units.size() <= units) {
-        if (buffer.whole.empty()) return;
-        BindColumn(column, std::min(mostUnits, units * 2) + 1);
-        buffer.length = static_cast<SQLLEN>(units) * unitSize;
+    const SQLLEN length = buffer.length;
+    if (buffer.isBound && length > 0 && length < static_cast<SQLLEN>(mostBytes / 2) &&
+        statement.Owner().GetsDataFreely()) {
+        BindColumn(column, static_cast<size_t>(length) * 2 + 2);
+        buffer.length = length;
     }
 }
 
 void OdbcRows::LoadPieces(size_t column, size_t known) {
     Buffer& buffer = buffers[column];
-    buffer.whole.resize(known + 1 > 1 ? known + 1 : mostUnits);
+    buffer.whole.resize(known > 0 ? known + static_cast<size_t>(unitSize) : mostBytes);
     for (size_t done = 0;;) {
         SQLLEN length = 0;
-        const auto room = static_cast<SQLLEN>(buffer.whole.size() - done) * unitSize;
-        const SQLRETURN result = SQLGetData(statement.Handle(), static_cast<SQLUSMALLINT>(column + 1), SQL_C_WCHAR,
+        const auto room = static_cast<SQLLEN>(buffer.whole.size() - done);
+        const SQLRETURN result = SQLGetData(statement.Handle(), static_cast<SQLUSMALLINT>(column + 1), valueType,
                                             buffer.whole.data() + done, room, &length);
         statement.Check(result);
         if (result != SQL_NO_DATA && length == SQL_NULL_DATA) {
             buffer.length = SQL_NULL_DATA;
             return;
         }
-        const bool more = result == SQL_SUCCESS_WITH_INFO && (length == SQL_NO_TOTAL || length >= room);
-        if (result != SQL_NO_DATA) done += static_cast<size_t>((more ? room - unitSize : length) / unitSize);
+        const bool more = result == SQL_SUCCESS_WITH_INFO && (length == SQL_NO_TOTAL || length > room - unitSize);
+        if (result != SQL_NO_DATA) done += static_cast<size_t>(more ? room - unitSize : length);
         if (!more) {
-            buffer.length = static_cast<SQLLEN>(done) * unitSize;
+            buffer.length = static_cast<SQLLEN>(done);
             return;
         }
         buffer.whole.resize(buffer.whole.size() * 2);

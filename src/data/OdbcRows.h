@@ -26,18 +26,22 @@ public:
 
 private:
     struct Buffer {
-        std::vector<char16_t> units; // what is bound
-        std::vector<char16_t> whole; // what was fetched because it was longer than that
-        SQLLEN length = 0;           // bytes, or SQL_NULL_DATA, or SQL_NO_TOTAL
+        std::vector<char> bytes; // what is bound
+        std::vector<char> whole; // what was fetched because it was longer than that
+        Text decoded;            // of a driver that speaks UTF-8
+        SQLLEN length = 0;       // bytes, or SQL_NULL_DATA, or SQL_NO_TOTAL
         bool isBound = false;
-        bool isLoaded = false; // the value of the current row stands in units or whole
+        bool isLoaded = false;  // the value of the current row stands in bytes or whole
+        bool isDecoded = false; // and in decoded
     };
     void Describe(SQLUSMALLINT column);
-    void BindColumn(size_t column, size_t units);
+    void BindColumn(size_t column, size_t bytes);
     void Load(size_t column);
     void LoadPieces(size_t column, size_t known);
 
     OdbcStatement& statement;
+    SQLSMALLINT valueType; // SQL_C_CHAR, which is UTF-8 then, or SQL_C_WCHAR
+    SQLLEN unitSize;
     std::vector<Column> columns;
     std::vector<Buffer> buffers;
 };

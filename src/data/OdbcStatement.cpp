@@ -123,7 +123,7 @@ void OdbcStatement::Bind(SQLUSMALLINT position, const Value& value, SQLSMALLINT 
         Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_DOUBLE, SQL_DOUBLE, 15, 0,
                                &parameter.fraction, 0, nullptr));
     } else if (const Text* text = std::get_if<Text>(&value)) {
-        parameter.text = MadeWellFormed(*text);
+        parameter.text = *text;
         BindText(position, parameter, columnType);
     } else if (const DateTime* date = std::get_if<DateTime>(&value)) {
         if (dialect.datesAsText) {
@@ -150,11 +150,24 @@ void OdbcStatement::Bind(SQLUSMALLINT position, const Value& value, SQLSMALLINT 
 }
 
 void OdbcStatement::BindText(SQLUSMALLINT position, Parameter& parameter, SQLSMALLINT columnType) {
-    const size_t length = parameter.text.size();
-    parameter.length = static_cast<SQLLEN>(length * sizeof(char16_t));
-    Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_WCHAR,
-                           IsTextType(columnType) ? TypeOfText(length) : columnType, std::max<size_t>(length, 1), 0,
-                           parameter.text.data(), parameter.length, &parameter.length));
+    const bool isNarrow = owner.IsNarrow();
+    SQLPOINTER data;
+    if (isNarrow) {
+        parameter.utf8 = ToUtf8(parameter.text);
+        parameter.length = static_cast<SQLLEN>(parameter.utf8.size());
+        data = parameter.utf8.data();
+    } else {
+        parameter.text = MadeWellFormed(parameter.text);
+        parameter.length = static_cast<SQLLEN>(parameter.text.size() * sizeof(char16_t));
+        data = parameter.text.data();
+    }
+    const size_t units = isNarrow ? parameter.utf8.size() : parameter.text.size();
+    const SQLSMALLINT type = !IsTextType(columnType) ? columnType
+                             : !isNarrow             ? TypeOfText(units)
+                             : units <= 255          ? SQLSMALLINT{SQL_VARCHAR}
+                                                     : SQLSMALLINT{SQL_LONGVARCHAR};
+    Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, isNarrow ? SQL_C_CHAR : SQL_C_WCHAR, type,
+                           std::max<size_t>(units, 1), 0, data, parameter.length, &parameter.length));
 }
 
 void OdbcStatement::Unbind() noexcept {

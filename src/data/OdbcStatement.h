@@ -33,6 +33,7 @@ public:
 private:
     struct Parameter {
         Text text;
+        std::string utf8; // instead of the text, for a driver that speaks UTF-8
         SQLBIGINT number = 0;
         double fraction = 0;
         SQL_TIMESTAMP_STRUCT date{};

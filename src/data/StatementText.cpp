@@ -181,6 +181,7 @@ std::optional<Top> FindTop(TextView statement) {
     if (!reader.Word(u"SELECT")) return std::nullopt;
     if (!reader.Word(u"DISTINCT")) (void)reader.Word(u"ALL");
     Top top;
+    reader.SkipBlanks();
     top.begin = reader.Place();
     if (!reader.Word(u"TOP")) return std::nullopt;
     reader.SkipBlanks();
@@ -189,6 +190,7 @@ std::optional<Top> FindTop(TextView statement) {
     top.count = reader.Digits();
     reader.SkipBlanks();
     if (top.count.empty() || (bracket && !reader.Unit(u')')) || reader.Word(u"PERCENT")) return std::nullopt;
+    if (bracket) reader.SkipBlanks();
     top.end = reader.Place();
     if (reader.AtEnd() || (!bracket && !IsBlank(statement[top.end - 1]))) return std::nullopt;
     return top;

@@ -1,0 +1,129 @@
+#include "data/ConnectionString.h"
+
+#include "data/Error.h"
+#include "support/TestDatabases.h"
+
+namespace dax {
+
+namespace {
+
+Machine Having(std::vector<Text> drivers) {
+    return {std::move(drivers), [](TextView source) { return Text(source == u"books" ? u"PostgreSQL Unicode" : u""); }};
+}
+
+TEST(ConnectionStringTest, ServerStringsBecomeOdbcStrings) {
+    struct Case {
+        Text host;
+        std::vector<Text> drivers;
+        Engine engine;
+        Text odbc;
+    };
+    const std::vector<Case> cases = {
+        {u"Provider=SQLOLEDB.1;Data Source=srv;Initial Catalog=cat;User ID=u;Password='a;b\"}'",
+         {u"SQL Server", u"ODBC Driver 17 for SQL Server"},
+         Engine::SQLServer,
+         u"Driver={ODBC Driver 17 for SQL Server};Server=srv;Database=cat;UID=u;PWD={a;b\"}}};Encrypt=no;"
+         u"MARS_Connection=yes;"},
+        {u"provider = MSOLEDBSQL19 ; SERVER=tcp:srv,1433; Database=cat; Integrated Security=SSPI; UID=u; PWD=p; "
+         u"Use Encryption for Data=true; Trust Server Certificate=yes",
+         {u"ODBC Driver 18 for SQL Server"},
+         Engine::SQLServer,
+         u"Driver={ODBC Driver 18 for SQL Server};Server={tcp:srv,1433};Database=cat;Trusted_Connection=Yes;"
+         u"Encrypt=yes;TrustServerCertificate=yes;MARS_Connection=yes;"},
+        {u"Provider=SQLNCLI11;Data Source=s;Initial Catalog=\"my \"\"cat\"\"\"",
+         {u"SQL Server"},
+         Engine::SQLServer,
+         u"Driver={SQL Server};Server=s;Database={my \"cat\"};"},
+        {u"Provider=SQLOLEDB;Data Source=s", // none installed: the error will name the newest
+         {},
+         Engine::SQLServer,
+         u"Driver={ODBC Driver 18 for SQL Server};Server=s;Encrypt=no;MARS_Connection=yes;"},
+        {u"Driver={PostgreSQL Unicode};Server=h;Database=d;UID=u;PWD={p}}=;x}",
+         {},
+         Engine::PostgreSQL,
+         u"Driver={PostgreSQL Unicode};Server=h;Database=d;UID=u;PWD={p}}=;x};Protocol=7.4-2;"},
+        {u"Provider=MSDASQL.1;Persist Security Info=False;Data Source=books;User ID=u;Password=p;Protocol=7.4-0",
+         {},
+         Engine::PostgreSQL,
+         u"Protocol=7.4-0;DSN=books;UID=u;PWD=p;"},
+        {u"Provider=MSDASQL;Extended Properties=\"Driver={MariaDB Unicode};Server=h;Option=3\"",
+         {},
+         Engine::MariaDB,
+         u"Driver={MariaDB Unicode};Server=h;Option=3;CHARSET=utf8mb4;"},
+        {u"FILEDSN=some.dsn", {}, Engine::Other, u"FILEDSN=some.dsn;"},
+        {u"DSN=unknown", {}, Engine::Other, u"DSN=unknown;"},
+    };
+    for (const Case& c : cases) {
+        const ConnectionTarget target = TranslateConnectionString(c.host, Having(c.drivers));
+        EXPECT_EQ(target.engine, c.engine) << ToUtf8(c.host);
+        EXPECT_EQ(ToUtf8(target.odbcString), ToUtf8(c.odbc));
+    }
+    EXPECT_EQ(TranslateConnectionString(u"DSN=books;Connect Timeout=3", Having({})).timeout, 3);
+}
+
+TEST(ConnectionStringTest, FilesGoToTheDriverThatReadsThem) {
+    const test::TempFolder folder;
+    const Text sqlite = folder.Write(u"kurs ü=1.mdb", "SQLite format 3");
+    const Text access = folder.Write(u"a.mdb", std::string("\0\1\0\0Standard Jet DB", 19));
+    const Text missing = folder.File(u"missing.mdb"), empty = folder.Write(u"empty.mdb", "");
+    const std::vector<Text> both = {u"SQLite3", u"Microsoft Access Driver (*.mdb, *.accdb)"};
+    const Text jet = u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=";
+    struct Case {
+        Text host;
+        std::vector<Text> drivers;
+        Engine engine;
+    };
+    const std::vector<Case> cases = {
+        {sqlite, both, Engine::SQLite},
+        {jet + u"'" + sqlite + u"'", both, Engine::SQLite},
+        {jet + access, both, Engine::Access},
+        {access, both, Engine::Access},
+        {jet + missing, both, Engine::Access},
+        {jet + empty, {u"SQLite3"}, Engine::SQLite}, // the embedded default in the place of the Access file
+        {jet + missing, {u"SQLite3"}, Engine::SQLite},
+        {u"Driver=SQLite3;Database=" + sqlite + u";Timeout=5", {}, Engine::SQLite},
+    };
+    for (const Case& c : cases) {
+        const ConnectionTarget target = TranslateConnectionString(c.host, Having(c.drivers));
+        EXPECT_EQ(target.engine, c.engine) << ToUtf8(c.host);
+        const bool braces = target.odbcString.find(u"Database={") != Text::npos;
+        EXPECT_FALSE(c.engine == Engine::SQLite && braces) << "the SQLite driver knows no braces";
+        EXPECT_EQ(c.engine == Engine::SQLite, target.odbcString.find(u"NoCreat=1") != Text::npos);
+    }
+    const ConnectionTarget ace =
+        TranslateConnectionString(u"Provider=Microsoft.ACE.OLEDB.12.0;Data Source=" + access +
+                                      u";Jet OLEDB:Database Password=\"p;w\";Mode=Read;User ID=Admin",
+                                  Having(both));
+    EXPECT_NE(ace.odbcString.find(u"UID=Admin;PWD={p;w};ReadOnly=1;"), Text::npos) << ToUtf8(ace.odbcString);
+}
+
+TEST(ConnectionStringTest, WhatCannotBeServedSaysWhy) {
+    const test::TempFolder folder;
+    const Text access = folder.Write(u"a.mdb", std::string("\0\1\0\0Standard ACE DB", 19));
+    std::vector<std::pair<Text, std::string>> cases = {
+        {u"", "is empty"},
+        {u"  ", "is empty"},
+        {u"Provider=OraOLEDB.Oracle;Data Source=x", "OraOLEDB.Oracle"},
+        {u"Provider=Microsoft.Jet.OLEDB.4.0", "Data Source"},
+        {u"Server=x;Database=y", "neither"},
+        {u"PWD={never ends", "PWD"},
+        {u"/tmp/a;b.db", "semicolon"},
+        {u"Driver=SQLite3;Database='/tmp/a;b.db'", "semicolon"},
+    };
+#ifndef _WIN32
+    cases.push_back({access, "Access file"});
+#endif
+    for (const auto& [host, words] : cases) {
+        try {
+            TranslateConnectionString(host, Having({}));
+            ADD_FAILURE() << ToUtf8(host);
+        } catch (const Error& error) {
+            EXPECT_NE(std::string(error.what()).find(words), std::string::npos) << error.what();
+            EXPECT_EQ(error.Number(), ErrorNumbers::Unspecified);
+        }
+    }
+}
+
+} // namespace
+
+} // namespace dax
