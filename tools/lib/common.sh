@@ -1,7 +1,10 @@
 # shellcheck shell=bash
 # What every tool shares: where the project lies, how to speak, how to be the first command on a fresh machine.
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
-export HOME="${HOME:-/tmp}"
+if [ -z "${HOME:-}" ]; then
+    export HOME="$root/build/home" # compilers' caches and Wine want one
+    mkdir -p "$HOME"
+fi
 # Programs of the system first: a version manager's own Python or CMake must not decide what is built.
 export PATH="/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin:$PATH"
 export LC_ALL="${LC_ALL:-C.UTF-8}"

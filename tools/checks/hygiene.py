@@ -1,0 +1,66 @@
+"""Files keep their size and their manners: no machine's paths, no words that belong elsewhere, plain text."""
+import os
+import re
+
+from project import BINARY, CODE, files, finish, includes, read
+
+LIMIT = 600  # lines of a file; sources aim at 500, headers at 120
+# Written in pieces, so that this file does not hold what it looks for.
+WORDS = [
+    (re.compile(r"(?<![\w.$}\"])/(?:wo" + r"rk|fa" + r"rm|ho" + r"me|ro" + r"ot)/\w"), "a path of one machine"),
+    (re.compile(r"\bspecifi" + r"cation\b|\bsp" + r"ec\b|\bPart \d+\.\d", re.I), "a document the reader does not have"),
+    (re.compile(r"\b(?:deb\.deb" + r"ian\.org|pypi\.o" + r"rg|registry\.np" + r"mjs|crates\.i" + r"o|proxy\.gol" + r"ang)"),
+     "the host of a package registry"),
+    (re.compile(r"\b(?:TO" + r"DO|FIX" + r"ME)\b"), "unfinished work"),
+    (re.compile(r"^\s*TEST\w*\(\w+,\s*DISABLED" + r"_", re.M), "a test that never runs"),
+]
+
+
+def check_text(name, text):
+    for pattern, what in WORDS:
+        for hit in pattern.finditer(text):
+            yield f"{name}:{text.count(chr(10), 0, hit.start()) + 1}: {what}: {hit.group(0).strip()}"
+    if "\r" in text and not name.endswith((".vbs", ".bat")):
+        yield f"{name}: has carriage returns"
+    if text and not text.endswith("\n"):
+        yield f"{name}: does not end with a line end"
+    for number, line in enumerate(text.splitlines(), 1):
+        if line != line.rstrip() and not name.endswith(".md"):
+            yield f"{name}:{number}: blanks at the end of the line"
+        if "\t" in line and name.endswith(CODE):
+            yield f"{name}:{number}: a tab"
+
+
+def check_code(name, text):
+    lines = text.count("\n")
+    if lines >= LIMIT:
+        yield f"{name}: {lines} lines; the limit is {LIMIT}"
+    if name.endswith(".h") and "#pragma once" not in text and not re.search(r"#ifndef (\w+)\s+#define \1\b", text):
+        yield f"{name}: nothing keeps it from being included twice"
+    # A header that its own source includes first is known to need nothing before it.
+    header = name[:-4] + ".h"
+    if name.endswith(".cpp") and header in headers:
+        first = next((what for quoted, what in includes(name)), "")
+        if os.path.basename(first) != os.path.basename(header):
+            yield f"{name}: includes {first} before its own header"
+
+
+problems = []
+headers = set(files(".h"))
+lines = {"product": 0, "tests": 0}
+names = files()
+for name in names:
+    if name.endswith(BINARY):
+        continue
+    try:
+        text = read(name)
+    except UnicodeDecodeError:
+        problems.append(f"{name}: is not UTF-8")
+        continue
+    problems += check_text(name, text)
+    if name.endswith(CODE):
+        problems += check_code(name, text)
+        count = sum(1 for line in text.splitlines() if line.strip())
+        lines["tests" if name.startswith(("tests/", "bench/")) else "product"] += count
+share = 100 * lines["tests"] / max(1, sum(lines.values()))
+finish(problems, f"{len(names)} files; {lines['product']} lines of code, {lines['tests']} of tests ({share:.0f} %)")
