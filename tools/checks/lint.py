@@ -95,8 +95,8 @@ def jobs_of(rules):
         os.makedirs(database, exist_ok=True)
         entries = dict(entry_of(command, extra) for command in configure(variant))
         entries = {name: entry for name, entry in entries.items()
-                   if name.startswith(("src/", "apps/")) and name.endswith(".cpp") and name not in taken}
-            entries = {name: entry for name, entry in entries.items() if os.path.exists(entry["file"])}
+                   if name.startswith(("src/", "apps/")) and name.endswith(".cpp") and name not in taken
+                   and os.path.exists(entry["file"])}
         taken |= set(entries)
         with open(os.path.join(database, "compile_commands.json"), "w", encoding="utf-8") as file:
             json.dump(list(entries.values()), file)
