@@ -105,7 +105,8 @@ class Program:
                 continue
         process.wait()
 
-    def run_tests(self, names=None, timeout=TIMEOUT):
+    def run_tests(self, names=None, timeout=None):
+        timeout = timeout or TIMEOUT
         arguments = ["--gtest_color=no"]
         if names is not None:
             with open(os.path.join(self.folder, "flags.txt"), "w", encoding="utf-8") as flags:
