@@ -1,24 +1,19 @@
-// A fresh database with our tables on each engine there is: SQLite always, the servers where DAX_TEST_POSTGRES and
-// DAX_TEST_MARIADB name them.
+// A fresh database with our tables, on each engine there is.
 #pragma once
 
-#include "data/Connection.h"
-#include "data/Schema.h"
+#include "support/TestDatabases.h"
 
-#include <gtest/gtest.h>
+#include "data/Schema.h"
 
 namespace dax::test {
 
 class EngineDatabase {
 public:
     EngineDatabase(Engine engine, Schema::Database kind);
-    ~EngineDatabase();
-    EngineDatabase(const EngineDatabase&) = delete;
-    EngineDatabase& operator=(const EngineDatabase&) = delete;
 
-    const Text& ConnectionString() const { return connectionString; }
-    const Text& Path() const { return path; } // of the file; empty on a server
-    void Run(const Text& statement) const;
+    const Text& ConnectionString() const { return database.ConnectionString(); }
+    const Text& Path() const { return database.Name(); } // of a SQLite file
+    void Run(const Text& statement) const { administrator.Execute(statement); }
     int64_t Count(const Text& table) const;
     // Rows of every table, in the order of the schema.
     std::vector<int64_t> Counts() const;
@@ -27,9 +22,9 @@ public:
     void AcceptInserts(const Text& table) const;
 
 private:
-    Engine engine;
     Schema::Database kind;
-    Text serverString, connectionString, path, name;
+    TestDatabase database;
+    mutable Connection administrator; // open as long as the database is there
 };
 
 // The server's connection string, empty where none is known.
@@ -37,16 +32,9 @@ Text ServerString(Engine engine);
 
 class OnEveryEngine : public testing::TestWithParam<Engine> {
 protected:
-    void SetUp() override;
+    void SetUp() override { DAX_NEEDS_ENGINE(GetParam()); }
 };
 
-std::string EngineName(const testing::TestParamInfo<Engine>& info);
-
-// A name in the temporary folder that no other test has.
-Text TemporaryPath(const Text& ending);
-
-#define DAX_ON_EVERY_ENGINE(Suite)                                                                                     \
-    INSTANTIATE_TEST_SUITE_P(Engines, Suite, testing::Values(Engine::SQLite, Engine::PostgreSQL, Engine::MariaDB),     \
-                             EngineName)
+#define DAX_ON_EVERY_ENGINE(Suite) INSTANTIATE_TEST_SUITE_P(Engines, Suite, testing::ValuesIn(AllEngines()), EngineName)
 
 } // namespace dax::test

@@ -26,32 +26,16 @@ Text CannotOpen(const Text& path) {
            u"validate the integrity of the file by opening it in Microsoft Access.";
 }
 
-class TemporaryFolder {
-public:
-    TemporaryFolder() : path(TemporaryPath(u".dir")) { fs::create_directory(path); }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    Text Write(const Text& name, std::string_view content) const {
-        const fs::path file = path / name;
-        std::ofstream(file, std::ios::binary) << content;
-        return file.u16string();
-    }
-    fs::path path;
-};
-
 } // namespace
 
 TEST(FileValidation, FilesThatAreNone) {
-    const TemporaryFolder folder;
+    const TempFolder folder;
     const EngineDatabase whole(Engine::SQLite, Schema::Database::Content);
     const Text readOnly = folder.Write(u"anna's.db", "x");
     fs::permissions(readOnly, fs::perms::owner_read);
-    const Text missing = (folder.path / u"missing.db").u16string();
-    const Text directory = folder.path.u16string();
+    const Text missing = folder.File(u"missing.db");
+    const Text directory = folder.File(u"inner");
+    fs::create_directory(folder.Path() / "inner");
     const Text notFoundAdvice = u"' was not found.  Select a valid velmora database before using the program.";
     const struct {
         Text path;
@@ -96,7 +80,7 @@ TEST(FileValidation, FilesThatAreNone) {
 }
 
 TEST(FileValidation, FilesThatAreNoDatabaseOfOurs) {
-    const TemporaryFolder folder;
+    const TempFolder folder;
     const struct {
         Text path;
         ValidationErrorTypes type;
@@ -238,7 +222,7 @@ TEST(FileValidation, ADiskThatTakesNoMoreRefusesTheWriteTest) {
 
 TEST(FileValidation, NothingStaysOpenAfterAnyOutcome) {
     const EngineDatabase database(Engine::SQLite, Schema::Database::Content);
-    const TemporaryFolder folder;
+    const TempFolder folder;
     const Text text = folder.Write(u"text.db", std::string(5000, 'x')), empty = folder.Write(u"empty.db", "");
     const auto validateAll = [&] {
         DatabaseValidator validator;
