@@ -36,9 +36,9 @@ std::wstring DescribeResult(HRESULT result) {
         FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS |
                            FORMAT_MESSAGE_MAX_WIDTH_MASK,
                        nullptr, static_cast<DWORD>(result), 0, reinterpret_cast<LPWSTR>(&words), 0, nullptr);
-    std::wstring text = length ? std::wstring(words, length) : L"error ";
+    const std::wstring text = length ? std::wstring(words, length) : L"error ";
     LocalFree(words);
-    return text + L"(&H" + number + L")";
+    return length ? text + L"(&H" + number + L")" : text + L"&H" + number;
 }
 
 Variant::Variant(const std::wstring& text) : Variant() {

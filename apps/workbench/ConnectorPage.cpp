@@ -48,7 +48,7 @@ void ConnectorPage::Build() {
     SendMessageW(Field(idEnabled), BM_SETCHECK, BST_CHECKED, 0);
     for (const wchar_t* title : detailTitles) {
         const HWND label = AddLabel(title);
-        details.push_back({title, label, AddOutput(idLabel)});
+        details.push_back({label, AddOutput(idLabel)});
     }
     AddButton(idRecord, L"&Record connection");
     AddOutput(idResult);
@@ -63,11 +63,13 @@ void ConnectorPage::Arrange(int top, int bottom) {
     const int browse = Right() - style.ButtonWidth(FieldText(idBrowse));
     const int fieldRight = browse - style.Gap();
     Place(Field(idBrowse), browse, top - style.Scale(1), Right(), top + style.ButtonHeight() - style.Scale(1));
-    int y = PlaceRow(connectionLabel, idConnection, top, fieldLeft, fieldRight);
-    const int half = fieldLeft + (fieldRight - fieldLeft - style.Scale(16) - style.TextWidth(L"Catalog:")) / 2;
-    PlaceRow(sourceLabel, idSource, y, fieldLeft, half);
-    y = PlaceRow(catalogLabel, idCatalog, y, half + style.Scale(24) + style.TextWidth(L"Catalog:"), fieldRight);
-    y = PlaceRow(userLabel, idUser, y, fieldLeft, half);
+    const int catalogWidth = style.TextWidth(L"Catalog:") + style.Scale(16);
+    const int half = fieldLeft + (fieldRight - fieldLeft - style.Scale(16) - catalogWidth) / 2;
+    const int second = half + style.Scale(16);
+    int y = PlaceRow(connectionLabel, idConnection, top, Left(), fieldLeft, fieldRight);
+    PlaceRow(sourceLabel, idSource, y, Left(), fieldLeft, half);
+    y = PlaceRow(catalogLabel, idCatalog, y, second, second + catalogWidth, fieldRight);
+    y = PlaceRow(userLabel, idUser, y, Left(), fieldLeft, half);
     PlaceButton(idLoad, PlaceButton(idValidate, fieldLeft, y), y);
     y += style.ButtonHeight() + style.Margin();
 
@@ -79,14 +81,13 @@ void ConnectorPage::Arrange(int top, int bottom) {
     const int detailHeight = style.LineHeight() + style.Scale(4);
     for (auto detail = details.rbegin(); detail != details.rend(); ++detail) {
         below -= detailHeight;
-        Place(detail->label, fieldLeft - style.Gap() - style.TextWidth(detail->title), below, fieldLeft,
-              below + detailHeight);
+        Place(detail->label, Left(), below, fieldLeft, below + detailHeight);
         Place(detail->value, fieldLeft, below, Right(), below + detailHeight);
     }
     below -= style.Gap() + style.FieldHeight();
     const int enabled = Right() - style.TextWidth(L"Enabled") - style.Scale(28);
-    if (picker) PlaceRow(pickerLabel, idPicker, below, fieldLeft, enabled - style.Gap());
-    PlaceRow(nullptr, idEnabled, below, enabled, Right());
+    if (picker) PlaceRow(pickerLabel, idPicker, below, Left(), fieldLeft, enabled - style.Gap());
+    PlaceRow(nullptr, idEnabled, below, Left(), enabled, Right());
     below -= style.Margin();
     if (validator) Place(validator->Window(), Left() + 1, y, Right() - 1, std::max(below, y));
 }

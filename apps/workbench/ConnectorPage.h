@@ -24,7 +24,6 @@ protected:
 
 private:
     struct Detail {
-        const wchar_t* title;
         HWND label;
         HWND value;
     };

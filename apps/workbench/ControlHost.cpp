@@ -15,6 +15,8 @@ struct Container {
     HRESULT(WINAPI* create)(LPCOLESTR, HWND, IStream*, IUnknown**, IUnknown**, REFIID, IUnknown*) = nullptr;
     HRESULT(WINAPI* control)(HWND, IUnknown**) = nullptr;
 
+    bool ready = false;
+
     Container() {
         const HMODULE module = LoadLibraryW(L"atl.dll");
         if (!module) return;
@@ -25,8 +27,8 @@ struct Container {
         find(init, "AtlAxWinInit");
         find(create, "AtlAxCreateControlEx");
         find(control, "AtlAxGetControl");
+        ready = init && create && control && init(); // once: the second time it finds its classes registered
     }
-    bool Ready() const { return init && create && control && init(); }
 };
 
 } // namespace
@@ -34,7 +36,7 @@ struct Container {
 ControlHost::ControlHost(HWND parent, int id, bool tabStop, const ControlLibrary& library, const std::wstring& name,
                          EventHandler handler) {
     static const Container container;
-    if (!container.Ready())
+    if (!container.ready)
         throw HostError(E_FAIL, L"The system's ActiveX container (atl.dll) cannot be used on this machine.");
     window = CreateWindowExW(WS_EX_CONTROLPARENT, L"AtlAxWin", L"",
                              WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN | WS_CLIPSIBLINGS | (tabStop ? WS_TABSTOP : 0), 0,

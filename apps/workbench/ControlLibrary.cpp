@@ -77,7 +77,10 @@ std::wstring ControlLibrary::ClassText(const std::wstring& control) const {
 }
 
 std::wstring ControlLibrary::Advice(const std::wstring& control, HRESULT result) const {
-    std::wstring text = L"The control DAXControls." + control + L" cannot be created: " + DescribeResult(result);
+    std::wstring text =
+        L"The control DAXControls." + control + L" cannot be created: " +
+        (result == REGDB_E_CLASSNOTREG || result == CO_E_CLASSSTRING ? L"it is not registered on this machine."
+                                                                     : DescribeResult(result));
     if (!problem.empty()) text += L"\n\nThe library beside this program could not be used: " + problem;
     if (classes.empty())
         text += std::wstring(L"\n\nEither put ") + libraryFile + L" beside this program, or register it from an " +

@@ -45,7 +45,7 @@ bool EventLog::Create(HWND parent, int id, const Style& style) {
 void EventLog::StyleChanged(const Style& style) {
     SendMessageW(window, WM_SETFONT, reinterpret_cast<WPARAM>(style.Plain()), TRUE);
     const wchar_t* widest[argumentColumn] = {L"00:00:00.000", L"event", L"DatabaseValidator",
-                                             L"UpdateConnectionHistory"};
+                                             L"ValidateCommonConnection"};
     for (int i = 0; i < argumentColumn; ++i)
         ListView_SetColumnWidth(window, i, style.TextWidth(widest[i]) + style.Scale(20));
     Resized(style);

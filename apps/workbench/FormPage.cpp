@@ -34,8 +34,10 @@ bool FormPage::Create(HWND parent, int id) {
     AddLabel(Explanation(), idHint);
     Build();
     if (!problem.empty()) {
-        AddLabel(L"", idProblem);
-        SetField(idProblem, problem);
+        // The page shows the reason instead of fields that would lead nowhere.
+        for (HWND child = GetWindow(Handle(), GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
+            if (GetDlgCtrlID(child) != idHeading) ShowWindow(child, SW_HIDE);
+        AddLabel(problem, idProblem);
         bench.showStatus(problem.substr(0, problem.find(L'\n')));
     }
     StyleChanged();
@@ -115,11 +117,9 @@ void FormPage::Place(HWND child, int left, int top, int right, int bottom) const
                  SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
 }
 
-int FormPage::PlaceRow(HWND label, int id, int top, int fieldLeft, int right) const {
+int FormPage::PlaceRow(HWND label, int id, int top, int labelLeft, int fieldLeft, int right) const {
     const int bottom = top + bench.style.FieldHeight();
-    if (label)
-        Place(label, fieldLeft - bench.style.Gap() - bench.style.TextWidth(WindowText(label)), top,
-              fieldLeft - bench.style.Scale(4), bottom);
+    if (label) Place(label, labelLeft, top, fieldLeft - bench.style.Scale(4), bottom);
     Place(Field(id), fieldLeft, top, right, bottom);
     return bottom + bench.style.Gap();
 }
@@ -152,12 +152,7 @@ void FormPage::ArrangeAll() {
     const int bottom = top + style.WrappedHeight(Explanation(), Right() - Left());
     Place(Field(idHint), Left(), top, Right(), bottom);
     Arrange(bottom + style.Margin(), area.bottom - style.Margin());
-    // The reason takes the place of a panel that could not be made.
-    if (const HWND reason = Field(idProblem)) {
-        const int height = style.WrappedHeight(problem, Right() - Left());
-        Place(reason, Left(), std::max<int>(area.bottom - style.Margin() - height, bottom), Right(), area.bottom);
-        SetWindowPos(reason, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
-    }
+    Place(Field(idProblem), Left(), bottom, Right(), area.bottom - style.Margin());
     InvalidateRect(Handle(), nullptr, TRUE);
 }
 

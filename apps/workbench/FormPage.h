@@ -50,8 +50,8 @@ protected:
     int Left() const { return bench.style.Margin(); }
     int Right() const;
     void Place(HWND child, int left, int top, int right, int bottom) const;
-    // A label at the left, the field from `fieldLeft` to `right`; returns the top of the next row.
-    int PlaceRow(HWND label, int id, int top, int fieldLeft, int right) const;
+    // A label (or none) before a field that ends at `right`; returns the top of the next row.
+    int PlaceRow(HWND label, int id, int top, int labelLeft, int fieldLeft, int right) const;
     // A button at the left edge given; returns the left edge of the next.
     int PlaceButton(int id, int left, int top) const;
     void Frame(HWND child) { framed.push_back(child); }

@@ -45,9 +45,9 @@ void ValidatorPage::Arrange(int top, int bottom) {
     const int fieldLeft = Left() + style.TextWidth(L"File or connection:") + style.Scale(16);
     const int browse = Right() - style.ButtonWidth(FieldText(idBrowse));
     Place(Field(idBrowse), browse, top - style.Scale(1), Right(), top + style.ButtonHeight() - style.Scale(1));
-    int y = PlaceRow(connectionLabel, idConnection, top, fieldLeft, browse - style.Gap());
-    y = PlaceRow(catalogLabel, idCatalog, y, fieldLeft, browse - style.Gap());
-    y = PlaceRow(nullptr, idAccessFile, y, fieldLeft, Right());
+    int y = PlaceRow(connectionLabel, idConnection, top, Left(), fieldLeft, browse - style.Gap());
+    y = PlaceRow(catalogLabel, idCatalog, y, Left(), fieldLeft, browse - style.Gap());
+    y = PlaceRow(nullptr, idAccessFile, y, Left(), fieldLeft, Right());
     PlaceButton(idTalk, PlaceButton(idValidate, fieldLeft, y), y);
     y += style.ButtonHeight() + style.Margin();
     const int resultTop = bottom - style.FieldHeight();

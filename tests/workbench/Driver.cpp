@@ -1,0 +1,182 @@
+#include "Driver.h"
+
+#include "../../apps/workbench/Com.h"
+#include "../../apps/workbench/Ids.h"
+
+#include <initguid.h>
+#include <wincodec.h>
+
+#include <set>
+
+namespace dax::test {
+
+using namespace workbench;
+
+namespace {
+
+constexpr DWORD patience = 60'000; // milliseconds; only a fault uses them up
+
+// As the program's start-up code takes a command line apart; no argument here ends with a backslash.
+std::wstring CommandLine(const std::wstring& program, const std::vector<std::wstring>& arguments) {
+    std::wstring line = L'"' + program + L'"';
+    for (const std::wstring& argument : arguments) line += L" \"" + argument + L'"';
+    return line;
+}
+
+std::wstring TempFile() {
+    wchar_t folder[MAX_PATH + 1], path[MAX_PATH + 1];
+    GetTempPathW(MAX_PATH, folder);
+    GetTempFileNameW(folder, L"dax", 0, path);
+    return path;
+}
+
+struct Search {
+    DWORD process;
+    HWND found;
+};
+
+BOOL CALLBACK FindFrame(HWND window, LPARAM parameter) {
+    auto* search = reinterpret_cast<Search*>(parameter);
+    DWORD owner = 0;
+    wchar_t name[64] = L"";
+    GetWindowThreadProcessId(window, &owner);
+    GetClassNameW(window, name, 64);
+    if (owner != search->process || std::wstring(name) != frameClass) return TRUE;
+    search->found = window;
+    return FALSE;
+}
+
+} // namespace
+
+std::wstring Wide(const Text& text) { return {text.begin(), text.end()}; }
+
+std::wstring WorkbenchPath() {
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return path.substr(0, path.find_last_of(L'\\') + 1) + L"DAXWorkbench.exe";
+}
+
+Workbench::Workbench(const std::vector<std::wstring>& arguments, const std::wstring& program) : outputPath(TempFile()) {
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    output = CreateFileW(outputPath.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
+                         CREATE_ALWAYS, 0, nullptr);
+    STARTUPINFOW start{};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdOutput = start.hStdError = output;
+    std::wstring line = CommandLine(program, arguments);
+    CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process);
+}
+
+Workbench::~Workbench() {
+    if (process.hProcess) {
+        if (WaitForSingleObject(process.hProcess, 0) != WAIT_OBJECT_0) {
+            TerminateProcess(process.hProcess, 99);
+            WaitForSingleObject(process.hProcess, patience);
+        }
+        CloseHandle(process.hProcess);
+        CloseHandle(process.hThread);
+    }
+    CloseHandle(output);
+    DeleteFileW(outputPath.c_str());
+}
+
+int Workbench::ExitCode() {
+    DWORD code = 0;
+    if (!process.hProcess || WaitForSingleObject(process.hProcess, patience) != WAIT_OBJECT_0 ||
+        !GetExitCodeProcess(process.hProcess, &code))
+        return -1;
+    return static_cast<int>(code);
+}
+
+std::string Workbench::Said() const {
+    const HANDLE file = CreateFileW(outputPath.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_EXISTING, 0, nullptr);
+    std::string text(65536, '\0');
+    DWORD count = 0;
+    if (!ReadFile(file, text.data(), static_cast<DWORD>(text.size()), &count, nullptr)) count = 0;
+    CloseHandle(file);
+    text.resize(count);
+    return text;
+}
+
+bool Workbench::Until(const std::function<bool()>& condition) {
+    const ULONGLONG end = GetTickCount64() + patience;
+    while (!condition()) {
+        if (GetTickCount64() > end) return false;
+        // The wait is for the program's end, which would make the condition's coming impossible.
+        if (WaitForSingleObject(process.hProcess, 20) != WAIT_TIMEOUT) return condition();
+    }
+    return true;
+}
+
+HWND Workbench::Frame() {
+    Until([this] {
+        Search search{process.dwProcessId, nullptr};
+        if (!frame) EnumWindows(FindFrame, reinterpret_cast<LPARAM>(&search));
+        if (search.found) frame = search.found;
+        return frame != nullptr;
+    });
+    return frame;
+}
+
+HWND Workbench::Field(int page, int id) { return GetDlgItem(GetDlgItem(Frame(), idPageFirst + page), id); }
+
+std::wstring Workbench::FieldText(int page, int id) {
+    wchar_t text[4096] = L"";
+    const HWND field = Field(page, id);
+    DWORD_PTR length = 0;
+    if (!field ||
+        !SendMessageTimeoutW(field, WM_GETTEXT, 4096, reinterpret_cast<LPARAM>(text), SMTO_NORMAL, patience, &length))
+        return {};
+    return text;
+}
+
+void Workbench::Press(HWND window, WPARAM key) {
+    PostMessageW(window, WM_KEYDOWN, key, 1);
+    PostMessageW(window, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001u));
+}
+
+HWND Workbench::Focus() {
+    GUITHREADINFO info{};
+    info.cbSize = sizeof info;
+    return GetGUIThreadInfo(GetWindowThreadProcessId(Frame(), nullptr), &info) ? info.hwndFocus : nullptr;
+}
+
+size_t Image::Colours(size_t enough) const {
+    std::set<unsigned> seen;
+    for (size_t i = 0; i + 2 < pixels.size() && seen.size() < enough; i += 3)
+        seen.insert(static_cast<unsigned>(pixels[i] << 16 | pixels[i + 1] << 8 | pixels[i + 2]));
+    return seen.size();
+}
+
+Image ReadImage(const std::wstring& path) {
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    Image image;
+    {
+        Com<IWICImagingFactory> factory;
+        Com<IWICBitmapDecoder> decoder;
+        Com<IWICBitmapFrameDecode> frame;
+        Com<IWICFormatConverter> plain;
+        UINT width = 0, height = 0;
+        if (SUCCEEDED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
+                                       factory.OutAny())) &&
+            SUCCEEDED(factory->CreateDecoderFromFilename(path.c_str(), nullptr, GENERIC_READ,
+                                                         WICDecodeMetadataCacheOnLoad, decoder.Out())) &&
+            SUCCEEDED(decoder->GetFrame(0, frame.Out())) && SUCCEEDED(frame->GetSize(&width, &height)) &&
+            SUCCEEDED(factory->CreateFormatConverter(plain.Out())) &&
+            SUCCEEDED(plain->Initialize(frame.Get(), GUID_WICPixelFormat24bppBGR, WICBitmapDitherTypeNone, nullptr, 0,
+                                        WICBitmapPaletteTypeCustom))) {
+            image.pixels.resize(static_cast<size_t>(width) * height * 3);
+            if (SUCCEEDED(plain->CopyPixels(nullptr, width * 3, static_cast<UINT>(image.pixels.size()),
+                                            image.pixels.data()))) {
+                image.width = static_cast<int>(width);
+                image.height = static_cast<int>(height);
+            }
+        }
+    }
+    CoUninitialize();
+    return image;
+}
+
+} // namespace dax::test

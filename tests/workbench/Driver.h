@@ -1,0 +1,61 @@
+// Starts the workbench, the real program, and drives it from outside through its windows.
+#pragma once
+
+#include "data/Text.h"
+
+#include <windows.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace dax::test {
+
+std::wstring Wide(const Text& text);
+// The program beside the test program.
+std::wstring WorkbenchPath();
+
+class Workbench {
+public:
+    explicit Workbench(const std::vector<std::wstring>& arguments, const std::wstring& program = WorkbenchPath());
+    Workbench(const Workbench&) = delete;
+    Workbench& operator=(const Workbench&) = delete;
+    ~Workbench(); // ends the program if it still runs
+
+    // Waits for the program's end; its exit code, or -1 when it has not ended in a generous time.
+    int ExitCode();
+    // What it wrote to its standard output and error; after its end.
+    std::string Said() const;
+
+    // Waits for the window; null when it does not come.
+    HWND Frame();
+    // A field of page n, null as long as the page does not exist.
+    HWND Field(int page, int id);
+    std::wstring FieldText(int page, int id);
+    // A key as the keyboard gives it to the window that has the focus.
+    void Press(HWND window, WPARAM key);
+    // The window that has the focus in the program.
+    HWND Focus();
+
+    // Waits until it holds; false after a generous time, or when the program has ended.
+    bool Until(const std::function<bool()>& condition);
+
+private:
+    PROCESS_INFORMATION process{};
+    HANDLE output = INVALID_HANDLE_VALUE;
+    std::wstring outputPath;
+    HWND frame = nullptr;
+};
+
+struct Image {
+    int width = 0;
+    int height = 0;
+    std::vector<unsigned char> pixels; // three bytes each
+
+    size_t Colours(size_t enough) const; // counts no further than that
+};
+
+// Empty when the file cannot be read as a picture.
+Image ReadImage(const std::wstring& path);
+
+} // namespace dax::test

@@ -1,0 +1,42 @@
+#include "../../apps/workbench/Input.h"
+#include "Driver.h"
+#include "support/TestDatabases.h"
+
+#include <gtest/gtest.h>
+
+namespace dax::test {
+
+using namespace workbench;
+
+namespace {
+
+TEST(WorkbenchInputTest, TellsFilesFromConnectionStrings) {
+    const TempFolder folder;
+    const std::wstring odd = Wide(folder.Write(u"a=b.db", "x"));
+    const struct {
+        std::wstring typed, connection, file, catalog;
+    } cases[] = {
+        {L"", L"", L"", L""},
+        {L"C:\\data\\course.db", L"C:\\data\\course.db", L"C:\\data\\course.db", L"course"},
+        {odd, odd, odd, L"a=b"},
+        {L"C:\\x\\old.MDB", L"Provider=Microsoft.ACE.OLEDB.12.0;Data Source=\"C:\\x\\old.MDB\"", L"C:\\x\\old.MDB",
+         L"old"},
+        {L"Driver={A;B};Server=here;database = course ;UID=me", L"Driver={A;B};Server=here;database = course ;UID=me",
+         L"course", L"course"},
+        {L"Provider=P;Data Source='a;\"b';Initial Catalog=\"c\"\"d\"",
+         L"Provider=P;Data Source='a;\"b';Initial Catalog=\"c\"\"d\"", L"a;\"b", L"c\"d"},
+    };
+    for (const auto& one : cases) {
+        const ::testing::ScopedTrace trace(__FILE__, __LINE__, ::testing::PrintToString(one.typed));
+        EXPECT_EQ(ConnectionFor(one.typed), one.connection);
+        EXPECT_EQ(FileOf(one.typed), one.file);
+        EXPECT_EQ(CatalogOf(one.typed), one.catalog);
+    }
+    EXPECT_EQ(SourceOf(L"DSN=main;UID=me"), L"main");
+    EXPECT_EQ(ValueOf(L"a=1;b={unended", L"b"), L"unended");
+    EXPECT_EQ(ValueOf(L"=;;a;b=", L"b|a"), L"");
+}
+
+} // namespace
+
+} // namespace dax::test
