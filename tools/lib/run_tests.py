@@ -83,7 +83,7 @@ def build(summary, variant, *targets):
         summary.passed += 1
         summary.say(f"build {variant}: passed ({time.monotonic() - begin:.1f} s)")
         return True
-    errors = [line for line in text.splitlines() if re.search(r"error|FAILED|undefined reference", line)]
+    errors = [line for line in text.splitlines() if re.search(r"error:|^FAILED|undefined reference", line)]
     summary.failed.append((f"build {variant}", "\n".join(errors[:30]) or tail(text)))
     summary.say(f"build {variant}: FAILED (whole log: build/test/build-{variant}.log)")
     return False
