@@ -13,14 +13,14 @@ constexpr DISPID CatalogChangedEvent = 1;
 class SQLDBPickerControl final : public ControlOf<_SQLDBPicker, SQLDBPickerWindow> {
 public:
     explicit SQLDBPickerControl(const ClassEntry& entry) : ControlOf(entry) {
-        changedListener = picker->CatalogChanged.Add([this](const Text& catalog, const Text& login,
-                                                            const Text& password, const Text& title,
-                                                            const Text& description) {
-            const Keeper keeper(*this);
-            ViewChanged();
-            Fire(CatalogChangedEvent,
-                 {Variant(catalog), Variant(login), Variant(password), Variant(title), Variant(description)});
-        });
+        changedListener =
+            picker->CatalogChanged.Add([this](const Text& catalog, const Text& login, const Text& password,
+                                              const Text& title, const Text& description) {
+                const Keeper keeper(*this);
+                ViewChanged();
+                Fire(CatalogChangedEvent,
+                     {Variant(catalog), Variant(login), Variant(password), Variant(title), Variant(description)});
+            });
     }
 
     STDMETHODIMP get_ConnectionString(BSTR* value) override {

@@ -112,8 +112,7 @@ void FireEvent(const ConnectionPoint& point, DISPID event, std::span<Variant> ar
         if (!dispatch) continue;
         DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
         Variant result;
-        dispatch->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, &result, nullptr,
-                         nullptr);
+        dispatch->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, &result, nullptr, nullptr);
     }
 }
 

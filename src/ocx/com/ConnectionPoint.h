@@ -1,8 +1,8 @@
 // Where a host's event sink is connected to an object.
 #pragma once
 
-#include "ocx/com/Variant.h"
 #include "ocx/com/ComPtr.h"
+#include "ocx/com/Variant.h"
 
 #include <ocidl.h>
 

@@ -63,8 +63,6 @@ HRESULT ClassObject::GetGUID(DWORD kind, GUID* guid) {
     return S_OK;
 }
 
-HRESULT ClassObject::InterfaceSupportsErrorInfo(REFIID iid) {
-    return iid == *entry.defaultInterface ? S_OK : S_FALSE;
-}
+HRESULT ClassObject::InterfaceSupportsErrorInfo(REFIID iid) { return iid == *entry.defaultInterface ? S_OK : S_FALSE; }
 
 } // namespace dax

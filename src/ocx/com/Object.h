@@ -128,8 +128,7 @@ public:
 protected:
     template <typename... Arguments>
     explicit Automation(const ClassEntry& entry, Arguments&&... arguments)
-        : Base(entry, std::forward<Arguments>(arguments)...),
-          typeInfo(Module::TypeInfo(*entry.defaultInterface)) {}
+        : Base(entry, std::forward<Arguments>(arguments)...), typeInfo(Module::TypeInfo(*entry.defaultInterface)) {}
 
     void* Find(REFIID iid) override {
         if (iid == IID_IUnknown || iid == IID_IDispatch || iid == *this->Entry().defaultInterface)

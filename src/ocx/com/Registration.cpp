@@ -23,8 +23,8 @@ std::wstring GuidText(const GUID& guid) {
 
 void Write(Scope scope, const std::wstring& key, const wchar_t* name, const std::wstring& value) {
     HKEY opened = nullptr;
-    LSTATUS status = RegCreateKeyExW(Root(scope), Place(key).c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &opened,
-                                     nullptr);
+    LSTATUS status =
+        RegCreateKeyExW(Root(scope), Place(key).c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &opened, nullptr);
     if (status == ERROR_SUCCESS) {
         status = RegSetValueExW(opened, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
                                 static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
@@ -45,8 +45,8 @@ void Remove(Scope scope, const std::wstring& key) {
 // The type-library functions for one user, which not every system header declares.
 template <typename Function>
 Function OfAutomation(const char* name) {
-    const auto function = reinterpret_cast<Function>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"oleaut32"), name)));
+    const auto function =
+        reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"oleaut32"), name)));
     if (!function) throw ComError(E_NOTIMPL);
     return function;
 }
@@ -86,8 +86,9 @@ void RegisterLibrary(Scope scope) {
         ComPtr<ITypeLib> types;
         Check(LoadTypeLibEx(path.c_str(), REGKIND_NONE, types.Out()));
         std::wstring folder = path.substr(0, path.find_last_of(L"\\/"));
-        Check(scope == Scope::User ? OfAutomation<RegisterForUser>("RegisterTypeLibForUser")(types.Get(), path.data(), folder.data())
-                                   : RegisterTypeLib(types.Get(), path.data(), folder.data()));
+        Check(scope == Scope::User
+                  ? OfAutomation<RegisterForUser>("RegisterTypeLibForUser")(types.Get(), path.data(), folder.data())
+                  : RegisterTypeLib(types.Get(), path.data(), folder.data()));
     } catch (...) {
         UnregisterLibrary(scope);
         throw;

@@ -51,7 +51,9 @@ Variant::Variant(const Variant& other) : Variant() {
     if (FAILED(VariantCopy(this, const_cast<Variant*>(&other)))) throw std::bad_alloc();
 }
 
-Variant::Variant(Variant&& other) noexcept : Variant() { *this = std::move(other); }
+Variant::Variant(Variant&& other) noexcept : Variant() {
+    std::swap(static_cast<VARIANT&>(*this), static_cast<VARIANT&>(other));
+}
 
 Variant& Variant::operator=(Variant other) noexcept {
     std::swap(static_cast<VARIANT&>(*this), static_cast<VARIANT&>(other));
@@ -87,12 +89,18 @@ namespace {
 // The automation kind of a value; VT_EMPTY for NULL.
 VARTYPE KindOf(const Value& value) {
     switch (value.index()) {
-    case 1: return VT_BOOL;
-    case 2: return VT_I4;
-    case 3: return VT_R8;
-    case 4: return VT_BSTR;
-    case 5: return VT_DATE;
-    default: return VT_EMPTY;
+    case 1:
+        return VT_BOOL;
+    case 2:
+        return VT_I4;
+    case 3:
+        return VT_R8;
+    case 4:
+        return VT_BSTR;
+    case 5:
+        return VT_DATE;
+    default:
+        return VT_EMPTY;
     }
 }
 
@@ -105,18 +113,25 @@ Value ToValue(const VARIANT& variant, const Value& like) {
     const bool isNothing = plain.vt == VT_EMPTY || plain.vt == VT_NULL;
     if (!isNothing && kind != VT_EMPTY && FAILED(VariantChangeType(&plain, &plain, 0, kind))) return {};
     switch (plain.vt) {
-    case VT_BOOL: return plain.boolVal != VARIANT_FALSE;
-    case VT_BSTR: return FromBstr(plain.bstrVal);
-    case VT_I2: return static_cast<int64_t>(plain.iVal);
-    case VT_I4: return static_cast<int64_t>(plain.lVal);
-    case VT_R4: return static_cast<double>(plain.fltVal);
-    case VT_R8: return plain.dblVal;
+    case VT_BOOL:
+        return plain.boolVal != VARIANT_FALSE;
+    case VT_BSTR:
+        return FromBstr(plain.bstrVal);
+    case VT_I2:
+        return static_cast<int64_t>(plain.iVal);
+    case VT_I4:
+        return static_cast<int64_t>(plain.lVal);
+    case VT_R4:
+        return static_cast<double>(plain.fltVal);
+    case VT_R8:
+        return plain.dblVal;
     case VT_DATE: {
         SYSTEMTIME time{};
         if (!VariantTimeToSystemTime(plain.date, &time)) return {};
         return DateTime{time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond};
     }
-    default: return {};
+    default:
+        return {};
     }
 }
 

@@ -81,8 +81,10 @@ void PutValue(Writer& writer, const Value& value) {
 
 Value TakeValue(Reader& reader) {
     switch (reader.Number()) {
-    case 0: return {};
-    case 1: return reader.Number() != 0;
+    case 0:
+        return {};
+    case 1:
+        return reader.Number() != 0;
     case 2: {
         int64_t number = 0;
         reader.Take(&number, sizeof number);
@@ -93,14 +95,16 @@ Value TakeValue(Reader& reader) {
         reader.Take(&real, sizeof real);
         return real;
     }
-    case 4: return reader.Words();
+    case 4:
+        return reader.Words();
     case 5: {
         DateTime date;
         for (int* part : {&date.year, &date.month, &date.day, &date.hour, &date.minute, &date.second})
             *part = static_cast<int>(reader.Number());
         return date;
     }
-    default: throw ComError(E_INVALIDARG);
+    default:
+        throw ComError(E_INVALIDARG);
     }
 }
 

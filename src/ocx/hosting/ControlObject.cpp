@@ -37,15 +37,18 @@ HRESULT Control::DoVerb(LONG verb, LPMSG, IOleClientSite*, LONG, HWND, LPCRECT w
     if (wanted && !isInPlaceActive && !IsRectEmpty(wanted)) place = *wanted;
     switch (verb) {
     case OLEIVERB_SHOW:
-    case OLEIVERB_INPLACEACTIVATE: return ActivateInPlace();
+    case OLEIVERB_INPLACEACTIVATE:
+        return ActivateInPlace();
     case OLEIVERB_PRIMARY:
     case OLEIVERB_OPEN:
-    case OLEIVERB_UIACTIVATE: return ActivateUI();
+    case OLEIVERB_UIACTIVATE:
+        return ActivateUI();
     case OLEIVERB_HIDE:
         UIDeactivate();
         if (const HWND handle = window->Handle(); handle && isInPlaceActive) ShowWindow(handle, SW_HIDE);
         return S_OK;
-    case OLEIVERB_DISCARDUNDOSTATE: return S_OK;
+    case OLEIVERB_DISCARDUNDOSTATE:
+        return S_OK;
     default:
         if (verb < 0) return E_NOTIMPL;
         const HRESULT result = ActivateUI(); // an unknown verb does what the first one does, and says so

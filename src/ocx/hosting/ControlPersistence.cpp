@@ -56,8 +56,7 @@ HRESULT Control::GetSizeMax(ULARGE_INTEGER* size) {
 HRESULT Control::Load(IStorage* storage) {
     if (!storage) return E_POINTER;
     ComPtr<IStream> stream;
-    const HRESULT result =
-        storage->OpenStream(StreamName, nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, stream.Out());
+    const HRESULT result = storage->OpenStream(StreamName, nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, stream.Out());
     return FAILED(result) ? result : Load(stream.Get());
 }
 

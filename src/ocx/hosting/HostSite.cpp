@@ -14,8 +14,8 @@ constexpr int HimetricPerInch = 2540;
 Variant AmbientProperty(IDispatch& host, DISPID dispid) {
     DISPPARAMS none{};
     Variant result;
-    if (FAILED(host.Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, &result, nullptr,
-                           nullptr)))
+    if (FAILED(
+            host.Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, &result, nullptr, nullptr)))
         return {};
     return result;
 }

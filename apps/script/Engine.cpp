@@ -1,0 +1,218 @@
+#include <ole2.h>
+
+#include <initguid.h> // not every system library has the identifiers of script engines
+
+#include "Engine.h"
+
+#include "Output.h"
+#include "ocx/com/Variant.h"
+
+#include <map>
+#include <stdexcept>
+#include <vector>
+
+namespace dax {
+
+namespace {
+
+std::wstring Hexadecimal(unsigned long number) {
+    wchar_t text[16];
+    return std::wstring(text, static_cast<size_t>(wsprintfW(text, L"%08lX", number)));
+}
+
+std::wstring Take(BSTR text) {
+    const std::wstring result = ToWide(FromBstr(text));
+    SysFreeString(text);
+    return result;
+}
+
+// "file(line, column): source: description (number)"
+std::wstring Message(const std::wstring& place, EXCEPINFO& info) {
+    if (info.pfnDeferredFillIn) info.pfnDeferredFillIn(&info);
+    std::wstring source = Take(info.bstrSource), description = Take(info.bstrDescription);
+    SysFreeString(info.bstrHelpFile);
+    if (description.empty()) description = L"the call has failed";
+    if (!source.empty()) source += L": ";
+    return place + L": " + source + description + L" (" +
+           Hexadecimal(static_cast<unsigned long>(info.scode ? info.scode : info.wCode)) + L")";
+}
+
+} // namespace
+
+class Engine::Site final : public IActiveScriptSite, public IActiveScriptSiteWindow {
+public:
+    explicit Site(std::wstring path) : path(std::move(path)) {}
+
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
+        if (!object) return E_POINTER;
+        *object = nullptr;
+        if (iid == IID_IUnknown || iid == IID_IActiveScriptSite)
+            *object = static_cast<IActiveScriptSite*>(this);
+        else if (iid == IID_IActiveScriptSiteWindow)
+            *object = static_cast<IActiveScriptSiteWindow*>(this);
+        if (!*object) return E_NOINTERFACE;
+        AddRef();
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
+    STDMETHODIMP_(ULONG) Release() override {
+        const ULONG left = --references;
+        if (left == 0) delete this;
+        return left;
+    }
+
+    STDMETHODIMP GetLCID(LCID* locale) override {
+        *locale = LOCALE_USER_DEFAULT;
+        return S_OK;
+    }
+    STDMETHODIMP GetItemInfo(LPCOLESTR name, DWORD wanted, IUnknown** object, ITypeInfo** info) override {
+        if (info) *info = nullptr;
+        if (object) *object = nullptr;
+        const auto found = objects.find(name);
+        if (found == objects.end()) return TYPE_E_ELEMENTNOTFOUND;
+        if ((wanted & SCRIPTINFO_IUNKNOWN) && object) {
+            *object = found->second.Get();
+            (*object)->AddRef();
+        }
+        return S_OK;
+    }
+    STDMETHODIMP GetDocVersionString(BSTR*) override { return E_NOTIMPL; }
+    STDMETHODIMP OnScriptTerminate(const VARIANT*, const EXCEPINFO*) override { return S_OK; }
+    STDMETHODIMP OnStateChange(SCRIPTSTATE) override { return S_OK; }
+    STDMETHODIMP OnScriptError(IActiveScriptError* error) override {
+        hasFailed = true;
+        EXCEPINFO info{};
+        DWORD context = 0;
+        ULONG line = 0;
+        LONG column = 0;
+        error->GetSourcePosition(&context, &line, &column);
+        error->GetExceptionInfo(&info);
+        PrintErrorLine(
+            Message(path + L"(" + std::to_wstring(line + 1) + L", " + std::to_wstring(column + 1) + L")", info));
+        return S_OK;
+    }
+    STDMETHODIMP OnEnterScript() override { return S_OK; }
+    STDMETHODIMP OnLeaveScript() override { return S_OK; }
+    STDMETHODIMP GetWindow(HWND* window) override {
+        *window = GetDesktopWindow();
+        return S_OK;
+    }
+    STDMETHODIMP EnableModeless(BOOL) override { return S_OK; }
+
+    std::map<std::wstring, ComPtr<IDispatch>> objects;
+    const std::wstring path;
+    bool hasFailed = false;
+
+private:
+    ~Site() = default;
+    ULONG references = 1;
+};
+
+Engine::Engine(const std::wstring& language, std::wstring path) : site(new Site(std::move(path))) {
+    CLSID clsid{};
+    HRESULT result = CLSIDFromProgID(language.c_str(), &clsid);
+    if (SUCCEEDED(result))
+        result = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IActiveScript, script.OutVoid());
+    if (FAILED(result)) {
+        site->Release();
+        throw std::runtime_error("this system has no script engine for that language");
+    }
+    script->SetScriptSite(site);
+    if (const auto parse = Query<IActiveScriptParse>(script.Get(), IID_IActiveScriptParse)) parse->InitNew();
+}
+
+Engine::~Engine() {
+    script->Close();
+    script.Reset();
+    site->objects.clear();
+    site->Release();
+}
+
+bool Engine::HasFailed() const { return site->hasFailed; }
+
+void Engine::AddObject(const wchar_t* name, IDispatch* object) {
+    site->objects[name] = ComPtr<IDispatch>(object);
+    script->AddNamedItem(name, SCRIPTITEM_ISVISIBLE);
+}
+
+bool Engine::Run(const std::wstring& text) {
+    const auto parse = Query<IActiveScriptParse>(script.Get(), IID_IActiveScriptParse);
+    if (!parse) throw std::runtime_error("the script engine takes no text");
+    HRESULT result =
+        parse->ParseScriptText(text.c_str(), nullptr, nullptr, nullptr, 0, 0, SCRIPTTEXT_ISVISIBLE, nullptr, nullptr);
+    if (SUCCEEDED(result)) result = script->SetScriptState(SCRIPTSTATE_CONNECTED);
+    if (FAILED(result) && !site->hasFailed) {
+        site->hasFailed = true;
+        PrintErrorLine(site->path + L": the script has failed (" + Hexadecimal(static_cast<unsigned long>(result)) +
+                       L")");
+    }
+    return !site->hasFailed;
+}
+
+void Engine::Call(const std::wstring& procedure, DISPPARAMS& parameters) {
+    ComPtr<IDispatch> dispatch;
+    if (FAILED(script->GetScriptDispatch(nullptr, dispatch.Out())) || !dispatch) return;
+    std::wstring name = procedure;
+    LPOLESTR names[] = {name.data()};
+    DISPID dispid = 0;
+    if (FAILED(dispatch->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &dispid))) return;
+
+    std::vector<Variant> arguments(parameters.cArgs);
+    std::vector<VARIANT> passed(parameters.cArgs);
+    for (UINT i = 0; i < parameters.cArgs; ++i) {
+        VARIANT& given = parameters.rgvarg[i];
+        VariantCopyInd(&arguments[i], &given);
+        passed[i] = arguments[i];
+        if (!(given.vt & VT_BYREF)) continue;
+        // Engines change only whole variants; see below for the way back.
+        passed[i].vt = VT_BYREF | VT_VARIANT;
+        passed[i].pvarVal = &arguments[i];
+    }
+    DISPPARAMS call{passed.data(), nullptr, parameters.cArgs, 0};
+    EXCEPINFO info{};
+    Variant answer;
+    const bool hadFailed = site->hasFailed;
+    site->hasFailed = false;
+    const HRESULT result =
+        dispatch->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &call, &answer, &info, nullptr);
+    if (FAILED(result) && !site->hasFailed) {
+        if (result != DISP_E_EXCEPTION) info.scode = result;
+        PrintErrorLine(Message(site->path + L", in " + procedure, info));
+        site->hasFailed = true;
+    }
+    site->hasFailed = site->hasFailed || hadFailed;
+
+    for (UINT i = 0; i < parameters.cArgs; ++i) {
+        VARIANT& given = parameters.rgvarg[i];
+        if (!(given.vt & VT_BYREF)) continue;
+        const VARTYPE kind = given.vt & ~VT_BYREF;
+        if (kind == VT_VARIANT) {
+            VariantCopy(given.pvarVal, &arguments[i]);
+            continue;
+        }
+        Variant changed;
+        if (FAILED(VariantChangeType(&changed, &arguments[i], 0, kind))) continue;
+        switch (kind) {
+        case VT_BOOL:
+            *given.pboolVal = changed.boolVal;
+            break;
+        case VT_I2:
+            *given.piVal = changed.iVal;
+            break;
+        case VT_I4:
+            *given.plVal = changed.lVal;
+            break;
+        case VT_R8:
+            *given.pdblVal = changed.dblVal;
+            break;
+        case VT_BSTR:
+            SysFreeString(*given.pbstrVal);
+            *given.pbstrVal = std::exchange(changed.bstrVal, nullptr);
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+} // namespace dax

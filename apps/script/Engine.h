@@ -1,0 +1,38 @@
+// One script engine and the script it runs.
+#pragma once
+
+#include "ocx/com/ComPtr.h"
+
+#include <activscp.h>
+
+#include <string>
+
+namespace dax {
+
+// Throws std::runtime_error with a text for the user.
+class Engine {
+public:
+    // `language` as the engine is registered (VBScript, JScript); `path` is only for messages.
+    Engine(const std::wstring& language, std::wstring path);
+    ~Engine();
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+
+    // Makes an object known to the script under this name. Before Run.
+    void AddObject(const wchar_t* name, IDispatch* object);
+    // False when the script failed; the message has been printed.
+    bool Run(const std::wstring& text);
+
+    // Calls a procedure of the script if it has one of this name. Arguments that the caller passed by reference come
+    // back changed.
+    void Call(const std::wstring& procedure, DISPPARAMS& parameters);
+
+    bool HasFailed() const;
+
+private:
+    class Site;
+    ComPtr<IActiveScript> script;
+    Site* site; // counted
+};
+
+} // namespace dax
