@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include <utility>
+
 namespace dax {
 
 GdiSurface::GdiSurface(HDC context, SIZE extent, HFONT normalFont, HFONT boldFont, COLORREF foreColor,
@@ -126,6 +128,12 @@ MemoryBitmap::~MemoryBitmap() {
     SelectObject(dc, former);
     DeleteObject(bitmap);
     DeleteDC(dc);
+}
+
+HBITMAP MemoryBitmap::Detach() {
+    GdiFlush();
+    SelectObject(dc, former);
+    return std::exchange(bitmap, nullptr);
 }
 
 uint32_t* MemoryBitmap::Pixels() const {

@@ -63,6 +63,8 @@ public:
     int Height() const { return height; }
     // Complete only after everything drawn has been flushed, which this does.
     uint32_t* Pixels() const;
+    // Gives the bitmap to the caller, who deletes it; nothing can be drawn any more.
+    HBITMAP Detach();
 
 private:
     int width, height;
