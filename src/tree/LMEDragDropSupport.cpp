@@ -41,7 +41,7 @@ bool LMEDragDropSupport::ShouldBeginDrag() const {
 }
 
 void LMEDragDropSupport::BeginDrag() {
-    if (isActive || !window) return;
+    if (isActive || !isArmed || !window) return;
     dragged = window->HitTest(pressed).node;
     if (!dragged) return;
     isActive = true;
@@ -95,6 +95,7 @@ void LMEDragDropSupport::CancelDrag() {
     window->EndDragImage();
     window->SetInsertMark(nullptr, false);
     window->SetDropHighlight(nullptr);
+    ended.Raise();
 }
 
 void LMEDragDropSupport::OnTimer(TreeTimer timer) {

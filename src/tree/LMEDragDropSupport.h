@@ -31,6 +31,8 @@ public:
 
     // The pointer rests on a collapsed node.
     Event<Node&>& AutoExpand() { return autoExpand; }
+    // A drag is over, however it ended; before Drop.
+    Event<>& Ended() { return ended; }
     // Insert after, dragged node, target node.
     Event<bool, Node&, Node&>& Drop() { return drop; }
 
@@ -47,6 +49,7 @@ private:
     Node* dragged = nullptr;
     DropTarget target;
     Event<Node&> autoExpand;
+    Event<> ended;
     Event<bool, Node&, Node&> drop;
 };
 

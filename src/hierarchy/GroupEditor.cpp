@@ -1,0 +1,271 @@
+#include "hierarchy/GroupEditor.h"
+
+#include "data/Error.h"
+#include "tree/modTVW.h"
+
+#include <exception>
+
+namespace dax {
+
+namespace {
+
+// Thrown inside, for the Error event.
+struct Failure {
+    int32_t number;
+    Text description;
+};
+
+Failure CurrentFailure() {
+    try {
+        throw;
+    } catch (const Error& error) {
+        return {error.Number(), error.Description()};
+    } catch (const std::bad_alloc&) {
+        return {7, u"Out of memory."}; // the number that hosts know
+    } catch (const std::exception& error) {
+        return {ErrorNumbers::Unspecified, FromUtf8(error.what())};
+    }
+}
+
+} // namespace
+
+std::shared_ptr<GroupEditor> GroupEditor::Create(PropertyCollectionFactory factory) {
+    return std::shared_ptr<GroupEditor>(new GroupEditor(std::move(factory)));
+}
+
+GroupEditor::GroupEditor(PropertyCollectionFactory factory) : factory(factory), lessonPropertyStore(factory) {
+    subclasser.SelectionChanged().Add([this] {
+        const auto hold = shared_from_this();
+        AfterSelectionChange.Raise(CurrentLessonID());
+    });
+    dragDrop.AutoExpand().Add([](Node& node) { node.SetExpanded(true); });
+    dragDrop.Ended().Add([this] {
+        if (!isLoading) subclasser.SetActive(true);
+    });
+    dragDrop.Drop().Add([this](bool insertAfter, Node& node, Node& target) { OnDrop(insertAfter, node, target); });
+    subclasser.RegisterWindows(&tree, nullptr);
+    subclasser.SetActive(true);
+}
+
+GroupEditor::~GroupEditor() { subclasser.SetActive(false); }
+
+void GroupEditor::SetAllowDragDrop(bool allow) {
+    const auto hold = shared_from_this();
+    allowDragDrop = allow;
+    if (!allow) CancelDrag();
+    PropertyChanged.Raise(u"AllowDragDrop");
+}
+
+void GroupEditor::SetLocked(bool locked) {
+    const auto hold = shared_from_this();
+    isLocked = locked;
+    if (locked) CancelDrag();
+    PropertyChanged.Raise(u"Locked");
+}
+
+void GroupEditor::SetSingleExpand(bool single) {
+    const auto hold = shared_from_this();
+    isSingleExpand = single;
+    if (window) window->SetSingleExpand(single);
+    PropertyChanged.Raise(u"SingleExpand");
+}
+
+void GroupEditor::SetDatabaseTitle(const Text& title) {
+    databaseTitle = title;
+    if (Node* const root = tree.First()) root->SetCaption(title);
+}
+
+Text GroupEditor::CurrentLessonID() const { return modTVW::GetNodeKey(tree.Selected()); }
+
+void GroupEditor::SetCurrentLessonID(const Text& lessonID) {
+    const auto hold = shared_from_this();
+    tree.Select(modTVW::GetNodeByKey(tree, lessonID));
+}
+
+void GroupEditor::LockDisplay() {
+    if (isDisplayLocked) return;
+    isDisplayLocked = true;
+    if (window) window->FreezeDisplay(true);
+}
+
+void GroupEditor::UnlockDisplay() {
+    isDisplayLocked = false;
+    if (window) window->FreezeDisplay(false);
+}
+
+void GroupEditor::ExpandAll() { modTVW::SetAllExpanded(tree, true); }
+
+void GroupEditor::CollapseAll() {
+    const auto hold = shared_from_this();
+    const TreeUpdate update(tree);
+    modTVW::SetAllExpanded(tree, false);
+    if (Node* const root = tree.First()) root->SetExpanded(true);
+}
+
+bool GroupEditor::Clear() {
+    const auto hold = shared_from_this();
+    BeginLoading();
+    Empty();
+    EndLoading();
+    AfterSelectionChange.Raise({});
+    return false;
+}
+
+bool GroupEditor::LoadDatabase() {
+    const auto hold = shared_from_this();
+    if (connectionString.empty()) {
+        Clear();
+        return true;
+    }
+    BeginLoading();
+    try {
+        const TreeUpdate update(tree);
+        const Text selectedKey = CurrentLessonID();
+        Empty();
+        Node& root = tree.Add(nullptr, Place::LastChild, {}, databaseTitle, HierarchyRows::picDatabase);
+        HierarchyRows::Load(connectionString, tree, lessonPropertyStore, progress);
+        root.SetExpanded(true);
+        Node* const selected = modTVW::GetNodeByKey(tree, selectedKey);
+        tree.Select(selected ? selected : &root);
+    } catch (...) {
+        Fail(u"LoadDatabase");
+        return false;
+    }
+    EndLoading();
+    AfterSelectionChange.Raise(CurrentLessonID());
+    return true;
+}
+
+bool GroupEditor::SaveDatabase() {
+    const auto hold = shared_from_this();
+    if (tree.IsEmpty()) {
+        Error.Raise(ErrorNumbers::Automation, u"No database open.", u"SaveDatabase");
+        return false;
+    }
+    try {
+        HierarchyRows::Save(connectionString, tree, deletedLessonIDs, addedLessonIDs, progress);
+    } catch (...) {
+        Fail(u"SaveDatabase");
+        return false;
+    }
+    addedLessonIDs.Clear();
+    deletedLessonIDs.Clear();
+    return true;
+}
+
+void GroupEditor::AddLesson(const Text& lessonID, const Text& title, const Text& identifier, LessonTypes type) {
+    const auto hold = shared_from_this();
+    const Text id = lessonID, titleCopy = title, identifierCopy = identifier; // the caller's may be the editor's own
+    if (tree.IsEmpty() || id.empty()) return;
+    const unsigned shown = generation;
+    if (!modTVW::NodeExists(tree, id)) {
+        Node* const root = tree.First();
+        Node* const selected = tree.Selected();
+        if (selected && selected->Parent()) {
+            tree.Add(selected, Place::After, id);
+        } else {
+            tree.Add(root, Place::FirstChild, id);
+        }
+        addedLessonIDs.Add(id);
+        deletedLessonIDs.Remove(id);
+    }
+    UpdateLesson(id, titleCopy, identifierCopy, type);
+    if (generation == shown) SetCurrentLessonID(id);
+}
+
+void GroupEditor::UpdateLesson(const Text& lessonID, const Text& title, const Text& identifier, LessonTypes type) {
+    Node* const node = modTVW::GetNodeByKey(tree, lessonID);
+    if (!node) return;
+    node->SetCaption(title);
+    node->SetTag(identifier);
+    node->SetImage(HierarchyRows::PictureOf(type));
+    MarkChanged();
+}
+
+void GroupEditor::RemoveLesson(const Text& lessonID, bool includeChildren) {
+    const auto hold = shared_from_this();
+    const Text id = lessonID; // the caller's may be the node's own key
+    Node* const node = modTVW::GetNodeByKey(tree, id);
+    if (!node) return;
+    const unsigned shown = generation;
+    {
+        // What was selected is told when everything stands.
+        const TreeUpdate update(tree);
+        if (includeChildren) {
+            const IDCollection keys = modTVW::GetDescendantKeys(node);
+            for (const Text& key : keys) {
+                deletedLessonIDs.Add(key);
+                addedLessonIDs.Remove(key);
+            }
+        } else {
+            while (node->FirstChild()) modTVW::MoveTreeNode(tree, node->FirstChild(), gmtOutdent);
+        }
+        deletedLessonIDs.Add(id);
+        addedLessonIDs.Remove(id);
+        tree.Remove(*node);
+    }
+    if (generation == shown) MarkChanged();
+}
+
+bool GroupEditor::CanMoveCurrent(GroupMovementTypes movement) const {
+    return !isLocked && !dragDrop.Active() && modTVW::CanMoveTreeNode(tree, tree.Selected(), movement);
+}
+
+void GroupEditor::MoveCurrent(GroupMovementTypes movement) {
+    const auto hold = shared_from_this();
+    if (CanMoveCurrent(movement) && modTVW::MoveTreeNode(tree, tree.Selected(), movement)) MarkChanged();
+}
+
+void GroupEditor::MarkChanged() {
+    if (isLoading || tree.IsEmpty()) return;
+    const auto hold = shared_from_this();
+    isDirty = true;
+    DataChanged.Raise();
+}
+
+void GroupEditor::BeginLoading() {
+    ++generation;
+    isLoading = true;
+    subclasser.SetActive(false);
+    dragDrop.Bind(&tree, window);
+}
+
+void GroupEditor::EndLoading() {
+    isLoading = false;
+    isDirty = false;
+    subclasser.SetActive(true);
+}
+
+void GroupEditor::Empty() {
+    addedLessonIDs.Clear();
+    deletedLessonIDs.Clear();
+    lessonPropertyStore = LessonPropertyStore(factory);
+    tree.Clear();
+}
+
+// Inside a handler: raises Error for what was thrown. Nothing of the editor may be used afterwards.
+void GroupEditor::Fail(const char16_t* method) {
+    const Failure failure = CurrentFailure();
+    if (isLoading) EndLoading();
+    Error.Raise(failure.number, failure.description, method);
+}
+
+void GroupEditor::ReadProperties(PropertyBag& bag) {
+    const auto read = [&bag](const char16_t* name, bool defaultValue) {
+        const Value value = bag.ReadProperty(name, defaultValue);
+        const bool* const truth = std::get_if<bool>(&value);
+        return truth ? *truth : defaultValue;
+    };
+    allowDragDrop = read(u"AllowDragDrop", true);
+    isLocked = read(u"Locked", false);
+    isSingleExpand = read(u"SingleExpand", false);
+    AttachWindow(window);
+}
+
+void GroupEditor::WriteProperties(PropertyBag& bag) const {
+    bag.WriteProperty(u"AllowDragDrop", allowDragDrop, true);
+    bag.WriteProperty(u"Locked", isLocked, false);
+    bag.WriteProperty(u"SingleExpand", isSingleExpand, false);
+}
+
+} // namespace dax

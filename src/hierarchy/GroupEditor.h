@@ -1,0 +1,114 @@
+// The groups and lessons of one content database as an editable tree: loading, saving, editing, questions and events.
+// Complete without a window; with one it also turns mouse and keys into its events.
+#pragma once
+
+#include "controls/PropertyBag.h"
+#include "hierarchy/HierarchyRows.h"
+#include "tree/LMEDragDropSupport.h"
+#include "tree/LMESubclasser.h"
+
+namespace dax {
+
+// Always held by a shared pointer: a listener of an event may do anything, let go of the editor included.
+class GroupEditor : public std::enable_shared_from_this<GroupEditor> {
+public:
+    static std::shared_ptr<GroupEditor> Create(PropertyCollectionFactory factory = NewPropertyCollection);
+    ~GroupEditor();
+
+    bool AllowDragDrop() const { return allowDragDrop; }
+    void SetAllowDragDrop(bool allow);
+    bool Locked() const { return isLocked; }
+    void SetLocked(bool locked);
+    bool SingleExpand() const { return isSingleExpand; }
+    void SetSingleExpand(bool single);
+    int32_t NodeCount() const { return tree.Count(); }
+    const Text& ConnectionString() const { return connectionString; }
+    void SetConnectionString(const Text& connection) { connectionString = connection; }
+    const Text& DatabaseTitle() const { return databaseTitle; }
+    void SetDatabaseTitle(const Text& title);
+    Text CurrentLessonID() const;
+    void SetCurrentLessonID(const Text& lessonID); // an unknown one selects nothing
+
+    void LockDisplay();
+    void UnlockDisplay();
+    void ExpandAll();
+    void CollapseAll(); // but for the root
+
+    bool Clear(); // false always, deliberately; it is no failure
+    // Both answer false after having raised Error.
+    bool LoadDatabase();
+    bool SaveDatabase();
+
+    void AddLesson(const Text& lessonID, const Text& title, const Text& identifier, LessonTypes type);
+    void UpdateLesson(const Text& lessonID, const Text& title, const Text& identifier, LessonTypes type);
+    // Without the children these come up one level, in reverse order, to where the lesson was.
+    void RemoveLesson(const Text& lessonID, bool includeChildren);
+    bool CanMoveCurrent(GroupMovementTypes movement) const;
+    void MoveCurrent(GroupMovementTypes movement);
+
+    // The empty identifier is the database's.
+    Text GetLessonTitle(const Text& lessonID) const;
+    Text GetLessonIdentifier(const Text& lessonID) const;
+    LessonTypes GetLessonType(const Text& lessonID) const;
+    int32_t GetChildLessonCount(const Text& lessonID) const; // descendants at every depth; 0 for the database
+    IDCollection GetChildLessonIDCollection(const Text& lessonID) const;
+    // As loaded; null for a lesson that came later.
+    std::shared_ptr<PropertyCollection> GetLessonProperties(const Text& lessonID);
+    std::shared_ptr<PropertyCollection> GetAggregateProperties(const Text& lessonID) const;
+    std::shared_ptr<PropertyCollection> GetLessonTokens(const Text& lessonID) const;
+
+    Event<Text> AfterSelectionChange; // the selected lesson
+    Event<> DataChanged;
+    Event<> DeleteRequest;                          // the host decides; nothing was deleted
+    Event<int32_t, const Text&, const Text&> Error; // number, description, method
+    Event<> DblClick;
+    Event<Text> PropertyChanged; // for the host's property bag: the name of a property to be stored
+
+    void ReadProperties(PropertyBag& bag);
+    void WriteProperties(PropertyBag& bag) const;
+
+    // The window that mirrors Tree(); null before it goes.
+    void AttachWindow(TreeWindow* newWindow);
+    NodeTree& Tree() { return tree; }
+    LMESubclasser& Subclasser() { return subclasser; }
+    const LMEDragDropSupport& DragDrop() const { return dragDrop; }
+    void SetProgress(HierarchyProgress newProgress) { progress = std::move(newProgress); }
+    bool IsDirty() const { return isDirty; }
+
+    // What the window hears. Buttons: 1 left, 2 right; keys and characters by their system codes.
+    void OnDblClick();
+    void OnKeyDown(int keyCode);
+    void OnKeyPress(int character);
+    void OnMouseDown(int button);
+    void OnMouseMove(int buttons, Point point);
+    void OnMouseUp(int button);
+    void OnCollapse(Node& node);
+    void OnTimer(TreeTimer timer);
+
+private:
+    explicit GroupEditor(PropertyCollectionFactory factory);
+    void MarkChanged();
+    void BeginLoading();
+    void EndLoading();
+    void Empty();
+    void Fail(const char16_t* method);
+    void CancelDrag();
+    void OnDrop(bool insertAfter, Node& node, Node& target);
+
+    PropertyCollectionFactory factory;
+    NodeTree tree;
+    LMESubclasser subclasser;
+    LMEDragDropSupport dragDrop;
+    TreeWindow* window = nullptr;
+    LessonPropertyStore lessonPropertyStore;
+    IDCollection addedLessonIDs, deletedLessonIDs;
+    HierarchyProgress progress;
+    Text connectionString;
+    Text databaseTitle = u"velmora database";
+    bool allowDragDrop = true, isLocked = false, isSingleExpand = false, isDisplayLocked = false;
+    bool isDirty = false, isLoading = false;
+    // Counts the databases shown so far: a listener that loads another one ends the operation that called it.
+    unsigned generation = 0;
+};
+
+} // namespace dax

@@ -1,0 +1,90 @@
+// What mouse and keys in the tree window mean.
+
+#include "hierarchy/GroupEditor.h"
+#include "tree/modTVW.h"
+
+namespace dax {
+
+namespace {
+
+constexpr int leftButton = 1, rightButton = 2;
+constexpr int keyDelete = 46, charEnter = 13, charEscape = 27;
+
+} // namespace
+
+void GroupEditor::AttachWindow(TreeWindow* newWindow) {
+    window = newWindow;
+    subclasser.RegisterWindows(&tree, window);
+    dragDrop.Bind(&tree, window);
+    if (!window) return;
+    window->SetSingleExpand(isSingleExpand);
+    if (isDisplayLocked) window->FreezeDisplay(true);
+}
+
+void GroupEditor::OnDblClick() {
+    const auto hold = shared_from_this();
+    if (tree.Selected()) DblClick.Raise();
+}
+
+void GroupEditor::OnKeyDown(int keyCode) {
+    const auto hold = shared_from_this();
+    const Node* const selected = tree.Selected();
+    if (keyCode == keyDelete && !dragDrop.Active() && selected && selected->Parent()) DeleteRequest.Raise();
+}
+
+void GroupEditor::OnKeyPress(int character) {
+    const auto hold = shared_from_this();
+    if (character == charEscape) CancelDrag();
+    if (character == charEnter && isLocked && tree.Selected()) DblClick.Raise();
+}
+
+void GroupEditor::OnMouseDown(int button) {
+    const auto hold = shared_from_this();
+    if (button == leftButton && allowDragDrop && !isLocked && !dragDrop.Active()) dragDrop.OnMouseDown();
+    if (button == rightButton) CancelDrag();
+}
+
+void GroupEditor::OnMouseMove(int buttons, Point point) {
+    if (!(buttons & leftButton) || isLocked || !allowDragDrop || !window) return;
+    const auto hold = shared_from_this();
+    if (!dragDrop.Active() && dragDrop.ShouldBeginDrag()) {
+        if (Node* const node = window->HitTest(point).node) tree.Select(node);
+        // A listener may have changed everything.
+        if (isLocked || !allowDragDrop || !window || !dragDrop.ShouldBeginDrag()) return;
+        subclasser.SetActive(false);
+        dragDrop.BeginDrag();
+        if (!dragDrop.Active()) subclasser.SetActive(true);
+    }
+    if (dragDrop.Active()) dragDrop.OnItemDrag();
+}
+
+void GroupEditor::OnMouseUp(int button) {
+    const auto hold = shared_from_this();
+    if (button != leftButton) return;
+    dragDrop.FinishDrag(); // which switches the notifications on again
+}
+
+void GroupEditor::OnCollapse(Node& node) {
+    if (!node.Parent()) CollapseAll(); // the root never stays collapsed: it folds every group instead
+}
+
+void GroupEditor::OnTimer(TreeTimer timer) {
+    const auto hold = shared_from_this();
+    dragDrop.OnTimer(timer);
+    subclasser.OnTimer(timer);
+}
+
+void GroupEditor::CancelDrag() { dragDrop.CancelDrag(); }
+
+void GroupEditor::OnDrop(bool insertAfter, Node& node, Node& target) {
+    const auto hold = shared_from_this();
+    const unsigned shown = generation;
+    const bool wasActive = subclasser.Active();
+    subclasser.SetActive(false);
+    modTVW::MoveTreeNodeTo(tree, &node, &target, insertAfter);
+    if (wasActive) subclasser.SetActive(true);
+    AfterSelectionChange.Raise(CurrentLessonID());
+    if (generation == shown) MarkChanged();
+}
+
+} // namespace dax

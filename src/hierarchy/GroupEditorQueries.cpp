@@ -1,0 +1,84 @@
+// The questions about lessons.
+
+#include "hierarchy/GroupEditor.h"
+#include "hierarchy/LessonTokens.h"
+#include "hierarchy/modClassification.h"
+#include "tree/modTVW.h"
+
+namespace dax {
+
+Text GroupEditor::GetLessonTitle(const Text& lessonID) const {
+    if (lessonID.empty()) return databaseTitle;
+    const Node* const node = modTVW::GetNodeByKey(tree, lessonID);
+    return node ? node->Caption() : Text();
+}
+
+Text GroupEditor::GetLessonIdentifier(const Text& lessonID) const {
+    const Node* const node = modTVW::GetNodeByKey(tree, lessonID);
+    return node ? node->Tag() : Text();
+}
+
+LessonTypes GroupEditor::GetLessonType(const Text& lessonID) const {
+    if (lessonID.empty()) return ltDatabase;
+    const Node* const node = modTVW::GetNodeByKey(tree, lessonID);
+    return node ? HierarchyRows::TypeOf(*node) : ltInvalid;
+}
+
+int32_t GroupEditor::GetChildLessonCount(const Text& lessonID) const {
+    return modTVW::CountDescendants(modTVW::GetNodeByKey(tree, lessonID));
+}
+
+IDCollection GroupEditor::GetChildLessonIDCollection(const Text& lessonID) const {
+    if (lessonID.empty()) return modTVW::GetDescendantKeys(modTVW::GetFirstRootNode(tree));
+    IDCollection keys = modTVW::GetDescendantKeys(modTVW::GetNodeByKey(tree, lessonID));
+    keys.Add(lessonID);
+    return keys;
+}
+
+std::shared_ptr<PropertyCollection> GroupEditor::GetLessonProperties(const Text& lessonID) {
+    return lessonPropertyStore.Get(lessonID);
+}
+
+// Walks the nodes of GetChildLessonIDCollection without collecting them.
+std::shared_ptr<PropertyCollection> GroupEditor::GetAggregateProperties(const Text& lessonID) const {
+    const auto hold = shared_from_this(); // collections may be a host's
+    int64_t groups = 0, lessons = 0, storyboards = 0;
+    modClassification::Summary classification;
+    const auto add = [&](const Text& id, LessonTypes type) {
+        if (type != ltLesson) {
+            ++groups; // the lesson itself, when it is none, and whatever else is no lesson
+            return;
+        }
+        ++lessons;
+        const auto properties = lessonPropertyStore.Peek(id);
+        if (!properties) return; // it came after the last load
+        storyboards += GetNumber(*properties, u"StoryboardCount", 0);
+        classification.Add(*properties);
+    };
+    const Node* const root = modTVW::GetFirstRootNode(tree);
+    const Node* const top = lessonID.empty() ? root : modTVW::GetNodeByKey(tree, lessonID);
+    for (const Node* node = modTVW::GetNextNode(top, top); node; node = modTVW::GetNextNode(node, top)) {
+        add(node->Key(), HierarchyRows::TypeOf(*node));
+    }
+    if (!lessonID.empty()) add(lessonID, GetLessonType(lessonID));
+
+    const auto result = factory();
+    result->SetName(u"AggregateProperties");
+    result->SetValue(u"GroupCount", groups);
+    result->SetValue(u"LessonCount", lessons);
+    result->SetValue(u"StoryboardCount", storyboards);
+    result->SetValue(u"Title", GetLessonTitle(lessonID));
+    result->SetValue(u"Identifier", GetLessonIdentifier(lessonID));
+    result->SetValue(u"LessonType", int64_t(GetLessonType(lessonID)));
+    result->SetValue(u"Classification", classification.Result());
+    return result;
+}
+
+std::shared_ptr<PropertyCollection> GroupEditor::GetLessonTokens(const Text& lessonID) const {
+    const auto tokens = factory();
+    tokens->SetName(u"tokens");
+    SetLessonTokens(modTVW::GetNodeByKey(tree, lessonID), *tokens);
+    return tokens;
+}
+
+} // namespace dax

@@ -1,0 +1,163 @@
+#include "hierarchy/HierarchyRows.h"
+
+#include "data/Recordset.h"
+#include "data/modDB.h"
+
+#include <charconv>
+
+namespace dax::HierarchyRows {
+
+namespace {
+
+constexpr size_t batchSize = 1000; // statements built at a time
+constexpr int64_t progressStep = 1000;
+
+int32_t ReadType(const Recordset& rows, size_t column, int32_t defaultValue) {
+    const int64_t type = rows.FieldNumber(column, defaultValue);
+    return type >= INT32_MIN && type <= INT32_MAX ? static_cast<int32_t>(type) : defaultValue;
+}
+
+Text NameRow(int64_t row, TextView title) {
+    return u"Row " + ToText(row) + u" of velmoraLessons (title '" + Text(Shorten(title, 100)) + u"')";
+}
+
+void AppendNumber(Text& text, int32_t number) {
+    char digits[12];
+    const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    for (const char* digit = digits; digit != end; ++digit) text += static_cast<char16_t>(*digit);
+}
+
+void AppendDoubled(Text& text, TextView raw) {
+    for (;;) {
+        const size_t apostrophe = raw.find(u'\'');
+        if (apostrophe == TextView::npos) break;
+        text.append(raw.substr(0, apostrophe + 1)) += u'\'';
+        raw.remove_prefix(apostrophe + 1);
+    }
+    text.append(raw);
+}
+
+// The identifiers are not doubled, deliberately: one with an apostrophe breaks the statement.
+void WriteDelete(Text& statement, const Text& id) {
+    statement.append(u"DELETE FROM velmoraLessons WHERE lessonID = '").append(id).append(u"'");
+}
+
+void WriteInsert(Text& statement, const Text& id) {
+    statement.append(u"INSERT INTO velmoraLessons (lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, "
+                     u"sortPosition, lessonType, lessonProperties, guideData, lessonData)  VALUES (");
+    statement.append(modDB::QuoteSQLString(id)).append(u", '', '', '', -1, -1, -1, '', '', '')");
+}
+
+void WriteUpdate(Text& statement, const Node& node) {
+    statement.append(u"UPDATE velmoraLessons SET lessonTitle = '");
+    AppendDoubled(statement, node.Caption());
+    statement.append(u"', lessonIdentifier = '");
+    AppendDoubled(statement, node.Tag());
+    statement.append(u"', parentID = '").append(node.Parent()->Key());
+    statement.append(u"', indentLevel = ");
+    AppendNumber(statement, node.Depth());
+    statement.append(u", sortPosition = ");
+    AppendNumber(statement, node.Position());
+    statement.append(u", lessonType = ");
+    AppendNumber(statement, TypeOf(node));
+    statement.append(u" WHERE lessonID = '").append(node.Key()).append(u"'");
+}
+
+// Statements collected to a number worth sending; their texts' memory is used again.
+class Batch {
+public:
+    Batch(Connection& connection, int64_t total, const HierarchyProgress& progress)
+        : connection(connection), total(total), progress(progress) {}
+
+    Text& Next() {
+        if (used == batchSize) Flush();
+        if (used == statements.size()) statements.emplace_back();
+        Text& statement = statements[used++];
+        statement.clear();
+        return statement;
+    }
+    void Flush() {
+        connection.ExecuteAll(std::span(statements).first(used));
+        done += static_cast<int64_t>(used);
+        used = 0;
+        if (progress) progress(done, total);
+    }
+
+private:
+    Connection& connection;
+    std::vector<Text> statements;
+    size_t used = 0;
+    int64_t done = 0, total;
+    const HierarchyProgress& progress;
+};
+
+void SaveInto(Connection& connection, NodeTree& tree, const IDCollection& deleted, const IDCollection& added,
+              const HierarchyProgress& progress) {
+    const size_t total = deleted.Count() + added.Count() + static_cast<size_t>(tree.Count()) - 1;
+    Batch batch(connection, static_cast<int64_t>(total), progress);
+    for (const Text& id : deleted) WriteDelete(batch.Next(), id);
+    for (const Text& id : added) WriteInsert(batch.Next(), id);
+    tree.Number();
+    for (const Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) {
+        if (node->Parent()) WriteUpdate(batch.Next(), *node);
+    }
+    batch.Flush();
+    connection.CommitTrans();
+}
+
+} // namespace
+
+int PictureOf(int32_t lessonType) {
+    return lessonType == ltGroup ? picGroup : lessonType == ltLesson ? picLesson : picOther;
+}
+
+LessonTypes TypeOf(const Node& node) {
+    return node.Parent() ? static_cast<LessonTypes>(node.Image() - picGroup) : ltDatabase;
+}
+
+void Load(const Text& connectionString, NodeTree& tree, LessonPropertyStore& store, const HierarchyProgress& progress) {
+    Recordset rows;
+    rows.Open(u"SELECT lessonID, lessonTitle, lessonIdentifier, lessonProperties, parentID, indentLevel, "
+              u"sortPosition, lessonType FROM velmoraLessons ORDER BY indentLevel, sortPosition",
+              connectionString, adOpenForwardOnly, adLockReadOnly, adOptionUnspecified);
+    enum Columns : size_t { colID, colTitle, colIdentifier, colProperties, colParent, colIndent, colSort, colType };
+    Node* const root = tree.First();
+    int64_t row = 0;
+    for (; !rows.Eof(); rows.MoveNext()) {
+        ++row;
+        const TextView id = rows.FieldText(colID), title = rows.FieldText(colTitle);
+        const TextView identifier = rows.FieldText(colIdentifier);
+        if (id.empty()) throw Error(ErrorNumbers::Automation, NameRow(row, title) + u" has no lessonID.");
+        Node* parent = tree.Find(rows.FieldText(colParent));
+        if (!parent) parent = root;
+        Node* node = nullptr;
+        try {
+            node = &tree.Add(parent, Place::LastChild, id, title, PictureOf(ReadType(rows, colType, ltInvalid)));
+        } catch (const Error& error) {
+            throw Error(error.Number(), NameRow(row, title) + u": " + error.Description());
+        }
+        node->SetTag(identifier);
+        // The default differs from the one above, deliberately.
+        store.Add(id, rows.FieldText(colProperties), title, identifier, ReadType(rows, colType, ltGroup));
+        if (progress && row % progressStep == 0) progress(row, 0);
+    }
+    rows.Close();
+    if (progress) progress(row, row);
+}
+
+void Save(const Text& connectionString, NodeTree& tree, const IDCollection& deleted, const IDCollection& added,
+          const HierarchyProgress& progress) {
+    Connection connection;
+    connection.Open(connectionString);
+    try {
+        connection.BeginTrans();
+        SaveInto(connection, tree, deleted, added, progress);
+    } catch (...) {
+        modDB::CloseConnectionObjects(nullptr, &connection, true);
+        throw;
+    }
+    // What is committed is saved, whatever closing says.
+    modDB::CloseConnectionObjects(nullptr, &connection, false);
+}
+
+} // namespace dax::HierarchyRows

@@ -1,0 +1,95 @@
+// A GroupEditor on a content database of its own, and what its host hears.
+#pragma once
+
+#include "support/TestDatabases.h"
+
+#include "data/Recordset.h"
+#include "data/Schema.h"
+#include "data/modDB.h"
+#include "hierarchy/GroupEditor.h"
+
+#include <map>
+
+namespace dax::test {
+
+inline void CreateTables(const TestDatabase& database) {
+    database.Run(Schema::CreateStatements(Schema::Database::Content, database.Kind()));
+}
+
+// INSERT of one row; values as SQL.
+inline Text RowStatement(const Text& id, const Text& title, const Text& parent, int indent, int position, int type,
+                         const Text& properties = {}) {
+    return u"INSERT INTO velmoraLessons (lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, "
+           u"sortPosition, lessonType, lessonProperties, guideData, lessonData) VALUES (" +
+           modDB::QuoteSQLString(id) + u", " + modDB::QuoteSQLString(title) + u", " +
+           modDB::QuoteSQLString(u"id " + id) + u", " + modDB::QuoteSQLString(parent) + u", " + ToText(indent) + u", " +
+           ToText(position) + u", " + ToText(type) + u", " + modDB::QuoteSQLString(properties) + u", 'guide', 'data')";
+}
+
+// All rows, each column followed by a bar, sorted by identifier: what a save must leave.
+inline std::map<Text, Text> ReadRows(const Text& connectionString) {
+    Recordset rows;
+    rows.Open(u"SELECT lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, sortPosition, lessonType, "
+              u"lessonData FROM velmoraLessons",
+              connectionString);
+    std::map<Text, Text> all;
+    for (; !rows.Eof(); rows.MoveNext()) {
+        Text& row = all[Text(rows.FieldText(0))];
+        for (size_t column = 1; column < 8; ++column) row += Text(rows.FieldText(column)) + u"|";
+    }
+    return all;
+}
+
+// An editor with an ear on every event.
+struct HeardEditor {
+    HeardEditor() {
+        editor->AfterSelectionChange.Add([this](const Text& id) { heard += u"S" + id + u" "; });
+        editor->DataChanged.Add([this] { heard += u"D "; });
+        editor->DeleteRequest.Add([this] { heard += u"X "; });
+        editor->DblClick.Add([this] { heard += u"2 "; });
+        editor->Error.Add([this](int32_t number, const Text& description, const Text& method) {
+            heard += u"E" + method + u" ";
+            errorNumber = number;
+            error = description;
+        });
+    }
+    Text Take() { return std::exchange(heard, {}); }
+    // The tree as text: key(children).
+    Text Shape() const {
+        Text shape;
+        for (const Node* node = editor->Tree().First(); node;) {
+            shape += node->Key();
+            if (node->FirstChild()) {
+                shape += u"(";
+                node = node->FirstChild();
+                continue;
+            }
+            while (node && !node->Next()) {
+                node = node->Parent();
+                if (node) shape += u")";
+            }
+            if (node) {
+                shape += u" ";
+                node = node->Next();
+            }
+        }
+        return shape;
+    }
+
+    std::shared_ptr<GroupEditor> editor = GroupEditor::Create();
+    Text heard, error;
+    int32_t errorNumber = 0;
+};
+
+// g(a b s(c d)) h: two groups, a subgroup, four lessons.
+inline std::vector<Text> SampleRows() {
+    return {RowStatement(u"h", u"H", u"", 1, 2, 0),
+            RowStatement(u"g", u"G:1", u"", 1, 1, 0),
+            RowStatement(u"b", u"O'Neil", u"g", 2, 2, 1, u"StoryboardCount=4\nClassification=secret"),
+            RowStatement(u"a", u"A", u"g", 2, 1, 1, u"StoryboardCount=3\nClassification=secret\nTitle=stored"),
+            RowStatement(u"s", u"S", u"g", 2, 3, 0),
+            RowStatement(u"d", u"D", u"s", 3, 2, 7),
+            RowStatement(u"c", u"C", u"s", 3, 1, 1, u"StoryboardCount=2\nClassification=public")};
+}
+
+} // namespace dax::test

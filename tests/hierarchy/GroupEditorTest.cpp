@@ -1,0 +1,296 @@
+// The editor on a SQLite file: members, events, input.
+
+#include "hierarchy/EditorFixture.h"
+#include "tree/FakeTreeWindow.h"
+
+#include <gmock/gmock.h>
+
+namespace dax {
+namespace {
+
+class EditorOnFile : public ::testing::Test, protected test::HeardEditor {
+protected:
+    EditorOnFile() {
+        test::CreateTables(database);
+        database.Run(test::SampleRows());
+        editor->SetConnectionString(database.ConnectionString());
+        EXPECT_TRUE(editor->LoadDatabase());
+        EXPECT_EQ(Take(), u"S ");
+    }
+    Node& At(const Text& id) { return *editor->Tree().Find(id); }
+
+    test::TestDatabase database{Engine::SQLite};
+};
+
+TEST_F(EditorOnFile, LoadsAndReselects) {
+    EXPECT_EQ(Shape(), u"(g(a b s(c d)) h)");
+    EXPECT_EQ(editor->NodeCount(), 8);
+    EXPECT_TRUE(editor->Tree().First()->IsExpanded());
+    EXPECT_FALSE(At(u"g").IsExpanded());
+    EXPECT_EQ(At(u"b").Caption() + At(u"b").Tag(), u"O'Neilid b");
+    editor->SetCurrentLessonID(u"c");
+    EXPECT_EQ(Take(), u"Sc ");
+    ASSERT_TRUE(editor->LoadDatabase());
+    EXPECT_EQ(Take(), u"Sc ");
+    EXPECT_EQ(editor->CurrentLessonID(), u"c");
+    editor->SetCurrentLessonID(u"unknown");
+    EXPECT_FALSE(editor->Tree().Selected());
+    EXPECT_EQ(Take(), u"S ");
+    EXPECT_FALSE(editor->Clear());
+    EXPECT_EQ(Take(), u"S ");
+    EXPECT_EQ(editor->NodeCount(), 0);
+    EXPECT_FALSE(editor->SaveDatabase());
+    EXPECT_EQ(Take(), u"ESaveDatabase ");
+    EXPECT_EQ(errorNumber, -2147221504);
+    EXPECT_EQ(error, u"No database open.");
+    editor->AddLesson(u"x", u"", u"", ltLesson);
+    editor->SetConnectionString({});
+    EXPECT_TRUE(editor->LoadDatabase());
+    EXPECT_EQ(Take(), u"S ");
+    EXPECT_EQ(editor->NodeCount(), 0);
+}
+
+TEST_F(EditorOnFile, Questions) {
+    editor->SetDatabaseTitle(u"Course");
+    EXPECT_EQ(editor->Tree().First()->Caption(), u"Course");
+    EXPECT_EQ(editor->GetLessonTitle(u""), u"Course");
+    EXPECT_EQ(editor->GetLessonTitle(u"b") + editor->GetLessonIdentifier(u"b"), u"O'Neilid b");
+    EXPECT_EQ(editor->GetLessonTitle(u"no") + editor->GetLessonIdentifier(u"no") + editor->GetLessonIdentifier(u""),
+              u"");
+    const std::pair<Text, LessonTypes> types[] = {
+        {u"", ltDatabase}, {u"g", ltGroup}, {u"a", ltLesson}, {u"d", ltUnknown}, {u"no", ltInvalid}};
+    for (const auto& [id, type] : types) EXPECT_EQ(editor->GetLessonType(id), type) << ToUtf8(id);
+    EXPECT_EQ(editor->GetChildLessonCount(u"g"), 5);
+    EXPECT_EQ(editor->GetChildLessonCount(u""), 0);
+    const auto ids = [&](const Text& id) {
+        Text all;
+        for (const Text& each : editor->GetChildLessonIDCollection(id)) all += each;
+        return all;
+    };
+    EXPECT_EQ(ids(u""), u"gabscdh");
+    EXPECT_EQ(ids(u"g"), u"abscdg");
+    EXPECT_EQ(ids(u"a"), u"a");
+    EXPECT_EQ(ids(u"no"), u"no");
+
+    editor->UpdateLesson(u"a", u"New", u"new", ltLesson);
+    const auto loaded = editor->GetLessonProperties(u"a");
+    EXPECT_EQ(GetText(*loaded, u"Title", {}) + GetText(*loaded, u"Identifier", {}), u"Aid a");
+    EXPECT_EQ(GetNumber(*editor->GetLessonProperties(u"d"), u"LessonType", -5), 7);
+    EXPECT_FALSE(editor->GetLessonProperties(u"no"));
+    const auto figures = [&](const Text& id) {
+        const auto all = editor->GetAggregateProperties(id);
+        EXPECT_EQ(all->Name(), u"AggregateProperties");
+        Text text;
+        for (const Text& name : all->ValueNames()) text += GetText(*all, name, {}) + u"|";
+        return text;
+    };
+    EXPECT_EQ(figures(u"a"), u"0|1|3|New|new|1|secret|");
+    EXPECT_EQ(figures(u"s"), u"2|1|2|S|id s|0|public|"); // another type counts as a group
+    EXPECT_EQ(figures(u"g"), u"3|3|9|G:1|id g|0|[multiple classifications]|");
+    EXPECT_EQ(figures(u""), u"4|3|9|Course||-2|[multiple classifications]|");
+    EXPECT_EQ(figures(u"no"), u"1|0|0|||-1||");
+    editor->AddLesson(u"late", u"Late", u"", ltLesson);
+    EXPECT_EQ(figures(u"late"), u"0|1|0|Late||1||");
+}
+
+TEST_F(EditorOnFile, Tokens) {
+    const auto tokens = [&](const Text& id) {
+        const auto all = editor->GetLessonTokens(id);
+        EXPECT_EQ(all->Name(), u"tokens");
+        Text text;
+        for (const Text& name : all->ValueNames()) text += name + u"=" + GetText(*all, name, {}) + u"\n";
+        return text;
+    };
+    EXPECT_EQ(tokens(u"c"), u"LessonTitle=C\nLessonIdentifier=id c\nLessonID=c\nLessonTitlePath=G_1\\S\\C\n"
+                            u"LessonIdentifierPath=id g\\id s\\id c\nTopTitle=G:1\nTopIdentifier=id g\n"
+                            u"TopTitlePath=G_1\nTopIdentifierPath=id g\nParentTitle=S\nParentIdentifier=id s\n"
+                            u"ParentTitlePath=G_1\\S\nParentIdentifierPath=id g\\id s\n");
+    EXPECT_EQ(tokens(u"g"), u"LessonTitle=G:1\nLessonIdentifier=id g\nLessonID=g\nLessonTitlePath=G_1\n"
+                            u"LessonIdentifierPath=id g\nTopTitle=G:1\nTopIdentifier=id g\nTopTitlePath=G_1\n"
+                            u"TopIdentifierPath=id g\nParentTitle=G:1\nParentIdentifier=id g\n"
+                            u"ParentTitlePath=G_1\nParentIdentifierPath=id g\n");
+    EXPECT_EQ(tokens(u"no") + tokens(u""), u"");
+}
+
+TEST_F(EditorOnFile, EditsAndTheirEvents) {
+    editor->AddLesson(u"n", u"N", u"nn", ltGroup); // the root is selected: first at the top
+    EXPECT_EQ(Take(), u"D Sn ");
+    editor->AddLesson(u"m", u"M", u"", ltUnknown); // after the selected one
+    EXPECT_EQ(Shape(), u"(n m g(a b s(c d)) h)");
+    editor->AddLesson(u"a", u"again", u"", ltGroup); // there already
+    EXPECT_EQ(Take(), u"D Sm D Sa ");
+    EXPECT_EQ(editor->GetLessonType(u"a"), ltGroup);
+    editor->UpdateLesson(u"no", u"", u"", ltGroup);
+    editor->RemoveLesson(u"no", true);
+    editor->RemoveLesson(u"", true);
+    editor->AddLesson(u"", u"", u"", ltGroup);
+    EXPECT_EQ(Take(), u"");
+    editor->SetCurrentLessonID(u"b");
+    Take();
+    editor->RemoveLesson(u"g", false); // its children come up in reverse order
+    EXPECT_EQ(Shape(), u"(n m s(c d) b a h)");
+    EXPECT_EQ(Take(), u"D ");
+    EXPECT_EQ(editor->CurrentLessonID(), u"b");
+    editor->RemoveLesson(u"b", true);
+    EXPECT_EQ(Take(), u"Sa D ");
+    EXPECT_TRUE(editor->CanMoveCurrent(gmtUp));
+    editor->MoveCurrent(gmtIndent);
+    EXPECT_EQ(Shape(), u"(n m s(c d a) h)");
+    EXPECT_EQ(Take(), u"D ");
+    editor->SetLocked(true);
+    EXPECT_FALSE(editor->CanMoveCurrent(gmtUp));
+    editor->MoveCurrent(gmtUp);
+    editor->RemoveLesson(u"n", true); // Locked is no bar to the host
+    EXPECT_EQ(Shape(), u"(m s(c d a) h)");
+    EXPECT_EQ(Take(), u"D ");
+    editor->SetLocked(false);
+    editor->SetCurrentLessonID(u"");
+    for (const auto movement : {gmtUp, gmtDown, gmtIndent, gmtOutdent}) {
+        EXPECT_FALSE(editor->CanMoveCurrent(movement));
+        editor->Tree().Select(editor->Tree().First());
+        EXPECT_FALSE(editor->CanMoveCurrent(movement));
+    }
+}
+
+TEST_F(EditorOnFile, AListenerMayDoAnything) {
+    editor->SetCurrentLessonID(u"b");
+    // It clears the editor in the middle of a removal, and the removal marks nothing in what comes then.
+    size_t number = editor->AfterSelectionChange.Add([this](const Text&) {
+        if (editor->NodeCount() > 0) editor->Clear();
+    });
+    editor->RemoveLesson(u"b", true);
+    EXPECT_EQ(editor->NodeCount(), 0);
+    EXPECT_EQ(Take(), u"Sb Ss S ");
+    editor->AfterSelectionChange.Remove(number);
+    ASSERT_TRUE(editor->LoadDatabase());
+    number = editor->DataChanged.Add([this] { editor->LoadDatabase(); });
+    editor->AddLesson(u"new", u"", u"", ltLesson);
+    EXPECT_EQ(editor->GetLessonType(u"new"), ltInvalid);
+    editor->SetCurrentLessonID(u"b");
+    editor->RemoveLesson(u"g", true);
+    EXPECT_EQ(Shape(), u"(g(a b s(c d)) h)");
+    editor->DataChanged.Remove(number);
+    ASSERT_TRUE(editor->SaveDatabase()); // nothing was left pending by the interrupted edits
+    EXPECT_EQ(test::ReadRows(database.ConnectionString()).size(), 7u);
+    for (int which = 0; which < 3; ++which) { // it lets go of the editor
+        test::HeardEditor other;
+        other.editor->SetConnectionString(which == 2 ? Text(u"Driver={none such}") : database.ConnectionString());
+        const std::weak_ptr<GroupEditor> watch = other.editor;
+        GroupEditor& raw = *other.editor;
+        if (which < 2) raw.LoadDatabase();
+        const auto release = [&other] { other.editor.reset(); };
+        raw.AfterSelectionChange.Add([&](const Text&) { release(); });
+        raw.Error.Add([&](int32_t, const Text&, const Text&) { release(); });
+        if (which == 0) raw.LoadDatabase();
+        if (which == 1) raw.SetCurrentLessonID(u"c");
+        if (which == 2) raw.LoadDatabase();
+        EXPECT_TRUE(watch.expired()) << which;
+    }
+}
+
+class FakeBag : public PropertyBag {
+public:
+    Value ReadProperty(const Text& name, const Value& defaultValue) override {
+        return values.contains(name) ? values[name] : defaultValue;
+    }
+    void WriteProperty(const Text& name, const Value& value, const Value& defaultValue) override {
+        if (value != defaultValue) values[name] = value;
+    }
+    std::map<Text, Value> values;
+};
+
+TEST_F(EditorOnFile, PropertiesAndDisplay) {
+    std::vector<Text> changed;
+    editor->PropertyChanged.Add([&](const Text& name) { changed.push_back(name); });
+    test::FakeTreeWindow window(editor->Tree());
+    editor->AttachWindow(&window);
+    editor->SetSingleExpand(true);
+    editor->SetLocked(true);
+    editor->SetAllowDragDrop(false);
+    EXPECT_THAT(changed, ::testing::ElementsAre(u"SingleExpand", u"Locked", u"AllowDragDrop"));
+    EXPECT_TRUE(window.isSingleExpand);
+    FakeBag bag;
+    editor->WriteProperties(bag);
+    EXPECT_EQ(bag.values.size(), 3u);
+    const auto other = GroupEditor::Create();
+    other->ReadProperties(bag);
+    EXPECT_TRUE(other->SingleExpand() && other->Locked() && !other->AllowDragDrop());
+    FakeBag nothing;
+    other->ReadProperties(nothing);
+    EXPECT_TRUE(!other->SingleExpand() && !other->Locked() && other->AllowDragDrop());
+
+    editor->LockDisplay();
+    editor->LockDisplay();
+    EXPECT_TRUE(window.isFrozen);
+    EXPECT_EQ(window.freezes, 1);
+    editor->UnlockDisplay();
+    EXPECT_FALSE(window.isFrozen);
+    editor->ExpandAll();
+    EXPECT_TRUE(At(u"s").IsExpanded() && !At(u"c").IsExpanded());
+    editor->SetCurrentLessonID(u"c");
+    editor->Tree().First()->SetExpanded(false);
+    editor->OnCollapse(*editor->Tree().First());
+    EXPECT_TRUE(editor->Tree().First()->IsExpanded() && !At(u"g").IsExpanded() && !At(u"s").IsExpanded());
+    editor->AttachWindow(nullptr);
+}
+
+TEST_F(EditorOnFile, MouseAndKeys) {
+    test::FakeTreeWindow window(editor->Tree());
+    window.hasCheckBoxes = false;
+    editor->AttachWindow(&window);
+    const auto drag = [&](const Text& from, Point to) {
+        window.MoveTo(window.At(At(from)));
+        editor->OnMouseDown(1);
+        window.MoveTo(to);
+        editor->OnMouseMove(1, window.At(At(from)));
+        editor->OnMouseMove(1, to);
+    };
+    editor->OnKeyDown(46); // the root
+    editor->OnDblClick();
+    EXPECT_EQ(Take(), u"2 ");
+    editor->SetCurrentLessonID(u"a");
+    editor->OnKeyDown(46);
+    editor->OnKeyPress(13);
+    editor->SetLocked(true);
+    editor->OnKeyPress(13);
+    drag(u"a", window.At(At(u"h")));
+    EXPECT_FALSE(editor->DragDrop().Active());
+    editor->OnMouseUp(1);
+    editor->SetLocked(false);
+    EXPECT_EQ(Take(), u"Sa X 2 ");
+
+    drag(u"b", window.At(At(u"a"), 10));
+    EXPECT_TRUE(editor->DragDrop().Active());
+    EXPECT_FALSE(editor->CanMoveCurrent(gmtDown));
+    editor->OnKeyDown(46);
+    editor->OnMouseUp(1);
+    EXPECT_EQ(Shape(), u"(g(b a s(c d)) h)");
+    EXPECT_EQ(Take(), u"Sb Sa D "); // the drop's target is the selected one, deliberately
+
+    for (const int how : {0, 1, 2, 3}) { // a drag that comes to nothing leaves the notifications on
+        drag(u"a", window.At(At(u"h"), 10));
+        ASSERT_TRUE(editor->DragDrop().Active());
+        if (how == 0) editor->OnKeyPress(27);
+        if (how == 1) editor->OnMouseDown(2);
+        if (how == 2) editor->SetAllowDragDrop(false);
+        if (how == 3) editor->RemoveLesson(u"a", true);
+        EXPECT_FALSE(editor->DragDrop().Active());
+        editor->OnMouseUp(1);
+        editor->SetAllowDragDrop(true);
+        Take();
+        editor->SetCurrentLessonID(u"h");
+        EXPECT_EQ(Take(), u"Sh ") << how;
+    }
+    At(u"g").SetExpanded(false);
+    drag(u"h", window.At(At(u"g"), 20));
+    editor->OnTimer(TreeTimer::AutoExpand);
+    EXPECT_TRUE(At(u"g").IsExpanded());
+    window.MoveTo(window.At(*editor->Tree().First()));
+    editor->OnMouseMove(1, window.Pointer());
+    editor->OnMouseUp(1); // on the root: its first child
+    EXPECT_EQ(Shape(), u"(h g(b s(c d)))");
+    editor->AttachWindow(nullptr);
+}
+
+} // namespace
+} // namespace dax

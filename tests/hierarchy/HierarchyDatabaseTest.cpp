@@ -1,0 +1,185 @@
+// Loading and saving on every engine: the rows, odd rows, failures in the middle.
+
+#include "hierarchy/EditorFixture.h"
+
+#include "data/Error.h"
+#include "tree/modTVW.h"
+
+namespace dax {
+namespace {
+
+class HierarchyOnEngine : public test::EngineTest, protected test::HeardEditor {
+protected:
+    void SetUp() override {
+        EngineTest::SetUp();
+        if (IsSkipped()) return;
+        test::CreateTables(*database);
+        editor->SetConnectionString(database->ConnectionString());
+    }
+    void TearDown() override { SetStatementObserver({}); }
+    std::map<Text, Text> Rows() const { return test::ReadRows(database->ConnectionString()); }
+};
+INSTANTIATE_TEST_SUITE_P(Engines, HierarchyOnEngine, ::testing::ValuesIn(test::AllEngines()), test::EngineName);
+
+TEST_P(HierarchyOnEngine, SavesWhatTheTreeSays) {
+    ASSERT_TRUE(editor->LoadDatabase());
+    EXPECT_EQ(Shape(), u"");
+    EXPECT_EQ(editor->NodeCount(), 1);
+    database->Run(test::SampleRows());
+    ASSERT_TRUE(editor->LoadDatabase());
+    editor->SetCurrentLessonID(u"a");
+    editor->AddLesson(u"n", u"It's \\ new \U0001D11E", u"n'n", ltGroup);
+    editor->RemoveLesson(u"s", true);
+    editor->AddLesson(u"gone", u"", u"", ltLesson);
+    editor->RemoveLesson(u"gone", true);
+    Text sent;
+    SetStatementObserver([&](TextView statement) { sent += Text(statement) + u"\n"; });
+    ASSERT_TRUE(editor->SaveDatabase()) << ToUtf8(error);
+    SetStatementObserver({});
+    const std::map<Text, Text> expected = {{u"g", u"G:1|id g||1|1|0|data|"},
+                                           {u"h", u"H|id h||1|2|0|data|"},
+                                           {u"a", u"A|id a|g|2|1|1|data|"},
+                                           {u"n", u"It's \\ new \U0001D11E|n'n|g|2|2|0||"},
+                                           {u"b", u"O'Neil|id b|g|2|3|1|data|"}};
+    EXPECT_EQ(Rows(), expected);
+    for (const char16_t* each :
+         {u"DELETE FROM velmoraLessons WHERE lessonID = 'gone'",
+          u"INSERT INTO velmoraLessons (lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, sortPosition, "
+          u"lessonType, lessonProperties, guideData, lessonData)  VALUES ('n', '', '', '', -1, -1, -1, '', '', '')",
+          u"UPDATE velmoraLessons SET lessonTitle = 'O''Neil', lessonIdentifier = 'id b', parentID = 'g', "
+          u"indentLevel = 2, sortPosition = 3, lessonType = 1 WHERE lessonID = 'b'"}) {
+        EXPECT_NE(sent.find(each), Text::npos) << ToUtf8(each) << "\n" << ToUtf8(sent);
+    }
+    const Text shape = Shape();
+    ASSERT_TRUE(editor->LoadDatabase());
+    EXPECT_EQ(Shape(), shape);
+}
+
+TEST_P(HierarchyOnEngine, OddRows) {
+    using test::RowStatement;
+    database->Run({RowStatement(u"orphan", u"", u"none", 5, 1, 1), RowStatement(u"self", u"", u"self", 1, 1, 0),
+                   RowStatement(u"x", u"", u"y", 2, 1, 0), RowStatement(u"y", u"", u"x", 2, 2, 0),
+                   RowStatement(u"late", u"", u"parent", 1, 2, 1), RowStatement(u"parent", u"", u"", 3, 1, 0),
+                   RowStatement(u"type", u"", u"", 4, 1, -2147483647),
+                   u"INSERT INTO velmoraLessons (lessonID) VALUES ('null')",
+                   RowStatement(u"long", Text(100'000, u'ä'), u"null", 9, 1, 1)});
+    ASSERT_TRUE(editor->LoadDatabase()) << ToUtf8(error);
+    EXPECT_EQ(editor->NodeCount(), 10);
+    for (const char16_t* top : {u"orphan", u"self", u"x", u"late", u"parent"}) {
+        EXPECT_EQ(modTVW::GetIndentLevel(editor->Tree().Find(top)), 1) << ToUtf8(top);
+    }
+    EXPECT_EQ(editor->Tree().Find(u"y")->Parent()->Key(), u"x");
+    EXPECT_EQ(editor->GetLessonType(u"null"), ltUnknown); // no type
+    EXPECT_EQ(GetNumber(*editor->GetLessonProperties(u"null"), u"LessonType", -5), ltGroup);
+    EXPECT_EQ(editor->GetLessonType(u"type"), ltUnknown);
+    EXPECT_EQ(editor->GetLessonTitle(u"long").size(), 100'000u);
+    ASSERT_TRUE(editor->SaveDatabase()) << ToUtf8(error);
+    EXPECT_TRUE(Rows()[u"orphan"].starts_with(u"|id orphan||1|"));
+}
+
+TEST_P(HierarchyOnEngine, RowsWithoutAnIdentifierOfTheirOwnAreNamed) {
+    database->Run(test::SampleRows());
+    database->Run({test::RowStatement(u"", u"Nobody", u"", 2, 4, 1)});
+    Take();
+    EXPECT_FALSE(editor->LoadDatabase());
+    EXPECT_EQ(Take(), u"ELoadDatabase ");
+    EXPECT_NE(error.find(u"Nobody"), Text::npos) << ToUtf8(error);
+    EXPECT_NE(error.find(u"Row 6"), Text::npos) << ToUtf8(error);
+    EXPECT_EQ(Shape(), u"(g(a b s) h)"); // what came before it stays
+    editor->SetCurrentLessonID(u"a");    // and the editor works on
+    EXPECT_EQ(Take(), u"Sa ");
+    if (database->Kind() != Engine::SQLite) return;
+    // Two rows with the same identifier, in a table without a key.
+    database->Run({u"DROP TABLE velmoraLessons",
+                   u"CREATE TABLE velmoraLessons (lessonID TEXT, lessonTitle TEXT, "
+                   u"lessonIdentifier TEXT, lessonProperties TEXT, parentID TEXT, "
+                   u"indentLevel, sortPosition, lessonType, guideData, lessonData)",
+                   test::RowStatement(u"t", u"One", u"", 1, 1, 1), test::RowStatement(u"t", u"Two", u"", 1, 2, 1)});
+    EXPECT_FALSE(editor->LoadDatabase());
+    EXPECT_NE(error.find(u"Two"), Text::npos) << ToUtf8(error);
+    EXPECT_NE(error.find(u"'t'"), Text::npos) << ToUtf8(error);
+}
+
+TEST_P(HierarchyOnEngine, AFailedSaveLeavesEverythingAsItWas) {
+    database->Run(test::SampleRows());
+    ASSERT_TRUE(editor->LoadDatabase());
+    editor->RemoveLesson(u"h", true);
+    editor->AddLesson(u"n1", u"N1", u"", ltLesson);
+    editor->AddLesson(u"n2", u"N2", u"", ltLesson);
+    editor->UpdateLesson(u"a", u"changed", u"", ltLesson);
+    const std::map<Text, Text> before = Rows();
+    Take();
+    // The n-th statement that is sent for the save fails, for each n; then none.
+    size_t failing = 1, sent = 0;
+    for (; failing < 60; ++failing) {
+        sent = 0;
+        SetStatementObserver([&](TextView statement) {
+            if (statement.starts_with(u"SELECT")) return;
+            if (++sent == failing) throw Error(-1, u"made to fail");
+        });
+        const bool isSaved = editor->SaveDatabase();
+        SetStatementObserver({});
+        if (isSaved) break;
+        EXPECT_EQ(Take(), u"ESaveDatabase ");
+        EXPECT_EQ(error, u"made to fail");
+        ASSERT_EQ(Rows(), before) << failing;
+    }
+    EXPECT_GE(failing, 2u);
+    EXPECT_LT(failing, 60u);
+    std::map<Text, Text> after = Rows();
+    EXPECT_EQ(after.size(), 8u);
+    EXPECT_EQ(after[u"n2"], u"N2|||1|2|1||");
+    ASSERT_TRUE(editor->SaveDatabase()); // nothing is pending: no second insert
+    EXPECT_EQ(Rows(), after);
+
+    // A removed lesson that is added again under its identifier: the insert fails, deliberately.
+    editor->RemoveLesson(u"n1", true);
+    editor->AddLesson(u"n1", u"again", u"", ltLesson);
+    EXPECT_FALSE(editor->SaveDatabase());
+    EXPECT_EQ(errorNumber, ErrorNumbers::Integrity);
+    EXPECT_EQ(Rows(), after);
+    // An identifier with an apostrophe breaks the statements, deliberately; nothing is saved.
+    ASSERT_TRUE(editor->LoadDatabase());
+    editor->AddLesson(u"it's", u"", u"", ltLesson);
+    EXPECT_FALSE(editor->SaveDatabase());
+    EXPECT_EQ(Rows(), after);
+}
+
+TEST(HierarchyFaults, TriggersAndLocksOnAFile) {
+    test::TestDatabase database(Engine::SQLite);
+    test::CreateTables(database);
+    database.Run(test::SampleRows());
+    test::HeardEditor heard;
+    heard.editor->SetConnectionString(database.ConnectionString());
+    ASSERT_TRUE(heard.editor->LoadDatabase());
+    heard.editor->RemoveLesson(u"a", true);
+    heard.editor->AddLesson(u"n", u"N", u"", ltLesson);
+    const auto before = test::ReadRows(database.ConnectionString());
+    for (const char16_t* fault : {u"BEFORE DELETE ON velmoraLessons", u"AFTER INSERT ON velmoraLessons",
+                                  u"BEFORE UPDATE ON velmoraLessons WHEN NEW.lessonID = 'c'",
+                                  u"AFTER UPDATE ON velmoraLessons WHEN NEW.lessonID = 'n'"}) {
+        database.Run({Text(u"CREATE TRIGGER fault ") + fault + u" BEGIN SELECT RAISE(FAIL, 'no more'); END"});
+        EXPECT_FALSE(heard.editor->SaveDatabase());
+        EXPECT_NE(heard.error.find(u"no more"), Text::npos) << ToUtf8(heard.error);
+        EXPECT_EQ(test::ReadRows(database.ConnectionString()), before) << ToUtf8(fault);
+        database.Run({u"DROP TRIGGER fault"});
+    }
+    {
+        Connection other; // somebody else writes
+        other.Open(database.ConnectionString());
+        other.BeginTrans();
+        other.Execute(u"UPDATE velmoraLessons SET lessonTitle = 'theirs' WHERE lessonID = 'h'");
+        EXPECT_FALSE(heard.editor->SaveDatabase());
+        other.RollbackTrans();
+    }
+    EXPECT_EQ(test::ReadRows(database.ConnectionString()), before);
+    EXPECT_TRUE(heard.editor->SaveDatabase()) << ToUtf8(heard.error);
+    const auto after = test::ReadRows(database.ConnectionString());
+    EXPECT_TRUE(after.contains(u"n") && !after.contains(u"a"));
+    heard.editor->SetConnectionString(u"DSN=none such");
+    EXPECT_FALSE(heard.editor->LoadDatabase());
+    EXPECT_EQ(heard.editor->NodeCount(), 1); // the root
+}
+
+} // namespace
+} // namespace dax
