@@ -1,0 +1,315 @@
+// The real windows of the validator and the picker.
+#include "controls/win32/MessagePump.h"
+#include "validation/win32/DatabaseValidatorWindow.h"
+#include "validation/win32/SQLDBPickerWindow.h"
+
+#include "data/Schema.h"
+#include "support/TestDatabases.h"
+#include "windows/WindowCounts.h"
+
+#include <gmock/gmock.h>
+
+#include <set>
+
+namespace dax::test {
+
+namespace {
+
+class HostWindow {
+public:
+    HostWindow()
+        : handle(CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 600, 400, nullptr,
+                                 nullptr, nullptr, nullptr)) {}
+    ~HostWindow() {
+        if (handle) DestroyWindow(handle);
+    }
+    HostWindow(const HostWindow&) = delete;
+    HostWindow& operator=(const HostWindow&) = delete;
+    HWND handle;
+};
+
+// Pixels of a rectangle that are not of the background.
+int Inked(const MemoryBitmap& bitmap, const Rect& place, uint32_t background = 0xFFFFFF) {
+    int count = 0;
+    const uint32_t* pixels = bitmap.Pixels();
+    for (int y = std::max(place.top, 0); y < std::min(place.bottom, bitmap.Height()); ++y)
+        for (int x = std::max(place.left, 0); x < std::min(place.right, bitmap.Width()); ++x)
+            if ((pixels[y * bitmap.Width() + x] & 0xFFFFFF) != background) ++count;
+    return count;
+}
+
+Text WindowText(HWND window) {
+    std::vector<wchar_t> buffer(static_cast<size_t>(GetWindowTextLengthW(window)) + 1);
+    GetWindowTextW(window, buffer.data(), static_cast<int>(buffer.size()));
+    return FromWide(buffer.data());
+}
+
+Ambient At(int dpi, bool userMode = true) {
+    Ambient ambient;
+    ambient.dpi = dpi;
+    ambient.userMode = userMode;
+    ambient.displayName = u"Control1";
+    return ambient;
+}
+
+// A connector that lists these titles for the super user "super".
+void FillConnector(const TestDatabase& connector, std::initializer_list<const char16_t*> titles) {
+    std::vector<Text> statements = Schema::CreateStatements(Schema::Database::Connector, Engine::SQLite);
+    statements.push_back(u"INSERT INTO velmoraDBUsers (userID, username, superUser) VALUES (1, 'super', 1)");
+    int id = 0;
+    for (const Text title : titles) {
+        ++id;
+        statements.push_back(u"INSERT INTO velmoraDBList (dbID, dbCatalogName, username, password, dbTitle, "
+                             u"dbDescription) VALUES (" +
+                             ToText(id) + u", 'catalog" + ToText(id) + u"', 'u', 'p', '" + title + u"', '')");
+    }
+    connector.Run(statements);
+}
+
+void SendKey(ControlWindow& control, HWND window, WPARAM key) {
+    MSG down{window, WM_KEYDOWN, key, 1, 0, {}}, up{window, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001), 0, {}};
+    EXPECT_TRUE(control.TranslateKey(down)) << key;
+    control.TranslateKey(up);
+    ProcessPendingMessages();
+}
+
+} // namespace
+
+TEST(DatabaseValidatorWindow, PaintsItsPanelAtEveryDpi) {
+    for (const int dpi : {96, 144, 192}) {
+        SCOPED_TRACE(dpi);
+        DatabaseValidatorWindow window;
+        window.SetAmbient(At(dpi));
+        window.InitProperties();
+        const SIZE size = window.PreferredSize(dpi);
+        const MemoryBitmap bitmap(size.cx, size.cy);
+        const Rect picture = StatusPanelMetrics::ForDpi(dpi).PicturePlace();
+        const Rect texts{picture.right, 0, size.cx, size.cy};
+        window.Draw(bitmap.Context(), {0, 0, size.cx, size.cy});
+        EXPECT_EQ(Inked(bitmap, {0, 0, size.cx, size.cy}), 0) << "an empty panel is blank";
+
+        EXPECT_FALSE(window.Validator()->ValidateDataConnection(u"", u"Z:\\no\\such.db", true));
+        window.Draw(bitmap.Context(), {0, 0, size.cx, size.cy});
+        EXPECT_GT(Inked(bitmap, picture), picture.Width() * picture.Height() / 3);
+        EXPECT_EQ(Inked(bitmap, {0, picture.bottom, picture.right, size.cy}), 0) << "nothing below the picture";
+        EXPECT_EQ(Inked(bitmap, {picture.right, 0, picture.right + Rect{0, 0, 8 * dpi / 96, 0}.right, size.cy}), 0);
+        EXPECT_GT(Inked(bitmap, texts), 100 * dpi / 96);
+    }
+}
+
+TEST(DatabaseValidatorWindow, EachPictureIsAnotherAndSmooth) {
+    StatusPictures pictures;
+    std::set<std::vector<uint32_t>> different;
+    for (const StatusPicture picture :
+         {StatusPicture::Information, StatusPicture::Exclamation, StatusPicture::Critical, StatusPicture::Busy}) {
+        const MemoryBitmap bitmap(32, 32);
+        FillWith(bitmap.Context(), {0, 0, 32, 32}, 0xFFFFFF);
+        pictures.Draw(bitmap.Context(), picture, {0, 0, 32, 32}, 0xFFFFFF);
+        const uint32_t* pixels = bitmap.Pixels();
+        std::vector<uint32_t> all(pixels, pixels + 32 * 32);
+        EXPECT_GT(std::set<uint32_t>(all.begin(), all.end()).size(), 12u) << "edges have shades between";
+        different.insert(std::move(all));
+    }
+    EXPECT_EQ(different.size(), 4u);
+}
+
+TEST(DatabaseValidatorWindow, ATooLongTitleStaysOnOneLineAndAPathWithoutRoomIsHarmless) {
+    for (const int width : {1, 40, 60, 100, 200}) {
+        const MemoryBitmap bitmap(width, 300);
+        const HFONT font = CreateFontFor(u"Tahoma", 8.25, 96, false, false);
+        {
+            GdiSurface surface(bitmap.Context(), {width, 300}, font, font, 0, 0xFFFFFF, 96);
+            Rect rect{0, 0, width, 300};
+            const int oneLine = surface.DrawText(u"()", rect, DrawTextFlags::SingleLine | DrawTextFlags::CalcRect);
+            const Text path = u"The file 'C:\\a_folder\\with_a_rather_long_name_without_blanks/and_more.db' is missing";
+            for (const uint32_t flags : {0x44800u, 0x44810u, 0x44C10u}) {
+                rect = {0, 0, width, 300};
+                const int height = surface.DrawText(path, rect, flags);
+                if (flags == 0x44800u)
+                    EXPECT_EQ(height, oneLine);
+                else
+                    EXPECT_GE(height, oneLine);
+            }
+        }
+        DeleteObject(font);
+    }
+    // The end of a title that has no room is three dots: the letters there no longer matter.
+    const auto picture = [](const Text& title) {
+        const MemoryBitmap bitmap(150, 40);
+        const HFONT font = CreateFontFor(u"Tahoma", 8.25, 96, false, false);
+        {
+            GdiSurface surface(bitmap.Context(), {150, 40}, font, font, 0, 0xFFFFFF, 96);
+            surface.Clear();
+            Rect rect{0, 0, 150, 40};
+            surface.DrawText(title, rect, 0x44800);
+        }
+        DeleteObject(font);
+        return std::vector<uint32_t>(bitmap.Pixels(), bitmap.Pixels() + 150 * 40);
+    };
+    const Text start = u"a title that is much too long for its panel ";
+    EXPECT_EQ(picture(start + u"abc"), picture(start + u"xyz"));
+    EXPECT_NE(picture(start), picture(u"another " + start));
+}
+
+TEST(DatabaseValidatorWindow, DesignModeShowsASampleUnderTheNameAndValidatesNothing) {
+    const HostWindow host;
+    DatabaseValidatorWindow window;
+    window.SetAmbient(At(96, false));
+    window.InitProperties();
+    window.Create(host.handle, {0, 0, 400, 200});
+    EXPECT_EQ(window.Validator()->Display().statusTitle, u"Control1");
+    EXPECT_TRUE(WindowText(window.Handle()).starts_with(u"Control1\nthis control is in design mode."));
+    Ambient renamed = At(96, false);
+    renamed.displayName = u"Renamed";
+    window.SetAmbient(renamed);
+    EXPECT_TRUE(WindowText(window.Handle()).starts_with(u"Renamed\n"));
+    EXPECT_FALSE(window.Validator()->ValidateDataConnection(u"x", u"y", true));
+    EXPECT_EQ(window.Validator()->CatalogName(), u"");
+    // At run time an ambient change leaves the outcome.
+    window.SetAmbient(At(96));
+    EXPECT_EQ(WindowText(window.Handle()), u"");
+    window.Validator()->ValidateDataConnection(u"", u"", true);
+    window.SetAmbient(At(144));
+    EXPECT_TRUE(WindowText(window.Handle()).starts_with(u"no file selected\nYou must select"));
+}
+
+TEST(DatabaseValidatorWindow, TheWindowMayGoWhileItValidates) {
+    const HostWindow host;
+    const int before = WindowCount();
+    auto window = std::make_unique<DatabaseValidatorWindow>();
+    window->InitProperties();
+    window->Create(host.handle, {0, 0, 400, 200});
+    const auto validator = window->Validator();
+    validator->ProcessMessages = [&window] { window.reset(); };
+    EXPECT_FALSE(validator->ValidateDataConnection(u"", u"", true));
+    EXPECT_EQ(validator->ErrorType(), veMDBNotSelected);
+    EXPECT_EQ(WindowCount(), before);
+}
+
+TEST(SQLDBPickerWindow, KeysChooseTheCatalogAndTheListFillsTheWidth) {
+    const HostWindow host;
+    const TestDatabase connector(Engine::SQLite);
+    FillConnector(connector, {u"Alpha", u"Beta", u"Gamma"});
+    SQLDBPickerWindow window;
+    window.InitProperties();
+    window.Create(host.handle, {10, 10, 210, 40});
+    std::vector<std::string> chosen;
+    window.Picker()->CatalogChanged.Add([&](const Text&, const Text&, const Text&, const Text& title, const Text&) {
+        chosen.push_back(ToUtf8(title));
+    });
+    EXPECT_TRUE(window.Picker()->LoadPicker(connector.ConnectionString(), u"super", u"catalog2"));
+    const HWND list = GetWindow(window.Handle(), GW_CHILD);
+    EXPECT_EQ(WindowText(list), u"Beta");
+    std::vector<bool> focus;
+    window.FocusChanged = [&focus](bool isIn) { focus.push_back(isIn); };
+    SetFocus(window.Handle());
+    EXPECT_EQ(GetFocus(), list);
+    SendKey(window, list, VK_DOWN);
+    SendKey(window, list, VK_HOME);
+    EXPECT_THAT(chosen, testing::ElementsAre("Beta", "Gamma", "Alpha"));
+    EXPECT_EQ(window.Picker()->DBCatalog(), u"catalog1");
+    const MSG tab{list, WM_KEYDOWN, VK_TAB, 1, 0, {}}, escape{list, WM_KEYDOWN, VK_ESCAPE, 1, 0, {}};
+    EXPECT_FALSE(window.TranslateKey(tab));
+    EXPECT_FALSE(window.TranslateKey(escape)) << "a closed list leaves Escape to the host";
+
+    // Opened, moved in, and left by Escape: whatever the list shows is what the picker tells.
+    SendKey(window, list, VK_F4);
+    EXPECT_TRUE(SendMessageW(list, CB_GETDROPPEDSTATE, 0, 0));
+    SendKey(window, list, VK_DOWN);
+    SendKey(window, list, VK_ESCAPE);
+    EXPECT_FALSE(SendMessageW(list, CB_GETDROPPEDSTATE, 0, 0));
+    EXPECT_EQ(window.Picker()->Title(), WindowText(list));
+
+    SetFocus(host.handle);
+    EXPECT_EQ(focus, (std::vector<bool>{true, false}));
+    window.Picker()->SetEnabled(false);
+    EXPECT_FALSE(IsWindowEnabled(list));
+    MoveWindow(window.Handle(), 10, 10, 333, 30, TRUE);
+    RECT place;
+    GetWindowRect(list, &place);
+    EXPECT_EQ(place.right - place.left, 333);
+}
+
+TEST(SQLDBPickerWindow, WorksBeforeAndAfterItsWindowAndShowsItsNameInDesignMode) {
+    const TestDatabase connector(Engine::SQLite);
+    FillConnector(connector, {u"Alpha", u"Beta"});
+    SQLDBPickerWindow window;
+    window.InitProperties();
+    EXPECT_TRUE(window.Picker()->LoadPicker(connector.ConnectionString(), u"super", u"catalog2"));
+    {
+        const HostWindow host;
+        window.Create(host.handle, {0, 0, 200, 30});
+        const HWND list = GetWindow(window.Handle(), GW_CHILD);
+        EXPECT_EQ(SendMessageW(list, CB_GETCOUNT, 0, 0), 2);
+        EXPECT_EQ(WindowText(list), u"Beta");
+    }
+    EXPECT_EQ(window.Handle(), nullptr);
+    EXPECT_EQ(window.Picker()->Title(), u"Beta");
+    window.Create(nullptr, {0, 0, 200, 30}); // under a hidden parent
+    ASSERT_NE(window.Handle(), nullptr);
+    EXPECT_FALSE(IsWindowVisible(window.Handle()));
+    EXPECT_EQ(WindowText(GetWindow(window.Handle(), GW_CHILD)), u"Beta");
+    const MemoryBitmap bitmap(200, 40);
+    window.Draw(bitmap.Context(), {0, 0, 200, 40});
+    EXPECT_GT(Inked(bitmap, {0, 0, 200, 40}), 100);
+
+    SQLDBPickerWindow designed;
+    designed.SetAmbient(At(96, false));
+    designed.InitProperties();
+    designed.Create(nullptr, {0, 0, 200, 30});
+    EXPECT_EQ(WindowText(GetWindow(designed.Handle(), GW_CHILD)), u"Control1");
+    EXPECT_FALSE(designed.Picker()->LoadPicker(connector.ConnectionString(), u"super", u""));
+    EXPECT_EQ(designed.Picker()->ConnectionString(), u"");
+}
+
+TEST(SQLDBPickerWindow, MayBeReleasedInsideItsOwnEvents) {
+    const HostWindow host;
+    const TestDatabase connector(Engine::SQLite);
+    FillConnector(connector, {u"Alpha", u"Beta"});
+    const int before = WindowCount();
+    for (const bool isByFocus : {false, true}) {
+        auto window = std::make_unique<SQLDBPickerWindow>();
+        window->InitProperties();
+        window->Create(host.handle, {0, 0, 200, 30});
+        window->Picker()->LoadPicker(connector.ConnectionString(), u"super", u"");
+        const HWND list = GetWindow(window->Handle(), GW_CHILD);
+        if (isByFocus) {
+            window->FocusChanged = [&window](bool) { window.reset(); };
+            SetFocus(list);
+        } else {
+            window->Picker()->CatalogChanged.Add([&window](auto&&...) { window.reset(); });
+            SendMessageW(list, WM_KEYDOWN, VK_DOWN, 1);
+        }
+        EXPECT_EQ(window, nullptr);
+        ProcessPendingMessages();
+        EXPECT_EQ(WindowCount(), before);
+        EXPECT_FALSE(IsWindow(list));
+    }
+}
+
+TEST(ControlWindows, LeaveNoWindowAndNoGdiObjectBehind) {
+    const HostWindow host;
+    const auto cycle = [&host](bool hasParent) {
+        DatabaseValidatorWindow validator;
+        SQLDBPickerWindow picker;
+        for (WindowBase* window : {static_cast<WindowBase*>(&validator), static_cast<WindowBase*>(&picker)}) {
+            window->SetAmbient(At(96));
+            window->InitProperties();
+            window->Create(hasParent ? host.handle : nullptr, {0, 0, 200, 60});
+            window->SetAmbient(At(144));
+        }
+        validator.Validator()->ValidateDataConnection(u"", u"", true);
+        const MemoryBitmap bitmap(200, 60);
+        validator.Draw(bitmap.Context(), {0, 0, 200, 60});
+        picker.Draw(bitmap.Context(), {0, 0, 200, 60});
+    };
+    for (int warmUp = 0; warmUp < 5; ++warmUp) cycle(warmUp % 2 == 0);
+    const int windows = WindowCount(), objects = GdiObjectCount();
+    EXPECT_GT(objects, 0);
+    for (int count = 0; count < 200; ++count) cycle(count % 2 == 0);
+    EXPECT_EQ(WindowCount(), windows);
+    EXPECT_EQ(GdiObjectCount(), objects);
+    EXPECT_EQ(WindowBase::LiveCount(), 0);
+}
+
+} // namespace dax::test

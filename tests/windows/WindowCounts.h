@@ -1,0 +1,45 @@
+// How many windows and GDI objects this process has, to see that none is left behind.
+#pragma once
+
+#include "controls/win32/Windows.h"
+
+namespace dax::test {
+
+inline BOOL CALLBACK CountWindow(HWND window, LPARAM count) {
+    ++*reinterpret_cast<int*>(count);
+    EnumChildWindows(
+        window,
+        [](HWND, LPARAM inner) -> BOOL {
+            ++*reinterpret_cast<int*>(inner);
+            return TRUE;
+        },
+        count);
+    return TRUE;
+}
+
+// Top-level windows of this thread and all below them, and those under the message-only parent.
+inline int WindowCount() {
+    int count = 0;
+    EnumThreadWindows(GetCurrentThreadId(), CountWindow, reinterpret_cast<LPARAM>(&count));
+    for (HWND window = nullptr; (window = FindWindowExW(HWND_MESSAGE, window, nullptr, nullptr)) != nullptr;)
+        if (GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId()) ++count;
+    return count;
+}
+
+// Wine does not count for us (GetGuiResources answers 0), but keeps the shared table of GDI handles, found through the
+// process environment block: 24 bytes an entry, the type at offset 14, 0 when free.
+inline int GdiObjectCount() {
+    if (const DWORD counted = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)) return static_cast<int>(counted);
+    constexpr int entries = 0x4000, entrySize = 24, typeOffset = 14;
+    constexpr size_t tableOffset = sizeof(void*) == 8 ? 0xF8 : 0x94;
+    using Block = const char*(WINAPI*)();
+    const auto block = reinterpret_cast<Block>(
+        reinterpret_cast<void (*)()>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetCurrentPeb")));
+    const auto* table = *reinterpret_cast<const unsigned char* const*>(block() + tableOffset);
+    int count = 0;
+    for (int entry = 0; entry < entries; ++entry)
+        if (table[entry * entrySize + typeOffset] != 0) ++count;
+    return count;
+}
+
+} // namespace dax::test
