@@ -46,7 +46,8 @@ constexpr std::array<Dialect, 6> dialects = {{
     {
         .engine = Engine::SQLite,
         .name = u"SQLite",
-        .connectOptions = u"NoCreat=1;Timeout=2000",
+        // The driver tries a statement twice, so that it waits for a lock twice as long as told.
+        .connectOptions = u"NoCreat=1;Timeout=1000",
         .firstStatement = u"",
         .probe = u"SELECT Count(*) FROM sqlite_master",
         .adapts = true,

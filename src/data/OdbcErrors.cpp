@@ -41,6 +41,13 @@ constexpr Rule rules[] = {
     {Engine::MariaDB, u"", 1143, u"", ErrorNumbers::Permission},
     {Engine::MariaDB, u"", 1290, u"", ErrorNumbers::Permission},
     {Engine::MariaDB, u"", 1406, u"", ErrorNumbers::DataOverflow},
+    // State and number are lost for a late statement of several in one call.
+    {Engine::MariaDB, u"HY000", 0, u"Duplicate entry", ErrorNumbers::Integrity},
+    {Engine::MariaDB, u"HY000", 0, u"foreign key constraint fails", ErrorNumbers::Integrity},
+    {Engine::MariaDB, u"HY000", 0, u"cannot be null", ErrorNumbers::Integrity},
+    {Engine::MariaDB, u"HY000", 0, u"doesn't exist", ErrorNumbers::NoTable},
+    {Engine::MariaDB, u"HY000", 0, u"SQL syntax", ErrorNumbers::SyntaxOrColumn},
+    {Engine::MariaDB, u"HY000", 0, u"Lock wait timeout", ErrorNumbers::Timeout},
     {Engine::SQLServer, u"", 1222, u"", ErrorNumbers::Timeout},
     {Engine::SQLServer, u"", 229, u"", ErrorNumbers::Permission},
     {Engine::Other, u"42S02", 0, u"", ErrorNumbers::NoTable},
@@ -117,7 +124,7 @@ void ThrowOdbcError(SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dialect) 
     Diagnostic diagnostic = ReadDiagnostic(kind, handle, dialect);
     if (diagnostic.message.empty())
         diagnostic.message = u"The ODBC driver for " + Text(dialect.name) + u" failed without saying why.";
-    throw Error(NumberOf(diagnostic, dialect.engine), std::move(diagnostic.message));
+    throw Error(NumberOf(diagnostic, dialect.engine), diagnostic.message);
 }
 
 } // namespace dax
