@@ -1,0 +1,285 @@
+// The editing part of LessonMapEditor: storyboards that come, go, move, and are checked.
+#include "lessonmap/LessonMapEditor.h"
+
+#include "lessonmap/LessonMapState.h"
+#include "lessonmap/modLME.h"
+#include "tree/modTVW.h"
+#include "tree/modTreeviewAPI.h"
+
+namespace dax {
+
+namespace {
+
+[[noreturn]] void Refuse(const Text& description) { throw Error(ErrorNumbers::Automation, description); }
+
+std::shared_ptr<Storyboards> StoryboardsOf(const Lesson& lesson) {
+    auto storyboards = lesson.Storyboards();
+    if (!storyboards) Refuse(u"The lesson has no list of storyboards.");
+    return storyboards;
+}
+
+// The new node stands after the selected one; first in the default map when that is none or a map.
+Node& AddNode(NodeTree& tree, const Text& sbid) {
+    Node* const selected = tree.Selected();
+    if (selected && selected->Parent()) return tree.Add(selected, Place::After, sbid);
+    if (tree.IsEmpty()) Refuse(u"The lesson has no map that could take the storyboard.");
+    return tree.Add(tree.First(), Place::FirstChild, sbid);
+}
+
+// Takes the node away, its branch with it or put in its place, and answers whose nodes are gone.
+IDCollection RemoveNode(NodeTree& tree, Node& node, bool includeChildren) {
+    const TreeUpdate update(tree);
+    IDCollection removed;
+    if (includeChildren) {
+        modTVW::AddSubtreeKeys(&node, removed);
+    } else {
+        removed.Add(node.Key());
+        // One by one directly after the node, so that the last child comes first: deliberate, as in the hierarchy.
+        while (node.FirstChild()) modTVW::MoveTreeNode(tree, node.FirstChild(), gmtOutdent);
+    }
+    tree.Remove(node);
+    modLME::UpdateMapCaptions(tree);
+    return removed;
+}
+
+struct CheckedPlace {
+    Text key;
+    int32_t depth;
+};
+
+struct CheckedMap {
+    Text name;
+    std::vector<CheckedPlace> places;
+};
+
+// The storyboards of a map that `isChosen` names, each under the nearest ancestor that is chosen, too.
+template <typename Chosen>
+std::vector<CheckedPlace> ChoosePlaces(const Node& root, const Chosen& isChosen) {
+    std::vector<CheckedPlace> places;
+    std::vector<int32_t> chosenAbove{0}; // by depth
+    for (const Node* node = modTVW::GetNextNode(&root, &root); node; node = modTVW::GetNextNode(node, &root)) {
+        chosenAbove.resize(static_cast<size_t>(node->Depth()));
+        int32_t chosen = chosenAbove.back();
+        if (isChosen(*node)) places.push_back({node->Key(), ++chosen});
+        chosenAbove.push_back(chosen);
+    }
+    return places;
+}
+
+} // namespace
+
+void LessonMapEditor::AddStoryboard(const StoryboardRef& storyboard) {
+    const auto self = shared_from_this();
+    const LessonRef was = lesson;
+    StoryboardRef added = storyboard;
+    if (!was || !added) return;
+    bool isNew = false;
+    const Text sbidBefore = CurrentSBID();
+    Text sbid;
+    {
+        const Busy busy(*this);
+        const Quiet silence(*this);
+        sbid = added->SBID();
+        if (sbid.empty()) Refuse(u"A storyboard without SBID cannot be added.");
+        const auto storyboards = StoryboardsOf(*was);
+        if (tree->IsEmpty()) Refuse(u"The lesson has no map that could take the storyboard.");
+        if (const Node* const node = tree->Find(sbid); node && !node->Parent()) {
+            Refuse(u"The storyboard cannot be added: a map has the name '" + sbid + u"'.");
+        }
+        if (StoryboardRef own = storyboards->Item(sbid)) {
+            added = own;
+        } else {
+            storyboards->Add(added);
+            isNew = true;
+        }
+        {
+            const TreeUpdate update(*tree);
+            Node* node = tree->Find(sbid);
+            if (!node) {
+                node = &AddNode(*tree, sbid);
+                isNew = true;
+            }
+            tree->Select(node);
+            modLME::UpdateMapCaptions(*tree);
+            if (isNew) SaveLayouts();
+            RecordSelection();
+            Recaption(sbid, *added);
+        }
+    }
+    if (isNew && IsStill(was)) Raise(MapChanged, mctStoryboardAdded);
+    if (sbid != sbidBefore) TellSelection(was);
+}
+
+void LessonMapEditor::Recaption(const Text& sbid, const Storyboard& storyboard) {
+    const auto images = imageList; // the host may set another one meanwhile
+    Node* const node = tree->Find(sbid);
+    if (node && node->Parent()) modLME::SetStoryboardCaption(&storyboard, *node, captionStyle, *images);
+}
+
+void LessonMapEditor::UpdateStoryboard(const StoryboardRef& storyboard) {
+    const auto self = shared_from_this();
+    if (const StoryboardRef kept = storyboard) Recaption(kept->SBID(), *kept);
+}
+
+void LessonMapEditor::UpdateSBID(const Text& sbid) {
+    const auto self = shared_from_this();
+    if (const StoryboardRef found = modLME::FindStoryboard(lesson, sbid)) Recaption(sbid, *found);
+}
+
+void LessonMapEditor::RemoveStoryboard(const StoryboardRef& storyboard, bool includeChildren) {
+    const auto self = shared_from_this();
+    const LessonRef was = lesson;
+    const StoryboardRef kept = storyboard;
+    if (!was || !kept) return;
+    const Text sbidBefore = CurrentSBID();
+    bool isOther = false;
+    {
+        const Busy busy(*this);
+        const Quiet silence(*this);
+        const Text sbid = kept->SBID();
+        const auto storyboards = StoryboardsOf(*was);
+        IDCollection removed;
+        if (Node* const node = tree->Find(sbid); node && node->Parent()) {
+            removed = RemoveNode(*tree, *node, includeChildren);
+        } else if (!node && storyboards->Item(sbid)) {
+            removed.Add(sbid); // an orphan
+        } else {
+            return;
+        }
+        isOther = CurrentSBID() != sbidBefore;
+        // The maps let go of the pages before the lesson does: a failure in between leaves orphans, nothing worse.
+        SaveLayouts();
+        if (isOther) RecordSelection();
+        for (const Text& each : removed) {
+            if (storyboards->Item(each)) storyboards->Remove(each);
+        }
+    }
+    if (IsStill(was)) Raise(MapChanged, mctStoryboardDeleted);
+    if (isOther) TellSelection(was);
+}
+
+bool LessonMapEditor::CanMoveCurrent(StoryboardMovementTypes movement) const {
+    return lesson && !drag.Active() && modLME::CanMoveNode(*tree, tree->Selected(), movement);
+}
+
+void LessonMapEditor::MoveCurrent(StoryboardMovementTypes movement) {
+    const auto self = shared_from_this();
+    const LessonRef was = lesson;
+    {
+        const Busy busy(*this);
+        const Quiet silence(*this);
+        if (!CanMoveCurrent(movement)) return;
+        modLME::MoveNode(*tree, tree->Selected(), movement);
+        SaveLayouts();
+    }
+    if (IsStill(was)) Raise(MapChanged, mctStoryboardMoved);
+}
+
+void LessonMapEditor::OnDrop(bool insertAfter, Node& dragged, Node& target) {
+    const auto self = shared_from_this();
+    const LessonRef was = lesson;
+    if (!was || !dragged.Parent()) return;
+    bool isOther = false;
+    {
+        const Busy busy(*this);
+        const Quiet silence(*this);
+        {
+            const TreeUpdate update(*tree);
+            modTVW::MoveTreeNodeTo(*tree, &dragged, &target, insertAfter);
+            modLME::UpdateMapCaptions(*tree);
+            tree->Select(&dragged);
+        }
+        isOther = CurrentSBID() != sbidBeforeDrag;
+        isDropped = true;
+        SaveLayouts();
+        if (isOther) RecordSelection();
+    }
+    if (IsStill(was)) Raise(MapChanged, mctStoryboardMoved);
+    if (isOther) TellSelection(was);
+}
+
+void LessonMapEditor::SetAllChecks(bool checked) {
+    const auto self = shared_from_this();
+    const Quiet silence(*this);
+    const TreeUpdate update(*tree);
+    for (Node* node = tree->FirstInCollection(); node; node = node->NextInCollection()) node->SetChecked(checked);
+}
+
+std::vector<Text> LessonMapEditor::CheckedKeys() const {
+    std::vector<Text> keys;
+    for (const Node* node = tree->First(); node; node = modTVW::GetNextNode(node)) {
+        if (node->IsChecked() && node->Parent()) keys.push_back(node->Key());
+    }
+    return keys;
+}
+
+std::vector<LessonMapEditor::StoryboardRef> LessonMapEditor::CheckedStoryboards() {
+    const auto self = shared_from_this();
+    const LessonRef was = lesson;
+    std::vector<StoryboardRef> checked;
+    if (!was) return checked;
+    const Busy busy(*this);
+    SaveLayouts();
+    for (const Text& key : CheckedKeys()) {
+        if (StoryboardRef storyboard = modLME::FindStoryboard(was, key)) checked.push_back(std::move(storyboard));
+    }
+    return checked;
+}
+
+int32_t LessonMapEditor::CheckedStoryboardCount() const {
+    const auto self = shared_from_this();
+    const LessonRef was = lesson;
+    int32_t count = 0;
+    for (const Text& key : CheckedKeys()) count += modLME::FindStoryboard(was, key) != nullptr;
+    return count;
+}
+
+std::shared_ptr<dax::Lesson> LessonMapEditor::GetCheckedLesson() {
+    const auto self = shared_from_this();
+    const LessonRef was = lesson;
+    if (!was) return nullptr;
+    const auto checked = std::make_shared<ContentLesson>();
+    const Busy busy(*this);
+    SaveLayouts();
+    // First who is checked and has a storyboard, which asks the host; then the places, which does not.
+    for (const Text& key : CheckedKeys()) {
+        const StoryboardRef storyboard = modLME::FindStoryboard(was, key);
+        // The new lesson keeps it under the SBID that it gives itself.
+        if (storyboard && storyboard->SBID() == key) checked->Storyboards()->Add(storyboard);
+    }
+    const auto isChosen = [&checked](const Node& node) {
+        return !node.Key().empty() && checked->Storyboards()->Item(node.Key()) != nullptr;
+    };
+    tree->Number();
+    for (const Node* root = tree->First(); root; root = root->Next()) {
+        const std::vector<CheckedPlace> places = ChoosePlaces(*root, isChosen);
+        if (places.empty() && root != tree->First()) continue;
+        std::vector<LayoutEntry> layout;
+        for (const CheckedPlace& place : places) layout.push_back({place.key, place.depth});
+        const auto map = std::make_shared<ContentMap>(root->Key());
+        map->SetLayout(std::move(layout));
+        checked->Maps()->Add(map);
+        if (root == tree->First()) checked->Maps()->SetDefaultMap(map);
+    }
+    if (checked->Storyboards()->Item(CurrentSBID())) checked->SetCurrentSBID(CurrentSBID());
+    return checked;
+}
+
+std::vector<LessonMapEditor::StoryboardRef> LessonMapEditor::OrphanedStoryboards() {
+    const auto self = shared_from_this();
+    const LessonRef was = lesson;
+    std::vector<StoryboardRef> orphans;
+    if (!was) return orphans;
+    const Busy busy(*this);
+    SaveLayouts();
+    for (const StoryboardRef& storyboard : StoryboardsOf(*was)->All()) {
+        if (storyboard && !tree->Find(storyboard->SBID())) orphans.push_back(storyboard);
+    }
+    return orphans;
+}
+
+int32_t LessonMapEditor::GetChildStoryboardCount(const Text& sbid) const {
+    return modTVW::CountDescendants(tree->Find(sbid));
+}
+
+} // namespace dax

@@ -1,0 +1,235 @@
+#include "lessonmap/LessonMapEditor.h"
+
+#include "lessonmap/LessonMapState.h"
+#include "lessonmap/modLME.h"
+#include "tree/modTVW.h"
+
+#include <utility>
+
+namespace dax {
+
+LessonMapEditor::LessonMapEditor() {
+    drag.AutoExpand().Add([](Node& node) { node.SetExpanded(true); });
+    drag.Drop().Add([this](bool insertAfter, Node& dragged, Node& target) { OnDrop(insertAfter, dragged, target); });
+    subclasser.SelectionChanged().Add([this] { OnSelectionChanged(); });
+    subclasser.CheckStateChanged().Add([this] {
+        if (quiet == 0) Raise(ItemChecked);
+    });
+    SetWindow(nullptr);
+    subclasser.SetActive(true);
+}
+
+// The reference that hosts hold closes the editor when it goes; operations under way hold the other one.
+std::shared_ptr<LessonMapEditor> LessonMapEditor::Create() {
+    std::shared_ptr<LessonMapEditor> owner(new LessonMapEditor);
+    LessonMapEditor* const editor = owner.get();
+    return {editor, [owner = std::move(owner)](LessonMapEditor*) mutable {
+                owner->Close();
+                owner.reset();
+            }};
+}
+
+void LessonMapEditor::Close() {
+    isClosed = true;
+    // A raise under way calls no further listener.
+    BeforeSelectionChange = {};
+    AfterSelectionChange = {};
+    ItemChecked = {};
+    MapChanged = {};
+    DeleteRequest = {};
+    ContextMenuRequest = {};
+    CheckboxesChanged = {};
+    SetWindow(nullptr);
+}
+
+void LessonMapEditor::SetWindow(TreeWindow* newWindow) {
+    const bool isActive = subclasser.Active();
+    window = newWindow;
+    drag.Bind(isClosed ? nullptr : tree.get(), newWindow);
+    subclasser.RegisterWindows(isClosed ? nullptr : tree.get(), newWindow);
+    subclasser.SetActive(isActive);
+    if (window && isFrozen) window->FreezeDisplay(true);
+}
+
+void LessonMapEditor::SetImageList(PictureKeys keys) {
+    const auto self = shared_from_this();
+    imageList = std::make_shared<PictureKeys>(std::move(keys));
+    if (lesson) Refresh();
+}
+
+bool LessonMapEditor::Build() {
+    const auto images = imageList; // the host may set another one meanwhile
+    return modLME::BuildMap(tree.get(), *images, lesson, captionStyle, showDefaultMapOnly);
+}
+
+void LessonMapEditor::SaveLayouts() const { modLME::SaveMapLayouts(*tree, lesson); }
+
+void LessonMapEditor::SetLesson(std::shared_ptr<dax::Lesson> newLesson) {
+    const auto self = shared_from_this();
+    bool isRepaired = false;
+    LessonRef before; // its end may call back: it goes last
+    {
+        const Busy busy(*this);
+        const Quiet silence(*this);
+        drag.CancelDrag();
+        const Text sbidBefore = CurrentSBID();
+        // Another lesson takes over neither expansion nor checks.
+        if (newLesson != lesson) tree->Clear();
+        before = std::exchange(lesson, newLesson);
+        if (!lesson) return;
+        isRepaired = Build();
+        const Text record = newLesson->CurrentSBID();
+        SelectQuietly(record.empty() ? sbidBefore : record);
+        if (isRepaired) SaveLayouts();
+    }
+    if (isRepaired && IsStill(newLesson)) Raise(MapChanged, mctMapsInitialized);
+    TellSelection(newLesson);
+}
+
+// The lesson's record of a storyboard that no node shows stays as it is.
+void LessonMapEditor::SelectQuietly(const Text& sbid) {
+    const Node* const node = tree->Find(sbid);
+    if (!node || !node->Parent()) return;
+    tree->Select(tree->Find(sbid));
+    RecordSelection();
+}
+
+LessonMapEditor::StoryboardRef LessonMapEditor::CurrentStoryboard() const {
+    const auto self = shared_from_this();
+    return modLME::FindStoryboard(lesson, CurrentSBID());
+}
+
+void LessonMapEditor::SetCurrentStoryboard(const StoryboardRef& storyboard) {
+    const auto self = shared_from_this();
+    if (lesson) SetCurrentSBID(storyboard ? storyboard->SBID() : Text());
+}
+
+Text LessonMapEditor::CurrentSBID() const {
+    const Node* const node = tree->Selected();
+    return node && node->Parent() ? node->Key() : Text();
+}
+
+void LessonMapEditor::SetCurrentSBID(const Text& sbid) {
+    const auto self = shared_from_this();
+    const LessonRef was = lesson;
+    const Text wanted = sbid;
+    if (!was) return;
+    const auto find = [&] {
+        Node* const node = tree->Find(wanted);
+        return node && node->Parent() ? node : nullptr;
+    };
+    if (!wanted.empty() && !find()) return;
+    was->SetCurrentSBID(wanted);
+    if (!IsStill(was)) return;
+    Node* const node = find();
+    if (node || wanted.empty()) tree->Select(node); // tells the host through the subclasser
+}
+
+void LessonMapEditor::RecordSelection() {
+    const LessonRef was = lesson;
+    if (was) was->SetCurrentSBID(CurrentSBID());
+}
+
+void LessonMapEditor::TellSelection(const LessonRef& was) {
+    if (!IsStill(was)) return;
+    const StoryboardRef storyboard = CurrentStoryboard();
+    if (IsStill(was)) Raise(AfterSelectionChange, storyboard);
+}
+
+void LessonMapEditor::OnSelectionChanged() {
+    if (quiet > 0 || isClosed) return;
+    const auto self = shared_from_this();
+    const LessonRef was = lesson;
+    // The lesson's record is the host's, too, and may call back.
+    if (raising >= deepestRaise) return;
+    const Deeper deeper(raising);
+    RecordSelection();
+    TellSelection(was);
+}
+
+void LessonMapEditor::Refresh() {
+    const auto self = shared_from_this();
+    const Busy busy(*this);
+    const Quiet silence(*this);
+    Build();
+}
+
+void LessonMapEditor::SetAllowDragDrop(bool isAllowed) {
+    allowDragDrop = isAllowed;
+    if (!isAllowed) EndDrag();
+}
+
+void LessonMapEditor::SetCaptionStyle(LessonMapEditorCaptionStyles style) {
+    if (std::exchange(captionStyle, style) != style && lesson) Refresh();
+}
+
+void LessonMapEditor::SetCheckboxes(bool isOn) {
+    const auto self = shared_from_this();
+    if (std::exchange(checkboxes, isOn) == isOn) return;
+    if (!isOn) SetAllChecks(false);
+    Raise(CheckboxesChanged);
+}
+
+void LessonMapEditor::SetLocked(bool isLocked) {
+    locked = isLocked;
+    if (isLocked) EndDrag();
+}
+
+void LessonMapEditor::SetShowDefaultMapOnly(bool isOnly) {
+    if (std::exchange(showDefaultMapOnly, isOnly) != isOnly && lesson) Refresh();
+}
+
+void LessonMapEditor::ReadProperties(PropertyBag& bag) {
+    const auto self = shared_from_this();
+    const auto flag = [&bag](const Text& name, bool byDefault) {
+        const Value value = bag.ReadProperty(name, byDefault);
+        const bool* const found = std::get_if<bool>(&value);
+        return found ? *found : byDefault;
+    };
+    SetAllowDragDrop(flag(u"AllowDragDrop", true));
+    const Value style = bag.ReadProperty(u"CaptionStyle", int64_t{csTitle});
+    const int64_t* const number = std::get_if<int64_t>(&style);
+    SetCaptionStyle(number && *number == csIdentifier ? csIdentifier : csTitle);
+    SetCheckboxes(flag(u"Checkboxes", false));
+    SetLocked(flag(u"Locked", false));
+    SetShowDefaultMapOnly(flag(u"ShowDefaultMapOnly", false));
+}
+
+void LessonMapEditor::WriteProperties(PropertyBag& bag) const {
+    const auto self = shared_from_this();
+    bag.WriteProperty(u"AllowDragDrop", allowDragDrop, true);
+    bag.WriteProperty(u"CaptionStyle", int64_t{captionStyle}, int64_t{csTitle});
+    bag.WriteProperty(u"Checkboxes", checkboxes, false);
+    bag.WriteProperty(u"Locked", locked, false);
+    bag.WriteProperty(u"ShowDefaultMapOnly", showDefaultMapOnly, false);
+}
+
+void LessonMapEditor::FreezeDisplay(bool frozen) {
+    if (std::exchange(isFrozen, frozen) != frozen && window) window->FreezeDisplay(frozen);
+}
+
+void LessonMapEditor::ExpandAll() {
+    const auto self = shared_from_this();
+    const Quiet silence(*this);
+    modTVW::SetAllExpanded(*tree, true);
+}
+
+void LessonMapEditor::CollapseAll() {
+    const auto self = shared_from_this();
+    const LessonRef was = lesson;
+    const Node* const selected = tree->Selected();
+    {
+        const Quiet silence(*this);
+        modTVW::SetAllExpanded(*tree, false);
+        if (tree->Selected() == selected) return;
+        RecordSelection();
+    }
+    TellSelection(was);
+}
+
+Text LessonMapEditor::FindNextSBID(const Text& criteria, FindTypes findType, bool exactMatch, bool wrapSearch) const {
+    const auto self = shared_from_this();
+    return modLME::FindNextSBID(*tree, lesson, criteria, findType, exactMatch, wrapSearch);
+}
+
+} // namespace dax

@@ -1,0 +1,136 @@
+// The storyboards of one lesson, map by map, as a tree to select in, check, rearrange and search.
+#pragma once
+
+#include "content/ContentLesson.h"
+#include "controls/Event.h"
+#include "controls/PropertyBag.h"
+#include "data/Enumerations.h"
+#include "lessonmap/PictureKeys.h"
+#include "tree/LMEDragDropSupport.h"
+#include "tree/LMESubclasser.h"
+
+namespace dax {
+
+enum class MouseButton { None, Left, Right };
+
+// The lesson stays the host's. Its objects are asked in the midst of operations: while they are, whatever would change
+// or write back the map is refused with an Error. Failures of theirs go on to the caller; the tree stays in order.
+// Inside an event the host may do anything, also release the editor, which then ends quietly what it was doing.
+class LessonMapEditor : public std::enable_shared_from_this<LessonMapEditor> {
+public:
+    using StoryboardRef = std::shared_ptr<Storyboard>;
+
+    // The last reference closes the editor: no event is raised from then on.
+    static std::shared_ptr<LessonMapEditor> Create();
+    LessonMapEditor(const LessonMapEditor&) = delete;
+    LessonMapEditor& operator=(const LessonMapEditor&) = delete;
+
+    std::shared_ptr<NodeTree> tvwObject() const { return tree; }
+    void SetWindow(TreeWindow* newWindow); // null for none
+    // Which pictures there are; nodes get their numbers from it, anew when it changes.
+    const PictureKeys& ImageList() const { return *imageList; }
+    void SetImageList(PictureKeys keys);
+
+    std::shared_ptr<dax::Lesson> Lesson() const { return lesson; }
+    void SetLesson(std::shared_ptr<dax::Lesson> newLesson); // null for none
+    // Null, or the empty text: nothing or a map is selected. Setting it to one that no node shows does nothing.
+    StoryboardRef CurrentStoryboard() const;
+    void SetCurrentStoryboard(const StoryboardRef& storyboard);
+    Text CurrentSBID() const;
+    void SetCurrentSBID(const Text& sbid);
+
+    void CheckAllStoryboards() { SetAllChecks(true); }
+    void UncheckAllStoryboards() { SetAllChecks(false); }
+    std::vector<StoryboardRef> CheckedStoryboards(); // in tree order; writes the layouts back first, as do the next two
+    int32_t CheckedStoryboardCount() const;
+    std::shared_ptr<dax::Lesson> GetCheckedLesson();  // the checked storyboards in their maps; null without lesson
+    std::vector<StoryboardRef> OrphanedStoryboards(); // that no node shows
+    int32_t GetChildStoryboardCount(const Text& sbid) const; // at all levels
+
+    bool AllowDragDrop() const { return allowDragDrop; }
+    void SetAllowDragDrop(bool isAllowed);
+    LessonMapEditorCaptionStyles CaptionStyle() const { return captionStyle; }
+    void SetCaptionStyle(LessonMapEditorCaptionStyles style);
+    bool Checkboxes() const { return checkboxes; }
+    void SetCheckboxes(bool isOn); // turning them off clears all checks
+    bool Locked() const { return locked; }
+    void SetLocked(bool isLocked);
+    bool ShowDefaultMapOnly() const { return showDefaultMapOnly; }
+    void SetShowDefaultMapOnly(bool isOnly);
+    void ReadProperties(PropertyBag& bag);
+    void WriteProperties(PropertyBag& bag) const;
+
+    void LockDisplay() { FreezeDisplay(true); } // calls do not nest
+    void UnlockDisplay() { FreezeDisplay(false); }
+    void ExpandAll();
+    void CollapseAll();
+    void Refresh(); // raises no event
+    void AddStoryboard(const StoryboardRef& storyboard);
+    void UpdateStoryboard(const StoryboardRef& storyboard);
+    void UpdateSBID(const Text& sbid);
+    void RemoveStoryboard(const StoryboardRef& storyboard, bool includeChildren);
+    bool CanMoveCurrent(StoryboardMovementTypes movement) const;
+    void MoveCurrent(StoryboardMovementTypes movement);
+    Text FindNextSBID(const Text& criteria, FindTypes findType, bool exactMatch, bool wrapSearch) const;
+
+    // What the window tells: clicks and keys, and that a node was opened or closed by the user.
+    void NodeExpanded(Node& node, bool areCtrlAndShiftDown);
+    void NodeCollapsed(Node& node, bool areCtrlAndShiftDown);
+    void KeyDown(int keyCode);
+    bool KeyPress(int keyCode); // true: the tree must not see the key
+    void MouseDown(MouseButton button);
+    void MouseMove(MouseButton button);
+    void MouseUp(MouseButton button);
+    void Click(Point point, bool isCtrlDown);
+    void DblClick(Point point, bool isCtrlDown);
+    void OnTimer(TreeTimer timer);
+
+    // Old and new storyboard, cancel. Declared and never raised, deliberately.
+    Event<StoryboardRef, StoryboardRef, bool&> BeforeSelectionChange;
+    Event<StoryboardRef> AfterSelectionChange; // null: nothing or a map
+    Event<> ItemChecked;                       // once for a burst of checks
+    Event<MapChangeTypes> MapChanged;          // the lesson has the new layout already
+    Event<> DeleteRequest;                     // the host decides and calls RemoveStoryboard
+    Event<> ContextMenuRequest;
+    Event<> CheckboxesChanged; // for the window: show or hide the boxes
+
+private:
+    class Busy;
+    class Quiet;
+    class Deeper;
+    static constexpr int deepestRaise = 40;
+    using LessonRef = std::shared_ptr<dax::Lesson>;
+
+    LessonMapEditor();
+    void Close();
+    bool IsStill(const LessonRef& was) const { return !isClosed && lesson == was; }
+    bool Build();
+    void SaveLayouts() const;
+    void SelectQuietly(const Text& sbid);
+    void SetAllChecks(bool checked);
+    void FreezeDisplay(bool frozen);
+    void EndDrag();
+    void Recaption(const Text& sbid, const Storyboard& storyboard);
+    std::vector<Text> CheckedKeys() const;
+    void OnSelectionChanged();
+    void OnDrop(bool insertAfter, Node& dragged, Node& target);
+    void RecordSelection();
+    void TellSelection(const LessonRef& was);
+    template <typename TheEvent, typename... Arguments>
+    void Raise(const TheEvent& event, const Arguments&... arguments);
+
+    std::shared_ptr<NodeTree> tree = std::make_shared<NodeTree>();
+    std::shared_ptr<const PictureKeys> imageList = std::make_shared<PictureKeys>();
+    TreeWindow* window = nullptr;
+    LessonRef lesson;
+    bool allowDragDrop = true, checkboxes = false, locked = false, showDefaultMapOnly = false;
+    LessonMapEditorCaptionStyles captionStyle = csTitle;
+    LMEDragDropSupport drag;
+    LMESubclasser subclasser;
+    bool isClosed = false, isBusy = false, isFrozen = false, isExpanding = false, isCollapsing = false,
+         isDropped = false;
+    int quiet = 0, raising = 0;
+    Text sbidBeforeDrag;
+};
+
+} // namespace dax

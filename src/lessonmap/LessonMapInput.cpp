@@ -1,0 +1,127 @@
+// What the user does in the window of LessonMapEditor.
+#include "lessonmap/LessonMapEditor.h"
+
+#include "lessonmap/LessonMapState.h"
+#include "tree/modTVW.h"
+
+#include <utility>
+
+namespace dax {
+
+namespace {
+
+constexpr int deleteKey = 46, escapeKey = 27;
+
+// Sets a flag for a scope; IsFirst is false when it was set already.
+class Entered {
+public:
+    explicit Entered(bool& flag) : flag(flag), isFirst(!std::exchange(flag, true)) {}
+    ~Entered() {
+        if (isFirst) flag = false;
+    }
+    Entered(const Entered&) = delete;
+    Entered& operator=(const Entered&) = delete;
+    bool IsFirst() const { return isFirst; }
+
+private:
+    bool& flag;
+    bool isFirst;
+};
+
+} // namespace
+
+void LessonMapEditor::NodeExpanded(Node& node, bool areCtrlAndShiftDown) {
+    const auto self = shared_from_this();
+    const Entered entered(isExpanding);
+    if (entered.IsFirst() && areCtrlAndShiftDown) modTVW::ExpandSubtree(&node);
+}
+
+void LessonMapEditor::NodeCollapsed(Node& node, bool areCtrlAndShiftDown) {
+    const auto self = shared_from_this();
+    const Entered entered(isCollapsing);
+    if (entered.IsFirst() && areCtrlAndShiftDown) modTVW::CollapseSubtree(&node);
+}
+
+void LessonMapEditor::KeyDown(int keyCode) {
+    const auto self = shared_from_this();
+    subclasser.OnKeyDown(keyCode);
+    if (keyCode != deleteKey || drag.Active() || locked) return;
+    if (!modTVW::IsRootNode(tree->Selected())) Raise(DeleteRequest);
+}
+
+bool LessonMapEditor::KeyPress(int keyCode) {
+    const auto self = shared_from_this();
+    if (keyCode != escapeKey || !drag.Active()) return false;
+    EndDrag();
+    return true;
+}
+
+void LessonMapEditor::MouseDown(MouseButton button) {
+    const auto self = shared_from_this();
+    if (locked) return;
+    if (button == MouseButton::Left && allowDragDrop && !drag.Active()) drag.OnMouseDown();
+    if (button == MouseButton::Right && drag.Active()) EndDrag();
+}
+
+void LessonMapEditor::MouseMove(MouseButton button) {
+    const auto self = shared_from_this();
+    if (button != MouseButton::Left || locked || !allowDragDrop) return;
+    if (drag.Active()) {
+        drag.OnItemDrag();
+        return;
+    }
+    if (!drag.ShouldBeginDrag()) return;
+    if (Node* const node = window->HitTest(window->Pointer()).node) tree->Select(node);
+    // The host heard of the selection and may have done anything.
+    if (!drag.ShouldBeginDrag() || locked || !allowDragDrop || isBusy) return;
+    sbidBeforeDrag = CurrentSBID();
+    subclasser.SetActive(false);
+    drag.BeginDrag();
+    if (!drag.Active()) subclasser.SetActive(true);
+}
+
+void LessonMapEditor::MouseUp(MouseButton button) {
+    const auto self = shared_from_this();
+    if (button == MouseButton::Left) {
+        const bool wasDrag = drag.Active();
+        const LessonRef was = lesson;
+        isDropped = false;
+        if (wasDrag) {
+            drag.FinishDrag();
+        } else {
+            drag.CancelDrag();
+        }
+        // Setting it stops a check event that is due, so only when it is off.
+        if (!subclasser.Active() && quiet == 0) subclasser.SetActive(true);
+        // A drop that was refused has selected its target all the same.
+        if (wasDrag && !isDropped && IsStill(was) && CurrentSBID() != sbidBeforeDrag) OnSelectionChanged();
+    } else if (button == MouseButton::Right && !drag.Active() && !locked) {
+        Raise(ContextMenuRequest);
+    }
+}
+
+void LessonMapEditor::EndDrag() {
+    drag.CancelDrag();
+    if (!subclasser.Active() && quiet == 0) subclasser.SetActive(true);
+}
+
+void LessonMapEditor::Click(Point point, bool isCtrlDown) {
+    const auto self = shared_from_this();
+    subclasser.OnClick(point, isCtrlDown);
+}
+
+void LessonMapEditor::DblClick(Point point, bool isCtrlDown) {
+    const auto self = shared_from_this();
+    subclasser.OnDblClick(point, isCtrlDown);
+}
+
+void LessonMapEditor::OnTimer(TreeTimer timer) {
+    const auto self = shared_from_this();
+    if (timer == TreeTimer::Checkstate) {
+        subclasser.OnTimer(timer);
+    } else {
+        drag.OnTimer(timer);
+    }
+}
+
+} // namespace dax

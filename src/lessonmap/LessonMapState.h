@@ -1,0 +1,64 @@
+// The scopes that the parts of LessonMapEditor share.
+#pragma once
+
+#include "data/Error.h"
+#include "lessonmap/LessonMapEditor.h"
+
+namespace dax {
+
+// While content objects are asked to fill the tree, to take layouts back or to change their collections, nothing else
+// may do so: it would work on half a tree.
+class LessonMapEditor::Busy {
+public:
+    explicit Busy(LessonMapEditor& editor) : editor(editor) {
+        if (editor.isBusy) {
+            throw Error(ErrorNumbers::Automation, u"The lesson map is being changed: it cannot do that meanwhile.");
+        }
+        editor.isBusy = true;
+    }
+    ~Busy() { editor.isBusy = false; }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+
+private:
+    LessonMapEditor& editor;
+};
+
+// The editor's own changes: no selection and check events of the tree. Afterwards notifications flow unless a drag is
+// in progress; a drag that the changes ended does not leave them off.
+class LessonMapEditor::Quiet {
+public:
+    explicit Quiet(LessonMapEditor& editor) : editor(editor) {
+        if (editor.quiet++ == 0) editor.subclasser.SetActive(false);
+    }
+    ~Quiet() {
+        if (--editor.quiet == 0) editor.subclasser.SetActive(!editor.drag.Active());
+    }
+    Quiet(const Quiet&) = delete;
+    Quiet& operator=(const Quiet&) = delete;
+
+private:
+    LessonMapEditor& editor;
+};
+
+// Counts a level of nesting for a scope.
+class LessonMapEditor::Deeper {
+public:
+    explicit Deeper(int& depth) : depth(depth) { ++depth; }
+    ~Deeper() { --depth; }
+    Deeper(const Deeper&) = delete;
+    Deeper& operator=(const Deeper&) = delete;
+
+private:
+    int& depth;
+};
+
+// A listener may call back, and be called again for that, without end: at some depth the host hears no more.
+template <typename TheEvent, typename... Arguments>
+void LessonMapEditor::Raise(const TheEvent& event, const Arguments&... arguments) {
+    if (isClosed || raising >= deepestRaise) return;
+    const Deeper deeper(raising);
+    event.Raise(arguments...);
+}
+
+} // namespace dax

@@ -1,0 +1,56 @@
+// The steps of building a lesson map (see modLME::BuildMap), and what the tree keeps while it is built anew.
+#pragma once
+
+#include "content/Lesson.h"
+#include "data/IDCollection.h"
+#include "lessonmap/PictureKeys.h"
+#include "tree/NodeTree.h"
+
+#include <unordered_map>
+#include <unordered_set>
+
+namespace dax {
+
+// Expansion, checks and selection, by key.
+class MapView {
+public:
+    explicit MapView(const NodeTree& tree);
+    void Restore(NodeTree& tree) const;
+
+private:
+    IDCollection expanded, checked, roots;
+    Text selected;
+};
+
+class MapBuilder {
+public:
+    using KeyedStoryboard = std::pair<Text, std::shared_ptr<Storyboard>>;
+
+    // Reads the lesson's storyboards.
+    MapBuilder(NodeTree& tree, const PictureKeys& imageList, Lesson& lesson);
+
+    void AddMaps(bool defaultMapOnly); // the default map first; each fills its part
+    void MarkMissing();                // nodes whose storyboard the lesson does not have
+    // Throws Error when other nodes than the maps stand at the top.
+    void CheckRoots() const;
+    bool IsLessonChanged() const { return isChanged; }
+    const std::vector<KeyedStoryboard>& Storyboards() const { return storyboards; }
+
+    // The default map first, if there is one; each map once.
+    static std::vector<std::shared_ptr<StoryboardMap>> ListMaps(const Lesson& lesson);
+
+private:
+    void AddMap(StoryboardMap& map);
+    Text UniqueName(const Text& name);
+
+    NodeTree& tree;
+    const PictureKeys& imageList;
+    Lesson& lesson;
+    std::vector<KeyedStoryboard> storyboards;
+    std::unordered_set<Text> sbids;
+    std::vector<Text> roots;
+    std::unordered_map<Text, int32_t> lastNumbers; // by name: where the search for a free number goes on
+    bool isChanged = false;
+};
+
+} // namespace dax

@@ -1,0 +1,27 @@
+#include "lessonmap/PictureKeys.h"
+
+#include "lessonmap/FoldCase.h"
+
+namespace dax {
+
+PictureKeys::PictureKeys()
+    : PictureKeys({Text(Root), Text(Undefined), Text(Custom), u"title", u"text", u"picture", u"video", u"audio",
+                   u"animation", u"question", u"exercise", u"simulation", u"test", u"summary", u"menu"}) {}
+
+PictureKeys::PictureKeys(std::vector<Text> newKeys) : keys(std::move(newKeys)) {
+    for (size_t i = 0; i < keys.size(); ++i) {
+        if (!keys[i].empty()) places.emplace(keys[i], static_cast<int>(i) + 1); // the first of equal keys counts
+    }
+}
+
+int PictureKeys::Index(const Text& key) const {
+    const auto place = places.find(key);
+    return place == places.end() ? 0 : place->second;
+}
+
+int PictureKeys::IndexOfType(TextView storyboardType) const {
+    const int index = storyboardType.empty() ? Index(Undefined) : Index(FoldCase(storyboardType));
+    return index ? index : Index(Custom);
+}
+
+} // namespace dax

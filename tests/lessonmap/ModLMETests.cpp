@@ -1,0 +1,213 @@
+#include "lessonmap/FoldCase.h"
+#include "lessonmap/SampleLesson.h"
+#include "lessonmap/modLME.h"
+
+#include <gtest/gtest.h>
+
+namespace dax {
+namespace {
+
+using namespace test;
+
+class LessonMap : public testing::Test {
+protected:
+    bool Build(const std::shared_ptr<Lesson>& newLesson, bool defaultOnly = false,
+               LessonMapEditorCaptionStyles style = csTitle) {
+        lesson = newLesson;
+        return modLME::BuildMap(&tree, pictures, lesson, style, defaultOnly);
+    }
+    std::string CaptionOf(TextView key) { return ToUtf8(tree.Find(key)->Caption()); }
+
+    NodeTree tree;
+    PictureKeys pictures;
+    std::shared_ptr<Lesson> lesson;
+};
+
+TEST_F(LessonMap, IsBuiltWithTheDefaultMapFirstAndRepaired) {
+    const struct {
+        const char* maps;
+        int defaultMap; // index, -1 for none
+        bool defaultOnly, isChanged;
+        const char* tree;
+        const char* stored;
+    } cases[] = {
+        {"", -1, false, true, "key:", "key:"},
+        {"A: a b( c ) | B: d", 0, false, false, "A: a b( c ) | B: d", "A: a b( c ) | B: d"},
+        {"A: a | B: d", 1, false, false, "B: d | A: a", "A: a | B: d"},
+        {"A: a | B: d", -1, false, false, "A: a | B: d", "A: a | B: d"},
+        {"A: a | B: d", 1, true, false, "B: d", "A: a | B: d"},
+        {"A: a | A: b | A: c", 1, false, true, "A: b | A_1: a | A_2: c", "A_1: a | A: b | A_2: c"},
+        {": a | key: b", 0, false, true, "key: a | key_1: b", "key: a | key_1: b"},
+        {"A: B | B: c", 0, false, true, "A: B | B_1: c", "A: B | B_1: c"},
+        {"a: a", 0, false, true, "a_1: a", "a_1: a"}, // a map must not take the key of a storyboard
+        {"A: a b( c ) | B: b( d ) a", 0, false, false, "A: a b( c ) | B: d", "A: a b( c ) | B: b( d ) a"},
+        {"A: ü\xF0\x9F\x99\x82", 0, false, false, "A: ü\xF0\x9F\x99\x82", "A: ü\xF0\x9F\x99\x82"},
+    };
+    for (const auto& [maps, defaultMap, defaultOnly, isChanged, shown, stored] : cases) {
+        const auto sample = MakeLesson("");
+        const auto source = MakeLesson(maps);
+        for (const auto& page : source->Storyboards()->All()) sample->Storyboards()->Add(page);
+        for (int32_t i = 0; i < source->Maps()->Count(); ++i) sample->Maps()->Add(source->Maps()->Item(i));
+        if (defaultMap >= 0) sample->Maps()->SetDefaultMap(sample->Maps()->Item(defaultMap));
+        EXPECT_EQ(Build(sample, defaultOnly), isChanged) << maps;
+        EXPECT_EQ(Print(tree), shown) << maps;
+        EXPECT_EQ(Print(*sample), stored) << maps;
+        EXPECT_EQ(sample->Maps()->DefaultMap()->Name(), tree.First()->Key()) << maps;
+    }
+    EXPECT_FALSE(modLME::BuildMap(nullptr, pictures, lesson, csTitle, false));
+    EXPECT_FALSE(Build(nullptr));
+    EXPECT_TRUE(tree.IsEmpty());
+}
+
+TEST_F(LessonMap, CaptionsAndPictures) {
+    const Text smiley = u"\U0001F642";
+    const struct {
+        Text title, identifier, type;
+        Text byTitle, byIdentifier, picture;
+    } cases[] = {
+        {u"Welcome", u"W1", u"text", u"Welcome", u"W1", u"text"},
+        {u"", u"", u"", u"(untitled)", u"(no identifier)", u"_undefined"},
+        {Text(80, u'x'), Text(81, u'y'), u"VIDEO", Text(80, u'x'), Text(80, u'y') + u"...", u"video"},
+        {Text(79, u'x') + smiley, Text(78, u'x') + smiley + u"z", u"nobody", Text(79, u'x') + u"...",
+         Text(78, u'x') + smiley + u"...", u"_custom"},
+    };
+    for (const auto& [title, identifier, type, byTitle, byIdentifier, picture] : cases) {
+        const auto sample = MakeLesson("Main:");
+        sample->Storyboards()->Add(std::make_shared<ContentStoryboard>(u"s", title, identifier, type));
+        std::static_pointer_cast<ContentMap>(sample->Maps()->Item(0))->SetLayout({{u"s", 1}, {u"gone", 2}});
+        Build(sample, false, csIdentifier);
+        EXPECT_EQ(CaptionOf(u"s"), ToUtf8(byIdentifier));
+        Build(sample);
+        EXPECT_EQ(CaptionOf(u"s"), ToUtf8(byTitle));
+        EXPECT_EQ(tree.Find(u"s")->Image(), pictures.Index(picture));
+        EXPECT_EQ(CaptionOf(u"Main"), "Main (2)");
+        EXPECT_EQ(tree.Find(u"Main")->Image(), pictures.Index(PictureKeys::Root));
+        EXPECT_EQ(CaptionOf(u"gone"), "gone") << "the lesson has no such storyboard";
+        EXPECT_EQ(tree.Find(u"gone")->Image(), pictures.Index(PictureKeys::Undefined));
+    }
+    const PictureKeys hosts({u"_custom", u"scene", u"scene", u""});
+    EXPECT_EQ(hosts.IndexOfType(u"Scene"), 2);
+    EXPECT_EQ(hosts.IndexOfType(u"other"), 1);
+    EXPECT_EQ(hosts.IndexOfType(u""), 1) << "a list without a picture for it";
+    EXPECT_EQ(PictureKeys({u"a"}).IndexOfType(u"b"), 0);
+    EXPECT_EQ(PictureKeys().Keys().size(), 15u);
+}
+
+TEST_F(LessonMap, KeepsItsViewWhenBuiltAnew) {
+    Build(MakeLesson("A: a( b( c ) ) d | B: e | C:"));
+    EXPECT_TRUE(tree.Find(u"A")->IsExpanded()) << "a new map is open";
+    tree.Find(u"B")->SetExpanded(false);
+    tree.Find(u"a")->SetExpanded(true);
+    tree.Find(u"d")->SetChecked(true);
+    tree.Find(u"C")->SetChecked(true);
+    tree.Select(tree.Find(u"d"));
+    const auto map = std::static_pointer_cast<ContentMap>(lesson->Maps()->Item(0));
+    map->SetLayout({{u"d", 1}, {u"a", 1}, {u"b", 2}, {u"c", 3}});
+    Build(lesson);
+    EXPECT_EQ(Print(tree), "A: d a( b( c ) ) | B: e | C:");
+    EXPECT_EQ(tree.Selected(), tree.Find(u"d"));
+    EXPECT_TRUE(tree.Find(u"d")->IsChecked() && tree.Find(u"C")->IsChecked());
+    EXPECT_FALSE(tree.Find(u"a")->IsChecked());
+    EXPECT_TRUE(tree.Find(u"a")->IsExpanded());
+    EXPECT_FALSE(tree.Find(u"b")->IsExpanded());
+    EXPECT_FALSE(tree.Find(u"B")->IsExpanded());
+}
+
+TEST_F(LessonMap, MovesWithinAndBetweenMaps) {
+    const char* const start = "A: a( b c ) d | B: e( f ) | C:";
+    const struct {
+        TextView key;
+        StoryboardMovementTypes movement;
+        const char* result; // null: it cannot move so
+    } cases[] = {
+        {u"b", smtUp, nullptr},
+        {u"c", smtUp, "A: a( c b ) d | B: e( f ) | C:"},
+        {u"d", smtUp, "A: d a( b c ) | B: e( f ) | C:"},
+        {u"c", smtDown, "A: a( b ) d( c ) | B: e( f ) | C:"},
+        {u"d", smtDown, nullptr}, // not into the next map
+        {u"d", smtIndent, "A: a( b c d ) | B: e( f ) | C:"},
+        {u"a", smtIndent, nullptr},
+        {u"b", smtOutdent, "A: a( c ) b d | B: e( f ) | C:"},
+        {u"d", smtOutdent, nullptr},
+        {u"a", smtNextMap, "A: d | B: a( b c ) e( f ) | C:"},
+        {u"e", smtNextMap, "A: a( b c ) d | B: | C: e( f )"},
+        {u"f", smtNextMap, "A: a( b c ) d | B: e | C: f"},
+        {u"a", smtPreviousMap, nullptr},
+        {u"f", smtPreviousMap, "A: a( b c ) d f | B: e | C:"},
+        {u"e", smtPreviousMap, "A: a( b c ) d e( f ) | B: | C:"},
+        {u"A", smtDown, nullptr},
+        {u"A", smtNextMap, nullptr},
+        {u"C", smtPreviousMap, nullptr},
+        {u"c", StoryboardMovementTypes(0), nullptr},
+        {u"c", StoryboardMovementTypes(7), nullptr},
+    };
+    for (const auto& [key, movement, result] : cases) {
+        Build(MakeLesson(start));
+        Node* const node = tree.Find(key);
+        tree.Select(node);
+        EXPECT_EQ(modLME::CanMoveNode(tree, node, movement), result != nullptr) << ToUtf8(key) << movement;
+        EXPECT_EQ(modLME::MoveNode(tree, node, movement), result != nullptr) << ToUtf8(key) << movement;
+        EXPECT_EQ(Print(tree), result ? result : start) << ToUtf8(key) << movement;
+        EXPECT_EQ(tree.Selected(), node);
+        modLME::SaveMapLayouts(tree, lesson);
+        EXPECT_EQ(Print(*lesson), Print(tree));
+        for (const Node* root = tree.First(); root; root = root->Next()) {
+            EXPECT_EQ(ToUtf8(root->Caption()),
+                      ToUtf8(root->Key() + u" (" + ToText(modTVW::CountDescendants(root)) + u")"));
+        }
+    }
+    EXPECT_FALSE(modLME::CanMoveNode(tree, nullptr, smtUp));
+    Build(MakeLesson(start), true);
+    EXPECT_FALSE(modLME::CanMoveNode(tree, tree.Find(u"a"), smtNextMap)) << "only one map is shown";
+}
+
+TEST_F(LessonMap, FindsTheNextMatch) {
+    const auto sample = MakeLesson("Main: a( b ) c | Extra: d");
+    const auto page = [&](const Text& sbid) {
+        return std::static_pointer_cast<ContentStoryboard>(sample->Storyboards()->Item(sbid));
+    };
+    page(u"b")->SetTitle(u"The Ärger of the Straße");
+    page(u"c")->SetTitle(u"ПРИВЕТ");
+    page(u"d")->SetTitle(u"");
+    Build(sample);
+    const struct {
+        TextView selected, criteria;
+        FindTypes findType;
+        bool exactMatch, wrapSearch;
+        TextView found;
+    } cases[] = {
+        {u"", u"title of", ftTitle, false, false, u"a"},
+        {u"a", u"title of", ftTitle, false, false, u""},
+        {u"a", u"title of", ftTitle, false, true, u""}, // the start itself is never the result
+        {u"c", u"title of", ftTitle, false, true, u"a"},
+        {u"Main", u"TITLE OF A", ftTitle, true, false, u"a"},
+        {u"Main", u"TITLE OF", ftTitle, true, false, u""},
+        {u"Main", u"äRGER", ftTitle, false, false, u"b"},
+        {u"Main", u"привет", ftTitle, true, false, u"c"},
+        {u"Main", u"ärger", ftID, false, false, u"b"}, // whatever is asked for, all fields are tested
+        {u"Main", u"id-C", FindTypes(0), true, false, u"c"},
+        {u"Main", u"D", ftTitle, true, false, u"d"}, // an SBID
+        {u"Extra", u"id-", ftIdentifier, false, false, u"d"},
+        {u"d", u"id-", ftIdentifier, false, false, u""},
+        {u"d", u"id-", ftIdentifier, false, true, u"a"},
+        {u"Main", u"main", ftTitle, false, true, u""}, // maps never match
+        {u"Main", u"", ftTitle, false, false, u"a"},
+        {u"Main", u"", ftTitle, true, false, u"d"}, // the first without a title
+        {u"b", u"no such thing", ftTitle, false, true, u""},
+    };
+    for (const auto& [selected, criteria, findType, exactMatch, wrapSearch, found] : cases) {
+        tree.Select(tree.Find(selected));
+        EXPECT_EQ(ToUtf8(modLME::FindNextSBID(tree, lesson, Text(criteria), findType, exactMatch, wrapSearch)),
+                  ToUtf8(found))
+            << ToUtf8(selected) << ": " << ToUtf8(criteria);
+    }
+    EXPECT_EQ(modLME::FindNextSBID(tree, nullptr, u"", ftTitle, false, true), u"");
+    EXPECT_EQ(modLME::FindNextSBID(NodeTree(), lesson, u"", ftTitle, false, true), u"");
+    EXPECT_TRUE(modLME::MatchStoryboard(tree.Find(u"b"), u"STRAßE", ftID, false, lesson));
+    EXPECT_FALSE(modLME::MatchStoryboard(tree.Find(u"b"), u"STRAßE", ftID, true, lesson));
+    EXPECT_FALSE(modLME::MatchStoryboard(nullptr, u"", ftID, false, lesson));
+    EXPECT_EQ(ToUtf8(FoldCase(u"ÀŸŻĀΆΩЁЯՖẞỸＺ×÷ß1_")), "àÿżāάωёяֆßỹｚ×÷ß1_");
+}
+
+} // namespace
+} // namespace dax

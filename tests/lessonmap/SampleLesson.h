@@ -1,0 +1,82 @@
+// Lessons for the tests, written short: "Main: a b( c d ) | Extra: e", and trees printed in the same way.
+#pragma once
+
+#include "content/ContentLesson.h"
+#include "tree/NodeTree.h"
+#include "tree/modTVW.h"
+
+#include <sstream>
+
+namespace dax::test {
+
+// A storyboard per word, titled "Title of WORD" with the identifier "ID-WORD"; the first map is the default one.
+inline std::shared_ptr<ContentLesson> MakeLesson(const std::string& text) {
+    const auto lesson = std::make_shared<ContentLesson>();
+    std::istringstream words(text);
+    std::shared_ptr<ContentMap> map;
+    std::vector<LayoutEntry> layout;
+    int32_t depth = 1;
+    const auto finish = [&] {
+        if (map) map->SetLayout(std::move(layout));
+        layout.clear();
+    };
+    for (std::string word; words >> word;) {
+        if (word == "|") continue;
+        if (word == ")") {
+            --depth;
+            continue;
+        }
+        if (word.back() == ':') {
+            finish();
+            map = std::make_shared<ContentMap>(FromUtf8(word.substr(0, word.size() - 1)));
+            lesson->Maps()->Add(map);
+            if (lesson->Maps()->Count() == 1) lesson->Maps()->SetDefaultMap(map);
+            continue;
+        }
+        const bool isOpening = word.back() == '(';
+        if (isOpening) word.pop_back();
+        const Text sbid = FromUtf8(word);
+        if (!lesson->Storyboards()->Item(sbid)) {
+            lesson->Storyboards()->Add(
+                std::make_shared<ContentStoryboard>(sbid, u"Title of " + sbid, u"ID-" + sbid, u"text"));
+        }
+        layout.push_back({sbid, depth});
+        depth += isOpening;
+    }
+    finish();
+    return lesson;
+}
+
+inline std::string Print(const std::string& name, const std::vector<LayoutEntry>& layout) {
+    std::string text = name + ":";
+    for (size_t i = 0; i < layout.size(); ++i) {
+        const int32_t next = i + 1 < layout.size() ? layout[i + 1].depth : 1;
+        text += " " + ToUtf8(layout[i].sbid) + (next > layout[i].depth ? "(" : "");
+        for (int32_t depth = layout[i].depth; depth > next; --depth) text += " )";
+    }
+    return text;
+}
+
+inline std::string Print(const NodeTree& tree) {
+    std::string text;
+    for (const Node* root = tree.First(); root; root = root->Next()) {
+        std::vector<LayoutEntry> layout;
+        for (const Node* node = modTVW::GetNextNode(root, root); node; node = modTVW::GetNextNode(node, root)) {
+            layout.push_back({node->Key(), modTVW::GetIndentLevel(node)});
+        }
+        text += (text.empty() ? "" : " | ") + Print(ToUtf8(root->Key()), layout);
+    }
+    return text;
+}
+
+// The maps of the lesson as they are stored, in its own order.
+inline std::string Print(const Lesson& lesson) {
+    std::string text;
+    for (int32_t i = 0; i < lesson.Maps()->Count(); ++i) {
+        const auto map = std::dynamic_pointer_cast<ContentMap>(lesson.Maps()->Item(i));
+        text += (text.empty() ? "" : " | ") + Print(ToUtf8(map->Name()), map->Layout());
+    }
+    return text;
+}
+
+} // namespace dax::test
