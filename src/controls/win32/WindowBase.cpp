@@ -253,8 +253,10 @@ LRESULT CALLBACK WindowBase::ChildProcedure(HWND window, UINT message, WPARAM wP
     // The child comes first, so that it has done its work when the host hears of the focus.
     const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
     if (message != WM_SETFOCUS && message != WM_KILLFOCUS) return result;
-    DWORD_PTR current = 0; // the control may be gone by now
-    if (!GetWindowSubclass(window, ChildProcedure, focusSubclass, &current) || current != reference) return result;
+    // The control may be gone by now; its window then no longer knows it. (GetWindowSubclass would tell as well, but
+    // mingw-w64 does not import it.)
+    const HWND parent = GetAncestor(window, GA_PARENT);
+    if (!parent || GetWindowLongPtrW(parent, GWLP_USERDATA) != static_cast<LONG_PTR>(reference)) return result;
     try {
         self->FocusMoved(message == WM_SETFOCUS ? window : reinterpret_cast<HWND>(wParam));
     } catch (...) {
