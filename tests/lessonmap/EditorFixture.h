@@ -1,0 +1,59 @@
+// An editor with its window and a list of what the host heard.
+#pragma once
+
+#include "lessonmap/LessonMapEditor.h"
+#include "lessonmap/SampleLesson.h"
+#include "tree/FakeTreeWindow.h"
+
+#include <gtest/gtest.h>
+
+namespace dax::test {
+
+class EditorFixture : public testing::Test {
+protected:
+    EditorFixture() {
+        editor->SetWindow(&window);
+        editor->BeforeSelectionChange.Add([this](const auto&, const auto&, bool&) { Hear("before"); });
+        editor->AfterSelectionChange.Add(
+            [this](const auto& page) { Hear("selected " + (page ? ToUtf8(page->SBID()) : "-")); });
+        editor->ItemChecked.Add([this] { Hear("checked"); });
+        editor->MapChanged.Add([this](MapChangeTypes type) { Hear("changed " + std::to_string(type)); });
+        editor->DeleteRequest.Add([this] { Hear("delete"); });
+        editor->ContextMenuRequest.Add([this] { Hear("menu"); });
+    }
+
+    ~EditorFixture() override {
+        if (editor) editor->SetWindow(nullptr); // the window goes first
+    }
+
+    void Hear(const std::string& what) { heard += (heard.empty() ? "" : ", ") + what; }
+    std::string Heard() { return std::exchange(heard, {}); }
+    void Open(const std::string& text) {
+        lesson = MakeLesson(text);
+        editor->SetLesson(nullptr); // nothing stays from the lesson before
+        editor->SetLesson(lesson);
+        heard.clear();
+    }
+    void Select(const Text& key) {
+        tree->Select(tree->Find(key));
+        heard.clear();
+    }
+    Node& At(const Text& key) { return *tree->Find(key); }
+    std::shared_ptr<Storyboard> Page(const Text& sbid) { return lesson->Storyboards()->Item(sbid); }
+    std::shared_ptr<ContentStoryboard> NewPage(const Text& sbid) {
+        return std::make_shared<ContentStoryboard>(sbid, u"New " + sbid, u"", u"video");
+    }
+    // The tree; what the lesson's maps hold beside it when that differs.
+    std::string Shown() {
+        const std::string shown = Print(*tree), stored = Print(*lesson);
+        return shown == stored ? shown : shown + " but " + stored;
+    }
+
+    std::shared_ptr<LessonMapEditor> editor = LessonMapEditor::Create();
+    std::shared_ptr<NodeTree> tree = editor->tvwObject();
+    FakeTreeWindow window{*tree};
+    std::shared_ptr<ContentLesson> lesson;
+    std::string heard;
+};
+
+} // namespace dax::test
