@@ -1,0 +1,74 @@
+// What a tree must be after any sequence of edits, in the plainest possible form.
+#pragma once
+
+#include "data/Enumerations.h"
+#include "data/Text.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace dax::test {
+
+// The dullest tree there is: for each key the keys of its children. The root is "".
+class ReferenceTree {
+public:
+    ReferenceTree() { children[u""]; }
+    void Insert(const Text& key, const Text& under, size_t at) {
+        auto& list = children[under];
+        list.insert(list.begin() + static_cast<ptrdiff_t>(std::min(at, list.size())), key);
+        children[key];
+        parents[key] = under;
+    }
+    void Erase(const Text key) { // a copy: the place that it came from goes
+        while (!children[key].empty()) Erase(children[key].front());
+        Unlink(key);
+        children.erase(key);
+        parents.erase(key);
+    }
+    void Unlink(const Text& key) { std::erase(children[parents[key]], key); }
+    void Place(const Text& key, const Text& under, size_t at) {
+        Unlink(key);
+        auto& list = children[under];
+        list.insert(list.begin() + static_cast<ptrdiff_t>(std::min(at, list.size())), key);
+        parents[key] = under;
+    }
+    size_t Index(const Text& key) const {
+        const auto& list = children.at(parents.at(key));
+        return static_cast<size_t>(std::find(list.begin(), list.end(), key) - list.begin());
+    }
+    bool Contains(const Text& top, Text key) const {
+        while (!key.empty() && key != top) key = parents.at(key);
+        return key == top;
+    }
+    void Keys(const Text& top, std::vector<Text>& out) const {
+        for (const Text& key : children.at(top)) {
+            out.push_back(key);
+            Keys(key, out);
+        }
+    }
+    std::optional<std::pair<Text, size_t>> Destination(const Text& key, int movement) const {
+        const Text parent = parents.at(key);
+        const auto& siblings = children.at(parent);
+        const size_t index = Index(key);
+        const bool isTop = parent.empty();
+        if (movement == gmtUp && index > 0) return {{parent, index - 1}};
+        if (movement == gmtDown && index + 1 < siblings.size()) return {{parent, index + 1}};
+        if (movement == gmtIndent && index > 0) return {{siblings[index - 1], SIZE_MAX}};
+        if (movement == gmtOutdent && !isTop) return {{parents.at(parent), Index(parent) + 1}};
+        if ((movement != gmtUp && movement != gmtDown) || isTop) return {};
+        const auto& uncles = children.at(parents.at(parent));
+        const size_t place = Index(parent);
+        if (movement == gmtUp && place > 0) return {{uncles[place - 1], SIZE_MAX}};
+        if (movement == gmtDown && place + 1 < uncles.size()) return {{uncles[place + 1], 0}};
+        return {};
+    }
+
+    std::map<Text, std::vector<Text>> children;
+    std::map<Text, Text> parents;
+};
+
+} // namespace dax::test
