@@ -12,6 +12,7 @@ namespace {
 
 constexpr wchar_t validatorName[] = L"DatabaseValidator";
 constexpr wchar_t pickerName[] = L"SQLDBPicker";
+constexpr wchar_t noValue[] = L"\u2013";
 enum Details { detailTitle, detailDescription, detailCatalog, detailLogin, detailRights, detailCount };
 constexpr const wchar_t* detailTitles[detailCount] = {L"Title:", L"Description:", L"Catalog:", L"Login:", L"Rights:"};
 
@@ -49,6 +50,7 @@ void ConnectorPage::Build() {
     for (const wchar_t* title : detailTitles) {
         const HWND label = AddLabel(title);
         details.push_back({label, AddOutput(idLabel)});
+        SetWindowTextW(details.back().value, noValue);
     }
     AddButton(idRecord, L"&Record connection");
     AddOutput(idResult);
@@ -166,7 +168,7 @@ void ConnectorPage::ShowSelection(const std::wstring& description) {
     }
     const std::wstring values[detailCount] = {control.Get(L"Title").Text(), description, catalog, login, rights};
     for (size_t i = 0; i < details.size(); ++i)
-        SetWindowTextW(details[i].value, values[i].empty() ? L"\u2013" : values[i].c_str());
+        SetWindowTextW(details[i].value, values[i].empty() ? noValue : values[i].c_str());
 }
 
 void ConnectorPage::Record() {

@@ -38,10 +38,9 @@ ControlHost::ControlHost(HWND parent, int id, bool tabStop, const ControlLibrary
     static const Container container;
     if (!container.ready)
         throw HostError(E_FAIL, L"The system's ActiveX container (atl.dll) cannot be used on this machine.");
-    window = CreateWindowExW(WS_EX_CONTROLPARENT, L"AtlAxWin", L"",
-                             WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN | WS_CLIPSIBLINGS | (tabStop ? WS_TABSTOP : 0), 0,
-                             0, 100, 100, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
-                             GetModuleHandleW(nullptr), nullptr);
+    window = CreateWindowExW(
+        0, L"AtlAxWin", L"", WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN | WS_CLIPSIBLINGS | (tabStop ? WS_TABSTOP : 0), 0,
+        0, 100, 100, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleW(nullptr), nullptr);
     if (!window) throw HostError(E_FAIL, DescribeResult(HRESULT_FROM_WIN32(GetLastError())));
     Com<IUnknown> site, unused, object;
     HRESULT result =

@@ -19,6 +19,12 @@ std::wstring Cell(HWND window, int row, int column) {
     return text;
 }
 
+int TextWidth(HWND window, const std::wstring& text) {
+    constexpr int room = 16; // that the list needs round a cell's text, in pixels
+    return static_cast<int>(SendMessageW(window, LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(text.c_str()))) +
+           room;
+}
+
 } // namespace
 
 bool EventLog::Create(HWND parent, int id, const Style& style) {
@@ -44,20 +50,25 @@ bool EventLog::Create(HWND parent, int id, const Style& style) {
 
 void EventLog::StyleChanged(const Style& style) {
     SendMessageW(window, WM_SETFONT, reinterpret_cast<WPARAM>(style.Plain()), TRUE);
-    const wchar_t* widest[argumentColumn] = {L"00:00:00.000", L"event", L"DatabaseValidator",
-                                             L"ValidateCommonConnection"};
+    const wchar_t* longest[argumentColumn] = {L"00:00:00.000", L"event", L"DatabaseValidator",
+                                              L"ValidateCommonConnection"};
     for (int i = 0; i < argumentColumn; ++i)
-        ListView_SetColumnWidth(window, i, style.TextWidth(widest[i]) + style.Scale(20));
-    Resized(style);
+        ListView_SetColumnWidth(window, i, style.TextWidth(longest[i]) + style.Scale(20));
+    widest = least = style.Scale(240);
+    const int count = ListView_GetItemCount(window);
+    for (int row = 0; row < count; ++row)
+        widest = std::max(widest, TextWidth(window, Cell(window, row, argumentColumn)));
+    Resized();
 }
 
-// The last column takes what is left, but keeps room for a few words in a narrow window.
-void EventLog::Resized(const Style& style) {
+// The last column takes what is left, and more when its texts need it: the list scrolls then.
+void EventLog::Resized() {
     RECT area;
     GetClientRect(window, &area);
     int left = area.right;
     for (int i = 0; i < argumentColumn; ++i) left -= ListView_GetColumnWidth(window, i);
-    ListView_SetColumnWidth(window, argumentColumn, std::max(left, style.Scale(240)));
+    left = std::max(left, widest);
+    if (left != ListView_GetColumnWidth(window, argumentColumn)) ListView_SetColumnWidth(window, argumentColumn, left);
 }
 
 void EventLog::AddEvent(const std::wstring& control, const ControlEvent& event) {
@@ -87,10 +98,16 @@ void EventLog::Add(const wchar_t* kind, const std::wstring& control, const std::
         item.pszText = cell.data();
         SendMessageW(window, item.iSubItem == 0 ? LVM_INSERTITEMW : LVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
     }
+    widest = std::max(widest, TextWidth(window, cells[argumentColumn]));
+    Resized();
     ListView_EnsureVisible(window, item.iItem, FALSE);
 }
 
-void EventLog::Clear() { ListView_DeleteAllItems(window); }
+void EventLog::Clear() {
+    ListView_DeleteAllItems(window);
+    widest = least;
+    Resized();
+}
 
 void EventLog::Copy() const {
     const int count = ListView_GetItemCount(window);

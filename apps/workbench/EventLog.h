@@ -11,7 +11,7 @@ public:
     bool Create(HWND parent, int id, const Style& style);
     HWND Window() const { return window; }
     void StyleChanged(const Style& style);
-    void Resized(const Style& style);
+    void Resized();
 
     void AddEvent(const std::wstring& control, const ControlEvent& event);
     // A member that the host called, and what came of it.
@@ -24,6 +24,8 @@ private:
     void Add(const wchar_t* kind, const std::wstring& control, const std::wstring& member,
              const std::wstring& arguments);
 
+    int least = 0;  // width of the column of arguments, in pixels
+    int widest = 0; // of its texts
     HWND window = nullptr;
 };
 

@@ -113,7 +113,7 @@ void Frame::Arrange() {
     place(logLabel, left, top, button - style.Gap(), top + style.ButtonHeight());
     place(logClear, button, top, right, top + style.ButtonHeight());
     place(log.Window(), left, top + style.ButtonHeight() + style.Scale(4), right, bottom - style.Scale(8));
-    log.Resized(style);
+    log.Resized();
     InvalidateRect(Handle(), nullptr, TRUE);
 }
 
@@ -246,7 +246,7 @@ void Frame::DrawItem(const DRAWITEMSTRUCT& item) const {
     text.left += style.Margin();
     DrawTextW(item.hDC, pages[item.itemID].entry->title, -1, &text,
               DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
-    if ((item.itemState & ODS_FOCUS) && !(item.itemState & ODS_NOFOCUSRECT)) DrawFocusRect(item.hDC, &item.rcItem);
+    if (item.itemState & ODS_FOCUS) DrawFocusRect(item.hDC, &item.rcItem);
 }
 
 void Frame::ShowStatus(const std::wstring& text) {

@@ -27,7 +27,8 @@ public:
     HFONT Heading() const { return heading; }
     int LineHeight() const { return lineHeight; }
     int HeadingHeight() const { return headingHeight; }
-    int FieldHeight() const { return lineHeight + Scale(8); }
+    // As high as a drop-down list is by itself; borders do not grow with the resolution.
+    int FieldHeight() const { return lineHeight + 2 * GetSystemMetrics(SM_CYEDGE) + 4; }
     int ButtonHeight() const { return lineHeight + Scale(10); }
     int Gap() const { return Scale(8); }
     int Margin() const { return Scale(14); }

@@ -41,7 +41,8 @@ BOOL CALLBACK FindFrame(HWND window, LPARAM parameter) {
     wchar_t name[64] = L"";
     GetWindowThreadProcessId(window, &owner);
     GetClassNameW(window, name, 64);
-    if (owner != search->process || std::wstring(name) != frameClass) return TRUE;
+    // It becomes visible when all that is in it has been made.
+    if (owner != search->process || std::wstring(name) != frameClass || !IsWindowVisible(window)) return TRUE;
     search->found = window;
     return FALSE;
 }

@@ -27,7 +27,7 @@ public:
     // What it wrote to its standard output and error; after its end.
     std::string Said() const;
 
-    // Waits for the window; null when it does not come.
+    // Waits for the window with all that is in it; null when it does not come.
     HWND Frame();
     // A field of page n, null as long as the page does not exist.
     HWND Field(int page, int id);

@@ -26,7 +26,10 @@ protected:
         connector.Run({u"INSERT INTO velmoraDBUsers (userID, username, superUser) VALUES (1, 'Ann', 0)",
                        u"INSERT INTO velmoraDBList (dbID, dbCatalogName, username, password, dbTitle, dbDescription) "
                        u"VALUES (1, 'alpha', 'writer', 'secret', 'First course', 'Where to begin')",
-                       u"INSERT INTO velmoraDBUserRights (userID, dbID, rights) VALUES (1, 1, 2)"});
+                       u"INSERT INTO velmoraDBList (dbID, dbCatalogName, username, password, dbTitle, dbDescription) "
+                       u"VALUES (2, 'beta', 'reader', '', 'Second course', '')",
+                       u"INSERT INTO velmoraDBUserRights (userID, dbID, rights) VALUES (1, 1, 2)",
+                       u"INSERT INTO velmoraDBUserRights (userID, dbID, rights) VALUES (1, 2, 0)"});
     }
 
     std::wstring Content() const { return Wide(content.Name()); }
@@ -133,8 +136,16 @@ TEST_F(WorkbenchTest, PicksACatalogAndRecordsTheConnection) {
     EXPECT_TRUE(pressAndExpect(idLoad, L"Catalogs loaded."));
     // The event that the control raised, and the call that made it do so.
     EXPECT_EQ(SendMessageW(log, LVM_GETITEMCOUNT, 0, 0), before + 2);
+    // Tab leads from the button into the control, whose list then takes the arrow key; the event comes from there.
+    program.Press(program.Field(1, idLoad), VK_TAB);
+    ASSERT_TRUE(program.Until([&] { return IsChild(program.Field(1, idPicker), program.Focus()); }));
+    program.Press(program.Focus(), VK_DOWN);
+    EXPECT_TRUE(program.Until([&] { return SendMessageW(log, LVM_GETITEMCOUNT, 0, 0) == before + 3; }));
+    // And out of it again.
+    program.Press(program.Focus(), VK_TAB);
+    EXPECT_TRUE(program.Until([&] { return program.Focus() == program.Field(1, idEnabled); }));
     EXPECT_TRUE(pressAndExpect(idRecord, L"Connection recorded for Ann"));
-    EXPECT_EQ(connector.Ask(u"SELECT username || '/' || lastCatalog FROM velmoraConnectionHistory"), u"Ann/alpha");
+    EXPECT_EQ(connector.Ask(u"SELECT username || '/' || lastCatalog FROM velmoraConnectionHistory"), u"Ann/beta");
 }
 
 } // namespace
