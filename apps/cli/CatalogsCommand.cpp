@@ -21,9 +21,22 @@ ExitCode Catalogs(const Arguments& arguments) {
             if (arguments.Has(detail)) throw UsageError(Text(detail) + u" goes with --record MACHINE.");
         }
     }
+    const Text machine = arguments.Value(u"--record");
+    if (arguments.Has(u"--record") && (user + machine).find(u'\'') != Text::npos) {
+        Complain(u"dax catalogs: the connection history takes no apostrophe in the user's or the machine's name. Leave "
+                 u"--record out.");
+        return Refused;
+    }
     const auto list = std::make_shared<MemoryComboBox>();
     SQLDBPicker picker(list);
-    if (!picker.LoadPicker(target.connection, user, arguments.Value(u"--default"))) {
+    bool isKnown = false;
+    try {
+        isKnown = picker.LoadPicker(target.connection, user, arguments.Value(u"--default"));
+    } catch (const Error& error) {
+        throw Error(error.Number(), error.Description() + u"\n'dax validate-connector' tells whether it is a connector "
+                                                          u"database.");
+    }
+    if (!isKnown) {
         Complain(u"dax catalogs: the connector does not know the user '" + user + u"'.");
         return Refused;
     }
@@ -40,9 +53,9 @@ ExitCode Catalogs(const Arguments& arguments) {
     }
     list->SetListIndex(chosen);
     if (arguments.Has(u"--record")) {
-        picker.UpdateConnectionHistory(arguments.Value(u"--record"), arguments.Value(u"--ip", u"127.0.0.1"),
-                                       arguments.Value(u"--os"), arguments.Value(u"--app", u"dax"));
-        Print(u"Recorded: " + user + u" opens " + picker.DBCatalog() + u" from " + arguments.Value(u"--record") + u".");
+        picker.UpdateConnectionHistory(machine, arguments.Value(u"--ip", u"127.0.0.1"), arguments.Value(u"--os"),
+                                       arguments.Value(u"--app", u"dax"));
+        Print(u"Recorded: " + user + u" opens " + picker.DBCatalog() + u" from " + machine + u".");
     }
     return Success;
 }

@@ -1,7 +1,7 @@
 // dax: validates, creates and fills the databases of the controls from the command line.
 #include "Command.h"
 #include "Console.h"
-#include "data/Connection.h"
+#include "Target.h"
 
 #include <algorithm>
 
@@ -54,7 +54,14 @@ ExitCode Dispatch(std::span<const Text> words) {
             return Success;
         }
         if (arguments.Has(u"--trace")) SetStatementObserver([](TextView statement) { Complain(statement); });
-        return command.run(arguments);
+        try {
+            return command.run(arguments);
+        } catch (const Error& error) {
+            Complain(u"dax " + Text(command.name) + u": " +
+                     (arguments.HasPlace(0) ? ParseTarget(arguments.Place(0)).shown + u": " : Text()) +
+                     error.Description());
+            return Failure;
+        }
     } catch (const UsageError& error) {
         Complain(u"dax " + Text(command.name) + u": " + error.Message() + u"\n'dax " + Text(command.name) +
                  u" --help' explains it.");

@@ -1,0 +1,69 @@
+// The words on the command line: help, wrong usage, scripts.
+#include "Program.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace dax::test {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+TEST(CommandLineTest, HelpsOnStandardOutput) {
+    const std::vector<Text> names = {u"sample", u"create", u"validate", u"validate-connector", u"catalogs"};
+    const Outcome overview = RunDax({u"--help"});
+    EXPECT_EQ(overview.exitCode, 0);
+    EXPECT_THAT(overview.errors, IsEmpty());
+    for (const Text& name : names) {
+        EXPECT_THAT(overview.output, HasSubstr("\n  " + ToUtf8(name) + " "));
+        const Outcome help = RunDax({name, u"--help"});
+        EXPECT_EQ(help.exitCode, 0);
+        EXPECT_THAT(help.output, HasSubstr("usage: dax " + ToUtf8(name)));
+    }
+    EXPECT_THAT(RunDax({u"--version"}).output, HasSubstr("dax 3.3"));
+}
+
+TEST(CommandLineTest, NamesWhatIsWrongWithTheUsage) {
+    const struct {
+        std::vector<Text> words;
+        std::string named;
+    } cases[] = {
+        {{}, "usage: dax COMMAND"},
+        {{u"vaildate"}, "'vaildate'"},
+        {{u"validate"}, "FILE-or-CONNECTION"},
+        {{u"validate", u"a", u"b"}, "'b'"},
+        {{u"validate", u"a", u"--catalog"}, "--catalog NAME"},
+        {{u"validate", u"a", u"--mdb=yes"}, "--mdb takes no value"},
+        {{u"validate", u"a", u"--größe"}, "--größe"},
+        {{u"sample", u"a", u"--lessons", u"many"}, "'many'"},
+        {{u"sample", u"a", u"--lessons=1000001"}, "'1000001'"},
+        {{u"sample", u"a", u"--connector", u"--lessons", u"5"}, "--lessons"},
+        {{u"create"}, "--print ENGINE"},
+        {{u"create", u"--print", u"paper"}, "'paper'"},
+        {{u"validate-connector", u"a", u"--user", u"u"}, "--source"},
+        {{u"catalogs", u"a"}, "--user"},
+        {{u"catalogs", u"a", u"--user", u"u", u"--ip", u"1.2.3.4"}, "--record"},
+    };
+    for (const auto& [words, named] : cases) {
+        const Outcome outcome = RunDax(words);
+        EXPECT_EQ(outcome.exitCode, 2) << named;
+        EXPECT_THAT(outcome.errors, HasSubstr(named));
+        EXPECT_THAT(outcome.output, IsEmpty()) << named;
+    }
+}
+
+TEST(CommandLineTest, PrintsScriptsForEveryEngine) {
+    for (const Text engine : {u"access", u"sqlserver", u"sqlite", u"postgresql", u"mariadb"}) {
+        const Outcome content = RunDax({u"create", u"--print", engine});
+        EXPECT_EQ(content.exitCode, 0);
+        EXPECT_THAT(content.output, HasSubstr("velmoraAutonumbers"));
+        const Outcome connector = RunDax({u"create", u"--connector", u"--print", engine});
+        EXPECT_THAT(connector.output, HasSubstr("velmoraDBUserRights"));
+        EXPECT_THAT(connector.output, Not(HasSubstr("velmoraLessons")));
+    }
+}
+
+} // namespace
+} // namespace dax::test

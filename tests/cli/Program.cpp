@@ -1,0 +1,108 @@
+#include "Program.h"
+
+#include "support/TestDatabases.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#include <process.h>
+#include <sys/stat.h>
+#else
+#include <sys/wait.h>
+#endif
+
+namespace dax::test {
+
+namespace {
+
+std::filesystem::path ProgramPath() {
+    if (const char* named = std::getenv("DAX_BIN")) return named;
+#ifdef _WIN32
+    return std::filesystem::path(_pgmptr).parent_path() / "dax.exe";
+#else
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "dax";
+#endif
+}
+
+std::string Contents(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+#ifdef _WIN32
+
+// As the program's start-up takes command lines apart: backslashes count only before a quote.
+std::wstring Quoted(const std::wstring& word) {
+    std::wstring quoted = L"\"";
+    size_t backslashes = 0;
+    for (const wchar_t unit : word) {
+        if (unit == L'"') quoted.append(backslashes + 1, L'\\');
+        backslashes = unit == L'\\' ? backslashes + 1 : 0;
+        quoted += unit;
+    }
+    return quoted.append(backslashes, L'\\') + L'"';
+}
+
+// Sends one of our standard streams to a file while it lives; programs started meanwhile inherit that.
+class Redirection {
+public:
+    Redirection(int standard, const std::filesystem::path& file) : number(standard), former(_dup(standard)) {
+        const int target = _wopen(file.c_str(), _O_CREAT | _O_TRUNC | _O_WRONLY | _O_BINARY, _S_IREAD | _S_IWRITE);
+        _dup2(target, number);
+        _close(target);
+    }
+    ~Redirection() {
+        _dup2(former, number);
+        _close(former);
+    }
+
+private:
+    int number, former;
+};
+
+int Run(const std::vector<Text>& words, const std::filesystem::path& output, const std::filesystem::path& errors) {
+    const std::filesystem::path program = ProgramPath();
+    std::vector<std::wstring> quoted = {Quoted(program.wstring())};
+    for (const Text& word : words) quoted.push_back(Quoted(std::wstring(word.begin(), word.end())));
+    std::vector<const wchar_t*> pointers;
+    for (const std::wstring& word : quoted) pointers.push_back(word.c_str());
+    pointers.push_back(nullptr);
+    std::fflush(nullptr);
+    const Redirection out(1, output), err(2, errors);
+    return static_cast<int>(_wspawnv(_P_WAIT, program.c_str(), pointers.data()));
+}
+
+#else
+
+std::string Quoted(const std::string& word) {
+    std::string quoted = "'";
+    for (const char letter : word) quoted += letter == '\'' ? std::string("'\\''") : std::string(1, letter);
+    return quoted + "'";
+}
+
+int Run(const std::vector<Text>& words, const std::filesystem::path& output, const std::filesystem::path& errors) {
+    std::string command = Quoted(ProgramPath().string());
+    for (const Text& word : words) command += " " + Quoted(ToUtf8(word));
+    command += " >" + Quoted(output.string()) + " 2>" + Quoted(errors.string()) + " </dev/null";
+    const int status = std::system(command.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+#endif
+
+} // namespace
+
+Outcome RunDax(const std::vector<Text>& words) {
+    const TempFolder folder;
+    const std::filesystem::path output = folder.Path() / "output", errors = folder.Path() / "errors";
+    Outcome outcome;
+    outcome.exitCode = Run(words, output, errors);
+    outcome.output = Contents(output);
+    outcome.errors = Contents(errors);
+    return outcome;
+}
+
+} // namespace dax::test

@@ -1,0 +1,18 @@
+// Runs the real program "dax" as a process: the one that DAX_BIN names, or the one beside the test program.
+#pragma once
+
+#include "data/Text.h"
+
+#include <string>
+#include <vector>
+
+namespace dax::test {
+
+struct Outcome {
+    int exitCode = -1;
+    std::string output, errors;
+};
+
+Outcome RunDax(const std::vector<Text>& words);
+
+} // namespace dax::test
