@@ -9,8 +9,8 @@
 namespace dax {
 
 struct PanelLine {
-    Text text;
-    Text suffix;         // stands at the right end, never cut before `text` is
+    Text text{};
+    Text suffix{};       // stands at the right end, never cut before `text` is
     double fontSize = 8; // points
     bool isBold = false;
     bool hasHalfLineGap = false; // above it: half the height of a line and one pixel

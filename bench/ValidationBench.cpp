@@ -1,0 +1,57 @@
+// Validation must not depend on the number of lessons: the same database with ten and with 100,000 of them.
+#include "data/Schema.h"
+#include "support/TestDatabases.h"
+#include "validation/DatabaseValidator.h"
+
+#include <benchmark/benchmark.h>
+
+#include <map>
+#include <memory>
+
+namespace dax {
+namespace {
+
+// Kept for the whole run, since filling takes longer than what is measured.
+test::TestDatabase& DatabaseWith(Engine engine, int64_t lessons) {
+    static std::map<std::pair<Engine, int64_t>, std::unique_ptr<test::TestDatabase>> databases;
+    auto& database = databases[{engine, lessons}];
+    if (database) return *database;
+    database = std::make_unique<test::TestDatabase>(engine);
+    database->Run(Schema::CreateStatements(Schema::Database::Content, engine));
+    std::vector<Text> inserts;
+    for (int64_t lesson = 0; lesson < lessons; ++lesson) {
+        const Text number = ToText(lesson);
+        inserts.push_back(u"INSERT INTO velmoraLessons (lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel,"
+                          u" sortPosition, lessonType, lessonProperties, guideData, lessonData) VALUES ('lesson" +
+                          number + u"', 'Lesson " + number + u"', 'L" + number + u"', '', 1, " + number +
+                          u", 1, '', '', '')");
+    }
+    Connection connection;
+    connection.Open(database->ConnectionString());
+    connection.BeginTrans();
+    connection.ExecuteAll(inserts);
+    connection.CommitTrans();
+    return *database;
+}
+
+void Validate(benchmark::State& state, Engine engine) {
+    if (const std::string why = test::WhyNot(engine); !why.empty()) {
+        state.SkipWithError(why.c_str());
+        return;
+    }
+    const test::TestDatabase& database = DatabaseWith(engine, state.range(0));
+    DatabaseValidator validator;
+    for (auto step : state) {
+        if (validator.ValidateDataConnection(database.ConnectionString(), database.Name(), engine == Engine::SQLite))
+            continue;
+        state.SkipWithError(ToUtf8(validator.ErrorDescription()).c_str());
+        return;
+    }
+}
+
+BENCHMARK_CAPTURE(Validate, SQLite, Engine::SQLite)->Arg(10)->Arg(100'000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Validate, PostgreSQL, Engine::PostgreSQL)->Arg(10)->Arg(100'000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Validate, MariaDB, Engine::MariaDB)->Arg(10)->Arg(100'000)->Unit(benchmark::kMillisecond);
+
+} // namespace
+} // namespace dax

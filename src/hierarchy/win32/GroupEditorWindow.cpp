@@ -1,0 +1,130 @@
+#include "hierarchy/win32/GroupEditorWindow.h"
+
+#include "controls/win32/GdiSurface.h"
+#include "hierarchy/win32/NodePictures.h"
+
+#include <utility>
+
+namespace dax {
+
+namespace {
+
+constexpr int LeftButton = 1, RightButton = 2;
+
+int NumberOf(MouseButton button) {
+    if (button == MouseButton::Left) return LeftButton;
+    return button == MouseButton::Right ? RightButton : 0;
+}
+
+} // namespace
+
+GroupEditorWindow::GroupEditorWindow() : WindowBase(L"DAXGroupEditor") {
+    propertyListener = editor->PropertyChanged.Add([this](const Text&) {
+        if (PropertyChanged) PropertyChanged();
+    });
+    editor->AttachWindow(treeView.get());
+    // The tree is the window's; the editor may live longer, held by whoever is calling it.
+    GroupEditor* const target = editor.get();
+    treeView->MouseDown.Add([target](MouseButton button, Point) { target->OnMouseDown(NumberOf(button)); });
+    treeView->MouseMove.Add(
+        [target](MouseButton button, Point point) { target->OnMouseMove(NumberOf(button), point); });
+    treeView->MouseUp.Add([target](MouseButton button, Point) { target->OnMouseUp(NumberOf(button)); });
+    treeView->KeyDown.Add([target](int key) { target->OnKeyDown(key); });
+    treeView->KeyPress.Add([target](char16_t character) { target->OnKeyPress(character); });
+    treeView->DblClick.Add([target](Point, bool) { target->OnDblClick(); });
+    treeView->Collapsed.Add([target](Node& node) { target->OnCollapse(node); });
+    treeView->DragLost.Add([target] { target->OnKeyPress(VK_ESCAPE); });
+    treeView->Timer.Add([target](TreeTimer timer) { target->OnTimer(timer); });
+}
+
+GroupEditorWindow::~GroupEditorWindow() {
+    editor->PropertyChanged.Remove(propertyListener);
+    editor->AttachWindow(nullptr);
+    if (pictures) ImageList_Destroy(pictures);
+}
+
+void GroupEditorWindow::InitProperties() {
+    WindowBase::InitProperties();
+    treeView->SetSingleExpand(editor->SingleExpand());
+}
+
+void GroupEditorWindow::ReadProperties(PropertyBag& bag) {
+    WindowBase::ReadProperties(bag);
+    editor->ReadProperties(bag);
+    treeView->SetSingleExpand(editor->SingleExpand());
+}
+
+SIZE GroupEditorWindow::PreferredSize(int dpi) const { return {MulDiv(240, dpi, 96), MulDiv(320, dpi, 96)}; }
+
+void GroupEditorWindow::OnCreate() {
+    UsePictures();
+    if (const HWND child = treeView->Create(Handle())) TrackFocus(child);
+    OnFont();
+    OnAmbient();
+}
+
+void GroupEditorWindow::OnAmbient() {
+    UsePictures();
+    treeView->SetColors(CurrentAmbient().foreColor, CurrentAmbient().backColor);
+}
+
+void GroupEditorWindow::OnFont() { treeView->SetFont(Font()); }
+
+void GroupEditorWindow::OnGone() { treeView->HandleGone(); }
+
+void GroupEditorWindow::UsePictures() {
+    if (pictures && pictureDpi == CurrentAmbient().dpi) return;
+    pictureDpi = CurrentAmbient().dpi;
+    const HIMAGELIST former = std::exchange(pictures, CreateNodePictures(Scale(16)));
+    treeView->SetImages(pictures);
+    if (former) ImageList_Destroy(former);
+}
+
+LRESULT GroupEditorWindow::OnNotify(const NMHDR& header, LPARAM) {
+    const auto keptTree = treeView; // a listener may release this window
+    const auto keptEditor = editor;
+    return keptTree->HandleNotification(header);
+}
+
+// The tree's own keys; Tab and everything else is the host's. Escape is the tree's only during a drag.
+bool GroupEditorWindow::TranslateKey(const MSG& message) {
+    if (message.message != WM_KEYDOWN || message.hwnd != treeView->Handle()) return false;
+    switch (message.wParam) {
+    case VK_UP:
+    case VK_DOWN:
+    case VK_LEFT:
+    case VK_RIGHT:
+    case VK_PRIOR:
+    case VK_NEXT:
+    case VK_HOME:
+    case VK_END:
+    case VK_DELETE:
+    case VK_BACK:
+    case VK_ADD:
+    case VK_SUBTRACT:
+    case VK_MULTIPLY:
+        break;
+    case VK_RETURN:
+        if (!editor->Locked()) return false;
+        break;
+    case VK_ESCAPE:
+        if (!editor->DragDrop().Active()) return false;
+        break;
+    default:
+        return false;
+    }
+    TranslateMessage(&message);
+    DispatchMessageW(&message);
+    return true;
+}
+
+void GroupEditorWindow::Paint(HDC dc, SIZE size, bool isView) {
+    const RECT whole{0, 0, size.cx, size.cy};
+    FillWith(dc, whole, CurrentAmbient().backColor);
+    if (treeView->IsFrozen())
+        treeView->DrawFrozen(dc);
+    else if (isView)
+        treeView->DrawPicture(dc, whole, Font()); // otherwise the tree is a window of its own
+}
+
+} // namespace dax

@@ -1,0 +1,42 @@
+// The hierarchy editor in a real window: one tree that fills it.
+#pragma once
+
+#include "controls/win32/WindowBase.h"
+#include "hierarchy/GroupEditor.h"
+#include "tree/win32/TreeViewWindow.h"
+
+namespace dax {
+
+class GroupEditorWindow : public WindowBase {
+public:
+    GroupEditorWindow();
+    ~GroupEditorWindow() override;
+
+    // Whoever calls it holds this pointer while doing so: a listener may release the window.
+    const std::shared_ptr<GroupEditor>& Editor() const { return editor; }
+
+    void InitProperties() override;
+    void ReadProperties(PropertyBag& bag) override;
+    void WriteProperties(PropertyBag& bag) override { editor->WriteProperties(bag); }
+    bool TranslateKey(const MSG& message) override;
+    SIZE PreferredSize(int dpi) const override;
+
+private:
+    void OnCreate() override;
+    void OnSize(int width, int height) override { treeView->Fit(width, height); }
+    void OnAmbient() override;
+    void OnFont() override;
+    void OnGone() override;
+    LRESULT OnNotify(const NMHDR& header, LPARAM lParam) override;
+    HWND FocusTarget() const override { return treeView->Handle(); }
+    void Paint(HDC dc, SIZE size, bool isView) override;
+    void UsePictures();
+
+    std::shared_ptr<GroupEditor> editor = GroupEditor::Create();
+    std::shared_ptr<TreeViewWindow> treeView = std::make_shared<TreeViewWindow>(editor->Tree());
+    size_t propertyListener;
+    HIMAGELIST pictures = nullptr;
+    int pictureDpi = 0;
+};
+
+} // namespace dax

@@ -1,0 +1,53 @@
+// Who holds which locks on the entry selected in a GroupEditor, in at most four lines.
+#pragma once
+
+#include "controls/Event.h"
+#include "data/Value.h"
+#include "hierarchy/GroupEditor.h"
+#include "panels/PanelLayout.h"
+
+#include <functional>
+#include <memory>
+
+namespace dax {
+
+struct LockSummary {
+    bool isAvailable = true; // the last update could read the database
+    int32_t lockCount = 0;   // locks of every type but connection tests
+    int32_t editLessonCount = 0, readLessonCount = 0, editGuideCount = 0, readGuideCount = 0;
+    Text editLessonText, lessonDetailText, editGuideText, guideDetailText;
+    bool operator==(const LockSummary&) const = default;
+
+    void CountLock(const Value& username, const Value& lockDate, const Value& lockType);
+    // Replaces names by numbers of users where several hold locks. A group never names the user who edits a lesson,
+    // but does name the only one who edits a guide: deliberate.
+    void ConcludeLesson();
+    void ConcludeGroup();
+    PanelLayout Layout() const;
+};
+
+class LockInfo {
+public:
+    LockInfo();
+
+    // Reads the locks table once. With null the panel says that there is no data; an editor without a connection
+    // string leaves the display as it is. Raises Error when the database fails.
+    void UpdateFrom(GroupEditor* editor);
+    void ShowDesignSample(const DateTime& now);
+    void Clear(); // as before the first update: "no locks"
+
+    int32_t LockCount() const { return summary.lockCount; }
+    const Text& ConnectionString() const { return connectionString; }
+    const LockSummary& Summary() const { return summary; }
+    void Paint(Surface& surface) const;
+
+    std::function<void()> Changed; // paint anew
+    Event<int32_t, const Text&> Error;
+
+private:
+    LockSummary summary;
+    Text connectionString;
+    std::shared_ptr<bool> alive; // gone with the panel: a host may release it inside Error
+};
+
+} // namespace dax

@@ -1,0 +1,33 @@
+#include "panels/win32/LessonInfoWindow.h"
+
+#include "controls/win32/GdiSurface.h"
+
+namespace dax {
+
+LessonInfoWindow::LessonInfoWindow() : WindowBase(L"DAXLessonInfo") {
+    info->Changed = [this] { Repaint(); };
+}
+
+LessonInfoWindow::~LessonInfoWindow() { info->Changed = nullptr; }
+
+SIZE LessonInfoWindow::PreferredSize(int dpi) const { return {MulDiv(220, dpi, 96), MulDiv(150, dpi, 96)}; }
+
+// The sample, or the empty panel, once the control is placed and whenever the host turns from one to the other.
+void LessonInfoWindow::OnAmbient() {
+    const bool isDesign = !CurrentAmbient().userMode;
+    if (wasPlaced && isDesign == isDesignMode) return;
+    wasPlaced = true;
+    isDesignMode = isDesign;
+    if (isDesign)
+        info->ShowDesignSample(Now());
+    else
+        info->Clear();
+}
+
+void LessonInfoWindow::Paint(HDC dc, SIZE size, bool) {
+    const Ambient& ambient = CurrentAmbient();
+    GdiSurface surface(dc, size, Font(), BoldFont(), ambient.foreColor, ambient.backColor, ambient.dpi);
+    info->Paint(surface);
+}
+
+} // namespace dax
