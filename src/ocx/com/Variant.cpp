@@ -24,11 +24,6 @@ Variant::Variant(TextView text) : Variant() {
     vt = VT_BSTR;
 }
 
-Variant::Variant(bool isTrue) : Variant() {
-    boolVal = isTrue ? VARIANT_TRUE : VARIANT_FALSE;
-    vt = VT_BOOL;
-}
-
 Variant::Variant(int32_t number) : Variant() {
     lVal = number;
     vt = VT_I4;

@@ -5,6 +5,7 @@
 
 #include <ole2.h>
 
+#include <concepts>
 #include <string>
 
 namespace dax {
@@ -21,7 +22,12 @@ class Variant : public VARIANT {
 public:
     Variant() { VariantInit(this); }
     explicit Variant(TextView text);
-    explicit Variant(bool isTrue);
+    explicit Variant(const char16_t* text) : Variant(TextView(text)) {}
+    // Only a real truth value: pointers would become one too.
+    explicit Variant(std::same_as<bool> auto isTrue) : Variant() {
+        boolVal = isTrue ? VARIANT_TRUE : VARIANT_FALSE;
+        vt = VT_BOOL;
+    }
     explicit Variant(int32_t number);
     explicit Variant(IDispatch* object);
     // The receiver may change `number`.

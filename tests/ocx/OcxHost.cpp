@@ -1,0 +1,160 @@
+#include "OcxHost.h"
+
+#include "windows/WindowCounts.h"
+
+namespace dax::test {
+
+std::wstring BinFolder() {
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return path.substr(0, path.find_last_of(L"\\/") + 1);
+}
+
+HRESULT CallLibrary(const wchar_t* file, const char* entryPoint) {
+    const HMODULE library = LoadLibraryW((BinFolder() + file).c_str());
+    if (!library) return HRESULT_FROM_WIN32(GetLastError());
+    using EntryPoint = HRESULT(STDAPICALLTYPE*)();
+    const auto function = reinterpret_cast<EntryPoint>(reinterpret_cast<void*>(GetProcAddress(library, entryPoint)));
+    const HRESULT result = function ? function() : E_NOTIMPL;
+    FreeLibrary(library);
+    return result;
+}
+
+namespace {
+
+constexpr const wchar_t* Libraries[] = {L"daxControls33.ocx", L"contentObjects.dll"};
+
+// The system makes some windows and objects of its own at the first use of each kind; they stay.
+void WarmUp() {
+    static bool isDone = false;
+    if (isDone) return;
+    isDone = true;
+    // Loading and unloading libraries makes and frees objects as well: these stay loaded from now on.
+    for (const wchar_t* name : Libraries) LoadLibraryW((BinFolder() + name).c_str());
+    const HWND window = CreateWindowExW(0, L"COMBOBOX", L"", WS_POPUP | CBS_DROPDOWNLIST, 0, 0, 50, 50, nullptr,
+                                        nullptr, nullptr, nullptr);
+    SetFocus(window);
+    PumpPending();
+    DestroyWindow(window);
+    for (const wchar_t* name : {L"DAXControls.DatabaseValidator", L"DAXControls.SQLDBPicker"}) {
+        ComPtr<IDispatch> object = Create(name);
+        try {
+            Call(object.Get(), L"Nothing");
+        } catch (const Failure&) {
+            continue; // only to have asked once
+        }
+    }
+    ComPtr<IDispatch> picker = Create(L"DAXControls.SQLDBPicker");
+    Call(picker.Get(), L"Enabled");
+}
+
+} // namespace
+
+void OcxTest::SetUpTestSuite() {
+    ASSERT_HRESULT_SUCCEEDED(OleInitialize(nullptr));
+    for (const wchar_t* library : Libraries) ASSERT_HRESULT_SUCCEEDED(CallLibrary(library, "DllRegisterServer"));
+    WarmUp();
+}
+
+void OcxTest::TearDownTestSuite() { OleUninitialize(); }
+
+void OcxTest::SetUp() {
+    PumpPending();
+    windowsBefore = WindowCount();
+}
+
+void OcxTest::TearDown() {
+    PumpPending();
+    EXPECT_EQ(WindowCount(), windowsBefore);
+    for (const wchar_t* library : Libraries) EXPECT_EQ(CallLibrary(library, "DllCanUnloadNow"), S_OK);
+}
+
+ComPtr<IDispatch> Create(const wchar_t* progID) {
+    CLSID clsid{};
+    ComPtr<IDispatch> object;
+    if (SUCCEEDED(CLSIDFromProgID(progID, &clsid)))
+        CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.OutVoid());
+    return object;
+}
+
+Variant Call(IDispatch* object, const wchar_t* member, std::initializer_list<Variant> arguments, WORD kind) {
+    std::wstring name = member;
+    LPOLESTR names[] = {name.data()};
+    DISPID dispid = 0;
+    const HRESULT known = object ? object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &dispid) : E_POINTER;
+    if (FAILED(known)) throw Failure{known, u"", u""};
+    std::vector<Variant> reversed(std::make_reverse_iterator(arguments.end()),
+                                  std::make_reverse_iterator(arguments.begin()));
+    DISPID put = DISPID_PROPERTYPUT;
+    DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+    if (kind == DISPATCH_PROPERTYPUT) {
+        parameters.rgdispidNamedArgs = &put;
+        parameters.cNamedArgs = 1;
+    }
+    Variant result;
+    EXCEPINFO info{};
+    const HRESULT code =
+        object->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters, &result, &info, nullptr);
+    if (SUCCEEDED(code)) return result;
+    const Failure failure{code == DISP_E_EXCEPTION ? info.scode : code, FromBstr(info.bstrDescription),
+                          FromBstr(info.bstrSource)};
+    SysFreeString(info.bstrDescription);
+    SysFreeString(info.bstrSource);
+    SysFreeString(info.bstrHelpFile);
+    throw failure;
+}
+
+Text TextOf(const Variant& value) { return value.vt == VT_BSTR ? FromBstr(value.bstrVal) : u"(no text)"; }
+bool IsTrue(const Variant& value) { return value.vt == VT_BOOL && value.boolVal == VARIANT_TRUE; }
+int32_t NumberOf(const Variant& value) { return value.vt == VT_I4 ? value.lVal : INT32_MIN; }
+
+void PumpPending() {
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
+bool PumpUntil(const std::function<bool()>& condition) {
+    const ULONGLONG end = GetTickCount64() + 30000;
+    for (;;) {
+        PumpPending();
+        if (condition()) return true;
+        const ULONGLONG now = GetTickCount64();
+        if (now >= end) return false;
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(end - now < 50 ? end - now : 50), QS_ALLINPUT);
+    }
+}
+
+void Sink::Connect(IUnknown* object) {
+    GUID events{};
+    const auto info = Query<IProvideClassInfo2>(object, IID_IProvideClassInfo2);
+    const auto container = Query<IConnectionPointContainer>(object, IID_IConnectionPointContainer);
+    ASSERT_TRUE(info && container);
+    ASSERT_HRESULT_SUCCEEDED(info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &events));
+    ASSERT_HRESULT_SUCCEEDED(container->FindConnectionPoint(events, point.Out()));
+    ASSERT_HRESULT_SUCCEEDED(point->Advise(this, &cookie));
+}
+
+void Sink::Disconnect() {
+    const ComPtr<IConnectionPoint> former = std::move(point);
+    if (former) former->Unadvise(cookie);
+}
+
+HRESULT Sink::QueryInterface(REFIID iid, void** object) {
+    *object = iid == IID_IUnknown || iid == IID_IDispatch ? static_cast<IDispatch*>(this) : nullptr;
+    if (!*object) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+}
+
+HRESULT Sink::Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*, EXCEPINFO*, UINT*) {
+    std::vector<Text> arguments;
+    for (UINT i = parameters->cArgs; i-- > 0;) arguments.push_back(FromBstr(parameters->rgvarg[i].bstrVal));
+    const Listener called = listener;
+    called(dispid, arguments);
+    return S_OK;
+}
+
+} // namespace dax::test

@@ -1,0 +1,83 @@
+// What the tests of the control library share: the library itself, registered; automation by name; a host's site.
+#pragma once
+
+#if defined(__GNUC__)
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // COM interfaces have no destructors by contract
+#endif
+
+#include "ocx/com/ComPtr.h"
+#include "ocx/com/Variant.h"
+
+#include <gtest/gtest.h>
+
+#include <ocidl.h>
+#include <olectl.h>
+
+#include <functional>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+namespace dax::test {
+
+// The folder of this program, where the libraries are too; with a separator at its end.
+std::wstring BinFolder();
+// Calls one of the library's entry points without arguments.
+HRESULT CallLibrary(const wchar_t* file, const char* entryPoint);
+
+// For every test below: COM is there and both libraries are registered for the machine.
+class OcxTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite();
+    static void TearDownTestSuite();
+    void SetUp() override;
+    // Whatever a test has done: no window and no use of the library is left.
+    void TearDown() override;
+
+    int windowsBefore = 0;
+};
+
+ComPtr<IDispatch> Create(const wchar_t* progID);
+
+// A call by name, the arguments in their written order. Throws Failure when it fails.
+struct Failure {
+    HRESULT code;
+    Text description, source;
+};
+Variant Call(IDispatch* object, const wchar_t* member, std::initializer_list<Variant> arguments = {},
+             WORD kind = DISPATCH_METHOD | DISPATCH_PROPERTYGET);
+Text TextOf(const Variant& value);
+bool IsTrue(const Variant& value);
+int32_t NumberOf(const Variant& value);
+
+// Handles what waits in the queue until the condition holds; false after 30 seconds.
+bool PumpUntil(const std::function<bool()>& condition);
+void PumpPending();
+
+// Hears every event of an object.
+class Sink final : public IDispatch {
+public:
+    using Listener = std::function<void(DISPID event, const std::vector<Text>& arguments)>;
+    explicit Sink(Listener listener) : listener(std::move(listener)) {}
+
+    void Connect(IUnknown* object); // to its default events
+    void Disconnect();
+
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) override;
+    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
+    STDMETHODIMP_(ULONG) Release() override { return --references; } // lives on the stack
+    STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+    STDMETHODIMP Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*, EXCEPINFO*,
+                        UINT*) override;
+
+    ULONG references = 1;
+
+private:
+    Listener listener;
+    ComPtr<IConnectionPoint> point;
+    DWORD cookie = 0;
+};
+
+} // namespace dax::test

@@ -1,0 +1,95 @@
+#include "TestSite.h"
+
+namespace dax::test {
+
+TestSite::TestSite() {
+    window = CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN | WS_VISIBLE, 0, 0, 420, 340,
+                             nullptr, nullptr, nullptr, nullptr);
+    ambients[DISPID_AMBIENT_USERMODE] = Variant(true);
+    ambients[DISPID_AMBIENT_DISPLAYNAME] = Variant(u"Control1");
+}
+
+TestSite::~TestSite() {
+    EXPECT_EQ(references, 1u) << "the control still refers to its site";
+    if (IsWindow(window)) DestroyWindow(window);
+}
+
+HRESULT TestSite::QueryInterface(REFIID iid, void** object) {
+    *object = nullptr;
+    if (iid == IID_IUnknown || iid == IID_IOleClientSite) *object = static_cast<IOleClientSite*>(this);
+    if (iid == IID_IOleWindow || iid == IID_IOleInPlaceSite) *object = static_cast<IOleInPlaceSite*>(this);
+    if (iid == IID_IOleControlSite) *object = static_cast<IOleControlSite*>(this);
+    if (iid == IID_IOleInPlaceFrame || iid == IID_IOleInPlaceUIWindow) *object = static_cast<IOleInPlaceFrame*>(this);
+    if (iid == IID_IDispatch) *object = static_cast<IDispatch*>(this);
+    if (!*object) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+}
+
+HRESULT TestSite::GetWindow(HWND* result) {
+    *result = window;
+    return S_OK;
+}
+
+HRESULT TestSite::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document, LPRECT position,
+                                   LPRECT visible, LPOLEINPLACEFRAMEINFO) {
+    *frame = this;
+    AddRef();
+    *document = nullptr;
+    *position = place;
+    *visible = {0, 0, 400, 300};
+    return S_OK;
+}
+
+HRESULT TestSite::OnInPlaceActivate() {
+    ++activations;
+    return S_OK;
+}
+
+HRESULT TestSite::OnInPlaceDeactivate() {
+    ++deactivations;
+    return S_OK;
+}
+
+HRESULT TestSite::OnUIActivate() {
+    ++uiActivations;
+    return S_OK;
+}
+
+HRESULT TestSite::OnUIDeactivate(BOOL) {
+    ++uiDeactivations;
+    return S_OK;
+}
+
+HRESULT TestSite::TranslateAccelerator(MSG*, DWORD) {
+    ++keysOffered;
+    return S_FALSE;
+}
+
+HRESULT TestSite::OnFocus(BOOL isInside) {
+    hasFocus = isInside != FALSE;
+    return S_OK;
+}
+
+HRESULT TestSite::SetActiveObject(IOleInPlaceActiveObject* object, LPCOLESTR) {
+    activeObject = ComPtr<IOleInPlaceActiveObject>(object);
+    return S_OK;
+}
+
+HRESULT TestSite::Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*, UINT*) {
+    const auto found = ambients.find(dispid);
+    if (found == ambients.end()) return DISP_E_MEMBERNOTFOUND;
+    return VariantCopy(result, &found->second);
+}
+
+ComPtr<IOleObject> Place(IDispatch* control, TestSite& site, LONG verb) {
+    const auto object = Query<IOleObject>(control, IID_IOleObject);
+    const auto persist = Query<IPersistStreamInit>(control, IID_IPersistStreamInit);
+    if (!object || !persist) return {};
+    EXPECT_HRESULT_SUCCEEDED(object->SetClientSite(&site));
+    EXPECT_HRESULT_SUCCEEDED(persist->InitNew());
+    EXPECT_HRESULT_SUCCEEDED(object->DoVerb(verb, nullptr, &site, 0, site.window, &site.place));
+    return object;
+}
+
+} // namespace dax::test
