@@ -41,7 +41,8 @@ void ContentStoryboards::Remove(const Text& sbid) {
 }
 
 std::shared_ptr<StoryboardMap> ContentMaps::Item(int32_t index) const {
-    return index >= 0 && index < Count() ? maps[static_cast<size_t>(index)] : nullptr;
+    const auto place = static_cast<size_t>(index); // a negative one is beyond the end, too
+    return place < maps.size() ? maps[place] : nullptr;
 }
 
 std::shared_ptr<StoryboardMap> ContentMaps::Item(const Text& name) const {

@@ -118,11 +118,13 @@ void LessonMapEditor::Recaption(const Text& sbid, const Storyboard& storyboard) 
 
 void LessonMapEditor::UpdateStoryboard(const StoryboardRef& storyboard) {
     const auto self = shared_from_this();
+    const Deeper deeper(depth);
     if (const StoryboardRef kept = storyboard) Recaption(kept->SBID(), *kept);
 }
 
 void LessonMapEditor::UpdateSBID(const Text& sbid) {
     const auto self = shared_from_this();
+    const Deeper deeper(depth);
     if (const StoryboardRef found = modLME::FindStoryboard(lesson, sbid)) Recaption(sbid, *found);
 }
 
@@ -228,6 +230,7 @@ std::vector<LessonMapEditor::StoryboardRef> LessonMapEditor::CheckedStoryboards(
 
 int32_t LessonMapEditor::CheckedStoryboardCount() const {
     const auto self = shared_from_this();
+    const Deeper deeper(depth);
     const LessonRef was = lesson;
     int32_t count = 0;
     for (const Text& key : CheckedKeys()) count += modLME::FindStoryboard(was, key) != nullptr;

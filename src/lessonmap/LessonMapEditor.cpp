@@ -96,11 +96,13 @@ void LessonMapEditor::SelectQuietly(const Text& sbid) {
 
 LessonMapEditor::StoryboardRef LessonMapEditor::CurrentStoryboard() const {
     const auto self = shared_from_this();
+    const Deeper deeper(depth);
     return modLME::FindStoryboard(lesson, CurrentSBID());
 }
 
 void LessonMapEditor::SetCurrentStoryboard(const StoryboardRef& storyboard) {
     const auto self = shared_from_this();
+    const Deeper deeper(depth);
     if (lesson) SetCurrentSBID(storyboard ? storyboard->SBID() : Text());
 }
 
@@ -111,6 +113,7 @@ Text LessonMapEditor::CurrentSBID() const {
 
 void LessonMapEditor::SetCurrentSBID(const Text& sbid) {
     const auto self = shared_from_this();
+    const Deeper deeper(depth);
     const LessonRef was = lesson;
     const Text wanted = sbid;
     if (!was) return;
@@ -127,6 +130,7 @@ void LessonMapEditor::SetCurrentSBID(const Text& sbid) {
 
 void LessonMapEditor::RecordSelection() {
     const LessonRef was = lesson;
+    const Deeper deeper(depth);
     if (was) was->SetCurrentSBID(CurrentSBID());
 }
 
@@ -140,9 +144,8 @@ void LessonMapEditor::OnSelectionChanged() {
     if (quiet > 0 || isClosed) return;
     const auto self = shared_from_this();
     const LessonRef was = lesson;
-    // The lesson's record is the host's, too, and may call back.
-    if (raising >= deepestRaise) return;
-    const Deeper deeper(raising);
+    if (depth >= deepestEvent) return;
+    const Deeper deeper(depth);
     RecordSelection();
     TellSelection(was);
 }
@@ -229,6 +232,7 @@ void LessonMapEditor::CollapseAll() {
 
 Text LessonMapEditor::FindNextSBID(const Text& criteria, FindTypes findType, bool exactMatch, bool wrapSearch) const {
     const auto self = shared_from_this();
+    const Deeper deeper(depth);
     return modLME::FindNextSBID(*tree, lesson, criteria, findType, exactMatch, wrapSearch);
 }
 

@@ -98,7 +98,7 @@ private:
     class Busy;
     class Quiet;
     class Deeper;
-    static constexpr int deepestRaise = 40;
+    static constexpr int deepestEvent = 30, deepest = 60;
     using LessonRef = std::shared_ptr<dax::Lesson>;
 
     LessonMapEditor();
@@ -129,7 +129,8 @@ private:
     LMESubclasser subclasser;
     bool isClosed = false, isBusy = false, isFrozen = false, isExpanding = false, isCollapsing = false,
          isDropped = false;
-    int quiet = 0, raising = 0;
+    int quiet = 0;
+    mutable int depth = 0; // of events and questions to the lesson's objects within each other
     Text sbidBeforeDrag;
 };
 

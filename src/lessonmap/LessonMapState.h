@@ -41,10 +41,13 @@ private:
     LessonMapEditor& editor;
 };
 
-// Counts a level of nesting for a scope.
+// Counts a level of nesting for a scope. Throws Error where a host's objects call back without end.
 class LessonMapEditor::Deeper {
 public:
-    explicit Deeper(int& depth) : depth(depth) { ++depth; }
+    explicit Deeper(int& depth) : depth(depth) {
+        if (depth >= deepest) throw Error(ErrorNumbers::Automation, u"The lesson's objects call back without end.");
+        ++depth;
+    }
     ~Deeper() { --depth; }
     Deeper(const Deeper&) = delete;
     Deeper& operator=(const Deeper&) = delete;
@@ -56,8 +59,8 @@ private:
 // A listener may call back, and be called again for that, without end: at some depth the host hears no more.
 template <typename TheEvent, typename... Arguments>
 void LessonMapEditor::Raise(const TheEvent& event, const Arguments&... arguments) {
-    if (isClosed || raising >= deepestRaise) return;
-    const Deeper deeper(raising);
+    if (isClosed || depth >= deepestEvent) return;
+    const Deeper deeper(depth);
     event.Raise(arguments...);
 }
 

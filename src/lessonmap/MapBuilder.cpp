@@ -108,6 +108,7 @@ void MapBuilder::AddMap(StoryboardMap& map) {
     if (newName != key) {
         Node* const root = tree.Find(key);
         if (!root) Refuse(u"The map '" + key + u"' took its own node away.");
+        root->SetKey(u""); // the name may be the one it had
         key = UniqueName(newName);
         root->SetKey(key);
         if (key != newName) {

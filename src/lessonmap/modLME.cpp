@@ -141,14 +141,13 @@ void SaveMapLayouts(NodeTree& tree, std::shared_ptr<Lesson> lesson) {
     std::vector<Text> names;
     for (const Node* root = tree.First(); root; root = root->Next()) names.push_back(root->Key());
 
-    const NodeMapTree nodes(tree);
     std::exception_ptr failure;
     for (const Text& name : names) {
         const auto map = maps.find(name);
         const Node* const root = tree.Find(name); // the map before may have changed the tree
         if (map == maps.end() || !root || root->Parent()) continue;
         try {
-            map->second->ReadLayout(nodes, NodeMapTree::RefOf(root));
+            map->second->ReadLayout(NodeMapTree(tree), NodeMapTree::RefOf(root));
         } catch (...) {
             if (!failure) failure = std::current_exception();
         }

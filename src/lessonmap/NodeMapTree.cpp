@@ -1,0 +1,22 @@
+#include "lessonmap/NodeMapTree.h"
+
+#include "data/Error.h"
+
+namespace dax {
+
+NodeMapTree::NodeMapTree(NodeTree& tree) : tree(tree) { tree.AddListener(*this); }
+
+NodeMapTree::~NodeMapTree() { tree.RemoveListener(*this); }
+
+Node* NodeMapTree::NodeOf(NodeRef ref) const {
+    if (areNodesGone || ref == NodeRef::None) {
+        throw Error(ErrorNumbers::Automation, u"The nodes of the map were taken away meanwhile.");
+    }
+    return reinterpret_cast<Node*>(static_cast<std::uintptr_t>(ref));
+}
+
+MapTree::NodeRef NodeMapTree::AddChild(NodeRef parent, const Text& key, const Text& caption) {
+    return RefOf(&tree.Add(NodeOf(parent), Place::LastChild, key, caption));
+}
+
+} // namespace dax

@@ -1,0 +1,371 @@
+#include "lessonmap/EditorFixture.h"
+
+#include "data/Error.h"
+
+#include <functional>
+#include <limits>
+
+namespace dax {
+namespace {
+
+using test::EditorFixture;
+using test::MakeLesson;
+using test::Print;
+
+// Content objects that do something unexpected at one of the calls they get.
+struct Mischief {
+    int countdown = -1; // calls until it happens; negative: never
+    bool isLasting = false;
+    std::function<void()> act;
+    void Tick() {
+        if (countdown < 0 || countdown-- > 0) return;
+        if (isLasting) countdown = 0;
+        act();
+    }
+};
+
+struct OddPage : ContentStoryboard {
+    OddPage(Mischief& mischief, const Text& sbid) : ContentStoryboard(sbid, u"T", u"I", u"text"), mischief(mischief) {}
+    Text SBID() const override { return mischief.Tick(), ContentStoryboard::SBID(); }
+    Text Title() const override { return mischief.Tick(), ContentStoryboard::Title(); }
+    Text StoryboardType() const override { return mischief.Tick(), ContentStoryboard::StoryboardType(); }
+    Mischief& mischief;
+};
+
+struct OddMap : ContentMap {
+    OddMap(Mischief& mischief, const Text& name) : ContentMap(name), mischief(mischief) {}
+    Text Name() const override { return mischief.Tick(), ContentMap::Name(); }
+    void SetName(const Text& name) override { mischief.Tick(), ContentMap::SetName(name); }
+    void FillTree(MapTree& nodes, MapTree::NodeRef root) override {
+        mischief.Tick();
+        if (onFill) return onFill(nodes, root);
+        ContentMap::FillTree(nodes, root);
+    }
+    void ReadLayout(const MapTree& nodes, MapTree::NodeRef root) override {
+        ContentMap::ReadLayout(nodes, root);
+        mischief.Tick();
+    }
+    Mischief& mischief;
+    std::function<void(MapTree&, MapTree::NodeRef)> onFill;
+};
+
+struct OddMaps : ContentMaps {
+    explicit OddMaps(Mischief& mischief) : mischief(mischief) {}
+    int32_t Count() const override { return mischief.Tick(), count ? *count : ContentMaps::Count(); }
+    std::shared_ptr<StoryboardMap> Item(int32_t index) const override {
+        mischief.Tick();
+        return onItem ? onItem(index) : ContentMaps::Item(index);
+    }
+    std::shared_ptr<StoryboardMap> DefaultMap() const override {
+        mischief.Tick();
+        return isDefaultHidden ? nullptr : stray ? stray : ContentMaps::DefaultMap();
+    }
+    Mischief& mischief;
+    std::optional<int32_t> count;
+    std::function<std::shared_ptr<StoryboardMap>(int32_t)> onItem;
+    bool isDefaultHidden = false;
+    std::shared_ptr<StoryboardMap> stray;
+};
+
+struct OddPages : ContentStoryboards {
+    explicit OddPages(Mischief& mischief) : mischief(mischief) {}
+    std::shared_ptr<Storyboard> Item(const Text& sbid) const override {
+        return mischief.Tick(), ContentStoryboards::Item(sbid);
+    }
+    void Add(const std::shared_ptr<Storyboard>& page) override { mischief.Tick(), ContentStoryboards::Add(page); }
+    void Remove(const Text& sbid) override { mischief.Tick(), ContentStoryboards::Remove(sbid); }
+    std::vector<std::shared_ptr<Storyboard>> All() const override {
+        auto all = (mischief.Tick(), ContentStoryboards::All());
+        all.push_back(nullptr);
+        return all;
+    }
+    Mischief& mischief;
+};
+
+struct OddLesson : Lesson {
+    explicit OddLesson(Mischief& mischief)
+        : mischief(mischief), maps(std::make_shared<OddMaps>(mischief)), pages(std::make_shared<OddPages>(mischief)) {
+        for (const char16_t* sbid : {u"a", u"b", u"c", u"d"}) pages->Add(std::make_shared<OddPage>(mischief, sbid));
+        first->SetLayout({{u"a", 1}, {u"b", 2}, {u"c", 1}});
+        second->SetLayout({{u"d", 1}});
+        maps->Add(first);
+        maps->Add(second);
+    }
+    std::shared_ptr<StoryboardMaps> Maps() const override { return mischief.Tick(), maps; }
+    std::shared_ptr<dax::Storyboards> Storyboards() const override { return mischief.Tick(), pages; }
+    Text CurrentSBID() const override { return mischief.Tick(), current; }
+    void SetCurrentSBID(const Text& sbid) override { mischief.Tick(), current = sbid; }
+    Mischief& mischief;
+    std::shared_ptr<OddMap> first = std::make_shared<OddMap>(mischief, u"A"),
+                            second = std::make_shared<OddMap>(mischief, u"B");
+    std::shared_ptr<OddMaps> maps;
+    std::shared_ptr<OddPages> pages;
+    Text current;
+};
+
+class HostileLesson : public EditorFixture {
+protected:
+    HostileLesson() { odd = std::make_shared<OddLesson>(mischief); }
+    ~HostileLesson() override {
+        mischief.countdown = -1;
+        if (editor) editor->SetWindow(nullptr);
+    }
+
+    // Everything begins anew: editor, window, lesson.
+    void Begin() {
+        mischief.countdown = -1;
+        mischief.isLasting = false;
+        editor = LessonMapEditor::Create();
+        tree = editor->tvwObject();
+        window = std::make_unique<test::FakeTreeWindow>(*tree);
+        editor->SetWindow(window.get());
+        const auto tick = [this] { mischief.Tick(); };
+        editor->AfterSelectionChange.Add([tick](const auto&) { tick(); });
+        editor->MapChanged.Add([tick](auto) { tick(); });
+        odd = std::make_shared<OddLesson>(mischief);
+        editor->SetLesson(odd);
+        editor->SetCurrentSBID(u"c");
+        tree->Find(u"b")->SetChecked(true);
+    }
+    // Afterwards the editor must work as ever.
+    void ExpectUsable(const std::string& where) {
+        mischief.countdown = -1;
+        if (!editor) return;
+        ASSERT_FALSE(modTVW::NodeExists(*tree, u"temp")) << where;
+        lesson = MakeLesson("A: a( b ) | B:");
+        editor->SetLesson(nullptr);
+        editor->SetShowDefaultMapOnly(false);
+        editor->SetLesson(lesson);
+        editor->AddStoryboard(NewPage(u"n"));
+        ASSERT_EQ(Shown(), "A: n a( b ) | B:") << where;
+        std::string told;
+        const size_t listener =
+            editor->AfterSelectionChange.Add([&told](const auto& page) { told += ToUtf8(page->SBID()); });
+        editor->SetCurrentSBID(u"b");
+        tree->Select(tree->Find(u"a"));
+        ASSERT_EQ(told, "ba") << where;
+        editor->AfterSelectionChange.Remove(listener);
+    }
+
+    Mischief mischief;
+    std::shared_ptr<OddLesson> odd;
+    std::unique_ptr<test::FakeTreeWindow> window;
+    int added = 0;
+};
+
+// Each operation, disturbed at each of the calls that content objects and listeners get during it.
+TEST_F(HostileLesson, AnyCallMayDoAnything) {
+    const std::pair<const char*, std::function<void()>> deeds[] = {
+        {"fail", [] { throw Error(5, u"failed"); }},
+        {"clear", [this] { tree->Clear(); }},
+        {"remove",
+         [this] {
+             if (Node* node = tree->Find(u"a")) tree->Remove(*node);
+         }},
+        {"remove map",
+         [this] {
+             if (Node* node = tree->First()) tree->Remove(*node);
+         }},
+        {"add beside",
+         [this] {
+             if (!tree->Find(u"x")) tree->Add(nullptr, Place::Before, u"x");
+         }},
+        {"add below",
+         [this] {
+             if (tree->First()) tree->Add(tree->First(), Place::FirstChild, u"");
+         }},
+        {"move",
+         [this] {
+             if (tree->Find(u"c")) tree->Move(*tree->Find(u"c"), nullptr, Place::LastChild);
+         }},
+        {"select", [this] { editor->SetCurrentSBID(editor->CurrentSBID() == u"a" ? u"c" : u"a"); }},
+        {"no lesson", [this] { editor->SetLesson(nullptr); }},
+        {"other lesson", [this] { editor->SetLesson(MakeLesson("A: c | B: a")); }},
+        {"refresh", [this] { editor->Refresh(); }},
+        {"add", [this] { editor->AddStoryboard(NewPage(u"m" + ToText(++added))); }},
+        {"remove page", [this] { editor->RemoveStoryboard(NewPage(u"a"), false); }},
+        {"move page", [this] { editor->MoveCurrent(editor->CanMoveCurrent(smtUp) ? smtUp : smtDown); }},
+        {"collapse", [this] { editor->CollapseAll(); }},
+        {"checked", [this] { editor->GetCheckedLesson(); }},
+        {"rename", [this] { odd->first->ContentMap::SetName(u"R" + ToText(++added)); }},
+        {"swap maps", [this] { odd->maps->SetDefaultMap(odd->second); }},
+        {"images", [this] { editor->SetImageList(PictureKeys({u"_custom"})); }},
+        {"release", [this] { editor.reset(); }},
+    };
+    // The editor may be released under way: only its own reference keeps it.
+    const std::pair<const char*, std::function<void()>> operations[] = {
+        {"Lesson",
+         [this] {
+             const auto other = std::make_shared<OddLesson>(mischief);
+             if (editor) editor->SetLesson(other);
+         }},
+        {"Refresh", [this] { editor->Refresh(); }},
+        {"AddStoryboard", [this] { editor->AddStoryboard(std::make_shared<OddPage>(mischief, u"n")); }},
+        {"RemoveStoryboard", [this] { editor->RemoveStoryboard(std::make_shared<OddPage>(mischief, u"c"), false); }},
+        {"Remove branch", [this] { editor->RemoveStoryboard(std::make_shared<OddPage>(mischief, u"a"), true); }},
+        {"MoveCurrent", [this] { editor->MoveCurrent(smtNextMap); }},
+        {"CurrentSBID", [this] { editor->SetCurrentSBID(u"b"); }},
+        {"select", [this] { editor->tvwObject()->Select(tree->Find(u"d")); }},
+        {"CollapseAll", [this] { editor->CollapseAll(); }},
+        {"CheckedStoryboards", [this] { editor->CheckedStoryboards(); }},
+        {"GetCheckedLesson", [this] { editor->GetCheckedLesson(); }},
+        {"OrphanedStoryboards", [this] { editor->OrphanedStoryboards(); }},
+        {"FindNextSBID", [this] { editor->FindNextSBID(u"nothing", ftTitle, false, true); }},
+        {"UpdateSBID", [this] { editor->UpdateSBID(u"c"); }},
+        {"ShowDefaultMapOnly", [this] { editor->SetShowDefaultMapOnly(true); }},
+        {"drag",
+         [this] {
+             window->MoveTo(window->At(*tree->Find(u"d")));
+             editor->MouseDown(MouseButton::Left);
+             window->MoveTo(window->At(*tree->Find(u"d"), 95));
+             editor->MouseMove(MouseButton::Left);
+             if (!editor || !tree->Find(u"a")) return;
+             window->MoveTo(window->At(*tree->Find(u"a"), 10));
+             editor->MouseMove(MouseButton::Left);
+             editor->MouseUp(MouseButton::Left);
+         }},
+    };
+    int disturbed = 0;
+    for (const auto& [operation, run] : operations) {
+        for (const auto& [deed, act] : deeds) {
+            for (const bool isLasting : {false, true}) {
+                const bool isAlways = isLasting && (deed == std::string("fail") || deed == std::string("select"));
+                if (isLasting && !isAlways) continue;
+                for (int call = 0; call < 200; ++call) {
+                    const std::string where = std::string(operation) + ": " + deed + " at call " + std::to_string(call);
+                    Begin();
+                    mischief.act = act;
+                    mischief.isLasting = isLasting;
+                    mischief.countdown = call;
+                    try {
+                        run();
+                    } catch (const Error&) {
+                    }
+                    const bool isOver = mischief.countdown >= 0 && !isLasting;
+                    const bool isNeverReached = isLasting && mischief.countdown > 0;
+                    ExpectUsable(where);
+                    if (HasFatalFailure()) return;
+                    if (isOver || isNeverReached) break;
+                    ++disturbed;
+                    ASSERT_LT(call, 199) << where;
+                }
+            }
+        }
+    }
+    EXPECT_GT(disturbed, 3000);
+}
+
+TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
+    const auto fillWith = [](OddMap& map, std::vector<Text> keys) {
+        map.onFill = [keys](MapTree& nodes, MapTree::NodeRef root) {
+            for (const Text& key : keys) nodes.AddChild(root, key, key);
+        };
+    };
+    const struct {
+        const char* name;
+        std::function<void()> arrange;
+        const char* shown; // null: refused, and nothing is shown
+    } cases[] = {
+        {"the same page twice",
+         [&] {
+             fillWith(*odd->first, {u"a", u"a"});
+         },
+         nullptr},
+        {"a page of another map", [&] { fillWith(*odd->second, {u"a"}); }, nullptr},
+        {"no key",
+         [&] {
+             fillWith(*odd->second, {u"", u"d"});
+         },
+         "A: a( b ) c | B:  d"},
+        {"the key of a map", [&] { fillWith(*odd->second, {u"A"}); }, nullptr},
+        {"pages of nobody", [&] { fillWith(*odd->second, {u"x"}); }, "A: a( b ) c | B: x"},
+        {"the other map's root",
+         [&] {
+             odd->second->onFill = [this](MapTree& nodes, MapTree::NodeRef) {
+                 tree->Add(tree->First(), Place::FirstChild, u"d");
+                 EXPECT_TRUE(nodes.Contains(u"d"));
+             };
+         },
+         "A: d a( b ) c | B:"},
+        {"renamed while filled",
+         [&] { odd->second->onFill = [this](auto&, auto) { odd->second->ContentMap::SetName(u"C"); }; },
+         "A: a( b ) c | C:"},
+        {"renamed to the other's name",
+         [&] { odd->second->onFill = [this](auto&, auto) { odd->second->ContentMap::SetName(u"A"); }; },
+         "A: a( b ) c | A_1:"},
+        {"renamed to a page", [&] { odd->second->ContentMap::SetName(u"a"); }, "A: a( b ) c | a_1: d"},
+        {"no maps", [&] { odd->maps = nullptr; }, nullptr},
+        {"no pages", [&] { odd->pages = nullptr; }, "A: a( b ) c | B: d"},
+        {"no first map", [&] { odd->maps->onItem = [](int32_t) { return nullptr; }; }, nullptr},
+        {"fewer than none", [&] { odd->maps->count = -5; }, "A: a( b ) c"},
+        {"maps without end", [&] { odd->maps->count = std::numeric_limits<int32_t>::max(); }, nullptr},
+        {"one map again and again",
+         [&] {
+             odd->maps->count = 1000;
+             odd->maps->onItem = [this](int32_t) { return odd->first; };
+         },
+         "A: a( b ) c"},
+        {"a default map of elsewhere", [&] { odd->maps->stray = std::make_shared<OddMap>(mischief, u"S"); },
+         "S: | A: a( b ) c | B: d"},
+        {"no default map, whatever is set", [&] { odd->maps->isDefaultHidden = true; }, "A: a( b ) c | B: d"},
+    };
+    for (const auto& [name, arrange, shown] : cases) {
+        Begin();
+        editor->SetLesson(nullptr);
+        odd = std::make_shared<OddLesson>(mischief);
+        arrange();
+        if (shown) {
+            ASSERT_NO_THROW(editor->SetLesson(odd)) << name;
+            EXPECT_EQ(Print(*tree), shown) << name;
+            editor->Refresh();
+            EXPECT_EQ(Print(*tree), shown) << name;
+        } else {
+            EXPECT_THROW(editor->SetLesson(odd), Error) << name;
+            EXPECT_TRUE(tree->IsEmpty()) << name;
+            EXPECT_THROW(editor->AddStoryboard(NewPage(u"n")), Error) << name;
+        }
+        ExpectUsable(name);
+    }
+}
+
+TEST_F(HostileLesson, OneMapThatFailsDoesNotKeepTheOthersFromTheirLayout) {
+    Begin();
+    odd->first->onFill = nullptr;
+    mischief.act = [] { throw Error(5, u"failed"); };
+    editor->SetCurrentSBID(u"a");
+    // The layout of the first map is asked for in vain; whatever call it is, the second has the page afterwards.
+    class Failing : public OddMap {
+    public:
+        using OddMap::OddMap;
+        void ReadLayout(const MapTree&, MapTree::NodeRef) override { throw Error(5, u"failed"); }
+    };
+    const auto failing = std::make_shared<Failing>(mischief, u"F");
+    failing->SetLayout({{u"e", 1}});
+    odd->pages->Add(NewPage(u"e"));
+    odd->maps->Add(failing);
+    odd->maps->SetDefaultMap(failing);
+    editor->Refresh();
+    editor->SetCurrentSBID(u"e");
+    EXPECT_THROW(editor->MoveCurrent(smtNextMap), Error);
+    EXPECT_EQ(Print("A", odd->first->Layout()), "A: e a( b ) c");
+    ExpectUsable("failing map");
+}
+
+// A host that answers every event by changing the same thing again hears no more of it at some depth.
+TEST_F(HostileLesson, EndlessAnswersEnd) {
+    Begin();
+    editor->AfterSelectionChange.Add(
+        [this](const auto&) { editor->SetCurrentSBID(editor->CurrentSBID() == u"a" ? u"c" : u"a"); });
+    editor->SetCurrentSBID(u"b");
+    editor->MapChanged.Add([this](auto) { editor->MoveCurrent(editor->CanMoveCurrent(smtUp) ? smtUp : smtDown); });
+    editor->SetCurrentSBID(u"a");
+    editor->MoveCurrent(smtDown);
+    EXPECT_EQ(tree->Count(), 6);
+    EXPECT_NE(editor->CurrentSBID(), u"");
+    lesson = MakeLesson("A: a c");
+    editor->SetLesson(lesson);
+    EXPECT_EQ(Shown(), "A: a c");
+}
+
+} // namespace
+} // namespace dax
