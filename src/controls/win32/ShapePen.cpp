@@ -54,9 +54,9 @@ int ShapePen::At(double distance) const { return static_cast<int>(std::lround(di
 void ShapePen::Choose(COLORREF fill, double lineWidth, COLORREF line) {
     const LOGBRUSH ink{BS_SOLID, line, 0};
     const int width = At(lineWidth);
-    const HPEN pen = width > 0 ? ExtCreatePen(PS_GEOMETRIC | PS_SOLID | PS_ENDCAP_ROUND | PS_JOIN_ROUND,
-                                              static_cast<DWORD>(width), &ink, 0, nullptr)
-                               : CreatePen(PS_NULL, 0, 0);
+    constexpr DWORD style = PS_GEOMETRIC; // solid, with round ends and joins: their values are zero
+    const HPEN pen =
+        width > 0 ? ExtCreatePen(style, static_cast<DWORD>(width), &ink, 0, nullptr) : CreatePen(PS_NULL, 0, 0);
     const HBRUSH brush = CreateSolidBrush(fill);
     SelectObject(dc, pen);
     SelectObject(dc, brush);
