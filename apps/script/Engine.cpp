@@ -1,7 +1,3 @@
-#include <ole2.h>
-
-#include <initguid.h> // not every system library has the identifiers of script engines
-
 #include "Engine.h"
 
 #include "Output.h"
