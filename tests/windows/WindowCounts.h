@@ -5,15 +5,14 @@
 
 namespace dax::test {
 
+inline BOOL CALLBACK CountChild(HWND, LPARAM count) {
+    ++*reinterpret_cast<int*>(count);
+    return TRUE;
+}
+
 inline BOOL CALLBACK CountWindow(HWND window, LPARAM count) {
     ++*reinterpret_cast<int*>(count);
-    EnumChildWindows(
-        window,
-        [](HWND, LPARAM inner) -> BOOL {
-            ++*reinterpret_cast<int*>(inner);
-            return TRUE;
-        },
-        count);
+    EnumChildWindows(window, CountChild, count);
     return TRUE;
 }
 
