@@ -354,6 +354,18 @@ TEST_F(LessonMapEditorTest, DragsStoryboards) {
         editor->SetCurrentSBID(u"c");
         EXPECT_EQ(Heard(), "selected c") << "notifications flow again";
     }
+    // Resting on a collapsed node opens it.
+    Open("A: a( b c ) d | B: e | C:");
+    window.MoveTo(window.At(At(u"d")));
+    editor->MouseDown(MouseButton::Left);
+    window.MoveTo(window.At(At(u"d"), 90));
+    editor->MouseMove(MouseButton::Left);
+    window.MoveTo(window.At(At(u"a"), 20));
+    editor->MouseMove(MouseButton::Left);
+    EXPECT_FALSE(At(u"a").IsExpanded());
+    editor->OnTimer(TreeTimer::AutoExpand);
+    EXPECT_TRUE(At(u"a").IsExpanded());
+    editor->KeyPress(27);
     // Whatever ends a drag leaves the notifications on; a locked editor starts none.
     const std::function<void()> ends[] = {
         [this] { EXPECT_TRUE(editor->KeyPress(27)); }, [this] { editor->MouseDown(MouseButton::Right); },
