@@ -11,8 +11,6 @@
 
 namespace dax {
 
-enum class MouseButton { None, Left, Right };
-
 // The lesson stays the host's. Its objects are asked in the midst of operations: while they are, whatever would change
 // or write back the map is refused with an Error. Failures of theirs go on to the caller; the tree stays in order.
 // Inside an event the host may do anything, also release the editor, which then ends quietly what it was doing.

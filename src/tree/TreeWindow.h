@@ -15,6 +15,8 @@ struct TreeHit {
     unsigned flags = 0; // modTreeviewAPI::HitFlags
 };
 
+enum class MouseButton { None, Left, Right };
+
 enum class TreeTimer { AutoExpand, Autoscroll, Checkstate };
 
 class TreeWindow {

@@ -55,6 +55,9 @@ LRESULT TreeViewWindow::HandleNotification(const NMHDR& header) {
     case NM_DBLCLK:
         DblClick.Raise(Pointer(), IsCtrlDown());
         return 0;
+    case NM_RCLICK: // the tree has waited for the button's coming up itself
+        MouseUp.Raise(MouseButton::Right, Pointer());
+        return 0;
     case NM_CUSTOMDRAW:
         return CustomDraw(*reinterpret_cast<NMTVCUSTOMDRAW*>(const_cast<NMHDR*>(&header)));
     default:
@@ -68,7 +71,7 @@ void TreeViewWindow::ItemExpanded(const NMTREEVIEWW& change) {
     if (!node) return;
     const bool isExpanded = change.action == TVE_EXPAND;
     node->SetExpanded(isExpanded);
-    if (!isExpanded) Collapsed.Raise(*node);
+    (isExpanded ? Expanded : Collapsed).Raise(*node);
 }
 
 void TreeViewWindow::SelectionChanged(const NMTREEVIEWW& change) {
@@ -145,6 +148,9 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
         MouseUp.Raise(MouseButton::Left, PointOf(lParam));
         return wasDragging ? std::optional<LRESULT>(0) : std::nullopt;
     }
+    case WM_RBUTTONUP: // after a drag that the right button has ended
+        MouseUp.Raise(MouseButton::Right, PointOf(lParam));
+        return {};
     case WM_CAPTURECHANGED:
         if (dragImage && reinterpret_cast<HWND>(lParam) != handle) DragLost.Raise();
         return {};

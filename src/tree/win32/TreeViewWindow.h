@@ -14,8 +14,6 @@ namespace dax {
 
 inline constexpr UINT_PTR FirstTreeTimer = 0xDA0; // timers of the tree window; the system uses small numbers
 
-enum class MouseButton { None, Left, Right };
-
 class TreeViewWindow : public TreeWindow {
 public:
     explicit TreeViewWindow(NodeTree& model);
@@ -64,7 +62,7 @@ public:
     Event<char16_t> KeyPress; // the character
     Event<Point, bool> Click; // point, whether Ctrl is down
     Event<Point, bool> DblClick;
-    Event<Node&> Collapsed; // by the user; the model knows already
+    Event<Node&> Expanded, Collapsed; // by the user; the model knows already
     Event<> DragLost;       // the mouse was taken away in the middle of a drag
     Event<TreeTimer> Timer;
 
