@@ -5,6 +5,7 @@
 
 #include "data/Schema.h"
 #include "support/TestDatabases.h"
+#include "windows/HostWindow.h"
 #include "windows/WindowCounts.h"
 
 #include <gmock/gmock.h>
@@ -15,41 +16,10 @@ namespace dax::test {
 
 namespace {
 
-class HostWindow {
-public:
-    HostWindow()
-        : handle(CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 600, 400, nullptr,
-                                 nullptr, nullptr, nullptr)) {}
-    ~HostWindow() {
-        if (handle) DestroyWindow(handle);
-    }
-    HostWindow(const HostWindow&) = delete;
-    HostWindow& operator=(const HostWindow&) = delete;
-    HWND handle;
-};
-
-// Pixels of a rectangle that are not of the background.
-int Inked(const MemoryBitmap& bitmap, const Rect& place, uint32_t background = 0xFFFFFF) {
-    int count = 0;
-    const uint32_t* pixels = bitmap.Pixels();
-    for (int y = std::max(place.top, 0); y < std::min(place.bottom, bitmap.Height()); ++y)
-        for (int x = std::max(place.left, 0); x < std::min(place.right, bitmap.Width()); ++x)
-            if ((pixels[y * bitmap.Width() + x] & 0xFFFFFF) != background) ++count;
-    return count;
-}
-
 Text WindowText(HWND window) {
     std::vector<wchar_t> buffer(static_cast<size_t>(GetWindowTextLengthW(window)) + 1);
     GetWindowTextW(window, buffer.data(), static_cast<int>(buffer.size()));
     return FromWide(buffer.data());
-}
-
-Ambient At(int dpi, bool userMode = true) {
-    Ambient ambient;
-    ambient.dpi = dpi;
-    ambient.userMode = userMode;
-    ambient.displayName = u"Control1";
-    return ambient;
 }
 
 // A connector that lists these titles for the super user "super".

@@ -1,0 +1,2 @@
+// The file that carries the precompiled header of the test programs.
+#include "support/Precompiled.h"
