@@ -39,6 +39,7 @@ void LessonMapEditor::Close() {
     DeleteRequest = {};
     ContextMenuRequest = {};
     CheckboxesChanged = {};
+    PropertyChanged = {};
     SetWindow(nullptr);
 }
 
@@ -157,13 +158,20 @@ void LessonMapEditor::Refresh() {
     Build();
 }
 
+void LessonMapEditor::TellProperty(const Text& name) { Raise(PropertyChanged, name); }
+
 void LessonMapEditor::SetAllowDragDrop(bool isAllowed) {
-    allowDragDrop = isAllowed;
+    const auto self = shared_from_this();
+    const bool isNew = std::exchange(allowDragDrop, isAllowed) != isAllowed;
     if (!isAllowed) EndDrag();
+    if (isNew) TellProperty(u"AllowDragDrop");
 }
 
 void LessonMapEditor::SetCaptionStyle(LessonMapEditorCaptionStyles style) {
-    if (std::exchange(captionStyle, style) != style && lesson) Refresh();
+    const auto self = shared_from_this();
+    if (std::exchange(captionStyle, style) == style) return;
+    TellProperty(u"CaptionStyle");
+    if (lesson) Refresh();
 }
 
 void LessonMapEditor::SetCheckboxes(bool isOn) {
@@ -171,15 +179,21 @@ void LessonMapEditor::SetCheckboxes(bool isOn) {
     if (std::exchange(checkboxes, isOn) == isOn) return;
     if (!isOn) SetAllChecks(false);
     Raise(CheckboxesChanged);
+    TellProperty(u"Checkboxes");
 }
 
 void LessonMapEditor::SetLocked(bool isLocked) {
-    locked = isLocked;
+    const auto self = shared_from_this();
+    const bool isNew = std::exchange(locked, isLocked) != isLocked;
     if (isLocked) EndDrag();
+    if (isNew) TellProperty(u"Locked");
 }
 
 void LessonMapEditor::SetShowDefaultMapOnly(bool isOnly) {
-    if (std::exchange(showDefaultMapOnly, isOnly) != isOnly && lesson) Refresh();
+    const auto self = shared_from_this();
+    if (std::exchange(showDefaultMapOnly, isOnly) == isOnly) return;
+    TellProperty(u"ShowDefaultMapOnly");
+    if (lesson) Refresh();
 }
 
 void LessonMapEditor::ReadProperties(PropertyBag& bag) {

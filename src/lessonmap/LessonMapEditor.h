@@ -71,6 +71,8 @@ public:
     void MoveCurrent(StoryboardMovementTypes movement);
     Text FindNextSBID(const Text& criteria, FindTypes findType, bool exactMatch, bool wrapSearch) const;
 
+    bool IsDragging() const { return drag.Active(); }
+
     // What the window tells: clicks and keys, and that a node was opened or closed by the user.
     void NodeExpanded(Node& node, bool areCtrlAndShiftDown);
     void NodeCollapsed(Node& node, bool areCtrlAndShiftDown);
@@ -90,7 +92,8 @@ public:
     Event<MapChangeTypes> MapChanged;          // the lesson has the new layout already
     Event<> DeleteRequest;                     // the host decides and calls RemoveStoryboard
     Event<> ContextMenuRequest;
-    Event<> CheckboxesChanged; // for the window: show or hide the boxes
+    Event<> CheckboxesChanged;   // for the window: show or hide the boxes
+    Event<Text> PropertyChanged; // the name of a property that the bag keeps; before the tree follows
 
 private:
     class Busy;
@@ -108,6 +111,7 @@ private:
     void SetAllChecks(bool checked);
     void FreezeDisplay(bool frozen);
     void EndDrag();
+    void TellProperty(const Text& name);
     void Recaption(const Text& sbid, const Storyboard& storyboard);
     std::vector<Text> CheckedKeys() const;
     void OnSelectionChanged();

@@ -1,0 +1,171 @@
+#include "lessonmap/win32/LessonMapEditorWindow.h"
+
+#include "controls/win32/GdiSurface.h"
+#include "lessonmap/win32/StoryboardPictures.h"
+
+#include <utility>
+
+namespace dax {
+
+namespace {
+
+bool AreCtrlAndShiftDown() { return GetKeyState(VK_CONTROL) < 0 && GetKeyState(VK_SHIFT) < 0; }
+
+// What a bag gives need not be saved again.
+class Reading {
+public:
+    explicit Reading(bool& flag) : flag(flag) { flag = true; }
+    ~Reading() { flag = false; }
+    Reading(const Reading&) = delete;
+    Reading& operator=(const Reading&) = delete;
+
+private:
+    bool& flag;
+};
+
+} // namespace
+
+LessonMapEditorWindow::LessonMapEditorWindow() : WindowBase(L"DAXLessonMapEditor") {
+    propertyListener = editor->PropertyChanged.Add([this](const Text&) {
+        if (PropertyChanged && !isReading) PropertyChanged();
+    });
+    boxListener = editor->CheckboxesChanged.Add([this] { UseBoxes(); });
+    editor->SetWindow(treeView.get());
+    // The tree is the window's; the editor may live longer, held by whoever is calling it.
+    LessonMapEditor* const target = editor.get();
+    treeView->MouseDown.Add([target](MouseButton button, Point) { target->MouseDown(button); });
+    treeView->MouseMove.Add([target](MouseButton button, Point) { target->MouseMove(button); });
+    treeView->MouseUp.Add([target](MouseButton button, Point) { target->MouseUp(button); });
+    treeView->Click.Add([target](Point point, bool isCtrlDown) { target->Click(point, isCtrlDown); });
+    treeView->DblClick.Add([target](Point point, bool isCtrlDown) { target->DblClick(point, isCtrlDown); });
+    treeView->KeyDown.Add([target](int key) { target->KeyDown(key); });
+    treeView->KeyPress.Add([target](char16_t character) { target->KeyPress(character); });
+    treeView->Expanded.Add([target](Node& node) { target->NodeExpanded(node, AreCtrlAndShiftDown()); });
+    treeView->Collapsed.Add([target](Node& node) { target->NodeCollapsed(node, AreCtrlAndShiftDown()); });
+    treeView->DragLost.Add([target] { target->KeyPress(VK_ESCAPE); });
+    treeView->Timer.Add([target](TreeTimer timer) { target->OnTimer(timer); });
+}
+
+LessonMapEditorWindow::~LessonMapEditorWindow() {
+    editor->PropertyChanged.Remove(propertyListener);
+    editor->CheckboxesChanged.Remove(boxListener);
+    editor->SetWindow(nullptr);
+    if (pictures) ImageList_Destroy(pictures);
+    if (boxes) ImageList_Destroy(boxes);
+}
+
+bool LessonMapEditorWindow::SetPictures(HIMAGELIST images, const PictureKeys& keys) {
+    const auto keptEditor = editor;
+    if (images) {
+        const HIMAGELIST copy = CopyPictures(images);
+        if (!copy) return false;
+        treeView->SetImages(copy);
+        if (const HIMAGELIST former = std::exchange(pictures, copy)) ImageList_Destroy(former);
+    }
+    arePicturesOfHost = images != nullptr;
+    pictureDpi = 0;
+    UsePictures();
+    keptEditor->SetImageList(images ? keys : PictureKeys());
+    return true;
+}
+
+void LessonMapEditorWindow::ReadProperties(PropertyBag& bag) {
+    WindowBase::ReadProperties(bag);
+    const Reading reading(isReading);
+    editor->ReadProperties(bag);
+}
+
+SIZE LessonMapEditorWindow::PreferredSize(int dpi) const { return {MulDiv(240, dpi, 96), MulDiv(320, dpi, 96)}; }
+
+void LessonMapEditorWindow::OnCreate() {
+    UsePictures();
+    if (const HWND child = treeView->Create(Handle())) TrackFocus(child);
+    UseBoxes();
+    OnFont();
+    OnAmbient();
+}
+
+void LessonMapEditorWindow::OnAmbient() {
+    UsePictures();
+    treeView->SetColors(CurrentAmbient().foreColor, CurrentAmbient().backColor);
+}
+
+// Ours fit the DPI; a host's are as large as it made them.
+void LessonMapEditorWindow::UsePictures() {
+    if (pictures && pictureDpi == CurrentAmbient().dpi) return;
+    pictureDpi = CurrentAmbient().dpi;
+    if (!arePicturesOfHost) {
+        const HIMAGELIST former = std::exchange(pictures, CreateStoryboardPictures(Scale(16)));
+        treeView->SetImages(pictures);
+        if (former) ImageList_Destroy(former);
+    }
+    if (boxes) UseBoxes();
+}
+
+// The system draws its boxes for 96 dpi: ours take their place, and stay ours when the tree is without boxes.
+void LessonMapEditorWindow::UseBoxes() {
+    const auto exchange = [this](HIMAGELIST list) {
+        if (!treeView->Handle()) return HIMAGELIST{};
+        return reinterpret_cast<HIMAGELIST>(
+            SendMessageW(treeView->Handle(), TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(list)));
+    };
+    const HIMAGELIST former = std::exchange(boxes, nullptr);
+    if (former) exchange(nullptr);
+    treeView->SetCheckBoxes(editor->Checkboxes());
+    if (editor->Checkboxes() && treeView->Handle()) {
+        boxes = CreateCheckPictures(Scale(16));
+        if (const HIMAGELIST ofSystem = exchange(boxes)) ImageList_Destroy(ofSystem);
+    }
+    if (former) ImageList_Destroy(former);
+}
+
+LRESULT LessonMapEditorWindow::OnNotify(const NMHDR& header, LPARAM) {
+    // A listener may release this window: what is in use stays, the tree window no longer than its nodes.
+    const auto keptEditor = editor;
+    const auto keptNodes = nodes;
+    const auto keptTree = treeView;
+    return keptTree->HandleNotification(header);
+}
+
+// The tree's own keys; Tab, Enter and everything else are the host's. Escape is the tree's only during a drag.
+bool LessonMapEditorWindow::TranslateKey(const MSG& message) {
+    if (message.message != WM_KEYDOWN || message.hwnd != treeView->Handle()) return false;
+    switch (message.wParam) {
+    case VK_UP:
+    case VK_DOWN:
+    case VK_LEFT:
+    case VK_RIGHT:
+    case VK_PRIOR:
+    case VK_NEXT:
+    case VK_HOME:
+    case VK_END:
+    case VK_DELETE:
+    case VK_BACK:
+    case VK_ADD:
+    case VK_SUBTRACT:
+    case VK_MULTIPLY:
+        break;
+    case VK_SPACE:
+        if (!editor->Checkboxes()) return false;
+        break;
+    case VK_ESCAPE:
+        if (!editor->IsDragging()) return false;
+        break;
+    default:
+        return false;
+    }
+    TranslateMessage(&message);
+    DispatchMessageW(&message);
+    return true;
+}
+
+void LessonMapEditorWindow::Paint(HDC dc, SIZE size, bool isView) {
+    const RECT whole{0, 0, size.cx, size.cy};
+    FillWith(dc, whole, CurrentAmbient().backColor);
+    if (treeView->IsFrozen())
+        treeView->DrawFrozen(dc);
+    else if (isView)
+        treeView->DrawPicture(dc, whole, Font()); // otherwise the tree is a window of its own
+}
+
+} // namespace dax

@@ -1,0 +1,48 @@
+// The lesson map's editor in a real window: one tree that fills it.
+#pragma once
+
+#include "controls/win32/WindowBase.h"
+#include "lessonmap/LessonMapEditor.h"
+#include "tree/win32/TreeViewWindow.h"
+
+namespace dax {
+
+class LessonMapEditorWindow : public WindowBase {
+public:
+    LessonMapEditorWindow();
+    ~LessonMapEditorWindow() override;
+
+    // Whoever calls it holds this pointer while doing so: a listener may release the window.
+    const std::shared_ptr<LessonMapEditor>& Editor() const { return editor; }
+
+    // A host's own pictures instead of ours, each with the key at its place; they are copied. Null: ours again. False,
+    // and nothing changed, when there is no such image list.
+    bool SetPictures(HIMAGELIST images, const PictureKeys& keys);
+
+    void ReadProperties(PropertyBag& bag) override;
+    void WriteProperties(PropertyBag& bag) override { editor->WriteProperties(bag); }
+    bool TranslateKey(const MSG& message) override;
+    SIZE PreferredSize(int dpi) const override;
+
+private:
+    void OnCreate() override;
+    void OnSize(int width, int height) override { treeView->Fit(width, height); }
+    void OnAmbient() override;
+    void OnFont() override { treeView->SetFont(Font()); }
+    void OnGone() override { treeView->HandleGone(); }
+    LRESULT OnNotify(const NMHDR& header, LPARAM lParam) override;
+    HWND FocusTarget() const override { return treeView->Handle(); }
+    void Paint(HDC dc, SIZE size, bool isView) override;
+    void UsePictures();
+    void UseBoxes();
+
+    std::shared_ptr<LessonMapEditor> editor = LessonMapEditor::Create();
+    std::shared_ptr<NodeTree> nodes = editor->tvwObject();
+    std::shared_ptr<TreeViewWindow> treeView = std::make_shared<TreeViewWindow>(*nodes);
+    size_t propertyListener, boxListener;
+    HIMAGELIST pictures = nullptr, boxes = nullptr;
+    bool arePicturesOfHost = false, isReading = false;
+    int pictureDpi = 0;
+};
+
+} // namespace dax
