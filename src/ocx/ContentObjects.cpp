@@ -6,6 +6,7 @@
 #include "ContentObjects.h"
 
 #include "content/Utility.h"
+#include "ocx/ContentLesson.h"
 #include "ocx/com/Object.h"
 
 namespace dax {
@@ -25,6 +26,10 @@ IUnknown* CreateUtility(const ClassEntry& entry) { return static_cast<_Utility*>
 
 const ClassEntry classes[] = {
     {&CLSID_Utility, &IID__Utility, nullptr, L"Utility", L"DAX content utility", CreateUtility, 0},
+    {&CLSID_Lesson, &IID__Lesson, nullptr, L"Lesson", L"DAX lesson", CreateLesson, 0},
+    {&CLSID_StoryboardMap, &IID__StoryboardMap, nullptr, L"StoryboardMap", L"DAX storyboard map", CreateStoryboardMap,
+     0},
+    {&CLSID_Storyboard, &IID__Storyboard, nullptr, L"Storyboard", L"DAX storyboard", CreateStoryboard, 0},
 };
 
 } // namespace

@@ -1,0 +1,192 @@
+#include "ocx/late/ContentLessonCalls.h"
+
+#include "data/Error.h"
+#include "ocx/com/Enumerator.h"
+#include "ocx/com/Fault.h"
+
+#include <array>
+#include <iterator>
+
+namespace dax {
+
+namespace {
+
+constexpr int32_t noSuchMember = 438; // as hosts count it
+// A host could enumerate for ever.
+constexpr size_t mostElements = 1'000'000;
+// How collections say that they have no such element: invalid call, subscript out of range, invalid argument, bad
+// index, element not found, no such element in a tree.
+constexpr std::array<uint32_t, 6> missing{0x800A0005, 0x800A0009, 0x80070057, 0x8002000B, 0x80070490, 0x800A8B11};
+
+[[noreturn]] void RefuseKind() { throw Error(ErrorNumbers::TypeMismatch, u"An object of the host answered amiss."); }
+
+Text Written(HRESULT code) {
+    constexpr char16_t digits[] = u"0123456789ABCDEF";
+    Text text;
+    for (int shift = 28; shift >= 0; shift -= 4) text += digits[(static_cast<uint32_t>(code) >> shift) & 15];
+    return text;
+}
+
+// `description` may be empty.
+[[noreturn]] void Fail(const wchar_t* member, HRESULT code, const Text& description) {
+    if (!description.empty()) throw Error(code, description);
+    throw Error(code, u"'" + FromWide(member) + u"' of an object of the host has failed (" + Written(code) + u").");
+}
+
+VARIANT GiveObject(const ComPtr<IDispatch>& held) {
+    VARIANT element;
+    VariantInit(&element);
+    element.vt = VT_DISPATCH;
+    element.pdispVal = held.Get();
+    if (held) held->AddRef();
+    return element;
+}
+
+using ObjectEnumerator = Enumerator<IEnumVARIANT, IID_IEnumVARIANT, VARIANT, ComPtr<IDispatch>, GiveObject>;
+
+} // namespace
+
+const void* HostObject::ObjectIdentity() const { return Query<IUnknown>(object.Get(), IID_IUnknown).Get(); }
+
+bool HostObject::Has(const wchar_t* member) const {
+    std::wstring name = member;
+    LPOLESTR names[] = {name.data()};
+    DISPID dispid = 0;
+    return SUCCEEDED(object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &dispid));
+}
+
+DISPID HostObject::Find(const wchar_t* member) const {
+    std::wstring name = member;
+    LPOLESTR names[] = {name.data()};
+    DISPID dispid = 0;
+    if (FAILED(object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &dispid)))
+        throw Error(noSuchMember, u"An object of the host has no member '" + FromWide(member) + u"'.");
+    return dispid;
+}
+
+HRESULT HostObject::Invoke(DISPID dispid, WORD kind, std::initializer_list<Variant> arguments, Variant& result,
+                           Text& description) const {
+    const ComPtr<IDispatch> kept = object;
+    std::vector<Variant> reversed(std::make_reverse_iterator(arguments.end()),
+                                  std::make_reverse_iterator(arguments.begin()));
+    DISPID put = DISPID_PROPERTYPUT;
+    DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+    const bool isPut = (kind & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
+    if (isPut) {
+        parameters.rgdispidNamedArgs = &put;
+        parameters.cNamedArgs = 1;
+    }
+    EXCEPINFO info{};
+    HRESULT code = kept->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters, isPut ? nullptr : &result,
+                                &info, nullptr);
+    if (code == DISP_E_EXCEPTION) {
+        if (info.pfnDeferredFillIn) info.pfnDeferredFillIn(&info);
+        description = FromBstr(info.bstrDescription);
+        code = info.wCode ? MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, info.wCode) : info.scode;
+        if (SUCCEEDED(code)) code = DISP_E_EXCEPTION;
+        SysFreeString(info.bstrSource);
+        SysFreeString(info.bstrDescription);
+        SysFreeString(info.bstrHelpFile);
+    }
+    return code;
+}
+
+Variant HostObject::Call(const wchar_t* member, std::initializer_list<Variant> arguments) const {
+    Variant result;
+    Text description;
+    const HRESULT code = Invoke(Find(member), DISPATCH_METHOD | DISPATCH_PROPERTYGET, arguments, result, description);
+    if (FAILED(code)) Fail(member, code, description);
+    return result;
+}
+
+Variant HostObject::Look(const wchar_t* member, const Variant& index) const {
+    Variant result;
+    Text description;
+    const HRESULT code = Invoke(Find(member), DISPATCH_METHOD | DISPATCH_PROPERTYGET, {index}, result, description);
+    for (const uint32_t each : missing) {
+        if (static_cast<uint32_t>(code) == each) return {};
+    }
+    if (FAILED(code)) Fail(member, code, description);
+    return result;
+}
+
+void HostObject::Put(const wchar_t* member, const Variant& value) const {
+    Variant none;
+    Text description;
+    const HRESULT code = Invoke(Find(member), DISPATCH_PROPERTYPUT, {value}, none, description);
+    if (FAILED(code)) Fail(member, code, description);
+}
+
+void HostObject::PutObject(const wchar_t* member, IDispatch* value) const {
+    Variant none;
+    Text description;
+    const DISPID dispid = Find(member);
+    HRESULT code = Invoke(dispid, DISPATCH_PROPERTYPUTREF, {Variant(value)}, none, description);
+    // Not every object tells setting a reference from setting a value.
+    if (code == DISP_E_MEMBERNOTFOUND) code = Invoke(dispid, DISPATCH_PROPERTYPUT, {Variant(value)}, none, description);
+    if (FAILED(code)) Fail(member, code, description);
+}
+
+bool HostObject::Enumerate(std::vector<ComPtr<IDispatch>>& elements) const {
+    Variant answer;
+    Text description;
+    const HRESULT code = Invoke(DISPID_NEWENUM, DISPATCH_METHOD | DISPATCH_PROPERTYGET, {}, answer, description);
+    if (code == DISP_E_MEMBERNOTFOUND) return false;
+    if (FAILED(code)) Fail(L"_NewEnum", code, description);
+    ComPtr<IEnumVARIANT> enumerator;
+    if (answer.vt == VT_UNKNOWN || answer.vt == VT_DISPATCH)
+        enumerator = Query<IEnumVARIANT>(answer.punkVal, IID_IEnumVARIANT);
+    if (!enumerator) return false;
+    for (;;) {
+        Variant element;
+        ULONG fetched = 0;
+        const HRESULT result = enumerator->Next(1, &element, &fetched);
+        if (FAILED(result)) Fail(L"_NewEnum", result, {});
+        if (result != S_OK || fetched == 0) return true;
+        if (elements.size() == mostElements)
+            throw Error(ErrorNumbers::Automation, u"A collection of the host has no end.");
+        elements.push_back(ObjectFrom(element));
+    }
+}
+
+std::vector<ComPtr<IDispatch>> HostObject::Elements() const {
+    std::vector<ComPtr<IDispatch>> elements;
+    if (Enumerate(elements)) return elements;
+    const int32_t count = NumberFrom(Call(L"Count"));
+    if (count > 0 && static_cast<size_t>(count) > mostElements)
+        throw Error(ErrorNumbers::Automation, u"A collection of the host is too long.");
+    for (int32_t i = 0; i < count; ++i) elements.push_back(ObjectFrom(Call(L"Item", {Variant(i)})));
+    return elements;
+}
+
+Text TextFrom(const Variant& value) {
+    if (value.vt == VT_EMPTY || value.vt == VT_NULL) return {};
+    Variant text;
+    if (FAILED(VariantChangeType(&text, const_cast<Variant*>(&value), 0, VT_BSTR))) RefuseKind();
+    return FromBstr(text.bstrVal);
+}
+
+int32_t NumberFrom(const Variant& value) {
+    Variant number;
+    if (FAILED(VariantChangeType(&number, const_cast<Variant*>(&value), 0, VT_I4))) RefuseKind();
+    return number.lVal;
+}
+
+ComPtr<IDispatch> ObjectFrom(const Variant& value) {
+    Variant plain;
+    if (FAILED(VariantCopyInd(&plain, const_cast<Variant*>(&value)))) RefuseKind();
+    if (plain.vt == VT_EMPTY || plain.vt == VT_NULL) return {};
+    if (plain.vt != VT_DISPATCH && plain.vt != VT_UNKNOWN) RefuseKind();
+    if (!plain.punkVal) return {};
+    auto object = Query<IDispatch>(plain.punkVal, IID_IDispatch);
+    if (!object) RefuseKind();
+    return object;
+}
+
+IUnknown* EnumerateObjects(std::vector<ComPtr<IDispatch>> objects) {
+    IEnumVARIANT* result = nullptr;
+    Check(ObjectEnumerator::Create(std::move(objects), &result));
+    return result;
+}
+
+} // namespace dax

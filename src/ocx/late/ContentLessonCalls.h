@@ -1,0 +1,50 @@
+// An object of a host, known by nothing but the names of its members.
+#pragma once
+
+#include "ocx/com/ComPtr.h"
+#include "ocx/com/Variant.h"
+
+#include <initializer_list>
+#include <vector>
+
+namespace dax {
+
+// Whatever such a call does wrong is an Error: a member that is missing, that fails, that answers something of another
+// kind.
+class HostObject {
+public:
+    explicit HostObject(IDispatch* object) : object(object) {}
+    virtual ~HostObject() = default;
+
+    IDispatch* Object() const { return object.Get(); }
+    // The same for two references to one object.
+    const void* ObjectIdentity() const;
+
+    bool Has(const wchar_t* member) const;
+    // Arguments in their written order. Properties are methods here, too.
+    Variant Call(const wchar_t* member, std::initializer_list<Variant> arguments = {}) const;
+    // As Call, but nothing when the object says that it has no such element.
+    Variant Look(const wchar_t* member, const Variant& index) const;
+    void Put(const wchar_t* member, const Variant& value) const;
+    void PutObject(const wchar_t* member, IDispatch* value) const;
+    // What For Each would give. An object that cannot enumerate is asked for its Count and its Item, from 0.
+    std::vector<ComPtr<IDispatch>> Elements() const;
+
+private:
+    DISPID Find(const wchar_t* member) const;
+    HRESULT Invoke(DISPID dispid, WORD kind, std::initializer_list<Variant> arguments, Variant& result,
+                   Text& description) const;
+    bool Enumerate(std::vector<ComPtr<IDispatch>>& elements) const;
+
+    ComPtr<IDispatch> object;
+};
+
+// What a call has answered. Nothing is the empty text and no object.
+Text TextFrom(const Variant& value);
+int32_t NumberFrom(const Variant& value);
+ComPtr<IDispatch> ObjectFrom(const Variant& value);
+
+// For a collection's _NewEnum: one reference, which the receiver owns.
+IUnknown* EnumerateObjects(std::vector<ComPtr<IDispatch>> objects);
+
+} // namespace dax
