@@ -420,6 +420,17 @@ TEST_F(LessonMapEditorTest, PropertiesAreKept) {
     editor->ReadProperties(bag);
     EXPECT_TRUE(editor->AllowDragDrop() && !editor->Locked() && !editor->Checkboxes());
     EXPECT_EQ(editor->CaptionStyle(), csTitle);
+    // The host hears what it has to save, and nothing when a property is set to what it is.
+    std::string told;
+    editor->PropertyChanged.Add([&told](const Text& name) { told += ToUtf8(name) + " "; });
+    for (int round = 0; round < 2; ++round) {
+        editor->SetAllowDragDrop(false);
+        editor->SetCaptionStyle(csIdentifier);
+        editor->SetCheckboxes(true);
+        editor->SetLocked(true);
+        editor->SetShowDefaultMapOnly(true);
+    }
+    EXPECT_EQ(told, again.order);
 }
 
 } // namespace
