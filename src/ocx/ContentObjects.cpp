@@ -7,6 +7,7 @@
 
 #include "content/Utility.h"
 #include "ocx/ContentLesson.h"
+#include "ocx/PropertyCollection.h"
 #include "ocx/com/Object.h"
 
 namespace dax {
@@ -24,8 +25,12 @@ public:
 
 IUnknown* CreateUtility(const ClassEntry& entry) { return static_cast<_Utility*>(new UtilityObject(entry)); }
 
+IUnknown* CreatePropertyCollection(const ClassEntry&) { return NewPropertyCollectionObject(NewPropertyCollection()); }
+
 const ClassEntry classes[] = {
     {&CLSID_Utility, &IID__Utility, nullptr, L"Utility", L"DAX content utility", CreateUtility, 0},
+    {&CLSID_PropertyCollection, &IID__PropertyCollection, nullptr, L"PropertyCollection", L"DAX property collection",
+     CreatePropertyCollection, 0},
     {&CLSID_Lesson, &IID__Lesson, nullptr, L"Lesson", L"DAX lesson", CreateLesson, 0},
     {&CLSID_StoryboardMap, &IID__StoryboardMap, nullptr, L"StoryboardMap", L"DAX storyboard map", CreateStoryboardMap,
      0},

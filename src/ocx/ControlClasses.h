@@ -8,5 +8,10 @@ namespace dax {
 IUnknown* CreateConstants(const ClassEntry& entry);
 IUnknown* CreateDatabaseValidator(const ClassEntry& entry);
 IUnknown* CreateSQLDBPicker(const ClassEntry& entry);
+IUnknown* CreateGroupEditor(const ClassEntry& entry);
+IUnknown* CreateLockManager(const ClassEntry& entry);
+IUnknown* CreateLessonInfo(const ClassEntry& entry);
+IUnknown* CreateLockInfo(const ClassEntry& entry);
+IUnknown* CreateLessonMapEditor(const ClassEntry& entry);
 
 } // namespace dax

@@ -3,6 +3,7 @@
 
 #include <initguid.h> // the identifiers of the type library live in this file
 
+#include "ContentObjects.h"
 #include "DAXControls.h"
 
 #include "controls/win32/WindowBase.h"
@@ -17,6 +18,13 @@ const ClassEntry classes[] = {
      L"DAX database validator", CreateDatabaseValidator, 101},
     {&CLSID_SQLDBPicker, &IID__SQLDBPicker, &DIID___SQLDBPicker, L"SQLDBPicker", L"DAX catalog picker",
      CreateSQLDBPicker, 102},
+    {&CLSID_GroupEditor, &IID__GroupEditor, &DIID___GroupEditor, L"GroupEditor", L"DAX hierarchy editor",
+     CreateGroupEditor, 103},
+    {&CLSID_LockManager, &IID__LockManager, &DIID___LockManager, L"LockManager", L"DAX lock list", CreateLockManager,
+     104},
+    {&CLSID_LessonInfo, &IID__LessonInfo, &DIID___LessonInfo, L"LessonInfo", L"DAX lesson panel", CreateLessonInfo,
+     105},
+    {&CLSID_LockInfo, &IID__LockInfo, &DIID___LockInfo, L"LockInfo", L"DAX lock panel", CreateLockInfo, 106},
     {&CLSID_Constants, &IID__Constants, nullptr, L"Constants", L"DAX constants", CreateConstants, 0},
 };
 

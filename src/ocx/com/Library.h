@@ -45,7 +45,8 @@ void Lock();
 void Unlock();
 bool IsUsed();
 
-// From the type library inside the DLL, registered or not. Throws ComError.
+// From the type libraries inside the DLL, registered or not: its own, and one of foreign objects that it hands out.
+// Throws ComError.
 ComPtr<ITypeInfo> TypeInfo(const GUID& guid);
 
 } // namespace Module

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <utility>
 
 namespace dax::Module {
 
@@ -10,7 +11,8 @@ namespace {
 
 std::atomic<long> users;
 std::mutex guard;
-ComPtr<ITypeLib> typeLibrary; // held only while there are users
+// Held only while there are users: the DLL's own, and the one of foreign objects that it hands out.
+ComPtr<ITypeLib> typeLibraries[2];
 const char here = 0;
 
 } // namespace
@@ -38,9 +40,9 @@ void Lock() { ++users; }
 
 void Unlock() {
     if (--users > 0) return;
-    ComPtr<ITypeLib> last;
+    ComPtr<ITypeLib> last[2];
     const std::lock_guard lock(guard);
-    if (users == 0) last = std::move(typeLibrary);
+    if (users == 0) std::swap(last, typeLibraries);
 }
 
 bool IsUsed() {
@@ -50,9 +52,16 @@ bool IsUsed() {
 
 ComPtr<ITypeInfo> TypeInfo(const GUID& guid) {
     const std::lock_guard lock(guard);
-    if (!typeLibrary) Check(LoadTypeLibEx(Path().c_str(), REGKIND_NONE, typeLibrary.Out()));
     ComPtr<ITypeInfo> result;
-    Check(typeLibrary->GetTypeInfoOfGuid(guid, result.Out()));
+    HRESULT found = TYPE_E_ELEMENTNOTFOUND;
+    for (int number : {1, 2}) {
+        ComPtr<ITypeLib>& library = typeLibraries[number - 1];
+        const std::wstring place = number == 1 ? Path() : Path() + L"\\" + std::to_wstring(number); // the resource
+        if (!library) Check(LoadTypeLibEx(place.c_str(), REGKIND_NONE, library.Out()));
+        found = library->GetTypeInfoOfGuid(guid, result.Out());
+        if (found != TYPE_E_ELEMENTNOTFOUND) break;
+    }
+    Check(found);
     return result;
 }
 

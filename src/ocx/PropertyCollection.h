@@ -1,0 +1,14 @@
+// A property collection as an automation object: the class of the content object library, which the controls hand out
+// as well.
+#pragma once
+
+#include "content/PropertyCollection.h"
+
+#include <ole2.h>
+
+namespace dax {
+
+// Answers one reference; null for null. Changes through the object are changes of `properties`.
+IDispatch* NewPropertyCollectionObject(std::shared_ptr<PropertyCollection> properties);
+
+} // namespace dax
