@@ -56,6 +56,11 @@ Variant::Variant(long number) : Variant() {
     value.lVal = number;
 }
 
+Variant::Variant(const Com<IDispatch>& object) : Variant() {
+    value.vt = VT_DISPATCH;
+    value.pdispVal = Com<IDispatch>(object).Detach();
+}
+
 Variant::Variant(const Variant& other) : Variant() { VariantCopy(&value, Mutable(other.value)); }
 
 Variant::Variant(Variant&& other) noexcept : value(other.value) { VariantInit(&other.value); }
@@ -79,6 +84,14 @@ bool Variant::Bool() const {
     return flag.value.boolVal != VARIANT_FALSE;
 }
 
+Com<IDispatch> Variant::Object() const {
+    Variant plain;
+    if (FAILED(VariantCopyInd(plain.Raw(), Mutable(value)))) return {};
+    if (plain.value.vt == VT_DISPATCH) return Com<IDispatch>::Share(plain.value.pdispVal);
+    if (plain.value.vt != VT_UNKNOWN) return {};
+    return Com<IUnknown>::Share(plain.value.punkVal).As<IDispatch>(IID_IDispatch);
+}
+
 std::wstring TextOf(const VARIANT& value) {
     Variant plain;
     if (FAILED(VariantCopyInd(plain.Raw(), Mutable(value)))) return L"?";
@@ -92,10 +105,12 @@ std::wstring TextOf(const VARIANT& value) {
 
 Variant Automation::Get(const wchar_t* name) const { return Invoke(name, DISPATCH_PROPERTYGET, {}); }
 
-void Automation::Set(const wchar_t* name, const Variant& value) const { Invoke(name, DISPATCH_PROPERTYPUT, {value}); }
+void Automation::Set(const wchar_t* name, const Variant& value) const {
+    Invoke(name, value.Raw()->vt == VT_DISPATCH ? DISPATCH_PROPERTYPUTREF : DISPATCH_PROPERTYPUT, {value});
+}
 
 Variant Automation::Call(const wchar_t* name, const std::vector<Variant>& arguments) const {
-    return Invoke(name, DISPATCH_METHOD, arguments);
+    return Invoke(name, DISPATCH_METHOD | DISPATCH_PROPERTYGET, arguments);
 }
 
 Variant Automation::Invoke(const wchar_t* name, WORD kind, const std::vector<Variant>& arguments) const {
@@ -111,14 +126,15 @@ Variant Automation::Invoke(const wchar_t* name, WORD kind, const std::vector<Var
     for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
         backwards.push_back(*argument->Raw());
     DISPID put = DISPID_PROPERTYPUT;
+    const bool puts = kind == DISPATCH_PROPERTYPUT || kind == DISPATCH_PROPERTYPUTREF;
     DISPPARAMS parameters{backwards.data(), nullptr, static_cast<UINT>(backwards.size()), 0};
-    if (kind == DISPATCH_PROPERTYPUT) {
+    if (puts) {
         parameters.rgdispidNamedArgs = &put;
         parameters.cNamedArgs = 1;
     }
     Variant answer;
-    result = object->Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters,
-                            kind == DISPATCH_PROPERTYPUT ? nullptr : answer.Raw(), &info, nullptr);
+    result = object->Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters, puts ? nullptr : answer.Raw(),
+                            &info, nullptr);
     if (FAILED(result)) ThrowFailure(name, result, info);
     return answer;
 }

@@ -32,6 +32,7 @@ public:
     Variant(const wchar_t* text) : Variant(std::wstring(text)) {}
     Variant(bool flag);
     Variant(long number);
+    Variant(const Com<IDispatch>& object);
     Variant(const Variant& other);
     Variant(Variant&& other) noexcept;
     Variant& operator=(Variant other) noexcept;
@@ -41,6 +42,8 @@ public:
     std::wstring Text() const;
     long Long() const;
     bool Bool() const;
+    // Empty when the value is no object or nothing.
+    Com<IDispatch> Object() const;
 
     VARIANT* Raw() { return &value; }
     const VARIANT* Raw() const { return &value; }
@@ -56,16 +59,18 @@ class Automation {
 public:
     Automation() = default;
     explicit Automation(Com<IDispatch> dispatch) : object(std::move(dispatch)) {}
+    explicit operator bool() const { return static_cast<bool>(object); }
 
-    // All throw HostError with the description that the object gave, the member named.
+    // An object is set as a reference. All throw HostError with the description that the object gave, the member named.
     Variant Get(const wchar_t* name) const;
     void Set(const wchar_t* name, const Variant& value) const;
+    // A method, or a property that takes arguments.
     Variant Call(const wchar_t* name, const std::vector<Variant>& arguments = {}) const;
 
     // The member of an enumeration of the object's type library; the bare number when there is none.
     std::wstring EnumName(const wchar_t* enumeration, long number) const;
 
-    IDispatch* Object() const { return object.Get(); }
+    const Com<IDispatch>& Object() const { return object; }
 
 private:
     Variant Invoke(const wchar_t* name, WORD kind, const std::vector<Variant>& arguments) const;

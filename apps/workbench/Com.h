@@ -35,6 +35,8 @@ public:
     }
 
     T* Get() const { return pointer; }
+    // Hands the reference over.
+    T* Detach() { return std::exchange(pointer, nullptr); }
     T* operator->() const { return pointer; }
     explicit operator bool() const { return pointer != nullptr; }
 

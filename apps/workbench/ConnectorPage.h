@@ -11,7 +11,7 @@ public:
     ~ConnectorPage() override;
 
     void Start() override;
-    void Validate() override;
+    void Refresh() override { Validate(); }
     int DefaultButton() const override { return idValidate; }
     std::vector<PageState> States() override;
 
@@ -23,6 +23,7 @@ protected:
     void Command(int id, int notification) override;
 
 private:
+    void Validate();
     struct Detail {
         HWND label;
         HWND value;

@@ -50,7 +50,7 @@ ControlHost::ControlHost(HWND parent, int id, bool tabStop, const ControlLibrary
     if (SUCCEEDED(result) && !dispatch) result = E_NOINTERFACE;
     if (FAILED(result)) {
         DestroyWindow(window);
-        throw HostError(result, library.Advice(name, result));
+        throw HostError(result, library.Advice(L"DAXControls." + name, result));
     }
     control = Automation(dispatch);
     try {
@@ -88,7 +88,7 @@ LRESULT CALLBACK ControlHost::Procedure(HWND window, UINT message, WPARAM wParam
 }
 
 void ControlHost::Activate() {
-    const auto object = Com<IDispatch>::Share(control.Object()).As<IOleObject>(IID_IOleObject);
+    const auto object = control.Object().As<IOleObject>(IID_IOleObject);
     const auto place = object.As<IOleInPlaceObject>(IID_IOleInPlaceObject);
     Com<IOleClientSite> site;
     if (!place || FAILED(object->GetClientSite(site.Out()))) return;
@@ -104,8 +104,7 @@ bool ControlHost::OfferKey(HWND frame, MSG& message) {
     ControlHost* host = nullptr;
     for (HWND one = message.hwnd; one && one != frame && !host; one = GetParent(one)) host = Of(one);
     if (!host) return false;
-    const auto active =
-        Com<IDispatch>::Share(host->control.Object()).As<IOleInPlaceActiveObject>(IID_IOleInPlaceActiveObject);
+    const auto active = host->control.Object().As<IOleInPlaceActiveObject>(IID_IOleInPlaceActiveObject);
     if (active && active->TranslateAccelerator(&message) == S_OK) return true;
     if (message.message != WM_KEYDOWN || message.wParam != VK_TAB || GetKeyState(VK_CONTROL) < 0) return false;
     const HWND next = GetNextDlgTabItem(frame, host->window, GetKeyState(VK_SHIFT) < 0);

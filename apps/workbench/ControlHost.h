@@ -26,6 +26,8 @@ public:
     // Offers a keyboard message to the control that has the focus, as the container does not do it by itself;
     // Tab leaves the control when it has no use for it. True when the message is done with.
     static bool OfferKey(HWND frame, MSG& message);
+    // Whether the window is the container of a control.
+    static bool IsHost(HWND window) { return Of(window) != nullptr; }
 
 private:
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,

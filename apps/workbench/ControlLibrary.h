@@ -1,7 +1,8 @@
-// Where the controls come from: the library beside the program, without any registration, or the registered one.
+// Where the controls and the content objects come from: the libraries beside the program, without any registration,
+// or the registered ones.
 #pragma once
 
-#include "Com.h"
+#include "Automation.h"
 
 #include <string>
 #include <vector>
@@ -10,8 +11,8 @@ namespace dax::workbench {
 
 class ControlLibrary {
 public:
-    // The library beside the program comes first, so that what lies together is used together;
-    // `registeredOnly` leaves it aside.
+    // The libraries beside the program come first, so that what lies together is used together;
+    // `registeredOnly` leaves them aside.
     explicit ControlLibrary(bool registeredOnly);
     ControlLibrary(const ControlLibrary&) = delete;
     ControlLibrary& operator=(const ControlLibrary&) = delete;
@@ -19,22 +20,26 @@ public:
 
     // What the system's container is to be asked for: a class identifier in braces, or the programmatic name.
     std::wstring ClassText(const std::wstring& control) const;
-    // For people: which library is in use.
+    // An object without a window, by its programmatic name ("ContentObjects.Lesson"). Throws HostError with advice.
+    Automation CreateObject(const std::wstring& name) const;
+    // For people: which control library is in use.
     const std::wstring& Origin() const { return origin; }
-    // For people: what to do when a control could not be created with that result.
-    std::wstring Advice(const std::wstring& control, HRESULT result) const;
+    // For people: what to do when the class of that programmatic name could not be created with that result.
+    std::wstring Advice(const std::wstring& name, HRESULT result) const;
 
 private:
-    void TakeLibrary(const std::wstring& path);
-
     struct Class {
-        std::wstring name;
+        std::wstring name; // programmatic
         CLSID id;
         DWORD cookie;
     };
+
+    void TakeLibrary(const std::wstring& path);
+    const Class* Find(const std::wstring& name) const;
+
     std::vector<Class> classes;
     std::wstring origin;
-    std::wstring problem; // why the library beside the program could not be used
+    std::wstring problem; // why a library beside the program could not be used
 };
 
 } // namespace dax::workbench

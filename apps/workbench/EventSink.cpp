@@ -97,6 +97,16 @@ std::wstring ControlEvent::Argument(const wchar_t* wanted) const {
     return {};
 }
 
+void ControlEvent::Answer(const wchar_t* wanted, long value) const {
+    for (const EventArgument& argument : arguments) {
+        if (argument.name != wanted) continue;
+        if (argument.value->vt == (VT_BYREF | VT_I4))
+            *argument.value->plVal = value;
+        else if (argument.value->vt == (VT_BYREF | VT_VARIANT))
+            *argument.value->pvarVal = *Variant(value).Raw();
+    }
+}
+
 std::wstring DescribeArguments(const ControlEvent& event) {
     std::wstring text;
     for (const EventArgument& argument : event.arguments) {

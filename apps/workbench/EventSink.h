@@ -20,6 +20,8 @@ struct ControlEvent {
 
     // The argument's text; empty when there is none of that name.
     std::wstring Argument(const wchar_t* name) const;
+    // Writes to the by-reference argument of that name, if there is one.
+    void Answer(const wchar_t* name, long value) const;
 };
 
 using EventHandler = std::function<void(const ControlEvent&)>;

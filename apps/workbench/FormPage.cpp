@@ -71,6 +71,15 @@ HWND FormPage::AddCheck(int id, const std::wstring& text) {
     return Add(WC_BUTTONW, text, WS_TABSTOP | BS_AUTOCHECKBOX, 0, id);
 }
 
+HWND FormPage::AddChoice(int id, std::initializer_list<const wchar_t*> choices) {
+    const HWND list = Add(WC_COMBOBOXW, L"", WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST, 0, id);
+    for (const wchar_t* choice : choices) SendMessageW(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(choice));
+    SetChoice(id, 0);
+    return list;
+}
+
+void FormPage::AddToolbar(int id, const std::vector<Tool>& buttons) { tools.Create(Handle(), id, buttons); }
+
 HWND FormPage::AddOutput(int id) {
     return Add(WC_STATICW, L"", SS_LEFT | SS_NOPREFIX | SS_CENTERIMAGE | SS_ENDELLIPSIS, 0, id);
 }
@@ -100,6 +109,16 @@ void FormPage::SetHint(int id, const std::wstring& hint) {
 
 bool FormPage::Checked(int id) const { return SendMessageW(Field(id), BM_GETCHECK, 0, 0) == BST_CHECKED; }
 
+void FormPage::SetChecked(int id, bool isChecked) const {
+    SendMessageW(Field(id), BM_SETCHECK, isChecked ? BST_CHECKED : BST_UNCHECKED, 0);
+}
+
+int FormPage::Choice(int id) const { return static_cast<int>(SendMessageW(Field(id), CB_GETCURSEL, 0, 0)); }
+
+void FormPage::SetChoice(int id, int choice) const {
+    SendMessageW(Field(id), CB_SETCURSEL, static_cast<WPARAM>(choice), 0);
+}
+
 void FormPage::ShowResult(const std::wstring& text, Tone tone) {
     resultTone = tone;
     SetField(idResult, text);
@@ -120,7 +139,11 @@ void FormPage::Place(HWND child, int left, int top, int right, int bottom) const
 int FormPage::PlaceRow(HWND label, int id, int top, int labelLeft, int fieldLeft, int right) const {
     const int bottom = top + bench.style.FieldHeight();
     if (label) Place(label, labelLeft, top, fieldLeft - bench.style.Scale(4), bottom);
-    Place(Field(id), fieldLeft, top, right, bottom);
+    wchar_t name[16] = L"";
+    GetClassNameW(Field(id), name, 16);
+    // The height of a drop-down list counts the list.
+    const bool drops = CompareStringOrdinal(name, -1, WC_COMBOBOXW, -1, TRUE) == CSTR_EQUAL;
+    Place(Field(id), fieldLeft, top, right, drops ? bottom + 10 * bench.style.LineHeight() : bottom);
     return bottom + bench.style.Gap();
 }
 
@@ -130,13 +153,26 @@ int FormPage::PlaceButton(int id, int left, int top) const {
     return right + bench.style.Gap();
 }
 
+int FormPage::PlaceCheck(int id, int left, int top) const {
+    const int right = left + bench.style.TextWidth(FieldText(id)) + bench.style.Scale(26);
+    Place(Field(id), left, top, right, top + bench.style.FieldHeight());
+    return right + bench.style.Gap();
+}
+
+int FormPage::PlaceToolbar(int top) const {
+    const int bottom = top + tools.Height() + bench.style.Scale(2);
+    Place(tools.Window(), Left() - bench.style.Scale(4), top, Right(), bottom);
+    return bottom + bench.style.Scale(4);
+}
+
 void FormPage::StyleChanged() {
     for (HWND child = GetWindow(Handle(), GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
         const int id = GetDlgCtrlID(child);
-        if (id == idPanel || id == idPicker) continue; // controls have fonts of their own
+        if (ControlHost::IsHost(child) || child == tools.Window()) continue; // they have fonts of their own
         const HFONT font = id == idHeading ? bench.style.Heading() : bench.style.Plain();
         SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
     }
+    if (tools.Window()) tools.StyleChanged(bench.style);
     ArrangeAll();
     InvalidateRect(Handle(), nullptr, TRUE);
 }
@@ -154,6 +190,24 @@ void FormPage::ArrangeAll() {
     Arrange(bottom + style.Margin(), area.bottom - style.Margin());
     Place(Field(idProblem), Left(), bottom, Right(), area.bottom - style.Margin());
     InvalidateRect(Handle(), nullptr, TRUE);
+}
+
+bool FormPage::HandleKey(const MSG& message) {
+    const bool control = GetKeyState(VK_CONTROL) < 0;
+    const bool alt = message.message == WM_SYSKEYDOWN;
+    for (const Shortcut& shortcut : Shortcuts()) {
+        if (shortcut.key != message.wParam || shortcut.control != control || shortcut.alt != alt) continue;
+        const bool isTool = *tools.Tip(shortcut.command) != 0;
+        if (!problem.empty() || (isTool && !tools.IsEnabled(shortcut.command))) return true;
+        Command(shortcut.command, 0);
+        return true;
+    }
+    return false;
+}
+
+bool FormPage::HasFocus(int id) const {
+    const HWND field = Field(id);
+    return field && (GetFocus() == field || IsChild(field, GetFocus()));
 }
 
 void FormPage::TakeFocus() {
@@ -242,6 +296,12 @@ LRESULT FormPage::On(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_COMMAND:
         Command(LOWORD(wParam), HIWORD(wParam));
         return 0;
+    case WM_NOTIFY: {
+        auto* wanted = reinterpret_cast<NMTTDISPINFOW*>(lParam);
+        if (wanted->hdr.code != TTN_GETDISPINFOW) break;
+        wanted->lpszText = const_cast<wchar_t*>(tools.Tip(static_cast<int>(wanted->hdr.idFrom)));
+        return 0;
+    }
     case WM_SETFOCUS:
         TakeFocus();
         return 0;

@@ -4,11 +4,19 @@
 #include "ControlHost.h"
 #include "Ids.h"
 #include "Page.h"
+#include "Toolbar.h"
 #include "Window.h"
 
 namespace dax::workbench {
 
 enum class Tone { Plain, Good, Bad, Hint };
+
+// A key that stands for a command of the page.
+struct Shortcut {
+    WORD key;
+    bool control, alt;
+    int command;
+};
 
 class FormPage : public Page, protected workbench::Window {
 public:
@@ -17,6 +25,12 @@ public:
     void StyleChanged() override;
     void TakeFocus() override;
     const std::wstring& Problem() const override { return problem; }
+    void Shown() override {}
+    void OpenLesson() override {}
+    std::wstring Keys() const override { return L"F5 Validate"; }
+    bool HandleKey(const MSG& message) override;
+    void KeyReleased() override {}
+    bool MayClose() override { return true; }
 
 protected:
     explicit FormPage(Bench& shared) : bench(shared) {}
@@ -28,12 +42,19 @@ protected:
     // Places everything below `top` (both in pixels, margins taken off by the caller through Left and Right).
     virtual void Arrange(int top, int bottom) = 0;
     virtual void Command(int id, int notification) = 0;
+    virtual std::vector<Shortcut> Shortcuts() const { return {}; }
+    // Does the command when everything that is under way has ended, as within a control's event.
+    void Later(int id) { PostMessageW(Handle(), WM_COMMAND, static_cast<WPARAM>(id), 0); }
+    bool HasFocus(int id) const;
 
     // Fields, in tab order. A label's mnemonic leads to the field that follows.
     HWND AddLabel(const std::wstring& text, int id = idLabelDefault);
     HWND AddEdit(int id, const std::wstring& hint = {});
     HWND AddButton(int id, const std::wstring& text, bool isDefault = false);
     HWND AddCheck(int id, const std::wstring& text);
+    // A drop-down list; the first of the choices is chosen.
+    HWND AddChoice(int id, std::initializer_list<const wchar_t*> choices);
+    void AddToolbar(int id, const std::vector<Tool>& buttons);
     // A text that follows what happens.
     HWND AddOutput(int id);
     // Null, and the problem kept, when the control cannot be created.
@@ -44,6 +65,9 @@ protected:
     void SetField(int id, const std::wstring& text);
     void SetHint(int id, const std::wstring& hint);
     bool Checked(int id) const;
+    void SetChecked(int id, bool isChecked) const;
+    int Choice(int id) const; // counted from 0; -1: none
+    void SetChoice(int id, int choice) const;
     void ShowResult(const std::wstring& text, Tone tone);
 
     // Layout in pixels.
@@ -54,19 +78,22 @@ protected:
     int PlaceRow(HWND label, int id, int top, int labelLeft, int fieldLeft, int right) const;
     // A button at the left edge given; returns the left edge of the next.
     int PlaceButton(int id, int left, int top) const;
+    int PlaceCheck(int id, int left, int top) const; // the same for a check box
+    int PlaceToolbar(int top) const;                 // over the whole width; returns the top of what follows
     void Frame(HWND child) { framed.push_back(child); }
 
     // Runs what a control is asked for: a wait cursor, no second call within it, an error shown as the result.
     void Run(const std::function<void()>& work);
     // A call, noted in the log.
     Variant Call(const ControlHost& host, const std::wstring& control, const wchar_t* method,
-                 const std::vector<Variant>& arguments);
+                 const std::vector<Variant>& arguments = {});
     // Asks for a database file and puts its path into the field.
     bool Browse(int id);
 
     LRESULT On(UINT message, WPARAM wParam, LPARAM lParam) override;
 
     Bench& bench;
+    Toolbar tools;
 
 private:
     static constexpr int idLabelDefault = -1;

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int splitterHeight = 6;
 constexpr int leastLog = 70;
-constexpr int leastPage = 330;
+constexpr int leastPage = 400;
 
 HWND AddChild(HWND parent, const wchar_t* className, const wchar_t* text, DWORD windowStyle, DWORD extended, int id) {
     return CreateWindowExW(extended, className, text, WS_CHILD | WS_VISIBLE | windowStyle, 0, 0, 10, 10, parent,
@@ -28,6 +28,8 @@ Frame::Frame(const Options& given, const ControlLibrary& controls)
     : options(given), library(controls),
       style(DpiOf(nullptr)), bench{options, library, style, log,
                                    [this](const std::wstring& text) { ShowStatus(text); }} {
+    bench.openLesson = [this] { OpenLesson(); };
+    bench.ask = [this](const std::wstring& text, UINT flags) { return Ask(text, flags); };
     for (const PageEntry& entry : PageTable()) pages.push_back({&entry, nullptr});
 }
 
@@ -42,7 +44,7 @@ bool Frame::Create(bool visible) {
                   place))
         return false;
     style.SetDpi(DpiOf(Handle()));
-    SetWindowPos(Handle(), nullptr, 0, 0, style.Scale(940), style.Scale(720),
+    SetWindowPos(Handle(), nullptr, 0, 0, style.Scale(1060), style.Scale(800),
                  SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
     if (!Build() || !Show(0)) return false;
     if (visible) {
@@ -88,12 +90,10 @@ void Frame::Arrange() {
     GetClientRect(Handle(), &area);
     GetWindowRect(status, &bar);
     const int bottom = area.bottom - (bar.bottom - bar.top);
-    int parts[] = {
-        std::max<int>(area.right - style.TextWidth(L"F5 Validate    Ctrl+Tab Next page    Esc Pages") - style.Scale(48),
-                      style.Scale(100)),
-        -1};
+    const std::wstring keys = Keys();
+    int parts[] = {std::max<int>(area.right - style.TextWidth(keys) - style.Scale(48), style.Scale(100)), -1};
     SendMessageW(status, SB_SETPARTS, 2, reinterpret_cast<LPARAM>(parts));
-    SendMessageW(status, SB_SETTEXTW, 1, reinterpret_cast<LPARAM>(L"F5 Validate    Ctrl+Tab Next page    Esc Pages"));
+    SendMessageW(status, SB_SETTEXTW, 1, reinterpret_cast<LPARAM>(keys.c_str()));
 
     int listWidth = style.Scale(140);
     for (const Shown& one : pages) listWidth = std::max(listWidth, style.TextWidth(one.entry->title) + style.Scale(36));
@@ -134,7 +134,34 @@ bool Frame::Show(size_t index) {
     Arrange();
     ShowWindow(shown.page->Window(), SW_SHOWNA);
     if (first) shown.page->Start();
+    shown.page->Shown();
     if (focused) shown.page->TakeFocus();
+    return true;
+}
+
+std::wstring Frame::Keys() const {
+    return (Current() ? Current()->Keys() + L"    " : L"") + L"Ctrl+Tab Next page    Esc Pages";
+}
+
+void Frame::OpenLesson() {
+    for (size_t i = 0; i < pages.size(); ++i) {
+        if (!pages[i].entry->showsLessons || !Show(i)) continue;
+        Current()->OpenLesson();
+        return;
+    }
+}
+
+int Frame::Ask(const std::wstring& text, UINT flags) const {
+    if (options.shots.empty()) return MessageBoxW(Handle(), text.c_str(), L"DAXWorkbench", flags);
+    const UINT kind = flags & MB_TYPEMASK;
+    return kind == MB_ABORTRETRYIGNORE ? IDABORT : kind == MB_YESNO ? IDNO : kind == MB_OK ? IDOK : IDCANCEL;
+}
+
+bool Frame::MayClose() {
+    for (size_t i = 0; i < pages.size(); ++i) {
+        if (!pages[i].page) continue;
+        if (!pages[i].page->MayClose()) return false;
+    }
     return true;
 }
 
@@ -151,7 +178,13 @@ int Frame::Run() {
 }
 
 void Frame::HandleMessage(MSG& message) {
-    // The control that has the focus comes first, then the program's keys, then those of dialogs.
+    Deliver(message);
+    if (message.message == WM_KEYUP && Handle() && Current() && IsChild(Current()->Window(), message.hwnd))
+        Current()->KeyReleased();
+}
+
+// The control that has the focus comes first, then the program's keys, then those of dialogs.
+void Frame::Deliver(MSG& message) {
     if (Handle() && IsChild(Handle(), message.hwnd) && (ControlHost::OfferKey(Handle(), message) || HandleKey(message)))
         return;
     if (Handle() && IsDialogMessageW(Handle(), &message)) return;
@@ -160,10 +193,12 @@ void Frame::HandleMessage(MSG& message) {
 }
 
 bool Frame::HandleKey(const MSG& message) {
+    if (message.message != WM_KEYDOWN && message.message != WM_SYSKEYDOWN) return false;
+    if (Current()->HandleKey(message)) return true;
     if (message.message != WM_KEYDOWN) return false;
     const bool control = GetKeyState(VK_CONTROL) < 0;
     if (message.wParam == VK_F5 && !control) {
-        Current()->Validate();
+        Current()->Refresh();
         return true;
     }
     if (control && (message.wParam == VK_TAB || message.wParam == VK_NEXT || message.wParam == VK_PRIOR)) {
@@ -184,24 +219,32 @@ void Frame::DispatchPending() {
 }
 
 int Frame::TakePictures(const std::wstring& folder) {
+    int code = 0;
     try {
         if (!CreateDirectoryW(folder.c_str(), nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
             throw HostError(E_FAIL, folder + L": " + DescribeResult(HRESULT_FROM_WIN32(GetLastError())));
         for (size_t i = 0; i < pages.size(); ++i) {
             if (!Show(i)) throw HostError(E_FAIL, L"A page's window cannot be created.");
-            if (!Current()->Problem().empty()) throw HostError(E_FAIL, Current()->Problem());
+            const std::wstring path = folder + L"\\" + pages[i].entry->fileName + L"-";
+            if (!Current()->Problem().empty()) {
+                DispatchPending();
+                SavePicture(Handle(), path + L"problem.png");
+                Say(L"DAXWorkbench: " + Current()->Problem() + L"\n", true);
+                code = 1;
+                continue;
+            }
             Current()->TakeFocus();
             for (const PageState& state : Current()->States()) {
                 state.enter();
                 DispatchPending();
-                SavePicture(Handle(), folder + L"\\" + pages[i].entry->fileName + L"-" + state.name + L".png");
+                SavePicture(Handle(), path + state.name + L".png");
             }
         }
     } catch (const HostError& error) {
         Say(L"DAXWorkbench: " + error.Text() + L"\n", true);
         return 1;
     }
-    return 0;
+    return code;
 }
 
 void Frame::Command(int id, int notification) {
@@ -271,7 +314,7 @@ LRESULT Frame::On(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     case WM_GETMINMAXINFO: {
         auto* limits = reinterpret_cast<MINMAXINFO*>(lParam);
-        limits->ptMinTrackSize = {style.Scale(720), style.Scale(560)};
+        limits->ptMinTrackSize = {style.Scale(760), style.Scale(600)};
         return 0;
     }
     case 0x02E0: // WM_DPICHANGED, which older headers lack
@@ -326,7 +369,7 @@ LRESULT Frame::On(UINT message, WPARAM wParam, LPARAM lParam) {
         dragging = false;
         return 0;
     case WM_CLOSE:
-        if (bench.busy) return 0; // a control is at work further up the stack
+        if (bench.busy || !MayClose()) return 0; // busy: a control is at work further up the stack
         DestroyWindow(Handle());
         return 0;
     case WM_DESTROY:

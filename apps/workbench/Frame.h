@@ -29,10 +29,15 @@ private:
     void Arrange();
     void ChangeStyle(int dpi, const RECT& place);
     bool Show(size_t index);
+    void OpenLesson();
+    int Ask(const std::wstring& text, UINT flags) const;
+    bool MayClose();
+    std::wstring Keys() const;
     void Step(int direction);
     Page* Current() const { return pages[current].page.get(); }
     bool HandleKey(const MSG& message);
     void HandleMessage(MSG& message);
+    void Deliver(MSG& message);
     void DispatchPending();
     void Command(int id, int notification);
     int DefaultButton() const;

@@ -33,7 +33,57 @@ enum Ids : int {
     idEnabled,
     idResult,
     idProblem,
-    idLabel, // texts that nobody asks for by number
+    idToolbar,
+    idTitle,
+    idIdentifier,
+    idType,
+    idUpdate,
+    idLocked,
+    idDragDrop,
+    idShowIdentifier,
+    idCounts,
+
+    // The controls of the hierarchy, of the locks and of the lesson map.
+    idTree = 250,
+    idLessonInfo,
+    idLockInfo,
+    idSingleExpand,
+    idLocks,
+    idDisplay,
+    idAdministrator,
+    idSession,
+    idEntry,
+    idDelete,
+    idMap,
+    idSearch,
+    idFind,
+    idWrap,
+    idExact,
+    idCheckboxes,
+    idDefaultMapOnly,
+    idByIdentifier,
+
+    // Tools.
+    idSave = 300,
+    idAddGroup,
+    idAddLesson,
+    idAddStoryboard,
+    idRemove,
+    idUp, // the movements, in the order of their numbers
+    idDown,
+    idIndent,
+    idOutdent,
+    idNextMap,
+    idPreviousMap,
+    idExpandAll,
+    idCollapseAll,
+    idFreeze,
+    idCheckAll,
+    idUncheckAll,
+    idOpen,
+    idRename,
+
+    idLabel = 399, // texts that nobody asks for by number
 };
 
 } // namespace dax::workbench

@@ -1,6 +1,7 @@
 // One page of the workbench: the place of one control, or of a few that belong together.
 #pragma once
 
+#include "Automation.h"
 #include "CommandLine.h"
 #include "ControlLibrary.h"
 #include "EventLog.h"
@@ -13,6 +14,15 @@
 
 namespace dax::workbench {
 
+// The entry that is selected on the hierarchy page; the pages of locks and of the lesson map go by it.
+struct Selection {
+    std::wstring source; // the file or connection string, as people typed it
+    std::wstring lessonID;
+    std::wstring title;
+    bool isLesson = false;
+    Automation editor; // the hierarchy's control; empty before anything was loaded
+};
+
 // What all pages share.
 struct Bench {
     const Options& options;
@@ -22,6 +32,12 @@ struct Bench {
     std::function<void(const std::wstring&)> showStatus;
     // Set while a control works: a control may let messages through, and a second call must not start within it.
     bool busy = false;
+    Selection selection = {};
+    // Shows the lesson map of the selected lesson.
+    std::function<void()> openLesson = [] {};
+    // A question in a message box with these flags; the number of the answer. Nobody is asked while pictures are
+    // taken: the answer is then the box's way out.
+    std::function<int(const std::wstring& text, UINT flags)> ask = {};
 };
 
 // A state worth a picture.
@@ -40,8 +56,20 @@ public:
     virtual void StyleChanged() = 0;
     // Fills the fields from the command line and does what it asks for; once, after Create.
     virtual void Start() = 0;
+    // Each time that the page comes to the front.
+    virtual void Shown() = 0;
+    // Shows the lesson that is selected; a page that shows no lessons does nothing.
+    virtual void OpenLesson() = 0;
     // F5.
-    virtual void Validate() = 0;
+    virtual void Refresh() = 0;
+    // The keys of the page, for the status bar.
+    virtual std::wstring Keys() const = 0;
+    // A key that is the page's own; true when it is done with.
+    virtual bool HandleKey(const MSG& message) = 0;
+    // After a key was released somewhere on the page.
+    virtual void KeyReleased() = 0;
+    // Before the program ends: false when there is something to be saved first.
+    virtual bool MayClose() = 0;
     // The button that Enter means; 0 when there is none.
     virtual int DefaultButton() const = 0;
     virtual void TakeFocus() = 0;
@@ -55,6 +83,7 @@ struct PageEntry {
     const wchar_t* title;    // in the list, with a mnemonic's worth of brevity
     const wchar_t* fileName; // of its pictures
     std::unique_ptr<Page> (*make)(Bench& bench);
+    bool showsLessons = false; // the page that opens a lesson
 };
 const std::vector<PageEntry>& PageTable();
 

@@ -1,14 +1,27 @@
 #include "ConnectorPage.h"
+#include "HierarchyPage.h"
+#include "LessonMapPage.h"
+#include "LocksPage.h"
 #include "ValidatorPage.h"
 
 namespace dax::workbench {
 
+namespace {
+
+template <class One>
+std::unique_ptr<Page> Make(Bench& bench) {
+    return std::make_unique<One>(bench);
+}
+
+} // namespace
+
 const std::vector<PageEntry>& PageTable() {
     static const std::vector<PageEntry> table = {
-        {L"Validator", L"validator",
-         [](Bench& bench) -> std::unique_ptr<Page> { return std::make_unique<ValidatorPage>(bench); }},
-        {L"Connector and picker", L"connector",
-         [](Bench& bench) -> std::unique_ptr<Page> { return std::make_unique<ConnectorPage>(bench); }},
+        {L"Validator", L"validator", Make<ValidatorPage>},
+        {L"Connector and picker", L"connector", Make<ConnectorPage>},
+        {L"Hierarchy", L"hierarchy", Make<HierarchyPage>},
+        {L"Lesson map", L"lessonmap", Make<LessonMapPage>, true},
+        {L"Locks", L"locks", Make<LocksPage>},
     };
     return table;
 }

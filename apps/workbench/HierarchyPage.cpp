@@ -1,0 +1,357 @@
+#include "HierarchyPage.h"
+
+#include "Input.h"
+
+#include <algorithm>
+
+namespace dax::workbench {
+
+namespace {
+
+constexpr wchar_t editorName[] = L"GroupEditor";
+constexpr wchar_t lessonInfoName[] = L"LessonInfo";
+constexpr wchar_t lockInfoName[] = L"LockInfo";
+constexpr long typeDatabase = -2, typeGroup = 0, typeLesson = 1;
+
+std::wstring Quoted(const std::wstring& text) { return L"\u201C" + text + L"\u201D"; }
+
+} // namespace
+
+HierarchyPage::~HierarchyPage() {
+    bench.selection = {};
+    lockInfo.reset();
+    lessonInfo.reset();
+    editor.reset();
+    Destroy();
+}
+
+std::wstring HierarchyPage::Explanation() const {
+    return L"GroupEditor shows and edits the tree; LessonInfo and LockInfo tell of the selected entry. A double click "
+           L"opens a lesson's map.";
+}
+
+void HierarchyPage::Build() {
+    connectionLabel = AddLabel(L"File or &connection:");
+    AddEdit(idConnection, L"A database file, or a connection string");
+    AddButton(idBrowse, L"&Browse\u2026");
+    AddButton(idLoad, L"&Load", true);
+    AddToolbar(idToolbar,
+               {{idSave, Icon::Save, L"Save the changes in one transaction (Ctrl+S)", L"Save"},
+                {},
+                {idAddGroup, Icon::AddGroup, L"Add a group after the selected entry (Ctrl+G)", L"Group"},
+                {idAddLesson, Icon::AddLesson, L"Add a lesson after the selected entry (Ctrl+L)", L"Lesson"},
+                {idRemove, Icon::Remove, L"Remove the selected entry (Del)"},
+                {},
+                {idUp, Icon::Up, L"Move up (Alt+Up)"},
+                {idDown, Icon::Down, L"Move down (Alt+Down)"},
+                {idOutdent, Icon::Outdent, L"One level out (Alt+Left)"},
+                {idIndent, Icon::Indent, L"One level in (Alt+Right)"},
+                {},
+                {idExpandAll, Icon::ExpandAll, L"Expand all (Ctrl+E)"},
+                {idCollapseAll, Icon::CollapseAll, L"Collapse all (Ctrl+W)"},
+                {},
+                {idFreeze, Icon::Freeze, L"Lock the display: it shows no change (Ctrl+D)", L"Lock display", true}});
+    editor = AddControl(idTree, true, editorName, [this](const ControlEvent& event) { Heard(event); });
+    if (editor) Frame(editor->Window());
+    titleLabel = AddLabel(L"&Title:");
+    AddEdit(idTitle);
+    identifierLabel = AddLabel(L"&Identifier:");
+    AddEdit(idIdentifier);
+    typeLabel = AddLabel(L"&Kind:");
+    AddChoice(idType, {L"Group", L"Lesson", L"Other"});
+    AddButton(idUpdate, L"&Update");
+    lessonInfo = AddControl(idLessonInfo, false, lessonInfoName, {});
+    if (lessonInfo) Frame(lessonInfo->Window());
+    lockInfo = AddControl(idLockInfo, false, lockInfoName, [this](const ControlEvent& event) {
+        ShowResult(L"LockInfo: " + event.Argument(L"Description"), Tone::Bad);
+    });
+    if (lockInfo) Frame(lockInfo->Window());
+    AddCheck(idDragDrop, L"&Drag and drop");
+    AddCheck(idLocked, L"L&ocked");
+    AddCheck(idSingleExpand, L"Si&ngle expand");
+    AddCheck(idShowIdentifier, L"Panel shows &identifier");
+    AddOutput(idResult);
+    for (int id : {idDragDrop, idShowIdentifier}) SetChecked(id, true);
+    if (lessonInfo && lockInfo && editor)
+        EnableTools();
+    else
+        editor.reset(); // the page shows why, and does nothing
+}
+
+void HierarchyPage::Arrange(int top, int bottom) {
+    const Style& style = bench.style;
+    const int fieldLeft = Left() + style.TextWidth(L"File or connection:") + style.Scale(12);
+    const int load = Right() - style.ButtonWidth(FieldText(idLoad));
+    const int browse = load - style.Gap() - style.ButtonWidth(FieldText(idBrowse));
+    Place(Field(idLoad), load, top - style.Scale(1), Right(), top + style.ButtonHeight() - style.Scale(1));
+    Place(Field(idBrowse), browse, top - style.Scale(1), load - style.Gap(),
+          top + style.ButtonHeight() - style.Scale(1));
+    int y = PlaceRow(connectionLabel, idConnection, top, Left(), fieldLeft, browse - style.Gap());
+    y = PlaceToolbar(y);
+
+    const int resultTop = bottom - style.FieldHeight();
+    Place(Field(idResult), Left(), resultTop, Right(), bottom);
+    const int checks = resultTop - style.FieldHeight();
+    int x = PlaceCheck(idDragDrop, Left(), checks);
+    x = PlaceCheck(idLocked, x, checks);
+    x = PlaceCheck(idSingleExpand, x, checks);
+    PlaceCheck(idShowIdentifier, x, checks);
+    const int below = std::max(checks - style.Gap(), y);
+
+    const int width = Right() - Left();
+    const int middle = Right() - std::clamp(width * 2 / 5, style.Scale(200), style.Scale(360));
+    if (editor) Place(editor->Window(), Left() + 1, y + 1, middle - style.Margin(), below - 1);
+    const int entryLeft = middle + style.TextWidth(L"Identifier:") + style.Scale(12);
+    int right = PlaceRow(titleLabel, idTitle, y, middle, entryLeft, Right());
+    right = PlaceRow(identifierLabel, idIdentifier, right, middle, entryLeft, Right());
+    const int update = Right() - style.ButtonWidth(FieldText(idUpdate));
+    Place(Field(idUpdate), update, right - style.Scale(1), Right(), right + style.ButtonHeight() - style.Scale(1));
+    right = PlaceRow(typeLabel, idType, right, middle, entryLeft, update - style.Gap());
+    // A lock panel has four lines and a gap; the other panel takes what is left.
+    const int locks = std::max(below - 5 * style.LineHeight() - style.Scale(8), right);
+    if (lessonInfo) Place(lessonInfo->Window(), middle + 1, right + 1, Right() - 1, locks - style.Gap() - 1);
+    if (lockInfo) Place(lockInfo->Window(), middle + 1, locks + 1, Right() - 1, below - 1);
+}
+
+std::vector<Shortcut> HierarchyPage::Shortcuts() const {
+    return {{'S', true, false, idSave},        {'G', true, false, idAddGroup},    {'L', true, false, idAddLesson},
+            {'E', true, false, idExpandAll},   {'W', true, false, idCollapseAll}, {'D', true, false, idFreeze},
+            {VK_UP, false, true, idUp},        {VK_DOWN, false, true, idDown},    {VK_LEFT, false, true, idOutdent},
+            {VK_RIGHT, false, true, idIndent}, {VK_F2, false, false, idRename},   {VK_RETURN, true, false, idOpen}};
+}
+
+int HierarchyPage::DefaultButton() const {
+    if (HasFocus(idTree)) return 0; // Enter is the control's
+    return HasFocus(idTitle) || HasFocus(idIdentifier) || HasFocus(idType) ? idUpdate : idLoad;
+}
+
+void HierarchyPage::Command(int id, int notification) {
+    if (id == idBrowse && Browse(idConnection)) Load();
+    if (id == idLoad) Load();
+    if (id == idSave) Save();
+    if (id == idAddGroup || id == idAddLesson) Add(id == idAddGroup);
+    if (id == idUpdate) Update();
+    if (id == idRemove) Remove();
+    if (id >= idUp && id <= idOutdent) Move(id);
+    if (id == idExpandAll || id == idCollapseAll || id == idFreeze) Display(id);
+    if (id == idOpen && bench.selection.isLesson && !bench.busy) bench.openLesson();
+    if (id == idRename && IsWindowEnabled(Field(idTitle))) {
+        SetFocus(Field(idTitle));
+        SendMessageW(Field(idTitle), EM_SETSEL, 0, -1);
+    }
+    const bool isOption = id == idDragDrop || id == idLocked || id == idSingleExpand || id == idShowIdentifier;
+    if (isOption && notification == BN_CLICKED) SetOption(id);
+}
+
+// What asks the user or shows another page waits until the control has finished its event.
+void HierarchyPage::Heard(const ControlEvent& event) {
+    if (event.name == L"AfterSelectionChange") ShowSelection();
+    if (event.name == L"DataChanged") {
+        isChanged = true;
+        ShowSelection();
+    }
+    if (event.name == L"DeleteRequest") Later(idRemove);
+    if (event.name == L"DblClick") Later(idOpen);
+    if (event.name == L"Error") failure = event.Argument(L"Description");
+}
+
+void HierarchyPage::Start() {
+    SetField(idConnection, bench.options.file);
+    if (!bench.options.file.empty() && bench.options.shots.empty()) Load();
+}
+
+bool HierarchyPage::MayLose(const std::wstring& question) {
+    if (!isChanged || !bench.options.shots.empty()) return true;
+    const int answer = bench.ask(question, MB_YESNOCANCEL | MB_ICONQUESTION);
+    return answer == IDNO || (answer == IDYES && Save());
+}
+
+bool HierarchyPage::MayClose() { return MayLose(L"Save the changes of the hierarchy?"); }
+
+void HierarchyPage::Load() {
+    if (!editor || bench.busy || !MayLose(L"Save the changes of the hierarchy before it is loaded again?")) return;
+    Run([this] {
+        ShowResult(L"Loading\u2026", Tone::Plain);
+        failure.clear();
+        const std::wstring source = Trim(FieldText(idConnection));
+        const std::wstring catalog = CatalogOf(source);
+        bench.selection = {source, {}, {}, false, Editor()};
+        Editor().Set(L"ConnectionString", ConnectionFor(source));
+        Editor().Set(L"DatabaseTitle", catalog.empty() ? L"velmora database" : catalog);
+        const bool isLoaded = Call(*editor, editorName, L"LoadDatabase").Bool();
+        isChanged = false;
+        ShowSelection();
+        const long entries = std::max(Editor().Get(L"NodeCount").Long() - 1, 0L);
+        if (isLoaded)
+            ShowResult(std::to_wstring(entries) + (entries == 1 ? L" entry loaded." : L" entries loaded."), Tone::Good);
+        else
+            ShowResult(L"Not loaded: " + failure, Tone::Bad);
+    });
+}
+
+bool HierarchyPage::Save() {
+    if (!editor || !isChanged) return true;
+    bool isSaved = false;
+    Run([&] {
+        failure.clear();
+        isSaved = Call(*editor, editorName, L"SaveDatabase").Bool();
+        if (isSaved) isChanged = false;
+        ShowResult(isSaved ? L"Saved." : L"Nothing was saved: " + failure, isSaved ? Tone::Good : Tone::Bad);
+        EnableTools();
+    });
+    return isSaved;
+}
+
+void HierarchyPage::Edit(const std::function<void()>& work) {
+    if (!editor) return;
+    Run([&] {
+        work();
+        ShowSelection();
+    });
+}
+
+void HierarchyPage::Add(bool isGroup) {
+    Edit([&] {
+        const Automation utility = bench.library.CreateObject(L"ContentObjects.Utility");
+        Call(*editor, editorName, L"AddLesson",
+             {utility.Call(L"NewIdentifier"), isGroup ? L"New group" : L"New lesson", L"",
+              isGroup ? typeGroup : typeLesson});
+        ShowResult(isGroup ? L"A group was added; F2 leads to its title."
+                           : L"A lesson was added; F2 leads to its title.",
+                   Tone::Plain);
+    });
+}
+
+void HierarchyPage::Update() {
+    Edit([&] {
+        Call(*editor, editorName, L"UpdateLesson",
+             {CurrentID(), FieldText(idTitle), FieldText(idIdentifier), static_cast<long>(Choice(idType))});
+        ShowResult(L"Updated; not yet saved.", Tone::Plain);
+    });
+}
+
+void HierarchyPage::Remove() {
+    if (!editor || bench.busy || CurrentID().empty()) return;
+    const std::wstring title = Editor().Call(L"GetLessonTitle", {CurrentID()}).Text();
+    const long below = Editor().Call(L"GetChildLessonCount", {CurrentID()}).Long();
+    bool withChildren = true;
+    if (below == 0) {
+        if (bench.ask(L"Remove " + Quoted(title) + L"?", MB_YESNO | MB_ICONQUESTION) != IDYES) return;
+    } else {
+        const int answer =
+            bench.ask(L"Remove all that is in " + Quoted(title) + L", too (" + std::to_wstring(below) +
+                          (below == 1 ? L" entry" : L" entries") + L")?\n\nNo keeps it, one level higher.",
+                      MB_YESNOCANCEL | MB_ICONQUESTION);
+        if (answer != IDYES && answer != IDNO) return;
+        withChildren = answer == IDYES;
+    }
+    Edit([&] {
+        Call(*editor, editorName, L"RemoveLesson", {CurrentID(), withChildren});
+        ShowResult(L"Removed; not yet saved.", Tone::Plain);
+    });
+}
+
+void HierarchyPage::Move(int tool) {
+    Edit([&] { Call(*editor, editorName, L"MoveCurrent", {static_cast<long>(tool - idUp + 1)}); });
+}
+
+void HierarchyPage::Display(int tool) {
+    Edit([&] {
+        if (tool == idExpandAll) Call(*editor, editorName, L"ExpandAll");
+        if (tool == idCollapseAll) Call(*editor, editorName, L"CollapseAll");
+        if (tool != idFreeze) return;
+        isFrozen = !isFrozen;
+        tools.Press(idFreeze, isFrozen);
+        Call(*editor, editorName, isFrozen ? L"LockDisplay" : L"UnlockDisplay");
+    });
+}
+
+void HierarchyPage::SetOption(int id) {
+    Edit([&] {
+        if (id == idDragDrop) Editor().Set(L"AllowDragDrop", Checked(id));
+        if (id == idLocked) Editor().Set(L"Locked", Checked(id));
+        if (id == idSingleExpand) Editor().Set(L"SingleExpand", Checked(id));
+        if (id == idShowIdentifier) lessonInfo->Control().Set(L"ShowIdentifier", Checked(id));
+    });
+}
+
+std::wstring HierarchyPage::CurrentID() const { return Editor().Get(L"CurrentLessonID").Text(); }
+
+void HierarchyPage::ShowSelection() {
+    const std::wstring id = CurrentID();
+    const long type = Editor().Call(L"GetLessonType", {id}).Long();
+    const bool isEntry = !id.empty();
+    bench.selection.lessonID = id;
+    bench.selection.title = Editor().Call(L"GetLessonTitle", {id}).Text();
+    bench.selection.isLesson = isEntry && type == typeLesson;
+    SetField(idTitle, isEntry ? bench.selection.title : L"");
+    SetField(idIdentifier, Editor().Call(L"GetLessonIdentifier", {id}).Text());
+    SetChoice(idType, !isEntry ? -1 : type == typeGroup || type == typeLesson ? static_cast<int>(type) : 2);
+    ShowPanels();
+    EnableTools();
+}
+
+// A panel that cannot show the entry must not keep the other one from it.
+void HierarchyPage::ShowPanels() {
+    const bool isEmpty = Editor().Get(L"NodeCount").Long() == 0;
+    const Variant shown(isEmpty ? Com<IDispatch>() : Editor().Object());
+    for (const auto& [panel, name] :
+         {std::pair(lessonInfo.get(), lessonInfoName), std::pair(lockInfo.get(), lockInfoName)}) {
+        try {
+            panel->Control().Call(L"UpdateFrom", {shown});
+        } catch (const HostError& error) {
+            bench.log.AddCall(name, L"UpdateFrom", L"failed: " + error.Text());
+        }
+    }
+}
+
+void HierarchyPage::EnableTools() {
+    const bool isThere = Editor().Get(L"NodeCount").Long() > 0;
+    const bool isEntry = isThere && !CurrentID().empty();
+    for (int id : {idTitle, idIdentifier, idType, idUpdate}) EnableWindow(Field(id), isEntry);
+    for (int id : {idAddGroup, idAddLesson, idExpandAll, idCollapseAll, idFreeze}) tools.Enable(id, isThere);
+    tools.Enable(idRemove, isEntry);
+    tools.Enable(idSave, isChanged);
+    for (int id = idUp; id <= idOutdent; ++id)
+        tools.Enable(id, isThere && Editor().Call(L"CanMoveCurrent", {static_cast<long>(id - idUp + 1)}).Bool());
+}
+
+// By its place in the tree, counted from 1.
+void HierarchyPage::SelectEntry(long place) {
+    const Automation all(Editor().Call(L"GetChildLessonIDCollection", {L""}).Object());
+    if (place <= all.Get(L"Count").Long()) Editor().Set(L"CurrentLessonID", all.Call(L"Item", {place}));
+}
+
+std::vector<PageState> HierarchyPage::States() {
+    std::vector<PageState> states = {{L"empty", [] {}}};
+    const std::wstring file = bench.options.file;
+    if (file.empty()) return states;
+    states.push_back({L"database", [this] { Load(); }});
+    states.push_back({L"lesson", [this] {
+                          Display(idExpandAll);
+                          SelectEntry(3);
+                      }});
+    states.push_back({L"group", [this] { SelectEntry(2); }});
+    states.push_back({L"edited", [this] {
+                          SelectEntry(3);
+                          Add(false);
+                          Move(idDown);
+                          SetField(idTitle, L"A lesson of today \u2013 \u65B0\u3057\u3044");
+                          SetField(idIdentifier, L"NEW-1");
+                          Update();
+                      }});
+    if (!IsFile(file)) return states;
+    states.push_back({L"error", [this, file] {
+                          SetField(idConnection, file + L".missing");
+                          Load();
+                      }});
+    states.push_back({L"again", [this, file] {
+                          SetField(idConnection, file);
+                          Load();
+                          Display(idExpandAll);
+                          SelectEntry(3);
+                      }});
+    return states;
+}
+
+} // namespace dax::workbench

@@ -1,0 +1,64 @@
+// Shows and edits the maps of one lesson, which the hierarchy page opens.
+#pragma once
+
+#include "FormPage.h"
+
+namespace dax::workbench {
+
+class LessonMapPage final : public FormPage {
+public:
+    explicit LessonMapPage(Bench& shared) : FormPage(shared) {}
+    ~LessonMapPage() override;
+
+    void Start() override {}
+    void OpenLesson() override;
+    void Refresh() override;
+    std::wstring Keys() const override { return L"F5 Refresh    F3 Find next    Alt+Arrows Move    Del Remove"; }
+    int DefaultButton() const override;
+    bool MayClose() override;
+    std::vector<PageState> States() override;
+
+protected:
+    std::wstring Heading() const override { return L"Edit the maps of a lesson"; }
+    std::wstring Explanation() const override;
+    void Build() override;
+    void Arrange(int top, int bottom) override;
+    void Command(int id, int notification) override;
+    std::vector<Shortcut> Shortcuts() const override;
+
+private:
+    // Where the shown lesson comes from.
+    struct Opened {
+        std::wstring connection, lessonID, title;
+        Automation lesson; // empty: none is open
+    };
+
+    void Heard(const ControlEvent& event);
+    void Edit(const std::function<void()>& work);
+    bool Save();
+    bool MayLose(const std::wstring& question);
+    void Add();
+    void Update();
+    void Remove();
+    void Move(int tool);
+    void Display(int tool);
+    void Find();
+    void SetOption(int id);
+    void ShowMenu();
+    void ShowSelection();
+    void ShowCounts();
+    void EnableTools();
+    void SelectPage(long place) const;
+    void SelectType(const std::wstring& type);
+    Automation Current() const;
+
+    const Automation& Editor() const { return editor->Control(); }
+
+    std::vector<HWND> labels;
+    std::unique_ptr<ControlHost> editor;
+    Opened opened;
+    bool isChanged = false;
+    bool isFrozen = false;
+};
+
+} // namespace dax::workbench

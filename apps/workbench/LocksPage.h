@@ -1,0 +1,46 @@
+// Lists the locks of a content database and deletes those that the user may delete.
+#pragma once
+
+#include "FormPage.h"
+
+namespace dax::workbench {
+
+class LocksPage final : public FormPage {
+public:
+    explicit LocksPage(Bench& shared) : FormPage(shared) {}
+    ~LocksPage() override;
+
+    void Start() override;
+    void Shown() override;
+    void Refresh() override { List(false); }
+    std::wstring Keys() const override { return L"F5 Refresh    Del Delete"; }
+    int DefaultButton() const override { return HasFocus(idLocks) ? 0 : idLoad; }
+    void KeyReleased() override;
+    std::vector<PageState> States() override;
+
+protected:
+    std::wstring Heading() const override { return L"See who holds which locks, and clear them"; }
+    std::wstring Explanation() const override;
+    void Build() override;
+    void Arrange(int top, int bottom) override;
+    void Command(int id, int notification) override;
+
+private:
+    void Heard(const ControlEvent& event);
+    // Hands the fields to the control; its locks are read, and its columns made anew if wanted.
+    void List(bool rebuild);
+    void Apply() const;
+    void Delete();
+    void ShowCounts();
+    void SelectRows(int count) const;
+    const Automation& Manager() const { return manager->Control(); }
+
+    HWND connectionLabel = nullptr;
+    HWND displayLabel = nullptr;
+    HWND userLabel = nullptr;
+    HWND entryLabel = nullptr;
+    std::unique_ptr<ControlHost> manager;
+    bool hasFailed = false; // since the last time that the locks were read
+};
+
+} // namespace dax::workbench

@@ -1,0 +1,13 @@
+// The pictures of the toolbars.
+#pragma once
+
+#include "Toolbar.h"
+
+#include <commctrl.h>
+
+namespace dax::workbench {
+
+// One picture for each Icon, in their order. The caller destroys the list.
+HIMAGELIST CreateToolbarIcons(int size, bool isEnabled);
+
+} // namespace dax::workbench
