@@ -25,6 +25,8 @@ const ClassEntry classes[] = {
     {&CLSID_LessonInfo, &IID__LessonInfo, &DIID___LessonInfo, L"LessonInfo", L"DAX lesson panel", CreateLessonInfo,
      105},
     {&CLSID_LockInfo, &IID__LockInfo, &DIID___LockInfo, L"LockInfo", L"DAX lock panel", CreateLockInfo, 106},
+    {&CLSID_LessonMapEditor, &IID__LessonMapEditor, &DIID___LessonMapEditor, L"LessonMapEditor", L"DAX lesson map",
+     CreateLessonMapEditor, 107},
     {&CLSID_Constants, &IID__Constants, nullptr, L"Constants", L"DAX constants", CreateConstants, 0},
 };
 

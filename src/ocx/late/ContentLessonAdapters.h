@@ -49,7 +49,7 @@ private:
 struct LessonSupport {
     std::shared_ptr<NodeObjects> nodeObjects;
     // A new map object of our own library, for a map that the core has made.
-    std::function<ComPtr<IDispatch>(const StoryboardMap&)> makeMap;
+    std::function<ComPtr<IDispatch>(StoryboardMap&)> makeMap;
 };
 
 class HostStoryboards : public Storyboards, public HostObject {

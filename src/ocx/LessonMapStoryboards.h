@@ -1,0 +1,16 @@
+// Storyboards of a lesson, as they were when they were asked for, as an automation collection.
+#pragma once
+
+#include "DAXControls.h"
+
+#include "content/Storyboard.h"
+
+#include <memory>
+#include <vector>
+
+namespace dax {
+
+// Answers one reference.
+_StoryboardCollection* NewStoryboardCollection(std::vector<std::shared_ptr<Storyboard>> storyboards);
+
+} // namespace dax
