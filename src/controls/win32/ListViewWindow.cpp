@@ -167,6 +167,23 @@ void ListViewWindow::FillDisplay(LVITEMW& item) const {
     item.pszText[shown.size()] = 0;
 }
 
+// Whoever types letters looks for a row by the beginning of its first cell. -1: there is none.
+LRESULT ListViewWindow::FindRow(const NMLVFINDITEMW& find) const {
+    if (!(find.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL)) || !find.lvfi.psz) return -1;
+    const Text wanted = FromWide(find.lvfi.psz);
+    const size_t count = model->Items().size();
+    const size_t start = find.iStart < 0 ? 0 : static_cast<size_t>(find.iStart);
+    for (size_t step = 0; step < count; ++step) {
+        const size_t row = (start + step) % count;
+        const Text& cell = model->Cell(row, 0);
+        const int length = static_cast<int>(std::min(cell.size(), wanted.size()));
+        if (cell.size() >= wanted.size() && CompareStringW(LOCALE_USER_DEFAULT, NORM_IGNORECASE, Wide(cell), length,
+                                                           Wide(wanted), length) == CSTR_EQUAL)
+            return static_cast<LRESULT>(row);
+    }
+    return -1;
+}
+
 void ListViewWindow::ReadSelection() {
     std::vector<bool> isSelected(model->Items().size());
     for (LRESULT item = -1;
@@ -177,6 +194,8 @@ void ListViewWindow::ReadSelection() {
 }
 
 LRESULT ListViewWindow::HandleNotification(const NMHDR& header) {
+    if (header.code == HDN_ENDTRACKW) isWidthShared = false; // of the list's header
+    if (header.hwndFrom != handle) return 0;
     switch (header.code) {
     case LVN_GETDISPINFOW:
         FillDisplay(reinterpret_cast<NMLVDISPINFOW*>(const_cast<NMHDR*>(&header))->item);
@@ -204,9 +223,8 @@ LRESULT ListViewWindow::HandleNotification(const NMHDR& header) {
         ReadSelection();
         Click.Raise();
         return 0;
-    case HDN_ENDTRACKW:
-        isWidthShared = false;
-        return 0;
+    case LVN_ODFINDITEMW:
+        return FindRow(reinterpret_cast<const NMLVFINDITEMW&>(header));
     default:
         return 0;
     }

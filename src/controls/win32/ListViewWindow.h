@@ -42,6 +42,7 @@ private:
     void AutosizeColumns() override;
 
     void FillDisplay(LVITEMW& item) const;
+    LRESULT FindRow(const NMLVFINDITEMW& find) const;
     void ReadSelection();
     void ShareWidth();
 

@@ -13,6 +13,7 @@ namespace dax {
 namespace {
 
 constexpr UINT destroyLater = WM_APP + 0x3D1;
+constexpr UINT retryDelay = 20; // milliseconds
 constexpr UINT_PTR focusSubclass = 1;
 constexpr wchar_t hiddenParentClass[] = L"DAXHiddenParent";
 std::atomic<long> liveCount = 0;
@@ -28,6 +29,14 @@ public:
 private:
     std::shared_ptr<int> depth;
 };
+
+void CALLBACK DestroyWhenIdle(HWND window, UINT, UINT_PTR pending, DWORD) {
+    auto* const depth = reinterpret_cast<std::shared_ptr<int>*>(pending);
+    if (**depth > 0) return;
+    KillTimer(window, pending);
+    delete depth;
+    DestroyWindow(window);
+}
 
 // A module that is loaded again finds its former classes, with procedures that no longer exist: they are replaced.
 // While windows of a class exist the system refuses to remove it, and it is the right one.
@@ -57,7 +66,7 @@ WindowBase::~WindowBase() {
         if (*depth > 0) {
             ShowWindow(handle, SW_HIDE);
             SetParent(handle, HWND_MESSAGE);
-            PostMessageW(handle, destroyLater, 0, 0);
+            PostMessageW(handle, destroyLater, reinterpret_cast<WPARAM>(new std::shared_ptr<int>(depth)), 0);
         } else {
             DestroyWindow(handle);
         }
@@ -163,7 +172,10 @@ LRESULT CALLBACK WindowBase::Procedure(HWND window, UINT message, WPARAM wParam,
             return 0;
         }
     } else if (message == destroyLater) {
-        DestroyWindow(window);
+        // In a message loop inside one of the control's messages (the tree's own, or a message box of the host) the
+        // system is still at work on the window: tried again until it has done.
+        const auto pending = static_cast<UINT_PTR>(wParam);
+        if (SetTimer(window, pending, retryDelay, DestroyWhenIdle)) DestroyWhenIdle(window, WM_TIMER, pending, 0);
         return 0;
     }
     return DefWindowProcW(window, message, wParam, lParam);

@@ -23,16 +23,24 @@ Node* NextInBranch(const Node& node, const Node* top) {
 
 } // namespace
 
-// No painting and no echo meanwhile.
+// No echo meanwhile, and no opening and closing of the tree's own as the selection moves.
 class TreeItems::Mirroring {
 public:
-    explicit Mirroring(TreeItems& items) : owner(items) { ++owner.mirroring; }
-    ~Mirroring() { --owner.mirroring; }
+    explicit Mirroring(TreeItems& items) : owner(items) {
+        if (owner.mirroring++ > 0) return;
+        style = GetWindowLongW(owner.window, GWL_STYLE);
+        if (style & SingleExpand) SetWindowLongW(owner.window, GWL_STYLE, style & ~SingleExpand);
+    }
+    ~Mirroring() {
+        if (--owner.mirroring == 0 && style & SingleExpand) SetWindowLongW(owner.window, GWL_STYLE, style);
+    }
     Mirroring(const Mirroring&) = delete;
     Mirroring& operator=(const Mirroring&) = delete;
 
 private:
+    static constexpr LONG SingleExpand = TVS_SINGLEEXPAND;
     TreeItems& owner;
+    LONG style = 0;
 };
 
 void TreeItems::Bind(HWND newWindow) {
@@ -115,6 +123,8 @@ void TreeItems::UpdateStarted() {
 void TreeItems::UpdateEnded() {
     if (isStale) Rebuild();
     isUpdating = false;
+    // Items that went or closed took the selection elsewhere, and the model may have come back to the former one.
+    SelectionMoved();
     SendMessageW(window, WM_SETREDRAW, TRUE, 0);
     InvalidateRect(window, nullptr, TRUE);
 }
@@ -132,9 +142,14 @@ void TreeItems::NodeAdded(Node& node) {
     if (GoesStale()) return;
     const Mirroring guard(*this);
     InsertItem(node, node.Previous() ? ItemOf(*node.Previous()) : TVI_FIRST);
-    Node* const parent = node.Parent();
-    if (parent && parent->IsExpanded() && parent->FirstChild() == parent->LastChild())
-        SendMessageW(window, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(ItemOf(*parent)));
+    ShowFirstChild(node.Parent());
+}
+
+// An item without children can neither open nor close, and may still be what it was when it last had some.
+void TreeItems::ShowFirstChild(const Node* parent) {
+    if (!parent || parent->FirstChild() != parent->LastChild()) return;
+    SendMessageW(window, TVM_EXPAND, parent->IsExpanded() ? TVE_EXPAND : TVE_COLLAPSE,
+                 reinterpret_cast<LPARAM>(ItemOf(*parent)));
 }
 
 void TreeItems::RemoveItem(Node& node) {
@@ -161,9 +176,7 @@ void TreeItems::NodeMoved(Node& node) {
     RemoveItem(node);
     InsertItem(node, node.Previous() ? ItemOf(*node.Previous()) : TVI_FIRST);
     InsertBranch(&node);
-    Node* const parent = node.Parent();
-    if (parent && parent->IsExpanded() && parent->FirstChild() == parent->LastChild())
-        SendMessageW(window, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(ItemOf(*parent)));
+    ShowFirstChild(node.Parent());
     SelectionMoved();
     if (isUpdating) return;
     SendMessageW(window, WM_SETREDRAW, TRUE, 0);
@@ -202,10 +215,13 @@ void TreeItems::NodeChanged(Node& node, NodeAspect aspect) {
 }
 
 void TreeItems::SelectionMoved() {
-    if (isStale) return;
-    const Mirroring guard(*this);
+    // The window would open the way to what is selected only for a while.
+    if (isStale || isUpdating) return;
     const Node* const selected = tree.Selected();
-    SendMessageW(window, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(selected ? ItemOf(*selected) : nullptr));
+    const auto item = reinterpret_cast<LPARAM>(selected ? ItemOf(*selected) : nullptr);
+    if (SendMessageW(window, TVM_GETNEXTITEM, TVGN_CARET, 0) == item) return;
+    const Mirroring guard(*this);
+    SendMessageW(window, TVM_SELECTITEM, TVGN_CARET, item);
 }
 
 void TreeItems::ShowCheck(const Node& node) {

@@ -45,6 +45,7 @@ private:
     void InsertItem(Node& node, HTREEITEM after);
     void InsertBranch(Node* top); // the items of the branch below `top` (null: of the whole tree), top not included
     void ShowExpansion(Node* top);
+    void ShowFirstChild(const Node* parent);
     void Rebuild();
     bool GoesStale(); // one more change in this update; true once it is cheaper to begin anew at its end
     void RemoveItem(Node& node);

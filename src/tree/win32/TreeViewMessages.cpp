@@ -132,6 +132,7 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
     case WM_GETDLGCODE:
         return DLGC_WANTARROWS | DLGC_WANTCHARS;
     case WM_LBUTTONDOWN:
+        isPressed = true;
         MouseDown.Raise(MouseButton::Left, PointOf(lParam));
         return {};
     case WM_RBUTTONDOWN: {
@@ -139,12 +140,16 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
         MouseDown.Raise(MouseButton::Right, PointOf(lParam));
         return wasDragging ? std::optional<LRESULT>(0) : std::nullopt;
     }
-    case WM_MOUSEMOVE:
-        if (!dragImage) return {};
-        MouseMove.Raise(wParam & MK_LBUTTON ? MouseButton::Left : MouseButton::None, PointOf(lParam));
-        return 0;
+    case WM_MOUSEMOVE: {
+        // Before a drag too: the tree's own idea of when one begins may be an earlier one.
+        const bool wasDragging = dragImage != nullptr, isHeld = wParam & MK_LBUTTON;
+        if (!wasDragging && !(isPressed && isHeld)) return {};
+        MouseMove.Raise(isHeld ? MouseButton::Left : MouseButton::None, PointOf(lParam));
+        return wasDragging ? std::optional<LRESULT>(0) : std::nullopt;
+    }
     case WM_LBUTTONUP: {
         const bool wasDragging = dragImage != nullptr;
+        isPressed = false;
         MouseUp.Raise(MouseButton::Left, PointOf(lParam));
         return wasDragging ? std::optional<LRESULT>(0) : std::nullopt;
     }
@@ -168,6 +173,9 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
             return {};
         Timer.Raise(static_cast<TreeTimer>(wParam - FirstTreeTimer));
         return 0;
+    case WM_DESTROY:
+        if (hasCheckBoxes) DropBoxes();
+        return {};
     case WM_SETFOCUS:
     case WM_KILLFOCUS:
         InvalidateRect(handle, nullptr, FALSE);
@@ -178,6 +186,8 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
 }
 
 void TreeViewWindow::After(UINT message, LPARAM lParam) {
+    // The tree may have waited for the button's coming up itself.
+    if (message == WM_LBUTTONDOWN && GetKeyState(VK_LBUTTON) >= 0) isPressed = false;
     if (message == WM_PAINT) {
         DrawInsertMark();
     } else if (hasCheckBoxes && (message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK)) {

@@ -34,7 +34,10 @@ void SetStyle(HWND window, UINT bit, bool on) {
 TreeViewWindow::TreeViewWindow(NodeTree& model) : tree(model), items(model) {}
 
 TreeViewWindow::~TreeViewWindow() {
-    if (handle) RemoveWindowSubclass(handle, Procedure, SubclassId);
+    if (handle) {
+        RemoveWindowSubclass(handle, Procedure, SubclassId);
+        if (hasCheckBoxes) DropBoxes();
+    }
     HandleGone();
 }
 
@@ -89,12 +92,16 @@ void TreeViewWindow::SetCheckBoxes(bool on) {
     if (!handle) return;
     SetStyle(handle, CheckStyle, on);
     if (!on) {
-        // The system neither takes its boxes back nor frees their pictures.
-        const auto boxes = reinterpret_cast<HIMAGELIST>(SendMessageW(handle, TVM_SETIMAGELIST, TVSIL_STATE, 0));
-        if (boxes) ImageList_Destroy(boxes);
+        DropBoxes();
         SetStyle(handle, CheckStyle, on);
     }
     items.ShowAllChecks();
+}
+
+// The system neither takes its boxes back nor frees their pictures.
+void TreeViewWindow::DropBoxes() {
+    const auto boxes = reinterpret_cast<HIMAGELIST>(SendMessageW(handle, TVM_SETIMAGELIST, TVSIL_STATE, 0));
+    if (boxes) ImageList_Destroy(boxes);
 }
 
 void TreeViewWindow::SetSingleExpand(bool on) {
@@ -166,18 +173,17 @@ void TreeViewWindow::DrawInsertMark() const {
 }
 
 void TreeViewWindow::SetDropHighlight(Node* node) {
-    if (!handle) return;
-    const HTREEITEM item = node ? TreeItems::ItemOf(*node) : nullptr;
-    if (item == highlighted) return;
-    SendMessageW(handle, TVM_SELECTITEM, TVGN_DROPHILITE, reinterpret_cast<LPARAM>(item));
-    if (highlighted && !item && items.NodeOf(highlighted)) { // not every system clears it by selecting nothing
+    if (!handle || node == highlighted) return;
+    const Node* const former = std::exchange(highlighted, node);
+    SendMessageW(handle, TVM_SELECTITEM, TVGN_DROPHILITE,
+                 reinterpret_cast<LPARAM>(node ? TreeItems::ItemOf(*node) : nullptr));
+    if (former && former->windowItem) { // not every system clears it by selecting another, or nothing
         TVITEMW state{};
         state.mask = TVIF_HANDLE | TVIF_STATE;
-        state.hItem = highlighted;
+        state.hItem = TreeItems::ItemOf(*former);
         state.stateMask = TVIS_DROPHILITED;
         SendMessageW(handle, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&state));
     }
-    highlighted = item;
     UpdateWindow(handle);
 }
 
@@ -233,6 +239,7 @@ void TreeViewWindow::FreezeDisplay(bool frozen) {
     if (frozen) {
         capture = WindowCapture(handle);
         ShowWindow(handle, SW_HIDE);
+        UpdateWindow(GetParent(handle)); // nobody may look at the messages before the tree is back
         return;
     }
     capture = {};

@@ -63,7 +63,7 @@ public:
     Event<Point, bool> Click; // point, whether Ctrl is down
     Event<Point, bool> DblClick;
     Event<Node&> Expanded, Collapsed; // by the user; the model knows already
-    Event<> DragLost;       // the mouse was taken away in the middle of a drag
+    Event<> DragLost;                 // the mouse was taken away in the middle of a drag
     Event<TreeTimer> Timer;
 
 private:
@@ -76,6 +76,7 @@ private:
     void ItemExpanded(const NMTREEVIEWW& change);
     void SelectionChanged(const NMTREEVIEWW& change);
     LRESULT SingleExpand(const NMTREEVIEWW& change);
+    void DropBoxes();
     void DrawInsertMark() const;
     void InvalidateMark();
 
@@ -86,7 +87,8 @@ private:
     bool hasCheckBoxes = false, isSingleExpand = false;
     Node* markNode = nullptr;
     bool isMarkAfter = false;
-    HTREEITEM highlighted = nullptr;
+    Node* highlighted = nullptr;
+    bool isPressed = false; // the left button went down here and has not come up
     std::unique_ptr<DragImage> dragImage;
     WindowCapture capture;
     std::shared_ptr<bool> alive = std::make_shared<bool>(true);

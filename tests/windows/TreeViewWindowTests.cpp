@@ -1,0 +1,318 @@
+// The real tree window: whatever is done to the model or by the user, both show the same.
+#include "tree/LMESubclasser.h"
+#include "tree/win32/TreeViewWindow.h"
+
+#include "windows/Hand.h"
+#include "windows/TreeWindowRows.h"
+#include "windows/WindowCounts.h"
+
+#include <random>
+
+namespace dax::test {
+
+namespace {
+
+constexpr UINT_PTR HostSubclass = 7;
+
+// A tree window with the wiring that its components give it, in a window that hands on its notifications.
+struct TreeHost {
+    explicit TreeHost(bool hasCheckBoxes = false)
+        : window(CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 10, 10, 500, 400, nullptr,
+                                 nullptr, nullptr, nullptr)) {
+        SetWindowSubclass(window, Procedure, HostSubclass, reinterpret_cast<DWORD_PTR>(this));
+        view->SetCheckBoxes(hasCheckBoxes);
+        view->Create(window);
+        view->Fit(400, 300);
+        subclasser.RegisterWindows(&tree, view.get());
+        subclasser.SetActive(true);
+        subclasser.CheckStateChanged().Add([this] { ++checkChanges; });
+        view->Click.Add([this](Point point, bool ctrl) { subclasser.OnClick(point, ctrl); });
+        view->DblClick.Add([this](Point point, bool ctrl) { subclasser.OnDblClick(point, ctrl); });
+        view->KeyDown.Add([this](int key) { subclasser.OnKeyDown(key); });
+        view->Timer.Add([this](TreeTimer timer) { subclasser.OnTimer(timer); });
+    }
+    ~TreeHost() {
+        subclasser.RegisterWindows(nullptr, nullptr);
+        view.reset();
+        DestroyWindow(window);
+    }
+    TreeHost(const TreeHost&) = delete;
+    TreeHost& operator=(const TreeHost&) = delete;
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
+                                      DWORD_PTR host) {
+        const auto view = reinterpret_cast<TreeHost*>(host)->view;
+        if (message == WM_NOTIFY && view) return view->HandleNotification(*reinterpret_cast<const NMHDR*>(lParam));
+        return DefSubclassProc(window, message, wParam, lParam);
+    }
+    HWND Window() const { return view->Handle(); }
+    Node& At(TextView key) const { return *tree.Find(key); }
+
+    NodeTree tree;
+    std::shared_ptr<TreeViewWindow> view = std::make_shared<TreeViewWindow>(tree);
+    LMESubclasser subclasser;
+    HWND window;
+    int checkChanges = 0;
+};
+
+// root(a(b c(d e)) f(g h) i), all open.
+void FillSample(NodeTree& tree) {
+    const TreeUpdate update(tree);
+    const std::pair<const char16_t*, const char16_t*> entries[] = {
+        {u"root", u""}, {u"a", u"root"}, {u"b", u"a"}, {u"c", u"a"}, {u"d", u"c"},
+        {u"e", u"c"},   {u"f", u"root"}, {u"g", u"f"}, {u"h", u"f"}, {u"i", u"root"}};
+    for (const auto& [key, parent] : entries) tree.Add(tree.Find(parent), Place::LastChild, key, key);
+    modTVW::SetAllExpanded(tree, true);
+}
+
+std::string Checked(const NodeTree& tree) {
+    std::string keys;
+    for (const Node* node = tree.First(); node; node = modTVW::GetNextNode(node))
+        if (node->IsChecked()) keys += ToUtf8(node->Key());
+    return keys;
+}
+
+class RandomEdits {
+public:
+    RandomEdits(NodeTree& edited, unsigned seed) : tree(edited), random(seed) {}
+    void Step() {
+        switch (Pick(14)) {
+        case 0: {
+            const TreeUpdate update(tree);
+            // Sometimes so many that the window is filled anew at the end.
+            for (size_t count = Pick(4) ? 12 : 250; count > 0; --count)
+                Single(tree.Count() > 60 ? 2 + Pick(5) : Pick(7));
+            return;
+        }
+        case 1:
+            return modTVW::SetAllExpanded(tree, Pick(2) == 0);
+        case 2:
+            return Pick(6) ? modTVW::ExpandSubtree(Any()) : tree.Clear();
+        default:
+            return Single(Pick(9));
+        }
+    }
+
+private:
+    size_t Pick(size_t count) { return random() % count; }
+    Node* Any() {
+        if (tree.IsEmpty()) return nullptr;
+        Node* node = tree.FirstInCollection();
+        for (size_t step = Pick(static_cast<size_t>(tree.Count())); step > 0; --step) node = node->NextInCollection();
+        return node;
+    }
+    void Single(size_t action) {
+        static constexpr Place places[] = {Place::Before, Place::After, Place::FirstChild, Place::LastChild};
+        Node* const node = Any();
+        const Place place = places[Pick(4)];
+        if (!node || action <= 1) {
+            const Text key = ToText(++last);
+            tree.Add(node, place, key, key, static_cast<int>(Pick(5)));
+        } else if (action == 2) {
+            if (Pick(3) == 0 || tree.Count() > 60) tree.Remove(*node);
+        } else if (action == 3) {
+            Node* const relative = Any();
+            if (!modTVW::IsInBranch(relative, node)) tree.Move(*node, relative, place);
+        } else if (action == 4) {
+            tree.Select(Pick(8) ? node : nullptr);
+        } else if (action == 5) {
+            node->SetExpanded(!node->IsExpanded());
+        } else if (action == 6) {
+            node->SetChecked(!node->IsChecked());
+        } else if (action == 7) {
+            node->SetCaption(node->Caption() + u"'");
+        } else {
+            node->SetImage(static_cast<int>(Pick(5)));
+        }
+    }
+
+    NodeTree& tree;
+    std::mt19937 random;
+    int last = 0;
+};
+
+} // namespace
+
+TEST(TreeViewWindow, MirrorsEveryChangeOfTheModel) {
+    for (const bool hasChecks : {false, true})
+        for (unsigned seed = 1; seed <= 3; ++seed) {
+            SCOPED_TRACE(testing::Message() << "seed " << seed << (hasChecks ? " with boxes" : ""));
+            TreeHost host(hasChecks);
+            RandomEdits edits(host.tree, seed);
+            for (int step = 0; step < 80 && !testing::Test::HasFailure(); ++step) {
+                SCOPED_TRACE(step);
+                edits.Step();
+                EXPECT_MIRROR(host.Window(), host.tree, hasChecks);
+                if (step % 50 == 7) host.view->SetSingleExpand(step % 100 == 7);
+                if (step % 20 == 3) ProcessPendingMessages(); // painting
+            }
+        }
+}
+
+TEST(TreeViewWindow, FollowsWhatTheUserDoes) {
+    // The same with random keys and clicks: the window leads, the model follows.
+    for (const bool isSingle : {false, true}) {
+        SCOPED_TRACE(isSingle);
+        TreeHost host;
+        FillSample(host.tree);
+        host.view->SetSingleExpand(isSingle);
+        SetFocus(host.Window());
+        Hand hand(host.window);
+        std::mt19937 random(5);
+        static constexpr WORD keys[] = {VK_UP,  VK_DOWN,  VK_LEFT, VK_RIGHT, VK_HOME,     VK_END,
+                                        VK_ADD, VK_PRIOR, VK_NEXT, VK_BACK,  VK_SUBTRACT, VK_DOWN};
+        for (int step = 0; step < 80 && !testing::Test::HasFailure(); ++step) {
+            SCOPED_TRACE(step);
+            if (const size_t choice = random() % 16; choice < std::size(keys)) {
+                hand.Do([&](Hand& user) { user.Type(keys[choice]); });
+            } else {
+                Node* node = host.tree.First();
+                for (auto count = random() % 8; count > 0 && modTreeviewAPI::NextVisible(*node); --count)
+                    node = modTreeviewAPI::NextVisible(*node);
+                const RowPart part = choice % 2 && node->FirstChild() ? RowPart::Button : RowPart::Label;
+                const POINT point = PointOf(host.Window(), *node, part);
+                hand.Do([&](Hand& user) { choice == 14 ? user.DoubleClick(point) : user.Click(point); });
+                if (part == RowPart::Label) {
+                    EXPECT_EQ(host.tree.Selected(), node);
+                }
+            }
+            EXPECT_MIRROR(host.Window(), host.tree, false);
+        }
+    }
+}
+
+TEST(TreeViewWindow, SingleExpansionKeepsOneBranchOpen) {
+    TreeHost host;
+    FillSample(host.tree);
+    modTVW::SetAllExpanded(host.tree, false);
+    host.At(u"root").SetExpanded(true);
+    host.view->SetSingleExpand(true);
+    Hand hand(host.window);
+    const auto click = [&](TextView key) {
+        const POINT point = PointOf(host.Window(), host.At(key), RowPart::Label);
+        hand.Do([&](Hand& user) { user.Click(point); });
+        EXPECT_MIRROR(host.Window(), host.tree, false);
+        std::string open;
+        for (const Text& each : modTVW::GetExpandedKeys(host.tree)) open += ToUtf8(each) + " ";
+        return open;
+    };
+    EXPECT_EQ(click(u"a"), "root a ");
+    EXPECT_EQ(click(u"c"), "root a c ");
+    EXPECT_EQ(click(u"e"), "root a c ");
+    EXPECT_EQ(click(u"f"), "root f ");
+    EXPECT_EQ(click(u"h"), "root f ");
+    EXPECT_EQ(click(u"i"), "root ");
+}
+
+TEST(TreeViewWindow, ShowsCaptionsOfAnyLength) {
+    TreeHost host;
+    Node& node = host.tree.Add(nullptr, Place::LastChild, u"n");
+    const Text pair = u"\U0001F600";
+    int before = 0;
+    for (const size_t length : {0, 1, 5, 100, 258, 259, 260, 5000, 1'000'000}) {
+        SCOPED_TRACE(length);
+        node.SetCaption(Text(length, u'w'));
+        EXPECT_MIRROR(host.Window(), host.tree, false);
+        const RECT label = ItemPlace(host.Window(), ItemOf(&node), true);
+        EXPECT_GE(label.right - label.left, before);
+        before = label.right - label.left;
+        ProcessPendingMessages();
+    }
+    EXPECT_GT(before, 259 * 4);
+    node.SetCaption(Text(258, u'w') + pair); // a character is shown whole or not at all
+    EXPECT_EQ(WindowRows(host.Window()), Rows{std::string(258, 'w') + "#0"});
+    node.SetCaption(u"line\r\nbreak & mark\t");
+    EXPECT_MIRROR(host.Window(), host.tree, false);
+}
+
+TEST(TreeViewWindow, BoxesAreTickedByBranchOneByOneAndByTheTopRow) {
+    struct Case {
+        const char* what;
+        std::function<void(Hand&, POINT box, POINT label)> act;
+        const char* checked;
+    };
+    const auto ctrl = [](Hand& hand, const auto& act) {
+        hand.KeyDown(VK_CONTROL);
+        act();
+        hand.KeyUp(VK_CONTROL);
+    };
+    // On "c" of root(a(b c(d e)) f(g h) i); "i" is selected.
+    const Case cases[] = {
+        {"click", [](Hand& hand, POINT box, POINT) { hand.Click(box); }, "cde"},
+        {"click again", [](Hand& hand, POINT box, POINT) { hand.Click(box); }, ""},
+        {"Ctrl+click", [&](Hand& hand, POINT box, POINT) { ctrl(hand, [&] { hand.Click(box); }); }, "c"},
+        {"click on a ticked one", [](Hand& hand, POINT box, POINT) { hand.Click(box); }, ""},
+        {"click on the label", [](Hand& hand, POINT, POINT label) { hand.Click(label); }, ""},
+        {"Space: the top row's branch", [](Hand& hand, POINT, POINT) { hand.Type(VK_SPACE); }, "rootabcdefghi"},
+        {"click in it", [](Hand& hand, POINT box, POINT) { hand.Click(box); }, "rootabfghi"},
+        {"Space again", [](Hand& hand, POINT, POINT) { hand.Type(VK_SPACE); }, ""},
+        {"double click on the label", [](Hand& hand, POINT, POINT label) { hand.DoubleClick(label); }, "cde"},
+        {"Ctrl and double click on the label",
+         [&](Hand& hand, POINT, POINT label) { ctrl(hand, [&] { hand.DoubleClick(label); }); }, "cde"},
+        {"double click on the box: there and back", [](Hand& hand, POINT box, POINT) { hand.DoubleClick(box); }, "cde"},
+        {"Ctrl and double click on the box",
+         [&](Hand& hand, POINT box, POINT) { ctrl(hand, [&] { hand.DoubleClick(box); }); }, "cde"},
+    };
+    TreeHost host(true);
+    FillSample(host.tree);
+    host.tree.Select(&host.At(u"i"));
+    SetFocus(host.Window());
+    Hand hand(host.window);
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.what);
+        host.At(u"c").SetExpanded(true); // a double click folds it
+        const POINT box = PointOf(host.Window(), host.At(u"c"), RowPart::Box);
+        const POINT label = PointOf(host.Window(), host.At(u"c"), RowPart::Label);
+        hand.Do([&](Hand& user) { each.act(user, box, label); });
+        EXPECT_EQ(Checked(host.tree), each.checked);
+        EXPECT_MIRROR(host.Window(), host.tree, true);
+    }
+    hand.Do([&](Hand& user) { user.Until([&] { return host.checkChanges > 0; }); });
+}
+
+TEST(TreeViewWindow, SpaceMeansTheTopVisibleRowWhicheverIsSelected) {
+    TreeHost host(true);
+    const int count = 100;
+    for (int n = 0; n < count; ++n) {
+        host.tree.Add(nullptr, Place::LastChild, ToText(n), ToText(n));
+        host.tree.Add(host.tree.Last(), Place::LastChild, ToText(n + count), ToText(n + count));
+    }
+    SetFocus(host.Window());
+    Hand hand(host.window);
+    host.tree.Select(host.tree.Last());
+    const HTREEITEM top = NextItem(host.Window(), TVGN_FIRSTVISIBLE);
+    ASSERT_NE(top, ItemOf(host.tree.First()));
+    for (const int expected : {2, 0}) {
+        hand.Do([](Hand& user) { user.Type(VK_SPACE); });
+        EXPECT_EQ(modTreeviewAPI::CountChecked(host.tree), expected);
+        EXPECT_MIRROR(host.Window(), host.tree, true);
+    }
+    hand.Do([](Hand& user) { user.Type(VK_SPACE); });
+    for (const Node* node = host.tree.First(); node; node = node->Next())
+        EXPECT_EQ(node->IsChecked(), ItemOf(node) == top);
+}
+
+TEST(TreeViewWindow, BoxesComeAndGoAndTheWindowMayGoBeforeItsModel) {
+    const auto cycle = [] {
+        TreeHost host;
+        FillSample(host.tree);
+        for (const bool on : {true, false, true, false}) {
+            host.view->SetCheckBoxes(on);
+            modTreeviewAPI::SetSubtreeCheck(host.At(u"a"), on);
+            EXPECT_MIRROR(host.Window(), host.tree, on);
+        }
+        DestroyWindow(host.Window());
+        EXPECT_EQ(host.Window(), nullptr);
+        host.tree.Remove(host.At(u"a"));
+        host.view->SetCheckBoxes(true);
+        EXPECT_EQ(host.view->HitTest({5, 5}).node, nullptr);
+        host.view->Create(host.window);
+        EXPECT_MIRROR(host.Window(), host.tree, true);
+    };
+    for (int count = 0; count < 3; ++count) cycle();
+    const int windows = WindowCount(), objects = GdiObjectCount();
+    for (int count = 0; count < 25; ++count) cycle();
+    EXPECT_EQ(WindowCount(), windows);
+    EXPECT_EQ(GdiObjectCount(), objects);
+}
+
+} // namespace dax::test
