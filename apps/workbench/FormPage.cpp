@@ -94,7 +94,7 @@ std::unique_ptr<ControlHost> FormPage::AddControl(int id, bool tabStop, const st
                                                   });
         return host;
     } catch (const HostError& error) {
-        if (problem.empty()) problem = error.Text();
+        Refuse(error.Text());
         return nullptr;
     }
 }
@@ -217,7 +217,7 @@ void FormPage::TakeFocus() {
 }
 
 void FormPage::Run(const std::function<void()>& work) {
-    if (bench.busy) return;
+    if (bench.busy || !problem.empty()) return;
     bench.busy = true;
     const HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
     try {
@@ -233,7 +233,10 @@ Variant FormPage::Call(const ControlHost& host, const std::wstring& control, con
                        const std::vector<Variant>& arguments) {
     try {
         const Variant answer = host.Control().Call(method, arguments);
-        bench.log.AddCall(control, method, answer.Raw()->vt == VT_EMPTY ? L"done" : L"returned " + answer.Text());
+        bench.log.AddCall(control, method,
+                          answer.Raw()->vt == VT_EMPTY  ? L"done"
+                          : answer.Raw()->vt == VT_BSTR ? L"returned \"" + answer.Text() + L"\""
+                                                        : L"returned " + answer.Text());
         return answer;
     } catch (const HostError& error) {
         bench.log.AddCall(control, method, L"failed: " + error.Text());
@@ -259,10 +262,13 @@ bool FormPage::Browse(int id) {
 }
 
 void FormPage::PaintFrames(HDC dc) const {
-    for (HWND child : framed) {
+    for (const auto& [child, space] : framed) {
         RECT area;
         GetWindowRect(child, &area);
         MapWindowPoints(nullptr, Handle(), reinterpret_cast<POINT*>(&area), 2);
+        const int margin = bench.style.Scale(space);
+        InflateRect(&area, margin, margin);
+        if (margin > 0) FillRect(dc, &area, GetSysColorBrush(COLOR_WINDOW));
         InflateRect(&area, 1, 1);
         FrameRect(dc, &area, GetSysColorBrush(COLOR_BTNSHADOW));
     }

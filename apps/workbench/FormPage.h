@@ -60,6 +60,11 @@ protected:
     // Null, and the problem kept, when the control cannot be created.
     std::unique_ptr<ControlHost> AddControl(int id, bool tabStop, const std::wstring& name, EventHandler handler);
 
+    // The page shows this instead of its fields; the first problem counts.
+    void Refuse(const std::wstring& why) {
+        if (problem.empty()) problem = why;
+    }
+
     HWND Field(int id) const { return GetDlgItem(Handle(), id); }
     std::wstring FieldText(int id) const;
     void SetField(int id, const std::wstring& text);
@@ -80,7 +85,8 @@ protected:
     int PlaceButton(int id, int left, int top) const;
     int PlaceCheck(int id, int left, int top) const; // the same for a check box
     int PlaceToolbar(int top) const;                 // over the whole width; returns the top of what follows
-    void Frame(HWND child) { framed.push_back(child); }
+    // A border round a control, with empty space of the window's colour between (at 96 dots per inch).
+    void Frame(HWND child, int space = 0) { framed.push_back({child, space}); }
 
     // Runs what a control is asked for: a wait cursor, no second call within it, an error shown as the result.
     void Run(const std::function<void()>& work);
@@ -104,7 +110,7 @@ private:
     LRESULT Colour(HDC dc, HWND child) const;
 
     std::wstring problem;
-    std::vector<HWND> framed;
+    std::vector<std::pair<HWND, int>> framed;
     Tone resultTone = Tone::Plain;
     int headingBottom = 0;
 };

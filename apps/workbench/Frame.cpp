@@ -44,7 +44,7 @@ bool Frame::Create(bool visible) {
                   place))
         return false;
     style.SetDpi(DpiOf(Handle()));
-    SetWindowPos(Handle(), nullptr, 0, 0, style.Scale(1060), style.Scale(800),
+    SetWindowPos(Handle(), nullptr, 0, 0, style.Scale(1120), style.Scale(800),
                  SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
     if (!Build() || !Show(0)) return false;
     if (visible) {

@@ -11,7 +11,8 @@ namespace {
 constexpr wchar_t editorName[] = L"GroupEditor";
 constexpr wchar_t lessonInfoName[] = L"LessonInfo";
 constexpr wchar_t lockInfoName[] = L"LockInfo";
-constexpr long typeDatabase = -2, typeGroup = 0, typeLesson = 1;
+constexpr int panelSpace = 5; // between a panel and its border
+constexpr long typeGroup = 0, typeLesson = 1;
 
 std::wstring Quoted(const std::wstring& text) { return L"\u201C" + text + L"\u201D"; }
 
@@ -61,11 +62,11 @@ void HierarchyPage::Build() {
     AddChoice(idType, {L"Group", L"Lesson", L"Other"});
     AddButton(idUpdate, L"&Update");
     lessonInfo = AddControl(idLessonInfo, false, lessonInfoName, {});
-    if (lessonInfo) Frame(lessonInfo->Window());
+    if (lessonInfo) Frame(lessonInfo->Window(), panelSpace);
     lockInfo = AddControl(idLockInfo, false, lockInfoName, [this](const ControlEvent& event) {
         ShowResult(L"LockInfo: " + event.Argument(L"Description"), Tone::Bad);
     });
-    if (lockInfo) Frame(lockInfo->Window());
+    if (lockInfo) Frame(lockInfo->Window(), panelSpace);
     AddCheck(idDragDrop, L"&Drag and drop");
     AddCheck(idLocked, L"L&ocked");
     AddCheck(idSingleExpand, L"Si&ngle expand");
@@ -108,9 +109,13 @@ void HierarchyPage::Arrange(int top, int bottom) {
     Place(Field(idUpdate), update, right - style.Scale(1), Right(), right + style.ButtonHeight() - style.Scale(1));
     right = PlaceRow(typeLabel, idType, right, middle, entryLeft, update - style.Gap());
     // A lock panel has four lines and a gap; the other panel takes what is left.
-    const int locks = std::max(below - 5 * style.LineHeight() - style.Scale(8), right);
-    if (lessonInfo) Place(lessonInfo->Window(), middle + 1, right + 1, Right() - 1, locks - style.Gap() - 1);
-    if (lockInfo) Place(lockInfo->Window(), middle + 1, locks + 1, Right() - 1, below - 1);
+    const int space = style.Scale(panelSpace) + 1;
+    const int locks = std::max(below - 5 * style.LineHeight() - 2 * space, right);
+    const auto placePanel = [&](const std::unique_ptr<ControlHost>& panel, int above, int under) {
+        if (panel) Place(panel->Window(), middle + space, above + space, Right() - space, under - space);
+    };
+    placePanel(lessonInfo, right, locks - style.Gap());
+    placePanel(lockInfo, locks, below);
 }
 
 std::vector<Shortcut> HierarchyPage::Shortcuts() const {
@@ -328,10 +333,13 @@ std::vector<PageState> HierarchyPage::States() {
     if (file.empty()) return states;
     states.push_back({L"database", [this] { Load(); }});
     states.push_back({L"lesson", [this] {
-                          Display(idExpandAll);
                           SelectEntry(3);
+                          SetFocus(editor->Window());
                       }});
-    states.push_back({L"group", [this] { SelectEntry(2); }});
+    states.push_back({L"group", [this] {
+                          Display(idExpandAll);
+                          SelectEntry(2);
+                      }});
     states.push_back({L"edited", [this] {
                           SelectEntry(3);
                           Add(false);
@@ -348,7 +356,6 @@ std::vector<PageState> HierarchyPage::States() {
     states.push_back({L"again", [this, file] {
                           SetField(idConnection, file);
                           Load();
-                          Display(idExpandAll);
                           SelectEntry(3);
                       }});
     return states;

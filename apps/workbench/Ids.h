@@ -62,6 +62,7 @@ enum Ids : int {
     idCheckboxes,
     idDefaultMapOnly,
     idByIdentifier,
+    idDesign,
 
     // Tools.
     idSave = 300,

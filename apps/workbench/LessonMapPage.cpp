@@ -179,14 +179,26 @@ void LessonMapPage::OpenLesson() {
         Opened next{ConnectionFor(selection.source), selection.lessonID, selection.title, {}};
         const std::wstring text = ReadLessonData(next.connection, next.lessonID);
         next.lesson = bench.library.CreateObject(L"ContentObjects.Lesson");
-        if (!Trim(text).empty()) next.lesson.Call(L"Load", {text});
+        if (Trim(text).empty())
+            AddDefaultMap(next.lesson);
+        else
+            next.lesson.Call(L"Load", {text});
         opened = next;
         isChanged = false;
         Editor().Set(L"Lesson", opened.lesson.Object());
         SetField(idEntry, opened.title);
         ShowSelection();
-        ShowResult(Trim(text).empty() ? L"The lesson was empty." : L"Opened.", Tone::Good);
+        ShowResult(Trim(text).empty() ? L"Opened; the lesson has no pages yet." : L"Opened.", Tone::Good);
     });
+}
+
+// A lesson that nobody has worked on yet.
+void LessonMapPage::AddDefaultMap(const Automation& lesson) const {
+    const Automation map = bench.library.CreateObject(L"ContentObjects.StoryboardMap");
+    map.Set(L"Name", L"Main");
+    const Automation maps(lesson.Get(L"Maps").Object());
+    maps.Call(L"Add", {map.Object()});
+    maps.Set(L"DefaultMap", map.Object());
 }
 
 void LessonMapPage::Edit(const std::function<void()>& work) {
@@ -384,8 +396,9 @@ std::vector<PageState> LessonMapPage::States() {
     if (!bench.selection.isLesson) return states;
     states.push_back({L"opened", [this] {
                           OpenLesson();
-                          Display(idExpandAll);
                           SelectPage(2);
+                          Display(idExpandAll);
+                          SetFocus(editor->Window());
                       }});
     states.push_back({L"checked", [this] {
                           SetChecked(idCheckboxes, true);

@@ -35,6 +35,7 @@ private:
 
     void Heard(const ControlEvent& event);
     void Edit(const std::function<void()>& work);
+    void AddDefaultMap(const Automation& lesson) const;
     bool Save();
     bool MayLose(const std::wstring& question);
     void Add();

@@ -192,7 +192,7 @@ void LocksPage::SelectRows(int count) const {
     HWND list = manager->Window();
     while (list && !FindWindowExW(list, nullptr, WC_LISTVIEWW, nullptr)) list = GetWindow(list, GW_CHILD);
     if (list) list = FindWindowExW(list, nullptr, WC_LISTVIEWW, nullptr);
-    SetFocus(list);
+    SetFocus(manager->Window());
     for (int row = 0; row < count; ++row)
         ListView_SetItemState(list, row, LVIS_SELECTED | (row == 0 ? LVIS_FOCUSED : 0), LVIS_SELECTED | LVIS_FOCUSED);
 }

@@ -1,4 +1,5 @@
 #include "ConnectorPage.h"
+#include "DesignPage.h"
 #include "HierarchyPage.h"
 #include "LessonMapPage.h"
 #include "LocksPage.h"
@@ -22,6 +23,7 @@ const std::vector<PageEntry>& PageTable() {
         {L"Hierarchy", L"hierarchy", Make<HierarchyPage>},
         {L"Lesson map", L"lessonmap", Make<LessonMapPage>, true},
         {L"Locks", L"locks", Make<LocksPage>},
+        {L"Design mode", L"design", Make<DesignPage>},
     };
     return table;
 }
