@@ -1,9 +1,7 @@
 // Opening a database, and reading 100,000 rows, beside the engine's own interface in the same run.
-#include "data/Recordset.h"
-#include "support/TestDatabases.h"
+#include "Measure.h"
 
-#include <benchmark/benchmark.h>
-#include <sqlite3.h>
+#include "data/Recordset.h"
 
 namespace dax {
 
@@ -32,54 +30,82 @@ const test::TestDatabase& Lessons() {
     return database;
 }
 
-void OpenAndClose(benchmark::State& state) {
+void OpenSQLiteItself(benchmark::State& state) {
+    Lessons();
+    for (auto _ : state) {
+        bench::SQLiteFile file(Lessons());
+        benchmark::DoNotOptimize(file.Execute("SELECT Count(*) FROM sqlite_master"));
+    }
+}
+BENCHMARK(OpenSQLiteItself)->Name("Open and close/SQLite's own interface")->Unit(benchmark::kMicrosecond);
+
+void Open(benchmark::State& state, Engine engine) {
+    if (bench::IsMissing(engine, state)) return;
+    std::unique_ptr<test::TestDatabase> own;
+    if (engine != Engine::SQLite) own = std::make_unique<test::TestDatabase>(engine);
+    const Text connectionString = own ? own->ConnectionString() : Lessons().ConnectionString();
     for (auto _ : state) {
         Connection connection;
-        connection.Open(Lessons().ConnectionString());
+        connection.Open(connectionString);
         benchmark::DoNotOptimize(connection.IsOpen());
     }
 }
-BENCHMARK(OpenAndClose)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(Open, SQLite, Engine::SQLite)->Name("Open and close/SQLite")->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(Open, PostgreSQL, Engine::PostgreSQL)
+    ->Name("Open and close/PostgreSQL")
+    ->UseRealTime()
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(Open, MariaDB, Engine::MariaDB)
+    ->Name("Open and close/MariaDB")
+    ->UseRealTime()
+    ->Unit(benchmark::kMicrosecond);
 
-void ReadRows(benchmark::State& state) {
+void ReadWithSQLiteItself(benchmark::State& state) {
     Lessons();
     for (auto _ : state) {
-        Recordset recordset;
-        recordset.Open(FromUtf8(query), Lessons().ConnectionString());
+        bench::SQLiteFile file(Lessons());
         size_t units = 0;
-        for (; !recordset.Eof(); recordset.MoveNext()) {
-            for (size_t column = 0; column < 3; ++column) units += recordset.FieldText(column).size();
-            units += static_cast<size_t>(recordset.FieldNumber(3, 0));
-        }
-        benchmark::DoNotOptimize(units);
-    }
-    state.SetItemsProcessed(state.iterations() * rowCount);
-}
-BENCHMARK(ReadRows)->Unit(benchmark::kMillisecond);
-
-void ReadRowsWithSQLiteItself(benchmark::State& state) {
-    const std::string path = ToUtf8(Lessons().Name());
-    for (auto _ : state) {
-        sqlite3* file = nullptr;
-        sqlite3_stmt* statement = nullptr;
-        if (sqlite3_open(path.c_str(), &file) != SQLITE_OK ||
-            sqlite3_prepare_v2(file, query, -1, &statement, nullptr) != SQLITE_OK)
-            state.SkipWithError("cannot open");
-        size_t units = 0;
-        while (statement && sqlite3_step(statement) == SQLITE_ROW) {
+        const int64_t rows = file.Read(query, [&units](sqlite3_stmt* statement) {
             for (int column = 0; column < 3; ++column) {
                 benchmark::DoNotOptimize(sqlite3_column_text16(statement, column));
                 units += static_cast<size_t>(sqlite3_column_bytes16(statement, column)) / 2;
             }
             units += static_cast<size_t>(sqlite3_column_int(statement, 3));
-        }
+        });
+        if (rows != rowCount) state.SkipWithError("rows are missing");
         benchmark::DoNotOptimize(units);
-        sqlite3_finalize(statement);
-        sqlite3_close(file);
     }
     state.SetItemsProcessed(state.iterations() * rowCount);
 }
-BENCHMARK(ReadRowsWithSQLiteItself)->Unit(benchmark::kMillisecond);
+BENCHMARK(ReadWithSQLiteItself)->Name("Read 100000 rows/SQLite's own interface")->Unit(benchmark::kMillisecond);
+
+void Read(benchmark::State& state, bool byName) {
+    Lessons();
+    for (auto _ : state) {
+        Recordset recordset;
+        recordset.Open(FromUtf8(query), Lessons().ConnectionString());
+        size_t units = 0, rows = 0;
+        for (; !recordset.Eof(); recordset.MoveNext(), ++rows) {
+            if (byName) {
+                for (const char16_t* name : {u"lessonID", u"lessonTitle", u"parentID"})
+                    units += std::get<Text>(recordset.Field(name)).size();
+                units += static_cast<size_t>(std::get<int64_t>(recordset.Field(u"sortPosition")));
+            } else {
+                for (size_t column = 0; column < 3; ++column) units += recordset.FieldText(column).size();
+                units += static_cast<size_t>(recordset.FieldNumber(3, 0));
+            }
+        }
+        if (rows != rowCount) state.SkipWithError("rows are missing");
+        benchmark::DoNotOptimize(units);
+    }
+    state.SetItemsProcessed(state.iterations() * rowCount);
+}
+BENCHMARK_CAPTURE(Read, texts, false)
+    ->Name("Read 100000 rows/Recordset, texts by position")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Read, values, true)
+    ->Name("Read 100000 rows/Recordset, values by name")
+    ->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -1,10 +1,8 @@
 // Loading and saving a hierarchy, beside the engine's own interface on the same rows and statements in the same run.
+#include "Measure.h"
+
 #include "data/Schema.h"
 #include "hierarchy/GroupEditor.h"
-#include "support/TestDatabases.h"
-
-#include <benchmark/benchmark.h>
-#include <sqlite3.h>
 
 #include <map>
 #include <unordered_map>
@@ -18,118 +16,171 @@ namespace dax {
 namespace {
 
 // An ordinary tree: ten children to a node.
-const test::TestDatabase& Hierarchy(int64_t size) {
-    static std::map<int64_t, std::unique_ptr<test::TestDatabase>> databases;
-    auto& database = databases[size];
+const test::TestDatabase& Hierarchy(int64_t size, Engine engine = Engine::SQLite) {
+    static std::map<std::pair<int64_t, Engine>, std::unique_ptr<test::TestDatabase>> databases;
+    auto& database = databases[{size, engine}];
     if (database) return *database;
-    database = std::make_unique<test::TestDatabase>(Engine::SQLite);
-    database->Run(Schema::CreateStatements(Schema::Database::Content, Engine::SQLite));
-    database->Run({u"WITH RECURSIVE n(i, level) AS (SELECT 1, 1 UNION ALL SELECT i + 1, length(i) FROM n WHERE i < " +
-                   ToText(size) +
-                   u") INSERT INTO velmoraLessons SELECT printf('%032x', i), 'The title of lesson ' || i, 'L-' || i, "
-                   u"CASE WHEN i <= 10 THEN '' ELSE printf('%032x', i / 10) END, level, i, i % 2, "
-                   u"'StoryboardCount=12' || char(10) || 'Classification=\"internal\"', '', '' FROM n"});
+    database = std::make_unique<test::TestDatabase>(engine);
+    database->Run(Schema::CreateStatements(Schema::Database::Content, engine));
+    const auto id = [engine](const char16_t* number) {
+        const Text text = number;
+        if (engine == Engine::SQLite) return u"printf('%032x', " + text + u")";
+        if (engine == Engine::PostgreSQL) return u"lpad(to_hex(" + text + u"), 32, '0')";
+        return u"lpad(lower(hex(" + text + u")), 32, '0')";
+    };
+    const Text parent = engine == Engine::MariaDB ? u"n.i DIV 10" : u"n.i / 10";
+    const Text title = engine == Engine::MariaDB ? u"concat('The title of lesson ', n.i), concat('L-', n.i)"
+                                                 : u"'The title of lesson ' || n.i, 'L-' || n.i";
+    const Text properties = u"'StoryboardCount=12\nClassification=\"internal\"'";
+    if (engine == Engine::MariaDB) database->Run({u"SET GLOBAL max_recursive_iterations = 2000000000"});
+    database->Run({Text(engine == Engine::MariaDB ? u"INSERT INTO velmoraLessons " : u"") +
+                   u"WITH RECURSIVE n(i, level) AS (SELECT 1, 1 UNION ALL SELECT i + 1, " +
+                   (engine == Engine::PostgreSQL ? u"length(i::text)" : u"length(i)") + u" FROM n WHERE i < " +
+                   ToText(size) + u") " + (engine == Engine::MariaDB ? u"" : u"INSERT INTO velmoraLessons ") +
+                   u"SELECT " + id(u"n.i") + u", " + title + u", CASE WHEN n.i <= 10 THEN '' ELSE " +
+                   id(parent.c_str()) + u" END, n.level, n.i, n.i % 2, " + properties + u", '', '' FROM n"});
     return *database;
 }
 
-std::shared_ptr<GroupEditor> Loaded(int64_t size, benchmark::State& state) {
+std::shared_ptr<GroupEditor> Loaded(const test::TestDatabase& database, int64_t size, benchmark::State& state) {
     const auto editor = GroupEditor::Create();
-    editor->SetConnectionString(Hierarchy(size).ConnectionString());
-    if (!editor->LoadDatabase() || editor->NodeCount() != size + 1) state.SkipWithError("not loaded");
+    editor->SetConnectionString(database.ConnectionString());
+    editor->Error.Add(
+        [&state](int32_t, const Text& description, const Text&) { state.SkipWithError(ToUtf8(description).c_str()); });
+    if (editor->LoadDatabase() && editor->NodeCount() != size + 1) state.SkipWithError("lessons are missing");
     return editor;
 }
 
-class File {
-public:
-    explicit File(const test::TestDatabase& database) {
-        if (sqlite3_open(ToUtf8(database.Name()).c_str(), &file) != SQLITE_OK) std::abort();
-    }
-    ~File() { sqlite3_close(file); }
-    sqlite3* file = nullptr;
-};
-
-void LoadHierarchy(benchmark::State& state) {
-    Hierarchy(state.range(0));
-    for (auto _ : state) benchmark::DoNotOptimize(Loaded(state.range(0), state));
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+// The updates that a save sends.
+std::vector<Text> UpdatesOf(GroupEditor& editor) {
+    std::vector<Text> statements;
+    SetStatementObserver([&](TextView statement) {
+        if (statement.starts_with(u"UPDATE")) statements.emplace_back(statement);
+    });
+    editor.SaveDatabase();
+    SetStatementObserver({});
+    return statements;
 }
-BENCHMARK(LoadHierarchy)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 
 struct PlainLesson {
     std::string id, title, identifier, properties, parent;
     int indent, position, type;
 };
 
-void LoadHierarchyWithSQLiteItself(benchmark::State& state) {
-    const test::TestDatabase& database = Hierarchy(state.range(0));
+void LoadWithSQLiteItself(benchmark::State& state, int64_t size) {
+    const test::TestDatabase& database = Hierarchy(size);
     for (auto _ : state) {
-        File file(database);
-        sqlite3_stmt* statement = nullptr;
-        sqlite3_prepare_v2(file.file,
-                           "SELECT lessonID, lessonTitle, lessonIdentifier, lessonProperties, parentID, indentLevel, "
-                           "sortPosition, lessonType FROM velmoraLessons ORDER BY indentLevel, sortPosition",
-                           -1, &statement, nullptr);
+        bench::SQLiteFile file(database);
         std::unordered_map<std::string, PlainLesson> lessons;
-        const auto text = [statement](int column) {
-            return std::string(reinterpret_cast<const char*>(sqlite3_column_text(statement, column)));
-        };
-        while (sqlite3_step(statement) == SQLITE_ROW) {
-            lessons.try_emplace(text(0), PlainLesson{text(0), text(1), text(2), text(3), text(4),
-                                                     sqlite3_column_int(statement, 5), sqlite3_column_int(statement, 6),
-                                                     sqlite3_column_int(statement, 7)});
-        }
-        sqlite3_finalize(statement);
-        benchmark::DoNotOptimize(lessons);
+        file.Read("SELECT lessonID, lessonTitle, lessonIdentifier, lessonProperties, parentID, indentLevel, "
+                  "sortPosition, lessonType FROM velmoraLessons ORDER BY indentLevel, sortPosition",
+                  [&lessons](sqlite3_stmt* row) {
+                      using bench::TextOf;
+                      PlainLesson lesson{TextOf(row, 0),
+                                         TextOf(row, 1),
+                                         TextOf(row, 2),
+                                         TextOf(row, 3),
+                                         TextOf(row, 4),
+                                         sqlite3_column_int(row, 5),
+                                         sqlite3_column_int(row, 6),
+                                         sqlite3_column_int(row, 7)};
+                      lessons.try_emplace(lesson.id, std::move(lesson));
+                  });
+        if (lessons.size() != static_cast<size_t>(size)) state.SkipWithError("lessons are missing");
     }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    state.SetItemsProcessed(state.iterations() * size);
 }
-BENCHMARK(LoadHierarchyWithSQLiteItself)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 
-void SaveHierarchy(benchmark::State& state) {
-    const auto editor = Loaded(state.range(0), state);
-    for (auto _ : state) {
-        if (!editor->SaveDatabase()) state.SkipWithError("not saved");
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+void Load(benchmark::State& state, int64_t size) {
+    const test::TestDatabase& database = Hierarchy(size);
+    for (auto _ : state) benchmark::DoNotOptimize(Loaded(database, size, state));
+    state.SetItemsProcessed(state.iterations() * size);
+    bench::RatioAtMost(state, 2);
 }
-BENCHMARK(SaveHierarchy)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
 
-void SaveHierarchyWithSQLiteItself(benchmark::State& state) {
-    const auto editor = Loaded(state.range(0), state);
+void SaveWithSQLiteItself(benchmark::State& state, int64_t size) {
     std::vector<std::string> statements;
-    SetStatementObserver([&](TextView statement) { statements.push_back(ToUtf8(statement)); });
-    editor->SaveDatabase();
-    SetStatementObserver({});
-    std::erase_if(statements, [](const std::string& statement) { return !statement.starts_with("UPDATE"); });
+    for (const Text& statement : UpdatesOf(*Loaded(Hierarchy(size), size, state)))
+        statements.push_back(ToUtf8(statement));
     for (auto _ : state) {
-        File file(Hierarchy(state.range(0)));
-        bool isDone = sqlite3_exec(file.file, "BEGIN", nullptr, nullptr, nullptr) == SQLITE_OK;
-        for (const std::string& statement : statements) {
-            isDone = isDone && sqlite3_exec(file.file, statement.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
-        }
-        isDone = isDone && sqlite3_exec(file.file, "COMMIT", nullptr, nullptr, nullptr) == SQLITE_OK;
-        if (!isDone) state.SkipWithError("not saved");
+        bench::SQLiteFile file(Hierarchy(size));
+        bool isDone = file.Execute("BEGIN");
+        for (const std::string& statement : statements) isDone = isDone && file.Execute(statement.c_str());
+        if (!isDone || !file.Execute("COMMIT")) state.SkipWithError("not saved");
     }
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(statements.size()));
 }
-BENCHMARK(SaveHierarchyWithSQLiteItself)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
+
+void Save(benchmark::State& state, Engine engine, int64_t size, double ratioAtMost) {
+    if (bench::IsMissing(engine, state)) return;
+    const auto editor = Loaded(Hierarchy(size, engine), size, state);
+    for (auto _ : state) {
+        if (!editor->SaveDatabase()) break;
+    }
+    state.SetItemsProcessed(state.iterations() * size);
+    bench::RatioAtMost(state, ratioAtMost);
+}
+
+void SaveOneByOne(benchmark::State& state, Engine engine, int64_t size) {
+    if (bench::IsMissing(engine, state)) return;
+    const std::vector<Text> statements = UpdatesOf(*Loaded(Hierarchy(size, engine), size, state));
+    for (auto _ : state) {
+        Connection connection;
+        connection.Open(Hierarchy(size, engine).ConnectionString());
+        connection.BeginTrans();
+        for (const Text& statement : statements) connection.Execute(statement);
+        connection.CommitTrans();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(statements.size()));
+}
 
 #ifdef __GLIBC__
 // Bytes that a lesson takes in the editor, its packed properties included.
-void MemoryPerNode(benchmark::State& state) {
-    Hierarchy(state.range(0));
+void MemoryPerLesson(benchmark::State& state) {
+    constexpr int64_t size = 100'000;
+    const test::TestDatabase& database = Hierarchy(size);
     for (auto _ : state) {
         const auto used = [] {
             const auto info = mallinfo2();
             return info.uordblks + info.hblkhd;
         };
         const size_t before = used();
-        const auto editor = Loaded(state.range(0), state);
-        state.counters["bytes"] = static_cast<double>(used() - before) / static_cast<double>(state.range(0));
+        const auto editor = Loaded(database, size, state);
+        state.counters["bytes per lesson"] = static_cast<double>(used() - before) / static_cast<double>(size);
     }
 }
-BENCHMARK(MemoryPerNode)->Arg(100'000)->Iterations(1);
+BENCHMARK(MemoryPerLesson)->Name("Memory/100000 lessons in the editor")->Iterations(1);
 #endif
+
+void OnServer(Engine engine, const std::string& name) {
+    constexpr int64_t size = 100'000;
+    const std::string group = "Save 100000 lessons, " + name + "/";
+    const auto plain = [engine](benchmark::State& state) { SaveOneByOne(state, engine, size); };
+    const auto ours = [engine](benchmark::State& state) { Save(state, engine, size, 0.5); };
+    for (auto* row : {benchmark::RegisterBenchmark((group + "one statement per round trip").c_str(), plain),
+                      benchmark::RegisterBenchmark((group + "GroupEditor").c_str(), ours)})
+        row->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(1);
+}
+
+// The order in which they are registered is the order of the table.
+const bool isRegistered = [] {
+    using Measurement = void (*)(benchmark::State&, int64_t);
+    const auto add = [](const std::string& name, Measurement measurement, int64_t size) {
+        auto* const row = benchmark::RegisterBenchmark(name.c_str(), measurement, size)->Unit(benchmark::kMillisecond);
+        if (size >= 1'000'000) row->Iterations(1)->Repetitions(1);
+    };
+    const auto save = [](benchmark::State& state, int64_t size) { Save(state, Engine::SQLite, size, 1.3); };
+    for (const int64_t size : {10'000, 100'000, 1'000'000}) {
+        const std::string lessons = " " + std::to_string(size) + " lessons, SQLite/";
+        add("Load" + lessons + "own interface", LoadWithSQLiteItself, size);
+        add("Load" + lessons + "GroupEditor", Load, size);
+        add("Save" + lessons + "own interface", SaveWithSQLiteItself, size);
+        add("Save" + lessons + "GroupEditor", save, size);
+    }
+    OnServer(Engine::PostgreSQL, "PostgreSQL");
+    OnServer(Engine::MariaDB, "MariaDB");
+    return true;
+}();
 
 } // namespace
 

@@ -1,9 +1,8 @@
 // Validation must not depend on the number of lessons: the same database with ten and with 100,000 of them.
-#include "data/Schema.h"
-#include "support/TestDatabases.h"
-#include "validation/DatabaseValidator.h"
+#include "Measure.h"
 
-#include <benchmark/benchmark.h>
+#include "data/Schema.h"
+#include "validation/DatabaseValidator.h"
 
 #include <map>
 #include <memory>
@@ -34,12 +33,9 @@ test::TestDatabase& DatabaseWith(Engine engine, int64_t lessons) {
     return *database;
 }
 
-void Validate(benchmark::State& state, Engine engine) {
-    if (const std::string why = test::WhyNot(engine); !why.empty()) {
-        state.SkipWithError(why.c_str());
-        return;
-    }
-    const test::TestDatabase& database = DatabaseWith(engine, state.range(0));
+void Validate(benchmark::State& state, Engine engine, int64_t lessons) {
+    if (bench::IsMissing(engine, state)) return;
+    const test::TestDatabase& database = DatabaseWith(engine, lessons);
     DatabaseValidator validator;
     for (auto step : state) {
         if (validator.ValidateDataConnection(database.ConnectionString(), database.Name(), engine == Engine::SQLite))
@@ -49,9 +45,18 @@ void Validate(benchmark::State& state, Engine engine) {
     }
 }
 
-BENCHMARK_CAPTURE(Validate, SQLite, Engine::SQLite)->Arg(10)->Arg(100'000)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Validate, PostgreSQL, Engine::PostgreSQL)->Arg(10)->Arg(100'000)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Validate, MariaDB, Engine::MariaDB)->Arg(10)->Arg(100'000)->Unit(benchmark::kMillisecond);
+const bool isRegistered = [] {
+    for (const auto& [engine, name] : {std::pair{Engine::SQLite, "SQLite"}, std::pair{Engine::PostgreSQL, "PostgreSQL"},
+                                       std::pair{Engine::MariaDB, "MariaDB"}}) {
+        for (const int64_t lessons : {10, 100'000}) {
+            const std::string row = std::string("Validate, ") + name + "/" + std::to_string(lessons) + " lessons";
+            benchmark::RegisterBenchmark(row.c_str(), Validate, engine, lessons)
+                ->UseRealTime()
+                ->Unit(benchmark::kMillisecond);
+        }
+    }
+    return true;
+}();
 
 } // namespace
 } // namespace dax

@@ -2,6 +2,7 @@
 
 #include "data/Error.h"
 
+#include <cstring>
 #include <utility>
 
 namespace dax {
@@ -10,7 +11,43 @@ namespace {
 
 constexpr int32_t duplicateKey = 457; // the number that hosts know for a key that a collection has already
 
-size_t HashOf(TextView key) { return std::hash<TextView>()(key); }
+constexpr size_t blockBytes = 65536;
+
+uint32_t HashOf(TextView key) { return static_cast<uint32_t>(std::hash<TextView>()(key)); }
+
+bool NeedsTwoBytes(TextView text) {
+    unsigned all = 0;
+    for (const char16_t unit : text) all |= unit;
+    return all > 0xFF;
+}
+
+char* Pack(TextView text, bool isWide, char* to) {
+    if (isWide) {
+        if (!text.empty()) std::memcpy(to, text.data(), text.size() * sizeof(char16_t));
+        return to + text.size() * sizeof(char16_t);
+    }
+    for (const char16_t unit : text) *to++ = static_cast<char>(unit);
+    return to;
+}
+
+Text Unpack(const char*& from, size_t length, bool isWide) {
+    Text text(length, u'\0');
+    if (isWide) {
+        std::memcpy(text.data(), from, length * sizeof(char16_t));
+        from += length * sizeof(char16_t);
+    } else {
+        for (char16_t& unit : text) unit = static_cast<unsigned char>(*from++);
+    }
+    return text;
+}
+
+bool IsPacked(TextView text, const char* from, bool isWide) {
+    if (isWide) return text.empty() || std::memcmp(text.data(), from, text.size() * sizeof(char16_t)) == 0;
+    for (const char16_t unit : text) {
+        if (unit != static_cast<unsigned char>(*from++)) return false;
+    }
+    return true;
+}
 
 } // namespace
 
@@ -19,21 +56,37 @@ LessonPropertyStore::LessonPropertyStore(PropertyCollectionFactory factory)
 
 void LessonPropertyStore::Add(TextView lessonID, TextView properties, TextView title, TextView identifier,
                               int32_t lessonType) {
-    const size_t hash = HashOf(lessonID);
+    const uint32_t hash = HashOf(lessonID);
     if (Find(lessonID, hash) != none) {
         throw Error(duplicateKey, u"The lesson '" + Text(Shorten(lessonID, 100)) + u"' has properties already.");
     }
+    const bool isWide =
+        NeedsTwoBytes(lessonID) || NeedsTwoBytes(title) || NeedsTwoBytes(identifier) || NeedsTwoBytes(properties);
+    const size_t units = lessonID.size() + title.size() + identifier.size() + properties.size();
+    char* const bytes = Allocate(units * (isWide ? sizeof(char16_t) : 1));
+    char* to = bytes;
+    for (const TextView text : {lessonID, title, identifier, properties}) to = Pack(text, isWide, to);
     const auto length = [](TextView text) { return static_cast<uint32_t>(text.size()); };
-    Entry entry{texts.size(), hash, length(lessonID), length(title), length(identifier), length(properties),
-                lessonType,   none};
-    texts.append(lessonID).append(title).append(identifier).append(properties);
-    entries.push_back(entry);
+    entries.push_back({bytes, hash, length(lessonID), length(title), length(identifier), length(properties), lessonType,
+                       none, isWide});
     if (entries.size() > buckets.size()) {
         Rehash();
     } else {
         uint32_t& bucket = buckets[hash & (buckets.size() - 1)];
         entries.back().nextInBucket = std::exchange(bucket, static_cast<uint32_t>(entries.size() - 1));
     }
+}
+
+char* LessonPropertyStore::Allocate(size_t bytes) {
+    // A long one has a block of its own; what is free of the block before it stays in use.
+    if (bytes > blockBytes / 8) return blocks.emplace_back(std::make_unique<char[]>(bytes)).get();
+    if (bytes > freeBytes) {
+        blocks.push_back(std::make_unique<char[]>(blockBytes));
+        free = blocks.back().get();
+        freeBytes = blockBytes;
+    }
+    freeBytes -= bytes;
+    return std::exchange(free, free + bytes);
 }
 
 std::shared_ptr<PropertyCollection> LessonPropertyStore::Get(TextView lessonID) {
@@ -50,22 +103,19 @@ std::shared_ptr<PropertyCollection> LessonPropertyStore::Peek(TextView lessonID)
     return found != made.end() ? found->second : Make(entries[index]);
 }
 
-uint32_t LessonPropertyStore::Find(TextView lessonID, size_t hash) const {
+uint32_t LessonPropertyStore::Find(TextView lessonID, uint32_t hash) const {
     uint32_t index = buckets[hash & (buckets.size() - 1)];
     for (; index != none; index = entries[index].nextInBucket) {
         const Entry& entry = entries[index];
-        if (entry.hash == hash && TextView(texts).substr(entry.place, entry.idLength) == lessonID) break;
+        if (entry.hash == hash && entry.idLength == lessonID.size() && IsPacked(lessonID, entry.bytes, entry.isWide))
+            break;
     }
     return index;
 }
 
 std::shared_ptr<PropertyCollection> LessonPropertyStore::Make(const Entry& entry) const {
-    size_t place = entry.place;
-    const auto next = [&](uint32_t length) {
-        const TextView text = TextView(texts).substr(place, length);
-        place += length;
-        return Text(text);
-    };
+    const char* from = entry.bytes;
+    const auto next = [&](uint32_t length) { return Unpack(from, length, entry.isWide); };
     const Text id = next(entry.idLength), title = next(entry.titleLength), identifier = next(entry.identifierLength);
     const auto properties = factory();
     properties->Load(next(entry.propertiesLength));

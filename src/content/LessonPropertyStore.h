@@ -4,6 +4,7 @@
 
 #include "content/PropertyCollection.h"
 
+#include <deque>
 #include <unordered_map>
 
 namespace dax {
@@ -24,21 +25,27 @@ public:
 private:
     static constexpr uint32_t none = UINT32_MAX;
 
+    // ID, title, identifier and stored text stand one after the other: one byte for each unit when no unit of them
+    // needs two, as nearly always.
     struct Entry {
-        size_t place; // of ID, title, identifier and stored text, one after the other in `texts`
-        size_t hash;
-        uint32_t idLength, titleLength, identifierLength, propertiesLength;
+        const char* bytes;
+        uint32_t hash;
+        uint32_t idLength, titleLength, identifierLength, propertiesLength; // in units
         int32_t lessonType;
         uint32_t nextInBucket;
+        bool isWide;
     };
 
-    uint32_t Find(TextView lessonID, size_t hash) const;
+    uint32_t Find(TextView lessonID, uint32_t hash) const;
     std::shared_ptr<PropertyCollection> Make(const Entry& entry) const;
+    char* Allocate(size_t bytes);
     void Rehash();
 
     PropertyCollectionFactory factory;
-    Text texts;
-    std::vector<Entry> entries;
+    std::vector<std::unique_ptr<char[]>> blocks;
+    char* free = nullptr;
+    size_t freeBytes = 0;
+    std::deque<Entry> entries; // grows without copying or spare room
     std::vector<uint32_t> buckets;
     std::unordered_map<uint32_t, std::shared_ptr<PropertyCollection>> made;
 };

@@ -12,14 +12,6 @@ namespace {
 constexpr size_t usualBytes = 512;  // bound for a column that tells no small size
 constexpr size_t mostBytes = 32768; // longer texts are asked for one by one
 
-// Plain ASCII without an allocation; anything else the careful way.
-void Decode(std::string_view utf8, Text& into) {
-    into.resize(utf8.size());
-    size_t i = 0;
-    for (; i < utf8.size() && static_cast<unsigned char>(utf8[i]) < 0x80; ++i) into[i] = static_cast<char16_t>(utf8[i]);
-    if (i < utf8.size()) into = FromUtf8(utf8);
-}
-
 } // namespace
 
 OdbcRows::OdbcRows(OdbcStatement& executed)
@@ -97,7 +89,7 @@ TextView OdbcRows::FieldText(size_t column) {
     if (valueType == SQL_C_WCHAR)
         return {reinterpret_cast<const char16_t*>(bytes), static_cast<size_t>(buffer.length / unitSize)};
     if (!buffer.isDecoded) {
-        Decode({bytes, static_cast<size_t>(buffer.length)}, buffer.decoded);
+        FromUtf8({bytes, static_cast<size_t>(buffer.length)}, buffer.decoded);
         buffer.isDecoded = true;
     }
     return buffer.decoded;

@@ -201,6 +201,7 @@ std::optional<Top> FindTop(TextView statement) {
 Text AdaptStatement(TextView statement, const Dialect& dialect) {
     if (!dialect.adapts) return Text(statement);
     const std::optional<Top> top = FindTop(statement);
+    if (!top && statement.find(u'#') == TextView::npos) return Text(statement);
     bool whole = true;
     Text result;
     result.reserve(statement.size() + 16);

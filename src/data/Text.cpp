@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
+#include <type_traits>
 
 namespace dax {
 
@@ -61,14 +64,39 @@ void Append(std::string& utf8, char32_t point) {
     utf8.push_back(static_cast<char>(0x80 | (point & 0x3F)));
 }
 
+// Copies what is ASCII at the front, in blocks that take a few instructions: nearly all text is nothing else.
+template <typename From, typename To>
+size_t CopyAscii(const From* from, size_t length, To* to) {
+    constexpr size_t block = 8;
+    constexpr uint64_t others = sizeof(From) == 1 ? 0x8080808080808080 : 0xFF80FF80FF80FF80;
+    size_t i = 0;
+    for (; i + block <= length; i += block) {
+        uint64_t words[sizeof(From)];
+        std::memcpy(words, from + i, sizeof words);
+        uint64_t all = 0;
+        for (const uint64_t word : words) all |= word;
+        if (all & others) break;
+        for (size_t k = 0; k < block; ++k) to[i + k] = static_cast<To>(from[i + k]);
+    }
+    for (; i < length && static_cast<std::make_unsigned_t<From>>(from[i]) < 0x80; ++i) to[i] = static_cast<To>(from[i]);
+    return i;
+}
+
 char16_t LowerUnit(char16_t unit) { return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit; }
 
 } // namespace
 
 Text FromUtf8(std::string_view utf8) {
     Text text;
-    text.reserve(utf8.size());
-    for (size_t i = 0; i < utf8.size();) {
+    FromUtf8(utf8, text);
+    return text;
+}
+
+void FromUtf8(std::string_view utf8, Text& text) {
+    text.resize(utf8.size());
+    size_t i = CopyAscii(utf8.data(), utf8.size(), text.data());
+    text.resize(i);
+    while (i < utf8.size()) {
         const auto byte = static_cast<unsigned char>(utf8[i++]);
         if (byte < 0x80) {
             text.push_back(byte);
@@ -89,13 +117,13 @@ Text FromUtf8(std::string_view utf8) {
             Append(text, point);
         }
     }
-    return text;
 }
 
 std::string ToUtf8(TextView text) {
-    std::string utf8;
-    utf8.reserve(text.size());
-    for (size_t i = 0; i < text.size(); ++i) {
+    std::string utf8(text.size(), '\0');
+    size_t i = CopyAscii(text.data(), text.size(), utf8.data());
+    utf8.resize(i);
+    for (; i < text.size(); ++i) {
         char32_t point = text[i];
         if (IsHighSurrogate(point) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
             point = 0x10000 + ((point - 0xD800) << 10) + (text[++i] - 0xDC00u);

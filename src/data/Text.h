@@ -11,6 +11,7 @@ using TextView = std::u16string_view;
 
 // A byte sequence that is no UTF-8 becomes U+FFFD, a lone surrogate likewise in the other direction.
 Text FromUtf8(std::string_view utf8);
+void FromUtf8(std::string_view utf8, Text& text); // the same into memory that is used again
 std::string ToUtf8(TextView text);
 
 Text ToText(long long number);

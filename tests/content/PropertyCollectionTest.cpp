@@ -98,6 +98,16 @@ TEST(LessonPropertyStore, MakesCollectionsOnDemand) {
     EXPECT_EQ(store.Get(u"7"), properties);
     EXPECT_EQ(store.Peek(u"7"), properties);
     EXPECT_FALSE(store.Get(u"1000"));
+    // Kept in one byte a unit or in two, in a common block or a long one.
+    const Text titles[] = {{},  u"\u00FF\u0080", u"\u0100", u"\U0001D11E", Text(9000, u'x'), Text(9000, u'\u4E2D'),
+                           u"z"};
+    for (const Text& title : titles) store.Add(u"\u00E9" + title, u"Note=" + title, title, u"\u00E8", 0);
+    for (const Text& title : titles) {
+        const auto found = store.Peek(u"\u00E9" + title);
+        ASSERT_TRUE(found) << ToUtf8(title);
+        EXPECT_EQ(GetText(*found, u"Title", {}) + GetText(*found, u"Identifier", {}) + GetText(*found, u"Note", {}),
+                  title + u"\u00E8" + title);
+    }
     EXPECT_FALSE(store.Peek(u""));
 }
 
