@@ -22,6 +22,16 @@ private:
     Text message;
 };
 
+// The command understood what was asked and does not do it; nothing was changed.
+class Refusal : public std::exception {
+public:
+    explicit Refusal(Text text) : message(std::move(text)) {}
+    const Text& Message() const { return message; }
+
+private:
+    Text message;
+};
+
 struct Option {
     TextView name;  // with its two hyphens
     TextView value; // what the value means; empty for a switch
@@ -33,6 +43,7 @@ class Arguments {
 public:
     bool HasPlace(size_t index) const { return index < places.size(); }
     const Text& Place(size_t index) const { return places.at(index); }
+    std::span<const Text> Places() const { return places; }
     bool Has(TextView option) const { return options.contains(Text(option)); }
     Text Value(TextView option, Text defaultValue = {}) const;
     // Throws UsageError when it is no whole number between the bounds.
@@ -56,6 +67,7 @@ struct Command {
     Text Help() const;
 };
 
-extern const Command CreateCommand, SampleCommand, ValidateCommand, ValidateConnectorCommand, CatalogsCommand;
+extern const Command CreateCommand, SampleCommand, ValidateCommand, ValidateConnectorCommand, CatalogsCommand,
+    TreeCommand, LessonCommand, InfoCommand, LocksCommand, EditCommand, MapCommand;
 
 } // namespace dax::cli

@@ -1,5 +1,6 @@
 #include "SampleCourse.h"
 
+#include "SampleLesson.h"
 #include "SampleTexts.h"
 #include "data/Enumerations.h"
 #include "data/modDB.h"
@@ -17,6 +18,8 @@ using modDB::QuoteSQLString;
 
 constexpr long long Minute = 60, Hour = 60 * Minute, Day = 24 * Hour;
 constexpr size_t LessonsInGroup = 6, GroupsInGroup = 8;
+// So many lessons have pages of their own; in a larger course the others are copies of theirs.
+constexpr size_t DifferentLessons = 500;
 
 template <typename List>
 const auto& Cycle(const List& list, size_t index) {
@@ -24,14 +27,6 @@ const auto& Cycle(const List& list, size_t index) {
 }
 
 Text Number(size_t number) { return ToText(static_cast<long long>(number)); }
-
-// Evenly spread bits of a counter: identifiers that look like real ones and are the same each time.
-uint64_t Scatter(uint64_t number) {
-    number += 0x9E3779B97F4A7C15u;
-    number = (number ^ (number >> 30)) * 0xBF58476D1CE4E5B9u;
-    number = (number ^ (number >> 27)) * 0x94D049BB133111EBu;
-    return number ^ (number >> 31);
-}
 
 Text Identifier(uint64_t number) {
     Text identifier;
@@ -78,7 +73,7 @@ private:
         const Text id = Identifier(++lastNumber);
         ++counts.groups;
         if (groupIDs.size() < 50) groupIDs.push_back(id);
-        AddRow(id, title, code + u"-G" + Number(counts.groups), parent, depth, position, ltGroup, {});
+        AddRow(id, title, code + u"-G" + Number(counts.groups), parent, depth, position, ltGroup);
         if (lessons <= LessonsInGroup) {
             for (size_t i = 1; i <= lessons; ++i) AddLesson(id, depth + 1, i);
             return;
@@ -93,31 +88,33 @@ private:
     void AddLesson(const Text& parent, int depth, size_t position) {
         const Text id = Identifier(++lastNumber);
         const size_t number = ++counts.lessons;
-        const TextView author = Cycle(Authors, number);
-        if (lessonIDs.size() < 500) lessonIDs.push_back(id);
-        const Text properties = u"Classification=" + Text(Cycle(Classifications, number / 3)) + u"\nStoryboardCount=" +
-                                Number(3 + number % 17) + u"\nModifiedBy=" + Text(author) + u"\n";
+        if (lessonIDs.size() < DifferentLessons) {
+            lessonIDs.push_back(id);
+            contents.push_back(MakeSampleLesson(number, code));
+        }
+        const SampleLesson& content = Cycle(contents, number - 1);
+        const Text properties = SampleProperties(number, content.storyboards, now);
         AddRow(id, Text(Cycle(LessonTitles, number)) + u" " + Number(number), code + u"-" + Number(number), parent,
-               depth, position, ltLesson, properties);
-        if (number % 5 == 0) AddMilestone(id, author, properties);
+               depth, position, ltLesson, properties, content.text);
+        if (number % 5 == 0) AddMilestone(id, SampleAuthor(number), properties, content.text);
     }
 
     void AddRow(const Text& id, const Text& title, const Text& identifier, const Text& parent, int depth,
-                size_t position, LessonTypes type, const Text& properties) {
+                size_t position, LessonTypes type, const Text& properties = {}, const Text& data = {}) {
         take(u"INSERT INTO velmoraLessons (lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, "
              u"sortPosition, lessonType, lessonProperties, guideData, lessonData) VALUES (" +
              QuoteSQLString(id) + u", " + QuoteSQLString(title) + u", " + QuoteSQLString(identifier) + u", " +
              QuoteSQLString(parent) + u", " + ToText(depth) + u", " + Number(position) + u", " + ToText(type) + u", " +
-             QuoteSQLString(properties) + u", '', '')");
+             QuoteSQLString(properties) + u", '', " + QuoteSQLString(data) + u")");
     }
 
-    void AddMilestone(const Text& lesson, TextView author, const Text& properties) {
+    void AddMilestone(const Text& lesson, TextView author, const Text& properties, const Text& data) {
         ++counts.milestones;
         take(u"INSERT INTO velmoraMilestones (milestoneID, lessonID, savedBy, savedDate, milestoneProperties, "
              u"lessonData, guideData) VALUES (" +
              QuoteSQLString(Identifier(++lastNumber)) + u", " + QuoteSQLString(lesson) + u", " +
              QuoteSQLString(author) + u", " + Date(static_cast<long long>(counts.milestones) * 7 * Hour) + u", " +
-             QuoteSQLString(properties) + u", '', '')");
+             QuoteSQLString(properties) + u", " + QuoteSQLString(data) + u", '')");
     }
 
     void AddLock(const Text& lesson, int type, long long age) {
@@ -159,7 +156,7 @@ private:
             const long long age = static_cast<long long>(i + 1) * Hour;
             take(u"INSERT INTO talkPosts (postID, lessonID, sbid, postData, status, lastModified, revision) VALUES (" +
                  QuoteSQLString(post) + u", " + QuoteSQLString(lessonIDs[i]) + u", " +
-                 QuoteSQLString(Identifier(++lastNumber)) +
+                 QuoteSQLString(contents[i].firstSBID) +
                  u", 'Isn''t the second picture missing? 画像がありません', 0, " + Date(age) + u", 1)");
             take(u"INSERT INTO talkComments (commentID, postID, commentData, lastModified, revision) VALUES (" +
                  QuoteSQLString(Identifier(++lastNumber)) + u", " + QuoteSQLString(post) +
@@ -174,6 +171,7 @@ private:
     uint64_t lastNumber = 0;
     Text code;
     std::vector<Text> groupIDs, lessonIDs; // the first ones
+    std::vector<SampleLesson> contents;    // of the lessons in `lessonIDs`
 };
 
 } // namespace

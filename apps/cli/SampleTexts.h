@@ -48,6 +48,31 @@ inline constexpr TextView LessonTitles[] = {
     u"A title that is so long that no tree and no panel can show all of it in one line without cutting it somewhere",
 };
 
+struct SamplePage {
+    TextView title, type;
+};
+
+// The first opens a lesson, the second ends it.
+inline constexpr SamplePage SamplePages[] = {
+    {u"Welcome", u"title"},
+    {u"What you have learned", u"summary"},
+    {u"Why it matters", u"text"},
+    {u"Ein Blick in die Werkstatt", u"picture"},
+    {u"Try it yourself", u"exercise"},
+    {u"Вопрос: что здесь не так?", u"question"},
+    {u"実演ビデオ", u"video"},
+    {u"Écoutez l'entretien", u"audio"},
+    {u"Step by step", u"animation"},
+    {u"تمرين قصير", u"exercise"},
+    {u"练习：选择正确的答案", u"question"},
+    {u"The control room", u"simulation"},
+    {u"Check yourself: 10 questions", u"test"},
+    {u"Where to go next", u"menu"},
+    {u"Γλωσσάριο & \"terms\"", u"text"},
+    {u"Party time 🎉", u"fireworks"}, // a type without a picture of its own
+};
+inline constexpr TextView SampleMaps[] = {u"Extras", u"Дополнительно", u"補足", u"For teachers"};
+
 inline constexpr TextView Authors[] = {u"anna", u"j.o'neil", u"юлия", u"山田太郎", u"müller"};
 inline constexpr TextView Machines[] = {u"STUDIO-01", u"STUDIO-02", u"LAPTOP-ANNA", u"КАБИНЕТ-7"};
 inline constexpr TextView Classifications[] = {u"public", u"internal", u"confidential"};

@@ -1,4 +1,4 @@
-// dax: validates, creates and fills the databases of the controls from the command line.
+// dax: the work of the controls from the command line.
 #include "Command.h"
 #include "Console.h"
 #include "Target.h"
@@ -9,22 +9,25 @@ namespace dax::cli {
 
 namespace {
 
-const Command* const Commands[] = {&SampleCommand, &CreateCommand, &ValidateCommand, &ValidateConnectorCommand,
-                                   &CatalogsCommand};
+const Command* const Commands[] = {&SampleCommand,   &CreateCommand, &ValidateCommand, &ValidateConnectorCommand,
+                                   &CatalogsCommand, &TreeCommand,   &LessonCommand,   &InfoCommand,
+                                   &LocksCommand,    &EditCommand,   &MapCommand};
 
 Text Overview() {
-    Text help = u"usage: dax COMMAND [ARGUMENTS]\n\nValidates, creates and fills content and connector databases.\n";
+    Text help = u"usage: dax COMMAND [ARGUMENTS]\n\nShows, checks and changes content databases: their lessons, locks "
+                u"and lesson maps.\n";
     for (const Command* command : Commands) {
         Text name(command->name);
         name.resize(20, u' ');
         help += u"\n  " + name + Text(command->summary.substr(0, command->summary.find(u'\n')));
     }
-    return help + u"\n\nA database is the path of a SQLite file, or a connection string such as\n"
-                  u"  \"Driver={PostgreSQL Unicode};Server=localhost;Database=course;UID=me;PWD=secret\"\n"
-                  u"  \"Driver={MariaDB Unicode};Server=localhost;Database=course;UID=me;PWD=secret\"\n"
-                  u"  \"Provider=SQLOLEDB;Data Source=server;Initial Catalog=course;Integrated Security=SSPI\"\n\n"
-                  u"Exit codes: 0 valid or done, 1 refused, 2 wrong usage, 3 failure.\n"
-                  u"'dax COMMAND --help' explains one command; 'dax --version' tells the version.";
+    return help +
+           u"\n\nA database is the path of a SQLite file, or a connection string such as\n"
+           u"  \"Driver={PostgreSQL Unicode};Server=localhost;Database=course;UID=me;PWD=secret\"\n"
+           u"  \"Driver={MariaDB Unicode};Server=localhost;Database=course;UID=me;PWD=secret\"\n"
+           u"  \"Provider=SQLOLEDB;Data Source=server;Initial Catalog=course;Integrated Security=SSPI\"\n\n"
+           u"Exit codes: 0 valid or done, 1 refused, 2 wrong usage, 3 failure. What is refused changes nothing.\n"
+           u"'dax COMMAND --help' explains one command; 'dax --version' tells the version.";
 }
 
 ExitCode Dispatch(std::span<const Text> words) {
@@ -62,6 +65,9 @@ ExitCode Dispatch(std::span<const Text> words) {
                      error.Description());
             return Failure;
         }
+    } catch (const Refusal& refusal) {
+        Complain(u"dax " + Text(command.name) + u": " + refusal.Message());
+        return Refused;
     } catch (const UsageError& error) {
         Complain(u"dax " + Text(command.name) + u": " + error.Message() + u"\n'dax " + Text(command.name) +
                  u" --help' explains it.");

@@ -12,7 +12,9 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 
 TEST(CommandLineTest, HelpsOnStandardOutput) {
-    const std::vector<Text> names = {u"sample", u"create", u"validate", u"validate-connector", u"catalogs"};
+    const std::vector<Text> names = {u"sample",   u"create", u"validate", u"validate-connector",
+                                     u"catalogs", u"tree",   u"lesson",   u"info",
+                                     u"locks",    u"edit",   u"map"};
     const Outcome overview = RunDax({u"--help"});
     EXPECT_EQ(overview.exitCode, 0);
     EXPECT_THAT(overview.errors, IsEmpty());
@@ -45,6 +47,18 @@ TEST(CommandLineTest, NamesWhatIsWrongWithTheUsage) {
         {{u"validate-connector", u"a", u"--user", u"u"}, "--source"},
         {{u"catalogs", u"a"}, "--user"},
         {{u"catalogs", u"a", u"--user", u"u", u"--ip", u"1.2.3.4"}, "--record"},
+        {{u"tree", u"a", u"--depth", u"-1"}, "'-1'"},
+        {{u"info", u"a", u"--level=4"}, "'4'"},
+        {{u"locks", u"a", u"--delete"}, "--as USER"},
+        {{u"locks", u"a", u"--delete", u"--as="}, "--as USER"},
+        {{u"locks", u"a", u"--admin"}, "--delete"},
+        {{u"locks", u"a", u"--sort", u"colour"}, "'colour'"},
+        {{u"locks", u"a", u"--descending"}, "--sort"},
+        {{u"edit", u"a"}, "--file COMMANDS"},
+        {{u"edit", u"a", u"remove", u"b", u"--file", u"c"}, "not both"},
+        {{u"map", u"a"}, "LESSON"},
+        {{u"map", u"a", u"b", u"--move", u"c"}, "--to DIRECTION"},
+        {{u"map", u"a", u"b", u"--exact"}, "--find"},
     };
     for (const auto& [words, named] : cases) {
         const Outcome outcome = RunDax(words);

@@ -1,0 +1,125 @@
+// dax map: the real program on a stored lesson, on every engine; and on the lessons of a sample course.
+#include "CourseRows.h"
+#include "Program.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace dax::test {
+namespace {
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+const Text Storyboards = u"lesson\t1\n"
+                         u"storyboard\ts1\ttitle\tINTRO\tWelcome\n"
+                         u"storyboard\ts2\ttext\tQ-1\tWarum 語?\n"
+                         u"storyboard\ts3\tquestion\tQ-2\twelcome back\n"
+                         u"storyboard\ts4\t\t\t\n"
+                         u"storyboard\ts5\ttext\tO\tIn no map\n"
+                         u"map\tMain\tdefault\n";
+const Text Pages = u"page\t1\ts1\npage\t2\ts2\npage\t1\ts3\nmap\tExtra\npage\t1\ts4\n";
+
+class MapCommandTest : public EngineTest {
+protected:
+    void SetUp() override {
+        EngineTest::SetUp();
+        if (database) MakeCourse(*database, Storyboards + Pages + u"current\ts2\n");
+    }
+
+    Outcome Run(std::vector<Text> words) const {
+        words.insert(words.begin(), {u"map", database->ConnectionString()});
+        return RunDax(words);
+    }
+    Text Stored() const { return database->Ask(u"SELECT lessonData FROM velmoraLessons WHERE lessonID = 'l1'"); }
+};
+
+TEST_P(MapCommandTest, ShowsFindsAndMoves) {
+    EXPECT_EQ(Run({u"L-1"}).output, "Main (3)  default map\n"
+                                    "├─ Welcome  [INTRO]  title  {s1}\n"
+                                    "│  └─ Warum 語?  [Q-1]  text  {s2}  current\n"
+                                    "└─ welcome back  [Q-2]  question  {s3}\n"
+                                    "Extra (1)\n"
+                                    "└─ (untitled)  {s4}\n"
+                                    "in no map\n"
+                                    "   In no map  [O]  text  {s5}\n");
+    EXPECT_EQ(Run({u"l1", u"--find", u"WELCOME"}).output,
+              "Welcome  [INTRO]  title  {s1}\nwelcome back  [Q-2]  question  {s3}\n");
+    EXPECT_EQ(Run({u"l1", u"--find", u"q-2", u"--exact", u"--json"}).output,
+              "[{\"sbid\":\"s3\",\"missing\":false,\"title\":\"welcome "
+              "back\",\"identifier\":\"Q-2\",\"type\":\"question\"}]\n");
+    EXPECT_EQ(Run({u"l1", u"--find", u"nothing"}).exitCode, 1);
+    EXPECT_EQ(Run({u"l1", u"--move", u"s1", u"--to", u"up"}).exitCode, 1);
+    EXPECT_EQ(Run({u"l1", u"--move", u"Main", u"--to", u"down"}).exitCode, 1);
+    EXPECT_EQ(Stored(), Storyboards + Pages + u"current\ts2\n");
+
+    const struct {
+        Text storyboard, direction, pages;
+    } moves[] = {
+        {u"INTRO", u"down", u"page\t1\ts3\npage\t1\ts1\npage\t2\ts2\nmap\tExtra\npage\t1\ts4\n"},
+        {u"s1", u"next-map", u"page\t1\ts3\nmap\tExtra\npage\t1\ts1\npage\t2\ts2\npage\t1\ts4\n"},
+        {u"s2", u"outdent", u"page\t1\ts3\nmap\tExtra\npage\t1\ts1\npage\t1\ts2\npage\t1\ts4\n"},
+        {u"s4", u"previous-map", u"page\t1\ts3\npage\t1\ts4\nmap\tExtra\npage\t1\ts1\npage\t1\ts2\n"},
+    };
+    for (const auto& [storyboard, direction, pages] : moves) {
+        const Outcome moved = Run({u"L-1", u"--move", storyboard, u"--to", direction});
+        EXPECT_EQ(moved.exitCode, 0) << moved.errors;
+        EXPECT_EQ(Stored(), Storyboards + pages + u"current\ts2\n");
+    }
+
+    database->Run({u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
+                   u"lockType) VALUES ('l1', 'юлия', 'm', 'i', 's', '2020-01-01 00:00:00', 1)"});
+    const Outcome edited = Run({u"L-1", u"--move", u"s4", u"--to", u"up"});
+    EXPECT_EQ(edited.exitCode, 1);
+    EXPECT_THAT(edited.errors, HasSubstr("edited by юлия"));
+    EXPECT_EQ(Stored(), Storyboards + moves[3].pages + u"current\ts2\n");
+    EXPECT_EQ(Run({u"L-1", u"--move", u"s4", u"--to", u"up", u"--force"}).exitCode, 0);
+    EXPECT_THAT(ToUtf8(Stored()), HasSubstr("page\t1\ts4\npage\t1\ts3\n"));
+}
+
+TEST_P(MapCommandTest, SaysWhyALessonHasNoMaps) {
+    const struct {
+        Text lesson;
+        std::string message;
+    } cases[] = {
+        {u"G-1", "is no lesson but a group"},
+        {u"L-2", "nothing is stored in the lesson 'L-2'"},
+        {u"l3", "Line 1: The text is no lesson"},
+        {u"L-4", "there is no entry 'L-4'"},
+    };
+    for (const auto& [lesson, message] : cases) {
+        const Outcome outcome = Run({lesson});
+        EXPECT_EQ(outcome.exitCode, 1) << message;
+        EXPECT_THAT(outcome.errors, HasSubstr(message));
+        EXPECT_THAT(outcome.output, IsEmpty());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, MapCommandTest, ::testing::ValuesIn(AllEngines()), EngineName);
+
+size_t Occurrences(const std::string& text, const std::string& part) {
+    size_t count = 0;
+    for (size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += part.size()) ++count;
+    return count;
+}
+
+TEST(SampleLessonTest, HoldsWhatItsPropertiesSay) {
+    const TempFolder folder;
+    const Text file = folder.File(u"a.db");
+    ASSERT_EQ(RunDax({u"sample", file, u"--lessons", u"40"}).exitCode, 0);
+    for (const Text lesson : {u"SAF-7", u"SAF-8", u"QUA-37"}) {
+        const Outcome map = RunDax({u"map", file, lesson, u"--json"});
+        ASSERT_EQ(map.exitCode, 0) << map.errors;
+        const size_t pages = Occurrences(map.output, "\"level\":");
+        EXPECT_GT(pages, 2u);
+        EXPECT_THAT(RunDax({u"info", file, lesson}).output,
+                    HasSubstr("\n" + std::to_string(pages) + " active storyboards\n"));
+        EXPECT_THAT(map.output, HasSubstr("\"default\":true"));
+    }
+    EXPECT_THAT(RunDax({u"map", file, u"SAF-7"}).output, HasSubstr("\nin no map\n"));
+}
+
+} // namespace
+} // namespace dax::test
