@@ -4,7 +4,7 @@ import re
 import sys
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-FOLDERS = ["src", "apps", "tests", "bench", "cmake", "tools", "docs", ".ci"]
+FOLDERS = ["src", "apps", "package", "tests", "bench", "cmake", "tools", "docs", ".ci"]
 CODE = (".h", ".cpp")
 BINARY = (".png", ".ico", ".bmp", ".ttf", ".db", ".res")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)

@@ -13,9 +13,9 @@ from programs import Program, tail  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 OUTPUT = os.path.join(ROOT, "build", "test")
-CHECKS = ["format", "layering", "hygiene", "shell"]
+CHECKS = ["format", "layering", "hygiene", "shell", "reference"]
 PRODUCTS = ["daxControls33", "contentObjects", "DAXWorkbench", "dax", "daxscript"]
-PARTS = CHECKS + ["native", "wine64", "wine32", "lint"]
+PARTS = CHECKS + ["native", "wine64", "wine32", "package", "lint"]
 
 
 class Summary:
@@ -183,8 +183,9 @@ def main():
             wine(summary, servers, 64, "")
         if "wine32" in parts:
             wine(summary, servers, 32, why_no_wine32())
-        if "lint" in parts:
-            check(summary, "lint")
+        for name in ("package", "lint"):
+            if name in parts:
+                check(summary, name)
     finally:
         run([os.path.join(ROOT, "tools/servers"), "stop", os.path.join(OUTPUT, "servers")], "servers-stop.log")
     return summary.finish()

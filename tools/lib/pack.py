@@ -1,0 +1,73 @@
+"""Packs what tools/package has built. See there."""
+import glob
+import gzip
+import io
+import os
+import re
+import tarfile
+import zipfile
+
+ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+BINARIES = ["daxControls33.ocx", "contentObjects.dll", "daxControls33.manifest", "contentObjects.manifest",
+            "DAXWorkbench.exe", "dax.exe", "daxscript.exe"]
+
+
+def read(*path):
+    with open(os.path.join(ROOT, *path), "rb") as file:
+        return file.read()
+
+
+def windows_text(data):
+    return data.replace(b"\r\n", b"\n").replace(b"\n", b"\r\n")
+
+
+def manual():
+    return {f"docs/{os.path.basename(path)}": read(path) for path in sorted(glob.glob(f"{ROOT}/docs/*.md"))}
+
+
+def windows_files(bits):
+    files = {name: read("build", f"win{bits}", "bin", name) for name in BINARIES}
+    for name in ("DAXControls.tlb", "ContentObjects.tlb"):
+        files[name] = read("build", f"win{bits}", "src", "ocx", "generated", name)
+    texts = {f"samples/{os.path.basename(path)}": read(path) for path in sorted(glob.glob(f"{ROOT}/docs/examples/*.*"))}
+    texts |= manual()
+    texts["LICENSE.txt"] = read("LICENSE")
+    texts["README.txt"] = read("package", "windows.txt").replace(b"@BITS@", str(bits).encode())
+    for name in ("register.cmd", "unregister.cmd"):
+        texts[name] = read("package", name)
+    return files | {name: windows_text(data) for name, data in texts.items()}
+
+
+def write_zip(path, folder, files):
+    with zipfile.ZipFile(path, "w", zipfile.ZIP_DEFLATED) as archive:
+        for name, data in sorted(files.items()):
+            archive.writestr(zipfile.ZipInfo(f"{folder}/{name}"), data, zipfile.ZIP_DEFLATED)
+
+
+def write_tar(path, folder, files):
+    packed = io.BytesIO()
+    with tarfile.open(fileobj=packed, mode="w") as archive:
+        for name, data in sorted(files.items()):
+            entry = tarfile.TarInfo(f"{folder}/{name}")
+            entry.size = len(data)
+            entry.mode = 0o755 if name == "dax" else 0o644
+            archive.addfile(entry, io.BytesIO(data))
+    with open(path, "wb") as file, gzip.GzipFile("", "wb", fileobj=file, mtime=0) as out:
+        out.write(packed.getvalue())
+
+
+def main():
+    version = re.search(rb"VERSION (\S+) LANGUAGES", read("CMakeLists.txt")).group(1).decode()
+    folder = f"daxcontrols-{version}"
+    dist = os.path.join(ROOT, "dist")
+    os.makedirs(dist, exist_ok=True)
+    for bits in (64, 32):
+        write_zip(f"{dist}/{folder}-win{bits}.zip", folder, windows_files(bits))
+    write_tar(f"{dist}/{folder}-linux.tar.gz", folder,
+              manual() | {"dax": read("build", "native", "bin", "dax"), "LICENSE": read("LICENSE"),
+                          "README": read("package", "linux.txt")})
+    for name in sorted(os.listdir(dist)):
+        print(f"dist/{name}: {os.path.getsize(os.path.join(dist, name)) // 1024} KB")
+
+
+main()
