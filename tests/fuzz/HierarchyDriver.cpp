@@ -1,0 +1,250 @@
+// Edits, moves, saves and reloads of the hierarchy, from bytes.
+#include "fuzz/Driver.h"
+#include "hierarchy/EditorFixture.h"
+#include "tree/ReferenceTree.h"
+
+#include <set>
+
+namespace dax::fuzz {
+
+namespace {
+
+constexpr const char16_t* ids[] = {u"a", u"b", u"c", u"d", u"e", u"f", u"g", u"h", u"\u00E9\U0001D11E", u"it's", u" "};
+constexpr const char16_t* titles[] = {u"", u"O'Neil", u"\\;--#", u"\U0001D11E \u00E4", u"{fn ?}", u"#1/2/2000#"};
+constexpr int types[] = {ltGroup, ltLesson, ltUnknown, ltInvalid, ltDatabase, 7};
+
+struct Model {
+    test::ReferenceTree tree;
+    std::map<Text, std::pair<Text, int>> texts; // title, and type as it is stored
+
+    bool Has(const Text& id) const { return tree.parents.contains(id); }
+    std::map<Text, Text> Rows() const {
+        std::map<Text, Text> rows;
+        for (const auto& [id, parent] : tree.parents) {
+            int depth = 1;
+            for (Text up = parent; !up.empty(); up = tree.parents.at(up)) ++depth;
+            rows[id] = texts.at(id).first + u"|i" + id + u"|" + parent + u"|" + ToText(depth) + u"|" +
+                       ToText(static_cast<int>(tree.Index(id)) + 1) + u"|" + ToText(texts.at(id).second) + u"||";
+        }
+        return rows;
+    }
+    Text Shape(const Text& top = {}) const {
+        Text shape = top;
+        const auto& children = tree.children.at(top);
+        for (size_t i = 0; i < children.size(); ++i) shape += (i ? u" " : u"(") + Shape(children[i]);
+        return children.empty() ? shape : shape + u")";
+    }
+};
+
+// One file for all inputs: its rows go at the start of each.
+const test::TestDatabase& Database() {
+    static const test::TestDatabase database(Engine::SQLite);
+    static const bool isMade = (test::CreateTables(database), true);
+    (void)isMade;
+    return database;
+}
+
+class HierarchyDriver {
+public:
+    explicit HierarchyDriver(Input input) : bytes(input), callsBack(bytes.Below(4) == 0) {
+        Database().Run({u"DELETE FROM velmoraLessons"});
+        editor.SetConnectionString(Database().ConnectionString());
+        Require(editor.LoadDatabase(), "an empty table loads");
+        if (!callsBack) return;
+        const auto callBack = [this] {
+            if (depth < 2 && bytes.Below(3) == 0) Step();
+        };
+        editor.DataChanged.Add(callBack);
+        editor.AfterSelectionChange.Add([callBack](const Text&) { callBack(); });
+        editor.Error.Add([callBack](int32_t, const Text&, const Text&) { callBack(); });
+    }
+
+    void Run() {
+        while (!bytes.AtEnd()) {
+            heard.Take();
+            Step();
+            Check();
+        }
+        if (!isOpen && !callsBack) return;
+        if (!editor.SaveDatabase()) return;
+        const Text shape = heard.Shape();
+        if (callsBack) return; // the listener may change it in between
+        Require(editor.LoadDatabase(), "what was saved loads");
+        RequireEqual(ToUtf8(heard.Shape()), ToUtf8(shape), "the tree loaded again");
+    }
+
+private:
+    void Step() {
+        ++depth;
+        switch (bytes.Below(16)) {
+        case 0:
+        case 1:
+        case 2:
+        case 3:
+            Add();
+            break;
+        case 4:
+            Update();
+            break;
+        case 5:
+        case 6:
+            Remove();
+            break;
+        case 7:
+        case 8:
+        case 9:
+        case 10:
+            Move();
+            break;
+        case 11:
+        case 12:
+            Select();
+            break;
+        case 13:
+        case 14:
+            bytes.Below(2) ? Save() : editor.ExpandAll();
+            break;
+        default:
+            bytes.Below(4) ? Load() : Clear();
+        }
+        --depth;
+    }
+
+    void Check() {
+        CheckTree(editor.Tree());
+        if (callsBack) return;
+        Require(editor.NodeCount() == (isOpen ? static_cast<int32_t>(model.tree.parents.size()) + 1 : 0), "NodeCount");
+        RequireEqual(ToUtf8(heard.Shape()), ToUtf8(isOpen ? model.Shape() : Text()), "the tree");
+        RequireEqual(ToUtf8(editor.CurrentLessonID()), ToUtf8(current), "the selected lesson");
+        for (const auto& [id, text] : model.texts) {
+            if (!model.Has(id)) continue;
+            RequireEqual(ToUtf8(editor.GetLessonTitle(id)), ToUtf8(text.first), "the title of " + ToUtf8(id));
+            Require(editor.GetLessonType(id) == text.second, "the type of " + ToUtf8(id));
+        }
+    }
+
+    void Add() {
+        const Text id = bytes.OneOf(ids), title = bytes.OneOf(titles);
+        const int type = bytes.OneOf(types);
+        if (isOpen && !model.Has(id)) {
+            if (current.empty()) {
+                model.tree.Insert(id, {}, 0);
+            } else {
+                model.tree.Insert(id, model.tree.parents.at(current), model.tree.Index(current) + 1);
+            }
+            added.insert(id);
+            deleted.erase(id);
+        }
+        if (isOpen) {
+            model.texts[id] = {title, Stored(type)};
+            current = id;
+        }
+        editor.AddLesson(id, title, u"i" + id, LessonTypes(type));
+    }
+
+    void Update() {
+        const Text id = bytes.OneOf(ids), title = bytes.OneOf(titles);
+        const int type = bytes.OneOf(types);
+        if (model.Has(id)) model.texts[id] = {title, Stored(type)};
+        editor.UpdateLesson(id, title, u"i" + id, LessonTypes(type));
+    }
+
+    void Remove() {
+        const Text id = bytes.OneOf(ids);
+        const bool withChildren = bytes.Below(2) == 0;
+        if (model.Has(id)) {
+            const Text parent = model.tree.parents.at(id);
+            std::vector<Text> gone;
+            if (withChildren) {
+                model.tree.Keys(id, gone);
+            } else {
+                while (!model.tree.children[id].empty())
+                    model.tree.Place(Text(model.tree.children[id].front()), parent, model.tree.Index(id) + 1);
+            }
+            gone.push_back(id);
+            const auto& siblings = model.tree.children[parent];
+            const size_t index = model.tree.Index(id);
+            const Text heir = index + 1 < siblings.size() ? siblings[index + 1]
+                              : index > 0                 ? siblings[index - 1]
+                                                          : parent;
+            for (const Text& each : gone) {
+                deleted.insert(each);
+                added.erase(each);
+                if (each == current) current = heir;
+            }
+            model.tree.Erase(id);
+        }
+        editor.RemoveLesson(id, withChildren);
+    }
+
+    void Move() {
+        const auto movement = static_cast<GroupMovementTypes>(bytes.Below(6)); // 0 and 5 are none
+        const bool isMovement = movement >= gmtUp && movement <= gmtOutdent;
+        const auto to =
+            current.empty() || !isMovement ? std::nullopt : model.tree.Destination(current, static_cast<int>(movement));
+        Require(callsBack || editor.CanMoveCurrent(movement) == to.has_value(), "CanMoveCurrent");
+        if (to) model.tree.Place(current, to->first, to->second);
+        editor.MoveCurrent(movement);
+    }
+
+    void Select() {
+        const Text id = bytes.Below(4) ? Text(bytes.OneOf(ids)) : Text();
+        current = model.Has(id) ? id : Text(); // an unknown one selects nothing
+        editor.SetCurrentLessonID(id);
+    }
+
+    void Save() {
+        const auto breaks = [](const Text& id) { return id.find(u'\'') != Text::npos; };
+        bool fails = !isOpen;
+        for (const auto& row : model.tree.parents) fails = fails || breaks(row.first);
+        for (const Text& id : deleted) fails = fails || breaks(id);
+        for (const Text& id : added) fails = fails || saved.Has(id); // the insert finds the row that is still there
+        const bool isSaved = editor.SaveDatabase();
+        if (callsBack) return;
+        Require(isSaved != fails, fails ? "a save that must fail" : "a save fails: " + ToUtf8(heard.error));
+        Require((heard.Take().find(u"ESaveDatabase") != Text::npos) == fails, "failures are told");
+        if (isSaved) {
+            saved = model;
+            added.clear();
+            deleted.clear();
+        }
+        Require(test::ReadRows(Database().ConnectionString()) == saved.Rows(), "the rows are what was saved last");
+    }
+
+    void Load() {
+        const bool isLoaded = editor.LoadDatabase();
+        if (callsBack) return;
+        Require(isLoaded, "what was saved loads");
+        model = saved;
+        added.clear();
+        deleted.clear();
+        isOpen = true;
+        if (!model.Has(current)) current.clear();
+    }
+
+    void Clear() {
+        editor.Clear();
+        model = {};
+        added.clear();
+        deleted.clear();
+        current.clear();
+        isOpen = false;
+    }
+
+    static int Stored(int type) { return type == ltGroup || type == ltLesson ? type : int{ltUnknown}; }
+
+    Bytes bytes;
+    bool callsBack, isOpen = true;
+    int depth = 0;
+    test::HeardEditor heard;
+    GroupEditor& editor = *heard.editor;
+    Model model, saved;
+    Text current;
+    std::set<Text> added, deleted;
+};
+
+} // namespace
+
+void DriveHierarchy(Input input) { HierarchyDriver(input).Run(); }
+
+} // namespace dax::fuzz
