@@ -32,17 +32,27 @@ std::wstring TempFile() {
 
 struct Search {
     DWORD process;
+    const wchar_t* className;
     HWND found;
 };
 
-BOOL CALLBACK FindFrame(HWND window, LPARAM parameter) {
+// A top-level window of the process; it becomes visible when all that is in it has been made.
+BOOL CALLBACK FindVisible(HWND window, LPARAM parameter) {
     auto* search = reinterpret_cast<Search*>(parameter);
     DWORD owner = 0;
     wchar_t name[64] = L"";
     GetWindowThreadProcessId(window, &owner);
     GetClassNameW(window, name, 64);
-    // It becomes visible when all that is in it has been made.
-    if (owner != search->process || std::wstring(name) != frameClass || !IsWindowVisible(window)) return TRUE;
+    if (owner != search->process || std::wstring(name) != search->className || !IsWindowVisible(window)) return TRUE;
+    search->found = window;
+    return FALSE;
+}
+
+BOOL CALLBACK FindClass(HWND window, LPARAM parameter) {
+    auto* search = reinterpret_cast<Search*>(parameter);
+    wchar_t name[64] = L"";
+    GetClassNameW(window, name, 64);
+    if (std::wstring(name) != search->className) return TRUE;
     search->found = window;
     return FALSE;
 }
@@ -113,8 +123,8 @@ bool Workbench::Until(const std::function<bool()>& condition) {
 
 HWND Workbench::Frame() {
     Until([this] {
-        Search search{process.dwProcessId, nullptr};
-        if (!frame) EnumWindows(FindFrame, reinterpret_cast<LPARAM>(&search));
+        Search search{process.dwProcessId, frameClass, nullptr};
+        if (!frame) EnumWindows(FindVisible, reinterpret_cast<LPARAM>(&search));
         if (search.found) frame = search.found;
         return frame != nullptr;
     });
@@ -133,9 +143,65 @@ std::wstring Workbench::FieldText(int page, int id) {
     return text;
 }
 
-void Workbench::Press(HWND window, WPARAM key) {
-    PostMessageW(window, WM_KEYDOWN, key, 1);
-    PostMessageW(window, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001u));
+HWND Workbench::Inside(HWND parent, const wchar_t* className) {
+    Search search{0, className, nullptr};
+    Until([&] {
+        EnumChildWindows(parent, FindClass, reinterpret_cast<LPARAM>(&search));
+        return search.found != nullptr;
+    });
+    return search.found;
+}
+
+void Workbench::Press(HWND window, WPARAM key, bool withAlt) {
+    const LPARAM alt = withAlt ? 0x20000000 : 0;
+    PostMessageW(window, withAlt ? WM_SYSKEYDOWN : WM_KEYDOWN, key, alt | 1);
+    PostMessageW(window, withAlt ? WM_SYSKEYUP : WM_KEYUP, key, alt | static_cast<LPARAM>(0xC0000001u));
+}
+
+void Workbench::Click(HWND window, int x, int y, int count) {
+    for (int i = 0; i < count; ++i) {
+        PostMessageW(window, i % 2 == 0 ? WM_LBUTTONDOWN : WM_LBUTTONDBLCLK, MK_LBUTTON, MAKELPARAM(x, y));
+        PostMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(x, y));
+    }
+}
+
+bool Workbench::Fill(int page, int id, const wchar_t* text) {
+    const HWND field = Field(page, id);
+    Click(field, 5, 5);
+    if (!Until([&] { return Focus() == field; })) return false;
+    SendMessageW(field, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text));
+    return true;
+}
+
+bool Workbench::Show(int page) {
+    const HWND list = GetDlgItem(Frame(), idPages);
+    const auto shown = [&] { return static_cast<int>(SendMessageW(list, LB_GETCURSEL, 0, 0)); };
+    while (shown() != page) {
+        const int before = shown();
+        Press(list, page > before ? VK_DOWN : VK_UP);
+        if (!Until([&] { return shown() != before; })) return false;
+    }
+    return Until([&] { return IsWindowVisible(GetDlgItem(Frame(), idPageFirst + page)); });
+}
+
+void Workbench::Command(int page, int id) {
+    PostMessageW(GetDlgItem(Frame(), idPageFirst + page), WM_COMMAND, static_cast<WPARAM>(id), 0);
+}
+
+HWND Workbench::Question() {
+    Search search{process.dwProcessId, L"#32770", nullptr};
+    Until([&] {
+        EnumWindows(FindVisible, reinterpret_cast<LPARAM>(&search));
+        return search.found != nullptr;
+    });
+    return search.found;
+}
+
+bool Workbench::Answer(int button) {
+    const HWND question = Question();
+    if (!question || !GetDlgItem(question, button)) return false;
+    PostMessageW(question, WM_COMMAND, static_cast<WPARAM>(button), 0);
+    return Until([&] { return !IsWindow(question); });
 }
 
 HWND Workbench::Focus() {

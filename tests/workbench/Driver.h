@@ -32,8 +32,22 @@ public:
     // A field of page n, null as long as the page does not exist.
     HWND Field(int page, int id);
     std::wstring FieldText(int page, int id);
+    // The first window of that class anywhere below, as inside a control; waits until there is one.
+    HWND Inside(HWND parent, const wchar_t* className);
     // A key as the keyboard gives it to the window that has the focus.
-    void Press(HWND window, WPARAM key);
+    void Press(HWND window, WPARAM key, bool withAlt = false);
+    // Clicks of the left button at a point of the window.
+    void Click(HWND window, int x, int y, int count = 1);
+    // Clicks into a field and puts a text there; false when it does not take the focus.
+    bool Fill(int page, int id, const wchar_t* text);
+    // Comes to page n by the arrow key.
+    bool Show(int page);
+    // Does what a button of page n does, also one of a toolbar.
+    void Command(int page, int id);
+    // Waits for a question's window; null when nobody asks.
+    HWND Question();
+    // The same, and gives the answer with that number; false when nobody asked.
+    bool Answer(int button);
     // The window that has the focus in the program.
     HWND Focus();
 

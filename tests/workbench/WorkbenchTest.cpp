@@ -18,10 +18,27 @@ using ::testing::HasSubstr;
 
 namespace {
 
+// A group with two lessons, of which the first one has two pages and a lock.
+void FillCourse(const TestDatabase& course) {
+    course.Run(Schema::CreateStatements(Schema::Database::Content, Engine::SQLite));
+    const Text lessons = u"INSERT INTO velmoraLessons (lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, "
+                         u"sortPosition, lessonType, lessonProperties, guideData, lessonData) VALUES ";
+    const Text locks =
+        u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
+        u"lockType) VALUES ";
+    course.Run({lessons + u"('G', 'The group', 'G-1', '', 1, 1, 0, '', '', '')",
+                lessons + u"('A', 'Alpha', 'L-1', 'G', 2, 1, 1, '', '', 'lesson\t1\n"
+                          u"storyboard\tp1\ttext\tONE\tFirst page\nstoryboard\tp2\tquestion\tTWO\tSecond page\n"
+                          u"map\tMain\tdefault\npage\t1\tp1\npage\t1\tp2\n')",
+                lessons + u"('B', 'Beta', 'L-2', 'G', 2, 2, 1, '', '', '')",
+                locks + u"('A', 'anna', 'PC', '10.0.0.1', 's1', '2020-01-01 10:00:00', 1)",
+                locks + u"('B', 'bert', 'PC', '10.0.0.2', 's2', '2020-01-01 10:00:00', 2)"});
+}
+
 class WorkbenchTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        content.Run(Schema::CreateStatements(Schema::Database::Content, Engine::SQLite));
+        FillCourse(content);
         connector.Run(Schema::CreateStatements(Schema::Database::Connector, Engine::SQLite));
         connector.Run({u"INSERT INTO velmoraDBUsers (userID, username, superUser) VALUES (1, 'Ann', 0)",
                        u"INSERT INTO velmoraDBList (dbID, dbCatalogName, username, password, dbTitle, dbDescription) "
@@ -47,7 +64,9 @@ TEST_F(WorkbenchTest, TakesAPictureOfEveryPageInItsStates) {
     std::map<std::wstring, Image> images;
     for (const wchar_t* name :
          {L"validator-start", L"validator-nofile", L"validator-valid", L"validator-talk", L"validator-missing",
-          L"connector-start", L"connector-loaded", L"connector-recorded", L"connector-nouser"}) {
+          L"connector-start", L"connector-loaded", L"connector-recorded", L"connector-nouser", L"hierarchy-empty",
+          L"hierarchy-lesson", L"hierarchy-group", L"hierarchy-error", L"lessonmap-opened", L"lessonmap-checked",
+          L"locks-all", L"locks-selected", L"locks-error", L"design-mode"}) {
         const ::testing::ScopedTrace trace(__FILE__, __LINE__, ::testing::PrintToString(std::wstring(name)));
         const Image image = images[name] = ReadImage(shots + L"\\" + name + L".png");
         EXPECT_GE(image.width, 700);
@@ -59,7 +78,13 @@ TEST_F(WorkbenchTest, TakesAPictureOfEveryPageInItsStates) {
     EXPECT_NE(images[L"validator-nofile"].pixels, images[L"validator-missing"].pixels);
     EXPECT_NE(images[L"connector-loaded"].pixels, images[L"connector-nouser"].pixels);
     EXPECT_EQ(connector.Ask(u"SELECT username || '/' || lastCatalog FROM velmoraConnectionHistory"), u"Ann/alpha");
-    EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraLessons"), u"0");
+    // The panels follow the selection; check boxes and selected rows can be seen.
+    EXPECT_NE(images[L"hierarchy-lesson"].pixels, images[L"hierarchy-group"].pixels);
+    EXPECT_NE(images[L"lessonmap-opened"].pixels, images[L"lessonmap-checked"].pixels);
+    EXPECT_NE(images[L"locks-all"].pixels, images[L"locks-selected"].pixels);
+    // Pictures change nothing.
+    EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraLessons"), u"3");
+    EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"2");
 }
 
 TEST_F(WorkbenchTest, RefusesArgumentsInWords) {
@@ -146,6 +171,112 @@ TEST_F(WorkbenchTest, PicksACatalogAndRecordsTheConnection) {
     EXPECT_TRUE(program.Until([&] { return program.Focus() == program.Field(1, idEnabled); }));
     EXPECT_TRUE(pressAndExpect(idRecord, L"Connection recorded for Ann"));
     EXPECT_EQ(connector.Ask(u"SELECT username || '/' || lastCatalog FROM velmoraConnectionHistory"), u"Ann/beta");
+}
+
+TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
+    constexpr int page = 2;
+    Workbench program({Content()});
+    ASSERT_TRUE(program.Show(page));
+    const auto shows = [&](int field, const wchar_t* text) {
+        return program.Until([&] { return program.FieldText(page, field) == text; });
+    };
+    ASSERT_TRUE(shows(idResult, L"3 entries loaded.")) << program.Said();
+    const HWND tree = program.Inside(program.Field(page, idTree), WC_TREEVIEWW);
+    const int row = static_cast<int>(SendMessageW(tree, TVM_GETITEMHEIGHT, 0, 0));
+    program.Click(tree, 60, row + row / 2); // the one below the database
+    ASSERT_TRUE(shows(idTitle, L"The group"));
+    EXPECT_TRUE(program.Until([&] { return program.Focus() == tree; }));
+    program.Press(tree, VK_RIGHT);
+    program.Press(tree, VK_DOWN);
+    ASSERT_TRUE(shows(idTitle, L"Alpha"));
+    EXPECT_EQ(program.FieldText(page, idIdentifier), L"L-1");
+
+    program.Press(tree, VK_DOWN, true);
+    ASSERT_TRUE(program.Fill(page, idTitle, L"Alpha of today"));
+    program.Press(program.Field(page, idTitle), VK_RETURN);
+    EXPECT_TRUE(shows(idResult, L"Updated; not yet saved."));
+    program.Command(page, idSave);
+    EXPECT_TRUE(shows(idResult, L"Saved."));
+    EXPECT_EQ(content.Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE parentID = 'G' AND sortPosition = "
+                          u"(SELECT Max(sortPosition) FROM velmoraLessons WHERE parentID = 'G')"),
+              u"Alpha of today");
+
+    program.Press(tree, VK_DELETE);
+    EXPECT_TRUE(program.Answer(IDNO));
+    program.Press(tree, VK_UP);
+    ASSERT_TRUE(shows(idTitle, L"Beta"));
+    program.Press(tree, VK_DELETE);
+    EXPECT_TRUE(program.Answer(IDYES));
+    EXPECT_TRUE(shows(idResult, L"Removed; not yet saved."));
+    // The program does not end with changes unsaved unless it is told to.
+    PostMessageW(program.Frame(), WM_CLOSE, 0, 0);
+    EXPECT_TRUE(program.Answer(IDYES));
+    EXPECT_EQ(program.ExitCode(), 0) << program.Said();
+    EXPECT_EQ(content.Ask(u"SELECT group_concat(lessonID) FROM (SELECT lessonID FROM velmoraLessons ORDER BY 1)"),
+              u"A,G");
+}
+
+TEST_F(WorkbenchTest, OpensALessonsMapByADoubleClick) {
+    constexpr int hierarchy = 2, map = 3;
+    Workbench program({Content()});
+    ASSERT_TRUE(program.Show(hierarchy));
+    const HWND tree = program.Inside(program.Field(hierarchy, idTree), WC_TREEVIEWW);
+    const int row = static_cast<int>(SendMessageW(tree, TVM_GETITEMHEIGHT, 0, 0));
+    const auto shows = [&](int page, int field, const wchar_t* text) {
+        return program.Until([&] { return program.FieldText(page, field) == text; });
+    };
+    program.Click(tree, 60, row + row / 2);
+    ASSERT_TRUE(shows(hierarchy, idTitle, L"The group"));
+    program.Press(tree, VK_RIGHT);
+    program.Press(tree, VK_DOWN);
+    ASSERT_TRUE(shows(hierarchy, idTitle, L"Alpha"));
+    program.Click(tree, 90, 2 * row + row / 2, 2);
+    ASSERT_TRUE(program.Until([&] { return IsWindowVisible(program.Field(map, idMap)); })) << program.Said();
+    EXPECT_TRUE(shows(map, idEntry, L"Alpha"));
+    EXPECT_TRUE(shows(map, idCounts, L"2 pages in 1 map, 0 checked"));
+
+    ASSERT_TRUE(program.Fill(map, idSearch, L"TWO"));
+    program.Press(program.Field(map, idSearch), VK_RETURN);
+    ASSERT_TRUE(shows(map, idTitle, L"Second page"));
+    ASSERT_TRUE(program.Fill(map, idTitle, L"Page of today"));
+    program.Press(program.Field(map, idTitle), VK_RETURN);
+    EXPECT_TRUE(shows(map, idResult, L"Updated; not yet saved."));
+    program.Press(program.Inside(program.Field(map, idMap), WC_TREEVIEWW), VK_UP, true);
+    program.Command(map, idSave);
+    EXPECT_TRUE(shows(map, idResult, L"Saved."));
+    EXPECT_EQ(content.Ask(u"SELECT lessonData LIKE '%Page of today%page%p2%page%p1%' FROM velmoraLessons WHERE "
+                          u"lessonID = 'A'"),
+              u"1");
+}
+
+TEST_F(WorkbenchTest, ListsAndClearsLocks) {
+    constexpr int page = 4;
+    Workbench program({Content()});
+    ASSERT_TRUE(program.Show(page));
+    const auto result = [&](const wchar_t* start) {
+        return program.Until([&] { return program.FieldText(page, idResult).starts_with(start); });
+    };
+    ASSERT_TRUE(result(L"2 locks listed.")) << program.Said();
+    const HWND list = program.Inside(program.Field(page, idLocks), WC_LISTVIEWW);
+    RECT header;
+    GetClientRect(program.Inside(list, WC_HEADERW), &header);
+    program.Click(list, 20, header.bottom + 8);
+    ASSERT_TRUE(
+        program.Until([&] { return program.FieldText(page, idCounts).find(L"Selected: 1 (") != std::wstring::npos; }));
+    program.Press(list, VK_DELETE);
+    EXPECT_TRUE(program.Answer(IDYES));
+    EXPECT_TRUE(result(L"1 lock deleted"));
+    EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"1");
+
+    content.Run({u"ALTER TABLE velmoraUserLocks RENAME TO elsewhere"});
+    PostMessageW(program.Field(page, idLoad), BM_CLICK, 0, 0);
+    EXPECT_TRUE(program.Answer(IDABORT));
+    EXPECT_TRUE(result(L"Refresh: "));
+    PostMessageW(program.Field(page, idLoad), BM_CLICK, 0, 0);
+    ASSERT_TRUE(program.Question());
+    content.Run({u"ALTER TABLE elsewhere RENAME TO velmoraUserLocks"});
+    EXPECT_TRUE(program.Answer(IDRETRY));
+    EXPECT_TRUE(program.Until([&] { return program.FieldText(page, idCounts).starts_with(L"1 lock:"); }));
 }
 
 } // namespace
