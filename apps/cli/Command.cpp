@@ -6,6 +6,7 @@ namespace dax::cli {
 
 namespace {
 
+constexpr size_t HelpWidth = 90;
 constexpr Option CommonOptions[] = {
     {u"--trace", u"", u"show each statement that is sent to the database, on standard error"},
     {u"--help", u"", u"explain this command"},
@@ -88,8 +89,14 @@ Arguments Command::Parse(std::span<const Text> words) const {
 Text Command::Help() const {
     Text help = u"usage: dax " + Text(name);
     if (!placeNames.empty()) help += u" " + (fewestPlaces == 0 ? u"[" + Text(placeNames) + u"]" : Text(placeNames));
+    size_t lineStart = 0;
     for (const Option& option : options) {
-        help += option.isRequired ? u" " + Shown(option) : u" [" + Shown(option) + u"]";
+        const Text shown = option.isRequired ? Shown(option) : u"[" + Shown(option) + u"]";
+        if (help.size() + 1 + shown.size() - lineStart > HelpWidth) {
+            help += u"\n   ";
+            lineStart = help.size() - 3;
+        }
+        help += u" " + shown;
     }
     help += u"\n\n" + Text(summary) + u"\n";
     const auto explain = [&](const Option& option) {

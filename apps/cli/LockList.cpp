@@ -3,6 +3,7 @@
 #include "Course.h"
 #include "locks/LockRules.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace dax::cli {
@@ -88,6 +89,12 @@ void LockList::Read(const Text& sortKey, bool isDescending) {
         locks.push_back({record, cell(item, u"title"), cell(item, u"identifier"), cell(item, u"locktype"),
                          cell(item, u"lockdate"), cell(item, u"age"), item, LockFate::None});
     }
+}
+
+size_t LockList::CountDeletable(const Text& user, bool isAdministrator) const {
+    return static_cast<size_t>(std::count_if(locks.begin(), locks.end(), [&](const ListedLock& lock) {
+        return LockRules::IsDeletableLock(lock.record, isAdministrator, user);
+    }));
 }
 
 std::optional<Text> LockList::Delete(const Text& user, bool isAdministrator) {

@@ -35,6 +35,7 @@ public:
     // Values that are missing or no date, and were passed over.
     size_t OddValues() const { return oddValues; }
 
+    size_t CountDeletable(const Text& user, bool isAdministrator) const;
     // Deletes what may be deleted, in one transaction, and notes each lock's fate. Throws Error; then nothing was
     // deleted. Answers the reason when the locks were deleted but could not be read again.
     std::optional<Text> Delete(const Text& user, bool isAdministrator);

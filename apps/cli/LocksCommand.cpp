@@ -113,11 +113,15 @@ void PrintJson(const std::vector<ListedLock>& locks) {
     output.Finish();
 }
 
-bool IsConfirmed(size_t count) {
-    Complain(u"Delete " + CountText(static_cast<int64_t>(count), u"lock") +
-             u", as far as the rights go? Type y and Enter to go on.");
+bool IsConfirmed(size_t deletable, size_t listed) {
+    Text question = u"Delete " + CountText(static_cast<int64_t>(deletable), u"lock");
+    if (deletable < listed) {
+        question += u" (the other " + ToText(static_cast<long long>(listed - deletable)) + u" belong to other users)";
+    }
+    Complain(question + u"? Type y and Enter to go on.");
     std::string answer;
     std::getline(std::cin, answer);
+    if (answer.ends_with('\r')) answer.pop_back();
     return answer == "y" || answer == "Y" || answer == "yes";
 }
 
@@ -125,7 +129,8 @@ ExitCode Delete(LockList& list, const Arguments& arguments) {
     std::vector<ListedLock>& locks = list.Locks();
     const bool isJson = arguments.Has(u"--json");
     if (!isJson) PrintTable(locks);
-    if (!locks.empty() && !arguments.Has(u"--yes") && !IsConfirmed(locks.size())) {
+    const size_t deletable = list.CountDeletable(arguments.Value(u"--as"), arguments.Has(u"--admin"));
+    if (deletable > 0 && !arguments.Has(u"--yes") && !IsConfirmed(deletable, locks.size())) {
         Complain(u"dax locks: nothing was deleted. With --yes it does not ask.");
         return Refused;
     }

@@ -69,30 +69,6 @@ TEST_P(HierarchyCommandsTest, ShowsTheTree) {
                                     HasSubstr("\n  x1  Odd\n")));
 }
 
-TEST_P(HierarchyCommandsTest, DescribesOneEntry) {
-    EXPECT_THAT(Run(u"lesson", {u"L-1"}).output,
-                StartsWith("lesson: O'Neil's \"first\"\n\nproperties\n  Classification   internal\n"));
-    const Outcome json = Run(u"lesson", {u"l1", u"--json"});
-    EXPECT_THAT(json.output, AllOf(HasSubstr("\"StoryboardCount\":3,\"Odd name\":\"a\\tb\","),
-                                   HasSubstr("\"ParentIdentifierPath\":\"G-1\""), HasSubstr("\"LessonCount\":1,")));
-    EXPECT_THAT(Run(u"lesson", {u"/", u"--json"}).output,
-                AllOf(HasSubstr("\"properties\":null,\"tokens\":{},"), HasSubstr("\"StoryboardCount\":9,")));
-
-    database->Run({u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
-                   u"lockType) VALUES ('l1', 'юлия', 'm', 'i', 's', '2020-01-01 00:00:00', 1)"});
-    EXPECT_THAT(Run(u"info", {u"L-1"}).output,
-                AllOf(StartsWith("O'Neil's \"first\"\nlesson\nidentifier: L-1\n3 active storyboards\n"),
-                      HasSubstr("\ninternal\n\nюлия: editing lesson\nsince ")));
-    EXPECT_THAT(Run(u"info", {u"G-1", u"--level=3"}).output,
-                StartsWith("Grundlagen 語\ngroup\ninternal\n\n(1 user): editing lesson\nsince "));
-    const Outcome lesson = Run(u"info", {u"L-2", u"--no-identifier", u"--json"});
-    EXPECT_THAT(lesson.output, AllOf(HasSubstr("\"lockInfo\":[\"no locks\"],\"lockCount\":0"), Not(HasSubstr("L-2"))));
-    database->Run({u"DROP TABLE velmoraUserLocks"});
-    const Outcome broken = Run(u"info", {u"L-2"});
-    EXPECT_THAT(broken.output, EndsWith("lock data not available\n"));
-    EXPECT_THAT(broken.errors, HasSubstr("the locks could not be read: "));
-}
-
 TEST_P(HierarchyCommandsTest, EditsInOneTransaction) {
     const TempFolder folder;
     const Outcome wrong = Run(u"edit", {u"--file", folder.Write(u"c.txt", "remove L-1\nmove x1 in l3")});
@@ -129,6 +105,36 @@ TEST_P(HierarchyCommandsTest, EditsInOneTransaction) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, HierarchyCommandsTest, ::testing::ValuesIn(AllEngines()), EngineName);
+
+TEST(EntryCommandsTest, DescribeOneEntry) {
+    TestDatabase database(Engine::SQLite);
+    MakeCourse(database);
+    const auto run = [&](Text command, std::vector<Text> words) {
+        words.insert(words.begin(), {std::move(command), database.ConnectionString()});
+        return RunDax(words);
+    };
+    EXPECT_THAT(run(u"lesson", {u"L-1"}).output,
+                StartsWith("lesson: O'Neil's \"first\"\n\nproperties\n  Classification   internal\n"));
+    const Outcome json = run(u"lesson", {u"l1", u"--json"});
+    EXPECT_THAT(json.output, AllOf(HasSubstr("\"StoryboardCount\":3,\"Odd name\":\"a\\tb\","),
+                                   HasSubstr("\"ParentIdentifierPath\":\"G-1\""), HasSubstr("\"LessonCount\":1,")));
+    EXPECT_THAT(run(u"lesson", {u"/", u"--json"}).output,
+                AllOf(HasSubstr("\"properties\":null,\"tokens\":{},"), HasSubstr("\"StoryboardCount\":9,")));
+
+    database.Run({u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
+                  u"lockType) VALUES ('l1', 'юлия', 'm', 'i', 's', '2020-01-01 00:00:00', 1)"});
+    EXPECT_THAT(run(u"info", {u"L-1"}).output,
+                AllOf(StartsWith("O'Neil's \"first\"\nlesson\nidentifier: L-1\n3 active storyboards\n"),
+                      HasSubstr("\ninternal\n\nюлия: editing lesson\nsince ")));
+    EXPECT_THAT(run(u"info", {u"G-1", u"--level=3"}).output,
+                StartsWith("Grundlagen 語\ngroup\ninternal\n\n(1 user): editing lesson\nsince "));
+    const Outcome lesson = run(u"info", {u"L-2", u"--no-identifier", u"--json"});
+    EXPECT_THAT(lesson.output, AllOf(HasSubstr("\"lockInfo\":[\"no locks\"],\"lockCount\":0"), Not(HasSubstr("L-2"))));
+    database.Run({u"DROP TABLE velmoraUserLocks"});
+    const Outcome broken = run(u"info", {u"L-2"});
+    EXPECT_THAT(broken.output, EndsWith("lock data not available\n"));
+    EXPECT_THAT(broken.errors, HasSubstr("the locks could not be read: "));
+}
 
 TEST(TreeCommandTest, ChainStaysReadable) {
     TestDatabase database(Engine::SQLite);
