@@ -4,6 +4,7 @@
 #include "lessonmap/win32/LessonMapEditorWindow.h"
 #include "ocx/ControlClasses.h"
 #include "ocx/LessonMapContent.h"
+#include "ocx/LessonMapPictures.h"
 #include "ocx/LessonMapStoryboards.h"
 #include "ocx/LessonMapTree.h"
 #include "ocx/hosting/Control.h"
@@ -165,6 +166,13 @@ public:
         return Answer(sbid, [&] {
             return editor->FindNextSBID(FromBstr(criteria), static_cast<dax::FindTypes>(findType),
                                         exactMatch != VARIANT_FALSE, wrapSearch != VARIANT_FALSE);
+        });
+    }
+    STDMETHODIMP SetImageList(VARIANT imageList, VARIANT keys) override {
+        return Run([&] {
+            const HostPictures pictures = ReadPictures(imageList, keys);
+            if (!View().SetPictures(pictures.images, pictures.keys))
+                throw Error(ErrorNumbers::TypeMismatch, u"There is no such image list.");
         });
     }
 

@@ -45,8 +45,7 @@ public:
 
 private:
     size_t PlaceOf(const VARIANT& index) {
-        Variant plain;
-        Check(VariantCopyInd(&plain, const_cast<VARIANT*>(&index)));
+        const Variant plain = PlainOf(index);
         if (plain.vt == VT_BSTR) {
             if (places.empty()) {
                 for (size_t i = 0; i < storyboards.size(); ++i) places.emplace(storyboards[i]->SBID(), i);

@@ -18,19 +18,6 @@ constexpr int32_t indexOutOfBounds = 35600, elementNotFound = 35601, invalidCall
 const ClassEntry treeEntry{&CLSID_TreeView, &IID__TreeView, nullptr, L"TreeView", L"", nullptr, 0};
 const ClassEntry nodesEntry{&CLSID_Nodes, &IID__Nodes, nullptr, L"Nodes", L"", nullptr, 0};
 
-bool IsLeftOut(const VARIANT& argument) {
-    return argument.vt == VT_EMPTY || argument.vt == VT_NULL ||
-           (argument.vt == VT_ERROR && argument.scode == DISP_E_PARAMNOTFOUND);
-}
-
-Variant PlainOf(const VARIANT& argument) {
-    Variant plain;
-    Check(VariantCopyInd(&plain, const_cast<VARIANT*>(&argument)));
-    return plain;
-}
-
-Text TextOf(const VARIANT& argument) { return IsLeftOut(argument) ? Text() : TextFrom(PlainOf(argument)); }
-
 class NodesObject final : public Automation<_Nodes> {
 public:
     explicit NodesObject(std::shared_ptr<TreeObjects> owner) : Automation(nodesEntry), owner(std::move(owner)) {}
@@ -48,7 +35,8 @@ public:
             const int32_t relation = IsLeftOut(relationship) ? nrNext : NumberFrom(PlainOf(relationship));
             const int picture = IsLeftOut(image) ? 0 : owner->PictureOf(image);
             const auto [to, place] = PlaceFor(beside, relation);
-            return owner->ObjectOf(&owner->Tree().Add(to, place, TextOf(key), TextOf(text), picture));
+            return owner->ObjectOf(
+                &owner->Tree().Add(to, place, TextFrom(PlainOf(key)), TextFrom(PlainOf(text)), picture));
         });
     }
     STDMETHODIMP Remove(VARIANT index) override {

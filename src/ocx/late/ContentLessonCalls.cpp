@@ -159,8 +159,19 @@ std::vector<ComPtr<IDispatch>> HostObject::Elements() const {
     return elements;
 }
 
+bool IsLeftOut(const VARIANT& argument) {
+    return argument.vt == VT_EMPTY || argument.vt == VT_NULL ||
+           (argument.vt == VT_ERROR && argument.scode == DISP_E_PARAMNOTFOUND);
+}
+
+Variant PlainOf(const VARIANT& argument) {
+    Variant plain;
+    if (FAILED(VariantCopyInd(&plain, const_cast<VARIANT*>(&argument)))) RefuseKind();
+    return plain;
+}
+
 Text TextFrom(const Variant& value) {
-    if (value.vt == VT_EMPTY || value.vt == VT_NULL) return {};
+    if (IsLeftOut(value)) return {};
     Variant text;
     if (FAILED(VariantChangeType(&text, const_cast<Variant*>(&value), 0, VT_BSTR))) RefuseKind();
     return FromBstr(text.bstrVal);
@@ -173,8 +184,7 @@ int32_t NumberFrom(const Variant& value) {
 }
 
 ComPtr<IDispatch> ObjectFrom(const Variant& value) {
-    Variant plain;
-    if (FAILED(VariantCopyInd(&plain, const_cast<Variant*>(&value)))) RefuseKind();
+    const Variant plain = PlainOf(value);
     if (plain.vt == VT_EMPTY || plain.vt == VT_NULL) return {};
     if (plain.vt != VT_DISPATCH && plain.vt != VT_UNKNOWN) RefuseKind();
     if (!plain.punkVal) return {};

@@ -39,6 +39,10 @@ private:
     ComPtr<IDispatch> object;
 };
 
+// Of an argument: nothing was given; and the value itself, where a reference may have been given. Throws Error.
+bool IsLeftOut(const VARIANT& argument);
+Variant PlainOf(const VARIANT& argument);
+
 // What a call has answered. Nothing is the empty text and no object.
 Text TextFrom(const Variant& value);
 int32_t NumberFrom(const Variant& value);
