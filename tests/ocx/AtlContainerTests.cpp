@@ -36,7 +36,6 @@ protected:
         if (FAILED(getControl(host, control.Out()))) return {};
         return Query<IDispatch>(control.Get(), IID_IDispatch);
     }
-    static constexpr const wchar_t* Controls[] = {L"DAXControls.DatabaseValidator", L"DAXControls.SQLDBPicker"};
     static inline HRESULT(WINAPI* getControl)(HWND, IUnknown**) = nullptr;
 };
 

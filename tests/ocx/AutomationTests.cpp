@@ -85,7 +85,7 @@ TEST_F(AutomationTest, FailuresCarryNumberDescriptionAndSource) {
 }
 
 TEST_F(AutomationTest, EveryClassAnswersTheInterfacesHostsAskFor) {
-    for (const wchar_t* name : {L"DAXControls.DatabaseValidator", L"DAXControls.SQLDBPicker"}) {
+    for (const wchar_t* name : Controls) {
         const auto object = Create(name);
         const auto identity = Query<IUnknown>(object.Get(), IID_IUnknown);
         for (const IID* iid :
@@ -113,9 +113,10 @@ TEST_F(AutomationTest, UnregistrationLeavesNothing) {
         EXPECT_HRESULT_SUCCEEDED(CallLibrary(library, "DllRegisterServer"));
     const auto with = ClassKeys();
     for (const wchar_t* key :
-         {L"\\DAXControls.DatabaseValidator", L"\\DAXControls.SQLDBPicker", L"\\DAXControls.Constants",
-          L"\\ContentObjects.Utility", L"CLSID\\{0B88A5EE-D833-44E2-A2A1-00AAD7D928A7}",
-          L"TypeLib\\{8F5DC3A9-0CAF-4686-81C3-214347ED9D6A}"})
+         {L"\\DAXControls.DatabaseValidator", L"\\DAXControls.SQLDBPicker", L"\\DAXControls.GroupEditor",
+          L"\\DAXControls.LockManager", L"\\DAXControls.LessonInfo", L"\\DAXControls.LockInfo",
+          L"\\DAXControls.Constants", L"\\ContentObjects.Utility", L"\\ContentObjects.PropertyCollection",
+          L"CLSID\\{0B88A5EE-D833-44E2-A2A1-00AAD7D928A7}", L"TypeLib\\{8F5DC3A9-0CAF-4686-81C3-214347ED9D6A}"})
         EXPECT_TRUE(with.contains(key) && !without.contains(key)) << ToUtf8(FromWide(key));
     for (const wchar_t* library : {L"daxControls33.ocx", L"contentObjects.dll"})
         EXPECT_HRESULT_SUCCEEDED(CallLibrary(library, "DllUnregisterServer"));
@@ -130,7 +131,11 @@ TEST_F(AutomationTest, WorksWithoutRegistrationThroughTheShippedManifests) {
     for (const auto& [manifest, progID, member] :
          {std::tuple{L"daxControls33.manifest", L"DAXControls.Constants", L"OCXVersion"},
           std::tuple{L"daxControls33.manifest", L"DAXControls.SQLDBPicker", L"DBCatalog"},
-          std::tuple{L"contentObjects.manifest", L"ContentObjects.Utility", L"NewIdentifier"}}) {
+          std::tuple{L"daxControls33.manifest", L"DAXControls.GroupEditor", L"DatabaseTitle"},
+          std::tuple{L"daxControls33.manifest", L"DAXControls.LockManager", L"ConnectionString"},
+          std::tuple{L"daxControls33.manifest", L"DAXControls.LockInfo", L"ConnectionString"},
+          std::tuple{L"contentObjects.manifest", L"ContentObjects.Utility", L"NewIdentifier"},
+          std::tuple{L"contentObjects.manifest", L"ContentObjects.PropertyCollection", L"Save"}}) {
         const std::wstring source = BinFolder() + manifest;
         ACTCTXW context{};
         context.cbSize = sizeof context;

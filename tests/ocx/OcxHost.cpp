@@ -36,7 +36,7 @@ void WarmUp() {
     SetFocus(window);
     PumpPending();
     DestroyWindow(window);
-    for (const wchar_t* name : {L"DAXControls.DatabaseValidator", L"DAXControls.SQLDBPicker"}) {
+    for (const wchar_t* name : Controls) {
         ComPtr<IDispatch> object = Create(name);
         try {
             Call(object.Get(), L"Nothing");
@@ -44,8 +44,10 @@ void WarmUp() {
             continue; // only to have asked once
         }
     }
-    ComPtr<IDispatch> picker = Create(L"DAXControls.SQLDBPicker");
-    Call(picker.Get(), L"Enabled");
+    for (const auto& [name, property] :
+         {std::pair{L"DAXControls.SQLDBPicker", L"Enabled"}, std::pair{L"DAXControls.GroupEditor", L"Locked"},
+          std::pair{L"DAXControls.LockManager", L"LockCount"}})
+        Call(Create(name).Get(), property);
 }
 
 } // namespace
@@ -87,7 +89,7 @@ Variant Call(IDispatch* object, const wchar_t* member, std::initializer_list<Var
                                   std::make_reverse_iterator(arguments.begin()));
     DISPID put = DISPID_PROPERTYPUT;
     DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
-    if (kind == DISPATCH_PROPERTYPUT) {
+    if (kind & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) {
         parameters.rgdispidNamedArgs = &put;
         parameters.cNamedArgs = 1;
     }
@@ -105,6 +107,18 @@ Variant Call(IDispatch* object, const wchar_t* member, std::initializer_list<Var
 }
 
 Text TextOf(const Variant& value) { return value.vt == VT_BSTR ? FromBstr(value.bstrVal) : u"(no text)"; }
+ComPtr<IDispatch> ObjectOf(const Variant& value) { return value.vt == VT_DISPATCH ? value.pdispVal : nullptr; }
+void Put(IDispatch* object, const wchar_t* property, const Variant& value, WORD kind) {
+    Call(object, property, {value}, kind);
+}
+HRESULT CodeOf(const std::function<void()>& call) {
+    try {
+        call();
+        return S_OK;
+    } catch (const Failure& failure) {
+        return failure.code;
+    }
+}
 bool IsTrue(const Variant& value) { return value.vt == VT_BOOL && value.boolVal == VARIANT_TRUE; }
 int32_t NumberOf(const Variant& value) { return value.vt == VT_I4 ? value.lVal : INT32_MIN; }
 
@@ -151,9 +165,17 @@ HRESULT Sink::QueryInterface(REFIID iid, void** object) {
 
 HRESULT Sink::Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*, EXCEPINFO*, UINT*) {
     std::vector<Text> arguments;
-    for (UINT i = parameters->cArgs; i-- > 0;) arguments.push_back(FromBstr(parameters->rgvarg[i].bstrVal));
+    for (UINT i = parameters->cArgs; i-- > 0;) {
+        VARIANT& argument = parameters->rgvarg[i];
+        Variant text;
+        EXPECT_HRESULT_SUCCEEDED(VariantCopyInd(&text, &argument));
+        EXPECT_HRESULT_SUCCEEDED(VariantChangeType(&text, &text, 0, VT_BSTR));
+        arguments.push_back(TextOf(text));
+    }
     const Listener called = listener;
     called(dispid, arguments);
+    for (UINT i = 0; i < parameters->cArgs; ++i)
+        if (parameters->rgvarg[i].vt == (VT_I4 | VT_BYREF)) *parameters->rgvarg[i].plVal = answer;
     return S_OK;
 }
 

@@ -37,6 +37,12 @@ protected:
     int windowsBefore = 0;
 };
 
+// Every visible control.
+inline constexpr const wchar_t* Controls[] = {
+    L"DAXControls.DatabaseValidator", L"DAXControls.SQLDBPicker", L"DAXControls.GroupEditor",
+    L"DAXControls.LockManager",       L"DAXControls.LessonInfo",  L"DAXControls.LockInfo",
+};
+
 ComPtr<IDispatch> Create(const wchar_t* progID);
 
 // A call by name, the arguments in their written order. Throws Failure when it fails.
@@ -47,6 +53,10 @@ struct Failure {
 Variant Call(IDispatch* object, const wchar_t* member, std::initializer_list<Variant> arguments = {},
              WORD kind = DISPATCH_METHOD | DISPATCH_PROPERTYGET);
 Text TextOf(const Variant& value);
+ComPtr<IDispatch> ObjectOf(const Variant& value);
+void Put(IDispatch* object, const wchar_t* property, const Variant& value, WORD kind = DISPATCH_PROPERTYPUT);
+// The code of the failure of a call; S_OK when it works.
+HRESULT CodeOf(const std::function<void()>& call);
 bool IsTrue(const Variant& value);
 int32_t NumberOf(const Variant& value);
 
@@ -54,7 +64,7 @@ int32_t NumberOf(const Variant& value);
 bool PumpUntil(const std::function<bool()>& condition);
 void PumpPending();
 
-// Hears every event of an object.
+// Hears every event of an object, the arguments as text.
 class Sink final : public IDispatch {
 public:
     using Listener = std::function<void(DISPID event, const std::vector<Text>& arguments)>;
@@ -73,6 +83,7 @@ public:
                         UINT*) override;
 
     ULONG references = 1;
+    long answer = 0; // what an argument by reference is set to
 
 private:
     Listener listener;

@@ -92,4 +92,34 @@ ComPtr<IOleObject> Place(IDispatch* control, TestSite& site, LONG verb) {
     return object;
 }
 
+HWND WindowOf(IUnknown* control) {
+    HWND window = nullptr;
+    Query<IOleWindow>(control, IID_IOleWindow)->GetWindow(&window);
+    return window;
+}
+
+// A picture of the control as rows of pixels.
+std::vector<DWORD> Picture(IUnknown* control, int width, int height) {
+    BITMAPINFO info{};
+    info.bmiHeader = {sizeof info.bmiHeader, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void* bits = nullptr;
+    const HDC dc = CreateCompatibleDC(nullptr);
+    const HBITMAP bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    const HGDIOBJ former = SelectObject(dc, bitmap);
+    const RECTL bounds{0, 0, width, height};
+    EXPECT_HRESULT_SUCCEEDED(OleDraw(control, DVASPECT_CONTENT, dc, reinterpret_cast<const RECT*>(&bounds)));
+    GdiFlush();
+    const auto* pixels = static_cast<const DWORD*>(bits);
+    std::vector<DWORD> result(pixels, pixels + width * height);
+    for (DWORD& pixel : result) pixel &= 0xFFFFFF;
+    SelectObject(dc, former);
+    DeleteObject(bitmap);
+    DeleteDC(dc);
+    return result;
+}
+
+size_t PixelsUnlike(const std::vector<DWORD>& picture, DWORD color) {
+    return static_cast<size_t>(std::count_if(picture.begin(), picture.end(), [color](DWORD p) { return p != color; }));
+}
+
 } // namespace dax::test

@@ -79,4 +79,10 @@ public:
 // A control placed on a site, in the order that most hosts use.
 ComPtr<IOleObject> Place(IDispatch* control, TestSite& site, LONG verb = OLEIVERB_INPLACEACTIVATE);
 
+// Null while the control is not active.
+HWND WindowOf(IUnknown* control);
+// A picture of the control as rows of pixels.
+std::vector<DWORD> Picture(IUnknown* control, int width, int height);
+size_t PixelsUnlike(const std::vector<DWORD>& picture, DWORD color);
+
 } // namespace dax::test

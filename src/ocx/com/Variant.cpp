@@ -99,6 +99,28 @@ VARTYPE KindOf(const Value& value) {
     }
 }
 
+// Of the many kinds of numbers, the two that a value can have.
+VARTYPE WiderKind(VARTYPE kind) {
+    switch (kind) {
+    case VT_I1:
+    case VT_UI1:
+    case VT_I2:
+    case VT_UI2:
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+    case VT_UI8:
+        return VT_I8;
+    case VT_R4:
+    case VT_CY:
+    case VT_DECIMAL:
+        return VT_R8;
+    default:
+        return kind;
+    }
+}
+
 } // namespace
 
 Value ToValue(const VARIANT& variant, const Value& like) {
@@ -107,17 +129,15 @@ Value ToValue(const VARIANT& variant, const Value& like) {
     const VARTYPE kind = KindOf(like);
     const bool isNothing = plain.vt == VT_EMPTY || plain.vt == VT_NULL;
     if (!isNothing && kind != VT_EMPTY && FAILED(VariantChangeType(&plain, &plain, 0, kind))) return {};
+    if (const VARTYPE wider = WiderKind(plain.vt); wider != plain.vt)
+        if (FAILED(VariantChangeType(&plain, &plain, 0, wider))) return {};
     switch (plain.vt) {
     case VT_BOOL:
         return plain.boolVal != VARIANT_FALSE;
     case VT_BSTR:
         return FromBstr(plain.bstrVal);
-    case VT_I2:
-        return static_cast<int64_t>(plain.iVal);
-    case VT_I4:
-        return static_cast<int64_t>(plain.lVal);
-    case VT_R4:
-        return static_cast<double>(plain.fltVal);
+    case VT_I8:
+        return static_cast<int64_t>(plain.llVal);
     case VT_R8:
         return plain.dblVal;
     case VT_DATE: {

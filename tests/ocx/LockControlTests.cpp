@@ -1,0 +1,285 @@
+// The lock list and both panels as controls: automation, the answers to errors, keys, and every way to let go.
+#include "Course.h"
+#include "TestSite.h"
+
+#include <commctrl.h>
+
+namespace dax::test {
+
+namespace {
+
+enum Answer : long { Abort = 3, Retry = 4, Ignore = 5 };
+
+class LockControlTest : public OcxTest {
+protected:
+    void TearDown() override {
+        sink.Disconnect();
+        EXPECT_EQ(sink.references, 1u) << "nobody else holds the host's sink";
+        locks.Reset();
+        OcxTest::TearDown();
+    }
+
+    int32_t Count(const wchar_t* property) { return NumberOf(Call(locks.Get(), property)); }
+    void Set(const wchar_t* property, const Variant& value) { Put(locks.Get(), property, value); }
+    void Open() {
+        sink.Connect(locks.Get());
+        Set(L"ConnectionString", Variant(course.ConnectionString()));
+        Set(L"Username", Variant(u"ann"));
+        Set(L"SessionID", Variant(u"another"));
+        Call(locks.Get(), L"RebuildDisplay");
+    }
+    std::string Take() { return std::exchange(heard, {}); }
+    static void Select(HWND list, WPARAM row) {
+        LVITEMW item{};
+        item.state = item.stateMask = LVIS_SELECTED;
+        SendMessageW(list, LVM_SETITEMSTATE, row, reinterpret_cast<LPARAM>(&item));
+    }
+
+    const Course course;
+    std::string heard;
+    std::function<void()> onError;
+    ComPtr<IDispatch> locks = Create(L"DAXControls.LockManager");
+    Sink sink{[this](DISPID event, const std::vector<Text>& arguments) {
+        heard += event == 1 ? "Selection " : event == 2 ? "Delete " : "Error ";
+        heard += event == 3 ? ToUtf8(arguments[2] + u"/" + arguments[3] + u"/" + arguments[4]) : ToUtf8(arguments[0]);
+        heard += "; ";
+        if (event == 3 && onError) onError();
+    }};
+};
+
+// A host's own collection, which enumerates what it has.
+class TestCollection final : public IDispatch, public IEnumVARIANT {
+public:
+    std::vector<Variant> elements;
+    size_t next = 0;
+    ULONG references = 1;
+
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
+        *object = nullptr;
+        if (iid == IID_IUnknown || iid == IID_IDispatch) *object = static_cast<IDispatch*>(this);
+        if (iid == IID_IEnumVARIANT) *object = static_cast<IEnumVARIANT*>(this);
+        if (!*object) return E_NOINTERFACE;
+        AddRef();
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
+    STDMETHODIMP_(ULONG) Release() override { return --references; } // lives on the stack
+    STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+    STDMETHODIMP Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*, UINT*) override {
+        if (dispid != DISPID_NEWENUM) return DISP_E_MEMBERNOTFOUND;
+        next = 0;
+        AddRef();
+        result->punkVal = static_cast<IEnumVARIANT*>(this);
+        result->vt = VT_UNKNOWN;
+        return S_OK;
+    }
+    STDMETHODIMP Next(ULONG, VARIANT* element, ULONG*) override {
+        return next < elements.size() ? VariantCopy(element, &elements[next++]) : S_FALSE;
+    }
+    STDMETHODIMP Skip(ULONG) override { return E_NOTIMPL; }
+    STDMETHODIMP Reset() override { return E_NOTIMPL; }
+    STDMETHODIMP Clone(IEnumVARIANT**) override { return E_NOTIMPL; }
+};
+
+} // namespace
+
+TEST_F(LockControlTest, ListsCountsAndFilters) {
+    Open();
+    EXPECT_EQ(Take(), "Selection 1; ") << "nothing is selected";
+    EXPECT_EQ(Count(L"LockCount"), 6);
+    EXPECT_EQ(Count(L"DeletableLockCount"), 3);
+    EXPECT_EQ(Count(L"ValidLockCount"), 6 - Count(L"InvalidLockCount"));
+    EXPECT_EQ(Count(L"SelectedLockDeleteType"), 1);
+    Set(L"IsAdministrator", Variant(true));
+    EXPECT_EQ(Count(L"DeletableLockCount"), 6);
+    const auto shown = [&](int32_t display) {
+        Set(L"LockDisplayType", Variant(display));
+        Call(locks.Get(), L"Refresh");
+        return Count(L"LockCount");
+    };
+    EXPECT_EQ(shown(1), 3) << "ann's";
+    Set(L"LessonID", Variant(u"c"));
+    EXPECT_EQ(shown(2), 2);
+    EXPECT_EQ(shown(3), 2) << "no group yet: the lesson alone";
+
+    const auto editor = Create(L"DAXControls.GroupEditor");
+    Put(editor.Get(), L"ConnectionString", Variant(course.ConnectionString()));
+    Call(editor.Get(), L"LoadDatabase");
+    Variant group = Call(editor.Get(), L"GetChildLessonIDCollection", {Variant(u"g")});
+    Put(locks.Get(), L"GroupIDCollection", group, DISPATCH_PROPERTYPUTREF);
+    EXPECT_EQ(ObjectOf(Call(locks.Get(), L"GroupIDCollection")).Get(), group.pdispVal);
+    EXPECT_EQ(shown(3), 4) << "a and b of the group, and the lesson";
+
+    TestCollection own;
+    own.elements = {Variant(u"a"), Variant(u"a"), Variant(u"d")};
+    Set(L"GroupIDCollection", Variant(&own));
+    EXPECT_EQ(shown(3), 4);
+    own.elements = {Variant(u"gone")};
+    EXPECT_EQ(shown(3), 3) << "what the host's collection holds by now";
+    own.elements = {Variant(static_cast<IDispatch*>(&own))};
+    EXPECT_EQ(CodeOf([&] { shown(3); }), static_cast<HRESULT>(0x800A000D));
+    EXPECT_EQ(CodeOf([&] { Set(L"GroupIDCollection", Variant(locks.Get())); }), static_cast<HRESULT>(0x800A01B6));
+    own.elements.clear();
+    Set(L"GroupIDCollection", Variant(static_cast<IDispatch*>(nullptr)));
+    EXPECT_EQ(own.references, 1u);
+    EXPECT_EQ(shown(3), 2);
+}
+
+TEST_F(LockControlTest, TheHostAnswersErrors) {
+    Open();
+    Take();
+    Set(L"ConnectionString", Variant(u"Provider=Nonsense"));
+    const std::string error = "Error updating the lock display/Refresh/0; ";
+    for (const long answer : {0L, long{Abort}}) {
+        sink.answer = answer;
+        Call(locks.Get(), L"Refresh");
+        EXPECT_EQ(Take(), error);
+    }
+    sink.answer = Retry;
+    onError = [&] { Set(L"ConnectionString", Variant(course.ConnectionString())); };
+    Call(locks.Get(), L"Refresh");
+    EXPECT_EQ(Take(), error + "Selection 1; ") << "the second attempt works";
+    EXPECT_EQ(Count(L"LockCount"), 6);
+}
+
+TEST_F(LockControlTest, TheUserSelectsAsksAndTheHostDeletes) {
+    Open();
+    TestSite site;
+    const auto object = Place(locks.Get(), site, OLEIVERB_UIACTIVATE);
+    const HWND list = GetWindow(WindowOf(locks.Get()), GW_CHILD);
+    ASSERT_TRUE(site.activeObject);
+    Call(locks.Get(), L"Refresh");
+    Take();
+    const auto press = [&](WPARAM key) {
+        MSG down{list, WM_KEYDOWN, key, 1, 0, {}};
+        return site.activeObject->TranslateAccelerator(&down) == S_OK;
+    };
+    EXPECT_TRUE(press(VK_DELETE));
+    EXPECT_EQ(Take(), "") << "nothing selected, nothing asked";
+    for (WPARAM row = 0; row < 6; ++row) Select(list, row);
+    EXPECT_EQ(Count(L"SelectedLockCount"), 6);
+    EXPECT_EQ(Count(L"SelectedDeletableLockCount"), 3);
+    EXPECT_TRUE(press(VK_DELETE));
+    EXPECT_EQ(Take(), "Delete 2; ");
+    Call(locks.Get(), L"DeleteSelected");
+    EXPECT_EQ(Take(), "Selection 1; ");
+    EXPECT_EQ(course.LocksLeft(), u"3");
+    course.AddLock(u"a", u"ann", 1, 1);
+    EXPECT_TRUE(press(VK_F5));
+    EXPECT_EQ(Count(L"LockCount"), 4);
+    EXPECT_FALSE(press(VK_TAB));
+    EXPECT_FALSE(press(VK_ESCAPE));
+    object->Close(OLECLOSE_NOSAVE);
+    object->SetClientSite(nullptr);
+}
+
+TEST_F(LockControlTest, MayBeReleasedInsideEachOfItsEvents) {
+    const struct {
+        DISPID event;
+        const wchar_t* member;
+        WPARAM key;
+    } cases[] = {{1, L"Refresh", 0},      {1, nullptr, VK_F5}, {1, L"RebuildDisplay", 0}, {1, L"DeleteSelected", 0},
+                 {2, nullptr, VK_DELETE}, {3, L"Refresh", 0},  {3, nullptr, VK_F5},       {3, L"DeleteSelected", 0}};
+    for (const auto& row : cases)
+        for (const long answer : {long{Abort}, long{Retry}, long{Ignore}}) {
+            if (row.event != 3 && answer != Abort) continue;
+            SCOPED_TRACE(row.event);
+            SCOPED_TRACE(answer);
+            TestSite site;
+            auto control = Create(L"DAXControls.LockManager");
+            auto object = Place(control.Get(), site, OLEIVERB_UIACTIVATE);
+            const HWND window = WindowOf(control.Get()), list = GetWindow(window, GW_CHILD);
+            Put(control.Get(), L"ConnectionString", Variant(course.ConnectionString()));
+            Put(control.Get(), L"Username", Variant(u"ann"));
+            Call(control.Get(), L"RebuildDisplay");
+            for (WPARAM item = 0; item < 6; ++item) Select(list, item);
+            if (row.event == 3) Put(control.Get(), L"ConnectionString", Variant(u"Provider=Nonsense"));
+            int events = 0;
+            Sink releasing([&](DISPID event, const std::vector<Text>&) {
+                if (event != row.event) return;
+                ++events;
+                releasing.Disconnect();
+                object->Close(OLECLOSE_NOSAVE);
+                object->SetClientSite(nullptr);
+                site.activeObject.Reset();
+                object.Reset();
+                control.Reset();
+            });
+            releasing.answer = answer;
+            releasing.Connect(control.Get());
+            if (row.member)
+                Call(control.Get(), row.member);
+            else
+                SendMessageW(list, WM_KEYDOWN, row.key, 1);
+            EXPECT_EQ(events, 1);
+            EXPECT_FALSE(control);
+            EXPECT_TRUE(PumpUntil([&] { return !IsWindow(window) && !IsWindow(list); })) << "gone soon after";
+            EXPECT_EQ(releasing.references, 1u);
+            EXPECT_EQ(site.references, 1u);
+        }
+}
+
+TEST_F(LockControlTest, PanelsFollowAnEditor) {
+    auto editor = Create(L"DAXControls.GroupEditor");
+    Put(editor.Get(), L"ConnectionString", Variant(course.ConnectionString()));
+    Call(editor.Get(), L"LoadDatabase");
+    const auto info = Create(L"DAXControls.LessonInfo"), lockInfo = Create(L"DAXControls.LockInfo");
+    TestSite site;
+    for (const auto& panel : {info, lockInfo}) Query<IOleObject>(panel.Get(), IID_IOleObject)->SetClientSite(&site);
+    const auto update = [&](const Variant& from) {
+        for (const auto& panel : {info, lockInfo}) Call(panel.Get(), L"UpdateFrom", {from});
+        return std::pair{Picture(info.Get(), 260, 160), Picture(lockInfo.Get(), 260, 80)};
+    };
+    const auto& [root, rootLocks] = update(Variant(editor.Get()));
+    EXPECT_EQ(NumberOf(Call(lockInfo.Get(), L"LockCount")), 5) << "of every lesson of the course";
+    EXPECT_EQ(TextOf(Call(lockInfo.Get(), L"ConnectionString")), course.ConnectionString());
+    Put(editor.Get(), L"CurrentLessonID", Variant(u"a"));
+    const auto& [lesson, lessonLocks] = update(Variant(editor.Get()));
+    EXPECT_EQ(NumberOf(Call(lockInfo.Get(), L"LockCount")), 1);
+    EXPECT_TRUE(lesson != root && lessonLocks != rootLocks);
+    Put(info.Get(), L"ShowIdentifier", Variant(false));
+    EXPECT_NE(Picture(info.Get(), 260, 160), lesson) << "a line less";
+    const auto& [nothing, noLocks] = update(Variant(static_cast<IDispatch*>(nullptr)));
+    EXPECT_EQ(NumberOf(Call(lockInfo.Get(), L"LockCount")), 0);
+    EXPECT_EQ(PixelsUnlike(nothing, nothing.front()), 0u);
+    EXPECT_NE(noLocks, lessonLocks);
+    for (const auto& panel : {info, lockInfo})
+        EXPECT_TRUE(FAILED(CodeOf([&] { Call(panel.Get(), L"UpdateFrom", {Variant(lockInfo.Get())}); })));
+
+    // The database fails, and the host lets go of everything inside the event.
+    Put(editor.Get(), L"ConnectionString", Variant(u"Provider=Nonsense"));
+    auto failing = Create(L"DAXControls.LockInfo");
+    int events = 0;
+    Sink releasing([&](DISPID event, const std::vector<Text>& arguments) {
+        ++events;
+        EXPECT_TRUE(event == 1 && arguments.size() == 2 && arguments[1].find(u"Nonsense") != Text::npos);
+        releasing.Disconnect();
+        failing.Reset();
+        editor.Reset();
+    });
+    releasing.Connect(failing.Get());
+    Call(failing.Get(), L"UpdateFrom", {Variant(editor.Get())});
+    EXPECT_EQ(events, 1);
+    EXPECT_EQ(releasing.references, 1u);
+    for (const auto& panel : {info, lockInfo}) Query<IOleObject>(panel.Get(), IID_IOleObject)->SetClientSite(nullptr);
+}
+
+TEST_F(LockControlTest, PanelsShowASampleInDesignMode) {
+    for (const wchar_t* name : {L"DAXControls.LessonInfo", L"DAXControls.LockInfo"}) {
+        TestSite site;
+        site.ambients[DISPID_AMBIENT_USERMODE] = Variant(false);
+        const auto panel = Create(name);
+        const auto object = Query<IOleObject>(panel.Get(), IID_IOleObject);
+        object->SetClientSite(&site);
+        const auto sample = Picture(panel.Get(), 260, 160);
+        EXPECT_GT(PixelsUnlike(sample, sample.back()), 200u) << ToUtf8(FromWide(name));
+        site.ambients[DISPID_AMBIENT_USERMODE] = Variant(true);
+        Query<IOleControl>(panel.Get(), IID_IOleControl)->OnAmbientPropertyChange(DISPID_AMBIENT_USERMODE);
+        EXPECT_NE(Picture(panel.Get(), 260, 160), sample);
+        object->SetClientSite(nullptr);
+    }
+}
+
+} // namespace dax::test
