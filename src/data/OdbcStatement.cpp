@@ -58,7 +58,9 @@ void OdbcStatement::Execute(TextView statement, std::span<const Value> values,
                             std::span<const SQLSMALLINT> columnTypes) {
     const Dialect& dialect = owner.Quirks();
     CloseCursor();
-    const Text adapted = AdaptStatement(statement, dialect);
+    Text storage;
+    TextView adapted = statement;
+    if (!PassesUnchanged(statement, dialect)) adapted = storage = AdaptStatement(statement, dialect);
     Observe(adapted);
     std::optional<Parametrized> parametrized;
     if (values.empty()) parametrized = TakeLongLiterals(adapted, dialect.longestLiteral);
@@ -66,7 +68,7 @@ void OdbcStatement::Execute(TextView statement, std::span<const Value> values,
     for (size_t i = 0; i < all.size(); ++i)
         Bind(static_cast<SQLUSMALLINT>(i + 1), all[i], i < columnTypes.size() ? columnTypes[i] : SQLSMALLINT{0});
     try {
-        Send(parametrized ? TextView(parametrized->statement) : TextView(adapted));
+        Send(parametrized ? TextView(parametrized->statement) : adapted);
     } catch (...) {
         Unbind();
         throw;

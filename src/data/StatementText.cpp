@@ -1,5 +1,7 @@
 #include "data/StatementText.h"
 
+#include <cstring>
+
 namespace dax {
 
 namespace {
@@ -198,10 +200,15 @@ std::optional<Top> FindTop(TextView statement) {
 
 } // namespace
 
+bool PassesUnchanged(TextView statement, const Dialect& dialect) {
+    if (!dialect.adapts || statement.empty()) return true;
+    // A byte of that value anywhere may be a number sign; mostly there is none.
+    return !std::memchr(statement.data(), '#', statement.size() * sizeof(char16_t)) && !FindTop(statement);
+}
+
 Text AdaptStatement(TextView statement, const Dialect& dialect) {
-    if (!dialect.adapts) return Text(statement);
+    if (PassesUnchanged(statement, dialect)) return Text(statement);
     const std::optional<Top> top = FindTop(statement);
-    if (!top && statement.find(u'#') == TextView::npos) return Text(statement);
     bool whole = true;
     Text result;
     result.reserve(statement.size() + 16);

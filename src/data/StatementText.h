@@ -10,6 +10,8 @@ namespace dax {
 // `SELECT TOP n …` becomes `SELECT … LIMIT n`, #y/m/d h:m:s# becomes 'yyyy-mm-dd hh:mm:ss', never inside '…', "…",
 // […], `…` or a comment; nothing is touched after a quote that does not end. Engines that do not adapt get it verbatim.
 Text AdaptStatement(TextView statement, const Dialect& dialect);
+// True, at little cost, for most of the statements that adapting leaves as they are.
+bool PassesUnchanged(TextView statement, const Dialect& dialect);
 
 // True when the statement ends where it seems to, so that another may follow it in one call: every quote is closed,
 // there is no comment and no semicolon outside quotes.

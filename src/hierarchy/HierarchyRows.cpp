@@ -9,7 +9,7 @@ namespace dax::HierarchyRows {
 
 namespace {
 
-constexpr size_t batchSize = 1000; // statements built at a time
+constexpr size_t batchSize = 100; // statements built at a time: few enough to stay in the cache until they are sent
 constexpr int64_t progressStep = 1000;
 
 int32_t ReadType(const Recordset& rows, size_t column, int32_t defaultValue) {
@@ -70,20 +70,27 @@ public:
         : connection(connection), total(total), progress(progress) {}
 
     Text& Next() {
-        if (used == batchSize) Flush();
+        if (used == batchSize) {
+            Flush();
+            if (progress && done % progressStep == 0) progress(done, total);
+        }
         if (used == statements.size()) statements.emplace_back();
         Text& statement = statements[used++];
         statement.clear();
         return statement;
     }
-    void Flush() {
-        connection.ExecuteAll(std::span(statements).first(used));
-        done += static_cast<int64_t>(used);
-        used = 0;
+    void Finish() {
+        Flush();
         if (progress) progress(done, total);
     }
 
 private:
+    void Flush() {
+        connection.ExecuteAll(std::span(statements).first(used));
+        done += static_cast<int64_t>(used);
+        used = 0;
+    }
+
     Connection& connection;
     std::vector<Text> statements;
     size_t used = 0;
@@ -101,7 +108,7 @@ void SaveInto(Connection& connection, NodeTree& tree, const IDCollection& delete
     for (const Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) {
         if (node->Parent()) WriteUpdate(batch.Next(), *node);
     }
-    batch.Flush();
+    batch.Finish();
     connection.CommitTrans();
 }
 
