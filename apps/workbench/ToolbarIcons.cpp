@@ -1,6 +1,6 @@
-#include "controls/win32/ShapePen.h" // first: it frees names that the system's headers take as macros
-
 #include "ToolbarIcons.h"
+
+#include "controls/win32/ShapePen.h"
 
 namespace dax::workbench {
 

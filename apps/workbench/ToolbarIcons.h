@@ -1,6 +1,8 @@
 // The pictures of the toolbars.
 #pragma once
 
+#include "controls/win32/Windows.h" // first: it frees names that the system takes as macros
+
 #include "Toolbar.h"
 
 #include <commctrl.h>
