@@ -179,6 +179,7 @@ private:
             break;
         case 2:
             editor->SetShowDefaultMapOnly(isOn);
+            (void)editor->CheckedStoryboards(); // a page added while its map was hidden is in two maps by now
             break;
         case 3:
             editor->SetAllowDragDrop(isOn);
@@ -191,6 +192,7 @@ private:
 
     void Check() const {
         CheckTree(*tree);
+        if (callsBack) (void)editor->CheckedStoryboards(); // whatever a listener did: written back it must agree
         if (callsBack && editor->Lesson() != lesson) return;
         for (const Node* root = tree->First(); root; root = root->Next()) {
             RequireEqual(ToUtf8(root->Caption()),
