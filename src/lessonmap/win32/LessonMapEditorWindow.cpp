@@ -51,7 +51,6 @@ LessonMapEditorWindow::~LessonMapEditorWindow() {
     editor->CheckboxesChanged.Remove(boxListener);
     editor->SetWindow(nullptr);
     if (pictures) ImageList_Destroy(pictures);
-    if (boxes) ImageList_Destroy(boxes);
 }
 
 bool LessonMapEditorWindow::SetPictures(HIMAGELIST images, const PictureKeys& keys) {
@@ -99,23 +98,16 @@ void LessonMapEditorWindow::UsePictures() {
         treeView->SetImages(pictures);
         if (former) ImageList_Destroy(former);
     }
-    if (boxes) UseBoxes();
+    UseBoxes();
 }
 
-// The system draws its boxes for 96 dpi: ours take their place, and stay ours when the tree is without boxes.
+// The system draws its boxes for 96 dpi: ours take their place, and go with the tree's boxes.
 void LessonMapEditorWindow::UseBoxes() {
-    const auto exchange = [this](HIMAGELIST list) {
-        if (!treeView->Handle()) return HIMAGELIST{};
-        return reinterpret_cast<HIMAGELIST>(
-            SendMessageW(treeView->Handle(), TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(list)));
-    };
-    const HIMAGELIST former = std::exchange(boxes, nullptr);
-    if (former) exchange(nullptr);
     treeView->SetCheckBoxes(editor->Checkboxes());
-    if (editor->Checkboxes() && treeView->Handle()) {
-        boxes = CreateCheckPictures(Scale(16));
-        if (const HIMAGELIST ofSystem = exchange(boxes)) ImageList_Destroy(ofSystem);
-    }
+    const HWND tree = treeView->Handle();
+    if (!tree || !editor->Checkboxes()) return;
+    const auto ours = reinterpret_cast<LPARAM>(CreateCheckPictures(Scale(16)));
+    const auto former = reinterpret_cast<HIMAGELIST>(SendMessageW(tree, TVM_SETIMAGELIST, TVSIL_STATE, ours));
     if (former) ImageList_Destroy(former);
 }
 

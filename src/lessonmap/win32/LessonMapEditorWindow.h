@@ -40,7 +40,7 @@ private:
     std::shared_ptr<NodeTree> nodes = editor->tvwObject();
     std::shared_ptr<TreeViewWindow> treeView = std::make_shared<TreeViewWindow>(*nodes);
     size_t propertyListener, boxListener;
-    HIMAGELIST pictures = nullptr, boxes = nullptr;
+    HIMAGELIST pictures = nullptr;
     bool arePicturesOfHost = false, isReading = false;
     int pictureDpi = 0;
 };

@@ -1,0 +1,344 @@
+// The lesson map's window under a user's mouse and keyboard.
+#include "lessonmap/win32/StoryboardPictures.h"
+#include "windows/LessonMapHost.h"
+#include "windows/WindowCounts.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <set>
+
+namespace dax::test {
+
+namespace {
+
+constexpr const char* Sample = "A: a b c( d e ) f | B: g h | C:";
+
+using Act = std::function<void(LessonMapHost&, Hand&)>;
+
+Act Click(TextView key, RowPart part = RowPart::Label) {
+    return [=](LessonMapHost& host, Hand& user) { user.Click(host.On(key, part)); };
+}
+Act Twice(TextView key, RowPart part = RowPart::Label) {
+    return [=](LessonMapHost& host, Hand& user) { user.DoubleClick(host.On(key, part)); };
+}
+Act Type(WORD key) {
+    return [=](LessonMapHost&, Hand& user) { user.Type(key); };
+}
+Act Holding(std::initializer_list<WORD> keys, const Act& act) {
+    return [keys = std::vector<WORD>(keys), act](LessonMapHost& host, Hand& user) {
+        for (const WORD key : keys) user.KeyDown(key);
+        act(host, user);
+        for (const WORD key : keys) user.KeyUp(key);
+    };
+}
+Act RightClick(TextView key) {
+    return [=](LessonMapHost& host, Hand& user) {
+        user.Move(host.On(key));
+        user.Button(MOUSEEVENTF_RIGHTDOWN);
+        user.Button(MOUSEEVENTF_RIGHTUP);
+    };
+}
+
+// The pixels of a rectangle of the window.
+std::vector<uint32_t> PixelsIn(HWND window, const RECT& place) {
+    RECT client;
+    GetClientRect(window, &client);
+    const std::vector<uint32_t> pixels = WindowPixels(window);
+    std::vector<uint32_t> found;
+    for (LONG y = std::max(0L, place.top); y < std::min(place.bottom, client.bottom); ++y)
+        for (LONG x = std::max(0L, place.left); x < std::min(place.right, client.right); ++x)
+            found.push_back(pixels[static_cast<size_t>(y * client.right + x)]);
+    return found;
+}
+
+// What a row shows as its picture; a quarter before that lies its box.
+std::vector<uint32_t> PictureOf(const LessonMapHost& host, TextView key, int size) {
+    const RECT label = ItemPlace(host.TreeHandle(), ItemOf(&host.At(key)), true);
+    return PixelsIn(host.TreeHandle(), {label.left - size, label.top, label.left - 1, label.bottom});
+}
+std::vector<uint32_t> BoxOf(const LessonMapHost& host, TextView key) {
+    POINT at = host.On(key, RowPart::Box);
+    ScreenToClient(host.TreeHandle(), &at);
+    return PixelsIn(host.TreeHandle(), {at.x - 8, at.y - 5, at.x + 3, at.y + 5});
+}
+
+} // namespace
+
+TEST(LessonMapWindow, BoxesAreTickedByBranchOneByOneAndByTheTopRow) {
+    const struct {
+        const char* what;
+        Act act;
+        const char* checked;
+    } cases[] = {
+        {"click", Click(u"c", RowPart::Box), "cde"},
+        {"click again", Click(u"c", RowPart::Box), ""},
+        {"Ctrl+click", Holding({VK_CONTROL}, Click(u"c", RowPart::Box)), "c"},
+        {"click on a ticked one", Click(u"c", RowPart::Box), ""},
+        {"Space: the branch of the top row, whatever is selected", Type(VK_SPACE), "Aabcdef"},
+        {"click in it", Click(u"c", RowPart::Box), "Aabf"},
+        {"Space again", Type(VK_SPACE), ""},
+        {"double click on the caption", Twice(u"c"), "cde"},
+        {"Ctrl and double click on the box: there and back", Holding({VK_CONTROL}, Twice(u"c", RowPart::Box)), "cde"},
+        {"double click on the box: there and back", Twice(u"c", RowPart::Box), "cde"},
+        {"click on a map", Click(u"B", RowPart::Box), "cdeBgh"},
+        {"click on a leaf", Click(u"h", RowPart::Box), "cdeBg"},
+    };
+    LessonMapHost host(true);
+    host.Open(Sample);
+    host.Editor().SetCurrentSBID(u"h");
+    host.Take();
+    Hand hand(host.host.handle);
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        host.At(u"c").SetExpanded(true); // a double click folds it
+        hand.Do([&](Hand& user) { each.act(host, user); });
+        EXPECT_EQ(host.Checked(), each.checked);
+        EXPECT_MIRROR(host.TreeHandle(), host.Model(), true);
+        EXPECT_TRUE(Hand::Await([&] { return host.heard.find("checked") != std::string::npos; }));
+        EXPECT_EQ(host.Take().find("before"), std::string::npos);
+    }
+    EXPECT_EQ(host.Editor().CheckedStoryboardCount(), 4);
+    // A burst is told once. The keys come faster than any message in between.
+    for (int count = 0; count < 5; ++count) SendMessageW(host.TreeHandle(), WM_KEYDOWN, VK_SPACE, 0x390001);
+    EXPECT_EQ(host.Checked(), "AabcdefBg");
+    EXPECT_TRUE(Hand::Await([&] { return !host.heard.empty(); }));
+    EXPECT_EQ(host.Take(), "checked");
+}
+
+TEST(LessonMapWindow, KeysAndButtonsMeanWhatTheyShould) {
+    const struct {
+        const char* what;
+        Act act;
+        const char *heard, *heardWhenLocked;
+    } cases[] = {
+        {"click", Click(u"b"), "selected b", "selected b"},
+        {"click on what is selected", Click(u"b"), "", ""},
+        {"down", Type(VK_DOWN), "selected c", "selected c"},
+        {"Delete", Type(VK_DELETE), "delete", ""},
+        {"right click", RightClick(u"c"), "menu", ""},
+        {"a map", Type(VK_HOME), "selected -", "selected -"},
+        {"Delete on a map", Type(VK_DELETE), "", ""},
+        {"right click on a map", RightClick(u"A"), "menu", ""},
+        {"Space without boxes", Type(VK_SPACE), "", ""},
+        {"Escape without a drag", Type(VK_ESCAPE), "", ""},
+        {"Enter", Type(VK_RETURN), "", ""},
+        {"to the page before", Click(u"a"), "selected a", "selected a"},
+        {"its map is folded", Click(u"A", RowPart::Button), "selected -", "selected -"},
+        {"and opened", Click(u"A", RowPart::Button), "", ""},
+    };
+    LessonMapHost host;
+    host.Open(Sample);
+    Hand hand(host.host.handle);
+    for (const bool isLocked : {false, true}) {
+        host.Editor().SetLocked(isLocked);
+        for (const auto& each : cases) {
+            SCOPED_TRACE(testing::Message() << each.what << (isLocked ? ", locked" : ""));
+            hand.Do([&](Hand& user) { each.act(host, user); });
+            EXPECT_EQ(host.Take(), isLocked ? each.heardWhenLocked : each.heard);
+            EXPECT_EQ(host.lesson->CurrentSBID(), host.Editor().CurrentSBID());
+            EXPECT_MIRROR(host.TreeHandle(), host.Model(), false);
+        }
+    }
+}
+
+TEST(LessonMapWindow, CtrlAndShiftOpenAndCloseWholeBranches) {
+    LessonMapHost host;
+    host.Open("A: a( b( c( d ) ) e( f ) ) | B: g( h )");
+    Hand hand(host.host.handle);
+    const auto press = [&](std::initializer_list<WORD> keys) {
+        const Act act = Holding(keys, Click(u"a", RowPart::Button));
+        hand.Do([&](Hand& user) { act(host, user); });
+        EXPECT_MIRROR(host.TreeHandle(), host.Model(), false);
+        std::string open;
+        for (const Text& each : modTVW::GetExpandedKeys(host.Model()))
+            if (host.At(each).FirstChild()) open += ToUtf8(each);
+        return open;
+    };
+    EXPECT_EQ(press({VK_CONTROL, VK_SHIFT}), "ABg");
+    EXPECT_EQ(press({}), "AaBg");
+    EXPECT_EQ(press({}), "ABg");
+    EXPECT_EQ(press({VK_CONTROL, VK_SHIFT}), "AabceBg");
+    EXPECT_EQ(press({VK_SHIFT}), "AbceBg") << "one node alone";
+}
+
+TEST(LessonMapWindow, TakesItsKeysAndLeavesTheRestToTheHost) {
+    LessonMapHost host;
+    host.Open(Sample);
+    const auto takes = [&](WPARAM key) {
+        const MSG message{host.TreeHandle(), WM_KEYDOWN, key, 1, 0, {}};
+        return host.control->TranslateKey(message);
+    };
+    for (const WPARAM key : {VK_UP, VK_DOWN, VK_LEFT, VK_RIGHT, VK_PRIOR, VK_NEXT, VK_HOME, VK_END, VK_DELETE})
+        EXPECT_TRUE(takes(key)) << key;
+    for (const WPARAM key : {VK_TAB, VK_RETURN, VK_ESCAPE, VK_SPACE, VK_F1}) EXPECT_FALSE(takes(key)) << key;
+    host.Editor().SetCheckboxes(true);
+    EXPECT_TRUE(takes(VK_SPACE));
+    EXPECT_EQ(host.Checked(), "Aabcdef");
+}
+
+TEST(LessonMapWindow, TheHostMayLetGoOfItInsideAnyEvent) {
+    const Act drag = [](LessonMapHost& host, Hand& user) {
+        const POINT from = host.On(u"f"), to = host.On(u"a", RowPart::LabelTop); // before the control goes
+        user.Press(from);
+        user.Move(to);
+        user.Release();
+    };
+    const struct {
+        const char* event;
+        Act act;
+    } cases[] = {
+        {"selected", Click(u"a")},  {"selected", Type(VK_END)},  {"delete", Type(VK_DELETE)},
+        {"menu", RightClick(u"b")}, {"checked", Type(VK_SPACE)}, {"checked", Click(u"c", RowPart::Box)},
+        {"selected", drag},         {"changed", drag},
+    };
+    const auto run = [](const auto& each) {
+        const long living = WindowBase::LiveCount();
+        LessonMapHost host(true);
+        host.Open(Sample);
+        host.Editor().SetCurrentSBID(u"b");
+        Hand hand(host.host.handle);
+        host.Take();
+        host.releaseAt = each.event;
+        hand.Do([&](Hand& user) { each.act(host, user); });
+        EXPECT_TRUE(Hand::Await([&] { return host.control == nullptr; })) << host.heard;
+        EXPECT_TRUE(Hand::Await([&] { return WindowBase::LiveCount() == living; }));
+    };
+    for (const auto& each : cases) run(each); // whatever the system makes once
+    const int windows = WindowCount(), objects = GdiObjectCount();
+    for (const auto& each : cases) {
+        SCOPED_TRACE(testing::Message() << each.event << " case " << &each - cases);
+        run(each);
+        EXPECT_EQ(WindowCount(), windows);
+        EXPECT_EQ(GdiObjectCount(), objects);
+    }
+}
+
+// Each key has a picture of its own, drawn at the host's DPI, and so have the two states of a box.
+TEST(LessonMapWindow, ShowsPicturesAndBoxesAtEveryDpi) {
+    for (const int dpi : {96, 144, 192}) {
+        SCOPED_TRACE(dpi);
+        LessonMapHost host(true, MulDiv(360, dpi, 96), dpi);
+        SetWindowPos(host.host.handle, nullptr, 0, 0, 2000, 2000, SWP_NOZORDER);
+        host.Open("M: a b c d e f g h i j k l m n");
+        const int size = MulDiv(16, dpi, 96);
+        const PictureKeys keys;
+        std::set<std::vector<uint32_t>> pictures{PictureOf(host, u"M", size)};
+        Text sbid = u"a";
+        for (const Text& key : keys.Keys()) {
+            if (key == PictureKeys::Root) continue;
+            const auto page = std::dynamic_pointer_cast<ContentStoryboard>(host.lesson->Storyboards()->Item(sbid));
+            page->SetStoryboardType(key == PictureKeys::Undefined ? u"" : key);
+            host.Editor().UpdateSBID(sbid);
+            ++sbid[0];
+        }
+        host.At(u"b").SetChecked(true);
+        ProcessPendingMessages();
+        EXPECT_EQ(SendMessageW(host.TreeHandle(), TVM_GETITEMHEIGHT, 0, 0) >= size, TRUE);
+        for (sbid = u"a"; sbid != u"o"; ++sbid[0]) {
+            const auto picture = PictureOf(host, sbid, size);
+            EXPECT_GE(std::set(picture.begin(), picture.end()).size(), 4u) << ToUtf8(sbid);
+            pictures.insert(picture);
+        }
+        EXPECT_EQ(pictures.size(), keys.Keys().size());
+        const auto empty = BoxOf(host, u"a"), ticked = BoxOf(host, u"b");
+        EXPECT_NE(empty, ticked);
+        EXPECT_EQ(empty, BoxOf(host, u"c"));
+        EXPECT_GT(std::count(empty.begin(), empty.end(), 0xFFFFFFu),
+                  std::count(ticked.begin(), ticked.end(), 0xFFFFFFu));
+        const SIZE preferred = host.control->PreferredSize(dpi);
+        const MemoryBitmap bitmap(preferred.cx, preferred.cy);
+        host.control->Draw(bitmap.Context(), {0, 0, preferred.cx, preferred.cy});
+        EXPECT_GT(Inked(bitmap, {0, 0, preferred.cx, preferred.cy}), 14 * size * size / 3);
+    }
+}
+
+TEST(LessonMapWindow, ShowsAHostsOwnPictures) {
+    LessonMapHost host;
+    host.Open("M: a");
+    const auto ours = PictureOf(host, u"a", 16), oursOfMap = PictureOf(host, u"M", 16);
+    const HIMAGELIST list = ImageList_Create(16, 16, ILC_COLOR32, 3, 0);
+    constexpr COLORREF colors[] = {RGB(200, 10, 20), RGB(10, 200, 20), RGB(10, 20, 200)};
+    for (const COLORREF color : colors) {
+        const HBITMAP bitmap = [color] {
+            MemoryBitmap square(16, 16);
+            std::fill_n(square.Pixels(), 16 * 16,
+                        0xFF000000u | GetRValue(color) << 16 | GetGValue(color) << 8 |
+                            static_cast<uint32_t>(GetBValue(color)));
+            return square.Detach();
+        }();
+        ImageList_Add(list, bitmap, nullptr);
+        DeleteObject(bitmap);
+    }
+    EXPECT_TRUE(host.control->SetPictures(list, PictureKeys({u"_custom", u"_root", u"text"})));
+    ImageList_Destroy(list); // the control has a copy
+    const auto expect = [&](TextView key, COLORREF color) {
+        ProcessPendingMessages();
+        const auto pixels = PictureOf(host, key, 12);
+        const uint32_t wanted =
+            static_cast<uint32_t>(GetRValue(color) << 16 | GetGValue(color) << 8 | GetBValue(color));
+        EXPECT_GT(std::count(pixels.begin(), pixels.end(), wanted), 100) << ToUtf8(key);
+    };
+    expect(u"M", colors[1]);
+    expect(u"a", colors[2]);
+    std::dynamic_pointer_cast<ContentStoryboard>(host.lesson->Storyboards()->Item(u"a"))->SetStoryboardType(u"video");
+    host.Editor().UpdateSBID(u"a");
+    expect(u"a", colors[0]); // a type without a picture
+    host.control->SetAmbient(At(144));
+    expect(u"M", colors[1]); // as large as the host made it
+    host.control->SetAmbient(At(96));
+    std::dynamic_pointer_cast<ContentStoryboard>(host.lesson->Storyboards()->Item(u"a"))->SetStoryboardType(u"text");
+    EXPECT_TRUE(host.control->SetPictures(nullptr, {}));
+    ProcessPendingMessages();
+    EXPECT_EQ(PictureOf(host, u"a", 16), ours);
+    EXPECT_EQ(PictureOf(host, u"M", 16), oursOfMap);
+}
+
+TEST(LessonMapWindow, TheSelectionStaysVisibleWithoutTheFocus) {
+    LessonMapHost host;
+    host.Open(Sample);
+    host.Editor().SetCurrentSBID(u"b");
+    const auto count = [&](int color) {
+        ProcessPendingMessages();
+        const RECT label = ItemPlace(host.TreeHandle(), ItemOf(&host.At(u"b")), true);
+        const COLORREF wanted = GetSysColor(color);
+        const auto pixels = PixelsIn(host.TreeHandle(), label);
+        return std::count(pixels.begin(), pixels.end(),
+                          static_cast<uint32_t>(GetRValue(wanted) << 16 | GetGValue(wanted) << 8 | GetBValue(wanted)));
+    };
+    EXPECT_GT(count(COLOR_HIGHLIGHT), 200);
+    EXPECT_EQ(count(COLOR_3DDKSHADOW), 0);
+    SetFocus(host.host.handle);
+    EXPECT_GT(count(COLOR_3DDKSHADOW), 200);
+    EXPECT_EQ(count(COLOR_HIGHLIGHT), 0);
+    SetFocus(host.control->Handle());
+    EXPECT_EQ(GetFocus(), host.TreeHandle());
+    EXPECT_GT(count(COLOR_HIGHLIGHT), 200);
+}
+
+TEST(LessonMapWindow, LeavesNothingBehind) {
+    const auto cycle = [] {
+        LessonMapHost host(true);
+        host.Open(Sample);
+        for (const bool isOn : {false, true, false, true}) {
+            host.Editor().SetCheckboxes(isOn);
+            host.control->SetAmbient(At(isOn ? 144 : 96));
+            EXPECT_MIRROR(host.TreeHandle(), host.Model(), isOn);
+        }
+        const HIMAGELIST list = ImageList_Create(16, 16, ILC_COLOR32, 1, 0);
+        host.control->SetPictures(list, {});
+        ImageList_Destroy(list);
+        host.Editor().LockDisplay();
+        host.Editor().SetLesson(MakeLesson("N: x"));
+        host.Editor().UnlockDisplay();
+        ProcessPendingMessages();
+        EXPECT_MIRROR(host.TreeHandle(), host.Model(), true);
+    };
+    for (int count = 0; count < 3; ++count) cycle();
+    const int windows = WindowCount(), objects = GdiObjectCount();
+    for (int count = 0; count < 8; ++count) cycle();
+    EXPECT_EQ(WindowCount(), windows);
+    EXPECT_EQ(GdiObjectCount(), objects);
+}
+
+} // namespace dax::test
