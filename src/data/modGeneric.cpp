@@ -106,46 +106,6 @@ Text FromWide(const std::wstring& wide) {
     return text;
 }
 
-// The date by `datePattern` and the time by `timePattern` of the locale; nothing when the system does not know it.
-std::optional<Text> FormatIn(const char* localeName, const DateTime& date, const wchar_t* pattern) {
-    const std::tm calendar = ToCalendar(date);
-#ifdef _WIN32
-    // The C++ library of some compilers knows the "C" locale alone on Windows; the system's C library knows all.
-    _locale_t place = _create_locale(LC_TIME, localeName);
-    if (!place) return std::nullopt;
-    wchar_t buffer[256];
-    const size_t length = _wcsftime_l(buffer, std::size(buffer), pattern, &calendar, place);
-    _free_locale(place);
-    if (length == 0) return std::nullopt;
-    return FromWide(std::wstring(buffer, length));
-#else
-    try {
-        const std::locale place(localeName);
-        std::wostringstream out;
-        out.imbue(place);
-        std::use_facet<std::time_put<wchar_t>>(place).put(std::ostreambuf_iterator<wchar_t>(out), out, L' ', &calendar,
-                                                          pattern, pattern + std::wcslen(pattern));
-        return FromWide(out.str());
-    } catch (const std::runtime_error&) {
-        return std::nullopt;
-    }
-#endif
-}
-
-bool IsPlainLocale(const char* localeName) {
-#ifdef _WIN32
-    return std::strcmp(localeName, "C") == 0;
-#else
-    try {
-        const std::string name = std::locale(localeName).name();
-        return name == "POSIX" || name == "C" || name.starts_with("C.") || name.find("LC_TIME=C;") != name.npos ||
-               name.find("LC_TIME=C.") != name.npos;
-    } catch (const std::runtime_error&) {
-        return true;
-    }
-#endif
-}
-
 // yyyy-mm-dd hh:mm:ss where there is no locale: the "C" locale's own mm/dd/yy is read wrongly by most of the world.
 Text PlainDateTime(const DateTime& date, bool withTime) {
     char buffer[64];
@@ -154,11 +114,79 @@ Text PlainDateTime(const DateTime& date, bool withTime) {
     return Text(buffer, buffer + length);
 }
 
-Text FormatDate(const DateTime& date, const char* localeName, bool withTime) {
-    if (!IsPlainLocale(localeName)) {
-        if (auto text = FormatIn(localeName, date, withTime ? L"%x %X" : L"%x")) return *text;
+// A locale by its name, known to the system or not. Finding one reads files: it is kept where many dates are written.
+class Place {
+public:
+    explicit Place(const char* name);
+    Text FormatDate(const DateTime& date, bool withTime) const {
+        if (!isPlain) {
+            if (auto text = Format(date, withTime ? L"%x %X" : L"%x")) return *text;
+        }
+        return PlainDateTime(date, withTime);
     }
-    return PlainDateTime(date, withTime);
+
+#ifdef _WIN32
+    ~Place() {
+        if (locale) _free_locale(locale);
+    }
+    Place(const Place&) = delete;
+    Place& operator=(const Place&) = delete;
+#endif
+
+private:
+    std::optional<Text> Format(const DateTime& date, const wchar_t* pattern) const;
+
+    bool isPlain = true;
+#ifdef _WIN32
+    // The C++ library of some compilers knows the "C" locale alone on Windows; the system's C library knows all.
+    _locale_t locale = nullptr;
+#else
+    std::locale locale;
+#endif
+};
+
+#ifdef _WIN32
+
+Place::Place(const char* name) : locale(_create_locale(LC_TIME, name)) {
+    isPlain = !locale || std::strcmp(name, "C") == 0;
+}
+
+std::optional<Text> Place::Format(const DateTime& date, const wchar_t* pattern) const {
+    const std::tm calendar = ToCalendar(date);
+    wchar_t buffer[256];
+    const size_t length = _wcsftime_l(buffer, std::size(buffer), pattern, &calendar, locale);
+    if (length == 0) return std::nullopt;
+    return FromWide(std::wstring(buffer, length));
+}
+
+#else
+
+Place::Place(const char* name) {
+    try {
+        locale = std::locale(name);
+        const std::string full = locale.name();
+        isPlain = full == "POSIX" || full == "C" || full.starts_with("C.") || full.find("LC_TIME=C;") != full.npos ||
+                  full.find("LC_TIME=C.") != full.npos;
+    } catch (const std::runtime_error&) {
+        // The system does not know it.
+    }
+}
+
+std::optional<Text> Place::Format(const DateTime& date, const wchar_t* pattern) const {
+    const std::tm calendar = ToCalendar(date);
+    std::wostringstream out;
+    out.imbue(locale);
+    std::use_facet<std::time_put<wchar_t>>(locale).put(std::ostreambuf_iterator<wchar_t>(out), out, L' ', &calendar,
+                                                       pattern, pattern + std::wcslen(pattern));
+    return FromWide(out.str());
+}
+
+#endif
+
+Text FormatDate(const DateTime& date, const char* localeName, bool withTime) {
+    if (*localeName != '\0') return Place(localeName).FormatDate(date, withTime);
+    static const Place users("");
+    return users.FormatDate(date, withTime);
 }
 
 } // namespace
