@@ -103,6 +103,20 @@ std::wstring TextOf(const VARIANT& value) {
     return text ? std::wstring(text, SysStringLen(text)) : std::wstring();
 }
 
+std::wstring EnumMember(ITypeInfo* enumeration, long number) {
+    for (UINT i = 0;; ++i) {
+        VARDESC* description = nullptr;
+        if (FAILED(enumeration->GetVarDesc(i, &description))) return {};
+        const bool hit = description->varkind == VAR_CONST && description->lpvarValue &&
+                         description->lpvarValue->vt == VT_I4 && description->lpvarValue->lVal == number;
+        const MEMBERID member = description->memid;
+        enumeration->ReleaseVarDesc(description);
+        BSTR text = nullptr;
+        if (hit && SUCCEEDED(enumeration->GetDocumentation(member, &text, nullptr, nullptr, nullptr)))
+            return TakeText(text);
+    }
+}
+
 Variant Automation::Get(const wchar_t* name) const { return Invoke(name, DISPATCH_PROPERTYGET, {}); }
 
 void Automation::Set(const wchar_t* name, const Variant& value) const {
@@ -151,17 +165,8 @@ std::wstring Automation::EnumName(const wchar_t* enumeration, long number) const
     MEMBERID member = 0;
     USHORT count = 1;
     if (FAILED(library->FindName(name.data(), 0, found.Out(), &member, &count)) || count == 0) return bare;
-    for (UINT i = 0;; ++i) {
-        VARDESC* description = nullptr;
-        if (FAILED(found->GetVarDesc(i, &description))) return bare;
-        const bool hit = description->varkind == VAR_CONST && description->lpvarValue &&
-                         description->lpvarValue->vt == VT_I4 && description->lpvarValue->lVal == number;
-        member = description->memid;
-        found->ReleaseVarDesc(description);
-        BSTR text = nullptr;
-        if (hit && SUCCEEDED(found->GetDocumentation(member, &text, nullptr, nullptr, nullptr)))
-            return TakeText(text) + L" (" + bare + L")";
-    }
+    const std::wstring text = EnumMember(found.Get(), number);
+    return text.empty() ? bare : text + L" (" + bare + L")";
 }
 
 } // namespace dax::workbench

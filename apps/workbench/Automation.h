@@ -55,6 +55,9 @@ private:
 // Follows a reference; any value as text, an object as its kind in brackets.
 std::wstring TextOf(const VARIANT& value);
 
+// The name of that member of an enumeration; empty when there is none.
+std::wstring EnumMember(ITypeInfo* enumeration, long number);
+
 class Automation {
 public:
     Automation() = default;

@@ -46,6 +46,7 @@ public:
             event.arguments.push_back({std::move(name), &parameters->rgvarg[parameters->cArgs - 1 - i]});
         }
         for (UINT i = 0; i < known; ++i) SysFreeString(names[i]);
+        NameMembers(member, event);
         // The handler may end the connection; an exception must not cross into the control.
         const Com<IDispatch> alive = Com<IDispatch>::Share(this);
         try {
@@ -60,6 +61,24 @@ public:
 
 private:
     ~Sink() = default;
+
+    // Arguments that are members of an enumeration are shown by name, too.
+    void NameMembers(DISPID member, ControlEvent& event) const {
+        FUNCDESC* function = nullptr;
+        for (UINT i = 0; SUCCEEDED(description->GetFuncDesc(i, &function)); ++i) {
+            const bool isIt = function->memid == member;
+            for (size_t k = 0; isIt && k < event.arguments.size() && k < static_cast<size_t>(function->cParams); ++k) {
+                const TYPEDESC& type = function->lprgelemdescParam[k].tdesc;
+                Com<ITypeInfo> enumeration;
+                if (type.vt == VT_USERDEFINED &&
+                    SUCCEEDED(description->GetRefTypeInfo(type.hreftype, enumeration.Out())))
+                    event.arguments[k].meaning = EnumMember(enumeration.Get(), NumberOf(*event.arguments[k].value));
+            }
+            description->ReleaseFuncDesc(function);
+            if (isIt) return;
+        }
+    }
+    static long NumberOf(const VARIANT& value) { return value.vt == VT_I4 ? value.lVal : -1; }
 
     ULONG references = 0;
     IID iid;
@@ -118,6 +137,7 @@ std::wstring DescribeArguments(const ControlEvent& event) {
             text += value.empty() ? L"\"\"" : L"\u2022\u2022\u2022\u2022";
         else
             text += type == VT_BSTR ? L'"' + value + L'"' : value;
+        if (!argument.meaning.empty()) text += L" (" + argument.meaning + L")";
     }
     return text;
 }

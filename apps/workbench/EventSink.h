@@ -11,7 +11,8 @@ namespace dax::workbench {
 
 struct EventArgument {
     std::wstring name;
-    VARIANT* value; // the control's own; a by-reference one may be written to
+    VARIANT* value;         // the control's own; a by-reference one may be written to
+    std::wstring meaning{}; // the name of an enumeration's member
 };
 
 struct ControlEvent {

@@ -327,13 +327,19 @@ void HierarchyPage::SelectEntry(long place) {
     if (place <= all.Get(L"Count").Long()) Editor().Set(L"CurrentLessonID", all.Call(L"Item", {place}));
 }
 
+// The last one leaves a lesson selected, for the pages that go by it.
 std::vector<PageState> HierarchyPage::States() {
     std::vector<PageState> states = {{L"empty", [] {}}};
     const std::wstring file = bench.options.file;
     if (file.empty()) return states;
-    states.push_back({L"database", [this] { Load(); }});
-    states.push_back({L"lesson", [this] {
-                          SelectEntry(3);
+    if (IsFile(file))
+        states.push_back({L"error", [this, file] {
+                              SetField(idConnection, file + L".missing");
+                              Load();
+                          }});
+    states.push_back({L"database", [this, file] {
+                          SetField(idConnection, file);
+                          Load();
                           SetFocus(editor->Window());
                       }});
     states.push_back({L"group", [this] {
@@ -344,17 +350,11 @@ std::vector<PageState> HierarchyPage::States() {
                           SelectEntry(3);
                           Add(false);
                           Move(idDown);
-                          SetField(idTitle, L"A lesson of today \u2013 \u65B0\u3057\u3044");
+                          SetField(idTitle, L"A lesson of today \u2013 \u043D\u043E\u0432\u044B\u0439");
                           SetField(idIdentifier, L"NEW-1");
                           Update();
                       }});
-    if (!IsFile(file)) return states;
-    states.push_back({L"error", [this, file] {
-                          SetField(idConnection, file + L".missing");
-                          Load();
-                      }});
-    states.push_back({L"again", [this, file] {
-                          SetField(idConnection, file);
+    states.push_back({L"lesson", [this] {
                           Load();
                           SelectEntry(3);
                       }});

@@ -396,7 +396,7 @@ std::vector<PageState> LessonMapPage::States() {
     if (!bench.selection.isLesson) return states;
     states.push_back({L"opened", [this] {
                           OpenLesson();
-                          SelectPage(2);
+                          SelectPage(3);
                           Display(idExpandAll);
                           SetFocus(editor->Window());
                       }});
@@ -419,7 +419,7 @@ std::vector<PageState> LessonMapPage::States() {
                       }});
     states.push_back({L"edited", [this] {
                           Add();
-                          SetField(idTitle, L"A page of today \u2013 \u65B0\u3057\u3044");
+                          SetField(idTitle, L"A page of today \u2013 \u043D\u043E\u0432\u0430\u044F");
                           SetField(idIdentifier, L"NEW-1");
                           Update();
                           Move(idNextMap);
