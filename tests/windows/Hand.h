@@ -131,10 +131,16 @@ private:
         time += 10;
         (input.type == INPUT_MOUSE ? input.mi.time : input.ki.time) = time;
         SendInput(1, &input, sizeof input);
-        Wait(before);
+        // What had the focus may be gone when a key comes up, and then nobody hears it.
+        if (input.type == INPUT_MOUSE || !(input.ki.dwFlags & KEYEVENTF_KEYUP))
+            Wait(before);
+        else
+            Flush();
     }
     void Wait(int before) {
-        if (!Until([before] { return heard > before; })) return;
+        if (Until([before] { return heard > before; })) Flush();
+    }
+    void Flush() {
         DWORD_PTR result;
         SendMessageTimeoutW(host, WM_NULL, 0, 0, SMTO_NORMAL, Patience, &result);
     }

@@ -13,14 +13,17 @@ namespace dax::test {
 class HostWindow {
 public:
     explicit HostWindow(int width = 600, int height = 400)
-        : handle(CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, width, height, nullptr,
-                                 nullptr, nullptr, nullptr)) {}
+        : handle(CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE | TakesInput, 0, 0, width,
+                                 height, nullptr, nullptr, nullptr, nullptr)) {}
     ~HostWindow() {
         if (handle) DestroyWindow(handle);
     }
     HostWindow(const HostWindow&) = delete;
     HostWindow& operator=(const HostWindow&) = delete;
     HWND handle;
+
+private:
+    static constexpr DWORD TakesInput = SS_NOTIFY; // a label would let clicks fall through
 };
 
 inline Ambient At(int dpi, bool userMode = true) {

@@ -17,8 +17,8 @@ constexpr UINT_PTR HostSubclass = 7;
 // A tree window with the wiring that its components give it, in a window that hands on its notifications.
 struct TreeHost {
     explicit TreeHost(bool hasCheckBoxes = false)
-        : window(CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 10, 10, 500, 400, nullptr,
-                                 nullptr, nullptr, nullptr)) {
+        : window(CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE | SS_NOTIFY, 10, 10, 500, 400,
+                                 nullptr, nullptr, nullptr, nullptr)) {
         SetWindowSubclass(window, Procedure, HostSubclass, reinterpret_cast<DWORD_PTR>(this));
         view->SetCheckBoxes(hasCheckBoxes);
         view->Create(window);

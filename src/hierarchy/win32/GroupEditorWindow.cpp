@@ -77,12 +77,13 @@ void GroupEditorWindow::UsePictures() {
     pictureDpi = CurrentAmbient().dpi;
     const HIMAGELIST former = std::exchange(pictures, CreateNodePictures(Scale(16)));
     treeView->SetImages(pictures);
+    treeView->SetRowHeight(Scale(20)); // so that the pictures of two rows never touch
     if (former) ImageList_Destroy(former);
 }
 
 LRESULT GroupEditorWindow::OnNotify(const NMHDR& header, LPARAM) {
-    const auto keptTree = treeView; // a listener may release this window
-    const auto keptEditor = editor;
+    const auto keptEditor = editor; // a listener may release this window; the model goes last
+    const auto keptTree = treeView;
     return keptTree->HandleNotification(header);
 }
 

@@ -46,6 +46,7 @@ private:
 void TreeItems::Bind(HWND newWindow) {
     Unbind();
     window = newWindow;
+    procedure = reinterpret_cast<WNDPROC>(GetClassLongPtrW(window, GCLP_WNDPROC));
     tree.AddListener(*this);
     Rebuild();
 }
@@ -63,7 +64,7 @@ Node* TreeItems::NodeOf(HTREEITEM item) const {
     TVITEMW query{};
     query.mask = TVIF_PARAM | TVIF_HANDLE;
     query.hItem = item;
-    return SendMessageW(window, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&query)) ? NodeOf(query) : nullptr;
+    return Send(TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&query)) ? NodeOf(query) : nullptr;
 }
 
 void TreeItems::InsertItem(Node& node, HTREEITEM after) {
@@ -79,8 +80,7 @@ void TreeItems::InsertItem(Node& node, HTREEITEM after) {
         insert.item.stateMask = TVIS_STATEIMAGEMASK;
         insert.item.state = CheckState(node);
     }
-    node.windowItem =
-        reinterpret_cast<void*>(SendMessageW(window, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
+    node.windowItem = reinterpret_cast<void*>(Send(TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
 }
 
 // Siblings in reverse, each as the first: the only order that is linear on every system.
@@ -99,25 +99,25 @@ void TreeItems::ShowExpansion(Node* top) {
     for (Node* node = top ? top : tree.First(); node; node = NextInBranch(*node, top))
         if (node->IsExpanded() && node->FirstChild()) expanded.push_back(node);
     for (auto node = expanded.rbegin(); node != expanded.rend(); ++node)
-        SendMessageW(window, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(ItemOf(**node)));
+        Send(TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(ItemOf(**node)));
 }
 
 void TreeItems::Rebuild() {
     const Mirroring guard(*this);
-    if (!isUpdating) SendMessageW(window, WM_SETREDRAW, FALSE, 0);
-    SendMessageW(window, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    if (!isUpdating) Send(WM_SETREDRAW, FALSE, 0);
+    Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
     if (!tree.IsEmpty()) InsertBranch(nullptr);
     isStale = false;
     SelectionMoved();
     if (isUpdating) return;
-    SendMessageW(window, WM_SETREDRAW, TRUE, 0);
+    Send(WM_SETREDRAW, TRUE, 0);
     InvalidateRect(window, nullptr, TRUE);
 }
 
 void TreeItems::UpdateStarted() {
     isUpdating = true;
     changes = 0;
-    SendMessageW(window, WM_SETREDRAW, FALSE, 0);
+    Send(WM_SETREDRAW, FALSE, 0);
 }
 
 void TreeItems::UpdateEnded() {
@@ -125,7 +125,7 @@ void TreeItems::UpdateEnded() {
     isUpdating = false;
     // Items that went or closed took the selection elsewhere, and the model may have come back to the former one.
     SelectionMoved();
-    SendMessageW(window, WM_SETREDRAW, TRUE, 0);
+    Send(WM_SETREDRAW, TRUE, 0);
     InvalidateRect(window, nullptr, TRUE);
 }
 
@@ -133,7 +133,7 @@ bool TreeItems::GoesStale() {
     if (!isUpdating || isStale || ++changes <= ChangesWorthARebuild) return isStale;
     const Mirroring guard(*this);
     isStale = true;
-    SendMessageW(window, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
     for (Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) node->windowItem = nullptr;
     return true;
 }
@@ -148,13 +148,12 @@ void TreeItems::NodeAdded(Node& node) {
 // An item without children can neither open nor close, and may still be what it was when it last had some.
 void TreeItems::ShowFirstChild(const Node* parent) {
     if (!parent || parent->FirstChild() != parent->LastChild()) return;
-    SendMessageW(window, TVM_EXPAND, parent->IsExpanded() ? TVE_EXPAND : TVE_COLLAPSE,
-                 reinterpret_cast<LPARAM>(ItemOf(*parent)));
+    Send(TVM_EXPAND, parent->IsExpanded() ? TVE_EXPAND : TVE_COLLAPSE, reinterpret_cast<LPARAM>(ItemOf(*parent)));
 }
 
 void TreeItems::RemoveItem(Node& node) {
     const Mirroring guard(*this);
-    if (node.windowItem) SendMessageW(window, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(ItemOf(node)));
+    if (node.windowItem) Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(ItemOf(node)));
     node.windowItem = nullptr;
 }
 
@@ -164,7 +163,7 @@ void TreeItems::NodeRemoving(Node& node) {
 
 void TreeItems::AllRemoving() {
     const Mirroring guard(*this);
-    if (!isStale) SendMessageW(window, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    if (!isStale) Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
     for (Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) node->windowItem = nullptr;
 }
 
@@ -172,14 +171,14 @@ void TreeItems::AllRemoving() {
 void TreeItems::NodeMoved(Node& node) {
     if (GoesStale()) return;
     const Mirroring guard(*this);
-    if (!isUpdating) SendMessageW(window, WM_SETREDRAW, FALSE, 0);
+    if (!isUpdating) Send(WM_SETREDRAW, FALSE, 0);
     RemoveItem(node);
     InsertItem(node, node.Previous() ? ItemOf(*node.Previous()) : TVI_FIRST);
     InsertBranch(&node);
     ShowFirstChild(node.Parent());
     SelectionMoved();
     if (isUpdating) return;
-    SendMessageW(window, WM_SETREDRAW, TRUE, 0);
+    Send(WM_SETREDRAW, TRUE, 0);
     InvalidateRect(window, nullptr, TRUE);
 }
 
@@ -193,17 +192,16 @@ void TreeItems::NodeChanged(Node& node, NodeAspect aspect) {
     case NodeAspect::Caption:
         item.mask |= TVIF_TEXT;
         item.pszText = LPSTR_TEXTCALLBACKW;
-        SendMessageW(window, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+        Send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
         break;
     case NodeAspect::Image:
         item.mask |= TVIF_IMAGE | TVIF_SELECTEDIMAGE;
         item.iImage = item.iSelectedImage = node.Image();
-        SendMessageW(window, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+        Send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
         break;
     case NodeAspect::Expanded:
         if (GoesStale()) return;
-        SendMessageW(window, TVM_EXPAND, node.IsExpanded() ? TVE_EXPAND : TVE_COLLAPSE,
-                     reinterpret_cast<LPARAM>(ItemOf(node)));
+        Send(TVM_EXPAND, node.IsExpanded() ? TVE_EXPAND : TVE_COLLAPSE, reinterpret_cast<LPARAM>(ItemOf(node)));
         break;
     case NodeAspect::Checked:
         ShowCheck(node);
@@ -219,9 +217,9 @@ void TreeItems::SelectionMoved() {
     if (isStale || isUpdating) return;
     const Node* const selected = tree.Selected();
     const auto item = reinterpret_cast<LPARAM>(selected ? ItemOf(*selected) : nullptr);
-    if (SendMessageW(window, TVM_GETNEXTITEM, TVGN_CARET, 0) == item) return;
+    if (Send(TVM_GETNEXTITEM, TVGN_CARET, 0) == item) return;
     const Mirroring guard(*this);
-    SendMessageW(window, TVM_SELECTITEM, TVGN_CARET, item);
+    Send(TVM_SELECTITEM, TVGN_CARET, item);
 }
 
 void TreeItems::ShowCheck(const Node& node) {
@@ -231,7 +229,7 @@ void TreeItems::ShowCheck(const Node& node) {
     item.hItem = ItemOf(node);
     item.stateMask = TVIS_STATEIMAGEMASK;
     item.state = CheckState(node);
-    SendMessageW(window, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    Send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
 }
 
 void TreeItems::ShowAllChecks() {
@@ -242,7 +240,7 @@ void TreeItems::ShowAllChecks() {
         item.hItem = ItemOf(*node);
         item.stateMask = TVIS_STATEIMAGEMASK;
         item.state = hasCheckBoxes ? CheckState(*node) : 0;
-        SendMessageW(window, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+        Send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
     }
     InvalidateRect(window, nullptr, TRUE); // states alone do not repaint the rows
 }

@@ -42,6 +42,10 @@ private:
     void NodeChanged(Node& node, NodeAspect aspect) override;
     void SelectionMoved() override;
 
+    // To the tree's own procedure, past whatever hooks the window: none of them is about items, and each costs time.
+    LRESULT Send(UINT message, WPARAM wParam, LPARAM lParam) const {
+        return CallWindowProcW(procedure, window, message, wParam, lParam);
+    }
     void InsertItem(Node& node, HTREEITEM after);
     void InsertBranch(Node* top); // the items of the branch below `top` (null: of the whole tree), top not included
     void ShowExpansion(Node* top);
@@ -52,6 +56,7 @@ private:
 
     NodeTree& tree;
     HWND window = nullptr;
+    WNDPROC procedure = nullptr;
     int mirroring = 0;
     bool isUpdating = false;
     bool isStale = false; // the window is empty until the end of the update

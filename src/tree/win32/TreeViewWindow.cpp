@@ -68,6 +68,15 @@ void TreeViewWindow::HandleGone() {
 
 void TreeViewWindow::SetFont(HFONT font) {
     if (handle) SendMessageW(handle, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+    SetRowHeight(leastRowHeight);
+}
+
+void TreeViewWindow::SetRowHeight(int least) {
+    leastRowHeight = least;
+    if (!handle || least == 0) return;
+    SendMessageW(handle, TVM_SETITEMHEIGHT, static_cast<WPARAM>(-1), 0); // the system's own choice
+    if (SendMessageW(handle, TVM_GETITEMHEIGHT, 0, 0) < least)
+        SendMessageW(handle, TVM_SETITEMHEIGHT, static_cast<WPARAM>(least), 0);
 }
 
 void TreeViewWindow::SetImages(HIMAGELIST list) {

@@ -27,6 +27,8 @@ public:
     void HandleGone();
     void SetFont(HFONT font);
     void SetImages(HIMAGELIST images); // the caller's; it outlives the window
+    // Rows of at least this height, and high enough for font and pictures, also after these have changed.
+    void SetRowHeight(int least);
     void SetColors(COLORREF text, COLORREF background);
     void Fit(int width, int height);
     LRESULT HandleNotification(const NMHDR& header);
@@ -84,6 +86,7 @@ private:
     TreeItems items;
     HWND handle = nullptr;
     HIMAGELIST images = nullptr;
+    int leastRowHeight = 0;
     bool hasCheckBoxes = false, isSingleExpand = false;
     Node* markNode = nullptr;
     bool isMarkAfter = false;
