@@ -96,11 +96,16 @@ std::shared_ptr<PropertyCollection> LessonPropertyStore::Get(TextView lessonID) 
     return made[index] = Make(entries[index]);
 }
 
-std::shared_ptr<PropertyCollection> LessonPropertyStore::Peek(TextView lessonID) const {
+std::shared_ptr<PropertyCollection>
+LessonPropertyStore::Peek(TextView lessonID, const std::shared_ptr<PropertyCollection>& scratch) const {
     const uint32_t index = Find(lessonID, HashOf(lessonID));
     if (index == none) return nullptr;
-    const auto found = made.find(index);
-    return found != made.end() ? found->second : Make(entries[index]);
+    if (const auto found = made.find(index); found != made.end()) return found->second;
+    const Entry& entry = entries[index];
+    const size_t units = size_t{entry.idLength} + entry.titleLength + entry.identifierLength;
+    const char* from = entry.bytes + units * (entry.isWide ? sizeof(char16_t) : 1);
+    scratch->Load(Unpack(from, entry.propertiesLength, entry.isWide));
+    return scratch;
 }
 
 uint32_t LessonPropertyStore::Find(TextView lessonID, uint32_t hash) const {

@@ -18,8 +18,10 @@ public:
     void Add(TextView lessonID, TextView properties, TextView title, TextView identifier, int32_t lessonType);
     // The same collection at every call, so that changes to it stay; null for an unknown lesson.
     std::shared_ptr<PropertyCollection> Get(TextView lessonID);
-    // For a look in passing: as Get, but a collection that nobody asked for before is not kept.
-    std::shared_ptr<PropertyCollection> Peek(TextView lessonID) const;
+    // For a look in passing at what was stored: the collection that Get gave, or else `scratch`, filled from the stored
+    // text alone; null for an unknown lesson.
+    std::shared_ptr<PropertyCollection> Peek(TextView lessonID,
+                                             const std::shared_ptr<PropertyCollection>& scratch) const;
     size_t Count() const { return entries.size(); }
 
 private:

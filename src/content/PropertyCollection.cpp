@@ -27,11 +27,13 @@ void DefaultPropertyCollection::SetValue(TextView wanted, const Value& value) {
 
 void DefaultPropertyCollection::Load(TextView text) {
     properties.clear();
-    PropertyText::Read(text, [this](bool isHeading, const Text& property, const Value& value) {
+    PropertyText::Read(text, [this](bool isHeading, Text&& property, Value&& value) {
         if (isHeading) {
-            name = property;
-        } else {
+            name = std::move(property);
+        } else if (Find(property)) {
             SetValue(property, value);
+        } else {
+            properties.push_back({std::move(property), std::move(value)});
         }
     });
 }

@@ -28,11 +28,16 @@ void WriteEscaped(Text& text, TextView raw, char16_t delimiter) {
 std::optional<Text> ReadEscaped(TextView line, size_t& at, char16_t delimiter) {
     Text raw;
     for (size_t i = at; i < line.size(); ++i) {
+        size_t plain = i;
+        while (plain < line.size() && line[plain] != delimiter && line[plain] != u'\\') ++plain;
+        raw.append(line.substr(i, plain - i));
+        i = plain;
+        if (i == line.size()) break;
         if (line[i] == delimiter) {
             at = i + 1;
             return raw;
         }
-        if (line[i] != u'\\' || i + 1 == line.size()) {
+        if (i + 1 == line.size()) {
             raw += line[i];
             continue;
         }
@@ -44,10 +49,15 @@ std::optional<Text> ReadEscaped(TextView line, size_t& at, char16_t delimiter) {
 
 template <typename Number>
 std::optional<Number> ReadNumber(TextView text) {
-    const std::string ascii = ToUtf8(text);
+    char ascii[64];
+    if (text.size() > sizeof ascii) return {};
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] > 0x7F) return {};
+        ascii[i] = static_cast<char>(text[i]);
+    }
     Number number{};
-    const auto [end, error] = std::from_chars(ascii.data(), ascii.data() + ascii.size(), number);
-    if (error != std::errc() || end != ascii.data() + ascii.size()) return {};
+    const auto [end, error] = std::from_chars(ascii, ascii + text.size(), number);
+    if (error != std::errc() || end != ascii + text.size()) return {};
     return number;
 }
 
@@ -154,7 +164,7 @@ void WriteValue(Text& text, TextView name, const Value& value) {
     text += u'\n';
 }
 
-void Read(TextView text, const std::function<void(bool, const Text&, const Value&)>& found) {
+void Read(TextView text, const std::function<void(bool, Text&&, Value&&)>& found) {
     while (!text.empty()) {
         const size_t end = std::min(text.find(u'\n'), text.size());
         TextView line = text.substr(0, end);
@@ -162,9 +172,9 @@ void Read(TextView text, const std::function<void(bool, const Text&, const Value
         if (!line.empty() && line.back() == u'\r') line.remove_suffix(1);
         const bool isHeading = !line.empty() && line.front() == u'[';
         size_t at = isHeading;
-        const std::optional<Text> name = ReadEscaped(line, at, isHeading ? u']' : u'=');
+        std::optional<Text> name = ReadEscaped(line, at, isHeading ? u']' : u'=');
         if (!name || (isHeading && at != line.size())) continue;
-        found(isHeading, *name, isHeading ? Value() : ReadValue(line.substr(at)));
+        found(isHeading, std::move(*name), isHeading ? Value() : ReadValue(line.substr(at)));
     }
 }
 

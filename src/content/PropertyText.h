@@ -12,6 +12,6 @@ void WriteValue(Text& text, TextView name, const Value& value);
 
 // Calls `found` for the heading (with the collection's name) and for each property, in order. Lines that are
 // neither are passed over.
-void Read(TextView text, const std::function<void(bool isHeading, const Text& name, const Value& value)>& found);
+void Read(TextView text, const std::function<void(bool isHeading, Text&& name, Value&& value)>& found);
 
 } // namespace dax::PropertyText

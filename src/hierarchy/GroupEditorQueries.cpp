@@ -44,13 +44,14 @@ std::shared_ptr<PropertyCollection> GroupEditor::GetAggregateProperties(const Te
     const auto hold = shared_from_this(); // collections may be a host's
     int64_t groups = 0, lessons = 0, storyboards = 0;
     modClassification::Summary classification;
+    const auto scratch = factory();
     const auto add = [&](const Text& id, LessonTypes type) {
         if (type != ltLesson) {
             ++groups; // the lesson itself, when it is none, and whatever else is no lesson
             return;
         }
         ++lessons;
-        const auto properties = lessonPropertyStore.Peek(id);
+        const auto properties = lessonPropertyStore.Peek(id, scratch);
         if (!properties) return; // it came after the last load
         storyboards += GetNumber(*properties, u"StoryboardCount", 0);
         classification.Add(*properties);

@@ -89,26 +89,28 @@ TEST(LessonPropertyStore, MakesCollectionsOnDemand) {
     for (int i = 0; i < 1000; ++i) store.Add(ToText(i), u"StoryboardCount=" + ToText(i) + u"\nTitle=no", u"t", u"i", 1);
     EXPECT_THROW(store.Add(u"7", {}, {}, {}, 0), Error);
     EXPECT_EQ(made, 0);
-    EXPECT_EQ(GetNumber(*store.Peek(u"999"), u"StoryboardCount", 0), 999);
+    const auto scratch = NewPropertyCollection();
+    EXPECT_EQ(GetNumber(*store.Peek(u"999", scratch), u"StoryboardCount", 0), 999);
     const auto properties = store.Get(u"7");
     EXPECT_EQ(GetText(*properties, u"LessonID", {}) + GetText(*properties, u"Title", {}) +
                   GetText(*properties, u"Identifier", {}),
               u"7ti");
     EXPECT_EQ(GetNumber(*properties, u"LessonType", 0), 1);
     EXPECT_EQ(store.Get(u"7"), properties);
-    EXPECT_EQ(store.Peek(u"7"), properties);
+    EXPECT_EQ(store.Peek(u"7", scratch), properties);
     EXPECT_FALSE(store.Get(u"1000"));
     // Kept in one byte a unit or in two, in a common block or a long one.
     const Text titles[] = {{},  u"\u00FF\u0080", u"\u0100", u"\U0001D11E", Text(9000, u'x'), Text(9000, u'\u4E2D'),
                            u"z"};
     for (const Text& title : titles) store.Add(u"\u00E9" + title, u"Note=" + title, title, u"\u00E8", 0);
     for (const Text& title : titles) {
-        const auto found = store.Peek(u"\u00E9" + title);
+        EXPECT_EQ(GetText(*store.Peek(u"\u00E9" + title, scratch), u"Note", {}), title);
+        const auto found = store.Get(u"\u00E9" + title);
         ASSERT_TRUE(found) << ToUtf8(title);
         EXPECT_EQ(GetText(*found, u"Title", {}) + GetText(*found, u"Identifier", {}) + GetText(*found, u"Note", {}),
                   title + u"\u00E8" + title);
     }
-    EXPECT_FALSE(store.Peek(u""));
+    EXPECT_FALSE(store.Peek(u"", scratch));
 }
 
 } // namespace
