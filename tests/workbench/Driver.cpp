@@ -14,7 +14,7 @@ using namespace workbench;
 
 namespace {
 
-constexpr DWORD patience = 60'000; // milliseconds; only a fault uses them up
+constexpr DWORD patience = 180'000; // milliseconds; only a fault uses them up
 
 // As the program's start-up code takes a command line apart; no argument here ends with a backslash.
 std::wstring CommandLine(const std::wstring& program, const std::vector<std::wstring>& arguments) {
