@@ -132,6 +132,8 @@ TEST_F(AutomationTest, WorksWithoutRegistrationThroughTheShippedManifests) {
          {std::tuple{L"daxControls33.manifest", L"DAXControls.Constants", L"OCXVersion"},
           std::tuple{L"daxControls33.manifest", L"DAXControls.SQLDBPicker", L"DBCatalog"},
           std::tuple{L"daxControls33.manifest", L"DAXControls.GroupEditor", L"DatabaseTitle"},
+          std::tuple{L"daxControls33.manifest", L"DAXControls.LessonMapEditor", L"CurrentSBID"},
+          std::tuple{L"contentObjects.manifest", L"ContentObjects.Lesson", L"Save"},
           std::tuple{L"daxControls33.manifest", L"DAXControls.LockManager", L"ConnectionString"},
           std::tuple{L"daxControls33.manifest", L"DAXControls.LockInfo", L"ConnectionString"},
           std::tuple{L"contentObjects.manifest", L"ContentObjects.Utility", L"NewIdentifier"},

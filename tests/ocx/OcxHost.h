@@ -41,6 +41,7 @@ protected:
 inline constexpr const wchar_t* Controls[] = {
     L"DAXControls.DatabaseValidator", L"DAXControls.SQLDBPicker", L"DAXControls.GroupEditor",
     L"DAXControls.LockManager",       L"DAXControls.LessonInfo",  L"DAXControls.LockInfo",
+    L"DAXControls.LessonMapEditor",
 };
 
 ComPtr<IDispatch> Create(const wchar_t* progID);

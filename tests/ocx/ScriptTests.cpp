@@ -1,65 +1,13 @@
 // The samples as they stand, and faulty scripts, run by the real script host.
 #include "Connector.h"
 #include "Course.h"
-#include "OcxHost.h"
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include "Scripts.h"
 
 namespace dax::test {
 
 namespace {
 
 class ScriptTest : public OcxTest {};
-
-struct Outcome {
-    DWORD code = 0xFFFF;
-    std::string output, errors;
-};
-
-HANDLE OpenForOutput(const Text& path) {
-    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-    return CreateFileW(ToWide(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, 0, nullptr);
-}
-
-std::string ContentsOf(const Text& path) {
-    std::ifstream file(std::filesystem::path(ToWide(path)), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-Outcome RunProgram(const wchar_t* program, const std::wstring& arguments) {
-    const TempFolder folder;
-    const Text output = folder.File(u"output"), errors = folder.File(u"errors");
-    STARTUPINFOW start{};
-    start.cb = sizeof start;
-    start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdOutput = OpenForOutput(output);
-    start.hStdError = OpenForOutput(errors);
-    PROCESS_INFORMATION process{};
-    std::wstring command = L"\"" + BinFolder() + program + L"\" " + arguments;
-    Outcome outcome;
-    const BOOL isStarted =
-        CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process);
-    CloseHandle(start.hStdOutput);
-    CloseHandle(start.hStdError);
-    if (!isStarted) return outcome;
-    EXPECT_EQ(WaitForSingleObject(process.hProcess, 120000), WAIT_OBJECT_0);
-    GetExitCodeProcess(process.hProcess, &outcome.code);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    outcome.output = ContentsOf(output);
-    outcome.errors = ContentsOf(errors);
-    return outcome;
-}
-
-Outcome RunScript(const std::wstring& script, const std::wstring& arguments = L"") {
-    return RunProgram(L"daxscript.exe", L"\"" + script + L"\" " + arguments);
-}
-
-std::wstring Sample(const wchar_t* name) { return BinFolder() + L"ocx_data\\" + name; }
-
-std::wstring Quoted(const Text& text) { return L"\"" + ToWide(text) + L"\" "; }
 
 } // namespace
 

@@ -4,6 +4,8 @@
 #include "ocx/com/Enumerator.h"
 #include "ocx/com/Fault.h"
 
+#include <dispex.h>
+
 #include <array>
 #include <iterator>
 
@@ -12,6 +14,8 @@ namespace dax {
 namespace {
 
 constexpr int32_t noSuchMember = 438; // as hosts count it
+// IDispatchEx; not every system library has it.
+constexpr IID scriptedID{0xa6ef9860, 0xc720, 0x11d0, {0x93, 0x37, 0x00, 0xa0, 0xc9, 0x0d, 0xca, 0xa9}};
 // A host could enumerate for ever.
 constexpr size_t mostElements = 1'000'000;
 // How collections say that they have no such element: invalid call, subscript out of range, invalid argument, bad
@@ -48,20 +52,25 @@ using ObjectEnumerator = Enumerator<IEnumVARIANT, IID_IEnumVARIANT, VARIANT, Com
 
 const void* HostObject::ObjectIdentity() const { return Query<IUnknown>(object.Get(), IID_IUnknown).Get(); }
 
-bool HostObject::Has(const wchar_t* member) const {
+std::optional<DISPID> HostObject::Seek(const wchar_t* member) const {
+    const ComPtr<IDispatch> kept = object;
     std::wstring name = member;
     LPOLESTR names[] = {name.data()};
     DISPID dispid = 0;
-    return SUCCEEDED(object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &dispid));
+    if (SUCCEEDED(kept->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &dispid))) return dispid;
+    // Objects of some script engines tell their names in this way only.
+    const auto scripted = Query<IDispatchEx>(kept.Get(), scriptedID);
+    if (!scripted) return {};
+    const BSTR text = ToBstr(FromWide(name));
+    const HRESULT code = scripted->GetDispID(text, fdexNameCaseInsensitive, &dispid);
+    SysFreeString(text);
+    return code == S_OK ? std::optional(dispid) : std::nullopt;
 }
 
 DISPID HostObject::Find(const wchar_t* member) const {
-    std::wstring name = member;
-    LPOLESTR names[] = {name.data()};
-    DISPID dispid = 0;
-    if (FAILED(object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &dispid)))
-        throw Error(noSuchMember, u"An object of the host has no member '" + FromWide(member) + u"'.");
-    return dispid;
+    const auto dispid = Seek(member);
+    if (!dispid) throw Error(noSuchMember, u"An object of the host has no member '" + FromWide(member) + u"'.");
+    return *dispid;
 }
 
 HRESULT HostObject::Invoke(DISPID dispid, WORD kind, std::initializer_list<Variant> arguments, Variant& result,

@@ -5,6 +5,7 @@
 #include "ocx/com/Variant.h"
 
 #include <initializer_list>
+#include <optional>
 #include <vector>
 
 namespace dax {
@@ -20,7 +21,7 @@ public:
     // The same for two references to one object.
     const void* ObjectIdentity() const;
 
-    bool Has(const wchar_t* member) const;
+    bool Has(const wchar_t* member) const { return Seek(member).has_value(); }
     // Arguments in their written order. Properties are methods here, too.
     Variant Call(const wchar_t* member, std::initializer_list<Variant> arguments = {}) const;
     // As Call, but nothing when the object says that it has no such element.
@@ -31,6 +32,7 @@ public:
     std::vector<ComPtr<IDispatch>> Elements() const;
 
 private:
+    std::optional<DISPID> Seek(const wchar_t* member) const;
     DISPID Find(const wchar_t* member) const;
     HRESULT Invoke(DISPID dispid, WORD kind, std::initializer_list<Variant> arguments, Variant& result,
                    Text& description) const;

@@ -1,0 +1,277 @@
+// Hosts' own objects that do wrong, hosts that let go in the middle, and what a host keeps of the lesson map editor.
+#include "LessonMapFixture.h"
+#include "TestSite.h"
+
+namespace dax::test {
+
+namespace {
+
+class LessonMapHostTest : public LessonMapFixture {
+protected:
+    static void Fill(HostLessonParts& host) {
+        for (const char16_t* sbid : {u"a", u"b", u"c"}) host.AddPage(sbid);
+        host.AddMap(u"M", {u"a", u"b"});
+        host.AddMap(u"N", {u"c"});
+    }
+    void SetLesson(IDispatch* value) { Put(control.Get(), L"Lesson", Variant(value), DISPATCH_PROPERTYPUTREF); }
+    // Whatever it has been through, the editor works as ever.
+    void ExpectUsable(const std::string& where) {
+        SetLesson(nullptr);
+        Heard();
+        Show(u"map\tM\tdefault\npage\t1\ta\npage\t1\tb\n");
+        EXPECT_EQ(Shown(), "M (2)[title a title b]") << where;
+        Let(control.Get(), L"CurrentSBID", Variant(u"b"));
+        EXPECT_TRUE(Heard().ends_with("AfterSelectionChange(b)")) << where;
+    }
+};
+
+// Nodes that a map has no business with are written as often as a page: once.
+bool IsEachOnce(const std::string& shown) {
+    for (const char* title : {"title a", "title b", "title c"}) {
+        const size_t first = shown.find(title);
+        if (first != std::string::npos && shown.find(title, first + 1) != std::string::npos) return false;
+    }
+    return true;
+}
+
+} // namespace
+
+TEST_F(LessonMapHostTest, EveryFailureOfAHostsObjectIsAnError) {
+    // Each member in turn: missing, failing, answering a text, answering nothing.
+    const std::vector<std::pair<const char*, const wchar_t*>> members{
+        {"lesson", L"Maps"},     {"lesson", L"Storyboards"}, {"lesson", L"CurrentSBID"},  {"pages", L"Count"},
+        {"pages", L"Item"},      {"pages", L"Remove"},       {"maps", L"Count"},          {"maps", L"Item"},
+        {"maps", L"DefaultMap"}, {"map", L"Name"},           {"map", L"FillTree"},        {"map", L"ReadLayout"},
+        {"page", L"SBID"},       {"page", L"Title"},         {"page", L"StoryboardType"},
+    };
+    for (const auto& [kind, member] : members) {
+        for (const int fault : {0, 1, 2, 3}) {
+            const std::string where = kind + ("." + ToUtf8(FromWide(member))) + " " + std::to_string(fault);
+            for (const bool isLate : {false, true}) { // before the lesson is shown, or afterwards
+                HostLessonParts host;
+                Fill(host);
+                if (isLate) SetLesson(host.lesson.Get());
+                HostThing& thing = kind == std::string("lesson")  ? *host.lesson.Get()
+                                   : kind == std::string("pages") ? *host.pageList.Get()
+                                   : kind == std::string("maps")  ? *host.mapList.Get()
+                                   : kind == std::string("map")   ? *host.maps[0].second.Get()
+                                                                  : *host.pages[0].second.Get();
+                HostThing::Member& faulty = thing.members[member];
+                faulty = [fault](const auto&, WORD) -> Variant {
+                    if (fault == 1) throw Failure{E_FAIL, u"on purpose", u""};
+                    return fault == 2 ? Variant(u"not what it should be") : Variant();
+                };
+                if (fault == 0) thing.members.erase(member);
+                int failures = 0;
+                const auto attempt = [&](const std::function<void()>& action) {
+                    const HRESULT code = CodeOf(action);
+                    failures += FAILED(code);
+                    EXPECT_TRUE(IsEachOnce(Shown())) << where;
+                };
+                attempt([&] { SetLesson(host.lesson.Get()); });
+                attempt([&] { Let(control.Get(), L"CurrentSBID", Variant(u"b")); });
+                attempt([&] { Call(control.Get(), L"MoveCurrent", {Variant(5)}); });
+                attempt([&] {
+                    Call(control.Get(), L"FindNextSBID", {Variant(u"x"), Variant(1), Variant(false), Variant(true)});
+                });
+                attempt([&] { Get(control.Get(), L"OrphanedStoryboards"); });
+                attempt([&] {
+                    Call(control.Get(), L"RemoveStoryboard",
+                         {Variant(static_cast<IDispatch*>(host.pages[1].second.Get())), Variant(true)});
+                });
+                // A member that is missing or fails cannot go unnoticed.
+                if (fault < 2) {
+                    EXPECT_GT(failures, 0) << where;
+                }
+                ExpectUsable(where);
+            }
+        }
+    }
+}
+
+TEST_F(LessonMapHostTest, AMapThatMisusesTheTreeIsRefused) {
+    using Fill = std::function<void(IDispatch * nodes, IDispatch * root)>;
+    const auto add = [](IDispatch* nodes, const Variant& above, const char16_t* key) {
+        Call(nodes, L"Add", {above, Variant(4), Variant(key), Variant(u"?")});
+    };
+    const std::pair<const char*, Fill> cases[] = {
+        {"the same page twice",
+         [&](IDispatch* nodes, IDispatch* root) {
+             add(nodes, Variant(root), u"a");
+             add(nodes, Variant(root), u"a");
+         }},
+        {"under another map", [&](IDispatch* nodes, IDispatch*) { add(nodes, Variant(u"M"), u"c"); }},
+        {"beside the maps", [&](IDispatch* nodes, IDispatch*) { add(nodes, Variant(), u"c"); }},
+        {"removes its node", [&](IDispatch* nodes, IDispatch* root) { Call(nodes, L"Remove", {Variant(root)}); }},
+        {"empties the tree", [&](IDispatch* nodes, IDispatch*) { Call(nodes, L"Clear"); }},
+        {"takes the other's key",
+         [&](IDispatch* nodes, IDispatch* root) {
+             Let(Get(nodes, L"Item", {Variant(u"M")}).Get(), L"Key", Variant(u"x"));
+             Let(root, L"Key", Variant(u"M"));
+         }},
+        {"shows another lesson", [&](IDispatch*, IDispatch*) { SetLesson(nullptr); }},
+        {"refreshes", [&](IDispatch*, IDispatch*) { Call(control.Get(), L"Refresh"); }},
+    };
+    for (const auto& [name, fill] : cases) {
+        HostLessonParts host;
+        LessonMapHostTest::Fill(host);
+        int calls = 0;
+        host.maps[1].second->members[L"FillTree"] = [&, fill = fill](const auto& arguments, WORD) {
+            ++calls;
+            fill(arguments.at(0).pdispVal, arguments.at(1).pdispVal);
+            return Variant();
+        };
+        const HRESULT code = CodeOf([&] { SetLesson(host.lesson.Get()); });
+        EXPECT_EQ(calls, 1) << name;
+        const std::string shown = Shown();
+        EXPECT_TRUE(SUCCEEDED(code) ? IsEachOnce(shown) : shown.empty()) << name << ": " << shown;
+        EXPECT_EQ(SUCCEEDED(code), name == std::string("under another map")) << name;
+        ExpectUsable(name);
+    }
+}
+
+TEST_F(LessonMapHostTest, ALessonWithoutMapsGetsOne) {
+    HostLessonParts host;
+    host.AddPage(u"a");
+    ComPtr<IDispatch> added;
+    host.mapList->members[L"Add"] = [&](const auto& arguments, WORD) {
+        added = ObjectOf(arguments.at(0));
+        return Variant();
+    };
+    host.mapList->members[L"Count"] = [&](const auto&, WORD) { return Variant(added ? 1 : 0); };
+    host.mapList->members[L"Item"] = [&](const auto&, WORD) { return Variant(added.Get()); };
+    host.mapList->members[L"DefaultMap"] = [&](const auto&, WORD) { return Variant(added.Get()); };
+    SetLesson(host.lesson.Get());
+    ASSERT_TRUE(added);
+    EXPECT_EQ(GetText(added.Get(), L"Name"), u"key");
+    EXPECT_EQ(Shown(), "key (0)");
+    EXPECT_EQ(Heard(), "MapChanged(0) AfterSelectionChange()");
+    Call(control.Get(), L"AddStoryboard", {Variant(static_cast<IDispatch*>(host.pages[0].second.Get()))});
+    EXPECT_EQ(Shown(), "key (1)[title a]");
+    SetLesson(nullptr);
+    SetLesson(host.lesson.Get());
+    EXPECT_EQ(Shown(), "key (1)[title a]") << "the new map keeps the layout";
+    SetLesson(nullptr);
+    added.Reset();
+}
+
+TEST_F(LessonMapHostTest, AHostsOwnPicturesAreFoundByTheirKeys) {
+    const auto create = reinterpret_cast<HANDLE(WINAPI*)(int, int, UINT, int, int)>(
+        reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(L"comctl32"), "ImageList_Create")));
+    const auto destroy = reinterpret_cast<BOOL(WINAPI*)(HANDLE)>(
+        reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(L"comctl32"), "ImageList_Destroy")));
+    ASSERT_TRUE(create && destroy);
+    const HANDLE images = create(16, 16, 0, 4, 0);
+    const Variant handle(static_cast<int32_t>(reinterpret_cast<INT_PTR>(images)));
+    Show(u"map\tM\tdefault\npage\t1\ta\n");
+    const auto expect = [this](int root, int page) {
+        EXPECT_EQ(NumberOf(Call(Node(u"M").Get(), L"Image")), root);
+        EXPECT_EQ(NumberOf(Call(Node(u"a").Get(), L"Image")), page);
+    };
+    expect(1, 5);
+    if (reinterpret_cast<HANDLE>(static_cast<INT_PTR>(handle.lVal)) == images) { // scripts have no wider numbers
+        Call(control.Get(), L"SetImageList", {handle, Variant(u"text,_custom,_undefined,_root")});
+        expect(4, 1);
+    }
+    auto list = HostThing::New(), pictures = HostThing::New();
+    list->members[L"hImageList"] = [&](const auto&, WORD) {
+        Variant value;
+        value.vt = VT_I8;
+        value.llVal = reinterpret_cast<INT_PTR>(images);
+        return value;
+    };
+    list->members[L"ListImages"] = [&](const auto&, WORD) { return ObjectVariant(pictures.Get()); };
+    pictures->members[L"Count"] = [](const auto&, WORD) { return Variant(2); };
+    pictures->members[L"Item"] = [](const auto& arguments, WORD) {
+        auto picture = HostThing::New();
+        const bool isFirst = NumberOf(arguments.at(0)) == 1;
+        picture->members[L"Key"] = [isFirst](const auto&, WORD) { return Variant(isFirst ? u"_custom" : u"_root"); };
+        return ObjectVariant(picture.Get());
+    };
+    Call(control.Get(), L"SetImageList", {ObjectVariant(list.Get())});
+    expect(2, 1);
+    for (const Variant& wrong : {Variant(u"none"), Variant(1), ObjectVariant(pictures.Get())})
+        EXPECT_NE(CodeOf([&] { Call(control.Get(), L"SetImageList", {wrong}); }), S_OK);
+    expect(2, 1);
+    Call(control.Get(), L"SetImageList", {Variant(0)});
+    expect(1, 5);
+    destroy(images);
+}
+
+TEST_F(LessonMapHostTest, AHostMayLetGoInsideEachEvent) {
+    const struct {
+        const char* event;
+        std::function<void(IDispatch*, HWND)> cause;
+    } cases[] = {
+        {"AfterSelectionChange", [](IDispatch* it, HWND) { Let(it, L"CurrentSBID", Variant(u"b")); }},
+        {"MapChanged", [](IDispatch* it, HWND) { Call(it, L"MoveCurrent", {Variant(2)}); }},
+        {"AfterSelectionChange", [](IDispatch*, HWND tree) { SendMessageW(tree, WM_KEYDOWN, VK_DOWN, 1); }},
+        {"ItemChecked", [](IDispatch*, HWND tree) { SendMessageW(tree, WM_KEYDOWN, VK_SPACE, 1); }},
+        {"DeleteRequest", [](IDispatch*, HWND tree) { SendMessageW(tree, WM_KEYDOWN, VK_DELETE, 1); }},
+        {"ContextMenuRequest", [](IDispatch*, HWND tree) { SendMessageW(tree, WM_RBUTTONUP, 0, 0); }},
+    };
+    for (const auto& row : cases) {
+        TestSite site;
+        Let(control.Get(), L"Checkboxes", Variant(true));
+        Show(u"map\tM\tdefault\npage\t1\ta\npage\t1\tb\npage\t1\tc\ncurrent\ta\n");
+        ComPtr<IOleObject> object = Place(control.Get(), site);
+        const HWND tree = FindWindowExW(WindowOf(control.Get()), nullptr, L"SysTreeView32", nullptr);
+        ASSERT_TRUE(tree);
+        bool isTold = false;
+        onEvent = [&](const std::string& event) {
+            if (event != row.event) return;
+            isTold = true;
+            object->Close(OLECLOSE_NOSAVE);
+            object->SetClientSite(nullptr);
+            object.Reset();
+            End();
+        };
+        row.cause(control.Get(), tree);
+        EXPECT_TRUE(PumpUntil([&] { return isTold && !IsWindow(tree); })) << row.event;
+        EXPECT_EQ(HostThing::living, 0) << row.event;
+        EXPECT_EQ(site.references, 1u) << row.event;
+        Begin();
+    }
+}
+
+TEST_F(LessonMapHostTest, KeepsItsPropertiesInTheDocumentedOrder) {
+    class Bag final : public IPropertyBag {
+    public:
+        std::vector<std::pair<std::wstring, Variant>> written;
+        STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+        STDMETHODIMP_(ULONG) AddRef() override { return 2; }
+        STDMETHODIMP_(ULONG) Release() override { return 1; } // lives on the stack
+        STDMETHODIMP Read(LPCOLESTR name, VARIANT* value, IErrorLog*) override {
+            for (const auto& [known, kept] : written) {
+                if (known == name) return VariantCopy(value, const_cast<Variant*>(&kept));
+            }
+            return E_INVALIDARG;
+        }
+        STDMETHODIMP Write(LPCOLESTR name, VARIANT* value) override {
+            written.emplace_back(name, Variant());
+            return VariantCopy(&written.back().second, value);
+        }
+    };
+    const std::pair<const wchar_t*, Variant> properties[] = {{L"AllowDragDrop", Variant(false)},
+                                                             {L"CaptionStyle", Variant(1)},
+                                                             {L"Checkboxes", Variant(true)},
+                                                             {L"Locked", Variant(true)},
+                                                             {L"ShowDefaultMapOnly", Variant(true)}};
+    for (const auto& [name, value] : properties) Let(control.Get(), name, value);
+    Bag bag;
+    const auto save = Query<IPersistPropertyBag>(control.Get(), IID_IPersistPropertyBag);
+    EXPECT_EQ(Query<IPersistStreamInit>(control.Get(), IID_IPersistStreamInit)->IsDirty(), S_OK);
+    ASSERT_HRESULT_SUCCEEDED(save->Save(&bag, TRUE, TRUE));
+    ASSERT_EQ(bag.written.size(), std::size(properties));
+    for (size_t i = 0; i < std::size(properties); ++i) EXPECT_EQ(bag.written[i].first, properties[i].first);
+
+    const auto other = Create(L"DAXControls.LessonMapEditor");
+    EXPECT_TRUE(IsTrue(Call(control.Get(), L"Locked")));
+    ASSERT_HRESULT_SUCCEEDED(Query<IPersistPropertyBag>(other.Get(), IID_IPersistPropertyBag)->Load(&bag, nullptr));
+    for (const auto& [name, value] : properties) {
+        const Variant loaded = Call(other.Get(), name);
+        EXPECT_TRUE(loaded.vt == value.vt && loaded.lVal == value.lVal) << ToUtf8(FromWide(name));
+    }
+}
+
+} // namespace dax::test

@@ -1,0 +1,20 @@
+// Runs scripts and other programs of the build to their end.
+#pragma once
+
+#include "OcxHost.h"
+
+namespace dax::test {
+
+struct Outcome {
+    DWORD code = 0xFFFF;
+    std::string output, errors;
+};
+
+// A program beside this one; fails when it does not end within two minutes.
+Outcome RunProgram(const wchar_t* program, const std::wstring& arguments);
+Outcome RunScript(const std::wstring& script, const std::wstring& arguments = L"");
+
+std::wstring Sample(const wchar_t* name); // the path of a sample
+std::wstring Quoted(const Text& text);
+
+} // namespace dax::test
