@@ -12,7 +12,7 @@ Class FlatMap
     Public Sub FillTree(nodes, mapRoot)
         Dim sbid
         For Each sbid In Split(Pages)
-            If Not nodes.Contains(sbid) Then nodes.Add mapRoot, below, sbid
+            If sbid <> "" And Not nodes.Contains(sbid) Then nodes.Add mapRoot, below, sbid
         Next
     End Sub
 
