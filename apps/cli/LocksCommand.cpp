@@ -116,7 +116,7 @@ void PrintJson(const std::vector<ListedLock>& locks) {
 bool IsConfirmed(size_t deletable, size_t listed) {
     Text question = u"Delete " + CountText(static_cast<int64_t>(deletable), u"lock");
     if (deletable < listed) {
-        question += u" (the other " + ToText(static_cast<long long>(listed - deletable)) + u" belong to other users)";
+        question += u" of " + ToText(static_cast<long long>(listed)) + u", the rest being held by other users";
     }
     Complain(question + u"? Type y and Enter to go on.");
     std::string answer;

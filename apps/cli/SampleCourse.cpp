@@ -18,8 +18,9 @@ using modDB::QuoteSQLString;
 
 constexpr long long Minute = 60, Hour = 60 * Minute, Day = 24 * Hour;
 constexpr size_t LessonsInGroup = 6, GroupsInGroup = 8;
-// So many lessons have pages of their own; in a larger course the others are copies of theirs.
-constexpr size_t DifferentLessons = 500;
+// So many lessons have pages of their own; in a larger course the others are copies of the brief ones, so that it is
+// made quickly.
+constexpr size_t DifferentLessons = 500, BriefLesson = 5;
 
 template <typename List>
 const auto& Cycle(const List& list, size_t index) {
@@ -91,8 +92,9 @@ private:
         if (lessonIDs.size() < DifferentLessons) {
             lessonIDs.push_back(id);
             contents.push_back(MakeSampleLesson(number, code));
+            if (contents.back().storyboards <= BriefLesson) briefContents.push_back(contents.back());
         }
-        const SampleLesson& content = Cycle(contents, number - 1);
+        const SampleLesson& content = number <= contents.size() ? contents[number - 1] : Cycle(briefContents, number);
         const Text properties = SampleProperties(number, content.storyboards, now);
         AddRow(id, Text(Cycle(LessonTitles, number)) + u" " + Number(number), code + u"-" + Number(number), parent,
                depth, position, ltLesson, properties, content.text);
@@ -172,6 +174,7 @@ private:
     Text code;
     std::vector<Text> groupIDs, lessonIDs; // the first ones
     std::vector<SampleLesson> contents;    // of the lessons in `lessonIDs`
+    std::vector<SampleLesson> briefContents;
 };
 
 } // namespace

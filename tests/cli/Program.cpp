@@ -46,15 +46,18 @@ std::wstring Quoted(const std::wstring& word) {
     return quoted.append(backslashes, L'\\') + L'"';
 }
 
-// Sends one of our standard streams to a file while it lives; programs started meanwhile inherit that.
+// Ties one of our standard streams to a file while it lives; programs started meanwhile inherit that.
 class Redirection {
 public:
     Redirection(int standard, const std::filesystem::path& file) : number(standard), former(_dup(standard)) {
-        const int target = _wopen(file.c_str(), _O_CREAT | _O_TRUNC | _O_WRONLY | _O_BINARY, _S_IREAD | _S_IWRITE);
+        const int target =
+            standard == 0 ? _wopen(file.c_str(), _O_RDONLY | _O_BINARY)
+                          : _wopen(file.c_str(), _O_CREAT | _O_TRUNC | _O_WRONLY | _O_BINARY, _S_IREAD | _S_IWRITE);
         _dup2(target, number);
         _close(target);
     }
     ~Redirection() {
+        if (former < 0) return; // there was none
         _dup2(former, number);
         _close(former);
     }
@@ -63,7 +66,8 @@ private:
     int number, former;
 };
 
-int Run(const std::vector<Text>& words, const std::filesystem::path& output, const std::filesystem::path& errors) {
+int Run(const std::vector<Text>& words, const std::filesystem::path& input, const std::filesystem::path& output,
+        const std::filesystem::path& errors) {
     const std::filesystem::path program = ProgramPath();
     std::vector<std::wstring> quoted = {Quoted(program.wstring())};
     for (const Text& word : words) quoted.push_back(Quoted(std::wstring(word.begin(), word.end())));
@@ -71,7 +75,7 @@ int Run(const std::vector<Text>& words, const std::filesystem::path& output, con
     for (const std::wstring& word : quoted) pointers.push_back(word.c_str());
     pointers.push_back(nullptr);
     std::fflush(nullptr);
-    const Redirection out(1, output), err(2, errors);
+    const Redirection in(0, input), out(1, output), err(2, errors);
     return static_cast<int>(_wspawnv(_P_WAIT, program.c_str(), pointers.data()));
 }
 
@@ -83,10 +87,11 @@ std::string Quoted(const std::string& word) {
     return quoted + "'";
 }
 
-int Run(const std::vector<Text>& words, const std::filesystem::path& output, const std::filesystem::path& errors) {
+int Run(const std::vector<Text>& words, const std::filesystem::path& input, const std::filesystem::path& output,
+        const std::filesystem::path& errors) {
     std::string command = Quoted(ProgramPath().string());
     for (const Text& word : words) command += " " + Quoted(ToUtf8(word));
-    command += " >" + Quoted(output.string()) + " 2>" + Quoted(errors.string()) + " </dev/null";
+    command += " >" + Quoted(output.string()) + " 2>" + Quoted(errors.string()) + " <" + Quoted(input.string());
     const int status = std::system(command.c_str());
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
@@ -95,11 +100,13 @@ int Run(const std::vector<Text>& words, const std::filesystem::path& output, con
 
 } // namespace
 
-Outcome RunDax(const std::vector<Text>& words) {
+Outcome RunDax(const std::vector<Text>& words, const std::string& input) {
     const TempFolder folder;
-    const std::filesystem::path output = folder.Path() / "output", errors = folder.Path() / "errors";
+    const std::filesystem::path answers = folder.Path() / "input", output = folder.Path() / "output",
+                                errors = folder.Path() / "errors";
+    std::ofstream(answers, std::ios::binary) << input;
     Outcome outcome;
-    outcome.exitCode = Run(words, output, errors);
+    outcome.exitCode = Run(words, answers, output, errors);
     outcome.output = Contents(output);
     outcome.errors = Contents(errors);
     return outcome;

@@ -13,6 +13,7 @@ struct Outcome {
     std::string output, errors;
 };
 
-Outcome RunDax(const std::vector<Text>& words);
+// `input` is what the program reads from its standard input.
+Outcome RunDax(const std::vector<Text>& words, const std::string& input = {});
 
 } // namespace dax::test
