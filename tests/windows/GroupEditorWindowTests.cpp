@@ -187,7 +187,7 @@ TEST(GroupEditorWindow, LeavesNothingBehind) {
     };
     for (int count = 0; count < 3; ++count) cycle();
     const int windows = WindowCount(), objects = GdiObjectCount();
-    for (int count = 0; count < 30; ++count) cycle();
+    for (int count = 0; count < 10; ++count) cycle();
     EXPECT_EQ(WindowCount(), windows);
     EXPECT_EQ(GdiObjectCount(), objects);
 }

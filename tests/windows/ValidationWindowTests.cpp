@@ -276,7 +276,7 @@ TEST(ControlWindows, LeaveNoWindowAndNoGdiObjectBehind) {
     for (int warmUp = 0; warmUp < 5; ++warmUp) cycle(warmUp % 2 == 0);
     const int windows = WindowCount(), objects = GdiObjectCount();
     EXPECT_GT(objects, 0);
-    for (int count = 0; count < 200; ++count) cycle(count % 2 == 0);
+    for (int count = 0; count < 50; ++count) cycle(count % 2 == 0);
     EXPECT_EQ(WindowCount(), windows);
     EXPECT_EQ(GdiObjectCount(), objects);
     EXPECT_EQ(WindowBase::LiveCount(), 0);

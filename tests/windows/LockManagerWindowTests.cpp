@@ -1,0 +1,270 @@
+// The lock list's window on a real database, under a user's mouse and keyboard.
+#include "locks/win32/LockManagerWindow.h"
+
+#include "data/Schema.h"
+#include "support/TestDatabases.h"
+#include "windows/Hand.h"
+#include "windows/HostWindow.h"
+#include "windows/WindowCounts.h"
+
+#include <commctrl.h>
+
+#include <memory>
+
+namespace dax::test {
+
+namespace {
+
+// Three locks of ann, two of bob; the titles sort otherwise than the dates.
+std::vector<Text> SampleLocks() {
+    std::vector<Text> statements = Schema::CreateStatements(Schema::Database::Content, Engine::SQLite);
+    const auto lock = [&](const Text& lesson, const Text& title, const Text& user, int hour) {
+        statements.push_back(u"INSERT INTO velmoraLessons (lessonID, lessonTitle, lessonIdentifier, lessonType) VALUES "
+                             u"('" +
+                             lesson + u"', '" + title + u"', '#" + lesson + u"', 1)");
+        statements.push_back(u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, "
+                             u"lockDate, lockType) VALUES ('" +
+                             lesson + u"', '" + user + u"', 'PC-" + user + u"', '10.0.0.1', 's', '2026-03-01 0" +
+                             ToText(hour) + u":00:00', 1)");
+    };
+    lock(u"1", u"Ducks", u"ann", 1);
+    lock(u"2", u"Bees", u"bob", 2);
+    lock(u"3", u"Ants", u"ann", 5);
+    lock(u"4", u"Eels", u"bob", 4);
+    lock(u"5", u"Cats", u"ann", 3);
+    return statements;
+}
+
+struct LockHost {
+    explicit LockHost(const Text& connection = {}, int dpi = 96) : host(900, 400) {
+        control->SetAmbient(At(dpi));
+        const SIZE size = control->PreferredSize(dpi);
+        control->Create(host.handle, {0, 0, size.cx, size.cy});
+        control->InitProperties();
+        LockManager& manager = *control->Manager();
+        manager.connectionString = connection;
+        manager.username = u"ann";
+        manager.SelectionChanged.Add([this](LockDeleteTypes type) { Hear("S" + std::to_string(type)); });
+        manager.DeleteRequest.Add([this](LockDeleteTypes type) { Hear("X" + std::to_string(type)); });
+        manager.Error.Add([this](int32_t, const Text& description, const Text&, const Text&, int32_t&) {
+            Hear("E" + ToUtf8(description));
+        });
+        SetFocus(control->Handle());
+        manager.Refresh();
+        ProcessPendingMessages();
+        heard.clear();
+    }
+    void Hear(const std::string& what) {
+        heard += what + " ";
+        if (releaseAt == what[0]) control.reset();
+    }
+    std::string Take() { return std::exchange(heard, {}); }
+    HWND List() const { return GetWindow(control->Handle(), GW_CHILD); }
+    HWND Header() const { return reinterpret_cast<HWND>(SendMessageW(List(), LVM_GETHEADER, 0, 0)); }
+    WPARAM Column(TextView key) const { return static_cast<WPARAM>(control->Locks()->ColumnIndex(key)); }
+
+    // As the window answers, from the top; a star at what it says is selected.
+    std::string Rows() const {
+        std::string rows;
+        const auto count = static_cast<WPARAM>(SendMessageW(List(), LVM_GETITEMCOUNT, 0, 0));
+        EXPECT_EQ(count, control->Locks()->Items().size());
+        for (WPARAM row = 0; row < count; ++row) {
+            wchar_t buffer[64] = L"?";
+            LVITEMW item{};
+            item.pszText = buffer;
+            item.cchTextMax = 64;
+            SendMessageW(List(), LVM_GETITEMTEXTW, row, reinterpret_cast<LPARAM>(&item));
+            const bool isSelected = SendMessageW(List(), LVM_GETITEMSTATE, row, LVIS_SELECTED) != 0;
+            EXPECT_EQ(control->Locks()->Items()[row].isSelected, isSelected) << row;
+            rows += ToUtf8(FromWide(buffer)) + (isSelected ? "* " : " ");
+        }
+        return rows;
+    }
+    // The columns with an arrow: up, or down.
+    std::string Arrows() const {
+        std::string arrows;
+        for (size_t index = 0; index < control->Locks()->Columns().size(); ++index) {
+            HDITEMW item{};
+            item.mask = HDI_FORMAT;
+            SendMessageW(Header(), HDM_GETITEMW, index, reinterpret_cast<LPARAM>(&item));
+            const std::string key = ToUtf8(control->Locks()->Columns()[index].key);
+            if (item.fmt & HDF_SORTUP) arrows += key + " up ";
+            if (item.fmt & HDF_SORTDOWN) arrows += key + " down ";
+        }
+        return arrows;
+    }
+    POINT OnHeader(TextView key) const {
+        RECT place{};
+        SendMessageW(Header(), HDM_GETITEMRECT, Column(key), reinterpret_cast<LPARAM>(&place));
+        POINT point{(place.left + place.right) / 2, (place.top + place.bottom) / 2};
+        ClientToScreen(Header(), &point);
+        return point;
+    }
+    // In the last column: the whole row selects.
+    POINT OnRow(WPARAM row) const {
+        RECT place{LVIR_BOUNDS, 0, 0, 0};
+        EXPECT_TRUE(SendMessageW(List(), LVM_GETITEMRECT, row, reinterpret_cast<LPARAM>(&place)));
+        POINT point{place.right - 8, (place.top + place.bottom) / 2};
+        ClientToScreen(List(), &point);
+        return point;
+    }
+
+    HostWindow host;
+    std::unique_ptr<LockManagerWindow> control = std::make_unique<LockManagerWindow>();
+    std::string heard;
+    char releaseAt = 0;
+};
+
+class LockManagerWindowTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        DAX_NEEDS_ENGINE(Engine::SQLite);
+        database = std::make_unique<TestDatabase>(Engine::SQLite);
+        database->Run(SampleLocks());
+    }
+    std::unique_ptr<TestDatabase> database;
+};
+
+} // namespace
+
+TEST_F(LockManagerWindowTest, HeadersSortAndShowHow) {
+    LockHost host(database->ConnectionString());
+    Hand hand(host.host.handle);
+    EXPECT_EQ(host.Arrows(), "");
+    const struct {
+        const char16_t* column;
+        const char *rows, *arrows;
+    } clicks[] = {
+        {u"title", "Ants Bees Cats Ducks Eels ", "title up "},
+        {u"title", "Eels Ducks Cats Bees Ants ", "title down "},
+        {u"lockdate", "Ducks Bees Cats Eels Ants ", "lockdate up "},
+        {u"age", "Ants Eels Cats Bees Ducks ", "age down "}, // the same order by nature: only the direction turns
+        {u"title", "Ants Bees Cats Ducks Eels ", "title up "},
+    };
+    for (const auto& each : clicks) {
+        SCOPED_TRACE(ToUtf8(each.column) + " " + each.arrows);
+        hand.Do([&](Hand& user) { user.Click(host.OnHeader(each.column)); });
+        EXPECT_EQ(host.Rows(), each.rows);
+        EXPECT_EQ(host.Arrows(), each.arrows);
+        EXPECT_EQ(host.Take(), "S1 ");
+    }
+    host.control->Manager()->showIdentifier = false;
+    host.control->Manager()->RebuildDisplay();
+    EXPECT_EQ(host.Arrows(), "") << "and nothing is sorted";
+    EXPECT_EQ(SendMessageW(host.Header(), HDM_GETITEMCOUNT, 0, 0), 7);
+}
+
+TEST_F(LockManagerWindowTest, SeveralRowsAreSelectedAndDeleted) {
+    LockHost host(database->ConnectionString());
+    Hand hand(host.host.handle);
+    hand.Do([&](Hand& user) { user.Click(host.OnHeader(u"title")); });
+    host.Take();
+    const auto with = [](WORD key, const std::function<void(Hand&)>& act) {
+        return [key, act](Hand& user) {
+            user.KeyDown(key);
+            act(user);
+            user.KeyUp(key);
+        };
+    };
+    const auto click = [&](WPARAM row) { return [&host, row](Hand& user) { user.Click(host.OnRow(row)); }; };
+    const auto type = [](WORD key) { return [key](Hand& user) { user.Type(key); }; };
+    POINT below = host.OnRow(4);
+    below.y += 60;
+    const struct {
+        const char* what;
+        std::function<void(Hand&)> act;
+        const char *rows, *heard;
+    } cases[] = {
+        {"Delete and nothing selected", type(VK_DELETE), "Ants Bees Cats Ducks Eels ", ""},
+        {"click at the end of a row", click(0), "Ants* Bees Cats Ducks Eels ", "S0 "},
+        {"Ctrl+click", with(VK_CONTROL, click(2)), "Ants* Bees Cats* Ducks Eels ", "S0 "},
+        {"Ctrl+click on another's", with(VK_CONTROL, click(4)), "Ants* Bees Cats* Ducks Eels* ", "S2 "},
+        {"Delete", type(VK_DELETE), "Ants* Bees Cats* Ducks Eels* ", "X2 "},
+        {"Ctrl+click takes back", with(VK_CONTROL, click(4)), "Ants* Bees Cats* Ducks Eels ", "S0 "},
+        {"Delete", type(VK_DELETE), "Ants* Bees Cats* Ducks Eels ", "X0 "},
+        {"click", click(1), "Ants Bees* Cats Ducks Eels ", "S2 "},
+        {"Shift+click", with(VK_SHIFT, click(3)), "Ants Bees* Cats* Ducks* Eels ", "S2 "},
+        {"Shift+Up", with(VK_SHIFT, type(VK_UP)), "Ants Bees* Cats* Ducks Eels ", ""},
+        {"a letter", type('E'), "Ants Bees Cats Ducks Eels* ", ""},
+        {"click below the rows", [below](Hand& user) { user.Click(below); }, "Ants Bees Cats Ducks Eels ", "S1 "},
+        {"Delete and nothing selected", type(VK_DELETE), "Ants Bees Cats Ducks Eels ", ""},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        hand.Do(each.act);
+        EXPECT_EQ(host.Rows(), each.rows);
+        EXPECT_EQ(host.Take(), each.heard);
+    }
+
+    // A host that does as it is asked: of what is selected it deletes what it may.
+    host.control->Manager()->DeleteRequest.Add([&](LockDeleteTypes) { host.control->Manager()->DeleteSelected(); });
+    hand.Do([&](Hand& user) {
+        user.Click(host.OnRow(0));
+        with(VK_SHIFT, click(2))(user);
+        user.Type(VK_DELETE);
+    });
+    EXPECT_EQ(host.Rows(), "Bees Ducks Eels ");
+    EXPECT_EQ(host.Take(), "S0 S2 X2 S1 ");
+    EXPECT_EQ(host.control->Manager()->SelectedLockCount(), 0);
+    EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"3");
+    database->Run({u"DELETE FROM velmoraUserLocks WHERE username = 'bob'"});
+    hand.Do(type(VK_F5));
+    EXPECT_EQ(host.Rows(), "Ducks ");
+    EXPECT_EQ(host.Take(), "S1 ");
+}
+
+// At the size that it asks for, every caption is whole and nothing has to be scrolled sideways.
+TEST_F(LockManagerWindowTest, TheFirstSightIsWholeAtEveryDpi) {
+    for (const int dpi : {96, 144, 192}) {
+        SCOPED_TRACE(dpi);
+        const LockHost host(database->ConnectionString(), dpi);
+        const HDC dc = GetDC(host.Header());
+        SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(host.Header(), WM_GETFONT, 0, 0)));
+        RECT last{};
+        for (size_t index = 0; index < host.control->Locks()->Columns().size(); ++index) {
+            const Text& caption = host.control->Locks()->Columns()[index].caption;
+            SIZE text{};
+            GetTextExtentPoint32W(dc, Wide(caption), static_cast<int>(caption.size()), &text);
+            SendMessageW(host.Header(), HDM_GETITEMRECT, index, reinterpret_cast<LPARAM>(&last));
+            EXPECT_LT(text.cx + MulDiv(6, dpi, 96), last.right - last.left) << ToUtf8(caption);
+        }
+        ReleaseDC(host.Header(), dc);
+        RECT client;
+        GetClientRect(host.List(), &client);
+        EXPECT_LE(last.right, client.right);
+        EXPECT_FALSE(GetWindowLongW(host.List(), GWL_STYLE) & WS_HSCROLL);
+        const SIZE size = host.control->PreferredSize(dpi);
+        const MemoryBitmap bitmap(size.cx, size.cy);
+        host.control->Draw(bitmap.Context(), {0, 0, size.cx, size.cy});
+        EXPECT_GT(Inked(bitmap, {0, 0, size.cx, size.cy}), 1000 * dpi / 96);
+    }
+}
+
+TEST_F(LockManagerWindowTest, TheHostMayLetGoOfItAndNothingStays) {
+    const struct {
+        char event;
+        std::function<void(LockHost&, Hand&)> act;
+    } cases[] = {
+        {'S', [](LockHost& host, Hand& user) { user.Click(host.OnRow(1)); }},
+        {'S', [](LockHost& host, Hand& user) { user.Click(host.OnHeader(u"user")); }},
+        {'S', [](LockHost&, Hand& user) { user.Type(VK_F5); }},
+        {'X', [](LockHost&, Hand& user) { user.Type(VK_DELETE); }},
+    };
+    const auto run = [&](const auto& each) {
+        const long living = WindowBase::LiveCount();
+        LockHost host(database->ConnectionString());
+        Hand hand(host.host.handle);
+        hand.Do([&](Hand& user) { user.Click(host.OnRow(0)); });
+        host.releaseAt = each.event;
+        hand.Do([&](Hand& user) { each.act(host, user); });
+        EXPECT_EQ(host.control, nullptr) << host.heard;
+        EXPECT_TRUE(Hand::Await([&] { return WindowBase::LiveCount() == living; }));
+    };
+    for (const auto& each : cases) run(each); // whatever the system makes once
+    const int windows = WindowCount(), objects = GdiObjectCount();
+    for (const auto& each : cases) run(each);
+    EXPECT_EQ(WindowCount(), windows);
+    EXPECT_EQ(GdiObjectCount(), objects);
+}
+
+} // namespace dax::test

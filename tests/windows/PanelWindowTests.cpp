@@ -1,0 +1,192 @@
+// Both information panels as they are drawn, pixel for pixel.
+#include "hierarchy/EditorFixture.h"
+#include "panels/win32/LessonInfoWindow.h"
+#include "panels/win32/LockInfoWindow.h"
+#include "windows/HostWindow.h"
+#include "windows/WindowCounts.h"
+
+#include "controls/win32/MessagePump.h"
+
+namespace dax::test {
+
+namespace {
+
+constexpr int PanelWidth = 260, Tall = 400; // at 96 dpi
+
+// A panel at a height, as bands of text lines between blank rows.
+struct Drawing {
+    struct Band {
+        int top = 0, bottom = 0;
+        std::vector<uint32_t> pixels;
+        int left = 0, right = 0; // of the ink
+    };
+    Drawing(ControlWindow& panel, int width, int height) {
+        const MemoryBitmap bitmap(width, height);
+        panel.Draw(bitmap.Context(), {0, 0, width, height});
+        const uint32_t* const pixels = bitmap.Pixels();
+        bool isInside = false;
+        for (int y = 0; y < height; ++y) {
+            int left = width, right = 0;
+            for (int x = 0; x < width; ++x)
+                if ((pixels[y * width + x] & 0xFFFFFF) != 0xFFFFFF) {
+                    left = std::min(left, x);
+                    right = std::max(right, x + 1);
+                }
+            if (right == 0) {
+                isInside = false;
+                continue;
+            }
+            if (!std::exchange(isInside, true)) bands.push_back({y, y, {}, left, right});
+            Band& band = bands.back();
+            band.bottom = y + 1;
+            band.left = std::min(band.left, left);
+            band.right = std::max(band.right, right);
+            band.pixels.insert(band.pixels.end(), pixels + y * width, pixels + (y + 1) * width);
+        }
+    }
+    std::vector<Band> bands;
+};
+
+class PanelWindowTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        DAX_NEEDS_ENGINE(Engine::SQLite);
+        database = std::make_unique<TestDatabase>(Engine::SQLite);
+        CreateTables(*database);
+        database->Run(SampleRows());
+        editor.editor->SetConnectionString(database->ConnectionString());
+        ASSERT_TRUE(editor.editor->LoadDatabase());
+    }
+    std::unique_ptr<TestDatabase> database;
+    HeardEditor editor;
+};
+
+} // namespace
+
+// The first and the last line are whole at every height, and a lower panel has fewer lines.
+TEST_F(PanelWindowTest, TitleAndClassificationAreNeverCut) {
+    editor.editor->UpdateLesson(u"a", u"MMHHEEMMHH", u"HH", ltLesson);
+    for (const int dpi : {96, 144, 192})
+        for (const Text entry : {u"a", u"g", u""}) {
+            SCOPED_TRACE(testing::Message() << dpi << " dpi, " << ToUtf8(entry));
+            editor.editor->SetCurrentLessonID(entry);
+            LessonInfoWindow panel;
+            panel.SetAmbient(At(dpi));
+            panel.InitProperties();
+            const int width = MulDiv(PanelWidth, dpi, 96);
+            EXPECT_TRUE(Drawing(panel, width, 300).bands.empty()) << "before the first update";
+            panel.Info()->UpdateFrom(editor.editor.get());
+            const Drawing whole(panel, width, MulDiv(Tall, dpi, 96));
+            ASSERT_GE(whole.bands.size(), 5u);
+            EXPECT_GE(whole.bands.front().right, width - MulDiv(4, dpi, 96)) << "flush right";
+            EXPECT_GT(whole.bands.front().left, width / 4);
+            const HDC dc = CreateCompatibleDC(nullptr);
+            const HFONT font = CreateFontFor(u"Tahoma", 8, dpi, true, false);
+            GdiSurface surface(dc, {width, 1000}, font, font, 0, 0xFFFFFF, dpi);
+            const int least = MeasurePanel(surface, panel.Info()->Layout(3));
+            const int most = MeasurePanel(surface, panel.Info()->Layout(1));
+            size_t lines = whole.bands.size();
+            for (int height = most + 2; height >= least; --height) {
+                const Drawing drawing(panel, width, height);
+                ASSERT_GE(drawing.bands.size(), 2u) << height;
+                EXPECT_EQ(drawing.bands.front().pixels, whole.bands.front().pixels) << "title at height " << height;
+                if (!entry.empty()) {
+                    EXPECT_EQ(drawing.bands.back().pixels, whole.bands.back().pixels) << "last line at " << height;
+                }
+                EXPECT_LE(drawing.bands.size(), lines);
+                lines = drawing.bands.size();
+            }
+            EXPECT_LT(lines, whole.bands.size());
+            DeleteDC(dc);
+            DeleteObject(font);
+        }
+}
+
+TEST_F(PanelWindowTest, TextsOfEveryKindStayInside) {
+    const HostWindow host;
+    const Text titles[] = {u"", Text(5'000, u'w'), u"\u05E9\u05DC\u05D5\u05DD \u05E2\u05D5\u05DC\u05DD", u"A\nB\tC & D",
+                           u"\U0001F600 smile"};
+    for (const Text& title : titles)
+        for (const int width : {1, 30, 240}) {
+            editor.editor->UpdateLesson(u"a", title, u"", ltLesson);
+            editor.editor->SetCurrentLessonID(u"a");
+            LessonInfoWindow panel;
+            panel.InitProperties();
+            panel.Create(host.handle, {0, 0, width, 150});
+            panel.Info()->UpdateFrom(editor.editor.get());
+            EXPECT_EQ(panel.Info()->Texts().title, title.empty() ? Text(u"(untitled)") : title);
+            const std::vector<uint32_t> pixels = WindowPixels(panel.Handle());
+            if (width == 240) {
+                EXPECT_GT(std::count_if(pixels.begin(), pixels.end(), [](uint32_t p) { return p != 0xFFFFFF; }), 200);
+            }
+        }
+}
+
+TEST_F(PanelWindowTest, LocksStandInUpToFourLines) {
+    const auto lock = [](const Text& lesson, const Text& user, int type) {
+        return u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
+               u"lockType) VALUES ('" +
+               lesson + u"', '" + user + u"', 'PC', '10.0.0.1', 's', '2026-03-01 10:00:00', " + ToText(type) + u")";
+    };
+    const HostWindow host;
+    for (const int dpi : {96, 144, 192}) {
+        SCOPED_TRACE(dpi);
+        database->Run({u"DELETE FROM velmoraUserLocks"});
+        editor.editor->SetCurrentLessonID(u"a");
+        LockInfoWindow panel;
+        panel.SetAmbient(At(dpi));
+        panel.InitProperties();
+        const SIZE size = panel.PreferredSize(dpi);
+        panel.Create(host.handle, {0, 0, size.cx, size.cy});
+        // What the window shows is what a picture of it shows.
+        const auto ink = [&] {
+            const std::vector<uint32_t> shown = WindowPixels(panel.Handle());
+            const MemoryBitmap bitmap(size.cx, size.cy);
+            panel.Draw(bitmap.Context(), {0, 0, size.cx, size.cy});
+            const auto count = std::count_if(shown.begin(), shown.end(), [](uint32_t p) { return p != 0xFFFFFF; });
+            EXPECT_EQ(count, Inked(bitmap, {0, 0, size.cx, size.cy}));
+            return count;
+        };
+        panel.Info()->UpdateFrom(editor.editor.get());
+        const auto none = ink();
+        EXPECT_GT(none, 20);
+        database->Run({lock(u"a", u"tquenby", 1)});
+        panel.Info()->UpdateFrom(editor.editor.get());
+        const auto one = ink();
+        EXPECT_GT(one, none);
+        database->Run({lock(u"a", u"ann", 3), lock(u"a", u"bob", 4), lock(u"a", u"cyd", 4), lock(u"a", u"dan", 2)});
+        panel.Info()->UpdateFrom(editor.editor.get());
+        EXPECT_GT(ink(), one);
+        EXPECT_EQ(panel.Info()->LockCount(), 5);
+        const Drawing drawing(panel, size.cx, size.cy);
+        EXPECT_LT(drawing.bands.back().bottom, size.cy) << "all four lines fit the size that it asks for";
+        panel.Info()->UpdateFrom(nullptr);
+        EXPECT_NE(ink(), none) << "no data";
+    }
+}
+
+TEST_F(PanelWindowTest, DesignModeShowsASampleAndNothingStays) {
+    const auto cycle = [&] {
+        const HostWindow host;
+        LessonInfoWindow lesson;
+        LockInfoWindow locks;
+        const std::initializer_list<WindowBase*> panels{&lesson, &locks};
+        for (WindowBase* panel : panels) {
+            const SIZE size = panel->PreferredSize(96);
+            panel->SetAmbient(At(96, false));
+            panel->InitProperties();
+            panel->Create(host.handle, {0, 0, size.cx, size.cy});
+            ProcessPendingMessages();
+            const Drawing sample(*panel, size.cx, size.cy);
+            EXPECT_GE(sample.bands.size(), 4u);
+            EXPECT_LT(sample.bands.back().bottom, size.cy) << "the sample fits";
+        }
+    };
+    for (int count = 0; count < 3; ++count) cycle();
+    const int windows = WindowCount(), objects = GdiObjectCount();
+    for (int count = 0; count < 10; ++count) cycle();
+    EXPECT_EQ(WindowCount(), windows);
+    EXPECT_EQ(GdiObjectCount(), objects);
+}
+
+} // namespace dax::test
