@@ -10,6 +10,7 @@ namespace {
 
 // More single changes than these in one update, and the window is filled anew at the end of it.
 constexpr int ChangesWorthARebuild = 200;
+constexpr int SafeDepth = 256; // of a branch that the system may delete
 
 UINT CheckState(const Node& node) { return INDEXTOSTATEIMAGEMASK(node.IsChecked() ? 2u : 1u); }
 
@@ -53,6 +54,10 @@ void TreeItems::Bind(HWND newWindow) {
 
 void TreeItems::Unbind() {
     if (!window) return;
+    if (!isStale && IsWindow(window)) {
+        const Mirroring guard(*this);
+        CutDeepBranches(nullptr);
+    }
     window = nullptr;
     isUpdating = isStale = false;
     tree.RemoveListener(*this);
@@ -129,10 +134,12 @@ void TreeItems::UpdateEnded() {
     InvalidateRect(window, nullptr, TRUE);
 }
 
-bool TreeItems::GoesStale() {
+bool TreeItems::GoesStale(Node* moved) {
     if (!isUpdating || isStale || ++changes <= ChangesWorthARebuild) return isStale;
     const Mirroring guard(*this);
     isStale = true;
+    if (moved) RemoveItem(*moved); // the window has it in its former place
+    CutDeepBranches(nullptr, moved);
     Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
     for (Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) node->windowItem = nullptr;
     return true;
@@ -153,8 +160,30 @@ void TreeItems::ShowFirstChild(const Node* parent) {
 
 void TreeItems::RemoveItem(Node& node) {
     const Mirroring guard(*this);
-    if (node.windowItem) Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(ItemOf(node)));
+    if (node.windowItem) {
+        CutDeepBranches(&node);
+        Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(ItemOf(node)));
+    }
     node.windowItem = nullptr;
+}
+
+void TreeItems::CutDeepBranches(Node* top, const Node* except) {
+    std::vector<HTREEITEM> pieces; // deeper ones later
+    int depth = 0;
+    for (Node* node = top ? top : tree.First(); node;) {
+        if (node != except) {
+            if (depth > 0 && depth % SafeDepth == 0 && node->windowItem) pieces.push_back(ItemOf(*node));
+            if (node->FirstChild()) {
+                node = node->FirstChild();
+                ++depth;
+                continue;
+            }
+        }
+        for (; node && node != top && !node->Next(); node = node->Parent()) --depth;
+        node = node == top || !node ? nullptr : node->Next();
+    }
+    for (auto item = pieces.rbegin(); item != pieces.rend(); ++item)
+        Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(*item));
 }
 
 void TreeItems::NodeRemoving(Node& node) {
@@ -163,13 +192,16 @@ void TreeItems::NodeRemoving(Node& node) {
 
 void TreeItems::AllRemoving() {
     const Mirroring guard(*this);
-    if (!isStale) Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    if (!isStale) {
+        CutDeepBranches(nullptr);
+        Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    }
     for (Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) node->windowItem = nullptr;
 }
 
 // The system knows no move: the branch is taken out and put in anew.
 void TreeItems::NodeMoved(Node& node) {
-    if (GoesStale()) return;
+    if (GoesStale(&node)) return;
     const Mirroring guard(*this);
     if (!isUpdating) Send(WM_SETREDRAW, FALSE, 0);
     RemoveItem(node);

@@ -51,8 +51,12 @@ private:
     void ShowExpansion(Node* top);
     void ShowFirstChild(const Node* parent);
     void Rebuild();
-    bool GoesStale(); // one more change in this update; true once it is cheaper to begin anew at its end
+    // One more change in this update, perhaps the move of that branch; true once it is cheaper to begin anew at its
+    // end.
+    bool GoesStale(Node* moved = nullptr);
     void RemoveItem(Node& node);
+    // Before items go: the system deletes a branch by recursion, which a deep one would not survive.
+    void CutDeepBranches(Node* top, const Node* except = nullptr);
 
     NodeTree& tree;
     HWND window = nullptr;

@@ -131,10 +131,15 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
     switch (message) {
     case WM_GETDLGCODE:
         return DLGC_WANTARROWS | DLGC_WANTCHARS;
-    case WM_LBUTTONDOWN:
+    case WM_LBUTTONDOWN: {
+        // Not every system gives the focus before a drag begins, and then Escape would go elsewhere.
+        const std::weak_ptr<bool> living = alive;
+        if (GetFocus() != handle) SetFocus(handle);
+        if (living.expired() || !handle) return 0;
         isPressed = true;
         MouseDown.Raise(MouseButton::Left, PointOf(lParam));
         return {};
+    }
     case WM_RBUTTONDOWN: {
         const bool wasDragging = dragImage != nullptr;
         MouseDown.Raise(MouseButton::Right, PointOf(lParam));
@@ -175,6 +180,7 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
         return 0;
     case WM_DESTROY:
         if (hasCheckBoxes) DropBoxes();
+        items.Unbind();
         return {};
     case WM_SETFOCUS:
     case WM_KILLFOCUS:
