@@ -14,9 +14,15 @@ IDCollection& IDCollection::operator=(IDCollection other) noexcept {
 }
 
 bool IDCollection::Add(const Text& id) {
-    const auto [place, isNew] = places.try_emplace(id);
-    if (isNew) place->second = items.insert(items.end(), id);
-    return isNew;
+    if (places.contains(id)) return false;
+    const auto item = items.insert(items.end(), id);
+    try {
+        places.emplace(*item, item);
+    } catch (...) {
+        items.erase(item);
+        throw;
+    }
+    return true;
 }
 
 bool IDCollection::Remove(const Text& id) {

@@ -29,7 +29,7 @@ public:
 
 private:
     std::list<Text> items;
-    std::unordered_map<Text, std::list<Text>::iterator> places;
+    std::unordered_map<TextView, std::list<Text>::iterator> places; // keyed by the texts in the list
 };
 
 } // namespace dax
