@@ -126,6 +126,20 @@ void ControlEvent::Answer(const wchar_t* wanted, long value) const {
     }
 }
 
+namespace {
+
+// A title says more than that there is an object.
+std::wstring TitleOf(const VARIANT& value) {
+    if (value.vt != VT_DISPATCH || !value.pdispVal) return {};
+    try {
+        return L" \"" + Automation(Com<IDispatch>::Share(value.pdispVal)).Get(L"Title").Text() + L"\"";
+    } catch (const HostError&) {
+        return {};
+    }
+}
+
+} // namespace
+
 std::wstring DescribeArguments(const ControlEvent& event) {
     std::wstring text;
     for (const EventArgument& argument : event.arguments) {
@@ -136,7 +150,7 @@ std::wstring DescribeArguments(const ControlEvent& event) {
         if (argument.name.find(L"assword") != std::wstring::npos)
             text += value.empty() ? L"\"\"" : L"\u2022\u2022\u2022\u2022";
         else
-            text += type == VT_BSTR ? L'"' + value + L'"' : value;
+            text += type == VT_BSTR ? L'"' + value + L'"' : value + TitleOf(*argument.value);
         if (!argument.meaning.empty()) text += L" (" + argument.meaning + L")";
     }
     return text;
