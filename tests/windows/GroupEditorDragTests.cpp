@@ -129,8 +129,10 @@ TEST(GroupEditorDrag, IsCancelledByEscapeRightButtonAndWhateverElse) {
         SCOPED_TRACE(each.what);
         host.Editor().Clear();
         host.FillSample();
+        SetFocus(host.host.handle);
         Drag(host, hand, u"i", host.On(u"a", RowPart::LabelTop));
         EXPECT_TRUE(host.Editor().DragDrop().Active());
+        EXPECT_EQ(GetFocus(), host.TreeHandle());
         each.act();
         if (GetCapture() == host.host.handle) ReleaseCapture();
         host.ExpectNoDrag();

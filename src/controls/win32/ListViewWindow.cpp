@@ -7,7 +7,8 @@ namespace dax {
 
 namespace {
 
-constexpr int CellPadding = 12; // of the system's list, left and right together, at 96 dpi
+// Left and right together, at 96 dpi: of the system's cells, and of its captions with room for an arrow.
+constexpr int CellPadding = 12, CaptionPadding = 24;
 
 // Widths of many texts: plain characters are added up, everything else is measured by the system.
 class TextMeasure {
@@ -35,7 +36,7 @@ private:
 
 int ShareOf(const Text& key) {
     static const std::pair<const char16_t*, int> shares[] = {
-        {u"title", 24}, {u"lockdate", 18}, {u"age", 16}, {u"locktype", 14}, {u"ip", 13}};
+        {u"title", 20}, {u"lockdate", 20}, {u"age", 17}, {u"locktype", 14}, {u"user", 9}};
     for (const auto& [name, share] : shares)
         if (key == name) return share;
     return 12;
@@ -133,14 +134,16 @@ void ListViewWindow::AutosizeColumns() {
     const HDC dc = GetDC(handle);
     const HGDIOBJ former = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(handle, WM_GETFONT, 0, 0)));
     const TextMeasure measure(dc);
-    const int padding = MulDiv(CellPadding, GetDeviceCaps(dc, LOGPIXELSX), 96);
+    const int dpi = GetDeviceCaps(dc, LOGPIXELSX);
     for (size_t column = 0; column < model->Columns().size(); ++column) {
         SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, LVSCW_AUTOSIZE_USEHEADER);
         int widest = 0;
         for (size_t item = 0; item < model->Items().size(); ++item)
             widest = std::max(widest, measure.Width(model->Cell(item, column)));
-        if (widest + padding > SendMessageW(handle, LVM_GETCOLUMNWIDTH, column, 0))
-            SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, widest + padding);
+        const int caption = measure.Width(model->Columns()[column].caption) + MulDiv(CaptionPadding, dpi, 96);
+        widest = std::max(caption, widest + MulDiv(CellPadding, dpi, 96));
+        if (widest > SendMessageW(handle, LVM_GETCOLUMNWIDTH, column, 0))
+            SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, widest);
     }
     SelectObject(dc, former);
     ReleaseDC(handle, dc);

@@ -23,7 +23,7 @@ LockManagerWindow::LockManagerWindow() : WindowBase(L"DAXLockManager") {
     });
 }
 
-SIZE LockManagerWindow::PreferredSize(int dpi) const { return {MulDiv(640, dpi, 96), MulDiv(240, dpi, 96)}; }
+SIZE LockManagerWindow::PreferredSize(int dpi) const { return {MulDiv(760, dpi, 96), MulDiv(240, dpi, 96)}; }
 
 void LockManagerWindow::OnCreate() {
     if (const HWND child = list->Create(Handle())) TrackFocus(child);

@@ -8,40 +8,43 @@ namespace dax {
 
 namespace {
 
-constexpr COLORREF Transparent = RGB(255, 0, 255);
-constexpr int Gap = 3, LongestCaption = 260;
+constexpr int Gap = 3, Border = 2, LongestCaption = 260;
 
-// The list takes the pixels; what has the transparent colour becomes its mask.
+// A small opaque card: what the pixels are drawn over could not be told from them afterwards.
 HIMAGELIST Picture(HWND window, HIMAGELIST icons, int icon, const Text& caption, SIZE& size) {
     const Text shown(Shorten(caption, LongestCaption));
     const auto font = reinterpret_cast<HFONT>(SendMessageW(window, WM_GETFONT, 0, 0));
     int iconWidth = 0, iconHeight = 0;
     if (icons) ImageList_GetIconSize(icons, &iconWidth, &iconHeight);
-    const HDC screen = GetDC(window);
-    const HDC dc = CreateCompatibleDC(screen);
-    const HGDIOBJ formerFont = SelectObject(dc, font);
+    const HDC measuring = GetDC(window);
+    const HGDIOBJ former = SelectObject(measuring, font);
     SIZE text{};
-    GetTextExtentPoint32W(dc, Wide(shown), static_cast<int>(shown.size()), &text);
+    GetTextExtentPoint32W(measuring, Wide(shown), static_cast<int>(shown.size()), &text);
+    SelectObject(measuring, former);
+    ReleaseDC(window, measuring);
     RECT client;
     GetClientRect(window, &client);
-    size = {std::clamp<LONG>(iconWidth + Gap + text.cx, 1, std::max<LONG>(1, client.right)),
-            std::max<LONG>({iconHeight, text.cy, 1})};
-    const HBITMAP bitmap = CreateCompatibleBitmap(screen, size.cx, size.cy);
-    ReleaseDC(window, screen);
-    const HGDIOBJ formerBitmap = SelectObject(dc, bitmap);
-    FillWith(dc, {0, 0, size.cx, size.cy}, Transparent);
-    if (icons) ImageList_Draw(icons, icon, dc, 0, (size.cy - iconHeight) / 2, ILD_NORMAL);
+    size = {std::clamp<LONG>(iconWidth + Gap + text.cx + 3 * Border, 1, std::max<LONG>(1, client.right)),
+            std::max<LONG>({iconHeight, text.cy, 1}) + 2 * Border};
+    MemoryBitmap bitmap(size.cx, size.cy);
+    const HDC dc = bitmap.Context();
+    const RECT whole{0, 0, size.cx, size.cy};
+    FillRect(dc, &whole, GetSysColorBrush(COLOR_WINDOW));
+    FrameRect(dc, &whole, GetSysColorBrush(COLOR_GRAYTEXT));
+    if (icons) ImageList_Draw(icons, icon, dc, Border, (size.cy - iconHeight) / 2, ILD_NORMAL);
+    const HGDIOBJ formerFont = SelectObject(dc, font);
     SetBkMode(dc, TRANSPARENT);
     SetTextColor(dc, GetSysColor(COLOR_WINDOWTEXT));
-    RECT place{iconWidth + Gap, 0, size.cx, size.cy};
+    RECT place{Border + iconWidth + Gap, 0, size.cx - Border, size.cy};
     DrawTextW(dc, Wide(shown), static_cast<int>(shown.size()), &place,
               DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
-    SelectObject(dc, formerBitmap);
     SelectObject(dc, formerFont);
-    DeleteDC(dc);
-    const HIMAGELIST list = ImageList_Create(size.cx, size.cy, ILC_COLOR32 | ILC_MASK, 1, 0);
-    ImageList_AddMasked(list, bitmap, Transparent);
-    DeleteObject(bitmap);
+    uint32_t* const pixels = bitmap.Pixels();
+    for (LONG index = 0; index < size.cx * size.cy; ++index) pixels[index] |= 0xFF000000u;
+    const HBITMAP finished = bitmap.Detach();
+    const HIMAGELIST list = ImageList_Create(size.cx, size.cy, ILC_COLOR32, 1, 0);
+    ImageList_Add(list, finished, nullptr);
+    DeleteObject(finished);
     return list;
 }
 
