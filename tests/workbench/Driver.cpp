@@ -217,6 +217,14 @@ size_t Image::Colours(size_t enough) const {
     return seen.size();
 }
 
+std::vector<unsigned char> Image::Part(int left, int top, int right, int bottom) const {
+    std::vector<unsigned char> part;
+    for (int y = height * top / 100; y < height * bottom / 100; ++y)
+        part.insert(part.end(), pixels.begin() + (y * width + width * left / 100) * 3,
+                    pixels.begin() + (y * width + width * right / 100) * 3);
+    return part;
+}
+
 Image ReadImage(const std::wstring& path) {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     Image image;

@@ -67,6 +67,8 @@ struct Image {
     std::vector<unsigned char> pixels; // three bytes each
 
     size_t Colours(size_t enough) const; // counts no further than that
+    // The pixels within edges in hundredths of the width and the height.
+    std::vector<unsigned char> Part(int left, int top, int right, int bottom) const;
 };
 
 // Empty when the file cannot be read as a picture.
