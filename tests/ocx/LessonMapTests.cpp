@@ -83,6 +83,18 @@ TEST_F(LessonMapTest, ChecksAnswerPagesAndALesson) {
     EXPECT_EQ(NumberOf(Call(Get(control.Get(), L"CheckedStoryboards").Get(), L"Count")), 0);
 }
 
+TEST_F(LessonMapTest, FindsTheContentObjectsBesideItWithoutTheirRegistration) {
+    Show(u"map\tM\tdefault\npage\t1\ta\n");
+    Call(control.Get(), L"CheckAllStoryboards");
+    ASSERT_HRESULT_SUCCEEDED(CallLibrary(L"contentObjects.dll", "DllUnregisterServer"));
+    EXPECT_FALSE(Create(L"ContentObjects.Lesson"));
+    Variant part;
+    const HRESULT code = CodeOf([&] { part = Call(control.Get(), L"GetCheckedLesson"); });
+    ASSERT_HRESULT_SUCCEEDED(CallLibrary(L"contentObjects.dll", "DllRegisterServer"));
+    ASSERT_EQ(code, S_OK);
+    EXPECT_EQ(TextOf(Call(part.pdispVal, L"Save")), Saved());
+}
+
 TEST_F(LessonMapTest, FindsPagesAndOrphans) {
     Show(u"storyboard\tlost\t\tID\tÜber\nmap\tM\tdefault\npage\t1\ta\npage\t1\tb\n");
     const auto find = [this](const char16_t* text, bool isExact, bool wraps) {
