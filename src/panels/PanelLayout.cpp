@@ -6,7 +6,8 @@ namespace dax {
 
 namespace {
 
-constexpr uint32_t RightAligned = DrawTextFlags::Right | DrawTextFlags::EndEllipsis;
+// A title shows its ampersands as they are.
+constexpr uint32_t RightAligned = DrawTextFlags::Right | DrawTextFlags::EndEllipsis | DrawTextFlags::NoPrefix;
 
 int LineHeight(Surface& surface) {
     Rect place{0, 0, surface.Width(), surface.Height()};
