@@ -98,7 +98,7 @@ TEST_F(PanelTest, LessonInfoTellsEachKindAtTheLevelThatFits) {
     for (const auto& line : roomy.drawn) {
         EXPECT_EQ(line.isBold, line.text == "lesson" || line.text == "public") << line.text;
         EXPECT_EQ(line.size, line.text == "Birds" ? 14 : 8);
-        EXPECT_EQ(line.flags, DrawTextFlags::Right | DrawTextFlags::EndEllipsis);
+        EXPECT_EQ(line.flags, DrawTextFlags::Right | DrawTextFlags::EndEllipsis | DrawTextFlags::NoPrefix);
     }
     const int whole = MeasurePanel(roomy, info.Layout(1)), less = MeasurePanel(roomy, info.Layout(2));
     EXPECT_GT(whole, less);
