@@ -45,7 +45,9 @@ def entry_of(command, extra):
     """(file from the root, the entry as clang-tidy wants it)."""
     path = os.path.normpath(os.path.join(command["directory"], command["file"]))
     words = shlex.split(command["command"])
-    kept = [word for word in words[1:] if not FOREIGN_FLAGS.fullmatch(word)]
+    # Without the precompiled header each file shows that it includes what it uses.
+    kept = [word for word, before in zip(words[1:], words)
+            if "-include" not in (word, before) and not FOREIGN_FLAGS.fullmatch(word)]
     words = ["clang++", *extra, "-Wno-everything", *kept]
     name = os.path.relpath(path, ROOT).replace(os.sep, "/")
     return name, {"directory": command["directory"], "file": path, "arguments": words}
