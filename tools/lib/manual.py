@@ -11,7 +11,9 @@ TYPES = {"vt2": "Integer", "vt3": "Long", "vt4": "Single", "vt5": "Double", "vt7
          "vt9": "Object", "vt9*": "Object", "vt11": "Boolean", "vt12": "Variant", "vt13": "Unknown", "vt24": "",
          "vt19": "OLE_COLOR", "vt22": "Long", "vt23": "Long"}
 KINDS = {1: "method", 2: "get", 4: "let", 8: "set"}
-ENUMERATION, DISPATCH, COCLASS = 0, 4, 5
+ENUMERATION, COCLASS = 0, 5
+PICTURES = {"DatabaseValidator": "design-mode", "SQLDBPicker": "connector-loaded", "GroupEditor": "hierarchy-lesson",
+            "LockManager": "locks-selected", "LessonMapEditor": "lessonmap-checked"}
 HIDDEN = "_NewEnum"  # what For Each uses
 MEMBER = re.compile(r'  member (-?\d+) kind (\d+) (\S+) (\w+)\((.*)\) "(.*)"$')
 
@@ -87,9 +89,8 @@ def write_members(out, members):
 
 def write_class(out, library, coclass, types):
     out.append(f"### {coclass.name}\n\n`{library}.{coclass.name}`: {coclass.text}.\n")
-    picture = f"images/{coclass.name}.png"
-    if os.path.exists(os.path.join(ROOT, "docs", picture)):
-        out.append(f"![{coclass.name}]({picture})\n")
+    if coclass.name in PICTURES:
+        out.append(f"![{coclass.name} in the desktop host](images/{PICTURES[coclass.name]}.png)\n")
     for name, flags in coclass.interfaces:
         members = types[name].members
         if flags & 2 and members:
