@@ -15,6 +15,8 @@ ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)
 OUTPUT = os.path.join(ROOT, "build", "test")
 CHECKS = ["format", "layering", "hygiene", "shell", "reference"]
 PRODUCTS = ["daxControls33", "contentObjects", "DAXWorkbench", "dax", "daxscript"]
+# These share a desktop, its focus and its mouse: one after the other. The rest runs beside them, in a prefix of its own.
+WITH_WINDOWS = {"windows", "ocx", "workbench"}
 PARTS = CHECKS + ["native", "wine64", "wine32", "package", "lint"]
 
 
@@ -140,15 +142,26 @@ def wine(summary, servers, bits, reason_not_to):
     # Tests that cannot be run here are not built either; the products always are.
     if not build(summary, variant, *(PRODUCTS if reason_not_to else [])):
         return
+    programs = {True: [], False: []}
     for name, command in test_programs(variant):
         if reason_not_to:
             summary.skipped.append((f"wine{bits} {name}", reason_not_to))
             continue
         environment = environment_for_tests(servers)
         environment["DAX_WINE_DISPLAY"] = "none"
-        program = Program(name, [os.path.join(ROOT, "tools/wine"), *command],
-                          os.path.join(OUTPUT, f"wine{bits}", name), environment, True)
-        summary.take(f"wine{bits}", program.run())
+        has_windows = name in WITH_WINDOWS
+        if not has_windows:
+            environment["DAX_WINE_PREFIX"] = os.path.join(ROOT, "build", f"wine{bits}-core")
+        programs[has_windows].append(Program(name, [os.path.join(ROOT, "tools/wine"), *command],
+                                             os.path.join(OUTPUT, f"wine{bits}", name), environment, True))
+
+    def run_all(chosen):
+        for program in chosen:
+            summary.take(f"wine{bits}", program.run())
+
+    with concurrent.futures.ThreadPoolExecutor(2) as pool:
+        for done in [pool.submit(run_all, chosen) for chosen in programs.values() if chosen]:
+            done.result()
 
 
 def why_no_wine32():
