@@ -9,7 +9,7 @@ namespace dax {
 namespace {
 
 // More single changes than these in one update, and the window is filled anew at the end of it.
-constexpr int ChangesWorthARebuild = 20;
+constexpr int ChangesWorthARebuild = 8;
 constexpr int SafeDepth = 256; // of a branch that the system may delete
 
 UINT CheckState(const Node& node) { return INDEXTOSTATEIMAGEMASK(node.IsChecked() ? 2u : 1u); }
