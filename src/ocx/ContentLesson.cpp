@@ -90,6 +90,7 @@ public:
         return Answer(value, [this] {
             const auto maps = Maps();
             std::vector<ComPtr<IDispatch>> objects;
+            objects.reserve(static_cast<size_t>(maps->Count()));
             for (int32_t i = 0; i < maps->Count(); ++i) objects.emplace_back(HostObjectOf(maps->Item(i)));
             return EnumerateObjects(std::move(objects));
         });
