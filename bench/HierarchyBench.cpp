@@ -17,8 +17,7 @@ namespace {
 
 // An ordinary tree: ten children to a node.
 const test::TestDatabase& Hierarchy(int64_t size, Engine engine = Engine::SQLite) {
-    static std::map<std::pair<int64_t, Engine>, std::unique_ptr<test::TestDatabase>> databases;
-    auto& database = databases[{size, engine}];
+    auto& database = bench::hierarchies[{engine, size}];
     if (database) return *database;
     database = std::make_unique<test::TestDatabase>(engine);
     database->Run(Schema::CreateStatements(Schema::Database::Content, engine));

@@ -8,9 +8,16 @@
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
 
+#include <map>
+#include <memory>
 #include <string>
 
 namespace dax::bench {
+
+// Databases by engine and size, kept for the whole run, since filling takes longer than what is measured. They go
+// before the program's end does away with the drivers.
+using Databases = std::map<std::pair<Engine, int64_t>, std::unique_ptr<test::TestDatabase>>;
+inline Databases hierarchies, validated;
 
 // What must hold is printed beside what was measured: the ratio to the first row of the group, or seconds.
 inline void RatioAtMost(benchmark::State& state, double ratio) { state.counters["ratio at most"] = ratio; }

@@ -10,10 +10,8 @@
 namespace dax {
 namespace {
 
-// Kept for the whole run, since filling takes longer than what is measured.
 test::TestDatabase& DatabaseWith(Engine engine, int64_t lessons) {
-    static std::map<std::pair<Engine, int64_t>, std::unique_ptr<test::TestDatabase>> databases;
-    auto& database = databases[{engine, lessons}];
+    auto& database = bench::validated[{engine, lessons}];
     if (database) return *database;
     database = std::make_unique<test::TestDatabase>(engine);
     database->Run(Schema::CreateStatements(Schema::Database::Content, engine));
