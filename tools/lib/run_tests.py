@@ -93,11 +93,10 @@ def build(summary, variant, *targets):
 
 
 def test_programs(variant):
-    """What the build files call a test, not what happens to lie in the folder."""
+    """(name, command) of what the build files call a test; a program that was not built has no command."""
     text = subprocess.run(["ctest", "--show-only=json-v1"], cwd=os.path.join(ROOT, "build", variant),
                           capture_output=True, check=True, stdin=subprocess.DEVNULL).stdout
-    tests = [test for test in json.loads(text)["tests"] if "command" in test]
-    return [(test["name"], test["command"]) for test in tests]
+    return [(test["name"], test.get("command")) for test in json.loads(text)["tests"]]
 
 
 def environment_for_tests(servers):
@@ -130,8 +129,13 @@ def native(summary, servers):
         dax = os.path.join(ROOT, "build", "native", "bin", "dax")
         if not os.path.exists(dax):
             summary.failed.append(("build native", "there is no build/native/bin/dax"))
-    programs = [Program(name, command, os.path.join(OUTPUT, "native", name), environment_for_tests(servers), False)
-                for name, command in test_programs("dev")]
+    programs = []
+    for name, command in test_programs("dev"):
+        if command:
+            programs.append(Program(name, command, os.path.join(OUTPUT, "native", name),
+                                    environment_for_tests(servers), False))
+        else:
+            summary.failed.append((f"native {name}", "the program was not built"))
     with concurrent.futures.ThreadPoolExecutor(2) as pool:
         for done in concurrent.futures.as_completed([pool.submit(program.run) for program in programs]):
             summary.take("native", done.result())
@@ -146,6 +150,9 @@ def wine(summary, servers, bits, reason_not_to):
     for name, command in test_programs(variant):
         if reason_not_to:
             summary.skipped.append((f"wine{bits} {name}", reason_not_to))
+            continue
+        if not command:
+            summary.failed.append((f"wine{bits} {name}", "the program was not built"))
             continue
         environment = environment_for_tests(servers)
         environment["DAX_WINE_DISPLAY"] = "none"
