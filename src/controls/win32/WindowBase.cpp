@@ -249,6 +249,12 @@ void WindowBase::FocusMoved(HWND focus) {
     if (const auto listener = FocusChanged) listener(isInside);
 }
 
+bool WindowBase::Deliver(const MSG& message) {
+    TranslateMessage(&message);
+    DispatchMessageW(&message);
+    return true;
+}
+
 void WindowBase::TrackFocus(HWND child) {
     children.push_back(child);
     SetWindowSubclass(child, ChildProcedure, focusSubclass, reinterpret_cast<DWORD_PTR>(this));

@@ -55,6 +55,11 @@ protected:
     void Repaint(); // at once, when there is a window
     void TrackFocus(HWND child);
 
+    static bool IsKeyDownIn(HWND child, const MSG& message) {
+        return message.message == WM_KEYDOWN && message.hwnd == child;
+    }
+    static bool Deliver(const MSG& message); // to its window, in the place of the host's loop; true
+
 private:
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     static LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,

@@ -1,6 +1,5 @@
 #include "hierarchy/win32/GroupEditorWindow.h"
 
-#include "controls/win32/GdiSurface.h"
 #include "hierarchy/win32/NodePictures.h"
 
 #include <utility>
@@ -89,43 +88,15 @@ LRESULT GroupEditorWindow::OnNotify(const NMHDR& header, LPARAM) {
 
 // The tree's own keys; Tab and everything else is the host's. Escape is the tree's only during a drag.
 bool GroupEditorWindow::TranslateKey(const MSG& message) {
-    if (message.message != WM_KEYDOWN || message.hwnd != treeView->Handle()) return false;
-    switch (message.wParam) {
-    case VK_UP:
-    case VK_DOWN:
-    case VK_LEFT:
-    case VK_RIGHT:
-    case VK_PRIOR:
-    case VK_NEXT:
-    case VK_HOME:
-    case VK_END:
-    case VK_DELETE:
-    case VK_BACK:
-    case VK_ADD:
-    case VK_SUBTRACT:
-    case VK_MULTIPLY:
-        break;
-    case VK_RETURN:
-        if (!editor->Locked()) return false;
-        break;
-    case VK_ESCAPE:
-        if (!editor->DragDrop().Active()) return false;
-        break;
-    default:
-        return false;
-    }
-    TranslateMessage(&message);
-    DispatchMessageW(&message);
-    return true;
+    const WPARAM key = message.wParam;
+    return IsKeyDownIn(treeView->Handle(), message) &&
+           (TreeViewWindow::IsOwnKey(key) || (key == VK_RETURN && editor->Locked()) ||
+            (key == VK_ESCAPE && editor->DragDrop().Active())) &&
+           Deliver(message);
 }
 
 void GroupEditorWindow::Paint(HDC dc, SIZE size, bool isView) {
-    const RECT whole{0, 0, size.cx, size.cy};
-    FillWith(dc, whole, CurrentAmbient().backColor);
-    if (treeView->IsFrozen())
-        treeView->DrawFrozen(dc);
-    else if (isView)
-        treeView->DrawPicture(dc, whole, Font()); // otherwise the tree is a window of its own
+    treeView->PaintParent(dc, size, CurrentAmbient().backColor, Font(), isView);
 }
 
 } // namespace dax

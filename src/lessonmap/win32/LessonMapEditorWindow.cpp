@@ -1,6 +1,5 @@
 #include "lessonmap/win32/LessonMapEditorWindow.h"
 
-#include "controls/win32/GdiSurface.h"
 #include "lessonmap/win32/StoryboardPictures.h"
 
 #include <utility>
@@ -121,43 +120,15 @@ LRESULT LessonMapEditorWindow::OnNotify(const NMHDR& header, LPARAM) {
 
 // The tree's own keys; Tab, Enter and everything else are the host's. Escape is the tree's only during a drag.
 bool LessonMapEditorWindow::TranslateKey(const MSG& message) {
-    if (message.message != WM_KEYDOWN || message.hwnd != treeView->Handle()) return false;
-    switch (message.wParam) {
-    case VK_UP:
-    case VK_DOWN:
-    case VK_LEFT:
-    case VK_RIGHT:
-    case VK_PRIOR:
-    case VK_NEXT:
-    case VK_HOME:
-    case VK_END:
-    case VK_DELETE:
-    case VK_BACK:
-    case VK_ADD:
-    case VK_SUBTRACT:
-    case VK_MULTIPLY:
-        break;
-    case VK_SPACE:
-        if (!editor->Checkboxes()) return false;
-        break;
-    case VK_ESCAPE:
-        if (!editor->IsDragging()) return false;
-        break;
-    default:
-        return false;
-    }
-    TranslateMessage(&message);
-    DispatchMessageW(&message);
-    return true;
+    const WPARAM key = message.wParam;
+    return IsKeyDownIn(treeView->Handle(), message) &&
+           (TreeViewWindow::IsOwnKey(key) || (key == VK_SPACE && editor->Checkboxes()) ||
+            (key == VK_ESCAPE && editor->IsDragging())) &&
+           Deliver(message);
 }
 
 void LessonMapEditorWindow::Paint(HDC dc, SIZE size, bool isView) {
-    const RECT whole{0, 0, size.cx, size.cy};
-    FillWith(dc, whole, CurrentAmbient().backColor);
-    if (treeView->IsFrozen())
-        treeView->DrawFrozen(dc);
-    else if (isView)
-        treeView->DrawPicture(dc, whole, Font()); // otherwise the tree is a window of its own
+    treeView->PaintParent(dc, size, CurrentAmbient().backColor, Font(), isView);
 }
 
 } // namespace dax

@@ -38,7 +38,7 @@ LRESULT LockManagerWindow::OnNotify(const NMHDR& header, LPARAM) {
 
 // The list's own keys; everything else, Tab and Escape among them, is the host's.
 bool LockManagerWindow::TranslateKey(const MSG& message) {
-    if (message.message != WM_KEYDOWN || message.hwnd != list->Handle()) return false;
+    if (!IsKeyDownIn(list->Handle(), message)) return false;
     switch (message.wParam) {
     case VK_UP:
     case VK_DOWN:
@@ -51,13 +51,10 @@ bool LockManagerWindow::TranslateKey(const MSG& message) {
     case VK_SPACE:
     case VK_DELETE:
     case VK_F5:
-        break;
+        return Deliver(message);
     default:
         return false;
     }
-    TranslateMessage(&message);
-    DispatchMessageW(&message);
-    return true;
 }
 
 void LockManagerWindow::Paint(HDC dc, SIZE size, bool isView) {

@@ -1,5 +1,6 @@
 #include "tree/win32/TreeViewWindow.h"
 
+#include "controls/win32/GdiSurface.h"
 #include "tree/DropTarget.h"
 
 #include <algorithm>
@@ -254,6 +255,36 @@ void TreeViewWindow::FreezeDisplay(bool frozen) {
     capture = {};
     ShowWindow(handle, SW_SHOW);
     if (IsWindowVisible(handle)) SetFocus(handle);
+}
+
+bool TreeViewWindow::IsOwnKey(WPARAM key) {
+    switch (key) {
+    case VK_UP:
+    case VK_DOWN:
+    case VK_LEFT:
+    case VK_RIGHT:
+    case VK_PRIOR:
+    case VK_NEXT:
+    case VK_HOME:
+    case VK_END:
+    case VK_DELETE:
+    case VK_BACK:
+    case VK_ADD:
+    case VK_SUBTRACT:
+    case VK_MULTIPLY:
+        return true;
+    default:
+        return false;
+    }
+}
+
+void TreeViewWindow::PaintParent(HDC dc, SIZE size, COLORREF background, HFONT font, bool isView) const {
+    const RECT whole{0, 0, size.cx, size.cy};
+    FillWith(dc, whole, background);
+    if (IsFrozen())
+        capture.Draw(dc, 0, 0);
+    else if (isView)
+        DrawPicture(dc, whole, font); // otherwise the tree is a window of its own
 }
 
 void TreeViewWindow::DrawPicture(HDC dc, const RECT& place, HFONT font) const {

@@ -34,11 +34,12 @@ public:
     LRESULT HandleNotification(const NMHDR& header);
 
     void SetCheckBoxes(bool on);
-    // Frozen: what the tree looked like, to be painted by the parent in the place of the hidden tree.
     bool IsFrozen() const { return !capture.IsEmpty(); }
-    void DrawFrozen(HDC dc) const { capture.Draw(dc, 0, 0); }
-    // A picture of the rows for a control that has no window.
-    void DrawPicture(HDC dc, const RECT& place, HFONT font) const;
+    // For the parent, whose whole area the tree fills: frozen, what the tree looked like stands in the place of the
+    // hidden tree; with `isView`, for a control without a window, the rows.
+    void PaintParent(HDC dc, SIZE size, COLORREF background, HFONT font, bool isView) const;
+    // Keys that move through a tree or edit it; Tab, Enter, Space and Escape are not among them.
+    static bool IsOwnKey(WPARAM key);
 
     Rect ClientRect() const override;
     Point Pointer() const override;
@@ -69,6 +70,7 @@ public:
     Event<TreeTimer> Timer;
 
 private:
+    void DrawPicture(HDC dc, const RECT& place, HFONT font) const;
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
                                       DWORD_PTR self);
     // Nothing: the system's own handling follows.

@@ -1,0 +1,51 @@
+// An information panel in a real window. Panel is LessonInfo or LockInfo.
+#pragma once
+
+#include "controls/win32/GdiSurface.h"
+#include "controls/win32/WindowBase.h"
+#include "data/Value.h"
+
+#include <memory>
+
+namespace dax {
+
+template <typename Panel>
+class PanelWindow : public WindowBase {
+public:
+    ~PanelWindow() override { info->Changed = nullptr; }
+
+    // Whoever calls it holds this pointer while doing so: a listener may release the window.
+    const std::shared_ptr<Panel>& Info() const { return info; }
+
+    SIZE PreferredSize(int dpi) const override { return {MulDiv(220, dpi, 96), MulDiv(preferredHeight, dpi, 96)}; }
+
+protected:
+    PanelWindow(const wchar_t* name, int heightAt96) : WindowBase(name), preferredHeight(heightAt96) {
+        info->Changed = [this] { Repaint(); };
+    }
+
+private:
+    // The sample, or the empty panel, once the control is placed and whenever the host turns from one to the other.
+    void OnAmbient() override {
+        const bool isDesign = !CurrentAmbient().userMode;
+        if (wasPlaced && isDesign == isDesignMode) return;
+        wasPlaced = true;
+        isDesignMode = isDesign;
+        if (isDesign)
+            info->ShowDesignSample(Now());
+        else
+            info->Clear();
+    }
+
+    void Paint(HDC dc, SIZE size, bool) override {
+        const Ambient& ambient = CurrentAmbient();
+        GdiSurface surface(dc, size, Font(), BoldFont(), ambient.foreColor, ambient.backColor, ambient.dpi);
+        info->Paint(surface);
+    }
+
+    std::shared_ptr<Panel> info = std::make_shared<Panel>();
+    int preferredHeight;
+    bool wasPlaced = false, isDesignMode = false;
+};
+
+} // namespace dax
