@@ -2,6 +2,7 @@
 #pragma once
 
 #include "data/Error.h"
+#include "support/TestDatabases.h"
 #include "tree/NodeTree.h"
 #include "tree/modTVW.h"
 
@@ -71,7 +72,7 @@ inline void CheckTree(const NodeTree& tree) {
 
 // Each does what the bytes say to a component and to what it should have become; throws Finding.
 // The first byte says whether listeners call back, and then only what holds in any case is looked at.
-void DriveHierarchy(Input input);
+void DriveHierarchy(Input input, const test::TestDatabase& database); // with the tables, whatever their rows
 void DriveLessonMap(Input input);
 
 } // namespace dax::fuzz

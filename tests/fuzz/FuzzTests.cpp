@@ -2,6 +2,9 @@
 // other ones.
 #include "fuzz/FuzzEntry.h"
 
+#include "fuzz/Driver.h"
+#include "hierarchy/EditorFixture.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -54,6 +57,19 @@ void DriveMany(uint8_t driver, unsigned inputs, size_t longest) {
 }
 
 TEST(Fuzz, HierarchyFollowsItsModel) { DriveMany(0, Setting("DAX_FUZZ_INPUTS", 60), 200); }
+
+// The same against the servers, where a save goes in batches: one long input each, without listeners that call back.
+class FuzzOnEngine : public dax::test::EngineTest {};
+INSTANTIATE_TEST_SUITE_P(Engines, FuzzOnEngine, ::testing::ValuesIn(dax::test::AllEngines()), dax::test::EngineName);
+
+TEST_P(FuzzOnEngine, HierarchyFollowsItsModel) {
+    dax::test::CreateTables(*database);
+    std::mt19937 random(Setting("DAX_FUZZ_SEED", 1));
+    std::vector<uint8_t> input(1500);
+    for (uint8_t& byte : input) byte = static_cast<uint8_t>(random());
+    input[0] = 1;
+    EXPECT_NO_THROW(dax::fuzz::DriveHierarchy(input, *database));
+}
 
 TEST(Fuzz, LessonMapStaysConsistent) { DriveMany(1, Setting("DAX_FUZZ_INPUTS", 60) * 4, 200); }
 

@@ -36,19 +36,12 @@ struct Model {
     }
 };
 
-// One file for all inputs: its rows go at the start of each.
-const test::TestDatabase& Database() {
-    static const test::TestDatabase database(Engine::SQLite);
-    static const bool isMade = (test::CreateTables(database), true);
-    (void)isMade;
-    return database;
-}
-
 class HierarchyDriver {
 public:
-    explicit HierarchyDriver(Input input) : bytes(input), callsBack(bytes.Below(4) == 0) {
-        Database().Run({u"DELETE FROM velmoraLessons"});
-        editor.SetConnectionString(Database().ConnectionString());
+    HierarchyDriver(Input input, const test::TestDatabase& content)
+        : bytes(input), callsBack(bytes.Below(4) == 0), database(content) {
+        database.Run({u"DELETE FROM velmoraLessons"});
+        editor.SetConnectionString(database.ConnectionString());
         Require(editor.LoadDatabase(), "an empty table loads");
         if (!callsBack) return;
         const auto callBack = [this] {
@@ -208,7 +201,7 @@ private:
             added.clear();
             deleted.clear();
         }
-        Require(test::ReadRows(Database().ConnectionString()) == saved.Rows(), "the rows are what was saved last");
+        Require(test::ReadRows(database.ConnectionString()) == saved.Rows(), "the rows are what was saved last");
     }
 
     void Load() {
@@ -236,6 +229,7 @@ private:
     Bytes bytes;
     bool callsBack, isOpen = true;
     int depth = 0;
+    const test::TestDatabase& database;
     test::HeardEditor heard;
     GroupEditor& editor = *heard.editor;
     Model model, saved;
@@ -245,6 +239,6 @@ private:
 
 } // namespace
 
-void DriveHierarchy(Input input) { HierarchyDriver(input).Run(); }
+void DriveHierarchy(Input input, const test::TestDatabase& database) { HierarchyDriver(input, database).Run(); }
 
 } // namespace dax::fuzz
