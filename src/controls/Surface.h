@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#undef DrawText // a macro of Windows, whose header may have been read before
+
 namespace dax {
 
 struct Point {

@@ -1,7 +1,6 @@
 // The summary of the selected entry in a real window.
 #pragma once
 
-#include "controls/win32/WindowBase.h"
 #include "panels/LessonInfo.h"
 #include "panels/win32/PanelWindow.h"
 

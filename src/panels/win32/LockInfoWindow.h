@@ -1,7 +1,6 @@
 // The locks on the selected entry in a real window.
 #pragma once
 
-#include "controls/win32/WindowBase.h"
 #include "panels/LockInfo.h"
 #include "panels/win32/PanelWindow.h"
 
