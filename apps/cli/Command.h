@@ -68,6 +68,6 @@ struct Command {
 };
 
 extern const Command CreateCommand, SampleCommand, ValidateCommand, ValidateConnectorCommand, CatalogsCommand,
-    TreeCommand, LessonCommand, InfoCommand, LocksCommand, EditCommand, MapCommand;
+    PickCommand, TreeCommand, LessonCommand, InfoCommand, LocksCommand, EditCommand, MapCommand;
 
 } // namespace dax::cli

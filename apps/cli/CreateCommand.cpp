@@ -31,7 +31,7 @@ ExitCode Create(const Arguments& arguments) {
     if (!arguments.HasPlace(0)) throw UsageError(u"Missing: FILE-or-CONNECTION, or --print ENGINE.");
     const Target target = ParseTarget(arguments.Place(0));
     try {
-        NewDatabase database(target, kind, arguments.Has(u"--force"));
+        NewDatabase database(target, kind, PlaceOptions(arguments));
         database.Finish();
     } catch (const TakenError& error) {
         Complain(u"dax create: " + error.Description());
@@ -44,7 +44,8 @@ ExitCode Create(const Arguments& arguments) {
 constexpr Option Options[] = {
     {u"--connector", u"", u"a connector database instead of a content database"},
     {u"--print", u"ENGINE", u"only print the script: access, sqlserver, sqlite, postgresql or mariadb"},
-    {u"--force", u"", u"replace the file, or the tables and all their rows"},
+    ForceOption,
+    NewCatalogOption,
 };
 
 } // namespace

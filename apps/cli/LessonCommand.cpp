@@ -1,8 +1,10 @@
-// dax lesson: everything that the hierarchy knows of one entry.
+// dax lesson: everything that the hierarchy knows of one entry; its storyboards and maps out of a file and into one.
 #include "Command.h"
 #include "Console.h"
 #include "Course.h"
 #include "Json.h"
+#include "StoredLesson.h"
+#include "content/LessonText.h"
 #include "data/modGeneric.h"
 
 #include <algorithm>
@@ -33,7 +35,38 @@ Text SectionJson(const Properties& properties) {
     return object.Result();
 }
 
+ExitCode Export(const StoredLesson& lesson, const Arguments& arguments) {
+    const Text path = arguments.Value(u"--export");
+    WriteTextFile(path, lesson.Data(), arguments.Has(u"--utf-16"));
+    Print(u"Written: " + path);
+    return Success;
+}
+
+ExitCode Import(StoredLesson& lesson, const Arguments& arguments) {
+    const Text path = arguments.Value(u"--import");
+    const Text text = ReadTextFile(path);
+    try {
+        LessonText::Load(text);
+    } catch (const Error& error) {
+        throw Refusal(u"the file '" + path + u"' holds no lesson: " + error.Description());
+    }
+    lesson.Replace(text, arguments.Has(u"--force"));
+    Print(u"Saved: " + lesson.LessonID());
+    return Success;
+}
+
 ExitCode ShowLesson(const Arguments& arguments) {
+    const bool isExport = arguments.Has(u"--export"), isImport = arguments.Has(u"--import");
+    if (isExport && isImport) throw UsageError(u"Either --export or --import.");
+    for (const auto& [option, other] : {std::pair(u"--utf-16", u"--export"), std::pair(u"--force", u"--import")}) {
+        if (arguments.Has(option) && !arguments.Has(other))
+            throw UsageError(Text(option) + u" goes with " + other + u".");
+    }
+    if (isExport || isImport) {
+        if (!arguments.HasPlace(1)) throw UsageError(u"Missing: the lesson.");
+        StoredLesson lesson(ParseTarget(arguments.Place(0)), arguments.Place(1));
+        return isExport ? Export(lesson, arguments) : Import(lesson, arguments);
+    }
     Course course(ParseTarget(arguments.Place(0)));
     const Node& node = course.Find(arguments.HasPlace(1) ? arguments.Place(1) : Text(TopName));
     GroupEditor& editor = course.Editor();
@@ -60,6 +93,10 @@ ExitCode ShowLesson(const Arguments& arguments) {
 
 constexpr Option Options[] = {
     {u"--json", u"", u"one object for programs"},
+    {u"--export", u"FILE", u"write the lesson's storyboards and maps into a file, as they are stored"},
+    {u"--utf-16", u"", u"with --export: in UTF-16, which Windows scripts read, not in UTF-8"},
+    {u"--import", u"FILE", u"put those of a file into the lesson"},
+    {u"--force", u"", u"with --import: also while somebody edits the lesson"},
 };
 
 } // namespace

@@ -4,38 +4,19 @@
 #include "Course.h"
 #include "TreePrinter.h"
 #include "content/LessonText.h"
-#include "data/Command.h"
-#include "data/Recordset.h"
-#include "data/modDB.h"
 #include "tree/modTVW.h"
 
 namespace dax::cli {
 
-LessonPages::LessonPages(const Target& target, const Text& lessonName) : connectionString(target.connection) {
-    Course course(target);
-    const Node& node = course.Find(lessonName);
-    if (HierarchyRows::TypeOf(node) != ltLesson) {
-        throw Refusal(u"'" + lessonName + u"' is no lesson but a " + TypeName(HierarchyRows::TypeOf(node)) +
-                      u". Only lessons have maps.");
-    }
-    lessonID = node.Key();
-    Connection connection;
-    connection.Open(connectionString);
-    loadedText = StoredText(connection);
-    if (loadedText.empty()) throw Refusal(u"nothing is stored in the lesson '" + lessonName + u"' yet.");
+LessonPages::LessonPages(const Target& target, const Text& lessonName) : stored(target, lessonName) {
+    if (stored.Data().empty()) throw Refusal(u"nothing is stored in the lesson '" + lessonName + u"' yet.");
     try {
-        lesson = LessonText::Load(loadedText);
+        lesson = LessonText::Load(stored.Data());
     } catch (const Error& error) {
         throw Refusal(u"the lesson '" + lessonName + u"' is not stored in the form that this program reads: " +
                       error.Description());
     }
     editor->SetLesson(lesson);
-}
-
-Text LessonPages::StoredText(Connection& connection) const {
-    Recordset rows;
-    rows.Open(u"SELECT lessonData FROM velmoraLessons WHERE lessonID = " + modDB::QuoteSQLString(lessonID), connection);
-    return rows.Eof() ? Text() : Text(rows.FieldText(0));
 }
 
 Text LessonPages::Describe(const Node& node) const {
@@ -95,7 +76,7 @@ Text LessonPages::Json() const {
     }
     for (const auto& orphan : editor->OrphanedStoryboards()) orphans.AddRaw(Json(orphan->SBID()));
     JsonObject all;
-    all.Add(u"lessonID", lessonID).Add(u"current", lesson->CurrentSBID());
+    all.Add(u"lessonID", stored.LessonID()).Add(u"current", lesson->CurrentSBID());
     return all.AddRaw(u"maps", maps.Result()).AddRaw(u"orphans", orphans.Result()).Result();
 }
 
@@ -136,30 +117,6 @@ void LessonPages::Move(const Text& name, StoryboardMovementTypes movement) {
     lesson->SetCurrentSBID(current); // on which the author works; a move from here does not change it
 }
 
-void LessonPages::Save(bool isForced) {
-    Connection connection;
-    connection.Open(connectionString);
-    connection.BeginTrans();
-    if (!isForced) {
-        Recordset locks;
-        locks.Open(u"SELECT username FROM velmoraUserLocks WHERE lockType = " + ToText(lltEditLesson) +
-                       u" AND lessonID = " + modDB::QuoteSQLString(lessonID),
-                   connection);
-        if (!locks.Eof()) {
-            throw Refusal(u"the lesson is being edited by " + OneLine(locks.FieldText(0)) +
-                          u"; what is saved now would be lost or get lost. With --force it is saved all the same.");
-        }
-        locks.Close();
-    }
-    if (StoredText(connection) != loadedText) {
-        throw Refusal(u"somebody has changed the lesson in this moment. Try again.");
-    }
-    dax::Command update(connection);
-    update.SetCommandText(u"UPDATE velmoraLessons SET lessonData = ? WHERE lessonID = ?");
-    update.AppendParameter(LessonText::Save(*lesson));
-    update.AppendParameter(lessonID);
-    update.Execute(adExecuteNoRecords);
-    connection.CommitTrans();
-}
+void LessonPages::Save(bool isForced) { stored.Replace(LessonText::Save(*lesson), isForced); }
 
 } // namespace dax::cli

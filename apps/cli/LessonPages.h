@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Json.h"
-#include "Target.h"
+#include "StoredLesson.h"
 #include "lessonmap/LessonMapEditor.h"
 
 #include <vector>
@@ -23,15 +23,13 @@ public:
 
     // By SBID, or by what only one storyboard is called. Throws Refusal.
     void Move(const Text& name, StoryboardMovementTypes movement);
-    // Throws Error, and Refusal when the lesson was changed since it was read or, unless forced, somebody edits it.
-    void Save(bool isForced);
+    void Save(bool isForced); // as StoredLesson::Replace
 
 private:
-    Text StoredText(Connection& connection) const;
     Text Describe(const Node& node) const;
     JsonObject Properties(const Text& sbid) const;
 
-    Text connectionString, lessonID, loadedText;
+    StoredLesson stored;
     std::shared_ptr<ContentLesson> lesson;
     std::shared_ptr<LessonMapEditor> editor = LessonMapEditor::Create();
 };

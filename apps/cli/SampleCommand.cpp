@@ -50,10 +50,11 @@ void FillCourse(NewDatabase& database, size_t lessons, const Text& shown) {
           Count(counts.posts, u"discussions"));
 }
 
-void FillConnector(NewDatabase& database, const Text& shown) {
+void FillConnector(NewDatabase& database, const Arguments& arguments, const Text& shown) {
     Sender sender(database.Rows(), 0);
-    const SampleConnectorCounts counts =
-        WriteSampleConnector(Now(), database.IsMDB(), [&](Text statement) { sender.Take(std::move(statement)); });
+    const SampleConnectorCounts counts = WriteSampleConnector(
+        Now(), database.IsMDB(), arguments.Value(u"--login", u"velmora"), arguments.Value(u"--password", u"sample"),
+        [&](Text statement) { sender.Take(std::move(statement)); });
     sender.Flush();
     database.Finish();
     Print(u"Made a sample connector: " + shown);
@@ -63,13 +64,16 @@ void FillConnector(NewDatabase& database, const Text& shown) {
 ExitCode Sample(const Arguments& arguments) {
     const bool isConnector = arguments.Has(u"--connector");
     if (isConnector && arguments.Has(u"--lessons")) throw UsageError(u"A connector has no lessons: omit --lessons.");
+    for (const TextView option : {u"--login", u"--password"}) {
+        if (arguments.Has(option) && !isConnector) throw UsageError(Text(option) + u" goes with --connector.");
+    }
     const size_t lessons = arguments.Number(u"--lessons", DefaultLessons, 0, MostLessons);
     const Target target = ParseTarget(arguments.Place(0));
     try {
         NewDatabase database(target, isConnector ? Schema::Database::Connector : Schema::Database::Content,
-                             arguments.Has(u"--force"));
+                             PlaceOptions(arguments));
         if (isConnector) {
-            FillConnector(database, target.shown);
+            FillConnector(database, arguments, target.shown);
         } else {
             FillCourse(database, lessons, target.shown);
         }
@@ -83,7 +87,10 @@ ExitCode Sample(const Arguments& arguments) {
 constexpr Option Options[] = {
     {u"--lessons", u"N", u"how many lessons (120), up to 1000000"},
     {u"--connector", u"", u"a connector database with users, catalogs and rights instead of a course"},
-    {u"--force", u"", u"replace the file, or the tables and all their rows"},
+    {u"--login", u"NAME", u"with --connector: the login of the catalogs that it lists (velmora)"},
+    {u"--password", u"TEXT", u"with --connector: its password, kept in the connector as it is (sample)"},
+    ForceOption,
+    NewCatalogOption,
 };
 
 } // namespace

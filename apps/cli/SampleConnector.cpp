@@ -30,7 +30,8 @@ constexpr Right Rights[] = {{2, 1, 1}, {2, 2, 0}, {2, 3, 2}, {3, 3, 3}, {3, 1, 2
 
 } // namespace
 
-SampleConnectorCounts WriteSampleConnector(const DateTime& now, bool isMDB, const std::function<void(Text)>& take) {
+SampleConnectorCounts WriteSampleConnector(const DateTime& now, bool isMDB, const Text& login, const Text& password,
+                                           const std::function<void(Text)>& take) {
     SampleConnectorCounts counts;
     for (const User& user : Users) {
         take(u"INSERT INTO velmoraDBUsers (userID, username, superUser) VALUES (" +
@@ -39,9 +40,9 @@ SampleConnectorCounts WriteSampleConnector(const DateTime& now, bool isMDB, cons
     }
     for (const Catalog& catalog : Catalogs) {
         take(u"INSERT INTO velmoraDBList (dbID, dbCatalogName, username, password, dbTitle, dbDescription) VALUES (" +
-             ToText(static_cast<long long>(++counts.catalogs)) + u", " + QuoteSQLString(catalog.name) +
-             u", 'velmora', 'sample', " + QuoteSQLString(catalog.title) + u", " + QuoteSQLString(catalog.description) +
-             u")");
+             ToText(static_cast<long long>(++counts.catalogs)) + u", " + QuoteSQLString(catalog.name) + u", " +
+             QuoteSQLString(login) + u", " + QuoteSQLString(password) + u", " + QuoteSQLString(catalog.title) + u", " +
+             QuoteSQLString(catalog.description) + u")");
     }
     for (const Right& right : Rights) {
         take(u"INSERT INTO velmoraDBUserRights (userID, dbID, rights) VALUES (" + ToText(right.user) + u", " +

@@ -19,8 +19,9 @@ struct SampleConnectorCounts {
     size_t users = 0, catalogs = 0;
 };
 
-// The same for a connector: a super user, users with every right, one without any.
-SampleConnectorCounts WriteSampleConnector(const DateTime& now, bool isMDB, const std::function<void(Text)>& take);
+// The same for a connector: a super user, users with every right, one without any. The login is that of its catalogs.
+SampleConnectorCounts WriteSampleConnector(const DateTime& now, bool isMDB, const Text& login, const Text& password,
+                                           const std::function<void(Text)>& take);
 
 // `seconds` before a moment.
 DateTime Before(const DateTime& moment, long long seconds);

@@ -1,6 +1,8 @@
 #include "Target.h"
 
+#include "data/CatalogConnection.h"
 #include "data/ConnectionString.h"
+#include "data/Dialect.h"
 #include "data/Recordset.h"
 #include "data/modGeneric.h"
 
@@ -53,7 +55,22 @@ void RequireBlindNames(Connection& connection) {
                 u"lower_case_table_names=1 (before the first table is made) and try again.");
 }
 
+// From the catalog that the engine has for this. A statement of its own: no engine makes catalogs in a transaction.
+void MakeCatalog(const Target& target) {
+    const Text driver = ConnectionKeywords(target.connection).First({u"Driver"});
+    const Text first = EngineFromName(driver) == Engine::PostgreSQL ? u"postgres" : u"";
+    Connection server;
+    server.Open(CatalogConnection(target.connection, first, {}, {}));
+    const Dialect& dialect = DialectOf(server.Kind());
+    Text name(1, dialect.openQuote);
+    for (const char16_t unit : target.shown) name += Text(unit == dialect.closeQuote ? 2 : 1, unit);
+    server.Execute(u"CREATE DATABASE " + name + dialect.closeQuote);
+}
+
 } // namespace
+
+PlaceOptions::PlaceOptions(const Arguments& arguments)
+    : replaces(arguments.Has(ForceOption.name)), makesCatalog(arguments.Has(NewCatalogOption.name)) {}
 
 Target ParseTarget(const Text& argument) {
     if (!IsConnectionString(argument)) return {argument, argument.empty() ? argument : Absolute(argument), true};
@@ -62,11 +79,13 @@ Target ParseTarget(const Text& argument) {
     return {shown.empty() ? Text(u"the database") : std::move(shown), argument, false};
 }
 
-NewDatabase::NewDatabase(Target newTarget, Schema::Database kind, bool force) : target(std::move(newTarget)) {
+NewDatabase::NewDatabase(Target newTarget, Schema::Database kind, const PlaceOptions& options)
+    : target(std::move(newTarget)) {
     try {
-        if (target.isFile) PrepareFile(force);
+        if (target.isFile) PrepareFile(options.replaces);
+        if (!target.isFile && options.makesCatalog) MakeCatalog(target);
         connection.Open(target.connection);
-        if (!target.isFile) PrepareCatalog(kind, force);
+        if (!target.isFile) PrepareCatalog(kind, options.replaces);
         connection.BeginTrans();
         connection.ExecuteAll(Schema::CreateStatements(kind, connection.Kind()));
     } catch (...) {

@@ -10,8 +10,9 @@ namespace dax::cli {
 namespace {
 
 const Command* const Commands[] = {&SampleCommand,   &CreateCommand, &ValidateCommand, &ValidateConnectorCommand,
-                                   &CatalogsCommand, &TreeCommand,   &LessonCommand,   &InfoCommand,
-                                   &LocksCommand,    &EditCommand,   &MapCommand};
+                                   &CatalogsCommand, &PickCommand,   &TreeCommand,     &LessonCommand,
+                                   &InfoCommand,     &LocksCommand,  &EditCommand,     &MapCommand};
+constexpr TextView TraceOption = u"--trace";
 
 Text Overview() {
     Text help = u"usage: dax COMMAND [ARGUMENTS]\n\nShows, checks and changes content databases: their lessons, locks "
@@ -30,6 +31,9 @@ Text Overview() {
 }
 
 ExitCode Dispatch(std::span<const Text> words) {
+    // The one option that may stand before the command as well as after it.
+    const bool isTracedFirst = !words.empty() && words[0] == TraceOption;
+    if (isTracedFirst) words = words.subspan(1);
     if (words.empty()) {
         Complain(Overview());
         return WrongUsage;
@@ -55,7 +59,8 @@ ExitCode Dispatch(std::span<const Text> words) {
             Print(command.Help());
             return Success;
         }
-        if (arguments.Has(u"--trace")) SetStatementObserver([](TextView statement) { Complain(statement); });
+        if (isTracedFirst || arguments.Has(TraceOption))
+            SetStatementObserver([](TextView statement) { Complain(statement); });
         try {
             return command.run(arguments);
         } catch (const Error& error) {
