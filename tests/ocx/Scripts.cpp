@@ -31,7 +31,8 @@ Outcome RunProgram(const wchar_t* program, const std::wstring& arguments) {
     start.hStdOutput = OpenForOutput(output);
     start.hStdError = OpenForOutput(errors);
     PROCESS_INFORMATION process{};
-    std::wstring command = L"\"" + BinFolder() + program + L"\" " + arguments;
+    const std::filesystem::path file = std::filesystem::path(BinFolder()) / program;
+    std::wstring command = L"\"" + file.wstring() + L"\" " + arguments;
     Outcome outcome;
     const BOOL isStarted =
         CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process);

@@ -10,7 +10,7 @@ struct Outcome {
     std::string output, errors;
 };
 
-// A program beside this one; fails when it does not end within two minutes.
+// A program beside this one, or wherever its full path says; fails when it does not end within two minutes.
 Outcome RunProgram(const wchar_t* program, const std::wstring& arguments);
 Outcome RunScript(const std::wstring& script, const std::wstring& arguments = L"");
 

@@ -32,8 +32,10 @@ public:
     std::string Walk() {
         TLIBATTR* attributes = nullptr;
         library->GetLibAttr(&attributes);
+        BSTR help = nullptr;
+        library->GetDocumentation(MEMBERID_NIL, nullptr, &help, nullptr, nullptr);
         out << "library " << GuidText(attributes->guid) << ' ' << attributes->wMajorVerNum << '.'
-            << attributes->wMinorVerNum << '\n';
+            << attributes->wMinorVerNum << " \"" << Take(help) << "\"\n";
         library->ReleaseTLibAttr(attributes);
         for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
             ComPtr<ITypeInfo> type;
@@ -50,6 +52,15 @@ private:
         const std::string helpText = Take(text);
         if (help) *help = helpText;
         return Take(name);
+    }
+
+    // The value that a compiler puts in for an argument that is left out.
+    static std::string Default(const PARAMDESC& description) {
+        if (!(description.wParamFlags & PARAMFLAG_FHASDEFAULT)) return {};
+        Variant text;
+        EXPECT_HRESULT_SUCCEEDED(
+            VariantChangeType(&text, &description.pparamdescex->varDefaultValue, VARIANT_ALPHABOOL, VT_BSTR));
+        return " default " + ToUtf8(TextOf(text));
     }
 
     static std::string TypeName(ITypeInfo* type, const TYPEDESC& description) {
@@ -100,13 +111,15 @@ private:
         type->GetNames(function->memid, names, 16, &count);
         std::vector<std::string> words;
         for (UINT i = 0; i < count; ++i) words.push_back(Take(names[i]));
-        out << "  member " << function->memid << " kind " << function->invkind << ' '
+        // Compiled hosts call by the place in the table of functions, whatever the size of a pointer.
+        out << "  member " << function->memid << " slot " << function->oVft / static_cast<SHORT>(sizeof(void*))
+            << " flags " << function->wFuncFlags << " kind " << function->invkind << ' '
             << TypeName(type, function->elemdescFunc.tdesc) << ' ' << words[0];
         for (SHORT i = 0; i < function->cParams; ++i) {
             const ELEMDESC& argument = function->lprgelemdescParam[i];
             out << (i ? ", " : "(") << TypeName(type, argument.tdesc);
             if (static_cast<size_t>(i) + 1 < words.size()) out << ' ' << words[static_cast<size_t>(i) + 1];
-            out << " flags " << argument.paramdesc.wParamFlags;
+            out << " flags " << argument.paramdesc.wParamFlags << Default(argument.paramdesc);
         }
         out << (function->cParams ? ")" : "()") << " \"" << help << "\"\n";
         type->ReleaseFuncDesc(function);

@@ -1,7 +1,11 @@
-"""What tools/package packs works where it is unpacked, from there alone: the command line of each system, and the
-controls in a Wine prefix of their own, once registered and again unknown once unregistered."""
+"""What tools/package packs works where it is unpacked, from there alone: each archive holds what it should; the command
+line of each system works; the C++ samples compile against the packed headers; the controls are used without
+registration, then registered, then unregistered again, in a Wine prefix of their own; and the manual's commands say
+what the manual says. The 32-bit programs are looked at, not run."""
 import os
+import re
 import shutil
+import struct
 import subprocess
 import tarfile
 import zipfile
@@ -10,8 +14,17 @@ from project import ROOT, finish
 
 WORK = os.path.join(ROOT, "build", "package")
 FOLDER = "daxcontrols-3.3"
-WINDOWS = os.path.join(WORK, "win64", FOLDER)
 LINUX = os.path.join(WORK, "linux", FOLDER)
+HOST = os.path.join(WORK, "host")  # a program that has nothing of ours beside it
+MACHINES = {64: (0x8664, "x86_64-w64-mingw32-g++-posix"), 32: (0x14C, "i686-w64-mingw32-g++-posix")}
+PROGRAMS = {"daxControls33.ocx", "contentObjects.dll", "DAXWorkbench.exe", "dax.exe", "daxscript.exe"}
+EVERYWHERE = {"docs/reference.md", "docs/schema.md", "docs/images/GroupEditor.png"}
+WINDOWS_FILES = PROGRAMS | EVERYWHERE | {
+    "daxControls33.manifest", "contentObjects.manifest", "DAXControls.tlb", "ContentObjects.tlb",
+    "include/DAXControls.h", "include/ContentObjects.h", "register.cmd", "unregister.cmd", "LICENSE.txt", "README.txt",
+    "samples/hierarchy.vbs", "samples/identifiers.js", "samples/cpp/automation.cpp", "samples/cpp/container.cpp",
+    "samples/not-run/CourseForm.vba.txt"}
+LINUX_FILES = EVERYWHERE | {"dax", "LICENSE", "README", "samples/course.sh"}
 problems = []
 
 
@@ -20,32 +33,112 @@ def run(what, command, expected=0, says="", **more):
                           check=False, timeout=600, **more)
     said = done.stdout + done.stderr
     if done.returncode != expected or says not in said:
-        problems.append(f"{what}: exit code {done.returncode}, said: {said.strip()[-600:]}")
+        problems.append(f"{what}: exit code {done.returncode}, said: {said.strip()[-1500:]}")
+    return said
+
+
+def windows(bits):
+    return os.path.join(WORK, f"win{bits}", FOLDER)
 
 
 def wine(what, *command, **more):
     # An empty folder of programs: nothing that the build left may help, or be registered, here.
     environment = dict(os.environ, DAX_WINE_PREFIX=os.path.join(WORK, "wine"), DAX_WINE_DISPLAY="none",
                        DAX_WINE_BIN=os.path.join(WORK, "none"), DAX_WINE_TIMEOUT="300")
-    run(what, [os.path.join(ROOT, "tools", "wine"), *command], cwd=WINDOWS, env=environment, **more)
+    run(what, [os.path.join(ROOT, "tools", "wine"), *command], cwd=windows(64), env=environment, **more)
 
 
-shutil.rmtree(WORK, ignore_errors=True)
-os.makedirs(os.path.join(WORK, "none"))
-run("tools/package", [os.path.join(ROOT, "tools", "package")])
-if not problems:
-    with zipfile.ZipFile(os.path.join(ROOT, "dist", f"{FOLDER}-win64.zip")) as archive:
-        archive.extractall(os.path.join(WORK, "win64"))
+def unpack():
+    for bits in MACHINES:
+        with zipfile.ZipFile(os.path.join(ROOT, "dist", f"{FOLDER}-win{bits}.zip")) as archive:
+            archive.extractall(os.path.join(WORK, f"win{bits}"))
     with tarfile.open(os.path.join(ROOT, "dist", f"{FOLDER}-linux.tar.gz")) as archive:
         archive.extractall(os.path.join(WORK, "linux"))
 
+
+def check_files(folder, wanted):
+    for name in sorted(wanted):
+        if not os.path.isfile(os.path.join(folder, name)):
+            problems.append(f"{os.path.relpath(folder, WORK)}: lacks {name}")
+    for place, _, names in os.walk(folder):
+        for name in names:
+            with open(os.path.join(place, name), "rb") as file:
+                if ROOT.encode() in file.read() and name not in PROGRAMS | {"dax"}:
+                    problems.append(f"{os.path.relpath(place, WORK)}/{name}: names the folder it was built in")
+    for name in wanted:
+        if name.endswith(".md"):
+            with open(os.path.join(folder, name), encoding="utf-8") as file:
+                for link in re.findall(r"\]\(([^)#:]+)", file.read()):
+                    if not os.path.exists(os.path.join(folder, os.path.dirname(name), link)):
+                        problems.append(f"{os.path.relpath(folder, WORK)}/{name}: there is no {link}")
+
+
+def check_programs(bits):
+    """The binaries are for the machine that the archive names, and the C++ samples compile from the archive."""
+    machine, compiler = MACHINES[bits]
+    for name in sorted(PROGRAMS):
+        with open(os.path.join(windows(bits), name), "rb") as file:
+            image = file.read(4096)
+        header = struct.unpack_from("<I", image, 0x3C)[0]
+        if struct.unpack_from("<H", image, header + 4)[0] != machine:
+            problems.append(f"win{bits}/{name}: is not for {bits} bit")
+    for name in ("automation", "container"):
+        run(f"compiling {name}.cpp for {bits} bit",
+            [compiler, "-std=c++20", "-static", "-I", "../../include", f"{name}.cpp", "-o", f"../../{name}.exe",
+             "-lole32", "-loleaut32", "-luuid"], cwd=os.path.join(windows(bits), "samples", "cpp"))
+
+
+def use_on_linux():
     run("dax sample on Linux", ["./dax", "sample", "course.db"], cwd=LINUX, says="Made a sample course")
     run("dax validate on Linux", ["./dax", "validate", "course.db"], cwd=LINUX, says="validated")
-    script = (os.path.join(WINDOWS, "daxscript.exe"), "samples\\validate.vbs", "course.db")
-    wine("dax sample on Windows", os.path.join(WINDOWS, "dax.exe"), "sample", "course.db", says="Made a sample course")
-    wine("a sample before registration", *script, expected=1)
+    run("the shell sample", ["samples/course.sh", "script.db"], cwd=LINUX, says="The first one  [NEW-1]",
+        env=dict(os.environ, PATH=f"{LINUX}:{os.environ['PATH']}"))
+
+
+def use_on_windows():
+    folder = windows(64)
+    course = os.path.join(folder, "course.db")
+    automation = os.path.join(HOST, "automation.exe")
+    shutil.copy(os.path.join(folder, "automation.exe"), automation)
+    script = os.path.join(folder, "daxscript.exe")
+    wine("dax sample on Windows", os.path.join(folder, "dax.exe"), "sample", "course.db", says="Made a sample course")
+    wine("a script before registration", script, "samples\\validate.vbs", "course.db", expected=1)
+    wine("a program before registration", automation, course, expected=1)
+    # With the manifest beside it, it finds the libraries there.
+    shutil.copy(os.path.join(folder, "samples", "cpp", "automation.exe.manifest"), folder)
+    wine("a program without registration", os.path.join(folder, "automation.exe"), course, says="saved")
     wine("register.cmd", "cmd", "/c", "register.cmd", says="Registered.")
-    wine("a sample after registration", *script, says="valid: ")
+    wine("VBScript after registration", script, "samples\\validate.vbs", "course.db", says="valid: ")
+    wine("JScript after registration", script, "samples\\identifiers.js", "course.db", says="identifiers given")
+    wine("a program after registration", automation, course, says="saved")
     wine("unregister.cmd", "cmd", "/c", "unregister.cmd", says="Unregistered.")
-    wine("a sample after unregistration", *script, expected=1)
-finish(problems, "unpacked, used, registered and unregistered")
+    wine("a script after unregistration", script, "samples\\validate.vbs", "course.db", expected=1)
+
+
+def check_manual():
+    """With servers of their own, since some pages show PostgreSQL."""
+    servers = os.path.join(ROOT, "tools", "servers")
+    place = os.path.join(WORK, "servers")
+    try:
+        said = run("the servers for the manual", [servers, "start", place])
+        environment = dict(os.environ, **dict(re.findall(r"^export (\w+)='(.*)'$", said, re.M)))
+        run("the manual", ["python3", os.path.join(ROOT, "tools", "lib", "transcripts.py"), LINUX], env=environment)
+    finally:
+        run("ending the servers", [servers, "stop", place])
+
+
+shutil.rmtree(WORK, ignore_errors=True)
+for scratch in (os.path.join(WORK, "none"), HOST):
+    os.makedirs(scratch)
+run("tools/package", [os.path.join(ROOT, "tools", "package")])
+if not problems:
+    unpack()
+    check_files(LINUX, LINUX_FILES)
+    for one in MACHINES:
+        check_files(windows(one), WINDOWS_FILES)
+        check_programs(one)
+if not problems:
+    use_on_linux()
+    use_on_windows()
+    check_manual()
+finish(problems, "unpacked, compiled against, used, registered and unregistered; the manual's commands say what it says")

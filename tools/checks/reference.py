@@ -1,9 +1,75 @@
-"""The manual's reference is what the type libraries' snapshots say."""
+"""The manual agrees with what it describes: the reference with the type libraries' snapshots, the error numbers with the
+source, the members in samples that cannot be run with the type libraries, and test commands with the tests there are."""
+import fnmatch
 import os
+import re
 import runpy
 import sys
 
-from project import ROOT
+from project import ROOT, files, finish, read
 
+ENGINES = ("SQLite", "PostgreSQL", "MariaDB")
+problems = []
+
+
+def check_error_numbers():
+    """Every number of the source, in both of its forms, and no other in that table."""
+    numbers = {int(number) for number in re.findall(r"int32_t \w+ = (-?\d+);", read("src/data/Error.h"))}
+    table = read("docs/errors.md").split("## Of collections")[0]
+    rows = {int(number): int(hexadecimal, 16)
+            for number, hexadecimal in re.findall(r"^\| (-?\d+) \| (\w+) \|", table, re.M)}
+    for number in sorted(numbers ^ set(rows)):
+        problems.append(f"docs/errors.md and src/data/Error.h: {number} is only in one of them")
+    for number, hexadecimal in rows.items():
+        if number % (1 << 32) != hexadecimal:
+            problems.append(f"docs/errors.md: {number} is not {hexadecimal:X}")
+
+
+def all_tests():
+    """The names of the tests, of each program, as GoogleTest filters see them."""
+    programs = {}
+    for name in files(".cpp", folders=["tests"]):
+        known = programs.setdefault(name.split("/")[1], set())
+        for kind, suite, test in re.findall(r"^TEST(_[FP])?\((\w+),\s*(\w+)\)", read(name), re.M):
+            known.add(f"{suite}.{test}")
+            if kind == "_P":
+                known.update(f"Engines/{suite}.{test}/{engine}" for engine in ENGINES)
+    return programs
+
+
+def check_test_commands():
+    programs = all_tests()
+    for page in files(".md", folders=["docs"]) + ["README.md"]:
+        for program, patterns in re.findall(r"(\w+)_tests(?:\.exe)? --gtest_filter='([^']*)'", read(page)):
+            for pattern in patterns.split(":"):
+                if not fnmatch.filter(programs.get(program, ()), pattern):
+                    problems.append(f"{page}: {program}_tests has no test {pattern}")
+
+
+def check_samples_not_run():
+    """What these samples call on a control is a member of some class."""
+    members = set()
+    for library in ("DAXControls", "ContentObjects"):
+        text = read(f"tests/ocx/{library}.snapshot.txt")
+        members.update(re.findall(r"^  member .*? (\w+)\(", text, re.M))
+        members.update(re.findall(r"^  value (\w+)", text, re.M))
+    foreign = {"Object", "Move", "Dock", "GetOcx"}  # what the host adds to every control
+    for name in files(".txt", folders=["docs/examples/not-run"]):
+        text = read(name)
+        if "NOT RUN" not in text.splitlines()[0]:
+            problems.append(f"{name}: does not say in its first line that it was not run")
+        called = re.findall(r"\b(?:editor|panel|locks)[._](\w+)", text, re.I)
+        called += re.findall(r"\b((?:lt|gmt|ldt)[A-Z]\w+)", text)
+        for member in sorted(set(called) - members - foreign):
+            problems.append(f"{name}: no class of the type libraries has a member {member}")
+
+
+check_error_numbers()
+check_test_commands()
+check_samples_not_run()
 sys.argv = ["manual.py", "--check"]
-runpy.run_path(os.path.join(ROOT, "tools", "lib", "manual.py"), run_name="__main__")
+try:
+    runpy.run_path(os.path.join(ROOT, "tools", "lib", "manual.py"), run_name="__main__")
+except SystemExit as end:
+    problems.append(str(end))
+finish(problems, "reference, error numbers, test commands and samples agree with the source")

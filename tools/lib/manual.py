@@ -12,10 +12,9 @@ TYPES = {"vt2": "Integer", "vt3": "Long", "vt4": "Single", "vt5": "Double", "vt7
          "vt19": "OLE_COLOR", "vt22": "Long", "vt23": "Long"}
 KINDS = {1: "method", 2: "get", 4: "let", 8: "set"}
 ENUMERATION, COCLASS = 0, 5
-PICTURES = {"DatabaseValidator": "design-mode", "SQLDBPicker": "connector-loaded", "GroupEditor": "hierarchy-lesson",
-            "LockManager": "locks-selected", "LessonMapEditor": "lessonmap-checked"}
-HIDDEN = "_NewEnum"  # what For Each uses
-MEMBER = re.compile(r'  member (-?\d+) kind (\d+) (\S+) (\w+)\((.*)\) "(.*)"$')
+ENUMERATOR = "_NewEnum"  # what For Each uses
+MEMBER = re.compile(r'  member (-?\d+) slot \d+ flags \d+ kind (\d+) (\S+) (\w+)\((.*)\) "(.*)"$')
+ARGUMENT = re.compile(r"(\S+) (\w+) flags (\d+)(?: default (.*))?$")
 
 
 class Type:
@@ -36,7 +35,7 @@ def read_library(path):
             elif interface := re.match(r"  implements (\w+) flags (\d+)", line):
                 types[-1].interfaces.append((interface[1], int(interface[2])))
             elif member := MEMBER.match(line):
-                types[-1].members.append((int(member[2]), member[3], member[4], member[5], member[6]))
+                types[-1].members.append((int(member[2]), member[3], member[4], member[5], member[6], int(member[1])))
             elif not line.startswith("library "):
                 sys.exit(f"{os.path.relpath(path, ROOT)}: a line that the manual does not understand: {line}")
     return types
@@ -54,23 +53,25 @@ def type_text(name):
 
 def arguments_text(text):
     shown = []
-    for argument in filter(None, text.split(", ")):
-        words = argument.split()
-        if len(words) < 4:
+    for written in filter(None, text.split(", ")):
+        argument = ARGUMENT.match(written)
+        if not argument:
             continue  # the value of a property, which has no name
-        kind, name, flags = words[0], words[1], int(words[3])
+        kind, name, flags, default = argument[1], argument[2], int(argument[3]), argument[4]
         by_reference = "ByRef " if flags & 2 or kind.endswith("*") and not kind.startswith("_") else ""
-        word = f"{by_reference}{name} As {type_text(kind)}"
+        word = f"{by_reference}{name} As {type_text(kind)}" + (f" = {default}" if default else "")
         shown.append(f"[{word}]" if flags & 16 else word)
     return ", ".join(shown)
 
 
 def write_members(out, members):
     rows = {}
-    for kind, result, name, arguments, text in members:
-        if name == HIDDEN:
+    for kind, result, name, arguments, text, dispid in members:
+        if name == ENUMERATOR:
+            out.append("For Each walks through it.\n")
             continue
-        row = rows.setdefault(name, {"kinds": [], "result": type_text(result), "arguments": "", "text": text})
+        row = rows.setdefault(name, {"kinds": [], "result": type_text(result), "arguments": "", "text": text,
+                                     "isDefault": dispid == 0})
         row["kinds"].append(KINDS[kind])
         if kind in (1, 2):
             row["arguments"], row["result"] = arguments_text(arguments), type_text(result)
@@ -78,35 +79,58 @@ def write_members(out, members):
         chosen = {name: row for name, row in rows.items() if (row["kinds"] == ["method"]) == wanted}
         if not chosen:
             continue
-        out.append(f"| {title} | | |\n|---|---|---|")
+        out.append(f"| {title} | |\n|---|---|" if wanted else f"| {title} | | |\n|---|---|---|")
         for name, row in chosen.items():
             brackets = f"({row['arguments']})" if row["arguments"] or wanted else ""
             result = f" As {row['result']}" if row["result"] else ""
-            access = "" if wanted else "read-only" if row["kinds"] == ["get"] else "read/write"
-            out.append(f"| `{name}{brackets}{result}` | {access} | {row['text']} |")
+            access = "read-only" if row["kinds"] == ["get"] else "read/write"
+            access = "" if wanted else f" {access}{', default' if row['isDefault'] else ''} |"
+            out.append(f"| `{name}{brackets}{result}` |{access} {row['text']} |")
         out.append("")
 
 
 def write_class(out, library, coclass, types):
     out.append(f"### {coclass.name}\n\n`{library}.{coclass.name}`: {coclass.text}.\n")
-    if coclass.name in PICTURES:
-        out.append(f"![{coclass.name} in the desktop host](images/{PICTURES[coclass.name]}.png)\n")
+    if os.path.exists(os.path.join(ROOT, "docs", "images", f"{coclass.name}.png")):
+        out.append(f"![{coclass.name}](images/{coclass.name}.png)\n")
+    elif any(flags & 2 for _, flags in coclass.interfaces):
+        sys.exit(f"docs/images/{coclass.name}.png: there is no picture of this control")
     for name, flags in coclass.interfaces:
         members = types[name].members
         if flags & 2 and members:
             out.append("| event | |\n|---|---|")
-            for _, _, event, arguments, text in members:
+            for _, _, event, arguments, text, _ in members:
                 out.append(f"| `{event}({arguments_text(arguments)})` | {text} |")
             out.append("")
         elif not flags & 2:
             write_members(out, members)
 
 
+def read_meanings():
+    with open(os.path.join(ROOT, "tools", "lib", "enumerations.txt"), encoding="utf-8") as file:
+        return dict(line.rstrip("\n").split(" ", 1) for line in file if not line.startswith("#"))
+
+
+def write_enumerations(out, enumerations, meanings):
+    out.append("### Enumerations\n")
+    for entry in enumerations:
+        out.append(f"`{entry.name}`: {entry.text}.\n\n| value | | |\n|---|---|---|")
+        for name, value in entry.values:
+            if name not in meanings:
+                sys.exit(f"tools/lib/enumerations.txt: the value {name} lacks its meaning")
+            out.append(f"| `{name}` | {value} | {meanings.pop(name)} |")
+        out.append("")
+
+
 def manual():
     out = ["# Reference", "",
            "Every class, member, event and enumeration of the two type libraries, in their order. Made by",
            "`python3 tools/lib/manual.py` from what the tests compare the libraries with; do not edit it by hand.",
-           "[errors.md](errors.md) lists the error numbers, [connections.md](connections.md) the connection strings.", ""]
+           "Arguments in brackets may be left out. [errors.md](errors.md) lists the error numbers,",
+           "[connections.md](connections.md) the connection strings.", "",
+           "    tools/wine ocx_tests.exe --gtest_filter='TypeLibraryTest.*'     the libraries are as this page says",
+           "    python3 tools/checks/reference.py                               so is this page", ""]
+    meanings = read_meanings()
     for library in ("DAXControls", "ContentObjects"):
         types = {entry.name: entry
                  for entry in read_library(os.path.join(ROOT, "tests", "ocx", f"{library}.snapshot.txt"))}
@@ -116,11 +140,9 @@ def manual():
                 write_class(out, library, entry, types)
         enumerations = [entry for entry in types.values() if entry.kind == ENUMERATION]
         if enumerations:
-            out.append("### Enumerations\n\n| enumeration | | values |\n|---|---|---|")
-            for entry in enumerations:
-                values = ", ".join(f"`{name}` {value}" for name, value in entry.values)
-                out.append(f"| `{entry.name}` | {entry.text} | {values} |")
-            out.append("")
+            write_enumerations(out, enumerations, meanings)
+    if meanings:
+        sys.exit(f"tools/lib/enumerations.txt: no such value: {', '.join(meanings)}")
     return "\n".join(out).rstrip("\n") + "\n"
 
 

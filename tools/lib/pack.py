@@ -22,15 +22,29 @@ def windows_text(data):
 
 
 def manual():
-    return {f"docs/{os.path.basename(path)}": read(path) for path in sorted(glob.glob(f"{ROOT}/docs/*.md"))}
+    """The pages, which find the samples in their folder of the package."""
+    return {f"docs/{os.path.basename(path)}": read(path).replace(b"](examples/", b"](../samples/")
+            for path in glob.glob(f"{ROOT}/docs/*.md")}
+
+
+def pictures():
+    return {f"docs/images/{os.path.basename(path)}": read(path) for path in glob.glob(f"{ROOT}/docs/images/*.png")}
+
+
+def samples(*patterns):
+    folder = f"{ROOT}/docs/examples"
+    return {f"samples/{os.path.relpath(path, folder)}": read(path)
+            for pattern in patterns for path in glob.glob(f"{folder}/{pattern}") if os.path.isfile(path)}
 
 
 def windows_files(bits):
-    files = {name: read("build", f"win{bits}", "bin", name) for name in BINARIES}
-    for name in ("DAXControls.tlb", "ContentObjects.tlb"):
-        files[name] = read("build", f"win{bits}", "src", "ocx", "generated", name)
-    texts = {f"samples/{os.path.basename(path)}": read(path) for path in sorted(glob.glob(f"{ROOT}/docs/examples/*.*"))}
-    texts |= manual()
+    generated = os.path.join("build", f"win{bits}", "src", "ocx", "generated")
+    files = pictures() | {name: read("build", f"win{bits}", "bin", name) for name in BINARIES}
+    texts = manual() | samples("*.vbs", "*.js", "cpp/*.cpp", "cpp/*.h", "cpp/*.manifest", "not-run/*")
+    for name in ("DAXControls", "ContentObjects"):
+        files[f"{name}.tlb"] = read(generated, f"{name}.tlb")
+        # The first line tells where the compiler has found its source.
+        texts[f"include/{name}.h"] = read(generated, f"{name}.h").split(b"\n", 1)[1]
     texts["LICENSE.txt"] = read("LICENSE")
     texts["README.txt"] = read("package", "windows.txt").replace(b"@BITS@", str(bits).encode())
     for name in ("register.cmd", "unregister.cmd"):
@@ -50,7 +64,7 @@ def write_tar(path, folder, files):
         for name, data in sorted(files.items()):
             entry = tarfile.TarInfo(f"{folder}/{name}")
             entry.size = len(data)
-            entry.mode = 0o755 if name == "dax" else 0o644
+            entry.mode = 0o755 if name == "dax" or name.endswith(".sh") else 0o644
             archive.addfile(entry, io.BytesIO(data))
     with open(path, "wb") as file, gzip.GzipFile("", "wb", fileobj=file, mtime=0) as out:
         out.write(packed.getvalue())
@@ -64,8 +78,9 @@ def main():
     for bits in (64, 32):
         write_zip(f"{dist}/{folder}-win{bits}.zip", folder, windows_files(bits))
     write_tar(f"{dist}/{folder}-linux.tar.gz", folder,
-              manual() | {"dax": read("build", "native", "bin", "dax"), "LICENSE": read("LICENSE"),
-                          "README": read("package", "linux.txt")})
+              manual() | pictures() | samples("*.sh") | {
+                  "dax": read("build", "native", "bin", "dax"), "LICENSE": read("LICENSE"),
+                  "README": read("package", "linux.txt")})
     for name in sorted(os.listdir(dist)):
         print(f"dist/{name}: {os.path.getsize(os.path.join(dist, name)) // 1024} KB")
 

@@ -122,6 +122,8 @@ public:
                         EXCEPINFO* exception, UINT* argument) override {
         const typename Base::Keeper keeper(*this);
         SetErrorInfo(0, nullptr);
+        // Not every script engine knows that the enumeration is a property.
+        if (dispid == DISPID_NEWENUM) flags |= DISPATCH_PROPERTYGET;
         return typeInfo->Invoke(static_cast<Interface*>(this), dispid, flags, parameters, result, exception, argument);
     }
 

@@ -1,0 +1,96 @@
+"""Runs what README and docs show in ```console blocks and compares what is said with what the page says.
+    python3 tools/lib/transcripts.py FOLDER [PAGE...]           FOLDER holds the program dax; all pages if none is named
+    python3 tools/lib/transcripts.py --write FOLDER [PAGE...]   writes into the pages what is said now
+A line "$ COMMAND" is run by bash in a folder that the commands of a page share. A line "..." stands for any lines.
+$POSTGRES and $MARIADB are connection strings of empty databases (tools/servers).
+Used by tools/checks/package.py with the program that was packed."""
+import glob
+import os
+import re
+import subprocess
+import sys
+import tempfile
+
+ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+BLOCK = re.compile(r"^```console\n(.*?)^```$", re.M | re.S)
+SERVERS = ("POSTGRES", "MARIADB")
+
+
+def pages():
+    return ["README.md"] + sorted(os.path.relpath(path, ROOT) for path in glob.glob(f"{ROOT}/docs/*.md"))
+
+
+def run(command, folder, programs):
+    environment = dict(os.environ, PATH=f"{programs}:{os.environ['PATH']}", LC_ALL="C.UTF-8", TZ="UTC")
+    for name in SERVERS:
+        environment[name] = os.environ.get(f"DAX_TEST_{name}", "")
+    done = subprocess.run(["bash", "-c", command], cwd=folder, env=environment, stdin=subprocess.DEVNULL,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace", check=False,
+                          timeout=300)
+    return [line.rstrip() for line in done.stdout.splitlines()]
+
+
+def fits(said, expected):
+    pattern = "".join(r"(?:.*\n)*" if line == "..." else re.escape(line) + r"\n" for line in expected)
+    return re.fullmatch(pattern, "".join(line + "\n" for line in said)) is not None
+
+
+def commands_of(block):
+    """(command, what the page says) for each command of a block."""
+    found = []
+    for line in block.splitlines():
+        if line.startswith("$ "):
+            found.append((line[2:], []))
+        elif found:
+            found[-1][1].append(line)
+    return found
+
+
+def check_page(name, programs, folder, problems, write):
+    with open(os.path.join(ROOT, name), encoding="utf-8") as file:
+        text = file.read()
+
+    def check_block(block):
+        lines = []
+        for command, expected in commands_of(block.group(1)):
+            said = run(command, folder, programs)
+            if not fits(said, expected):
+                problems.append(f"{name}: $ {command}\nsays:\n" + "\n".join(said) + "\nbut the page says:\n" +
+                                "\n".join(expected))
+                expected = said
+            lines += [f"$ {command}"] + expected
+        check_block.count += len(lines)
+        return "```console\n" + "\n".join(lines) + "\n```"
+
+    check_block.count = 0
+    text = BLOCK.sub(check_block, text)
+    if write:
+        with open(os.path.join(ROOT, name), "w", encoding="utf-8") as file:
+            file.write(text)
+    return check_block.count
+
+
+def main():
+    words = sys.argv[1:]
+    write = "--write" in words
+    words = [word for word in words if word != "--write"]
+    if not words:
+        sys.exit(__doc__)
+    programs, problems, lines, count = os.path.abspath(words[0]), [], 0, 0
+    for name in words[1:] or pages():
+        with open(os.path.join(ROOT, name), encoding="utf-8") as file:
+            text = file.read()
+        blocks = "".join(BLOCK.findall(text))
+        lacking = [server for server in SERVERS if f"${server}" in blocks and not os.environ.get(f"DAX_TEST_{server}")]
+        if lacking:
+            problems.append(f"{name}: needs {' and '.join(lacking)}: eval \"$(tools/servers start build/db)\"")
+            continue
+        with tempfile.TemporaryDirectory() as folder:
+            lines += check_page(name, programs, folder, problems, write)
+        count += 1
+    if problems and not write:
+        sys.exit("\n\n".join(problems))
+    print(f"{lines} lines of console in {count} pages" + (": written" if write else ": as they say"))
+
+
+main()
