@@ -20,6 +20,8 @@ enum Members : DISPID {
     ArgumentsMember,
     ArgumentCountMember,
     ScriptFullNameMember,
+    ShowControlMember,
+    PressMember,
 };
 
 constexpr struct {
@@ -35,6 +37,8 @@ constexpr struct {
     {L"Arguments", ArgumentsMember},
     {L"ArgumentCount", ArgumentCountMember},
     {L"ScriptFullName", ScriptFullNameMember},
+    {L"ShowControl", ShowControlMember},
+    {L"Press", PressMember},
 };
 
 std::wstring TextOf(const VARIANT& value) {
@@ -81,6 +85,7 @@ void ScriptObject::Close() {
     std::vector<Connection> former;
     former.swap(connections);
     for (const Connection& connection : former) connection.sink->Disconnect();
+    windows.clear();
 }
 
 HRESULT ScriptObject::QueryInterface(REFIID iid, void** object) {
@@ -136,6 +141,12 @@ HRESULT ScriptObject::Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS* para
         case DisconnectObjectMember:
             DisconnectObject(arguments);
             return S_OK;
+        case ShowControlMember:
+            ShowControl(arguments);
+            return S_OK;
+        case PressMember:
+            Press(arguments);
+            return S_OK;
         case ArgumentsMember:
             Argument(arguments, result);
             return S_OK;
@@ -186,11 +197,7 @@ void ScriptObject::Sleep(const Arguments& arguments) {
     Expect(arguments.size(), 1, 1);
     const ULONGLONG end = GetTickCount64() + static_cast<ULONGLONG>(std::max(0L, NumberOf(arguments[0])));
     for (;;) {
-        MSG message;
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&message);
-            DispatchMessageW(&message);
-        }
+        PumpMessages();
         const ULONGLONG now = GetTickCount64();
         if (now >= end) return;
         MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(end - now), QS_ALLINPUT);
@@ -227,6 +234,21 @@ void ScriptObject::DisconnectObject(const Arguments& arguments) {
     std::erase_if(connections,
                   [&object](const Connection& connection) { return connection.object.Get() == object.Get(); });
     for (const Connection& connection : former) connection.sink->Disconnect();
+}
+
+void ScriptObject::ShowControl(const Arguments& arguments) {
+    Expect(arguments.size(), 2, 2);
+    const ComPtr<IUnknown> object = ObjectOf(arguments[0]);
+    windows.push_back(std::make_unique<ControlWindow>(object.Get(), TextOf(arguments[1])));
+}
+
+void ScriptObject::Press(const Arguments& arguments) {
+    Expect(arguments.size(), 2, 2);
+    const ComPtr<IUnknown> object = ObjectOf(arguments[0]);
+    const auto shown = std::find_if(windows.begin(), windows.end(),
+                                    [&object](const auto& window) { return window->Control() == object.Get(); });
+    if (shown == windows.end()) throw ComError(E_UNEXPECTED); // it has no window
+    (*shown)->Press(TextOf(arguments[1]));
 }
 
 void ScriptObject::Argument(const Arguments& arguments, VARIANT* result) {

@@ -1,8 +1,10 @@
 // The object that scripts know as WScript.
 #pragma once
 
+#include "ControlWindow.h"
 #include "EventSink.h"
 
+#include <memory>
 #include <span>
 #include <string>
 #include <utility>
@@ -37,6 +39,8 @@ private:
     void CreateObject(const Arguments& arguments, VARIANT* result);
     void ConnectObject(const Arguments& arguments);
     void DisconnectObject(const Arguments& arguments);
+    void ShowControl(const Arguments& arguments);               // ShowControl object, title
+    void Press(const Arguments& arguments);                     // Press object, key
     void Argument(const Arguments& arguments, VARIANT* result); // Arguments(i)
 
     Engine& engine;
@@ -47,6 +51,7 @@ private:
         ComPtr<EventSink> sink;
     };
     std::vector<Connection> connections;
+    std::vector<std::unique_ptr<ControlWindow>> windows;
     ULONG references = 1;
 };
 

@@ -11,6 +11,7 @@ Options ParseArguments(const std::vector<std::wstring>& arguments) {
         std::wstring* value = argument == L"--connector" ? &options.connector
                               : argument == L"--user"    ? &options.user
                               : argument == L"--shots"   ? &options.shots
+                              : argument == L"--start"   ? &options.start
                                                          : nullptr;
         if (value) {
             if (i + 1 >= arguments.size()) {
@@ -41,6 +42,9 @@ std::wstring Usage() {
            L"  --connector CONNECTION  fills the connector page with a file or a connection string\n"
            L"  --user USER             the user whose catalogs are listed there\n"
            L"  --shots DIR             takes a picture of each page in its main states and quits\n"
+           L"  --start DIR             goes from the connector to the record of the connection, a picture of each "
+           L"step\n"
+           L"                          (it changes a lesson, and deletes the locks that were left over), and quits\n"
            L"  --registered            uses the registered controls, not the library beside this program\n"
            L"  --help                  this text\n";
 }

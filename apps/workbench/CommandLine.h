@@ -11,6 +11,7 @@ struct Options {
     std::wstring connector; // fills the connector page
     std::wstring user;
     std::wstring shots; // the folder for pictures; empty: an ordinary run
+    std::wstring start; // the same for the steps of an application's start
     bool registered = false;
     bool help = false;
     std::wstring problem; // in words; empty when the arguments make sense

@@ -52,9 +52,11 @@ void ConnectorPage::Build() {
         details.push_back({label, AddOutput(idLabel)});
         SetWindowTextW(details.back().value, noValue);
     }
+    AddButton(idOpen, L"&Open catalog");
     AddButton(idRecord, L"&Record connection");
     AddOutput(idResult);
     EnableWindow(Field(idValidate), validator != nullptr);
+    EnableWindow(Field(idOpen), FALSE);
     for (int id : {idLoad, idRecord, idEnabled}) EnableWindow(Field(id), picker != nullptr);
     ShowHints();
 }
@@ -77,7 +79,7 @@ void ConnectorPage::Arrange(int top, int bottom) {
 
     // From the bottom up, so that the panel gets what is left.
     int below = bottom - style.ButtonHeight();
-    const int next = PlaceButton(idRecord, Left(), below);
+    const int next = PlaceButton(idRecord, PlaceButton(idOpen, Left(), below), below);
     Place(Field(idResult), next, below, Right(), bottom);
     below -= style.Gap();
     const int detailHeight = style.LineHeight() + style.Scale(4);
@@ -98,6 +100,7 @@ void ConnectorPage::Command(int id, int notification) {
     if (id == idBrowse) Browse(idConnection);
     if (id == idValidate) Validate();
     if (id == idLoad) Load();
+    if (id == idOpen) Open();
     if (id == idRecord) Record();
     if (id == idConnection && notification == EN_CHANGE) ShowHints();
     if (id == idEnabled && notification == BN_CLICKED)
@@ -169,6 +172,19 @@ void ConnectorPage::ShowSelection(const std::wstring& description) {
     const std::wstring values[detailCount] = {control.Get(L"Title").Text(), description, catalog, login, rights};
     for (size_t i = 0; i < details.size(); ++i)
         SetWindowTextW(details[i].value, values[i].empty() ? noValue : values[i].c_str());
+    EnableWindow(Field(idOpen), !catalog.empty());
+}
+
+// The other pages work on the catalog from now on.
+void ConnectorPage::Open() {
+    if (!picker || bench.busy) return;
+    const Automation& control = picker->Control();
+    std::wstring source;
+    Run([&] {
+        source = CatalogOn(control.Get(L"ConnectionString").Text(), control.Get(L"DBCatalog").Text(),
+                           control.Get(L"DBUsername").Text(), control.Get(L"DBPassword").Text());
+    });
+    if (!source.empty()) bench.openSource(HidePassword(source), control.Get(L"IsAdmin").Bool());
 }
 
 void ConnectorPage::Record() {
@@ -199,6 +215,13 @@ std::vector<PageState> ConnectorPage::States() {
                           Load();
                       }});
     return states;
+}
+
+std::vector<StartStep> ConnectorPage::Steps() {
+    return {{1, L"connector", L"the connector is checked for the user", [this] { Validate(); }},
+            {2, L"catalog", L"a catalog is picked among those that the user may open", [this] { Load(); }},
+            {3, L"validated", L"the catalog is opened with its own login, and checked", [this] { Open(); }},
+            {11, L"recorded", L"the connector keeps who opened what, when and from where", [this] { Record(); }}};
 }
 
 } // namespace dax::workbench

@@ -14,6 +14,7 @@ public:
     void Refresh() override { Validate(); }
     int DefaultButton() const override { return idValidate; }
     std::vector<PageState> States() override;
+    std::vector<StartStep> Steps() override;
 
 protected:
     std::wstring Heading() const override { return L"Pick a catalog through the connector"; }
@@ -30,6 +31,7 @@ private:
     };
 
     void Load();
+    void Open();
     void Record();
     void ShowHints();
     void ShowSelection(const std::wstring& description);

@@ -25,12 +25,15 @@ public:
     void StyleChanged() override;
     void TakeFocus() override;
     const std::wstring& Problem() const override { return problem; }
+    void SourceChanged() override {}
     void Shown() override {}
     void OpenLesson() override {}
     std::wstring Keys() const override { return L"F5 Validate"; }
     bool HandleKey(const MSG& message) override;
     void KeyReleased() override {}
     bool MayClose() override { return true; }
+    std::vector<StartStep> Steps() override { return {}; }
+    std::wstring Failure() const override { return resultTone == Tone::Bad ? FieldText(idResult) : std::wstring(); }
 
 protected:
     explicit FormPage(Bench& shared) : bench(shared) {}

@@ -3,10 +3,12 @@
 #include "Automation.h"
 #include "ControlHost.h"
 #include "Ids.h"
+#include "Input.h"
 #include "Picture.h"
 
 #include <algorithm>
 #include <commctrl.h>
+#include <map>
 #include <windowsx.h>
 
 namespace dax::workbench {
@@ -22,13 +24,23 @@ HWND AddChild(HWND parent, const wchar_t* className, const wchar_t* text, DWORD 
                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleW(nullptr), nullptr);
 }
 
+void MakeFolder(const std::wstring& folder) {
+    if (!CreateDirectoryW(folder.c_str(), nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
+        throw HostError(E_FAIL, folder + L": " + DescribeResult(HRESULT_FROM_WIN32(GetLastError())));
+}
+
 } // namespace
 
 Frame::Frame(const Options& given, const ControlLibrary& controls)
     : options(given), library(controls),
       style(DpiOf(nullptr)), bench{options, library, style, log,
                                    [this](const std::wstring& text) { ShowStatus(text); }} {
+    options.file = HidePassword(options.file);
+    options.connector = HidePassword(options.connector);
     bench.openLesson = [this] { OpenLesson(); };
+    bench.openSource = [this](const std::wstring& source, bool isAdministrator) {
+        OpenSource(source, isAdministrator);
+    };
     bench.ask = [this](const std::wstring& text, UINT flags) { return Ask(text, flags); };
     for (const PageEntry& entry : PageTable()) pages.push_back({&entry, nullptr});
 }
@@ -151,7 +163,16 @@ void Frame::OpenLesson() {
     }
 }
 
+void Frame::OpenSource(const std::wstring& source, bool isAdministrator) {
+    options.file = source;
+    bench.isAdministrator = isAdministrator;
+    for (const Shown& one : pages)
+        if (one.page) one.page->SourceChanged();
+    Show(0);
+}
+
 int Frame::Ask(const std::wstring& text, UINT flags) const {
+    if (!options.start.empty()) return (flags & MB_TYPEMASK) == MB_ABORTRETRYIGNORE ? IDABORT : IDYES;
     if (options.shots.empty()) return MessageBoxW(Handle(), text.c_str(), L"DAXWorkbench", flags);
     const UINT kind = flags & MB_TYPEMASK;
     return kind == MB_ABORTRETRYIGNORE ? IDABORT : kind == MB_YESNO ? IDNO : kind == MB_OK ? IDOK : IDCANCEL;
@@ -218,11 +239,37 @@ void Frame::DispatchPending() {
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) HandleMessage(message);
 }
 
+int Frame::TakeStart(const std::wstring& folder) {
+    try {
+        MakeFolder(folder);
+        std::map<int, std::pair<size_t, StartStep>> steps;
+        for (size_t i = 0; i < pages.size(); ++i) {
+            if (!Show(i) || !Current()->Problem().empty())
+                throw HostError(E_FAIL, L"A page cannot be shown. " + Current()->Problem());
+            for (const StartStep& step : Current()->Steps()) steps[step.place] = {i, step};
+        }
+        for (const auto& [place, one] : steps) {
+            const auto& [page, step] = one;
+            Show(page);
+            Current()->TakeFocus();
+            step.enter();
+            DispatchPending();
+            const std::wstring name = L"start-" + std::to_wstring(place + 100).substr(1) + L"-" + step.name + L".png";
+            SavePicture(Handle(), folder + L"\\" + name);
+            if (!Current()->Failure().empty()) throw HostError(E_FAIL, step.name + L": " + Current()->Failure());
+            Say(name + L"  " + step.text + L"\n", false);
+        }
+    } catch (const HostError& error) {
+        Say(L"DAXWorkbench: " + error.Text() + L"\n", true);
+        return 1;
+    }
+    return 0;
+}
+
 int Frame::TakePictures(const std::wstring& folder) {
     int code = 0;
     try {
-        if (!CreateDirectoryW(folder.c_str(), nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
-            throw HostError(E_FAIL, folder + L": " + DescribeResult(HRESULT_FROM_WIN32(GetLastError())));
+        MakeFolder(folder);
         for (size_t i = 0; i < pages.size(); ++i) {
             if (!Show(i)) throw HostError(E_FAIL, L"A page's window cannot be created.");
             const std::wstring path = folder + L"\\" + pages[i].entry->fileName + L"-";

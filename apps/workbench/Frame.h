@@ -17,6 +17,8 @@ public:
     // Takes every page through its states and pictures each into that folder. Returns the exit code; what went
     // wrong is said on the standard error.
     int TakePictures(const std::wstring& folder);
+    // Goes through the start of an application and pictures each step; says what each picture shows.
+    int TakeStart(const std::wstring& folder);
 
 private:
     struct Shown {
@@ -30,6 +32,7 @@ private:
     void ChangeStyle(int dpi, const RECT& place);
     bool Show(size_t index);
     void OpenLesson();
+    void OpenSource(const std::wstring& source, bool isAdministrator);
     int Ask(const std::wstring& text, UINT flags) const;
     bool MayClose();
     std::wstring Keys() const;
@@ -47,7 +50,7 @@ private:
     bool OverSplitter(int y) const;
     void MoveSplitter(int y);
 
-    const Options& options;
+    Options options;
     const ControlLibrary& library;
     Style style;
     EventLog log;

@@ -165,6 +165,12 @@ void HierarchyPage::Start() {
     if (!bench.options.file.empty() && bench.options.shots.empty()) Load();
 }
 
+void HierarchyPage::SourceChanged() {
+    const std::wstring former = FieldText(idConnection);
+    SetField(idConnection, bench.options.file);
+    if (!Load()) SetField(idConnection, former);
+}
+
 bool HierarchyPage::MayLose(const std::wstring& question) {
     if (!isChanged || !bench.options.shots.empty()) return true;
     const int answer = bench.ask(question, MB_YESNOCANCEL | MB_ICONQUESTION);
@@ -173,8 +179,9 @@ bool HierarchyPage::MayLose(const std::wstring& question) {
 
 bool HierarchyPage::MayClose() { return MayLose(L"Save the changes of the hierarchy?"); }
 
-void HierarchyPage::Load() {
-    if (!editor || bench.busy || !MayLose(L"Save the changes of the hierarchy before it is loaded again?")) return;
+bool HierarchyPage::Load() {
+    if (!editor || bench.busy || !MayLose(L"Save the changes of the hierarchy before it is loaded again?"))
+        return false;
     Run([this] {
         ShowResult(L"Loading\u2026", Tone::Plain);
         failure.clear();
@@ -192,6 +199,7 @@ void HierarchyPage::Load() {
         else
             ShowResult(L"Not loaded: " + failure, Tone::Bad);
     });
+    return true;
 }
 
 bool HierarchyPage::Save() {
@@ -304,6 +312,10 @@ void HierarchyPage::ShowPanels() {
          {std::pair(lessonInfo.get(), lessonInfoName), std::pair(lockInfo.get(), lockInfoName)}) {
         try {
             panel->Control().Call(L"UpdateFrom", {shown});
+            bench.log.AddCall(name, L"UpdateFrom",
+                              panel == lockInfo.get()
+                                  ? L"done, LockCount " + std::to_wstring(panel->Control().Get(L"LockCount").Long())
+                                  : L"done");
         } catch (const HostError& error) {
             bench.log.AddCall(name, L"UpdateFrom", L"failed: " + error.Text());
         }
@@ -359,6 +371,17 @@ std::vector<PageState> HierarchyPage::States() {
                           SelectEntry(3);
                       }});
     return states;
+}
+
+std::vector<StartStep> HierarchyPage::Steps() {
+    return {{4, L"hierarchy", L"the hierarchy is loaded", [] {}},
+            {5, L"selection", L"a lesson is selected, both panels follow",
+             [this] {
+                 Display(idExpandAll);
+                 SelectEntry(3);
+                 SetFocus(editor->Window());
+             }},
+            {6, L"lesson-map", L"the lesson is opened in the map editor", [this] { Command(idOpen, 0); }}};
 }
 
 } // namespace dax::workbench

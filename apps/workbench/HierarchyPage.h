@@ -11,11 +11,13 @@ public:
     ~HierarchyPage() override;
 
     void Start() override;
+    void SourceChanged() override;
     void Refresh() override { Load(); }
     std::wstring Keys() const override { return L"F5 Load    F2 Rename    Alt+Arrows Move    Del Remove"; }
     int DefaultButton() const override;
     bool MayClose() override;
     std::vector<PageState> States() override;
+    std::vector<StartStep> Steps() override;
 
 protected:
     std::wstring Heading() const override { return L"Edit a hierarchy of groups and lessons"; }
@@ -27,7 +29,7 @@ protected:
 
 private:
     void Heard(const ControlEvent& event);
-    void Load();
+    bool Load(); // false when the user keeps what is not saved
     bool Save();
     bool MayLose(const std::wstring& question);
     void Add(bool isGroup);

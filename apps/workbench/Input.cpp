@@ -1,6 +1,9 @@
 #include "Input.h"
 
+#include "data/CatalogConnection.h"
+
 #include <algorithm>
+#include <map>
 #include <windows.h>
 
 namespace dax::workbench {
@@ -49,6 +52,14 @@ std::wstring TakeValue(const std::wstring& text, size_t& position) {
     return value;
 }
 
+// The whole connection strings behind those with dots.
+std::map<std::wstring, std::wstring>& Hidden() {
+    static std::map<std::wstring, std::wstring> hidden;
+    return hidden;
+}
+
+Text ToCore(const std::wstring& text) { return {text.begin(), text.end()}; }
+
 } // namespace
 
 std::wstring Trim(const std::wstring& text) {
@@ -63,11 +74,37 @@ bool IsFile(const std::wstring& text) {
 }
 
 std::wstring ConnectionFor(const std::wstring& text) {
-    if (!IsFile(text)) return text;
+    if (!IsFile(text)) {
+        const auto hidden = Hidden().find(text);
+        return hidden == Hidden().end() ? text : hidden->second;
+    }
     const std::wstring path = AbsolutePath(text);
     if (HasExtension(path, L".mdb") || HasExtension(path, L".accdb"))
         return L"Provider=Microsoft.ACE.OLEDB.12.0;Data Source=\"" + path + L"\"";
     return path;
+}
+
+std::wstring HidePassword(const std::wstring& connection) {
+    if (connection.empty() || IsFile(connection)) return connection;
+    std::wstring shown;
+    for (size_t position = 0; position < connection.size();) {
+        const size_t start = position, equals = connection.find(L'=', position);
+        if (equals == std::wstring::npos) break;
+        const std::wstring key = Trim(connection.substr(position, equals - position));
+        position = equals + 1;
+        const bool isSecret =
+            !TakeValue(connection, position).empty() && (SameKey(key, L"pwd") || SameKey(key, L"password"));
+        shown += isSecret ? connection.substr(start, equals + 1 - start) + L"\u2022\u2022\u2022\u2022;"
+                          : connection.substr(start, position - start);
+    }
+    if (shown != connection) Hidden()[shown] = connection;
+    return shown;
+}
+
+std::wstring CatalogOn(const std::wstring& connector, const std::wstring& catalog, const std::wstring& login,
+                       const std::wstring& password) {
+    const Text made = CatalogConnection(ToCore(connector), ToCore(catalog), ToCore(login), ToCore(password));
+    return {made.begin(), made.end()};
 }
 
 std::wstring ValueOf(const std::wstring& connection, const wchar_t* keys) {

@@ -14,6 +14,13 @@ bool IsFile(const std::wstring& text);
 // other path is a connection string as it stands. A connection string stays as it is.
 std::wstring ConnectionFor(const std::wstring& text);
 
+// The same with dots for the password, for fields that others see. ConnectionFor takes it as it takes the whole.
+std::wstring HidePassword(const std::wstring& connection);
+
+// What opens a catalog that a connector lists; see data/CatalogConnection.h.
+std::wstring CatalogOn(const std::wstring& connector, const std::wstring& catalog, const std::wstring& login,
+                       const std::wstring& password);
+
 // The value of the first of these keys (separated by bars, letter case ignored) that a connection string has.
 std::wstring ValueOf(const std::wstring& connection, const wchar_t* keys);
 

@@ -427,4 +427,16 @@ std::vector<PageState> LessonMapPage::States() {
     return states;
 }
 
+std::vector<StartStep> LessonMapPage::Steps() {
+    return {{7, L"edited", L"a page has a new title and stands elsewhere",
+             [this] {
+                 Display(idExpandAll);
+                 SelectPage(2);
+                 SetField(idTitle, L"A page of today");
+                 Update();
+                 Move(idDown);
+             }},
+            {8, L"saved", L"the lesson is saved", [this] { Save(); }}};
+}
+
 } // namespace dax::workbench

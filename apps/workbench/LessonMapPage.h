@@ -17,6 +17,7 @@ public:
     int DefaultButton() const override;
     bool MayClose() override;
     std::vector<PageState> States() override;
+    std::vector<StartStep> Steps() override;
 
 protected:
     std::wstring Heading() const override { return L"Edit the maps of a lesson"; }

@@ -103,8 +103,14 @@ void LocksPage::Start() {
     const std::wstring& source = bench.selection.source;
     SetField(idConnection, source.empty() ? bench.options.file : source);
     SetField(idUser, bench.options.user);
-    SetChecked(idAdministrator, bench.options.user.empty());
+    SetChecked(idAdministrator, bench.options.user.empty() || bench.isAdministrator);
     if (!FieldText(idConnection).empty() && bench.options.shots.empty()) List(true);
+}
+
+void LocksPage::SourceChanged() {
+    SetField(idConnection, bench.options.file);
+    SetChecked(idAdministrator, bench.isAdministrator);
+    List(true);
 }
 
 void LocksPage::Shown() {
@@ -222,6 +228,17 @@ std::vector<PageState> LocksPage::States() {
                           List(false);
                       }});
     return states;
+}
+
+std::vector<StartStep> LocksPage::Steps() {
+    return {{9, L"locks", L"the locks that no running program can hold any more",
+             [this] {
+                 SetChoice(idDisplay, 4);
+                 List(false);
+                 SelectRows(static_cast<int>(Manager().Get(L"LockCount").Long()));
+                 ShowCounts();
+             }},
+            {10, L"cleared", L"they are deleted", [this] { Delete(); }}};
 }
 
 } // namespace dax::workbench

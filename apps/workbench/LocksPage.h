@@ -11,12 +11,14 @@ public:
     ~LocksPage() override;
 
     void Start() override;
+    void SourceChanged() override;
     void Shown() override;
     void Refresh() override { List(false); }
     std::wstring Keys() const override { return L"F5 Refresh    Del Delete"; }
     int DefaultButton() const override { return HasFocus(idLocks) ? 0 : idLoad; }
     void KeyReleased() override;
     std::vector<PageState> States() override;
+    std::vector<StartStep> Steps() override;
 
 protected:
     std::wstring Heading() const override { return L"See who holds which locks, and clear them"; }

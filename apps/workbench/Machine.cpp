@@ -46,7 +46,7 @@ Machine ThisMachine() {
     wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = L"";
     DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
     GetComputerNameW(name, &length);
-    return {name, FirstAddress(), SystemVersion(), L"3.3"};
+    return {name, FirstAddress(), SystemVersion(), DAX_VERSION};
 }
 
 } // namespace dax::workbench

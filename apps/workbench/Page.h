@@ -35,6 +35,10 @@ struct Bench {
     Selection selection = {};
     // Shows the lesson map of the selected lesson.
     std::function<void()> openLesson = [] {};
+    // Opens another database on every page and shows how it is validated; `source` as in the fields, `isAdministrator`
+    // as the connector has it.
+    std::function<void(const std::wstring& source, bool isAdministrator)> openSource = {};
+    bool isAdministrator = false; // of what was opened in this way
     // A question in a message box with these flags; the number of the answer. Nobody is asked while pictures are
     // taken: the answer is then the box's way out.
     std::function<int(const std::wstring& text, UINT flags)> ask = {};
@@ -43,6 +47,14 @@ struct Bench {
 // A state worth a picture.
 struct PageState {
     std::wstring name; // ends up in the picture's file name
+    std::function<void()> enter;
+};
+
+// A step of an application's start, at its place among all of them.
+struct StartStep {
+    int place;
+    std::wstring name; // ends up in the picture's file name
+    std::wstring text; // what the picture shows
     std::function<void()> enter;
 };
 
@@ -56,6 +68,8 @@ public:
     virtual void StyleChanged() = 0;
     // Fills the fields from the command line and does what it asks for; once, after Create.
     virtual void Start() = 0;
+    // Another database was opened, which the options name.
+    virtual void SourceChanged() = 0;
     // Each time that the page comes to the front.
     virtual void Shown() = 0;
     // Shows the lesson that is selected; a page that shows no lessons does nothing.
@@ -74,6 +88,9 @@ public:
     virtual int DefaultButton() const = 0;
     virtual void TakeFocus() = 0;
     virtual std::vector<PageState> States() = 0;
+    virtual std::vector<StartStep> Steps() = 0;
+    // What the page says of the last thing that it did when that has failed; empty when it went well.
+    virtual std::wstring Failure() const = 0;
     // Why a control could not be created; empty when all could.
     virtual const std::wstring& Problem() const = 0;
 };

@@ -3,6 +3,7 @@
 #include "../../apps/workbench/Com.h"
 #include "../../apps/workbench/Ids.h"
 
+#include <commctrl.h>
 #include <initguid.h>
 #include <wincodec.h>
 
@@ -150,6 +151,35 @@ HWND Workbench::Inside(HWND parent, const wchar_t* className) {
         return search.found != nullptr;
     });
     return search.found;
+}
+
+std::wstring Workbench::LastLogged(const std::wstring& control) {
+    constexpr int length = 1024, columns[] = {2, 3, 4}; // control, member, arguments
+    struct Place {
+        LVITEMW item;
+        wchar_t text[length];
+    };
+    const HWND log = GetDlgItem(Frame(), idEvents);
+    auto* place = static_cast<Place*>(
+        VirtualAllocEx(process.hProcess, nullptr, sizeof(Place), MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
+    std::wstring line;
+    for (auto row = SendMessageW(log, LVM_GETITEMCOUNT, 0, 0) - 1; row >= 0; --row) {
+        line.clear();
+        for (const int column : columns) {
+            Place wanted{};
+            wanted.item.iSubItem = column;
+            wanted.item.pszText = place->text;
+            wanted.item.cchTextMax = length;
+            WriteProcessMemory(process.hProcess, place, &wanted, sizeof wanted, nullptr);
+            SendMessageW(log, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(place));
+            ReadProcessMemory(process.hProcess, place, &wanted, sizeof wanted, nullptr);
+            line += (line.empty() ? L"" : L" ") + std::wstring(wanted.text);
+        }
+        if (line.starts_with(control)) break;
+        line.clear();
+    }
+    VirtualFreeEx(process.hProcess, place, 0, MEM_RELEASE);
+    return line;
 }
 
 void Workbench::Press(HWND window, WPARAM key, bool withAlt) {

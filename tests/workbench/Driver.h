@@ -34,6 +34,8 @@ public:
     std::wstring FieldText(int page, int id);
     // The first window of that class anywhere below, as inside a control; waits until there is one.
     HWND Inside(HWND parent, const wchar_t* className);
+    // What the last line of the event log says, its columns with blanks between; with `control`, of that control's.
+    std::wstring LastLogged(const std::wstring& control = {});
     // A key as the keyboard gives it to the window that has the focus.
     void Press(HWND window, WPARAM key, bool withAlt = false);
     // Clicks of the left button at a point of the window.

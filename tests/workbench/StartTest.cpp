@@ -1,0 +1,93 @@
+// The whole start of an application through the real program, by mouse and keys, on the servers.
+#include "../../apps/workbench/Ids.h"
+#include "Driver.h"
+#include "cli/TypicalStart.h"
+
+#include <commctrl.h>
+#include <gtest/gtest.h>
+
+namespace dax::test {
+
+using namespace workbench;
+
+namespace {
+
+enum Pages { validatorPage, connectorPage, hierarchyPage, mapPage, locksPage };
+
+class StartTest : public ::testing::TestWithParam<Engine> {};
+
+TEST_P(StartTest, FromTheConnectorToTheRecord) {
+    DAX_NEEDS_ENGINE(GetParam());
+    const TypicalStart start(GetParam());
+    Workbench program({L"--connector", Wide(start.Connector()), L"--user", L"anna"});
+    const auto shows = [&](int page, int field, const std::wstring& text) {
+        return program.Until([&] { return program.FieldText(page, field).starts_with(text); });
+    };
+    const auto click = [&](int page, int button) { program.Click(program.Field(page, button), 5, 5); };
+    ASSERT_TRUE(program.Show(connectorPage)) << program.Said();
+    EXPECT_FALSE(IsWindowEnabled(program.Field(connectorPage, idOpen)));
+    click(connectorPage, idValidate);
+    EXPECT_TRUE(shows(connectorPage, idResult, L"Valid."));
+    click(connectorPage, idLoad);
+    EXPECT_TRUE(shows(connectorPage, idResult, L"Catalogs loaded."));
+    click(connectorPage, idOpen);
+    ASSERT_TRUE(shows(validatorPage, idResult, L"Valid.")) << program.Said();
+    EXPECT_TRUE(program.Until([&] { return IsWindowVisible(program.Field(validatorPage, idResult)); }));
+    EXPECT_EQ(program.FieldText(validatorPage, idConnection).find(L"p;w"), std::wstring::npos) << "the password";
+
+    ASSERT_TRUE(program.Show(hierarchyPage));
+    ASSERT_TRUE(shows(hierarchyPage, idResult, L"6 entries loaded."));
+    if (GetParam() == Engine::MariaDB) return; // from here on all engines are alike
+    const HWND tree = program.Inside(program.Field(hierarchyPage, idTree), WC_TREEVIEWW);
+    const int row = static_cast<int>(SendMessageW(tree, TVM_GETITEMHEIGHT, 0, 0));
+    const auto panels = [&](const std::wstring& locks) {
+        return program.Until([&] { return program.LastLogged(L"LockInfo") == L"LockInfo UpdateFrom " + locks; }) &&
+               program.LastLogged(L"LessonInfo") == L"LessonInfo UpdateFrom done";
+    };
+    program.Click(tree, 60, row + row / 2);
+    ASSERT_TRUE(shows(hierarchyPage, idTitle, L"Grundlagen"));
+    EXPECT_TRUE(panels(L"done, LockCount 1"));
+    program.Press(tree, VK_RIGHT);
+    program.Press(tree, VK_DOWN);
+    ASSERT_TRUE(shows(hierarchyPage, idTitle, L"O'Neil's"));
+    EXPECT_TRUE(panels(L"done, LockCount 0")) << "a connection test is no lock";
+
+    program.Click(tree, 90, 2 * row + row / 2, 2);
+    ASSERT_TRUE(shows(mapPage, idCounts, L"3 pages in 1 map")) << program.Said();
+    ASSERT_TRUE(program.Fill(mapPage, idSearch, L"INTRO"));
+    program.Press(program.Field(mapPage, idSearch), VK_RETURN);
+    ASSERT_TRUE(shows(mapPage, idTitle, L"Welcome"));
+    program.Press(program.Inside(program.Field(mapPage, idMap), WC_TREEVIEWW), VK_DOWN, true);
+    program.Command(mapPage, idSave);
+    EXPECT_TRUE(shows(mapPage, idResult, L"Saved."));
+
+    ASSERT_TRUE(program.Show(locksPage));
+    ASSERT_TRUE(shows(locksPage, idResult, L"3 locks listed."));
+
+    program.Press(program.Field(locksPage, idDisplay), VK_END);
+    ASSERT_TRUE(shows(locksPage, idResult, L"2 locks listed."));
+    const HWND list = program.Inside(program.Field(locksPage, idLocks), WC_LISTVIEWW);
+    RECT header;
+    GetClientRect(program.Inside(list, WC_HEADERW), &header);
+    for (const wchar_t* left : {L"1 lock: 0 valid", L"0 locks:"}) {
+        program.Click(list, 20, header.bottom + 8);
+        ASSERT_TRUE(program.Until(
+            [&] { return program.FieldText(locksPage, idCounts).find(L"Selected: 1 (") != std::wstring::npos; }));
+        program.Press(list, VK_DELETE);
+        EXPECT_TRUE(program.Answer(IDYES));
+        EXPECT_TRUE(shows(locksPage, idCounts, left));
+    }
+
+    ASSERT_TRUE(program.Show(connectorPage));
+    click(connectorPage, idRecord);
+    EXPECT_TRUE(shows(connectorPage, idResult, L"Connection recorded for anna"));
+    PostMessageW(program.Frame(), WM_CLOSE, 0, 0);
+    EXPECT_EQ(program.ExitCode(), 0) << program.Said();
+    start.ExpectDone({});
+}
+
+INSTANTIATE_TEST_SUITE_P(Servers, StartTest, ::testing::Values(Engine::PostgreSQL, Engine::MariaDB), EngineName);
+
+} // namespace
+
+} // namespace dax::test
