@@ -1,12 +1,19 @@
 // Saves that fail for real, at every statement and at the commit: nothing is saved, nothing pending is lost.
 
 #include "hierarchy/EditorFixture.h"
+#include "support/OwnServer.h"
 
 #include <chrono>
 
 #ifndef _WIN32
 #include <csignal>
+#include <cstdlib>
+#include <random>
 #include <sys/resource.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 #endif
 
 namespace dax {
@@ -29,15 +36,19 @@ protected:
         editor->AddLesson(u"n2", u"", u"", ltLesson);
         for (const Text& id : editor->GetChildLessonIDCollection(u""))
             editor->UpdateLesson(id, u"changed", u"", editor->GetLessonType(id));
-        before = test::ReadRows(database->ConnectionString());
+        before = Rows();
         Take();
     }
-    void ExpectNotSaved(const Text& why) {
-        EXPECT_FALSE(editor->SaveDatabase()) << ToUtf8(why);
+    std::map<Text, Text> Rows() const { return test::ReadRows(database->ConnectionString()); }
+    void ExpectToldOfNotSaved(bool isSaved, const Text& why) {
+        EXPECT_FALSE(isSaved) << ToUtf8(why);
         EXPECT_EQ(Take(), u"ESaveDatabase ") << ToUtf8(why);
         EXPECT_NE(errorNumber, 0);
         EXPECT_FALSE(error.empty());
-        ASSERT_EQ(test::ReadRows(database->ConnectionString()), before) << ToUtf8(why);
+    }
+    void ExpectNotSaved(const Text& why) {
+        ExpectToldOfNotSaved(editor->SaveDatabase(), why);
+        ASSERT_EQ(Rows(), before) << ToUtf8(why);
     }
     // A server may take a moment until it has given up what a dead session held.
     void ExpectSavedAtLast() {
@@ -45,12 +56,12 @@ protected:
         bool isSaved = editor->SaveDatabase();
         while (!isSaved && std::chrono::steady_clock::now() < end) isSaved = editor->SaveDatabase();
         ASSERT_TRUE(isSaved) << ToUtf8(error);
-        const auto after = test::ReadRows(database->ConnectionString());
+        const auto after = Rows();
         EXPECT_EQ(after.size(), before.size() + 1);
         EXPECT_FALSE(after.contains(u"h"));
         for (const auto& [id, row] : after) EXPECT_TRUE(row.starts_with(u"changed|")) << ToUtf8(id);
         ASSERT_TRUE(editor->SaveDatabase()) << "nothing is pending: no row is inserted twice";
-        EXPECT_EQ(test::ReadRows(database->ConnectionString()), after);
+        EXPECT_EQ(Rows(), after);
     }
     std::map<Text, Text> before;
 };
@@ -77,6 +88,29 @@ TEST_P(HierarchyFault, TheEngineRefusesOneStatement) {
         ASSERT_NO_FATAL_FAILURE(ExpectNotSaved(u"the insert of " + id));
         database->Run({allow});
     }
+    if (GetParam() == Engine::PostgreSQL) {
+        database->Run({u"CREATE TABLE needs (lessonID varchar(50) REFERENCES velmoraLessons (lessonID))",
+                       u"INSERT INTO needs VALUES ('h')"});
+    } else {
+        database->Run({isFile ? refuse(u"DELETE", u"OLD.lessonID = 'h'")
+                              : Text(u"CREATE TRIGGER fault BEFORE DELETE ON velmoraLessons FOR EACH ROW SIGNAL "
+                                     u"SQLSTATE '45000'")});
+    }
+    ASSERT_NO_FATAL_FAILURE(ExpectNotSaved(u"the delete of h"));
+    database->Run({GetParam() == Engine::PostgreSQL ? u"DROP TABLE needs" : u"DROP TRIGGER fault"});
+    ExpectSavedAtLast();
+}
+
+TEST_P(HierarchyFault, SomebodyElseWrites) {
+    ASSERT_NO_FATAL_FAILURE(Edit(0));
+    Connection other;
+    other.Open(database->ConnectionString());
+    other.BeginTrans();
+    other.Execute(u"UPDATE velmoraLessons SET lessonTitle = 'theirs' WHERE lessonID = 'a'");
+    ExpectToldOfNotSaved(editor->SaveDatabase(), u"a lock");
+    EXPECT_EQ(errorNumber, ErrorNumbers::Timeout) << ToUtf8(error);
+    other.RollbackTrans();
+    EXPECT_EQ(Rows(), before);
     ExpectSavedAtLast();
 }
 
@@ -106,9 +140,8 @@ TEST_P(HierarchyFault, TheSessionIsEnded) {
         });
         const bool isSaved = editor->SaveDatabase();
         SetStatementObserver({});
-        EXPECT_FALSE(isSaved);
-        EXPECT_EQ(Take(), u"ESaveDatabase ");
-        ASSERT_EQ(test::ReadRows(database->ConnectionString()), before) << fatal;
+        ExpectToldOfNotSaved(isSaved, u"the session ended");
+        ASSERT_EQ(Rows(), before) << fatal;
     }
     ExpectSavedAtLast();
 }
@@ -155,12 +188,153 @@ TEST_P(HierarchyFault, TheDiskIsFull) {
         wasSaved.push_back(editor->SaveDatabase());
         ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &usual), 0);
         EXPECT_EQ(Take(), u"ESaveDatabase ") << size;
-        EXPECT_EQ(test::ReadRows(database->ConnectionString()), before) << size;
+        EXPECT_EQ(Rows(), before) << size;
     }
     std::signal(SIGXFSZ, handler);
     EXPECT_EQ(wasSaved, (std::vector<bool>{false, false}));
     for (const Text& id : editor->GetChildLessonIDCollection(u""))
         editor->UpdateLesson(id, u"changed", u"", editor->GetLessonType(id));
+    ExpectSavedAtLast();
+}
+
+// A child process saves and dies by a signal that it cannot answer: just before a statement is sent, or whenever the
+// time has come, also in the midst of a statement or of the commit.
+TEST_P(HierarchyFault, TheProcessIsKilledAtManyPoints) {
+    test::CreateTables(*database);
+    std::vector<Text> statements{test::RowStatement(u"new0", u"0", u"", 1, 0, 1)};
+    for (int i = 0; i < 120; ++i) statements.push_back(test::RowStatement(u"k" + ToText(i), u"0", u"", 1, i, 1));
+    database->Run(statements);
+    editor->SetConnectionString(database->ConnectionString());
+    // On the way from one of two states to the other all titles change, one row goes and one comes.
+    const auto edit = [&](int current) {
+        ASSERT_TRUE(editor->LoadDatabase());
+        editor->RemoveLesson(u"new" + ToText(current), true);
+        editor->SetCurrentLessonID(u""); // the new one comes first
+        editor->AddLesson(u"new" + ToText(1 - current), u"", u"", ltLesson);
+        for (const Text& id : editor->GetChildLessonIDCollection(u""))
+            editor->UpdateLesson(id, ToText(1 - current), u"", ltLesson);
+    };
+    // What a dead session had begun may still be going on in the server, which is asked on one connection for all.
+    Connection watcher;
+    Text sessions;
+    if (GetParam() != Engine::SQLite) {
+        watcher.Open(database->ConnectionString());
+        sessions = GetParam() == Engine::PostgreSQL
+                       ? u"SELECT Count(*) FROM pg_stat_activity WHERE datname = current_database() AND "
+                         u"pid <> pg_backend_pid()"
+                       : u"SELECT Count(*) FROM information_schema.processlist WHERE db = database() AND "
+                         u"id <> connection_id()";
+    }
+    const auto isSettled = [&] {
+        if (sessions.empty()) return true;
+        Recordset answer;
+        answer.Open(sessions, watcher);
+        return answer.FieldText(0) == u"0";
+    };
+    std::map<Text, Text> states[2];
+    size_t sent = 0;
+    long took = 0; // microseconds
+    for (const int current : {0, 1, 0}) {
+        ASSERT_NO_FATAL_FAILURE(edit(current));
+        sent = 0;
+        SetStatementObserver([&](TextView) { ++sent; });
+        const auto begin = std::chrono::steady_clock::now();
+        ASSERT_TRUE(editor->SaveDatabase());
+        SetStatementObserver({});
+        took = static_cast<long>((std::chrono::steady_clock::now() - begin) / std::chrono::microseconds(1));
+        states[1 - current] = Rows();
+    }
+    ASSERT_NE(states[0], states[1]);
+    const size_t total = sent;
+    // Many more by hand.
+    const char* const wanted = std::getenv("DAX_KILLS");
+    const int kills = wanted ? std::atoi(wanted) : 60;
+    std::mt19937 random(3);
+    int current = 1;
+    ASSERT_NO_FATAL_FAILURE(edit(current));
+    for (int kill = 0; kill < (kills); ++kill) {
+        const bool isBeforeStatement = kill % 2 == 0;
+        const size_t fatal = 1 + random() % total;
+        const itimerval timer{{0, 0}, {0, 1 + static_cast<long>(random()) % std::clamp(took, 1000L, 900'000L)}};
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            SetStatementObserver([&](TextView) {
+                if (isBeforeStatement && --sent == total - fatal) raise(SIGKILL);
+            });
+            if (!isBeforeStatement) setitimer(ITIMER_REAL, &timer, nullptr);
+            editor->SaveDatabase();
+            _exit(7); // not killed, or not yet
+        }
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (!isSettled() && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+        const std::map<Text, Text> rows = Rows();
+        if (isBeforeStatement) {
+            ASSERT_TRUE(WIFSIGNALED(status)) << "statement " << fatal << " of " << total;
+            ASSERT_EQ(rows, states[current]) << "statement " << fatal << " of " << total;
+        } else {
+            ASSERT_TRUE(rows == states[0] || rows == states[1]) << "neither before nor after: kill " << kill;
+            if (rows == states[current]) continue;
+            current = 1 - current; // the save had been done before the time came
+            ASSERT_NO_FATAL_FAILURE(edit(current));
+        }
+    }
+    ASSERT_TRUE(editor->SaveDatabase());
+    EXPECT_EQ(Rows(), states[1 - current]);
+}
+
+// Everything that the editor talks to is gone at once, and comes back.
+class HierarchyOnAServerThatStops : public HierarchyFault {
+protected:
+    void SetUp() override {
+        if (const std::string why = test::OwnServer::WhyNot(); !why.empty()) GTEST_SKIP() << why;
+        server = std::make_unique<test::OwnServer>();
+        database = std::make_unique<test::TestDatabase>(GetParam(), server->ConnectionString());
+    }
+    void TearDown() override {
+        HierarchyFault::TearDown();
+        database.reset();
+        server.reset();
+    }
+    std::unique_ptr<test::OwnServer> server;
+};
+INSTANTIATE_TEST_SUITE_P(Engines, HierarchyOnAServerThatStops, ::testing::Values(Engine::PostgreSQL), test::EngineName);
+
+TEST_P(HierarchyOnAServerThatStops, InTheMidstOfASave) {
+    ASSERT_NO_FATAL_FAILURE(Edit(200));
+    for (const int fatal : {1, 150}) { // before the first statement, and when a batch is done already
+        int sent = 0;
+        SetStatementObserver([&](TextView) {
+            if (++sent == fatal) server->Stop();
+        });
+        const bool isSaved = editor->SaveDatabase();
+        SetStatementObserver({});
+        ExpectToldOfNotSaved(isSaved, u"the server stopped at statement " + ToText(fatal));
+        ExpectToldOfNotSaved(editor->SaveDatabase(), u"the server is not there");
+        server->Start();
+        ASSERT_EQ(Rows(), before) << fatal;
+    }
+    // The commit has begun and waits for what this trigger does.
+    database->Run({u"CREATE FUNCTION dawdle() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN PERFORM pg_sleep(600); "
+                   u"RETURN NULL; END'",
+                   u"CREATE CONSTRAINT TRIGGER dawdle AFTER DELETE ON velmoraLessons DEFERRABLE INITIALLY DEFERRED "
+                   u"FOR EACH ROW EXECUTE FUNCTION dawdle()"});
+    std::thread stopper([&] {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        while (database->Ask(u"SELECT Count(*) FROM pg_stat_activity WHERE wait_event = 'PgSleep' AND query LIKE "
+                             u"'COMMIT%'") != u"1" &&
+               std::chrono::steady_clock::now() < end) {
+        }
+        server->Stop();
+    });
+    const bool isSaved = editor->SaveDatabase();
+    stopper.join();
+    ExpectToldOfNotSaved(isSaved, u"the server stopped in the commit");
+    server->Start();
+    ASSERT_EQ(Rows(), before);
+    database->Run({u"DROP FUNCTION dawdle CASCADE"});
     ExpectSavedAtLast();
 }
 #endif

@@ -1,16 +1,6 @@
-// Big hierarchies, and saves that are killed in the middle.
+// Big hierarchies.
 
 #include "hierarchy/EditorFixture.h"
-
-#include <cstdlib>
-
-#ifndef _WIN32
-#include <chrono>
-#include <csignal>
-#include <random>
-#include <sys/wait.h>
-#include <unistd.h>
-#endif
 
 namespace dax {
 namespace {
@@ -73,88 +63,6 @@ TEST(HierarchySize, ThreeShapes) {
         EXPECT_FALSE(editor.Clear());
     }
 }
-
-#ifndef _WIN32
-class KilledSave : public test::EngineTest {};
-INSTANTIATE_TEST_SUITE_P(Engines, KilledSave, ::testing::ValuesIn(test::AllEngines()), test::EngineName);
-
-void RenameAll(GroupEditor& editor, const Text& title) {
-    for (const Text& id : editor.GetChildLessonIDCollection(u"")) editor.UpdateLesson(id, title, u"", ltLesson);
-}
-
-// A child process saves and dies by a signal that it cannot answer, just before a statement is sent.
-// DAX_KILLS sets how often.
-TEST_P(KilledSave, LeavesTheRowsFromBefore) {
-    test::CreateTables(*database);
-    std::vector<Text> statements;
-    for (int i = 0; i < 150; ++i) statements.push_back(test::RowStatement(u"k" + ToText(i), u"", u"", 1, i, 1));
-    database->Run(statements);
-    size_t sent = 0, fatal = 0;
-    const auto save = [&](const Text& title) {
-        const auto editor = GroupEditor::Create();
-        editor->SetConnectionString(database->ConnectionString());
-        if (!editor->LoadDatabase()) return false;
-        RenameAll(*editor, title);
-        editor->RemoveLesson(u"k7", true);
-        editor->AddLesson(u"new", title, u"", ltGroup);
-        sent = 0;
-        SetStatementObserver([&](TextView) {
-            if (++sent == fatal) raise(SIGKILL);
-        });
-        const bool isSaved = editor->SaveDatabase();
-        SetStatementObserver({});
-        return isSaved;
-    };
-    // The server may not have noticed yet that the one before is dead, and keep its locks for a while.
-    const auto saveAtLast = [&](const Text& title) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        bool isSaved = save(title);
-        while (!isSaved && std::chrono::steady_clock::now() < end) isSaved = save(title);
-        return isSaved;
-    };
-    const auto before = test::ReadRows(database->ConnectionString());
-    const char* const wanted = std::getenv("DAX_KILLS");
-    const int kills = wanted ? std::atoi(wanted) : 4;
-    std::mt19937 random(3);
-    size_t total = 2; // of the statements of a save: not known before one has been done
-    for (int kill = 0; kill <= kills; ++kill) {
-        fatal = kill == 0 ? SIZE_MAX : 1 + random() % total;
-        int pipes[2];
-        ASSERT_EQ(pipe(pipes), 0);
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            if (kill == 0) { // counts only
-                save(u"counted");
-                const ssize_t written = write(pipes[1], &sent, sizeof sent);
-                _exit(written == sizeof sent ? 0 : 1);
-            }
-            saveAtLast(u"killed");
-            _exit(7); // the statement did not come
-        }
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
-        if (kill == 0) {
-            ASSERT_EQ(read(pipes[0], &total, sizeof total), static_cast<ssize_t>(sizeof total));
-            ASSERT_GE(total, 2u);
-            // Back to the rows from before, by hand.
-            database->Run({u"DELETE FROM velmoraLessons"});
-            database->Run(statements);
-        } else {
-            EXPECT_TRUE(WIFSIGNALED(status)) << "statement " << fatal << " of " << total;
-        }
-        close(pipes[0]);
-        close(pipes[1]);
-        auto rows = test::ReadRows(database->ConnectionString());
-        ASSERT_EQ(rows, before) << "killed before statement " << fatal << " of " << total;
-    }
-    fatal = SIZE_MAX;
-    ASSERT_TRUE(saveAtLast(u"done"));
-    const auto after = test::ReadRows(database->ConnectionString());
-    EXPECT_EQ(after.size(), 150u);
-    for (const auto& [id, row] : after) EXPECT_TRUE(row.starts_with(u"done|")) << ToUtf8(id);
-}
-#endif
 
 } // namespace
 } // namespace dax

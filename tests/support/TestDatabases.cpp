@@ -90,13 +90,16 @@ std::string WhyNot(Engine engine) {
     return std::string(variable) + " does not tell where the server is";
 }
 
-TestDatabase::TestDatabase(Engine kind) : engine(kind) {
+TestDatabase::TestDatabase(Engine kind)
+    : TestDatabase(kind, kind == Engine::SQLite ? Text() : FromUtf8(std::getenv(VariableOf(kind)))) {}
+
+TestDatabase::TestDatabase(Engine kind, const Text& administratorsString)
+    : engine(kind), adminString(administratorsString) {
     if (engine == Engine::SQLite) {
         name = folder.Write(u"test.db", "");
         connectionString = name;
         return;
     }
-    adminString = FromUtf8(std::getenv(VariableOf(engine)));
     name = FromUtf8(UniqueName());
     Connection admin;
     admin.Open(adminString);

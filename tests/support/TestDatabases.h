@@ -38,6 +38,8 @@ std::string WhyNot(Engine engine);
 class TestDatabase {
 public:
     explicit TestDatabase(Engine engine);
+    // On another server than the tests' usual one.
+    TestDatabase(Engine engine, const Text& administratorsString);
     ~TestDatabase();
     TestDatabase(const TestDatabase&) = delete;
     TestDatabase& operator=(const TestDatabase&) = delete;

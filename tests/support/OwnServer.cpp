@@ -1,0 +1,64 @@
+#include "support/OwnServer.h"
+
+#ifndef _WIN32
+
+#include <cstdlib>
+#include <stdexcept>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace dax::test {
+
+std::string OwnServer::WhyNot() {
+    return std::getenv("DAX_TEST_ROOT") ? "" : "DAX_TEST_ROOT does not tell where tools/servers is";
+}
+
+OwnServer::OwnServer() {
+    const std::string tool = std::getenv("DAX_TEST_ROOT") + std::string("/tools/servers");
+    const std::string place = folder.Path().string();
+    // The tool's input ends when we do, whatever the reason; then it stops the server.
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) throw std::runtime_error("no socket pair");
+    child = fork();
+    if (child == 0) {
+        setsid(); // what ends the test's whole group must not end the tool before it has stopped the server
+        dup2(ends[1], STDIN_FILENO);
+        dup2(ends[1], STDOUT_FILENO);
+        execl(tool.c_str(), tool.c_str(), "own", place.c_str(), nullptr);
+        _exit(127);
+    }
+    close(ends[1]);
+    channel = ends[0];
+    answers = fdopen(channel, "r");
+    const std::string line = ReadLine();
+    const size_t begin = line.find('\'') + 1;
+    connectionString = FromUtf8(line.substr(begin, line.rfind('\'') - begin));
+}
+
+OwnServer::~OwnServer() {
+    shutdown(channel, SHUT_WR);
+    while (std::fgetc(answers) != EOF) {
+    }
+    std::fclose(answers);
+    waitpid(child, nullptr, 0);
+}
+
+std::string OwnServer::ReadLine() {
+    std::string line;
+    for (int letter = std::fgetc(answers); letter != '\n'; letter = std::fgetc(answers)) {
+        if (letter == EOF) throw std::runtime_error("the server ended: " + line);
+        line += static_cast<char>(letter);
+    }
+    return line;
+}
+
+void OwnServer::Order(const std::string& order) {
+    if (send(channel, order.data(), order.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(order.size()) ||
+        ReadLine() != "done")
+        throw std::runtime_error("the server does not obey: " + order);
+}
+
+} // namespace dax::test
+
+#endif
