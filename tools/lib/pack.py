@@ -21,9 +21,10 @@ def windows_text(data):
     return data.replace(b"\r\n", b"\n").replace(b"\n", b"\r\n")
 
 
-def manual():
-    """The pages, which find the samples in their folder of the package."""
-    return {f"docs/{os.path.basename(path)}": read(path).replace(b"](examples/", b"](../samples/")
+def manual(with_samples):
+    """The pages, which find the samples, where there are any, in their folder of the package."""
+    link = rb"[\1](../samples/\2)" if with_samples else rb"\1"
+    return {f"docs/{os.path.basename(path)}": re.sub(rb"\[([^]]*)\]\(examples/([^)]*)\)", link, read(path))
             for path in glob.glob(f"{ROOT}/docs/*.md")}
 
 
@@ -40,7 +41,7 @@ def samples(*patterns):
 def windows_files(bits):
     generated = os.path.join("build", f"win{bits}", "src", "ocx", "generated")
     files = pictures() | {name: read("build", f"win{bits}", "bin", name) for name in BINARIES}
-    texts = manual() | samples("*.vbs", "*.js", "cpp/*.cpp", "cpp/*.h", "cpp/*.manifest", "not-run/*")
+    texts = manual(True) | samples("*.vbs", "*.js", "cpp/*.cpp", "cpp/*.h", "cpp/*.manifest", "not-run/*")
     for name in ("DAXControls", "ContentObjects"):
         files[f"{name}.tlb"] = read(generated, f"{name}.tlb")
         # The first line tells where the compiler has found its source.
@@ -78,7 +79,7 @@ def main():
     for bits in (64, 32):
         write_zip(f"{dist}/{folder}-win{bits}.zip", folder, windows_files(bits))
     write_tar(f"{dist}/{folder}-linux.tar.gz", folder,
-              manual() | pictures() | samples("*.sh") | {
+              manual(False) | pictures() | samples("*.sh") | {
                   "dax": read("build", "native", "bin", "dax"), "LICENSE": read("LICENSE"),
                   "README": read("package", "linux.txt")})
     for name in sorted(os.listdir(dist)):
