@@ -179,12 +179,13 @@ void ConnectorPage::ShowSelection(const std::wstring& description) {
 void ConnectorPage::Open() {
     if (!picker || bench.busy) return;
     const Automation& control = picker->Control();
-    std::wstring source;
+    workbench::Catalog chosen;
     Run([&] {
-        source = CatalogOn(control.Get(L"ConnectionString").Text(), control.Get(L"DBCatalog").Text(),
-                           control.Get(L"DBUsername").Text(), control.Get(L"DBPassword").Text());
+        const std::wstring source = CatalogOn(control.Get(L"ConnectionString").Text(), control.Get(L"DBCatalog").Text(),
+                                              control.Get(L"DBUsername").Text(), control.Get(L"DBPassword").Text());
+        chosen = {HidePassword(source), control.Get(L"Title").Text(), control.Get(L"IsAdmin").Bool()};
     });
-    if (!source.empty()) bench.openSource(HidePassword(source), control.Get(L"IsAdmin").Bool());
+    if (!chosen.source.empty()) bench.openCatalog(chosen);
 }
 
 void ConnectorPage::Record() {

@@ -25,7 +25,7 @@ public:
     void StyleChanged() override;
     void TakeFocus() override;
     const std::wstring& Problem() const override { return problem; }
-    void SourceChanged() override {}
+    void CatalogChanged() override {}
     void Shown() override {}
     void OpenLesson() override {}
     std::wstring Keys() const override { return L"F5 Validate"; }

@@ -38,9 +38,7 @@ Frame::Frame(const Options& given, const ControlLibrary& controls)
     options.file = HidePassword(options.file);
     options.connector = HidePassword(options.connector);
     bench.openLesson = [this] { OpenLesson(); };
-    bench.openSource = [this](const std::wstring& source, bool isAdministrator) {
-        OpenSource(source, isAdministrator);
-    };
+    bench.openCatalog = [this](const Catalog& catalog) { OpenCatalog(catalog); };
     bench.ask = [this](const std::wstring& text, UINT flags) { return Ask(text, flags); };
     for (const PageEntry& entry : PageTable()) pages.push_back({&entry, nullptr});
 }
@@ -163,12 +161,15 @@ void Frame::OpenLesson() {
     }
 }
 
-void Frame::OpenSource(const std::wstring& source, bool isAdministrator) {
-    options.file = source;
-    bench.isAdministrator = isAdministrator;
-    for (const Shown& one : pages)
-        if (one.page) one.page->SourceChanged();
+void Frame::OpenCatalog(const Catalog& catalog) {
+    bench.catalog = catalog;
+    options.file = catalog.source;
+    const bool isNew = !pages[0].page; // then it begins with the file
     Show(0);
+    if (!isNew) Current()->CatalogChanged();
+    if (!Current()->Failure().empty()) return;
+    for (size_t i = 1; i < pages.size(); ++i)
+        if (pages[i].page) pages[i].page->CatalogChanged();
 }
 
 int Frame::Ask(const std::wstring& text, UINT flags) const {

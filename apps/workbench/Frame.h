@@ -32,7 +32,7 @@ private:
     void ChangeStyle(int dpi, const RECT& place);
     bool Show(size_t index);
     void OpenLesson();
-    void OpenSource(const std::wstring& source, bool isAdministrator);
+    void OpenCatalog(const Catalog& catalog);
     int Ask(const std::wstring& text, UINT flags) const;
     bool MayClose();
     std::wstring Keys() const;

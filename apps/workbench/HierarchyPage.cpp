@@ -165,9 +165,9 @@ void HierarchyPage::Start() {
     if (!bench.options.file.empty() && bench.options.shots.empty()) Load();
 }
 
-void HierarchyPage::SourceChanged() {
+void HierarchyPage::CatalogChanged() {
     const std::wstring former = FieldText(idConnection);
-    SetField(idConnection, bench.options.file);
+    SetField(idConnection, bench.catalog.source);
     if (!Load()) SetField(idConnection, former);
 }
 
@@ -186,10 +186,10 @@ bool HierarchyPage::Load() {
         ShowResult(L"Loading\u2026", Tone::Plain);
         failure.clear();
         const std::wstring source = Trim(FieldText(idConnection));
-        const std::wstring catalog = CatalogOf(source);
+        const std::wstring title = source == bench.catalog.source ? bench.catalog.title : CatalogOf(source);
         bench.selection = {source, {}, {}, false, Editor()};
         Editor().Set(L"ConnectionString", ConnectionFor(source));
-        Editor().Set(L"DatabaseTitle", catalog.empty() ? L"velmora database" : catalog);
+        Editor().Set(L"DatabaseTitle", title.empty() ? L"velmora database" : title);
         const bool isLoaded = Call(*editor, editorName, L"LoadDatabase").Bool();
         isChanged = false;
         ShowSelection();
@@ -339,6 +339,18 @@ void HierarchyPage::SelectEntry(long place) {
     if (place <= all.Get(L"Count").Long()) Editor().Set(L"CurrentLessonID", all.Call(L"Item", {place}));
 }
 
+// By its place among the lessons.
+void HierarchyPage::SelectLesson(long place) {
+    const Automation all(Editor().Call(L"GetChildLessonIDCollection", {L""}).Object());
+    const long count = all.Get(L"Count").Long();
+    for (long i = 1; i <= count; ++i) {
+        const Variant id = all.Call(L"Item", {i});
+        if (Editor().Call(L"GetLessonType", {id}).Long() != typeLesson || --place > 0) continue;
+        Editor().Set(L"CurrentLessonID", id);
+        return;
+    }
+}
+
 // The last one leaves a lesson selected, for the pages that go by it.
 std::vector<PageState> HierarchyPage::States() {
     std::vector<PageState> states = {{L"empty", [] {}}};
@@ -378,7 +390,7 @@ std::vector<StartStep> HierarchyPage::Steps() {
             {5, L"selection", L"a lesson is selected, both panels follow",
              [this] {
                  Display(idExpandAll);
-                 SelectEntry(3);
+                 SelectLesson(2);
                  SetFocus(editor->Window());
              }},
             {6, L"lesson-map", L"the lesson is opened in the map editor", [this] { Command(idOpen, 0); }}};

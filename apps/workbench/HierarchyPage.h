@@ -11,7 +11,7 @@ public:
     ~HierarchyPage() override;
 
     void Start() override;
-    void SourceChanged() override;
+    void CatalogChanged() override;
     void Refresh() override { Load(); }
     std::wstring Keys() const override { return L"F5 Load    F2 Rename    Alt+Arrows Move    Del Remove"; }
     int DefaultButton() const override;
@@ -44,6 +44,7 @@ private:
     void ShowPanels();
     void EnableTools();
     void SelectEntry(long place);
+    void SelectLesson(long place);
     std::wstring CurrentID() const;
 
     const Automation& Editor() const { return editor->Control(); }

@@ -103,13 +103,13 @@ void LocksPage::Start() {
     const std::wstring& source = bench.selection.source;
     SetField(idConnection, source.empty() ? bench.options.file : source);
     SetField(idUser, bench.options.user);
-    SetChecked(idAdministrator, bench.options.user.empty() || bench.isAdministrator);
+    SetChecked(idAdministrator, bench.options.user.empty() || bench.catalog.isAdministrator);
     if (!FieldText(idConnection).empty() && bench.options.shots.empty()) List(true);
 }
 
-void LocksPage::SourceChanged() {
-    SetField(idConnection, bench.options.file);
-    SetChecked(idAdministrator, bench.isAdministrator);
+void LocksPage::CatalogChanged() {
+    SetField(idConnection, bench.catalog.source);
+    SetChecked(idAdministrator, bench.catalog.isAdministrator);
     List(true);
 }
 

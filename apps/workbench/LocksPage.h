@@ -11,7 +11,7 @@ public:
     ~LocksPage() override;
 
     void Start() override;
-    void SourceChanged() override;
+    void CatalogChanged() override;
     void Shown() override;
     void Refresh() override { List(false); }
     std::wstring Keys() const override { return L"F5 Refresh    Del Delete"; }

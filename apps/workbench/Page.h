@@ -23,6 +23,13 @@ struct Selection {
     Automation editor; // the hierarchy's control; empty before anything was loaded
 };
 
+// A catalog that was picked through the connector.
+struct Catalog {
+    std::wstring source; // as the fields show it
+    std::wstring title;
+    bool isAdministrator = false; // the user, by the connector's word
+};
+
 // What all pages share.
 struct Bench {
     const Options& options;
@@ -35,10 +42,9 @@ struct Bench {
     Selection selection = {};
     // Shows the lesson map of the selected lesson.
     std::function<void()> openLesson = [] {};
-    // Opens another database on every page and shows how it is validated; `source` as in the fields, `isAdministrator`
-    // as the connector has it.
-    std::function<void(const std::wstring& source, bool isAdministrator)> openSource = {};
-    bool isAdministrator = false; // of what was opened in this way
+    Catalog catalog = {};
+    // Shows how that catalog is validated; when it is valid, the other pages work on it.
+    std::function<void(const Catalog&)> openCatalog = {};
     // A question in a message box with these flags; the number of the answer. Nobody is asked while pictures are
     // taken: the answer is then the box's way out.
     std::function<int(const std::wstring& text, UINT flags)> ask = {};
@@ -68,8 +74,8 @@ public:
     virtual void StyleChanged() = 0;
     // Fills the fields from the command line and does what it asks for; once, after Create.
     virtual void Start() = 0;
-    // Another database was opened, which the options name.
-    virtual void SourceChanged() = 0;
+    // A catalog was opened.
+    virtual void CatalogChanged() = 0;
     // Each time that the page comes to the front.
     virtual void Shown() = 0;
     // Shows the lesson that is selected; a page that shows no lessons does nothing.

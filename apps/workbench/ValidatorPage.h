@@ -11,7 +11,7 @@ public:
     ~ValidatorPage() override;
 
     void Start() override;
-    void SourceChanged() override { Start(); }
+    void CatalogChanged() override { Start(); }
     void Refresh() override { Validate(); }
     int DefaultButton() const override { return idValidate; }
     std::vector<PageState> States() override;

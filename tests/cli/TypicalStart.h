@@ -33,6 +33,8 @@ public:
     const Text& Connector() const { return connector.ConnectionString(); }
     const Text& Catalog() const { return content.Name(); }
 
+    const TestDatabase& Content() const { return content; }
+
     // The rows after a start that moved the first page of lesson L-1 down, cleared the locks that were left over, and
     // recorded the connection from this machine.
     void ExpectDone(const Text& machine) const {

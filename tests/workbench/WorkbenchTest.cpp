@@ -99,9 +99,12 @@ TEST_F(WorkbenchTest, RefusesArgumentsInWords) {
         int code;
         const char* words;
     } cases[] = {
-        {{L"--nonsense"}, 2, "no option --nonsense"}, {{L"--user"}, 2, "--user lacks its value"},
-        {{L"a.db", L"b.db"}, 2, "also b.db"},         {{L"--help"}, 0, "--connector CONNECTION"},
+        {{L"--nonsense"}, 2, "no option --nonsense"},
+        {{L"--user"}, 2, "--user lacks its value"},
+        {{L"a.db", L"b.db"}, 2, "also b.db"},
+        {{L"--help"}, 0, "--connector CONNECTION"},
         {{L"--shots", Wide(file)}, 1, "file.txt"},
+        {{L"--start", Wide(folder.File(u"p"))}, 1, "connector: Refused: veNoCommonConnectionDetails"},
     };
     for (const auto& one : cases) {
         Workbench program(one.arguments);
