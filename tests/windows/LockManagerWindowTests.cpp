@@ -5,6 +5,7 @@
 #include "support/TestDatabases.h"
 #include "windows/Hand.h"
 #include "windows/HostWindow.h"
+#include "windows/ScreenReader.h"
 #include "windows/WindowCounts.h"
 
 #include <commctrl.h>
@@ -265,6 +266,59 @@ TEST_F(LockManagerWindowTest, TheHostMayLetGoOfItAndNothingStays) {
     for (const auto& each : cases) run(each);
     EXPECT_EQ(WindowCount(), windows);
     EXPECT_EQ(GdiObjectCount(), objects);
+}
+
+TEST_F(LockManagerWindowTest, AScreenReaderFindsColumnsAndRows) {
+    LockHost host(database->ConnectionString());
+    const ListModel& locks = *host.control->Locks();
+    const ScreenReader reader(host.List());
+    const size_t columns = locks.Columns().size();
+    const std::vector<LONG> all = reader.Elements();
+    ASSERT_EQ(all.size(), columns + 5);
+    for (const LONG& each : all) {
+        const size_t index = static_cast<size_t>(&each - all.data());
+        EXPECT_EQ(reader.Role(each), index < columns ? ROLE_SYSTEM_COLUMNHEADER : ROLE_SYSTEM_LISTITEM);
+        EXPECT_EQ(reader.Name(each),
+                  ToUtf8(index < columns ? locks.Columns()[index].caption : locks.Cell(index - columns, 0)));
+        const RECT place = reader.Place(each);
+        EXPECT_EQ(reader.At({place.left + 5, (place.top + place.bottom) / 2}), each);
+    }
+    const LONG bees = reader.Find(u"Bees"), cats = reader.Find(u"Cats"), ants = reader.Find(u"Ants");
+    EXPECT_TRUE(reader.Description(bees).find("; User: bob; ") != std::string::npos) << reader.Description(bees);
+    HeardEvents events(reader);
+    const struct {
+        LONG row, flags;
+        const char *selected, *told, *heard;
+        HRESULT result = S_OK;
+    } cases[] = {
+        {bees, SELFLAG_TAKESELECTION | SELFLAG_TAKEFOCUS, "Bees", "focus Bees, add Bees, ", "S2 "},
+        {cats, SELFLAG_ADDSELECTION, "Bees Cats", "add Cats, ", "S2 "},
+        {bees, SELFLAG_REMOVESELECTION, "Cats", "remove Bees, ", "S0 "},
+        {ants, SELFLAG_TAKESELECTION, "Ants", "within, add Ants, ", "S0 "},
+        {all[0], SELFLAG_TAKESELECTION, "Ants", "", "", E_INVALIDARG},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(&each - cases);
+        ProcessPendingMessages();
+        events.heard.clear();
+        EXPECT_EQ(reader.Select(each.row, each.flags), each.result);
+        for (const LONG row : {ants, bees, cats})
+            EXPECT_EQ(reader.StateWords(row).find(" selected") != std::string::npos,
+                      std::string(each.selected).find(reader.Name(row)) != std::string::npos);
+        EXPECT_TRUE(Hand::Await([&] { return events.heard.size() >= std::strlen(each.told); }));
+        EXPECT_EQ(events.heard, each.told);
+        EXPECT_EQ(host.Take(), each.heard) << "as from a click";
+    }
+    EXPECT_EQ(reader.StateWords(bees), " focused");
+    reader.Select(bees, SELFLAG_ADDSELECTION);
+    VARIANT several{};
+    EXPECT_EQ(reader->get_accSelection(&several), S_OK);
+    EXPECT_EQ(several.vt, VT_UNKNOWN);
+    VariantClear(&several);
+    database->Run({u"DELETE FROM velmoraUserLocks"});
+    host.control->Manager()->Refresh();
+    EXPECT_EQ(reader.Elements().size(), columns);
+    EXPECT_EQ(reader.Select(bees), E_INVALIDARG);
 }
 
 } // namespace dax::test

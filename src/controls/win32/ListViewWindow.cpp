@@ -50,6 +50,11 @@ ListViewWindow::ListViewWindow(std::shared_ptr<ListModel> listModel) : model(std
 
 ListViewWindow::~ListViewWindow() { model->SetListener(nullptr); }
 
+void ListViewWindow::HandleGone() {
+    access.Disconnect();
+    handle = nullptr;
+}
+
 HWND ListViewWindow::Create(HWND parent) {
     INITCOMMONCONTROLSEX classes{sizeof classes, ICC_LISTVIEW_CLASSES};
     InitCommonControlsEx(&classes);
@@ -57,6 +62,7 @@ HWND ListViewWindow::Create(HWND parent) {
                              WS_CHILD | WS_VISIBLE | WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS, 0, 0,
                              0, 0, parent, nullptr, ThisModule(), nullptr);
     if (!handle) return nullptr;
+    access.Connect(handle);
     const auto style = static_cast<DWORD>(SendMessageW(handle, LVM_GETEXTENDEDLISTVIEWSTYLE, 0, 0));
     SendMessageW(handle, LVM_SETEXTENDEDLISTVIEWSTYLE, 0, static_cast<LPARAM>(style | LVS_EX_FULLROWSELECT));
     ColumnsChanged();
@@ -106,6 +112,7 @@ void ListViewWindow::ColumnsChanged() {
     }
     isWidthShared = true;
     ShareWidth();
+    access.Reordered();
 }
 
 void ListViewWindow::ItemsChanged() {
@@ -124,6 +131,7 @@ void ListViewWindow::ItemsChanged() {
         state.stateMask = LVIS_SELECTED;
         SendMessageW(handle, LVM_SETITEMSTATE, static_cast<WPARAM>(item), reinterpret_cast<LPARAM>(&state));
     }
+    access.Reordered();
     InvalidateRect(handle, nullptr, FALSE);
 }
 
@@ -210,10 +218,15 @@ LRESULT ListViewWindow::HandleNotification(const NMHDR& header) {
             ReadSelection(); // all rows at once
         else if (static_cast<size_t>(change.iItem) < model->Items().size())
             model->SetSelected(static_cast<size_t>(change.iItem), (change.uNewState & LVIS_SELECTED) != 0);
+        access.Changed(change);
         return 0;
     }
     case LVN_ODSTATECHANGED:
         ReadSelection();
+        access.SeveralChanged();
+        return 0;
+    case NM_SETFOCUS:
+        access.FocusCame();
         return 0;
     case LVN_COLUMNCLICK:
         ColumnClick.Raise(static_cast<size_t>(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem));

@@ -3,7 +3,7 @@
 
 #include "controls/Event.h"
 #include "controls/ListModel.h"
-#include "controls/win32/Windows.h"
+#include "controls/win32/ListAccess.h"
 
 #include <commctrl.h>
 
@@ -21,13 +21,14 @@ public:
     // The window belongs to its parent and goes with it; the rows stay. The parent hands on what it hears.
     HWND Create(HWND parent);
     HWND Handle() const { return handle; }
-    void HandleGone() { handle = nullptr; }
+    void HandleGone();
     void SetFont(HFONT font);
     // Also shares the width out to the columns, until they were sized by content or by the user.
     void Fit(int width, int height);
     // An arrow in the header of that column; -1 for none.
     void ShowSortArrow(int column, bool isDescending);
     LRESULT HandleNotification(const NMHDR& header); // raises the events below last
+    Accessible& Access() { return access; }
 
     // A picture of header and rows for a control that has no window.
     void DrawPicture(HDC dc, const RECT& place, HFONT font) const;
@@ -47,6 +48,7 @@ private:
     void ShareWidth();
 
     std::shared_ptr<ListModel> model;
+    ListAccess access{*model};
     HWND handle = nullptr;
     bool isWidthShared = true;
 };

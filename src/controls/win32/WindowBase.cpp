@@ -75,7 +75,7 @@ WindowBase::~WindowBase() {
     DropFonts();
 }
 
-long WindowBase::LiveCount() { return liveCount; }
+long WindowBase::LiveCount() { return liveCount + Accessible::LiveCount(); }
 
 HWND WindowBase::Create(HWND parent, const RECT& place) {
     const int width = place.right - place.left, height = place.bottom - place.top;
@@ -228,9 +228,17 @@ LRESULT WindowBase::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     case WM_NOTIFY:
         return OnNotify(*reinterpret_cast<const NMHDR*>(lParam), lParam);
+    case WM_GETOBJECT:
+        if (const auto answer = Answer(handle, wParam, lParam)) return *answer;
+        [[fallthrough]];
     default:
         return OnMessage(message, wParam, lParam);
     }
+}
+
+std::optional<LRESULT> WindowBase::Answer(HWND asked, WPARAM wParam, LPARAM lParam) {
+    Accessible* const access = Accessible::IsAsked(lParam) ? AccessOf(asked) : nullptr;
+    return access ? std::optional(access->Answer(wParam)) : std::nullopt;
 }
 
 LRESULT WindowBase::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -268,6 +276,8 @@ LRESULT CALLBACK WindowBase::ChildProcedure(HWND window, UINT message, WPARAM wP
         RemoveWindowSubclass(window, ChildProcedure, focusSubclass);
         std::erase(self->children, window);
     }
+    if (message == WM_GETOBJECT)
+        if (const auto answer = self->Answer(window, wParam, lParam)) return *answer;
     // The child comes first, so that it has done its work when the host hears of the focus.
     const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
     if (message != WM_SETFOCUS && message != WM_KILLFOCUS) return result;

@@ -2,9 +2,11 @@
 // is safe also inside one of the control's own events.
 #pragma once
 
+#include "controls/win32/Accessible.h"
 #include "controls/win32/ControlWindow.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace dax {
@@ -27,7 +29,8 @@ public:
     void Draw(HDC dc, const RECT& place) override;
     bool TranslateKey(const MSG&) override { return false; }
 
-    // Windows of all controls of this module that still exist: the module must not be unloaded before they are gone.
+    // Windows of all controls of this module that still exist, and what screen readers still hold of them: the module
+    // must not be unloaded before they are gone.
     static long LiveCount();
 
 protected:
@@ -47,6 +50,8 @@ protected:
     virtual LRESULT OnNotify(const NMHDR&, LPARAM) { return 0; }
     virtual LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
     virtual HWND FocusTarget() const { return nullptr; } // the child that has the focus when the control gets it
+    // What a screen reader finds in the control or in a child whose focus is tracked; null for the system's own answer.
+    virtual Accessible* AccessOf(HWND) { return nullptr; }
 
     const Ambient& CurrentAmbient() const { return ambient; }
     HFONT Font(); // made for the ambient font at the host's DPI
@@ -65,6 +70,7 @@ private:
     static LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
                                            DWORD_PTR self);
     LRESULT Dispatch(UINT message, WPARAM wParam, LPARAM lParam);
+    std::optional<LRESULT> Answer(HWND asked, WPARAM wParam, LPARAM lParam); // to WM_GETOBJECT
     bool IsInside(HWND window) const;
     void FocusMoved(HWND focus);
     void Place();

@@ -32,6 +32,7 @@ private:
     void OnGone() override { treeView->HandleGone(); }
     LRESULT OnNotify(const NMHDR& header, LPARAM lParam) override;
     HWND FocusTarget() const override { return treeView->Handle(); }
+    Accessible* AccessOf(HWND window) override { return window == Handle() ? nullptr : &treeView->Access(); }
     void Paint(HDC dc, SIZE size, bool isView) override;
     void UsePictures();
     void UseBoxes();

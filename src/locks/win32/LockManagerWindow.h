@@ -25,6 +25,7 @@ private:
     void OnGone() override { list->HandleGone(); }
     LRESULT OnNotify(const NMHDR& header, LPARAM lParam) override;
     HWND FocusTarget() const override { return list->Handle(); }
+    Accessible* AccessOf(HWND window) override { return window == Handle() ? nullptr : &list->Access(); }
     void Paint(HDC dc, SIZE size, bool isView) override;
 
     std::shared_ptr<ListModel> locks = std::make_shared<ListModel>();

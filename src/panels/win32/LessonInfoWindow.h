@@ -6,6 +6,8 @@
 
 namespace dax {
 
+inline PanelLayout AllLines(const LessonInfo& panel) { return panel.Layout(1); }
+
 class LessonInfoWindow : public PanelWindow<LessonInfo> {
 public:
     LessonInfoWindow() : PanelWindow(L"DAXLessonInfo", 150) {}

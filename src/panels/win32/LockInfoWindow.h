@@ -6,6 +6,8 @@
 
 namespace dax {
 
+inline PanelLayout AllLines(const LockInfo& panel) { return panel.Summary().Layout(); }
+
 class LockInfoWindow : public PanelWindow<LockInfo> {
 public:
     LockInfoWindow() : PanelWindow(L"DAXLockInfo", 80) {}

@@ -1,9 +1,12 @@
-// An information panel in a real window. Panel is LessonInfo or LockInfo.
+// An information panel in a real window. Panel is LessonInfo or LockInfo; AllLines(panel) are all of its lines, room or
+// not.
 #pragma once
 
 #include "controls/win32/GdiSurface.h"
+#include "controls/win32/TextAccess.h"
 #include "controls/win32/WindowBase.h"
 #include "data/Value.h"
+#include "panels/PanelLayout.h"
 
 #include <memory>
 
@@ -21,10 +24,23 @@ public:
 
 protected:
     PanelWindow(const wchar_t* name, int heightAt96) : WindowBase(name), preferredHeight(heightAt96) {
-        info->Changed = [this] { Repaint(); };
+        info->Changed = [this] {
+            Repaint();
+            access.Changed();
+        };
     }
 
 private:
+    void OnCreate() override { access.Connect(Handle()); }
+    void OnGone() override { access.Disconnect(); }
+    Accessible* AccessOf(HWND) override { return &access; }
+    std::vector<Text> Texts() const {
+        std::vector<Text> texts;
+        for (const PanelLine& line : AllLines(*info))
+            if (!line.text.empty() || !line.suffix.empty()) texts.push_back(line.text + line.suffix);
+        return texts;
+    }
+
     // The sample, or the empty panel, once the control is placed and whenever the host turns from one to the other.
     void OnAmbient() override {
         const bool isDesign = !CurrentAmbient().userMode;
@@ -44,6 +60,7 @@ private:
     }
 
     std::shared_ptr<Panel> info = std::make_shared<Panel>();
+    TextAccess access{[this] { return Texts(); }};
     int preferredHeight;
     bool wasPlaced = false, isDesignMode = false;
 };

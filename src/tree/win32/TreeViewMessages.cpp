@@ -13,6 +13,11 @@ namespace {
 
 // Sent by trees that were told to speak ANSI; both forms mean the same here.
 constexpr UINT SelectionChangedAnsi = static_cast<UINT>(TVN_FIRST - 2), KeyDownCode = static_cast<UINT>(TVN_FIRST - 12);
+constexpr UINT BoxPressed = 1; // our own: the system's codes are beyond the positive ones
+struct BoxPress {
+    NMHDR header;
+    Point point;
+};
 
 Point PointOf(LPARAM lParam) { return {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}; }
 bool IsCtrlDown() { return GetAsyncKeyState(VK_CONTROL) < 0; }
@@ -58,11 +63,37 @@ LRESULT TreeViewWindow::HandleNotification(const NMHDR& header) {
     case NM_RCLICK: // the tree has waited for the button's coming up itself
         MouseUp.Raise(MouseButton::Right, Pointer());
         return 0;
+    case BoxPressed:
+        Click.Raise(reinterpret_cast<const BoxPress&>(header).point, false);
+        return 0;
+    case NM_SETFOCUS:
+        access.FocusCame();
+        return 0;
     case NM_CUSTOMDRAW:
         return CustomDraw(*reinterpret_cast<NMTVCUSTOMDRAW*>(const_cast<NMHDR*>(&header)));
     default:
         return 0;
     }
+}
+
+// Through the parent, which holds what must not go while events are raised.
+void TreeViewWindow::PressButton(Node& node) {
+    if (!handle) return;
+    NMTREEVIEWW press{};
+    press.hdr = {handle, 0, TVN_ITEMEXPANDEDW};
+    press.action = node.IsExpanded() ? TVE_COLLAPSE : TVE_EXPAND;
+    press.itemNew.lParam = reinterpret_cast<LPARAM>(&node);
+    SendMessageW(GetParent(handle), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&press));
+}
+
+void TreeViewWindow::PressBox(Node& node) {
+    EnsureVisible(node);
+    const auto row = RowRect(node);
+    if (!row) return;
+    BoxPress press{{handle, 0, BoxPressed}, {row->left, (row->top + row->bottom) / 2}};
+    while (!(HitTest(press.point).flags & TVHT_ONITEMSTATEICON))
+        if (++press.point.x >= row->right) return;
+    SendMessageW(GetParent(handle), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&press));
 }
 
 void TreeViewWindow::ItemExpanded(const NMTREEVIEWW& change) {
@@ -180,6 +211,7 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
         return 0;
     case WM_DESTROY:
         if (hasCheckBoxes) DropBoxes();
+        access.Unbind();
         items.Unbind();
         return {};
     case WM_SETFOCUS:

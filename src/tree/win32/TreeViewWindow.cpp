@@ -55,11 +55,13 @@ HWND TreeViewWindow::Create(HWND parent) {
     if (std::exchange(hasCheckBoxes, false)) SetCheckBoxes(true);
     SetSingleExpand(isSingleExpand);
     items.Bind(handle);
+    access.Bind();
     return handle;
 }
 
 void TreeViewWindow::HandleGone() {
     dragImage.reset();
+    access.Unbind();
     items.Unbind();
     handle = nullptr;
     markNode = nullptr;

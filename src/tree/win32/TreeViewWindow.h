@@ -5,6 +5,7 @@
 #include "controls/Event.h"
 #include "tree/TreeWindow.h"
 #include "tree/win32/DragImage.h"
+#include "tree/win32/TreeAccess.h"
 #include "tree/win32/TreeItems.h"
 #include "tree/win32/WindowCapture.h"
 
@@ -32,6 +33,10 @@ public:
     void SetColors(COLORREF text, COLORREF background);
     void Fit(int width, int height);
     LRESULT HandleNotification(const NMHDR& header);
+    Accessible& Access() { return access; }
+    // As a click would do, with all that follows; a listener may release the component.
+    void PressBox(Node& node);
+    void PressButton(Node& node);
 
     void SetCheckBoxes(bool on);
     bool IsFrozen() const { return !capture.IsEmpty(); }
@@ -86,6 +91,7 @@ private:
 
     NodeTree& tree;
     TreeItems items;
+    TreeAccess access{tree, *this};
     HWND handle = nullptr;
     HIMAGELIST images = nullptr;
     int leastRowHeight = 0;

@@ -31,19 +31,26 @@ void DatabaseValidatorWindow::Paint(HDC dc, SIZE size, bool) {
     pictures.Draw(dc, validator->Display().picture, metrics.PicturePlace(), ambient.backColor);
 }
 
+void DatabaseValidatorWindow::OnCreate() {
+    access.Connect(Handle());
+    ShowTexts();
+}
+
+std::vector<Text> DatabaseValidatorWindow::Paragraphs() const {
+    const StatusDisplay& display = validator->Display();
+    std::vector<Text> paragraphs{display.statusTitle, display.statusMessage, display.detailTitle, display.detailText};
+    std::erase(paragraphs, Text());
+    return paragraphs;
+}
+
 // The texts are the window's text as well, for screen readers and for whoever looks from another program.
 void DatabaseValidatorWindow::ShowTexts() {
     if (!Handle()) return;
-    const StatusDisplay& display = validator->Display();
     Text all;
-    for (const Text* paragraph :
-         {&display.statusTitle, &display.statusMessage, &display.detailTitle, &display.detailText}) {
-        if (paragraph->empty()) continue;
-        if (!all.empty()) all += u'\n';
-        all += *paragraph;
-    }
+    for (const Text& paragraph : Paragraphs()) all += (all.empty() ? u"" : u"\n") + paragraph;
     SetWindowTextW(Handle(), Wide(all));
     Repaint();
+    access.Changed();
 }
 
 } // namespace dax

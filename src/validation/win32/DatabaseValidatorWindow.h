@@ -1,6 +1,7 @@
 // The status panel of the validator in a real window.
 #pragma once
 
+#include "controls/win32/TextAccess.h"
 #include "controls/win32/WindowBase.h"
 #include "validation/DatabaseValidator.h"
 #include "validation/win32/StatusPictures.h"
@@ -18,13 +19,17 @@ public:
     SIZE PreferredSize(int dpi) const override;
 
 private:
-    void OnCreate() override { ShowTexts(); }
+    void OnCreate() override;
+    void OnGone() override { access.Disconnect(); }
+    Accessible* AccessOf(HWND) override { return &access; }
     void OnAmbient() override;
     void Paint(HDC dc, SIZE size, bool isView) override;
+    std::vector<Text> Paragraphs() const;
     void ShowTexts();
 
     std::shared_ptr<DatabaseValidator> validator = std::make_shared<DatabaseValidator>();
     size_t changedListener;
+    TextAccess access{[this] { return Paragraphs(); }};
     StatusPictures pictures;
     bool isDesignMode = false;
     bool wasPlaced = false;

@@ -1,0 +1,65 @@
+// What a screen reader finds in a window of ours: the whole and its elements, through the system's accessibility
+// interface. The object that it gets may outlive the window: it then answers that it is no longer connected.
+#pragma once
+
+#include "controls/win32/Windows.h"
+
+#include <vector>
+
+namespace dax {
+
+class AccessibleObject;
+
+class Accessible {
+public:
+    using Element = LONG;                  // the child id of the interface; lasts as long as the element
+    static constexpr Element TheWhole = 0; // CHILDID_SELF
+
+    Accessible() = default;
+    virtual ~Accessible();
+    Accessible(const Accessible&) = delete;
+    Accessible& operator=(const Accessible&) = delete;
+
+    void Connect(HWND window);
+    void Disconnect(); // the window is going
+    // WM_GETOBJECT may ask for other objects; what to answer when it asks for this one.
+    static bool IsAsked(LPARAM lParam);
+    LRESULT Answer(WPARAM wParam);
+
+    // Objects that somebody holds still; their code must not be unloaded.
+    static long LiveCount();
+
+    virtual std::vector<Element> Elements() = 0; // in their order
+    virtual LONG Count() const = 0;
+    virtual bool Has(Element element) const = 0;
+
+    // Of an element or of the whole, with the system's own numbers. Of the whole the system knows name and place.
+    virtual LONG Role(Element element) const = 0;
+    virtual LONG State(Element element) const = 0;
+    virtual Text Name(Element element) const = 0;
+    virtual Text Value(Element) const { return {}; }
+    virtual Text Description(Element) const { return {}; }
+    virtual RECT Place(Element element) const = 0; // of the client area; empty while it is hidden
+
+    virtual Element ElementAt(POINT point) = 0; // of the client area
+    virtual Element Focused() { return TheWhole; }
+    virtual std::vector<Element> Selected() { return {}; }
+    virtual Element Neighbour(Element from, LONG direction); // TheWhole: there is none
+
+    // What the user can do; listeners of the host hear of it and may do anything.
+    virtual bool Select(Element, LONG /*flags*/) { return false; }
+    virtual Text Action(Element) const { return {}; }
+    virtual void Act(Element) {}
+
+protected:
+    HWND Window() const { return window; } // null while not connected
+    bool HasFocus() const { return window && GetFocus() == window; }
+    bool IsHeard(DWORD event) const; // else it need not be told
+    void Tell(DWORD event, Element element) const;
+
+private:
+    HWND window = nullptr;
+    AccessibleObject* object = nullptr;
+};
+
+} // namespace dax

@@ -1,0 +1,197 @@
+#include "tree/win32/TreeAccess.h"
+
+#include "tree/modTVW.h"
+#include "tree/modTreeviewAPI.h"
+#include "tree/win32/TreeViewWindow.h"
+
+#include <oleacc.h>
+
+namespace dax {
+
+namespace {
+
+// The system's own trees number their items from 1 and tell events under these numbers: ours must not be among them.
+constexpr LONG FirstElement = 0x1000'0000;
+// More changes of nodes than these in one update, and the whole is told to be another.
+constexpr int ChangesToldSingly = 8;
+
+bool IsShown(const Node& node) {
+    const Node* above = node.Parent();
+    while (above && above->IsExpanded()) above = above->Parent();
+    return !above;
+}
+
+} // namespace
+
+void TreeAccess::Bind() {
+    Unbind();
+    Connect(view.Handle());
+    last = FirstElement;
+    tree.AddListener(*this);
+    isBound = true;
+}
+
+void TreeAccess::Unbind() {
+    Disconnect();
+    if (!isBound) return;
+    isBound = isUpdating = false;
+    tree.RemoveListener(*this);
+    AllRemoving();
+}
+
+TreeAccess::Element TreeAccess::ElementOf(const Node* node) {
+    if (!node) return TheWhole;
+    const auto [place, isNew] = elements.try_emplace(node, last + 1);
+    if (isNew) nodes.emplace(++last, const_cast<Node*>(node));
+    return place->second;
+}
+
+std::vector<TreeAccess::Element> TreeAccess::Elements() {
+    std::vector<Element> all;
+    all.reserve(static_cast<size_t>(tree.Count()));
+    for (const Node* node = tree.First(); node; node = modTVW::GetNextNode(node)) all.push_back(ElementOf(node));
+    return all;
+}
+
+LONG TreeAccess::Role(Element element) const {
+    return element == TheWhole ? ROLE_SYSTEM_OUTLINE : ROLE_SYSTEM_OUTLINEITEM;
+}
+
+LONG TreeAccess::State(Element element) const {
+    if (element == TheWhole) return STATE_SYSTEM_FOCUSABLE;
+    const Node& node = NodeOf(element);
+    LONG state = STATE_SYSTEM_FOCUSABLE | STATE_SYSTEM_SELECTABLE;
+    if (node.IsSelected()) state |= STATE_SYSTEM_SELECTED | (HasFocus() ? STATE_SYSTEM_FOCUSED : 0);
+    if (node.FirstChild()) state |= node.IsExpanded() ? STATE_SYSTEM_EXPANDED : STATE_SYSTEM_COLLAPSED;
+    if (view.HasCheckBoxes() && node.IsChecked()) state |= STATE_SYSTEM_CHECKED;
+    if (!IsShown(node)) return state | STATE_SYSTEM_INVISIBLE;
+    const RECT place = Place(element);
+    const Rect client = view.ClientRect();
+    if (place.top >= client.bottom || place.bottom <= client.top) state |= STATE_SYSTEM_OFFSCREEN;
+    return state;
+}
+
+Text TreeAccess::Value(Element element) const {
+    return element == TheWhole ? Text() : ToText(modTVW::GetIndentLevel(&NodeOf(element)));
+}
+
+RECT TreeAccess::Place(Element element) const {
+    const Node& node = NodeOf(element);
+    const auto row = IsShown(node) ? view.RowRect(node) : std::nullopt;
+    return row ? RECT{row->left, row->top, row->right, row->bottom} : RECT{};
+}
+
+TreeAccess::Element TreeAccess::ElementAt(POINT point) {
+    return ElementOf(view.HitTest({static_cast<int>(point.x), static_cast<int>(point.y)}).node);
+}
+
+std::vector<TreeAccess::Element> TreeAccess::Selected() {
+    if (!tree.Selected()) return {};
+    return {ElementOf(tree.Selected())};
+}
+
+// Next and previous go through the list as it is enumerated, up and down through what shows, left to the parent and
+// right to the first child.
+TreeAccess::Element TreeAccess::Neighbour(Element from, LONG direction) {
+    const auto lastOf = [](Node* node) {
+        while (node && node->LastChild()) node = node->LastChild();
+        return node;
+    };
+    if (from == TheWhole) return ElementOf(direction == NAVDIR_FIRSTCHILD ? tree.First() : lastOf(tree.Last()));
+    const Node& node = NodeOf(from);
+    switch (direction) {
+    case NAVDIR_NEXT:
+        return ElementOf(modTVW::GetNextNode(&node));
+    case NAVDIR_PREVIOUS:
+        return ElementOf(node.Previous() ? lastOf(node.Previous()) : node.Parent());
+    case NAVDIR_DOWN:
+        return IsShown(node) ? ElementOf(modTreeviewAPI::NextVisible(node)) : TheWhole;
+    case NAVDIR_UP:
+        return IsShown(node) ? ElementOf(modTreeviewAPI::PreviousVisible(node)) : TheWhole;
+    case NAVDIR_LEFT:
+        return ElementOf(node.Parent());
+    case NAVDIR_RIGHT:
+        return ElementOf(node.FirstChild());
+    default:
+        return TheWhole;
+    }
+}
+
+// The window is asked, as the user asks it, and its parent hears of it in the same way.
+bool TreeAccess::Select(Element element, LONG flags) {
+    if (flags & (SELFLAG_EXTENDSELECTION | SELFLAG_ADDSELECTION | SELFLAG_REMOVESELECTION)) return false;
+    SendMessageW(Window(), TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(TreeItems::ItemOf(NodeOf(element))));
+    return true;
+}
+
+// With boxes the box, which the keyboard reaches on the top row alone; else the branch.
+Text TreeAccess::Action(Element element) const {
+    if (element == TheWhole) return {};
+    const Node& node = NodeOf(element);
+    if (view.HasCheckBoxes()) return node.IsChecked() ? u"Uncheck" : u"Check";
+    if (!node.FirstChild()) return {};
+    return node.IsExpanded() ? u"Collapse" : u"Expand";
+}
+
+void TreeAccess::Act(Element element) {
+    if (view.HasCheckBoxes())
+        view.PressBox(NodeOf(element));
+    else
+        view.PressButton(NodeOf(element));
+}
+
+void TreeAccess::FocusCame() {
+    if (tree.Selected() && IsHeard(EVENT_OBJECT_FOCUS)) Tell(EVENT_OBJECT_FOCUS, ElementOf(tree.Selected()));
+}
+
+void TreeAccess::UpdateStarted() {
+    isUpdating = true;
+    isReordered = false;
+    changes = 0;
+}
+
+void TreeAccess::UpdateEnded() {
+    isUpdating = false;
+    if (isReordered || changes > ChangesToldSingly) Reordered();
+}
+
+void TreeAccess::Reordered() {
+    isReordered = true;
+    if (!isUpdating) Tell(EVENT_OBJECT_REORDER, TheWhole);
+}
+
+void TreeAccess::Changed(DWORD event, const Node& node) {
+    if (isUpdating && ++changes > ChangesToldSingly) return;
+    if (IsHeard(event)) Tell(event, ElementOf(&node));
+}
+
+void TreeAccess::NodeRemoving(Node& node) {
+    if (elements.contains(&node)) Changed(EVENT_OBJECT_DESTROY, node);
+    for (const Node* each = &node; each && !elements.empty(); each = modTVW::GetNextNode(each, &node)) {
+        const auto place = elements.find(each);
+        if (place == elements.end()) continue;
+        nodes.erase(place->second);
+        elements.erase(place);
+    }
+    Reordered();
+}
+
+void TreeAccess::AllRemoving() {
+    nodes.clear();
+    elements.clear();
+    Reordered();
+}
+
+void TreeAccess::NodeChanged(Node& node, NodeAspect aspect) {
+    if (aspect == NodeAspect::Caption)
+        Changed(EVENT_OBJECT_NAMECHANGE, node);
+    else if (aspect == NodeAspect::Expanded || (aspect == NodeAspect::Checked && view.HasCheckBoxes()))
+        Changed(EVENT_OBJECT_STATECHANGE, node);
+}
+
+void TreeAccess::SelectionMoved() {
+    if (IsHeard(EVENT_OBJECT_SELECTION)) Tell(EVENT_OBJECT_SELECTION, ElementOf(tree.Selected()));
+    if (HasFocus()) FocusCame();
+}
+
+} // namespace dax
