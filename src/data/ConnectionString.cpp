@@ -63,8 +63,10 @@ void AddConnectOptions(ConnectionKeywords& keywords, Engine engine) {
 
 ConnectionTarget SQLiteTarget(const Text& path, const Machine& machine) {
     // The driver takes what stands between "Database=" and the next semicolon, and knows no way to quote it.
-    if (path.find(u';') != Text::npos)
-        Refuse(u"The SQLite driver cannot open a file whose path has a semicolon in it: '" + path + u"'.");
+    // What follows the semicolon may be a password, which no error may show.
+    if (const size_t end = path.find(u';'); end != Text::npos)
+        Refuse(u"The SQLite driver cannot open a file whose path has a semicolon in it: '" + path.substr(0, end) +
+               u";…'.");
     ConnectionKeywords keywords;
     const TextView driver = ChooseDriver(machine, {u"SQLite3", u"SQLite3 ODBC Driver"});
     keywords.Set(u"Driver", driver);
@@ -233,7 +235,7 @@ Text ConnectionKeywords::Write(bool braces) const {
     for (const auto& [keyword, value] : items) {
         text += keyword + u"=";
         const bool quote =
-            EqualNoCase(keyword, u"Driver") || (braces && (value.find_first_of(u"[]{}(),;?*=!@'\" ") != Text::npos));
+            EqualNoCase(keyword, u"Driver") || (braces && (value.find_first_of(u"[]{}(),;?*=!@'\" \t") != Text::npos));
         if (quote) text.push_back(u'{');
         for (const char16_t unit : value) {
             text.push_back(unit);

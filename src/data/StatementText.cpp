@@ -151,6 +151,11 @@ void AppendPadded(Text& text, int number, size_t width) {
     text += digits;
 }
 
+// Two literals that touched would be one.
+void KeepApart(Text& result) {
+    if (!result.empty() && result.back() == u'\'') result.push_back(u' ');
+}
+
 // The dates between number signs of a piece outside quotes.
 void AppendWithDates(Text& result, TextView plain) {
     size_t done = 0;
@@ -163,6 +168,7 @@ void AppendWithDates(Text& result, TextView plain) {
             continue;
         }
         result.append(plain.substr(done, open - done));
+        KeepApart(result);
         result.push_back(u'\'');
         result += FormatDate(*date);
         result.push_back(u'\'');
@@ -214,10 +220,12 @@ Text AdaptStatement(TextView statement, const Dialect& dialect) {
     result.reserve(statement.size() + 16);
     Pieces pieces(statement);
     while (pieces.Next()) {
-        if (pieces.Kind() == Piece::Plain)
+        if (pieces.Kind() == Piece::Plain) {
             AppendWithDates(result, pieces.Units());
-        else
+        } else {
+            if (pieces.Units().front() == u'\'') KeepApart(result);
             result.append(pieces.Units());
+        }
         // Behind a comment a LIMIT could be lost, behind an open quote it would become text.
         whole = whole && pieces.Kind() != Piece::Unterminated && pieces.Kind() != Piece::Comment;
     }

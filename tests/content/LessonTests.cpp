@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 namespace dax {
 namespace {
 
@@ -24,7 +26,12 @@ TEST(ContentLesson, CollectionsFindRefuseAndKeepTheirOrder) {
     for (const auto& page : pages->All()) order += page->SBID();
     EXPECT_EQ(order, u"bca");
     EXPECT_EQ(pages->Count(), 3);
-    EXPECT_NE(ContentStoryboard().SBID(), ContentStoryboard().SBID());
+    std::set<Text> identifiers;
+    for (int i = 0; i < 1000; ++i) {
+        const Text id = ContentStoryboard().SBID();
+        ASSERT_TRUE(id.size() == 32 && id.find_first_not_of(u"0123456789abcdef") == Text::npos) << ToUtf8(id);
+        ASSERT_TRUE(identifiers.insert(id).second) << "twice: " << ToUtf8(id);
+    }
 
     const auto maps = lesson.Maps();
     const auto main = std::make_shared<ContentMap>(u"Main");

@@ -11,6 +11,7 @@ namespace {
 
 constexpr const char16_t* ids[] = {u"a", u"b", u"c", u"d", u"e", u"f", u"g", u"h", u"\u00E9\U0001D11E", u"it's", u" "};
 constexpr const char16_t* titles[] = {u"", u"O'Neil", u"\\;--#", u"\U0001D11E \u00E4", u"{fn ?}", u"#1/2/2000#"};
+constexpr const char16_t* elsewhere[] = {u"", u"none/such.db", u"Driver={none}", u"Provider=none;PWD=secret"};
 constexpr int types[] = {ltGroup, ltLesson, ltUnknown, ltInvalid, ltDatabase, 7};
 
 struct Model {
@@ -46,6 +47,7 @@ public:
         if (!callsBack) return;
         const auto callBack = [this] {
             if (depth < 2 && bytes.Below(3) == 0) Step();
+            if (bytes.Below(40) == 39) heard.editor.reset(); // the host lets go of it
         };
         editor.DataChanged.Add(callBack);
         editor.AfterSelectionChange.Add([callBack](const Text&) { callBack(); });
@@ -56,10 +58,11 @@ public:
         while (!bytes.AtEnd()) {
             heard.Take();
             Step();
+            if (!heard.editor) return;
             Check();
         }
         if (!isOpen && !callsBack) return;
-        if (!editor.SaveDatabase()) return;
+        if (!editor.SaveDatabase() || !heard.editor) return;
         const Text shape = heard.Shape();
         if (callsBack) return; // the listener may change it in between
         Require(editor.LoadDatabase(), "what was saved loads");
@@ -68,6 +71,7 @@ public:
 
 private:
     void Step() {
+        if (!heard.editor) return;
         ++depth;
         switch (bytes.Below(16)) {
         case 0:
@@ -98,7 +102,16 @@ private:
             bytes.Below(2) ? Save() : editor.ExpandAll();
             break;
         default:
-            bytes.Below(4) ? Load() : Clear();
+            switch (bytes.Below(6)) {
+            case 0:
+                Clear();
+                break;
+            case 1:
+                if (callsBack) editor.SetConnectionString(bytes.OneOf(elsewhere));
+                break;
+            default:
+                Load();
+            }
         }
         --depth;
     }
@@ -146,26 +159,10 @@ private:
         const Text id = bytes.OneOf(ids);
         const bool withChildren = bytes.Below(2) == 0;
         if (model.Has(id)) {
-            const Text parent = model.tree.parents.at(id);
-            std::vector<Text> gone;
-            if (withChildren) {
-                model.tree.Keys(id, gone);
-            } else {
-                while (!model.tree.children[id].empty())
-                    model.tree.Place(Text(model.tree.children[id].front()), parent, model.tree.Index(id) + 1);
+            for (const Text& gone : model.tree.Remove(id, withChildren, current)) {
+                deleted.insert(gone);
+                added.erase(gone);
             }
-            gone.push_back(id);
-            const auto& siblings = model.tree.children[parent];
-            const size_t index = model.tree.Index(id);
-            const Text heir = index + 1 < siblings.size() ? siblings[index + 1]
-                              : index > 0                 ? siblings[index - 1]
-                                                          : parent;
-            for (const Text& each : gone) {
-                deleted.insert(each);
-                added.erase(each);
-                if (each == current) current = heir;
-            }
-            model.tree.Erase(id);
         }
         editor.RemoveLesson(id, withChildren);
     }
@@ -239,6 +236,12 @@ private:
 
 } // namespace
 
-void DriveHierarchy(Input input, const test::TestDatabase& database) { HierarchyDriver(input, database).Run(); }
+void DriveHierarchyOn(Input input, const test::TestDatabase& database) { HierarchyDriver(input, database).Run(); }
+
+void DriveHierarchy(Input input) {
+    static const test::TestDatabase database(Engine::SQLite);
+    static const bool isMade = (test::CreateTables(database), true);
+    if (isMade) DriveHierarchyOn(input, database);
+}
 
 } // namespace dax::fuzz

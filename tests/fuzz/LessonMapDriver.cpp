@@ -1,10 +1,8 @@
 // Moves, additions, removals, checks and drags in the lesson map, from bytes.
 #include "fuzz/Driver.h"
+#include "fuzz/LessonMapModel.h"
 #include "lessonmap/LessonMapEditor.h"
-#include "lessonmap/SampleLesson.h"
 #include "tree/FakeTreeWindow.h"
-
-#include <algorithm>
 
 namespace dax::fuzz {
 
@@ -19,6 +17,9 @@ constexpr const char* lessons[] = {"M: p1 p2( p3 ) p4 | N: p5 | O:",
 constexpr const char16_t* pages[] = {u"p1", u"p2", u"p3", u"p4", u"p5", u"q1", u"q2", u"q3", u"M", u"temp2"};
 constexpr int keys[] = {13, 27, 32, 38, 40, 46, 93, 113};
 
+// What of the model still holds after a step.
+enum class Known { All, Shape, Nothing };
+
 class LessonMapDriver {
 public:
     explicit LessonMapDriver(Input input)
@@ -26,16 +27,23 @@ public:
         window.client.bottom = 100'000;
         editor->SetWindow(&window);
         editor->SetLesson(lesson);
+        editor->MapChanged.Add([this](MapChangeTypes type) { told += std::to_string(type); });
         if (!callsBack) return;
         const auto callBack = [this] {
             if (depth < 3 && bytes.Below(3) == 0) Step();
+            if (bytes.Below(40) != 39 || !editor) return;
+            editor->SetWindow(nullptr);
+            editor.reset(); // the host lets go of it
         };
         editor->AfterSelectionChange.Add([callBack](const auto&) { callBack(); });
         editor->ItemChecked.Add(callBack);
         editor->MapChanged.Add([callBack](MapChangeTypes) { callBack(); });
         editor->DeleteRequest.Add(callBack);
+        editor->ContextMenuRequest.Add(callBack);
     }
-    ~LessonMapDriver() { editor->SetWindow(nullptr); }
+    ~LessonMapDriver() {
+        if (editor) editor->SetWindow(nullptr);
+    }
     LessonMapDriver(const LessonMapDriver&) = delete;
     LessonMapDriver& operator=(const LessonMapDriver&) = delete;
 
@@ -43,90 +51,119 @@ public:
         // A page in two maps shows once; the layouts follow when they are written back.
         (void)editor->CheckedStoryboards();
         Check();
+        model.Read(*tree, *lesson);
         while (!bytes.AtEnd()) {
-            const auto before = StoredPages();
-            const bool mayChangePages = Step();
+            told.clear();
+            expected.clear();
+            const Known known = Step();
+            if (!editor) return;
             Check();
-            if (!mayChangePages && !callsBack) Require(StoredPages() == before, "no page comes or goes by itself");
+            if (!callsBack) Compare(known);
         }
         // What is checked, and the lesson of it.
         editor->SetShowDefaultMapOnly(false);
         const auto checked = editor->CheckedStoryboards();
         Require(static_cast<size_t>(editor->CheckedStoryboardCount()) == checked.size(), "checks are counted right");
         const auto part = editor->GetCheckedLesson();
-        Require(part->Storyboards()->Count() == static_cast<int32_t>(checked.size()), "the lesson of what is checked");
+        Require(!part || part->Storyboards()->Count() == static_cast<int32_t>(checked.size()),
+                "the lesson of what is checked");
     }
 
 private:
-    // Pages added or removed: true.
-    bool Step() {
+    void Compare(Known known) {
+        const test::LessonMapModel should = model;
+        model.Read(*tree, *lesson);
+        if (known == Known::Nothing) return;
+        RequireEqual(model.Print(), should.Print(), "the map");
+        RequireEqual(told, expected, "what was told of the map");
+        Require(model.pages == should.pages, "no page comes or goes by itself");
+        if (known == Known::Shape) return;
+        RequireEqual(model.selected, should.selected, "the selected page");
+        Require(model.checked == should.checked, "what is checked");
+    }
+
+    Known Step() {
+        if (!editor) return Known::Nothing;
         ++depth;
-        bool mayChangePages = false;
+        Known known = Known::Nothing;
         try {
-            mayChangePages = Do(bytes.Below(20));
+            known = Do(bytes.Below(20));
         } catch (const Error&) {
             // A listener that calls back may be refused; a host alone never is.
             if (!callsBack) throw;
         }
         --depth;
-        return mayChangePages;
+        return known;
     }
 
-    bool Do(size_t what) {
+    Known Do(size_t what) {
         switch (what) {
         case 0:
         case 1:
         case 2:
-        case 3:
-            Move();
-            break;
+        case 3: {
+            const auto movement = static_cast<StoryboardMovementTypes>(bytes.Below(8)); // 0 and 7 are none
+            const bool can = editor->CanMoveCurrent(movement);
+            if (!callsBack) Require(can == model.Move(movement), "CanMoveCurrent");
+            if (can) expected = "2";
+            editor->MoveCurrent(movement);
+            return Known::All;
+        }
         case 4:
         case 5:
         case 6:
             Add();
-            return true;
+            return Known::All;
         case 7:
-        case 8:
-            editor->RemoveStoryboard(AnyPage(), bytes.Below(2) == 0);
-            return true;
+        case 8: {
+            const auto page = AnyPage();
+            const bool withChildren = bytes.Below(2) == 0;
+            if (!callsBack && model.Remove(page->SBID(), withChildren)) expected = "3";
+            editor->RemoveStoryboard(page, withChildren);
+            return Known::All;
+        }
         case 9:
             if (Node* const node = AnyNode()) node->SetChecked(!node->IsChecked());
-            break;
+            return Known::Shape;
         case 10:
             bytes.Below(2) ? editor->CheckAllStoryboards() : editor->UncheckAllStoryboards();
-            break;
+            return Known::Shape;
         case 11:
-        case 12:
-            tree->Select(AnyNode());
-            break;
+        case 12: {
+            Node* const node = AnyNode();
+            model.selected = modTVW::GetNodeKey(node);
+            tree->Select(node);
+            return Known::All;
+        }
         case 13:
             bytes.Below(2) ? editor->Refresh() : editor->SetCaptionStyle(csIdentifier);
-            break;
+            return Known::All;
         case 14:
             bytes.Below(2) ? editor->CollapseAll() : editor->ExpandAll();
-            break;
+            return Known::Shape;
         case 15:
         case 16:
-            Drag();
-            break;
+            return Drag();
         case 17:
             if (Node* const node = AnyNode()) Click(*node);
-            break;
+            return Known::Shape;
         case 18:
             editor->KeyDown(bytes.OneOf(keys));
-            editor->KeyPress(bytes.OneOf(keys));
-            break;
+            if (editor) editor->KeyPress(bytes.OneOf(keys));
+            if (editor) editor->MouseUp(MouseButton::Right);
+            return Known::Shape;
         default:
             ChangeProperty();
+            return Known::Nothing;
         }
-        return false;
     }
 
     // The name of a map is refused, and any page when there is no map.
     void Add() {
         const auto page = AnyPage();
-        const Node* const shown = tree->Find(page->SBID());
-        const bool isRefusedRightly = tree->IsEmpty() || (shown && !shown->Parent());
+        const Text sbid = page->SBID();
+        const bool isRefusedRightly = tree->IsEmpty() || (model.Has(sbid) && !model.IsPage(sbid));
+        if (!callsBack && !isRefusedRightly && model.Add(sbid)) expected = "1";
         bool isRefused = false;
         try {
             editor->AddStoryboard(page);
@@ -136,28 +173,29 @@ private:
         if (!callsBack) Require(isRefused == isRefusedRightly, "what AddStoryboard refuses");
     }
 
-    void Move() {
-        const auto movement = static_cast<StoryboardMovementTypes>(bytes.Below(8)); // 0 and 7 are none
-        const bool can = editor->CanMoveCurrent(movement);
-        const std::string before = test::Print(*tree);
-        editor->MoveCurrent(movement);
-        if (!callsBack) Require((test::Print(*tree) != before) == can, "CanMoveCurrent foretells the move");
-    }
-
-    void Drag() {
+    // On the upper half of a page it goes before that; elsewhere it lands where the window's rules say.
+    Known Drag() {
         editor->ExpandAll();
         Node* const from = AnyNode();
         Node* const to = AnyNode();
-        if (!from) return;
-        const Point end = window.At(*to, static_cast<int>(bytes.Below(100)));
-        window.MoveTo(window.At(*from));
+        if (!from) return Known::Shape;
+        const int part = bytes.Below(2) ? 20 : static_cast<int>(bytes.Below(100));
+        const bool isCancelled = bytes.Below(8) == 7;
+        const bool isDrag = editor->AllowDragDrop() && !editor->Locked() && from->Parent();
+        const bool isForetold = !isDrag || isCancelled || (part == 20 && to->Parent());
+        if (isDrag) model.selected = from->Key();
+        if (isDrag && isForetold && !isCancelled && !callsBack && model.Drop(from->Key(), to->Key())) expected = "2";
+        const Point way[] = {window.At(*from), window.At(*from, 95), window.At(*to, part)};
+        window.MoveTo(way[0]);
         editor->MouseDown(MouseButton::Left);
-        window.MoveTo(window.At(*from, 95));
-        editor->MouseMove(MouseButton::Left);
-        window.MoveTo(end);
-        editor->MouseMove(MouseButton::Left);
-        if (bytes.Below(8) == 0) editor->KeyDown(27);
-        editor->MouseUp(MouseButton::Left);
+        for (const Point& point : {way[1], way[2]}) {
+            window.MoveTo(point);
+            if (editor) editor->MouseMove(MouseButton::Left);
+        }
+        if (editor && isCancelled) editor->KeyPress(27);
+        if (editor) editor->MouseUp(MouseButton::Left);
+        if (expected.empty()) expected = told; // a drop on the place where it was may be told, too
+        return isForetold ? Known::All : Known::Nothing;
     }
 
     void Click(const Node& node) {
@@ -179,14 +217,15 @@ private:
             break;
         case 2:
             editor->SetShowDefaultMapOnly(isOn);
-            (void)editor->CheckedStoryboards(); // a page added while its map was hidden is in two maps by now
+            if (editor)
+                (void)editor->CheckedStoryboards(); // a page added while its map was hidden is in two maps by now
             break;
         case 3:
             editor->SetAllowDragDrop(isOn);
             break;
         default:
             editor->SetLesson(nullptr);
-            editor->SetLesson(lesson);
+            if (editor) editor->SetLesson(callsBack && isOn ? test::MakeLesson(bytes.OneOf(lessons)) : lesson);
         }
     }
 
@@ -224,12 +263,6 @@ private:
     // Roots are keyed by the map's name, made unique.
     static Text MapOf(const Node& root) { return root.Caption().substr(0, root.Caption().rfind(u" (")); }
 
-    std::vector<Text> StoredPages() const {
-        std::vector<Text> found;
-        for (const auto& page : lesson->Storyboards()->All()) found.push_back(page->SBID());
-        std::sort(found.begin(), found.end());
-        return found;
-    }
     std::shared_ptr<Storyboard> AnyPage() {
         const Text sbid = bytes.OneOf(pages);
         const auto known = lesson->Storyboards()->Item(sbid);
@@ -245,6 +278,8 @@ private:
     Bytes bytes;
     bool callsBack;
     int depth = 0;
+    std::string told, expected; // the types of MapChanged
+    test::LessonMapModel model;
     std::shared_ptr<ContentLesson> lesson;
     std::shared_ptr<LessonMapEditor> editor = LessonMapEditor::Create();
     std::shared_ptr<NodeTree> tree = editor->tvwObject();

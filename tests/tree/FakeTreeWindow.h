@@ -6,7 +6,6 @@
 #include "tree/modTreeviewAPI.h"
 
 #include <map>
-#include <vector>
 
 namespace dax::test {
 
@@ -30,14 +29,14 @@ public:
     Point DragThreshold() const override { return {4, 4}; }
     TreeHit HitTest(Point point) const override {
         if (point.y < client.top || point.y >= client.bottom) return {};
-        int row = point.y / rowHeight + topRow;
+        int row = point.y / rowHeight;
         for (Node* node = tree.First(); node; node = modTreeviewAPI::NextVisible(*node)) {
             if (row-- == 0) return {node, FlagsAt(*node, point.x)};
         }
         return {nullptr, modTreeviewAPI::HitFlags::Nowhere};
     }
     std::optional<Rect> RowRect(const Node& wanted) const override {
-        int row = -topRow;
+        int row = 0;
         for (Node* node = tree.First(); node; node = modTreeviewAPI::NextVisible(*node), ++row) {
             if (node == &wanted) return Rect{client.left, row * rowHeight, client.right, (row + 1) * rowHeight};
         }
@@ -49,11 +48,7 @@ public:
     void BeginDragImage(Node&, Point) override { hasDragImage = true; }
     void ShowDragImage(bool, Point) override {}
     void EndDragImage() override { hasDragImage = false; }
-    void Scroll(unsigned bands) override {
-        scrolled.push_back(bands);
-        if (bands & 1 && topRow > 0) --topRow;
-        if (bands & 2) ++topRow;
-    }
+    void Scroll(unsigned) override {}
     void StartTimer(TreeTimer timer, int) override { ++running[timer]; }
     void StopTimer(TreeTimer timer) override { running.erase(timer); }
     bool HasCheckBoxes() const override { return hasCheckBoxes; }
@@ -67,12 +62,10 @@ public:
     NodeTree& tree;
     Rect client{0, 0, 300, 400};
     Point pointer;
-    int topRow = 0;
     std::pair<Node*, bool> mark{};
     Node* highlight = nullptr;
     bool hasDragImage = false, hasCheckBoxes = true, isSingleExpand = false, isFrozen = false;
     int freezes = 0;
-    std::vector<unsigned> scrolled;
     std::map<TreeTimer, int> running; // starts since the last stop
 
 private:

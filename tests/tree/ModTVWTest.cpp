@@ -28,16 +28,10 @@ protected:
 
 TEST_F(ModTVW, NothingIsAnswered) {
     EXPECT_TRUE(IsRootNode(nullptr));
-    EXPECT_EQ(GetRootNode(nullptr), nullptr);
-    EXPECT_EQ(GetNodeKey(nullptr), u"");
-    EXPECT_EQ(CountDescendants(nullptr), 0);
-    EXPECT_TRUE(GetDescendantKeys(nullptr).IsEmpty());
-    EXPECT_EQ(GetSortPosition(nullptr), 0);
-    EXPECT_EQ(GetIndentLevel(nullptr), -1);
-    EXPECT_EQ(GetNextNode(nullptr), nullptr);
-    EXPECT_EQ(GetFirstRootNode(NodeTree()), nullptr);
-    EXPECT_FALSE(CanMoveTreeNode(tree, nullptr, gmtUp));
-    EXPECT_FALSE(MoveTreeNode(tree, nullptr, gmtUp));
+    EXPECT_TRUE(!GetRootNode(nullptr) && !GetNextNode(nullptr) && !GetFirstRootNode(NodeTree()));
+    EXPECT_TRUE(GetNodeKey(nullptr).empty() && GetDescendantKeys(nullptr).IsEmpty());
+    EXPECT_EQ(CountDescendants(nullptr) + GetSortPosition(nullptr) + GetIndentLevel(nullptr), -1);
+    EXPECT_FALSE(CanMoveTreeNode(tree, nullptr, gmtUp) || MoveTreeNode(tree, nullptr, gmtUp));
     MoveTreeNodeTo(tree, &a, nullptr, true);
     ExpandSubtree(nullptr);
     EXPECT_EQ(Joined(GetDescendantKeys(&root)), u"a a1 a2 a21 b ");

@@ -1,111 +1,12 @@
 #include "tree/NodeTree.h"
-#include "tree/ReferenceTree.h"
 
 #include "data/Error.h"
 #include "tree/modTVW.h"
 
 #include <gtest/gtest.h>
 
-#include <random>
-
 namespace dax {
 namespace {
-
-using test::ReferenceTree;
-
-std::vector<Text> InOrder(const IDCollection& keys) { return {keys.begin(), keys.end()}; }
-
-// Every link, count, key and derived number of the tree against the reference.
-void ExpectEqual(NodeTree& tree, const ReferenceTree& reference) {
-    std::vector<Text> expected;
-    reference.Keys(u"", expected);
-    ASSERT_EQ(tree.Count(), static_cast<int32_t>(expected.size()) + 1);
-    Node* const root = tree.First();
-    ASSERT_EQ(InOrder(modTVW::GetDescendantKeys(root)), expected);
-    tree.Number();
-    size_t collected = 0;
-    for (const Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) ++collected;
-    ASSERT_EQ(collected, expected.size() + 1);
-    for (const Text& key : expected) {
-        Node* const node = tree.Find(key);
-        ASSERT_TRUE(node);
-        ASSERT_EQ(node->Parent()->Key(), reference.parents.at(key));
-        ASSERT_EQ(node->Position(), static_cast<int32_t>(reference.Index(key)) + 1);
-        ASSERT_EQ(node->Position(), modTVW::GetSortPosition(node));
-        ASSERT_EQ(node->Depth(), modTVW::GetIndentLevel(node));
-        const auto& list = reference.children.at(key);
-        ASSERT_EQ(node->LastChild() ? node->LastChild()->Key() : Text(), list.empty() ? Text() : list.back());
-        ASSERT_EQ(node->Caption(), u"caption " + key);
-    }
-    if (Node* const selected = tree.Selected()) {
-        for (Node* node = selected->Parent(); node; node = node->Parent()) ASSERT_TRUE(node->IsExpanded());
-    }
-}
-
-TEST(NodeTree, RandomOperationsAgreeWithReference) {
-    for (unsigned seed = 1; seed <= 6; ++seed) {
-        std::mt19937 random(seed);
-        const auto pick = [&random](size_t n) { return static_cast<size_t>(random() % n); };
-        NodeTree tree;
-        ReferenceTree reference;
-        tree.Add(nullptr, Place::LastChild, u"");
-        std::vector<Text> keys;
-        int next = 0;
-        for (int step = 0; step < 300; ++step) {
-            const Text key = keys.empty() ? Text() : keys[pick(keys.size())];
-            Node* const node = keys.empty() ? tree.First() : tree.Find(key);
-            const size_t what = pick(keys.size() < 60 ? 10 : 16);
-            if (what < 5 || keys.empty()) {
-                const Text fresh = u"k" + ToText(++next);
-                const auto place = node == tree.First() ? Place(2 + pick(2)) : Place(pick(4));
-                tree.Add(node, place, fresh, u"caption " + fresh);
-                switch (place) {
-                case Place::Before:
-                    reference.Insert(fresh, reference.parents[key], reference.Index(key));
-                    break;
-                case Place::After:
-                    reference.Insert(fresh, reference.parents[key], reference.Index(key) + 1);
-                    break;
-                case Place::FirstChild:
-                    reference.Insert(fresh, key, 0);
-                    break;
-                case Place::LastChild:
-                    reference.Insert(fresh, key, SIZE_MAX);
-                    break;
-                }
-                keys.push_back(fresh);
-            } else if (what < 8) {
-                const auto movement = GroupMovementTypes(1 + pick(4));
-                const auto to = reference.Destination(key, movement);
-                Node* const selected = tree.Selected();
-                ASSERT_EQ(modTVW::CanMoveTreeNode(tree, node, movement), to.has_value());
-                ASSERT_EQ(modTVW::MoveTreeNode(tree, node, movement), to.has_value());
-                ASSERT_EQ(tree.Selected(), selected);
-                if (to) reference.Place(key, to->first, to->second);
-            } else if (what == 8) {
-                const Text other = keys[pick(keys.size())];
-                const bool after = pick(2);
-                modTVW::MoveTreeNodeTo(tree, node, tree.Find(other), after);
-                if (!reference.Contains(key, other)) {
-                    const Text parent = reference.parents[other];
-                    reference.Unlink(key);
-                    const size_t at = reference.Index(other) + after;
-                    reference.children[parent].insert(reference.children[parent].begin() + static_cast<ptrdiff_t>(at),
-                                                      key);
-                    reference.parents[key] = parent;
-                }
-            } else if (what == 9) {
-                tree.Select(pick(4) ? node : nullptr);
-                tree.Find(keys[pick(keys.size())])->SetExpanded(pick(2));
-            } else {
-                tree.Remove(*node);
-                reference.Erase(key);
-                std::erase_if(keys, [&](const Text& each) { return !reference.parents.contains(each); });
-            }
-            ASSERT_NO_FATAL_FAILURE(ExpectEqual(tree, reference)) << "seed " << seed << " step " << step;
-        }
-    }
-}
 
 // Shapes in which a walk per node or a call per level would never end or overflow the stack.
 TEST(NodeTree, DeepAndWideTrees) {

@@ -40,7 +40,7 @@ public:
         const auto& list = children.at(parents.at(key));
         return static_cast<size_t>(std::find(list.begin(), list.end(), key) - list.begin());
     }
-    bool Contains(const Text& top, Text key) const {
+    bool Contains(const Text& top, Text key) const { // the top itself, too
         while (!key.empty() && key != top) key = parents.at(key);
         return key == top;
     }
@@ -49,6 +49,20 @@ public:
             out.push_back(key);
             Keys(key, out);
         }
+    }
+    // Takes a key out, with what is under it or putting that in its place in reverse order, and answers who is gone.
+    // Where the selected one was, the next sibling is selected, else the one before, else the parent.
+    std::vector<Text> Remove(const Text key, bool withChildren, Text& selected) {
+        const Text parent = parents.at(key);
+        std::vector<Text> gone{key};
+        if (withChildren) Keys(key, gone);
+        while (!withChildren && !children[key].empty()) Place(Text(children[key].front()), parent, Index(key) + 1);
+        const auto& siblings = children[parent];
+        const size_t index = Index(key);
+        const Text heir = index + 1 < siblings.size() ? siblings[index + 1] : index > 0 ? siblings[index - 1] : parent;
+        if (std::find(gone.begin(), gone.end(), selected) != gone.end()) selected = heir;
+        Erase(key);
+        return gone;
     }
     std::optional<std::pair<Text, size_t>> Destination(const Text& key, int movement) const {
         const Text parent = parents.at(key);

@@ -3,7 +3,6 @@
 
 #include "data/Recordset.h"
 #include "data/modDB.h"
-#include "data/modGeneric.h"
 #include "validation/ConnectorValidation.h"
 #include "validation/DatabaseValidator.h"
 #include "validation/SQLDBPicker.h"
@@ -55,85 +54,57 @@ const std::string nothingChosen = "||||";
 
 TEST_P(ConnectorOnEveryEngine, WhoMayOpenSomething) {
     const EngineDatabase connector(GetParam(), Schema::Database::Connector);
-    const auto validate = [&connector](DatabaseValidator& validator, const Text& user) {
-        return validator.ValidateCommonConnection(connector.ConnectionString(), u"server", u"catalog", user);
-    };
-    const auto expectInformation = [](const DatabaseValidator& validator, ValidationErrorTypes type, const Text& title,
-                                      const Text& message) {
+    DatabaseValidator validator;
+    const auto expect = [&](const Text& user, ValidationErrorTypes type, const Text& title, const Text& message,
+                            const Text& server = u"server") {
+        SCOPED_TRACE(ToUtf8(user));
+        const bool isValid = validator.ValidateCommonConnection(connector.ConnectionString(), server, u"catalog", user);
+        EXPECT_EQ(isValid, type == veNone);
         EXPECT_EQ(validator.ErrorType(), type);
         EXPECT_EQ(validator.ErrorNumber(), 0);
-        EXPECT_EQ(validator.ErrorDescription(), u"");
-        const StatusDisplay expected{title, message, u"", u"", StatusPicture::Information};
-        EXPECT_EQ(validator.Display(), expected) << ToUtf8(validator.Display().statusMessage);
+        EXPECT_EQ(validator.Display().picture, StatusPicture::Information);
+        EXPECT_EQ(validator.Display().statusTitle, title);
+        EXPECT_TRUE(validator.Display().statusMessage.starts_with(message));
     };
-    DatabaseValidator validator;
-    EXPECT_FALSE(validate(validator, u"anna"));
-    expectInformation(validator, veNoCommonUsersExist, u"connector database uninitialized",
-                      u"The SQL connector database has no user records.  If you are the administrator, use the Velmora "
-                      u"Connector Management Tool to initialize the database.  If you are not the administrator, have "
-                      u"the administrator perform this function.");
-
+    expect(u"anna", veNoCommonUsersExist, u"connector database uninitialized",
+           u"The SQL connector database has no user records.  If you are the administrator, use the Velmora "
+           u"Connector Management Tool to initialize the database.  If you are not the administrator, have "
+           u"the administrator perform this function.");
     AddUser(connector, 1, u"super", 7);
-    EXPECT_TRUE(validate(validator, u"super")) << "needs no listed catalog";
-    EXPECT_TRUE(validator.Display().statusMessage.starts_with(u"connector validated on "));
-    EXPECT_EQ(validator.Display().picture, StatusPicture::Information);
-
+    expect(u"super", veNone, u"", u"connector validated on "); // needs no listed catalog
     AddUser(connector, 2, u"without", 0);
     AddUser(connector, 3, u"O'Neil", 0);
     AddCatalog(connector, 10, u"courses", u"Courses");
     AddRights(connector, 3, 10, 0);
-    EXPECT_TRUE(validate(validator, u"O'Neil")) << "rights 0 is a row all the same";
-    for (const Text user : {u"without", u"nobody", u""}) {
-        EXPECT_FALSE(validate(validator, user)) << ToUtf8(user);
-        expectInformation(validator, veNoDBListedForUser, u"no databases available",
-                          u"You do not have access rights to any database listed in the SQL connector.  Contact your "
-                          u"administrator for more information.");
-    }
-
-    EXPECT_FALSE(validator.ValidateCommonConnection(connector.ConnectionString(), u"", u"catalog", u"super"));
-    EXPECT_EQ(validator.ErrorType(), veNoCommonConnectionDetails);
-    EXPECT_FALSE(validator.ValidateCommonConnection(connector.ConnectionString(), u"server", u"", u"super"));
-    expectInformation(validator, veNoCommonConnectionDetails, u"no connector specified",
-                      u"There is no data source or catalog defined for the connector.  Please enter connection "
-                      u"information and try again.  Check with your administrator for details.");
+    expect(u"O'Neil", veNone, u"", u"connector validated on "); // rights 0 is a row all the same
+    for (const Text user : {u"without", u"nobody", u""})
+        expect(user, veNoDBListedForUser, u"no databases available",
+               u"You do not have access rights to any database listed in the SQL connector.  Contact your "
+               u"administrator for more information.");
+    expect(u"super", veNoCommonConnectionDetails, u"no connector specified",
+           u"There is no data source or catalog defined for the connector.  Please enter connection "
+           u"information and try again.  Check with your administrator for details.",
+           u"");
 }
 
 TEST_P(ConnectorOnEveryEngine, EachMissingTableAndColumnIsFound) {
     const EngineDatabase connector(GetParam(), Schema::Database::Connector);
     AddUser(connector, 1, u"super", 1);
     DatabaseValidator validator;
-    const auto expectMissing = [&](const Text& what) {
-        EXPECT_FALSE(validator.ValidateCommonConnection(connector.ConnectionString(), u"s", u"c", u"super"));
-        EXPECT_EQ(validator.ErrorType(), veInvalidDBStructure) << ToUtf8(what);
-        const StatusDisplay expected{
-            u"invalid connector database structure",
-            u"Velmora was unable to locate all of the required database tables and fields.  Contact your administrator "
-            u"for further information.",
-            u"error details",
-            validator.ErrorDescription() + u"\n\n" + modDB::FormatErrorNumber(validator.ErrorNumber()),
-            StatusPicture::Critical};
-        EXPECT_EQ(validator.Display(), expected) << ToUtf8(what);
+    const auto validate = [&](const Text& connectionString) {
+        return validator.ValidateCommonConnection(connectionString, u"s", u"c", u"super");
     };
-    for (const Schema::Table& table : Schema::Tables(Schema::Database::Connector)) {
-        const Text name(table.name);
-        connector.Run(u"ALTER TABLE " + name + u" RENAME TO gone");
-        expectMissing(name);
-        connector.Run(u"ALTER TABLE gone RENAME TO " + name);
-        for (const Schema::Column& column : table.columns) {
-            connector.Run(u"ALTER TABLE " + name + u" RENAME COLUMN " + Text(column.name) + u" TO gone");
-            expectMissing(Text(column.name));
-            connector.Run(u"ALTER TABLE " + name + u" RENAME COLUMN gone TO " + Text(column.name));
-        }
-    }
-    EXPECT_TRUE(validator.ValidateCommonConnection(connector.ConnectionString(), u"s", u"c", u"super"));
-    EXPECT_FALSE(ConnectorHasUsers(u"no connection string"));
-    EXPECT_FALSE(UserHasListedDatabase(u"no connection string", u"super"));
-    EXPECT_FALSE(validator.ValidateCommonConnection(u"no connection string", u"s", u"c", u"super"));
+    connector.WithoutEach([&](const Schema::Table&, const Text& what) {
+        EXPECT_FALSE(validate(connector.ConnectionString()));
+        EXPECT_EQ(validator.ErrorType(), veInvalidDBStructure) << ToUtf8(what);
+        EXPECT_EQ(validator.Display().statusTitle, u"invalid connector database structure");
+    });
+    EXPECT_TRUE(validate(connector.ConnectionString()));
+    EXPECT_FALSE(ConnectorHasUsers(u"no connection string") || UserHasListedDatabase(u"no connection string", u"x"));
+    EXPECT_FALSE(validate(u"no connection string"));
     EXPECT_EQ(validator.ErrorType(), veCantOpenConnection);
-    EXPECT_EQ(validator.Display().statusMessage,
-              u"Velmora was unable to open a database connection to the common connector.\n\nCheck with your "
-              u"administrator to ensure that the machine and catalog are available and online, and that the account "
-              u"associated with the catalog has sufficient access rights.");
+    EXPECT_TRUE(validator.Display().statusMessage.starts_with(
+        u"Velmora was unable to open a database connection to the common connector.\n\nCheck with your administrator"));
 }
 
 TEST_P(ConnectorOnEveryEngine, ThePickerListsWhatTheUserMayOpen) {
@@ -155,19 +126,10 @@ TEST_P(ConnectorOnEveryEngine, ThePickerListsWhatTheUserMayOpen) {
     const auto load = [&](const Text& user, const Text& catalog) {
         return picker.LoadPicker(connector.ConnectionString(), user, catalog);
     };
-    const auto titles = [&list] {
-        std::vector<std::string> all;
-        for (int index = 0; index < list->ListCount(); ++index) all.push_back(ToUtf8(list->List(index)));
-        return all;
-    };
-
     EXPECT_TRUE(load(u"super", u"beta"));
-    EXPECT_THAT(titles(),
-                testing::UnorderedElementsAre("Same title", ToUtf8(u"Beta \U0001F600"), "Same title", "Delta"));
+    EXPECT_EQ(list->ListCount(), 4);
     EXPECT_THAT(listener.Take(), testing::ElementsAre(ToUtf8(u"beta|login11|secret11|Beta \U0001F600|about 11")));
     EXPECT_TRUE(picker.IsSuperuser() && picker.IsAdmin() && !picker.IsReadOnly());
-    EXPECT_EQ(picker.DBCatalog(), u"beta");
-    EXPECT_EQ(picker.DefaultCatalog(), u"beta");
 
     // By title: of two with one title the first in the list, whichever was asked for.
     EXPECT_TRUE(load(u"super", u"gamma"));
@@ -207,41 +169,29 @@ TEST_P(ConnectorOnEveryEngine, ThePickerListsWhatTheUserMayOpen) {
     connector.Run(u"ALTER TABLE gone RENAME TO velmoraDBList");
     EXPECT_TRUE(load(u"super", u"beta"));
     EXPECT_EQ(listener.Take().size(), 1u) << "the loading flag must not stay set after an error";
-    picker.Clear();
-    EXPECT_EQ(listener.Take().size(), 0u);
 }
 
 TEST_P(ConnectorOnEveryEngine, TheHistoryHasOneRowForEachUserAndMachine) {
     const EngineDatabase connector(GetParam(), Schema::Database::Connector);
     AddUser(connector, 1, u"super", 1);
     SQLDBPicker picker(std::make_shared<MemoryComboBox>());
-    picker.UpdateConnectionHistory(u"PC1", u"10.0.0.1", u"os", u"1.0");
     picker.LoadPicker(connector.ConnectionString(), u"super", u"");
     picker.UpdateConnectionHistory(u"PC1", u"10.0.0.1", u"os", u"1.0");
     EXPECT_EQ(connector.Count(u"velmoraConnectionHistory"), 0) << "no catalog is selected";
-
     AddCatalog(connector, 10, u"alpha", u"Alpha");
     picker.LoadPicker(connector.ConnectionString(), u"super", u"");
     picker.Clock = [] { return DateTime{2024, 5, 6, 17, 8, 9}; };
-    picker.UpdateConnectionHistory(u"PC1", u"10.0.0.1", u"os", u"1.0");
-    picker.UpdateConnectionHistory(u"PC2", u"10.0.0.2", u"os", u"1.0");
-    picker.UpdateConnectionHistory(u"PC1", u"10.0.0.9", u"new os", u"2.0");
+    for (const Text machine : {u"PC1", u"PC2", u"PC1"}) picker.UpdateConnectionHistory(machine, u"ip", u"os", u"2.0");
     EXPECT_EQ(connector.Count(u"velmoraConnectionHistory"), 2);
     Recordset row;
-    row.Open(u"SELECT machineIP, osVersion, appVersion, lastConnect, lastCatalog FROM velmoraConnectionHistory WHERE "
-             u"machineName = 'PC1'",
+    row.Open(u"SELECT lastConnect FROM velmoraConnectionHistory WHERE machineName = 'PC1' AND machineIP = 'ip' AND "
+             u"osVersion = 'os' AND appVersion = '2.0' AND lastCatalog = 'alpha'",
              connector.ConnectionString());
     ASSERT_FALSE(row.Eof());
-    EXPECT_EQ(Text(row.FieldText(0)) + u"|" + Text(row.FieldText(1)) + u"|" + Text(row.FieldText(2)) + u"|" +
-                  Text(row.FieldText(4)),
-              u"10.0.0.9|new os|2.0|alpha");
-    const Value moment = row.Field(3);
-    ASSERT_TRUE(std::holds_alternative<DateTime>(moment));
-    EXPECT_EQ(std::get<DateTime>(moment), (DateTime{2024, 5, 6, 17, 8, 9}));
+    EXPECT_EQ(row.Field(0), Value(DateTime{2024, 5, 6, 17, 8, 9}));
     row.Close();
     // The machine name enters the statement as it is.
-    EXPECT_THROW(picker.UpdateConnectionHistory(u"O'Neil's", u"10.0.0.9", u"os", u"2.0"), Error);
-    EXPECT_EQ(connector.Count(u"velmoraConnectionHistory"), 2);
+    EXPECT_THROW(picker.UpdateConnectionHistory(u"O'Neil's", u"ip", u"os", u"2.0"), Error);
 }
 
 } // namespace dax::test

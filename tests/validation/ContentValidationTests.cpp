@@ -41,10 +41,6 @@ TEST_P(ContentOnEveryEngine, AWholeDatabaseIsValidAndUnchanged) {
     EXPECT_TRUE(validator.ValidateDataConnection(database.ConnectionString(), u"Anna's catalog", false))
         << ToUtf8(validator.Display().detailText);
     EXPECT_EQ(validator.ErrorType(), veNone);
-    EXPECT_EQ(validator.ErrorNumber(), 0);
-    EXPECT_EQ(validator.ErrorDescription(), u"");
-    EXPECT_EQ(validator.DataConnectionString(), database.ConnectionString());
-    EXPECT_EQ(validator.CatalogName(), u"Anna's catalog");
     EXPECT_EQ(validator.Display().picture, StatusPicture::Information);
     EXPECT_TRUE(validator.Display().statusMessage.starts_with(u"catalog \"Anna's catalog\" validated on "));
     EXPECT_EQ(database.Counts(), before);
@@ -62,37 +58,16 @@ TEST_P(ContentOnEveryEngine, EachMissingTableAndColumnIsFound) {
     const EngineDatabase database(GetParam(), Schema::Database::Content);
     int32_t number = 0;
     Text description;
-    const auto expectMissing = [&](const Schema::Table& table, const Text& what) {
-        if (table.isOptional) {
-            EXPECT_FALSE(ProbeTalkTables(database.ConnectionString())) << ToUtf8(what);
-            EXPECT_TRUE(ProbeContentTables(database.ConnectionString(), number, description)) << ToUtf8(what);
-            return;
-        }
-        EXPECT_FALSE(ProbeContentTables(database.ConnectionString(), number, description)) << ToUtf8(what);
+    database.WithoutEach([&](const Schema::Table& table, const Text& what) {
+        EXPECT_EQ(ProbeTalkTables(database.ConnectionString()), !table.isOptional) << ToUtf8(what);
+        EXPECT_EQ(ProbeContentTables(database.ConnectionString(), number, description), table.isOptional)
+            << ToUtf8(what);
+        if (table.isOptional) return;
         EXPECT_NE(number, 0);
         EXPECT_THAT(ToUtf8(LowerAscii(description)), testing::HasSubstr(ToUtf8(LowerAscii(what))));
-    };
-    for (const Schema::Table& table : Schema::Tables(Schema::Database::Content)) {
-        const Text name(table.name);
-        database.Run(u"ALTER TABLE " + name + u" RENAME TO gone");
-        expectMissing(table, name);
-        database.Run(u"ALTER TABLE gone RENAME TO " + name);
-        for (const Schema::Column& column : table.columns) {
-            const Text columnName(column.name);
-            database.Run(u"ALTER TABLE " + name + u" RENAME COLUMN " + columnName + u" TO gone");
-            expectMissing(table, columnName);
-            database.Run(u"ALTER TABLE " + name + u" RENAME COLUMN gone TO " + columnName);
-        }
-    }
+    });
     EXPECT_TRUE(ProbeContentTables(database.ConnectionString(), number, description)) << ToUtf8(description);
     EXPECT_TRUE(ProbeTalkTables(database.ConnectionString()));
-
-    database.Run(u"ALTER TABLE velmoraAutonumbers RENAME COLUMN ignored TO gone");
-    DatabaseValidator validator;
-    EXPECT_FALSE(validator.ValidateDataConnection(database.ConnectionString(), u"c", false));
-    ExpectCritical(validator, veInvalidDBStructure, u"invalid database structure",
-                   u"Velmora was unable to locate all of the required database tables and fields.  "
-                   u"Contact your administrator for further information.");
 }
 
 TEST_P(ContentOnEveryEngine, ARefusedRowInAnyTableIsReportedAndNothingStays) {
@@ -111,11 +86,6 @@ TEST_P(ContentOnEveryEngine, ARefusedRowInAnyTableIsReportedAndNothingStays) {
         EXPECT_EQ(database.Counts(), before) << ToUtf8(table);
         database.AcceptInserts(table);
     }
-    int32_t number = 0;
-    Text description;
-    EXPECT_TRUE(TestContentWrite(database.ConnectionString(), number, description, false)) << ToUtf8(description);
-    EXPECT_TRUE(TestContentWrite(database.ConnectionString(), number, description, true)) << ToUtf8(description);
-    EXPECT_EQ(database.Counts(), before);
 }
 
 TEST(ContentValidation, AServerThatIsNotThereAndAWrongPasswordCannotBeOpened) {

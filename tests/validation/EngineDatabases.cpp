@@ -29,6 +29,20 @@ std::vector<int64_t> EngineDatabase::Counts() const {
     return counts;
 }
 
+void EngineDatabase::WithoutEach(const std::function<void(const Schema::Table&, const Text&)>& act) const {
+    for (const Schema::Table& table : Schema::Tables(kind)) {
+        const Text name(table.name), alter = u"ALTER TABLE " + name + u" RENAME ";
+        Run(alter + u"TO gone");
+        act(table, name);
+        Run(u"ALTER TABLE gone RENAME TO " + name);
+        for (const Schema::Column& column : table.columns) {
+            Run(alter + u"COLUMN " + Text(column.name) + u" TO gone");
+            act(table, Text(column.name));
+            Run(alter + u"COLUMN gone TO " + Text(column.name));
+        }
+    }
+}
+
 void EngineDatabase::RefuseInserts(const Text& table, const Text& reason) const {
     const Text quoted = modDB::QuoteSQLString(reason);
     const Text trigger = u"CREATE TRIGGER refuse_" + table + u" BEFORE INSERT ON " + table;

@@ -5,6 +5,8 @@
 
 #include "data/Schema.h"
 
+#include <functional>
+
 namespace dax::test {
 
 class EngineDatabase {
@@ -17,6 +19,8 @@ public:
     int64_t Count(const Text& table) const;
     // Rows of every table, in the order of the schema.
     std::vector<int64_t> Counts() const;
+    // Takes away each table and each column, one at a time, and calls with the table and the name of what is missing.
+    void WithoutEach(const std::function<void(const Schema::Table&, const Text&)>& act) const;
     // From now on every row for this table is refused with this text, until AcceptInserts.
     void RefuseInserts(const Text& table, const Text& reason) const;
     void AcceptInserts(const Text& table) const;

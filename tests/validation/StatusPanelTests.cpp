@@ -12,10 +12,8 @@ namespace {
 
 class PlainSurface : public Surface {
 public:
-    explicit PlainSurface(int surfaceWidth = 240, int surfaceHeight = 200)
-        : width(surfaceWidth), height(surfaceHeight) {}
-    int Width() const override { return width; }
-    int Height() const override { return height; }
+    int Width() const override { return 240; }
+    int Height() const override { return 200; }
     void Clear() override { drawn += "clear;"; }
     void SetBold(bool bold) override { isBold = bold; }
     void SetFontSize(double) override {}
@@ -38,7 +36,6 @@ public:
     uint32_t measuredFlags = 0;
 
 private:
-    int width, height;
     bool isBold = false;
 };
 
@@ -58,19 +55,6 @@ TEST(StatusPanel, ALoneMessageIsCentredOnThePicture) {
     PlainSurface surface;
     PaintStatusPanel(surface, {u"", u"validating", u"", u"", StatusPicture::Busy}, {});
     EXPECT_EQ(surface.drawn, "clear;valid@42,13-240,200:44810;"); // 2 + (32 - 10) / 2
-}
-
-TEST(StatusPanel, ASurfaceSmallerThanThePictureIsHarmless) {
-    PlainSurface surface(10, 5);
-    PaintStatusPanel(surface, {u"title", u"message", u"", u"", StatusPicture::Busy}, {});
-    EXPECT_EQ(surface.drawn, "clear;*title@42,2-42,5:44800;messa@42,18-42,18:44810;");
-}
-
-TEST(StatusPanel, DistancesGrowWithTheDpi) {
-    const StatusPanelMetrics metrics = StatusPanelMetrics::ForDpi(144);
-    EXPECT_EQ(metrics.PicturePlace(), (Rect{3, 3, 51, 51}));
-    EXPECT_EQ(metrics.columnGap, 12);
-    EXPECT_EQ(StatusPanelMetrics::ForDpi(96).PicturePlace(), (Rect{2, 2, 34, 34}));
 }
 
 } // namespace dax
