@@ -1,0 +1,17 @@
+// The soak of tools/bench, for some seconds.
+
+#include "soak/Soak.h"
+#include "support/OwnServer.h"
+
+namespace dax {
+namespace {
+
+TEST(Soak, FourAuthorsAndAServerThatStops) {
+    if (const std::string why = test::OwnServer::WhyNot(); !why.empty()) GTEST_SKIP() << why;
+    const soak::Result result = soak::Run(4);
+    EXPECT_EQ(result.complaints, std::vector<std::string>());
+    std::cout << result.summary << std::endl;
+}
+
+} // namespace
+} // namespace dax
