@@ -1,13 +1,15 @@
 """What tools/package packs works where it is unpacked, from there alone: each archive holds what it should; the command
 line of each system works; the C++ samples compile against the packed headers; the controls are used without
 registration, then registered, then unregistered again, in a Wine prefix of their own; and the manual's commands say
-what the manual says. The 32-bit programs are looked at, not run."""
+what the manual says. The 32-bit programs are run where 32-bit Wine can be had."""
+import fcntl
 import os
 import re
 import shutil
 import struct
 import subprocess
 import tarfile
+import tempfile
 import zipfile
 
 from project import ROOT, finish
@@ -15,7 +17,6 @@ from project import ROOT, finish
 WORK = os.path.join(ROOT, "build", "package")
 FOLDER = "daxcontrols-3.3"
 LINUX = os.path.join(WORK, "linux", FOLDER)
-HOST = os.path.join(WORK, "host")  # a program that has nothing of ours beside it
 MACHINES = {64: (0x8664, "x86_64-w64-mingw32-g++-posix"), 32: (0x14C, "i686-w64-mingw32-g++-posix")}
 PROGRAMS = {"daxControls33.ocx", "contentObjects.dll", "DAXWorkbench.exe", "dax.exe", "daxscript.exe"}
 EVERYWHERE = {"docs/reference.md", "docs/schema.md", "docs/images/GroupEditor.png"}
@@ -29,11 +30,14 @@ problems = []
 
 
 def run(what, command, expected=0, says="", **more):
-    done = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, errors="replace",
-                          check=False, timeout=600, **more)
-    said = done.stdout + done.stderr
-    if done.returncode != expected or says not in said:
-        problems.append(f"{what}: exit code {done.returncode}, said: {said.strip()[-1500:]}")
+    # Into a file: what a program leaves behind, such as Wine's services, would keep a pipe open.
+    with tempfile.TemporaryFile("w+", errors="replace") as output:
+        code = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT, check=False,
+                              timeout=600, **more).returncode
+        output.seek(0)
+        said = output.read()
+    if code != expected or says not in said:
+        problems.append(f"{what}: exit code {code}, said: {said.strip()[-1500:]}")
     return said
 
 
@@ -41,11 +45,13 @@ def windows(bits):
     return os.path.join(WORK, f"win{bits}", FOLDER)
 
 
-def wine(what, *command, **more):
-    # An empty folder of programs: nothing that the build left may help, or be registered, here.
-    environment = dict(os.environ, DAX_WINE_PREFIX=os.path.join(WORK, "wine"), DAX_WINE_DISPLAY="none",
+def wine(bits, what, *command, **more):
+    # An empty folder of programs: nothing that the build left may help, or be registered, here. The folders are named
+    # win32 and win64, by which tools/wine knows how many bits a program has.
+    environment = dict(os.environ, DAX_WINE_PREFIX=os.path.join(WORK, f"win{bits}", "wine"), DAX_WINE_DISPLAY="none",
                        DAX_WINE_BIN=os.path.join(WORK, "none"), DAX_WINE_TIMEOUT="300")
-    run(what, [os.path.join(ROOT, "tools", "wine"), *command], cwd=windows(64), env=environment, **more)
+    run(f"{what} ({bits} bit)", [os.path.join(ROOT, "tools", "wine"), *command], cwd=windows(bits), env=environment,
+        **more)
 
 
 def unpack():
@@ -94,24 +100,48 @@ def use_on_linux():
         env=dict(os.environ, PATH=f"{LINUX}:{os.environ['PATH']}"))
 
 
-def use_on_windows():
-    folder = windows(64)
+def use_registered_and_not(bits, folder, prefix):
     course = os.path.join(folder, "course.db")
-    automation = os.path.join(HOST, "automation.exe")
-    shutil.copy(os.path.join(folder, "automation.exe"), automation)
     script = os.path.join(folder, "daxscript.exe")
-    wine("dax sample on Windows", os.path.join(folder, "dax.exe"), "sample", "course.db", says="Made a sample course")
-    wine("a script before registration", script, "samples\\validate.vbs", "course.db", expected=1)
-    wine("a program before registration", automation, course, expected=1)
+    shell = os.path.join(prefix, "drive_c", "windows", "system32", "cmd.exe")
+    # A program that has nothing of ours beside it.
+    automation = os.path.join(WORK, f"win{bits}", "host", "automation.exe")
+    os.makedirs(os.path.dirname(automation))
+    shutil.copy(os.path.join(folder, "automation.exe"), automation)
+    wine(bits, "dax sample", os.path.join(folder, "dax.exe"), "sample", "course.db", says="Made a sample course")
+    wine(bits, "a script before registration", script, "samples\\validate.vbs", "course.db", expected=1)
+    wine(bits, "a program before registration", automation, course, expected=1)
     # With the manifest beside it, it finds the libraries there.
     shutil.copy(os.path.join(folder, "samples", "cpp", "automation.exe.manifest"), folder)
-    wine("a program without registration", os.path.join(folder, "automation.exe"), course, says="saved")
-    wine("register.cmd", "cmd", "/c", "register.cmd", says="Registered.")
-    wine("VBScript after registration", script, "samples\\validate.vbs", "course.db", says="valid: ")
-    wine("JScript after registration", script, "samples\\identifiers.js", "course.db", says="identifiers given")
-    wine("a program after registration", automation, course, says="saved")
-    wine("unregister.cmd", "cmd", "/c", "unregister.cmd", says="Unregistered.")
-    wine("a script after unregistration", script, "samples\\validate.vbs", "course.db", expected=1)
+    wine(bits, "a program without registration", os.path.join(folder, "automation.exe"), course, says="saved")
+    wine(bits, "register.cmd", shell, "/c", "register.cmd", says="Registered.")
+    wine(bits, "VBScript after registration", script, "samples\\validate.vbs", "course.db", says="valid: ")
+    wine(bits, "JScript after registration", script, "samples\\identifiers.js", "course.db", says="identifiers given")
+    wine(bits, "a program after registration", automation, course, says="saved")
+    wine(bits, "unregister.cmd", shell, "/c", "unregister.cmd", says="Unregistered.")
+
+
+def use_on_windows(bits):
+    folder = windows(bits)
+    prefix = os.path.join(WORK, f"win{bits}", "wine")
+    os.makedirs(prefix)
+    with open(os.path.join(prefix, "dax.users"), "w", encoding="utf-8") as users:
+        # While somebody holds this lock, tools/wine leaves Wine running from one program to the next.
+        fcntl.flock(users, fcntl.LOCK_SH)
+        use_registered_and_not(bits, folder, prefix)
+    wine(bits, "a script after unregistration", os.path.join(folder, "daxscript.exe"), "samples\\validate.vbs",
+         "course.db", expected=1)
+
+
+def has_wine32():
+    """As tools/setup has found out."""
+    subprocess.run([os.path.join(ROOT, "tools", "setup"), "wine32"], stdin=subprocess.DEVNULL, capture_output=True,
+                   check=False)
+    try:
+        with open(os.path.join(ROOT, "build", "setup", "wine32"), encoding="utf-8") as answer:
+            return answer.read().strip() == "available"
+    except OSError:
+        return False
 
 
 def check_manual():
@@ -127,9 +157,9 @@ def check_manual():
 
 
 shutil.rmtree(WORK, ignore_errors=True)
-for scratch in (os.path.join(WORK, "none"), HOST):
-    os.makedirs(scratch)
+os.makedirs(os.path.join(WORK, "none"))
 run("tools/package", [os.path.join(ROOT, "tools", "package")])
+used = [64, 32] if has_wine32() else [64]
 if not problems:
     unpack()
     check_files(LINUX, LINUX_FILES)
@@ -138,6 +168,8 @@ if not problems:
         check_programs(one)
 if not problems:
     use_on_linux()
-    use_on_windows()
+    for one in used:
+        use_on_windows(one)
     check_manual()
-finish(problems, "unpacked, compiled against, used, registered and unregistered; the manual's commands say what it says")
+finish(problems, "unpacked, compiled against, used, registered and unregistered (" +
+       " and ".join(f"{one} bit" for one in used) + "); the manual's commands say what it says")

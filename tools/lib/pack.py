@@ -41,7 +41,7 @@ def samples(*patterns):
 def windows_files(bits):
     generated = os.path.join("build", f"win{bits}", "src", "ocx", "generated")
     files = pictures() | {name: read("build", f"win{bits}", "bin", name) for name in BINARIES}
-    texts = manual(True) | samples("*.vbs", "*.js", "cpp/*.cpp", "cpp/*.h", "cpp/*.manifest", "not-run/*")
+    texts = manual(True) | samples("README.md", "*.vbs", "*.js", "cpp/*.cpp", "cpp/*.h", "cpp/*.manifest", "not-run/*")
     for name in ("DAXControls", "ContentObjects"):
         files[f"{name}.tlb"] = read(generated, f"{name}.tlb")
         # The first line tells where the compiler has found its source.
