@@ -66,72 +66,64 @@ struct PlainLesson {
     int indent, position, type;
 };
 
+// Into plain structs, with a hash on the key; the file is opened and closed too, as the editor does it.
 void LoadWithSQLiteItself(benchmark::State& state, int64_t size) {
-    const test::TestDatabase& database = Hierarchy(size);
-    for (auto _ : state) {
-        bench::SQLiteFile file(database);
-        std::unordered_map<std::string, PlainLesson> lessons;
-        file.Read("SELECT lessonID, lessonTitle, lessonIdentifier, lessonProperties, parentID, indentLevel, "
-                  "sortPosition, lessonType FROM velmoraLessons ORDER BY indentLevel, sortPosition",
-                  [&lessons](sqlite3_stmt* row) {
-                      using bench::TextOf;
-                      PlainLesson lesson{TextOf(row, 0),
-                                         TextOf(row, 1),
-                                         TextOf(row, 2),
-                                         TextOf(row, 3),
-                                         TextOf(row, 4),
-                                         sqlite3_column_int(row, 5),
-                                         sqlite3_column_int(row, 6),
-                                         sqlite3_column_int(row, 7)};
-                      lessons.try_emplace(lesson.id, std::move(lesson));
-                  });
-        if (lessons.size() != static_cast<size_t>(size)) state.SkipWithError("lessons are missing");
-    }
-    state.SetItemsProcessed(state.iterations() * size);
+    bench::SQLiteFile file(Hierarchy(size));
+    std::unordered_map<std::string, PlainLesson> lessons;
+    file.Read("SELECT lessonID, lessonTitle, lessonIdentifier, lessonProperties, parentID, indentLevel, sortPosition, "
+              "lessonType FROM velmoraLessons ORDER BY indentLevel, sortPosition",
+              [&lessons](sqlite3_stmt* row) {
+                  using bench::TextOf;
+                  PlainLesson lesson{TextOf(row, 0),
+                                     TextOf(row, 1),
+                                     TextOf(row, 2),
+                                     TextOf(row, 3),
+                                     TextOf(row, 4),
+                                     sqlite3_column_int(row, 5),
+                                     sqlite3_column_int(row, 6),
+                                     sqlite3_column_int(row, 7)};
+                  lessons.try_emplace(lesson.id, std::move(lesson));
+              });
+    if (lessons.size() != static_cast<size_t>(size)) state.SkipWithError("lessons are missing");
 }
 
+// Both begin with no file open and end with all memory given back.
 void Load(benchmark::State& state, int64_t size) {
     const test::TestDatabase& database = Hierarchy(size);
-    for (auto _ : state) benchmark::DoNotOptimize(Loaded(database, size, state));
-    state.SetItemsProcessed(state.iterations() * size);
-    bench::RatioAtMost(state, 2);
+    bench::InTurn(
+        state, [&] { LoadWithSQLiteItself(state, size); },
+        [&] { benchmark::DoNotOptimize(Loaded(database, size, state)); }, 2, &bench::Times::processor);
 }
 
-void SaveWithSQLiteItself(benchmark::State& state, int64_t size) {
+// The engine itself is handed the finished statements; the editor makes them out of its nodes. Both open the file,
+// run one transaction and wait for its commit with the engine's own settings.
+void Save(benchmark::State& state, int64_t size) {
+    const auto editor = Loaded(Hierarchy(size), size, state);
     std::vector<std::string> statements;
-    for (const Text& statement : UpdatesOf(*Loaded(Hierarchy(size), size, state)))
-        statements.push_back(ToUtf8(statement));
-    for (auto _ : state) {
+    for (const Text& statement : UpdatesOf(*editor)) statements.push_back(ToUtf8(statement));
+    const auto plain = [&] {
         bench::SQLiteFile file(Hierarchy(size));
         bool isDone = file.Execute("BEGIN");
         for (const std::string& statement : statements) isDone = isDone && file.Execute(statement.c_str());
         if (!isDone || !file.Execute("COMMIT")) state.SkipWithError("not saved");
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(statements.size()));
+    };
+    bench::InTurn(
+        state, plain, [&] { editor->SaveDatabase(); }, 1.3, &bench::Times::processor);
 }
 
-void Save(benchmark::State& state, Engine engine, int64_t size, double ratioAtMost) {
+void SaveOnServer(benchmark::State& state, Engine engine, int64_t size) {
     if (bench::IsMissing(engine, state)) return;
     const auto editor = Loaded(Hierarchy(size, engine), size, state);
-    editor->SaveDatabase(); // as before the measurements it is compared with: the rows have their final values
-    for (auto _ : state) {
-        if (!editor->SaveDatabase()) break;
-    }
-    state.SetItemsProcessed(state.iterations() * size);
-    bench::RatioAtMost(state, ratioAtMost);
-}
-
-void SaveOneByOne(benchmark::State& state, Engine engine, int64_t size) {
-    if (bench::IsMissing(engine, state)) return;
-    const std::vector<Text> statements = UpdatesOf(*Loaded(Hierarchy(size, engine), size, state));
-    for (auto _ : state) {
+    const std::vector<Text> statements = UpdatesOf(*editor);
+    const auto plain = [&] {
         Connection connection;
         connection.Open(Hierarchy(size, engine).ConnectionString());
         connection.BeginTrans();
         for (const Text& statement : statements) connection.Execute(statement);
         connection.CommitTrans();
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(statements.size()));
+    };
+    bench::InTurn(
+        state, plain, [&] { editor->SaveDatabase(); }, 0.5, &bench::Times::clock);
 }
 
 #ifdef __GLIBC__
@@ -152,33 +144,24 @@ void MemoryPerLesson(benchmark::State& state) {
 BENCHMARK(MemoryPerLesson)->Name("Memory/100000 lessons in the editor")->Iterations(1);
 #endif
 
-void OnServer(Engine engine, const std::string& name) {
-    constexpr int64_t size = 100'000;
-    const std::string group = "Save 100000 lessons, " + name + "/";
-    const auto plain = [engine](benchmark::State& state) { SaveOneByOne(state, engine, size); };
-    const auto ours = [engine](benchmark::State& state) { Save(state, engine, size, 0.5); };
-    for (auto* row : {benchmark::RegisterBenchmark((group + "one statement per round trip").c_str(), plain),
-                      benchmark::RegisterBenchmark((group + "GroupEditor").c_str(), ours)})
-        row->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(1);
-}
-
 // The order in which they are registered is the order of the table.
 const bool isRegistered = [] {
-    using Measurement = void (*)(benchmark::State&, int64_t);
-    const auto add = [](const std::string& name, Measurement measurement, int64_t size) {
-        auto* const row = benchmark::RegisterBenchmark(name.c_str(), measurement, size)->Unit(benchmark::kMillisecond);
-        if (size >= 1'000'000) row->Iterations(1)->Repetitions(1);
+    const auto add = [](const std::string& name, auto measurement, int64_t turns) {
+        benchmark::RegisterBenchmark(name.c_str(), measurement)->Iterations(turns)->Repetitions(1);
     };
-    const auto save = [](benchmark::State& state, int64_t size) { Save(state, Engine::SQLite, size, 1.3); };
-    for (const int64_t size : {10'000, 100'000, 1'000'000}) {
-        const std::string lessons = " " + std::to_string(size) + " lessons, SQLite/";
-        add("Load" + lessons + "own interface", LoadWithSQLiteItself, size);
-        add("Load" + lessons + "GroupEditor", Load, size);
-        add("Save" + lessons + "own interface", SaveWithSQLiteItself, size);
-        add("Save" + lessons + "GroupEditor", save, size);
+    for (const auto& [size, turns] : {std::pair<int64_t, int64_t>{10'000, 25}, {100'000, 7}, {1'000'000, 3}}) {
+        const std::string what = std::to_string(size) + " lessons, SQLite/own interface/GroupEditor";
+        add(
+            "Load " + what, [size = size](benchmark::State& state) { Load(state, size); }, turns);
+        add(
+            "Save " + what, [size = size](benchmark::State& state) { Save(state, size); }, turns);
     }
-    OnServer(Engine::PostgreSQL, "PostgreSQL");
-    OnServer(Engine::MariaDB, "MariaDB");
+    for (const auto& [engine, name] : {std::pair{Engine::PostgreSQL, "PostgreSQL"}, {Engine::MariaDB, "MariaDB"}}) {
+        const std::string row =
+            std::string("Save 100000 lessons, ") + name + "/one statement per round trip/GroupEditor/real_time";
+        add(
+            row, [engine = engine](benchmark::State& state) { SaveOnServer(state, engine, 100'000); }, 1);
+    }
     return true;
 }();
 

@@ -1,6 +1,7 @@
 // What the measurements share. A row is named "group/row"; the first row of a group is what the others are compared
 // with. Work inside our own process is compared by processor time, which a busy machine leaves alone; what waits for a
-// server by the clock (its row ends in real_time).
+// server by the clock (its row ends in real_time). Where a ratio is promised, one measurement does both in turn, is
+// named "group/first row/second row", and the median of the turns' ratios counts.
 #pragma once
 
 #include "support/TestDatabases.h"
@@ -8,6 +9,9 @@
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <chrono>
+#include <ctime>
 #include <map>
 #include <memory>
 #include <string>
@@ -28,6 +32,43 @@ inline bool IsMissing(Engine engine, benchmark::State& state) {
     const std::string why = test::WhyNot(engine);
     if (!why.empty()) state.SkipWithError(why.c_str());
     return !why.empty();
+}
+
+// What a piece of work takes, in seconds.
+struct Times {
+    double clock, processor;
+};
+template <typename Work>
+Times Measured(Work work) {
+    const auto begin = std::chrono::steady_clock::now();
+    const std::clock_t beginOfProcessor = std::clock();
+    work();
+    const std::chrono::duration<double> clock = std::chrono::steady_clock::now() - begin;
+    return {clock.count(), static_cast<double>(std::clock() - beginOfProcessor) / CLOCKS_PER_SEC};
+}
+
+// Does one and the other in turn, so that what else the machine does meets both alike. The fastest turn of each and
+// the median of the ratios go to the table.
+template <typename Plain, typename Ours>
+void InTurn(benchmark::State& state, Plain plain, Ours ours, double ratioAtMost, double Times::*compared) {
+    std::vector<double> ratios;
+    Times best[2] = {{1e9, 1e9}, {1e9, 1e9}};
+    for (auto _ : state) {
+        const Times taken[2] = {Measured(plain), Measured(ours)};
+        ratios.push_back(taken[1].*compared / taken[0].*compared);
+        for (const int who : {0, 1}) {
+            best[who].clock = std::min(best[who].clock, taken[who].clock);
+            best[who].processor = std::min(best[who].processor, taken[who].processor);
+        }
+    }
+    if (ratios.empty()) return; // skipped
+    std::ranges::sort(ratios);
+    state.counters["ratio"] = ratios[ratios.size() / 2];
+    state.counters["first clock"] = best[0].clock;
+    state.counters["first processor"] = best[0].processor;
+    state.counters["second clock"] = best[1].clock;
+    state.counters["second processor"] = best[1].processor;
+    RatioAtMost(state, ratioAtMost);
 }
 
 // SQLite through its own interface.

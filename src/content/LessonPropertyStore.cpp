@@ -15,16 +15,31 @@ constexpr size_t blockBytes = 65536;
 
 uint32_t HashOf(TextView key) { return static_cast<uint32_t>(std::hash<TextView>()(key)); }
 
+// Texts are looked at and copied in blocks of a fixed size, which compilers take at once.
+constexpr size_t blockUnits = 16;
+
 bool NeedsTwoBytes(TextView text) {
-    unsigned all = 0;
+    uint64_t all = 0;
+    for (; text.size() >= blockUnits; text.remove_prefix(blockUnits)) {
+        uint64_t words[blockUnits / 4];
+        std::memcpy(words, text.data(), sizeof words);
+        for (const uint64_t word : words) all |= word;
+    }
     for (const char16_t unit : text) all |= unit;
-    return all > 0xFF;
+    return (all & 0xFF00FF00FF00FF00) != 0;
 }
 
 char* Pack(TextView text, bool isWide, char* to) {
     if (isWide) {
         if (!text.empty()) std::memcpy(to, text.data(), text.size() * sizeof(char16_t));
         return to + text.size() * sizeof(char16_t);
+    }
+    for (; text.size() >= blockUnits; text.remove_prefix(blockUnits), to += blockUnits) {
+        char16_t units[blockUnits];
+        char packed[blockUnits];
+        std::memcpy(units, text.data(), sizeof units);
+        for (size_t k = 0; k < blockUnits; ++k) packed[k] = static_cast<char>(units[k]);
+        std::memcpy(to, packed, sizeof packed);
     }
     for (const char16_t unit : text) *to++ = static_cast<char>(unit);
     return to;
@@ -79,9 +94,9 @@ void LessonPropertyStore::Add(TextView lessonID, TextView properties, TextView t
 
 char* LessonPropertyStore::Allocate(size_t bytes) {
     // A long one has a block of its own; what is free of the block before it stays in use.
-    if (bytes > blockBytes / 8) return blocks.emplace_back(std::make_unique<char[]>(bytes)).get();
+    if (bytes > blockBytes / 8) return blocks.emplace_back(std::make_unique_for_overwrite<char[]>(bytes)).get();
     if (bytes > freeBytes) {
-        blocks.push_back(std::make_unique<char[]>(blockBytes));
+        blocks.push_back(std::make_unique_for_overwrite<char[]>(blockBytes));
         free = blocks.back().get();
         freeBytes = blockBytes;
     }

@@ -3,7 +3,9 @@
 #include "data/OdbcErrors.h"
 #include "data/OdbcStatement.h"
 
+#include <algorithm>
 #include <array>
+#include <mutex>
 
 namespace dax {
 
@@ -32,12 +34,30 @@ Text DescribeFile(const Text& path, const Diagnostic& diagnostic) {
     return u"The database file " + name + u" cannot be opened: " + diagnostic.message;
 }
 
+// What the string means on this machine. The manager reads its files several times for each driver that it names, so
+// they are asked for once, and again when the one that is wanted was not among them.
+ConnectionTarget TargetHere(const Text& connectionString, const EnvironmentHandle& environment) {
+    static std::mutex mutex;
+    static std::vector<Text> known;
+    const std::scoped_lock lock(mutex);
+    const auto translate = [&] {
+        return TranslateConnectionString(connectionString, {known, [&](TextView dataSource) {
+                                                                return DriverOfDataSource(environment, dataSource);
+                                                            }});
+    };
+    if (known.empty()) known = InstalledDrivers(environment);
+    ConnectionTarget target = translate();
+    if (target.driver.empty() ||
+        std::ranges::any_of(known, [&](const Text& name) { return EqualNoCase(name, target.driver); }))
+        return target;
+    known = InstalledDrivers(environment);
+    return translate();
+}
+
 } // namespace
 
 OdbcConnection::OdbcConnection(const Text& connectionString) : environment(OpenEnvironment()) {
-    const Machine machine{InstalledDrivers(environment),
-                          [this](TextView dataSource) { return DriverOfDataSource(environment, dataSource); }};
-    const ConnectionTarget target = TranslateConnectionString(connectionString, machine);
+    const ConnectionTarget target = TargetHere(connectionString, environment);
     dialect = &DialectOf(target.engine);
     connection = ConnectionHandle(environment.Get());
     if (!connection) ThrowOdbcError(SQL_HANDLE_ENV, environment.Get(), *dialect);

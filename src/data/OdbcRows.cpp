@@ -9,7 +9,7 @@ namespace dax {
 
 namespace {
 
-constexpr size_t usualBytes = 512;  // bound for a column that tells no small size
+constexpr size_t usualBytes = 512;  // bound for a column at least
 constexpr size_t mostBytes = 32768; // longer texts are asked for one by one
 
 } // namespace
@@ -22,14 +22,14 @@ OdbcRows::OdbcRows(OdbcStatement& executed)
     if (count <= 0) throw Error(ErrorNumbers::Unspecified, u"The statement gives no rows.");
     for (SQLSMALLINT column = 1; column <= count; ++column) Describe(static_cast<SQLUSMALLINT>(column));
     buffers.resize(columns.size());
-    const bool freely = statement.Owner().GetsDataFreely();
     SQLFreeStmt(statement.Handle(), SQL_UNBIND);
+    if (statement.Owner().GetsDataFreely()) return; // a column is bound once it was asked for
     for (size_t i = 0; i < columns.size(); ++i) {
         const SQLULEN size = columns[i].size;
         const bool isShort = size > 0 && size < mostBytes / 8;
         // A driver with the strict rules gives what is not bound only behind the last bound column, and in order.
-        if (!freely && !isShort) break;
-        BindColumn(i, freely ? usualBytes : (std::max<size_t>(size, 40) + 1) * 4);
+        if (!isShort) break;
+        BindColumn(i, (std::max<size_t>(size, 40) + 1) * 4);
     }
 }
 
@@ -99,6 +99,7 @@ TextView OdbcRows::FieldText(size_t column) {
 void OdbcRows::Load(size_t column) {
     Buffer& buffer = buffers[column];
     buffer.isLoaded = true;
+    bool isEmpty = false;
     if (!buffer.isBound) {
         char16_t terminator = 0;
         buffer.length = 0;
@@ -106,16 +107,14 @@ void OdbcRows::Load(size_t column) {
                                             &terminator, unitSize, &buffer.length);
         statement.Check(result);
         if (result == SQL_NO_DATA) buffer.length = 0;
-        if (buffer.length == SQL_NULL_DATA || buffer.length == 0) return;
+        isEmpty = buffer.length == SQL_NULL_DATA || buffer.length == 0;
     }
-    LoadPieces(column, buffer.length > 0 ? static_cast<size_t>(buffer.length) : 0);
+    if (!isEmpty) LoadPieces(column, buffer.length > 0 ? static_cast<size_t>(buffer.length) : 0);
     // The next rows are likely to be as long.
     const SQLLEN length = buffer.length;
-    if (buffer.isBound && length > 0 && length < static_cast<SQLLEN>(mostBytes / 2) &&
-        statement.Owner().GetsDataFreely()) {
-        BindColumn(column, static_cast<size_t>(length) * 2 + 2);
-        buffer.length = length;
-    }
+    if (length >= static_cast<SQLLEN>(mostBytes / 2) || !statement.Owner().GetsDataFreely()) return;
+    BindColumn(column, std::max(usualBytes, static_cast<size_t>(std::max<SQLLEN>(length, 0)) * 2 + 2));
+    buffer.length = length;
 }
 
 void OdbcRows::LoadPieces(size_t column, size_t known) {

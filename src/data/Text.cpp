@@ -76,7 +76,12 @@ size_t CopyAscii(const From* from, size_t length, To* to) {
         uint64_t all = 0;
         for (const uint64_t word : words) all |= word;
         if (all & others) break;
-        for (size_t k = 0; k < block; ++k) to[i + k] = static_cast<To>(from[i + k]);
+        From units[block]; // not in place: compilers take all of a block at once where nothing can overlap
+        To copied[block];
+        std::memcpy(units, from + i, sizeof units);
+        for (size_t k = 0; k < block; ++k)
+            copied[k] = static_cast<To>(static_cast<std::make_unsigned_t<From>>(units[k]));
+        std::memcpy(to + i, copied, sizeof copied);
     }
     for (; i < length && static_cast<std::make_unsigned_t<From>>(from[i]) < 0x80; ++i) to[i] = static_cast<To>(from[i]);
     return i;

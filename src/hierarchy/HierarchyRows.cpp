@@ -129,13 +129,15 @@ void Load(const Text& connectionString, NodeTree& tree, LessonPropertyStore& sto
               connectionString, adOpenForwardOnly, adLockReadOnly, adOptionUnspecified);
     enum Columns : size_t { colID, colTitle, colIdentifier, colProperties, colParent, colIndent, colSort, colType };
     Node* const root = tree.First();
+    Node* parent = root; // mostly that of the row before too
     int64_t row = 0;
     for (; !rows.Eof(); rows.MoveNext()) {
         ++row;
         const TextView id = rows.FieldText(colID), title = rows.FieldText(colTitle);
         const TextView identifier = rows.FieldText(colIdentifier);
         if (id.empty()) throw Error(ErrorNumbers::Automation, NameRow(row, title) + u" has no lessonID.");
-        Node* parent = tree.Find(rows.FieldText(colParent));
+        const TextView parentID = rows.FieldText(colParent);
+        if (parent->Key() != parentID) parent = tree.Find(parentID);
         if (!parent) parent = root;
         Node* node = nullptr;
         try {

@@ -29,7 +29,8 @@ NodeTree::~NodeTree() {
 }
 
 Node& NodeTree::Add(Node* relative, Place place, TextView key, TextView caption, int image) {
-    CheckKey(key);
+    const size_t hash = HashOf(key);
+    CheckKey(key, hash);
     if (count == INT32_MAX) throw Error(overflow, u"The tree holds as many nodes as can be counted.");
     Node* const node = new Node;
     try {
@@ -42,7 +43,7 @@ Node& NodeTree::Add(Node* relative, Place place, TextView key, TextView caption,
     }
     node->tree = this;
     node->image = image;
-    if (!key.empty()) AddKey(*node, HashOf(key));
+    if (!key.empty()) AddKey(*node, hash);
     Link(*node, relative, place);
     node->previousAdded = lastAdded;
     (lastAdded ? lastAdded->nextAdded : firstAdded) = node;
@@ -87,9 +88,9 @@ void NodeTree::Clear() {
     }
 }
 
-Node* NodeTree::Find(TextView key) const {
-    if (key.empty()) return nullptr;
-    const size_t hash = HashOf(key);
+Node* NodeTree::Find(TextView key) const { return key.empty() ? nullptr : Find(key, HashOf(key)); }
+
+Node* NodeTree::Find(TextView key, size_t hash) const {
     Node* node = buckets[hash & (buckets.size() - 1)];
     while (node && (node->hash != hash || node->key != key)) node = node->nextInBucket;
     return node;
@@ -205,8 +206,8 @@ void NodeTree::ReserveKey() {
     buckets = std::move(larger);
 }
 
-void NodeTree::CheckKey(TextView key) const {
-    if (!Find(key)) return;
+void NodeTree::CheckKey(TextView key, size_t hash) const {
+    if (key.empty() || !Find(key, hash)) return;
     throw Error(duplicateKey, u"Two nodes cannot have the same key: '" + Text(Shorten(key, 100)) + u"'.");
 }
 
@@ -251,12 +252,13 @@ void NodeTree::EndUpdate(bool isUnwinding) {
 
 void Node::SetKey(const Text& newKey) {
     if (newKey == key) return;
-    tree->CheckKey(newKey);
+    const size_t newHash = HashOf(newKey);
+    tree->CheckKey(newKey, newHash);
     Text copy = newKey;
     tree->ReserveKey();
     tree->RemoveKey(*this);
     key.swap(copy);
-    if (!key.empty()) tree->AddKey(*this, HashOf(key));
+    if (!key.empty()) tree->AddKey(*this, newHash);
     tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Key); });
 }
 

@@ -59,7 +59,8 @@ private:
     void AddKey(Node& node, size_t hash);
     void RemoveKey(Node& node);
     void ReserveKey();
-    void CheckKey(TextView key) const;
+    Node* Find(TextView key, size_t hash) const;
+    void CheckKey(TextView key, size_t hash) const;
     void FixSelection();
     void BeginUpdate();
     void EndUpdate(bool isUnwinding);

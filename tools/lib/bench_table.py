@@ -1,9 +1,13 @@
 """Prints the result of Google Benchmark as a table. A row's name is "group/what"; each row is compared with the first
-of its group, by processor time, or by the clock where a server works (marked *). Of repetitions the fastest counts."""
+of its group, by processor time, or by the clock where a server works (marked *). Of repetitions the fastest counts.
+A name "group/first/second" stands for two rows that were measured in turn: their ratio is the median of the turns'."""
 import json
+import re
 import sys
 
 SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
+FIGURES = ("ratio at most", "seconds at most", "bytes per lesson")
+GROWTH = 1.2  # at most, of ours beside the engine's own, from the smallest number to the largest
 
 
 def readable(seconds):
@@ -18,16 +22,13 @@ class Row:
     def __init__(self, name, by_clock):
         self.name, self.by_clock = name, by_clock
         self.clock = self.processor = float("inf")
-        self.failure, self.figures = "", {}
+        self.failure, self.figures, self.ratio = "", {}, None
 
-    def add(self, run):
-        if run.get("error_occurred"):
-            self.failure = run.get("error_message") or "failed"
-            return
-        unit = SECONDS[run["time_unit"]]
-        self.clock = min(self.clock, run["real_time"] * unit)
-        self.processor = min(self.processor, run["cpu_time"] * unit)
-        self.figures = {key: run[key] for key in ("ratio at most", "seconds at most", "bytes per lesson") if key in run}
+    def add(self, run, clock, processor):
+        self.clock = min(self.clock, clock)
+        self.processor = min(self.processor, processor)
+        self.figures = {key: run[key] for key in FIGURES if key in run}
+        self.ratio = run.get("ratio")
 
     @property
     def seconds(self):
@@ -41,10 +42,41 @@ def read(path):
     for run in runs:
         if run.get("run_type") == "aggregate":
             continue
-        group, what, *rest = run["name"].split("/")
-        row = groups.setdefault(group, {}).setdefault(what, Row(what, "real_time" in rest))
-        row.add(run)
+        group, *names = [part for part in run["name"].split("/") if not re.match("(iterations|repeats):", part)]
+        by_clock = "real_time" in names
+        names = [name for name in names if name != "real_time"]
+        rows = [groups.setdefault(group, {}).setdefault(name, Row(name, by_clock)) for name in names]
+        if run.get("error_occurred"):
+            rows[-1].failure = run.get("error_message") or "failed"
+        elif len(rows) == 1:
+            unit = SECONDS[run["time_unit"]]
+            rows[0].add(run, run["real_time"] * unit, run["cpu_time"] * unit)
+        else:
+            for row, which in zip(rows, ("first", "second")):
+                row.add(run if which == "second" else {}, run[which + " clock"], run[which + " processor"])
     return groups
+
+
+def growths(groups):
+    """Adds a group for each family of groups whose names differ in a number and whose rows were measured in turn."""
+    families = {}
+    for group, rows in groups.items():
+        first, *others = rows.values()
+        number = re.search(r"\d+", group)
+        if number and len(others) == 1 and others[0].ratio and not first.failure:
+            name = group[: number.start()] + "{}" + group[number.end():]
+            families.setdefault(name, []).append((int(number.group()), first, others[0]))
+    for name, members in families.items():
+        (low, *small), (high, *large) = min(members), max(members)
+        if low == high:
+            continue
+        rows = groups.setdefault(name.format(f"{high} beside {low}") + ": times as long", {})
+        for less, more in zip(small, large):
+            rows[less.name] = Row(less.name, less.by_clock)
+            rows[less.name].clock = more.clock / less.clock
+            rows[less.name].processor = more.processor / less.processor
+        last = rows[small[1].name]
+        last.ratio, last.figures = large[1].ratio / small[1].ratio, {"ratio at most": GROWTH}
 
 
 def limit(row, ratio):
@@ -55,15 +87,19 @@ def limit(row, ratio):
     if "seconds at most" in row.figures:
         allowed = row.figures["seconds at most"]
         return f"at most {allowed:g} s: {'yes' if row.seconds <= allowed else 'NO'}"
+    if "bytes per lesson" in row.figures:
+        return f"{row.figures['bytes per lesson']:.0f} bytes per lesson"
     return ""
 
 
 def main():
     groups = read(sys.argv[1])
+    measured = len(groups)
+    growths(groups)
     failed = 0
-    width = max((len(what) for rows in groups.values() for what in rows), default=4) + 2
+    width = max((len(what) for rows in groups.values() for what in rows), default=4) + 4
     print(f"{'':<{width}}  {'by the clock':>12} {'processor':>12}  {'ratio':>6}")
-    for group, rows in groups.items():
+    for number, (group, rows) in enumerate(groups.items()):
         print(f"\n{group}")
         base = None
         for row in rows.values():
@@ -72,12 +108,14 @@ def main():
                 failed += 1
                 print(f"{label:<{width}}  {row.failure}")
                 continue
+            if row.seconds == float("inf"):
+                continue  # its partner tells why
             base = base or row.seconds
-            ratio = row.seconds / base
+            ratio = row.ratio or row.seconds / base
             mark = "*" if row.by_clock else " "
-            figures = f"{row.figures['bytes per lesson']:.0f} bytes per lesson" if "bytes per lesson" in row.figures else ""
-            print(f"{label:<{width}}  {readable(row.clock):>12} {readable(row.processor):>12}  {ratio:>6.2f}{mark} "
-                  f"{limit(row, ratio) or figures}".rstrip())
+            shown = readable if number < measured else lambda times: f"{times:8.1f} x "
+            print(f"{label:<{width}}  {shown(row.clock):>12} {shown(row.processor):>12}  {ratio:>6.2f}{mark} "
+                  f"{limit(row, ratio)}".rstrip())
     return 1 if failed or not groups else 0
 
 
