@@ -22,12 +22,14 @@ Text Overview() {
         name.resize(20, u' ');
         help += u"\n  " + name + Text(command->summary.substr(0, command->summary.find(u'\n')));
     }
-    return help + u"\n\nA database is the path of a SQLite file, or a connection string such as\n"
-                  u"  \"Driver={PostgreSQL Unicode};Server=localhost;Database=course;UID=me;PWD=secret\"\n"
-                  u"  \"Driver={MariaDB Unicode};Server=localhost;Database=course;UID=me;PWD=secret\"\n"
-                  u"  \"Provider=SQLOLEDB;Data Source=server;Initial Catalog=course;Integrated Security=SSPI\"\n\n"
-                  u"Exit codes: 0 valid or done, 1 refused or not all done, 2 wrong usage, 3 failure.\n"
-                  u"'dax COMMAND --help' explains one command; 'dax --version' tells the version.";
+    return help +
+           u"\n\nA database is the path of a SQLite file, or a connection string such as\n"
+           u"  \"Driver={PostgreSQL Unicode};Server=localhost;Database=course;UID=me;PWD=secret\"\n"
+           u"  \"Driver={MariaDB Unicode};Server=localhost;Database=course;UID=me;PWD=secret\"\n"
+           u"  \"Provider=SQLOLEDB;Data Source=server;Initial Catalog=course;Integrated Security=SSPI\"\n\n"
+           u"Exit codes: 0 valid or done, 1 refused or not all done, 2 wrong usage, 3 failure.\n"
+           u"'dax COMMAND --help' explains one command; 'dax --trace COMMAND' shows its statements; 'dax --version'\n"
+           u"tells the version.";
 }
 
 ExitCode Dispatch(std::span<const Text> words) {

@@ -7,23 +7,22 @@
 namespace dax::test {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
 TEST(CommandLineTest, HelpsOnStandardOutput) {
-    const std::vector<Text> names = {u"sample",   u"create", u"validate", u"validate-connector",
-                                     u"catalogs", u"tree",   u"lesson",   u"info",
-                                     u"locks",    u"edit",   u"map"};
     const Outcome overview = RunDax({u"--help"});
     EXPECT_EQ(overview.exitCode, 0);
     EXPECT_THAT(overview.errors, IsEmpty());
-    for (const Text& name : names) {
+    for (const Text name : {u"sample", u"create", u"validate", u"validate-connector", u"catalogs", u"pick", u"tree",
+                            u"lesson", u"info", u"locks", u"edit", u"map"}) {
         EXPECT_THAT(overview.output, HasSubstr("\n  " + ToUtf8(name) + " "));
-        const Outcome help = RunDax({name, u"--help"});
-        EXPECT_EQ(help.exitCode, 0);
-        EXPECT_THAT(help.output, HasSubstr("usage: dax " + ToUtf8(name)));
     }
+    const Outcome help = RunDax({u"map", u"--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_THAT(help.output, HasSubstr("usage: dax map"));
     EXPECT_THAT(RunDax({u"--version"}).output, HasSubstr("dax 3.3"));
 }
 
@@ -54,6 +53,9 @@ TEST(CommandLineTest, NamesWhatIsWrongWithTheUsage) {
         {{u"locks", u"a", u"--admin"}, "--delete"},
         {{u"locks", u"a", u"--sort", u"colour"}, "'colour'"},
         {{u"locks", u"a", u"--descending"}, "--sort"},
+        {{u"lesson", u"a", u"b", u"--utf-16"}, "--export"},
+        {{u"sample", u"a", u"--login", u"b"}, "--connector"},
+        {{u"pick", u"a"}, "--user"},
         {{u"edit", u"a"}, "--file COMMANDS"},
         {{u"edit", u"a", u"remove", u"b", u"--file", u"c"}, "not both"},
         {{u"map", u"a"}, "LESSON"},
@@ -70,13 +72,11 @@ TEST(CommandLineTest, NamesWhatIsWrongWithTheUsage) {
 
 TEST(CommandLineTest, PrintsScriptsForEveryEngine) {
     for (const Text engine : {u"access", u"sqlserver", u"sqlite", u"postgresql", u"mariadb"}) {
-        const Outcome content = RunDax({u"create", u"--print", engine});
-        EXPECT_EQ(content.exitCode, 0);
-        EXPECT_THAT(content.output, HasSubstr("velmoraAutonumbers"));
-        const Outcome connector = RunDax({u"create", u"--connector", u"--print", engine});
-        EXPECT_THAT(connector.output, HasSubstr("velmoraDBUserRights"));
-        EXPECT_THAT(connector.output, Not(HasSubstr("velmoraLessons")));
+        EXPECT_THAT(RunDax({u"create", u"--print", engine}).output, HasSubstr("velmoraAutonumbers"));
     }
+    const Outcome connector = RunDax({u"create", u"--connector", u"--print", u"sqlite"});
+    EXPECT_EQ(connector.exitCode, 0);
+    EXPECT_THAT(connector.output, AllOf(HasSubstr("velmoraDBUserRights"), Not(HasSubstr("velmoraLessons"))));
 }
 
 } // namespace

@@ -28,32 +28,67 @@ std::string TreeOf(const TestDatabase& database) {
     return ids;
 }
 
-class HierarchyCommandsTest : public EngineTest {
-protected:
-    void SetUp() override {
-        EngineTest::SetUp();
-        if (database) MakeCourse(*database);
-    }
+class HierarchyCommandsTest : public EngineTest {};
 
-    Outcome Run(Text command, std::vector<Text> words) const {
-        words.insert(words.begin(), {std::move(command), database->ConnectionString()});
+TEST_P(HierarchyCommandsTest, EditsInOneTransaction) {
+    MakeCourse(*database);
+    const TempFolder folder;
+    const auto edit = [this](std::vector<Text> words) {
+        words.insert(words.begin(), {u"edit", database->ConnectionString()});
         return RunDax(words);
-    }
+    };
+    const Outcome wrong = edit({u"--file", folder.Write(u"c.txt", "remove L-1\nmove x1 in l3")});
+    EXPECT_EQ(wrong.exitCode, 1);
+    EXPECT_THAT(wrong.errors, HasSubstr("line 2: 'Two lines' is no group"));
+    EXPECT_EQ(TreeOf(*database), "g1 >l1 >l2 >g2 l3 x1");
 
-    std::string Tree() const { return TreeOf(*database); }
-};
+    const Outcome dry = edit({u"remove", u"g1", u"--dry-run"});
+    EXPECT_EQ(dry.output, "Not saved: 4 removed\n") << dry.errors;
+    const Outcome done =
+        edit({u"--file", folder.Write(u"語.txt", "\xEF\xBB\xBF# all kinds\r\n"
+                                                 "add group \"New \\\"語\\\" 😀\" identifier N id n1\r\n"
+                                                 "add lesson O'Neil in N id n2 identifier \"a b\"\n"
+                                                 "add lesson gone in N id n3\n"
+                                                 "remove n3\n"
+                                                 "move \"a b\" before L-1\n"
+                                                 "move l2 in N  # from one group to the other\n"
+                                                 "update L-2 identifier L-9 type group\n"
+                                                 "move L-9 outdent\n"
+                                                 "remove G-1 keep-children\n"
+                                                 "move l3 down\n"
+                                                 "move N before x1")});
+    EXPECT_EQ(done.output, "Saved: 3 added, 1 updated, 2 removed, 5 moved\n") << done.errors;
+    EXPECT_EQ(TreeOf(*database), "g2 l1 n2 n1 x1 l3 l2");
+    EXPECT_EQ(database->Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE lessonID = 'n1'"), u"New \"語\" 😀");
+    EXPECT_EQ(database->Ask(u"SELECT lessonIdentifier FROM velmoraLessons WHERE lessonID = 'l2' AND lessonType = 0"),
+              u"L-9");
+    // What the commands did not name is as it was.
+    EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM velmoraLessons WHERE lessonID = 'l1' AND lessonProperties LIKE "
+                            u"'%StoryboardCount=3%' AND lessonTitle LIKE 'O''Neil%'"),
+              u"1");
+    EXPECT_EQ(edit({u"add", u"lesson", u"Last", u"id", u"z", u"after", u"n1"}).exitCode, 0);
+    EXPECT_EQ(TreeOf(*database), "g2 l1 n2 n1 z x1 l3 l2");
+}
 
-TEST_P(HierarchyCommandsTest, ShowsTheTree) {
-    EXPECT_THAT(Run(u"tree", {}).output, EndsWith("  2 groups, 3 lessons, 1 other\n"
+INSTANTIATE_TEST_SUITE_P(Engines, HierarchyCommandsTest, ::testing::ValuesIn(AllEngines()), EngineName);
+
+TEST(EntryCommandsTest, DescribeTheTreeAndItsEntries) {
+    TestDatabase database(Engine::SQLite);
+    MakeCourse(database);
+    const auto run = [&](Text command, std::vector<Text> words) {
+        words.insert(words.begin(), {std::move(command), database.ConnectionString()});
+        return RunDax(words);
+    };
+    EXPECT_THAT(run(u"tree", {}).output, EndsWith("  2 groups, 3 lessons, 1 other\n"
                                                   "├─ Grundlagen 語  [G-1]  1 group, 2 lessons\n"
                                                   "│  ├─ O'Neil's \"first\"  [L-1]\n"
                                                   "│  ├─ Привет 😀  [L-2]\n"
                                                   "│  └─ (untitled)  [G-2]  empty\n"
                                                   "├─ Two lines  [DUP]\n"
                                                   "└─ Odd  [DUP]  other: empty\n"));
-    EXPECT_EQ(Run(u"tree", {u"G-1", u"--depth", u"0"}).output, "Grundlagen 語  [G-1]  1 group, 2 lessons\n");
+    EXPECT_EQ(run(u"tree", {u"G-1", u"--depth", u"0"}).output, "Grundlagen 語  [G-1]  1 group, 2 lessons\n");
     EXPECT_EQ(
-        Run(u"tree", {u"g1", u"--depth=1", u"--json"}).output,
+        run(u"tree", {u"g1", u"--depth=1", u"--json"}).output,
         "{\"entries\":[\n"
         "{\"lessonID\":\"g1\",\"title\":\"Grundlagen 語\",\"identifier\":\"G-1\",\"type\":\"group\",\"parentID\":\"\","
         "\"level\":1,\"position\":1,\"groups\":1,\"lessons\":2,\"others\":0},\n"
@@ -63,56 +98,11 @@ TEST_P(HierarchyCommandsTest, ShowsTheTree) {
         "\"level\":2,\"position\":2,\"groups\":0,\"lessons\":0,\"others\":0},\n"
         "{\"lessonID\":\"g2\",\"title\":\"\",\"identifier\":\"G-2\",\"type\":\"group\",\"parentID\":\"g1\",\"level\":2,"
         "\"position\":3,\"groups\":0,\"lessons\":0,\"others\":0}]}\n");
-    const Outcome twice = Run(u"tree", {u"DUP"});
+    const Outcome twice = run(u"tree", {u"DUP"});
     EXPECT_EQ(twice.exitCode, 1);
     EXPECT_THAT(twice.errors, AllOf(HasSubstr("2 entries have the identifier 'DUP'"), HasSubstr("\n  l3  Two lines\n"),
                                     HasSubstr("\n  x1  Odd\n")));
-}
 
-TEST_P(HierarchyCommandsTest, EditsInOneTransaction) {
-    const TempFolder folder;
-    const Outcome wrong = Run(u"edit", {u"--file", folder.Write(u"c.txt", "remove L-1\nmove x1 in l3")});
-    EXPECT_EQ(wrong.exitCode, 1);
-    EXPECT_THAT(wrong.errors, HasSubstr("line 2: 'Two lines' is no group"));
-    EXPECT_EQ(Tree(), "g1 >l1 >l2 >g2 l3 x1");
-
-    const Outcome dry = Run(u"edit", {u"remove", u"g1", u"--dry-run"});
-    EXPECT_EQ(dry.output, "Not saved: 4 removed\n") << dry.errors;
-    const Outcome done =
-        Run(u"edit", {u"--file", folder.Write(u"語.txt", "\xEF\xBB\xBF# all kinds\r\n"
-                                                         "add group \"New \\\"語\\\" 😀\" identifier N id n1\r\n"
-                                                         "add lesson O'Neil in N id n2 identifier \"a b\"\n"
-                                                         "add lesson gone in N id n3\n"
-                                                         "remove n3\n"
-                                                         "move \"a b\" before L-1\n"
-                                                         "move l2 in N  # from one group to the other\n"
-                                                         "update L-2 identifier L-9 type group\n"
-                                                         "move L-9 outdent\n"
-                                                         "remove G-1 keep-children\n"
-                                                         "move l3 down\n"
-                                                         "move N before x1")});
-    EXPECT_EQ(done.output, "Saved: 3 added, 1 updated, 2 removed, 5 moved\n") << done.errors;
-    EXPECT_EQ(Tree(), "g2 l1 n2 n1 x1 l3 l2");
-    EXPECT_EQ(database->Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE lessonID = 'n1'"), u"New \"語\" 😀");
-    EXPECT_EQ(database->Ask(u"SELECT lessonIdentifier FROM velmoraLessons WHERE lessonID = 'l2' AND lessonType = 0"),
-              u"L-9");
-    // What the commands did not name is as it was.
-    EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM velmoraLessons WHERE lessonID = 'l1' AND lessonProperties LIKE "
-                            u"'%StoryboardCount=3%' AND lessonTitle LIKE 'O''Neil%'"),
-              u"1");
-    EXPECT_EQ(Run(u"edit", {u"add", u"lesson", u"Last", u"id", u"z", u"after", u"n1"}).exitCode, 0);
-    EXPECT_EQ(Tree(), "g2 l1 n2 n1 z x1 l3 l2");
-}
-
-INSTANTIATE_TEST_SUITE_P(Engines, HierarchyCommandsTest, ::testing::ValuesIn(AllEngines()), EngineName);
-
-TEST(EntryCommandsTest, DescribeOneEntry) {
-    TestDatabase database(Engine::SQLite);
-    MakeCourse(database);
-    const auto run = [&](Text command, std::vector<Text> words) {
-        words.insert(words.begin(), {std::move(command), database.ConnectionString()});
-        return RunDax(words);
-    };
     EXPECT_THAT(run(u"lesson", {u"L-1"}).output,
                 StartsWith("lesson: O'Neil's \"first\"\n\nproperties\n  Classification   internal\n"));
     const Outcome json = run(u"lesson", {u"l1", u"--json"});

@@ -1,5 +1,6 @@
-// What an application finds when it starts: a connector that lists one catalog, with a login of its own, both on one
-// server or in two files. "anna" administers the catalog, "guest" may open none.
+// What an application finds when it starts: a connector and a catalog that it lists, with a login of its own, both on
+// one server or in two files. "anna" administers the catalog and may open a second one, which is only listed; "guest"
+// may open none.
 #pragma once
 
 #include "CourseRows.h"
@@ -23,7 +24,11 @@ public:
               u"velmoraDBList (dbID, dbCatalogName, username, password, dbTitle, dbDescription) VALUES (1, '" +
                   content.Name() + u"', '" + login.name + u"', '" + Text(Login::password) +
                   u"', 'Kurs 語', 'the start')",
-              Text(u"velmoraDBUserRights (userID, dbID, rights) VALUES (1, 1, 1)")}) {
+              Text(u"velmoraDBList (dbID, dbCatalogName, username, password, dbTitle, dbDescription) VALUES (2, "
+                   u"'second', "
+                   u"'', '', 'Second', '')"),
+              Text(u"velmoraDBUserRights (userID, dbID, rights) VALUES (1, 1, 1)"),
+              Text(u"velmoraDBUserRights (userID, dbID, rights) VALUES (1, 2, 0)")}) {
             statements.push_back(u"INSERT INTO " + row);
         }
         connector.Run(statements);

@@ -1,8 +1,7 @@
 #include "Driver.h"
 
 #include "../../apps/workbench/Ids.h"
-#include "data/Schema.h"
-#include "support/TestDatabases.h"
+#include "cli/TypicalStart.h"
 
 #include <commctrl.h>
 #include <gmock/gmock.h>
@@ -18,48 +17,18 @@ using ::testing::HasSubstr;
 
 namespace {
 
-// A group with two lessons, of which the first one has two pages and a lock.
-void FillCourse(const TestDatabase& course) {
-    course.Run(Schema::CreateStatements(Schema::Database::Content, Engine::SQLite));
-    const Text lessons = u"INSERT INTO velmoraLessons (lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, "
-                         u"sortPosition, lessonType, lessonProperties, guideData, lessonData) VALUES ";
-    const Text locks =
-        u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
-        u"lockType) VALUES ";
-    course.Run({lessons + u"('G', 'The group', 'G-1', '', 1, 1, 0, '', '', '')",
-                lessons + u"('A', 'Alpha', 'L-1', 'G', 2, 1, 1, '', '', 'lesson\t1\n"
-                          u"storyboard\tp1\ttext\tONE\tFirst page\nstoryboard\tp2\tquestion\tTWO\tSecond page\n"
-                          u"map\tMain\tdefault\npage\t1\tp1\npage\t1\tp2\n')",
-                lessons + u"('B', 'Beta', 'L-2', 'G', 2, 2, 1, '', '', '')",
-                locks + u"('A', 'anna', 'PC', '10.0.0.1', 's1', '2020-01-01 10:00:00', 1)",
-                locks + u"('B', 'bert', 'PC', '10.0.0.2', 's2', '2020-01-01 10:00:00', 2)"});
-}
-
 class WorkbenchTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        FillCourse(content);
-        connector.Run(Schema::CreateStatements(Schema::Database::Connector, Engine::SQLite));
-        connector.Run({u"INSERT INTO velmoraDBUsers (userID, username, superUser) VALUES (1, 'Ann', 0)",
-                       u"INSERT INTO velmoraDBList (dbID, dbCatalogName, username, password, dbTitle, dbDescription) "
-                       u"VALUES (1, 'alpha', 'writer', 'secret', 'First course', 'Where to begin')",
-                       u"INSERT INTO velmoraDBList (dbID, dbCatalogName, username, password, dbTitle, dbDescription) "
-                       u"VALUES (2, 'beta', 'reader', '', 'Second course', '')",
-                       u"INSERT INTO velmoraDBUserRights (userID, dbID, rights) VALUES (1, 1, 2)",
-                       u"INSERT INTO velmoraDBUserRights (userID, dbID, rights) VALUES (1, 2, 0)"});
-    }
+    std::wstring Content() const { return Wide(start.Catalog()); }
 
-    std::wstring Content() const { return Wide(content.Name()); }
-    std::wstring Connector() const { return Wide(connector.Name()); }
-
-    TestDatabase content{Engine::SQLite};
-    TestDatabase connector{Engine::SQLite};
-    TempFolder folder;
+    const TypicalStart start{Engine::SQLite};
+    const TestDatabase& content = start.Content();
+    const TempFolder folder;
 };
 
 TEST_F(WorkbenchTest, TakesAPictureOfEveryPageInItsStates) {
     const std::wstring shots = Wide(folder.File(u"shots"));
-    Workbench program({Content(), L"--connector", Connector(), L"--user", L"Ann", L"--shots", shots});
+    Workbench program({Content(), L"--connector", Wide(start.Connector()), L"--user", L"anna", L"--shots", shots});
     ASSERT_EQ(program.ExitCode(), 0) << program.Said();
     std::map<std::wstring, Image> images;
     for (const wchar_t* name :
@@ -83,13 +52,12 @@ TEST_F(WorkbenchTest, TakesAPictureOfEveryPageInItsStates) {
     EXPECT_TRUE(differ(L"connector-loaded", L"connector-nouser", 16, 27, 97, 50)) << "DatabaseValidator";
     EXPECT_TRUE(differ(L"hierarchy-lesson", L"hierarchy-group", 16, 17, 64, 60)) << "GroupEditor";
     EXPECT_TRUE(differ(L"hierarchy-lesson", L"hierarchy-group", 68, 28, 97, 54)) << "LessonInfo";
-    EXPECT_TRUE(differ(L"hierarchy-lesson", L"hierarchy-database", 68, 57, 97, 65)) << "LockInfo";
+    EXPECT_TRUE(differ(L"hierarchy-lesson", L"hierarchy-group", 68, 57, 97, 65)) << "LockInfo";
     EXPECT_TRUE(differ(L"lessonmap-opened", L"lessonmap-checked", 16, 17, 64, 60)) << "LessonMapEditor";
     EXPECT_TRUE(differ(L"locks-all", L"locks-selected", 16, 21, 97, 60)) << "LockManager";
-    EXPECT_EQ(connector.Ask(u"SELECT username || '/' || lastCatalog FROM velmoraConnectionHistory"), u"Ann/alpha");
     // Pictures change nothing.
-    EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraLessons"), u"3");
-    EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"2");
+    EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraLessons"), u"6");
+    EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"3");
 }
 
 TEST_F(WorkbenchTest, RefusesArgumentsInWords) {
@@ -152,35 +120,6 @@ TEST_F(WorkbenchTest, IsDrivenByTheKeyboard) {
     EXPECT_EQ(program.ExitCode(), 0) << program.Said();
 }
 
-TEST_F(WorkbenchTest, PicksACatalogAndRecordsTheConnection) {
-    Workbench program({L"--connector", Connector(), L"--user", L"Ann"});
-    const HWND list = GetDlgItem(program.Frame(), idPages);
-    ASSERT_TRUE(program.Until([&] { return program.Focus() != nullptr; }));
-    program.Press(list, VK_DOWN);
-    ASSERT_TRUE(program.Until([&] { return IsWindowVisible(program.Field(1, idRecord)); }));
-    const auto pressAndExpect = [&](int button, const wchar_t* expected) {
-        PostMessageW(program.Field(1, button), BM_CLICK, 0, 0);
-        return program.Until([&] { return program.FieldText(1, idResult).starts_with(expected); });
-    };
-    EXPECT_TRUE(pressAndExpect(idRecord, L"Nothing recorded"));
-    EXPECT_TRUE(pressAndExpect(idValidate, L"Valid."));
-    const HWND log = GetDlgItem(program.Frame(), idEvents);
-    const LRESULT before = SendMessageW(log, LVM_GETITEMCOUNT, 0, 0);
-    EXPECT_TRUE(pressAndExpect(idLoad, L"Catalogs loaded."));
-    // The event that the control raised, and the call that made it do so.
-    EXPECT_EQ(SendMessageW(log, LVM_GETITEMCOUNT, 0, 0), before + 2);
-    // Tab leads from the button into the control, whose list then takes the arrow key; the event comes from there.
-    program.Press(program.Field(1, idLoad), VK_TAB);
-    ASSERT_TRUE(program.Until([&] { return IsChild(program.Field(1, idPicker), program.Focus()); }));
-    program.Press(program.Focus(), VK_DOWN);
-    EXPECT_TRUE(program.Until([&] { return SendMessageW(log, LVM_GETITEMCOUNT, 0, 0) == before + 3; }));
-    // And out of it again.
-    program.Press(program.Focus(), VK_TAB);
-    EXPECT_TRUE(program.Until([&] { return program.Focus() == program.Field(1, idEnabled); }));
-    EXPECT_TRUE(pressAndExpect(idRecord, L"Connection recorded for Ann"));
-    EXPECT_EQ(connector.Ask(u"SELECT username || '/' || lastCatalog FROM velmoraConnectionHistory"), u"Ann/beta");
-}
-
 TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
     constexpr int page = 2;
     Workbench program({Content()});
@@ -188,15 +127,15 @@ TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
     const auto shows = [&](int field, const wchar_t* text) {
         return program.Until([&] { return program.FieldText(page, field) == text; });
     };
-    ASSERT_TRUE(shows(idResult, L"3 entries loaded.")) << program.Said();
+    ASSERT_TRUE(shows(idResult, L"6 entries loaded.")) << program.Said();
     const HWND tree = program.Inside(program.Field(page, idTree), WC_TREEVIEWW);
     const int row = static_cast<int>(SendMessageW(tree, TVM_GETITEMHEIGHT, 0, 0));
     program.Click(tree, 60, row + row / 2); // the one below the database
-    ASSERT_TRUE(shows(idTitle, L"The group"));
+    ASSERT_TRUE(shows(idIdentifier, L"G-1"));
     EXPECT_TRUE(program.Until([&] { return program.Focus() == tree; }));
     program.Press(tree, VK_RIGHT);
     program.Press(tree, VK_DOWN);
-    ASSERT_TRUE(shows(idTitle, L"Alpha"));
+    ASSERT_TRUE(shows(idTitle, L"O'Neil's \"first\""));
     EXPECT_EQ(program.FieldText(page, idIdentifier), L"L-1");
 
     program.Press(tree, VK_DOWN, true);
@@ -205,14 +144,13 @@ TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
     EXPECT_TRUE(shows(idResult, L"Updated; not yet saved."));
     program.Command(page, idSave);
     EXPECT_TRUE(shows(idResult, L"Saved."));
-    EXPECT_EQ(content.Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE parentID = 'G' AND sortPosition = "
-                          u"(SELECT Max(sortPosition) FROM velmoraLessons WHERE parentID = 'G')"),
+    EXPECT_EQ(content.Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE parentID = 'g1' AND sortPosition = 2"),
               u"Alpha of today");
 
     program.Press(tree, VK_DELETE);
     EXPECT_TRUE(program.Answer(IDNO));
     program.Press(tree, VK_UP);
-    ASSERT_TRUE(shows(idTitle, L"Beta"));
+    ASSERT_TRUE(shows(idIdentifier, L"L-2"));
     program.Press(tree, VK_DELETE);
     EXPECT_TRUE(program.Answer(IDYES));
     EXPECT_TRUE(shows(idResult, L"Removed; not yet saved."));
@@ -221,10 +159,11 @@ TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
     EXPECT_TRUE(program.Answer(IDYES));
     EXPECT_EQ(program.ExitCode(), 0) << program.Said();
     EXPECT_EQ(content.Ask(u"SELECT group_concat(lessonID) FROM (SELECT lessonID FROM velmoraLessons ORDER BY 1)"),
-              u"A,G");
+              u"g1,g2,l1,l3,x1");
 }
 
-TEST_F(WorkbenchTest, OpensALessonsMapByMouseAndKey) {
+// In a locked tree Enter opens the map, too; otherwise the key would be the dialog's.
+TEST_F(WorkbenchTest, OpensALessonsMapByKey) {
     constexpr int hierarchy = 2, map = 3;
     Workbench program({Content()});
     ASSERT_TRUE(program.Show(hierarchy));
@@ -234,65 +173,45 @@ TEST_F(WorkbenchTest, OpensALessonsMapByMouseAndKey) {
         return program.Until([&] { return program.FieldText(page, field) == text; });
     };
     program.Click(tree, 60, row + row / 2);
-    ASSERT_TRUE(shows(hierarchy, idTitle, L"The group"));
+    ASSERT_TRUE(shows(hierarchy, idIdentifier, L"G-1"));
     program.Press(tree, VK_RIGHT);
     program.Press(tree, VK_DOWN);
-    ASSERT_TRUE(shows(hierarchy, idTitle, L"Alpha"));
-    program.Click(tree, 90, 2 * row + row / 2, 2);
-    ASSERT_TRUE(program.Until([&] { return IsWindowVisible(program.Field(map, idMap)); })) << program.Said();
-    EXPECT_TRUE(shows(map, idEntry, L"Alpha"));
-    EXPECT_TRUE(shows(map, idCounts, L"2 pages in 1 map, 0 checked"));
-
-    // In a locked tree Enter opens, too; otherwise the key would be the dialog's.
-    ASSERT_TRUE(program.Show(hierarchy));
+    ASSERT_TRUE(shows(hierarchy, idIdentifier, L"L-1"));
     PostMessageW(program.Field(hierarchy, idLocked), BM_CLICK, 0, 0);
     program.Click(tree, 90, 2 * row + row / 2);
     ASSERT_TRUE(program.Until([&] { return program.Focus() == tree; }));
     program.Press(tree, VK_RETURN);
-    ASSERT_TRUE(program.Until([&] { return IsWindowVisible(program.Field(map, idMap)); }));
+    ASSERT_TRUE(shows(map, idCounts, L"3 pages in 1 map, 0 checked")) << program.Said();
 
-    ASSERT_TRUE(program.Fill(map, idSearch, L"TWO"));
+    ASSERT_TRUE(program.Fill(map, idSearch, L"q-1"));
     program.Press(program.Field(map, idSearch), VK_RETURN);
-    ASSERT_TRUE(shows(map, idTitle, L"Second page"));
+    ASSERT_TRUE(shows(map, idIdentifier, L"Q-1"));
     ASSERT_TRUE(program.Fill(map, idTitle, L"Page of today"));
     program.Press(program.Field(map, idTitle), VK_RETURN);
     EXPECT_TRUE(shows(map, idResult, L"Updated; not yet saved."));
-    program.Press(program.Inside(program.Field(map, idMap), WC_TREEVIEWW), VK_UP, true);
     program.Command(map, idSave);
     EXPECT_TRUE(shows(map, idResult, L"Saved."));
-    EXPECT_EQ(content.Ask(u"SELECT lessonData LIKE '%Page of today%page%p2%page%p1%' FROM velmoraLessons WHERE "
-                          u"lessonID = 'A'"),
+    EXPECT_EQ(content.Ask(u"SELECT lessonData LIKE '%s2%Page of today%' FROM velmoraLessons WHERE lessonID = 'l1'"),
               u"1");
 }
 
-TEST_F(WorkbenchTest, ListsAndClearsLocks) {
+TEST_F(WorkbenchTest, AsksWhenTheLocksCannotBeRead) {
     constexpr int page = 4;
     Workbench program({Content()});
     ASSERT_TRUE(program.Show(page));
-    const auto result = [&](const wchar_t* start) {
-        return program.Until([&] { return program.FieldText(page, idResult).starts_with(start); });
+    const auto shows = [&](int field, const wchar_t* text) {
+        return program.Until([&] { return program.FieldText(page, field).starts_with(text); });
     };
-    ASSERT_TRUE(result(L"2 locks listed.")) << program.Said();
-    const HWND list = program.Inside(program.Field(page, idLocks), WC_LISTVIEWW);
-    RECT header;
-    GetClientRect(program.Inside(list, WC_HEADERW), &header);
-    program.Click(list, 20, header.bottom + 8);
-    ASSERT_TRUE(
-        program.Until([&] { return program.FieldText(page, idCounts).find(L"Selected: 1 (") != std::wstring::npos; }));
-    program.Press(list, VK_DELETE);
-    EXPECT_TRUE(program.Answer(IDYES));
-    EXPECT_TRUE(result(L"1 lock deleted"));
-    EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"1");
-
+    ASSERT_TRUE(shows(idResult, L"3 locks listed.")) << program.Said();
     content.Run({u"ALTER TABLE velmoraUserLocks RENAME TO elsewhere"});
     PostMessageW(program.Field(page, idLoad), BM_CLICK, 0, 0);
     EXPECT_TRUE(program.Answer(IDABORT));
-    EXPECT_TRUE(result(L"Refresh: "));
+    EXPECT_TRUE(shows(idResult, L"Refresh: "));
     PostMessageW(program.Field(page, idLoad), BM_CLICK, 0, 0);
     ASSERT_TRUE(program.Question());
     content.Run({u"ALTER TABLE elsewhere RENAME TO velmoraUserLocks"});
     EXPECT_TRUE(program.Answer(IDRETRY));
-    EXPECT_TRUE(program.Until([&] { return program.FieldText(page, idCounts).starts_with(L"1 lock:"); }));
+    EXPECT_TRUE(shows(idCounts, L"3 locks:"));
 }
 
 } // namespace
