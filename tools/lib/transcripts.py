@@ -14,6 +14,7 @@ import tempfile
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 BLOCK = re.compile(r"^```console\n(.*?)^```$", re.M | re.S)
 SERVERS = ("POSTGRES", "MARIADB")
+PROGRESS = re.compile(r"(?:reading|editing|saving|writing)[a-z ]*: \d+(?: %)?")  # what dax says when it takes long
 
 
 def pages():
@@ -27,7 +28,7 @@ def run(command, folder, programs):
     done = subprocess.run(["bash", "-c", command], cwd=folder, env=environment, stdin=subprocess.DEVNULL,
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace", check=False,
                           timeout=300)
-    return [line.rstrip() for line in done.stdout.splitlines()]
+    return [line.rstrip() for line in done.stdout.splitlines() if not PROGRESS.fullmatch(line)]
 
 
 def fits(said, expected):
