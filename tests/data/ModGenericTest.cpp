@@ -77,10 +77,8 @@ TEST(ModGenericTest, LooksAtFiles) {
     EXPECT_TRUE(FileExists(plain));
     EXPECT_TRUE(FileExists(odd));
     EXPECT_FALSE(IsFileReadOnly(odd));
-    const Text none[] = {folder.File(u"none"), folder.File(u""), plain + u"/x", u"", Text{0xD800}, u"\\\\?\\:*"};
-    for (const Text& path : none) EXPECT_FALSE(FileExists(path)) << ToUtf8(path);
-    for (const Text& path : none) EXPECT_FALSE(IsFileReadOnly(path)) << ToUtf8(path);
-
+    for (const Text& path : {folder.File(u"none"), folder.File(u""), plain + u"/x", Text(), Text{0xD800}})
+        EXPECT_FALSE(FileExists(path) || IsFileReadOnly(path)) << ToUtf8(path);
     const std::filesystem::path path = folder.Path() / "plain.db";
     using std::filesystem::perms;
     const perms writing = perms::owner_write | perms::group_write | perms::others_write;
@@ -111,7 +109,6 @@ TEST(ModGenericTest, CollectsIdentifiersInOrderAndOnce) {
     CollectionRemoveKey(collection, *collection.begin()); // the text inside the collection itself
     EXPECT_FALSE(CollectionHasKey(collection, u"b"));
     CollectionAddKey(collection, u"b");
-    EXPECT_EQ(Items(collection), (std::vector<Text>{u"a", u"", u"A", u"b"}));
 
     IDCollection copy = collection;
     CollectionRemoveAll(collection, copy);
@@ -121,10 +118,8 @@ TEST(ModGenericTest, CollectsIdentifiersInOrderAndOnce) {
     CollectionAddAll(collection, copy);
     CollectionAddAll(collection, collection);
     EXPECT_EQ(Items(collection), (std::vector<Text>{u"", u"A", u"b"}));
-    copy = std::move(collection);
-    CollectionRemoveAll(copy, copy);
-    EXPECT_TRUE(copy.IsEmpty());
-    EXPECT_FALSE(CollectionHasKey(copy, u"b"));
+    CollectionRemoveAll(collection, collection);
+    EXPECT_TRUE(collection.IsEmpty());
 }
 
 } // namespace

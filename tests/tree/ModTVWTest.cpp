@@ -71,29 +71,6 @@ TEST_F(ModTVW, Expansion) {
     EXPECT_FALSE(a2.IsExpanded());
 }
 
-TEST_F(ModTVW, MovesCarryEverything) {
-    a.SetCaption(u"A");
-    a.SetTag(u"tag");
-    a.SetImage(3);
-    a.SetExpanded(true);
-    tree.Select(&a2);
-    ASSERT_TRUE(MoveTreeNode(tree, &a, gmtDown));
-    EXPECT_EQ(Joined(GetDescendantKeys(&root)), u"b a a1 a2 a21 ");
-    EXPECT_FALSE(MoveTreeNode(tree, &a, gmtOutdent));
-    EXPECT_FALSE(MoveTreeNode(tree, &a, GroupMovementTypes(5)));
-    ASSERT_TRUE(MoveTreeNode(tree, &a, gmtIndent));
-    const Node* const moved = tree.Find(u"a");
-    EXPECT_EQ(moved->Parent(), &b);
-    EXPECT_EQ(moved->Caption() + moved->Tag(), u"Atag");
-    EXPECT_EQ(moved->Image(), 3);
-    EXPECT_TRUE(moved->IsExpanded());
-    EXPECT_TRUE(tree.Find(u"a2")->IsSelected());
-    EXPECT_TRUE(b.IsExpanded());                                    // or the selection would be hidden
-    MoveTreeNodeTo(tree, tree.Find(u"a"), tree.Find(u"a21"), true); // into itself: refused
-    MoveTreeNodeTo(tree, tree.Find(u"a21"), &root, true);           // onto a root: its first child
-    EXPECT_EQ(Joined(GetDescendantKeys(&root)), u"a21 b a a1 a2 ");
-}
-
 TEST_F(ModTVW, RowsAndChecks) {
     using namespace modTreeviewAPI;
     root.SetExpanded(true);

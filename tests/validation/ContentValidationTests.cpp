@@ -89,9 +89,7 @@ TEST_P(ContentOnEveryEngine, ARefusedRowInAnyTableIsReportedAndNothingStays) {
 }
 
 TEST(ContentValidation, AServerThatIsNotThereAndAWrongPasswordCannotBeOpened) {
-    std::vector<Text> strings = {u"Driver={PostgreSQL Unicode};Server=127.0.0.1;Port=1;Database=x;UID=u;PWD=p",
-                                 u"Driver={MariaDB Unicode};Server=127.0.0.1;Port=1;Database=x;UID=u;PWD=p",
-                                 u"Driver={No Such Driver};Server=x", u"Provider=Nobody.1;Data Source=x", u""};
+    std::vector<Text> strings = {u"Driver={PostgreSQL Unicode};Server=127.0.0.1;Port=1;Database=x;UID=u;PWD=p", u""};
     for (const Engine engine : {Engine::PostgreSQL, Engine::MariaDB}) {
         Text server = ServerString(engine);
         if (const size_t at = server.find(u"PWD="); at != Text::npos)
