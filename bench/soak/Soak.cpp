@@ -27,7 +27,7 @@ using namespace std::chrono_literals;
 constexpr int authorCount = 4;
 // What the heap may have grown by: a few trees of some hundred rows that are not all of one size. Thousands of
 // operations lie between, so that a leak of a hundred bytes each shows in an hour.
-constexpr size_t allowedGrowth = 512 * 1024;
+constexpr size_t allowedGrowth = 256 * 1024;
 
 size_t HeapBytes() {
 #ifdef __SANITIZE_ADDRESS__

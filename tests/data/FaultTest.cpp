@@ -90,24 +90,6 @@ TEST_P(ServerTest, AWrongPasswordAMissingCatalogAndAStoppedServer) {
     EXPECT_FALSE(server.Description().empty());
 }
 
-TEST_P(ServerTest, ADroppedConnectionIsAnErrorAndNoMore) {
-    database->Run({u"CREATE TABLE t (a integer)"});
-    const bool isMariaDB = GetParam() == Engine::MariaDB;
-    {
-        Connection connection;
-        connection.Open(database->ConnectionString());
-        Recordset recordset;
-        recordset.Open(isMariaDB ? u"SELECT CONNECTION_ID()" : u"SELECT pg_backend_pid()", connection);
-        const Text id(recordset.FieldText(0));
-        recordset.Close();
-        connection.BeginTrans();
-        connection.Execute(u"INSERT INTO t VALUES (1)");
-        database->Run({(isMariaDB ? u"KILL " : u"SELECT pg_terminate_backend(") + id + (isMariaDB ? u"" : u")")});
-        EXPECT_THROW(connection.Execute(u"INSERT INTO t VALUES (2)"), Error);
-    }
-    EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM t"), u"0");
-}
-
 #ifdef __linux__
 class HandleTest : public test::EngineTest {
 protected:
