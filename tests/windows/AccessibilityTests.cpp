@@ -1,7 +1,6 @@
 // What a screen reader finds in our windows: every node with its state and its check, every row and column.
-#include "windows/EditorHost.h"
-#include "windows/LessonMapHost.h"
 #include "windows/ScreenReader.h"
+#include "windows/TreeControlHost.h"
 
 #include "panels/win32/LockInfoWindow.h"
 #include "validation/win32/DatabaseValidatorWindow.h"
@@ -46,7 +45,7 @@ TEST(Accessibility, EveryNodeHasItsLevelNameStateAndCheck) {
     EXPECT_EQ(reader.StateWords(reader.Find(u"Title of b")), " closed") << "no boxes, no checks";
 
     EditorHost groups(140);
-    groups.FillSample();
+    groups.OpenSample();
     const ScreenReader other(groups.TreeHandle());
     EXPECT_THAT(Told(other), ElementsAre("0 the database open", "1 entry g open", "2 entry a", "2 entry b",
                                          "2 entry s open", "3 entry c", "3 entry d", "1 entry h closed beyond",
@@ -131,7 +130,7 @@ TEST(Accessibility, ChoosesTicksAndOpensAsTheUserDoes) {
     }
     // The root's branch never closes: the editor hears of it in the same way.
     EditorHost groups;
-    groups.FillSample();
+    groups.OpenSample();
     const ScreenReader reader(groups.TreeHandle());
     EXPECT_EQ(reader.Act(reader.Find(u"the database")), S_OK);
     EXPECT_TRUE(groups.At(u"").IsExpanded());

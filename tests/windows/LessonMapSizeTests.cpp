@@ -1,5 +1,5 @@
 // Large lessons in the lesson map's window: whatever is done, the window shows it in one go.
-#include "windows/LessonMapHost.h"
+#include "windows/TreeControlHost.h"
 
 #include <commctrl.h>
 

@@ -3,6 +3,10 @@
 
 #include "controls/win32/Windows.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
 namespace dax::test {
 
 inline BOOL CALLBACK CountChild(HWND, LPARAM count) {
@@ -39,6 +43,19 @@ inline int GdiObjectCount() {
     for (int entry = 0; entry < entries; ++entry)
         if (table[entry * entrySize + typeOffset] != 0) ++count;
     return count;
+}
+
+// What it does leaves nothing behind, but for what the system makes the first times and keeps.
+template <typename Cycle>
+void ExpectNothingLeft(int times, const Cycle& cycle) {
+    for (int count = 0; count < std::min(times, 3); ++count) cycle(count);
+    const int windows = WindowCount(), objects = GdiObjectCount();
+    EXPECT_GT(objects, 0);
+    for (int count = 0; count < times; ++count) {
+        cycle(count);
+        EXPECT_EQ(WindowCount(), windows) << "time " << count;
+        EXPECT_EQ(GdiObjectCount(), objects) << "time " << count;
+    }
 }
 
 } // namespace dax::test
