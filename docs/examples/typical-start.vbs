@@ -7,14 +7,13 @@
 Option Explicit
 Const ltLesson = 1, ldtInvalidLocks = 4, smtDown = 2, abort = 3
 Dim connector, user, catalog, identifier, isFile, content
-Dim validator, picker, editor, lessonInfo, lockInfo, map, locks, lessonID, lesson, selections, answer
+Dim validator, picker, editor, lessonInfo, lockInfo, map, locks, lesson, answer, i
 Dim files, path, file
 connector = WScript.Arguments(0)
 user = WScript.Arguments(1)
 catalog = WScript.Arguments(2)
 identifier = WScript.Arguments(3)
 isFile = InStr(connector, "=") = 0
-selections = 0
 
 Sub Refuse(text)
     WScript.Echo "refused: " & text
@@ -54,7 +53,6 @@ Sub editor_AfterSelectionChange(id)
     lessonInfo.UpdateFrom editor
     lockInfo.UpdateFrom editor
     If id = "" Then Exit Sub
-    selections = selections + 1
     WScript.Echo "5. selected: " & editor.GetLessonTitle(id) & ", locks: " & lockInfo.LockCount
 End Sub
 
@@ -125,12 +123,12 @@ If Not editor.LoadDatabase Then Refuse "the hierarchy"
 WScript.Echo "4. loaded: " & editor.NodeCount & " nodes"
 editor.ExpandAll
 WScript.Press editor, "Home"
-Do Until editor.GetLessonIdentifier(editor.CurrentLessonID) = identifier
-    If selections > editor.NodeCount Then Refuse "the lesson"
+For i = 2 To editor.NodeCount
     WScript.Press editor, "Down"
-Loop
-lessonID = editor.CurrentLessonID
-If editor.GetLessonType(lessonID) <> ltLesson Then Refuse "a group has no map"
+    If editor.GetLessonIdentifier(editor.CurrentLessonID) = identifier Then Exit For
+Next
+If i > editor.NodeCount Then Refuse "there is no lesson " & identifier
+If editor.GetLessonType(editor.CurrentLessonID) <> ltLesson Then Refuse "a group has no map"
 
 path = files.BuildPath(files.GetSpecialFolder(2).Path, files.GetTempName)
 Keep "export", path
