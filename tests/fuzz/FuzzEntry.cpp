@@ -1,7 +1,5 @@
 // For a fuzzer that guides itself by coverage: the program `fuzzer` of a build with clang (tests/CMakeLists.txt), run
 // as `DAX_FUZZ_TARGET=statement fuzzer -only_ascii=1 FOLDER tests/fuzz/seeds/statement`.
-#include "fuzz/FuzzEntry.h"
-
 #include "fuzz/Driver.h"
 
 #include <cstdlib>
@@ -44,7 +42,9 @@ Text TextOf(Input input) {
 
 } // namespace dax::fuzz
 
-// Without a target named in the environment the first byte chooses it.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+
+// Any exception that leaves it is a finding. Without a target named in the environment the first byte chooses it.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const char* const wanted = std::getenv("DAX_FUZZ_TARGET");
     const auto targets = dax::fuzz::Targets();

@@ -54,23 +54,6 @@ TEST_F(ModTVW, WalksAndNumbers) {
     EXPECT_EQ(MakeUniqueKey(tree, u"a"), u"a_2");
 }
 
-TEST_F(ModTVW, Expansion) {
-    SetAllExpanded(tree, true);
-    EXPECT_EQ(Joined(GetExpandedKeys(tree)), u" a a2 "); // the root's key is empty; leaves stay as they are
-    CollapseSubtree(&a);
-    EXPECT_TRUE(a.IsExpanded());
-    EXPECT_FALSE(a2.IsExpanded());
-    const IDCollection keys = GetExpandedKeys(tree);
-    SetAllExpanded(tree, false);
-    EXPECT_TRUE(GetExpandedKeys(tree).IsEmpty());
-    tree.Remove(b);
-    RestoreExpanded(tree, keys);
-    EXPECT_TRUE(a.IsExpanded());
-    ExpandSubtree(&a2);
-    EXPECT_TRUE(a21.IsExpanded());
-    EXPECT_FALSE(a2.IsExpanded());
-}
-
 TEST_F(ModTVW, RowsAndChecks) {
     using namespace modTreeviewAPI;
     root.SetExpanded(true);
