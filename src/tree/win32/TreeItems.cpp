@@ -14,6 +14,14 @@ constexpr int SafeDepth = 256; // of a branch that the system may delete
 
 UINT CheckState(const Node& node) { return INDEXTOSTATEIMAGEMASK(node.IsChecked() ? 2u : 1u); }
 
+// The tree measures every row whenever drawing is switched on again, and asking its owner for each text takes most of
+// that time: items keep their texts, but for those of any length, of which only the beginning shows.
+LPWSTR ItemText(const Node& node) {
+    constexpr size_t longest = 259;
+    if (node.Caption().size() > longest) return LPSTR_TEXTCALLBACKW;
+    return const_cast<LPWSTR>(reinterpret_cast<LPCWSTR>(node.Caption().c_str()));
+}
+
 // The next node in pre-order that lies in the branch of `top` (null: anywhere); no recursion.
 Node* NextInBranch(const Node& node, const Node* top) {
     if (node.FirstChild()) return node.FirstChild();
@@ -77,7 +85,7 @@ void TreeItems::InsertItem(Node& node, HTREEITEM after) {
     insert.hParent = node.Parent() ? ItemOf(*node.Parent()) : TVI_ROOT;
     insert.hInsertAfter = after;
     insert.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
-    insert.item.pszText = LPSTR_TEXTCALLBACKW; // captions may be of any length and stay in the model
+    insert.item.pszText = ItemText(node);
     insert.item.iImage = insert.item.iSelectedImage = node.Image();
     insert.item.lParam = reinterpret_cast<LPARAM>(&node);
     if (hasCheckBoxes) {
@@ -223,7 +231,7 @@ void TreeItems::NodeChanged(Node& node, NodeAspect aspect) {
     switch (aspect) {
     case NodeAspect::Caption:
         item.mask |= TVIF_TEXT;
-        item.pszText = LPSTR_TEXTCALLBACKW;
+        item.pszText = ItemText(node);
         Send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
         break;
     case NodeAspect::Image:

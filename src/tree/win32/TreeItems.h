@@ -1,5 +1,5 @@
 // The items of a real tree view, kept equal to a NodeTree. The model is the truth: items hold a pointer to their node
-// and ask it for everything they show.
+// and a copy of its text; what they show else they ask it for.
 #pragma once
 
 #include "controls/win32/Windows.h"
