@@ -3,9 +3,6 @@
 #include "panels/win32/LessonInfoWindow.h"
 #include "panels/win32/LockInfoWindow.h"
 #include "windows/HostWindow.h"
-#include "windows/WindowCounts.h"
-
-#include "controls/win32/MessagePump.h"
 
 namespace dax::test {
 
@@ -102,23 +99,15 @@ TEST_F(PanelWindowTest, TitleAndClassificationAreNeverCut) {
         }
 }
 
-TEST_F(PanelWindowTest, TextsOfEveryKindStayInside) {
-    const HostWindow host;
-    const Text titles[] = {u"", Text(5'000, u'w'), u"\u05E9\u05DC\u05D5\u05DD \u05E2\u05D5\u05DC\u05DD", u"A\nB\tC & D",
-                           u"\U0001F600 smile"};
-    for (const Text& title : titles)
+TEST_F(PanelWindowTest, TextsOfEveryKindAreDrawn) {
+    for (const Text& title : {Text(5'000, u'w'), Text(u"\u05E9\u05DC\u05D5\u05DD A\nB\tC & D \U0001F600 smile")})
         for (const int width : {1, 30, 240}) {
             editor.editor->UpdateLesson(u"a", title, u"", ltLesson);
             editor.editor->SetCurrentLessonID(u"a");
             LessonInfoWindow panel;
             panel.InitProperties();
-            panel.Create(host.handle, {0, 0, width, 150});
             panel.Info()->UpdateFrom(editor.editor.get());
-            EXPECT_EQ(panel.Info()->Texts().title, title.empty() ? Text(u"(untitled)") : title);
-            const std::vector<uint32_t> pixels = WindowPixels(panel.Handle());
-            if (width == 240) {
-                EXPECT_GT(std::count_if(pixels.begin(), pixels.end(), [](uint32_t p) { return p != 0xFFFFFF; }), 200);
-            }
+            EXPECT_GE(Drawing(panel, width, 150).bands.size(), width > 1 ? 1u : 0u) << width;
         }
 }
 
@@ -165,23 +154,17 @@ TEST_F(PanelWindowTest, LocksStandInUpToFourLines) {
     }
 }
 
-TEST_F(PanelWindowTest, DesignModeShowsASampleAndNothingStays) {
-    ExpectNothingLeft(10, [](int) {
-        const HostWindow host;
-        LessonInfoWindow lesson;
-        LockInfoWindow locks;
-        const std::initializer_list<WindowBase*> panels{&lesson, &locks};
-        for (WindowBase* panel : panels) {
-            const SIZE size = panel->PreferredSize(96);
-            panel->SetAmbient(At(96, false));
-            panel->InitProperties();
-            panel->Create(host.handle, {0, 0, size.cx, size.cy});
-            ProcessPendingMessages();
-            const Drawing sample(*panel, size.cx, size.cy);
-            EXPECT_GE(sample.bands.size(), 4u);
-            EXPECT_LT(sample.bands.back().bottom, size.cy) << "the sample fits";
-        }
-    });
+TEST_F(PanelWindowTest, TheSampleOfDesignModeFits) {
+    LessonInfoWindow lesson;
+    LockInfoWindow locks;
+    for (WindowBase* panel : {static_cast<WindowBase*>(&lesson), static_cast<WindowBase*>(&locks)}) {
+        const SIZE size = panel->PreferredSize(96);
+        panel->SetAmbient(At(96, false));
+        panel->InitProperties();
+        const Drawing sample(*panel, size.cx, size.cy);
+        EXPECT_GE(sample.bands.size(), 4u);
+        EXPECT_LT(sample.bands.back().bottom, size.cy);
+    }
 }
 
 } // namespace dax::test

@@ -95,21 +95,24 @@ private:
         if (!node || action <= 1) {
             const Text key = ToText(++last);
             tree.Add(node, place, key, key, static_cast<int>(Pick(5)));
-        } else if (action == 2) {
-            if (Pick(3) == 0 || tree.Count() > 30) tree.Remove(*node);
-        } else if (action == 3) {
-            Node* const relative = Any();
-            if (!modTVW::IsInBranch(relative, node)) tree.Move(*node, relative, place);
-        } else if (action == 4) {
-            tree.Select(Pick(8) ? node : nullptr);
-        } else if (action == 5) {
-            node->SetExpanded(!node->IsExpanded());
-        } else if (action == 6) {
-            node->SetChecked(!node->IsChecked());
-        } else if (action == 7) {
-            node->SetCaption(node->Caption() + u"'");
-        } else {
-            node->SetImage(static_cast<int>(Pick(5)));
+            return;
+        }
+        switch (action) {
+        case 2:
+            return Pick(3) == 0 || tree.Count() > 30 ? tree.Remove(*node) : void();
+        case 3:
+            if (Node* const relative = Any(); !modTVW::IsInBranch(relative, node)) tree.Move(*node, relative, place);
+            return;
+        case 4:
+            return tree.Select(Pick(8) ? node : nullptr);
+        case 5:
+            return node->SetExpanded(!node->IsExpanded());
+        case 6:
+            return node->SetChecked(!node->IsChecked());
+        case 7:
+            return node->SetCaption(node->Caption() + u"'");
+        default:
+            return node->SetImage(static_cast<int>(Pick(5)));
         }
     }
 

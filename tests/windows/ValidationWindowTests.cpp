@@ -84,41 +84,29 @@ TEST(DatabaseValidatorWindow, EachPictureIsAnotherAndSmooth) {
 }
 
 TEST(DatabaseValidatorWindow, ATooLongTitleStaysOnOneLineAndAPathWithoutRoomIsHarmless) {
-    for (const int width : {1, 40, 60, 100, 200}) {
-        const MemoryBitmap bitmap(width, 300);
-        const HFONT font = CreateFontFor(u"Tahoma", 8.25, 96, false, false);
-        {
-            GdiSurface surface(bitmap.Context(), {width, 300}, font, font, 0, 0xFFFFFF, 96);
-            Rect rect{0, 0, width, 300};
-            const int oneLine = surface.DrawText(u"()", rect, DrawTextFlags::SingleLine | DrawTextFlags::CalcRect);
-            const Text path = u"The file 'C:\\a_folder\\with_a_rather_long_name_without_blanks/and_more.db' is missing";
-            for (const uint32_t flags : {0x44800u, 0x44810u, 0x44C10u}) {
-                rect = {0, 0, width, 300};
-                const int height = surface.DrawText(path, rect, flags);
-                if (flags == 0x44800u)
-                    EXPECT_EQ(height, oneLine);
-                else
-                    EXPECT_GE(height, oneLine);
-            }
-        }
-        DeleteObject(font);
-    }
-    // The end of a title that has no room is three dots: the letters there no longer matter.
-    const auto picture = [](const Text& title) {
-        const MemoryBitmap bitmap(150, 40);
-        const HFONT font = CreateFontFor(u"Tahoma", 8.25, 96, false, false);
-        {
-            GdiSurface surface(bitmap.Context(), {150, 40}, font, font, 0, 0xFFFFFF, 96);
-            surface.Clear();
-            Rect rect{0, 0, 150, 40};
-            surface.DrawText(title, rect, 0x44800);
-        }
-        DeleteObject(font);
-        return std::vector<uint32_t>(bitmap.Pixels(), bitmap.Pixels() + 150 * 40);
+    const HFONT font = CreateFontFor(u"Tahoma", 8.25, 96, false, false);
+    int height = 0;
+    const auto picture = [&](int width, const Text& title, uint32_t flags) {
+        const MemoryBitmap bitmap(width, 40);
+        GdiSurface surface(bitmap.Context(), {width, 40}, font, font, 0, 0xFFFFFF, 96);
+        surface.Clear();
+        Rect rect{0, 0, width, 40};
+        height = surface.DrawText(title, rect, flags);
+        return std::vector<uint32_t>(bitmap.Pixels(), bitmap.Pixels() + width * 40);
     };
+    picture(200, u"()", 0x44800);
+    const int oneLine = height;
+    const Text path = u"The file 'C:\\a_folder\\with_a_rather_long_name_without_blanks/and_more.db' is missing";
+    for (const int width : {1, 40, 60, 100, 200})
+        for (const uint32_t flags : {0x44800u, 0x44810u, 0x44C10u}) {
+            picture(width, path, flags);
+            EXPECT_TRUE(flags == 0x44800 ? height == oneLine : height >= oneLine) << width << " " << height;
+        }
+    // The end of a title that has no room is three dots: the letters there no longer matter.
     const Text start = u"a title that is much too long for its panel ";
-    EXPECT_EQ(picture(start + u"abc"), picture(start + u"xyz"));
-    EXPECT_NE(picture(start), picture(u"another " + start));
+    EXPECT_EQ(picture(150, start + u"abc", 0x44800), picture(150, start + u"xyz", 0x44800));
+    EXPECT_NE(picture(150, start, 0x44800), picture(150, u"another " + start, 0x44800));
+    DeleteObject(font);
 }
 
 TEST(DatabaseValidatorWindow, DesignModeShowsASampleUnderTheNameAndValidatesNothing) {
@@ -230,50 +218,6 @@ TEST(SQLDBPickerWindow, WorksBeforeAndAfterItsWindowAndShowsItsNameInDesignMode)
     EXPECT_EQ(WindowText(GetWindow(designed.Handle(), GW_CHILD)), u"Control1");
     EXPECT_FALSE(designed.Picker()->LoadPicker(connector.ConnectionString(), u"super", u""));
     EXPECT_EQ(designed.Picker()->ConnectionString(), u"");
-}
-
-TEST(SQLDBPickerWindow, MayBeReleasedInsideItsOwnEvents) {
-    const HostWindow host;
-    const TestDatabase connector(Engine::SQLite);
-    FillConnector(connector, {u"Alpha", u"Beta"});
-    const int before = WindowCount();
-    for (const bool isByFocus : {false, true}) {
-        auto window = std::make_unique<SQLDBPickerWindow>();
-        window->InitProperties();
-        window->Create(host.handle, {0, 0, 200, 30});
-        window->Picker()->LoadPicker(connector.ConnectionString(), u"super", u"");
-        const HWND list = GetWindow(window->Handle(), GW_CHILD);
-        if (isByFocus) {
-            window->FocusChanged = [&window](bool) { window.reset(); };
-            SetFocus(list);
-        } else {
-            window->Picker()->CatalogChanged.Add([&window](auto&&...) { window.reset(); });
-            SendMessageW(list, WM_KEYDOWN, VK_DOWN, 1);
-        }
-        EXPECT_EQ(window, nullptr);
-        ProcessPendingMessages();
-        EXPECT_EQ(WindowCount(), before);
-        EXPECT_FALSE(IsWindow(list));
-    }
-}
-
-TEST(ControlWindows, LeaveNoWindowAndNoGdiObjectBehind) {
-    const HostWindow host;
-    ExpectNothingLeft(50, [&host](int time) {
-        DatabaseValidatorWindow validator;
-        SQLDBPickerWindow picker;
-        for (WindowBase* window : {static_cast<WindowBase*>(&validator), static_cast<WindowBase*>(&picker)}) {
-            window->SetAmbient(At(96));
-            window->InitProperties();
-            window->Create(time % 2 ? host.handle : nullptr, {0, 0, 200, 60});
-            window->SetAmbient(At(144));
-        }
-        validator.Validator()->ValidateDataConnection(u"", u"", true);
-        const MemoryBitmap bitmap(200, 60);
-        validator.Draw(bitmap.Context(), {0, 0, 200, 60});
-        picker.Draw(bitmap.Context(), {0, 0, 200, 60});
-    });
-    EXPECT_EQ(WindowBase::LiveCount(), 0);
 }
 
 } // namespace dax::test
