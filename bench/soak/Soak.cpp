@@ -154,7 +154,7 @@ private:
         Text left;
         do {
             left = database.Ask(u"SELECT Count(*) FROM pg_stat_activity WHERE datname = current_database() AND pid <> "
-                                u"pg_backend_pid()");
+                                u"pg_backend_pid() AND backend_type = 'client backend'");
         } while (left != u"0" && Clock::now() < end);
         if (left != u"0") result.complaints.push_back(ToUtf8(left) + " connections are left open");
     }
