@@ -144,6 +144,15 @@ def has_wine32():
         return False
 
 
+def show_on_windows():
+    """The desktop host takes the library beside it, and shows every control at work."""
+    shots = os.path.join(windows(64), "shots")
+    os.makedirs(shots)
+    wine(64, "DAXWorkbench", os.path.join(windows(64), "DAXWorkbench.exe"), "--shots", "shots", "course.db")
+    if len(os.listdir(shots)) < 20:
+        problems.append(f"DAXWorkbench has left only {len(os.listdir(shots))} pictures")
+
+
 def check_manual():
     """With servers of their own, since some pages show PostgreSQL."""
     servers = os.path.join(ROOT, "tools", "servers")
@@ -170,6 +179,7 @@ if not problems:
     use_on_linux()
     for one in used:
         use_on_windows(one)
+    show_on_windows()
     check_manual()
 finish(problems, "unpacked, compiled against, used, registered and unregistered (" +
        " and ".join(f"{one} bit" for one in used) + "); the manual's commands say what it says")
