@@ -32,6 +32,10 @@ TEST(WorkbenchInputTest, TellsFilesFromConnectionStrings) {
         EXPECT_EQ(FileOf(one.typed), one.file);
         EXPECT_EQ(CatalogOf(one.typed), one.catalog);
     }
+    const std::wstring secret = L"Driver={A};pwd={x;}}y};UID=me",
+                       shown = L"Driver={A};pwd=\u2022\u2022\u2022\u2022;UID=me";
+    EXPECT_EQ(HidePassword(secret), shown);
+    EXPECT_EQ(ConnectionFor(shown), secret);
     EXPECT_EQ(SourceOf(L"DSN=main;UID=me"), L"main");
     EXPECT_EQ(ValueOf(L"a=1;b={unended", L"b"), L"unended");
     EXPECT_EQ(ValueOf(L"=;;a;b=", L"b|a"), L"");
