@@ -105,12 +105,10 @@ TEST_F(AutomationTest, EveryClassAnswersTheInterfacesHostsAskFor) {
 }
 
 TEST_F(AutomationTest, UnregistrationLeavesNothing) {
-    for (const wchar_t* library : {L"daxControls33.ocx", L"contentObjects.dll"})
-        EXPECT_HRESULT_SUCCEEDED(CallLibrary(library, "DllUnregisterServer"));
+    Register(false);
     const auto without = ClassKeys();
     EXPECT_FALSE(Create(L"DAXControls.Constants"));
-    for (const wchar_t* library : {L"daxControls33.ocx", L"contentObjects.dll"})
-        EXPECT_HRESULT_SUCCEEDED(CallLibrary(library, "DllRegisterServer"));
+    Register(true);
     const auto with = ClassKeys();
     for (const wchar_t* key :
          {L"\\DAXControls.DatabaseValidator", L"\\DAXControls.SQLDBPicker", L"\\DAXControls.GroupEditor",
@@ -118,16 +116,13 @@ TEST_F(AutomationTest, UnregistrationLeavesNothing) {
           L"\\DAXControls.Constants", L"\\ContentObjects.Utility", L"\\ContentObjects.PropertyCollection",
           L"CLSID\\{0B88A5EE-D833-44E2-A2A1-00AAD7D928A7}", L"TypeLib\\{8F5DC3A9-0CAF-4686-81C3-214347ED9D6A}"})
         EXPECT_TRUE(with.contains(key) && !without.contains(key)) << ToUtf8(FromWide(key));
-    for (const wchar_t* library : {L"daxControls33.ocx", L"contentObjects.dll"})
-        EXPECT_HRESULT_SUCCEEDED(CallLibrary(library, "DllUnregisterServer"));
+    Register(false);
     EXPECT_EQ(ClassKeys(), without);
-    for (const wchar_t* library : {L"daxControls33.ocx", L"contentObjects.dll"})
-        EXPECT_HRESULT_SUCCEEDED(CallLibrary(library, "DllRegisterServer"));
+    Register(true);
 }
 
 TEST_F(AutomationTest, WorksWithoutRegistrationThroughTheShippedManifests) {
-    for (const wchar_t* library : {L"daxControls33.ocx", L"contentObjects.dll"})
-        ASSERT_HRESULT_SUCCEEDED(CallLibrary(library, "DllUnregisterServer"));
+    Register(false);
     for (const auto& [manifest, progID, member] :
          {std::tuple{L"daxControls33.manifest", L"DAXControls.Constants", L"OCXVersion"},
           std::tuple{L"daxControls33.manifest", L"DAXControls.SQLDBPicker", L"DBCatalog"},
@@ -157,8 +152,7 @@ TEST_F(AutomationTest, WorksWithoutRegistrationThroughTheShippedManifests) {
         DeactivateActCtx(0, cookie);
         ReleaseActCtx(handle);
     }
-    for (const wchar_t* library : {L"daxControls33.ocx", L"contentObjects.dll"})
-        EXPECT_HRESULT_SUCCEEDED(CallLibrary(library, "DllRegisterServer"));
+    Register(true);
 }
 
 } // namespace dax::test

@@ -9,34 +9,16 @@ class LessonMapFixture : public OcxTest {
 protected:
     void SetUp() override {
         OcxTest::SetUp();
-        Begin();
+        control = Create(L"DAXControls.LessonMapEditor");
+        sink.Connect(control.Get());
     }
     void TearDown() override {
-        End();
-        EXPECT_EQ(HostThing::living, 0);
-        OcxTest::TearDown();
-    }
-
-    void Begin() {
-        control = Create(L"DAXControls.LessonMapEditor");
-        ASSERT_TRUE(control);
-        sink = HostThing::New();
-        sink->onEvent = [this](DISPID event, const HostThing::Arguments& arguments) { Hear(event, arguments); };
-        const auto info = Query<IProvideClassInfo2>(control.Get(), IID_IProvideClassInfo2);
-        GUID events{};
-        ASSERT_HRESULT_SUCCEEDED(info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &events));
-        Query<IConnectionPointContainer>(control.Get(), IID_IConnectionPointContainer)
-            ->FindConnectionPoint(events, point.Out());
-        ASSERT_HRESULT_SUCCEEDED(point->Advise(sink.Get(), &cookie));
-    }
-    void End() {
-        onEvent = nullptr;
-        if (point) point->Unadvise(cookie);
-        if (sink) sink->onEvent = nullptr;
-        point.Reset();
-        sink.Reset();
+        sink.Disconnect();
         control.Reset();
         lesson.Reset();
+        EXPECT_EQ(sink.references, 1u);
+        EXPECT_EQ(HostThing::living, 0);
+        OcxTest::TearDown();
     }
 
     static Text PageLine(const Text& sbid) {
@@ -70,7 +52,6 @@ protected:
     std::string Heard() { return std::exchange(heard, {}); }
 
     ComPtr<IDispatch> control, lesson;
-    std::function<void(const std::string& event)> onEvent;
     std::string heard;
 
 private:
@@ -84,24 +65,13 @@ private:
         return text;
     }
 
-    void Hear(DISPID event, const HostThing::Arguments& arguments) {
+    Sink sink{[this](DISPID event, const std::vector<Text>& arguments) {
         constexpr const char* names[] = {"",           "BeforeSelectionChange", "AfterSelectionChange", "ItemChecked",
                                          "MapChanged", "DeleteRequest",         "ContextMenuRequest"};
-        std::string text = names[event];
-        text += '(';
-        for (const Variant& each : arguments) {
-            if (each.vt == VT_I4) text += std::to_string(each.lVal);
-            if (each.vt == VT_DISPATCH && each.pdispVal) text += ToUtf8(GetText(each.pdispVal, L"SBID"));
-        }
-        text += ')';
-        heard += (heard.empty() ? "" : " ") + text;
-        const auto called = onEvent;
-        if (called) called(names[event]);
-    }
-
-    ComPtr<HostThing> sink;
-    ComPtr<IConnectionPoint> point;
-    DWORD cookie = 0;
+        heard += (heard.empty() ? "" : " ") + std::string(names[event]) + "(";
+        for (const Text& argument : arguments) heard += ToUtf8(argument);
+        heard += ')';
+    }};
 };
 
 } // namespace dax::test

@@ -23,7 +23,6 @@ public:
     static inline int living = 0;
 
     std::map<std::wstring, Member> members;
-    std::function<void(DISPID, const Arguments&)> onEvent; // for an object that hears events
 
     STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
         *object = iid == IID_IUnknown || iid == IID_IDispatch ? static_cast<IDispatch*>(this) : nullptr;
@@ -53,7 +52,6 @@ public:
             arguments.emplace_back();
             VariantCopyInd(&arguments.back(), &parameters->rgvarg[i]);
         }
-        if (onEvent) return onEvent(dispid, arguments), S_OK;
         if (dispid < 100 || dispid >= 100 + static_cast<DISPID>(members.size())) return DISP_E_MEMBERNOTFOUND;
         const Member called = std::next(members.begin(), dispid - 100)->second;
         try {

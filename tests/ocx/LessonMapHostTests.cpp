@@ -1,6 +1,5 @@
 // Hosts' own objects that do wrong, hosts that let go in the middle, and what a host keeps of the lesson map editor.
 #include "LessonMapFixture.h"
-#include "TestSite.h"
 
 namespace dax::test {
 
@@ -196,82 +195,6 @@ TEST_F(LessonMapHostTest, AHostsOwnPicturesAreFoundByTheirKeys) {
     Call(control.Get(), L"SetImageList", {Variant(0)});
     expect(1, 5);
     destroy(images);
-}
-
-TEST_F(LessonMapHostTest, AHostMayLetGoInsideEachEvent) {
-    const struct {
-        const char* event;
-        std::function<void(IDispatch*, HWND)> cause;
-    } cases[] = {
-        {"AfterSelectionChange", [](IDispatch* it, HWND) { Let(it, L"CurrentSBID", Variant(u"b")); }},
-        {"MapChanged", [](IDispatch* it, HWND) { Call(it, L"MoveCurrent", {Variant(2)}); }},
-        {"AfterSelectionChange", [](IDispatch*, HWND tree) { SendMessageW(tree, WM_KEYDOWN, VK_DOWN, 1); }},
-        {"ItemChecked", [](IDispatch*, HWND tree) { SendMessageW(tree, WM_KEYDOWN, VK_SPACE, 1); }},
-        {"DeleteRequest", [](IDispatch*, HWND tree) { SendMessageW(tree, WM_KEYDOWN, VK_DELETE, 1); }},
-        {"ContextMenuRequest", [](IDispatch*, HWND tree) { SendMessageW(tree, WM_RBUTTONUP, 0, 0); }},
-    };
-    for (const auto& row : cases) {
-        TestSite site;
-        Let(control.Get(), L"Checkboxes", Variant(true));
-        Show(u"map\tM\tdefault\npage\t1\ta\npage\t1\tb\npage\t1\tc\ncurrent\ta\n");
-        ComPtr<IOleObject> object = Place(control.Get(), site);
-        const HWND tree = FindWindowExW(WindowOf(control.Get()), nullptr, L"SysTreeView32", nullptr);
-        ASSERT_TRUE(tree);
-        bool isTold = false;
-        onEvent = [&](const std::string& event) {
-            if (event != row.event) return;
-            isTold = true;
-            object->Close(OLECLOSE_NOSAVE);
-            object->SetClientSite(nullptr);
-            object.Reset();
-            End();
-        };
-        row.cause(control.Get(), tree);
-        EXPECT_TRUE(PumpUntil([&] { return isTold && !IsWindow(tree); })) << row.event;
-        EXPECT_EQ(HostThing::living, 0) << row.event;
-        EXPECT_EQ(site.references, 1u) << row.event;
-        Begin();
-    }
-}
-
-TEST_F(LessonMapHostTest, KeepsItsPropertiesInTheDocumentedOrder) {
-    class Bag final : public IPropertyBag {
-    public:
-        std::vector<std::pair<std::wstring, Variant>> written;
-        STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-        STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-        STDMETHODIMP_(ULONG) Release() override { return 1; } // lives on the stack
-        STDMETHODIMP Read(LPCOLESTR name, VARIANT* value, IErrorLog*) override {
-            for (const auto& [known, kept] : written) {
-                if (known == name) return VariantCopy(value, const_cast<Variant*>(&kept));
-            }
-            return E_INVALIDARG;
-        }
-        STDMETHODIMP Write(LPCOLESTR name, VARIANT* value) override {
-            written.emplace_back(name, Variant());
-            return VariantCopy(&written.back().second, value);
-        }
-    };
-    const std::pair<const wchar_t*, Variant> properties[] = {{L"AllowDragDrop", Variant(false)},
-                                                             {L"CaptionStyle", Variant(1)},
-                                                             {L"Checkboxes", Variant(true)},
-                                                             {L"Locked", Variant(true)},
-                                                             {L"ShowDefaultMapOnly", Variant(true)}};
-    for (const auto& [name, value] : properties) Let(control.Get(), name, value);
-    Bag bag;
-    const auto save = Query<IPersistPropertyBag>(control.Get(), IID_IPersistPropertyBag);
-    EXPECT_EQ(Query<IPersistStreamInit>(control.Get(), IID_IPersistStreamInit)->IsDirty(), S_OK);
-    ASSERT_HRESULT_SUCCEEDED(save->Save(&bag, TRUE, TRUE));
-    ASSERT_EQ(bag.written.size(), std::size(properties));
-    for (size_t i = 0; i < std::size(properties); ++i) EXPECT_EQ(bag.written[i].first, properties[i].first);
-
-    const auto other = Create(L"DAXControls.LessonMapEditor");
-    EXPECT_TRUE(IsTrue(Call(control.Get(), L"Locked")));
-    ASSERT_HRESULT_SUCCEEDED(Query<IPersistPropertyBag>(other.Get(), IID_IPersistPropertyBag)->Load(&bag, nullptr));
-    for (const auto& [name, value] : properties) {
-        const Variant loaded = Call(other.Get(), name);
-        EXPECT_TRUE(loaded.vt == value.vt && loaded.lVal == value.lVal) << ToUtf8(FromWide(name));
-    }
 }
 
 } // namespace dax::test

@@ -5,6 +5,8 @@
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // COM interfaces have no destructors by contract
 #endif
 
+#include "TestDispatch.h"
+
 #include "ocx/com/ComPtr.h"
 #include "ocx/com/Variant.h"
 
@@ -25,16 +27,21 @@ std::wstring BinFolder();
 // Calls one of the library's entry points without arguments.
 HRESULT CallLibrary(const wchar_t* file, const char* entryPoint);
 
+// Both libraries, for the machine, or no longer.
+void Register(bool isRegistered);
+
+// Handles what waits in the queue until the condition holds; false after 30 seconds.
+bool PumpUntil(const std::function<bool()>& condition);
+void PumpPending();
+
 // For every test below: COM is there and both libraries are registered for the machine.
 class OcxTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite();
     static void TearDownTestSuite();
-    void SetUp() override;
-    // Whatever a test has done: no window and no use of the library is left.
+    void SetUp() override { PumpPending(); }
+    // Whatever a test has done: no window and no use of the libraries is left.
     void TearDown() override;
-
-    int windowsBefore = 0;
 };
 
 // Every visible control.
@@ -61,12 +68,8 @@ HRESULT CodeOf(const std::function<void()>& call);
 bool IsTrue(const Variant& value);
 int32_t NumberOf(const Variant& value);
 
-// Handles what waits in the queue until the condition holds; false after 30 seconds.
-bool PumpUntil(const std::function<bool()>& condition);
-void PumpPending();
-
-// Hears every event of an object, the arguments as text.
-class Sink final : public IDispatch {
+// Hears every event of an object, the arguments as text; an object by its SBID.
+class Sink final : public TestDispatch<> {
 public:
     using Listener = std::function<void(DISPID event, const std::vector<Text>& arguments)>;
     explicit Sink(Listener listener) : listener(std::move(listener)) {}
@@ -74,16 +77,9 @@ public:
     void Connect(IUnknown* object); // to its default events
     void Disconnect();
 
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override;
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
-    STDMETHODIMP_(ULONG) Release() override { return --references; } // lives on the stack
-    STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
     STDMETHODIMP Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*, EXCEPINFO*,
                         UINT*) override;
 
-    ULONG references = 1;
     long answer = 0; // what an argument by reference is set to
 
 private:

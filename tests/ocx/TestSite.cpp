@@ -2,27 +2,29 @@
 
 namespace dax::test {
 
-TestSite::TestSite() {
-    window = CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN | WS_VISIBLE, 0, 0, 420, 340,
-                             nullptr, nullptr, nullptr, nullptr);
+TestSite::TestSite(const TestSite* beside) : hasOwnWindow(!beside) {
+    window = beside ? beside->window
+                    : CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN | WS_VISIBLE, 0, 0,
+                                      420, 340, nullptr, nullptr, nullptr, nullptr);
     ambients[DISPID_AMBIENT_USERMODE] = Variant(true);
     ambients[DISPID_AMBIENT_DISPLAYNAME] = Variant(u"Control1");
 }
 
 TestSite::~TestSite() {
     EXPECT_EQ(references, 1u) << "the control still refers to its site";
-    if (IsWindow(window)) DestroyWindow(window);
+    if (hasOwnWindow && IsWindow(window)) DestroyWindow(window);
 }
 
-HRESULT TestSite::QueryInterface(REFIID iid, void** object) {
-    *object = nullptr;
-    if (iid == IID_IUnknown || iid == IID_IOleClientSite) *object = static_cast<IOleClientSite*>(this);
-    if (iid == IID_IOleWindow || iid == IID_IOleInPlaceSite) *object = static_cast<IOleInPlaceSite*>(this);
-    if (iid == IID_IOleControlSite) *object = static_cast<IOleControlSite*>(this);
-    if (iid == IID_IOleInPlaceFrame || iid == IID_IOleInPlaceUIWindow) *object = static_cast<IOleInPlaceFrame*>(this);
-    if (iid == IID_IDispatch) *object = static_cast<IDispatch*>(this);
-    if (!*object) return E_NOINTERFACE;
-    AddRef();
+void* TestSite::Find(REFIID iid) {
+    if (iid == IID_IOleClientSite) return static_cast<IOleClientSite*>(this);
+    if (iid == IID_IOleWindow || iid == IID_IOleInPlaceSite) return static_cast<IOleInPlaceSite*>(this);
+    if (iid == IID_IOleControlSite) return static_cast<IOleControlSite*>(this);
+    if (iid == IID_IOleInPlaceFrame || iid == IID_IOleInPlaceUIWindow) return static_cast<IOleInPlaceFrame*>(this);
+    return nullptr;
+}
+
+HRESULT TestSite::Tell(const char* call) {
+    if (const auto listener = called) listener(call);
     return S_OK;
 }
 
@@ -38,42 +40,22 @@ HRESULT TestSite::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow
     *document = nullptr;
     *position = place;
     *visible = {0, 0, 400, 300};
-    return S_OK;
-}
-
-HRESULT TestSite::OnInPlaceActivate() {
-    ++activations;
-    return S_OK;
-}
-
-HRESULT TestSite::OnInPlaceDeactivate() {
-    ++deactivations;
-    return S_OK;
-}
-
-HRESULT TestSite::OnUIActivate() {
-    ++uiActivations;
-    return S_OK;
-}
-
-HRESULT TestSite::OnUIDeactivate(BOOL) {
-    ++uiDeactivations;
-    return S_OK;
+    return Tell("GetWindowContext");
 }
 
 HRESULT TestSite::TranslateAccelerator(MSG*, DWORD) {
-    ++keysOffered;
+    Count(keysOffered, "TranslateAccelerator");
     return S_FALSE;
 }
 
 HRESULT TestSite::OnFocus(BOOL isInside) {
     hasFocus = isInside != FALSE;
-    return S_OK;
+    return Tell(isInside ? "OnFocus" : "OnFocus lost");
 }
 
 HRESULT TestSite::SetActiveObject(IOleInPlaceActiveObject* object, LPCOLESTR) {
     activeObject = ComPtr<IOleInPlaceActiveObject>(object);
-    return S_OK;
+    return Tell(object ? "SetActiveObject" : "SetActiveObject none");
 }
 
 HRESULT TestSite::Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*, UINT*) {

@@ -2,51 +2,49 @@
 #pragma once
 
 #include "OcxHost.h"
+#include "TestDispatch.h"
 
 #include <olectl.h>
 
+#include <functional>
 #include <map>
+#include <string>
+#include <vector>
 
 namespace dax::test {
 
-class TestSite final : public IOleClientSite,
-                       public IOleInPlaceSite,
-                       public IOleControlSite,
-                       public IOleInPlaceFrame,
-                       public IDispatch {
+class TestSite final : public TestDispatch<IOleClientSite, IOleInPlaceSite, IOleControlSite, IOleInPlaceFrame> {
 public:
-    TestSite(); // with a window of its own, 400 by 300 pixels inside
+    // With a window of its own, 400 by 300 pixels inside, or in that of another site.
+    explicit TestSite(const TestSite* beside = nullptr);
     ~TestSite();
 
     HWND window = nullptr;
     RECT place{10, 10, 210, 110};
-    std::map<DISPID, Variant> ambients;
-    ULONG references = 1;
-    int activations = 0, deactivations = 0, uiActivations = 0, uiDeactivations = 0, keysOffered = 0;
+    std::map<DISPID, Variant> ambients; // run time, and a name
+    int activations = 0, deactivations = 0, uiActivations = 0, uiDeactivations = 0, keysOffered = 0, saves = 0;
     bool hasFocus = false;
     ComPtr<IOleInPlaceActiveObject> activeObject;
+    std::function<void(const std::string& call)> called; // by the control, in the middle of what it does
 
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override;
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
-    STDMETHODIMP_(ULONG) Release() override { return --references; } // lives on the stack
     // IOleClientSite
-    STDMETHODIMP SaveObject() override { return S_OK; }
+    STDMETHODIMP SaveObject() override { return Count(saves, "SaveObject"); }
     STDMETHODIMP GetMoniker(DWORD, DWORD, IMoniker**) override { return E_NOTIMPL; }
     STDMETHODIMP GetContainer(IOleContainer**) override { return E_NOINTERFACE; }
-    STDMETHODIMP ShowObject() override { return S_OK; }
+    STDMETHODIMP ShowObject() override { return Tell("ShowObject"); }
     STDMETHODIMP OnShowWindow(BOOL) override { return S_OK; }
     STDMETHODIMP RequestNewObjectLayout() override { return E_NOTIMPL; }
     // IOleWindow, IOleInPlaceSite
     STDMETHODIMP GetWindow(HWND* result) override;
     STDMETHODIMP ContextSensitiveHelp(BOOL) override { return S_OK; }
-    STDMETHODIMP CanInPlaceActivate() override { return S_OK; }
-    STDMETHODIMP OnInPlaceActivate() override;
-    STDMETHODIMP OnUIActivate() override;
+    STDMETHODIMP CanInPlaceActivate() override { return Tell("CanInPlaceActivate"); }
+    STDMETHODIMP OnInPlaceActivate() override { return Count(activations, "OnInPlaceActivate"); }
+    STDMETHODIMP OnUIActivate() override { return Count(uiActivations, "OnUIActivate"); }
     STDMETHODIMP GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document, LPRECT position,
                                   LPRECT visible, LPOLEINPLACEFRAMEINFO info) override;
     STDMETHODIMP Scroll(SIZE) override { return S_OK; }
-    STDMETHODIMP OnUIDeactivate(BOOL) override;
-    STDMETHODIMP OnInPlaceDeactivate() override;
+    STDMETHODIMP OnUIDeactivate(BOOL) override { return Count(uiDeactivations, "OnUIDeactivate"); }
+    STDMETHODIMP OnInPlaceDeactivate() override { return Count(deactivations, "OnInPlaceDeactivate"); }
     STDMETHODIMP DiscardUndoState() override { return S_OK; }
     STDMETHODIMP DeactivateAndUndo() override { return S_OK; }
     STDMETHODIMP OnPosRectChange(LPCRECT) override { return S_OK; }
@@ -61,7 +59,7 @@ public:
     // IOleInPlaceFrame
     STDMETHODIMP GetBorder(LPRECT) override { return INPLACE_E_NOTOOLSPACE; }
     STDMETHODIMP RequestBorderSpace(LPCBORDERWIDTHS) override { return INPLACE_E_NOTOOLSPACE; }
-    STDMETHODIMP SetBorderSpace(LPCBORDERWIDTHS) override { return S_OK; }
+    STDMETHODIMP SetBorderSpace(LPCBORDERWIDTHS) override { return Tell("SetBorderSpace"); }
     STDMETHODIMP SetActiveObject(IOleInPlaceActiveObject* object, LPCOLESTR) override;
     STDMETHODIMP InsertMenus(HMENU, LPOLEMENUGROUPWIDTHS) override { return E_NOTIMPL; }
     STDMETHODIMP SetMenu(HMENU, HOLEMENU, HWND) override { return E_NOTIMPL; }
@@ -69,11 +67,30 @@ public:
     STDMETHODIMP SetStatusText(LPCOLESTR) override { return S_OK; }
     STDMETHODIMP EnableModeless(BOOL) override { return S_OK; }
     STDMETHODIMP TranslateAccelerator(MSG*, WORD) override { return S_FALSE; }
-    // IDispatch
-    STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+    // IDispatch: the ambient properties
     STDMETHODIMP Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*, UINT*) override;
+
+private:
+    void* Find(REFIID iid) override;
+    HRESULT Tell(const char* call);
+    HRESULT Count(int& calls, const char* call) { return ++calls, Tell(call); }
+    const bool hasOwnWindow;
+};
+
+// A host's bag, which keeps what is written.
+class TestBag final : public TestDispatch<IPropertyBag> {
+public:
+    std::vector<std::wstring> names; // in the order of writing
+    std::map<std::wstring, Variant> values;
+
+    STDMETHODIMP Read(LPCOLESTR name, VARIANT* value, IErrorLog*) override {
+        const auto found = values.find(name);
+        return found == values.end() ? E_INVALIDARG : VariantCopy(value, &found->second);
+    }
+    STDMETHODIMP Write(LPCOLESTR name, VARIANT* value) override {
+        names.emplace_back(name);
+        return VariantCopy(&values[name], value);
+    }
 };
 
 // A control placed on a site, in the order that most hosts use.

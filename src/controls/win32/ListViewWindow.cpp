@@ -1,5 +1,7 @@
 #include "controls/win32/ListViewWindow.h"
 
+#include "controls/win32/GdiSurface.h"
+
 #include <algorithm>
 #include <array>
 
@@ -78,6 +80,16 @@ HWND ListViewWindow::Create(HWND parent) {
 
 void ListViewWindow::SetFont(HFONT font) {
     if (handle) SendMessageW(handle, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+}
+
+void ListViewWindow::SetColors(COLORREF text, COLORREF background) {
+    textColor = text;
+    backColor = background;
+    if (!handle) return;
+    SendMessageW(handle, LVM_SETTEXTCOLOR, 0, static_cast<LPARAM>(text));
+    SendMessageW(handle, LVM_SETTEXTBKCOLOR, 0, static_cast<LPARAM>(background));
+    SendMessageW(handle, LVM_SETBKCOLOR, 0, static_cast<LPARAM>(background));
+    InvalidateRect(handle, nullptr, TRUE);
 }
 
 void ListViewWindow::Fit(int width, int height) {
@@ -250,7 +262,7 @@ void ListViewWindow::DrawPicture(HDC dc, const RECT& place, HFONT font) const {
     const int saved = SaveDC(dc);
     SelectObject(dc, font);
     RECT inner = place;
-    FillRect(dc, &inner, GetSysColorBrush(COLOR_WINDOW));
+    FillWith(dc, inner, backColor);
     DrawEdge(dc, &inner, EDGE_SUNKEN, BF_RECT | BF_ADJUST);
     TEXTMETRICW metrics;
     GetTextMetricsW(dc, &metrics);
@@ -269,7 +281,9 @@ void ListViewWindow::DrawPicture(HDC dc, const RECT& place, HFONT font) const {
         };
         RECT header{left, inner.top, right, inner.top + rowHeight + 4};
         DrawFrameControl(dc, &header, DFC_BUTTON, DFCS_BUTTONPUSH);
+        SetTextColor(dc, GetSysColor(COLOR_BTNTEXT));
         drawCell(model->Columns()[column].caption, header);
+        SetTextColor(dc, textColor);
         for (size_t item = 0; item < model->Items().size(); ++item) {
             const int top = header.bottom + static_cast<int>(item) * rowHeight;
             if (top >= inner.bottom) break;

@@ -23,6 +23,7 @@ public:
     HWND Handle() const { return handle; }
     void HandleGone();
     void SetFont(HFONT font);
+    void SetColors(COLORREF text, COLORREF background);
     // Also shares the width out to the columns, until they were sized by content or by the user.
     void Fit(int width, int height);
     // An arrow in the header of that column; -1 for none.
@@ -50,6 +51,7 @@ private:
     std::shared_ptr<ListModel> model;
     ListAccess access{*model};
     HWND handle = nullptr;
+    COLORREF textColor = 0x000000, backColor = 0xFFFFFF;
     bool isWidthShared = true;
 };
 

@@ -28,6 +28,7 @@ SIZE LockManagerWindow::PreferredSize(int dpi) const { return {MulDiv(760, dpi, 
 void LockManagerWindow::OnCreate() {
     if (const HWND child = list->Create(Handle())) TrackFocus(child);
     OnFont();
+    OnAmbient();
 }
 
 LRESULT LockManagerWindow::OnNotify(const NMHDR& header, LPARAM) {
@@ -59,7 +60,7 @@ bool LockManagerWindow::TranslateKey(const MSG& message) {
 
 void LockManagerWindow::Paint(HDC dc, SIZE size, bool isView) {
     const RECT whole{0, 0, size.cx, size.cy};
-    FillWith(dc, whole, GetSysColor(COLOR_WINDOW));
+    FillWith(dc, whole, CurrentAmbient().backColor);
     if (isView) list->DrawPicture(dc, whole, Font()); // otherwise the list is a window of its own
 }
 

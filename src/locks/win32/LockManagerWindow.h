@@ -21,6 +21,7 @@ public:
 private:
     void OnCreate() override;
     void OnSize(int width, int height) override { list->Fit(width, height); }
+    void OnAmbient() override { list->SetColors(CurrentAmbient().foreColor, CurrentAmbient().backColor); }
     void OnFont() override { list->SetFont(Font()); }
     void OnGone() override { list->HandleGone(); }
     LRESULT OnNotify(const NMHDR& header, LPARAM lParam) override;

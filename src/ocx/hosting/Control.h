@@ -108,6 +108,7 @@ protected:
 private:
     HRESULT ActivateInPlace();
     HRESULT ActivateUI(); // in place first, if need be
+    void HideWindow();
     void FocusMoved(bool isInside);
     void PropertyChanged();
     void MoveWindowTo(const RECT& place, const RECT& visible);

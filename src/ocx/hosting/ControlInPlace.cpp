@@ -14,7 +14,7 @@ HRESULT Control::ActivateInPlace() {
     }
     const ComPtr<IOleInPlaceSite> host(site.InPlace());
     if (!host) return OLE_E_NOTRUNNING;
-    if (host->CanInPlaceActivate() != S_OK) return E_FAIL;
+    if (host->CanInPlaceActivate() != S_OK || site.InPlace() != host.Get()) return E_FAIL;
     isInPlaceActive = true;
     host->OnInPlaceActivate();
 
@@ -74,14 +74,21 @@ HRESULT Control::UIDeactivate() {
     return S_OK;
 }
 
+// What cannot be seen must not hear keys: the focus goes to the host.
+void Control::HideWindow() {
+    const HWND handle = window->Handle(), focus = GetFocus();
+    if (handle && focus && (focus == handle || IsChild(handle, focus))) SetFocus(GetParent(handle));
+    if (const HWND hidden = window->Handle()) ShowWindow(hidden, SW_HIDE);
+}
+
 HRESULT Control::InPlaceDeactivate() {
     const Keeper keeper(*this);
     UIDeactivate();
+    if (isInPlaceActive) HideWindow();
     if (!isInPlaceActive) return S_OK;
     isInPlaceActive = false;
     // The window keeps what it shows, but leaves the host's, which may go next.
     if (const HWND handle = window->Handle()) {
-        ShowWindow(handle, SW_HIDE);
         SetWindowRgn(handle, nullptr, FALSE);
         SetParent(handle, HWND_MESSAGE);
     }

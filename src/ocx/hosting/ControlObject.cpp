@@ -45,7 +45,7 @@ HRESULT Control::DoVerb(LONG verb, LPMSG, IOleClientSite*, LONG, HWND, LPCRECT w
         return ActivateUI();
     case OLEIVERB_HIDE:
         UIDeactivate();
-        if (const HWND handle = window->Handle(); handle && isInPlaceActive) ShowWindow(handle, SW_HIDE);
+        if (isInPlaceActive) HideWindow();
         return S_OK;
     case OLEIVERB_DISCARDUNDOSTATE:
         return S_OK;

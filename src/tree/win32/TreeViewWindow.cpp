@@ -88,6 +88,8 @@ void TreeViewWindow::SetImages(HIMAGELIST list) {
 }
 
 void TreeViewWindow::SetColors(COLORREF text, COLORREF background) {
+    textColor = text;
+    backColor = background;
     if (!handle) return;
     SendMessageW(handle, TVM_SETTEXTCOLOR, 0, static_cast<LPARAM>(text));
     SendMessageW(handle, TVM_SETBKCOLOR, 0, static_cast<LPARAM>(background));
@@ -292,8 +294,9 @@ void TreeViewWindow::PaintParent(HDC dc, SIZE size, COLORREF background, HFONT f
 void TreeViewWindow::DrawPicture(HDC dc, const RECT& place, HFONT font) const {
     const int saved = SaveDC(dc);
     RECT inner = place;
-    FillRect(dc, &inner, GetSysColorBrush(COLOR_WINDOW));
+    FillWith(dc, inner, backColor);
     DrawEdge(dc, &inner, EDGE_SUNKEN, BF_RECT | BF_ADJUST);
+    SetTextColor(dc, textColor);
     IntersectClipRect(dc, inner.left, inner.top, inner.right, inner.bottom);
     SelectObject(dc, font);
     SetBkMode(dc, TRANSPARENT);

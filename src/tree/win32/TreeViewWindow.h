@@ -95,6 +95,7 @@ private:
     HWND handle = nullptr;
     HIMAGELIST images = nullptr;
     int leastRowHeight = 0;
+    COLORREF textColor = 0x000000, backColor = 0xFFFFFF;
     bool hasCheckBoxes = false, isSingleExpand = false;
     Node* markNode = nullptr;
     bool isMarkAfter = false;

@@ -1,0 +1,235 @@
+#include "ControlCases.h"
+
+#include <commctrl.h>
+
+#include <ostream>
+
+namespace dax::test {
+
+namespace {
+
+constexpr long Abort = 3, Retry = 4, Ignore = 5;
+constexpr const wchar_t* Connection = L"ConnectionString";
+
+Deed Calls(const wchar_t* member) {
+    return [member](Stage& stage) { stage.Do(member); };
+}
+Deed Sets(const wchar_t* property, const Variant& value) {
+    return [=](Stage& stage) { stage.Set(property, value); };
+}
+Deed Presses(WPARAM key) {
+    return [key](Stage& stage) { stage.Press(key); };
+}
+
+const Variant Nonsense(u"Provider=Nonsense");
+
+void Validate(Stage& stage) { stage.Do(L"ValidateDataConnection", {Variant(u""), Variant(u""), Variant(true)}); }
+
+void FillPanel(Stage& stage) {
+    const auto editor = Create(L"DAXControls.GroupEditor");
+    Put(editor.Get(), Connection, Variant(stage.data->course.ConnectionString()));
+    Call(editor.Get(), L"LoadDatabase");
+    stage.Do(L"UpdateFrom", {Variant(editor.Get())});
+}
+
+void FillPicker(Stage& stage) {
+    stage.Do(L"LoadPicker", {Variant(stage.data->connector.ConnectionString()), Variant(u"admin"), Variant(u"course")});
+}
+
+void FillEditor(Stage& stage) {
+    stage.Set(Connection, Variant(stage.data->course.ConnectionString()));
+    stage.Do(L"LoadDatabase");
+    stage.Set(L"CurrentLessonID", Variant(u"d"));
+}
+
+void FillLocks(Stage& stage) {
+    stage.Set(Connection, Variant(stage.data->course.ConnectionString()));
+    stage.Set(L"Username", Variant(u"ann"));
+    stage.Do(L"Refresh");
+}
+
+void SelectAll(Stage& stage) {
+    LVITEMW item{};
+    item.state = item.stateMask = LVIS_SELECTED;
+    SendMessageW(stage.child, LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&item));
+}
+
+void SelectAllAndFail(Stage& stage) {
+    SelectAll(stage);
+    stage.Set(Connection, Nonsense);
+}
+
+void FillMap(Stage& stage) {
+    const auto lesson = Create(L"ContentObjects.Lesson");
+    Call(lesson.Get(), L"Load",
+         {Variant(u"lesson\t1\nstoryboard\ta\ttext\tA\tfirst\nstoryboard\tb\ttext\tB\tsecond\nstoryboard\tc\ttext\tC\t"
+                  u"third\nmap\tM\tdefault\npage\t1\ta\npage\t1\tb\npage\t1\tc\ncurrent\ta\n")});
+    Put(stage.control.Get(), L"Lesson", Variant(lesson.Get()), DISPATCH_PROPERTYPUTREF);
+}
+
+// What a host that has the focus elsewhere asks for: the panel reads a database that is not there.
+void UpdatesFromNothing(Stage& stage) {
+    const auto editor = Create(L"DAXControls.GroupEditor");
+    Put(editor.Get(), Connection, Nonsense);
+    stage.Do(L"UpdateFrom", {Variant(editor.Get())});
+}
+
+// As the row before leaves nothing to delete for the next.
+void AddsAndSelectsAll(Stage& stage) {
+    stage.data->course.AddLock(u"a", u"ann", 1, 1);
+    stage.Do(L"Refresh");
+    SelectAll(stage);
+}
+
+Deed LoadsFor(const char16_t* user) {
+    return [user](Stage& stage) {
+        const Variant source(stage.data->connector.ConnectionString());
+        stage.Do(L"LoadPicker", {source, Variant(user), Variant(u"other")});
+    };
+}
+
+Deed Moves(int32_t movement) {
+    return [movement](Stage& stage) { stage.Do(L"MoveCurrent", {Variant(movement)}); };
+}
+
+std::vector<ControlCase> MakeCases() {
+    const Variant no(false), yes(true);
+    ControlCase validator{"DatabaseValidator", L"", {360, 120}, Validate};
+    ControlCase picker{"SQLDBPicker", L"ComboBox", {200, 0}, FillPicker};
+    ControlCase editor{"GroupEditor", L"SysTreeView32", {240, 320}, FillEditor};
+    ControlCase locks{"LockManager", L"SysListView32", {760, 240}, FillLocks};
+    ControlCase info{"LessonInfo", L"", {220, 150}, FillPanel};
+    ControlCase lockInfo{"LockInfo", L"", {220, 80}, FillPanel};
+    ControlCase map{"LessonMapEditor", L"SysTreeView32", {240, 320}, FillMap};
+
+    for (ControlCase* each : {&validator, &picker, &info, &lockInfo}) each->isSampleShown = true;
+    for (ControlCase* each : {&validator, &picker}) each->isNameShown = true;
+    picker.takesHostColors = false;
+
+    picker.keys = {{VK_DOWN, 1}, {VK_UP, 1}, {VK_END, 1}};
+    editor.keys = {{VK_UP, 1}, {VK_RIGHT, 0}, {VK_RIGHT, 1}, {VK_LEFT, 1}, {VK_DOWN, 1}, {VK_DELETE, 3}};
+    locks.keys = {{VK_DOWN, 0}, {VK_UP, 0}, {VK_END, 0}, {VK_DELETE, 2}, {VK_F5, 1}};
+    map.keys = {{VK_DOWN, 2}, {VK_UP, 2}, {VK_END, 2}, {VK_DELETE, 5}};
+
+    editor.kept = {{L"AllowDragDrop", no}, {L"Locked", yes}, {L"SingleExpand", yes}};
+    map.kept = {{L"AllowDragDrop", no}, {L"CaptionStyle", Variant(1)}, {L"Checkboxes", yes}, {L"Locked", yes}};
+    map.kept.push_back({L"ShowDefaultMapOnly", yes});
+
+    picker.events = {{1, LoadsFor(u"admin")}, {1, LoadsFor(u"stranger")}, {1, Presses(VK_DOWN)}};
+    editor.events = {{1, Calls(L"LoadDatabase")},
+                     {1, Calls(L"Clear")},
+                     {1, Presses(VK_UP)},
+                     {1, Sets(L"CurrentLessonID", Variant(u"a"))},
+                     {2, Moves(3)},
+                     {3, Presses(VK_DELETE)},
+                     {4, Calls(L"LoadDatabase"), Sets(Connection, Nonsense)},
+                     {4, Calls(L"SaveDatabase"), Sets(Connection, Nonsense)},
+                     {5, Presses(VK_RETURN), Sets(L"Locked", yes)}};
+    locks.events = {{1, Calls(L"Refresh")},
+                    {1, Calls(L"RebuildDisplay")},
+                    {1, Calls(L"DeleteSelected"), AddsAndSelectsAll},
+                    {1, Presses(VK_F5)},
+                    {2, Presses(VK_DELETE), SelectAll},
+                    {3, Calls(L"Refresh"), SelectAllAndFail, Abort},
+                    {3, Calls(L"Refresh"), SelectAllAndFail, Retry},
+                    {3, Presses(VK_F5), SelectAllAndFail, Ignore},
+                    {3, Calls(L"DeleteSelected"), SelectAllAndFail, Ignore},
+                    {3, Calls(L"DeleteSelected"), SelectAllAndFail, Retry}};
+    lockInfo.events = {{1, UpdatesFromNothing}};
+    map.events = {{2, Sets(L"CurrentSBID", Variant(u"b"))},
+                  {2, Presses(VK_DOWN)},
+                  {3, Presses(VK_SPACE), Sets(L"Checkboxes", yes)},
+                  {4, Moves(2)},
+                  {5, Presses(VK_DELETE)},
+                  {6, [](Stage& stage) { SendMessageW(stage.child, WM_RBUTTONUP, 0, 0); }}};
+    return {validator, picker, editor, locks, info, lockInfo, map};
+}
+
+} // namespace
+
+const std::vector<ControlCase>& ControlCases() {
+    static const std::vector<ControlCase> cases = MakeCases();
+    return cases;
+}
+
+void PrintTo(const ControlCase& row, std::ostream* out) { *out << row.name; }
+
+ComPtr<IDispatch> Create(const ControlCase& row) {
+    const std::string name(row.name);
+    return Create((L"DAXControls." + std::wstring(name.begin(), name.end())).c_str());
+}
+
+Stage::Stage(const ControlCase& row, LONG verb, const TestSite* beside)
+    : what(row), site(beside), control(Create(row)) {
+    if (beside) OffsetRect(&site.place, 0, 120);
+    object = test::Place(control.Get(), site, verb);
+    inPlace = Query<IOleInPlaceObject>(control.Get(), IID_IOleInPlaceObject);
+    child = window = WindowOf(control.Get());
+    if (!row.child.empty()) child = FindWindowExW(window, nullptr, row.child.c_str(), nullptr);
+    EXPECT_TRUE(window && child);
+    sink.Connect(control.Get());
+}
+
+Stage::~Stage() {
+    onEvent = nullptr;
+    site.called = nullptr;
+    LetGo();
+}
+
+void Stage::Fill() {
+    static const SampleData sample; // made once: databases take their time
+    data = &sample;
+    what.fill(*this);
+    heard.clear();
+}
+
+bool Stage::Press(WPARAM key) {
+    // Nothing of this object but the site is touched once the control has had the key: it may have been released.
+    MSG down{child, WM_KEYDOWN, key, 1, 0, {}}, up{child, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001u), 0, {}};
+    const bool isUsed = site.activeObject && site.activeObject->TranslateAccelerator(&down) == S_OK;
+    if (!isUsed) {
+        TranslateMessage(&down);
+        DispatchMessageW(&down);
+    }
+    DispatchMessageW(&up);
+    PumpPending();
+    return isUsed;
+}
+
+void Stage::Do(const wchar_t* member, std::initializer_list<Variant> arguments) const {
+    Call(control.Get(), member, arguments); // as a host does, which has no reference but its own
+}
+
+void Stage::Set(const wchar_t* property, const Variant& value) const { Put(control.Get(), property, value); }
+
+void Stage::AmbientChanged(DISPID dispid, const Variant& value) {
+    site.ambients[dispid] = value;
+    const auto ole = Query<IOleControl>(control.Get(), IID_IOleControl);
+    EXPECT_HRESULT_SUCCEEDED(ole->OnAmbientPropertyChange(dispid));
+}
+
+RECT Stage::Place() const {
+    RECT place{};
+    GetWindowRect(window, &place);
+    MapWindowPoints(nullptr, site.window, reinterpret_cast<POINT*>(&place), 2);
+    return place;
+}
+
+void Stage::LetGo() {
+    sink.Disconnect();
+    if (object) {
+        object->Close(OLECLOSE_NOSAVE);
+        object->SetClientSite(nullptr);
+    }
+    site.activeObject.Reset();
+    inPlace.Reset();
+    object.Reset();
+    control.Reset();
+}
+
+bool Stage::IsGone() const {
+    return PumpUntil([this] { return !IsWindow(window) && !IsWindow(child); }) && site.references == 1 &&
+           sink.references == 1;
+}
+
+} // namespace dax::test

@@ -1,0 +1,322 @@
+// Each control in a host of our own and in the system's: its place, focus and keys, colours, font and DPI, design mode.
+#include "ControlCases.h"
+#include "Scripts.h"
+
+#include <commctrl.h>
+
+#include <cmath>
+#include <iostream>
+
+namespace dax::test {
+
+namespace {
+
+class ControlInHost : public OcxTest, public testing::WithParamInterface<ControlCase> {};
+
+std::string NameOfCase(const testing::TestParamInfo<ControlCase>& info) { return info.param.name; }
+
+INSTANTIATE_TEST_SUITE_P(All, ControlInHost, testing::ValuesIn(ControlCases()), NameOfCase);
+
+bool IsWithin(HWND window, HWND inner) { return window == inner || IsChild(window, inner); }
+
+int DpiOf(HWND window) {
+    const HDC dc = GetDC(window);
+    const int dpi = GetDeviceCaps(dc, LOGPIXELSX);
+    ReleaseDC(window, dc);
+    return dpi;
+}
+
+LONG FontHeight(HWND window) {
+    LOGFONTW font{};
+    GetObjectW(reinterpret_cast<HFONT>(SendMessageW(window, WM_GETFONT, 0, 0)), sizeof font, &font);
+    return font.lfHeight;
+}
+
+Variant ItalicFont(int points) {
+    FONTDESC description{};
+    description.cbSizeofstruct = sizeof description;
+    description.lpstrName = const_cast<LPWSTR>(L"Tahoma");
+    description.cySize.int64 = points * 10000;
+    description.sWeight = FW_NORMAL;
+    description.fItalic = TRUE;
+    ComPtr<IDispatch> font;
+    EXPECT_HRESULT_SUCCEEDED(OleCreateFontIndirect(&description, IID_IDispatch, font.OutVoid()));
+    return Variant(font.Get());
+}
+
+} // namespace
+
+TEST_P(ControlInHost, StandsWhereTheHostPutsItHidesAndComesBack) {
+    Stage stage(GetParam());
+    stage.Fill();
+    const auto picture = Picture(stage.control.Get(), 200, 100);
+    const RECT moved{20, 30, 320, 90}, visible{0, 0, 100, 300}, whole{0, 0, 400, 300}, none{5, 5, 5, 5};
+    const auto expectAt = [&](const RECT& expected) {
+        const RECT actual = stage.Place();
+        EXPECT_TRUE(EqualRect(&actual, &expected)) << actual.left << ' ' << actual.top << ' ' << actual.right;
+        EXPECT_TRUE(IsWindowVisible(stage.window) && IsWindowVisible(stage.child));
+        RECT inner{};
+        GetWindowRect(stage.child, &inner);
+        EXPECT_EQ(inner.right - inner.left, expected.right - expected.left) << "the child is as wide as the control";
+    };
+    EXPECT_EQ(GetParent(stage.window), stage.site.window);
+    expectAt(stage.site.place);
+    EXPECT_HRESULT_SUCCEEDED(stage.inPlace->SetObjectRects(&moved, &visible));
+    expectAt(moved);
+    RECT region{};
+    EXPECT_NE(GetWindowRgnBox(stage.window, &region), 0) << "only a part of it may be seen";
+    EXPECT_EQ(region.right, 80);
+    EXPECT_HRESULT_SUCCEEDED(stage.inPlace->SetObjectRects(&none, &whole));
+    EXPECT_HRESULT_SUCCEEDED(stage.inPlace->SetObjectRects(&moved, &whole));
+    expectAt(moved);
+    EXPECT_EQ(GetWindowRgnBox(stage.window, &region), 0);
+
+    EXPECT_TRUE(IsWithin(stage.window, GetFocus()));
+    EXPECT_HRESULT_SUCCEEDED(stage.object->DoVerb(OLEIVERB_HIDE, nullptr, &stage.site, 0, stage.site.window, nullptr));
+    EXPECT_FALSE(IsWindowVisible(stage.window));
+    EXPECT_FALSE(IsWithin(stage.window, GetFocus())) << "what is hidden hears no keys";
+    EXPECT_EQ(stage.site.uiDeactivations, 1);
+    EXPECT_HRESULT_SUCCEEDED(stage.object->DoVerb(OLEIVERB_SHOW, nullptr, &stage.site, 0, stage.site.window, nullptr));
+    expectAt(moved);
+    EXPECT_HRESULT_SUCCEEDED(
+        stage.object->DoVerb(OLEIVERB_UIACTIVATE, nullptr, &stage.site, 0, stage.site.window, nullptr));
+    EXPECT_TRUE(IsWithin(stage.window, GetFocus()));
+    EXPECT_HRESULT_SUCCEEDED(stage.inPlace->InPlaceDeactivate());
+    EXPECT_TRUE(stage.site.deactivations == 1 && stage.site.uiDeactivations == 2);
+    EXPECT_FALSE(IsWindowVisible(stage.window));
+    EXPECT_FALSE(IsChild(stage.site.window, stage.window));
+    EXPECT_FALSE(IsWithin(stage.window, GetFocus()));
+    EXPECT_EQ(Picture(stage.control.Get(), 200, 100), picture) << "what it shows outlives all that";
+    EXPECT_HRESULT_SUCCEEDED(stage.object->DoVerb(OLEIVERB_SHOW, nullptr, &stage.site, 0, stage.site.window, nullptr));
+    expectAt(stage.site.place);
+    EXPECT_EQ(WindowOf(stage.control.Get()), stage.window);
+    EXPECT_EQ(Picture(stage.control.Get(), 200, 100), picture);
+}
+
+TEST_P(ControlInHost, SizesComeBackAndPlacesMayComeFirst) {
+    TestSite site;
+    const auto control = Create(GetParam());
+    const auto object = Query<IOleObject>(control.Get(), IID_IOleObject);
+    const auto inPlace = Query<IOleInPlaceObject>(control.Get(), IID_IOleInPlaceObject);
+    EXPECT_HRESULT_SUCCEEDED(inPlace->SetObjectRects(&site.place, nullptr)) << "before there is a window";
+    SIZEL natural{}, size{5080, 2540}, read{};
+    EXPECT_HRESULT_SUCCEEDED(object->GetExtent(DVASPECT_CONTENT, &natural));
+    EXPECT_EQ(natural.cx, MulDiv(GetParam().natural.cx, 2540, 96));
+    EXPECT_HRESULT_SUCCEEDED(object->SetExtent(DVASPECT_CONTENT, &size));
+    EXPECT_HRESULT_SUCCEEDED(object->GetExtent(DVASPECT_CONTENT, &read));
+    EXPECT_TRUE(read.cx == size.cx && read.cy == size.cy);
+    EXPECT_EQ(object->SetExtent(DVASPECT_ICON, &size), DV_E_DVASPECT);
+    DWORD status = 0;
+    EXPECT_HRESULT_SUCCEEDED(object->GetMiscStatus(DVASPECT_CONTENT, &status));
+    EXPECT_EQ(status, 131473u);
+}
+
+TEST_P(ControlInHost, FocusComesAndGoesByTabAndClick) {
+    Stage first(GetParam(), OLEIVERB_INPLACEACTIVATE), second(GetParam(), OLEIVERB_INPLACEACTIVATE, &first.site);
+    first.Fill();
+    second.Fill();
+    EXPECT_EQ(first.site.uiActivations + second.site.uiActivations, 0);
+    int activations = 0;
+    const auto expectActive = [&](Stage& active, Stage& other) {
+        ++activations;
+        EXPECT_EQ(GetFocus(), active.child);
+        EXPECT_TRUE(active.site.hasFocus && active.site.activeObject);
+        EXPECT_FALSE(other.site.hasFocus || other.site.activeObject);
+        EXPECT_EQ(first.site.uiActivations + second.site.uiActivations, activations);
+        EXPECT_EQ(first.site.uiDeactivations + second.site.uiDeactivations, activations - 1);
+    };
+    const auto tab = [](Stage& from, Stage& to) {
+        if (from.site.activeObject) {
+            EXPECT_FALSE(from.Press(VK_TAB)) << "Tab is the host's";
+            EXPECT_EQ(from.site.keysOffered, 1);
+            from.site.keysOffered = 0;
+        }
+        MSG key{from.child, WM_KEYDOWN, VK_TAB, 1, 0, {}};
+        EXPECT_HRESULT_SUCCEEDED(to.object->DoVerb(OLEIVERB_UIACTIVATE, &key, &to.site, 0, to.site.window, nullptr));
+    };
+    tab(second, first);
+    expectActive(first, second);
+    tab(first, second);
+    expectActive(second, first);
+    SetForegroundWindow(first.site.window);
+    const auto click = [](Stage& stage) {
+        RECT inner{};
+        GetClientRect(stage.child, &inner);
+        POINT middle{100, inner.bottom / 2};
+        ClientToScreen(stage.child, &middle);
+        SetCursorPos(middle.x, middle.y);
+        INPUT inputs[2]{};
+        for (INPUT& input : inputs) {
+            input.type = INPUT_MOUSE;
+            input.mi.dwFlags = &input == inputs ? MOUSEEVENTF_LEFTDOWN : MOUSEEVENTF_LEFTUP;
+        }
+        SendInput(2, inputs, sizeof(INPUT));
+        EXPECT_TRUE(PumpUntil([&] { return GetFocus() == stage.child; }));
+        PumpPending();
+    };
+    click(first);
+    expectActive(first, second);
+    click(first);
+    EXPECT_EQ(first.site.uiActivations, 2) << "the focus stays";
+    click(second);
+    expectActive(second, first);
+    SetFocus(nullptr);
+    EXPECT_FALSE(second.site.hasFocus);
+    SetFocus(first.site.window);
+    EXPECT_FALSE(first.site.activeObject) << "the host itself has the focus";
+}
+
+TEST_P(ControlInHost, TakesItsOwnKeysAndLeavesTheOthersToTheHost) {
+    Stage stage(GetParam());
+    stage.Fill();
+    const auto isOwn = [](WPARAM key) {
+        const auto& keys = GetParam().keys;
+        return std::any_of(keys.begin(), keys.end(), [key](const auto& row) { return row.first == key; });
+    };
+    for (const auto& [key, event] : GetParam().keys) {
+        stage.heard.clear();
+        EXPECT_TRUE(stage.Press(key)) << key;
+        EXPECT_EQ(stage.heard, event ? std::vector<DISPID>{event} : std::vector<DISPID>()) << key;
+    }
+    stage.heard.clear();
+    stage.site.keysOffered = 0;
+    int offered = 0;
+    for (const WPARAM key : {VK_TAB, VK_RETURN, VK_ESCAPE, VK_F1, VK_F5, VK_DELETE, VK_INSERT}) {
+        if (isOwn(key)) continue;
+        EXPECT_FALSE(stage.Press(key)) << key;
+        EXPECT_GE(stage.site.keysOffered, ++offered) << key;
+    }
+    EXPECT_TRUE(stage.heard.empty()) << "keys of the host's mean nothing to the control";
+    EXPECT_TRUE(IsWithin(stage.window, GetFocus()));
+}
+
+TEST_P(ControlInHost, FollowsTheHostsColoursFontAndDpi) {
+    Stage stage(GetParam());
+    stage.Fill();
+    for (const bool isActive : {true, false}) {
+        if (!isActive) stage.inPlace->InPlaceDeactivate();
+        const auto look = [&] { return Picture(stage.control.Get(), 300, 200); };
+        const auto before = look();
+        stage.AmbientChanged(DISPID_AMBIENT_BACKCOLOR, Variant(int32_t{0x0000FF})); // red, as the host counts
+        const auto red = look();
+        stage.AmbientChanged(DISPID_AMBIENT_FORECOLOR, Variant(int32_t{0xFF0000}));
+        const auto blue = look();
+        if (GetParam().takesHostColors) {
+            EXPECT_LT(PixelsUnlike(red, 0xFF0000), red.size() / 3);
+            EXPECT_NE(blue, red);
+        }
+        stage.AmbientChanged(DISPID_AMBIENT_FONT, ItalicFont(18));
+        EXPECT_NE(look(), blue);
+        EXPECT_EQ(FontHeight(stage.window), -std::lround(18.0 * DpiOf(stage.window) / 72));
+        EXPECT_EQ(FontHeight(stage.child), FontHeight(stage.window));
+        stage.site.ambients.erase(DISPID_AMBIENT_FONT);
+        stage.site.ambients.erase(DISPID_AMBIENT_FORECOLOR);
+        stage.AmbientChanged(DISPID_AMBIENT_BACKCOLOR, Variant(int32_t{0xFFFFFF}));
+        EXPECT_EQ(look(), before) << "and back";
+    }
+    std::cout << DpiOf(stage.window) << " DPI\n";
+    SIZEL natural{};
+    EXPECT_HRESULT_SUCCEEDED(stage.object->GetExtent(DVASPECT_CONTENT, &natural));
+    EXPECT_NEAR(natural.cx, MulDiv(GetParam().natural.cx, 2540, 96), 20) << "as large on every screen";
+    if (GetParam().child == L"SysTreeView32") {
+        EXPECT_GE(SendMessageW(stage.child, TVM_GETITEMHEIGHT, 0, 0), MulDiv(16, DpiOf(stage.window), 96));
+    }
+}
+
+// The system reads its DPI when a program begins.
+TEST(HighDpi, EveryControlFollowsIt) {
+    const auto setDpi = [](DWORD dpi) {
+        HKEY key = nullptr;
+        RegOpenKeyExW(HKEY_CURRENT_USER, L"Control Panel\\Desktop", 0, KEY_ALL_ACCESS, &key);
+        if (dpi)
+            RegSetValueExW(key, L"LogPixels", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&dpi), sizeof dpi);
+        else
+            RegDeleteValueW(key, L"LogPixels");
+        RegCloseKey(key);
+    };
+    setDpi(144);
+    const auto outcome = RunProgram(L"ocx_tests.exe", L"--gtest_filter=All/ControlInHost.*Colours*");
+    setDpi(0);
+    EXPECT_EQ(outcome.code, 0u) << outcome.output;
+    if (outcome.output.find("144 DPI") == std::string::npos) GTEST_SKIP() << "this system takes no DPI from a program";
+    EXPECT_NE(outcome.output.find("[  PASSED  ] 7 tests."), std::string::npos);
+}
+
+TEST_P(ControlInHost, ShowsASampleInDesignModeAndNothingOfItAfterwards) {
+    for (const bool isActive : {false, true}) {
+        TestSite site;
+        const auto control = Create(GetParam());
+        const auto object = Query<IOleObject>(control.Get(), IID_IOleObject);
+        site.ambients[DISPID_AMBIENT_USERMODE] = Variant(false);
+        object->SetClientSite(&site);
+        if (isActive) object->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, &site, 0, site.window, &site.place);
+        const auto look = [&] { return Picture(control.Get(), 300, 150); };
+        const auto change = [&](DISPID dispid, const Variant& value) {
+            site.ambients[dispid] = value;
+            Query<IOleControl>(control.Get(), IID_IOleControl)->OnAmbientPropertyChange(dispid);
+        };
+        const auto sample = look();
+        change(DISPID_AMBIENT_DISPLAYNAME, Variant(u"Another"));
+        EXPECT_EQ(look() != sample, GetParam().isNameShown) << "under its new name";
+        change(DISPID_AMBIENT_DISPLAYNAME, Variant(u"Control1"));
+        EXPECT_EQ(look(), sample);
+        change(DISPID_AMBIENT_USERMODE, Variant(true));
+        const auto empty = look();
+        EXPECT_EQ(empty != sample, GetParam().isSampleShown);
+        change(DISPID_AMBIENT_USERMODE, Variant(false));
+        EXPECT_EQ(look(), sample);
+        change(DISPID_AMBIENT_USERMODE, Variant(true));
+        EXPECT_EQ(look(), empty);
+        object->Close(OLECLOSE_NOSAVE);
+        object->SetClientSite(nullptr);
+    }
+}
+
+// The system's container has no ambient properties and hands on no keys, but many programs use it.
+TEST_P(ControlInHost, LivesInTheSystemsContainer) {
+    const HMODULE library = LoadLibraryW(L"atl.dll"); // has no import library everywhere
+    const auto find = [library](const char* name) {
+        return reinterpret_cast<void (*)()>(GetProcAddress(library, name));
+    };
+    const auto init = reinterpret_cast<BOOL(WINAPI*)()>(find("AtlAxWinInit"));
+    const auto create =
+        reinterpret_cast<HRESULT(WINAPI*)(LPCOLESTR, HWND, IStream*, IUnknown**, IUnknown**, REFIID, IUnknown*)>(
+            find("AtlAxCreateControlEx"));
+    static const BOOL isReady = init && init(); // once
+    ASSERT_TRUE(create && isReady);
+    const auto kept = Create(GetParam());
+    for (const auto& [name, value] : GetParam().kept) Put(kept.Get(), name, value);
+    ComPtr<IStream> stream;
+    ASSERT_HRESULT_SUCCEEDED(CreateStreamOnHGlobal(nullptr, TRUE, stream.Out()));
+    EXPECT_HRESULT_SUCCEEDED(Query<IPersistStreamInit>(kept.Get(), IID_IPersistStreamInit)->Save(stream.Get(), TRUE));
+    EXPECT_HRESULT_SUCCEEDED(stream->Seek({}, STREAM_SEEK_SET, nullptr));
+    const HWND host = CreateWindowExW(0, L"AtlAxWin", L"", WS_POPUP | WS_VISIBLE, 0, 0, 300, 120, nullptr, nullptr,
+                                      GetModuleHandleW(nullptr), nullptr);
+    HWND inner = nullptr;
+    {
+        ComPtr<IUnknown> container, control;
+        CLSID clsid{};
+        wchar_t* text = nullptr;
+        Query<IPersistStreamInit>(kept.Get(), IID_IPersistStreamInit)->GetClassID(&clsid);
+        StringFromCLSID(clsid, &text);
+        ASSERT_HRESULT_SUCCEEDED(create(text, host, stream.Get(), container.Out(), control.Out(), IID_NULL, nullptr));
+        CoTaskMemFree(text);
+        const auto loaded = Query<IDispatch>(control.Get(), IID_IDispatch);
+        for (const auto& [name, value] : GetParam().kept) {
+            const Variant read = Call(loaded.Get(), name);
+            EXPECT_TRUE(read.vt == value.vt && read.boolVal == value.boolVal) << ToUtf8(FromWide(name));
+        }
+        inner = GetWindow(host, GW_CHILD);
+        ASSERT_TRUE(inner);
+        for (const SIZE& size : {SIZE{200, 80}, SIZE{300, 120}}) {
+            MoveWindow(host, 0, 0, size.cx, size.cy, TRUE);
+            RECT place{};
+            GetClientRect(inner, &place);
+            EXPECT_TRUE(place.right == size.cx && place.bottom == size.cy);
+        }
+    }
+    DestroyWindow(host);
+    EXPECT_TRUE(PumpUntil([inner] { return !IsWindow(inner); }));
+}
+
+} // namespace dax::test

@@ -1,0 +1,277 @@
+// The life of each control: what a host keeps of it, every way to let go, inside events and calls too, and what a
+// thousand lives leave behind.
+#include "ControlCases.h"
+#include "Holdings.h"
+
+namespace dax::test {
+
+namespace {
+
+class ControlLife : public OcxTest, public testing::WithParamInterface<ControlCase> {};
+
+std::string NameOfCase(const testing::TestParamInfo<ControlCase>& info) { return info.param.name; }
+
+INSTANTIATE_TEST_SUITE_P(All, ControlLife, testing::ValuesIn(ControlCases()), NameOfCase);
+
+// Where a host keeps a control: its own bag, a stream with something after it, a storage.
+class Keeping {
+public:
+    enum Form { Bag, Stream, Storage };
+    explicit Keeping(Form form) : form(form) {
+        EXPECT_HRESULT_SUCCEEDED(CreateStreamOnHGlobal(nullptr, TRUE, stream.Out()));
+        EXPECT_HRESULT_SUCCEEDED(CreateILockBytesOnHGlobal(nullptr, TRUE, bytes.Out()));
+        EXPECT_HRESULT_SUCCEEDED(StgCreateDocfileOnILockBytes(
+            bytes.Get(), STGM_CREATE | STGM_READWRITE | STGM_SHARE_EXCLUSIVE, 0, storage.Out()));
+    }
+    void Save(IDispatch* control) {
+        const auto persist = Query<IPersistStreamInit>(control, IID_IPersistStreamInit);
+        if (form == Bag) {
+            EXPECT_HRESULT_SUCCEEDED(
+                Query<IPersistPropertyBag>(control, IID_IPersistPropertyBag)->Save(&bag, TRUE, TRUE));
+        }
+        if (form == Stream) {
+            ULARGE_INTEGER size{};
+            STATSTG state{};
+            EXPECT_HRESULT_SUCCEEDED(persist->GetSizeMax(&size));
+            EXPECT_HRESULT_SUCCEEDED(persist->Save(stream.Get(), TRUE));
+            EXPECT_HRESULT_SUCCEEDED(stream->Stat(&state, STATFLAG_NONAME));
+            EXPECT_EQ(size.QuadPart, state.cbSize.QuadPart);
+            EXPECT_HRESULT_SUCCEEDED(stream->Write("after", 5, nullptr));
+        }
+        if (form == Storage) {
+            const auto stored = Query<IPersistStorage>(control, IID_IPersistStorage);
+            EXPECT_HRESULT_SUCCEEDED(stored->Save(storage.Get(), FALSE));
+            EXPECT_HRESULT_SUCCEEDED(stored->SaveCompleted(nullptr));
+        }
+    }
+    HRESULT Load(IDispatch* control) {
+        if (form == Bag) return Query<IPersistPropertyBag>(control, IID_IPersistPropertyBag)->Load(&bag, nullptr);
+        if (form == Storage) return Query<IPersistStorage>(control, IID_IPersistStorage)->Load(storage.Get());
+        EXPECT_HRESULT_SUCCEEDED(stream->Seek({}, STREAM_SEEK_SET, nullptr));
+        const HRESULT result = Query<IPersistStreamInit>(control, IID_IPersistStreamInit)->Load(stream.Get());
+        if (FAILED(result)) return result;
+        char rest[5] = {};
+        EXPECT_HRESULT_SUCCEEDED(stream->Read(rest, 5, nullptr));
+        EXPECT_EQ(std::string(rest, 5), "after") << "reads what is its own, and no more";
+        return result;
+    }
+
+    TestBag bag;
+
+private:
+    const Form form;
+    ComPtr<IStream> stream;
+    ComPtr<ILockBytes> bytes;
+    ComPtr<IStorage> storage;
+};
+
+bool IsDirty(const ComPtr<IDispatch>& control) {
+    return Query<IPersistStreamInit>(control.Get(), IID_IPersistStreamInit)->IsDirty() == S_OK;
+}
+
+bool Has(const ComPtr<IDispatch>& control, const std::pair<const wchar_t*, Variant>& property) {
+    const Variant value = Call(control.Get(), property.first);
+    return value.vt == property.second.vt &&
+           (value.vt == VT_BOOL ? value.boolVal == property.second.boolVal : value.lVal == property.second.lVal);
+}
+
+} // namespace
+
+TEST_P(ControlLife, IsKeptInBagStreamAndStorage) {
+    const auto& kept = GetParam().kept;
+    for (const auto form : {Keeping::Bag, Keeping::Stream, Keeping::Storage}) {
+        SCOPED_TRACE(form);
+        Keeping keeping(form);
+        Stage first(GetParam(), OLEIVERB_INPLACEACTIVATE);
+        EXPECT_FALSE(IsDirty(first.control));
+        first.object->Close(OLECLOSE_SAVEIFDIRTY);
+        EXPECT_EQ(first.site.saves, 0);
+        for (const auto& property : kept) {
+            EXPECT_FALSE(Has(first.control, property)) << "is the default";
+            Put(first.control.Get(), property.first, property.second);
+        }
+        EXPECT_EQ(IsDirty(first.control), !kept.empty());
+        first.object->Close(OLECLOSE_SAVEIFDIRTY);
+        EXPECT_EQ(first.site.saves, kept.empty() ? 0 : 1);
+        keeping.Save(first.control.Get());
+        EXPECT_FALSE(IsDirty(first.control));
+        std::vector<std::wstring> names;
+        for (const auto& [name, value] : kept) names.emplace_back(name);
+        if (form == Keeping::Bag) {
+            EXPECT_EQ(keeping.bag.names, names) << "in this order, no data, no connection";
+        }
+
+        TestSite site;
+        const auto other = Create(GetParam());
+        const auto object = Query<IOleObject>(other.Get(), IID_IOleObject);
+        object->SetClientSite(&site);
+        EXPECT_HRESULT_SUCCEEDED(keeping.Load(other.Get()));
+        EXPECT_FALSE(IsDirty(other));
+        EXPECT_EQ(keeping.Load(other.Get()), CO_E_ALREADYINITIALIZED);
+        for (const auto& property : kept) EXPECT_TRUE(Has(other, property)) << ToUtf8(FromWide(property.first));
+        first.object->DoVerb(OLEIVERB_SHOW, nullptr, &first.site, 0, first.site.window, nullptr);
+        object->DoVerb(OLEIVERB_SHOW, nullptr, &site, 0, site.window, nullptr);
+        const HWND window = WindowOf(other.Get());
+        const HWND child = !GetParam().child.empty() ? GetWindow(window, GW_CHILD) : window;
+        EXPECT_EQ(GetWindowLongW(child, GWL_STYLE), GetWindowLongW(first.child, GWL_STYLE)) << "the window follows";
+        object->Close(OLECLOSE_NOSAVE);
+        object->SetClientSite(nullptr);
+    }
+    const auto control = Create(GetParam());
+    const auto persist = Query<IPersistStreamInit>(control.Get(), IID_IPersistStreamInit);
+    ComPtr<IStream> garbage;
+    ASSERT_HRESULT_SUCCEEDED(CreateStreamOnHGlobal(nullptr, TRUE, garbage.Out()));
+    garbage->Write("garbage!garbage!", 16, nullptr);
+    garbage->Seek({}, STREAM_SEEK_SET, nullptr);
+    EXPECT_EQ(persist->Load(nullptr), E_POINTER);
+    EXPECT_EQ(persist->Load(garbage.Get()), E_INVALIDARG);
+    for (const auto& property : kept) EXPECT_FALSE(Has(control, property)) << "what cannot be read changes nothing";
+}
+
+// Events frozen, the control deactivated in the middle, and released in the middle.
+TEST_P(ControlLife, AHostMayDoAnythingInsideEachEvent) {
+    enum Deed { Freezes, Deactivates, Releases };
+    constexpr long Leave = 0;
+    for (const EventCase& row : GetParam().events)
+        for (const auto deed : {Freezes, Deactivates, Releases}) {
+            SCOPED_TRACE(testing::Message() << "event " << row.event << ", row " << &row - &GetParam().events[0]
+                                            << ", answer " << row.answer << ", deed " << deed);
+            Stage stage(GetParam());
+            stage.Fill();
+            if (row.arrange) row.arrange(stage);
+            stage.sink.answer = row.answer;
+            int events = 0;
+            stage.onEvent = [&](DISPID event) {
+                if (event != row.event) return;
+                if (++events > 1) stage.sink.answer = Leave; // else what failed would be tried for ever
+                if (events > 1) return;
+                if (deed == Deactivates) stage.inPlace->InPlaceDeactivate();
+                if (deed == Releases) stage.LetGo();
+            };
+            if (deed == Freezes) Query<IOleControl>(stage.control.Get(), IID_IOleControl)->FreezeEvents(TRUE);
+            row.cause(stage);
+            EXPECT_TRUE(PumpUntil([&] { return deed == Freezes || events > 0; }));
+            if (deed == Freezes) {
+                EXPECT_EQ(events, 0);
+            } else if (deed == Deactivates) {
+                EXPECT_TRUE(stage.site.uiDeactivations == 1 && stage.site.deactivations == 1);
+                EXPECT_HRESULT_SUCCEEDED(
+                    stage.object->DoVerb(OLEIVERB_UIACTIVATE, nullptr, &stage.site, 0, stage.site.window, nullptr));
+                EXPECT_TRUE(IsWindowVisible(stage.child));
+            } else {
+                EXPECT_EQ(events, 1);
+                EXPECT_FALSE(stage.control);
+                EXPECT_TRUE(stage.IsGone());
+            }
+        }
+}
+
+TEST_P(ControlLife, AHostMayLetGoInsideEachCallOfItsSite) {
+    std::set<std::string> calls;
+    const auto live = [&](const std::string& last) {
+        TestSite site;
+        auto control = Create(GetParam());
+        auto object = Query<IOleObject>(control.Get(), IID_IOleObject);
+        HWND window = nullptr;
+        const auto letGo = [&] {
+            if (!object) return;
+            window = WindowOf(control.Get());
+            control.Reset();
+            site.activeObject.Reset();
+            const ComPtr<IOleObject> final = std::move(object);
+            final->Close(OLECLOSE_NOSAVE);
+            final->SetClientSite(nullptr);
+        };
+        site.called = [&](const std::string& call) {
+            if (last.empty()) calls.insert(call);
+            if (call == last) letGo();
+        };
+        const std::function<void()> steps[] = {
+            [&] { object->SetClientSite(&site); },
+            [&] { object->DoVerb(OLEIVERB_UIACTIVATE, nullptr, &site, 0, site.window, &site.place); },
+            [&] {
+                MSG key{GetFocus(), WM_KEYDOWN, VK_TAB, 1, 0, {}};
+                if (site.activeObject) site.activeObject->TranslateAccelerator(&key);
+            },
+            [&] { SetFocus(site.window); },
+            [&] { Query<IOleInPlaceObject>(control.Get(), IID_IOleInPlaceObject)->InPlaceDeactivate(); },
+        };
+        for (const auto& step : steps)
+            if (object) step();
+        letGo();
+        EXPECT_TRUE(PumpUntil([&] { return !window || !IsWindow(window); }));
+        EXPECT_EQ(site.references, 1u);
+        EXPECT_EQ(site.activations, site.deactivations);
+        EXPECT_EQ(site.uiActivations, site.uiDeactivations);
+    };
+    live("");
+    EXPECT_EQ(calls.size(), 13u);
+    for (const auto& call : calls) {
+        SCOPED_TRACE(call);
+        live(call);
+    }
+}
+
+TEST_P(ControlLife, HostsMayLetGoInAnyOrder) {
+    enum Step { Close, NoSite, Deactivate, DestroyHost, Release };
+    const std::vector<Step> orders[] = {{Close, NoSite, Release},      {NoSite, Close, Release},
+                                        {Deactivate, NoSite, Release}, {Release},
+                                        {DestroyHost, Release},        {DestroyHost, Close, NoSite, Release},
+                                        {Close, DestroyHost, Release}, {NoSite, DestroyHost, Close, Release}};
+    for (const LONG verb : {OLEIVERB_INPLACEACTIVATE, OLEIVERB_UIACTIVATE})
+        for (const auto& order : orders) {
+            Stage stage(GetParam(), verb);
+            stage.sink.Disconnect();
+            ASSERT_EQ(stage.site.activations, 1);
+            for (const Step step : order) {
+                if (step == Close) stage.object->Close(OLECLOSE_NOSAVE);
+                if (step == NoSite) stage.object->SetClientSite(nullptr);
+                if (step == Deactivate) stage.inPlace->InPlaceDeactivate();
+                if (step == DestroyHost) DestroyWindow(stage.site.window);
+            }
+            stage.site.activeObject.Reset(); // the host's own references
+            stage.inPlace.Reset();
+            stage.object.Reset();
+            stage.control.Reset();
+            EXPECT_TRUE(stage.IsGone());
+            EXPECT_EQ(stage.site.deactivations, 1) << "once, whatever the order";
+            EXPECT_EQ(stage.site.uiActivations, stage.site.uiDeactivations);
+        }
+}
+
+// A life without a window costs little, so that there are a thousand; one with a window, its data and all that a host
+// does with it shows what a window holds, and fewer tell as surely: what each life leaves would count.
+TEST_P(ControlLife, AThousandLivesLeaveNothing) {
+    const TestSite form;
+    const auto live = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            Stage stage(GetParam(), i % 2 ? OLEIVERB_UIACTIVATE : OLEIVERB_INPLACEACTIVATE, &form);
+            stage.Fill();
+            stage.AmbientChanged(DISPID_AMBIENT_BACKCOLOR, Variant(int32_t{0x00FF00}));
+            const RECT moved{20, 30, 320, 90}, visible{0, 0, 100, 300};
+            stage.inPlace->SetObjectRects(&moved, &visible);
+            Picture(stage.control.Get(), 60, 40);
+        }
+        for (int i = 0; i < 100 * count; ++i) {
+            TestSite site(&form);
+            Sink sink([](DISPID, const std::vector<Text>&) {});
+            const auto control = Create(GetParam());
+            const auto object = Query<IOleObject>(control.Get(), IID_IOleObject);
+            object->SetClientSite(&site);
+            sink.Connect(control.Get());
+            for (const auto& [name, value] : GetParam().kept) Put(control.Get(), name, value);
+            sink.Disconnect();
+            object->SetClientSite(nullptr);
+        }
+        PumpPending();
+        return Holdings();
+    };
+    live(2); // whatever the system makes once
+    const Holdings before = live(1), after = live(10);
+    EXPECT_EQ(after.windows, before.windows);
+    EXPECT_LT(after.objects, before.objects + 5);
+    EXPECT_LT(after.handles, before.handles + 5);
+    EXPECT_LT(after.bytes, before.bytes + 10 * 64) << "in all the lives less than one small block in each";
+}
+
+} // namespace dax::test
