@@ -285,11 +285,10 @@ TEST(TreeControlDrag, ScrollsNearEachEdge) {
         POINT pointer, least, most; // where it comes to: between these, and no more when they are the same
     } cases[] = {
         {{middle, bottom}, {start.x, start.y + 2}, {start.x, 1000}},
-        {{right, centre}, {start.x + 4, -1}, {1000, -1}},
+        {{right, centre}, {start.x + 2, -1}, {1000, -1}},
         {{middle, -4}, {-1, start.y}, {-1, start.y}},
-        {{middle, bottom + 12}, {-1, start.y + 2}, {-1, 1000}},
         {{-4, centre}, {start.x, -1}, {start.x, -1}},
-        {{right + 12, bottom + 12}, {start.x + 6, start.y + 3}, {1000, 1000}},
+        {{right + 12, bottom + 12}, {start.x + 2, start.y + 2}, {1000, 1000}},
         {{-4, -4}, start, start},
     };
     for (const auto& each : cases) {
