@@ -112,13 +112,13 @@ TEST_F(PanelWindowTest, TextsOfEveryKindAreDrawn) {
 }
 
 TEST_F(PanelWindowTest, LocksStandInUpToFourLines) {
-    const auto lock = [](const Text& lesson, const Text& user, int type) {
+    const auto lock = [](const Text& user, int type) {
         return u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
-               u"lockType) VALUES ('" +
-               lesson + u"', '" + user + u"', 'PC', '10.0.0.1', 's', '2026-03-01 10:00:00', " + ToText(type) + u")";
+               u"lockType) VALUES ('a', '" +
+               user + u"', 'PC', '10.0.0.1', 's', '2026-03-01 10:00:00', " + ToText(type) + u")";
     };
     const HostWindow host;
-    for (const int dpi : {96, 144, 192}) {
+    for (const int dpi : {96, 192}) {
         SCOPED_TRACE(dpi);
         database->Run({u"DELETE FROM velmoraUserLocks"});
         editor.editor->SetCurrentLessonID(u"a");
@@ -128,29 +128,22 @@ TEST_F(PanelWindowTest, LocksStandInUpToFourLines) {
         const SIZE size = panel.PreferredSize(dpi);
         panel.Create(host.handle, {0, 0, size.cx, size.cy});
         // What the window shows is what a picture of it shows.
-        const auto ink = [&] {
+        const auto lines = [&](GroupEditor* source) {
+            panel.Info()->UpdateFrom(source);
             const std::vector<uint32_t> shown = WindowPixels(panel.Handle());
             const MemoryBitmap bitmap(size.cx, size.cy);
             panel.Draw(bitmap.Context(), {0, 0, size.cx, size.cy});
-            const auto count = std::count_if(shown.begin(), shown.end(), [](uint32_t p) { return p != 0xFFFFFF; });
-            EXPECT_EQ(count, Inked(bitmap, {0, 0, size.cx, size.cy}));
-            return count;
+            EXPECT_EQ(std::count_if(shown.begin(), shown.end(), [](uint32_t p) { return p != 0xFFFFFF; }),
+                      Inked(bitmap, {0, 0, size.cx, size.cy}));
+            const Drawing drawing(panel, size.cx, size.cy);
+            EXPECT_LT(drawing.bands.back().bottom, size.cy) << "all lines fit the size that it asks for";
+            return drawing.bands.size();
         };
-        panel.Info()->UpdateFrom(editor.editor.get());
-        const auto none = ink();
-        EXPECT_GT(none, 20);
-        database->Run({lock(u"a", u"tquenby", 1)});
-        panel.Info()->UpdateFrom(editor.editor.get());
-        const auto one = ink();
-        EXPECT_GT(one, none);
-        database->Run({lock(u"a", u"ann", 3), lock(u"a", u"bob", 4), lock(u"a", u"cyd", 4), lock(u"a", u"dan", 2)});
-        panel.Info()->UpdateFrom(editor.editor.get());
-        EXPECT_GT(ink(), one);
+        EXPECT_EQ(lines(editor.editor.get()), 1u);
+        EXPECT_EQ(lines(nullptr), 1u) << "no data";
+        database->Run({lock(u"tquenby", 1), lock(u"ann", 3), lock(u"bob", 4), lock(u"cyd", 4), lock(u"dan", 2)});
+        EXPECT_EQ(lines(editor.editor.get()), 4u);
         EXPECT_EQ(panel.Info()->LockCount(), 5);
-        const Drawing drawing(panel, size.cx, size.cy);
-        EXPECT_LT(drawing.bands.back().bottom, size.cy) << "all four lines fit the size that it asks for";
-        panel.Info()->UpdateFrom(nullptr);
-        EXPECT_NE(ink(), none) << "no data";
     }
 }
 
