@@ -38,13 +38,6 @@ TEST_F(AutomationTest, ConstantsTellWhereTheLibraryIs) {
     EXPECT_TRUE(TextOf(Call(constants.Get(), L"OCXVersion")).starts_with(u"3.3 (Build 0001)  Visual"));
 }
 
-TEST_F(AutomationTest, UtilityGivesAnotherIdentifierEachTime) {
-    const auto utility = Create(L"ContentObjects.Utility");
-    std::set<Text> identifiers;
-    for (int i = 0; i < 100; ++i) identifiers.insert(TextOf(Call(utility.Get(), L"NewIdentifier")));
-    EXPECT_EQ(identifiers.size(), 100u);
-}
-
 TEST_F(AutomationTest, ValidatorKeepsTheOutcome) {
     const auto validator = Create(L"DAXControls.DatabaseValidator");
     for (const wchar_t* property : {L"CommonConnectionString", L"DataConnectionString", L"CatalogName"})
