@@ -6,6 +6,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 option(DAX_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+option(DAX_JOINED "Compile the files of a room several at a time, which takes half the time from nothing" ON)
 
 find_program(CCACHE ccache)
 if(CCACHE)
@@ -21,8 +22,10 @@ target_include_directories(dax_settings INTERFACE ${CMAKE_SOURCE_DIR}/src)
 if(MSVC)
   target_compile_options(dax_settings INTERFACE /W4 /WX /permissive- /utf-8)
 else()
+  # COM interfaces (targets with DAX_COM) have no destructors by contract: objects end in Release.
   # GCC 12 reports impossible overlaps, bounds, lengths and uninitialised reads inside its own and Windows' headers at -O2.
-  target_compile_options(dax_settings INTERFACE -Wall -Wextra -Wpedantic -Werror -Wnon-virtual-dtor
+  target_compile_options(dax_settings INTERFACE -Wall -Wextra -Wpedantic -Werror
+                                                "$<$<NOT:$<BOOL:$<TARGET_PROPERTY:DAX_COM>>>:-Wnon-virtual-dtor>"
                                                 "$<$<CXX_COMPILER_ID:GNU>:-Wshadow=local;-Wno-restrict;-Wno-array-bounds;-Wno-stringop-overread;-Wno-stringop-overflow;-Wno-maybe-uninitialized>")
 endif()
 if(DAX_SANITIZE)
@@ -45,3 +48,9 @@ dax_precompiled_header(dax_precompiled Precompiled.h)
 if(WIN32)
   dax_precompiled_header(dax_precompiled_win32 PrecompiledWindows.h)
 endif()
+
+# The files of a library are compiled several at a time. Programs' are not: their commands and pages have parts of the
+# same names.
+function(dax_joined target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${DAX_JOINED} UNITY_BUILD_BATCH_SIZE 6)
+endfunction()

@@ -2,6 +2,7 @@
 #include "lessonmap/LessonMapEditor.h"
 
 #include "lessonmap/LessonMapState.h"
+#include "lessonmap/MapBuilder.h"
 #include "lessonmap/modLME.h"
 #include "tree/modTVW.h"
 #include "tree/modTreeviewAPI.h"
@@ -9,8 +10,6 @@
 namespace dax {
 
 namespace {
-
-[[noreturn]] void Refuse(const Text& description) { throw Error(ErrorNumbers::Automation, description); }
 
 std::shared_ptr<Storyboards> StoryboardsOf(const Lesson& lesson) {
     auto storyboards = lesson.Storyboards();

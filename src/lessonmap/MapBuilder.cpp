@@ -12,8 +12,6 @@ namespace {
 // A host's list could be one without end.
 constexpr int32_t mostMaps = 100'000;
 
-[[noreturn]] void Refuse(const Text& description) { throw Error(ErrorNumbers::Automation, description); }
-
 std::shared_ptr<StoryboardMaps> MapsOf(const Lesson& lesson) {
     auto maps = lesson.Maps();
     if (!maps) Refuse(u"The lesson has no list of maps.");
@@ -21,6 +19,8 @@ std::shared_ptr<StoryboardMaps> MapsOf(const Lesson& lesson) {
 }
 
 } // namespace
+
+void Refuse(const Text& description) { throw Error(ErrorNumbers::Automation, description); }
 
 MapView::MapView(const NodeTree& tree)
     : expanded(modTVW::GetExpandedKeys(tree)), selected(modTVW::GetNodeKey(tree.Selected())) {

@@ -22,6 +22,9 @@ private:
     Text selected;
 };
 
+// Throws the Error of a lesson that cannot be shown or edited.
+[[noreturn]] void Refuse(const Text& description);
+
 class MapBuilder {
 public:
     using KeyedStoryboard = std::pair<Text, std::shared_ptr<Storyboard>>;

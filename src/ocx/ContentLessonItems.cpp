@@ -7,8 +7,6 @@ namespace dax {
 
 namespace {
 
-constexpr int32_t invalidCall = 5;
-
 // By these our own objects know each other, whatever else a host has handed in.
 constexpr IID ownStoryboardID{0x41ea4f92, 0xa57e, 0x4277, {0x93, 0x96, 0x8d, 0xa9, 0x35, 0x3d, 0x67, 0xb4}};
 constexpr IID ownMapID{0xdddb5e0e, 0x8e23, 0x420d, {0xa4, 0x9c, 0x44, 0x73, 0x83, 0x5a, 0x49, 0xbd}};
@@ -73,7 +71,7 @@ class HostNodes final : public MapTree {
 public:
     // `nodes` may be null where only the nodes below the root are read.
     HostNodes(IDispatch* nodes, IDispatch* root) : nodes(nodes) {
-        if (!root) throw Error(invalidCall, u"There is no node of the map.");
+        if (!root) throw Error(ErrorNumbers::InvalidCall, u"There is no node of the map.");
         held.emplace_back(root);
         knowsKeys = nodes && this->nodes.Has(L"Contains");
     }
@@ -97,7 +95,8 @@ public:
 private:
     HostObject At(NodeRef node) const {
         const auto place = static_cast<size_t>(node);
-        if (place == 0 || place > held.size()) throw Error(invalidCall, u"The host's tree has added no node.");
+        if (place == 0 || place > held.size())
+            throw Error(ErrorNumbers::InvalidCall, u"The host's tree has added no node.");
         return held[place - 1];
     }
     NodeRef Hold(const Variant& answer) const {
@@ -124,7 +123,7 @@ public:
     }
     STDMETHODIMP FillTree(IDispatch* nodes, IDispatch* mapRoot) override {
         return Run([&] {
-            if (!nodes) throw Error(invalidCall, u"There are no nodes to fill.");
+            if (!nodes) throw Error(ErrorNumbers::InvalidCall, u"There are no nodes to fill.");
             HostNodes tree(nodes, mapRoot);
             Inside()->FillTree(tree, tree.Root());
         });
@@ -197,14 +196,14 @@ IUnknown* CreateStoryboardMap(const ClassEntry& entry) {
 }
 
 std::shared_ptr<Storyboard> HoldStoryboard(IDispatch* object) {
-    if (!object) throw Error(invalidCall, u"There is no storyboard to add.");
+    if (!object) throw Error(ErrorNumbers::InvalidCall, u"There is no storyboard to add.");
     if (const auto own = OwnObject<ContentStoryboard>(object, ownStoryboardID))
         return std::make_shared<OwnStoryboard>(object, own->Inside());
     return std::make_shared<HostStoryboard>(object);
 }
 
 std::shared_ptr<StoryboardMap> HoldMap(IDispatch* object) {
-    if (!object) throw Error(invalidCall, u"There is no map to add.");
+    if (!object) throw Error(ErrorNumbers::InvalidCall, u"There is no map to add.");
     if (const auto own = OwnObject<ContentMap>(object, ownMapID))
         return std::make_shared<OwnMap>(object, own->Inside());
     return std::make_shared<HostMap>(object, nullptr);

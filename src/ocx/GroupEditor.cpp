@@ -11,8 +11,6 @@ namespace dax {
 
 namespace {
 
-constexpr int32_t TypeMismatch = 13;
-
 constexpr DISPID AfterSelectionChangeEvent = 1, DataChangedEvent = 2, DeleteRequestEvent = 3, ErrorEvent = 4,
                  DblClickEvent = 5;
 
@@ -193,7 +191,7 @@ private:
 std::shared_ptr<GroupEditor> HierarchyOf(_GroupEditor* editor) {
     if (!editor) return nullptr;
     const auto own = Query<_GroupEditor>(editor, OwnEditor);
-    if (!own) throw Error(TypeMismatch, u"Type mismatch");
+    if (!own) throw Error(ErrorNumbers::TypeMismatch, u"Type mismatch");
     return static_cast<GroupEditorControl*>(own.Get())->Editor();
 }
 

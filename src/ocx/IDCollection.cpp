@@ -10,8 +10,8 @@ namespace dax {
 
 namespace {
 
-// The numbers that hosts know.
-constexpr int32_t InvalidArgument = 5, OutOfRange = 9, TypeMismatch = 13, NoSuchMember = 438;
+// As hosts know it.
+constexpr int32_t NoSuchMember = 438;
 
 // Only a collection of ours has this interface: it is then the default one of an IDCollectionObject.
 constexpr IID OwnCollection{0x7d1e5d0b, 0x3c0f, 0x4c59, {0xa6, 0x0d, 0x61, 0x0f, 0x53, 0x2d, 0x8e, 0x17}};
@@ -47,13 +47,15 @@ public:
             Check(VariantCopyInd(&plain, &index));
             if (plain.vt == VT_BSTR) {
                 const Text key = FromBstr(plain.bstrVal);
-                if (!identifiers->Contains(key)) throw Error(InvalidArgument, u"Invalid procedure call or argument");
+                if (!identifiers->Contains(key))
+                    throw Error(ErrorNumbers::InvalidCall, u"Invalid procedure call or argument");
                 return key;
             }
-            if (FAILED(VariantChangeType(&plain, &plain, 0, VT_I4))) throw Error(TypeMismatch, u"Type mismatch");
+            if (FAILED(VariantChangeType(&plain, &plain, 0, VT_I4)))
+                throw Error(ErrorNumbers::TypeMismatch, u"Type mismatch");
             const LONG place = plain.lVal;
             if (place < 1 || static_cast<size_t>(place) > places.size())
-                throw Error(OutOfRange, u"Subscript out of range");
+                throw Error(ErrorNumbers::OutOfRange, u"Subscript out of range");
             return *places[static_cast<size_t>(place) - 1];
         });
     }
@@ -100,7 +102,8 @@ std::shared_ptr<const IDCollection> ReadIDCollection(IDispatch* collection) {
     for (;;) {
         Variant element;
         if (elements->Next(1, &element, nullptr) != S_OK) return result;
-        if (FAILED(VariantChangeType(&element, &element, 0, VT_BSTR))) throw Error(TypeMismatch, u"Type mismatch");
+        if (FAILED(VariantChangeType(&element, &element, 0, VT_BSTR)))
+            throw Error(ErrorNumbers::TypeMismatch, u"Type mismatch");
         result->Add(FromBstr(element.bstrVal));
     }
 }

@@ -10,8 +10,6 @@ namespace dax {
 
 namespace {
 
-constexpr int32_t invalidCall = 5, outOfRange = 9; // as hosts count them
-
 const ClassEntry collectionEntry{&CLSID_StoryboardCollection,
                                  &IID__StoryboardCollection,
                                  nullptr,
@@ -51,12 +49,12 @@ private:
                 for (size_t i = 0; i < storyboards.size(); ++i) places.emplace(storyboards[i]->SBID(), i);
             }
             const auto found = places.find(FromBstr(plain.bstrVal));
-            if (found == places.end()) throw Error(invalidCall, u"Invalid procedure call or argument");
+            if (found == places.end()) throw Error(ErrorNumbers::InvalidCall, u"Invalid procedure call or argument");
             return found->second;
         }
         const int32_t place = NumberFrom(plain);
         if (place < 1 || static_cast<size_t>(place) > storyboards.size())
-            throw Error(outOfRange, u"Subscript out of range");
+            throw Error(ErrorNumbers::OutOfRange, u"Subscript out of range");
         return static_cast<size_t>(place) - 1;
     }
 

@@ -13,7 +13,7 @@ namespace dax {
 namespace {
 
 // What hosts know of tree views.
-constexpr int32_t indexOutOfBounds = 35600, elementNotFound = 35601, invalidCall = 5;
+constexpr int32_t indexOutOfBounds = 35600, elementNotFound = 35601;
 
 const ClassEntry treeEntry{&CLSID_TreeView, &IID__TreeView, nullptr, L"TreeView", L"", nullptr, 0};
 const ClassEntry nodesEntry{&CLSID_Nodes, &IID__Nodes, nullptr, L"Nodes", L"", nullptr, 0};
@@ -77,7 +77,7 @@ private:
         case nrChild:
             return {beside, Place::LastChild};
         default:
-            throw Error(invalidCall, u"There is no relation " + ToText(relation) + u" between nodes.");
+            throw Error(ErrorNumbers::InvalidCall, u"There is no relation " + ToText(relation) + u" between nodes.");
         }
     }
 

@@ -9,8 +9,6 @@ namespace dax {
 
 namespace {
 
-constexpr int32_t TypeMismatch = 13;
-
 const ClassEntry collectionClass{&CLSID_PropertyCollection,
                                  &IID__PropertyCollection,
                                  nullptr,
@@ -51,7 +49,7 @@ public:
             Check(VariantCopyInd(&plain, &value));
             const Value kept = ToValue(plain);
             if (IsNull(kept) && plain.vt != VT_EMPTY && plain.vt != VT_NULL)
-                throw Error(TypeMismatch, u"Type mismatch");
+                throw Error(ErrorNumbers::TypeMismatch, u"Type mismatch");
             properties->SetValue(FromBstr(name), kept);
         });
     }

@@ -90,16 +90,23 @@ def lint(job):
     return [line.replace(ROOT + "/", "") for line in found] or [f"{name}: {(done.stdout + done.stderr)[-1500:]}"]
 
 
+def sources_of(name):
+    """The project's files that a compiler's job compiles: one, or several that the build joins in a file of its own."""
+    if "/Unity/" not in name:
+        return {name}
+    return {os.path.relpath(what, ROOT) for quoted, what in includes(name) if quoted}
+
+
 def jobs_of(rules):
     taken = set()
     for variant, extra in (("native", []), ("win64", windows_flags())):
         database = os.path.join(WORK, variant)
         os.makedirs(database, exist_ok=True)
         entries = dict(entry_of(command, extra) for command in configure(variant))
-        entries = {name: entry for name, entry in entries.items()
-                   if name.startswith(("src/", "apps/")) and name.endswith(".cpp") and name not in taken
-                   and os.path.exists(entry["file"])}
-        taken |= set(entries)
+        sources = {name: sources_of(name) for name, entry in entries.items() if os.path.exists(entry["file"])}
+        entries = {name: entries[name] for name, files in sources.items()
+                   if not files <= taken and all(file.startswith(("src/", "apps/")) for file in files)}
+        taken |= {file for name in entries for file in sources[name]}
         with open(os.path.join(database, "compile_commands.json"), "w", encoding="utf-8") as file:
             json.dump(list(entries.values()), file)
         for name, entry in sorted(entries.items()):
@@ -112,4 +119,4 @@ jobs = list(jobs_of(version + read(".clang-tidy")))
 todo = [job for job in jobs if not os.path.exists(job[2])]
 with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 1) as pool:
     problems = sorted({problem for found in pool.map(lint, todo) for problem in found})
-finish(problems, f"{len(jobs)} files, {len(todo)} of them new or changed")
+finish(problems, f"{len(jobs)} translation units, {len(todo)} of them new or changed")
