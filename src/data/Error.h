@@ -10,10 +10,8 @@ namespace dax {
 
 // Numbers are those that hosts know from ADO and automation (0x80004005 is -2147467259).
 namespace ErrorNumbers {
-inline constexpr int32_t InvalidCall = 5;
-inline constexpr int32_t OutOfRange = 9;
-inline constexpr int32_t TypeMismatch = 13;
 inline constexpr int32_t PathFileAccess = 75;
+inline constexpr int32_t TypeMismatch = 13;
 inline constexpr int32_t InvalidUseOfNull = 94;
 inline constexpr int32_t Automation = -2147221504;     // 80040000: raised by the controls themselves
 inline constexpr int32_t Unspecified = -2147467259;    // 80004005

@@ -9,6 +9,12 @@
 
 namespace dax {
 
+// What hosts know of collections.
+namespace ErrorNumbers {
+inline constexpr int32_t InvalidCall = 5;
+inline constexpr int32_t OutOfRange = 9;
+} // namespace ErrorNumbers
+
 // A failed COM call of ours.
 class ComError : public std::exception {
 public:
