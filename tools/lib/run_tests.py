@@ -122,9 +122,10 @@ def start_servers(summary):
 
 
 def native(summary, servers):
+    """Builds; gives what runs the tests."""
     built = build(summary, "native")
     if not build(summary, "dev"):
-        return
+        return None
     if built:
         dax = os.path.join(ROOT, "build", "native", "bin", "dax")
         if not os.path.exists(dax):
@@ -136,16 +137,15 @@ def native(summary, servers):
                                     environment_for_tests(servers), False))
         else:
             summary.failed.append((f"native {name}", "the program was not built"))
-    with concurrent.futures.ThreadPoolExecutor(2) as pool:
-        for done in concurrent.futures.as_completed([pool.submit(program.run) for program in programs]):
-            summary.take("native", done.result())
+    return lambda: run_programs(summary, "native", [[program] for program in programs])
 
 
 def wine(summary, servers, bits, reason_not_to):
+    """Builds; gives what runs the tests."""
     variant = f"win{bits}"
     # Tests that cannot be run here are not built either; the products always are.
     if not build(summary, variant, *(PRODUCTS if reason_not_to else [])):
-        return
+        return None
     programs = {True: [], False: []}
     for name, command in test_programs(variant):
         if reason_not_to:
@@ -161,13 +161,17 @@ def wine(summary, servers, bits, reason_not_to):
             environment["DAX_WINE_PREFIX"] = os.path.join(ROOT, "build", f"wine{bits}-core")
         programs[has_windows].append(Program(name, [os.path.join(ROOT, "tools/wine"), *command],
                                              os.path.join(OUTPUT, f"wine{bits}", name), environment, True))
+    return lambda: run_programs(summary, f"wine{bits}", [chosen for chosen in programs.values() if chosen])
 
-    def run_all(chosen):
-        for program in chosen:
-            summary.take(f"wine{bits}", program.run())
+
+def run_programs(summary, variant, lanes):
+    """Two lanes at a time; the programs of one lane run one after the other."""
+    def run_lane(lane):
+        for program in lane:
+            summary.take(variant, program.run())
 
     with concurrent.futures.ThreadPoolExecutor(2) as pool:
-        for done in [pool.submit(run_all, chosen) for chosen in programs.values() if chosen]:
+        for done in [pool.submit(run_lane, lane) for lane in lanes]:
             done.result()
 
 
@@ -197,15 +201,23 @@ def main():
                 check(summary, name)
         if {"native", "wine64", "wine32"} & set(parts):
             servers = start_servers(summary)
-        if "native" in parts:
-            native(summary, servers)
-        if "wine64" in parts:
-            wine(summary, servers, 64, "")
-        if "wine32" in parts:
-            wine(summary, servers, 32, why_no_wine32())
-        for name in ("package", "lint"):
-            if name in parts:
-                check(summary, name)
+        # Tests wait a good deal: those of one variant run while the next is built and checked.
+        behind = concurrent.futures.ThreadPoolExecutor(1)
+        try:
+            tests = []
+            for part, prepare in (("native", lambda: native(summary, servers)),
+                                  ("wine64", lambda: wine(summary, servers, 64, "")),
+                                  ("wine32", lambda: wine(summary, servers, 32, why_no_wine32()))):
+                run_all = prepare() if part in parts else None
+                if run_all:
+                    tests.append(behind.submit(run_all))
+            for name in ("lint", "package"):
+                if name in parts:
+                    check(summary, name)
+            for done in tests:
+                done.result()
+        finally:
+            behind.shutdown(cancel_futures=True)
     finally:
         run([os.path.join(ROOT, "tools/servers"), "stop", os.path.join(OUTPUT, "servers")], "servers-stop.log")
     return summary.finish()
