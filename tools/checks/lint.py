@@ -105,7 +105,8 @@ def jobs_of(rules):
         entries = dict(entry_of(command, extra) for command in configure(variant))
         sources = {name: sources_of(name) for name, entry in entries.items() if os.path.exists(entry["file"])}
         entries = {name: entries[name] for name, files in sources.items()
-                   if not files <= taken and all(file.startswith(("src/", "apps/")) for file in files)}
+                   if not files <= taken
+                   and all(file.startswith(("src/", "apps/")) and file.endswith(".cpp") for file in files)}
         taken |= {file for name in entries for file in sources[name]}
         with open(os.path.join(database, "compile_commands.json"), "w", encoding="utf-8") as file:
             json.dump(list(entries.values()), file)
