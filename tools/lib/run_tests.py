@@ -201,8 +201,8 @@ def main():
                 check(summary, name)
         if {"native", "wine64", "wine32"} & set(parts):
             servers = start_servers(summary)
-        # Tests wait a good deal: those of one variant run while the next is built and checked.
-        behind = concurrent.futures.ThreadPoolExecutor(1)
+        # Tests wait a good deal: those of two variants run at a time, while the next is built and checked.
+        behind = concurrent.futures.ThreadPoolExecutor(2)
         try:
             tests = []
             for part, prepare in (("native", lambda: native(summary, servers)),
