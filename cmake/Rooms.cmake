@@ -1,7 +1,8 @@
-# A room is a folder of src/: its portable files are the library dax_NAME, its win32/ folder, on Windows, the
-# library dax_NAME_win32. New files are found by themselves.
+# A room is a folder of src/: its portable files, those in folders below it, too, are the library dax_NAME, its win32/
+# folder, on Windows, the library dax_NAME_win32. New files are found by themselves.
 function(dax_room name)
-  file(GLOB files CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${name}/*.cpp)
+  file(GLOB_RECURSE files CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${name}/*.cpp)
+  list(FILTER files EXCLUDE REGEX "/win32/")
   if(files)
     add_library(dax_${name} STATIC ${files})
     target_precompile_headers(dax_${name} REUSE_FROM dax_precompiled)
@@ -36,7 +37,7 @@ function(dax_room name)
   foreach(lower ${ARGN})
     target_link_libraries(dax_${name}_win32 ${scope} dax_${lower}_win32)
   endforeach()
-  if(name STREQUAL data)
+  if(name STREQUAL base)
     target_link_libraries(dax_${name}_win32 ${scope} comctl32 gdi32 user32 ole32 oleaut32 uuid oleacc)
   endif()
 endfunction()

@@ -1,7 +1,7 @@
 // What every command of the program has: a row in the table of commands, its arguments, an exit code.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <exception>
 #include <map>

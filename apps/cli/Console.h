@@ -1,7 +1,7 @@
 // What the program says: UTF-8 on every system, whole lines.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <chrono>
 

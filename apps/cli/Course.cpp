@@ -2,7 +2,7 @@
 
 #include "Command.h"
 #include "Console.h"
-#include "data/modGeneric.h"
+#include "base/modGeneric.h"
 #include "tree/modTVW.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Course.h"
-#include "data/IDCollection.h"
+#include "base/IDCollection.h"
 
 #include <span>
 #include <vector>

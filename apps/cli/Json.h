@@ -1,7 +1,7 @@
 // JSON as programs read it: one object or array at a time, in UTF-8 when printed.
 #pragma once
 
-#include "data/Value.h"
+#include "base/Value.h"
 
 namespace dax::cli {
 

@@ -5,7 +5,7 @@
 #include "Json.h"
 #include "StoredLesson.h"
 #include "content/LessonText.h"
-#include "data/modGeneric.h"
+#include "base/modGeneric.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 
 #include "SampleLesson.h"
 #include "SampleTexts.h"
-#include "data/Enumerations.h"
+#include "base/Enumerations.h"
 #include "data/modDB.h"
 
 #include <algorithm>

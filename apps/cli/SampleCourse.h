@@ -1,7 +1,7 @@
 // A made-up course that looks like a real one: titles in several scripts, nested groups, locks of every kind.
 #pragma once
 
-#include "data/Value.h"
+#include "base/Value.h"
 
 #include <functional>
 

@@ -1,7 +1,7 @@
 // What is in a lesson of the sample course: its pages, its maps, its properties, in the stored form.
 #pragma once
 
-#include "data/Value.h"
+#include "base/Value.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // The titles and names of the sample course.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 namespace dax::cli {
 

@@ -4,7 +4,7 @@
 #include "data/ConnectionString.h"
 #include "data/Dialect.h"
 #include "data/Recordset.h"
-#include "data/modGeneric.h"
+#include "base/modGeneric.h"
 
 #include <filesystem>
 #include <fstream>

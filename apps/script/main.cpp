@@ -4,7 +4,7 @@
 #include "Output.h"
 #include "ScriptObject.h"
 
-#include "data/Text.h"
+#include "base/Text.h"
 #include "ocx/com/Variant.h"
 
 #include <exception>

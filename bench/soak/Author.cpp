@@ -1,7 +1,7 @@
 #include "soak/Author.h"
 
 #include "content/LessonText.h"
-#include "data/Error.h"
+#include "base/Error.h"
 #include "data/modDB.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "content/ContentLesson.h"
 
 #include "content/Utility.h"
-#include "data/Error.h"
+#include "base/Error.h"
 
 namespace dax {
 

@@ -1,6 +1,6 @@
 #include "content/ContentMap.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 
 #include <unordered_set>
 

@@ -1,6 +1,6 @@
 #include "content/LayoutTree.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 
 namespace dax {
 

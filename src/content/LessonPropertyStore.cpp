@@ -1,6 +1,6 @@
 #include "content/LessonPropertyStore.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 
 #include <cstring>
 #include <utility>

@@ -1,7 +1,7 @@
 #include "content/LessonText.h"
 
 #include "content/LayoutTree.h"
-#include "data/Error.h"
+#include "base/Error.h"
 
 #include <array>
 

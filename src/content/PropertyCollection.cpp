@@ -1,7 +1,7 @@
 #include "content/PropertyCollection.h"
 
 #include "content/PropertyText.h"
-#include "data/modGeneric.h"
+#include "base/modGeneric.h"
 
 namespace dax {
 

@@ -1,7 +1,7 @@
 // A named collection of named values, as the content object library keeps the properties of lessons.
 #pragma once
 
-#include "data/Value.h"
+#include "base/Value.h"
 
 #include <functional>
 #include <memory>

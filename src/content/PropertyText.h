@@ -1,7 +1,7 @@
 // The stored text of a property collection: reading and writing it (docs/content-objects.md describes it).
 #pragma once
 
-#include "data/Value.h"
+#include "base/Value.h"
 
 #include <functional>
 

@@ -1,7 +1,7 @@
 // One page of a lesson, as the lesson map sees it. A host's own object may stand behind it.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 namespace dax {
 

@@ -1,7 +1,7 @@
 // A map: which storyboard of a lesson lies under which, in which order. It exchanges this layout with a tree.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // What the content object library offers to everybody: new identifiers.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 namespace dax {
 

@@ -1,7 +1,7 @@
 // What a host says about the place where a control stands.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <cstdint>
 

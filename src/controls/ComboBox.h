@@ -2,7 +2,7 @@
 #pragma once
 
 #include "controls/Event.h"
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <vector>
 

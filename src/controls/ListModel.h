@@ -1,7 +1,7 @@
 // The rows and columns of a report list. The model is the truth; a window mirrors it and tells it what is selected.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Where a host keeps the design-time properties of a control.
 #pragma once
 
-#include "data/Value.h"
+#include "base/Value.h"
 
 namespace dax {
 

@@ -1,7 +1,7 @@
 // A drawing surface that measures text: what panels are painted on. All distances are pixels.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <cstdint>
 

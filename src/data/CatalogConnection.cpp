@@ -2,7 +2,7 @@
 
 #include "data/ConnectionString.h"
 #include "data/Dialect.h"
-#include "data/modGeneric.h"
+#include "base/modGeneric.h"
 
 namespace dax {
 

@@ -1,7 +1,7 @@
 // From the connector to a catalog that it lists.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 namespace dax {
 

@@ -1,6 +1,6 @@
 #include "data/Command.h"
 
-#include "data/OdbcStatement.h"
+#include "data/odbc/OdbcStatement.h"
 
 namespace dax {
 

@@ -1,7 +1,7 @@
 #include "data/Connection.h"
 
-#include "data/OdbcConnection.h"
-#include "data/OdbcStatement.h"
+#include "data/odbc/OdbcConnection.h"
+#include "data/odbc/OdbcStatement.h"
 #include "data/StatementText.h"
 
 namespace dax {

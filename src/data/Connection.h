@@ -1,8 +1,8 @@
 // A database connection over ODBC, in ADO's vocabulary: open, execute, transactions.
 #pragma once
 
-#include "data/Error.h"
-#include "data/Value.h"
+#include "base/Error.h"
+#include "base/Value.h"
 
 #include <functional>
 #include <memory>

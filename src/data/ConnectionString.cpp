@@ -1,8 +1,8 @@
 #include "data/ConnectionString.h"
 
 #include "data/Dialect.h"
-#include "data/Error.h"
-#include "data/Odbc.h"
+#include "base/Error.h"
+#include "data/odbc/Odbc.h"
 
 #include <algorithm>
 #include <filesystem>

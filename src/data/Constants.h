@@ -1,7 +1,7 @@
 // What the public class Constants answers, as pure functions of the module's version resource and path.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 namespace dax {
 

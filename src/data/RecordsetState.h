@@ -1,7 +1,7 @@
 // What a recordset holds: its statement, the current row wherever it comes from, and the fields set but not written.
 #pragma once
 
-#include "data/OdbcRows.h"
+#include "data/odbc/OdbcRows.h"
 #include "data/Recordset.h"
 
 #include <optional>

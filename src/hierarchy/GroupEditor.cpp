@@ -1,6 +1,6 @@
 #include "hierarchy/GroupEditor.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "tree/modTVW.h"
 
 #include <exception>

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "content/LessonPropertyStore.h"
-#include "data/Enumerations.h"
-#include "data/IDCollection.h"
+#include "base/Enumerations.h"
+#include "base/IDCollection.h"
 #include "tree/NodeTree.h"
 
 namespace dax {

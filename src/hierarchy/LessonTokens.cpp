@@ -1,6 +1,6 @@
 #include "hierarchy/LessonTokens.h"
 
-#include "data/modGeneric.h"
+#include "base/modGeneric.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 // Comparing texts whatever their case, the same on every system and in every locale.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 namespace dax {
 

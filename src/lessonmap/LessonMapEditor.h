@@ -4,7 +4,7 @@
 #include "content/ContentLesson.h"
 #include "controls/Event.h"
 #include "controls/PropertyBag.h"
-#include "data/Enumerations.h"
+#include "base/Enumerations.h"
 #include "lessonmap/PictureKeys.h"
 #include "tree/LMEDragDropSupport.h"
 #include "tree/LMESubclasser.h"

@@ -1,7 +1,7 @@
 // The scopes that the parts of LessonMapEditor share.
 #pragma once
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "lessonmap/LessonMapEditor.h"
 
 namespace dax {

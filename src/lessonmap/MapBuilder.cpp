@@ -1,7 +1,7 @@
 #include "lessonmap/MapBuilder.h"
 
 #include "content/ContentMap.h"
-#include "data/Error.h"
+#include "base/Error.h"
 #include "lessonmap/NodeMapTree.h"
 #include "tree/modTVW.h"
 

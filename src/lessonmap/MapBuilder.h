@@ -2,7 +2,7 @@
 #pragma once
 
 #include "content/Lesson.h"
-#include "data/IDCollection.h"
+#include "base/IDCollection.h"
 #include "lessonmap/PictureKeys.h"
 #include "tree/NodeTree.h"
 

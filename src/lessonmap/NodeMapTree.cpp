@@ -1,6 +1,6 @@
 #include "lessonmap/NodeMapTree.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 
 namespace dax {
 

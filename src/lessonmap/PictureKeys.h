@@ -1,7 +1,7 @@
 // The keys of an image list: which picture of the list belongs to which key.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <unordered_map>
 #include <vector>

@@ -1,6 +1,6 @@
 #include "lessonmap/modLME.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "lessonmap/FoldCase.h"
 #include "lessonmap/MapBuilder.h"
 #include "lessonmap/NodeMapTree.h"

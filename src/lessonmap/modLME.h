@@ -4,7 +4,7 @@
 #pragma once
 
 #include "content/Lesson.h"
-#include "data/Enumerations.h"
+#include "base/Enumerations.h"
 #include "lessonmap/PictureKeys.h"
 #include "tree/NodeTree.h"
 

@@ -3,7 +3,7 @@
 
 #include "controls/Event.h"
 #include "controls/ListModel.h"
-#include "data/IDCollection.h"
+#include "base/IDCollection.h"
 #include "data/Recordset.h"
 #include "locks/LockRecord.h"
 

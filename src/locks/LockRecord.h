@@ -1,8 +1,8 @@
 // One lock that a user holds, as the lock list keeps it.
 #pragma once
 
-#include "data/Enumerations.h"
-#include "data/Value.h"
+#include "base/Enumerations.h"
+#include "base/Value.h"
 
 namespace dax {
 

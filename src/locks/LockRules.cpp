@@ -1,7 +1,7 @@
 #include "locks/LockRules.h"
 
-#include "data/Error.h"
-#include "data/modGeneric.h"
+#include "base/Error.h"
+#include "base/modGeneric.h"
 
 #include <array>
 #include <chrono>

@@ -2,7 +2,7 @@
 // present moment is an argument.
 #pragma once
 
-#include "data/IDCollection.h"
+#include "base/IDCollection.h"
 #include "locks/LockRecord.h"
 
 #include <optional>

@@ -2,7 +2,7 @@
 #include "ocx/ContentLesson.h"
 
 #include "content/LessonText.h"
-#include "data/Error.h"
+#include "base/Error.h"
 
 namespace dax {
 

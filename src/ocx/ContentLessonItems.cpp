@@ -1,7 +1,7 @@
 // The parts of a lesson: storyboards and maps.
 #include "ocx/ContentLesson.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 
 namespace dax {
 

@@ -1,6 +1,6 @@
 #include "ocx/GroupEditor.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "hierarchy/win32/GroupEditorWindow.h"
 #include "ocx/ControlClasses.h"
 #include "ocx/IDCollection.h"

@@ -1,6 +1,6 @@
 #include "ocx/IDCollection.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "ocx/com/Enumerator.h"
 #include "ocx/com/Object.h"
 

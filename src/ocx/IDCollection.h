@@ -3,7 +3,7 @@
 
 #include "DAXControls.h"
 
-#include "data/IDCollection.h"
+#include "base/IDCollection.h"
 
 #include <memory>
 

@@ -2,7 +2,7 @@
 
 #include "ContentObjects.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "lessonmap/NodeMapTree.h"
 #include "ocx/LessonMapTree.h"
 #include "ocx/com/Library.h"

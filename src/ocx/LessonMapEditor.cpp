@@ -1,6 +1,6 @@
 #include "DAXControls.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "lessonmap/win32/LessonMapEditorWindow.h"
 #include "ocx/ControlClasses.h"
 #include "ocx/LessonMapContent.h"

@@ -1,6 +1,6 @@
 #include "ocx/LessonMapNode.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "tree/modTVW.h"
 
 namespace dax {

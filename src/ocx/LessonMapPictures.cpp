@@ -1,6 +1,6 @@
 #include "ocx/LessonMapPictures.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "ocx/late/ContentLessonCalls.h"
 
 namespace dax {

@@ -1,6 +1,6 @@
 #include "ocx/LessonMapStoryboards.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "ocx/com/Object.h"
 #include "ocx/late/ContentLessonAdapters.h"
 

@@ -2,7 +2,7 @@
 
 #include "ocx/LessonMapNode.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "lessonmap/NodeMapTree.h"
 #include "tree/modTVW.h"
 

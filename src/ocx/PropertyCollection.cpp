@@ -2,7 +2,7 @@
 
 #include "ContentObjects.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "ocx/com/Object.h"
 
 namespace dax {

@@ -1,6 +1,6 @@
 #include "panels/LessonInfo.h"
 
-#include "data/modGeneric.h"
+#include "base/modGeneric.h"
 
 namespace dax {
 

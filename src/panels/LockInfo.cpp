@@ -1,7 +1,7 @@
 #include "panels/LockInfo.h"
 
 #include "data/Recordset.h"
-#include "data/modGeneric.h"
+#include "base/modGeneric.h"
 
 namespace dax {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "controls/Event.h"
-#include "data/Value.h"
+#include "base/Value.h"
 #include "hierarchy/GroupEditor.h"
 #include "panels/PanelLayout.h"
 

@@ -2,7 +2,7 @@
 // same for life, also when it moves.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <cstdint>
 

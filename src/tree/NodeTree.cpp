@@ -1,6 +1,6 @@
 #include "tree/NodeTree.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 
 #include <exception>
 #include <functional>

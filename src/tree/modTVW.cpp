@@ -1,6 +1,6 @@
 #include "tree/modTVW.h"
 
-#include "data/modGeneric.h"
+#include "base/modGeneric.h"
 
 namespace dax::modTVW {
 

@@ -2,8 +2,8 @@
 // of these throws except where it says so. All are linear in the nodes that they touch, whatever the tree's shape.
 #pragma once
 
-#include "data/Enumerations.h"
-#include "data/IDCollection.h"
+#include "base/Enumerations.h"
+#include "base/IDCollection.h"
 #include "tree/NodeTree.h"
 
 namespace dax::modTVW {

@@ -1,7 +1,7 @@
 // Checks that a connector database is complete and lets a user open at least one catalog.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <cstdint>
 

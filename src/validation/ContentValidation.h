@@ -1,7 +1,7 @@
 // Checks that a content database has the tables we need and lets us write to them.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <cstdint>
 

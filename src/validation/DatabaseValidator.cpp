@@ -1,7 +1,7 @@
 #include "validation/DatabaseValidator.h"
 
 #include "data/modDB.h"
-#include "data/modGeneric.h"
+#include "base/modGeneric.h"
 #include "validation/ConnectorValidation.h"
 #include "validation/ContentValidation.h"
 

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "controls/Event.h"
-#include "data/Enumerations.h"
-#include "data/Value.h"
+#include "base/Enumerations.h"
+#include "base/Value.h"
 #include "validation/StatusPanel.h"
 
 #include <functional>

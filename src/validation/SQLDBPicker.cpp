@@ -1,7 +1,7 @@
 #include "validation/SQLDBPicker.h"
 
 #include "data/modDB.h"
-#include "data/modGeneric.h"
+#include "base/modGeneric.h"
 
 namespace dax {
 

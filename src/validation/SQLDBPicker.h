@@ -3,7 +3,7 @@
 
 #include "controls/ComboBox.h"
 #include "controls/Event.h"
-#include "data/Value.h"
+#include "base/Value.h"
 
 #include <functional>
 #include <memory>

@@ -2,7 +2,7 @@
 #include "Program.h"
 
 #include "data/Recordset.h"
-#include "data/modGeneric.h"
+#include "base/modGeneric.h"
 #include "support/TestDatabases.h"
 
 #include <gmock/gmock.h>

@@ -1,7 +1,7 @@
 // Runs the real program "dax" as a process: the one that DAX_BIN names, or the one beside the test program.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <string>
 #include <vector>

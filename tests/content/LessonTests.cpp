@@ -1,6 +1,6 @@
 #include "content/ContentLesson.h"
 #include "content/LayoutTree.h"
-#include "data/Error.h"
+#include "base/Error.h"
 
 #include <gtest/gtest.h>
 

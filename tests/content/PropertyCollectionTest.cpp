@@ -1,5 +1,5 @@
 #include "content/LessonPropertyStore.h"
-#include "data/Error.h"
+#include "base/Error.h"
 
 #include <gtest/gtest.h>
 

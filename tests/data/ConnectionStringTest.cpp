@@ -1,6 +1,6 @@
 #include "data/ConnectionString.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "support/TestDatabases.h"
 
 namespace dax {

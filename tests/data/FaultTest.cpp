@@ -1,5 +1,5 @@
 // Real faults: what cannot be opened, what breaks while it is open, and that nothing is left open.
-#include "data/Error.h"
+#include "base/Error.h"
 #include "data/Recordset.h"
 #include "support/TestDatabases.h"
 

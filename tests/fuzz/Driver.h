@@ -1,7 +1,7 @@
 // What all targets share: bytes that decide what is done, and what every tree must be at every moment.
 #pragma once
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "support/TestDatabases.h"
 #include "tree/NodeTree.h"
 #include "tree/modTVW.h"

@@ -1,7 +1,7 @@
 // What a lesson map must be after any sequence of edits, with the rules written down a second time.
 #pragma once
 
-#include "data/Enumerations.h"
+#include "base/Enumerations.h"
 #include "lessonmap/SampleLesson.h"
 #include "tree/ReferenceTree.h"
 

@@ -1,6 +1,6 @@
 #include "lessonmap/EditorFixture.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 
 #include <functional>
 #include <limits>

@@ -1,7 +1,7 @@
 #include "locks/LockQueries.h"
 #include "locks/LockRules.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "support/TestDatabases.h"
 
 #include "data/Recordset.h"
-#include "data/Value.h"
+#include "base/Value.h"
 
 #include <cstdlib>
 #include <fstream>

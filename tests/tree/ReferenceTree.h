@@ -1,8 +1,8 @@
 // What a tree must be after any sequence of edits, in the plainest possible form.
 #pragma once
 
-#include "data/Enumerations.h"
-#include "data/Text.h"
+#include "base/Enumerations.h"
+#include "base/Text.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -2,7 +2,7 @@
 #include "EngineDatabases.h"
 
 #include "data/modDB.h"
-#include "data/modGeneric.h"
+#include "base/modGeneric.h"
 #include "validation/DatabaseValidator.h"
 
 #include <filesystem>

@@ -1,7 +1,7 @@
 // Starts the workbench, the real program, and drives it from outside through its windows.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <windows.h>
 

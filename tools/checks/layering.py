@@ -9,7 +9,7 @@ from project import CODE, ROOT, files, finish, includes, read
 WINDOWS = {"windows.h", "windowsx.h", "commctrl.h", "objbase.h", "oleauto.h", "ole2.h", "oaidl.h", "ocidl.h", "olectl.h",
            "unknwn.h", "tchar.h", "initguid.h", "shellapi.h", "shlobj.h", "uxtheme.h", "gdiplus.h", "activscp.h"}
 ODBC = {"sql.h", "sqlext.h", "sqltypes.h", "sqlucode.h"}
-ODBC_HEADER = "src/data/Odbc.h"
+ODBC_HEADER = "src/data/odbc/Odbc.h"
 WINDOWS_PLACES = ("src/ocx/", "apps/workbench/", "apps/script/", "tests/windows/", "tests/ocx/", "tests/workbench/")
 POSIX = {"locale.h", "langinfo.h", "unistd.h", "fcntl.h", "sys/stat.h", "sys/types.h", "sys/file.h",
          "io.h"}  # of one system or the other

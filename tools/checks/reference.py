@@ -14,12 +14,12 @@ problems = []
 
 def check_error_numbers():
     """Every number of the source, in both of its forms, and no other in that table."""
-    numbers = {int(number) for number in re.findall(r"int32_t \w+ = (-?\d+);", read("src/data/Error.h"))}
+    numbers = {int(number) for number in re.findall(r"int32_t \w+ = (-?\d+);", read("src/base/Error.h"))}
     table = read("docs/errors.md").split("## Of collections")[0]
     rows = {int(number): int(hexadecimal, 16)
             for number, hexadecimal in re.findall(r"^\| (-?\d+) \| (\w+) \|", table, re.M)}
     for number in sorted(numbers ^ set(rows)):
-        problems.append(f"docs/errors.md and src/data/Error.h: {number} is only in one of them")
+        problems.append(f"docs/errors.md and src/base/Error.h: {number} is only in one of them")
     for number, hexadecimal in rows.items():
         if number % (1 << 32) != hexadecimal:
             problems.append(f"docs/errors.md: {number} is not {hexadecimal:X}")

@@ -1,6 +1,6 @@
 #include "controls/win32/GdiSurface.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // <windows.h> without the macros that rename our own members, and texts for it.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <windows.h>
 

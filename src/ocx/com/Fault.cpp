@@ -1,6 +1,6 @@
 #include "ocx/com/Fault.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "ocx/com/ComPtr.h"
 #include "ocx/com/Variant.h"
 

@@ -1,7 +1,7 @@
 // Failures crossing into COM: the one place where an exception becomes an HRESULT with error information.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <ole2.h>
 

@@ -1,7 +1,7 @@
 // Texts and values on their way to automation and back: the only place where they are converted.
 #pragma once
 
-#include "data/Value.h"
+#include "base/Value.h"
 
 #include <ole2.h>
 

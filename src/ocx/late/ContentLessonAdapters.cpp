@@ -1,6 +1,6 @@
 #include "ocx/late/ContentLessonAdapters.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 
 namespace dax {
 

@@ -5,7 +5,7 @@
 #include "controls/win32/GdiSurface.h"
 #include "controls/win32/TextAccess.h"
 #include "controls/win32/WindowBase.h"
-#include "data/Value.h"
+#include "base/Value.h"
 #include "panels/PanelLayout.h"
 
 #include <memory>

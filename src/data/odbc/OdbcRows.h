@@ -1,7 +1,7 @@
 // The rows of an executed statement: columns bound once, every value as text in a buffer that is used again.
 #pragma once
 
-#include "data/OdbcStatement.h"
+#include "data/odbc/OdbcStatement.h"
 
 namespace dax {
 

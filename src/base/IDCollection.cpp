@@ -1,4 +1,4 @@
-#include "data/IDCollection.h"
+#include "base/IDCollection.h"
 
 namespace dax {
 

@@ -1,7 +1,7 @@
 // A field, a parameter or a property: nothing (NULL), a truth value, a number, a text or a date.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <cstdint>
 #include <variant>

@@ -1,7 +1,7 @@
 // The one exception of the system.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <cstdint>
 #include <exception>

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "data/Dialect.h"
-#include "data/Error.h"
-#include "data/Odbc.h"
+#include "base/Error.h"
+#include "data/odbc/Odbc.h"
 
 namespace dax {
 

@@ -1,4 +1,4 @@
-#include "data/OdbcErrors.h"
+#include "data/odbc/OdbcErrors.h"
 
 #include <array>
 

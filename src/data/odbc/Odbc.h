@@ -1,7 +1,7 @@
 // The one door to ODBC: its headers (which need <windows.h> on Windows), handles that free themselves, text types.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <utility>
 #include <vector>

@@ -3,7 +3,7 @@
 
 #include "data/ConnectionString.h"
 #include "data/Dialect.h"
-#include "data/Odbc.h"
+#include "data/odbc/Odbc.h"
 
 namespace dax {
 

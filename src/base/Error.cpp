@@ -1,4 +1,4 @@
-#include "data/Error.h"
+#include "base/Error.h"
 
 namespace dax {
 

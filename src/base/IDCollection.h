@@ -1,7 +1,7 @@
 // An ordered set of identifier texts: each is both item and key, so it occurs at most once.
 #pragma once
 
-#include "data/Text.h"
+#include "base/Text.h"
 
 #include <list>
 #include <unordered_map>

@@ -1,4 +1,4 @@
-#include "data/Value.h"
+#include "base/Value.h"
 
 #include <ctime>
 

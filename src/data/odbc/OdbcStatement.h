@@ -1,8 +1,8 @@
 // One ODBC statement handle: sends a text with its parameters, tells what came of it.
 #pragma once
 
-#include "data/OdbcConnection.h"
-#include "data/OdbcErrors.h"
+#include "data/odbc/OdbcConnection.h"
+#include "data/odbc/OdbcErrors.h"
 
 #include <deque>
 #include <span>

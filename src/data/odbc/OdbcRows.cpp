@@ -1,6 +1,6 @@
-#include "data/OdbcRows.h"
+#include "data/odbc/OdbcRows.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 
 #include <algorithm>
 #include <array>

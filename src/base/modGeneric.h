@@ -1,8 +1,8 @@
 // Small helpers that many parts call by name.
 #pragma once
 
-#include "data/IDCollection.h"
-#include "data/Value.h"
+#include "base/IDCollection.h"
+#include "base/Value.h"
 
 namespace dax::modGeneric {
 

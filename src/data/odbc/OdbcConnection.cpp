@@ -1,7 +1,7 @@
-#include "data/OdbcConnection.h"
+#include "data/odbc/OdbcConnection.h"
 
-#include "data/OdbcErrors.h"
-#include "data/OdbcStatement.h"
+#include "data/odbc/OdbcErrors.h"
+#include "data/odbc/OdbcStatement.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
-#include "data/OdbcStatement.h"
+#include "data/odbc/OdbcStatement.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 #include "data/StatementText.h"
 
 #include <algorithm>

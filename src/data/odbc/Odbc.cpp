@@ -1,6 +1,6 @@
-#include "data/Odbc.h"
+#include "data/odbc/Odbc.h"
 
-#include "data/Error.h"
+#include "base/Error.h"
 
 #include <array>
 

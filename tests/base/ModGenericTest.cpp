@@ -1,4 +1,4 @@
-#include "data/modGeneric.h"
+#include "base/modGeneric.h"
 
 #include "support/TestDatabases.h"
 
