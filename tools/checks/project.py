@@ -18,7 +18,7 @@ def files(*endings, folders=None):
             below[:] = [name for name in below if name != "__pycache__"]
             found += [os.path.relpath(os.path.join(place, name), ROOT).replace(os.sep, "/") for name in names]
     if folders is None:
-        found += [name for name in os.listdir(ROOT) if os.path.isfile(os.path.join(ROOT, name))]
+        found += [name for name in os.listdir(ROOT) if name != ".git" and os.path.isfile(os.path.join(ROOT, name))]
     return sorted(name for name in found if not endings or name.endswith(endings))
 
 
