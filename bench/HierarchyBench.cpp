@@ -1,10 +1,7 @@
 // Loading and saving a hierarchy, beside the engine's own interface on the same rows and statements in the same run.
-#include "Measure.h"
+#include "Courses.h"
+#include "Peak.h"
 
-#include "data/Schema.h"
-#include "hierarchy/GroupEditor.h"
-
-#include <map>
 #include <unordered_map>
 
 #ifdef __GLIBC__
@@ -15,51 +12,7 @@ namespace dax {
 
 namespace {
 
-// An ordinary tree: ten children to a node.
-const test::TestDatabase& Hierarchy(int64_t size, Engine engine = Engine::SQLite) {
-    auto& database = bench::hierarchies[{engine, size}];
-    if (database) return *database;
-    database = std::make_unique<test::TestDatabase>(engine);
-    database->Run(Schema::CreateStatements(Schema::Database::Content, engine));
-    const auto id = [engine](const char16_t* number) {
-        const Text text = number;
-        if (engine == Engine::SQLite) return u"printf('%032x', " + text + u")";
-        if (engine == Engine::PostgreSQL) return u"lpad(to_hex(" + text + u"), 32, '0')";
-        return u"lpad(lower(hex(" + text + u")), 32, '0')";
-    };
-    const Text parent = engine == Engine::MariaDB ? u"n.i DIV 10" : u"n.i / 10";
-    const Text title = engine == Engine::MariaDB ? u"concat('The title of lesson ', n.i), concat('L-', n.i)"
-                                                 : u"'The title of lesson ' || n.i, 'L-' || n.i";
-    const Text properties = u"'StoryboardCount=12\nClassification=\"internal\"'";
-    if (engine == Engine::MariaDB) database->Run({u"SET GLOBAL max_recursive_iterations = 2000000000"});
-    database->Run({Text(engine == Engine::MariaDB ? u"INSERT INTO velmoraLessons " : u"") +
-                   u"WITH RECURSIVE n(i, level) AS (SELECT 1, 1 UNION ALL SELECT i + 1, " +
-                   (engine == Engine::PostgreSQL ? u"length(i::text)" : u"length(i)") + u" FROM n WHERE i < " +
-                   ToText(size) + u") " + (engine == Engine::MariaDB ? u"" : u"INSERT INTO velmoraLessons ") +
-                   u"SELECT " + id(u"n.i") + u", " + title + u", CASE WHEN n.i <= 10 THEN '' ELSE " +
-                   id(parent.c_str()) + u" END, n.level, n.i, n.i % 2, " + properties + u", '', '' FROM n"});
-    return *database;
-}
-
-std::shared_ptr<GroupEditor> Loaded(const test::TestDatabase& database, int64_t size, benchmark::State& state) {
-    const auto editor = GroupEditor::Create();
-    editor->SetConnectionString(database.ConnectionString());
-    editor->Error.Add(
-        [&state](int32_t, const Text& description, const Text&) { state.SkipWithError(ToUtf8(description).c_str()); });
-    if (editor->LoadDatabase() && editor->NodeCount() != size + 1) state.SkipWithError("lessons are missing");
-    return editor;
-}
-
-// The updates that a save sends.
-std::vector<Text> UpdatesOf(GroupEditor& editor) {
-    std::vector<Text> statements;
-    SetStatementObserver([&](TextView statement) {
-        if (statement.starts_with(u"UPDATE")) statements.emplace_back(statement);
-    });
-    editor.SaveDatabase();
-    SetStatementObserver({});
-    return statements;
-}
+using bench::Hierarchy, bench::Loaded, bench::UpdatesOf;
 
 struct PlainLesson {
     std::string id, title, identifier, properties, parent;
@@ -70,20 +23,18 @@ struct PlainLesson {
 void LoadWithSQLiteItself(benchmark::State& state, int64_t size) {
     bench::SQLiteFile file(Hierarchy(size));
     std::unordered_map<std::string, PlainLesson> lessons;
-    file.Read("SELECT lessonID, lessonTitle, lessonIdentifier, lessonProperties, parentID, indentLevel, sortPosition, "
-              "lessonType FROM velmoraLessons ORDER BY indentLevel, sortPosition",
-              [&lessons](sqlite3_stmt* row) {
-                  using bench::TextOf;
-                  PlainLesson lesson{TextOf(row, 0),
-                                     TextOf(row, 1),
-                                     TextOf(row, 2),
-                                     TextOf(row, 3),
-                                     TextOf(row, 4),
-                                     sqlite3_column_int(row, 5),
-                                     sqlite3_column_int(row, 6),
-                                     sqlite3_column_int(row, 7)};
-                  lessons.try_emplace(lesson.id, std::move(lesson));
-              });
+    file.Read(bench::treeQuery, [&lessons](sqlite3_stmt* row) {
+        using bench::TextOf;
+        PlainLesson lesson{TextOf(row, 0),
+                           TextOf(row, 1),
+                           TextOf(row, 2),
+                           TextOf(row, 3),
+                           TextOf(row, 4),
+                           sqlite3_column_int(row, 5),
+                           sqlite3_column_int(row, 6),
+                           sqlite3_column_int(row, 7)};
+        lessons.try_emplace(lesson.id, std::move(lesson));
+    });
     if (lessons.size() != static_cast<size_t>(size)) state.SkipWithError("lessons are missing");
 }
 
@@ -92,7 +43,7 @@ void Load(benchmark::State& state, int64_t size) {
     const test::TestDatabase& database = Hierarchy(size);
     bench::InTurn(
         state, [&] { LoadWithSQLiteItself(state, size); },
-        [&] { benchmark::DoNotOptimize(Loaded(database, size, state)); }, 2, &bench::Times::processor);
+        [&] { benchmark::DoNotOptimize(Loaded(database, size, state)); }, 1.15, &bench::Times::processor);
 }
 
 // The engine itself is handed the finished statements; the editor makes them out of its nodes. Both open the file,
@@ -108,7 +59,7 @@ void Save(benchmark::State& state, int64_t size) {
         if (!isDone || !file.Execute("COMMIT")) state.SkipWithError("not saved");
     };
     bench::InTurn(
-        state, plain, [&] { editor->SaveDatabase(); }, 1.3, &bench::Times::processor);
+        state, plain, [&] { editor->SaveDatabase(); }, 1.05, &bench::Times::processor);
 }
 
 void SaveOnServer(benchmark::State& state, Engine engine, int64_t size) {
@@ -139,27 +90,40 @@ void MemoryPerLesson(benchmark::State& state) {
         const size_t before = used();
         const auto editor = Loaded(database, size, state);
         state.counters["bytes per lesson"] = static_cast<double>(used() - before) / static_cast<double>(size);
+        state.counters["bytes at most"] = 400;
     }
 }
 BENCHMARK(MemoryPerLesson)->Name("Memory/100000 lessons in the editor")->Iterations(1);
+
+// Of the whole program, and of one that does nothing.
+void PeakOfEdit(benchmark::State& state, bool isEditing) {
+    const std::string file = ToUtf8(Hierarchy(100'000).Name());
+    for (auto _ : state) {
+        const auto peak =
+            bench::PeakOf("dax", isEditing ? std::vector<std::string>{"edit", file, "update", "L-5", "title", "New"}
+                                           : std::vector<std::string>{"--version"});
+        if (!peak) state.SkipWithError("the program failed");
+        state.counters["MiB"] = peak.value_or(0);
+        if (isEditing) state.counters["MiB at most"] = 75;
+    }
+}
+BENCHMARK_CAPTURE(PeakOfEdit, bare, false)->Name("Peak memory/dax --version")->Iterations(1);
+BENCHMARK_CAPTURE(PeakOfEdit, edit, true)->Name("Peak memory/dax edit of 100000 lessons")->Iterations(1);
 #endif
 
 // The order in which they are registered is the order of the table.
 const bool isRegistered = [] {
-    const auto add = [](const std::string& name, auto measurement, int64_t turns) {
-        benchmark::RegisterBenchmark(name.c_str(), measurement)->Iterations(turns)->Repetitions(1);
-    };
-    for (const auto& [size, turns] : {std::pair<int64_t, int64_t>{10'000, 25}, {100'000, 7}, {1'000'000, 3}}) {
+    for (const auto& [size, turns] : bench::sizes) {
         const std::string what = std::to_string(size) + " lessons, SQLite/own interface/GroupEditor";
-        add(
+        bench::Register(
             "Load " + what, [size = size](benchmark::State& state) { Load(state, size); }, turns);
-        add(
+        bench::Register(
             "Save " + what, [size = size](benchmark::State& state) { Save(state, size); }, turns);
     }
     for (const auto& [engine, name] : {std::pair{Engine::PostgreSQL, "PostgreSQL"}, {Engine::MariaDB, "MariaDB"}}) {
         const std::string row =
             std::string("Save 100000 lessons, ") + name + "/one statement per round trip/GroupEditor/real_time";
-        add(
+        bench::Register(
             row, [engine = engine](benchmark::State& state) { SaveOnServer(state, engine, 100'000); }, 1);
     }
     return true;

@@ -1,5 +1,5 @@
-// 100,000 locks, and the panels of a group with 100,000 lessons.
-#include "Measure.h"
+// Locks beside the rows barely read, 100,000 of them at work, and the panels of a group with 100,000 lessons.
+#include "Courses.h"
 
 #include "data/Schema.h"
 #include "locks/LockManager.h"
@@ -10,38 +10,36 @@ namespace dax {
 
 namespace {
 
-constexpr int lockCount = 100'000, deleted = 10'000;
+constexpr int most = 100'000, deleted = 10'000;
 
-// One group with 100,000 lessons, a lock on each.
-const test::TestDatabase& Locks() {
-    static const test::TestDatabase database(Engine::SQLite);
-    static const bool filled = [] {
-        database.Run(Schema::CreateStatements(Schema::Database::Content, Engine::SQLite));
-        const Text numbers =
-            u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " + ToText(lockCount) + u") ";
-        database.Run({u"INSERT INTO velmoraLessons VALUES ('group', 'Group', 'G', '', 1, 1, 0, '', '', '')",
-                      numbers + u"INSERT INTO velmoraLessons SELECT 'l' || i, 'The title of lesson ' || i, 'L-' || i, "
-                                u"'group', 2, i, 1, 'StoryboardCount=12' || char(10) || 'Classification=\"internal\"', "
-                                u"'', '' FROM n",
-                      numbers + u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, "
-                                u"lockDate, lockType) SELECT 'l' || i, 'user' || i % 100, 'pc' || i % 100, "
-                                u"'10.0.0.' || i % 100, 's' || i % 100, '2026-01-02 03:04:05', i % 4 FROM n"});
-        return true;
-    }();
-    (void)filled;
-    return database;
+// One group with so many lessons, a lock on each.
+const test::TestDatabase& Locks(int count = most) {
+    auto& database = bench::locks[{Engine::SQLite, count}];
+    if (database) return *database;
+    database = std::make_unique<test::TestDatabase>(Engine::SQLite);
+    database->Run(Schema::CreateStatements(Schema::Database::Content, Engine::SQLite));
+    const Text numbers =
+        u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " + ToText(count) + u") ";
+    database->Run({u"INSERT INTO velmoraLessons VALUES ('group', 'Group', 'G', '', 1, 1, 0, '', '', '')",
+                   numbers + u"INSERT INTO velmoraLessons SELECT 'l' || i, 'The title of lesson ' || i, 'L-' || i, "
+                             u"'group', 2, i, 1, 'StoryboardCount=12' || char(10) || 'Classification=\"internal\"', "
+                             u"'', '' FROM n",
+                   numbers + u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, "
+                             u"lockDate, lockType) SELECT 'l' || i, 'user' || i % 100, 'pc' || i % 100, "
+                             u"'10.0.0.' || i % 100, 's' || i % 100, '2026-01-02 03:04:05', i % 4 FROM n"});
+    return *database;
 }
 
 struct Shown {
-    explicit Shown(benchmark::State& state) {
-        manager.connectionString = Locks().ConnectionString();
+    explicit Shown(benchmark::State& state, int count = most) {
+        manager.connectionString = Locks(count).ConnectionString();
         manager.isAdministrator = true;
         manager.SetupColumns();
         manager.Error.Add([&state](int32_t, const Text& description, const Text&, const Text&, int32_t&) {
             state.SkipWithError(ToUtf8(description).c_str());
         });
         manager.Refresh();
-        if (manager.LockCount() != lockCount) state.SkipWithError("locks are missing");
+        if (manager.LockCount() != count) state.SkipWithError("locks are missing");
     }
     std::shared_ptr<ListModel> list = std::make_shared<ListModel>();
     LockManager manager{list};
@@ -63,25 +61,30 @@ void FillBarely(benchmark::State& state) {
 }
 BENCHMARK(FillBarely)->Name("100000 locks/the same texts put into a list")->Unit(benchmark::kMillisecond);
 
-void ReadBarely(benchmark::State& state) {
-    const Text query = Shown(state).manager.BuildLockQuery();
-    for (auto _ : state) {
-        bench::SQLiteFile file(Locks());
+// The rows alone, read with the engine's own interface, and Refresh: read, judge and fill.
+void RefreshLocks(benchmark::State& state, int count) {
+    Shown shown(state, count);
+    const std::string query = ToUtf8(shown.manager.BuildLockQuery());
+    const auto plain = [&] {
+        bench::SQLiteFile file(Locks(count));
         std::vector<std::array<std::string, 10>> rows;
-        file.Read(ToUtf8(query).c_str(), [&rows](sqlite3_stmt* row) {
+        file.Read(query.c_str(), [&rows](sqlite3_stmt* row) {
             auto& texts = rows.emplace_back();
             for (int column = 0; column < 10; ++column) texts[static_cast<size_t>(column)] = bench::TextOf(row, column);
         });
-        if (rows.size() != lockCount) state.SkipWithError("locks are missing");
+        if (rows.size() != static_cast<size_t>(count)) state.SkipWithError("locks are missing");
+    };
+    bench::InTurn(
+        state, plain, [&] { shown.manager.Refresh(); }, 2, &bench::Times::processor);
+}
+const bool isRegistered = [] {
+    for (const auto& [count, turns] : {std::pair{1'000, 50}, {10'000, 15}, {most, 5}}) {
+        bench::Register(
+            "Refresh " + std::to_string(count) + " locks, SQLite/own interface, rows only/LockManager",
+            [count = count](benchmark::State& state) { RefreshLocks(state, count); }, turns);
     }
-}
-BENCHMARK(ReadBarely)->Name("100000 locks/read with SQLite's own interface")->Unit(benchmark::kMillisecond);
-
-void RefreshLocks(benchmark::State& state) {
-    Shown shown(state);
-    for (auto _ : state) shown.manager.Refresh();
-}
-BENCHMARK(RefreshLocks)->Name("100000 locks/Refresh: read, judge and fill")->Unit(benchmark::kMillisecond);
+    return true;
+}();
 
 void CountLocks(benchmark::State& state) {
     Shown shown(state);
@@ -106,7 +109,7 @@ void DeleteLocks(benchmark::State& state) {
         state.ResumeTiming();
         shown->manager.DeleteSelected();
         state.PauseTiming();
-        if (shown->manager.LockCount() != lockCount - deleted) state.SkipWithError("not deleted");
+        if (shown->manager.LockCount() != most - deleted) state.SkipWithError("not deleted");
         shown.reset();
         Locks().Run(
             {u"DELETE FROM velmoraUserLocks", u"INSERT INTO velmoraUserLocks SELECT * FROM kept", u"DROP TABLE kept"});
@@ -139,7 +142,7 @@ void ShowLockInfo(benchmark::State& state) {
     const auto editor = OnGroup(state);
     LockInfo panel;
     for (auto _ : state) panel.UpdateFrom(editor.get());
-    if (panel.LockCount() != lockCount) state.SkipWithError("wrong count");
+    if (panel.LockCount() != most) state.SkipWithError("wrong count");
 }
 BENCHMARK(ShowLockInfo)->Name("A group of 100000 lessons/LockInfo, 100000 locks")->Unit(benchmark::kMillisecond);
 

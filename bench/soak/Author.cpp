@@ -1,7 +1,7 @@
 #include "soak/Author.h"
 
-#include "content/LessonText.h"
 #include "base/Error.h"
+#include "content/LessonText.h"
 #include "data/modDB.h"
 
 #include <algorithm>

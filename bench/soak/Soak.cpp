@@ -82,6 +82,7 @@ public:
                 const int now = Progress();
                 if (now != last) lastProgress = Clock::now();
                 last = now;
+                Report();
                 if (Clock::now() - lastProgress > 4min) {
                     std::cerr << "the soak hangs: nothing moved for four minutes" << std::endl;
                     std::abort(); // what hangs cannot be joined
@@ -117,7 +118,6 @@ public:
 
     void Verify() {
         size_t rows = 0, locks = 0;
-        int rounds = 0, saves = 0, refused = 0;
         for (const auto& author : authors) {
             for (int tries = 0; !author->Settle() && tries < 50; ++tries) {
             }
@@ -127,20 +127,37 @@ public:
             author->Verify(); // anew: somebody's sweeping may have taken a lock
             rows += author->RowCount();
             locks += author->LockCount();
-            rounds += author->rounds, saves += author->saves, refused += author->refused;
             const auto& said = author->Complaints();
             result.complaints.insert(result.complaints.end(), said.begin(), said.end());
         }
         Expect(u"SELECT Count(*) FROM velmoraLessons", rows, "rows");
         Expect(u"SELECT Count(*) FROM velmoraUserLocks", locks, "locks");
-        result.summary += std::to_string(rounds) + " rounds, " + std::to_string(saves) + " saves, " +
-                          std::to_string(refused) + " operations refused and told, " + std::to_string(rows) +
-                          " rows and " + std::to_string(locks) + " locks at the end";
+        result.summary +=
+            Counted() + ", " + std::to_string(rows) + " rows and " + std::to_string(locks) + " locks at the end";
     }
 
+    // From now on says once a minute how far it is and what it saw.
+    void ReportFor(double minutes) {
+        begin = lastReport = Clock::now();
+        planned = minutes;
+    }
     Result result;
 
 private:
+    // Operations so far, of all authors.
+    std::string Counted() const {
+        int rounds = 0, saves = 0, refused = 0;
+        for (const auto& author : authors) rounds += author->rounds, saves += author->saves, refused += author->refused;
+        return std::to_string(rounds) + " rounds, " + std::to_string(saves) + " saves, " + std::to_string(refused) +
+               " operations refused and told";
+    }
+    void Report() {
+        if (planned <= 0 || Clock::now() - lastReport < 1min) return;
+        lastReport += 1min;
+        std::cout << "minute " << (lastReport - begin) / 1min << " of " << planned << ": " << Counted() << ", heap "
+                  << HeapBytes() << " bytes, " << OpenFiles() << " open files, "
+                  << (IsInVain() ? "complaints" : "no complaint") << std::endl;
+    }
     void Expect(const Text& query, size_t expected, const std::string& what) {
         const Text found = database.Ask(query);
         if (found != ToText(static_cast<long long>(expected)))
@@ -167,7 +184,8 @@ private:
     test::OwnServer server;
     test::TestDatabase database;
     std::vector<std::unique_ptr<Author>> authors;
-    Clock::time_point lastProgress = Clock::now();
+    Clock::time_point lastProgress = Clock::now(), begin, lastReport;
+    double planned = 0; // minutes; 0: no reports
     size_t heap = 0, files = 0;
 };
 
@@ -177,6 +195,7 @@ Result Run(int rounds, double minutes) {
     Soak soak;
     soak.Stretch([&] { soak.WaitForRounds(2); });
     soak.Measure();
+    soak.ReportFor(minutes);
     soak.Stretch([&] {
         const auto end = Clock::now() + std::chrono::duration<double, std::ratio<60>>(minutes / 2);
         if (minutes <= 0) soak.WaitForRounds(rounds);

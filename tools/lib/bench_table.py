@@ -6,7 +6,7 @@ import re
 import sys
 
 SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
-FIGURES = ("ratio at most", "seconds at most", "bytes per lesson")
+FIGURES = ("ratio at most", "seconds at most", "bytes per lesson", "bytes at most", "MiB", "MiB at most")
 GROWTH = 1.2  # at most, of ours beside the engine's own, from the smallest number to the largest
 
 
@@ -35,10 +35,11 @@ class Row:
         return self.clock if self.by_clock else self.processor
 
 
-def read(path):
-    groups = {}
-    with open(path, encoding="utf-8") as file:
-        runs = json.load(file)["benchmarks"]
+def read(paths):
+    groups, runs = {}, []
+    for path in paths:
+        with open(path, encoding="utf-8") as file:
+            runs += json.load(file)["benchmarks"]
     for run in runs:
         if run.get("run_type") == "aggregate":
             continue
@@ -63,7 +64,7 @@ def growths(groups):
     for group, rows in groups.items():
         first, *others = rows.values()
         number = re.search(r"\d+", group)
-        if number and len(others) == 1 and others[0].ratio and not first.failure:
+        if number and len(others) == 1 and others[0].ratio and "ratio at most" in others[0].figures and not first.failure:
             name = group[: number.start()] + "{}" + group[number.end():]
             families.setdefault(name, []).append((int(number.group()), first, others[0]))
     for name, members in families.items():
@@ -81,19 +82,17 @@ def growths(groups):
 
 def limit(row, ratio):
     """What must hold, and whether it did."""
-    if "ratio at most" in row.figures:
-        allowed = row.figures["ratio at most"]
-        return f"at most {allowed:g}: {'yes' if ratio <= allowed else 'NO'}"
-    if "seconds at most" in row.figures:
-        allowed = row.figures["seconds at most"]
-        return f"at most {allowed:g} s: {'yes' if row.seconds <= allowed else 'NO'}"
-    if "bytes per lesson" in row.figures:
-        return f"{row.figures['bytes per lesson']:.0f} bytes per lesson"
-    return ""
+    figures = row.figures
+    said = "".join(f"{figures[key]:.0f} {key}, " for key in ("bytes per lesson", "MiB") if key in figures)
+    for key, value, unit in (("ratio at most", ratio, ""), ("seconds at most", row.seconds, " s"),
+                             ("bytes at most", figures.get("bytes per lesson"), ""), ("MiB at most", figures.get("MiB"), "")):
+        if key in figures:
+            return f"{said}at most {figures[key]:g}{unit}: {'yes' if value <= figures[key] else 'NO'}"
+    return said.rstrip(", ")
 
 
 def main():
-    groups = read(sys.argv[1])
+    groups = read(sys.argv[1:])
     measured = len(groups)
     growths(groups)
     failed = 0
@@ -119,4 +118,5 @@ def main():
     return 1 if failed or not groups else 0
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())
