@@ -125,7 +125,13 @@ void FromUtf8(std::string_view utf8, Text& text) {
 }
 
 std::string ToUtf8(TextView text) {
-    std::string utf8(text.size(), '\0');
+    std::string utf8;
+    ToUtf8(text, utf8);
+    return utf8;
+}
+
+void ToUtf8(TextView text, std::string& utf8) {
+    utf8.resize(text.size());
     size_t i = CopyAscii(text.data(), text.size(), utf8.data());
     utf8.resize(i);
     for (; i < text.size(); ++i) {
@@ -137,7 +143,19 @@ std::string ToUtf8(TextView text) {
         }
         Append(utf8, point);
     }
-    return utf8;
+}
+
+Text MadeWellFormed(TextView text) {
+    Text result(text);
+    for (size_t i = 0; i < result.size(); ++i) {
+        if ((result[i] & 0xF800) != 0xD800) continue;
+        const bool pair = result[i] < 0xDC00 && i + 1 < result.size() && (result[i + 1] & 0xFC00) == 0xDC00;
+        if (pair)
+            ++i;
+        else
+            result[i] = 0xFFFD;
+    }
+    return result;
 }
 
 Text ToText(long long number) {

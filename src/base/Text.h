@@ -13,6 +13,10 @@ using TextView = std::u16string_view;
 Text FromUtf8(std::string_view utf8);
 void FromUtf8(std::string_view utf8, Text& text); // the same into memory that is used again
 std::string ToUtf8(TextView text);
+void ToUtf8(TextView text, std::string& utf8); // the same
+
+// The same text with U+FFFD for every surrogate that has lost its other half.
+Text MadeWellFormed(TextView text);
 
 Text ToText(long long number);
 

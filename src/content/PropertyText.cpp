@@ -1,5 +1,7 @@
 #include "content/PropertyText.h"
 
+#include "base/Numbers.h"
+
 #include <charconv>
 #include <cstdio>
 #include <optional>
@@ -45,20 +47,6 @@ std::optional<Text> ReadEscaped(TextView line, size_t& at, char16_t delimiter) {
         raw += unit == u'n' ? u'\n' : unit == u'r' ? u'\r' : unit;
     }
     return {};
-}
-
-template <typename Number>
-std::optional<Number> ReadNumber(TextView text) {
-    char ascii[64];
-    if (text.size() > sizeof ascii) return {};
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] > 0x7F) return {};
-        ascii[i] = static_cast<char>(text[i]);
-    }
-    Number number{};
-    const auto [end, error] = std::from_chars(ascii, ascii + text.size(), number);
-    if (error != std::errc() || end != ascii + text.size()) return {};
-    return number;
 }
 
 // #2024-05-01 09:30:00# or, with a fraction of the second, #2024-05-01 09:30:00.000000001#

@@ -1,8 +1,8 @@
 #include "data/CatalogConnection.h"
 
+#include "base/modGeneric.h"
 #include "data/ConnectionString.h"
 #include "data/Dialect.h"
-#include "base/modGeneric.h"
 
 namespace dax {
 
@@ -39,7 +39,7 @@ Text CatalogConnection(const Text& connector, const Text& catalog, const Text& l
     const Engine engine = EngineFromName(keywords.First({u"Driver"}));
     if (engine == Engine::SQLite) {
         keywords.Set(u"Database", Beside(keywords.First({u"Database"}), catalog));
-        return keywords.Write(false); // its driver knows no braces
+        return keywords.Write();
     }
     const bool isProvider = !provider.empty() && !provider.starts_with(u"msdasql");
     Replace(keywords, {u"Initial Catalog", u"Database"}, isProvider ? u"Initial Catalog" : u"Database", catalog);

@@ -1,15 +1,7 @@
 #include "data/Command.h"
 
-#include "data/odbc/OdbcStatement.h"
-
 namespace dax {
 
-int64_t Command::Execute(int) {
-    OdbcStatement& scratch = connection.Native().Scratch();
-    scratch.Execute(commandText, parameters);
-    const int64_t rows = scratch.RowCount();
-    scratch.CloseCursor();
-    return rows;
-}
+int64_t Command::Execute(int) { return connection.ExecuteWith(commandText, parameters); }
 
 } // namespace dax

@@ -1,39 +1,48 @@
 #include "data/Connection.h"
 
-#include "data/odbc/OdbcConnection.h"
-#include "data/odbc/OdbcStatement.h"
+#include "data/Session.h"
 #include "data/StatementText.h"
 
 namespace dax {
 
 Connection::Connection() = default;
-Connection::~Connection() = default;
+Connection::~Connection() { Close(); }
 
 void Connection::Open(const Text& connectionString) {
-    if (native) throw Error(ErrorNumbers::Unspecified, u"The connection is open already.");
-    native = std::make_unique<OdbcConnection>(connectionString);
+    if (session) throw Error(ErrorNumbers::Unspecified, u"The connection is open already.");
+    session = dax::Session::Open(connectionString);
 }
 
-void Connection::Close() { native.reset(); }
-
-bool Connection::IsOpen() const { return native != nullptr; }
-
-OdbcConnection& Connection::Native() {
-    if (!native) throw Error(ErrorNumbers::Unspecified, u"The connection is closed.");
-    return *native;
+void Connection::Close() {
+    scratch.reset();
+    session.reset();
 }
 
-int64_t Connection::Execute(const Text& statement, int) {
-    OdbcStatement& scratch = Native().Scratch();
-    scratch.Execute(statement);
-    const int64_t rows = scratch.RowCount();
-    scratch.CloseCursor();
+bool Connection::IsOpen() const { return session != nullptr; }
+
+Session& Connection::Opened() const {
+    if (!session) throw Error(ErrorNumbers::Unspecified, u"The connection is closed.");
+    return *session;
+}
+
+Statement& Connection::Scratch() {
+    if (!scratch) scratch = Opened().NewStatement();
+    return *scratch;
+}
+
+int64_t Connection::Execute(const Text& statement, int) { return ExecuteWith(statement, {}); }
+
+int64_t Connection::ExecuteWith(TextView statement, std::span<const Value> parameters) {
+    Statement& once = Scratch();
+    once.Execute(statement, parameters);
+    const int64_t rows = once.RowCount();
+    once.Close();
     return rows;
 }
 
 void Connection::ExecuteAll(std::span<const Text> statements, const std::function<void(size_t)>& progress) {
-    OdbcStatement& scratch = Native().Scratch();
-    const Dialect& dialect = native->Quirks();
+    Statement& many = Scratch();
+    const Dialect& dialect = session->Quirks();
     std::vector<Text> batch;
     size_t units = 0, done = 0;
     const auto report = [&](size_t count) {
@@ -43,7 +52,7 @@ void Connection::ExecuteAll(std::span<const Text> statements, const std::functio
     const auto flush = [&] {
         if (batch.empty()) return;
         const size_t count = batch.size();
-        scratch.ExecuteBatch(batch);
+        many.ExecuteBatch(batch);
         batch.clear();
         units = 0;
         report(count);
@@ -55,7 +64,7 @@ void Connection::ExecuteAll(std::span<const Text> statements, const std::functio
                            !TakeLongLiterals(adapted, dialect.longestLiteral);
         if (!joins) {
             flush();
-            scratch.Execute(statement);
+            many.Execute(statement);
             report(1);
             continue;
         }
@@ -64,21 +73,27 @@ void Connection::ExecuteAll(std::span<const Text> statements, const std::functio
         batch.push_back(std::move(adapted));
     }
     flush();
-    scratch.CloseCursor();
+    many.Close();
 }
 
-void Connection::BeginTrans() { Native().Begin(); }
-void Connection::CommitTrans() { Native().Commit(); }
-void Connection::RollbackTrans() { Native().Rollback(); }
-bool Connection::InTransaction() const { return native && native->InTransaction(); }
+void Connection::BeginTrans() { Opened().Begin(); }
+
+void Connection::CommitTrans() {
+    if (scratch) scratch->Close();
+    Opened().Commit();
+}
+
+void Connection::RollbackTrans() {
+    if (scratch) scratch->Close();
+    Opened().Rollback();
+}
+
+bool Connection::InTransaction() const { return session && session->InTransaction(); }
 
 void Connection::Cancel() noexcept {
-    if (native) native->Cancel();
+    if (scratch) scratch->Cancel();
 }
 
-Engine Connection::Kind() const {
-    if (!native) throw Error(ErrorNumbers::Unspecified, u"The connection is closed.");
-    return native->Quirks().engine;
-}
+Engine Connection::Kind() const { return Opened().Quirks().engine; }
 
 } // namespace dax

@@ -1,4 +1,4 @@
-// A database connection over ODBC, in ADO's vocabulary: open, execute, transactions.
+// A database connection in ADO's vocabulary: open, execute, transactions.
 #pragma once
 
 #include "base/Error.h"
@@ -24,7 +24,8 @@ enum ExecuteOptions {
 
 enum class Engine { Access, SQLServer, SQLite, PostgreSQL, MariaDB, Other };
 
-class OdbcConnection; // the ODBC handles; known to this room alone
+class Session; // the way to the database, and what it runs; known to this room alone
+class Statement;
 
 class Connection {
 public:
@@ -56,10 +57,16 @@ public:
     void Cancel() noexcept;
 
     Engine Kind() const;
-    OdbcConnection& Native();
 
 private:
-    std::unique_ptr<OdbcConnection> native;
+    friend class Command;
+    friend class RecordsetState;
+    Session& Opened() const; // Error when the connection is closed
+    Statement& Scratch();    // for statements without rows
+    int64_t ExecuteWith(TextView statement, std::span<const Value> parameters);
+
+    std::unique_ptr<Session> session;
+    std::unique_ptr<Statement> scratch; // goes before the session
 };
 
 // Hears every statement as it is sent (after adaption), its parameters not included. Null switches it off.

@@ -1,12 +1,10 @@
 #include "data/ConnectionString.h"
 
-#include "data/Dialect.h"
 #include "base/Error.h"
+#include "data/Dialect.h"
 #include "data/odbc/Odbc.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 
 namespace dax {
 
@@ -19,15 +17,16 @@ constexpr TextView accessDriverOf32Bit = u"Microsoft Access Driver (*.mdb)";
 
 // The first driver of the list that is installed; the first of all when none is, so that the error names it.
 TextView ChooseDriver(const Machine& machine, std::initializer_list<TextView> names) {
+    const std::vector<Text> drivers = machine.drivers();
     for (const TextView name : names)
-        for (const Text& driver : machine.drivers)
+        for (const Text& driver : drivers)
             if (EqualNoCase(driver, name)) return name;
     return *names.begin();
 }
 
 bool HasDriver(const Machine& machine, Engine engine) {
-    return std::any_of(machine.drivers.begin(), machine.drivers.end(),
-                       [&](const Text& driver) { return EngineFromName(driver) == engine; });
+    const std::vector<Text> drivers = machine.drivers();
+    return std::ranges::any_of(drivers, [&](const Text& driver) { return EngineFromName(driver) == engine; });
 }
 
 bool IsTrue(TextView value) {
@@ -61,25 +60,46 @@ void AddConnectOptions(ConnectionKeywords& keywords, Engine engine) {
     }
 }
 
-ConnectionTarget SQLiteTarget(const Text& path, const Machine& machine) {
-    // The driver takes what stands between "Database=" and the next semicolon, and knows no way to quote it.
-    // What follows the semicolon may be a password, which no error may show.
-    if (const size_t end = path.find(u';'); end != Text::npos)
-        Refuse(u"The SQLite driver cannot open a file whose path has a semicolon in it: '" + path.substr(0, end) +
-               u";…'.");
-    ConnectionKeywords keywords;
-    const TextView driver = ChooseDriver(machine, {u"SQLite3", u"SQLite3 ODBC Driver"});
-    keywords.Set(u"Driver", driver);
-    keywords.Set(u"Database", PathForDriver(path));
-    AddConnectOptions(keywords, Engine::SQLite);
-    return {Engine::SQLite, keywords.Write(false), Text(driver), path};
+ConnectionTarget SQLiteTarget(const Text& path) {
+    ConnectionTarget target;
+    target.engine = Engine::SQLite;
+    target.path = PathHere(path);
+    return target;
+}
+
+// One of the words that an option may have, as SQLite writes it; empty for any other.
+std::string OneOf(const Text& value, std::initializer_list<const char*> words) {
+    for (const char* const word : words)
+        if (EqualNoCase(value, FromUtf8(word))) return word;
+    return {};
+}
+
+// Of the words that the driver knows, those that make sense without it. Files are never made, whatever NoCreat says,
+// transactions are never left out, and what could spoil a file when a program is killed is not taken either.
+ConnectionTarget SQLiteTarget(const ConnectionKeywords& host, const Text& dataSource, const Machine& machine) {
+    const auto setting = [&](TextView keyword) {
+        const Text* const own = host.Find(keyword);
+        return own ? *own : dataSource.empty() ? Text() : machine.settingOfDataSource(dataSource, keyword);
+    };
+    const Text path = setting(u"Database");
+    if (path.empty())
+        Refuse(dataSource.empty()
+                   ? Text(u"The connection string names no database file: it has no \"Database\".")
+                   : u"The data source \"" + dataSource + u"\" names no database file: it has no \"Database\".");
+    ConnectionTarget target = SQLiteTarget(path);
+    target.file.lockTimeout =
+        std::chrono::milliseconds(ToNumber(setting(u"Timeout"), static_cast<int>(target.file.lockTimeout.count())));
+    target.file.foreignKeys = IsTrue(setting(u"FKSupport")) || EqualNoCase(setting(u"FKSupport"), u"on");
+    target.file.synchronous = OneOf(setting(u"SyncPragma"), {"NORMAL", "FULL", "EXTRA"});
+    target.file.journalMode = OneOf(setting(u"JournalMode"), {"DELETE", "TRUNCATE", "PERSIST", "WAL"});
+    return target;
 }
 
 ConnectionTarget AccessTarget(const Text& path, const ConnectionKeywords& host, const Machine& machine) {
     if (path.empty()) Refuse(u"The connection string names no database file: it has no \"Data Source\".");
     const FileKind kind = KindOfFile(path);
     const bool hasDriver = HasDriver(machine, Engine::Access);
-    if (kind == FileKind::SQLite || (!hasDriver && kind != FileKind::Access)) return SQLiteTarget(path, machine);
+    if (kind == FileKind::SQLite || (!hasDriver && kind != FileKind::Access)) return SQLiteTarget(path);
     if (!hasDriver && ManagerIsUnix())
         Refuse(u"'" + path + u"' is a Microsoft Access file, and no driver for it is installed. " +
                Text(DialectOf(Engine::Access).howToGetDriver));
@@ -155,13 +175,9 @@ ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine)
                u"\"Driver={PostgreSQL Unicode};Server=…;Database=…;UID=…;PWD=…\", or just the path of a SQLite file.");
     target.engine = EngineFromName(target.driver.empty() && !dataSource.empty() ? machine.driverOfDataSource(dataSource)
                                                                                 : target.driver);
+    if (target.engine == Engine::SQLite) return SQLiteTarget(keywords, dataSource, machine);
     AddConnectOptions(keywords, target.engine);
-    if (target.engine == Engine::SQLite) {
-        target.path = keywords.First({u"Database"});
-        if (!target.path.empty()) keywords.Set(u"Database", PathForDriver(target.path));
-        if (target.path.find(u';') != Text::npos) return SQLiteTarget(target.path, machine); // says why it cannot be
-    }
-    target.odbcString = keywords.Write(target.engine != Engine::SQLite);
+    target.odbcString = keywords.Write();
     return target;
 }
 
@@ -230,12 +246,11 @@ void ConnectionKeywords::Remove(TextView keyword) {
     std::erase_if(items, [&](const auto& item) { return EqualNoCase(item.first, keyword); });
 }
 
-Text ConnectionKeywords::Write(bool braces) const {
+Text ConnectionKeywords::Write() const {
     Text text;
     for (const auto& [keyword, value] : items) {
         text += keyword + u"=";
-        const bool quote =
-            EqualNoCase(keyword, u"Driver") || (braces && (value.find_first_of(u"[]{}(),;?*=!@'\" \t") != Text::npos));
+        const bool quote = EqualNoCase(keyword, u"Driver") || value.find_first_of(u"[]{}(),;?*=!@'\" \t") != Text::npos;
         if (quote) text.push_back(u'{');
         for (const char16_t unit : value) {
             text.push_back(unit);
@@ -248,12 +263,13 @@ Text ConnectionKeywords::Write(bool braces) const {
 }
 
 ConnectionTarget TranslateConnectionString(const Text& connectionString, const Machine& machine) {
-    const Text text(TrimBlanks(connectionString));
+    Text text(TrimBlanks(connectionString));
     if (text.empty()) Refuse(u"The connection string is empty.");
-    if (IsBarePath(text)) {
-        const FileKind kind = KindOfFile(text);
-        return kind == FileKind::Access ? AccessTarget(text, {}, machine) : SQLiteTarget(text, machine);
-    }
+    // What names a file as it stands is a path, whatever is in it, blanks round it included.
+    const auto isFile = [](const Text& path) { return KindOfFile(path) != FileKind::Missing; };
+    if (text.size() < connectionString.size() && isFile(connectionString)) text = connectionString;
+    if (IsBarePath(text) || isFile(text))
+        return KindOfFile(PathHere(text)) == FileKind::Access ? AccessTarget(text, {}, machine) : SQLiteTarget(text);
     const ConnectionKeywords keywords(text);
     const Text provider = keywords.First({u"Provider"});
     const Text lower = LowerAscii(provider);
@@ -275,25 +291,6 @@ ConnectionTarget TranslateConnectionString(const Text& connectionString, const M
                u"Microsoft.ACE.OLEDB, SQLOLEDB, SQLNCLI, MSOLEDBSQL and MSDASQL.");
     target.timeout = ToNumber(keywords.First({u"Connect Timeout", u"Connection Timeout"}), target.timeout);
     return target;
-}
-
-FileKind KindOfFile(const Text& path) noexcept {
-    try {
-        const std::string utf8 = ToUtf8(path);
-        const std::filesystem::path file(std::u8string(utf8.begin(), utf8.end()));
-        std::error_code ignored;
-        if (std::filesystem::is_directory(file, ignored)) return FileKind::Directory;
-        std::ifstream stream(file, std::ios::binary);
-        if (!stream) return std::filesystem::exists(file, ignored) ? FileKind::Unknown : FileKind::Missing;
-        std::string head(20, '\0');
-        stream.read(head.data(), static_cast<std::streamsize>(head.size()));
-        if (stream.gcount() == 0) return FileKind::Empty;
-        if (head.starts_with("SQLite format 3")) return FileKind::SQLite;
-        if (head.starts_with(std::string("\0\1\0\0Standard ", 13))) return FileKind::Access;
-        return FileKind::Unknown;
-    } catch (...) {
-        return FileKind::Unknown;
-    }
 }
 
 } // namespace dax

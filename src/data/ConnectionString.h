@@ -1,8 +1,10 @@
-// The one place that knows the forms of connection strings which hosts use, and turns them into ODBC's.
+// The one place that knows the forms of connection strings which hosts use, and says what they open.
 #pragma once
 
 #include "data/Connection.h"
+#include "data/FileKind.h"
 
+#include <chrono>
 #include <optional>
 
 namespace dax {
@@ -21,33 +23,40 @@ public:
     void Set(TextView keyword, TextView value);
     void SetIfMissing(TextView keyword, TextView value);
     void Remove(TextView keyword);
-    // As an ODBC string; values are put between braces when they need it and `braces` allows.
-    Text Write(bool braces = true) const;
+    // As an ODBC string; values are put between braces when they need it.
+    Text Write() const;
 
 private:
     std::vector<std::pair<Text, Text>> items;
 };
 
+// How a SQLite file is opened.
+struct FileSettings {
+    std::chrono::milliseconds lockTimeout{2000}; // for all that one statement waits for other programs
+    std::chrono::seconds commandTimeout{30};     // for all that one statement takes; 0: no limit
+    bool foreignKeys = false;                    // are checked
+    std::string synchronous{}, journalMode{};        // as the engine names them; empty: its own, and the file's
+};
+
 struct ConnectionTarget {
     Engine engine = Engine::Other;
     Text odbcString;  // without the password it would still tell it: never show it
-    Text driver;      // as named in the string; empty for a data source
+    Text driver;      // as named in the string; empty for a data source, and where none is needed
     Text path;        // of the database file, as the host wrote it; empty for a server
     int timeout = 15; // seconds to wait for the server
+    FileSettings file{};
 };
 
-// What the machine has: the names of its ODBC drivers, the driver of a data source, what a file is.
+// What the machine has: the names of its ODBC drivers, the driver and the settings of a data source.
 struct Machine {
-    std::vector<Text> drivers;
+    std::function<std::vector<Text>()> drivers;
     std::function<Text(TextView dataSource)> driverOfDataSource;
+    std::function<Text(TextView dataSource, TextView keyword)> settingOfDataSource;
 };
 
-// A bare path names a SQLite file. A Jet or ACE string names an Access file, or a SQLite file in its place.
-// Throws Error for an empty string, for a provider that nobody here can serve, and for a file that needs a missing
-// driver.
+// A bare path names a SQLite file, and so do strings and data sources of its drivers, which nobody needs any more. A
+// Jet or ACE string names an Access file, or a SQLite file in its place. Throws Error for an empty string, for a
+// provider that nobody here can serve, and for a file that needs a missing driver.
 ConnectionTarget TranslateConnectionString(const Text& connectionString, const Machine& machine);
-
-enum class FileKind { Missing, Directory, Empty, SQLite, Access, Unknown };
-FileKind KindOfFile(const Text& path) noexcept;
 
 } // namespace dax

@@ -11,9 +11,9 @@ constexpr std::array<Dialect, 6> dialects = {{
     {
         .engine = Engine::Access,
         .name = u"Microsoft Access",
+        .isBuiltIn = false,
         .connectOptions = u"",
         .firstStatement = u"",
-        .probe = u"",
         .adapts = false,
         .narrowOnUnix = false,
         .longestLiteral = 0,
@@ -29,9 +29,9 @@ constexpr std::array<Dialect, 6> dialects = {{
     {
         .engine = Engine::SQLServer,
         .name = u"SQL Server",
+        .isBuiltIn = false,
         .connectOptions = u"",
         .firstStatement = u"SET LOCK_TIMEOUT 2000",
-        .probe = u"",
         .adapts = false,
         .narrowOnUnix = false,
         .longestLiteral = 0,
@@ -46,28 +46,26 @@ constexpr std::array<Dialect, 6> dialects = {{
     {
         .engine = Engine::SQLite,
         .name = u"SQLite",
-        // The driver tries a statement twice, so that it waits for a lock twice as long as told.
-        .connectOptions = u"NoCreat=1;Timeout=1000",
+        .isBuiltIn = true,
+        .connectOptions = u"",
         .firstStatement = u"",
-        .probe = u"SELECT Count(*) FROM sqlite_master",
         .adapts = true,
-        .narrowOnUnix = true,
+        .narrowOnUnix = false,
         .longestLiteral = 0,
         .statementsPerCall = 1,
         .datesAsText = true,
         .fractionDigits = 9,
         .openQuote = u'"',
         .closeQuote = u'"',
-        .howToGetDriver = u"On Debian and Ubuntu install the package libsqliteodbc. On Windows install \"SQLite ODBC "
-                          u"Driver\" (sqliteodbc_w64.exe for 64-bit programs, sqliteodbc.exe for 32-bit ones).",
+        .howToGetDriver = u"",
     },
     {
         .engine = Engine::PostgreSQL,
         .name = u"PostgreSQL",
+        .isBuiltIn = false,
         // The protocol with a savepoint per statement: a failed statement must not spoil the transaction.
         .connectOptions = u"Protocol=7.4-2",
         .firstStatement = u"SET lock_timeout = 2000",
-        .probe = u"",
         .adapts = true,
         .narrowOnUnix = false,
         .longestLiteral = 0,
@@ -82,11 +80,11 @@ constexpr std::array<Dialect, 6> dialects = {{
     {
         .engine = Engine::MariaDB,
         .name = u"MariaDB",
+        .isBuiltIn = false,
         // OPTION: 2 counts rows found instead of rows changed, 67108864 takes several statements in one call.
         .connectOptions = u"OPTION=67108866;CHARSET=utf8mb4",
         .firstStatement = u"SET SESSION sql_mode = CONCAT(@@SESSION.sql_mode, ',NO_BACKSLASH_ESCAPES'), "
                           u"innodb_lock_wait_timeout = 2, lock_wait_timeout = 2",
-        .probe = u"",
         .adapts = true,
         // The driver takes a unit whose low byte is D8 to DB for half of a pair, and reads on behind the end.
         .narrowOnUnix = true,
@@ -103,9 +101,9 @@ constexpr std::array<Dialect, 6> dialects = {{
     {
         .engine = Engine::Other,
         .name = u"the database",
+        .isBuiltIn = false,
         .connectOptions = u"",
         .firstStatement = u"",
-        .probe = u"",
         .adapts = false,
         .narrowOnUnix = false,
         .longestLiteral = 0,

@@ -7,12 +7,12 @@ namespace dax {
 
 struct Dialect {
     Engine engine;
-    TextView name; // as people call it
+    TextView name;  // as people call it
+    bool isBuiltIn; // reached without a driver
 
-    // Connecting: keywords added unless the host gives them, statements run first, a query that must succeed.
+    // Connecting: keywords added unless the host gives them, statements run first.
     TextView connectOptions;
     TextView firstStatement;
-    TextView probe;
 
     // Statement texts: TOP and #dates# rewritten; sent as UTF-8 because the Unix driver has no wide functions;
     // literals longer than this become parameters (0: never); how many statements go in one call.

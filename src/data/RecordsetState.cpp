@@ -1,8 +1,9 @@
 #include "data/RecordsetState.h"
 
+#include "base/Dates.h"
+#include "base/Numbers.h"
 #include "data/StatementText.h"
 
-#include <charconv>
 #include <cmath>
 
 namespace dax {
@@ -11,47 +12,22 @@ namespace {
 
 [[noreturn]] void Refuse(Text description) { throw Error(ErrorNumbers::Unspecified, std::move(description)); }
 
-template <typename Number>
-bool ReadNumber(TextView text, Number& number) {
-    char digits[64];
-    if (text.empty() || text.size() > sizeof digits) return false;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] > 0x7F) return false;
-        digits[i] = static_cast<char>(text[i]);
-    }
-    const auto [end, error] = std::from_chars(digits, digits + text.size(), number);
-    return error == std::errc() && end == digits + text.size();
-}
-
 // The value as its column means it; what does not fit the column's type (SQLite allows that) stays a text.
-Value FromText(TextView text, const Column& column) {
-    int64_t number = 0;
-    double fraction = 0;
-    switch (column.type) {
-    case SQL_BIT:
+Value FromText(TextView text, FieldType type) {
+    switch (type) {
+    case FieldType::Boolean:
         if (text.size() == 1) return !(text[0] == u'0' || text[0] == 0 || text[0] == u'f');
         break;
-    case SQL_TINYINT:
-    case SQL_SMALLINT:
-    case SQL_INTEGER:
-    case SQL_BIGINT:
-        if (ReadNumber(text, number)) return number;
+    case FieldType::Integer:
+        if (const auto number = ReadNumber<int64_t>(text)) return *number;
         [[fallthrough]];
-    case SQL_REAL:
-    case SQL_FLOAT:
-    case SQL_DOUBLE:
-        if (ReadNumber(text, fraction)) return fraction;
+    case FieldType::Fraction:
+        if (const auto number = ReadNumber<double>(text)) return *number;
         break;
-    case SQL_NUMERIC:
-    case SQL_DECIMAL:
-        if (column.digits == 0 && ReadNumber(text, number)) return number;
-        if (ReadNumber(text, fraction)) return fraction;
+    case FieldType::Date:
+        if (const auto date = ParseDate(text)) return *date;
         break;
-    case SQL_TYPE_DATE:
-    case SQL_TYPE_TIMESTAMP:
-        if (const std::optional<DateTime> date = ParseDate(text)) return *date;
-        break;
-    default:
+    case FieldType::Text:
         break;
     }
     return Text(text);
@@ -59,8 +35,8 @@ Value FromText(TextView text, const Column& column) {
 
 } // namespace
 
-void StoredRows::Read(OdbcRows& rows) {
-    columns = rows.Columns().size();
+void StoredRows::Read(Statement& rows, size_t columnCount) {
+    columns = columnCount;
     while (rows.Next()) {
         for (size_t column = 0; column < columns; ++column) {
             const TextView text = rows.FieldText(column);
@@ -77,7 +53,7 @@ TextView StoredRows::FieldText(size_t row, size_t column) const {
 }
 
 void RecordsetState::Open(const Text& source, Connection& newConnection, CursorTypes, LockTypes lock, int options) {
-    (void)newConnection.Native(); // throws when it is closed
+    (void)newConnection.Opened(); // throws when it is closed
     connection = &newConnection;
     // Every cursor reads forward; what the kinds of cursor add, nobody here uses. Rows are written by generated
     // statements, which no driver gets wrong.
@@ -96,24 +72,20 @@ void RecordsetState::Open(const Text& source, Connection& newConnection, CursorT
 }
 
 void RecordsetState::Run(const Text& text) {
-    rows.reset();
     stored.reset();
-    if (!statement) statement = std::make_unique<OdbcStatement>(connection->Native());
-    statement->Execute(text);
-    rows.emplace(*statement);
-    columns = rows->Columns();
+    if (!rows) rows = connection->Opened().NewStatement();
+    rows->Execute(text);
+    columns = rows->OpenRows();
     if (location != adUseClient) return;
     stored.emplace();
-    stored->Read(*rows);
+    stored->Read(*rows, columns.size());
     rows.reset();
-    statement.reset();
     storedRow = SIZE_MAX; // before the first
 }
 
 void RecordsetState::Close() noexcept {
     rows.reset();
     stored.reset();
-    statement.reset();
     connection = nullptr;
     ownConnection.reset();
     table.clear();
@@ -185,16 +157,17 @@ TextView RecordsetState::FieldText(size_t column) {
 
 Value RecordsetState::Field(size_t column) {
     if (IsNull(column)) return {};
-    return FromText(FieldText(column), columns[column]);
+    return FromText(FieldText(column), columns[column].type);
 }
 
 int64_t RecordsetState::FieldNumber(size_t column, int64_t defaultValue) {
+    RequireRow(column);
+    if (const auto number = stored ? std::nullopt : rows->FieldInteger(column)) return *number;
     const TextView text = FieldText(column);
-    int64_t number = 0;
-    double fraction = 0;
-    if (ReadNumber(text, number)) return number;
-    if (!ReadNumber(text, fraction) || !(fraction > -9e18 && fraction < 9e18)) return defaultValue;
-    return std::llrint(fraction); // halves to the even neighbour, as hosts convert
+    if (const auto number = ReadNumber<int64_t>(text)) return *number;
+    const auto fraction = ReadNumber<double>(text);
+    if (!fraction || !(*fraction > -9e18 && *fraction < 9e18)) return defaultValue;
+    return std::llrint(*fraction); // halves to the even neighbour, as hosts convert
 }
 
 void RecordsetState::AddNew() {
@@ -228,7 +201,7 @@ void RecordsetState::Update() {
 }
 
 Text RecordsetState::Quoted(size_t column) const {
-    const Dialect& dialect = connection->Native().Quirks();
+    const Dialect& dialect = connection->Opened().Quirks();
     Text quoted(1, dialect.openQuote);
     for (const char16_t unit : columns[column].name) {
         quoted.push_back(unit);
@@ -242,28 +215,28 @@ void RecordsetState::Insert() {
     if (changes.empty()) Refuse(u"No field of the new row was set.");
     Text names, marks;
     std::vector<Value> values;
-    std::vector<SQLSMALLINT> types;
+    std::vector<int> codes;
     for (const auto& [column, value] : changes) {
         names += (names.empty() ? u"" : u", ") + Quoted(column);
         marks += marks.empty() ? u"?" : u", ?";
         values.push_back(value);
-        types.push_back(columns[column].type);
+        codes.push_back(columns[column].code);
     }
-    OdbcStatement insert(connection->Native());
-    insert.Execute(u"INSERT INTO " + table + u" (" + names + u") VALUES (" + marks + u")", values, types);
+    connection->Opened().NewStatement()->Execute(u"INSERT INTO " + table + u" (" + names + u") VALUES (" + marks + u")",
+                                                 values, codes);
 }
 
 // The row is found again by its key; a table without one by all values that were read.
 void RecordsetState::UpdateRow() {
     Text assignments, conditions;
     std::vector<Value> values;
-    std::vector<SQLSMALLINT> types;
+    std::vector<int> codes;
     for (const auto& [column, value] : changes) {
         assignments += (assignments.empty() ? u"" : u", ") + Quoted(column) + u" = ?";
         values.push_back(value);
-        types.push_back(columns[column].type);
+        codes.push_back(columns[column].code);
     }
-    const bool datesAsText = connection->Native().Quirks().datesAsText;
+    const bool datesAsText = connection->Opened().Quirks().datesAsText;
     for (const size_t column : KeyColumns()) {
         conditions += (conditions.empty() ? u"" : u" AND ") + Quoted(column);
         if (IsNull(column)) {
@@ -275,11 +248,11 @@ void RecordsetState::UpdateRow() {
         // As stored, whatever its form.
         if (datesAsText && std::holds_alternative<DateTime>(value)) value = Text(FieldText(column));
         values.push_back(std::move(value));
-        types.push_back(columns[column].type);
+        codes.push_back(columns[column].code);
     }
-    OdbcStatement update(connection->Native());
-    update.Execute(u"UPDATE " + table + u" SET " + assignments + u" WHERE " + conditions, values, types);
-    if (update.RowCount() == 0)
+    const std::unique_ptr<Statement> update = connection->Opened().NewStatement();
+    update->Execute(u"UPDATE " + table + u" SET " + assignments + u" WHERE " + conditions, values, codes);
+    if (update->RowCount() == 0)
         throw Error(ErrorNumbers::Unspecified,
                     u"The row was changed or deleted by another user, so it was not updated.");
 }
@@ -287,29 +260,16 @@ void RecordsetState::UpdateRow() {
 std::vector<size_t> RecordsetState::KeyColumns() {
     std::vector<size_t> found;
     bool complete = true;
-    OdbcConnection& native = connection->Native();
-    OdbcStatement keys(native);
     Text name = table;
     if (const size_t dot = name.rfind(u'.'); dot != Text::npos) name.erase(0, dot + 1);
     std::erase_if(name, [](char16_t unit) { return unit == u'[' || unit == u']' || unit == u'"' || unit == u'`'; });
-    SQLRETURN result;
-    if (native.IsNarrow()) {
-        const std::string utf8 = ToUtf8(name);
-        result = SQLPrimaryKeys(keys.Handle(), nullptr, 0, nullptr, 0, Narrow(utf8.c_str()), SQL_NTS);
-    } else {
-        result = SQLPrimaryKeysW(keys.Handle(), nullptr, 0, nullptr, 0, Wide(name.c_str()), SQL_NTS);
-    }
-    if (SQL_SUCCEEDED(result)) {
-        OdbcRows keyRows(keys);
-        while (keyRows.Next()) {
-            const TextView column = keyRows.FieldText(3); // COLUMN_NAME
-            size_t index = 0;
-            while (index < columns.size() && !EqualNoCase(columns[index].name, column)) ++index;
-            if (index < columns.size())
-                found.push_back(index);
-            else
-                complete = false;
-        }
+    for (const Text& column : connection->Opened().KeyColumns(name)) {
+        size_t index = 0;
+        while (index < columns.size() && !EqualNoCase(columns[index].name, column)) ++index;
+        if (index < columns.size())
+            found.push_back(index);
+        else
+            complete = false;
     }
     if (complete && !found.empty()) return found;
     found.resize(columns.size());
@@ -318,7 +278,7 @@ std::vector<size_t> RecordsetState::KeyColumns() {
 }
 
 void RecordsetState::Cancel() noexcept {
-    if (statement) statement->Cancel();
+    if (rows) rows->Cancel();
 }
 
 } // namespace dax

@@ -1,8 +1,8 @@
 // What a recordset holds: its statement, the current row wherever it comes from, and the fields set but not written.
 #pragma once
 
-#include "data/odbc/OdbcRows.h"
 #include "data/Recordset.h"
+#include "data/Session.h"
 
 #include <optional>
 
@@ -11,7 +11,7 @@ namespace dax {
 // All rows of a client-side cursor: one long text and where each value ends in it.
 class StoredRows {
 public:
-    void Read(OdbcRows& rows);
+    void Read(Statement& rows, size_t columnCount);
     size_t Count() const { return count; }
     bool IsNull(size_t row, size_t column) const { return values[row * columns + column].isNull; }
     TextView FieldText(size_t row, size_t column) const;
@@ -64,8 +64,7 @@ private:
     Connection* connection = nullptr;
     Text table; // empty when the recordset is not updatable
     bool isUpdatable = false, isDeferred = false, isAdding = false, atEnd = true;
-    std::unique_ptr<OdbcStatement> statement;
-    std::optional<OdbcRows> rows;
+    std::unique_ptr<Statement> rows; // none when all were read, or stored
     std::optional<StoredRows> stored;
     size_t storedRow = 0;
     std::vector<Column> columns;

@@ -1,17 +1,13 @@
 #include "data/StatementText.h"
 
+#include "base/Dates.h"
+#include "base/TextReader.h"
+
 #include <cstring>
 
 namespace dax {
 
 namespace {
-
-bool IsBlank(char16_t unit) { return unit == u' ' || (unit >= u'\t' && unit <= u'\r'); }
-bool IsDigit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
-bool IsWordUnit(char16_t unit) {
-    return IsDigit(unit) || unit == u'_' || (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z') ||
-           unit >= 0x80;
-}
 
 enum class Piece { Plain, Literal, Name, Comment, Unterminated };
 
@@ -76,81 +72,6 @@ private:
     Piece kind = Piece::Plain;
 };
 
-// Reads words and numbers off the front of a text.
-class Reader {
-public:
-    explicit Reader(TextView text) : text(text) {}
-    size_t Place() const { return place; }
-    bool AtEnd() const { return place == text.size(); }
-    void SkipBlanks() {
-        while (!AtEnd() && IsBlank(text[place])) ++place;
-    }
-    bool Unit(char16_t unit) {
-        if (AtEnd() || text[place] != unit) return false;
-        ++place;
-        return true;
-    }
-    bool Word(TextView word) {
-        SkipBlanks();
-        const size_t after = place + word.size();
-        if (!EqualNoCase(text.substr(place, word.size()), word)) return false;
-        if (after < text.size() && IsWordUnit(text[after])) return false;
-        place = after;
-        return true;
-    }
-    TextView Digits() {
-        const size_t first = place;
-        while (!AtEnd() && IsDigit(text[place])) ++place;
-        return text.substr(first, place - first);
-    }
-    bool Number(int& number, size_t fewest, size_t most) {
-        const TextView digits = Digits();
-        if (digits.size() < fewest || digits.size() > most) return false;
-        number = 0;
-        for (const char16_t digit : digits) number = number * 10 + (digit - u'0');
-        return true;
-    }
-
-private:
-    TextView text;
-    size_t place = 0;
-};
-
-bool ReadFraction(Reader& reader, uint32_t& fraction) {
-    const TextView digits = reader.Digits();
-    if (digits.empty()) return false;
-    fraction = 0;
-    for (size_t i = 0; i < 9; ++i) fraction = fraction * 10 + (i < digits.size() ? digits[i] - u'0' : 0u);
-    return true;
-}
-
-bool ReadTime(Reader& reader, DateTime& date) {
-    if (!reader.Number(date.hour, 1, 2) || !reader.Unit(u':') || !reader.Number(date.minute, 1, 2)) return false;
-    if (reader.Unit(u':')) {
-        if (!reader.Number(date.second, 1, 2)) return false;
-        if (reader.Unit(u'.') && !ReadFraction(reader, date.fraction)) return false;
-    }
-    const bool morning = reader.Word(u"AM");
-    if (morning || reader.Word(u"PM")) {
-        if (date.hour < 1 || date.hour > 12) return false;
-        date.hour = date.hour % 12 + (morning ? 0 : 12);
-    }
-    return date.hour < 24 && date.minute < 60 && date.second < 60;
-}
-
-bool IsCalendarDay(const DateTime& date) {
-    static constexpr int lengths[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    if (date.month < 1 || date.month > 12) return false;
-    const bool leap = (date.year % 4 == 0 && date.year % 100 != 0) || date.year % 400 == 0;
-    return date.day >= 1 && date.day <= lengths[date.month - 1] + (date.month == 2 && leap ? 1 : 0);
-}
-
-void AppendPadded(Text& text, int number, size_t width) {
-    const Text digits = ToText(number);
-    if (digits.size() < width) text.append(width - digits.size(), u'0');
-    text += digits;
-}
-
 // Two literals that touched would be one.
 void KeepApart(Text& result) {
     if (!result.empty() && result.back() == u'\'') result.push_back(u' ');
@@ -185,7 +106,7 @@ struct Top {
 };
 
 std::optional<Top> FindTop(TextView statement) {
-    Reader reader(statement);
+    TextReader reader(statement);
     if (!reader.Word(u"SELECT")) return std::nullopt;
     if (!reader.Word(u"DISTINCT")) (void)reader.Word(u"ALL");
     Top top;
@@ -200,8 +121,33 @@ std::optional<Top> FindTop(TextView statement) {
     if (top.count.empty() || (bracket && !reader.Unit(u')')) || reader.Word(u"PERCENT")) return std::nullopt;
     if (bracket) reader.SkipBlanks();
     top.end = reader.Place();
-    if (reader.AtEnd() || (!bracket && !IsBlank(statement[top.end - 1]))) return std::nullopt;
+    if (reader.AtEnd() || (!bracket && !TextReader::IsBlank(statement[top.end - 1]))) return std::nullopt;
     return top;
+}
+
+template <typename IsTaken>
+std::optional<Parametrized> TakeLiterals(TextView statement, IsTaken isTaken) {
+    Parametrized result;
+    Pieces pieces(statement);
+    while (pieces.Next()) {
+        const TextView units = pieces.Units();
+        if (pieces.Kind() == Piece::Plain && units.find(u'?') != TextView::npos) return std::nullopt;
+        if (pieces.Kind() == Piece::Unterminated) return std::nullopt;
+        if (pieces.Kind() != Piece::Literal || !isTaken(units)) {
+            result.statement.append(units);
+            continue;
+        }
+        Text value;
+        value.reserve(units.size());
+        for (size_t i = 1; i + 1 < units.size(); ++i) {
+            value.push_back(units[i]);
+            if (units[i] == u'\'') ++i;
+        }
+        result.statement.push_back(u'?');
+        result.values.emplace_back(std::move(value));
+    }
+    if (result.values.empty()) return std::nullopt;
+    return result;
 }
 
 } // namespace
@@ -233,7 +179,7 @@ Text AdaptStatement(TextView statement, const Dialect& dialect) {
     // No date can stand before TOP, so its place is the same in the result.
     result.erase(top->begin, top->end - top->begin);
     size_t end = result.size();
-    while (end > 0 && (IsBlank(result[end - 1]) || result[end - 1] == u';')) --end;
+    while (end > 0 && (TextReader::IsBlank(result[end - 1]) || result[end - 1] == u';')) --end;
     result.insert(end, u" LIMIT " + Text(top->count));
     return result;
 }
@@ -257,27 +203,13 @@ bool StandsAlone(TextView statement) {
 
 std::optional<Parametrized> TakeLongLiterals(TextView statement, size_t longest) {
     if (longest == 0 || statement.size() <= longest) return std::nullopt;
-    Parametrized result;
-    Pieces pieces(statement);
-    while (pieces.Next()) {
-        const TextView units = pieces.Units();
-        if (pieces.Kind() == Piece::Plain && units.find(u'?') != TextView::npos) return std::nullopt;
-        if (pieces.Kind() == Piece::Unterminated) return std::nullopt;
-        if (pieces.Kind() != Piece::Literal || units.size() <= longest + 2) {
-            result.statement.append(units);
-            continue;
-        }
-        Text value;
-        value.reserve(units.size());
-        for (size_t i = 1; i + 1 < units.size(); ++i) {
-            value.push_back(units[i]);
-            if (units[i] == u'\'') ++i;
-        }
-        result.statement.push_back(u'?');
-        result.values.emplace_back(std::move(value));
-    }
-    if (result.values.empty()) return std::nullopt;
-    return result;
+    return TakeLiterals(statement, [longest](TextView quoted) { return quoted.size() > longest + 2; });
+}
+
+std::optional<Parametrized> TakeLiteralsWithZeros(TextView statement) {
+    auto taken = TakeLiterals(statement, [](TextView quoted) { return quoted.find(u'\0') != TextView::npos; });
+    if (taken && taken->statement.find(u'\0') != Text::npos) return std::nullopt;
+    return taken;
 }
 
 Text TableOf(TextView statement) {
@@ -290,7 +222,7 @@ Text TableOf(TextView statement) {
         const TextView units = pieces.Units();
         for (size_t i = 0; i < units.size();) {
             size_t end = i;
-            while (end < units.size() && (IsWordUnit(units[end]) || units[end] == u'.')) ++end;
+            while (end < units.size() && (TextReader::IsWordUnit(units[end]) || units[end] == u'.')) ++end;
             if (end == i) {
                 if (units[i] == u',' && afterFrom) return {};
                 ++i;
@@ -305,57 +237,6 @@ Text TableOf(TextView statement) {
         }
     }
     return table;
-}
-
-std::optional<DateTime> ParseDate(TextView text) {
-    Reader reader(text);
-    DateTime date;
-    reader.SkipBlanks();
-    if (!reader.Number(date.year, 4, 4)) return std::nullopt;
-    const char16_t mark = reader.Unit(u'/') ? u'/' : u'-';
-    if (mark == u'-' && !reader.Unit(u'-')) return std::nullopt;
-    if (!reader.Number(date.month, 1, 2) || !reader.Unit(mark) || !reader.Number(date.day, 1, 2)) return std::nullopt;
-    if (!reader.AtEnd()) {
-        if (!reader.Unit(u'T') && !reader.Unit(u' ')) return std::nullopt;
-        reader.SkipBlanks();
-        if (!reader.AtEnd() && !ReadTime(reader, date)) return std::nullopt;
-    }
-    reader.SkipBlanks();
-    if (!reader.AtEnd() || !IsCalendarDay(date)) return std::nullopt;
-    return date;
-}
-
-Text FormatDate(const DateTime& date) {
-    Text text;
-    AppendPadded(text, date.year, 4);
-    text.push_back(u'-');
-    AppendPadded(text, date.month, 2);
-    text.push_back(u'-');
-    AppendPadded(text, date.day, 2);
-    text.push_back(u' ');
-    AppendPadded(text, date.hour, 2);
-    text.push_back(u':');
-    AppendPadded(text, date.minute, 2);
-    text.push_back(u':');
-    AppendPadded(text, date.second, 2);
-    if (date.fraction == 0) return text;
-    text.push_back(u'.');
-    AppendPadded(text, static_cast<int>(date.fraction), 9);
-    while (text.back() == u'0') text.pop_back();
-    return text;
-}
-
-Text MadeWellFormed(TextView text) {
-    Text result(text);
-    for (size_t i = 0; i < result.size(); ++i) {
-        if ((result[i] & 0xF800) != 0xD800) continue;
-        const bool pair = result[i] < 0xDC00 && i + 1 < result.size() && (result[i + 1] & 0xFC00) == 0xDC00;
-        if (pair)
-            ++i;
-        else
-            result[i] = 0xFFFD;
-    }
-    return result;
 }
 
 } // namespace dax

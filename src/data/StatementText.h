@@ -24,16 +24,10 @@ struct Parametrized {
     std::vector<Value> values;
 };
 std::optional<Parametrized> TakeLongLiterals(TextView statement, size_t longest);
+// The same for the literals that have a character of the number zero; nothing also when one stands anywhere else.
+std::optional<Parametrized> TakeLiteralsWithZeros(TextView statement);
 
 // The table that a simple SELECT reads; empty when there are several or none.
 Text TableOf(TextView statement);
-
-// yyyy/m/d or yyyy-m-d, with or without a time (24 hours, or 12 with AM/PM; "T" or blanks before it; a fraction).
-std::optional<DateTime> ParseDate(TextView text);
-// yyyy-mm-dd hh:mm:ss, and the fraction of the second when there is one.
-Text FormatDate(const DateTime& date);
-
-// The same text with U+FFFD for every surrogate that has lost its other half.
-Text MadeWellFormed(TextView text);
 
 } // namespace dax

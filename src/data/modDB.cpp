@@ -1,17 +1,13 @@
 #include "data/modDB.h"
 
+#include "base/Dates.h"
+
 #include <charconv>
 #include <iterator>
 
 namespace dax::modDB {
 
 namespace {
-
-void AppendPadded(Text& text, int number, size_t width) {
-    const Text digits = ToText(number);
-    if (digits.size() < width) text.append(width - digits.size(), u'0');
-    text += digits;
-}
 
 template <typename Action>
 void Ignoring(Action action) noexcept {

@@ -7,8 +7,22 @@ namespace dax {
 
 namespace {
 
-Machine Having(std::vector<Text> drivers) {
-    return {std::move(drivers), [](TextView source) { return Text(source == u"books" ? u"PostgreSQL Unicode" : u""); }};
+// With two data sources of SQLite's drivers, by a name and by a library, and one of PostgreSQL's.
+Machine Having(const std::vector<Text>& drivers) {
+    return {[drivers] { return drivers; },
+            [](TextView source) {
+                return Text(source == u"books"    ? u"PostgreSQL Unicode"
+                            : source == u"course" ? u"SQLite3"
+                            : source == u"empty"  ? u"/usr/lib/libsqlite3odbc.so"
+                                                  : u"");
+            },
+            [](TextView source, TextView keyword) {
+                if (source != u"course") return Text();
+                return Text(keyword == u"Database"     ? u"/srv/course.db"
+                            : keyword == u"Timeout"    ? u"700"
+                            : keyword == u"SyncPragma" ? u"Normal"
+                                                       : u"");
+            }};
 }
 
 TEST(ConnectionStringTest, ServerStringsBecomeOdbcStrings) {
@@ -61,39 +75,62 @@ TEST(ConnectionStringTest, ServerStringsBecomeOdbcStrings) {
     EXPECT_EQ(TranslateConnectionString(u"DSN=books;Connect Timeout=3", Having({})).timeout, 3);
 }
 
-TEST(ConnectionStringTest, FilesGoToTheDriverThatReadsThem) {
+TEST(ConnectionStringTest, FilesGoToWhatReadsThem) {
     const test::TempFolder folder;
     const Text sqlite = folder.Write(u"kurs ü=1.mdb", "SQLite format 3");
     const Text access = folder.Write(u"a.mdb", std::string("\0\1\0\0Standard Jet DB", 19));
     const Text missing = folder.File(u"missing.mdb"), empty = folder.Write(u"empty.mdb", "");
-    const std::vector<Text> both = {u"SQLite3", u"Microsoft Access Driver (*.mdb, *.accdb)"};
+    const std::vector<Text> none, driver = {u"Microsoft Access Driver (*.mdb, *.accdb)"};
     const Text jet = u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=";
     struct Case {
         Text host;
         std::vector<Text> drivers;
         Engine engine;
+        Text path;
+        FileSettings file{};
     };
+    using std::chrono::milliseconds;
     const std::vector<Case> cases = {
-        {sqlite, both, Engine::SQLite},
-        {jet + u"'" + sqlite + u"'", both, Engine::SQLite},
-        {jet + access, both, Engine::Access},
-        {access, both, Engine::Access},
-        {jet + missing, both, Engine::Access},
-        {jet + empty, {u"SQLite3"}, Engine::SQLite}, // the embedded default in the place of the Access file
-        {jet + missing, {u"SQLite3"}, Engine::SQLite},
-        {u"Driver=SQLite3;Database=" + sqlite + u";Timeout=5", {}, Engine::SQLite},
+        {sqlite, driver, Engine::SQLite, sqlite},
+        {u"  " + sqlite, none, Engine::SQLite, sqlite},
+        {jet + u"'" + sqlite + u"'", driver, Engine::SQLite, sqlite},
+        {jet + access, driver, Engine::Access, access},
+        {access, driver, Engine::Access, access},
+        {jet + missing, driver, Engine::Access, missing},
+        {jet + empty, none, Engine::SQLite, empty}, // the embedded default in the place of the Access file
+        {jet + missing, none, Engine::SQLite, missing},
+        {u"a;b.db", none, Engine::SQLite, u"a;b.db"},
+        {u"Driver=SQLite3;Database=" + sqlite + u";Timeout=5;NoCreat=0;NoTXN=1;LoadExt=x",
+         none,
+         Engine::SQLite,
+         sqlite,
+         {milliseconds(5)}},
+        {u"driver={SQLite3 ODBC Driver};DATABASE='a;\"b.db';fksupport=1;SyncPragma=off;JournalMode=wal",
+         none,
+         Engine::SQLite,
+         u"a;\"b.db",
+         {.foreignKeys = true, .journalMode = "WAL"}},
+        {u"DSN=course", none, Engine::SQLite, u"/srv/course.db", {.lockTimeout = milliseconds(700), .synchronous = "NORMAL"}},
+        {u"Provider=MSDASQL;Data Source=course;Timeout=9;Database=other.db",
+         none,
+         Engine::SQLite,
+         u"other.db",
+         {.lockTimeout = milliseconds(9), .synchronous = "NORMAL"}},
     };
     for (const Case& c : cases) {
         const ConnectionTarget target = TranslateConnectionString(c.host, Having(c.drivers));
         EXPECT_EQ(target.engine, c.engine) << ToUtf8(c.host);
-        const bool braces = target.odbcString.find(u"Database={") != Text::npos;
-        EXPECT_FALSE(c.engine == Engine::SQLite && braces) << "the SQLite driver knows no braces";
-        EXPECT_EQ(c.engine == Engine::SQLite, target.odbcString.find(u"NoCreat=1") != Text::npos);
+        EXPECT_EQ(ToUtf8(target.path), ToUtf8(c.path));
+        EXPECT_EQ(target.driver.empty() && target.odbcString.empty(), c.engine == Engine::SQLite);
+        EXPECT_EQ(target.file.lockTimeout, c.file.lockTimeout) << ToUtf8(c.host);
+        EXPECT_EQ(target.file.foreignKeys, c.file.foreignKeys) << ToUtf8(c.host);
+        EXPECT_EQ(target.file.synchronous, c.file.synchronous) << ToUtf8(c.host);
+        EXPECT_EQ(target.file.journalMode, c.file.journalMode) << ToUtf8(c.host);
     }
     const ConnectionTarget ace =
         TranslateConnectionString(u"Provider=Microsoft.ACE.OLEDB.12.0;Data Source=" + access +
                                       u";Jet OLEDB:Database Password=\"p;w\";Mode=Read;User ID=Admin",
-                                  Having(both));
+                                  Having(driver));
     EXPECT_NE(ace.odbcString.find(u"UID=Admin;PWD={p;w};ReadOnly=1;"), Text::npos) << ToUtf8(ace.odbcString);
 }
 
@@ -107,8 +144,8 @@ TEST(ConnectionStringTest, WhatCannotBeServedSaysWhy) {
         {u"Provider=Microsoft.Jet.OLEDB.4.0", "Data Source"},
         {u"Server=x;Database=y", "neither"},
         {u"PWD={never ends", "PWD"},
-        {u"/tmp/a;b.db", "semicolon"},
-        {u"Driver=SQLite3;Database='/tmp/a;b.db'", "semicolon"},
+        {u"Driver=SQLite3;Timeout=5", "no \"Database\""},
+        {u"DSN=empty", "\"empty\" names no database file"},
     };
 #ifndef _WIN32
     cases.push_back({access, "Access file"});

@@ -10,6 +10,7 @@ WINDOWS = {"windows.h", "windowsx.h", "commctrl.h", "objbase.h", "oleauto.h", "o
            "unknwn.h", "tchar.h", "initguid.h", "shellapi.h", "shlobj.h", "uxtheme.h", "gdiplus.h", "activscp.h"}
 ODBC = {"sql.h", "sqlext.h", "sqltypes.h", "sqlucode.h"}
 ODBC_HEADER = "src/data/odbc/Odbc.h"
+SQLITE_HEADER = "src/data/sqlite/SQLite.h"
 WINDOWS_PLACES = ("src/ocx/", "apps/workbench/", "apps/script/", "tests/windows/", "tests/ocx/", "tests/workbench/")
 POSIX = {"locale.h", "langinfo.h", "unistd.h", "fcntl.h", "sys/stat.h", "sys/types.h", "sys/file.h",
          "io.h"}  # of one system or the other
@@ -67,6 +68,8 @@ def check_system(name, what):
         return f"<{what}> belongs in win32/ folders and hosts"
     if what in ODBC and name != ODBC_HEADER:
         return f"<{what}> belongs in {ODBC_HEADER}"
+    if what == "sqlite3.h" and name.startswith(("src/", "apps/")):
+        return None if name == SQLITE_HEADER else f"<{what}> belongs in {SQLITE_HEADER}"
     product = name.startswith(("src/", "apps/")) and not may_use_windows(name) and name != ODBC_HEADER
     if product and what not in POSIX and not STANDARD.fullmatch(what):
         return f"<{what}> is not of the platform"

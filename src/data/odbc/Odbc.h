@@ -54,13 +54,17 @@ using StatementHandle = OdbcHandle<SQL_HANDLE_STMT>;
 
 // An environment that speaks ODBC 3; throws Error when there is no driver manager to speak of.
 EnvironmentHandle OpenEnvironment();
-std::vector<Text> InstalledDrivers(const EnvironmentHandle& environment);
-// The driver of a data source that was set up on this machine; empty when there is no such source.
-Text DriverOfDataSource(const EnvironmentHandle& environment, TextView dataSource);
+
+// What is set up on this machine; none where there is no driver manager.
+std::vector<Text> InstalledDrivers();
+// The driver of a data source; empty when there is no such source.
+Text DriverOfDataSource(TextView dataSource);
+// What a data source says for a keyword: the user's own first, then the system's; empty when it says nothing.
+Text SettingOfDataSource(TextView dataSource, TextView keyword);
 
 // True on Linux and under Wine, whose odbc32 hands everything to the machine's unixODBC.
 bool ManagerIsUnix();
-// A path as the drivers of this manager take it: a Unix path under Wine, unchanged elsewhere.
-Text PathForDriver(const Text& path);
+// A path as this program opens it: under Wine a Unix path, unless Windows knows the file, too, becomes a Windows one.
+Text PathHere(const Text& path);
 
 } // namespace dax

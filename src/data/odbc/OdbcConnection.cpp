@@ -3,9 +3,7 @@
 #include "data/odbc/OdbcErrors.h"
 #include "data/odbc/OdbcStatement.h"
 
-#include <algorithm>
 #include <array>
-#include <mutex>
 
 namespace dax {
 
@@ -13,66 +11,22 @@ namespace {
 
 SQLPOINTER AsPointer(uintptr_t number) { return reinterpret_cast<SQLPOINTER>(number); }
 
-constexpr SQLINTEGER sqliteNotADatabase = 26;
-
-Text DescribeFile(const Text& path, const Diagnostic& diagnostic) {
-    const Text name = u"'" + path + u"'";
-    switch (KindOfFile(path)) {
-    case FileKind::Missing:
-        return u"The database file " + name + u" does not exist.";
-    case FileKind::Directory:
-        return name + u" is a folder, not a database file.";
-    case FileKind::Access:
-        return name + u" is a Microsoft Access file, not a SQLite file. " +
-               Text(DialectOf(Engine::Access).howToGetDriver);
-    case FileKind::Unknown:
-        if (diagnostic.native == sqliteNotADatabase) return name + u" is not a database file, or it is encrypted.";
-        break;
-    default:
-        break;
-    }
-    return u"The database file " + name + u" cannot be opened: " + diagnostic.message;
-}
-
-// What the string means on this machine. The manager reads its files several times for each driver that it names, so
-// they are asked for once, and again when the one that is wanted was not among them.
-ConnectionTarget TargetHere(const Text& connectionString, const EnvironmentHandle& environment) {
-    static std::mutex mutex;
-    static std::vector<Text> known;
-    const std::scoped_lock lock(mutex);
-    const auto translate = [&] {
-        return TranslateConnectionString(connectionString, {known, [&](TextView dataSource) {
-                                                                return DriverOfDataSource(environment, dataSource);
-                                                            }});
-    };
-    if (known.empty()) known = InstalledDrivers(environment);
-    ConnectionTarget target = translate();
-    if (target.driver.empty() ||
-        std::ranges::any_of(known, [&](const Text& name) { return EqualNoCase(name, target.driver); }))
-        return target;
-    known = InstalledDrivers(environment);
-    return translate();
-}
-
 } // namespace
 
-OdbcConnection::OdbcConnection(const Text& connectionString) : environment(OpenEnvironment()) {
-    const ConnectionTarget target = TargetHere(connectionString, environment);
-    dialect = &DialectOf(target.engine);
+OdbcConnection::OdbcConnection(const ConnectionTarget& target)
+    : environment(OpenEnvironment()), dialect(&DialectOf(target.engine)) {
     connection = ConnectionHandle(environment.Get());
     if (!connection) ThrowOdbcError(SQL_HANDLE_ENV, environment.Get(), *dialect);
     Connect(target);
     try {
-        Prepare(target);
+        Prepare();
     } catch (...) {
-        scratch.reset();
         SQLDisconnect(connection.Get());
         throw;
     }
 }
 
 OdbcConnection::~OdbcConnection() {
-    scratch.reset();
     if (inTransaction) SQLEndTran(SQL_HANDLE_DBC, connection.Get(), SQL_ROLLBACK);
     if (isConnected) SQLDisconnect(connection.Get());
 }
@@ -106,12 +60,10 @@ void OdbcConnection::ThrowConnectError(const ConnectionTarget& target) {
         throw Error(ErrorNumbers::Unspecified,
                     u"The ODBC driver \"" + target.driver + u"\" is not installed. " + Text(dialect->howToGetDriver));
     }
-    if (!target.path.empty() && dialect->engine == Engine::SQLite)
-        throw Error(NumberOf(diagnostic, dialect->engine), DescribeFile(target.path, diagnostic));
     ThrowOdbcError(SQL_HANDLE_DBC, connection.Get(), *dialect);
 }
 
-void OdbcConnection::Prepare(const ConnectionTarget& target) {
+void OdbcConnection::Prepare() {
     if (dialect->engine == Engine::Other) {
         std::array<SQLCHAR, 256> name{};
         SQLSMALLINT length = 0;
@@ -123,18 +75,10 @@ void OdbcConnection::Prepare(const ConnectionTarget& target) {
     SQLGetInfo(connection.Get(), SQL_GETDATA_EXTENSIONS, &extensions, sizeof extensions, nullptr);
     getsDataFreely = (extensions & freely) == freely;
 
-    OdbcStatement& statement = Scratch();
-    if (!dialect->firstStatement.empty()) statement.ExecuteUnobserved(dialect->firstStatement);
-    if (dialect->probe.empty()) return;
-    try {
-        statement.ExecuteUnobserved(dialect->probe);
-        statement.CloseCursor();
-    } catch (const Error& error) {
-        if (target.path.empty()) throw;
-        const Diagnostic diagnostic = statement.LastDiagnostic();
-        throw Error(error.Number(), DescribeFile(target.path, diagnostic));
-    }
+    if (!dialect->firstStatement.empty()) OdbcStatement(*this).ExecuteUnobserved(dialect->firstStatement);
 }
+
+std::unique_ptr<Statement> OdbcConnection::NewStatement() { return std::make_unique<OdbcStatement>(*this); }
 
 void OdbcConnection::Begin() {
     if (inTransaction) throw Error(ErrorNumbers::Unspecified, u"A transaction is open already on this connection.");
@@ -145,14 +89,12 @@ void OdbcConnection::Begin() {
 
 void OdbcConnection::Commit() {
     if (!inTransaction) throw Error(ErrorNumbers::Unspecified, u"No transaction is open on this connection.");
-    Scratch().CloseCursor();
     CheckOdbc(SQLEndTran(SQL_HANDLE_DBC, connection.Get(), SQL_COMMIT), SQL_HANDLE_DBC, connection.Get(), *dialect);
     EndTransaction();
 }
 
 void OdbcConnection::Rollback() {
     if (!inTransaction) return;
-    Scratch().CloseCursor();
     const SQLRETURN result = SQLEndTran(SQL_HANDLE_DBC, connection.Get(), SQL_ROLLBACK);
     // Whatever went wrong: what was not committed is lost, and autocommit may go on only when nothing is pending.
     inTransaction = false;
@@ -166,13 +108,20 @@ void OdbcConnection::EndTransaction() {
               connection.Get(), *dialect);
 }
 
-OdbcStatement& OdbcConnection::Scratch() {
-    if (!scratch) scratch = std::make_unique<OdbcStatement>(*this);
-    return *scratch;
-}
-
-void OdbcConnection::Cancel() noexcept {
-    if (scratch) scratch->Cancel();
+std::vector<Text> OdbcConnection::KeyColumns(const Text& table) {
+    OdbcStatement keys(*this);
+    SQLRETURN result;
+    if (IsNarrow()) {
+        const std::string utf8 = ToUtf8(table);
+        result = SQLPrimaryKeys(keys.Handle(), nullptr, 0, nullptr, 0, Narrow(utf8.c_str()), SQL_NTS);
+    } else {
+        result = SQLPrimaryKeysW(keys.Handle(), nullptr, 0, nullptr, 0, Wide(table.c_str()), SQL_NTS);
+    }
+    std::vector<Text> columns;
+    if (!SQL_SUCCEEDED(result)) return columns;
+    keys.OpenRows();
+    while (keys.Next()) columns.emplace_back(keys.FieldText(3)); // COLUMN_NAME
+    return columns;
 }
 
 } // namespace dax

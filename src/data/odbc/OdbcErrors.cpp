@@ -16,17 +16,6 @@ struct Rule {
 
 // The first rule that fits decides. Engines that report everything as HY000 tell more by native number and text.
 constexpr Rule rules[] = {
-    {Engine::SQLite, u"", 0, u"no such table", ErrorNumbers::NoTable},
-    {Engine::SQLite, u"", 0, u"no such column", ErrorNumbers::SyntaxOrColumn},
-    {Engine::SQLite, u"", 0, u"has no column named", ErrorNumbers::SyntaxOrColumn},
-    {Engine::SQLite, u"", 0, u"syntax error", ErrorNumbers::SyntaxOrColumn},
-    {Engine::SQLite, u"", 0, u"unrecognized token", ErrorNumbers::SyntaxOrColumn},
-    {Engine::SQLite, u"", 0, u"incomplete input", ErrorNumbers::SyntaxOrColumn},
-    {Engine::SQLite, u"", 5, u"", ErrorNumbers::Timeout},
-    {Engine::SQLite, u"", 6, u"", ErrorNumbers::Timeout},
-    {Engine::SQLite, u"", 8, u"", ErrorNumbers::Permission},
-    {Engine::SQLite, u"", 18, u"", ErrorNumbers::DataOverflow},
-    {Engine::SQLite, u"", 19, u"", ErrorNumbers::Integrity},
     {Engine::PostgreSQL, u"", 0, u"password authentication failed", ErrorNumbers::Authentication},
     {Engine::PostgreSQL, u"", 0, u"no password supplied", ErrorNumbers::Authentication},
     {Engine::PostgreSQL, u"28", 0, u"", ErrorNumbers::Authentication},

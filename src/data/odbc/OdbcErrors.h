@@ -1,8 +1,8 @@
 // From ODBC's diagnostics to the one exception, with the numbers that hosts know.
 #pragma once
 
-#include "data/Dialect.h"
 #include "base/Error.h"
+#include "data/Dialect.h"
 #include "data/odbc/Odbc.h"
 
 namespace dax {

@@ -12,6 +12,30 @@ namespace {
 constexpr size_t usualBytes = 512;  // bound for a column at least
 constexpr size_t mostBytes = 32768; // longer texts are asked for one by one
 
+FieldType FieldTypeOf(SQLSMALLINT type, SQLSMALLINT digits) {
+    switch (type) {
+    case SQL_BIT:
+        return FieldType::Boolean;
+    case SQL_TINYINT:
+    case SQL_SMALLINT:
+    case SQL_INTEGER:
+    case SQL_BIGINT:
+        return FieldType::Integer;
+    case SQL_REAL:
+    case SQL_FLOAT:
+    case SQL_DOUBLE:
+        return FieldType::Fraction;
+    case SQL_NUMERIC:
+    case SQL_DECIMAL:
+        return digits == 0 ? FieldType::Integer : FieldType::Fraction;
+    case SQL_TYPE_DATE:
+    case SQL_TYPE_TIMESTAMP:
+        return FieldType::Date;
+    default:
+        return FieldType::Text;
+    }
+}
+
 } // namespace
 
 OdbcRows::OdbcRows(OdbcStatement& executed)
@@ -25,7 +49,7 @@ OdbcRows::OdbcRows(OdbcStatement& executed)
     SQLFreeStmt(statement.Handle(), SQL_UNBIND);
     if (statement.Owner().GetsDataFreely()) return; // a column is bound once it was asked for
     for (size_t i = 0; i < columns.size(); ++i) {
-        const SQLULEN size = columns[i].size;
+        const SQLULEN size = sizes[i];
         const bool isShort = size > 0 && size < mostBytes / 8;
         // A driver with the strict rules gives what is not bound only behind the last bound column, and in order.
         if (!isShort) break;
@@ -35,20 +59,22 @@ OdbcRows::OdbcRows(OdbcStatement& executed)
 
 void OdbcRows::Describe(SQLUSMALLINT number) {
     Column& column = columns.emplace_back();
-    SQLSMALLINT length = 0, digits = 0, nullable = 0;
+    SQLSMALLINT length = 0, type = 0, digits = 0, nullable = 0;
+    SQLULEN& size = sizes.emplace_back();
     if (statement.Owner().IsNarrow()) {
         std::array<SQLCHAR, 1024> name{};
         statement.Check(SQLDescribeCol(statement.Handle(), number, name.data(), static_cast<SQLSMALLINT>(name.size()),
-                                       &length, &column.type, &column.size, &digits, &nullable));
+                                       &length, &type, &size, &digits, &nullable));
         column.name = FromUtf8(reinterpret_cast<const char*>(name.data()));
     } else {
         std::array<char16_t, 1024> name{};
         statement.Check(SQLDescribeColW(statement.Handle(), number, Wide(name.data()),
-                                        static_cast<SQLSMALLINT>(name.size()), &length, &column.type, &column.size,
-                                        &digits, &nullable));
+                                        static_cast<SQLSMALLINT>(name.size()), &length, &type, &size, &digits,
+                                        &nullable));
         column.name = name.data();
     }
-    column.digits = digits;
+    column.code = type;
+    column.type = FieldTypeOf(type, digits);
 }
 
 void OdbcRows::BindColumn(size_t index, size_t bytes) {

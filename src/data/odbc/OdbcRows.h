@@ -5,13 +5,6 @@
 
 namespace dax {
 
-struct Column {
-    Text name;
-    SQLSMALLINT type = 0; // ODBC's
-    SQLULEN size = 0;
-    int digits = 0; // behind the decimal point
-};
-
 class OdbcRows {
 public:
     // Describes the columns and binds them; throws when the statement has no rows to give.
@@ -43,6 +36,7 @@ private:
     SQLSMALLINT valueType; // SQL_C_CHAR, which is UTF-8 then, or SQL_C_WCHAR
     SQLLEN unitSize;
     std::vector<Column> columns;
+    std::vector<SQLULEN> sizes; // of the columns, in units, 0 when not known
     std::vector<Buffer> buffers;
 };
 

@@ -1,18 +1,14 @@
 #include "data/odbc/OdbcStatement.h"
 
+#include "base/Dates.h"
 #include "base/Error.h"
-#include "data/StatementText.h"
+#include "data/odbc/OdbcRows.h"
 
 #include <algorithm>
 
 namespace dax {
 
 namespace {
-
-StatementObserver& Observer() {
-    static StatementObserver observer;
-    return observer;
-}
 
 bool IsTextType(SQLSMALLINT type) {
     switch (type) {
@@ -33,12 +29,6 @@ SQLSMALLINT TypeOfText(size_t length) { return length <= 255 ? SQL_WVARCHAR : SQ
 
 } // namespace
 
-void SetStatementObserver(StatementObserver observer) { Observer() = std::move(observer); }
-
-void Observe(TextView statement) {
-    if (const StatementObserver& observer = Observer()) observer(statement);
-}
-
 OdbcStatement::OdbcStatement(OdbcConnection& connection) : owner(connection), handle(connection.Handle()) {
     if (!handle) ThrowOdbcError(SQL_HANDLE_DBC, connection.Handle(), connection.Quirks());
     // Braces in our texts are never ODBC escapes. A driver that cannot be told looks only outside quotes anyway.
@@ -46,29 +36,22 @@ OdbcStatement::OdbcStatement(OdbcConnection& connection) : owner(connection), ha
                    0);
 }
 
+OdbcStatement::~OdbcStatement() = default;
+
 void OdbcStatement::Check(SQLRETURN result) {
     if (SQL_SUCCEEDED(result) || result == SQL_NO_DATA) return;
-    lastDiagnostic = ReadDiagnostic(SQL_HANDLE_STMT, handle.Get(), owner.Quirks());
-    if (lastDiagnostic.message.empty())
-        lastDiagnostic.message = u"The ODBC driver for " + Text(owner.Quirks().name) + u" failed without saying why.";
-    throw Error(NumberOf(lastDiagnostic, owner.Quirks().engine), lastDiagnostic.message);
+    Diagnostic diagnostic = ReadDiagnostic(SQL_HANDLE_STMT, handle.Get(), owner.Quirks());
+    if (diagnostic.message.empty())
+        diagnostic.message = u"The ODBC driver for " + Text(owner.Quirks().name) + u" failed without saying why.";
+    throw Error(NumberOf(diagnostic, owner.Quirks().engine), diagnostic.message);
 }
 
-void OdbcStatement::Execute(TextView statement, std::span<const Value> values,
-                            std::span<const SQLSMALLINT> columnTypes) {
-    const Dialect& dialect = owner.Quirks();
-    CloseCursor();
-    Text storage;
-    TextView adapted = statement;
-    if (!PassesUnchanged(statement, dialect)) adapted = storage = AdaptStatement(statement, dialect);
-    Observe(adapted);
-    std::optional<Parametrized> parametrized;
-    if (values.empty()) parametrized = TakeLongLiterals(adapted, dialect.longestLiteral);
-    const std::span<const Value> all = parametrized ? std::span<const Value>(parametrized->values) : values;
-    for (size_t i = 0; i < all.size(); ++i)
-        Bind(static_cast<SQLUSMALLINT>(i + 1), all[i], i < columnTypes.size() ? columnTypes[i] : SQLSMALLINT{0});
+void OdbcStatement::Run(TextView adapted, std::span<const Value> values, std::span<const int> codes) {
+    for (size_t i = 0; i < values.size(); ++i)
+        Bind(static_cast<SQLUSMALLINT>(i + 1), values[i],
+             i < codes.size() ? static_cast<SQLSMALLINT>(codes[i]) : SQLSMALLINT{0});
     try {
-        Send(parametrized ? TextView(parametrized->statement) : adapted);
+        Send(adapted);
     } catch (...) {
         Unbind();
         throw;
@@ -77,15 +60,13 @@ void OdbcStatement::Execute(TextView statement, std::span<const Value> values,
 }
 
 void OdbcStatement::ExecuteUnobserved(TextView adapted) {
-    CloseCursor();
+    Close();
     Send(adapted);
 }
 
-void OdbcStatement::ExecuteBatch(std::span<const Text> adapted) {
-    CloseCursor();
+void OdbcStatement::RunBatch(std::span<const Text> adapted) {
     Text batch;
     for (const Text& statement : adapted) {
-        Observe(statement);
         if (!batch.empty()) batch += u";\n";
         batch += statement;
     }
@@ -96,6 +77,15 @@ void OdbcStatement::ExecuteBatch(std::span<const Text> adapted) {
         Check(result);
     }
 }
+
+const std::vector<Column>& OdbcStatement::OpenRows() {
+    rows = std::make_unique<OdbcRows>(*this);
+    return rows->Columns();
+}
+
+bool OdbcStatement::Next() { return rows->Next(); }
+bool OdbcStatement::IsNull(size_t column) { return rows->IsNull(column); }
+TextView OdbcStatement::FieldText(size_t column) { return rows->FieldText(column); }
 
 void OdbcStatement::Send(TextView text) {
     if (owner.IsNarrow()) {
@@ -183,6 +173,9 @@ int64_t OdbcStatement::RowCount() const {
     return SQL_SUCCEEDED(SQLRowCount(Handle(), &count)) ? count : -1;
 }
 
-void OdbcStatement::CloseCursor() noexcept { SQLFreeStmt(Handle(), SQL_CLOSE); }
+void OdbcStatement::Close() noexcept {
+    rows.reset();
+    SQLFreeStmt(Handle(), SQL_CLOSE);
+}
 
 } // namespace dax

@@ -9,26 +9,31 @@
 
 namespace dax {
 
-class OdbcStatement {
+class OdbcRows;
+
+class OdbcStatement final : public Statement {
 public:
     explicit OdbcStatement(OdbcConnection& connection);
+    ~OdbcStatement() override;
 
-    // Adapts the statement, tells the observer, sends it. `columnTypes`, when given, are the ODBC types of the columns
-    // that the parameters go to (0: not known): an engine with strict types wants them for NULL and for texts.
-    void Execute(TextView statement, std::span<const Value> parameters = {},
-                 std::span<const SQLSMALLINT> columnTypes = {});
-    // Several in one call; all are done, or Error of the first that failed.
-    void ExecuteBatch(std::span<const Text> adapted);
     void ExecuteUnobserved(TextView adapted);
 
-    int64_t RowCount() const;
-    void CloseCursor() noexcept;
-    void Cancel() noexcept { SQLCancel(Handle()); }
+    int64_t RowCount() const override;
+    const std::vector<Column>& OpenRows() override;
+    bool Next() override;
+    bool IsNull(size_t column) override;
+    TextView FieldText(size_t column) override;
+    void Close() noexcept override;
+    void Cancel() noexcept override { SQLCancel(Handle()); }
 
     SQLHSTMT Handle() const { return handle.Get(); }
     OdbcConnection& Owner() const { return owner; }
-    const Diagnostic& LastDiagnostic() const { return lastDiagnostic; }
     void Check(SQLRETURN result);
+
+protected:
+    const Dialect& Quirks() const override { return owner.Quirks(); }
+    void Run(TextView adapted, std::span<const Value> values, std::span<const int> codes) override;
+    void RunBatch(std::span<const Text> adapted) override;
 
 private:
     struct Parameter {
@@ -47,9 +52,7 @@ private:
     OdbcConnection& owner;
     StatementHandle handle;
     std::deque<Parameter> parameters; // drivers keep their addresses
-    Diagnostic lastDiagnostic;
+    std::unique_ptr<OdbcRows> rows;
 };
-
-void Observe(TextView statement);
 
 } // namespace dax

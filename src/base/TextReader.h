@@ -1,0 +1,59 @@
+// Reads words and numbers off the front of a text. Blanks, digits and letters are those of ASCII, whatever the locale.
+#pragma once
+
+#include "base/Text.h"
+
+namespace dax {
+
+class TextReader {
+public:
+    explicit TextReader(TextView text) : text(text) {}
+
+    static bool IsBlank(char16_t unit) { return unit == u' ' || (unit >= u'\t' && unit <= u'\r'); }
+    static bool IsDigit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
+    // A letter of any other script counts as one, too.
+    static bool IsWordUnit(char16_t unit) {
+        return IsDigit(unit) || unit == u'_' || (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z') ||
+               unit >= 0x80;
+    }
+
+    size_t Place() const { return place; }
+    bool AtEnd() const { return place == text.size(); }
+    void SkipBlanks() {
+        while (!AtEnd() && IsBlank(text[place])) ++place;
+    }
+    // These answer false, and a word stays unread, when something else stands there.
+    bool Unit(char16_t unit) {
+        if (AtEnd() || text[place] != unit) return false;
+        ++place;
+        return true;
+    }
+    // After blanks; a longer word that only begins like it does not count.
+    bool Word(TextView word) {
+        SkipBlanks();
+        const size_t after = place + word.size();
+        if (!EqualNoCase(text.substr(place, word.size()), word)) return false;
+        if (after < text.size() && IsWordUnit(text[after])) return false;
+        place = after;
+        return true;
+    }
+    TextView Digits() {
+        const size_t first = place;
+        while (!AtEnd() && IsDigit(text[place])) ++place;
+        return text.substr(first, place - first);
+    }
+    // At most nine digits fit the number.
+    bool Number(int& number, size_t fewest, size_t most) {
+        const TextView digits = Digits();
+        if (digits.size() < fewest || digits.size() > most) return false;
+        number = 0;
+        for (const char16_t digit : digits) number = number * 10 + (digit - u'0');
+        return true;
+    }
+
+private:
+    TextView text;
+    size_t place = 0;
+};
+
+} // namespace dax

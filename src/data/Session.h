@@ -1,0 +1,88 @@
+// The seam between the hosts' vocabulary (Connection, Recordset, Command) and the ways to reach a database. There are
+// two: SQLite's own interface (data/sqlite) and ODBC (data/odbc). Nothing above it knows which of them it talks to.
+#pragma once
+
+#include "base/Value.h"
+#include "data/Dialect.h"
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace dax {
+
+// How the values of a column are to be read; what does not fit stays a text.
+enum class FieldType { Text, Boolean, Integer, Fraction, Date };
+
+struct Column {
+    Text name;
+    FieldType type = FieldType::Text;
+    int code = 0; // what a parameter that goes to this column is told (see Execute); 0: nothing
+};
+
+// One statement at a time, with its rows, used again and again. Every call but Close and Cancel throws Error.
+class Statement {
+public:
+    virtual ~Statement() = default;
+
+    // Fits the statement to the engine, tells the observer, runs it. `codes`, when given, are those of the columns that
+    // the parameters go to: an engine with strict types wants them for NULL and for texts.
+    void Execute(TextView statement, std::span<const Value> parameters = {}, std::span<const int> codes = {});
+    // Several that were fitted already, in one call where the engine takes that; all are done, or Error of the first
+    // that failed.
+    void ExecuteBatch(std::span<const Text> adapted);
+
+    // Rows that the last statement changed, -1 where the engine does not tell.
+    virtual int64_t RowCount() const = 0;
+
+    // Describes the columns; Error when the statement has no rows to give. Then Next stands on the first row, and on
+    // each one after it; false at the end, behind which nobody may ask.
+    virtual const std::vector<Column>& OpenRows() = 0;
+    virtual bool Next() = 0;
+    virtual bool IsNull(size_t column) = 0;
+    // Valid until the next row; NULL is empty.
+    virtual TextView FieldText(size_t column) = 0;
+    // The value where the engine keeps it as a whole number, which spares reading it from a text.
+    virtual std::optional<int64_t> FieldInteger(size_t) { return std::nullopt; }
+
+    // Gives the rows back, and whatever the engine holds for them.
+    virtual void Close() noexcept = 0;
+    // From any thread; what runs ends soon, with an error.
+    virtual void Cancel() noexcept = 0;
+
+protected:
+    virtual const Dialect& Quirks() const = 0;
+    // The text as it is, behind what ran before.
+    virtual void Run(TextView adapted, std::span<const Value> parameters, std::span<const int> codes) = 0;
+    virtual void RunBatch(std::span<const Text> adapted);
+};
+
+// An open connection and its transaction. Its end rolls back what was not committed.
+class Session {
+public:
+    // Takes every form of connection string (see ConnectionString.h); throws Error with what a person can do about it.
+    static std::unique_ptr<Session> Open(const Text& connectionString);
+    virtual ~Session() = default;
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    virtual const Dialect& Quirks() const = 0;
+    // Ends before its session does.
+    virtual std::unique_ptr<Statement> NewStatement() = 0;
+
+    virtual void Begin() = 0;
+    // A failed commit leaves the transaction open.
+    virtual void Commit() = 0;
+    // Nothing when no transaction is open. Whatever goes wrong, none is open afterwards.
+    virtual void Rollback() = 0;
+    virtual bool InTransaction() const = 0;
+
+    // The columns of a table's key, none when it has no key or none can be told.
+    virtual std::vector<Text> KeyColumns(const Text& table) = 0;
+
+protected:
+    Session() = default;
+};
+
+} // namespace dax

@@ -1,0 +1,59 @@
+// An open SQLite file and its transaction, by SQLite's own interface. Files come from strangers: nothing in one may
+// reach beyond it, and nobody waits for ever.
+#pragma once
+
+#include "data/ConnectionString.h"
+#include "data/Session.h"
+#include "data/sqlite/SQLite.h"
+#include "data/sqlite/SQLiteWait.h"
+
+namespace dax {
+
+class SQLiteStatement;
+
+class SQLiteConnection final : public Session {
+public:
+    // The file must be there; it is opened read-only where it cannot be written.
+    explicit SQLiteConnection(const ConnectionTarget& target);
+    ~SQLiteConnection() override;
+
+    const Dialect& Quirks() const override { return dialect; }
+    std::unique_ptr<Statement> NewStatement() override;
+    void Begin() override;
+    void Commit() override;
+    void Rollback() override;
+    bool InTransaction() const override { return inTransaction; }
+    std::vector<Text> KeyColumns(const Text& table) override;
+
+    sqlite3* Handle() const { return file.get(); }
+    SQLiteWait& Wait() { return wait; }
+    // Throws when the engine has ended the transaction by itself (after a full disk, say): what follows would be
+    // written at once.
+    void RequireTransaction() const;
+    // Throws Error for any result but success. A statement that ran too long fails as a time-out.
+    void Check(int result);
+    // The next call into the engine has all its time before it.
+    void StartWork() { ++works; }
+
+private:
+    friend class SQLiteStatement;
+    void Open(const ConnectionTarget& target);
+    void Protect();
+    void Apply(const FileSettings& settings);
+    // Runs a statement without rows that is nobody's but ours.
+    void Run(const char* statement);
+    static int HasWorkedTooLong(void* connection);
+
+    const Text path;
+    const Dialect& dialect;
+    SQLiteWait wait;
+    SQLiteHandle file;
+    bool inTransaction = false;
+    std::vector<SQLiteStatement*> statements; // all that are alive
+    std::chrono::seconds longestWork;         // 0: no limit
+    uint64_t works = 0, watchedWork = 0;
+    WaitClock::time_point workBegan{};
+    bool ranTooLong = false;
+};
+
+} // namespace dax

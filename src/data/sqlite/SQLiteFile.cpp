@@ -1,0 +1,104 @@
+#include "data/sqlite/SQLiteFile.h"
+
+#include "base/Error.h"
+#include "data/Dialect.h"
+#include "data/sqlite/SQLite.h"
+#include "data/sqlite/SQLiteWait.h"
+
+#include <array>
+#include <filesystem>
+#include <string_view>
+#include <vector>
+
+namespace dax {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void RefuseFile(Text description) { throw Error(ErrorNumbers::Unspecified, std::move(description)); }
+
+#ifdef _WIN32
+constexpr bool isWindows = true;
+#else
+constexpr bool isWindows = false;
+#endif
+
+// The first bytes, read by SQLite's own means: on Unix a program that closes a file, wherever it has opened it, gives
+// back all its locks on that file, and SQLite alone knows which it holds.
+FileKind KindByContent(const Text& path) {
+    sqlite3_vfs* const system = sqlite3_vfs_find(SQLiteFileSystem());
+    if (!system) return FileKind::Unknown;
+    // SQLite's own names stand between zeros, which some file systems look at.
+    const std::string name = std::string(4, '\0') + SQLiteName(path) + std::string(4, '\0');
+    std::vector<std::max_align_t> memory(static_cast<size_t>(system->szOsFile) / sizeof(std::max_align_t) + 1);
+    auto* const file = reinterpret_cast<sqlite3_file*>(memory.data());
+    file->pMethods = nullptr;
+    FileKind kind = FileKind::Unknown;
+    int flags = 0;
+    sqlite3_int64 size = 0;
+    std::array<char, 20> head{};
+    if (system->xOpen(system, name.c_str() + 4, file, SQLITE_OPEN_READONLY | SQLITE_OPEN_MAIN_DB, &flags) ==
+            SQLITE_OK &&
+        file->pMethods->xFileSize(file, &size) == SQLITE_OK) {
+        if (size == 0) kind = FileKind::Empty;
+        const int result = size == 0 ? SQLITE_OK : file->pMethods->xRead(file, head.data(), int{head.size()}, 0);
+        const std::string_view text(head.data(), head.size());
+        if ((result & 0xFF) == SQLITE_OK || result == SQLITE_IOERR_SHORT_READ) {
+            if (text.starts_with("SQLite format 3")) kind = FileKind::SQLite;
+            if (text.starts_with(std::string_view("\0\1\0\0Standard ", 13))) kind = FileKind::Access;
+        }
+    }
+    if (file->pMethods) file->pMethods->xClose(file);
+    return kind;
+}
+
+} // namespace
+
+FileKind KindOfFile(const Text& path) noexcept {
+    try {
+        if (path.find(u'\0') != Text::npos) return FileKind::Missing; // no system has such names
+        std::error_code failure;
+        const fs::file_status status = fs::status(fs::path(path), failure);
+        switch (status.type()) {
+        case fs::file_type::not_found:
+            return FileKind::Missing;
+        case fs::file_type::none:
+            return FileKind::Unknown; // not allowed to look, or a name that the system does not take
+        case fs::file_type::directory:
+            return FileKind::Directory;
+        case fs::file_type::regular:
+            return KindByContent(path);
+        default:
+            return FileKind::Special;
+        }
+    } catch (...) {
+        return FileKind::Unknown;
+    }
+}
+
+void RequireDatabaseFile(const Text& path) {
+    const Text name = u"'" + path + u"'";
+    switch (KindOfFile(path)) {
+    case FileKind::Missing:
+        RefuseFile(u"The database file " + name + u" does not exist.");
+    case FileKind::Directory:
+        RefuseFile(name + u" is a folder, not a database file.");
+    case FileKind::Special:
+        RefuseFile(name + u" is a device, a pipe or a socket, not a database file.");
+    case FileKind::Access:
+        RefuseFile(name + u" is a Microsoft Access file, not a SQLite file. " +
+                   Text(DialectOf(Engine::Access).howToGetDriver));
+    default:
+        break;
+    }
+}
+
+std::string SQLiteName(const Text& path) {
+    std::string name = ToUtf8(path);
+    const bool hasDrive = isWindows && name.size() > 1 && name[1] == ':';
+    if (hasDrive || name.starts_with('/') || (isWindows && name.starts_with('\\'))) return name;
+    return (isWindows ? ".\\" : "./") + name;
+}
+
+} // namespace dax

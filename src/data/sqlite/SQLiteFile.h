@@ -1,0 +1,16 @@
+// Paths of SQLite files: what is refused before it is opened, and the names that SQLite takes.
+#pragma once
+
+#include "data/FileKind.h"
+
+#include <string>
+
+namespace dax {
+
+// Throws Error for what cannot be a database: nothing there, a folder, a pipe or device, an Access file.
+void RequireDatabaseFile(const Text& path);
+
+// The path as a file name that SQLite takes for nothing else: it knows names of databases in memory and URIs.
+std::string SQLiteName(const Text& path);
+
+} // namespace dax

@@ -1,0 +1,236 @@
+#include "data/sqlite/SQLiteStatement.h"
+
+#include "base/Dates.h"
+#include "data/StatementText.h"
+#include "data/sqlite/SQLiteErrors.h"
+
+#include <algorithm>
+
+namespace dax {
+
+namespace {
+
+struct DeclaredType {
+    TextView word; // as it may stand anywhere in a declaration
+    FieldType type;
+};
+
+// A declaration may say anything; the first word that is found in it decides.
+constexpr DeclaredType declaredTypes[] = {
+    {u"bool", FieldType::Boolean},     {u"bit", FieldType::Boolean},     {u"int", FieldType::Integer},
+    {u"date", FieldType::Date},        {u"timestamp", FieldType::Date},  {u"real", FieldType::Fraction},
+    {u"float", FieldType::Fraction},   {u"double", FieldType::Fraction}, {u"numeric", FieldType::Fraction},
+    {u"decimal", FieldType::Fraction},
+};
+
+FieldType TypeOfDeclaration(TextView declaration) {
+    const Text lower = LowerAscii(declaration);
+    for (const auto& [word, type] : declaredTypes)
+        if (lower.find(word) != Text::npos) return type;
+    return FieldType::Text;
+}
+
+// Bytes as a person writes them into a statement.
+void WriteBytes(const void* bytes, size_t count, Text& text) {
+    constexpr TextView digits = u"0123456789ABCDEF";
+    const auto* const first = static_cast<const unsigned char*>(bytes);
+    text = u"X'";
+    for (size_t i = 0; i < count; ++i) {
+        text.push_back(digits[first[i] >> 4]);
+        text.push_back(digits[first[i] & 15]);
+    }
+    text.push_back(u'\'');
+}
+
+} // namespace
+
+SQLiteStatement::SQLiteStatement(SQLiteConnection& connection) : owner(&connection) {
+    owner->statements.push_back(this);
+}
+
+SQLiteStatement::~SQLiteStatement() {
+    Close();
+    if (owner) std::erase(owner->statements, this);
+}
+
+void SQLiteStatement::Abandon() noexcept {
+    Close();
+    owner = nullptr;
+}
+
+SQLiteConnection& SQLiteStatement::Owner() const {
+    if (!owner) throw Error(ErrorNumbers::Unspecified, u"The connection is closed.");
+    return *owner;
+}
+
+sqlite3_stmt* SQLiteStatement::Opened() const {
+    (void)Owner();
+    if (!handle) throw Error(ErrorNumbers::Unspecified, u"The statement has no more rows.");
+    return handle.get();
+}
+
+void SQLiteStatement::Run(TextView adapted, std::span<const Value> parameters, std::span<const int>) {
+    // The engine reads a text up to the first zero: literals that have one go as parameters.
+    if (adapted.find(u'\0') != TextView::npos) {
+        const auto parametrized = parameters.empty() ? TakeLiteralsWithZeros(adapted) : std::nullopt;
+        if (!parametrized)
+            throw SQLiteSyntaxError(u"A statement has a character of the number zero outside a text in apostrophes.");
+        return Run(parametrized->statement, parametrized->values, {});
+    }
+    Owner().RequireTransaction();
+    const SQLiteWaiting waiting(owner->Wait());
+    Compile(adapted);
+    changes = 0;
+    if (!handle) return; // nothing but blanks and comments
+    const int wanted = sqlite3_bind_parameter_count(handle.get());
+    if (static_cast<size_t>(wanted) != parameters.size())
+        throw Error(ErrorNumbers::Unspecified, u"The statement has " + ToText(wanted) + u" parameters, but " +
+                                                   ToText(static_cast<long long>(parameters.size())) +
+                                                   u" values were given.");
+    for (int i = 0; i < wanted; ++i) Bind(i + 1, parameters[static_cast<size_t>(i)]);
+    const sqlite3_int64 before = sqlite3_total_changes64(owner->Handle());
+    Step();
+    isFresh = hasRow;
+    if (sqlite3_total_changes64(owner->Handle()) != before) changes = sqlite3_changes64(owner->Handle());
+    if (sqlite3_column_count(handle.get()) == 0) handle.reset();
+}
+
+void SQLiteStatement::RunUnobserved(TextView statement, const Value& parameter) {
+    Close();
+    Run(statement, {&parameter, 1}, {});
+}
+
+void SQLiteStatement::Compile(TextView text) {
+    ToUtf8(text, utf8);
+    sqlite3_stmt* compiled = nullptr;
+    const char* rest = nullptr;
+    owner->StartWork();
+    // With the zero at its end the text need not be copied.
+    owner->Check(sqlite3_prepare_v2(owner->Handle(), utf8.c_str(),
+                                    static_cast<int>(std::min<size_t>(utf8.size() + 1, INT_MAX)), &compiled, &rest));
+    handle.reset(compiled);
+    const std::string_view after(rest);
+    if (after.find_first_not_of(" \t\r\n\f;") != std::string_view::npos) {
+        handle.reset();
+        throw Error(ErrorNumbers::Unspecified, u"Only one SQL statement is allowed in a call.");
+    }
+}
+
+void SQLiteStatement::Bind(int position, const Value& value) {
+    const auto bindText = [&](const Text& text) {
+        const std::string bytes = ToUtf8(text);
+        return sqlite3_bind_text64(handle.get(), position, bytes.data(), bytes.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    };
+    int result;
+    if (const bool* truth = std::get_if<bool>(&value))
+        result = sqlite3_bind_int(handle.get(), position, *truth ? 1 : 0);
+    else if (const int64_t* number = std::get_if<int64_t>(&value))
+        result = sqlite3_bind_int64(handle.get(), position, *number);
+    else if (const double* fraction = std::get_if<double>(&value))
+        result = sqlite3_bind_double(handle.get(), position, *fraction);
+    else if (const Text* text = std::get_if<Text>(&value))
+        result = bindText(*text);
+    else if (const DateTime* date = std::get_if<DateTime>(&value))
+        result = bindText(FormatDate(*date)); // as dates are stored
+    else
+        result = sqlite3_bind_null(handle.get(), position);
+    owner->Check(result);
+}
+
+void SQLiteStatement::Step() {
+    owner->StartWork();
+    isRunning = true;
+    const int result = sqlite3_step(handle.get());
+    isRunning = false;
+    hasRow = result == SQLITE_ROW;
+    ++row;
+    if (hasRow) return;
+    if (result != SQLITE_DONE) {
+        // The reason is forgotten with the statement.
+        const SQLiteStatementHandle failed = std::move(handle);
+        owner->Check(result);
+    }
+}
+
+const std::vector<Column>& SQLiteStatement::OpenRows() {
+    (void)Owner();
+    if (!handle) throw Error(ErrorNumbers::Unspecified, u"The statement gives no rows.");
+    columns.clear();
+    const int count = sqlite3_column_count(handle.get());
+    for (int i = 0; i < count; ++i) columns.push_back(Describe(i));
+    fields.resize(columns.size());
+    return columns;
+}
+
+Column SQLiteStatement::Describe(int column) const {
+    Column described;
+    const char* const name = sqlite3_column_name(handle.get(), column);
+    if (!name) throw SQLiteError(owner->Handle(), SQLITE_NOMEM, {});
+    described.name = FromUtf8(name);
+    if (const char* const declared = sqlite3_column_decltype(handle.get(), column)) {
+        described.type = TypeOfDeclaration(FromUtf8(declared));
+    } else if (hasRow) { // what an expression gives is known from its first value only
+        const int type = sqlite3_column_type(handle.get(), column);
+        described.type = type == SQLITE_INTEGER ? FieldType::Integer
+                         : type == SQLITE_FLOAT ? FieldType::Fraction
+                                                : FieldType::Text;
+    }
+    return described;
+}
+
+bool SQLiteStatement::Next() {
+    (void)Opened();
+    if (isFresh) {
+        isFresh = false;
+        return true;
+    }
+    if (hasRow) Step();
+    if (hasRow) return true;
+    handle.reset(); // no lock stays behind
+    return false;
+}
+
+bool SQLiteStatement::IsNull(size_t column) {
+    return sqlite3_column_type(Opened(), static_cast<int>(column)) == SQLITE_NULL;
+}
+
+TextView SQLiteStatement::FieldText(size_t column) {
+    sqlite3_stmt* const statement = Opened();
+    Field& field = fields[column];
+    if (field.row == row) return field.text;
+    const int index = static_cast<int>(column);
+    const int type = sqlite3_column_type(statement, index);
+    if (type == SQLITE_BLOB) {
+        const void* const bytes = sqlite3_column_blob(statement, index);
+        WriteBytes(bytes, static_cast<size_t>(sqlite3_column_bytes(statement, index)), field.text);
+    } else if (type == SQLITE_NULL) {
+        field.text.clear();
+    } else {
+        const auto* const bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement, index));
+        if (!bytes) throw SQLiteError(owner->Handle(), SQLITE_NOMEM, {});
+        FromUtf8({bytes, static_cast<size_t>(sqlite3_column_bytes(statement, index))}, field.text);
+    }
+    field.row = row;
+    return field.text;
+}
+
+std::optional<int64_t> SQLiteStatement::FieldInteger(size_t column) {
+    sqlite3_stmt* const statement = Opened();
+    const int index = static_cast<int>(column);
+    if (sqlite3_column_type(statement, index) != SQLITE_INTEGER) return std::nullopt;
+    return sqlite3_column_int64(statement, index);
+}
+
+void SQLiteStatement::Close() noexcept {
+    handle.reset();
+    hasRow = isFresh = false;
+}
+
+void SQLiteStatement::Cancel() noexcept {
+    // The engine would end whatever it does on this connection, so it is told only while it works for this statement.
+    if (!owner || !isRunning) return;
+    owner->Wait().Cancel();
+    sqlite3_interrupt(owner->Handle());
+}
+
+} // namespace dax

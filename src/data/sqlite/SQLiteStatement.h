@@ -1,0 +1,57 @@
+// One statement of a SQLite file: compiled, run, and its rows read as they come.
+#pragma once
+
+#include "data/sqlite/SQLiteConnection.h"
+
+namespace dax {
+
+class SQLiteStatement final : public Statement {
+public:
+    explicit SQLiteStatement(SQLiteConnection& connection);
+    ~SQLiteStatement() override;
+    SQLiteStatement(const SQLiteStatement&) = delete;
+    SQLiteStatement& operator=(const SQLiteStatement&) = delete;
+
+    // A statement of ours, which nobody shall hear.
+    void RunUnobserved(TextView statement, const Value& parameter);
+
+    int64_t RowCount() const override { return changes; }
+    const std::vector<Column>& OpenRows() override;
+    bool Next() override;
+    bool IsNull(size_t column) override;
+    TextView FieldText(size_t column) override;
+    std::optional<int64_t> FieldInteger(size_t column) override;
+    void Close() noexcept override;
+    void Cancel() noexcept override;
+
+    // The connection goes: what is asked of this from now on is an error.
+    void Abandon() noexcept;
+
+protected:
+    const Dialect& Quirks() const override { return Owner().Quirks(); }
+    void Run(TextView adapted, std::span<const Value> parameters, std::span<const int> codes) override;
+
+private:
+    struct Field {
+        Text text;
+        uint64_t row = 0; // which it is of
+    };
+    SQLiteConnection& Owner() const;
+    sqlite3_stmt* Opened() const;
+    void Compile(TextView text);
+    void Bind(int position, const Value& value);
+    void Step();
+    Column Describe(int column) const;
+
+    SQLiteConnection* owner;
+    SQLiteStatementHandle handle;
+    std::string utf8; // the text that was sent last, whose memory is used again
+    int64_t changes = -1;
+    bool hasRow = false, isFresh = false; // a row is there, which nobody has asked for yet
+    std::atomic<bool> isRunning = false;
+    uint64_t row = 0;
+    std::vector<Column> columns;
+    std::vector<Field> fields;
+};
+
+} // namespace dax
