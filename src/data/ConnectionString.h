@@ -35,7 +35,7 @@ struct FileSettings {
     std::chrono::milliseconds lockTimeout{2000}; // for all that one statement waits for other programs
     std::chrono::seconds commandTimeout{30};     // for all that one statement takes; 0: no limit
     bool foreignKeys = false;                    // are checked
-    std::string synchronous{}, journalMode{};        // as the engine names them; empty: its own, and the file's
+    std::string synchronous{}, journalMode{};    // as the engine names them; empty: its own, and the file's
 };
 
 struct ConnectionTarget {

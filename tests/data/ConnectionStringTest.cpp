@@ -18,7 +18,7 @@ Machine Having(const std::vector<Text>& drivers) {
             },
             [](TextView source, TextView keyword) {
                 if (source != u"course") return Text();
-                return Text(keyword == u"Database"     ? u"/srv/course.db"
+                return Text(keyword == u"Database"     ? u"srv/course.db"
                             : keyword == u"Timeout"    ? u"700"
                             : keyword == u"SyncPragma" ? u"Normal"
                                                        : u"");
@@ -110,7 +110,11 @@ TEST(ConnectionStringTest, FilesGoToWhatReadsThem) {
          Engine::SQLite,
          u"a;\"b.db",
          {.foreignKeys = true, .journalMode = "WAL"}},
-        {u"DSN=course", none, Engine::SQLite, u"/srv/course.db", {.lockTimeout = milliseconds(700), .synchronous = "NORMAL"}},
+        {u"DSN=course",
+         none,
+         Engine::SQLite,
+         u"srv/course.db",
+         {.lockTimeout = milliseconds(700), .synchronous = "NORMAL"}},
         {u"Provider=MSDASQL;Data Source=course;Timeout=9;Database=other.db",
          none,
          Engine::SQLite,
