@@ -1,10 +1,10 @@
 #include "Target.h"
 
+#include "base/modGeneric.h"
 #include "data/CatalogConnection.h"
 #include "data/ConnectionString.h"
 #include "data/Dialect.h"
 #include "data/Recordset.h"
-#include "base/modGeneric.h"
 
 #include <filesystem>
 #include <fstream>
@@ -29,6 +29,7 @@ void RemoveFile(const Text& path) noexcept {
 }
 
 bool IsConnectionString(const Text& argument) {
+    if (LooksLikeUrl(argument)) return true; // opening says what to use instead
     const size_t equals = argument.find(u'=');
     if (equals == Text::npos || modGeneric::FileExists(argument)) return false;
     return argument.substr(0, equals).find_first_of(u"/\\.") == Text::npos;

@@ -30,21 +30,22 @@ void Replace(ConnectionKeywords& keywords, std::initializer_list<TextView> meani
 Text CatalogConnection(const Text& connector, const Text& catalog, const Text& login, const Text& password) {
     if (connector.find(u'=') == Text::npos || modGeneric::FileExists(connector)) return Beside(connector, catalog);
     ConnectionKeywords keywords(connector);
-    const Text provider = LowerAscii(keywords.First({u"Provider"}));
+    const Text provider = LowerAscii(keywords.Last({u"Provider"}));
     if (provider.starts_with(u"microsoft.jet.oledb") || provider.starts_with(u"microsoft.ace.oledb")) {
-        const Text path = Beside(keywords.First({u"Data Source", u"DBQ"}), catalog);
+        const Text path = Beside(keywords.Last({u"Data Source", u"DBQ"}), catalog);
         Replace(keywords, {u"DBQ"}, u"Data Source", path);
         return keywords.Write();
     }
-    const Engine engine = EngineFromName(keywords.First({u"Driver"}));
+    const bool isProvider = !provider.empty() && !provider.starts_with(u"msdasql");
+    if (!isProvider) keywords = Flattened(keywords);
+    const Engine engine = EngineFromName(keywords.Last({u"Driver"}));
     if (engine == Engine::SQLite) {
-        keywords.Set(u"Database", Beside(keywords.First({u"Database"}), catalog));
+        keywords.Set(u"Database", Beside(keywords.Last({u"Database"}), catalog));
         return keywords.Write();
     }
-    const bool isProvider = !provider.empty() && !provider.starts_with(u"msdasql");
     Replace(keywords, {u"Initial Catalog", u"Database"}, isProvider ? u"Initial Catalog" : u"Database", catalog);
     if (!login.empty()) {
-        Replace(keywords, {u"User ID", u"UID", u"User"}, isProvider ? u"User ID" : u"UID", login);
+        Replace(keywords, {u"User ID", u"UID", u"User", u"Username"}, isProvider ? u"User ID" : u"UID", login);
         Replace(keywords, {u"Password", u"PWD"}, isProvider ? u"Password" : u"PWD", password);
         for (const TextView account : {u"Integrated Security", u"Trusted_Connection"}) keywords.Remove(account);
     }

@@ -2,15 +2,19 @@
 
 #include "base/Error.h"
 #include "data/Dialect.h"
+#include "data/odbc/DriverString.h"
 #include "data/odbc/Odbc.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 
 namespace dax {
 
 namespace {
 
 constexpr TextView accessDriver = u"Microsoft Access Driver (*.mdb, *.accdb)";
+constexpr TextView newestServerDriver = u"ODBC Driver 18 for SQL Server";
 constexpr TextView accessDriverOf32Bit = u"Microsoft Access Driver (*.mdb)";
 
 [[noreturn]] void Refuse(Text description) { throw Error(ErrorNumbers::Unspecified, std::move(description)); }
@@ -44,20 +48,33 @@ int ToNumber(TextView digits, int defaultValue) {
     return number;
 }
 
+void RefuseUrl(TextView text) {
+    if (!LooksLikeUrl(text)) return;
+    const Text scheme = LowerAscii(text.substr(0, text.find(u"://")));
+    static constexpr std::pair<TextView, TextView> forms[] = {
+        {u"postgres", u"\"Driver={PostgreSQL Unicode};Server=…;Port=…;Database=…;UID=…;PWD=…\""},
+        {u"mariadb", u"\"Driver={MariaDB Unicode};Server=…;Port=…;Database=…;UID=…;PWD=…\""},
+        {u"mysql", u"\"Driver={MariaDB Unicode};Server=…;Port=…;Database=…;UID=…;PWD=…\""},
+        {u"sql",
+         u"the path of the file, or \"Provider=MSOLEDBSQL;Data Source=…;Initial Catalog=…;User ID=…;Password=…\""},
+        {u"", u"the path of a file, or \"Driver={…};Server=…;Database=…;UID=…;PWD=…\""},
+    };
+    for (const auto& [word, form] : forms)
+        if (scheme.find(word) != Text::npos)
+            Refuse(u"A connection string is no URL (\"" + scheme + u"://…\"). Use " + Text(form) + u" instead.");
+}
+
+constexpr TextView blanks = u" \t\r\n";
+
+TextView Trimmed(TextView text) {
+    const size_t first = text.find_first_not_of(blanks);
+    if (first == TextView::npos) return {};
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
 bool IsBarePath(TextView text) {
     const bool drive = text.size() > 2 && text[1] == u':' && (text[2] == u'\\' || text[2] == u'/');
     return text.find(u'=') == TextView::npos || text.front() == u'/' || text.starts_with(u"\\\\") || drive;
-}
-
-void AddConnectOptions(ConnectionKeywords& keywords, Engine engine) {
-    const TextView options = DialectOf(engine).connectOptions;
-    for (size_t begin = 0; begin < options.size();) {
-        const size_t end = std::min(options.find(u';', begin), options.size());
-        const TextView option = options.substr(begin, end - begin);
-        const size_t equals = option.find(u'=');
-        keywords.SetIfMissing(option.substr(0, equals), option.substr(equals + 1));
-        begin = end + 1;
-    }
 }
 
 ConnectionTarget SQLiteTarget(const Text& path) {
@@ -97,6 +114,7 @@ ConnectionTarget SQLiteTarget(const ConnectionKeywords& host, const Text& dataSo
 
 ConnectionTarget AccessTarget(const Text& path, const ConnectionKeywords& host, const Machine& machine) {
     if (path.empty()) Refuse(u"The connection string names no database file: it has no \"Data Source\".");
+    RefuseUrl(path);
     const FileKind kind = KindOfFile(path);
     const bool hasDriver = HasDriver(machine, Engine::Access);
     if (kind == FileKind::SQLite || (!hasDriver && kind != FileKind::Access)) return SQLiteTarget(path);
@@ -110,27 +128,43 @@ ConnectionTarget AccessTarget(const Text& path, const ConnectionKeywords& host, 
     const auto pass = [&](TextView keyword, const Text& value) {
         if (!value.empty()) keywords.Set(keyword, value);
     };
-    pass(u"UID", host.First({u"User ID", u"UID"}));
-    pass(u"PWD", host.First({u"Jet OLEDB:Database Password", u"Password", u"PWD"}));
-    pass(u"SystemDB", host.First({u"Jet OLEDB:System Database", u"System Database"}));
-    const Text mode = host.First({u"Mode"});
+    pass(u"UID", host.Last({u"User ID", u"UID"}));
+    // The file's own password goes before the account's.
+    const Text password = host.Last({u"Jet OLEDB:Database Password"});
+    pass(u"PWD", password.empty() ? host.Last({u"Password", u"PWD"}) : password);
+    pass(u"SystemDB", host.Last({u"Jet OLEDB:System Database", u"System Database"}));
+    const Text mode = host.Last({u"Mode"});
     if (EqualNoCase(mode, u"Read")) keywords.Set(u"ReadOnly", u"1");
     if (EqualNoCase(mode, u"Share Exclusive")) keywords.Set(u"Exclusive", u"1");
-    return {Engine::Access, keywords.Write(), Text(driver), path};
+    return {Engine::Access, WriteForDriver(keywords, DialectOf(Engine::Access)), Text(driver), path};
 }
 
-ConnectionTarget SQLServerTarget(const ConnectionKeywords& host, const Machine& machine) {
+// Encrypting as the provider would: the newest one does unless told otherwise, the older ones do when told.
+Text Encryption(const ConnectionKeywords& host, TextView provider, TextView driver) {
+    const Text asked = host.Last({u"Use Encryption for Data", u"Encrypt"});
+    if (EqualNoCase(asked, u"strict")) {
+        if (driver != newestServerDriver)
+            Refuse(u"\"Encrypt=Strict\" needs \"" + Text(newestServerDriver) + u"\". " +
+                   Text(DialectOf(Engine::SQLServer).howToGetDriver));
+        return u"strict";
+    }
+    constexpr TextView family = u"msoledbsql";
+    const int generation = provider.starts_with(family) ? ToNumber(provider.substr(family.size(), 2), 0) : 0;
+    return IsTrue(asked) || (asked.empty() && generation >= 19) ? u"yes" : u"no";
+}
+
+ConnectionTarget SQLServerTarget(const ConnectionKeywords& host, TextView provider, const Machine& machine) {
     const TextView driver =
-        ChooseDriver(machine, {u"ODBC Driver 18 for SQL Server", u"ODBC Driver 17 for SQL Server", u"SQL Server"});
+        ChooseDriver(machine, {newestServerDriver, u"ODBC Driver 17 for SQL Server", u"SQL Server"});
     ConnectionKeywords keywords;
     keywords.Set(u"Driver", driver);
     const auto pass = [&](TextView keyword, std::initializer_list<TextView> names) {
-        const Text value = host.First(names);
+        const Text value = host.Last(names);
         if (!value.empty()) keywords.Set(keyword, value);
     };
     pass(u"Server", {u"Data Source", u"Server", u"Address", u"Addr", u"Network Address"});
     pass(u"Database", {u"Initial Catalog", u"Database"});
-    if (IsTrue(host.First({u"Integrated Security", u"Trusted_Connection"}))) {
+    if (IsTrue(host.Last({u"Integrated Security", u"Trusted_Connection"}))) {
         keywords.Set(u"Trusted_Connection", u"Yes");
     } else {
         pass(u"UID", {u"User ID", u"UID", u"User"});
@@ -139,45 +173,93 @@ ConnectionTarget SQLServerTarget(const ConnectionKeywords& host, const Machine& 
     pass(u"APP", {u"Application Name", u"App"});
     pass(u"WSID", {u"Workstation ID", u"WSID"});
     pass(u"Language", {u"Current Language", u"Language"});
-    if (driver != u"SQL Server") {
-        keywords.Set(u"Encrypt", IsTrue(host.First({u"Use Encryption for Data", u"Encrypt"})) ? u"yes" : u"no");
-        if (IsTrue(host.First({u"Trust Server Certificate", u"TrustServerCertificate"})))
+    pass(u"Failover_Partner", {u"Failover Partner", u"FailoverPartner", u"Failover_Partner"});
+    pass(u"AttachDBFileName", {u"AttachDBFileName", u"Initial File Name"});
+    const Text encryption = Encryption(host, provider, driver);
+    if (driver == u"SQL Server") { // knows no more than this
+        if (encryption == u"yes") keywords.Set(u"Encrypt", encryption);
+    } else {
+        pass(u"Authentication", {u"Authentication"});
+        pass(u"ApplicationIntent", {u"ApplicationIntent", u"Application Intent"});
+        pass(u"HostNameInCertificate", {u"HostNameInCertificate", u"Host Name In Certificate"});
+        const Text subnets = host.Last({u"MultiSubnetFailover", u"Multi Subnet Failover"});
+        if (!subnets.empty()) keywords.Set(u"MultiSubnetFailover", IsTrue(subnets) ? u"Yes" : u"No");
+        keywords.Set(u"Encrypt", encryption);
+        if (IsTrue(host.Last({u"Trust Server Certificate", u"TrustServerCertificate"})))
             keywords.Set(u"TrustServerCertificate", u"yes");
         keywords.Set(u"MARS_Connection", u"yes"); // a recordset open while another statement runs
     }
-    return {Engine::SQLServer, keywords.Write(), Text(driver), {}};
+    return {Engine::SQLServer, WriteForDriver(keywords, DialectOf(Engine::SQLServer)), Text(driver), {}};
 }
 
-// Strings that are ODBC's own already: the engine's options are added, the provider's words taken out.
-ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine) {
-    if (const Text* inner = keywords.Find(u"Extended Properties")) {
-        ConnectionKeywords more(*inner);
-        keywords.Remove(u"Extended Properties");
-        more.SetIfMissing(u"DSN", keywords.First({u"Data Source"}));
-        if (more.First({u"DSN"}).empty()) more.Remove(u"DSN");
-        keywords = more;
+// What stands in the section [ODBC] of a file data source, a line each, and in the string, which goes before. The Unix
+// manager finds such files through its narrow functions alone, and with them we know the driver before connecting.
+ConnectionKeywords WithFileDataSource(const ConnectionKeywords& host) {
+    const Text name = host.Last({u"FILEDSN"});
+    if (name.empty()) return host;
+    std::ifstream stream;
+    for (const Text& path : {name, name + u".dsn", u"/etc/ODBCDataSources/" + name}) {
+        stream.open(std::filesystem::path(PathHere(path)));
+        if (stream) break;
+        stream.clear();
     }
-    for (const auto& [from, to] : {std::pair<TextView, TextView>{u"Data Source", u"DSN"},
-                                   {u"Initial Catalog", u"Database"},
-                                   {u"User ID", u"UID"},
-                                   {u"Password", u"PWD"}}) {
-        const Text value = keywords.First({from});
-        keywords.Remove(from);
-        if (!value.empty()) keywords.SetIfMissing(to, value);
+    if (!stream.is_open()) {
+        if (!ManagerIsUnix() && name.find_first_of(u"/\\") == Text::npos) return host; // in a folder that it knows
+        Refuse(u"The file data source '" + name + u"' cannot be read.");
     }
-    for (const TextView word : {u"Provider", u"Persist Security Info", u"Mode"}) keywords.Remove(word);
+    ConnectionKeywords keywords;
+    bool isInside = false;
+    for (std::string line; std::getline(stream, line);) {
+        const Text text = FromUtf8(line);
+        const TextView trimmed = Trimmed(text);
+        const size_t equals = trimmed.find(u'=');
+        if (trimmed.starts_with(u"[")) isInside = EqualNoCase(trimmed, u"[ODBC]");
+        if (!isInside || trimmed.starts_with(u";") || equals == TextView::npos) continue;
+        TextView value = Trimmed(trimmed.substr(equals + 1));
+        if (value.size() > 1 && value.front() == u'{' && value.back() == u'}')
+            value = value.substr(1, value.size() - 2);
+        keywords.Set(Trimmed(trimmed.substr(0, equals)), value);
+    }
+    for (const auto& [keyword, value] : host.Items()) keywords.Set(keyword, value);
+    keywords.Remove(u"FILEDSN");
+    return keywords;
+}
+
+// Strings that are ODBC's own already: the engine's options are forced, the provider's words taken out.
+ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine, Engine known, int timeout) {
+    keywords = WithFileDataSource(Flattened(keywords));
+    const auto gather = [&](std::initializer_list<TextView> words, TextView to) {
+        const Text value = keywords.Last(words);
+        for (const TextView word : words) keywords.Remove(word);
+        if (!value.empty()) keywords.Set(to, value);
+    };
+    gather({u"Data Source", u"DSN"}, u"DSN");
+    if (!keywords.Last({u"Driver"}).empty()) keywords.Remove(u"DSN");
+    gather({u"Initial Catalog", u"Database"}, u"Database");
+    gather({u"User ID", u"UID"}, u"UID");
+    gather({u"Password", u"PWD"}, u"PWD");
+    for (const TextView word :
+         {u"Provider", u"Persist Security Info", u"Mode", u"Connect Timeout", u"Connection Timeout"})
+        keywords.Remove(word);
 
     ConnectionTarget target;
-    target.driver = keywords.First({u"Driver"});
-    const Text dataSource = keywords.First({u"DSN"});
-    if (target.driver.empty() && dataSource.empty() && keywords.First({u"FILEDSN"}).empty())
+    target.driver = keywords.Last({u"Driver"});
+    const Text dataSource = keywords.Last({u"DSN"});
+    if (target.driver.empty() && dataSource.empty() && keywords.Last({u"FILEDSN"}).empty())
         Refuse(u"The connection string names neither a Provider nor a Driver nor a data source (DSN). Use for example "
                u"\"Driver={PostgreSQL Unicode};Server=…;Database=…;UID=…;PWD=…\", or just the path of a SQLite file.");
     target.engine = EngineFromName(target.driver.empty() && !dataSource.empty() ? machine.driverOfDataSource(dataSource)
                                                                                 : target.driver);
+    if (target.engine == Engine::Other) target.engine = known;
     if (target.engine == Engine::SQLite) return SQLiteTarget(keywords, dataSource, machine);
-    AddConnectOptions(keywords, target.engine);
-    target.odbcString = keywords.Write();
+    const Dialect& dialect = DialectOf(target.engine);
+    for (const DriverOption& option : dialect.driverOptions) { // those that are kept but for some bits
+        if (dataSource.empty() || !option.value.empty() || keywords.Find(option.keyword)) continue;
+        keywords.Set(option.keyword, machine.settingOfDataSource(dataSource, option.keyword));
+    }
+    // Its driver does not listen to what ODBC says about it.
+    if (target.engine == Engine::MariaDB) keywords.SetIfMissing(u"CONN_TIMEOUT", ToText(timeout));
+    target.odbcString = WriteForDriver(keywords, dialect);
     return target;
 }
 
@@ -185,9 +267,6 @@ ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine)
 
 ConnectionKeywords::ConnectionKeywords(TextView text) {
     size_t at = 0;
-    const auto skipBlanks = [&] {
-        while (at < text.size() && (text[at] == u' ' || text[at] == u'\t')) ++at;
-    };
     while (at < text.size()) {
         const size_t equals = text.find(u'=', at), semicolon = text.find(u';', at);
         if (equals == TextView::npos || semicolon < equals) { // a word without a value tells nothing
@@ -195,9 +274,8 @@ ConnectionKeywords::ConnectionKeywords(TextView text) {
             at = semicolon + 1;
             continue;
         }
-        const Text keyword(TrimBlanks(text.substr(at, equals - at)));
-        at = equals + 1;
-        skipBlanks();
+        const Text keyword(Trimmed(text.substr(at, equals - at)));
+        at = std::min(text.find_first_not_of(blanks, equals + 1), text.size());
         Text value;
         const char16_t open = at < text.size() ? text[at] : u';';
         if (open == u'\'' || open == u'"' || open == u'{') {
@@ -210,14 +288,19 @@ ConnectionKeywords::ConnectionKeywords(TextView text) {
                 if (text[at] == close && (at + 1 >= text.size() || text[++at] != close)) break;
                 value.push_back(text[at]);
             }
-            at = std::min(text.find(u';', at), text.size() - 1);
+            if (text[at] == close) ++at; // the last of all
+            at = std::min(text.find_first_not_of(blanks, at), text.size());
+            if (at < text.size() && text[at] != u';')
+                Refuse(u"The value of \"" + keyword +
+                       u"\" in the connection string goes on behind the quote or brace that ends it. Put all of it "
+                       u"between the marks, and double those in it.");
         } else {
             const size_t end = std::min(text.find(u';', at), text.size());
-            value = TrimBlanks(text.substr(at, end - at));
+            value = Trimmed(text.substr(at, end - at));
             at = end;
         }
         ++at;
-        if (!keyword.empty()) SetIfMissing(keyword, value);
+        if (!keyword.empty()) Set(keyword, value);
     }
 }
 
@@ -230,6 +313,13 @@ const Text* ConnectionKeywords::Find(TextView keyword) const {
 Text ConnectionKeywords::First(std::initializer_list<TextView> keywords) const {
     for (const TextView keyword : keywords)
         if (const Text* value = Find(keyword)) return *value;
+    return {};
+}
+
+Text ConnectionKeywords::Last(std::initializer_list<TextView> keywords) const {
+    for (auto item = items.rbegin(); item != items.rend(); ++item)
+        for (const TextView keyword : keywords)
+            if (EqualNoCase(item->first, keyword)) return item->second;
     return {};
 }
 
@@ -249,47 +339,61 @@ void ConnectionKeywords::Remove(TextView keyword) {
 Text ConnectionKeywords::Write() const {
     Text text;
     for (const auto& [keyword, value] : items) {
-        text += keyword + u"=";
-        const bool quote = EqualNoCase(keyword, u"Driver") || value.find_first_of(u"[]{}(),;?*=!@'\" \t") != Text::npos;
-        if (quote) text.push_back(u'{');
-        for (const char16_t unit : value) {
-            text.push_back(unit);
-            if (quote && unit == u'}') text.push_back(unit);
-        }
-        if (quote) text.push_back(u'}');
-        text.push_back(u';');
+        const bool braces = EqualNoCase(keyword, u"Driver") || value.find_first_of(u"[]{}(),;?*=!@'\"") != Text::npos ||
+                            value.find_first_of(blanks) != Text::npos;
+        text += keyword + (braces ? u"={" : u"=");
+        for (const char16_t unit : value) text += Text(braces && unit == u'}' ? 2 : 1, unit);
+        text += braces ? u"};" : u";";
     }
     return text;
 }
 
-ConnectionTarget TranslateConnectionString(const Text& connectionString, const Machine& machine) {
-    Text text(TrimBlanks(connectionString));
+ConnectionKeywords Flattened(const ConnectionKeywords& keywords) {
+    const Text* const inner = keywords.Find(u"Extended Properties");
+    if (!inner) return keywords;
+    ConnectionKeywords all(*inner);
+    for (const auto& [keyword, value] : keywords.Items()) all.Set(keyword, value);
+    all.Remove(u"Extended Properties");
+    return all;
+}
+
+bool LooksLikeUrl(TextView text) {
+    const size_t end = text.find(u"://");
+    return end != TextView::npos && end > 1 && // one letter is a drive
+           LowerAscii(text.substr(0, end)).find_first_not_of(u"abcdefghijklmnopqrstuvwxyz0123456789+-.:") == Text::npos;
+}
+
+ConnectionTarget TranslateConnectionString(const Text& connectionString, const Machine& machine, Engine known) {
+    Text text(Trimmed(connectionString));
     if (text.empty()) Refuse(u"The connection string is empty.");
+    RefuseUrl(text);
     // What names a file as it stands is a path, whatever is in it, blanks round it included.
     const auto isFile = [](const Text& path) { return KindOfFile(path) != FileKind::Missing; };
     if (text.size() < connectionString.size() && isFile(connectionString)) text = connectionString;
     if (IsBarePath(text) || isFile(text))
         return KindOfFile(PathHere(text)) == FileKind::Access ? AccessTarget(text, {}, machine) : SQLiteTarget(text);
     const ConnectionKeywords keywords(text);
-    const Text provider = keywords.First({u"Provider"});
+    const Text provider = keywords.Last({u"Provider"});
     const Text lower = LowerAscii(provider);
+    constexpr int usualTimeout = 15;
+    const int timeout = ToNumber(keywords.Last({u"Connect Timeout", u"Connection Timeout"}), usualTimeout);
     const auto serves = [&](std::initializer_list<TextView> prefixes) {
         return std::any_of(prefixes.begin(), prefixes.end(),
                            [&](TextView prefix) { return lower.starts_with(prefix); });
     };
     ConnectionTarget target;
     if (serves({u"microsoft.jet.oledb", u"microsoft.ace.oledb"}))
-        target = AccessTarget(keywords.First({u"Data Source", u"DBQ"}), keywords, machine);
+        target = AccessTarget(keywords.Last({u"Data Source", u"DBQ"}), keywords, machine);
     else if (serves({u"sqloledb", u"sqlncli", u"msoledbsql"}))
-        target = SQLServerTarget(keywords, machine);
+        target = SQLServerTarget(keywords, lower, machine);
     else if (provider.empty() || serves({u"msdasql"}))
-        target = OdbcTarget(keywords, machine);
+        target = OdbcTarget(keywords, machine, known, timeout);
     else
         Refuse(u"The provider \"" + provider +
                u"\" cannot be used here. Name an ODBC driver instead (\"Driver={…};Server=…;Database=…\"), a data "
                u"source (\"DSN=…\"), the path of a SQLite file, or one of the providers Microsoft.Jet.OLEDB, "
                u"Microsoft.ACE.OLEDB, SQLOLEDB, SQLNCLI, MSOLEDBSQL and MSDASQL.");
-    target.timeout = ToNumber(keywords.First({u"Connect Timeout", u"Connection Timeout"}), target.timeout);
+    target.timeout = timeout;
     return target;
 }
 

@@ -9,21 +9,25 @@
 
 namespace dax {
 
-// Keywords and values in their order; a keyword is found without regard to case.
+// Keywords and values in the order of their last occurrence, which is the one that counts; a keyword is found without
+// regard to case.
 class ConnectionKeywords {
 public:
     ConnectionKeywords() = default;
     // `keyword=value;…`, a value plain or in '…', "…" or {…}, where the closing mark doubled stands for itself.
-    // Throws Error when a quote does not end.
+    // Throws Error when a quote does not end, or more than blanks follows it.
     explicit ConnectionKeywords(TextView connectionString);
 
     const Text* Find(TextView keyword) const;
-    // The first of several names for the same thing; empty when none is there.
+    // The first of several names that is there; empty when none is.
     Text First(std::initializer_list<TextView> keywords) const;
+    // Of several names for the same thing the one given last; empty when none is there.
+    Text Last(std::initializer_list<TextView> keywords) const;
     void Set(TextView keyword, TextView value);
     void SetIfMissing(TextView keyword, TextView value);
     void Remove(TextView keyword);
-    // As an ODBC string; values are put between braces when they need it.
+    const std::vector<std::pair<Text, Text>>& Items() const { return items; }
+    // In the form that is read; values are put between braces when they need it.
     Text Write() const;
 
 private:
@@ -37,6 +41,12 @@ struct FileSettings {
     bool foreignKeys = false;                    // are checked
     std::string synchronous{}, journalMode{};    // as the engine names them; empty: its own, and the file's
 };
+
+// The same with what stands in the Extended Properties of the provider for ODBC; the string itself goes before.
+ConnectionKeywords Flattened(const ConnectionKeywords& keywords);
+
+// True for `scheme://…`, which no connection string is and which may hold a password.
+bool LooksLikeUrl(TextView text);
 
 struct ConnectionTarget {
     Engine engine = Engine::Other;
@@ -56,7 +66,9 @@ struct Machine {
 
 // A bare path names a SQLite file, and so do strings and data sources of its drivers, which nobody needs any more. A
 // Jet or ACE string names an Access file, or a SQLite file in its place. Throws Error for an empty string, for a
-// provider that nobody here can serve, and for a file that needs a missing driver.
-ConnectionTarget TranslateConnectionString(const Text& connectionString, const Machine& machine);
+// provider that nobody here can serve, and for a file that needs a missing driver. `known` is the engine behind a
+// driver whose name does not tell it.
+ConnectionTarget TranslateConnectionString(const Text& connectionString, const Machine& machine,
+                                           Engine known = Engine::Other);
 
 } // namespace dax

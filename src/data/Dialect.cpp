@@ -6,14 +6,63 @@ namespace dax {
 
 namespace {
 
+constexpr DriverOption postgresOptions[] = {
+    // A savepoint before each statement of a transaction: without it a failed one takes with it what was done before.
+    {.keyword = u"Protocol", .otherNames = u"A1", .value = u"7.4-2"},
+    {.keyword = u"LFConversion", .otherNames = u"C5", .value = u"0"}, // or "\n" is read as "\r\n"
+    {.keyword = u"IgnoreTimeout", .otherNames = u"D9", .value = u"0"},
+    {.keyword = u"AB", .otherNames = u"", .value = u"", .clearedBits = 8, .isHexadecimal = true}, // reads NULL as ''
+};
+
+constexpr DriverOption mariaOptions[] = {
+    // Counts rows found instead of rows changed, takes several statements in one call. Cleared: blanks behind texts,
+    // columns named with their table, no transactions, and connecting again by itself, which would go on with half a
+    // transaction and without the settings below. Other drivers of this engine have words for them.
+    {.keyword = u"OPTION",
+     .otherNames = u"OPTIONS;FOUND_ROWS;MULTI_STATEMENTS;PAD_SPACE;FULL_COLUMN_NAMES;NO_TRANSACTIONS",
+     .value = u"",
+     .setBits = 2 + 67108864,
+     .clearedBits = 512 + 1024 + 262144 + 4194304},
+    {.keyword = u"AUTO_RECONNECT", .otherNames = u"", .value = u"0"},
+    {.keyword = u"CHARSET", .otherNames = u"", .value = u"utf8mb4"},
+};
+
+constexpr SessionSetting serverSettings[] = {
+    {.statement = u"SET LOCK_TIMEOUT 2000"},
+    // Dates are written year/month/day; the rest may differ by the server's "user options".
+    {.statement = u"SET DATEFORMAT ymd SET NOCOUNT OFF SET XACT_ABORT OFF SET IMPLICIT_TRANSACTIONS OFF SET ROWCOUNT 0 "
+                  u"SET TEXTSIZE 2147483647"},
+};
+
+constexpr SessionSetting postgresSettings[] = {
+    {.statement = u"SET standard_conforming_strings = on", .isProbed = true},
+    {.statement = u"SET client_encoding = 'UTF8'"},
+    {.statement = u"SET DateStyle = 'ISO, YMD'"},
+    {.statement = u"SET lock_timeout = 2000", .otherwise = u"SET statement_timeout = 30000"},
+};
+
+constexpr SessionSetting mariaSettings[] = {
+    {.statement = u"SET character_set_client = utf8mb4, character_set_connection = utf8mb4, "
+                  u"character_set_results = utf8mb4"},
+    // Whole: of the other modes some store texts cut, or "?" for letters that a column cannot hold, without an error,
+    // and some read '' as NULL.
+    {.statement = u"SET sql_mode = 'NO_BACKSLASH_ESCAPES,STRICT_ALL_TABLES,NO_ENGINE_SUBSTITUTION'"},
+    {.statement = u"SET autocommit = 1, sql_select_limit = 18446744073709551615"},
+    {.statement = u"SET innodb_lock_wait_timeout = 2, lock_wait_timeout = 2",
+     .otherwise = u"SET lock_wait_timeout = 2"},
+};
+
 // Waiting for a lock ends after two seconds everywhere, so that a control never hangs on another user's work.
 constexpr std::array<Dialect, 6> dialects = {{
     {
         .engine = Engine::Access,
         .name = u"Microsoft Access",
         .isBuiltIn = false,
-        .connectOptions = u"",
-        .firstStatement = u"",
+        .driverOptions = {},
+        .valueMarks = ValueMarks::Standard,
+        .settings = {},
+        .probe = u"",
+        .answer = u"",
         .adapts = false,
         .narrowOnUnix = false,
         .longestLiteral = 0,
@@ -30,8 +79,11 @@ constexpr std::array<Dialect, 6> dialects = {{
         .engine = Engine::SQLServer,
         .name = u"SQL Server",
         .isBuiltIn = false,
-        .connectOptions = u"",
-        .firstStatement = u"SET LOCK_TIMEOUT 2000",
+        .driverOptions = {},
+        .valueMarks = ValueMarks::Standard,
+        .settings = serverSettings,
+        .probe = u"",
+        .answer = u"",
         .adapts = false,
         .narrowOnUnix = false,
         .longestLiteral = 0,
@@ -47,8 +99,11 @@ constexpr std::array<Dialect, 6> dialects = {{
         .engine = Engine::SQLite,
         .name = u"SQLite",
         .isBuiltIn = true,
-        .connectOptions = u"",
-        .firstStatement = u"",
+        .driverOptions = {},
+        .valueMarks = ValueMarks::WhereNeeded,
+        .settings = {},
+        .probe = u"",
+        .answer = u"",
         .adapts = true,
         .narrowOnUnix = false,
         .longestLiteral = 0,
@@ -63,9 +118,11 @@ constexpr std::array<Dialect, 6> dialects = {{
         .engine = Engine::PostgreSQL,
         .name = u"PostgreSQL",
         .isBuiltIn = false,
-        // The protocol with a savepoint per statement: a failed statement must not spoil the transaction.
-        .connectOptions = u"Protocol=7.4-2",
-        .firstStatement = u"SET lock_timeout = 2000",
+        .driverOptions = postgresOptions,
+        .valueMarks = ValueMarks::Secrets,
+        .settings = postgresSettings,
+        .probe = u"SELECT length('\\\\')",
+        .answer = u"2",
         .adapts = true,
         .narrowOnUnix = false,
         .longestLiteral = 0,
@@ -81,10 +138,11 @@ constexpr std::array<Dialect, 6> dialects = {{
         .engine = Engine::MariaDB,
         .name = u"MariaDB",
         .isBuiltIn = false,
-        // OPTION: 2 counts rows found instead of rows changed, 67108864 takes several statements in one call.
-        .connectOptions = u"OPTION=67108866;CHARSET=utf8mb4",
-        .firstStatement = u"SET SESSION sql_mode = CONCAT(@@SESSION.sql_mode, ',NO_BACKSLASH_ESCAPES'), "
-                          u"innodb_lock_wait_timeout = 2, lock_wait_timeout = 2",
+        .driverOptions = mariaOptions,
+        .valueMarks = ValueMarks::Trimmed,
+        .settings = mariaSettings,
+        .probe = u"SELECT CHAR_LENGTH('\\\\ü')",
+        .answer = u"3",
         .adapts = true,
         // The driver takes a unit whose low byte is D8 to DB for half of a pair, and reads on behind the end.
         .narrowOnUnix = true,
@@ -102,8 +160,11 @@ constexpr std::array<Dialect, 6> dialects = {{
         .engine = Engine::Other,
         .name = u"the database",
         .isBuiltIn = false,
-        .connectOptions = u"",
-        .firstStatement = u"",
+        .driverOptions = {},
+        .valueMarks = ValueMarks::WhereNeeded,
+        .settings = {},
+        .probe = u"",
+        .answer = u"",
         .adapts = false,
         .narrowOnUnix = false,
         .longestLiteral = 0,

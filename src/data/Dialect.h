@@ -3,16 +3,46 @@
 
 #include "data/Connection.h"
 
+#include <span>
+
 namespace dax {
+
+// What a driver is told whatever the host's string or a data source says, because texts, rows or transactions would
+// silently be wrong otherwise.
+struct DriverOption {
+    TextView keyword;
+    TextView otherNames; // by which the driver knows it, or parts of it, too; apart by ';'
+    TextView value;      // instead of the host's; empty: the host's number, but for these bits
+    uint32_t setBits = 0, clearedBits = 0;
+    bool isHexadecimal = false;
+};
+
+// A statement that a session begins with, for the same reason.
+struct SessionSetting {
+    TextView statement;
+    TextView otherwise = {}; // where the engine does not know it; empty: it cannot be done without
+    bool isProbed = false;   // or the probe tells whether it can
+};
+
+// Which values stand between braces in a string for the driver, and which it cannot be told at all.
+enum class ValueMarks {
+    WhereNeeded, // the driver is not known: only what would end a value too early
+    Standard,    // whatever has a special character
+    Secrets,     // passwords and statements, which would be decoded otherwise; of others the driver keeps the braces
+    Trimmed,     // as Standard, but the driver cuts blanks off the ends all the same
+};
 
 struct Dialect {
     Engine engine;
     TextView name;  // as people call it
     bool isBuiltIn; // reached without a driver
 
-    // Connecting: keywords added unless the host gives them, statements run first.
-    TextView connectOptions;
-    TextView firstStatement;
+    // Connecting: the options forced upon the driver, the statements run first, a query that must give `answer`.
+    std::span<const DriverOption> driverOptions;
+    ValueMarks valueMarks;
+    std::span<const SessionSetting> settings;
+    TextView probe;
+    TextView answer;
 
     // Statement texts: TOP and #dates# rewritten; sent as UTF-8 because the Unix driver has no wide functions;
     // literals longer than this become parameters (0: never); how many statements go in one call.

@@ -23,7 +23,7 @@ void Observe(TextView statement) {
 
 // What the string means on this machine. The manager reads its files several times for each driver that it names, so
 // they are asked for once, and again when the one that is wanted was not among them.
-ConnectionTarget TargetHere(const Text& connectionString) {
+ConnectionTarget TargetHere(const Text& connectionString, Engine engine = Engine::Other) {
     static std::mutex mutex;
     static std::vector<Text> known;
     const std::scoped_lock lock(mutex);
@@ -32,12 +32,12 @@ ConnectionTarget TargetHere(const Text& connectionString) {
                               return known;
                           },
                           DriverOfDataSource, SettingOfDataSource};
-    ConnectionTarget target = TranslateConnectionString(connectionString, machine);
+    ConnectionTarget target = TranslateConnectionString(connectionString, machine, engine);
     if (target.driver.empty() ||
         std::ranges::any_of(known, [&](const Text& name) { return EqualNoCase(name, target.driver); }))
         return target;
     known.clear();
-    return TranslateConnectionString(connectionString, machine);
+    return TranslateConnectionString(connectionString, machine, engine);
 }
 
 } // namespace
@@ -75,7 +75,8 @@ void Statement::RunBatch(std::span<const Text> adapted) {
 std::unique_ptr<Session> Session::Open(const Text& connectionString) {
     const ConnectionTarget target = TargetHere(connectionString);
     if (DialectOf(target.engine).isBuiltIn) return std::make_unique<SQLiteConnection>(target);
-    return std::make_unique<OdbcConnection>(target);
+    return std::make_unique<OdbcConnection>(target,
+                                            [&](Engine engine) { return TargetHere(connectionString, engine); });
 }
 
 } // namespace dax

@@ -1,6 +1,6 @@
 // What must come out the same on every engine.
-#include "data/Command.h"
 #include "base/Error.h"
+#include "data/Command.h"
 #include "data/Recordset.h"
 #include "data/Schema.h"
 #include "data/modDB.h"

@@ -8,8 +8,8 @@
 #include <random>
 
 #ifdef __SANITIZE_ADDRESS__
-// The MariaDB driver loses a kilobyte for each connection; the leak check is for our own.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libmaodbc"; }
+// The drivers lose up to a kilobyte for each connection; the leak check is for our own.
+extern "C" const char* __lsan_default_suppressions() { return "leak:libmaodbc\nleak:psqlodbcw"; }
 #endif
 
 namespace dax::test {

@@ -13,15 +13,23 @@ SQLPOINTER AsPointer(uintptr_t number) { return reinterpret_cast<SQLPOINTER>(num
 
 } // namespace
 
-OdbcConnection::OdbcConnection(const ConnectionTarget& target)
+OdbcConnection::OdbcConnection(const ConnectionTarget& target, const std::function<ConnectionTarget(Engine)>& again)
     : environment(OpenEnvironment()), dialect(&DialectOf(target.engine)) {
     connection = ConnectionHandle(environment.Get());
     if (!connection) ThrowOdbcError(SQL_HANDLE_ENV, environment.Get(), *dialect);
     Connect(target);
     try {
+        // A driver by another name: once more, with what must be forced upon it.
+        if (const Engine engine = EngineConnectedTo(); engine != target.engine) {
+            dialect = &DialectOf(engine);
+            if (!dialect->isBuiltIn) {
+                Disconnect();
+                Connect(again(engine));
+            }
+        }
         Prepare();
     } catch (...) {
-        SQLDisconnect(connection.Get());
+        Disconnect();
         throw;
     }
 }
@@ -60,22 +68,70 @@ void OdbcConnection::ThrowConnectError(const ConnectionTarget& target) {
         throw Error(ErrorNumbers::Unspecified,
                     u"The ODBC driver \"" + target.driver + u"\" is not installed. " + Text(dialect->howToGetDriver));
     }
-    ThrowOdbcError(SQL_HANDLE_DBC, connection.Get(), *dialect);
+    ThrowOpenError(connection.Get(), *dialect);
+}
+
+void OdbcConnection::Disconnect() noexcept {
+    if (isConnected) SQLDisconnect(connection.Get());
+    isConnected = false;
+}
+
+Engine OdbcConnection::EngineConnectedTo() const {
+    if (dialect->engine != Engine::Other) return dialect->engine;
+    std::array<SQLCHAR, 256> name{};
+    SQLSMALLINT length = 0;
+    SQLGetInfo(connection.Get(), SQL_DBMS_NAME, name.data(), static_cast<SQLSMALLINT>(name.size()), &length);
+    return EngineFromName(FromUtf8(reinterpret_cast<const char*>(name.data())));
 }
 
 void OdbcConnection::Prepare() {
-    if (dialect->engine == Engine::Other) {
-        std::array<SQLCHAR, 256> name{};
-        SQLSMALLINT length = 0;
-        SQLGetInfo(connection.Get(), SQL_DBMS_NAME, name.data(), static_cast<SQLSMALLINT>(name.size()), &length);
-        dialect = &DialectOf(EngineFromName(FromUtf8(reinterpret_cast<const char*>(name.data()))));
-    }
     SQLUINTEGER extensions = 0;
     constexpr SQLUINTEGER freely = SQL_GD_ANY_COLUMN | SQL_GD_ANY_ORDER | SQL_GD_BOUND;
     SQLGetInfo(connection.Get(), SQL_GETDATA_EXTENSIONS, &extensions, sizeof extensions, nullptr);
     getsDataFreely = (extensions & freely) == freely;
 
-    if (!dialect->firstStatement.empty()) OdbcStatement(*this).ExecuteUnobserved(dialect->firstStatement);
+    OdbcStatement statement(*this);
+    RunSettings(statement);
+    if (!dialect->probe.empty()) RunProbe(statement);
+}
+
+// In one call where the engine takes that; one by one when it refuses, to learn which one it does not know.
+void OdbcConnection::RunSettings(OdbcStatement& statement) {
+    const std::span<const SessionSetting> settings = dialect->settings;
+    if (dialect->statementsPerCall >= settings.size() && settings.size() > 1) {
+        std::vector<Text> all;
+        for (const SessionSetting& setting : settings) all.emplace_back(setting.statement);
+        try {
+            statement.ExecuteBatch(all);
+            return;
+        } catch (const Error&) { // told below
+        }
+    }
+    for (const SessionSetting& setting : settings) {
+        try {
+            statement.Execute(setting.statement);
+        } catch (const Error& error) {
+            if (setting.isProbed) continue;
+            if (setting.otherwise.empty())
+                throw Error(
+                    ErrorNumbers::Unspecified,
+                    u"The server refuses a setting without which texts, dates or transactions could be wrong: " +
+                        Text(setting.statement) + u". It says: " + error.Description());
+            statement.Execute(setting.otherwise);
+        }
+    }
+}
+
+void OdbcConnection::RunProbe(OdbcStatement& statement) {
+    statement.Execute(dialect->probe);
+    statement.OpenRows();
+    const bool answersWell = statement.Next() && statement.FieldText(0) == dialect->answer;
+    statement.Close();
+    if (!answersWell)
+        throw Error(
+            ErrorNumbers::Unspecified,
+            u"The server does not read texts as it must: a backslash in one is an escape for it, or letters are "
+            u"taken for others. Texts would be stored wrongly, so the connection was closed.");
 }
 
 std::unique_ptr<Statement> OdbcConnection::NewStatement() { return std::make_unique<OdbcStatement>(*this); }

@@ -7,10 +7,13 @@
 
 namespace dax {
 
+class OdbcStatement;
+
 class OdbcConnection final : public Session {
 public:
-    // Connects; throws Error with what a person can do about it.
-    explicit OdbcConnection(const ConnectionTarget& target);
+    // Connects; throws Error with what a person can do about it. `again` says what the string means when the engine is
+    // this one, which a driver of an unknown name may turn out to serve.
+    OdbcConnection(const ConnectionTarget& target, const std::function<ConnectionTarget(Engine)>& again);
     ~OdbcConnection() override;
 
     SQLHDBC Handle() const { return connection.Get(); }
@@ -30,7 +33,11 @@ public:
 private:
     void Connect(const ConnectionTarget& target);
     [[noreturn]] void ThrowConnectError(const ConnectionTarget& target);
+    Engine EngineConnectedTo() const;
+    void Disconnect() noexcept;
     void Prepare();
+    void RunSettings(OdbcStatement& statement);
+    void RunProbe(OdbcStatement& statement);
     void EndTransaction();
 
     EnvironmentHandle environment;

@@ -104,6 +104,24 @@ int32_t NumberOf(const Diagnostic& diagnostic, Engine engine) {
     return ErrorNumbers::Unspecified;
 }
 
+void ThrowOpenError(SQLHDBC connection, const Dialect& dialect) {
+    Diagnostic diagnostic = ReadDiagnostic(SQL_HANDLE_DBC, connection, dialect);
+    if (diagnostic.message.empty()) ThrowOdbcError(SQL_HANDLE_DBC, connection, dialect);
+    int32_t number = NumberOf(diagnostic, dialect.engine);
+    // SQL Server says first that the login failed, and then that it failed for want of the catalog.
+    constexpr SQLINTEGER serverCannotOpenCatalog = 4060;
+    if (dialect.engine == Engine::SQLServer) {
+        Diagnostic other;
+        for (SQLSMALLINT record = 1; ReadRecord(SQL_HANDLE_DBC, connection, false, record, other); ++record) {
+            if (other.native != serverCannotOpenCatalog) continue;
+            diagnostic = other;
+            number = ErrorNumbers::Unspecified;
+        }
+    }
+    if (number != ErrorNumbers::Authentication && number != ErrorNumbers::Timeout) number = ErrorNumbers::Unspecified;
+    throw Error(number, diagnostic.message);
+}
+
 bool DriverIsMissing(const Diagnostic& diagnostic) {
     return diagnostic.state == u"IM002" || diagnostic.state == u"IM003" ||
            (diagnostic.state == u"01000" && diagnostic.message.find(u"open lib") != Text::npos);

@@ -21,6 +21,10 @@ bool DriverIsMissing(const Diagnostic& diagnostic);
 
 [[noreturn]] void ThrowOdbcError(SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dialect);
 
+// Why a connection could not be opened. Hosts know three answers: the login was refused, the time was over, and
+// everything else, an unknown catalog included, whatever the engine calls it.
+[[noreturn]] void ThrowOpenError(SQLHDBC connection, const Dialect& dialect);
+
 // Throws unless the call succeeded; "no data" is a success (a DELETE that found no row).
 inline void CheckOdbc(SQLRETURN result, SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dialect) {
     if (!SQL_SUCCEEDED(result) && result != SQL_NO_DATA) ThrowOdbcError(kind, handle, dialect);

@@ -59,11 +59,6 @@ void OdbcStatement::Run(TextView adapted, std::span<const Value> values, std::sp
     Unbind();
 }
 
-void OdbcStatement::ExecuteUnobserved(TextView adapted) {
-    Close();
-    Send(adapted);
-}
-
 void OdbcStatement::RunBatch(std::span<const Text> adapted) {
     Text batch;
     for (const Text& statement : adapted) {
@@ -101,15 +96,20 @@ void OdbcStatement::Bind(SQLUSMALLINT position, const Value& value, SQLSMALLINT 
     const Dialect& dialect = owner.Quirks();
     Parameter& parameter = parameters.emplace_back();
     if (const bool* truth = std::get_if<bool>(&value)) {
-        parameter.number = *truth ? 1 : 0;
-        Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_SBIGINT,
-                               columnType == SQL_BIT ? SQL_BIT : SQL_INTEGER, 10, 0, &parameter.number, 0, nullptr));
+        parameter.small = *truth ? 1 : 0;
+        Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_SLONG,
+                               columnType == SQL_BIT ? SQL_BIT : SQL_INTEGER, 10, 0, &parameter.small, 0, nullptr));
     } else if (const int64_t* number = std::get_if<int64_t>(&value)) {
-        parameter.number = *number;
-        // Access has no type of 64 bits.
-        const bool isSmall = *number >= INT32_MIN && *number <= INT32_MAX;
-        Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_SBIGINT, isSmall ? SQL_INTEGER : SQL_BIGINT,
-                               isSmall ? 10 : 19, 0, &parameter.number, 0, nullptr));
+        // The driver of Access refuses numbers of 64 bits.
+        if (*number >= INT32_MIN && *number <= INT32_MAX) {
+            parameter.small = static_cast<SQLINTEGER>(*number);
+            Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_SLONG, SQL_INTEGER, 10, 0,
+                                   &parameter.small, 0, nullptr));
+        } else {
+            parameter.number = *number;
+            Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_SBIGINT, SQL_BIGINT, 19, 0,
+                                   &parameter.number, 0, nullptr));
+        }
     } else if (const double* fraction = std::get_if<double>(&value)) {
         parameter.fraction = *fraction;
         Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_DOUBLE, SQL_DOUBLE, 15, 0,

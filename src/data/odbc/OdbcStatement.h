@@ -16,8 +16,6 @@ public:
     explicit OdbcStatement(OdbcConnection& connection);
     ~OdbcStatement() override;
 
-    void ExecuteUnobserved(TextView adapted);
-
     int64_t RowCount() const override;
     const std::vector<Column>& OpenRows() override;
     bool Next() override;
@@ -39,6 +37,7 @@ private:
     struct Parameter {
         Text text;
         std::string utf8; // instead of the text, for a driver that speaks UTF-8
+        SQLINTEGER small = 0;
         SQLBIGINT number = 0;
         double fraction = 0;
         SQL_TIMESTAMP_STRUCT date{};
