@@ -199,6 +199,7 @@ ConnectionKeywords WithFileDataSource(const ConnectionKeywords& host) {
     if (name.empty()) return host;
     std::ifstream stream;
     for (const Text& path : {name, name + u".dsn", u"/etc/ODBCDataSources/" + name}) {
+        if (KindOfFile(PathHere(path)) != FileKind::Unknown) continue; // and never a pipe, which may wait for ever
         stream.open(std::filesystem::path(PathHere(path)));
         if (stream) break;
         stream.clear();

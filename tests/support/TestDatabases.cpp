@@ -1,7 +1,7 @@
 #include "support/TestDatabases.h"
 
-#include "data/Recordset.h"
 #include "base/Value.h"
+#include "data/Recordset.h"
 
 #include <cstdlib>
 #include <fstream>
