@@ -13,9 +13,22 @@ IDCollection& IDCollection::operator=(IDCollection other) noexcept {
     return *this;
 }
 
-bool IDCollection::Add(const Text& id) {
+bool IDCollection::Add(const Text& id) { return Insert(id, items.end()); }
+
+bool IDCollection::Insert(const Text& id, const Text& next) {
+    const auto place = places.find(next);
+    return Insert(id, place == places.end() ? items.end() : place->second);
+}
+
+Text IDCollection::NextOf(const Text& id) const {
+    const auto place = places.find(id);
+    if (place == places.end() || std::next(place->second) == items.end()) return {};
+    return *std::next(place->second);
+}
+
+bool IDCollection::Insert(const Text& id, std::list<Text>::iterator before) {
     if (places.contains(id)) return false;
-    const auto item = items.insert(items.end(), id);
+    const auto item = items.insert(before, id);
     try {
         places.emplace(*item, item);
     } catch (...) {

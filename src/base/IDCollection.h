@@ -19,6 +19,10 @@ public:
     // False, and nothing done, when the text is there already or is not there.
     bool Add(const Text& id);
     bool Remove(const Text& id);
+    // Adds a text before another one; at the end when that is not there.
+    bool Insert(const Text& id, const Text& next);
+    // The text behind that one; empty when it is the last or not there.
+    Text NextOf(const Text& id) const;
     bool Contains(const Text& id) const { return places.contains(id); }
     void Clear();
 
@@ -28,6 +32,8 @@ public:
     auto end() const { return items.end(); }
 
 private:
+    bool Insert(const Text& id, std::list<Text>::iterator before);
+
     std::list<Text> items;
     std::unordered_map<TextView, std::list<Text>::iterator> places; // keyed by the texts in the list
 };

@@ -150,6 +150,7 @@ bool GroupEditor::SaveDatabase() {
     }
     addedLessonIDs.Clear();
     deletedLessonIDs.Clear();
+    history.Saved();
     return true;
 }
 
@@ -158,6 +159,7 @@ void GroupEditor::AddLesson(const Text& lessonID, const Text& title, const Text&
     const Text id = lessonID, titleCopy = title, identifierCopy = identifier; // the caller's may be the editor's own
     if (tree.IsEmpty() || id.empty()) return;
     const unsigned shown = generation;
+    const EditHistory::Edit edit(history);
     if (!modTVW::NodeExists(tree, id)) {
         Node* const root = tree.First();
         Node* const selected = tree.Selected();
@@ -166,8 +168,7 @@ void GroupEditor::AddLesson(const Text& lessonID, const Text& title, const Text&
         } else {
             tree.Add(root, Place::FirstChild, id);
         }
-        addedLessonIDs.Add(id);
-        deletedLessonIDs.Remove(id);
+        history.MarkAdded(id);
     }
     UpdateLesson(id, titleCopy, identifierCopy, type);
     if (generation == shown) SetCurrentLessonID(id);
@@ -176,9 +177,9 @@ void GroupEditor::AddLesson(const Text& lessonID, const Text& title, const Text&
 void GroupEditor::UpdateLesson(const Text& lessonID, const Text& title, const Text& identifier, LessonTypes type) {
     Node* const node = modTVW::GetNodeByKey(tree, lessonID);
     if (!node) return;
-    node->SetCaption(title);
-    node->SetTag(identifier);
-    node->SetImage(HierarchyRows::PictureOf(type));
+    const auto hold = shared_from_this();
+    const EditHistory::Edit edit(history);
+    history.SetTexts(*node, title, identifier, HierarchyRows::PictureOf(type));
     MarkChanged();
 }
 
@@ -188,20 +189,17 @@ void GroupEditor::RemoveLesson(const Text& lessonID, bool includeChildren) {
     Node* const node = modTVW::GetNodeByKey(tree, id);
     if (!node) return;
     const unsigned shown = generation;
+    const EditHistory::Edit edit(history);
     {
         // What was selected is told when everything stands.
         const TreeUpdate update(tree);
         if (includeChildren) {
             const IDCollection keys = modTVW::GetDescendantKeys(node);
-            for (const Text& key : keys) {
-                deletedLessonIDs.Add(key);
-                addedLessonIDs.Remove(key);
-            }
+            for (const Text& key : keys) history.MarkDeleted(key);
         } else {
             while (node->FirstChild()) modTVW::MoveTreeNode(tree, node->FirstChild(), gmtOutdent);
         }
-        deletedLessonIDs.Add(id);
-        addedLessonIDs.Remove(id);
+        history.MarkDeleted(id);
         tree.Remove(*node);
     }
     if (generation == shown) MarkChanged();
@@ -213,7 +211,24 @@ bool GroupEditor::CanMoveCurrent(GroupMovementTypes movement) const {
 
 void GroupEditor::MoveCurrent(GroupMovementTypes movement) {
     const auto hold = shared_from_this();
+    const EditHistory::Edit edit(history);
     if (CanMoveCurrent(movement) && modTVW::MoveTreeNode(tree, tree.Selected(), movement)) MarkChanged();
+}
+
+bool GroupEditor::CanUndo() const { return !isLocked && !isLoading && !dragDrop.Active() && history.CanUndo(); }
+
+bool GroupEditor::CanRedo() const { return !isLocked && !isLoading && !dragDrop.Active() && history.CanRedo(); }
+
+void GroupEditor::Undo() {
+    const auto hold = shared_from_this();
+    const unsigned shown = generation;
+    if (CanUndo() && history.Undo() && generation == shown) MarkChanged();
+}
+
+void GroupEditor::Redo() {
+    const auto hold = shared_from_this();
+    const unsigned shown = generation;
+    if (CanRedo() && history.Redo() && generation == shown) MarkChanged();
 }
 
 void GroupEditor::MarkChanged() {
@@ -239,6 +254,7 @@ void GroupEditor::EndLoading() {
 void GroupEditor::Empty() {
     addedLessonIDs.Clear();
     deletedLessonIDs.Clear();
+    history.Clear();
     lessonPropertyStore = LessonPropertyStore(factory);
     tree.Clear();
 }

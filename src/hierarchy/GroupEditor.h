@@ -3,6 +3,7 @@
 #pragma once
 
 #include "controls/PropertyBag.h"
+#include "hierarchy/EditHistory.h"
 #include "hierarchy/HierarchyRows.h"
 #include "tree/LMEDragDropSupport.h"
 #include "tree/LMESubclasser.h"
@@ -45,6 +46,15 @@ public:
     void RemoveLesson(const Text& lessonID, bool includeChildren);
     bool CanMoveCurrent(GroupMovementTypes movement) const;
     void MoveCurrent(GroupMovementTypes movement);
+
+    // Adding, updating, removing, moving and dropping are undone and done again, the last edit first, a thousand of
+    // them. A save keeps them, loading and Clear forget them. Both raise DataChanged, and AfterSelectionChange when
+    // another entry is selected. Like a movement they are not possible while the editor is locked or a drag goes on;
+    // then, and when there is nothing to undo, they do nothing.
+    bool CanUndo() const;
+    void Undo();
+    bool CanRedo() const;
+    void Redo();
 
     // The empty identifier is the database's.
     Text GetLessonTitle(const Text& lessonID) const;
@@ -102,6 +112,7 @@ private:
     TreeWindow* window = nullptr;
     LessonPropertyStore lessonPropertyStore;
     IDCollection addedLessonIDs, deletedLessonIDs;
+    EditHistory history{tree, addedLessonIDs, deletedLessonIDs};
     HierarchyProgress progress;
     Text connectionString;
     Text databaseTitle = u"velmora database";

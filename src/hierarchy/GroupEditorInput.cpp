@@ -79,6 +79,7 @@ void GroupEditor::CancelDrag() { dragDrop.CancelDrag(); }
 void GroupEditor::OnDrop(bool insertAfter, Node& node, Node& target) {
     const auto hold = shared_from_this();
     const unsigned shown = generation;
+    const EditHistory::Edit edit(history);
     const bool wasActive = subclasser.Active();
     subclasser.SetActive(false);
     modTVW::MoveTreeNodeTo(tree, &node, &target, insertAfter);

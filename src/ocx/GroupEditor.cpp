@@ -145,6 +145,18 @@ public:
         return Answer(properties,
                       [&] { return NewPropertyCollectionObject(editor->GetLessonTokens(FromBstr(lessonID))); });
     }
+    STDMETHODIMP get_CanUndo(VARIANT_BOOL* value) override {
+        return Answer(value, [this] { return editor->CanUndo(); });
+    }
+    STDMETHODIMP Undo() override {
+        return Change([this] { editor->Undo(); });
+    }
+    STDMETHODIMP get_CanRedo(VARIANT_BOOL* value) override {
+        return Answer(value, [this] { return editor->CanRedo(); });
+    }
+    STDMETHODIMP Redo() override {
+        return Change([this] { editor->Redo(); });
+    }
 
 private:
     ~GroupEditorControl() override {

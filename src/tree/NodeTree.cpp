@@ -56,6 +56,7 @@ Node& NodeTree::Add(Node* relative, Place place, TextView key, TextView caption,
 void NodeTree::Move(Node& node, Node* relative, Place place) {
     if (relative == &node) return;
     const TreeUpdate update(*this);
+    Tell([&](TreeListener& listener) { listener.NodeMoving(node); });
     Unlink(node);
     Link(node, relative, place);
     Tell([&](TreeListener& listener) { listener.NodeMoved(node); });

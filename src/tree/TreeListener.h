@@ -20,6 +20,8 @@ public:
     // The node and its branch are about to go.
     virtual void NodeRemoving(Node&) {}
     virtual void AllRemoving() {}
+    // The node is about to leave its place with its branch; NodeMoved follows.
+    virtual void NodeMoving(Node&) {}
     // The node stands in a new place with its branch.
     virtual void NodeMoved(Node&) {}
     virtual void NodeChanged(Node&, NodeAspect) {}

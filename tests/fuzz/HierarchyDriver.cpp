@@ -57,7 +57,13 @@ public:
     void Run() {
         while (!bytes.AtEnd()) {
             heard.Take();
+            const Text before = Description(), selected = editor.CurrentLessonID();
+            const bool couldUndo = editor.CanUndo();
+            const unsigned number = ++steps;
             Step();
+            if (!heard.editor) return;
+            if (!callsBack && number == edits && bytes.Below(3) == 0) UndoAndRedoOne(before, selected, couldUndo);
+            if (!callsBack && bytes.Below(16) == 15) UndoAndRedoAll();
             if (!heard.editor) return;
             Check();
         }
@@ -116,6 +122,50 @@ private:
         --depth;
     }
 
+    // Everything that an undone edit must leave as it was.
+    Text Description() const {
+        Text text;
+        for (const Node* node = editor.Tree().First(); node; node = modTVW::GetNextNode(node)) {
+            text += node->Key() + u"|" + node->Caption() + u"|" + node->Tag() + u"|" + ToText(node->Image()) +
+                    (node->IsExpanded() ? u"+" : u"-") + (node->FirstChild() ? u"(" : u")") + u"\n";
+        }
+        return heard.Shape() + u"\n" + text;
+    }
+
+    void UndoAndRedoOne(const Text& before, const Text& selected, bool couldUndo) {
+        const Text after = Description();
+        if (before == after) return;
+        Require(editor.CanUndo(), "an edit can be undone");
+        editor.Undo();
+        RequireEqual(ToUtf8(Description()), ToUtf8(before), "the tree after an edit was undone");
+        RequireEqual(ToUtf8(editor.CurrentLessonID()), ToUtf8(selected), "what is selected after an edit was undone");
+        Require(editor.CanRedo() && (couldUndo || !editor.CanUndo()), "what was undone can be redone");
+        editor.Redo();
+        RequireEqual(ToUtf8(Description()), ToUtf8(after), "the tree after an edit was redone");
+    }
+
+    // Back to the tree that was loaded, perhaps saved so, and forward again.
+    void UndoAndRedoAll() {
+        if (!isOpen) return;
+        const Text shape = heard.Shape();
+        size_t count = 0;
+        for (; editor.CanUndo(); ++count) editor.Undo();
+        RequireEqual(ToUtf8(heard.Shape()), ToUtf8(loaded.Shape()), "the tree with everything undone");
+        if (bytes.Below(2)) {
+            Require(editor.SaveDatabase(), "a save with everything undone fails: " + ToUtf8(heard.error));
+            Require(test::ReadRows(database.ConnectionString()) == loaded.Rows(),
+                    "the rows are those that were loaded");
+            saved = loaded;
+            added.clear();
+            for (const auto& row : model.tree.parents)
+                if (!loaded.Has(row.first)) added.insert(row.first);
+        }
+        for (; editor.CanRedo(); --count) editor.Redo();
+        Require(count == 0, "as many edits are redone as were undone");
+        RequireEqual(ToUtf8(heard.Shape()), ToUtf8(shape), "the tree with everything redone");
+        current = editor.CurrentLessonID();
+    }
+
     void Check() {
         CheckTree(editor.Tree());
         if (callsBack) return;
@@ -141,6 +191,7 @@ private:
             added.insert(id);
             deleted.erase(id);
         }
+        edits = steps;
         if (isOpen) {
             model.texts[id] = {title, Stored(type)};
             current = id;
@@ -151,6 +202,7 @@ private:
     void Update() {
         const Text id = bytes.OneOf(ids), title = bytes.OneOf(titles);
         const int type = bytes.OneOf(types);
+        edits = steps;
         if (model.Has(id)) model.texts[id] = {title, Stored(type)};
         editor.UpdateLesson(id, title, u"i" + id, LessonTypes(type));
     }
@@ -164,6 +216,7 @@ private:
                 added.erase(gone);
             }
         }
+        edits = steps;
         editor.RemoveLesson(id, withChildren);
     }
 
@@ -174,6 +227,7 @@ private:
             current.empty() || !isMovement ? std::nullopt : model.tree.Destination(current, static_cast<int>(movement));
         Require(callsBack || editor.CanMoveCurrent(movement) == to.has_value(), "CanMoveCurrent");
         if (to) model.tree.Place(current, to->first, to->second);
+        edits = steps;
         editor.MoveCurrent(movement);
     }
 
@@ -205,7 +259,7 @@ private:
         const bool isLoaded = editor.LoadDatabase();
         if (callsBack) return;
         Require(isLoaded, "what was saved loads");
-        model = saved;
+        model = loaded = saved;
         added.clear();
         deleted.clear();
         isOpen = true;
@@ -214,7 +268,7 @@ private:
 
     void Clear() {
         editor.Clear();
-        model = {};
+        model = loaded = {};
         added.clear();
         deleted.clear();
         current.clear();
@@ -229,7 +283,8 @@ private:
     const test::TestDatabase& database;
     test::HeardEditor heard;
     GroupEditor& editor = *heard.editor;
-    Model model, saved;
+    Model model, saved, loaded;
+    unsigned steps = 0, edits = 0; // the number of the step that was an edit
     Text current;
     std::set<Text> added, deleted;
 };

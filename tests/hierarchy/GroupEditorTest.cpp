@@ -165,6 +165,73 @@ TEST_F(EditorOnFile, AListenerMayDoAnything) {
     EXPECT_EQ(test::ReadRows(database.ConnectionString()).size(), 7u);
 }
 
+TEST_F(EditorOnFile, UndoesWhatWasSavedAndTakenBack) {
+    const auto expansion = [this] {
+        Text keys;
+        for (const Text& key : modTVW::GetExpandedKeys(editor->Tree())) keys += key + u" ";
+        return keys;
+    };
+    // What a save would send, without what it writes for every entry.
+    const auto pending = [this] {
+        Text sent;
+        SetStatementObserver([&](TextView statement) {
+            if (statement.starts_with(u"DELETE") || statement.starts_with(u"INSERT"))
+                sent += Text(statement.substr(0, 6)) + Text(statement.substr(statement.find(u'\''), 4)) + u" ";
+        });
+        database.Run({u"CREATE TRIGGER full BEFORE UPDATE ON velmoraLessons BEGIN SELECT RAISE(FAIL, 'full'); END"});
+        EXPECT_FALSE(editor->SaveDatabase());
+        database.Run({u"DROP TRIGGER full"});
+        SetStatementObserver({});
+        return sent;
+    };
+    editor->SetCurrentLessonID(u"c"); // expands g and s
+    editor->RemoveLesson(u"b", true);
+    editor->RemoveLesson(u"a", true);
+    editor->RemoveLesson(u"g", true);
+    const Text all = pending();
+    editor->Undo();
+    EXPECT_EQ(expansion(), u" g s ");
+    EXPECT_EQ(editor->CurrentLessonID(), u"c");
+    EXPECT_EQ(pending(), u"DELETE'b' DELETE'a' ");
+    editor->Redo();
+    EXPECT_EQ(pending(), all);
+    while (editor->CanUndo()) editor->Undo();
+    EXPECT_EQ(Shape(), u"(g(a b s(c d)) h)");
+    EXPECT_EQ(pending(), u"");
+
+    // Gone for one save, there for the next, and taken back to the beginning: the row is still there.
+    editor->RemoveLesson(u"h", true);
+    ASSERT_TRUE(editor->SaveDatabase());
+    editor->AddLesson(u"h", u"again", u"", ltLesson);
+    ASSERT_TRUE(editor->SaveDatabase());
+    editor->Undo();
+    EXPECT_EQ(pending(), u"DELETE'h' ");
+    editor->Undo();
+    EXPECT_EQ(pending(), u"");
+    EXPECT_EQ(editor->GetLessonTitle(u"h"), u"H");
+    ASSERT_TRUE(editor->SaveDatabase());
+    EXPECT_EQ(test::ReadRows(database.ConnectionString()).size(), 7u);
+
+    editor->SetLocked(true);
+    EXPECT_FALSE(editor->CanUndo() || editor->CanRedo());
+    editor->SetLocked(false);
+    Take();
+    bool couldUndo = false;
+    const size_t number = editor->DataChanged.Add([&] { couldUndo = editor->CanUndo(); });
+    editor->UpdateLesson(u"h", u"New", u"", ltLesson);
+    EXPECT_TRUE(couldUndo && !editor->CanRedo()); // a new edit ends what could be redone
+    editor->DataChanged.Remove(number);
+    editor->Undo();
+    EXPECT_EQ(Take(), u"D D ");
+    for (int i = 0; i < 1200; ++i) editor->UpdateLesson(u"h", ToText(i), u"", ltLesson);
+    int undone = 0;
+    for (; editor->CanUndo(); ++undone) editor->Undo();
+    EXPECT_EQ(undone, 1000);
+    EXPECT_EQ(editor->GetLessonTitle(u"h"), u"199");
+    ASSERT_TRUE(editor->LoadDatabase());
+    EXPECT_FALSE(editor->CanRedo());
+}
+
 TEST_F(EditorOnFile, PropertiesAndDisplay) {
     Text changed;
     editor->PropertyChanged.Add([&](const Text& name) { changed += name + u" "; });
@@ -208,6 +275,10 @@ TEST_F(EditorOnFile, ADragThatComesToNothingLeavesTheNotificationsOn) {
     editor->OnMouseUp(1);
     EXPECT_EQ(Shape(), u"(g(b a s(c d)) h)");
     EXPECT_EQ(Take(), u"Sb Sa D "); // the drop's target is the selected one, deliberately
+    editor->Undo();
+    EXPECT_EQ(Shape(), u"(g(a b s(c d)) h)");
+    editor->Redo();
+    EXPECT_EQ(Shape() + Take(), u"(g(b a s(c d)) h)D D ");
     for (const int how : {0, 1, 2, 3}) {
         drag(u"a", window.At(At(u"h"), 10));
         ASSERT_TRUE(editor->DragDrop().Active());
