@@ -14,6 +14,7 @@ inline constexpr int32_t PathFileAccess = 75;
 inline constexpr int32_t TypeMismatch = 13;
 inline constexpr int32_t InvalidUseOfNull = 94;
 inline constexpr int32_t Automation = -2147221504;     // 80040000: raised by the controls themselves
+inline constexpr int32_t Conflict = -2147221503;       // 80040001: another author has changed what would be saved
 inline constexpr int32_t Unspecified = -2147467259;    // 80004005
 inline constexpr int32_t SyntaxOrColumn = -2147217900; // 80040E14
 inline constexpr int32_t NoTable = -2147217865;        // 80040E37

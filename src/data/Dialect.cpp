@@ -94,6 +94,7 @@ constexpr std::array<Dialect, 6> dialects = {{
         .closeQuote = u']',
         .howToGetDriver = u"On Windows install \"Microsoft ODBC Driver 18 for SQL Server\". On Debian and Ubuntu "
                           u"install the package msodbcsql18 from Microsoft's package source.",
+        .lockingRead = u" WITH (TABLOCKX, HOLDLOCK)",
     },
     {
         .engine = Engine::SQLite,
@@ -113,6 +114,8 @@ constexpr std::array<Dialect, 6> dialects = {{
         .openQuote = u'"',
         .closeQuote = u'"',
         .howToGetDriver = u"",
+        // Changes nothing, and makes the transaction one that writes.
+        .holdWriters = u"UPDATE velmoraLessons SET lessonID = lessonID WHERE 1 = 0",
     },
     {
         .engine = Engine::PostgreSQL,
@@ -133,6 +136,7 @@ constexpr std::array<Dialect, 6> dialects = {{
         .closeQuote = u'"',
         .howToGetDriver = u"On Debian and Ubuntu install the package odbc-postgresql. On Windows install \"psqlODBC\" "
                           u"(psqlodbc_x64.msi for 64-bit programs, psqlodbc_x86.msi for 32-bit ones).",
+        .holdWriters = u"LOCK TABLE velmoraLessons IN SHARE ROW EXCLUSIVE MODE",
     },
     {
         .engine = Engine::MariaDB,
@@ -155,6 +159,7 @@ constexpr std::array<Dialect, 6> dialects = {{
         .closeQuote = u'`',
         .howToGetDriver = u"On Debian and Ubuntu install the package odbc-mariadb. On Windows install \"MariaDB "
                           u"Connector/ODBC\".",
+        .lockingRead = u" FOR UPDATE",
     },
     {
         .engine = Engine::Other,

@@ -60,6 +60,10 @@ struct Dialect {
 
     // How to get a driver, for the person who lacks it.
     TextView howToGetDriver;
+
+    // Inside a transaction: a statement that holds off who else writes velmoraLessons until its end, and what stands
+    // behind the table's name in a query that does. Access has neither: there only its own locks of rows help.
+    TextView holdWriters = {}, lockingRead = {};
 };
 
 // What a batch may hold in all, in UTF-16 units.

@@ -70,6 +70,12 @@ void GroupEditor::SetSingleExpand(bool single) {
     PropertyChanged.Raise(u"SingleExpand");
 }
 
+void GroupEditor::SetConflictCheck(bool check) {
+    const auto hold = shared_from_this();
+    checksConflicts = check;
+    PropertyChanged.Raise(u"ConflictCheck");
+}
+
 void GroupEditor::SetDatabaseTitle(const Text& title) {
     databaseTitle = title;
     if (Node* const root = tree.First()) root->SetCaption(title);
@@ -123,7 +129,7 @@ bool GroupEditor::LoadDatabase() {
         const Text selectedKey = CurrentLessonID();
         Empty();
         Node& root = tree.Add(nullptr, Place::LastChild, {}, databaseTitle, HierarchyRows::picDatabase);
-        HierarchyRows::Load(connectionString, tree, lessonPropertyStore, progress);
+        HierarchyRows::Load(connectionString, tree, lessonPropertyStore, knownRows, progress);
         root.SetExpanded(true);
         Node* const selected = modTVW::GetNodeByKey(tree, selectedKey);
         tree.Select(selected ? selected : &root);
@@ -143,7 +149,8 @@ bool GroupEditor::SaveDatabase() {
         return false;
     }
     try {
-        HierarchyRows::Save(connectionString, tree, deletedLessonIDs, addedLessonIDs, progress);
+        HierarchyRows::Save(connectionString, tree, deletedLessonIDs, addedLessonIDs, knownRows, checksConflicts,
+                            progress);
     } catch (...) {
         Fail(u"SaveDatabase");
         return false;
@@ -256,6 +263,7 @@ void GroupEditor::Empty() {
     deletedLessonIDs.Clear();
     history.Clear();
     lessonPropertyStore = LessonPropertyStore(factory);
+    knownRows = {};
     tree.Clear();
 }
 
@@ -275,6 +283,7 @@ void GroupEditor::ReadProperties(PropertyBag& bag) {
     allowDragDrop = read(u"AllowDragDrop", true);
     isLocked = read(u"Locked", false);
     isSingleExpand = read(u"SingleExpand", false);
+    checksConflicts = read(u"ConflictCheck", false);
     AttachWindow(window);
 }
 
@@ -282,6 +291,7 @@ void GroupEditor::WriteProperties(PropertyBag& bag) const {
     bag.WriteProperty(u"AllowDragDrop", allowDragDrop, true);
     bag.WriteProperty(u"Locked", isLocked, false);
     bag.WriteProperty(u"SingleExpand", isSingleExpand, false);
+    bag.WriteProperty(u"ConflictCheck", checksConflicts, false);
 }
 
 } // namespace dax

@@ -22,6 +22,11 @@ public:
     void SetLocked(bool locked);
     bool SingleExpand() const { return isSingleExpand; }
     void SetSingleExpand(bool single);
+    // When true, SaveDatabase saves nothing once another author has changed the rows of the hierarchy since they were
+    // loaded or last saved: Error with ErrorNumbers::Conflict names what he did, and the edits stay in the tree. When
+    // false, the default, the last who saves wins.
+    bool ConflictCheck() const { return checksConflicts; }
+    void SetConflictCheck(bool check);
     int32_t NodeCount() const { return tree.Count(); }
     const Text& ConnectionString() const { return connectionString; }
     void SetConnectionString(const Text& connection) { connectionString = connection; }
@@ -111,12 +116,14 @@ private:
     LMEDragDropSupport dragDrop;
     TreeWindow* window = nullptr;
     LessonPropertyStore lessonPropertyStore;
+    RowFingerprints knownRows;
     IDCollection addedLessonIDs, deletedLessonIDs;
     EditHistory history{tree, addedLessonIDs, deletedLessonIDs};
     HierarchyProgress progress;
     Text connectionString;
     Text databaseTitle = u"velmora database";
-    bool allowDragDrop = true, isLocked = false, isSingleExpand = false, isDisplayLocked = false;
+    bool allowDragDrop = true, isLocked = false, isSingleExpand = false, checksConflicts = false;
+    bool isDisplayLocked = false;
     bool isDirty = false, isLoading = false;
     // Counts the databases shown so far: a listener that loads another one ends the operation that called it.
     unsigned generation = 0;

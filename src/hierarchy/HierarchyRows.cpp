@@ -99,15 +99,19 @@ private:
 };
 
 void SaveInto(Connection& connection, NodeTree& tree, const IDCollection& deleted, const IDCollection& added,
-              const HierarchyProgress& progress) {
+              RowFingerprints& written, const HierarchyProgress& progress) {
     const size_t total = deleted.Count() + added.Count() + static_cast<size_t>(tree.Count()) - 1;
     Batch batch(connection, static_cast<int64_t>(total), progress);
     for (const Text& id : deleted) WriteDelete(batch.Next(), id);
     for (const Text& id : added) WriteInsert(batch.Next(), id);
     tree.Number();
     for (const Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) {
-        if (node->Parent()) WriteUpdate(batch.Next(), *node);
+        if (!node->Parent()) continue;
+        WriteUpdate(batch.Next(), *node);
+        written.Add({node->Key(), node->Caption(), node->Tag(), node->Parent()->Key(), node->Depth(), node->Position(),
+                     TypeOf(*node)});
     }
+    written.Finish();
     batch.Finish();
     connection.CommitTrans();
 }
@@ -122,7 +126,8 @@ LessonTypes TypeOf(const Node& node) {
     return node.Parent() ? static_cast<LessonTypes>(node.Image() - picGroup) : ltDatabase;
 }
 
-void Load(const Text& connectionString, NodeTree& tree, LessonPropertyStore& store, const HierarchyProgress& progress) {
+void Load(const Text& connectionString, NodeTree& tree, LessonPropertyStore& store, RowFingerprints& known,
+          const HierarchyProgress& progress) {
     Recordset rows;
     rows.Open(u"SELECT lessonID, lessonTitle, lessonIdentifier, lessonProperties, parentID, indentLevel, "
               u"sortPosition, lessonType FROM velmoraLessons ORDER BY indentLevel, sortPosition",
@@ -148,25 +153,31 @@ void Load(const Text& connectionString, NodeTree& tree, LessonPropertyStore& sto
         node->SetTag(identifier);
         // The default differs from the one above, deliberately.
         store.Add(id, rows.FieldText(colProperties), title, identifier, ReadType(rows, colType, ltGroup));
+        known.Add({id, title, identifier, parentID, rows.FieldNumber(colIndent, 0), rows.FieldNumber(colSort, 0),
+                   rows.FieldNumber(colType, 0)});
         if (progress && row % progressStep == 0) progress(row, 0);
     }
     rows.Close();
+    known.Finish();
     if (progress) progress(row, row);
 }
 
 void Save(const Text& connectionString, NodeTree& tree, const IDCollection& deleted, const IDCollection& added,
-          const HierarchyProgress& progress) {
+          RowFingerprints& known, bool checks, const HierarchyProgress& progress) {
     Connection connection;
     connection.Open(connectionString);
+    RowFingerprints written;
     try {
         connection.BeginTrans();
-        SaveInto(connection, tree, deleted, added, progress);
+        if (checks) known.Check(connection, tree);
+        SaveInto(connection, tree, deleted, added, written, progress);
     } catch (...) {
         modDB::CloseConnectionObjects(nullptr, &connection, true);
         throw;
     }
     // What is committed is saved, whatever closing says.
     modDB::CloseConnectionObjects(nullptr, &connection, false);
+    known = std::move(written);
 }
 
 } // namespace dax::HierarchyRows

@@ -1,9 +1,10 @@
 // The rows of velmoraLessons as a tree, and the tree as rows.
 #pragma once
 
-#include "content/LessonPropertyStore.h"
 #include "base/Enumerations.h"
 #include "base/IDCollection.h"
+#include "content/LessonPropertyStore.h"
+#include "hierarchy/RowFingerprints.h"
 #include "tree/NodeTree.h"
 
 namespace dax {
@@ -22,13 +23,14 @@ LessonTypes TypeOf(const Node& node);
 
 // Adds the rows under the tree's root, in the order in which the database gives them: shallowest first. A row whose
 // parent is not there (yet) comes to the top level. Throws Error; one of a row with an empty identifier, or one that
-// another row has, names the row. What was added by then stays.
-void Load(const Text& connectionString, NodeTree& tree, LessonPropertyStore& store,
+// another row has, names the row. What was added by then stays. `known` gets the rows' fingerprints.
+void Load(const Text& connectionString, NodeTree& tree, LessonPropertyStore& store, RowFingerprints& known,
           const HierarchyProgress& progress = {});
 
-// Deletes, inserts and rewrites rows in one transaction: all or nothing. Throws Error.
+// Deletes, inserts and rewrites rows in one transaction: all or nothing. Throws Error; with `checks`, when the rows are
+// no longer the known ones. When it succeeds `known` is what was written.
 void Save(const Text& connectionString, NodeTree& tree, const IDCollection& deleted, const IDCollection& added,
-          const HierarchyProgress& progress = {});
+          RowFingerprints& known, bool checks, const HierarchyProgress& progress = {});
 
 } // namespace HierarchyRows
 

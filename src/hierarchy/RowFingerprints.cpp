@@ -1,0 +1,112 @@
+#include "hierarchy/RowFingerprints.h"
+
+#include "base/Error.h"
+#include "data/Dialect.h"
+#include "data/Recordset.h"
+
+#include <algorithm>
+
+namespace dax {
+
+namespace {
+
+constexpr size_t mostNamed = 10;
+
+// FNV-1a over units: quick, and the same in every process.
+class Hash {
+public:
+    Hash& Add(TextView text) {
+        for (const char16_t unit : text) Mix(unit);
+        Mix(0x10000); // no unit: two texts do not run together
+        return *this;
+    }
+    Hash& Add(int64_t number) {
+        Mix(static_cast<uint64_t>(number));
+        return *this;
+    }
+    uint64_t Get() const { return value ^ (value >> 29); }
+
+private:
+    void Mix(uint64_t part) { value = (value ^ part) * 0x100000001B3; }
+
+    uint64_t value = 0xCBF29CE484222325;
+};
+
+uint64_t IDHash(TextView id) { return Hash().Add(id).Get(); }
+
+// Names what happened, up to a number of entries.
+class Report {
+public:
+    void Add(TextView title, TextView what) {
+        if (++count > mostNamed) return;
+        text += (text.empty() ? u"'" : u", '") + Text(Shorten(title, 60)) + u"' " + Text(what);
+    }
+    bool IsEmpty() const { return count == 0; }
+    Text Sentence() const {
+        Text more;
+        if (count > mostNamed) more = u" and " + ToText(static_cast<long long>(count - mostNamed)) + u" more";
+        return u"Another author has changed the course since it was loaded, so nothing was saved: " + text + more +
+               u". Load it again to see the changes.";
+    }
+
+private:
+    Text text;
+    size_t count = 0;
+};
+
+} // namespace
+
+RowFingerprints::Fingerprint RowFingerprints::Of(const Row& row) {
+    const uint64_t texts = Hash().Add(row.title).Add(row.identifier).Add(row.type).Get();
+    const uint64_t place = Hash().Add(row.parentID).Add(row.indentLevel).Add(row.sortPosition).Get();
+    return {IDHash(row.id), static_cast<uint32_t>(texts), static_cast<uint32_t>(place)};
+}
+
+void RowFingerprints::Add(const Row& row) { rows.push_back(Of(row)); }
+
+void RowFingerprints::Finish() { std::ranges::sort(rows, {}, &Fingerprint::id); }
+
+void RowFingerprints::Check(Connection& connection, const NodeTree& tree) const {
+    const Dialect& dialect = DialectOf(connection.Kind());
+    if (!dialect.holdWriters.empty()) connection.Execute(Text(dialect.holdWriters));
+    Recordset found;
+    found.Open(u"SELECT lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, sortPosition, lessonType FROM "
+               u"velmoraLessons" +
+                   Text(dialect.lockingRead),
+               connection);
+    Report report;
+    std::vector<bool> isThere(rows.size());
+    for (; !found.Eof(); found.MoveNext()) {
+        const TextView title = found.FieldText(1);
+        const Fingerprint now = Of({found.FieldText(0), title, found.FieldText(2), found.FieldText(3),
+                                    found.FieldNumber(4, 0), found.FieldNumber(5, 0), found.FieldNumber(6, 0)});
+        const auto before = std::ranges::lower_bound(rows, now.id, {}, &Fingerprint::id);
+        if (before == rows.end() || before->id != now.id) {
+            report.Add(title, u"was added");
+            continue;
+        }
+        isThere[static_cast<size_t>(before - rows.begin())] = true;
+        const bool isMoved = now.place != before->place;
+        if (now.texts != before->texts)
+            report.Add(title, isMoved ? TextView(u"was renamed and moved") : TextView(u"was renamed"));
+        else if (isMoved)
+            report.Add(title, u"was moved");
+    }
+    found.Close();
+    if (std::ranges::find(isThere, false) != isThere.end()) {
+        size_t named = 0;
+        for (const Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) {
+            const uint64_t id = IDHash(node->Key());
+            const auto row = std::ranges::lower_bound(rows, id, {}, &Fingerprint::id);
+            if (row == rows.end() || row->id != id || isThere[static_cast<size_t>(row - rows.begin())]) continue;
+            report.Add(node->Caption(), u"was removed");
+            ++named;
+        }
+        // What this author has removed as well is in no tree any more.
+        for (auto gone = std::ranges::count(isThere, false) - static_cast<std::ptrdiff_t>(named); gone > 0; --gone)
+            report.Add(u"…", u"was removed here and there");
+    }
+    if (!report.IsEmpty()) throw Error(ErrorNumbers::Conflict, report.Sentence());
+}
+
+} // namespace dax

@@ -1,0 +1,41 @@
+// What the rows of velmoraLessons were like when they were last read or written, in a few bytes for each: enough to see
+// what another author has done to them since.
+#pragma once
+
+#include "base/IDCollection.h"
+#include "data/Connection.h"
+#include "tree/NodeTree.h"
+
+#include <vector>
+
+namespace dax {
+
+class RowFingerprints {
+public:
+    struct Row {
+        TextView id, title, identifier, parentID;
+        int64_t indentLevel = 0, sortPosition = 0, type = 0;
+    };
+
+    // Rows in any order; Finish before they are compared.
+    void Add(const Row& row);
+    void Finish();
+    size_t Count() const { return rows.size(); }
+
+    // Inside a transaction: holds other writers off until its end, reads the rows and compares. Throws Error with
+    // ErrorNumbers::Conflict, which names up to ten entries and what happened to each, when they are not the same.
+    // Titles of entries that are gone come from the tree.
+    void Check(Connection& connection, const NodeTree& tree) const;
+
+private:
+    struct Fingerprint {
+        uint64_t id;
+        uint32_t texts; // title, identifier and type
+        uint32_t place; // parent, depth and position
+    };
+    static Fingerprint Of(const Row& row);
+
+    std::vector<Fingerprint> rows; // in the order of `id` when finished
+};
+
+} // namespace dax
