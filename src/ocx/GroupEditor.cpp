@@ -157,6 +157,12 @@ public:
     STDMETHODIMP Redo() override {
         return Change([this] { editor->Redo(); });
     }
+    STDMETHODIMP get_ConflictCheck(VARIANT_BOOL* value) override {
+        return Answer(value, [this] { return editor->ConflictCheck(); });
+    }
+    STDMETHODIMP put_ConflictCheck(VARIANT_BOOL value) override {
+        return Run([&] { editor->SetConflictCheck(value != VARIANT_FALSE); });
+    }
 
 private:
     ~GroupEditorControl() override {
