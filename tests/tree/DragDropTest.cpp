@@ -43,8 +43,7 @@ TEST_F(TreeInput, ScrollBandsOfAWindow) {
 TEST_F(TreeInput, ADragOutlivesEverythingButItsNode) {
     Text dropped;
     support.Drop().Add([&](Node& node, const DropTarget& target) {
-        dropped = node.Key() + (target.isInto ? u" into " : target.insertAfter ? u" after " : u" before ") +
-                  target.node->Key();
+        dropped = node.Key() + (target.insertAfter ? u" after " : u" before ") + target.node->Key();
         EXPECT_FALSE(support.Active());
     });
     const auto drag = [&](Node& node, Point to) {
