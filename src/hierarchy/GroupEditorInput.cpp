@@ -76,13 +76,13 @@ void GroupEditor::OnTimer(TreeTimer timer) {
 
 void GroupEditor::CancelDrag() { dragDrop.CancelDrag(); }
 
-void GroupEditor::OnDrop(Node& node, const DropTarget& target) {
+void GroupEditor::OnDrop(bool insertAfter, Node& node, Node& target) {
     const auto hold = shared_from_this();
     const unsigned shown = generation;
     const EditHistory::Edit edit(history);
     const bool wasActive = subclasser.Active();
     subclasser.SetActive(false);
-    DropNode(tree, node, target);
+    modTVW::MoveTreeNodeTo(tree, &node, &target, insertAfter);
     if (wasActive) subclasser.SetActive(true);
     AfterSelectionChange.Raise(CurrentLessonID());
     if (generation == shown) MarkChanged();

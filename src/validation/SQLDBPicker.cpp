@@ -1,7 +1,7 @@
 #include "validation/SQLDBPicker.h"
 
-#include "base/modGeneric.h"
 #include "data/modDB.h"
+#include "base/modGeneric.h"
 
 namespace dax {
 

@@ -100,5 +100,7 @@ void DriveHierarchyOn(Input input, const test::TestDatabase& database); // with 
 void DriveLessonMap(Input input);
 void DriveLocks(Input input);
 void DriveValidation(Input input);
+// The first byte chooses a course file, what follows changes it.
+void DriveFile(Input input);
 
 } // namespace dax::fuzz

@@ -16,6 +16,7 @@ std::span<const Target> Targets() {
         {"lessonmap", DriveLessonMap, 300, 200},
         {"locks", DriveLocks, 60, 60},
         {"validation", DriveValidation, 60, 30},
+        {"file", DriveFile, 300, 30},
     };
     return targets;
 }

@@ -2,10 +2,10 @@
 // not.
 #pragma once
 
-#include "base/Value.h"
 #include "controls/win32/GdiSurface.h"
 #include "controls/win32/TextAccess.h"
 #include "controls/win32/WindowBase.h"
+#include "base/Value.h"
 #include "panels/PanelLayout.h"
 
 #include <memory>

@@ -1,0 +1,167 @@
+// Course files as somebody may have made them: real ones, with bytes and pages changed, opened and used.
+#include "fuzz/Driver.h"
+#include "hierarchy/EditorFixture.h"
+#include "locks/LockManager.h"
+#include "validation/DatabaseValidator.h"
+
+#include <chrono>
+#include <fstream>
+
+namespace dax::fuzz {
+
+namespace {
+
+using Path = std::filesystem::path;
+
+std::string ReadFile(const Path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+Path PathOf(const Text& name) {
+    const std::string utf8 = ToUtf8(name);
+    return std::u8string(utf8.begin(), utf8.end());
+}
+
+// A file and, in WAL mode, the log that lies beside it with what was written last.
+struct Course {
+    std::string file, log;
+    size_t pageSize;
+    Course(size_t pageSize, const char16_t* journal) : pageSize(pageSize) {
+        const test::TestDatabase database(Engine::SQLite);
+        Connection open; // keeps the log from being taken into the file
+        open.Open(database.Name());
+        open.Execute(u"PRAGMA page_size = " + ToText(pageSize));
+        open.Execute(u"PRAGMA auto_vacuum = " + ToText(pageSize == 512 ? 1 : 0));
+        for (const Text& statement : Schema::CreateStatements(Schema::Database::Content, Engine::SQLite))
+            open.Execute(statement);
+        open.Execute(Text(u"PRAGMA journal_mode = ") + journal);
+        for (const Text& statement : test::SampleRows()) open.Execute(statement);
+        for (int i = 0; i < 30; ++i) {
+            open.Execute(test::RowStatement(u"k" + ToText(i), u"K", u"g", 2, 10 + i, 1, Text(200, u'p')));
+            open.Execute(u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, "
+                         u"lockDate, lockType) VALUES ('k" +
+                         ToText(i) + u"', 'ann', 'PC', '10.0.0.1', 's', '2026-01-02 03:04:05', 1)");
+        }
+        file = ReadFile(PathOf(database.Name()));
+        log = ReadFile(PathOf(database.Name()) += "-wal");
+    }
+};
+
+class FileDriver {
+public:
+    explicit FileDriver(Input input) : bytes(input) {
+        static const Course courses[] = {{512, u"delete"}, {4096, u"delete"}, {1024, u"wal"}};
+        const Course& course = bytes.OneOf(courses);
+        std::string file = course.file, log = course.log;
+        while (!bytes.AtEnd()) {
+            isChanged = true;
+            Change(!log.empty() && bytes.Below(2) ? log : file, course.pageSize / 2);
+        }
+        std::ofstream(PathOf(name), std::ios::binary) << file;
+        if (!log.empty()) std::ofstream(PathOf(name) += "-wal", std::ios::binary) << log;
+    }
+
+    void Run() {
+        const auto begin = std::chrono::steady_clock::now();
+        Validate();
+        Edit();
+        DeleteLocks();
+        // Nobody else has the file, so nothing is waited for; a machine may be busy.
+        Require(std::chrono::steady_clock::now() - begin < std::chrono::seconds(60), "it ends");
+    }
+
+private:
+    // A byte, at the file's head, at a page's or anywhere; a page in the place of another; the end gone.
+    void Change(std::string& content, size_t pageSize) {
+        const size_t pages = content.size() / pageSize;
+        const auto anywhere = [&] { return bytes.Below(256) * 256 + bytes.Below(256); };
+        size_t place = 0;
+        switch (bytes.Below(8)) {
+        case 0:
+            return content.resize(pageSize + anywhere() % (content.size() - pageSize + 1));
+        case 1: {
+            const std::string page = content.substr(bytes.Below(pages) * pageSize, pageSize);
+            content.replace(bytes.Below(pages) * pageSize, pageSize, page);
+            return;
+        }
+        case 2:
+        case 3:
+            place = bytes.Below(100);
+            break;
+        case 4:
+        case 5:
+            place = bytes.Below(pages) * pageSize + bytes.Below(32);
+            break;
+        default:
+            place = anywhere();
+        }
+        static constexpr char marks[] = {0, 1, 2, '\x7F', '\x80', '\xFE', '\xFF', 13};
+        content[place % content.size()] = bytes.Below(2) ? bytes.OneOf(marks) : static_cast<char>(bytes.Below(256));
+    }
+
+    void Validate() {
+        DatabaseValidator validator;
+        const bool isValid = validator.ValidateDataConnection(name, name, true);
+        Require(isValid || (validator.ErrorNumber() != 0 && !validator.ErrorDescription().empty()), "it says why not");
+        Require(isValid || isChanged, "a file as it was made is valid");
+        validator.ValidateSupportsTalk(name);
+    }
+
+    // The rows, or nothing where they cannot be read.
+    std::map<Text, Text> Rows() const {
+        try {
+            return test::ReadRows(name);
+        } catch (const Error& error) {
+            Require(!error.Description().empty(), "an error has a text");
+            return {};
+        }
+    }
+
+    void Edit() {
+        test::HeardEditor heard;
+        heard.editor->SetConnectionString(name);
+        const bool isLoaded = heard.editor->LoadDatabase();
+        Require(isLoaded || !heard.error.empty(), "it says why it does not load");
+        Require(isLoaded || isChanged, "a file as it was made loads");
+        if (!isLoaded) return;
+        const std::map<Text, Text> before = Rows();
+        heard.editor->RemoveLesson(u"h", true);
+        heard.editor->AddLesson(u"n", u"New", u"n", ltLesson);
+        for (const Text& id : heard.editor->GetChildLessonIDCollection(u""))
+            heard.editor->UpdateLesson(id, Text(300, u'\u00E9'), u"", ltLesson);
+        const bool isSaved = heard.editor->SaveDatabase();
+        Require(isSaved || !heard.error.empty(), "it says why it does not save");
+        Require(isSaved || isChanged, "a file as it was made is saved");
+        const std::map<Text, Text> after = Rows();
+        Require(isSaved || before.empty() || after.empty() || after == before, "what was not saved changed nothing");
+    }
+
+    void DeleteLocks() {
+        const auto list = std::make_shared<ListModel>();
+        LockManager manager(list);
+        manager.connectionString = name;
+        manager.isAdministrator = true;
+        manager.SetupColumns();
+        bool isTold = false;
+        manager.Error.Add([&isTold](int32_t number, const Text& text, const Text&, const Text&, int32_t&) {
+            Require(number != 0 && !text.empty(), "an error has a number and a text");
+            isTold = true;
+        });
+        manager.Refresh();
+        for (size_t item = 0; item < list->Items().size(); ++item) list->SetSelected(item, true);
+        manager.DeleteSelected();
+        Require(isTold || isChanged || manager.LockCount() == 0, "the locks are deleted");
+    }
+
+    Bytes bytes;
+    bool isChanged = false;
+    test::TempFolder folder;
+    Text name = folder.File(u"course.db");
+};
+
+} // namespace
+
+void DriveFile(Input input) { FileDriver(input).Run(); }
+
+} // namespace dax::fuzz
