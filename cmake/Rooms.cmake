@@ -38,6 +38,8 @@ function(dax_room name)
     target_link_libraries(dax_${name}_win32 ${scope} dax_${lower}_win32)
   endforeach()
   if(name STREQUAL base)
+    # Its portable files, too, use what its win32 folder asks the system for.
+    target_link_libraries(dax_${name} PUBLIC dax_${name}_win32)
     target_link_libraries(dax_${name}_win32 ${scope} comctl32 gdi32 user32 ole32 oleaut32 uuid oleacc)
   endif()
 endfunction()

@@ -1,6 +1,6 @@
 #include "lessonmap/PictureKeys.h"
 
-#include "lessonmap/FoldCase.h"
+#include "base/TextComparison.h"
 
 namespace dax {
 
@@ -20,7 +20,7 @@ int PictureKeys::Index(const Text& key) const {
 }
 
 int PictureKeys::IndexOfType(TextView storyboardType) const {
-    const int index = storyboardType.empty() ? Index(Undefined) : Index(FoldCase(storyboardType));
+    const int index = storyboardType.empty() ? Index(Undefined) : Index(LowerCase(storyboardType));
     return index ? index : Index(Custom);
 }
 

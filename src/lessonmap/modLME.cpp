@@ -1,7 +1,7 @@
 #include "lessonmap/modLME.h"
 
 #include "base/Error.h"
-#include "lessonmap/FoldCase.h"
+#include "base/TextComparison.h"
 #include "lessonmap/MapBuilder.h"
 #include "lessonmap/NodeMapTree.h"
 #include "tree/modTVW.h"
@@ -32,7 +32,7 @@ Look LookOf(const Storyboard& storyboard, LessonMapEditorCaptionStyles captionSt
 class Criteria {
 public:
     Criteria(const Text& text, FindTypes findType, bool exactMatch)
-        : folded(FoldCase(text)), findType(findType), exactMatch(exactMatch) {}
+        : wanted(exactMatch ? LowerCase(text) : FoldCase(text)), findType(findType), exactMatch(exactMatch) {}
 
     bool Match(const Storyboard& storyboard) const {
         return (IsAsked(ftTitle) && MatchField(storyboard.Title())) ||
@@ -44,11 +44,11 @@ private:
     // Deliberately "or", which always holds: all three fields are tested whatever is asked for.
     bool IsAsked(FindTypes field) const { return (findType | field) != 0; }
     bool MatchField(const Text& field) const {
-        const Text text = FoldCase(field);
-        return exactMatch ? text == folded : text.find(folded) != Text::npos;
+        // An exact match is of lower-cased texts and no more: "ß" and "SS" differ.
+        return exactMatch ? LowerCase(field) == wanted : FoldCase(field).find(wanted) != Text::npos;
     }
 
-    Text folded;
+    Text wanted;
     FindTypes findType;
     bool exactMatch;
 };

@@ -1,4 +1,4 @@
-#include "base/Text.h"
+#include "base/TextComparison.h"
 
 #include <gtest/gtest.h>
 
@@ -57,6 +57,44 @@ TEST(TextTest, FoldsTrimsAndWritesNumbers) {
     EXPECT_EQ(TrimBlanks(u"   "), u"");
     EXPECT_EQ(TrimBlanks(u"\ta"), u"\ta");
     EXPECT_EQ(ToText(std::numeric_limits<long long>::min()), u"-9223372036854775808");
+}
+
+TEST(TextTest, ComparesWithoutCaseInEveryScript) {
+    const struct {
+        TextView one, other;
+        bool isSameLower, isSame; // in lower case; in a text comparison
+    } rows[] = {
+        {u"ÀŸŻĀΆΩЁЯՖỸÖ×_1", u"àÿżāάωёяֆỹö×_1", true, true},
+        {u"ƯU TIÊN ĐẶNG ẰẲ", u"ưu tiên đặng ằẳ", true, true},
+        {u"ƏLİFBA ŞĞ", u"əlİfba şğ", true, true},
+        {u"ƁƊƘƳ ƓƝƖƱƔƐƆ", u"ɓɗƙƴ ɠɲɩʊɣɛɔ", true, true},
+        {u"ἈΡΧῊ ὨΔΉ ᾨ", u"ἀρχὴ ὠδή ᾠ", true, true},
+        {u"ԱႠ Ⰰ Ⲁ Ꙁ", u"աⴀ ⰰ ⲁ ꙁ", true, true},
+        {u"ᏣᎳᎩ", u"ꮳꮃꭹ", true, true},
+        {u"\U00010400\U0001E900", u"\U00010428\U0001E922", true, true}, // Deseret, Adlam
+        {u"Straße", u"STRASSE", false, true},
+        {u"ẞ", u"ss", false, true},
+        {u"ÆON ŒUVRE ÞÓR Ǆ", u"aeon oeuvre thór dž", false, true},
+        {u"ﬃ", u"FFI", false, true},
+        {u"ΟΔΟΣ", u"οδος", false, true},
+        {u"Cafe\u0301 u\u031B\u0300", u"CAFÉ Ừ", false, true},
+        {u"\u0958 豈", u"\u0915\u093C 豈", false, true},
+        {u"\u1112\u1161\u11AB", u"한", false, true},
+        {u"\u212A\u2126\u212B \u1F71", u"kΩå ά", false, true},
+        {u"ＡＢＣ\u3000ｶﾀ カヲ", u"abc かた かを", false, true},
+        {u"I", u"ı", false, false},
+        {u"İ", u"i", false, false},
+        {u"é", u"e", false, false},
+        {u"ø", u"o", false, false},
+        {u"\U0001F600", u"", false, false},
+        {u"Ä\xD83D", u"ä\xD83D", true, true}, // half a pair
+    };
+    for (const auto& [one, other, isSameLower, isSame] : rows) {
+        EXPECT_EQ(LowerCase(one) == LowerCase(other), isSameLower) << ToUtf8(one) << ' ' << ToUtf8(other);
+        EXPECT_EQ(FoldCase(one) == FoldCase(other), isSame) << ToUtf8(FoldCase(one)) << ' ' << ToUtf8(FoldCase(other));
+        EXPECT_EQ(LowerCase(one).size(), one.size()) << ToUtf8(one);
+    }
+    EXPECT_NE(FoldCase(u"In der STRASSE").find(FoldCase(u"straße")), Text::npos);
 }
 
 } // namespace

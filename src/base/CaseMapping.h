@@ -1,0 +1,16 @@
+// What the comparison of texts needs of the system: on Windows its own functions, elsewhere ours that agree with them.
+#pragma once
+
+#include "base/Text.h"
+
+namespace dax {
+
+// Letters in lower case, whatever the process's locale, as long as their upper case leads back to them: the others
+// ("İ", the Kelvin sign) stay.
+Text LowerLetters(TextView text);
+// A letter and the marks behind it as one character, where there is one.
+Text ComposeMarks(TextView text);
+// Each ligature as its letters: "ß" as "ss", "æ" as "ae".
+Text ExpandLigatures(TextView text);
+
+} // namespace dax
