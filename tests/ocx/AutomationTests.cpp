@@ -97,6 +97,145 @@ TEST_F(AutomationTest, EveryClassAnswersTheInterfacesHostsAskFor) {
     }
 }
 
+// What a member has nothing for it empties, so that no host releases what was never there.
+TEST_F(AutomationTest, EveryPointerThatAMemberGivesBackIsSet) {
+    void* const unset = reinterpret_cast<void*>(1);
+    for (const wchar_t* name : Controls) {
+        const auto control = Create(name);
+        const auto object = Query<IOleObject>(control.Get(), IID_IOleObject);
+        const auto view = Query<IViewObject2>(control.Get(), IID_IViewObject2);
+        const auto points = Query<IConnectionPointContainer>(control.Get(), IID_IConnectionPointContainer);
+        const auto isEmptied = [&](const char* member, const auto& call) {
+            void* given = unset;
+            call(&given);
+            EXPECT_EQ(given, nullptr) << member;
+        };
+        isEmptied("GetMoniker", [&](void** out) { object->GetMoniker(1, 1, reinterpret_cast<IMoniker**>(out)); });
+        isEmptied("GetClientSite", [&](void** out) { object->GetClientSite(reinterpret_cast<IOleClientSite**>(out)); });
+        isEmptied("EnumAdvise", [&](void** out) { object->EnumAdvise(reinterpret_cast<IEnumSTATDATA**>(out)); });
+        isEmptied("GetColorSet", [&](void** out) {
+            view->GetColorSet(1, -1, nullptr, nullptr, nullptr, reinterpret_cast<LOGPALETTE**>(out));
+        });
+        isEmptied("GetAdvise",
+                  [&](void** out) { view->GetAdvise(nullptr, nullptr, reinterpret_cast<IAdviseSink**>(out)); });
+        isEmptied("FindConnectionPoint", [&](void** out) {
+            points->FindConnectionPoint(IID_IViewObject, reinterpret_cast<IConnectionPoint**>(out));
+        });
+        isEmptied("GetTypeInfo", [&](void** out) { control->GetTypeInfo(1, 0, reinterpret_cast<ITypeInfo**>(out)); });
+        isEmptied("QueryInterface", [&](void** out) { control->QueryInterface(IID_IStream, out); });
+        DWORD number = 1;
+        EXPECT_EQ(view->Freeze(1, -1, nullptr, &number), E_NOTIMPL);
+        EXPECT_EQ(number, 0u);
+        number = 1;
+        EXPECT_HRESULT_FAILED(object->Advise(nullptr, &number));
+        EXPECT_EQ(number, 0u);
+        DISPPARAMS none{};
+        DISPID dispid = 0;
+        LPOLESTR names[] = {const_cast<LPOLESTR>(L"None")};
+        EXPECT_EQ(control->Invoke(1, IID_IDispatch, 0, DISPATCH_PROPERTYGET, &none, nullptr, nullptr, nullptr),
+                  DISP_E_UNKNOWNINTERFACE);
+        EXPECT_EQ(control->GetIDsOfNames(IID_IDispatch, names, 1, 0, &dispid), DISP_E_UNKNOWNINTERFACE);
+    }
+}
+
+TEST_F(AutomationTest, AnEnumeratorAloneKeepsItsLibrary) {
+    const auto pointsOf = [](IDispatch* object) {
+        ComPtr<IEnumConnectionPoints> points;
+        const auto container = Query<IConnectionPointContainer>(object, IID_IConnectionPointContainer);
+        EXPECT_HRESULT_SUCCEEDED(container->EnumConnectionPoints(points.Out()));
+        return points;
+    };
+    const struct {
+        const wchar_t *library, *className;
+        std::function<ComPtr<IUnknown>(IDispatch*)> enumerate;
+    } rows[] = {
+        {L"daxControls33.ocx", L"DAXControls.GroupEditor",
+         [](IDispatch* editor) {
+             const auto ids = ObjectOf(Call(editor, L"GetChildLessonIDCollection", {Variant(u"")}));
+             return ComPtr<IUnknown>(Call(ids.Get(), L"_NewEnum").punkVal);
+         }},
+        {L"daxControls33.ocx", L"DAXControls.LessonMapEditor",
+         [&](IDispatch* editor) { return ComPtr<IUnknown>(pointsOf(editor).Get()); }},
+        {L"daxControls33.ocx", L"DAXControls.LessonMapEditor",
+         [&](IDispatch* editor) {
+             ComPtr<IConnectionPoint> point;
+             EXPECT_EQ(pointsOf(editor)->Next(1, point.Out(), nullptr), S_OK);
+             ComPtr<IEnumConnections> connections, clone;
+             EXPECT_HRESULT_SUCCEEDED(point->EnumConnections(connections.Out()));
+             EXPECT_HRESULT_SUCCEEDED(connections->Clone(clone.Out()));
+             return ComPtr<IUnknown>(clone.Get());
+         }},
+        {L"contentObjects.dll", L"ContentObjects.Lesson",
+         [](IDispatch* lesson) {
+             return ComPtr<IUnknown>(Call(ObjectOf(Call(lesson, L"Maps")).Get(), L"_NewEnum").punkVal);
+         }},
+    };
+    for (const auto& [library, className, enumerate] : rows) {
+        ComPtr<IUnknown> left = enumerate(Create(className).Get());
+        ASSERT_TRUE(left) << ToUtf8(FromWide(className));
+        const auto canUnload = [name = library] { return CallLibrary(name, "DllCanUnloadNow"); };
+        PumpPending();
+        // A list of points holds its control; the others hold nothing but themselves.
+        EXPECT_EQ(canUnload(), S_FALSE) << &enumerate - &rows[0].enumerate;
+        left.Reset();
+        EXPECT_TRUE(PumpUntil([&] { return canUnload() == S_OK; }));
+    }
+}
+
+// A host's form is one object with an interface for the events of each of its controls.
+TEST_F(AutomationTest, OneObjectHearsEachControlByItsOwnInterface) {
+    class Form final : public TestDispatch<> {
+    public:
+        class Ear final : public TestDispatch<> {
+        public:
+            explicit Ear(Form& form) : form(form) {}
+            STDMETHODIMP QueryInterface(REFIID iid, void** object) override { return form.QueryInterface(iid, object); }
+            STDMETHODIMP_(ULONG) AddRef() override { return form.AddRef(); }
+            STDMETHODIMP_(ULONG) Release() override { return form.Release(); }
+            STDMETHODIMP Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+                heard.push_back(dispid);
+                return S_OK;
+            }
+            GUID events{};
+            std::vector<DISPID> heard;
+
+        private:
+            Form& form;
+        };
+        Ear ears[2]{Ear(*this), Ear(*this)};
+
+    private:
+        void* Find(REFIID iid) override {
+            for (Ear& ear : ears)
+                if (ear.events == iid) return static_cast<IDispatch*>(&ear);
+            return nullptr;
+        }
+    };
+    Form form;
+    const ComPtr<IDispatch> controls[] = {Create(L"DAXControls.GroupEditor"), Create(L"DAXControls.LockManager")};
+    DWORD cookies[2]{};
+    for (size_t i = 0; i < 2; ++i) {
+        const auto info = Query<IProvideClassInfo2>(controls[i].Get(), IID_IProvideClassInfo2);
+        EXPECT_HRESULT_SUCCEEDED(info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &form.ears[i].events));
+    }
+    const auto pointOf = [&](size_t i) {
+        ComPtr<IConnectionPoint> point;
+        const auto container = Query<IConnectionPointContainer>(controls[i].Get(), IID_IConnectionPointContainer);
+        EXPECT_HRESULT_SUCCEEDED(container->FindConnectionPoint(form.ears[i].events, point.Out()));
+        return point;
+    };
+    for (size_t i = 0; i < 2; ++i) EXPECT_HRESULT_SUCCEEDED(pointOf(i)->Advise(&form, &cookies[i]));
+    Call(controls[0].Get(), L"Clear");
+    EXPECT_EQ(form.ears[0].heard, std::vector<DISPID>{1});
+    EXPECT_TRUE(form.ears[1].heard.empty());
+    Put(controls[1].Get(), L"ConnectionString", Variant(u"Provider=Nonsense"));
+    Call(controls[1].Get(), L"Refresh");
+    EXPECT_EQ(form.ears[0].heard.size(), 1u);
+    EXPECT_EQ(form.ears[1].heard.front(), 3) << "the failure";
+    for (size_t i = 0; i < 2; ++i) EXPECT_HRESULT_SUCCEEDED(pointOf(i)->Unadvise(cookies[i]));
+    EXPECT_EQ(form.references, 1u);
+}
+
 TEST_F(AutomationTest, UnregistrationLeavesNothing) {
     Register(false);
     const auto without = ClassKeys();

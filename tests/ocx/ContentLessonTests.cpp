@@ -43,11 +43,7 @@ protected:
 
 // The objects that For Each would give.
 std::vector<ComPtr<IDispatch>> Enumerated(IDispatch* collection) {
-    DISPPARAMS none{};
-    Variant answer;
-    EXPECT_HRESULT_SUCCEEDED(collection->Invoke(DISPID_NEWENUM, IID_NULL, LOCALE_USER_DEFAULT,
-                                                DISPATCH_PROPERTYGET | DISPATCH_METHOD, &none, &answer, nullptr,
-                                                nullptr));
+    const Variant answer = Call(collection, L"_NewEnum");
     std::vector<ComPtr<IDispatch>> objects;
     const auto enumerator = Query<IEnumVARIANT>(answer.punkVal, IID_IEnumVARIANT);
     for (Variant element; enumerator && enumerator->Next(1, &element, nullptr) == S_OK; element = Variant())

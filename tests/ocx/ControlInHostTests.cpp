@@ -91,6 +91,30 @@ TEST_P(ControlInHost, StandsWhereTheHostPutsItHidesAndComesBack) {
     EXPECT_EQ(Picture(stage.control.Get(), 200, 100), picture);
 }
 
+TEST_P(ControlInHost, MovesToAnotherHostWhileActive) {
+    TestSite second;
+    second.place = {30, 40, 130, 90};
+    Stage stage(GetParam());
+    stage.Fill();
+    const auto picture = Picture(stage.control.Get(), 200, 100);
+    EXPECT_HRESULT_SUCCEEDED(stage.object->SetClientSite(&second));
+    EXPECT_TRUE(stage.site.deactivations == 1 && stage.site.uiDeactivations == 1);
+    EXPECT_FALSE(IsChild(stage.site.window, stage.window));
+    EXPECT_EQ(second.activations, 0) << "not before it is shown there";
+    EXPECT_HRESULT_SUCCEEDED(stage.object->DoVerb(OLEIVERB_UIACTIVATE, nullptr, &second, 0, second.window, nullptr));
+    EXPECT_EQ(WindowOf(stage.control.Get()), stage.window) << "the same window";
+    EXPECT_EQ(GetParent(stage.window), second.window);
+    RECT place{};
+    GetWindowRect(stage.window, &place);
+    MapWindowPoints(nullptr, second.window, reinterpret_cast<POINT*>(&place), 2);
+    EXPECT_TRUE(EqualRect(&place, &second.place) && second.activeObject && !stage.site.activeObject);
+    EXPECT_EQ(Picture(stage.control.Get(), 200, 100), picture);
+    second.activeObject.Reset();
+    stage.LetGo();
+    EXPECT_TRUE(stage.IsGone());
+    EXPECT_TRUE(second.deactivations == 1 && second.references == 1);
+}
+
 TEST_P(ControlInHost, SizesComeBackAndPlacesMayComeFirst) {
     TestSite site;
     const auto control = Create(GetParam());

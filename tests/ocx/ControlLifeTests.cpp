@@ -76,6 +76,38 @@ bool Has(const ComPtr<IDispatch>& control, const std::pair<const wchar_t*, Varia
            (value.vt == VT_BOOL ? value.boolVal == property.second.boolVal : value.lVal == property.second.lVal);
 }
 
+// Hears which property has changed.
+class ChangeListener final : public TestDispatch<IPropertyNotifySink> {
+public:
+    explicit ChangeListener(IDispatch* control) {
+        const auto container = Query<IConnectionPointContainer>(control, IID_IConnectionPointContainer);
+        EXPECT_HRESULT_SUCCEEDED(container->FindConnectionPoint(IID_IPropertyNotifySink, point.Out()));
+        TestDispatch<> without;
+        EXPECT_EQ(point->Advise(&without, &cookie), CONNECT_E_CANNOTCONNECT);
+        EXPECT_HRESULT_SUCCEEDED(point->Advise(static_cast<IDispatch*>(this), &cookie));
+        control->GetTypeInfo(0, LOCALE_NEUTRAL, type.Out());
+    }
+    ~ChangeListener() { point->Unadvise(cookie); }
+    STDMETHODIMP OnChanged(DISPID dispid) override {
+        BSTR name = nullptr;
+        UINT count = 0;
+        EXPECT_HRESULT_SUCCEEDED(type->GetNames(dispid, &name, 1, &count));
+        last = std::wstring(name, SysStringLen(name));
+        SysFreeString(name);
+        return S_OK;
+    }
+    STDMETHODIMP OnRequestEdit(DISPID) override { return S_OK; }
+    std::wstring last;
+
+private:
+    void* Find(REFIID iid) override {
+        return iid == IID_IPropertyNotifySink ? static_cast<IPropertyNotifySink*>(this) : nullptr;
+    }
+    ComPtr<IConnectionPoint> point;
+    ComPtr<ITypeInfo> type;
+    DWORD cookie = 0;
+};
+
 } // namespace
 
 TEST_P(ControlLife, IsKeptInBagStreamAndStorage) {
@@ -87,9 +119,11 @@ TEST_P(ControlLife, IsKeptInBagStreamAndStorage) {
         EXPECT_FALSE(IsDirty(first.control));
         first.object->Close(OLECLOSE_SAVEIFDIRTY);
         EXPECT_EQ(first.site.saves, 0);
+        ChangeListener changes(first.control.Get());
         for (const auto& property : kept) {
             EXPECT_FALSE(Has(first.control, property)) << "is the default";
             Put(first.control.Get(), property.first, property.second);
+            EXPECT_EQ(changes.last, property.first);
         }
         EXPECT_EQ(IsDirty(first.control), !kept.empty());
         first.object->Close(OLECLOSE_SAVEIFDIRTY);

@@ -89,10 +89,7 @@ TEST_F(HierarchyControlTest, IdentifiersAreACollectionForHosts) {
     EXPECT_EQ(CodeOf([&] { item(Variant(u"c")); }), HostError(5));
     EXPECT_EQ(CodeOf([&] { item(Variant(ids.Get())); }), HostError(13));
 
-    DISPPARAMS none{};
-    Variant answer;
-    ASSERT_HRESULT_SUCCEEDED(ids->Invoke(DISPID_NEWENUM, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none,
-                                         &answer, nullptr, nullptr));
+    const Variant answer = Call(ids.Get(), L"_NewEnum");
     const auto elements = Query<IEnumVARIANT>(answer.punkVal, IID_IEnumVARIANT);
     ASSERT_TRUE(elements);
     Variant first, more[3];

@@ -126,11 +126,13 @@ public:
         library->Release();
         return result;
     }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* out) override {
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID id, LPOLESTR* names, UINT count, LCID, DISPID* out) override {
+        if (id != IID_NULL) return DISP_E_UNKNOWNINTERFACE; // reserved
         return WithType([=](ITypeInfo& type) { return type.GetIDsOfNames(names, count, out); });
     }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* out,
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID id, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* out,
                                      EXCEPINFO* exception, UINT* wrong) override {
+        if (id != IID_NULL) return DISP_E_UNKNOWNINTERFACE; // reserved
         return WithType([=, this](ITypeInfo& type) {
             return type.Invoke(static_cast<IAccessible*>(this), member, flags, parameters, out, exception, wrong);
         });
@@ -184,7 +186,8 @@ public:
         });
     }
     HRESULT STDMETHODCALLTYPE get_accHelp(VARIANT child, BSTR* out) override { return Nothing(child, out); }
-    HRESULT STDMETHODCALLTYPE get_accHelpTopic(BSTR* file, VARIANT child, LONG*) override {
+    HRESULT STDMETHODCALLTYPE get_accHelpTopic(BSTR* file, VARIANT child, LONG* topic) override {
+        *topic = 0;
         return Nothing(child, file);
     }
     HRESULT STDMETHODCALLTYPE get_accKeyboardShortcut(VARIANT child, BSTR* out) override { return Nothing(child, out); }

@@ -24,8 +24,9 @@ public:
     virtual void InitProperties() = 0;
     virtual void ReadProperties(PropertyBag& bag) = 0;
     virtual void WriteProperties(PropertyBag& bag) = 0;
-    // Called by the control when a property that the bag keeps has changed, so that the host saves it.
-    std::function<void()> PropertyChanged;
+    // Called by the control with the name of a property that the bag keeps when it has changed, so that the host saves
+    // it.
+    std::function<void(const Text&)> PropertyChanged;
 
     // A picture of the control without activation; also without a window.
     virtual void Draw(HDC dc, const RECT& place) = 0;

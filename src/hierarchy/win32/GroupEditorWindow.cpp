@@ -18,8 +18,8 @@ int NumberOf(MouseButton button) {
 } // namespace
 
 GroupEditorWindow::GroupEditorWindow() : WindowBase(L"DAXGroupEditor") {
-    propertyListener = editor->PropertyChanged.Add([this](const Text&) {
-        if (PropertyChanged) PropertyChanged();
+    propertyListener = editor->PropertyChanged.Add([this](const Text& name) {
+        if (PropertyChanged) PropertyChanged(name);
     });
     editor->AttachWindow(treeView.get());
     // The tree is the window's; the editor may live longer, held by whoever is calling it.

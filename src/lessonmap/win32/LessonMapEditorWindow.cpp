@@ -25,8 +25,8 @@ private:
 } // namespace
 
 LessonMapEditorWindow::LessonMapEditorWindow() : WindowBase(L"DAXLessonMapEditor") {
-    propertyListener = editor->PropertyChanged.Add([this](const Text&) {
-        if (PropertyChanged && !isReading) PropertyChanged();
+    propertyListener = editor->PropertyChanged.Add([this](const Text& name) {
+        if (PropertyChanged && !isReading) PropertyChanged(name);
     });
     boxListener = editor->CheckboxesChanged.Add([this] { UseBoxes(); });
     editor->SetWindow(treeView.get());

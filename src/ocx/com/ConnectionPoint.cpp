@@ -10,12 +10,7 @@ namespace dax {
 
 namespace {
 
-struct HeldConnection {
-    ComPtr<IUnknown> sink;
-    DWORD cookie;
-};
-
-CONNECTDATA GiveConnection(const HeldConnection& held) {
+CONNECTDATA GiveConnection(const ConnectionPoint::Connection& held) {
     held.sink->AddRef();
     return {held.sink.Get(), held.cookie};
 }
@@ -26,21 +21,15 @@ IConnectionPoint* GivePoint(const ComPtr<IConnectionPoint>& held) {
 }
 
 using ConnectionEnumerator =
-    Enumerator<IEnumConnections, IID_IEnumConnections, CONNECTDATA, HeldConnection, GiveConnection>;
+    Enumerator<IEnumConnections, IID_IEnumConnections, CONNECTDATA, ConnectionPoint::Connection, GiveConnection>;
 using PointEnumerator = Enumerator<IEnumConnectionPoints, IID_IEnumConnectionPoints, IConnectionPoint*,
                                    ComPtr<IConnectionPoint>, GivePoint>;
 
 } // namespace
 
-std::vector<ComPtr<IUnknown>> ConnectionPoint::Sinks() const {
-    std::vector<ComPtr<IUnknown>> result;
-    for (const Connection& connection : connections) result.push_back(connection.sink);
-    return result;
-}
-
-bool ConnectionPoint::IsConnected(const IUnknown* sink) const {
+bool ConnectionPoint::IsConnected(DWORD cookie) const {
     return std::any_of(connections.begin(), connections.end(),
-                       [sink](const Connection& connection) { return connection.sink.Get() == sink; });
+                       [cookie](const Connection& connection) { return connection.cookie == cookie; });
 }
 
 void ConnectionPoint::DisconnectAll() {
@@ -70,10 +59,10 @@ HRESULT ConnectionPoint::GetConnectionPointContainer(IConnectionPointContainer**
 }
 
 HRESULT ConnectionPoint::Advise(IUnknown* sink, DWORD* cookie) {
+    if (cookie) *cookie = 0;
     if (!sink || !cookie) return E_POINTER;
-    *cookie = 0;
     ComPtr<IUnknown> wanted = Query<IUnknown>(sink, sinkInterface);
-    if (!wanted) wanted = Query<IUnknown>(sink, IID_IDispatch); // scripts' sinks know only this one
+    if (!wanted && kind == Kind::Events) wanted = Query<IUnknown>(sink, IID_IDispatch);
     if (!wanted) return CONNECT_E_CANNOTCONNECT;
     try {
         connections.push_back({++lastCookie, std::move(wanted)});
@@ -94,10 +83,10 @@ HRESULT ConnectionPoint::Unadvise(DWORD cookie) {
 }
 
 HRESULT ConnectionPoint::EnumConnections(IEnumConnections** result) {
+    if (!result) return E_POINTER;
+    *result = nullptr;
     try {
-        std::vector<HeldConnection> held;
-        for (const Connection& connection : connections) held.push_back({connection.sink, connection.cookie});
-        return ConnectionEnumerator::Create(std::move(held), result);
+        return ConnectionEnumerator::Create(connections, result);
     } catch (...) {
         return E_OUTOFMEMORY;
     }
@@ -105,11 +94,11 @@ HRESULT ConnectionPoint::EnumConnections(IEnumConnections** result) {
 
 void FireEvent(const ConnectionPoint& point, DISPID event, std::span<Variant> arguments) {
     std::vector<Variant> reversed(arguments.rbegin(), arguments.rend());
-    for (const ComPtr<IUnknown>& sink : point.Sinks()) {
-        if (!point.IsConnected(sink.Get())) continue; // an earlier sink has disconnected it
-        // Query answers the events' own interface or IDispatch: both are an IDispatch.
-        const auto dispatch = Query<IDispatch>(sink.Get(), IID_IDispatch);
-        if (!dispatch) continue;
+    for (const auto& connection : point.Connections()) {
+        if (!point.IsConnected(connection.cookie)) continue; // an earlier sink has disconnected it
+        // Connected as the events' own interface or as IDispatch: both are an IDispatch. Asked for it again, a sink of
+        // several controls would answer the one that it was made for first.
+        auto* const dispatch = static_cast<IDispatch*>(connection.sink.Get());
         DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
         Variant result;
         dispatch->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, &result, nullptr, nullptr);

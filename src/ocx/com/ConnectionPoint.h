@@ -14,13 +14,20 @@ namespace dax {
 // A part of its owner: shares the owner's count.
 class ConnectionPoint final : public IConnectionPoint {
 public:
-    ConnectionPoint(IConnectionPointContainer& owner, const IID& sinkInterface)
-        : owner(owner), sinkInterface(sinkInterface) {}
+    struct Connection {
+        DWORD cookie;
+        ComPtr<IUnknown> sink; // the pointer that the sink answered for this interface; it may have several
+    };
+    // Sinks of events may know IDispatch alone, as scripts' do.
+    enum class Kind { Events, Interface };
+
+    ConnectionPoint(IConnectionPointContainer& owner, const IID& sinkInterface, Kind kind)
+        : owner(owner), sinkInterface(sinkInterface), kind(kind) {}
 
     const IID& SinkInterface() const { return sinkInterface; }
     // A copy: sinks may come and go while they are called.
-    std::vector<ComPtr<IUnknown>> Sinks() const;
-    bool IsConnected(const IUnknown* sink) const;
+    std::vector<Connection> Connections() const { return connections; }
+    bool IsConnected(DWORD cookie) const;
     void DisconnectAll();
 
     STDMETHODIMP QueryInterface(REFIID iid, void** object) override;
@@ -33,18 +40,15 @@ public:
     STDMETHODIMP EnumConnections(IEnumConnections** result) override;
 
 private:
-    struct Connection {
-        DWORD cookie;
-        ComPtr<IUnknown> sink;
-    };
-
     IConnectionPointContainer& owner;
     const IID& sinkInterface;
+    const Kind kind;
     std::vector<Connection> connections;
     DWORD lastCookie = 0;
 };
 
-// Calls an event on every sink in turn, arguments in their documented order. A sink that fails is passed over.
+// Calls an event on every sink of a point of events in turn, arguments in their documented order. A sink that fails is
+// passed over.
 void FireEvent(const ConnectionPoint& point, DISPID event, std::span<Variant> arguments);
 
 // For IConnectionPointContainer::EnumConnectionPoints.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ocx/com/ComPtr.h"
+#include "ocx/com/Library.h"
 
 #include <memory>
 #include <new>
@@ -16,7 +17,7 @@ class Enumerator final : public Interface {
 public:
     using List = std::shared_ptr<const std::vector<Held>>;
 
-    explicit Enumerator(List list, size_t next = 0) : list(std::move(list)), next(next) {}
+    explicit Enumerator(List list, size_t next = 0) : list(std::move(list)), next(next) { Module::Lock(); }
 
     // Fails with E_OUTOFMEMORY only.
     static HRESULT Create(std::vector<Held> elements, Interface** result) {
@@ -40,6 +41,7 @@ public:
     }
 
     STDMETHODIMP Next(ULONG count, Element* elements, ULONG* fetched) override {
+        if (fetched) *fetched = 0;
         if (!elements || (!fetched && count != 1)) return E_POINTER;
         ULONG given = 0;
         try {
@@ -67,7 +69,7 @@ public:
     }
 
 private:
-    ~Enumerator() = default;
+    ~Enumerator() { Module::Unlock(); }
 
     List list;
     size_t next;

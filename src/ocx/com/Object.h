@@ -115,11 +115,13 @@ public:
         (*info)->AddRef();
         return S_OK;
     }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* dispids) override {
+    STDMETHODIMP GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID, DISPID* dispids) override {
+        if (iid != IID_NULL) return DISP_E_UNKNOWNINTERFACE; // reserved
         return typeInfo->GetIDsOfNames(names, count, dispids);
     }
-    STDMETHODIMP Invoke(DISPID dispid, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
+    STDMETHODIMP Invoke(DISPID dispid, REFIID iid, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                         EXCEPINFO* exception, UINT* argument) override {
+        if (iid != IID_NULL) return DISP_E_UNKNOWNINTERFACE; // reserved
         const typename Base::Keeper keeper(*this);
         SetErrorInfo(0, nullptr);
         // Not every script engine knows that the enumeration is a property.

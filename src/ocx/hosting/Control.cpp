@@ -9,10 +9,10 @@
 namespace dax {
 
 Control::Control(const ClassEntry& entry, std::unique_ptr<ControlWindow> created)
-    : ClassObject(entry), window(std::move(created)), events(*this, entry.events ? *entry.events : IID_NULL),
-      propertySinks(*this, IID_IPropertyNotifySink) {
+    : ClassObject(entry), window(std::move(created)), events(*this, entry.events ? *entry.events : IID_NULL, ConnectionPoint::Kind::Events),
+      propertySinks(*this, IID_IPropertyNotifySink, ConnectionPoint::Kind::Interface) {
     window->FocusChanged = [this](bool isInside) { FocusMoved(isInside); };
-    window->PropertyChanged = [this] { PropertyChanged(); };
+    window->PropertyChanged = [this](const Text& name) { PropertyChanged(name); };
 }
 
 Control::~Control() = default;
@@ -72,16 +72,31 @@ void Control::Fire(DISPID event, std::initializer_list<Variant> arguments) {
     FireEvent(events, event, list);
 }
 
-void Control::PropertyChanged() {
+void Control::PropertyChanged(const Text& name) {
     const Keeper keeper(*this);
     isDirty = true;
-    for (const ComPtr<IUnknown>& sink : propertySinks.Sinks())
-        if (const auto notified = Query<IPropertyNotifySink>(sink.Get(), IID_IPropertyNotifySink))
-            notified->OnChanged(DISPID_UNKNOWN);
+    const auto connections = propertySinks.Connections();
+    const DISPID dispid = connections.empty() ? DISPID_UNKNOWN : DispidOf(name);
+    for (const auto& connection : connections)
+        if (propertySinks.IsConnected(connection.cookie))
+            static_cast<IPropertyNotifySink*>(connection.sink.Get())->OnChanged(dispid);
     ViewChanged();
 }
 
+DISPID Control::DispidOf(const Text& property) {
+    DISPID dispid = DISPID_UNKNOWN;
+    ComPtr<IDispatch> self;
+    std::wstring name = ToWide(property);
+    LPOLESTR names[] = {name.data()};
+    if (FAILED(FindInterface(IID_IDispatch, self.OutVoid())) ||
+        FAILED(self->GetIDsOfNames(IID_NULL, names, 1, LOCALE_NEUTRAL, &dispid)))
+        return DISPID_UNKNOWN;
+    return dispid;
+}
+
 HRESULT Control::EnumConnectionPoints(IEnumConnectionPoints** result) {
+    if (!result) return E_POINTER;
+    *result = nullptr;
     return Guard([&] {
         std::vector<ComPtr<IConnectionPoint>> points;
         for (ConnectionPoint* point : {&events, &propertySinks}) points.emplace_back(point);

@@ -29,9 +29,9 @@ public:
     STDMETHODIMP SetHostNames(LPCOLESTR, LPCOLESTR) override { return S_OK; }
     STDMETHODIMP Close(DWORD saveOption) override;
     STDMETHODIMP SetMoniker(DWORD, IMoniker*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetMoniker(DWORD, DWORD, IMoniker**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetMoniker(DWORD, DWORD, IMoniker** moniker) override { return Nothing(moniker, E_NOTIMPL); }
     STDMETHODIMP InitFromData(IDataObject*, BOOL, DWORD) override { return E_NOTIMPL; }
-    STDMETHODIMP GetClipboardData(DWORD, IDataObject**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetClipboardData(DWORD, IDataObject** data) override { return Nothing(data, E_NOTIMPL); }
     STDMETHODIMP DoVerb(LONG verb, LPMSG message, IOleClientSite*, LONG, HWND, LPCRECT place) override;
     STDMETHODIMP EnumVerbs(IEnumOLEVERB** result) override;
     STDMETHODIMP Update() override { return S_OK; }
@@ -66,8 +66,10 @@ public:
     // IViewObject2
     STDMETHODIMP Draw(DWORD aspect, LONG, void*, DVTARGETDEVICE*, HDC, HDC dc, LPCRECTL bounds, LPCRECTL,
                       BOOL(CALLBACK*)(ULONG_PTR), ULONG_PTR) override;
-    STDMETHODIMP GetColorSet(DWORD, LONG, void*, DVTARGETDEVICE*, HDC, LOGPALETTE**) override { return S_FALSE; }
-    STDMETHODIMP Freeze(DWORD, LONG, void*, DWORD*) override { return E_NOTIMPL; }
+    STDMETHODIMP GetColorSet(DWORD, LONG, void*, DVTARGETDEVICE*, HDC, LOGPALETTE** colors) override {
+        return Nothing(colors, S_FALSE);
+    }
+    STDMETHODIMP Freeze(DWORD, LONG, void*, DWORD* key) override { return Nothing(key, E_NOTIMPL); }
     STDMETHODIMP Unfreeze(DWORD) override { return E_NOTIMPL; }
     STDMETHODIMP SetAdvise(DWORD aspects, DWORD flags, IAdviseSink* sink) override;
     STDMETHODIMP GetAdvise(DWORD* aspects, DWORD* flags, IAdviseSink** sink) override;
@@ -106,11 +108,20 @@ protected:
     void ViewChanged();
 
 private:
+    // What a member answers that has nothing to give: the caller's variable is emptied all the same.
+    template <typename Result>
+    static HRESULT Nothing(Result* result, HRESULT code) {
+        if (!result) return E_POINTER;
+        *result = {};
+        return code;
+    }
+
     HRESULT ActivateInPlace();
     HRESULT ActivateUI(); // in place first, if need be
     void HideWindow();
     void FocusMoved(bool isInside);
-    void PropertyChanged();
+    void PropertyChanged(const Text& name);
+    DISPID DispidOf(const Text& property); // DISPID_UNKNOWN: none of that name
     void MoveWindowTo(const RECT& place, const RECT& visible);
     void Become(PropertyBag* bag); // null: default properties
     void ReadAmbient();

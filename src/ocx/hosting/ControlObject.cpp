@@ -10,7 +10,7 @@ namespace dax {
 HRESULT Control::SetClientSite(IOleClientSite* client) {
     return Guard([&] {
         if (client == site.Client()) return;
-        if (!client) InPlaceDeactivate();
+        InPlaceDeactivate(); // the former host hears of it; the window goes to the new one when it is shown there
         site.Set(client);
         if (client && isReady) ReadAmbient();
     });
@@ -58,6 +58,7 @@ HRESULT Control::DoVerb(LONG verb, LPMSG, IOleClientSite*, LONG, HWND, LPCRECT w
 
 HRESULT Control::EnumVerbs(IEnumOLEVERB** result) {
     if (!result) return E_POINTER;
+    *result = nullptr;
     return OleRegEnumVerbs(*Entry().clsid, result);
 }
 
@@ -81,8 +82,8 @@ HRESULT Control::SetExtent(DWORD aspect, SIZEL* size) {
 }
 
 HRESULT Control::GetExtent(DWORD aspect, SIZEL* size) {
+    if (aspect != DVASPECT_CONTENT) return Nothing(size, DV_E_DVASPECT);
     if (!size) return E_POINTER;
-    if (aspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
     return Guard([&] {
         const bool isSet = extent.cx > 0 && extent.cy > 0;
         *size = isSet ? extent : PixelsToHimetric(window->PreferredSize(dpi), dpi);
@@ -90,6 +91,8 @@ HRESULT Control::GetExtent(DWORD aspect, SIZEL* size) {
 }
 
 HRESULT Control::Advise(IAdviseSink* sink, DWORD* cookie) {
+    if (cookie) *cookie = 0;
+    if (!sink || !cookie) return E_POINTER;
     if (!adviseHolder) {
         const HRESULT result = CreateOleAdviseHolder(adviseHolder.Out());
         if (FAILED(result)) return result;

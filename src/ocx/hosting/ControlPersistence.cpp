@@ -41,6 +41,7 @@ HRESULT Control::Save(IStream* stream, BOOL isClearing) {
 
 HRESULT Control::GetSizeMax(ULARGE_INTEGER* size) {
     if (!size) return E_POINTER;
+    *size = {};
     return Run([&] {
         ComPtr<IStream> memory;
         Check(CreateStreamOnHGlobal(nullptr, TRUE, memory.Out()));
