@@ -11,6 +11,7 @@ TYPES = {"vt2": "Integer", "vt3": "Long", "vt4": "Single", "vt5": "Double", "vt7
          "vt9": "Object", "vt9*": "Object", "vt11": "Boolean", "vt12": "Variant", "vt13": "Unknown", "vt24": "",
          "vt19": "OLE_COLOR", "vt22": "Long", "vt23": "Long"}
 KINDS = {1: "method", 2: "get", 4: "let", 8: "set"}
+REMARKS = {"trap": "Traps, which stay as they are documented", "ours": "Decided here, where the documentation is silent"}
 ENUMERATION, COCLASS = 0, 5
 ENUMERATOR = "_NewEnum"  # what For Each uses
 MEMBER = re.compile(r'  member (-?\d+) slot \d+ flags \d+ kind (\d+) (\S+) (\w+)\((.*)\) "(.*)"$')
@@ -89,7 +90,28 @@ def write_members(out, members):
         out.append("")
 
 
-def write_class(out, library, coclass, types):
+def read_remarks():
+    remarks = {}
+    with open(os.path.join(ROOT, "tools", "lib", "remarks.txt"), encoding="utf-8") as file:
+        for line in file:
+            if line.startswith("#"):
+                continue
+            name, kind, text = line.rstrip("\n").split(" ", 2)
+            if kind not in REMARKS:
+                sys.exit(f"tools/lib/remarks.txt: {kind} is no kind of remark: {line}")
+            remarks.setdefault(name, []).append((kind, text))
+    return remarks
+
+
+def write_remarks(out, remarks):
+    for kind, title in REMARKS.items():
+        if chosen := [text for each, text in remarks if each == kind]:
+            out.append(f"{title}:\n")
+            out.extend(f"- {text}" for text in chosen)
+            out.append("")
+
+
+def write_class(out, library, coclass, types, remarks):
     out.append(f"### {coclass.name}\n\n`{library}.{coclass.name}`: {coclass.text}.\n")
     if os.path.exists(os.path.join(ROOT, "docs", "images", f"{coclass.name}.png")):
         out.append(f"![{coclass.name}](images/{coclass.name}.png)\n")
@@ -104,6 +126,7 @@ def write_class(out, library, coclass, types):
             out.append("")
         elif not flags & 2:
             write_members(out, members)
+    write_remarks(out, remarks)
 
 
 def read_meanings():
@@ -126,21 +149,24 @@ def manual():
     out = ["# Reference", "",
            "Every class, member, event and enumeration of the two type libraries, in their order. Made by",
            "`python3 tools/lib/manual.py` from what the tests compare the libraries with; do not edit it by hand.",
+           "Below a class stand its traps, and what was decided here where the documentation of the controls is silent.",
            "Arguments in brackets may be left out. [errors.md](errors.md) lists the error numbers,",
            "[connections.md](connections.md) the connection strings.", "",
            "    tools/wine ocx_tests.exe --gtest_filter='TypeLibraryTest.*'     the libraries are as this page says",
            "    python3 tools/checks/reference.py                               so is this page", ""]
-    meanings = read_meanings()
+    meanings, remarks = read_meanings(), read_remarks()
     for library in ("DAXControls", "ContentObjects"):
         types = {entry.name: entry
                  for entry in read_library(os.path.join(ROOT, "tests", "ocx", f"{library}.snapshot.txt"))}
         out.append(f"## {library}\n")
         for entry in types.values():
             if entry.kind == COCLASS:
-                write_class(out, library, entry, types)
+                write_class(out, library, entry, types, remarks.pop(entry.name, []))
         enumerations = [entry for entry in types.values() if entry.kind == ENUMERATION]
         if enumerations:
             write_enumerations(out, enumerations, meanings)
+    if remarks:
+        sys.exit(f"tools/lib/remarks.txt: no such class: {', '.join(remarks)}")
     if meanings:
         sys.exit(f"tools/lib/enumerations.txt: no such value: {', '.join(meanings)}")
     return "\n".join(out).rstrip("\n") + "\n"
