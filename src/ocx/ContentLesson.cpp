@@ -1,8 +1,8 @@
 // A lesson and its collections.
 #include "ocx/ContentLesson.h"
 
-#include "content/LessonText.h"
 #include "base/Error.h"
+#include "content/LessonText.h"
 
 namespace dax {
 

@@ -209,7 +209,14 @@ private:
 std::shared_ptr<GroupEditor> HierarchyOf(_GroupEditor* editor) {
     if (!editor) return nullptr;
     const auto own = Query<_GroupEditor>(editor, OwnEditor);
-    if (!own) throw Error(ErrorNumbers::TypeMismatch, u"Type mismatch");
+    if (!own) {
+        // Every proxy has that interface, and nothing else has: the editor itself is elsewhere.
+        const bool isElsewhere = static_cast<bool>(Query<IUnknown>(editor, IID_IClientSecurity));
+        throw Error(ErrorNumbers::TypeMismatch,
+                    isElsewhere ? u"The GroupEditor belongs to another thread or process. A panel can be updated only "
+                                  u"from an editor that was created in its own thread."
+                                : u"Type mismatch");
+    }
     return static_cast<GroupEditorControl*>(own.Get())->Editor();
 }
 

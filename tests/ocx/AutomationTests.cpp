@@ -81,10 +81,10 @@ TEST_F(AutomationTest, EveryClassAnswersTheInterfacesHostsAskFor) {
     for (const wchar_t* name : Controls) {
         const auto object = Create(name);
         const auto identity = Query<IUnknown>(object.Get(), IID_IUnknown);
-        for (const IID* iid :
-             {&IID_IOleObject, &IID_IOleControl, &IID_IOleInPlaceObject, &IID_IOleInPlaceActiveObject,
-              &IID_IViewObject2, &IID_IPersistStreamInit, &IID_IPersistStorage, &IID_IPersistPropertyBag,
-              &IID_IConnectionPointContainer, &IID_IProvideClassInfo2, &IID_ISupportErrorInfo}) {
+        for (const IID* iid : {&IID_IOleObject, &IID_IOleControl, &IID_IOleInPlaceObject, &IID_IOleInPlaceActiveObject,
+                               &IID_IViewObject2, &IID_IDataObject, &IID_IPersistStream, &IID_IPersistStreamInit,
+                               &IID_IPersistStorage, &IID_IPersistPropertyBag, &IID_IConnectionPointContainer,
+                               &IID_IProvideClassInfo2, &IID_ISupportErrorInfo}) {
             const auto found = Query<IUnknown>(object.Get(), *iid);
             ASSERT_TRUE(found);
             EXPECT_EQ(Query<IUnknown>(found.Get(), IID_IUnknown).Get(), identity.Get()) << "one identity";
@@ -92,6 +92,30 @@ TEST_F(AutomationTest, EveryClassAnswersTheInterfacesHostsAskFor) {
         ComPtr<IUnknown> inner;
         CLSID clsid{};
         CLSIDFromProgID(name, &clsid);
+        const auto control = Query<IOleObject>(object.Get(), IID_IOleObject);
+        for (const DWORD form : {USERCLASSTYPE_FULL, USERCLASSTYPE_SHORT, USERCLASSTYPE_APPNAME}) {
+            LPOLESTR said = nullptr, registered = nullptr;
+            EXPECT_HRESULT_SUCCEEDED(control->GetUserType(form, &said));
+            EXPECT_HRESULT_SUCCEEDED(OleRegGetUserType(clsid, form, &registered));
+            EXPECT_STREQ(said, registered) << form;
+            CoTaskMemFree(said);
+            CoTaskMemFree(registered);
+        }
+        ComPtr<IEnumOLEVERB> said, registered;
+        EXPECT_HRESULT_SUCCEEDED(control->EnumVerbs(said.Out()));
+        ASSERT_HRESULT_SUCCEEDED(OleRegEnumVerbs(clsid, registered.Out()));
+        OLEVERB verb{}, other{};
+        for (int i = 0; i < 2; ++i) {
+            const HRESULT more = said->Next(1, &verb, nullptr);
+            EXPECT_EQ(more, i == 0 ? S_OK : S_FALSE);
+            EXPECT_EQ(registered->Next(1, &other, nullptr), more);
+            if (more != S_OK) break;
+            EXPECT_STREQ(verb.lpszVerbName, other.lpszVerbName);
+            EXPECT_TRUE(verb.lVerb == other.lVerb && verb.fuFlags == other.fuFlags);
+            EXPECT_EQ(verb.grfAttribs, other.grfAttribs);
+            CoTaskMemFree(verb.lpszVerbName);
+            CoTaskMemFree(other.lpszVerbName);
+        }
         EXPECT_EQ(CoCreateInstance(clsid, object.Get(), CLSCTX_INPROC_SERVER, IID_IUnknown, inner.OutVoid()),
                   CLASS_E_NOAGGREGATION);
     }

@@ -115,6 +115,132 @@ TEST_P(ControlInHost, MovesToAnotherHostWhileActive) {
     EXPECT_TRUE(second.deactivations == 1 && second.references == 1);
 }
 
+// What is not the colour of the ground, as a box in thousandths of the picture.
+RECT InkOf(const std::vector<DWORD>& picture, int width) {
+    const int height = static_cast<int>(picture.size()) / width;
+    RECT ink{width, height, 0, 0};
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            if (picture[static_cast<size_t>(y * width + x)] != 0xFFFFFF) {
+                ink = {std::min<LONG>(ink.left, x), std::min<LONG>(ink.top, y), std::max<LONG>(ink.right, x + 1),
+                       std::max<LONG>(ink.bottom, y + 1)};
+            }
+    return {ink.left * 1000 / width, ink.top * 1000 / height, ink.right * 1000 / width, ink.bottom * 1000 / height};
+}
+
+TEST_P(ControlInHost, PrintsAsItLooksOnTheScreen) {
+    Stage stage(GetParam());
+    stage.Fill();
+    const RECT size{10, 10, 210, 160};
+    stage.inPlace->SetObjectRects(&size, nullptr);
+    const RECT onScreen = InkOf(Picture(stage.control.Get(), 200, 150), 200);
+    const auto view = Query<IViewObject2>(stage.control.Get(), IID_IViewObject2);
+    // Each way of recording 200 by 150 pixels, or as much at 600 dots per inch.
+    const struct {
+        const char* name;
+        RECTL bounds;
+        bool isOlder;
+    } rows[] = {
+        {"96", {0, 0, 200, 150}, false}, {"600", {0, 0, 1250, 938}, false}, {"older", {0, 0, 5292, 3969}, true}};
+    for (const auto& [name, bounds, isOlder] : rows) {
+        SCOPED_TRACE(name);
+        const HDC recording =
+            isOlder ? CreateMetaFileW(nullptr) : CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr);
+        if (isOlder) {
+            SetMapMode(recording, MM_ANISOTROPIC);
+            SetWindowOrgEx(recording, 0, 0, nullptr);
+            SetWindowExtEx(recording, bounds.right, bounds.bottom, nullptr);
+        }
+        EXPECT_HRESULT_SUCCEEDED(view->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, recording, &bounds,
+                                            isOlder ? &bounds : nullptr, nullptr, 0));
+        const HMETAFILE older = isOlder ? CloseMetaFile(recording) : nullptr;
+        const HENHMETAFILE file = isOlder ? nullptr : CloseEnhMetaFile(recording);
+        const UINT bytes = isOlder ? GetMetaFileBitsEx(older, 0, nullptr) : GetEnhMetaFileBits(file, 0, nullptr);
+        EXPECT_GT(bytes, 100u);
+        EXPECT_LT(bytes, 100000u);
+        const auto played = DrawnPicture(400, 300, [&](HDC dc) {
+            const RECT all{0, 0, 400, 300};
+            FillRect(dc, &all, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
+            if (!isOlder) {
+                ENHMETAHEADER header{};
+                GetEnhMetaFileHeader(file, sizeof header, &header);
+                // What it shows, not what has been drawn, fills the place.
+                const RECT shown{0, 0, MulDiv(400, header.rclBounds.right + 1, bounds.right),
+                                 MulDiv(300, header.rclBounds.bottom + 1, bounds.bottom)};
+                PlayEnhMetaFile(dc, file, &shown);
+                return;
+            }
+            SetMapMode(dc, MM_ANISOTROPIC);
+            SetViewportExtEx(dc, 400, 300, nullptr);
+            PlayMetaFile(dc, older);
+        });
+        const RECT ink = InkOf(played, 400);
+        EXPECT_NEAR(ink.left, onScreen.left, 20);
+        EXPECT_NEAR(ink.top, onScreen.top, 20);
+        EXPECT_NEAR(ink.right, onScreen.right, 60);
+        EXPECT_NEAR(ink.bottom, onScreen.bottom, 40);
+        if (!isOlder) {
+            int texts = 0;
+            EnumEnhMetaFile(
+                nullptr, file,
+                [](HDC, HANDLETABLE*, const ENHMETARECORD* record, int, LPARAM count) {
+                    if (record->iType == EMR_EXTTEXTOUTW) ++*reinterpret_cast<int*>(count);
+                    return 1;
+                },
+                &texts, nullptr);
+            EXPECT_GT(texts, 0) << "texts are texts";
+        }
+        DeleteMetaFile(older);
+        DeleteEnhMetaFile(file);
+    }
+    constexpr RECTL plane{INT_MIN, INT_MIN, INT_MAX, INT_MAX}, aside{INT_MAX - 5, INT_MIN, INT_MAX, INT_MAX};
+    for (const RECTL& large : {plane, aside})
+        DrawnPicture(20, 20, [&](HDC dc) {
+            EXPECT_HRESULT_SUCCEEDED(
+                view->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, dc, &large, nullptr, nullptr, 0));
+        });
+}
+
+TEST_P(ControlInHost, GoesToTheClipboardAsPictureAndText) {
+    Stage stage(GetParam());
+    stage.Fill();
+    ComPtr<IDataObject> data;
+    ASSERT_HRESULT_SUCCEEDED(stage.object->GetClipboardData(0, data.Out()));
+    stage.LetGo(); // the data lives on
+    const bool isPanel = std::string(GetParam().name).ends_with("Info");
+    std::vector<CLIPFORMAT> formats;
+    ComPtr<IEnumFORMATETC> list;
+    ASSERT_HRESULT_SUCCEEDED(data->EnumFormatEtc(DATADIR_GET, list.Out()));
+    for (FORMATETC format{}; list->Next(1, &format, nullptr) == S_OK;) {
+        formats.push_back(format.cfFormat);
+        STGMEDIUM medium{};
+        EXPECT_HRESULT_SUCCEEDED(data->GetData(&format, &medium));
+        EXPECT_EQ(medium.tymed, format.tymed);
+        ReleaseStgMedium(&medium);
+    }
+    EXPECT_EQ(formats.size(), isPanel ? 3u : 2u);
+    FORMATETC other{CF_BITMAP, nullptr, DVASPECT_CONTENT, -1, TYMED_GDI};
+    EXPECT_EQ(data->QueryGetData(&other), DV_E_FORMATETC);
+    ASSERT_HRESULT_SUCCEEDED(OleSetClipboard(data.Get()));
+    EXPECT_HRESULT_SUCCEEDED(OleFlushClipboard());
+    data.Reset();
+    list.Reset();
+    ASSERT_TRUE(OpenClipboard(nullptr));
+    const auto picture = static_cast<HENHMETAFILE>(GetClipboardData(CF_ENHMETAFILE));
+    EXPECT_GT(GetEnhMetaFileBits(picture, 0, nullptr), 100u);
+    const HANDLE text = GetClipboardData(CF_UNICODETEXT);
+    EXPECT_EQ(text != nullptr, isPanel);
+    if (text) {
+        const std::wstring words = static_cast<const wchar_t*>(GlobalLock(text));
+        GlobalUnlock(text);
+        EXPECT_NE(words.find(GetParam().name == std::string("LessonInfo") ? L"4 lessons" : L"reading guide"),
+                  std::wstring::npos)
+            << ToUtf8(FromWide(words));
+    }
+    EmptyClipboard();
+    CloseClipboard();
+}
+
 TEST_P(ControlInHost, SizesComeBackAndPlacesMayComeFirst) {
     TestSite site;
     const auto control = Create(GetParam());

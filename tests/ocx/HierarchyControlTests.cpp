@@ -2,6 +2,8 @@
 #include "Course.h"
 #include "TestSite.h"
 
+#include <thread>
+
 namespace dax::test {
 
 namespace {
@@ -98,6 +100,42 @@ TEST_F(HierarchyControlTest, IdentifiersAreACollectionForHosts) {
     EXPECT_EQ(elements->Next(3, more, &fetched), S_FALSE);
     EXPECT_EQ(fetched, 2u);
     EXPECT_EQ(TextOf(first) + TextOf(more[0]) + TextOf(more[1]), u"abg");
+}
+
+TEST_F(HierarchyControlTest, PanelsSayWhyAnEditorOfAnotherThreadIsNotForThem) {
+    ComPtr<IStream> parcel;
+    const HANDLE isMade = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    DWORD threadId = 0;
+    std::thread owner([&] {
+        OleInitialize(nullptr);
+        {
+            const auto editor = Create(L"DAXControls.GroupEditor");
+            EXPECT_HRESULT_SUCCEEDED(CoMarshalInterThreadInterfaceInStream(IID_IDispatch, editor.Get(), parcel.Out()));
+            threadId = GetCurrentThreadId();
+            SetEvent(isMade);
+            for (MSG message; GetMessageW(&message, nullptr, 0, 0) > 0;) DispatchMessageW(&message);
+        }
+        OleUninitialize();
+    });
+    WaitForSingleObject(isMade, INFINITE);
+    {
+        ComPtr<IDispatch> editor;
+        EXPECT_HRESULT_SUCCEEDED(CoUnmarshalInterface(parcel.Get(), IID_IDispatch, editor.OutVoid()));
+        EXPECT_EQ(NumberOf(Call(editor.Get(), L"NodeCount")), 0) << "itself it can be used";
+        for (const wchar_t* name : {L"DAXControls.LessonInfo", L"DAXControls.LockInfo"}) {
+            const auto panel = Create(name);
+            try {
+                Call(panel.Get(), L"UpdateFrom", {Variant(editor.Get())});
+                ADD_FAILURE() << "the editor is elsewhere";
+            } catch (const Failure& failure) {
+                EXPECT_EQ(failure.code, HostError(13));
+                EXPECT_NE(failure.description.find(u"another thread"), Text::npos) << ToUtf8(failure.description);
+            }
+        }
+    }
+    PostThreadMessageW(threadId, WM_QUIT, 0, 0);
+    owner.join();
+    CloseHandle(isMade);
 }
 
 TEST_F(HierarchyControlTest, PropertiesGoToAutomationAndBack) {

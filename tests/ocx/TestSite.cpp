@@ -80,16 +80,14 @@ HWND WindowOf(IUnknown* control) {
     return window;
 }
 
-// A picture of the control as rows of pixels.
-std::vector<DWORD> Picture(IUnknown* control, int width, int height) {
+std::vector<DWORD> DrawnPicture(int width, int height, const std::function<void(HDC)>& draw) {
     BITMAPINFO info{};
     info.bmiHeader = {sizeof info.bmiHeader, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
     void* bits = nullptr;
     const HDC dc = CreateCompatibleDC(nullptr);
     const HBITMAP bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
     const HGDIOBJ former = SelectObject(dc, bitmap);
-    const RECTL bounds{0, 0, width, height};
-    EXPECT_HRESULT_SUCCEEDED(OleDraw(control, DVASPECT_CONTENT, dc, reinterpret_cast<const RECT*>(&bounds)));
+    draw(dc);
     GdiFlush();
     const auto* pixels = static_cast<const DWORD*>(bits);
     std::vector<DWORD> result(pixels, pixels + width * height);
@@ -98,6 +96,13 @@ std::vector<DWORD> Picture(IUnknown* control, int width, int height) {
     DeleteObject(bitmap);
     DeleteDC(dc);
     return result;
+}
+
+std::vector<DWORD> Picture(IUnknown* control, int width, int height) {
+    return DrawnPicture(width, height, [&](HDC dc) {
+        const RECT bounds{0, 0, width, height};
+        EXPECT_HRESULT_SUCCEEDED(OleDraw(control, DVASPECT_CONTENT, dc, &bounds));
+    });
 }
 
 size_t PixelsUnlike(const std::vector<DWORD>& picture, DWORD color) {

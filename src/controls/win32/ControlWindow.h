@@ -28,8 +28,13 @@ public:
     // it.
     std::function<void(const Text&)> PropertyChanged;
 
-    // A picture of the control without activation; also without a window.
+    // A picture of the control without activation; also without a window. The place is in pixels of a screen.
     virtual void Draw(HDC dc, const RECT& place) = 0;
+    // The same as texts, lines and shapes, for a context that scales them: of a printer or a metafile. The control is
+    // laid out in so many of its own pixels, from the context's origin on.
+    virtual void DrawScaled(HDC dc, SIZE size) = 0;
+    // What the control says, line by line; empty when it shows more than texts.
+    virtual Text PlainText() const { return {}; }
 
     // Offers a keyboard message before the host sees it; true when the control has used it.
     virtual bool TranslateKey(const MSG& message) = 0;

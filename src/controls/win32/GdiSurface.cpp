@@ -98,12 +98,25 @@ void FillWith(HDC dc, const RECT& place, COLORREF color) {
     DeleteObject(brush);
 }
 
+bool IsOfPixels(HDC dc) {
+    const DWORD type = GetObjectType(dc);
+    return type == OBJ_MEMDC || (type == OBJ_DC && GetDeviceCaps(dc, TECHNOLOGY) == DT_RASDISPLAY);
+}
+
 void PaintBuffered(HDC dc, const RECT& place, const std::function<void(HDC, SIZE)>& paint) {
-    const SIZE size{place.right - place.left, place.bottom - place.top};
+    constexpr int64_t largest = 0x7FFF; // no screen is larger; sums of such lengths overflow nowhere
+    const SIZE size{static_cast<LONG>(std::min(largest, int64_t{place.right} - place.left)),
+                    static_cast<LONG>(std::min(largest, int64_t{place.bottom} - place.top))};
     if (size.cx <= 0 || size.cy <= 0) return;
-    const MemoryBitmap buffer(size.cx, size.cy);
+    RECT seen;
+    if (GetClipBox(dc, &seen) == NULLREGION) return;
+    const RECT whole{place.left, place.top, place.left + size.cx, place.top + size.cy};
+    if (!IntersectRect(&seen, &seen, &whole)) return;
+    const MemoryBitmap buffer(seen.right - seen.left, seen.bottom - seen.top);
+    SetViewportOrgEx(buffer.Context(), place.left - seen.left, place.top - seen.top, nullptr);
     paint(buffer.Context(), size);
-    BitBlt(dc, place.left, place.top, size.cx, size.cy, buffer.Context(), 0, 0, SRCCOPY);
+    SetViewportOrgEx(buffer.Context(), 0, 0, nullptr);
+    BitBlt(dc, seen.left, seen.top, buffer.Width(), buffer.Height(), buffer.Context(), 0, 0, SRCCOPY);
 }
 
 MemoryBitmap::MemoryBitmap(int w, int h) : width(w), height(h) {

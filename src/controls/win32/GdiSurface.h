@@ -46,8 +46,12 @@ HFONT CreateFontFor(const Text& name, double points, int dpi, bool isBold, bool 
 
 void FillWith(HDC dc, const RECT& place, COLORREF color);
 
+// Whether what is drawn becomes pixels at once, of a screen or a bitmap; else it is printed or recorded, and bitmaps
+// are to be avoided.
+bool IsOfPixels(HDC dc);
+
 // Paints into a bitmap of its own and copies it to `place` of `dc` at once, so that nothing flickers. `paint` gets a
-// context whose origin is the top left corner of `place`.
+// context whose origin is the top left corner of `place`. Only what can be seen is painted, however large the place.
 void PaintBuffered(HDC dc, const RECT& place, const std::function<void(HDC, SIZE)>& paint);
 
 // A bitmap selected into a context of its own, with its pixels (0xAARRGGBB, top row first).

@@ -27,6 +27,7 @@ public:
     void ReadProperties(PropertyBag& bag) override;
     void WriteProperties(PropertyBag&) override {}
     void Draw(HDC dc, const RECT& place) override;
+    void DrawScaled(HDC dc, SIZE size) override { Paint(dc, size, true); }
     bool TranslateKey(const MSG&) override { return false; }
 
     // Windows of all controls of this module that still exist, and what screen readers still hold of them: the module
@@ -43,7 +44,7 @@ protected:
     virtual void OnAmbient() {}
     virtual void OnFont() {} // child windows take Font(); the former one goes afterwards
     virtual void OnGone() {} // the window and its children have been destroyed
-    // `isView`: a picture of the control is wanted, its child windows included.
+    // `isView`: a picture of the control is wanted, its child windows included, perhaps in a context that scales.
     virtual void Paint(HDC dc, SIZE size, bool isView) = 0;
     // Messages from child windows. A handler that raises an event does so last: the control may be gone afterwards.
     virtual void OnCommand(HWND, int /*code*/) {}

@@ -35,6 +35,14 @@ const Library& ThisLibrary();
 inline constexpr DWORD ControlStatus = OLEMISC_RECOMPOSEONRESIZE | OLEMISC_CANTLINKINSIDE | OLEMISC_INSIDEOUT |
                                        OLEMISC_ACTIVATEWHENVISIBLE | OLEMISC_SETCLIENTSITEFIRST;
 
+// What a user can ask of a visible control, by its number.
+struct ControlVerb {
+    LONG number;
+    const wchar_t* name;
+    DWORD menuFlags, attributes;
+};
+inline constexpr ControlVerb ControlVerbs[] = {{OLEIVERB_PRIMARY, L"&Activate", 0, OLEVERBATTRIB_ONCONTAINERMENU}};
+
 namespace Module {
 
 HINSTANCE Instance();

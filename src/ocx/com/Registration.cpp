@@ -70,6 +70,11 @@ void RegisterClass(Scope scope, const ClassEntry& entry, const std::wstring& pat
         Write(scope, key + L"\\Control", nullptr, L"");
         Write(scope, key + L"\\MiscStatus", nullptr, L"0");
         Write(scope, key + L"\\MiscStatus\\1", nullptr, std::to_wstring(ControlStatus));
+        Write(scope, key + L"\\AuxUserType\\2", nullptr, entry.name); // as IOleObject::GetUserType says them
+        Write(scope, key + L"\\AuxUserType\\3", nullptr, library.name);
+        for (const ControlVerb& verb : ControlVerbs)
+            Write(scope, key + L"\\Verb\\" + std::to_wstring(verb.number), nullptr,
+                  verb.name + (L"," + std::to_wstring(verb.menuFlags)) + L"," + std::to_wstring(verb.attributes));
         Write(scope, key + L"\\ToolboxBitmap32", nullptr, path + L", " + std::to_wstring(entry.toolboxBitmap));
         Write(scope, key + L"\\Implemented Categories\\" + ControlCategory, nullptr, L"");
     }

@@ -9,7 +9,8 @@
 namespace dax {
 
 Control::Control(const ClassEntry& entry, std::unique_ptr<ControlWindow> created)
-    : ClassObject(entry), window(std::move(created)), events(*this, entry.events ? *entry.events : IID_NULL, ConnectionPoint::Kind::Events),
+    : ClassObject(entry), window(std::move(created)),
+      events(*this, entry.events ? *entry.events : IID_NULL, ConnectionPoint::Kind::Events),
       propertySinks(*this, IID_IPropertyNotifySink, ConnectionPoint::Kind::Interface) {
     window->FocusChanged = [this](bool isInside) { FocusMoved(isInside); };
     window->PropertyChanged = [this](const Text& name) { PropertyChanged(name); };
@@ -23,7 +24,10 @@ void* Control::Find(REFIID iid) {
     if (iid == IID_IOleWindow || iid == IID_IOleInPlaceObject) return static_cast<IOleInPlaceObject*>(this);
     if (iid == IID_IOleInPlaceActiveObject) return static_cast<IOleInPlaceActiveObject*>(this);
     if (iid == IID_IViewObject || iid == IID_IViewObject2) return static_cast<IViewObject2*>(this);
-    if (iid == IID_IPersist || iid == IID_IPersistStreamInit) return static_cast<IPersistStreamInit*>(this);
+    if (iid == IID_IDataObject) return static_cast<IDataObject*>(this);
+    // The older IPersistStream has the members of the newer one but the last, in this order.
+    if (iid == IID_IPersist || iid == IID_IPersistStream || iid == IID_IPersistStreamInit)
+        return static_cast<IPersistStreamInit*>(this);
     if (iid == IID_IPersistStorage) return static_cast<IPersistStorage*>(this);
     if (iid == IID_IPersistPropertyBag) return static_cast<IPersistPropertyBag*>(this);
     if (iid == IID_IConnectionPointContainer) return static_cast<IConnectionPointContainer*>(this);

@@ -6,6 +6,7 @@
 #include "ocx/com/ConnectionPoint.h"
 #include "ocx/com/Object.h"
 #include "ocx/hosting/HostSite.h"
+#include "ocx/hosting/Pictures.h"
 
 #include <initializer_list>
 #include <memory>
@@ -18,6 +19,7 @@ class Control : public ClassObject,
                 public IOleInPlaceObject,
                 public IOleInPlaceActiveObject,
                 public IViewObject2,
+                public IDataObject,
                 public IPersistStreamInit,
                 public IPersistStorage,
                 public IPersistPropertyBag,
@@ -31,7 +33,7 @@ public:
     STDMETHODIMP SetMoniker(DWORD, IMoniker*) override { return E_NOTIMPL; }
     STDMETHODIMP GetMoniker(DWORD, DWORD, IMoniker** moniker) override { return Nothing(moniker, E_NOTIMPL); }
     STDMETHODIMP InitFromData(IDataObject*, BOOL, DWORD) override { return E_NOTIMPL; }
-    STDMETHODIMP GetClipboardData(DWORD, IDataObject** data) override { return Nothing(data, E_NOTIMPL); }
+    STDMETHODIMP GetClipboardData(DWORD, IDataObject** data) override;
     STDMETHODIMP DoVerb(LONG verb, LPMSG message, IOleClientSite*, LONG, HWND, LPCRECT place) override;
     STDMETHODIMP EnumVerbs(IEnumOLEVERB** result) override;
     STDMETHODIMP Update() override { return S_OK; }
@@ -74,6 +76,16 @@ public:
     STDMETHODIMP SetAdvise(DWORD aspects, DWORD flags, IAdviseSink* sink) override;
     STDMETHODIMP GetAdvise(DWORD* aspects, DWORD* flags, IAdviseSink** sink) override;
     STDMETHODIMP GetExtent(DWORD aspect, LONG, DVTARGETDEVICE*, LPSIZEL size) override;
+    // IDataObject
+    STDMETHODIMP GetData(FORMATETC* wanted, STGMEDIUM* medium) override;
+    STDMETHODIMP GetDataHere(FORMATETC* wanted, STGMEDIUM* medium) override;
+    STDMETHODIMP QueryGetData(FORMATETC* wanted) override;
+    STDMETHODIMP GetCanonicalFormatEtc(FORMATETC* wanted, FORMATETC* result) override;
+    STDMETHODIMP SetData(FORMATETC*, STGMEDIUM*, BOOL) override { return E_NOTIMPL; }
+    STDMETHODIMP EnumFormatEtc(DWORD direction, IEnumFORMATETC** result) override;
+    STDMETHODIMP DAdvise(FORMATETC* wanted, DWORD flags, IAdviseSink* sink, DWORD* cookie) override;
+    STDMETHODIMP DUnadvise(DWORD cookie) override;
+    STDMETHODIMP EnumDAdvise(IEnumSTATDATA** result) override;
     // IPersist, IPersistStreamInit, IPersistStorage, IPersistPropertyBag
     STDMETHODIMP GetClassID(CLSID* clsid) override;
     STDMETHODIMP IsDirty() override { return isDirty ? S_OK : S_FALSE; }
@@ -122,6 +134,11 @@ private:
     void FocusMoved(bool isInside);
     void PropertyChanged(const Text& name);
     DISPID DispidOf(const Text& property); // DISPID_UNKNOWN: none of that name
+    Metafile Record(SIZE layout);
+    ComPtr<IDataObject> Snapshot();
+    // In how many pixels it is laid out for a place of so many units; 0 dots per inch: of unknown ones. For no place:
+    // its own size.
+    SIZE LayoutFor(SIZE target, int targetDpi) const;
     void MoveWindowTo(const RECT& place, const RECT& visible);
     void Become(PropertyBag* bag); // null: default properties
     void ReadAmbient();
@@ -131,6 +148,7 @@ private:
     ComPtr<IOleInPlaceFrame> frame;
     ComPtr<IOleInPlaceUIWindow> document;
     ComPtr<IOleAdviseHolder> adviseHolder;
+    ComPtr<IDataAdviseHolder> dataHolder;
     ComPtr<IAdviseSink> viewSink;
     DWORD viewAspects = 0, viewFlags = 0;
     ConnectionPoint events, propertySinks;

@@ -1,9 +1,13 @@
 // The control as an object that a host places: IOleObject and IOleControl.
+#include "ocx/com/Enumerator.h"
 #include "ocx/hosting/Control.h"
 
 #include <olectl.h>
 
 #include <algorithm>
+#include <cstring>
+#include <cwchar>
+#include <iterator>
 
 namespace dax {
 
@@ -56,21 +60,39 @@ HRESULT Control::DoVerb(LONG verb, LPMSG, IOleClientSite*, LONG, HWND, LPCRECT w
     }
 }
 
+namespace {
+
+// A text that the caller frees.
+LPOLESTR Given(const wchar_t* text) {
+    const size_t size = (std::wcslen(text) + 1) * sizeof(wchar_t);
+    const auto copy = static_cast<LPOLESTR>(CoTaskMemAlloc(size));
+    if (!copy) throw ComError(E_OUTOFMEMORY);
+    std::memcpy(copy, text, size);
+    return copy;
+}
+
+OLEVERB GiveVerb(const ControlVerb& verb) { return {verb.number, Given(verb.name), verb.menuFlags, verb.attributes}; }
+
+using VerbEnumerator = Enumerator<IEnumOLEVERB, IID_IEnumOLEVERB, OLEVERB, ControlVerb, GiveVerb>;
+
+} // namespace
+
+// Those of the registry, which there need not be.
 HRESULT Control::EnumVerbs(IEnumOLEVERB** result) {
     if (!result) return E_POINTER;
     *result = nullptr;
-    return OleRegEnumVerbs(*Entry().clsid, result);
+    return Guard([&] { Check(VerbEnumerator::Create({std::begin(ControlVerbs), std::end(ControlVerbs)}, result)); });
 }
 
 HRESULT Control::GetUserClassID(CLSID* clsid) { return GetClassID(clsid); }
 
-HRESULT Control::GetUserType(DWORD, LPOLESTR* name) {
+HRESULT Control::GetUserType(DWORD form, LPOLESTR* name) {
     if (!name) return E_POINTER;
-    const std::wstring text = Entry().name;
-    *name = static_cast<LPOLESTR>(CoTaskMemAlloc((text.size() + 1) * sizeof(wchar_t)));
-    if (!*name) return E_OUTOFMEMORY;
-    std::copy(text.c_str(), text.c_str() + text.size() + 1, *name);
-    return S_OK;
+    *name = nullptr;
+    const wchar_t* const text = form == USERCLASSTYPE_SHORT     ? Entry().name
+                                : form == USERCLASSTYPE_APPNAME ? ThisLibrary().name
+                                                                : Entry().description;
+    return Guard([&] { *name = Given(text); });
 }
 
 HRESULT Control::SetExtent(DWORD aspect, SIZEL* size) {

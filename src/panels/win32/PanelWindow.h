@@ -2,10 +2,10 @@
 // not.
 #pragma once
 
+#include "base/Value.h"
 #include "controls/win32/GdiSurface.h"
 #include "controls/win32/TextAccess.h"
 #include "controls/win32/WindowBase.h"
-#include "base/Value.h"
 #include "panels/PanelLayout.h"
 
 #include <memory>
@@ -21,6 +21,12 @@ public:
     const std::shared_ptr<Panel>& Info() const { return info; }
 
     SIZE PreferredSize(int dpi) const override { return {MulDiv(220, dpi, 96), MulDiv(preferredHeight, dpi, 96)}; }
+
+    Text PlainText() const override {
+        Text all;
+        for (const Text& line : Texts()) all += (all.empty() ? u"" : u"\r\n") + line;
+        return all;
+    }
 
 protected:
     PanelWindow(const wchar_t* name, int heightAt96) : WindowBase(name), preferredHeight(heightAt96) {

@@ -285,7 +285,7 @@ bool TreeViewWindow::IsOwnKey(WPARAM key) {
 void TreeViewWindow::PaintParent(HDC dc, SIZE size, COLORREF background, HFONT font, bool isView) const {
     const RECT whole{0, 0, size.cx, size.cy};
     FillWith(dc, whole, background);
-    if (IsFrozen())
+    if (IsFrozen() && IsOfPixels(dc))
         capture.Draw(dc, 0, 0);
     else if (isView)
         DrawPicture(dc, whole, font); // otherwise the tree is a window of its own
@@ -305,10 +305,22 @@ void TreeViewWindow::DrawPicture(HDC dc, const RECT& place, HFONT font) const {
     int iconWidth = 0, iconHeight = 0;
     if (images) ImageList_GetIconSize(images, &iconWidth, &iconHeight);
     const int rowHeight = std::max<int>(metrics.tmHeight + 2, iconHeight);
+    // Onto a screen directly; elsewhere what is transparent is filled before.
+    const bool isOfPixels = IsOfPixels(dc);
+    const auto drawIcon = [&](const Node& node, int x, int y) {
+        if (isOfPixels) {
+            ImageList_Draw(images, node.Image(), dc, x, y, ILD_NORMAL);
+            return;
+        }
+        const MemoryBitmap icon(iconWidth, iconHeight);
+        FillWith(icon.Context(), {0, 0, iconWidth, iconHeight}, backColor);
+        ImageList_Draw(images, node.Image(), icon.Context(), 0, 0, ILD_NORMAL);
+        BitBlt(dc, x, y, iconWidth, iconHeight, icon.Context(), 0, 0, SRCCOPY);
+    };
     int top = inner.top, depth = 0;
     for (const Node* node = tree.First(); node && top < inner.bottom; top += rowHeight) {
         const int left = inner.left + 4 + depth * (iconWidth + 3);
-        if (images) ImageList_Draw(images, node->Image(), dc, left, top + (rowHeight - iconHeight) / 2, ILD_NORMAL);
+        if (images) drawIcon(*node, left, top + (rowHeight - iconHeight) / 2);
         RECT text{left + iconWidth + 4, top, inner.right, top + rowHeight};
         const Text caption(Shorten(node->Caption(), 260));
         DrawTextW(dc, Wide(caption), static_cast<int>(caption.size()), &text,

@@ -49,19 +49,31 @@ void DrawBusy(ShapePen& pen) {
     pen.Line({6.5, 28.5}, {25.5, 28.5}, 3.6, slate);
 }
 
+void DrawShapes(StatusPicture picture, ShapePen& pen) {
+    if (picture == StatusPicture::Information) DrawInformation(pen);
+    if (picture == StatusPicture::Exclamation) DrawExclamation(pen);
+    if (picture == StatusPicture::Critical) DrawCritical(pen);
+    if (picture == StatusPicture::Busy) DrawBusy(pen);
+}
+
 std::unique_ptr<MemoryBitmap> Render(StatusPicture picture, int width, int height, COLORREF background) {
-    return RenderShapes(width, height, background, [picture](ShapePen& pen) {
-        if (picture == StatusPicture::Information) DrawInformation(pen);
-        if (picture == StatusPicture::Exclamation) DrawExclamation(pen);
-        if (picture == StatusPicture::Critical) DrawCritical(pen);
-        if (picture == StatusPicture::Busy) DrawBusy(pen);
-    });
+    return RenderShapes(width, height, background, [picture](ShapePen& pen) { DrawShapes(picture, pen); });
 }
 
 } // namespace
 
 void StatusPictures::Draw(HDC dc, StatusPicture picture, const Rect& place, COLORREF background) {
     if (picture == StatusPicture::None || place.Width() <= 0 || place.Height() <= 0) return;
+    if (!IsOfPixels(dc)) {
+        POINT former{};
+        OffsetWindowOrgEx(dc, -place.left, -place.top, &former);
+        {
+            ShapePen pen(dc, place.Width());
+            DrawShapes(picture, pen);
+        }
+        SetWindowOrgEx(dc, former.x, former.y, nullptr);
+        return;
+    }
     if (!kept || keptPicture != picture || keptBackground != background || kept->Width() != place.Width() ||
         kept->Height() != place.Height()) {
         kept = Render(picture, place.Width(), place.Height(), background);

@@ -1,0 +1,138 @@
+#include "ocx/hosting/PictureData.h"
+
+#include "ocx/com/Enumerator.h"
+#include "ocx/com/Fault.h"
+#include "ocx/com/Library.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace dax {
+
+namespace {
+
+FORMATETC FormatOf(CLIPFORMAT format, DWORD medium) { return {format, nullptr, DVASPECT_CONTENT, -1, medium}; }
+
+FORMATETC GiveFormat(const FORMATETC& held) { return held; }
+
+using FormatEnumerator = Enumerator<IEnumFORMATETC, IID_IEnumFORMATETC, FORMATETC, FORMATETC, GiveFormat>;
+
+// Memory that the receiver frees. Throws ComError.
+HGLOBAL Shared(const void* data, size_t size) {
+    const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, size);
+    void* const place = memory ? GlobalLock(memory) : nullptr;
+    if (!place) {
+        GlobalFree(memory);
+        throw ComError(E_OUTOFMEMORY);
+    }
+    std::memcpy(place, data, size);
+    GlobalUnlock(memory);
+    return memory;
+}
+
+class PictureData final : public IDataObject {
+public:
+    PictureData(Metafile shown, SIZEL extent, Text words)
+        : picture(std::move(shown)), size(extent),
+          text(std::move(words)), formats{FormatOf(CF_ENHMETAFILE, TYMED_ENHMF),
+                                          FormatOf(CF_METAFILEPICT, TYMED_MFPICT)} {
+        if (!text.empty()) formats.push_back(FormatOf(CF_UNICODETEXT, TYMED_HGLOBAL));
+        Module::Lock();
+    }
+
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
+        if (!object) return E_POINTER;
+        *object = iid == IID_IUnknown || iid == IID_IDataObject ? static_cast<IDataObject*>(this) : nullptr;
+        if (!*object) return E_NOINTERFACE;
+        AddRef();
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
+    STDMETHODIMP_(ULONG) Release() override {
+        const ULONG left = --references;
+        if (left == 0) delete this;
+        return left;
+    }
+
+    STDMETHODIMP GetData(FORMATETC* wanted, STGMEDIUM* medium) override {
+        if (!wanted || !medium) return E_POINTER;
+        *medium = {};
+        const HRESULT isThere = QueryGetData(wanted);
+        if (FAILED(isThere)) return isThere;
+        try {
+            switch (wanted->cfFormat) {
+            case CF_ENHMETAFILE:
+                medium->hEnhMetaFile = CopyEnhMetaFileW(picture.get(), nullptr);
+                if (!medium->hEnhMetaFile) return E_OUTOFMEMORY;
+                medium->tymed = TYMED_ENHMF;
+                return S_OK;
+            case CF_METAFILEPICT: {
+                OlderMetafile older = OlderFrom(picture);
+                const METAFILEPICT described{MM_ANISOTROPIC, size.cx, size.cy, older.get()};
+                medium->hMetaFilePict = Shared(&described, sizeof described);
+                older.release(); // NOLINT(bugprone-unused-return-value): the receiver's, with the memory
+                medium->tymed = TYMED_MFPICT;
+                return S_OK;
+            }
+            default:
+                medium->hGlobal = Shared(text.c_str(), (text.size() + 1) * sizeof(char16_t));
+                medium->tymed = TYMED_HGLOBAL;
+                return S_OK;
+            }
+        } catch (...) {
+            return E_OUTOFMEMORY;
+        }
+    }
+    STDMETHODIMP GetDataHere(FORMATETC*, STGMEDIUM*) override { return DV_E_FORMATETC; }
+    STDMETHODIMP QueryGetData(FORMATETC* wanted) override {
+        if (!wanted) return E_POINTER;
+        const auto row = std::find_if(formats.begin(), formats.end(),
+                                      [wanted](const FORMATETC& each) { return each.cfFormat == wanted->cfFormat; });
+        if (row == formats.end()) return DV_E_FORMATETC;
+        if (wanted->dwAspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
+        return row->tymed & wanted->tymed ? S_OK : DV_E_TYMED;
+    }
+    STDMETHODIMP GetCanonicalFormatEtc(FORMATETC* wanted, FORMATETC* result) override {
+        if (!wanted || !result) return E_POINTER;
+        *result = *wanted;
+        result->ptd = nullptr;
+        return DATA_S_SAMEFORMATETC;
+    }
+    STDMETHODIMP SetData(FORMATETC*, STGMEDIUM*, BOOL) override { return E_NOTIMPL; }
+    STDMETHODIMP EnumFormatEtc(DWORD direction, IEnumFORMATETC** result) override {
+        if (!result) return E_POINTER;
+        *result = nullptr;
+        if (direction != DATADIR_GET) return E_NOTIMPL;
+        try {
+            return FormatEnumerator::Create(formats, result);
+        } catch (...) {
+            return E_OUTOFMEMORY;
+        }
+    }
+    STDMETHODIMP DAdvise(FORMATETC*, DWORD, IAdviseSink*, DWORD* cookie) override {
+        if (cookie) *cookie = 0;
+        return OLE_E_ADVISENOTSUPPORTED; // it never changes
+    }
+    STDMETHODIMP DUnadvise(DWORD) override { return OLE_E_ADVISENOTSUPPORTED; }
+    STDMETHODIMP EnumDAdvise(IEnumSTATDATA** result) override {
+        if (result) *result = nullptr;
+        return OLE_E_ADVISENOTSUPPORTED;
+    }
+
+private:
+    ~PictureData() { Module::Unlock(); }
+
+    const Metafile picture;
+    const SIZEL size;
+    const Text text;
+    std::vector<FORMATETC> formats;
+    ULONG references = 1;
+};
+
+} // namespace
+
+IDataObject* NewPictureData(Metafile picture, SIZEL size, Text text) {
+    return new PictureData(std::move(picture), size, std::move(text));
+}
+
+} // namespace dax
