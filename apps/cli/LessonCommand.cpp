@@ -4,8 +4,8 @@
 #include "Course.h"
 #include "Json.h"
 #include "StoredLesson.h"
-#include "content/LessonText.h"
 #include "base/modGeneric.h"
+#include "content/LessonText.h"
 
 #include <algorithm>
 

@@ -76,16 +76,22 @@ public:
     STDMETHODIMP OnScriptTerminate(const VARIANT*, const EXCEPINFO*) override { return S_OK; }
     STDMETHODIMP OnStateChange(SCRIPTSTATE) override { return S_OK; }
     STDMETHODIMP OnScriptError(IActiveScriptError* error) override {
-        hasFailed = true;
         EXCEPINFO info{};
         DWORD context = 0;
         ULONG line = 0;
         LONG column = 0;
         error->GetSourcePosition(&context, &line, &column);
         error->GetExceptionInfo(&info);
-        PrintErrorLine(
-            Message(path + L"(" + std::to_wstring(line + 1) + L", " + std::to_wstring(column + 1) + L")", info));
-        return S_OK;
+        if (info.pfnDeferredFillIn) info.pfnDeferredFillIn(&info);
+        TellCaller(info);
+        const HRESULT code = CodeOf(info);
+        const std::wstring message =
+            Message(path + L"(" + std::to_wstring(line + 1) + L", " + std::to_wstring(column + 1) + L")", info);
+        // The call of an object that has failed because the script's own member did, below the place of that one.
+        pending = !pending.empty() && code == pendingCode ? pending + L"\n" + message : message;
+        pendingCode = code;
+        // Not handled here: the caller, who may be an object that hands the error on to the script, gets its number.
+        return E_FAIL;
     }
     STDMETHODIMP OnEnterScript() override { return S_OK; }
     STDMETHODIMP OnLeaveScript() override { return S_OK; }
@@ -96,11 +102,36 @@ public:
     STDMETHODIMP EnableModeless(BOOL) override { return S_OK; }
 
     std::map<std::wstring, ComPtr<IDispatch>> objects;
+    // What the caller of the engine got: the errors on the way to it are those of the script.
+    void Settle(bool hasCallFailed, const std::wstring& otherwise) {
+        if (hasCallFailed) {
+            hasFailed = true;
+            PrintErrorLine(pending.empty() ? otherwise : pending);
+        }
+        pending.clear();
+    }
+
     const std::wstring path;
     bool hasFailed = false;
 
 private:
     ~Site() = default;
+
+    static HRESULT CodeOf(const EXCEPINFO& info) {
+        return info.scode ? info.scode : MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, info.wCode);
+    }
+
+    // Beside the number, which is all that an engine answers.
+    static void TellCaller(const EXCEPINFO& info) {
+        ComPtr<ICreateErrorInfo> told;
+        if (FAILED(CreateErrorInfo(told.Out()))) return;
+        told->SetDescription(info.bstrDescription);
+        told->SetSource(info.bstrSource);
+        if (const auto error = Query<IErrorInfo>(told.Get(), IID_IErrorInfo)) SetErrorInfo(0, error.Get());
+    }
+
+    std::wstring pending;
+    HRESULT pendingCode = S_OK;
     ULONG references = 1;
 };
 
@@ -134,14 +165,13 @@ void Engine::AddObject(const wchar_t* name, IDispatch* object) {
 bool Engine::Run(const std::wstring& text) {
     const auto parse = Query<IActiveScriptParse>(script.Get(), IID_IActiveScriptParse);
     if (!parse) throw std::runtime_error("the script engine takes no text");
-    HRESULT result =
-        parse->ParseScriptText(text.c_str(), nullptr, nullptr, nullptr, 0, 0, SCRIPTTEXT_ISVISIBLE, nullptr, nullptr);
-    if (SUCCEEDED(result)) result = script->SetScriptState(SCRIPTSTATE_CONNECTED);
-    if (FAILED(result) && !site->hasFailed) {
-        site->hasFailed = true;
-        PrintErrorLine(site->path + L": the script has failed (" + Hexadecimal(static_cast<unsigned long>(result)) +
-                       L")");
-    }
+    // In this order the text runs at once, and its failure is the result.
+    HRESULT result = script->SetScriptState(SCRIPTSTATE_CONNECTED);
+    if (SUCCEEDED(result))
+        result = parse->ParseScriptText(text.c_str(), nullptr, nullptr, nullptr, 0, 0, SCRIPTTEXT_ISVISIBLE, nullptr,
+                                        nullptr);
+    site->Settle(FAILED(result),
+                 site->path + L": the script has failed (" + Hexadecimal(static_cast<unsigned long>(result)) + L")");
     return !site->hasFailed;
 }
 
@@ -167,16 +197,10 @@ void Engine::Call(const std::wstring& procedure, DISPPARAMS& parameters) {
     DISPPARAMS call{passed.data(), nullptr, parameters.cArgs, 0};
     EXCEPINFO info{};
     Variant answer;
-    const bool hadFailed = site->hasFailed;
-    site->hasFailed = false;
     const HRESULT result =
         dispatch->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &call, &answer, &info, nullptr);
-    if (FAILED(result) && !site->hasFailed) {
-        if (result != DISP_E_EXCEPTION) info.scode = result;
-        PrintErrorLine(Message(site->path + L", in " + procedure, info));
-        site->hasFailed = true;
-    }
-    site->hasFailed = site->hasFailed || hadFailed;
+    if (result != DISP_E_EXCEPTION) info.scode = result;
+    site->Settle(FAILED(result), Message(site->path + L", in " + procedure, info));
 
     for (UINT i = 0; i < parameters.cArgs; ++i) {
         VARIANT& given = parameters.rgvarg[i];

@@ -1,7 +1,23 @@
 #include "base/Error.h"
 
+#include <new>
+
 namespace dax {
 
 Error::Error(int32_t code, Text text) : number(code), description(std::move(text)), utf8(ToUtf8(description)) {}
+
+Error CurrentError() {
+    try {
+        throw;
+    } catch (const Error& error) {
+        return error;
+    } catch (const std::bad_alloc&) {
+        return Error(ErrorNumbers::OutOfMemory, u"Out of memory.");
+    } catch (const std::exception& error) {
+        return Error(ErrorNumbers::Unspecified, FromUtf8(error.what()));
+    } catch (...) {
+        return Error(ErrorNumbers::Unspecified, u"An unknown failure.");
+    }
+}
 
 } // namespace dax

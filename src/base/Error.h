@@ -10,6 +10,7 @@ namespace dax {
 
 // Numbers are those that hosts know from ADO and automation (0x80004005 is -2147467259).
 namespace ErrorNumbers {
+inline constexpr int32_t OutOfMemory = 7;
 inline constexpr int32_t PathFileAccess = 75;
 inline constexpr int32_t TypeMismatch = 13;
 inline constexpr int32_t InvalidUseOfNull = 94;
@@ -38,5 +39,8 @@ private:
     Text description;
     std::string utf8;
 };
+
+// Inside a handler: whatever was thrown, as an Error with a number that hosts know.
+Error CurrentError();
 
 } // namespace dax

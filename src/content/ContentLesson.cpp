@@ -1,7 +1,7 @@
 #include "content/ContentLesson.h"
 
-#include "content/Utility.h"
 #include "base/Error.h"
+#include "content/Utility.h"
 
 namespace dax {
 

@@ -1,7 +1,7 @@
 #include "content/LessonText.h"
 
-#include "content/LayoutTree.h"
 #include "base/Error.h"
+#include "content/LayoutTree.h"
 
 #include <array>
 

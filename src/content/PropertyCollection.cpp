@@ -1,7 +1,7 @@
 #include "content/PropertyCollection.h"
 
-#include "content/PropertyText.h"
 #include "base/modGeneric.h"
+#include "content/PropertyText.h"
 
 namespace dax {
 

@@ -1,8 +1,8 @@
 // A drop-down list: what a component needs of it, and the list itself, which is complete without a window.
 #pragma once
 
-#include "controls/Event.h"
 #include "base/Text.h"
+#include "controls/Event.h"
 
 #include <vector>
 

@@ -3,31 +3,7 @@
 #include "base/Error.h"
 #include "tree/modTVW.h"
 
-#include <exception>
-
 namespace dax {
-
-namespace {
-
-// Thrown inside, for the Error event.
-struct Failure {
-    int32_t number;
-    Text description;
-};
-
-Failure CurrentFailure() {
-    try {
-        throw;
-    } catch (const Error& error) {
-        return {error.Number(), error.Description()};
-    } catch (const std::bad_alloc&) {
-        return {7, u"Out of memory."}; // the number that hosts know
-    } catch (const std::exception& error) {
-        return {ErrorNumbers::Unspecified, FromUtf8(error.what())};
-    }
-}
-
-} // namespace
 
 std::shared_ptr<GroupEditor> GroupEditor::Create(PropertyCollectionFactory factory) {
     return std::shared_ptr<GroupEditor>(new GroupEditor(std::move(factory)));
@@ -42,7 +18,7 @@ GroupEditor::GroupEditor(PropertyCollectionFactory factory) : factory(factory), 
     dragDrop.Ended().Add([this] {
         if (!isLoading) subclasser.SetActive(true);
     });
-    dragDrop.Drop().Add([this](bool insertAfter, Node& node, Node& target) { OnDrop(insertAfter, node, target); });
+    dragDrop.Drop().Add([this](Node& node, const DropTarget& target) { OnDrop(node, target); });
     subclasser.RegisterWindows(&tree, nullptr);
     subclasser.SetActive(true);
 }
@@ -269,9 +245,9 @@ void GroupEditor::Empty() {
 
 // Inside a handler: raises Error for what was thrown. Nothing of the editor may be used afterwards.
 void GroupEditor::Fail(const char16_t* method) {
-    const Failure failure = CurrentFailure();
+    const dax::Error failure = CurrentError();
     if (isLoading) EndLoading();
-    Error.Raise(failure.number, failure.description, method);
+    Error.Raise(failure.Number(), failure.Description(), method);
 }
 
 void GroupEditor::ReadProperties(PropertyBag& bag) {

@@ -108,7 +108,7 @@ private:
     void Empty();
     void Fail(const char16_t* method);
     void CancelDrag();
-    void OnDrop(bool insertAfter, Node& node, Node& target);
+    void OnDrop(Node& node, const DropTarget& target);
 
     PropertyCollectionFactory factory;
     NodeTree tree;

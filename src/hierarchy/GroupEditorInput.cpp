@@ -76,13 +76,13 @@ void GroupEditor::OnTimer(TreeTimer timer) {
 
 void GroupEditor::CancelDrag() { dragDrop.CancelDrag(); }
 
-void GroupEditor::OnDrop(bool insertAfter, Node& node, Node& target) {
+void GroupEditor::OnDrop(Node& node, const DropTarget& target) {
     const auto hold = shared_from_this();
     const unsigned shown = generation;
     const EditHistory::Edit edit(history);
     const bool wasActive = subclasser.Active();
     subclasser.SetActive(false);
-    modTVW::MoveTreeNodeTo(tree, &node, &target, insertAfter);
+    DropNode(tree, node, target);
     if (wasActive) subclasser.SetActive(true);
     AfterSelectionChange.Raise(CurrentLessonID());
     if (generation == shown) MarkChanged();

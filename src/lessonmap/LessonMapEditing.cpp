@@ -33,8 +33,7 @@ IDCollection RemoveNode(NodeTree& tree, Node& node, bool includeChildren) {
         modTVW::AddSubtreeKeys(&node, removed);
     } else {
         removed.Add(node.Key());
-        // One by one directly after the node, so that the last child comes first: deliberate, as in the hierarchy.
-        while (node.FirstChild()) modTVW::MoveTreeNode(tree, node.FirstChild(), gmtOutdent);
+        modTVW::MoveChildrenAfter(tree, node);
     }
     tree.Remove(node);
     modLME::UpdateMapCaptions(tree);
@@ -87,6 +86,10 @@ void LessonMapEditor::AddStoryboard(const StoryboardRef& storyboard) {
         }
         if (StoryboardRef own = storyboards->Item(sbid)) {
             added = own;
+            // It moves to the map that is shown: no page stands in two maps.
+            IDCollection moved;
+            moved.Add(sbid);
+            if (showDefaultMapOnly && !tree->Find(sbid)) RemoveFromHiddenMaps(*tree, *was, moved, false);
         } else {
             storyboards->Add(added);
             isNew = true;
@@ -100,7 +103,7 @@ void LessonMapEditor::AddStoryboard(const StoryboardRef& storyboard) {
             }
             tree->Select(node);
             modLME::UpdateMapCaptions(*tree);
-            if (isNew) SaveLayouts();
+            if (isNew) KeepEdit([] {});
             RecordSelection();
             Recaption(sbid, *added);
         }
@@ -140,16 +143,24 @@ void LessonMapEditor::RemoveStoryboard(const StoryboardRef& storyboard, bool inc
         const Text sbid = kept->SBID();
         const auto storyboards = StoryboardsOf(*was);
         IDCollection removed;
-        if (Node* const node = tree->Find(sbid); node && node->Parent()) {
-            removed = RemoveNode(*tree, *node, includeChildren);
-        } else if (!node && storyboards->Item(sbid)) {
-            removed.Add(sbid); // an orphan
-        } else {
-            return;
-        }
-        isOther = CurrentSBID() != sbidBefore;
+        const Node* const shown = tree->Find(sbid);
+        bool isKnown = (shown && shown->Parent()) || storyboards->Item(sbid);
+        if (!isKnown && !showDefaultMapOnly) return;
         // The maps let go of the pages before the lesson does: a failure in between leaves orphans, nothing worse.
-        SaveLayouts();
+        KeepEdit([&] {
+            Node* const node = tree->Find(sbid);
+            const bool isShown = node && node->Parent();
+            if (isShown) {
+                removed = RemoveNode(*tree, *node, includeChildren);
+            } else {
+                removed.Add(sbid);
+            }
+            const bool isHidden =
+                showDefaultMapOnly && RemoveFromHiddenMaps(*tree, *was, removed, includeChildren && !isShown);
+            isKnown = isKnown || isHidden;
+        });
+        if (!isKnown) return;
+        isOther = CurrentSBID() != sbidBefore;
         if (isOther) RecordSelection();
         for (const Text& each : removed) {
             if (storyboards->Item(each)) storyboards->Remove(each);
@@ -170,33 +181,31 @@ void LessonMapEditor::MoveCurrent(StoryboardMovementTypes movement) {
         const Busy busy(*this);
         const Quiet silence(*this);
         if (!CanMoveCurrent(movement)) return;
-        modLME::MoveNode(*tree, tree->Selected(), movement);
-        SaveLayouts();
+        KeepEdit([&] { modLME::MoveNode(*tree, tree->Selected(), movement); });
     }
     if (IsStill(was)) Raise(MapChanged, mctStoryboardMoved);
 }
 
-void LessonMapEditor::OnDrop(bool insertAfter, Node& dragged, Node& target) {
+// The user's doing: nobody else can be told of a failure.
+void LessonMapEditor::OnDrop(Node& dragged, const DropTarget& target) {
     const auto self = shared_from_this();
     const LessonRef was = lesson;
     if (!was || !dragged.Parent()) return;
-    bool isOther = false;
-    {
+    bool isKept = false;
+    TellFailures(u"Drop", [&] {
         const Busy busy(*this);
         const Quiet silence(*this);
-        {
-            const TreeUpdate update(*tree);
-            modTVW::MoveTreeNodeTo(*tree, &dragged, &target, insertAfter);
-            modLME::UpdateMapCaptions(*tree);
-            tree->Select(&dragged);
-        }
-        isOther = CurrentSBID() != sbidBeforeDrag;
         isDropped = true;
-        SaveLayouts();
-        if (isOther) RecordSelection();
-    }
-    if (IsStill(was)) Raise(MapChanged, mctStoryboardMoved);
-    if (isOther) TellSelection(was);
+        KeepEdit([&] {
+            const TreeUpdate update(*tree);
+            DropNode(*tree, dragged, target);
+            modLME::UpdateMapCaptions(*tree);
+        });
+        isKept = true;
+        if (CurrentSBID() != sbidBeforeDrag) RecordSelection();
+    });
+    if (isKept && IsStill(was)) Raise(MapChanged, mctStoryboardMoved);
+    if (CurrentSBID() != sbidBeforeDrag) TellFailures(u"Drop", [&] { TellSelection(was); });
 }
 
 void LessonMapEditor::SetAllChecks(bool checked) {

@@ -10,7 +10,7 @@ namespace dax {
 
 LessonMapEditor::LessonMapEditor() {
     drag.AutoExpand().Add([](Node& node) { node.SetExpanded(true); });
-    drag.Drop().Add([this](bool insertAfter, Node& dragged, Node& target) { OnDrop(insertAfter, dragged, target); });
+    drag.Drop().Add([this](Node& dragged, const DropTarget& target) { OnDrop(dragged, target); });
     subclasser.SelectionChanged().Add([this] { OnSelectionChanged(); });
     subclasser.CheckStateChanged().Add([this] {
         if (quiet == 0) Raise(ItemChecked);
@@ -38,6 +38,7 @@ void LessonMapEditor::Close() {
     MapChanged = {};
     DeleteRequest = {};
     ContextMenuRequest = {};
+    Error = {};
     CheckboxesChanged = {};
     PropertyChanged = {};
     SetWindow(nullptr);
@@ -74,10 +75,14 @@ void LessonMapEditor::SetLesson(std::shared_ptr<dax::Lesson> newLesson) {
         const Quiet silence(*this);
         drag.CancelDrag();
         const Text sbidBefore = CurrentSBID();
-        // Another lesson takes over neither expansion nor checks.
-        if (newLesson != lesson) tree->Clear();
+        // Another lesson with the same pages keeps expansion and selection, not the checks, which are for an action on
+        // that one.
+        if (newLesson != lesson) SetAllChecks(false);
         before = std::exchange(lesson, newLesson);
-        if (!lesson) return;
+        if (!lesson) {
+            tree->Clear();
+            return;
+        }
         isRepaired = Build();
         const Text record = newLesson->CurrentSBID();
         SelectQuietly(record.empty() ? sbidBefore : record);
@@ -158,6 +163,10 @@ void LessonMapEditor::Refresh() {
     Build();
 }
 
+void LessonMapEditor::TellError(const dax::Error& failure, const char16_t* deed) {
+    Raise(Error, failure.Number(), failure.Description(), Text(deed));
+}
+
 void LessonMapEditor::TellProperty(const Text& name) { Raise(PropertyChanged, name); }
 
 void LessonMapEditor::SetAllowDragDrop(bool isAllowed) {
@@ -193,7 +202,13 @@ void LessonMapEditor::SetShowDefaultMapOnly(bool isOnly) {
     const auto self = shared_from_this();
     if (std::exchange(showDefaultMapOnly, isOnly) == isOnly) return;
     TellProperty(u"ShowDefaultMapOnly");
-    if (lesson) Refresh();
+    const LessonRef was = lesson;
+    if (!was) return;
+    const Busy busy(*this);
+    const Quiet silence(*this);
+    Build();
+    // The current page may have been in a map that was hidden.
+    SelectQuietly(was->CurrentSBID());
 }
 
 void LessonMapEditor::ReadProperties(PropertyBag& bag) {
@@ -206,7 +221,9 @@ void LessonMapEditor::ReadProperties(PropertyBag& bag) {
     SetAllowDragDrop(flag(u"AllowDragDrop", true));
     const Value style = bag.ReadProperty(u"CaptionStyle", int64_t{csTitle});
     const int64_t* const number = std::get_if<int64_t>(&style);
-    SetCaptionStyle(number && *number == csIdentifier ? csIdentifier : csTitle);
+    // Any number is kept, as it is when it is set: all but csIdentifier show the titles.
+    const bool isNumber = number && *number >= INT32_MIN && *number <= INT32_MAX;
+    SetCaptionStyle(isNumber ? static_cast<LessonMapEditorCaptionStyles>(*number) : csTitle);
     SetCheckboxes(flag(u"Checkboxes", false));
     SetLocked(flag(u"Locked", false));
     SetShowDefaultMapOnly(flag(u"ShowDefaultMapOnly", false));

@@ -1,10 +1,11 @@
 // The storyboards of one lesson, map by map, as a tree to select in, check, rearrange and search.
 #pragma once
 
+#include "base/Enumerations.h"
+#include "base/Error.h"
 #include "content/ContentLesson.h"
 #include "controls/Event.h"
 #include "controls/PropertyBag.h"
-#include "base/Enumerations.h"
 #include "lessonmap/PictureKeys.h"
 #include "tree/LMEDragDropSupport.h"
 #include "tree/LMESubclasser.h"
@@ -72,6 +73,9 @@ public:
     Text FindNextSBID(const Text& criteria, FindTypes findType, bool exactMatch, bool wrapSearch) const;
 
     bool IsDragging() const { return drag.Active(); }
+    // Runs what the user does; what it throws is told by Error, with `deed` as its last argument.
+    template <typename Action>
+    void TellFailures(const char16_t* deed, const Action& action);
 
     // What the window tells: clicks and keys, and that a node was opened or closed by the user.
     void NodeExpanded(Node& node, bool areCtrlAndShiftDown);
@@ -92,6 +96,8 @@ public:
     Event<MapChangeTypes> MapChanged;          // the lesson has the new layout already
     Event<> DeleteRequest;                     // the host decides and calls RemoveStoryboard
     Event<> ContextMenuRequest;
+    // Number, description, what the user did: the lesson's objects have failed in something that no caller hears of.
+    Event<int32_t, Text, Text> Error;
     Event<> CheckboxesChanged;   // for the window: show or hide the boxes
     Event<Text> PropertyChanged; // the name of a property that the bag keeps; before the tree follows
 
@@ -107,6 +113,8 @@ private:
     bool IsStill(const LessonRef& was) const { return !isClosed && lesson == was; }
     bool Build();
     void SaveLayouts() const;
+    template <typename Action>
+    void KeepEdit(const Action& edit);
     void SelectQuietly(const Text& sbid);
     void SetAllChecks(bool checked);
     void FreezeDisplay(bool frozen);
@@ -115,9 +123,10 @@ private:
     void Recaption(const Text& sbid, const Storyboard& storyboard);
     std::vector<Text> CheckedKeys() const;
     void OnSelectionChanged();
-    void OnDrop(bool insertAfter, Node& dragged, Node& target);
+    void OnDrop(Node& dragged, const DropTarget& target);
     void RecordSelection();
     void TellSelection(const LessonRef& was);
+    void TellError(const dax::Error& failure, const char16_t* deed);
     template <typename TheEvent, typename... Arguments>
     void Raise(const TheEvent& event, const Arguments&... arguments);
 
@@ -135,5 +144,17 @@ private:
     mutable int depth = 0; // of events and questions to the lesson's objects within each other
     Text sbidBeforeDrag;
 };
+
+template <typename Action>
+void LessonMapEditor::TellFailures(const char16_t* deed, const Action& action) {
+    const auto self = shared_from_this();
+    std::optional<dax::Error> failure;
+    try {
+        action();
+    } catch (...) {
+        failure = CurrentError();
+    }
+    if (failure) TellError(*failure, deed);
+}
 
 } // namespace dax

@@ -71,7 +71,9 @@ void LessonMapEditor::MouseMove(MouseButton button) {
         return;
     }
     if (!drag.ShouldBeginDrag()) return;
-    if (Node* const node = window->HitTest(window->Pointer()).node) tree->Select(node);
+    TellFailures(u"Select", [this] {
+        if (Node* const node = window->HitTest(window->Pointer()).node) tree->Select(node);
+    });
     // The host heard of the selection and may have done anything.
     if (!drag.ShouldBeginDrag() || locked || !allowDragDrop || isBusy) return;
     sbidBeforeDrag = CurrentSBID();
@@ -94,7 +96,9 @@ void LessonMapEditor::MouseUp(MouseButton button) {
         // Setting it stops a check event that is due, so only when it is off.
         if (!subclasser.Active() && quiet == 0) subclasser.SetActive(true);
         // A drop that was refused has selected its target all the same.
-        if (wasDrag && !isDropped && IsStill(was) && CurrentSBID() != sbidBeforeDrag) OnSelectionChanged();
+        if (wasDrag && !isDropped && IsStill(was) && CurrentSBID() != sbidBeforeDrag) {
+            TellFailures(u"Select", [this] { OnSelectionChanged(); });
+        }
     } else if (button == MouseButton::Right && !drag.Active() && !locked) {
         Raise(ContextMenuRequest);
     }

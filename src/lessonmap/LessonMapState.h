@@ -1,8 +1,9 @@
 // The scopes that the parts of LessonMapEditor share.
 #pragma once
 
-#include "base/Error.h"
 #include "lessonmap/LessonMapEditor.h"
+
+#include <exception>
 
 namespace dax {
 
@@ -12,7 +13,8 @@ class LessonMapEditor::Busy {
 public:
     explicit Busy(LessonMapEditor& editor) : editor(editor) {
         if (editor.isBusy) {
-            throw Error(ErrorNumbers::Automation, u"The lesson map is being changed: it cannot do that meanwhile.");
+            throw dax::Error(ErrorNumbers::Automation,
+                             u"The lesson map is being changed: it cannot do that meanwhile.");
         }
         editor.isBusy = true;
     }
@@ -45,7 +47,8 @@ private:
 class LessonMapEditor::Deeper {
 public:
     explicit Deeper(int& depth) : depth(depth) {
-        if (depth >= deepest) throw Error(ErrorNumbers::Automation, u"The lesson's objects call back without end.");
+        if (depth >= deepest)
+            throw dax::Error(ErrorNumbers::Automation, u"The lesson's objects call back without end.");
         ++depth;
     }
     ~Deeper() { --depth; }
@@ -55,6 +58,27 @@ public:
 private:
     int& depth;
 };
+
+// An edit of the tree, handed to the maps. When it fails, or a map does not take its part, the tree shows again what
+// the lesson holds, and the failure goes on.
+template <typename Action>
+void LessonMapEditor::KeepEdit(const Action& edit) {
+    std::exception_ptr failure;
+    try {
+        edit();
+        SaveLayouts();
+        return;
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    try {
+        Build();
+        Node* const current = lesson ? tree->Find(lesson->CurrentSBID()) : nullptr;
+        if (current && current->Parent()) tree->Select(current);
+    } catch (const dax::Error&) { // the tree is empty or shows the lesson: either does no harm
+    }
+    std::rethrow_exception(failure);
+}
 
 // A listener may call back, and be called again for that, without end: at some depth the host hears no more.
 template <typename TheEvent, typename... Arguments>

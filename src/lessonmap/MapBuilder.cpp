@@ -1,7 +1,8 @@
 #include "lessonmap/MapBuilder.h"
 
-#include "content/ContentMap.h"
 #include "base/Error.h"
+#include "content/ContentMap.h"
+#include "lessonmap/DetachedMap.h"
 #include "lessonmap/NodeMapTree.h"
 #include "tree/modTVW.h"
 
@@ -54,24 +55,20 @@ MapBuilder::MapBuilder(NodeTree& tree, const PictureKeys& imageList, Lesson& les
 }
 
 void MapBuilder::AddMaps(bool defaultMapOnly) {
-    const auto maps = MapsOf(lesson);
-    if (maps->Count() <= 0) {
-        maps->Add(std::make_shared<ContentMap>());
+    const auto all = MapsOf(lesson);
+    if (all->Count() <= 0) {
+        all->Add(std::make_shared<ContentMap>());
         isChanged = true;
     }
-    auto defaultMap = maps->DefaultMap();
+    auto defaultMap = all->DefaultMap();
     if (!defaultMap) {
-        defaultMap = maps->Item(0);
+        defaultMap = all->Item(0);
         if (!defaultMap) Refuse(u"The lesson has no map number 0.");
-        maps->SetDefaultMap(defaultMap);
-    }
-    if (defaultMapOnly) {
-        AddMap(*defaultMap);
-        return;
+        all->SetDefaultMap(defaultMap);
     }
     // The list is read before any map is filled, since a map may change it.
-    const auto list = ListMaps(lesson);
-    for (const auto& map : list) AddMap(*map);
+    maps = defaultMapOnly ? std::vector{defaultMap} : ListMaps(lesson);
+    for (const auto& map : maps) AddMap(*map);
 }
 
 std::vector<std::shared_ptr<StoryboardMap>> MapBuilder::ListMaps(const Lesson& lesson) {
@@ -120,10 +117,11 @@ void MapBuilder::AddMap(StoryboardMap& map) {
     roots.push_back(std::move(key));
 }
 
-// As modTVW::MakeUniqueKey, but no storyboard's SBID either, and linear for any number of maps of one name.
+// As modTVW::MakeUniqueKey among the keys that the tree has or is about to get, and linear for any number of maps of
+// one name.
 Text MapBuilder::UniqueName(const Text& name) {
     const Text base = name.empty() ? Text(u"key") : name;
-    const auto isTaken = [this](const Text& key) { return tree.Find(key) || sbids.contains(key); };
+    const auto isTaken = [this](const Text& key) { return tree.Find(key) || IsKeyOfPage(key); };
     if (!isTaken(base)) return base;
     int32_t& number = lastNumbers[base];
     Text key;
@@ -131,6 +129,24 @@ Text MapBuilder::UniqueName(const Text& name) {
         key = base + u"_" + ToText(++number);
     } while (isTaken(key));
     return key;
+}
+
+// A page that a map lists must find its key free, or the map would lose it; an orphan needs none. That a map has the
+// name of a page is so rare that the maps are filled twice for it.
+bool MapBuilder::IsKeyOfPage(const Text& key) {
+    if (!sbids.contains(key)) return false;
+    if (!listed) {
+        listed.emplace();
+        for (const auto& map : maps) {
+            Text root = map->Name();
+            while (root.empty() || sbids.contains(root)) root += u"_";
+            const DetachedMap alone(map, root);
+            for (const Node* node = alone.Tree().FirstInCollection(); node; node = node->NextInCollection()) {
+                if (node->Parent()) listed->insert(node->Key());
+            }
+        }
+    }
+    return listed->contains(key);
 }
 
 void MapBuilder::MarkMissing() {

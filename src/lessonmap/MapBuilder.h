@@ -1,11 +1,12 @@
 // The steps of building a lesson map (see modLME::BuildMap), and what the tree keeps while it is built anew.
 #pragma once
 
-#include "content/Lesson.h"
 #include "base/IDCollection.h"
+#include "content/Lesson.h"
 #include "lessonmap/PictureKeys.h"
 #include "tree/NodeTree.h"
 
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -45,12 +46,15 @@ public:
 private:
     void AddMap(StoryboardMap& map);
     Text UniqueName(const Text& name);
+    bool IsKeyOfPage(const Text& key);
 
     NodeTree& tree;
     const PictureKeys& imageList;
     Lesson& lesson;
     std::vector<KeyedStoryboard> storyboards;
     std::unordered_set<Text> sbids;
+    std::vector<std::shared_ptr<StoryboardMap>> maps; // those to be shown
+    std::optional<std::unordered_set<Text>> listed;   // the pages of these, when somebody has asked
     std::vector<Text> roots;
     std::unordered_map<Text, int32_t> lastNumbers; // by name: where the search for a free number goes on
     bool isChanged = false;

@@ -6,6 +6,10 @@ namespace dax {
 
 NodeMapTree::NodeMapTree(NodeTree& tree) : tree(tree) { tree.AddListener(*this); }
 
+NodeMapTree::NodeMapTree(std::shared_ptr<NodeTree> newTree) : shared(std::move(newTree)), tree(*shared) {
+    tree.AddListener(*this);
+}
+
 NodeMapTree::~NodeMapTree() { tree.RemoveListener(*this); }
 
 Node* NodeMapTree::NodeOf(NodeRef ref) const {

@@ -4,6 +4,8 @@
 #include "content/StoryboardMap.h"
 #include "tree/NodeTree.h"
 
+#include <memory>
+
 namespace dax {
 
 // A map may get at the tree in other ways, too: once nodes were taken away during the call, no reference is trusted
@@ -11,12 +13,15 @@ namespace dax {
 class NodeMapTree : public MapTree, private TreeListener {
 public:
     explicit NodeMapTree(NodeTree& tree);
+    // A tree that is there for this call; a host that keeps one of its nodes keeps it, too.
+    explicit NodeMapTree(std::shared_ptr<NodeTree> tree);
     ~NodeMapTree() override;
     NodeMapTree(const NodeMapTree&) = delete;
     NodeMapTree& operator=(const NodeMapTree&) = delete;
 
     // For a host's map, which gets the nodes themselves.
     NodeTree& Nodes() const { return tree; }
+    const std::shared_ptr<NodeTree>& Shared() const { return shared; } // null: the tree is somebody else's
     Node* NodeOf(NodeRef ref) const;
     static NodeRef RefOf(const Node* node) { return NodeRef{reinterpret_cast<std::uintptr_t>(node)}; }
 
@@ -30,6 +35,7 @@ private:
     void NodeRemoving(Node&) override { areNodesGone = true; }
     void AllRemoving() override { areNodesGone = true; }
 
+    const std::shared_ptr<NodeTree> shared;
     NodeTree& tree;
     bool areNodesGone = false;
 };

@@ -62,7 +62,7 @@ Text FindInRange(const NodeTree& tree, const std::shared_ptr<Lesson>& lesson, co
          node = modTVW::GetNextNode(node)) {
         const Text key = node->Key();
         if (stop && key == *stop) return {};
-        if (key.empty()) continue;
+        if (key.empty() || !node->Parent()) continue; // a map may have the name of an orphan
         const auto storyboard = FindStoryboard(lesson, key);
         if (storyboard && criteria.Match(*storyboard)) return storyboard->SBID();
         node = tree.Find(key);

@@ -3,8 +3,8 @@
 // change the tree while they are asked.
 #pragma once
 
-#include "content/Lesson.h"
 #include "base/Enumerations.h"
+#include "content/Lesson.h"
 #include "lessonmap/PictureKeys.h"
 #include "tree/NodeTree.h"
 

@@ -1,7 +1,7 @@
 #include "locks/LockManager.h"
 
-#include "data/modDB.h"
 #include "base/modGeneric.h"
+#include "data/modDB.h"
 #include "locks/LockQueries.h"
 #include "locks/LockRules.h"
 

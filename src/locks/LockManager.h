@@ -1,9 +1,9 @@
 // The list of user locks of one content database: filtered, sorted, counted, and cleared by whoever may.
 #pragma once
 
+#include "base/IDCollection.h"
 #include "controls/Event.h"
 #include "controls/ListModel.h"
-#include "base/IDCollection.h"
 #include "data/Recordset.h"
 #include "locks/LockRecord.h"
 

@@ -13,7 +13,7 @@ namespace dax {
 
 namespace {
 
-enum Events : DISPID { afterSelectionChange = 2, itemChecked, mapChanged, deleteRequest, contextMenuRequest };
+enum Events : DISPID { afterSelectionChange = 2, itemChecked, mapChanged, deleteRequest, contextMenuRequest, error };
 
 using StoryboardRef = LessonMapEditor::StoryboardRef;
 
@@ -42,6 +42,11 @@ public:
         });
         deleteListener = editor->DeleteRequest.Add([this] { Tell(deleteRequest); });
         menuListener = editor->ContextMenuRequest.Add([this] { Tell(contextMenuRequest); });
+        errorListener = editor->Error.Add([this](int32_t number, const Text& description, const Text& module) {
+            const Keeper keeper(*this);
+            ViewChanged();
+            Fire(error, {Variant(number), Variant(TextView(description)), Variant(TextView(module))});
+        });
     }
 
     STDMETHODIMP get_tvwObject(_TreeView** value) override {
@@ -169,11 +174,7 @@ public:
         });
     }
     STDMETHODIMP SetImageList(VARIANT imageList, VARIANT keys) override {
-        return Run([&] {
-            const HostPictures pictures = ReadPictures(imageList, keys);
-            if (!View().SetPictures(pictures.images, pictures.keys))
-                throw Error(ErrorNumbers::TypeMismatch, u"There is no such image list.");
-        });
+        return Run([&] { UsePictures(imageList, keys); });
     }
 
 private:
@@ -183,6 +184,34 @@ private:
         editor->MapChanged.Remove(mapListener);
         editor->DeleteRequest.Remove(deleteListener);
         editor->ContextMenuRequest.Remove(menuListener);
+        editor->Error.Remove(errorListener);
+        treeHost->control = nullptr;
+    }
+
+    // The tree as hosts hold it, who may hold it longer than the control.
+    struct ControlTree final : TreeHost {
+        explicit ControlTree(LessonMapEditorControl& owner) : control(&owner) {}
+        int PictureOf(const Text& key) const override {
+            return control ? control->editor->ImageList().IndexOfType(key) : 0;
+        }
+        TreeWindow* Window() const override { return control ? &control->View().Tree() : nullptr; }
+        HWND Handle() const override { return control ? control->View().Tree().Handle() : nullptr; }
+        ComPtr<IDispatch> ImageList() const override { return control ? control->imageList : ComPtr<IDispatch>(); }
+        void SetImageList(IDispatch* list) override {
+            if (!control) return;
+            const Keeper keeper(*control);
+            control->UsePictures(Variant(list), Variant());
+        }
+        LessonMapEditorControl* control;
+    };
+
+    void UsePictures(const VARIANT& list, const VARIANT& keys) {
+        const HostPictures pictures = ReadPictures(list, keys);
+        const Variant plain = PlainOf(list);
+        const auto object = pictures.images && plain.vt == VT_DISPATCH ? ObjectFrom(plain) : ComPtr<IDispatch>();
+        if (!View().SetPictures(pictures.images, pictures.keys))
+            throw Error(ErrorNumbers::TypeMismatch, u"There is no such image list.");
+        imageList = object;
     }
 
     void Tell(DISPID event) {
@@ -200,12 +229,11 @@ private:
     }
 
     const std::shared_ptr<dax::LessonMapEditor> editor = View().Editor();
-    const std::shared_ptr<TreeObjects> nodes =
-        std::make_shared<TreeObjects>(editor->tvwObject(), [weak = std::weak_ptr(editor)](const Text& key) {
-            const auto living = weak.lock();
-            return living ? living->ImageList().IndexOfType(key) : 0;
-        });
-    size_t selectionListener = 0, checkListener = 0, mapListener = 0, deleteListener = 0, menuListener = 0;
+    const std::shared_ptr<ControlTree> treeHost = std::make_shared<ControlTree>(*this);
+    const std::shared_ptr<TreeObjects> nodes = std::make_shared<TreeObjects>(editor->tvwObject(), treeHost);
+    ComPtr<IDispatch> imageList; // the object that the host has set
+    size_t selectionListener = 0, checkListener = 0, mapListener = 0, deleteListener = 0, menuListener = 0,
+           errorListener = 0;
 };
 
 } // namespace

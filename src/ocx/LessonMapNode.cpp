@@ -3,6 +3,8 @@
 #include "base/Error.h"
 #include "tree/modTVW.h"
 
+#include <vector>
+
 namespace dax {
 
 namespace {
@@ -141,6 +143,27 @@ HRESULT NodeObject::get_LastSibling(_Node** value) {
 
 HRESULT NodeObject::get_Root(_Node** value) {
     return Related(value, [](Node& mine) { return modTVW::GetRootNode(&mine); });
+}
+
+HRESULT NodeObject::EnsureVisible(VARIANT_BOOL* isChanged) {
+    return Answer(isChanged, [this] { return owner->EnsureVisible(Mine()); });
+}
+
+HRESULT NodeObject::get_Index(LONG* value) {
+    return Answer(value, [this] { return owner->PlaceOf(Mine()); });
+}
+
+HRESULT NodeObject::get_FullPath(BSTR* value) {
+    return Answer(value, [this] {
+        std::vector<TextView> captions;
+        for (const Node* each = &Mine(); each; each = each->Parent()) captions.push_back(each->Caption());
+        Text path(captions.back());
+        for (auto caption = captions.rbegin() + 1; caption != captions.rend(); ++caption) {
+            path += u'\\';
+            path += *caption;
+        }
+        return path;
+    });
 }
 
 } // namespace dax

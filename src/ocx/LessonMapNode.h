@@ -48,6 +48,9 @@ public:
     STDMETHODIMP get_FirstSibling(_Node** value) override;
     STDMETHODIMP get_LastSibling(_Node** value) override;
     STDMETHODIMP get_Root(_Node** value) override;
+    STDMETHODIMP EnsureVisible(VARIANT_BOOL* isChanged) override;
+    STDMETHODIMP get_Index(LONG* value) override;
+    STDMETHODIMP get_FullPath(BSTR* value) override;
 
 private:
     ~NodeObject() override;

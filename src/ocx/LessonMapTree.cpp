@@ -101,6 +101,30 @@ public:
             owner->Tree().Select(owner->Resolve(node));
         });
     }
+    STDMETHODIMP get_ImageList(IDispatch** value) override {
+        return Answer(value, [this] {
+            const auto list = owner->Host() ? owner->Host()->ImageList() : ComPtr<IDispatch>();
+            if (list) list->AddRef();
+            return list.Get();
+        });
+    }
+    STDMETHODIMP put_ImageList(IDispatch* value) override { return putref_ImageList(value); }
+    STDMETHODIMP putref_ImageList(IDispatch* value) override {
+        return Run([&] {
+            if (owner->Host()) owner->Host()->SetImageList(value);
+        });
+    }
+    STDMETHODIMP get_hWnd(LONG* value) override {
+        // The system's handles have no more than 32 bits that count.
+        return Answer(
+            value, [this] { return owner->Host() ? reinterpret_cast<INT_PTR>(owner->Host()->Handle()) : INT_PTR{0}; });
+    }
+    STDMETHODIMP HitTest(LONG x, LONG y, _Node** found) override {
+        return Answer(found, [&] {
+            const TreeWindow* const window = owner->Host() ? owner->Host()->Window() : nullptr;
+            return owner->ObjectOf(window ? window->HitTest({x, y}).node : nullptr);
+        });
+    }
 
 private:
     const std::shared_ptr<TreeObjects> owner;
@@ -108,8 +132,8 @@ private:
 
 } // namespace
 
-TreeObjects::TreeObjects(std::shared_ptr<NodeTree> nodes, std::function<int(const Text&)> pictureOf)
-    : tree(std::move(nodes)), pictureOf(std::move(pictureOf)) {
+TreeObjects::TreeObjects(std::shared_ptr<NodeTree> nodes, std::shared_ptr<TreeHost> newHost)
+    : tree(std::move(nodes)), host(std::move(newHost)) {
     tree->AddListener(*this);
 }
 
@@ -136,17 +160,26 @@ _Node* TreeObjects::ObjectOf(Node* node) {
 }
 
 ComPtr<IDispatch> TreeObjects::Nodes(const MapTree& nodes) {
-    NodeOf(nodes, MapTree::NodeRef::None);
-    const ComPtr<_Nodes> made = Owned(NewNodes());
+    const ComPtr<_Nodes> made = Owned(Of(nodes)->NewNodes());
     return ComPtr<IDispatch>(made.Get());
 }
 
-ComPtr<IDispatch> TreeObjects::NodeOf(const MapTree& nodes, MapTree::NodeRef node) {
+std::shared_ptr<TreeObjects> TreeObjects::Of(const MapTree& nodes) {
     const auto* const own = dynamic_cast<const NodeMapTree*>(&nodes);
-    if (!own || &own->Nodes() != tree.get())
-        throw Error(ErrorNumbers::Automation, u"The nodes are those of another tree.");
+    if (own && &own->Nodes() == tree.get()) return shared_from_this();
+    if (!own || !own->Shared()) throw Error(ErrorNumbers::Automation, u"The nodes are those of another tree.");
+    auto objects = aside.lock();
+    if (!objects || objects->tree != own->Shared()) {
+        objects = std::make_shared<TreeObjects>(own->Shared(), host);
+        aside = objects;
+    }
+    return objects;
+}
+
+ComPtr<IDispatch> TreeObjects::NodeOf(const MapTree& nodes, MapTree::NodeRef node) {
+    const auto objects = Of(nodes);
     if (node == MapTree::NodeRef::None) return {};
-    const ComPtr<_Node> made = Owned(ObjectOf(own->NodeOf(node)));
+    const ComPtr<_Node> made = Owned(objects->ObjectOf(static_cast<const NodeMapTree&>(nodes).NodeOf(node)));
     return ComPtr<IDispatch>(made.Get());
 }
 
@@ -176,7 +209,39 @@ Node* TreeObjects::AtPlace(int64_t place) {
 int TreeObjects::PictureOf(const VARIANT& numberOrKey) const {
     const Variant plain = PlainOf(numberOrKey);
     if (plain.vt != VT_BSTR) return NumberFrom(plain);
-    return pictureOf ? pictureOf(FromBstr(plain.bstrVal)) : 0;
+    return host ? host->PictureOf(FromBstr(plain.bstrVal)) : 0;
+}
+
+// From where the last one was: asking for one after the other is linear.
+int32_t TreeObjects::PlaceOf(const Node& node) {
+    if (!lastAsked) AtPlace(1);
+    Node* at = lastAsked;
+    int64_t place = lastPlace;
+    for (; at != &node; ++place) {
+        at = at->NextInCollection();
+        if (at) continue;
+        at = tree->FirstInCollection();
+        place = 0;
+    }
+    lastAsked = at;
+    lastPlace = place;
+    return static_cast<int32_t>(place);
+}
+
+bool TreeObjects::EnsureVisible(Node& node) {
+    TreeWindow* const window = host ? host->Window() : nullptr;
+    const auto before = window ? window->RowRect(node) : std::nullopt;
+    bool isOpened = false;
+    {
+        const TreeUpdate update(*tree);
+        for (Node* above = node.Parent(); above; above = above->Parent()) {
+            isOpened = isOpened || !above->IsExpanded();
+            above->SetExpanded(true);
+        }
+    }
+    if (!window) return isOpened;
+    window->EnsureVisible(node);
+    return isOpened || window->RowRect(node) != before;
 }
 
 void TreeObjects::NodeRemoving(Node& top) {

@@ -1,7 +1,7 @@
 #include "panels/LockInfo.h"
 
-#include "data/Recordset.h"
 #include "base/modGeneric.h"
+#include "data/Recordset.h"
 
 namespace dax {
 

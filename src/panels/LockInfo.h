@@ -1,8 +1,8 @@
 // Who holds which locks on the entry selected in a GroupEditor, in at most four lines.
 #pragma once
 
-#include "controls/Event.h"
 #include "base/Value.h"
+#include "controls/Event.h"
 #include "hierarchy/GroupEditor.h"
 #include "panels/PanelLayout.h"
 

@@ -11,13 +11,13 @@ namespace {
 
 constexpr int scrollBand = 32;
 
-DropTarget NextTo(Node* node, bool after) { return {node, after, node, after}; }
+DropTarget NextTo(Node* node, bool after) { return {node, after, false, node, after}; }
 
 DropTarget FindOnRoot(const NodeTree& tree, Node* root, const Node& dragged) {
     Node* const child = root->FirstChild();
     if (child && child == &dragged) return {};
     if (root == tree.First()) {
-        if (child && root->IsExpanded()) return {root, false, child, false};
+        if (child && root->IsExpanded()) return {root, false, false, child, false};
         return NextTo(root, true);
     }
     if (child && !root->IsExpanded()) return NextTo(root, false);
@@ -46,6 +46,19 @@ DropTarget FindDropTarget(const NodeTree& tree, const TreeHit& hit, const Rect& 
         return NextTo(child, false);
     }
     return NextTo(hit.node, after);
+}
+
+DropTarget FindDropInto(const TreeHit& hit, const Node& dragged) {
+    if (!hit.node || modTVW::IsInBranch(hit.node, &dragged) || hit.node->FirstChild() == &dragged) return {};
+    return {hit.node, false, true, nullptr, false};
+}
+
+void DropNode(NodeTree& tree, Node& node, const DropTarget& target) {
+    if (target.isInto) {
+        tree.Move(node, target.node, Place::FirstChild);
+    } else {
+        modTVW::MoveTreeNodeTo(tree, &node, target.node, target.insertAfter);
+    }
 }
 
 unsigned FindScrollBands(const Rect& client, Point pointer) {

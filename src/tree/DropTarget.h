@@ -9,6 +9,7 @@ namespace dax {
 struct DropTarget {
     Node* node = nullptr; // null: it cannot be dropped here
     bool insertAfter = false;
+    bool isInto = false; // the drop makes it the first child of the node; there is no mark
     // The row at which the insert mark is drawn, and on which side; null for none.
     Node* markNode = nullptr;
     bool markAfter = false;
@@ -18,6 +19,10 @@ struct DropTarget {
 // `row` is the rectangle of the hit node's row.
 DropTarget FindDropTarget(const NodeTree& tree, const TreeHit& hit, const Rect& row, Point pointer,
                           const Node& dragged);
+// Into the hit node, whatever it is and however its branch is shown.
+DropTarget FindDropInto(const TreeHit& hit, const Node& dragged);
+// Carries the drop out. The selection stays, which is the target's during a drop.
+void DropNode(NodeTree& tree, Node& node, const DropTarget& target);
 
 namespace ScrollBands {
 inline constexpr unsigned Top = 1, Bottom = 2, Left = 4, Right = 8;

@@ -57,7 +57,8 @@ void LMEDragDropSupport::OnItemDrag() {
     window->ShowDragImage(false, pointer);
     const TreeHit hit = window->HitTest(pointer);
     const Rect row = hit.node ? window->RowRect(*hit.node).value_or(Rect{}) : Rect{};
-    ShowTarget(FindDropTarget(*tree, hit, row, pointer, *dragged));
+    ShowTarget(hit.node && window->IsCtrlDown() ? FindDropInto(hit, *dragged)
+                                                : FindDropTarget(*tree, hit, row, pointer, *dragged));
     window->ShowDragImage(true, pointer);
 }
 
@@ -82,7 +83,7 @@ void LMEDragDropSupport::FinishDrag() {
     if (!isActive || dragged != node || target.node != to.node) return;
     CancelDrag();
     if (modTVW::IsInBranch(to.node, node)) return;
-    drop.Raise(to.insertAfter, *node, *to.node);
+    drop.Raise(*node, to);
 }
 
 void LMEDragDropSupport::CancelDrag() {

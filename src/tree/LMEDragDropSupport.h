@@ -19,8 +19,8 @@ public:
     bool Active() const { return isActive; } // a drag is in progress
     void OnMouseDown();
     bool ShouldBeginDrag() const;
-    void BeginDrag(); // drags the node under the point of the press
-    void OnItemDrag();
+    void BeginDrag();  // drags the node under the point of the press
+    void OnItemDrag(); // the pointer has moved, or Ctrl went down or came up
     // The target, when there is one, becomes the selected node; then Drop is raised.
     void FinishDrag();
     void CancelDrag();
@@ -33,8 +33,8 @@ public:
     Event<Node&>& AutoExpand() { return autoExpand; }
     // A drag is over, however it ended; before Drop.
     Event<>& Ended() { return ended; }
-    // Insert after, dragged node, target node.
-    Event<bool, Node&, Node&>& Drop() { return drop; }
+    // The dragged node and where it goes, which is never in its own branch.
+    Event<Node&, const DropTarget&>& Drop() { return drop; }
 
 private:
     void NodeRemoving(Node& node) override;
@@ -50,7 +50,7 @@ private:
     DropTarget target;
     Event<Node&> autoExpand;
     Event<> ended;
-    Event<bool, Node&, Node&> drop;
+    Event<Node&, const DropTarget&> drop;
 };
 
 } // namespace dax

@@ -27,6 +27,7 @@ public:
     virtual Point Pointer() const = 0; // where the pointer is now
     // The least distances that make a press a drag, as the user has set them.
     virtual Point DragThreshold() const = 0;
+    virtual bool IsCtrlDown() const = 0;
     virtual TreeHit HitTest(Point point) const = 0;
     // The node's row over the whole width; nothing while it is hidden in a collapsed branch.
     virtual std::optional<Rect> RowRect(const Node& node) const = 0;

@@ -177,6 +177,11 @@ bool MoveTreeNode(NodeTree& tree, Node* node, GroupMovementTypes movement) {
     return true;
 }
 
+void MoveChildrenAfter(NodeTree& tree, Node& node) {
+    const TreeUpdate update(tree);
+    while (node.LastChild()) tree.Move(*node.LastChild(), &node, Place::After);
+}
+
 void MoveTreeNodeTo(NodeTree& tree, Node* node, Node* target, bool insertAfter) {
     if (!node || !target || IsInBranch(target, node)) return;
     if (!target->Parent()) {

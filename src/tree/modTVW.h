@@ -36,6 +36,8 @@ bool CanMoveTreeNode(const NodeTree& tree, const Node* node, GroupMovementTypes 
 // Up from a first child leads to the end of the parent's previous sibling, down from a last child to the beginning of
 // the parent's next one. False, and nothing done, when the node cannot move so.
 bool MoveTreeNode(NodeTree& tree, Node* node, GroupMovementTypes movement);
+// The node's children come to stand after it, one level higher and in their order.
+void MoveChildrenAfter(NodeTree& tree, Node& node);
 // A drop. On a node without a parent: as its first child; else next to the target. Nothing is done when the target
 // lies in the node's own branch.
 void MoveTreeNodeTo(NodeTree& tree, Node* node, Node* target, bool insertAfter);

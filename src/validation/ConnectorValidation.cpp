@@ -1,7 +1,7 @@
 #include "validation/ConnectorValidation.h"
 
-#include "data/modDB.h"
 #include "base/modGeneric.h"
+#include "data/modDB.h"
 #include "validation/Guarded.h"
 
 namespace dax {

@@ -1,7 +1,7 @@
 #include "validation/ContentValidation.h"
 
-#include "content/Utility.h"
 #include "base/Enumerations.h"
+#include "content/Utility.h"
 #include "data/modDB.h"
 #include "validation/Guarded.h"
 

@@ -1,7 +1,7 @@
 #include "validation/DatabaseValidator.h"
 
-#include "data/modDB.h"
 #include "base/modGeneric.h"
+#include "data/modDB.h"
 #include "validation/ConnectorValidation.h"
 #include "validation/ContentValidation.h"
 

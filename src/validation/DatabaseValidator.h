@@ -2,9 +2,9 @@
 // and a picture.
 #pragma once
 
-#include "controls/Event.h"
 #include "base/Enumerations.h"
 #include "base/Value.h"
+#include "controls/Event.h"
 #include "validation/StatusPanel.h"
 
 #include <functional>

@@ -1,7 +1,7 @@
 #include "validation/SQLDBPicker.h"
 
-#include "data/modDB.h"
 #include "base/modGeneric.h"
+#include "data/modDB.h"
 
 namespace dax {
 

@@ -1,9 +1,9 @@
 // Drop-down list of the content catalogs that one user may open through the connector.
 #pragma once
 
+#include "base/Value.h"
 #include "controls/ComboBox.h"
 #include "controls/Event.h"
-#include "base/Value.h"
 
 #include <functional>
 #include <memory>

@@ -1,8 +1,8 @@
 // The commands on real databases: SQLite files, and servers where there are any.
 #include "Program.h"
 
-#include "data/Recordset.h"
 #include "base/modGeneric.h"
+#include "data/Recordset.h"
 #include "support/TestDatabases.h"
 
 #include <gmock/gmock.h>

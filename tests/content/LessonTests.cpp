@@ -1,6 +1,6 @@
+#include "base/Error.h"
 #include "content/ContentLesson.h"
 #include "content/LayoutTree.h"
-#include "base/Error.h"
 
 #include <gtest/gtest.h>
 

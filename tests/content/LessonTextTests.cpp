@@ -1,5 +1,5 @@
-#include "content/LessonText.h"
 #include "base/Error.h"
+#include "content/LessonText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "content/LessonPropertyStore.h"
 #include "base/Error.h"
+#include "content/LessonPropertyStore.h"
 
 #include <gtest/gtest.h>
 

@@ -72,15 +72,22 @@ struct LessonMapModel {
     bool Remove(const Text& page, bool withChildren) {
         if (!Has(page)) return pages.erase(page) > 0; // an orphan
         if (!IsPage(page)) return false;
-        for (const Text& gone : tree.Remove(page, withChildren, selected)) {
+        const Text parent = tree.parents.at(page);
+        while (!withChildren && !tree.children[page].empty()) // in their order
+            tree.Place(Text(tree.children[page].back()), parent, tree.Index(page) + 1);
+        for (const Text& gone : tree.Remove(page, true, selected)) {
             checked.erase(gone);
             pages.erase(gone);
         }
         return true;
     }
-    // On the upper half of another page.
+    // On the upper half of another page, which is selected then.
     bool Drop(const Text& page, const Text& target) {
         if (tree.Contains(page, target)) return false;
+        const bool isNext =
+            tree.parents.at(page) == tree.parents.at(target) && tree.Index(page) + 1 == tree.Index(target);
+        if (isNext && tree.children.at(page).empty()) return false; // no place to drop
+        selected = target;
         const std::string before = Print();
         tree.Unlink(page);
         tree.Place(page, tree.parents.at(target), tree.Index(target));

@@ -127,6 +127,17 @@ protected:
         editor->SetCurrentSBID(u"c");
         tree->Find(u"b")->SetChecked(true);
     }
+    // Before the other node; either may go under way.
+    void Drag(const Text& from, const Text& to) {
+        window->MoveTo(window->At(*tree->Find(from)));
+        editor->MouseDown(MouseButton::Left);
+        window->MoveTo(window->At(*tree->Find(from), 95));
+        editor->MouseMove(MouseButton::Left);
+        if (!editor || !tree->Find(to)) return;
+        window->MoveTo(window->At(*tree->Find(to), 10));
+        editor->MouseMove(MouseButton::Left);
+        editor->MouseUp(MouseButton::Left);
+    }
     // Afterwards the editor must work as ever.
     void ExpectUsable(const std::string& where) {
         mischief.countdown = -1;
@@ -212,17 +223,7 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
         {"FindNextSBID", [this] { editor->FindNextSBID(u"nothing", ftTitle, false, true); }},
         {"UpdateSBID", [this] { editor->UpdateSBID(u"c"); }},
         {"ShowDefaultMapOnly", [this] { editor->SetShowDefaultMapOnly(true); }},
-        {"drag",
-         [this] {
-             window->MoveTo(window->At(*tree->Find(u"d")));
-             editor->MouseDown(MouseButton::Left);
-             window->MoveTo(window->At(*tree->Find(u"d"), 95));
-             editor->MouseMove(MouseButton::Left);
-             if (!editor || !tree->Find(u"a")) return;
-             window->MoveTo(window->At(*tree->Find(u"a"), 10));
-             editor->MouseMove(MouseButton::Left);
-             editor->MouseUp(MouseButton::Left);
-         }},
+        {"drag", [this] { Drag(u"d", u"a"); }},
     };
     int disturbed = 0;
     for (const auto& [operation, run] : operations) {
@@ -338,6 +339,17 @@ TEST_F(HostileLesson, OneMapThatFailsDoesNotKeepTheOthersFromTheirLayout) {
     editor->SetCurrentSBID(u"e");
     EXPECT_THROW(editor->MoveCurrent(smtNextMap), Error);
     EXPECT_EQ(Print("A", odd->first->Layout()), "A: e a( b ) c");
+    EXPECT_EQ(Print(*tree), "F: e | A: a( b ) c | B: d") << "what the lesson holds";
+    EXPECT_EQ(editor->CurrentSBID(), u"e");
+    // A drop has no caller who could hear of it.
+    Heard();
+    editor->Error.Add([this](int32_t number, const Text& description, const Text& deed) {
+        heard = std::to_string(number) + ToUtf8(u" " + description + u" " + deed);
+    });
+    Drag(u"e", u"a");
+    EXPECT_EQ(heard, "5 failed Drop");
+    EXPECT_EQ(Print(*tree), "F: e | A: a( b ) c | B: d");
+    EXPECT_EQ(editor->CurrentSBID(), u"e");
     ExpectUsable("failing map");
 }
 

@@ -26,6 +26,19 @@ TEST_F(LessonMapEditorTest, ShowsALessonAndItsCurrentStoryboard) {
     EXPECT_EQ(Shown(), "A: c | A_1: d");
     EXPECT_EQ(lesson->CurrentSBID(), u"c");
 
+    // Other objects with the same pages: the author finds the tree as it was.
+    lesson = MakeLesson("A: c( e ) | A_1: d( f )");
+    editor->SetLesson(lesson);
+    At(u"c").SetExpanded(true);
+    At(u"A_1").SetExpanded(false);
+    tree->Select(&At(u"A_1"));
+    Heard();
+    lesson = MakeLesson("A: c( e ) | A_1: d( f )");
+    editor->SetLesson(lesson);
+    EXPECT_EQ(Heard(), "selected -");
+    EXPECT_EQ(tree->Selected(), &At(u"A_1"));
+    EXPECT_TRUE(At(u"c").IsExpanded() && !At(u"A_1").IsExpanded() && !At(u"d").IsExpanded());
+
     lesson = MakeLesson("A: x");
     lesson->SetCurrentSBID(u"gone");
     editor->SetLesson(lesson);
@@ -129,7 +142,7 @@ TEST_F(LessonMapEditorTest, RemovesStoryboardsAndSelectsANeighbour) {
     } cases[] = {
         {u"c", u"a", true, "A: f | B: g", "changed 3, selected f", 2},
         {u"f", u"a", true, "A: f | B: g", "changed 3", 2},
-        {u"a", u"a", false, "A: e d b( c ) f | B: g", "changed 3, selected e", 6}, // children reversed, as documented
+        {u"a", u"a", false, "A: b( c ) d e f | B: g", "changed 3, selected b", 6},
         {u"g", u"g", false, "A: a( b( c ) d e ) f | B:", "changed 3, selected -", 6},
         {u"g", u"unknown", true, "A: a( b( c ) d e ) f | B: g", "", 7},
     };
@@ -145,6 +158,56 @@ TEST_F(LessonMapEditorTest, RemovesStoryboardsAndSelectsANeighbour) {
     editor->RemoveStoryboard(Page(u"o"), false);
     EXPECT_EQ(Heard(), "changed 3") << "an orphan";
     EXPECT_EQ(Page(u"o"), nullptr);
+    // A map keeps its name beside an orphan of that name, which is no part of the tree.
+    lesson->Storyboards()->Add(NewPage(u"A"));
+    editor->Refresh();
+    EXPECT_EQ(Shown(), "A: a( b( c ) d e ) f | B: g");
+    EXPECT_EQ(editor->FindNextSBID(u"New A", ftTitle, true, true), u"");
+    editor->RemoveStoryboard(Page(u"A"), false);
+    EXPECT_EQ(Page(u"A"), nullptr);
+    EXPECT_EQ(Shown(), "A: a( b( c ) d e ) f | B: g");
+}
+
+TEST_F(LessonMapEditorTest, HiddenMapsAreEditedToo) {
+    const struct {
+        const char *before, *deed;
+        Text sbid;
+        const char* after; // with all maps shown
+        const char* told;
+        int left; // storyboards of the lesson
+    } cases[] = {
+        {"A: a | B: b( c d ) e", "remove", u"b", "A: a | B: c d e", "changed 3", 4},
+        {"A: a | B: b( c d ) e", "remove branch", u"b", "A: a | B: e", "changed 3", 2},
+        {"A: a b( x ) | B: b( c )", "remove branch", u"b", "A: a | B: c", "changed 3", 2},
+        {"A: a | B: e | A: b( a )", "remove branch", u"b", "A: a | B: e | A_1:", "changed 3", 2},
+        {"A: a | B: b( c ) | C: d", "add", u"b", "A: b a | B: c | C: d", "changed 1, selected b", 4},
+        {"A: a | B: a( c )", "add", u"a", "A: a | B: c", "selected a", 2}, // shown already
+    };
+    for (const auto& [before, deed, sbid, after, told, left] : cases) {
+        Open(before);
+        lesson = MakeLesson(before);
+        editor->SetShowDefaultMapOnly(true);
+        editor->SetLesson(lesson);
+        heard.clear();
+        if (deed == std::string("add")) {
+            editor->AddStoryboard(Page(sbid));
+        } else {
+            editor->RemoveStoryboard(Page(sbid), deed == std::string("remove branch"));
+        }
+        EXPECT_EQ(Heard(), told) << before;
+        editor->SetShowDefaultMapOnly(false);
+        editor->OrphanedStoryboards(); // writes the layouts back
+        EXPECT_EQ(Shown(), after) << before;
+        EXPECT_EQ(lesson->Storyboards()->Count(), left) << before;
+    }
+    // What is hidden and shown again is the current page again.
+    Open("A: a | B: b");
+    editor->SetCurrentSBID(u"b");
+    editor->SetShowDefaultMapOnly(true);
+    EXPECT_EQ(editor->CurrentSBID(), u"");
+    editor->SetShowDefaultMapOnly(false);
+    EXPECT_EQ(editor->CurrentSBID(), u"b");
+    EXPECT_EQ(Heard(), "selected b");
 }
 
 TEST_F(LessonMapEditorTest, MovesUpdatesAndRefreshes) {
@@ -235,16 +298,20 @@ TEST_F(LessonMapEditorTest, TheWindowIsFrozenAndToldOnce) {
 
 // That properties are kept is tested with real hosts' bags.
 TEST_F(LessonMapEditorTest, OddPropertiesBecomeTheDefaultsAndChangesAreToldOnce) {
-    class OddBag : public PropertyBag {
+    struct OddBag : PropertyBag {
         Value ReadProperty(const Text& name, const Value&) override {
-            return name == u"Locked" ? Value() : name == u"CaptionStyle" ? Value(int64_t{1} << 40) : Value(Text(u"?"));
+            return name == u"Locked" ? Value() : name == u"CaptionStyle" ? Value(style) : Value(Text(u"?"));
         }
+        int64_t style = int64_t{1} << 40;
         void WriteProperty(const Text&, const Value&, const Value&) override {}
     } bag;
     editor->SetLocked(true);
     editor->ReadProperties(bag);
     EXPECT_TRUE(editor->AllowDragDrop() && !editor->Locked() && !editor->Checkboxes());
     EXPECT_EQ(editor->CaptionStyle(), csTitle);
+    bag.style = 7;
+    editor->ReadProperties(bag);
+    EXPECT_EQ(static_cast<int>(editor->CaptionStyle()), 7) << "it is kept, and shows the titles";
     // The host hears what it has to save, and nothing when a property is set to what it is.
     std::string told;
     editor->PropertyChanged.Add([&told](const Text& name) { told += ToUtf8(name) + " "; });

@@ -67,7 +67,7 @@ private:
 
     Sink sink{[this](DISPID event, const std::vector<Text>& arguments) {
         constexpr const char* names[] = {"",           "BeforeSelectionChange", "AfterSelectionChange", "ItemChecked",
-                                         "MapChanged", "DeleteRequest",         "ContextMenuRequest"};
+                                         "MapChanged", "DeleteRequest",         "ContextMenuRequest",   "Error"};
         heard += (heard.empty() ? "" : " ") + std::string(names[event]) + "(";
         for (const Text& argument : arguments) heard += ToUtf8(argument);
         heard += ')';

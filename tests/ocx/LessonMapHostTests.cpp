@@ -192,7 +192,14 @@ TEST_F(LessonMapHostTest, AHostsOwnPicturesAreFoundByTheirKeys) {
     for (const Variant& wrong : {Variant(u"none"), Variant(1), ObjectVariant(pictures.Get())})
         EXPECT_NE(CodeOf([&] { Call(control.Get(), L"SetImageList", {wrong}); }), S_OK);
     expect(2, 1);
+    const auto tree = Get(control.Get(), L"tvwObject");
+    EXPECT_EQ(Get(tree.Get(), L"ImageList").Get(), static_cast<IDispatch*>(list.Get()));
     Call(control.Get(), L"SetImageList", {Variant(0)});
+    expect(1, 5);
+    EXPECT_FALSE(Get(tree.Get(), L"ImageList"));
+    Put(tree.Get(), L"ImageList", ObjectVariant(list.Get()), DISPATCH_PROPERTYPUTREF);
+    expect(2, 1);
+    Put(tree.Get(), L"ImageList", ObjectVariant(nullptr), DISPATCH_PROPERTYPUTREF);
     expect(1, 5);
     destroy(images);
 }

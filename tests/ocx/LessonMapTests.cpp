@@ -1,4 +1,5 @@
 // The lesson map editor as hosts and scripts use it: its members, its events, its tree, and the host's own objects.
+#include "ControlCases.h"
 #include "LessonMapFixture.h"
 
 namespace dax::test {
@@ -128,6 +129,11 @@ TEST_F(LessonMapTest, TheTreeIsThereForHosts) {
     }
     EXPECT_EQ(NumberOf(Call(root.Get(), L"Children")), 2);
     EXPECT_EQ(NumberOf(Call(root.Get(), L"Image")), 1);
+    for (const char16_t* key : {u"c", u"a", u"b", u"M"}) // each by the place that it gives
+        EXPECT_EQ(GetText(Get(nodes.Get(), L"Item", {Call(Node(key).Get(), L"Index")}).Get(), L"Key"), key);
+    EXPECT_EQ(GetText(Node(u"b").Get(), L"FullPath"), u"M (3)\\title a\\title b");
+    EXPECT_TRUE(IsTrue(Call(Node(u"b").Get(), L"EnsureVisible")) && IsTrue(Call(a.Get(), L"Expanded")));
+    EXPECT_FALSE(IsTrue(Call(Node(u"b").Get(), L"EnsureVisible")));
     Let(a.Get(), L"Image", Variant(u"video"));
     EXPECT_EQ(NumberOf(Call(a.Get(), L"Image")), 7);
     Let(a.Get(), L"Tag", Variant(u"kept"));
@@ -182,7 +188,50 @@ TEST_F(LessonMapTest, AHostsOwnLessonIsShownAndWritten) {
     EXPECT_EQ(host.layouts[u"N"], std::vector<Text>{u"c"});
     const auto orphans = Get(control.Get(), L"OrphanedStoryboards");
     EXPECT_EQ(NumberOf(Call(orphans.Get(), L"Count")), 0);
+    // A hidden map is filled and read by nodes of its own, which go with it.
+    Let(control.Get(), L"ShowDefaultMapOnly", Variant(true));
+    ComPtr<IDispatch> kept;
+    HostThing::Member& read = host.maps[0].second->members[L"ReadLayout"];
+    read = [&kept, read](const auto& arguments, WORD kind) {
+        kept = ObjectOf(arguments.at(0));
+        return read(arguments, kind);
+    };
+    Call(control.Get(), L"AddStoryboard", {Variant(static_cast<IDispatch*>(host.pages[0].second.Get()))});
+    EXPECT_EQ(host.layouts[u"M"], std::vector<Text>{});
+    EXPECT_EQ(Shown(), "N (2)[title c title a]");
+    EXPECT_EQ(CodeOf([&] { GetText(kept.Get(), L"Text"); }) & 0xFFFF, 35601);
+    kept.Reset();
     Put(control.Get(), L"Lesson", Variant(static_cast<IDispatch*>(nullptr)), DISPATCH_PROPERTYPUTREF);
+}
+
+TEST_F(LessonMapTest, InAWindowTheTreeIsFoundAndFailuresOfTheUsersDoingAreTold) {
+    HostLessonParts host;
+    std::vector<Text> sbids;
+    for (int n = 0; n < 40; ++n) sbids.push_back(u"p" + ToText(n));
+    for (const Text& sbid : sbids) host.AddPage(sbid);
+    host.AddMap(u"M", sbids);
+    Stage stage(ControlCases().back());
+    Put(stage.control.Get(), L"Lesson", Variant(static_cast<IDispatch*>(host.lesson.Get())), DISPATCH_PROPERTYPUTREF);
+    const auto tree = Get(stage.control.Get(), L"tvwObject");
+    EXPECT_EQ(NumberOf(Call(tree.Get(), L"hWnd")), static_cast<int32_t>(reinterpret_cast<INT_PTR>(stage.child)));
+    EXPECT_EQ(GetText(Get(tree.Get(), L"HitTest", {Variant(30), Variant(5)}).Get(), L"Key"), u"M");
+    const auto last = Get(Get(tree.Get(), L"Nodes").Get(), L"Item", {Variant(u"p39")});
+    EXPECT_TRUE(IsTrue(Call(last.Get(), L"EnsureVisible")));
+    EXPECT_FALSE(IsTrue(Call(last.Get(), L"EnsureVisible")));
+    RECT client{};
+    GetClientRect(stage.child, &client);
+    EXPECT_TRUE(Get(tree.Get(), L"HitTest", {Variant(30), Variant(client.bottom - 30)}));
+    EXPECT_FALSE(Get(tree.Get(), L"HitTest", {Variant(30), Variant(-30)}));
+
+    Put(tree.Get(), L"SelectedItem", Variant(last.Get()), DISPATCH_PROPERTYPUTREF);
+    stage.heard.clear();
+    host.before = [](const std::string& call) {
+        if (call == "CurrentSBID") throw Failure{HRESULT(0x800A04D2), u"on purpose", u""};
+    };
+    stage.Press(VK_UP);
+    EXPECT_EQ(stage.heard, std::vector<DISPID>{7});
+    host.before = [](const std::string&) {};
+    stage.LetGo();
 }
 
 } // namespace dax::test

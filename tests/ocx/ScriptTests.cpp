@@ -42,9 +42,15 @@ TEST_F(ScriptTest, TheTypicalStartGoesFromTheConnectorToTheRecord) {
 
 TEST_F(ScriptTest, FaultsNameTheirPlace) {
     const TempFolder folder;
+    const std::string badMap = "Class BadMap\nPublic Name\nPublic Fails\nSub FillTree(nodes, root)\n"
+                               "If Fails Then Err.Raise 1234, \"x\", \"cannot\"\nEnd Sub\n"
+                               "Sub ReadLayout(root)\nFillTree Nothing, root\nEnd Sub\nEnd Class\n"
+                               "Set map = New BadMap\nmap.Name = \"Bad\"\nmap.Fails = True\n"
+                               "Set lesson = CreateObject(\"ContentObjects.Lesson\")\nlesson.Maps.Add map\n"
+                               "Set editor = CreateObject(\"DAXControls.LessonMapEditor\")\n";
     const struct {
         const char16_t* name;
-        const char* text;
+        std::string text;
         DWORD code;
         const char* place;
         const char* output;
@@ -53,6 +59,19 @@ TEST_F(ScriptTest, FaultsNameTheirPlace) {
         {u"syntax.vbs", "x = 1\nIf x = \n", 1, "syntax.vbs(2, ", ""},
         {u"call.vbs", "Set c = CreateObject(\"DAXControls.Constants\")\n\nc.OCXPath = \"x\"\n", 1, "call.vbs(3, ", ""},
         {u"none.vbs", "WScript.CreateObject \"No.Such.Class\"\n", 1, "none.vbs(1, ", ""},
+        {u"uncaught.vbs", badMap + "Set editor.Lesson = lesson\n", 1, "uncaught.vbs(5, ", ""}, // and its caller's
+        {u"caught.vbs",
+         badMap + "On Error Resume Next\nSet editor.Lesson = lesson\nWScript.Echo Err.Number & Err.Description\n"
+                  "map.Fails = False\nSet editor.Lesson = lesson\nmap.Fails = True\n"
+                  "Set page = CreateObject(\"ContentObjects.Storyboard\")\neditor.AddStoryboard page\n"
+                  "WScript.Echo Err.Number & Err.Description\n",
+         0, "", "1234cannot\n1234cannot\n"},
+        {u"caught.js",
+         "var map = {Name: 'Bad', FillTree: function() { throw new Error('cannot'); }};\n"
+         "var lesson = new ActiveXObject('ContentObjects.Lesson');\nlesson.Maps.Add(map);\n"
+         "try { new ActiveXObject('DAXControls.LessonMapEditor').Lesson = lesson; }\n"
+         "catch (error) { WScript.Echo(error.description); }\n",
+         0, "", "cannot\n"},
         {u"quit.js", "WScript.Echo(1 + 1);\nWScript.Quit(7);\nWScript.Echo('never');\n", 7, "", "2\n"},
         {u"other.txt", "", 2, "other.txt: only", ""},
     };

@@ -42,8 +42,8 @@ TEST_F(TreeInput, ScrollBandsOfAWindow) {
 
 TEST_F(TreeInput, ADragOutlivesEverythingButItsNode) {
     Text dropped;
-    support.Drop().Add([&](bool after, Node& node, Node& target) {
-        dropped = node.Key() + (after ? u" after " : u" before ") + target.Key();
+    support.Drop().Add([&](Node& node, const DropTarget& target) {
+        dropped = node.Key() + (target.insertAfter ? u" after " : u" before ") + target.node->Key();
         EXPECT_FALSE(support.Active());
     });
     const auto drag = [&](Node& node, Point to) {

@@ -27,6 +27,7 @@ public:
     Rect ClientRect() const override { return client; }
     Point Pointer() const override { return pointer; }
     Point DragThreshold() const override { return {4, 4}; }
+    bool IsCtrlDown() const override { return isCtrlDown; }
     TreeHit HitTest(Point point) const override {
         if (point.y < client.top || point.y >= client.bottom) return {};
         int row = point.y / rowHeight;
@@ -64,7 +65,7 @@ public:
     Point pointer;
     std::pair<Node*, bool> mark{};
     Node* highlight = nullptr;
-    bool hasDragImage = false, hasCheckBoxes = true, isSingleExpand = false, isFrozen = false;
+    bool isCtrlDown = false, hasDragImage = false, hasCheckBoxes = true, isSingleExpand = false, isFrozen = false;
     int freezes = 0;
     std::map<TreeTimer, int> running; // starts since the last stop
 

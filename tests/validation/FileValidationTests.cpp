@@ -1,8 +1,8 @@
 // Validation of database files, good and bad.
 #include "EngineDatabases.h"
 
-#include "data/modDB.h"
 #include "base/modGeneric.h"
+#include "data/modDB.h"
 #include "validation/DatabaseValidator.h"
 
 #include <filesystem>

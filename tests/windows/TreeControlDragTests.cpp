@@ -30,23 +30,31 @@ struct Drop {
     POINT offset;
     const char* target; // empty: no place to drop
     const char* shape;
+    bool isIntoIt = false; // with Ctrl
 };
 
+// What was dropped on is selected, in both trees.
 template <size_t Count>
 void ExpectDrops(TreeControlHost& host, const Drop (&drops)[Count],
-                 const std::function<std::string(const Drop&)>& told) {
+                 const std::function<std::string(const std::string& target)>& told) {
     Hand hand(host.host.handle);
     for (const Drop& each : drops) {
         SCOPED_TRACE(testing::Message() << "row " << &each - drops << ": " << ToUtf8(each.from));
         host.OpenSample();
         const POINT to = host.On(each.to, each.part);
         DragTo(host, hand, each.from, {to.x + each.offset.x, to.y + each.offset.y});
+        const std::vector<uint32_t> marked = WindowPixels(host.TreeHandle());
+        if (each.isIntoIt) hand.Do([](Hand& user) { user.KeyDown(VK_CONTROL); });
         EXPECT_EQ(host.Highlighted(), each.target);
         EXPECT_EQ(GetCapture(), host.TreeHandle());
         EXPECT_EQ(host.Take(), "selected " + ToUtf8(each.from));
+        if (each.isIntoIt && *each.target) {
+            EXPECT_NE(WindowPixels(host.TreeHandle()), marked) << "the mark goes without a move of the pointer";
+        }
         Let(hand);
+        if (each.isIntoIt) hand.Do([](Hand& user) { user.KeyUp(VK_CONTROL); });
         EXPECT_EQ(host.Shape(), each.shape);
-        EXPECT_EQ(host.Take(), *each.target ? told(each) : "");
+        EXPECT_EQ(host.Take(), *each.target ? told(each.target) : "");
         EXPECT_MIRROR(host.TreeHandle(), host.Model(), false);
         host.ExpectNoDrag();
     }
@@ -73,12 +81,15 @@ TEST(TreeControlDrag, GroupsAndLessonsAreDroppedBeforeAfterAndInto) {
         {u"g", u"", RowPart::Label, {}, "", Groups},
         {u"g", u"c", RowPart::LabelTop, {}, "", Groups}, // its own branch
         {u"g", u"i", RowPart::LabelBottom, {}, "i", ": h( e f ) i g( a b s( c d ) )"},
-        {u"b", u"i", RowPart::Label, {0, 40}, "i", ": g( a s( c d ) ) h( e f ) i b"}, // the space below the rows
+        {u"b", u"i", RowPart::Label, {0, 40}, "i", ": g( a s( c d ) ) h( e f ) i b"},        // the space below the rows
+        {u"a", u"i", RowPart::LabelTop, {}, "i", ": g( b s( c d ) ) h( e f ) i( a )", true}, // it had no children
+        {u"i", u"h", RowPart::LabelBottom, {}, "h", ": g( a b s( c d ) ) h( i e f )", true}, // a closed group
+        {u"d", u"s", RowPart::LabelTop, {}, "s", ": g( a b s( d c ) ) h( e f ) i", true},    // its own group, as first
+        {u"a", u"g", RowPart::LabelTop, {}, "", Groups, true},                               // stands there already
+        {u"g", u"c", RowPart::LabelTop, {}, "", Groups, true},
     };
-    // What was dropped on is selected.
-    ExpectDrops(host, drops, [](const Drop& drop) {
-        return "selected " + std::string(drop.target == std::string("root") ? "" : drop.target) + ", changed";
-    });
+    ExpectDrops(host, drops,
+                [](const std::string& target) { return "selected " + (target == "root" ? "" : target) + ", changed"; });
 }
 
 TEST(TreeControlDrag, PagesAreDroppedWithinAndBetweenMapsOrNowhere) {
@@ -105,8 +116,12 @@ TEST(TreeControlDrag, PagesAreDroppedWithinAndBetweenMapsOrNowhere) {
         {u"c", u"c", RowPart::LabelTop, {20, 0}, "", Pages},  // itself
         {u"c", u"e", RowPart::LabelBottom, {}, "", Pages},    // its own branch
         {u"f", u"A", RowPart::LabelTop, {0, -15}, "", Pages}, // outside, above the rows
+        {u"g", u"a", RowPart::LabelBottom, {}, "a", "A: a( g ) b c( d e ) f | B: h | C:", true},
+        {u"f", u"c", RowPart::LabelTop, {}, "c", "A: a b c( f d e ) | B: g h | C:", true},
+        {u"h", u"B", RowPart::LabelTop, {}, "B", "A: a b c( d e ) f | B: h g | C:", true},
     };
-    ExpectDrops(host, drops, [](const Drop&) { return "changed 2"; });
+    ExpectDrops(host, drops,
+                [](const std::string& target) { return "changed 2, selected " + (target[0] < 'a' ? "-" : target); });
     // A map takes a page when it is collapsed, too.
     Hand hand(host.host.handle);
     for (const auto& [map, page, shape] :

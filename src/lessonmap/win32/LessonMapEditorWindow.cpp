@@ -115,7 +115,9 @@ LRESULT LessonMapEditorWindow::OnNotify(const NMHDR& header, LPARAM) {
     const auto keptEditor = editor;
     const auto keptNodes = nodes;
     const auto keptTree = treeView;
-    return keptTree->HandleNotification(header);
+    LRESULT answer = 0;
+    keptEditor->TellFailures(u"Select", [&] { answer = keptTree->HandleNotification(header); });
+    return answer;
 }
 
 // The tree's own keys; Tab, Enter and everything else are the host's. Escape is the tree's only during a drag.

@@ -15,6 +15,8 @@ public:
     // Whoever calls it holds this pointer while doing so: a listener may release the window.
     const std::shared_ptr<LessonMapEditor>& Editor() const { return editor; }
 
+    TreeViewWindow& Tree() const { return *treeView; }
+
     // A host's own pictures instead of ours, each with the key at its place; they are copied. Null: ours again. False,
     // and nothing changed, when there is no such image list.
     bool SetPictures(HIMAGELIST images, const PictureKeys& keys);

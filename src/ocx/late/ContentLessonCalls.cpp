@@ -86,6 +86,7 @@ HRESULT HostObject::Invoke(DISPID dispid, WORD kind, std::initializer_list<Varia
         parameters.cNamedArgs = 1;
     }
     EXCEPINFO info{};
+    SetErrorInfo(0, nullptr); // of a call before this one
     HRESULT code = kept->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters, isPut ? nullptr : &result,
                                 &info, nullptr);
     if (code == DISP_E_EXCEPTION) {
@@ -97,13 +98,27 @@ HRESULT HostObject::Invoke(DISPID dispid, WORD kind, std::initializer_list<Varia
         SysFreeString(info.bstrDescription);
         SysFreeString(info.bstrHelpFile);
     }
+    // Some tell what has failed in this way only.
+    ComPtr<IErrorInfo> told;
+    if (FAILED(code) && description.empty() && GetErrorInfo(0, told.Out()) == S_OK) {
+        BSTR text = nullptr;
+        told->GetDescription(&text);
+        description = FromBstr(text);
+        SysFreeString(text);
+    }
     return code;
 }
 
 Variant HostObject::Call(const wchar_t* member, std::initializer_list<Variant> arguments) const {
     Variant result;
     Text description;
-    const HRESULT code = Invoke(Find(member), DISPATCH_METHOD | DISPATCH_PROPERTYGET, arguments, result, description);
+    constexpr WORD either = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
+    const DISPID dispid = Find(member);
+    // Whatever takes no argument is a property; some script engines would call its value when they are asked for both.
+    HRESULT code =
+        Invoke(dispid, arguments.size() == 0 ? DISPATCH_PROPERTYGET : either, arguments, result, description);
+    if (code == DISP_E_MEMBERNOTFOUND && arguments.size() == 0)
+        code = Invoke(dispid, DISPATCH_METHOD, arguments, result, description);
     if (FAILED(code)) Fail(member, code, description);
     return result;
 }

@@ -20,7 +20,6 @@ struct BoxPress {
 };
 
 Point PointOf(LPARAM lParam) { return {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}; }
-bool IsCtrlDown() { return GetAsyncKeyState(VK_CONTROL) < 0; }
 
 } // namespace
 
@@ -200,8 +199,13 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
         KeyPress.Raise(static_cast<char16_t>(wParam));
         // The tree would beep at these.
         return wParam == VK_RETURN || wParam == VK_ESCAPE ? std::optional<LRESULT>(0) : std::nullopt;
+    case WM_KEYUP:
     case WM_KEYDOWN:
-        if (wParam != VK_SPACE || !hasCheckBoxes) return {};
+        if (wParam == VK_CONTROL && dragImage) { // the place to drop on is another one now
+            MouseMove.Raise(MouseButton::Left, Pointer());
+            return {};
+        }
+        if (message == WM_KEYUP || wParam != VK_SPACE || !hasCheckBoxes) return {};
         KeyDown.Raise(VK_SPACE); // and not the tree's own toggle of the selected node, which may be another
         return 0;
     case WM_TIMER:

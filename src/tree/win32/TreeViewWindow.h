@@ -49,6 +49,7 @@ public:
     Rect ClientRect() const override;
     Point Pointer() const override;
     Point DragThreshold() const override;
+    bool IsCtrlDown() const override { return GetKeyState(VK_CONTROL) < 0; }
     TreeHit HitTest(Point point) const override;
     std::optional<Rect> RowRect(const Node& node) const override;
     void SetInsertMark(Node* node, bool after) override;
