@@ -55,6 +55,7 @@ SQLiteStatement::~SQLiteStatement() {
 
 void SQLiteStatement::Abandon() noexcept {
     Close();
+    repeated.reset();
     owner = nullptr;
 }
 
@@ -79,8 +80,10 @@ void SQLiteStatement::Run(TextView adapted, std::span<const Value> parameters, s
     }
     Owner().RequireTransaction();
     const SQLiteWaiting waiting(owner->Wait());
-    Compile(adapted);
     changes = 0;
+    const sqlite3_int64 before = sqlite3_total_changes64(owner->Handle());
+    if (parameters.empty() && RunRepeated(adapted)) return Finish(before);
+    handle = Compile(adapted, 0);
     if (!handle) return; // nothing but blanks and comments
     const int wanted = sqlite3_bind_parameter_count(handle.get());
     if (static_cast<size_t>(wanted) != parameters.size())
@@ -88,11 +91,46 @@ void SQLiteStatement::Run(TextView adapted, std::span<const Value> parameters, s
                                                    ToText(static_cast<long long>(parameters.size())) +
                                                    u" values were given.");
     for (int i = 0; i < wanted; ++i) Bind(i + 1, parameters[static_cast<size_t>(i)]);
-    const sqlite3_int64 before = sqlite3_total_changes64(owner->Handle());
-    Step();
+    Step(handle.get());
     isFresh = hasRow;
-    if (sqlite3_total_changes64(owner->Handle()) != before) changes = sqlite3_changes64(owner->Handle());
+    Finish(before);
     if (sqlite3_column_count(handle.get()) == 0) handle.reset();
+}
+
+void SQLiteStatement::Finish(sqlite3_int64 changesBefore) {
+    if (sqlite3_total_changes64(owner->Handle()) != changesBefore) changes = sqlite3_changes64(owner->Handle());
+}
+
+// True when it was done this way. What cannot be compiled without its literals goes with them.
+bool SQLiteStatement::RunRepeated(TextView text) {
+    if (!shape.Read(text)) return false;
+    if (shape.Words() != lastWords) {
+        repeated.reset();
+        lastWords = shape.MayRepeat() ? shape.Words() : Text();
+        return false;
+    }
+    if (!repeated) {
+        try {
+            repeated = Compile(lastWords, SQLITE_PREPARE_PERSISTENT);
+        } catch (const Error&) {
+            lastWords.clear();
+            return false;
+        }
+        if (sqlite3_column_count(repeated.get()) != 0) {
+            repeated.reset();
+            lastWords.clear();
+            return false;
+        }
+    }
+    owner->Check(shape.Bind(repeated.get()));
+    try {
+        Step(repeated.get());
+    } catch (...) {
+        sqlite3_reset(repeated.get());
+        throw;
+    }
+    sqlite3_reset(repeated.get());
+    return true;
 }
 
 void SQLiteStatement::RunUnobserved(TextView statement, const Value& parameter) {
@@ -100,20 +138,18 @@ void SQLiteStatement::RunUnobserved(TextView statement, const Value& parameter) 
     Run(statement, {&parameter, 1}, {});
 }
 
-void SQLiteStatement::Compile(TextView text) {
+SQLiteStatementHandle SQLiteStatement::Compile(TextView text, unsigned flags) {
     ToUtf8(text, utf8);
-    sqlite3_stmt* compiled = nullptr;
+    sqlite3_stmt* made = nullptr;
     const char* rest = nullptr;
     owner->StartWork();
     // With the zero at its end the text need not be copied.
-    owner->Check(sqlite3_prepare_v2(owner->Handle(), utf8.c_str(),
-                                    static_cast<int>(std::min<size_t>(utf8.size() + 1, INT_MAX)), &compiled, &rest));
-    handle.reset(compiled);
-    const std::string_view after(rest);
-    if (after.find_first_not_of(" \t\r\n\f;") != std::string_view::npos) {
-        handle.reset();
+    const int size = static_cast<int>(std::min<size_t>(utf8.size() + 1, INT_MAX));
+    owner->Check(sqlite3_prepare_v3(owner->Handle(), utf8.c_str(), size, flags, &made, &rest));
+    SQLiteStatementHandle compiled(made);
+    if (std::string_view(rest).find_first_not_of(" \t\r\n\f;") != std::string_view::npos)
         throw Error(ErrorNumbers::Unspecified, u"Only one SQL statement is allowed in a call.");
-    }
+    return compiled;
 }
 
 void SQLiteStatement::Bind(int position, const Value& value) {
@@ -137,19 +173,14 @@ void SQLiteStatement::Bind(int position, const Value& value) {
     owner->Check(result);
 }
 
-void SQLiteStatement::Step() {
+void SQLiteStatement::Step(sqlite3_stmt* statement) {
     owner->StartWork();
     isRunning = true;
-    const int result = sqlite3_step(handle.get());
+    const int result = sqlite3_step(statement);
     isRunning = false;
     hasRow = result == SQLITE_ROW;
     ++row;
-    if (hasRow) return;
-    if (result != SQLITE_DONE) {
-        // The reason is forgotten with the statement.
-        const SQLiteStatementHandle failed = std::move(handle);
-        owner->Check(result);
-    }
+    if (!hasRow && result != SQLITE_DONE) owner->Check(result);
 }
 
 const std::vector<Column>& SQLiteStatement::OpenRows() {
@@ -184,7 +215,7 @@ bool SQLiteStatement::Next() {
         isFresh = false;
         return true;
     }
-    if (hasRow) Step();
+    if (hasRow) Step(handle.get());
     if (hasRow) return true;
     handle.reset(); // no lock stays behind
     return false;

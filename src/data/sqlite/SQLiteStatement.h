@@ -1,6 +1,7 @@
 // One statement of a SQLite file: compiled, run, and its rows read as they come.
 #pragma once
 
+#include "data/sqlite/RepeatedStatement.h"
 #include "data/sqlite/SQLiteConnection.h"
 
 namespace dax {
@@ -38,9 +39,11 @@ private:
     };
     SQLiteConnection& Owner() const;
     sqlite3_stmt* Opened() const;
-    void Compile(TextView text);
+    bool RunRepeated(TextView text);
+    SQLiteStatementHandle Compile(TextView text, unsigned flags);
+    void Finish(sqlite3_int64 changesBefore);
     void Bind(int position, const Value& value);
-    void Step();
+    void Step(sqlite3_stmt* statement);
     Column Describe(int column) const;
 
     SQLiteConnection* owner;
@@ -52,6 +55,9 @@ private:
     uint64_t row = 0;
     std::vector<Column> columns;
     std::vector<Field> fields;
+    StatementShape shape;
+    Text lastWords;                 // of the last statement that had a shape; empty: none that may repeat
+    SQLiteStatementHandle repeated; // compiled from them, once they came again
 };
 
 } // namespace dax

@@ -1,0 +1,137 @@
+#include "data/sqlite/RepeatedStatement.h"
+
+#include "base/TextReader.h"
+
+#include <algorithm>
+
+namespace dax {
+
+namespace {
+
+constexpr size_t mostDigits = 18; // surely a whole number of 64 bits
+
+bool ChangesRows(TextView statement) {
+    TextReader reader(statement);
+    return reader.Word(u"UPDATE") || reader.Word(u"INSERT") || reader.Word(u"DELETE");
+}
+
+bool HasWord(TextView text, TextView word) {
+    for (size_t i = 0; i + word.size() <= text.size(); ++i) {
+        if (i > 0 && TextReader::IsWordUnit(text[i - 1])) continue;
+        TextReader reader(text.substr(i));
+        if (!TextReader::IsBlank(text[i]) && reader.Word(word)) return true;
+    }
+    return false;
+}
+
+} // namespace
+
+bool StatementShape::Read(TextView statement) {
+    words.clear();
+    literals.clear();
+    if (!ChangesRows(statement)) return false;
+    size_t copied = 0;
+    for (size_t at = 0; at < statement.size();) {
+        const char16_t unit = statement[at];
+        switch (unit) {
+        case u'\'':
+            if (!TakeText(statement, at, copied)) return false;
+            break;
+        case u'"':
+        case u'`':
+        case u'[':
+            at = statement.find(unit == u'[' ? u']' : unit, at + 1);
+            if (at == TextView::npos) return false;
+            ++at; // a doubled mark opens the rest of the name anew
+            break;
+        case u'-':
+        case u'/':
+            if (at + 1 < statement.size() && (statement[at + 1] == u'-' || statement[at + 1] == u'*')) return false;
+            ++at;
+            break;
+        case u'?':
+        case u':':
+        case u'@':
+        case u'$':
+        case u'#':
+        case u';':
+        case u'\0':
+            return false;
+        default:
+            if (!TextReader::IsDigit(unit))
+                ++at;
+            else if (!TakeNumber(statement, at, copied))
+                return false;
+        }
+    }
+    CopyUpTo(statement, statement.size(), copied);
+    return !literals.empty();
+}
+
+bool StatementShape::MayRepeat() const { return !HasWord(words, u"BY"); }
+
+void StatementShape::CopyUpTo(TextView statement, size_t end, size_t& copied) {
+    words.append(statement.substr(copied, end - copied));
+    copied = end;
+}
+
+bool StatementShape::TakeText(TextView statement, size_t& at, size_t& copied) {
+    if (at > 0 && TextReader::IsWordUnit(statement[at - 1])) return false; // x'00'
+    CopyUpTo(statement, at, copied);
+    const size_t begin = at + 1;
+    size_t end = statement.find(u'\'', begin);
+    while (end != TextView::npos && end + 1 < statement.size() && statement[end + 1] == u'\'')
+        end = statement.find(u'\'', end + 2);
+    if (end == TextView::npos) return false;
+    literals.push_back({statement.substr(begin, end - begin), true, 0});
+    words.push_back(u'?');
+    at = copied = end + 1;
+    return at == statement.size() || !TextReader::IsWordUnit(statement[at]);
+}
+
+// Digits of a name or of a number of another form stay where they are.
+bool StatementShape::TakeNumber(TextView statement, size_t& at, size_t& copied) {
+    const size_t begin = at;
+    while (at < statement.size() && TextReader::IsDigit(statement[at])) ++at;
+    const auto joins = [](char16_t unit) { return TextReader::IsWordUnit(unit) || unit == u'.'; };
+    const bool isPart = (begin > 0 && joins(statement[begin - 1])) || (at < statement.size() && joins(statement[at]));
+    if (isPart) {
+        while (at < statement.size() && joins(statement[at])) ++at;
+        return true;
+    }
+    if (at - begin > mostDigits) return false;
+    sqlite3_int64 number = 0;
+    for (size_t i = begin; i < at; ++i) number = number * 10 + (statement[i] - u'0');
+    CopyUpTo(statement, begin, copied);
+    literals.push_back({{}, false, number});
+    words.push_back(u'?');
+    copied = at;
+    return true;
+}
+
+int StatementShape::Bind(sqlite3_stmt* compiled) {
+    texts.resize(std::max(texts.size(), literals.size()));
+    int result = SQLITE_OK;
+    for (size_t i = 0; i < literals.size() && result == SQLITE_OK; ++i) {
+        const Literal& literal = literals[i];
+        const int place = static_cast<int>(i) + 1;
+        if (!literal.isText) {
+            result = sqlite3_bind_int64(compiled, place, literal.number);
+            continue;
+        }
+        TextView text = literal.quoted;
+        if (text.find(u'\'') != TextView::npos) {
+            single.clear();
+            for (size_t unit = 0; unit < text.size(); ++unit) {
+                single.push_back(text[unit]);
+                if (text[unit] == u'\'') ++unit;
+            }
+            text = single;
+        }
+        ToUtf8(text, texts[i]);
+        result = sqlite3_bind_text64(compiled, place, texts[i].data(), texts[i].size(), SQLITE_STATIC, SQLITE_UTF8);
+    }
+    return result;
+}
+
+} // namespace dax
