@@ -1,8 +1,8 @@
 #include "content/LessonPropertyStore.h"
 
 #include "base/Error.h"
+#include "base/PackedText.h"
 
-#include <cstring>
 #include <utility>
 
 namespace dax {
@@ -15,55 +15,6 @@ constexpr size_t blockBytes = 65536;
 
 uint32_t HashOf(TextView key) { return static_cast<uint32_t>(std::hash<TextView>()(key)); }
 
-// Texts are looked at and copied in blocks of a fixed size, which compilers take at once.
-constexpr size_t blockUnits = 16;
-
-bool NeedsTwoBytes(TextView text) {
-    uint64_t all = 0;
-    for (; text.size() >= blockUnits; text.remove_prefix(blockUnits)) {
-        uint64_t words[blockUnits / 4];
-        std::memcpy(words, text.data(), sizeof words);
-        for (const uint64_t word : words) all |= word;
-    }
-    for (const char16_t unit : text) all |= unit;
-    return (all & 0xFF00FF00FF00FF00) != 0;
-}
-
-char* Pack(TextView text, bool isWide, char* to) {
-    if (isWide) {
-        if (!text.empty()) std::memcpy(to, text.data(), text.size() * sizeof(char16_t));
-        return to + text.size() * sizeof(char16_t);
-    }
-    for (; text.size() >= blockUnits; text.remove_prefix(blockUnits), to += blockUnits) {
-        char16_t units[blockUnits];
-        char packed[blockUnits];
-        std::memcpy(units, text.data(), sizeof units);
-        for (size_t k = 0; k < blockUnits; ++k) packed[k] = static_cast<char>(units[k]);
-        std::memcpy(to, packed, sizeof packed);
-    }
-    for (const char16_t unit : text) *to++ = static_cast<char>(unit);
-    return to;
-}
-
-Text Unpack(const char*& from, size_t length, bool isWide) {
-    Text text(length, u'\0');
-    if (isWide) {
-        std::memcpy(text.data(), from, length * sizeof(char16_t));
-        from += length * sizeof(char16_t);
-    } else {
-        for (char16_t& unit : text) unit = static_cast<unsigned char>(*from++);
-    }
-    return text;
-}
-
-bool IsPacked(TextView text, const char* from, bool isWide) {
-    if (isWide) return text.empty() || std::memcmp(text.data(), from, text.size() * sizeof(char16_t)) == 0;
-    for (const char16_t unit : text) {
-        if (unit != static_cast<unsigned char>(*from++)) return false;
-    }
-    return true;
-}
-
 } // namespace
 
 LessonPropertyStore::LessonPropertyStore(PropertyCollectionFactory factory)
@@ -75,12 +26,12 @@ void LessonPropertyStore::Add(TextView lessonID, TextView properties, TextView t
     if (Find(lessonID, hash) != none) {
         throw Error(duplicateKey, u"The lesson '" + Text(Shorten(lessonID, 100)) + u"' has properties already.");
     }
-    const bool isWide =
-        NeedsTwoBytes(lessonID) || NeedsTwoBytes(title) || NeedsTwoBytes(identifier) || NeedsTwoBytes(properties);
+    const bool isWide = PackedText::NeedsTwoBytes(lessonID) || PackedText::NeedsTwoBytes(title) ||
+                        PackedText::NeedsTwoBytes(identifier) || PackedText::NeedsTwoBytes(properties);
     const size_t units = lessonID.size() + title.size() + identifier.size() + properties.size();
-    char* const bytes = Allocate(units * (isWide ? sizeof(char16_t) : 1));
+    char* const bytes = Allocate(PackedText::BytesOf(units, isWide));
     char* to = bytes;
-    for (const TextView text : {lessonID, title, identifier, properties}) to = Pack(text, isWide, to);
+    for (const TextView text : {lessonID, title, identifier, properties}) to = PackedText::Pack(text, isWide, to);
     const auto length = [](TextView text) { return static_cast<uint32_t>(text.size()); };
     entries.push_back({bytes, hash, length(lessonID), length(title), length(identifier), length(properties), lessonType,
                        none, isWide});
@@ -118,8 +69,8 @@ LessonPropertyStore::Peek(TextView lessonID, const std::shared_ptr<PropertyColle
     if (const auto found = made.find(index); found != made.end()) return found->second;
     const Entry& entry = entries[index];
     const size_t units = size_t{entry.idLength} + entry.titleLength + entry.identifierLength;
-    const char* from = entry.bytes + units * (entry.isWide ? sizeof(char16_t) : 1);
-    scratch->Load(Unpack(from, entry.propertiesLength, entry.isWide));
+    const char* from = entry.bytes + PackedText::BytesOf(units, entry.isWide);
+    scratch->Load(PackedText::Unpack(from, entry.propertiesLength, entry.isWide));
     return scratch;
 }
 
@@ -127,7 +78,8 @@ uint32_t LessonPropertyStore::Find(TextView lessonID, uint32_t hash) const {
     uint32_t index = buckets[hash & (buckets.size() - 1)];
     for (; index != none; index = entries[index].nextInBucket) {
         const Entry& entry = entries[index];
-        if (entry.hash == hash && entry.idLength == lessonID.size() && IsPacked(lessonID, entry.bytes, entry.isWide))
+        if (entry.hash == hash && entry.idLength == lessonID.size() &&
+            PackedText::IsPacked(lessonID, entry.bytes, entry.isWide))
             break;
     }
     return index;
@@ -135,7 +87,7 @@ uint32_t LessonPropertyStore::Find(TextView lessonID, uint32_t hash) const {
 
 std::shared_ptr<PropertyCollection> LessonPropertyStore::Make(const Entry& entry) const {
     const char* from = entry.bytes;
-    const auto next = [&](uint32_t length) { return Unpack(from, length, entry.isWide); };
+    const auto next = [&](uint32_t length) { return PackedText::Unpack(from, length, entry.isWide); };
     const Text id = next(entry.idLength), title = next(entry.titleLength), identifier = next(entry.identifierLength);
     const auto properties = factory();
     properties->Load(next(entry.propertiesLength));

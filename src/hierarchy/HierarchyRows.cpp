@@ -142,15 +142,13 @@ void Load(const Text& connectionString, NodeTree& tree, LessonPropertyStore& sto
         const TextView identifier = rows.FieldText(colIdentifier);
         if (id.empty()) throw Error(ErrorNumbers::Automation, NameRow(row, title) + u" has no lessonID.");
         const TextView parentID = rows.FieldText(colParent);
-        if (parent->Key() != parentID) parent = tree.Find(parentID);
+        if (!parent->HasKey(parentID)) parent = tree.Find(parentID);
         if (!parent) parent = root;
-        Node* node = nullptr;
         try {
-            node = &tree.Add(parent, Place::LastChild, id, title, PictureOf(ReadType(rows, colType, ltInvalid)));
+            tree.Add(parent, Place::LastChild, id, title, PictureOf(ReadType(rows, colType, ltInvalid)), identifier);
         } catch (const Error& error) {
             throw Error(error.Number(), NameRow(row, title) + u": " + error.Description());
         }
-        node->SetTag(identifier);
         // The default differs from the one above, deliberately.
         store.Add(id, rows.FieldText(colProperties), title, identifier, ReadType(rows, colType, ltGroup));
         known.Add({id, title, identifier, parentID, rows.FieldNumber(colIndent, 0), rows.FieldNumber(colSort, 0),

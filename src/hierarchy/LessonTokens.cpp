@@ -10,7 +10,7 @@ namespace {
 
 Text Safe(const Text& name) { return modGeneric::MakeValidFileName(name, u"_"); }
 
-using Field = const Text& (Node::*)() const;
+using Field = Text (Node::*)() const;
 
 // From the top-level ancestor, the last in `line`, down to line[first]. Joined at once: a lesson may lie deep.
 Text JoinPath(const std::vector<const Node*>& line, size_t first, Field field) {

@@ -2,9 +2,7 @@
 // same for life, also when it moves.
 #pragma once
 
-#include "base/Text.h"
-
-#include <cstdint>
+#include "tree/NodeTexts.h"
 
 namespace dax {
 
@@ -15,12 +13,14 @@ public:
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
 
-    const Text& Key() const { return key; }
+    // The texts are kept packed and made anew at each call: keep the Text, not a view of it.
+    Text Key() const { return texts.Get(NodeTexts::Key); }
+    bool HasKey(TextView key) const { return texts.Is(NodeTexts::Key, key); } // without making a text
     // Throws Error when another node has the key. The empty key is no key: any number of nodes may have it.
     void SetKey(const Text& newKey);
-    const Text& Caption() const { return caption; }
+    Text Caption() const { return texts.Get(NodeTexts::Caption); }
     void SetCaption(TextView newCaption);
-    const Text& Tag() const { return tag; }
+    Text Tag() const { return texts.Get(NodeTexts::Tag); }
     void SetTag(TextView newTag);
     int Image() const { return image; }
     void SetImage(int newImage);
@@ -57,11 +57,11 @@ private:
     Node *parent = nullptr, *firstChild = nullptr, *lastChild = nullptr, *previous = nullptr, *next = nullptr;
     Node *previousAdded = nullptr, *nextAdded = nullptr;
     Node* nextInBucket = nullptr;
-    size_t hash = 0;
+    NodeTexts texts;
+    uint32_t hash = 0; // of the key
     int32_t depth = 0, position = 0;
     int image = 0;
     bool isExpanded = false, isChecked = false;
-    Text key, caption, tag;
 };
 
 } // namespace dax

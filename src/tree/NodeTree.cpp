@@ -14,7 +14,7 @@ constexpr int32_t duplicateKey = 35602;
 constexpr int32_t overflow = 6;
 constexpr size_t firstBuckets = 64;
 
-size_t HashOf(TextView key) { return std::hash<TextView>()(key); }
+uint32_t HashOf(TextView key) { return static_cast<uint32_t>(std::hash<TextView>()(key)); }
 
 } // namespace
 
@@ -28,14 +28,13 @@ NodeTree::~NodeTree() {
     }
 }
 
-Node& NodeTree::Add(Node* relative, Place place, TextView key, TextView caption, int image) {
-    const size_t hash = HashOf(key);
+Node& NodeTree::Add(Node* relative, Place place, TextView key, TextView caption, int image, TextView tag) {
+    const uint32_t hash = HashOf(key);
     CheckKey(key, hash);
     if (count == INT32_MAX) throw Error(overflow, u"The tree holds as many nodes as can be counted.");
     Node* const node = new Node;
     try {
-        node->key = key;
-        node->caption = caption;
+        node->texts = NodeTexts(key, caption, tag);
         if (!key.empty()) ReserveKey();
     } catch (...) {
         delete node;
@@ -91,9 +90,9 @@ void NodeTree::Clear() {
 
 Node* NodeTree::Find(TextView key) const { return key.empty() ? nullptr : Find(key, HashOf(key)); }
 
-Node* NodeTree::Find(TextView key, size_t hash) const {
+Node* NodeTree::Find(TextView key, uint32_t hash) const {
     Node* node = buckets[hash & (buckets.size() - 1)];
-    while (node && (node->hash != hash || node->key != key)) node = node->nextInBucket;
+    while (node && (node->hash != hash || !node->HasKey(key))) node = node->nextInBucket;
     return node;
 }
 
@@ -174,7 +173,7 @@ void NodeTree::Destroy(Node& top) {
     }
 }
 
-void NodeTree::AddKey(Node& node, size_t hash) {
+void NodeTree::AddKey(Node& node, uint32_t hash) {
     node.hash = hash;
     Node*& bucket = buckets[hash & (buckets.size() - 1)];
     node.nextInBucket = bucket;
@@ -183,7 +182,7 @@ void NodeTree::AddKey(Node& node, size_t hash) {
 }
 
 void NodeTree::RemoveKey(Node& node) {
-    if (node.key.empty()) return;
+    if (node.texts.IsEmpty(NodeTexts::Key)) return;
     Node** place = &buckets[node.hash & (buckets.size() - 1)];
     while (*place != &node) place = &(*place)->nextInBucket;
     *place = node.nextInBucket;
@@ -207,7 +206,7 @@ void NodeTree::ReserveKey() {
     buckets = std::move(larger);
 }
 
-void NodeTree::CheckKey(TextView key, size_t hash) const {
+void NodeTree::CheckKey(TextView key, uint32_t hash) const {
     if (key.empty() || !Find(key, hash)) return;
     throw Error(duplicateKey, u"Two nodes cannot have the same key: '" + Text(Shorten(key, 100)) + u"'.");
 }
@@ -252,26 +251,26 @@ void NodeTree::EndUpdate(bool isUnwinding) {
 }
 
 void Node::SetKey(const Text& newKey) {
-    if (newKey == key) return;
-    const size_t newHash = HashOf(newKey);
+    if (HasKey(newKey)) return;
+    const uint32_t newHash = HashOf(newKey);
     tree->CheckKey(newKey, newHash);
-    Text copy = newKey;
+    NodeTexts changed(newKey, Caption(), Tag());
     tree->ReserveKey();
     tree->RemoveKey(*this);
-    key.swap(copy);
-    if (!key.empty()) tree->AddKey(*this, newHash);
+    texts = std::move(changed);
+    if (!newKey.empty()) tree->AddKey(*this, newHash);
     tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Key); });
 }
 
 void Node::SetCaption(TextView newCaption) {
-    if (newCaption == caption) return;
-    caption = newCaption;
+    if (texts.Is(NodeTexts::Caption, newCaption)) return;
+    texts.Set(NodeTexts::Caption, newCaption);
     tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Caption); });
 }
 
 void Node::SetTag(TextView newTag) {
-    if (newTag == tag) return;
-    tag = newTag;
+    if (texts.Is(NodeTexts::Tag, newTag)) return;
+    texts.Set(NodeTexts::Tag, newTag);
     tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Tag); });
 }
 

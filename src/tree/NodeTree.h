@@ -21,7 +21,7 @@ public:
 
     // Without `relative` the new node is a top-level node: the first for Before and FirstChild, else the last.
     // Throws Error when a node has the key already. Constant time, as are all single operations here.
-    Node& Add(Node* relative, Place place, TextView key, TextView caption = {}, int image = 0);
+    Node& Add(Node* relative, Place place, TextView key, TextView caption = {}, int image = 0, TextView tag = {});
     // Moves the node with its branch. `relative` must not lie in that branch (see modTVW::IsInBranch).
     void Move(Node& node, Node* relative, Place place);
     // Takes the branch away. When it held the selection, the next sibling, else the previous one, else the parent
@@ -56,11 +56,11 @@ private:
     void Link(Node& node, Node* relative, Place place);
     void Unlink(Node& node);
     void Destroy(Node& top); // an unlinked branch
-    void AddKey(Node& node, size_t hash);
+    void AddKey(Node& node, uint32_t hash);
     void RemoveKey(Node& node);
     void ReserveKey();
-    Node* Find(TextView key, size_t hash) const;
-    void CheckKey(TextView key, size_t hash) const;
+    Node* Find(TextView key, uint32_t hash) const;
+    void CheckKey(TextView key, uint32_t hash) const;
     void FixSelection();
     void BeginUpdate();
     void EndUpdate(bool isUnwinding);

@@ -2,6 +2,8 @@
 
 #include "tree/modTVW.h"
 
+#include <algorithm>
+#include <array>
 #include <vector>
 
 namespace dax {
@@ -16,10 +18,13 @@ UINT CheckState(const Node& node) { return INDEXTOSTATEIMAGEMASK(node.IsChecked(
 
 // The tree measures every row whenever drawing is switched on again, and asking its owner for each text takes most of
 // that time: items keep their texts, but for those of any length, of which only the beginning shows.
+// Good until the next call on the thread.
 LPWSTR ItemText(const Node& node) {
-    constexpr size_t longest = 259;
-    if (node.Caption().size() > longest) return LPSTR_TEXTCALLBACKW;
-    return const_cast<LPWSTR>(reinterpret_cast<LPCWSTR>(node.Caption().c_str()));
+    thread_local std::array<wchar_t, 260> text;
+    const Text caption = node.Caption();
+    if (caption.size() >= text.size()) return LPSTR_TEXTCALLBACKW;
+    *std::copy(caption.begin(), caption.end(), text.begin()) = 0;
+    return text.data();
 }
 
 // The next node in pre-order that lies in the branch of `top` (null: anywhere); no recursion.

@@ -30,7 +30,7 @@ LRESULT TreeViewWindow::HandleNotification(const NMHDR& header) {
         TVITEMW& item = reinterpret_cast<NMTVDISPINFOW*>(const_cast<NMHDR*>(&header))->item;
         if (!(item.mask & TVIF_TEXT) || item.cchTextMax <= 0) return 0;
         const Node* const node = TreeItems::NodeOf(item);
-        const TextView caption = node ? Shorten(node->Caption(), static_cast<size_t>(item.cchTextMax) - 1) : TextView();
+        const Text caption(node ? Shorten(node->Caption(), static_cast<size_t>(item.cchTextMax) - 1) : TextView());
         std::copy(caption.begin(), caption.end(), item.pszText);
         item.pszText[caption.size()] = 0;
         return 0;

@@ -1,0 +1,18 @@
+// Texts that many objects keep: one byte for each unit when no unit of them needs two, as nearly always.
+#pragma once
+
+#include "base/Text.h"
+
+namespace dax::PackedText {
+
+// Above U+00FF.
+bool NeedsTwoBytes(TextView text);
+inline size_t BytesOf(size_t units, bool isWide) { return units * (isWide ? sizeof(char16_t) : 1); }
+// These answer where the text ends.
+char* Pack(TextView text, bool isWide, char* to);
+const char* Append(Text& text, const char* from, size_t units, bool isWide);
+Text Unpack(const char*& from, size_t units, bool isWide); // and moves `from` there
+// Whether as many units as the text has are the same.
+bool IsPacked(TextView text, const char* from, bool isWide);
+
+} // namespace dax::PackedText

@@ -1,0 +1,34 @@
+// The three texts of a node in one piece of memory, which takes a third of what three texts take.
+#pragma once
+
+#include "base/PackedText.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+namespace dax {
+
+class NodeTexts {
+public:
+    enum Which { Key, Caption, Tag, count };
+
+    NodeTexts() = default;
+    NodeTexts(TextView key, TextView caption, TextView tag) { Assign({key, caption, tag}); }
+
+    Text Get(Which which) const;
+    bool Is(Which which, TextView text) const;
+    bool IsEmpty(Which which) const { return lengths[which] == 0; }
+    // Throws, and changes nothing, when there is no memory or a text is too long.
+    void Set(Which which, TextView text);
+
+private:
+    void Assign(const std::array<TextView, count>& texts);
+    const char* Begin(Which which) const;
+
+    std::unique_ptr<char[]> bytes;
+    uint32_t lengths[count] = {}; // in units
+    bool isWide = false;
+};
+
+} // namespace dax
