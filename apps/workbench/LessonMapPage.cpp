@@ -167,6 +167,7 @@ void LessonMapPage::Heard(const ControlEvent& event) {
         ShowCounts();
         EnableTools();
     }
+    if (event.name == L"Error") ShowResult(event.Argument(L"Description"), Tone::Bad);
     if (event.name == L"DeleteRequest") Later(idRemove);
     if (event.name == L"ContextMenuRequest") Later(idToolbar);
 }

@@ -1,6 +1,7 @@
 // The editing part of LessonMapEditor: storyboards that come, go, move, and are checked.
 #include "lessonmap/LessonMapEditor.h"
 
+#include "lessonmap/DetachedMap.h"
 #include "lessonmap/LessonMapState.h"
 #include "lessonmap/MapBuilder.h"
 #include "lessonmap/modLME.h"

@@ -22,7 +22,7 @@ public:
     const void* ObjectIdentity() const;
 
     bool Has(const wchar_t* member) const { return Seek(member).has_value(); }
-    // Arguments in their written order. Properties are methods here, too.
+    // Arguments in their written order. Without any, a property or else a method; with some, either.
     Variant Call(const wchar_t* member, std::initializer_list<Variant> arguments = {}) const;
     // As Call, but nothing when the object says that it has no such element.
     Variant Look(const wchar_t* member, const Variant& index) const;
