@@ -1,7 +1,10 @@
 // dax catalogs and dax pick: what the picker would offer to a user, and what a host gets from the choice.
 #include "Command.h"
 #include "Console.h"
+#include "Json.h"
+#include "System.h"
 #include "Target.h"
+#include "base/Secrets.h"
 #include "data/CatalogConnection.h"
 #include "validation/SQLDBPicker.h"
 
@@ -23,58 +26,83 @@ void Load(SQLDBPicker& picker, const ComboBox& list, const Target& connector, co
         throw Error(error.Number(), error.Description() + u"\n'dax validate-connector' tells whether it is a connector "
                                                           u"database.");
     }
-    if (!isKnown) throw Refusal(u"the connector does not know the user '" + user + u"'.");
-    if (list.ListCount() == 0) throw Refusal(u"the user '" + user + u"' may open no catalog of this connector.");
+    if (!isKnown) throw Refusal(u"The connector does not know the user '" + user + u"'.");
+    if (list.ListCount() == 0) throw Refusal(u"The user '" + user + u"' may not open any catalog of this connector.");
 }
 
 ExitCode Catalogs(const Arguments& arguments) {
-    const Target target = ParseTarget(arguments.Place(0));
+    const Target target = ParseTarget(arguments);
     const Text user = arguments.Value(u"--user");
     if (!arguments.Has(u"--record")) {
         for (const TextView detail : {u"--ip", u"--os", u"--app"}) {
-            if (arguments.Has(detail)) throw UsageError(Text(detail) + u" goes with --record MACHINE.");
+            if (arguments.Has(detail)) throw UsageError(u"'" + Text(detail) + u"' goes with --record MACHINE.");
         }
     }
     const Text machine = arguments.Value(u"--record");
     if (arguments.Has(u"--record") && (user + machine).find(u'\'') != Text::npos) {
-        throw Refusal(u"the connection history takes no apostrophe in the user's or the machine's name. Leave "
+        throw Refusal(u"The connection history takes no apostrophe in the user's or the machine's name. Leave "
                       u"--record out.");
     }
     const auto list = std::make_shared<MemoryComboBox>();
     SQLDBPicker picker(list);
     Load(picker, *list, target, user, arguments.Value(u"--default"));
     const int chosen = list->ListIndex();
-    if (picker.IsSuperuser()) Print(user + u" is a super user.");
+    Text description;
+    picker.CatalogChanged.Add(
+        [&description](const Text&, const Text&, const Text&, const Text&, const Text& about) { description = about; });
+    JsonArray catalogs;
+    Output lines;
+    if (picker.IsSuperuser()) lines.Line(user + u" is a super user.");
     for (int i = 0; i < list->ListCount(); ++i) {
         list->SetListIndex(i);
-        Print(Text(i == chosen ? u"* " : u"  ") + picker.Title() + u"  [" + picker.DBCatalog() + u"]  login " +
-              picker.DBUsername() + u", " + RightsText(picker));
+        lines.Line(Text(i == chosen ? u"* " : u"  ") + picker.Title() + u"  [" + picker.DBCatalog() + u"]  login " +
+                   picker.DBUsername() + u", " + RightsText(picker));
+        JsonObject catalog;
+        catalog.Add(u"catalog", picker.DBCatalog()).Add(u"title", picker.Title());
+        catalog.Add(u"description", description).Add(u"login", picker.DBUsername());
+        catalog.Add(u"rights", RightsText(picker)).Add(u"chosen", i == chosen);
+        catalogs.AddRaw(catalog.Result());
     }
     list->SetListIndex(chosen);
     if (arguments.Has(u"--record")) {
         picker.UpdateConnectionHistory(machine, arguments.Value(u"--ip", u"127.0.0.1"), arguments.Value(u"--os"),
                                        arguments.Value(u"--app", u"dax"));
-        Print(u"Recorded: " + user + u" opens " + picker.DBCatalog() + u" from " + machine + u".");
+        lines.Line(u"Recorded: " + user + u" opens " + picker.DBCatalog() + u" from " + machine + u".");
     }
+    if (!arguments.Has(u"--json")) {
+        lines.Finish();
+        return Success;
+    }
+    JsonObject all;
+    all.Add(u"user", user).Add(u"superUser", picker.IsSuperuser()).AddRaw(u"catalogs", catalogs.Result());
+    Print(all.Add(u"recorded", arguments.Has(u"--record")).Result());
     return Success;
 }
 
 ExitCode Pick(const Arguments& arguments) {
-    const Target target = ParseTarget(arguments.Place(0));
+    const Target target = ParseTarget(arguments);
     const Text user = arguments.Value(u"--user"), catalog = arguments.Value(u"--catalog");
     const auto list = std::make_shared<MemoryComboBox>();
     SQLDBPicker picker(list);
     Load(picker, *list, target, user, catalog);
     if (!catalog.empty() && picker.DBCatalog() != catalog) {
-        throw Refusal(u"the user '" + user + u"' may not open the catalog '" + catalog + u"', or there is none.");
+        throw Refusal(u"The user '" + user + u"' may not open a catalog '" + catalog + u"', or there is none.");
     }
-    Print(CatalogConnection(target.connection, picker.DBCatalog(), picker.DBUsername(), picker.DBPassword()));
+    const Text found =
+        CatalogConnection(target.connection, picker.DBCatalog(), picker.DBUsername(), picker.DBPassword());
+    const Text masked = MaskPasswords(found);
+    const bool isHidden = masked != found && IsTerminal(stdout) && !arguments.Has(u"--show-password");
+    Print(isHidden ? masked : found);
+    if (isHidden)
+        Complain(u"dax pick: The password is not shown on a terminal. Programs that read the output get it; "
+                 u"--show-password shows it.");
     return Success;
 }
 
 constexpr Option PickOptions[] = {
     {u"--user", u"NAME", u"the user who wants to work", true},
     {u"--catalog", u"NAME", u"the catalog; without it the one that the picker chooses, the first"},
+    {u"--show-password", u"", u"print the password also on a terminal"},
 };
 constexpr Option Options[] = {
     {u"--user", u"NAME", u"the user whose catalogs are listed", true},
@@ -83,18 +111,23 @@ constexpr Option Options[] = {
     {u"--ip", u"ADDRESS", u"with --record: the machine's address (127.0.0.1)"},
     {u"--os", u"TEXT", u"with --record: its operating system"},
     {u"--app", u"TEXT", u"with --record: the version of the application (dax)"},
+    {u"--json", u"",
+     u"print an object for programs: user, superUser, \"catalogs\", each with catalog,\n"
+     u"title, description, login, rights, chosen; recorded"},
 };
 
 } // namespace
 
-const Command CatalogsCommand = {u"catalogs",
-                                 u"FILE-or-CONNECTION",
-                                 1,
-                                 1,
-                                 u"List the content databases that a user may open through a connector.\n"
-                                 u"The chosen one has a star; passwords are not shown.",
-                                 Options,
-                                 Catalogs};
+const Command CatalogsCommand = {
+    u"catalogs",
+    u"FILE-or-CONNECTION",
+    1,
+    1,
+    u"List the content databases that a user may open through a connector.\n"
+    u"Prints a line for each: title, catalog, login and rights. The chosen one has a star;\n"
+    u"passwords are not shown.",
+    Options,
+    Catalogs};
 
 const Command PickCommand = {u"pick",
                              u"FILE-or-CONNECTION",
@@ -102,7 +135,8 @@ const Command PickCommand = {u"pick",
                              1,
                              u"Print what opens a catalog that a user may open through a connector.\n"
                              u"It is a connection string for the other commands, with the login and the password that\n"
-                             u"the connector keeps; for a connector in a file, the path of a file beside it.",
+                             u"the connector keeps; for a connector in a file, the path of a file beside it. On a\n"
+                             u"terminal dots stand in place of the password.",
                              PickOptions,
                              Pick};
 

@@ -1,5 +1,9 @@
 #include "Command.h"
 
+#include "Password.h"
+#include "Suggestion.h"
+#include "base/Secrets.h"
+
 #include <algorithm>
 
 namespace dax::cli {
@@ -7,9 +11,13 @@ namespace dax::cli {
 namespace {
 
 constexpr size_t HelpWidth = 90;
+constexpr size_t MostFewPlaces = 4; // a command that takes more takes any words
 constexpr Option CommonOptions[] = {
+    PasswordOptions[0],
+    PasswordOptions[1],
+    PasswordOptions[2],
     {u"--trace", u"", u"show each statement that is sent to the database, on standard error"},
-    {u"--help", u"", u"explain this command"},
+    {u"--help", u"", u"explain this command; so does -h"},
 };
 
 const Option* FindOption(std::span<const Option> options, TextView name) {
@@ -18,6 +26,27 @@ const Option* FindOption(std::span<const Option> options, TextView name) {
     if (own != options.end()) return &*own;
     const auto common = std::find_if(std::begin(CommonOptions), std::end(CommonOptions), isIt);
     return common == std::end(CommonOptions) ? nullptr : common;
+}
+
+UsageError UnknownOption(const Command& command, const Text& name) {
+    Suggestion suggestion(name);
+    for (const std::span<const Option> options : {command.options, std::span<const Option>(CommonOptions)})
+        for (const Option& option : options) suggestion.Offer(option.name);
+    return UsageError(u"'" + Text(command.name) + u"' has no option '" + name + u"'." + suggestion.Question());
+}
+
+// `-x`, which no command has, unless the command takes words of any kind and this is one of them.
+bool IsShortOption(const Command& command, const Text& word, size_t placesBefore) {
+    return word.size() > 1 && word.starts_with(u'-') && (command.mostPlaces <= MostFewPlaces || placesBefore == 0);
+}
+
+// What follows a connection string with a blank in it may be the rest of its password, so it is not repeated then.
+UsageError TooMany(std::span<const Text> places, size_t most) {
+    const bool isSecret =
+        std::any_of(places.begin(), places.end(), [](const Text& place) { return MaskPasswords(place) != place; });
+    return UsageError(
+        (isSecret ? Text(u"There are too many arguments.") : u"'" + places[most] + u"' is one argument too many.") +
+        u" A path or a connection string with blanks needs quotes around it.");
 }
 
 Text Shown(const Option& option) {
@@ -42,7 +71,7 @@ size_t Arguments::Number(TextView option, size_t defaultValue, size_t least, siz
         if (isNumber) number = number * 10 + (digit - u'0');
     }
     if (!isNumber || number < least || number > most) {
-        throw UsageError(Text(option) + u" takes a whole number from " + ToText(static_cast<long long>(least)) +
+        throw UsageError(u"'" + Text(option) + u"' takes a whole number from " + ToText(static_cast<long long>(least)) +
                          u" to " + ToText(static_cast<long long>(most)) + u", not '" + digits + u"'.");
     }
     return number;
@@ -53,7 +82,12 @@ Arguments Command::Parse(std::span<const Text> words) const {
     bool isOptionsEnd = false;
     for (size_t i = 0; i < words.size(); ++i) {
         const Text& word = words[i];
+        if (word == u"-h" && !isOptionsEnd) {
+            arguments.options[u"--help"];
+            continue;
+        }
         if (isOptionsEnd || !word.starts_with(u"--")) {
+            if (!isOptionsEnd && IsShortOption(*this, word, arguments.places.size())) throw UnknownOption(*this, word);
             arguments.places.push_back(word);
             continue;
         }
@@ -63,23 +97,21 @@ Arguments Command::Parse(std::span<const Text> words) const {
         }
         const size_t equals = word.find(u'=');
         const Option* option = FindOption(options, TextView(word).substr(0, equals));
-        if (!option) throw UsageError(u"'" + Text(name) + u"' has no option " + word.substr(0, equals) + u".");
+        if (!option) throw UnknownOption(*this, word.substr(0, equals));
         if (option->value.empty() != (equals == Text::npos) && option->value.empty()) {
-            throw UsageError(Text(option->name) + u" takes no value.");
+            throw UsageError(u"'" + Text(option->name) + u"' takes no value.");
         }
         Text value = equals == Text::npos ? Text() : word.substr(equals + 1);
         if (!option->value.empty() && equals == Text::npos) {
-            if (++i == words.size()) throw UsageError(Text(option->name) + u" needs a value: " + Shown(*option) + u".");
+            if (++i == words.size())
+                throw UsageError(u"'" + Text(option->name) + u"' needs a value: " + Shown(*option) + u".");
             value = words[i];
         }
         arguments.options[Text(option->name)] = std::move(value);
     }
     if (arguments.Has(u"--help")) return arguments;
     if (arguments.places.size() < fewestPlaces) throw UsageError(u"Missing: " + Text(placeNames) + u".");
-    if (arguments.places.size() > mostPlaces) {
-        throw UsageError(u"'" + arguments.places[mostPlaces] + u"' is one argument too many. A path or connection " +
-                         u"string with blanks needs quotes around it.");
-    }
+    if (arguments.places.size() > mostPlaces) throw TooMany(arguments.places, mostPlaces);
     for (const Option& option : options) {
         if (option.isRequired && !arguments.Has(option.name)) throw UsageError(u"Missing: " + Shown(option) + u".");
     }
@@ -102,7 +134,11 @@ Text Command::Help() const {
     const auto explain = [&](const Option& option) {
         Text shown = u"  " + Shown(option);
         shown.resize(std::max<size_t>(shown.size() + 2, 24), u' ');
-        help += u"\n" + shown + Text(option.help);
+        help += u"\n" + shown;
+        for (const char16_t unit : option.help) {
+            help += unit;
+            if (unit == u'\n') help.append(shown.size(), u' ');
+        }
     };
     for (const Option& option : options) explain(option);
     for (const Option& option : CommonOptions) explain(option);

@@ -12,6 +12,8 @@ namespace dax::cli {
 
 enum ExitCode { Success = 0, Refused = 1, WrongUsage = 2, Failure = 3 };
 
+// What the three exceptions say is put behind "dax COMMAND: ". CONTRIBUTING.md tells how messages are written.
+
 // The command line is not one that the command understands. Says what is wrong and what would be right.
 class UsageError : public std::exception {
 public:
@@ -68,6 +70,6 @@ struct Command {
 };
 
 extern const Command CreateCommand, SampleCommand, ValidateCommand, ValidateConnectorCommand, CatalogsCommand,
-    PickCommand, TreeCommand, LessonCommand, InfoCommand, LocksCommand, EditCommand, MapCommand;
+    PickCommand, TreeCommand, LessonCommand, InfoCommand, FindCommand, LocksCommand, EditCommand, MapCommand;
 
 } // namespace dax::cli

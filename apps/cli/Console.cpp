@@ -1,8 +1,16 @@
 #include "Console.h"
 
+#include "Interruption.h"
+#include "System.h"
+#include "base/Secrets.h"
+#include "data/modDB.h"
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <string>
+#include <system_error>
+#include <vector>
 #ifdef _WIN32
 #include <fcntl.h>
 #include <io.h>
@@ -29,36 +37,66 @@ size_t ColumnsOf(char16_t unit) {
                : 1;
 }
 
-void Write(std::FILE* stream, TextView line) {
+// The error's number when it fails.
+int Write(std::FILE* stream, std::string_view bytes) {
+    errno = 0;
+    const bool isWritten = std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size();
+    return isWritten && std::fflush(stream) == 0 ? 0 : errno != 0 ? errno : EIO;
+}
+
+int WriteLine(std::FILE* stream, TextView line) {
 #ifdef _WIN32
-    if (_isatty(_fileno(stream))) {
+    if (IsTerminal(stream)) {
         // A console takes UTF-16 whatever its code page.
         std::fflush(stream);
         const int former = _setmode(_fileno(stream), _O_U16TEXT);
         std::fputws((std::wstring(line.begin(), line.end()) + L'\n').c_str(), stream);
         std::fflush(stream);
         _setmode(_fileno(stream), former);
-        return;
+        return 0;
     }
 #endif
-    const std::string utf8 = ToUtf8(line) + '\n';
-    std::fwrite(utf8.data(), 1, utf8.size(), stream);
-    std::fflush(stream);
+    return Write(stream, ToUtf8(line) + '\n');
+}
+
+void Require(int error) {
+    if (error == 0) return;
+    // Windows says that an argument is invalid when the reader of a pipe is gone.
+    bool isClosed = error == EPIPE;
+#ifdef _WIN32
+    isClosed = isClosed || error == EINVAL;
+#endif
+    throw OutputError(u"The output cannot be written: " + FromUtf8(std::generic_category().message(error)) + u".",
+                      isClosed);
+}
+
+std::vector<Text>& Secrets() {
+    static std::vector<Text> secrets;
+    return secrets;
 }
 
 } // namespace
 
-void PrepareConsole() {
-#ifdef _WIN32
-    // Files and pipes get the same bytes on every system.
-    if (!_isatty(_fileno(stdout))) _setmode(_fileno(stdout), _O_BINARY);
-    if (!_isatty(_fileno(stderr))) _setmode(_fileno(stderr), _O_BINARY);
-#endif
+void Print(TextView line) { Require(WriteLine(stdout, line)); }
+
+void PrintBytes(std::string_view bytes) { Require(Write(stdout, bytes)); }
+
+void Announce(TextView line) {
+    try {
+        Print(line);
+    } catch (const OutputError& error) {
+        throw OutputError(error.Message() + u"\nIt was done all the same: " + Text(line), error.IsClosed());
+    }
 }
 
-void Print(TextView line) { Write(stdout, line); }
+void Complain(TextView line) { WriteLine(stderr, MaskPasswords(line, Secrets())); }
 
-void Complain(TextView line) { Write(stderr, line); }
+void KeepSecret(const Text& password) {
+    if (password.empty()) return;
+    const Text quoted = modDB::QuoteSQLString(password); // as statements write it
+    Secrets().push_back(quoted.substr(1, quoted.size() - 2));
+    Secrets().push_back(password);
+}
 
 void Output::Line(TextView line) {
     waiting += line;
@@ -100,6 +138,7 @@ Progress::Progress(Text label, size_t count)
     : what(std::move(label)), total(count), next(std::chrono::steady_clock::now() + ReportInterval) {}
 
 void Progress::Report(size_t done) {
+    CheckInterrupt();
     const auto now = std::chrono::steady_clock::now();
     if (now < next) return;
     next = now + ReportInterval;

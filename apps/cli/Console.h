@@ -4,18 +4,35 @@
 #include "base/Text.h"
 
 #include <chrono>
+#include <exception>
 
 namespace dax::cli {
 
-void PrepareConsole();
-void Print(TextView line);    // standard output
-void Complain(TextView line); // standard error
+// What is printed cannot be written.
+class OutputError : public std::exception {
+public:
+    OutputError(Text text, bool closed) : message(std::move(text)), isClosed(closed) {}
+    const Text& Message() const { return message; }
+    bool IsClosed() const { return isClosed; } // nobody reads any more, which is no failure
+
+private:
+    Text message;
+    bool isClosed;
+};
+
+void Print(TextView line); // standard output; throws OutputError
+void PrintBytes(std::string_view bytes);
+void Announce(TextView line); // the same for what was changed, which the error then tells
+void Complain(TextView line); // standard error, without passwords
+
+// A password that nothing on standard error may show, wherever it comes from.
+void KeepSecret(const Text& password);
 
 // Many lines for standard output, written in large pieces.
 class Output {
 public:
     void Line(TextView line);
-    void Finish(); // writes what is left
+    void Finish(); // writes what is left; both throw OutputError
 
 private:
     Text waiting;
@@ -28,7 +45,8 @@ size_t Columns(TextView text);
 // Filled up with blanks, or cut with an ellipsis, to exactly that many columns.
 Text Fit(TextView text, size_t columns);
 
-// Tells how far a long piece of work is, on standard error; nothing during the first second.
+// Tells how far a long piece of work is, on standard error; nothing during the first second. Reporting throws
+// Interrupted.
 class Progress {
 public:
     Progress(Text what, size_t total); // total 0: not known

@@ -2,6 +2,7 @@
 
 #include "Command.h"
 #include "Console.h"
+#include "Suggestion.h"
 #include "base/modGeneric.h"
 #include "tree/modTVW.h"
 
@@ -27,6 +28,7 @@ Course::Course(const Target& target) : editor(GroupEditor::Create()) {
 }
 
 void Course::Fail() {
+    CheckInterrupt(); // which the editor reports as any other failure
     Text hint;
     if (failure.Number() == ErrorNumbers::NoTable || failure.Number() == ErrorNumbers::SyntaxOrColumn) {
         hint = u"\n'dax validate' tells whether it is a content database.";
@@ -45,7 +47,16 @@ Node& Course::Find(const Text& name) {
     if (Node* const node = TryFind(name)) return *node;
     const std::vector<Node*> found = WithIdentifier(name);
     if (found.empty()) {
-        throw Refusal(u"there is no entry '" + name + u"'. Give a lessonID, or an identifier that only one entry has.");
+        Suggestion suggestion(name);
+        for (const Node* node = modTVW::GetNextNode(&Root()); node; node = modTVW::GetNextNode(node)) {
+            suggestion.Offer(node->Tag());
+            suggestion.Offer(node->Key());
+        }
+        const Text question = suggestion.Question();
+        throw Refusal(u"There is no entry '" + name + u"'." +
+                      (question.empty() ? u" Give a lessonID, or an identifier that only one entry has; 'dax find' "
+                                          u"looks for a text."
+                                        : question));
     }
     Text message = CountText(static_cast<int64_t>(found.size()), u"entry") + u" have the identifier '" + name +
                    u"'. Give the lessonID of the one that you mean:";
@@ -77,9 +88,15 @@ void Course::IdentifierChanged(const Node& node) {
 }
 
 void Course::Save() {
+    Unfinished saving(u"Nothing was saved.");
     const auto progress = std::make_shared<Progress>(u"saving the hierarchy", static_cast<size_t>(Tree().Count()));
-    editor->SetProgress([progress](int64_t done, int64_t) { progress->Report(static_cast<size_t>(done)); });
-    if (!editor->SaveDatabase()) Fail();
+    editor->SetProgress([progress, &saving](int64_t done, int64_t total) {
+        progress->Report(static_cast<size_t>(done));
+        if (done >= total) saving.Finish(); // only the commit is left
+    });
+    const bool isSaved = editor->SaveDatabase();
+    editor->SetProgress({});
+    if (!isSaved) Fail();
 }
 
 Text TypeName(LessonTypes type) {

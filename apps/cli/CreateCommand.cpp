@@ -16,7 +16,7 @@ Engine EngineNamed(const Text& name) {
     for (const auto& [known, engine] : EngineNames) {
         if (EqualNoCase(known, name)) return engine;
     }
-    throw UsageError(u"--print knows access, sqlserver, sqlite, postgresql and mariadb, not '" + name + u"'.");
+    throw UsageError(u"'--print' knows access, sqlserver, sqlite, postgresql and mariadb, not '" + name + u"'.");
 }
 
 ExitCode Create(const Arguments& arguments) {
@@ -29,7 +29,7 @@ ExitCode Create(const Arguments& arguments) {
         return Success;
     }
     if (!arguments.HasPlace(0)) throw UsageError(u"Missing: FILE-or-CONNECTION, or --print ENGINE.");
-    const Target target = ParseTarget(arguments.Place(0));
+    const Target target = ParseTarget(arguments);
     try {
         NewDatabase database(target, kind, PlaceOptions(arguments));
         database.Finish();
@@ -37,7 +37,7 @@ ExitCode Create(const Arguments& arguments) {
         Complain(u"dax create: " + error.Description());
         return Refused;
     }
-    Print(u"Made an empty " + Text(isConnector ? u"connector" : u"content") + u" database: " + target.shown);
+    Announce(u"Made an empty " + Text(isConnector ? u"connector" : u"content") + u" database: " + target.shown);
     return Success;
 }
 
@@ -55,7 +55,7 @@ const Command CreateCommand = {u"create",
                                0,
                                1,
                                u"Make an empty database with all tables.\n"
-                               u"A file becomes a SQLite database, whatever its name.",
+                               u"A file becomes a SQLite database, whatever its name. Prints what was made.",
                                Options,
                                Create};
 

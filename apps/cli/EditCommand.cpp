@@ -2,10 +2,7 @@
 #include "Command.h"
 #include "Console.h"
 #include "Editing.h"
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include "TextFile.h"
 
 namespace dax::cli {
 
@@ -13,20 +10,12 @@ namespace {
 
 constexpr size_t MostWords = 100;
 
-Text ReadFile(const Text& path) {
-    std::ifstream stream(std::filesystem::path(path), std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-    if (!stream) throw Refusal(u"the file of commands '" + path + u"' cannot be read.");
-    if (bytes.starts_with("\xEF\xBB\xBF")) bytes.erase(0, 3);
-    return FromUtf8(bytes);
-}
-
 void DoLines(Editing& editing, const std::vector<EditLine>& lines) {
     Progress progress(u"editing", lines.size());
     size_t done = 0;
     for (const EditLine& line : lines) {
         const auto named = [&](const Text& message) {
-            return u"line " + ToText(static_cast<long long>(line.number)) + u": " + message;
+            return u"Line " + ToText(static_cast<long long>(line.number)) + u": " + message;
         };
         try {
             editing.Do(line.words);
@@ -46,36 +35,45 @@ ExitCode Edit(const Arguments& arguments) {
                                        : u"Give one command, or --file COMMANDS, not both.");
     }
     std::vector<EditLine> lines;
-    if (words.empty()) lines = ReadEditLines(ReadFile(arguments.Value(u"--file")));
-    Course course(ParseTarget(arguments.Place(0)));
+    if (words.empty()) lines = ReadEditLines(ReadTextFile(arguments.Value(u"--file")));
+    const Target target = ParseTarget(arguments);
+    std::optional<Unfinished> unsaved(std::in_place, u"Nothing was saved.");
+    Course course(target);
     Editing editing(course);
     if (words.empty()) {
         DoLines(editing, lines);
     } else {
         editing.Do(words);
     }
+    editing.CheckSaving();
+    if (!arguments.Has(u"--force")) editing.CheckLocks(target);
     if (arguments.Has(u"--dry-run") || !editing.IsAnythingDone()) {
-        editing.CheckSaving();
         Print(u"Not saved: " + editing.Summary());
         return Success;
     }
-    editing.CheckSaving();
     try {
         course.Save();
     } catch (const Error& error) {
         throw Error(error.Number(), error.Description() + u"\nNothing was saved.");
     }
-    Print(u"Saved: " + editing.Summary());
+    unsaved.reset();
+    Text said = u"Saved: " + editing.Summary();
+    for (const Text& id : editing.AddedIDs()) said += u"\nAdded: " + id;
+    Announce(said);
     return Success;
 }
 
 constexpr Option Options[] = {
-    {u"--file", u"COMMANDS", u"the file with the commands, in UTF-8"},
+    {u"--file", u"COMMANDS",
+     u"the file with the commands, - for the standard input; in UTF-8, or in UTF-16 with a mark"},
     {u"--dry-run", u"", u"try the commands, but save nothing"},
+    {u"--force", u"", u"also change what somebody is editing"},
 };
 
 const Text Summary = u"Add, update, remove and move entries of the hierarchy.\n"
-                     u"All is saved in one transaction; when one command is wrong, nothing is.\n\n" +
+                     u"All is saved in one transaction; when one command is wrong, nothing is. Entries on which\n"
+                     u"somebody has a live edit lock, and groups that hold one, are not changed or removed.\n"
+                     u"Prints what was saved, and the lessonID of each entry that was added.\n\n" +
                      Text(EditGrammar);
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include "Command.h"
 #include "Console.h"
+#include "LockList.h"
+#include "StoredLesson.h"
 #include "content/Utility.h"
 #include "tree/modTVW.h"
 
@@ -18,7 +20,7 @@ Text Name(const Node& node) { return u"'" + OneLine(Shorten(node.Caption(), 60))
 LessonTypes TypeNamed(const Text& name) {
     if (name == u"group") return ltGroup;
     if (name == u"lesson") return ltLesson;
-    throw UsageError(u"'" + name + u"' is no type. Types are group and lesson.");
+    throw UsageError(u"'" + name + u"' is not a type. Types are group and lesson.");
 }
 
 bool IsPlace(const Text& word) { return word == u"in" || word == u"before" || word == u"after"; }
@@ -41,7 +43,7 @@ std::optional<Text> NextWord(TextView line, size_t& at, size_t number) {
         word += line[at];
     }
     if (at == line.size()) {
-        throw UsageError(u"line " + ToText(static_cast<long long>(number)) + u": a quotation mark is missing.");
+        throw UsageError(u"Line " + ToText(static_cast<long long>(number)) + u": A quotation mark is missing.");
     }
     ++at;
     return word;
@@ -132,13 +134,13 @@ void Editing::Add(Words& words) {
         }
     }
     if (id.empty() || id == TopName || id.size() > LongestID || id.find(u'\'') != Text::npos) {
-        throw Refusal(u"'" + id + u"' cannot be a lessonID: it has 1 to 255 letters and no apostrophe.");
+        throw Refusal(u"'" + id + u"' cannot be a lessonID, which has 1 to 255 characters and no apostrophe.");
     }
     if (modTVW::NodeExists(course.Tree(), id)) {
-        throw Refusal(u"there is an entry with the lessonID '" + id + u"' already.");
+        throw Refusal(u"There is an entry with the lessonID '" + id + u"' already.");
     }
     if (removedIDs.Contains(id)) {
-        throw Refusal(u"the entry '" + id + u"' was removed by a command before this one and cannot come back in the " +
+        throw Refusal(u"The entry '" + id + u"' was removed by a command before this one and cannot come back in the " +
                       u"same run.");
     }
     course.Find(target); // before anything is done
@@ -167,6 +169,7 @@ void Editing::Update(Words& words) {
             words.Reject(word);
         }
     }
+    changedIDs.Add(node.Key());
     course.Editor().UpdateLesson(node.Key(), title, identifier, type);
     course.IdentifierChanged(node);
     ++updated;
@@ -182,11 +185,11 @@ void Editing::Remove(Words& words) {
     }
     words.End();
     const Text id = node.Key();
-    IDCollection gone;
+    IDCollection gone = course.Editor().GetChildLessonIDCollection(id); // with the entry itself
     if (keepsChildren) {
+        for (const Text& each : gone) changedIDs.Add(each);
+        gone.Clear();
         gone.Add(id);
-    } else {
-        gone = course.Editor().GetChildLessonIDCollection(id); // with the entry itself
     }
     course.Editor().RemoveLesson(id, !keepsChildren);
     for (const Text& each : gone) {
@@ -203,6 +206,7 @@ void Editing::Move(Words& words) {
     if (IsPlace(where)) {
         const Text& target = words.Next(u"an entry");
         words.End();
+        changedIDs.Add(node.Key());
         Put(node, where, target);
         ++moved;
         return;
@@ -214,6 +218,7 @@ void Editing::Move(Words& words) {
         if (!course.Editor().CanMoveCurrent(movement)) {
             throw Refusal(Name(node) + u" cannot move " + where + u" from where it stands.");
         }
+        changedIDs.Add(node.Key());
         course.Editor().MoveCurrent(movement);
         ++moved;
         return;
@@ -223,7 +228,7 @@ void Editing::Move(Words& words) {
 
 Node& Editing::FindBelowTop(const Text& name) {
     Node& node = course.Find(name);
-    if (!node.Parent()) throw Refusal(u"the top is the database itself: it cannot be changed like an entry.");
+    if (!node.Parent()) throw Refusal(u"The top is the database itself: it cannot be changed like an entry.");
     return node;
 }
 
@@ -234,25 +239,45 @@ void Editing::Put(Node& node, const Text& where, const Text& targetName) {
     }
     if (where == u"in") {
         if (target.Parent() && HierarchyRows::TypeOf(target) != ltGroup) {
-            throw Refusal(Name(target) + u" is no group: nothing can be put into it.");
+            throw Refusal(Name(target) + u" is not a group: nothing can be put into it.");
         }
         course.Tree().Move(node, &target, Place::LastChild);
         return;
     }
-    if (!target.Parent()) throw Refusal(u"nothing can stand beside the top; \"in /\" puts an entry there.");
+    if (!target.Parent()) throw Refusal(u"Nothing can stand beside the top; \"in /\" puts an entry there.");
     course.Tree().Move(node, &target, where == u"before" ? Place::Before : Place::After);
+}
+
+void Editing::CheckLocks(const Target& target) {
+    const auto isTouched = [this](const Text& id) {
+        if (removedIDs.Contains(id)) return true;
+        for (const Node* node = modTVW::GetNodeByKey(course.Tree(), id); node; node = node->Parent())
+            if (changedIDs.Contains(node->Key())) return true;
+        return false;
+    };
+    LockList list(target, {});
+    list.Read({}, false);
+    Text holders;
+    for (const ListedLock& lock : list.Locks()) {
+        const bool isEditing = lock.record.lockType == lltEditLesson || lock.record.lockType == lltEditGuide;
+        if (!isEditing || lock.record.invalid || !isTouched(lock.record.lessonID)) continue;
+        holders += u"\n  " + OneLine(lock.record.username) + u" on " + OneLine(lock.record.machineName) + u": " +
+                   lock.type + u" '" + OneLine(Shorten(lock.title, 60)) + u"' for " + lock.age;
+    }
+    if (holders.empty()) return;
+    throw Refusal(u"Somebody is editing what would change; " + Text(LockedNotice) + holders);
 }
 
 void Editing::CheckSaving() {
     // The statements of a save do not take an apostrophe in a lessonID, and every entry is written.
     for (const Node* node = &course.Root(); node; node = modTVW::GetNextNode(node)) {
         if (node->Key().find(u'\'') == Text::npos) continue;
-        throw Refusal(u"the entry " + Name(*node) + u" has a lessonID with an apostrophe (" + node->Key() +
+        throw Refusal(u"The entry " + Name(*node) + u" has a lessonID with an apostrophe (" + node->Key() +
                       u"), with which a hierarchy cannot be saved.");
     }
     for (const Text& id : removedIDs) {
         if (id.find(u'\'') != Text::npos) {
-            throw Refusal(u"the lessonID '" + id + u"' has an apostrophe; such an entry cannot be removed.");
+            throw Refusal(u"The lessonID '" + id + u"' has an apostrophe; such an entry cannot be removed.");
         }
     }
 }

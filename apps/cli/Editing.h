@@ -29,6 +29,10 @@ public:
     void Do(std::span<const Text> words);
     // Throws Refusal when something stands in the way of saving.
     void CheckSaving();
+    // Throws Refusal, with the holders' names, when somebody has a live edit lock on what the commands change or
+    // remove, or on what lies in it. Throws Error.
+    void CheckLocks(const Target& target);
+    const IDCollection& AddedIDs() const { return addedIDs; } // in the order of their commands
     bool IsAnythingDone() const { return added + updated + removed + moved > 0; }
     Text Summary() const; // "1 added, 2 moved"
 
@@ -43,7 +47,9 @@ private:
     void Put(Node& node, const Text& where, const Text& targetName);
 
     Course& course;
-    IDCollection addedIDs, removedIDs;
+    // The changed ones themselves; what lies in them is looked up in the end. What a removed group kept counts as
+    // changed.
+    IDCollection addedIDs, removedIDs, changedIDs;
     size_t added = 0, updated = 0, removed = 0, moved = 0;
 };
 

@@ -33,7 +33,7 @@ Text PanelJson(const PanelLayout& layout) {
 
 ExitCode Info(const Arguments& arguments) {
     const auto level = static_cast<int>(arguments.Number(u"--level", MostDetail, MostDetail, LeastDetail));
-    Course course(ParseTarget(arguments.Place(0)));
+    Course course(ParseTarget(arguments));
     Node& node = course.Find(arguments.HasPlace(1) ? arguments.Place(1) : Text(TopName));
     course.Tree().Select(&node);
     LessonInfo lessonInfo;
@@ -57,14 +57,16 @@ ExitCode Info(const Arguments& arguments) {
         output.Finish();
     }
     if (failure.empty()) return Success;
-    Complain(u"dax info: the locks could not be read: " + failure);
+    Complain(u"dax info: The locks could not be read: " + failure);
     return Failure;
 }
 
 constexpr Option Options[] = {
     {u"--level", u"N", u"how much of the lesson panel: 1 everything (as is), 2 less, 3 least"},
     {u"--no-identifier", u"", u"leave the identifier out"},
-    {u"--json", u"", u"the lines of both panels for programs"},
+    {u"--json", u"",
+     u"print an object for programs: lessonID, lessonInfo and lockInfo, the lines of the\n"
+     u"panels, lockCount"},
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "Course.h"
 #include "Json.h"
 #include "StoredLesson.h"
+#include "TextFile.h"
 #include "base/modGeneric.h"
 #include "content/LessonText.h"
 
@@ -37,8 +38,9 @@ Text SectionJson(const Properties& properties) {
 
 ExitCode Export(const StoredLesson& lesson, const Arguments& arguments) {
     const Text path = arguments.Value(u"--export");
-    WriteTextFile(path, lesson.Data(), arguments.Has(u"--utf-16"));
-    Print(u"Written: " + path);
+    WriteTextFile(path, lesson.Data(), arguments.Has(u"--utf-16") ? Encoding::Utf16 : Encoding::Utf8,
+                  arguments.Has(u"--force"));
+    if (path != StandardStream) Announce(u"Written: " + path);
     return Success;
 }
 
@@ -48,26 +50,26 @@ ExitCode Import(StoredLesson& lesson, const Arguments& arguments) {
     try {
         LessonText::Load(text);
     } catch (const Error& error) {
-        throw Refusal(u"the file '" + path + u"' holds no lesson: " + error.Description());
+        throw Refusal((path == StandardStream ? Text(u"The standard input") : u"The file '" + path + u"'") +
+                      u" holds no lesson: " + error.Description());
     }
     lesson.Replace(text, arguments.Has(u"--force"));
-    Print(u"Saved: " + lesson.LessonID());
+    Announce(u"Saved: " + lesson.LessonID());
     return Success;
 }
 
 ExitCode ShowLesson(const Arguments& arguments) {
     const bool isExport = arguments.Has(u"--export"), isImport = arguments.Has(u"--import");
-    if (isExport && isImport) throw UsageError(u"Either --export or --import.");
-    for (const auto& [option, other] : {std::pair(u"--utf-16", u"--export"), std::pair(u"--force", u"--import")}) {
-        if (arguments.Has(option) && !arguments.Has(other))
-            throw UsageError(Text(option) + u" goes with " + other + u".");
-    }
+    if (isExport && isImport) throw UsageError(u"Give either --export or --import.");
+    if (arguments.Has(u"--utf-16") && !isExport) throw UsageError(u"'--utf-16' goes with --export.");
+    if (arguments.Has(u"--force") && !isExport && !isImport)
+        throw UsageError(u"'--force' goes with --export or --import.");
     if (isExport || isImport) {
         if (!arguments.HasPlace(1)) throw UsageError(u"Missing: the lesson.");
-        StoredLesson lesson(ParseTarget(arguments.Place(0)), arguments.Place(1));
+        StoredLesson lesson(ParseTarget(arguments), arguments.Place(1));
         return isExport ? Export(lesson, arguments) : Import(lesson, arguments);
     }
-    Course course(ParseTarget(arguments.Place(0)));
+    Course course(ParseTarget(arguments));
     const Node& node = course.Find(arguments.HasPlace(1) ? arguments.Place(1) : Text(TopName));
     GroupEditor& editor = course.Editor();
     const Text id = node.Key();
@@ -92,11 +94,13 @@ ExitCode ShowLesson(const Arguments& arguments) {
 }
 
 constexpr Option Options[] = {
-    {u"--json", u"", u"one object for programs"},
-    {u"--export", u"FILE", u"write the lesson's storyboards and maps into a file, as they are stored"},
+    {u"--json", u"",
+     u"print an object for programs: lessonID, title, identifier, type, properties,\n"
+     u"tokens, aggregate"},
+    {u"--export", u"FILE", u"write the lesson's storyboards and maps into a file, as they are stored; - prints\nthem"},
     {u"--utf-16", u"", u"with --export: in UTF-16, which Windows scripts read, not in UTF-8"},
-    {u"--import", u"FILE", u"put those of a file into the lesson"},
-    {u"--force", u"", u"with --import: also while somebody edits the lesson"},
+    {u"--import", u"FILE", u"put those of a file, in UTF-8 or UTF-16, into the lesson; - reads the standard input"},
+    {u"--force", u"", u"with --export: replace the file; with --import: also while somebody edits the lesson"},
 };
 
 } // namespace

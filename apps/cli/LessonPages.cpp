@@ -2,19 +2,35 @@
 
 #include "Command.h"
 #include "Course.h"
+#include "Suggestion.h"
 #include "TreePrinter.h"
 #include "content/LessonText.h"
+#include "lessonmap/modLME.h"
 #include "tree/modTVW.h"
 
 namespace dax::cli {
 
-LessonPages::LessonPages(const Target& target, const Text& lessonName) : stored(target, lessonName) {
-    if (stored.Data().empty()) throw Refusal(u"nothing is stored in the lesson '" + lessonName + u"' yet.");
-    try {
-        lesson = LessonText::Load(stored.Data());
-    } catch (const Error& error) {
-        throw Refusal(u"the lesson '" + lessonName + u"' is not stored in the form that this program reads: " +
-                      error.Description());
+namespace {
+
+// A field of a lesson's text is one word of a line.
+void CheckField(const Text& text, TextView what) {
+    if (text.find_first_of(u"\t\r\n") != Text::npos)
+        throw Refusal(u"The " + Text(what) + u" of a storyboard cannot hold tabs and line ends.");
+}
+
+} // namespace
+
+LessonPages::LessonPages(const Target& target, const Text& lessonName, bool mayBeEmpty) : stored(target, lessonName) {
+    if (stored.Data().empty()) {
+        if (!mayBeEmpty) throw Refusal(u"Nothing is stored in the lesson '" + lessonName + u"' yet.");
+        lesson = std::make_shared<ContentLesson>();
+    } else {
+        try {
+            lesson = LessonText::Load(stored.Data());
+        } catch (const Error& error) {
+            throw Refusal(u"The lesson '" + lessonName + u"' is not stored in the form that this program reads: " +
+                          error.Description());
+        }
     }
     editor->SetLesson(lesson);
 }
@@ -95,26 +111,91 @@ std::vector<Text> LessonPages::Find(const Text& text, bool isExact) {
     return found;
 }
 
-void LessonPages::Move(const Text& name, StoryboardMovementTypes movement) {
-    Text sbid = name;
+Text LessonPages::SbidOf(const Text& name) {
     const Node* const node = modTVW::GetNodeByKey(*editor->tvwObject(), name);
-    if (!node || !node->Parent()) {
-        const std::vector<Text> found = Find(name, true);
-        if (found.empty())
-            throw Refusal(u"no storyboard in a map has the SBID, the identifier or the title '" + name + u"'.");
-        if (found.size() > 1) {
-            Text message = CountText(static_cast<int64_t>(found.size()), u"storyboard") + u" fit '" + name +
-                           u"'. Give the SBID, which stands in braces:";
-            for (const Text& each : found) message += u"\n  " + Describe(each);
-            throw Refusal(message);
-        }
-        sbid = found.front();
+    if (node && node->Parent()) return name;
+    const std::vector<Text> found = Find(name, true);
+    if (found.size() == 1) return found.front();
+    if (found.empty()) {
+        Suggestion suggestion(name);
+        for (const auto& storyboard : lesson->Storyboards()->All())
+            for (const Text& called : {storyboard->Identifier(), storyboard->SBID(), storyboard->Title()})
+                suggestion.Offer(called);
+        throw Refusal(u"No storyboard in a map has the SBID, the identifier or the title '" + name + u"'." +
+                      suggestion.Question());
     }
-    const Text current = lesson->CurrentSBID();
+    Text message = CountText(static_cast<int64_t>(found.size()), u"storyboard") + u" fit '" + name +
+                   u"'. Give the SBID, which stands in braces:";
+    for (const Text& each : found) message += u"\n  " + Describe(each);
+    throw Refusal(message);
+}
+
+std::shared_ptr<ContentStoryboard> LessonPages::StoryboardOf(const Text& name) {
+    auto storyboard = lesson->Storyboards()->Item(name);
+    if (!storyboard) storyboard = lesson->Storyboards()->Item(SbidOf(name));
+    auto own = std::dynamic_pointer_cast<ContentStoryboard>(storyboard);
+    if (!own) throw Refusal(u"The storyboard '" + name + u"' is missing from the lesson; only its place is left.");
+    return own;
+}
+
+void LessonPages::Move(const Text& name, StoryboardMovementTypes movement) {
+    const Text sbid = SbidOf(name), current = lesson->CurrentSBID();
     editor->SetCurrentSBID(sbid);
-    if (!editor->CanMoveCurrent(movement)) throw Refusal(u"the storyboard cannot move there from where it stands.");
+    if (!editor->CanMoveCurrent(movement)) throw Refusal(u"The storyboard cannot move there from where it stands.");
     editor->MoveCurrent(movement);
     lesson->SetCurrentSBID(current); // on which the author works; a move from here does not change it
+}
+
+void LessonPages::Fill(ContentStoryboard& storyboard, const Fields& fields) const {
+    if (fields.title) storyboard.SetTitle(*fields.title);
+    if (fields.identifier) storyboard.SetIdentifier(*fields.identifier);
+    if (fields.type) storyboard.SetStoryboardType(*fields.type);
+    CheckField(storyboard.Title(), u"title");
+    CheckField(storyboard.Identifier(), u"identifier");
+    CheckField(storyboard.StoryboardType(), u"type");
+}
+
+Node& LessonPages::PlaceOf(TextView where, const Text& target) {
+    NodeTree& tree = *editor->tvwObject();
+    if (target.empty()) {
+        const auto map = lesson->Maps()->DefaultMap();
+        Node* const node = map ? modTVW::GetNodeByKey(tree, map->Name()) : nullptr;
+        return node ? *node : *tree.First();
+    }
+    Node* const map = modTVW::GetNodeByKey(tree, target);
+    if (where == u"in" && map && !map->Parent()) return *map;
+    return *modTVW::GetNodeByKey(tree, SbidOf(target));
+}
+
+Text LessonPages::Add(const Text& wanted, const Fields& fields, TextView where, const Text& target) {
+    Node& place = PlaceOf(where, target);
+    const auto storyboard =
+        wanted.empty() ? std::make_shared<ContentStoryboard>() : std::make_shared<ContentStoryboard>(wanted);
+    const Text sbid = storyboard->SBID(), current = lesson->CurrentSBID();
+    CheckField(sbid, u"SBID");
+    Fill(*storyboard, fields);
+    NodeTree& tree = *editor->tvwObject();
+    if (lesson->Storyboards()->Item(sbid) || tree.Find(sbid))
+        throw Refusal(u"There is a storyboard or a map '" + sbid + u"' already.");
+    editor->AddStoryboard(storyboard);
+    tree.Move(*tree.Find(sbid), &place,
+              where == u"before"  ? Place::Before
+              : where == u"after" ? Place::After
+                                  : Place::LastChild);
+    modLME::UpdateMapCaptions(tree);
+    modLME::SaveMapLayouts(tree, lesson);
+    if (!current.empty()) lesson->SetCurrentSBID(current);
+    return sbid;
+}
+
+void LessonPages::Update(const Text& name, const Fields& fields) {
+    const auto storyboard = StoryboardOf(name);
+    Fill(*storyboard, fields);
+    editor->UpdateStoryboard(storyboard);
+}
+
+void LessonPages::Remove(const Text& name, bool keepsChildren) {
+    editor->RemoveStoryboard(StoryboardOf(name), !keepsChildren);
 }
 
 void LessonPages::Save(bool isForced) { stored.Replace(LessonText::Save(*lesson), isForced); }

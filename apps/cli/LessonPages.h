@@ -5,14 +5,16 @@
 #include "StoredLesson.h"
 #include "lessonmap/LessonMapEditor.h"
 
+#include <optional>
 #include <vector>
 
 namespace dax::cli {
 
 class LessonPages {
 public:
-    // `lessonName` as Course::Find takes it. Throws Error, and Refusal when it is no lesson or holds none of our own.
-    LessonPages(const Target& target, const Text& lessonName);
+    // `lessonName` as Course::Find takes it. Throws Error, and Refusal when it is no lesson or holds none of our own,
+    // unless it holds nothing and may.
+    LessonPages(const Target& target, const Text& lessonName, bool mayBeEmpty);
 
     void Print(bool hasBoxes) const;
     Text Json() const;
@@ -21,13 +23,26 @@ public:
     Text Describe(const Text& sbid) const;
     Text Json(const Text& sbid) const;
 
-    // By SBID, or by what only one storyboard is called. Throws Refusal.
+    // Storyboards are named by SBID, or by what only one of them is called. All throw Refusal.
     void Move(const Text& name, StoryboardMovementTypes movement);
+    struct Fields {
+        std::optional<Text> title, identifier, type; // those that are given
+    };
+    // `where` is "in", "before" or "after", the target a storyboard or, for "in", a map; without a target it becomes
+    // the last of the default map. The empty SBID stands for a new one. Answers the SBID.
+    Text Add(const Text& sbid, const Fields& fields, TextView where, const Text& target);
+    void Update(const Text& name, const Fields& fields);
+    void Remove(const Text& name, bool keepsChildren);
     void Save(bool isForced); // as StoredLesson::Replace
 
 private:
     Text Describe(const Node& node) const;
     JsonObject Properties(const Text& sbid) const;
+    Text SbidOf(const Text& name);
+    // Outside the maps, too.
+    std::shared_ptr<ContentStoryboard> StoryboardOf(const Text& name);
+    void Fill(ContentStoryboard& storyboard, const Fields& fields) const;
+    Node& PlaceOf(TextView where, const Text& target);
 
     StoredLesson stored;
     std::shared_ptr<ContentLesson> lesson;

@@ -24,23 +24,24 @@ constexpr SortName SortNames[] = {
 
 Text SortColumn(const Arguments& arguments) {
     if (!arguments.Has(u"--sort")) {
-        if (arguments.Has(u"--descending")) throw UsageError(u"--descending goes with --sort COLUMN.");
+        if (arguments.Has(u"--descending")) throw UsageError(u"'--descending' goes with --sort COLUMN.");
         return {};
     }
     const Text wanted = arguments.Value(u"--sort");
     for (const auto& [name, column] : SortNames) {
         if (name == wanted) return Text(column);
     }
-    throw UsageError(u"--sort takes title, identifier, type, date, age, user, machine or ip, not '" + wanted + u"'.");
+    throw UsageError(u"'--sort' takes title, identifier, type, date, age, user, machine or ip, not '" + wanted + u"'.");
 }
 
 void CheckRights(const Arguments& arguments) {
     const bool isDeleting = arguments.Has(u"--delete");
     for (const TextView option : {u"--as", u"--admin", u"--yes"}) {
-        if (arguments.Has(option) && !isDeleting) throw UsageError(Text(option) + u" goes with --delete.");
+        if (arguments.Has(option) && !isDeleting) throw UsageError(u"'" + Text(option) + u"' goes with --delete.");
     }
     if (isDeleting && !arguments.Has(u"--admin") && arguments.Value(u"--as").empty()) {
-        throw UsageError(u"--delete needs --as USER, who may delete locks of his own, or --admin, who may delete all.");
+        throw UsageError(
+            u"'--delete' needs --as USER, who may delete their own locks, or --admin, who may delete all.");
     }
 }
 
@@ -131,10 +132,12 @@ ExitCode Delete(LockList& list, const Arguments& arguments) {
     if (!isJson) PrintTable(locks);
     const size_t deletable = list.CountDeletable(arguments.Value(u"--as"), arguments.Has(u"--admin"));
     if (deletable > 0 && !arguments.Has(u"--yes") && !IsConfirmed(deletable, locks.size())) {
-        Complain(u"dax locks: nothing was deleted. With --yes it does not ask.");
+        Complain(u"dax locks: Nothing was deleted. With --yes the command does not ask.");
         return Refused;
     }
     std::optional<Text> unread;
+    Unfinished deleting(u"Nothing was deleted.");
+    deleting.Finish(); // it is brief, and what was deleted is told
     try {
         unread = list.Delete(arguments.Value(u"--as"), arguments.Has(u"--admin"));
     } catch (const Error& error) {
@@ -155,14 +158,14 @@ ExitCode Delete(LockList& list, const Arguments& arguments) {
         output.Line(ToText(deleted) + u" of " + CountText(static_cast<int64_t>(locks.size()), u"lock") + u" deleted");
         output.Finish();
     }
-    if (unread) Complain(u"dax locks: the list could not be read again: " + *unread);
+    if (unread) Complain(u"dax locks: The list could not be read again: " + *unread);
     return static_cast<size_t>(deleted) == locks.size() ? Success : Refused;
 }
 
 ExitCode Locks(const Arguments& arguments) {
     const Text sortColumn = SortColumn(arguments);
     CheckRights(arguments);
-    const Target target = ParseTarget(arguments.Place(0));
+    const Target target = ParseTarget(arguments);
     LockFilter filter;
     filter.user = arguments.Value(u"--user");
     filter.onlyInvalid = arguments.Has(u"--invalid");
@@ -183,7 +186,7 @@ ExitCode Locks(const Arguments& arguments) {
     const std::vector<ListedLock>& locks = list.Locks();
     if (!lesson.empty() && locks.empty()) course->Find(lesson); // says what is wrong with the name
     if (list.OddValues() > 0) {
-        Complain(u"dax locks: some locks lack values that every lock should have; they are shown without them.");
+        Complain(u"dax locks: Some locks lack values that every lock should have. They are shown without them.");
     }
     if (arguments.Has(u"--delete")) return Delete(list, arguments);
     if (arguments.Has(u"--json")) {
@@ -208,9 +211,12 @@ constexpr Option Options[] = {
     {u"--invalid", u"", u"only those that no running program can hold any more"},
     {u"--sort", u"COLUMN", u"by title, identifier, type, date, age, user, machine or ip"},
     {u"--descending", u"", u"with --sort: the other way round"},
-    {u"--json", u"", u"a list for programs, with all that is known of each lock"},
+    {u"--json", u"",
+     u"print an object for programs: \"locks\", each with lessonID, title, identifier,\n"
+     u"lockType, lock, lockDate, age, user, machine, ip, sessionID, valid; after\n"
+     u"--delete also deleted, outcome"},
     {u"--delete", u"", u"delete the listed locks, after a question; needs --as or --admin"},
-    {u"--as", u"USER", u"with --delete: with the rights of that user, who may delete his own"},
+    {u"--as", u"USER", u"with --delete: with the rights of that user, who may delete their own"},
     {u"--admin", u"", u"with --delete: with the rights of an administrator, who may delete all"},
     {u"--yes", u"", u"with --delete: do not ask"},
 };
@@ -222,6 +228,7 @@ const Command LocksCommand = {u"locks",
                               1,
                               1,
                               u"List the locks that users hold, and delete those that were left over.\n"
+                              u"Prints a table, sorted by what --sort names, and the number of locks.\n"
                               u"All filters that are given must fit. After --delete the code is 0 when every listed\n"
                               u"lock was deleted, 1 when some were not.",
                               Options,

@@ -1,6 +1,7 @@
 // dax sample: a database to try things on.
 #include "Command.h"
 #include "Console.h"
+#include "Password.h"
 #include "SampleCourse.h"
 #include "Target.h"
 
@@ -44,36 +45,46 @@ void FillCourse(NewDatabase& database, size_t lessons, const Text& shown) {
         WriteSampleCourse(lessons, Now(), database.IsMDB(), [&](Text statement) { sender.Take(std::move(statement)); });
     sender.Flush();
     database.Finish();
-    Print(u"Made a sample course: " + shown);
-    Print(Count(counts.lessons, u"lessons in ") + Count(counts.groups, u"groups, ") +
-          Count(counts.milestones, u"milestones, ") + Count(counts.locks, u"locks, ") +
-          Count(counts.posts, u"discussions"));
+    Announce(u"Made a sample course: " + shown + u"\n" + Count(counts.lessons, u"lessons in ") +
+             Count(counts.groups, u"groups, ") + Count(counts.milestones, u"milestones, ") +
+             Count(counts.locks, u"locks, ") + Count(counts.posts, u"discussions"));
 }
 
-void FillConnector(NewDatabase& database, const Arguments& arguments, const Text& shown) {
+void FillConnector(NewDatabase& database, const Arguments& arguments, const Text& password, const Text& shown) {
     Sender sender(database.Rows(), 0);
-    const SampleConnectorCounts counts = WriteSampleConnector(
-        Now(), database.IsMDB(), arguments.Value(u"--login", u"velmora"), arguments.Value(u"--password", u"sample"),
-        [&](Text statement) { sender.Take(std::move(statement)); });
+    const SampleConnectorCounts counts =
+        WriteSampleConnector(Now(), database.IsMDB(), arguments.Value(u"--login", u"velmora"), password,
+                             [&](Text statement) { sender.Take(std::move(statement)); });
     sender.Flush();
     database.Finish();
-    Print(u"Made a sample connector: " + shown);
-    Print(Count(counts.users, u"users (admin, anna, j.o'neil, юлия, guest), ") + Count(counts.catalogs, u"catalogs"));
+    Announce(u"Made a sample connector: " + shown + u"\n" +
+             Count(counts.users, u"users (admin, anna, j.o'neil, юлия, guest), ") +
+             Count(counts.catalogs, u"catalogs"));
+}
+
+// Of the catalogs' login.
+Text LoginPassword(const Arguments& arguments) {
+    const auto hidden = ReadPassword(arguments, u"--login-password");
+    if (hidden && arguments.Has(u"--password")) throw UsageError(u"Give the login's password only once.");
+    if (arguments.Has(u"--password")) KeepSecret(arguments.Value(u"--password"));
+    return hidden ? *hidden : arguments.Value(u"--password", u"sample");
 }
 
 ExitCode Sample(const Arguments& arguments) {
     const bool isConnector = arguments.Has(u"--connector");
     if (isConnector && arguments.Has(u"--lessons")) throw UsageError(u"A connector has no lessons: omit --lessons.");
-    for (const TextView option : {u"--login", u"--password"}) {
-        if (arguments.Has(option) && !isConnector) throw UsageError(Text(option) + u" goes with --connector.");
+    for (const TextView option :
+         {u"--login", u"--password", u"--login-password-env", u"--login-password-file", u"--login-password-prompt"}) {
+        if (arguments.Has(option) && !isConnector) throw UsageError(u"'" + Text(option) + u"' goes with --connector.");
     }
     const size_t lessons = arguments.Number(u"--lessons", DefaultLessons, 0, MostLessons);
-    const Target target = ParseTarget(arguments.Place(0));
+    const Target target = ParseTarget(arguments);
+    const Text password = LoginPassword(arguments);
     try {
         NewDatabase database(target, isConnector ? Schema::Database::Connector : Schema::Database::Content,
                              PlaceOptions(arguments));
         if (isConnector) {
-            FillConnector(database, arguments, target.shown);
+            FillConnector(database, arguments, password, target.shown);
         } else {
             FillCourse(database, lessons, target.shown);
         }
@@ -89,19 +100,23 @@ constexpr Option Options[] = {
     {u"--connector", u"", u"a connector database with users, catalogs and rights instead of a course"},
     {u"--login", u"NAME", u"with --connector: the login of the catalogs that it lists (velmora)"},
     {u"--password", u"TEXT", u"with --connector: its password, kept in the connector as it is (sample)"},
+    {u"--login-password-env", u"NAME", u"the same from an environment variable"},
+    {u"--login-password-file", u"FILE", u"the same from the first line of a file"},
+    {u"--login-password-prompt", u"", u"the same, asked for"},
     ForceOption,
     NewCatalogOption,
 };
 
 } // namespace
 
-const Command SampleCommand = {u"sample",
-                               u"FILE-or-CONNECTION",
-                               1,
-                               1,
-                               u"Make a database with a sample course to try things on.\n"
-                               u"A file becomes a SQLite database, whatever its name.",
-                               Options,
-                               Sample};
+const Command SampleCommand = {
+    u"sample",
+    u"FILE-or-CONNECTION",
+    1,
+    1,
+    u"Make a database with a sample course to try things on.\n"
+    u"A file becomes a SQLite database, whatever its name. Prints what was made, and how much.",
+    Options,
+    Sample};
 
 } // namespace dax::cli

@@ -2,31 +2,18 @@
 
 #include "Console.h"
 #include "Course.h"
+#include "Interruption.h"
 #include "data/Command.h"
 #include "data/Recordset.h"
 #include "data/modDB.h"
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-
 namespace dax::cli {
-
-namespace {
-
-constexpr std::string_view utf8Mark = "\xEF\xBB\xBF", utf16Mark = "\xFF\xFE";
-
-[[noreturn]] void ThrowFileError(const Text& path, const Text& what) {
-    throw Error(ErrorNumbers::PathFileAccess, u"The file '" + path + u"' cannot be " + what + u".");
-}
-
-} // namespace
 
 StoredLesson::StoredLesson(const Target& target, const Text& lessonName) : connectionString(target.connection) {
     Course course(target);
     const Node& node = course.Find(lessonName);
     if (HierarchyRows::TypeOf(node) != ltLesson) {
-        throw Refusal(u"'" + lessonName + u"' is no lesson but a " + TypeName(HierarchyRows::TypeOf(node)) +
+        throw Refusal(u"'" + lessonName + u"' is not a lesson but a " + TypeName(HierarchyRows::TypeOf(node)) +
                       u". Only lessons have maps.");
     }
     lessonID = node.Key();
@@ -44,6 +31,7 @@ Text StoredLesson::Read(Connection& connection) const {
 void StoredLesson::Replace(const Text& newData, bool isForced) {
     Connection connection;
     connection.Open(connectionString);
+    Unfinished saving(u"Nothing was saved.");
     connection.BeginTrans();
     if (!isForced) {
         Recordset locks;
@@ -51,49 +39,19 @@ void StoredLesson::Replace(const Text& newData, bool isForced) {
                        u" AND lessonID = " + modDB::QuoteSQLString(lessonID),
                    connection);
         if (!locks.Eof()) {
-            throw Refusal(u"the lesson is being edited by " + OneLine(locks.FieldText(0)) +
-                          u"; what is saved now would be lost or get lost. With --force it is saved all the same.");
+            throw Refusal(OneLine(locks.FieldText(0)) + u" is editing the lesson; " + Text(LockedNotice));
         }
         locks.Close();
     }
-    if (Read(connection) != data) throw Refusal(u"somebody has changed the lesson in this moment. Try again.");
+    if (Read(connection) != data) throw Refusal(u"Somebody has just changed the lesson. Nothing was saved; try again.");
     dax::Command update(connection);
     update.SetCommandText(u"UPDATE velmoraLessons SET lessonData = ? WHERE lessonID = ?");
     update.AppendParameter(newData);
     update.AppendParameter(lessonID);
     update.Execute(adExecuteNoRecords);
+    saving.Finish();
     connection.CommitTrans();
     data = newData;
-}
-
-Text ReadTextFile(const Text& path) {
-    std::ifstream stream(std::filesystem::path(path), std::ios::binary);
-    if (!stream) ThrowFileError(path, u"read");
-    const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-    if (bytes.starts_with(utf8Mark)) return FromUtf8(std::string_view(bytes).substr(utf8Mark.size()));
-    if (!bytes.starts_with(utf16Mark)) return FromUtf8(bytes);
-    Text text;
-    for (size_t i = utf16Mark.size(); i + 1 < bytes.size(); i += 2) {
-        const auto low = static_cast<unsigned char>(bytes[i]), high = static_cast<unsigned char>(bytes[i + 1]);
-        text += static_cast<char16_t>(low | high << 8);
-    }
-    return text;
-}
-
-void WriteTextFile(const Text& path, const Text& text, bool isUtf16) {
-    std::string bytes;
-    if (isUtf16) {
-        bytes = utf16Mark;
-        for (const char16_t unit : text) {
-            bytes += static_cast<char>(unit & 0xFF);
-            bytes += static_cast<char>(unit >> 8);
-        }
-    } else {
-        bytes = ToUtf8(text);
-    }
-    std::ofstream stream(std::filesystem::path(path), std::ios::binary | std::ios::trunc);
-    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!stream.flush()) ThrowFileError(path, u"written");
 }
 
 } // namespace dax::cli

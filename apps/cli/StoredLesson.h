@@ -5,6 +5,10 @@
 
 namespace dax::cli {
 
+// Why nothing is changed on which somebody works.
+inline constexpr TextView LockedNotice = u"saving now could overwrite their work, or they could overwrite yours. "
+                                         u"Nothing was saved. With --force it is saved all the same.";
+
 class StoredLesson {
 public:
     // `lessonName` as Course::Find takes it. Throws Error, and Refusal when it is no lesson.
@@ -20,10 +24,5 @@ private:
 
     Text connectionString, lessonID, data;
 };
-
-// UTF-8, or UTF-16 with a mark at its beginning. Throws Error.
-Text ReadTextFile(const Text& path);
-// UTF-8, or UTF-16 with a mark. Throws Error.
-void WriteTextFile(const Text& path, const Text& text, bool isUtf16);
 
 } // namespace dax::cli

@@ -1,5 +1,7 @@
 #include "Target.h"
 
+#include "Password.h"
+#include "base/Secrets.h"
 #include "base/modGeneric.h"
 #include "data/CatalogConnection.h"
 #include "data/ConnectionString.h"
@@ -56,6 +58,11 @@ void RequireBlindNames(Connection& connection) {
                 u"lower_case_table_names=1 (before the first table is made) and try again.");
 }
 
+// A SQLite file and what the engine leaves beside it when it is stopped.
+void RemoveDatabase(const Text& path) noexcept {
+    for (const TextView ending : {u"", u"-journal", u"-wal", u"-shm"}) RemoveFile(path + Text(ending));
+}
+
 // From the catalog that the engine has for this. A statement of its own: no engine makes catalogs in a transaction.
 void MakeCatalog(const Target& target) {
     const Text driver = ConnectionKeywords(target.connection).First({u"Driver"});
@@ -74,14 +81,29 @@ PlaceOptions::PlaceOptions(const Arguments& arguments)
     : replaces(arguments.Has(ForceOption.name)), makesCatalog(arguments.Has(NewCatalogOption.name)) {}
 
 Target ParseTarget(const Text& argument) {
-    if (!IsConnectionString(argument)) return {argument, argument.empty() ? argument : Absolute(argument), true};
+    if (!IsConnectionString(argument))
+        return {MaskPasswords(argument), argument.empty() ? argument : Absolute(argument), true};
     const ConnectionKeywords keywords(argument);
     Text shown = keywords.First({u"Initial Catalog", u"Database", u"DBQ", u"Data Source", u"DSN", u"Server"});
-    return {shown.empty() ? Text(u"the database") : std::move(shown), argument, false};
+    return {shown.empty() ? Text(u"the database") : MaskPasswords(shown), argument, false};
+}
+
+Target ParseTarget(const Arguments& arguments) {
+    Target target = ParseTarget(arguments.Place(0));
+    if (const auto password = ReadPassword(arguments, u"--password"))
+        target.connection = WithPassword(target.connection, target.isFile, *password);
+    return target;
 }
 
 NewDatabase::NewDatabase(Target newTarget, Schema::Database kind, const PlaceOptions& options)
     : target(std::move(newTarget)) {
+    const Text name = u"'" + target.shown + u"'";
+    const Text left = !target.isFile ? name + u" may be incomplete; make it again with --force."
+                      : modGeneric::FileExists(target.connection) ? name + u" is as it was."
+                                                                  : Text(u"No file was made.");
+    making.emplace(left, [this] {
+        if (!building.empty()) RemoveDatabase(building);
+    });
     try {
         if (target.isFile) PrepareFile(options.replaces);
         if (!target.isFile && options.makesCatalog) MakeCatalog(target);
@@ -91,14 +113,14 @@ NewDatabase::NewDatabase(Target newTarget, Schema::Database kind, const PlaceOpt
         connection.ExecuteAll(Schema::CreateStatements(kind, connection.Kind()));
     } catch (...) {
         connection.Close();
-        if (!building.empty()) RemoveFile(building);
+        if (!building.empty()) RemoveDatabase(building);
         throw;
     }
 }
 
 NewDatabase::~NewDatabase() {
     connection.Close();
-    if (!building.empty()) RemoveFile(building);
+    if (!building.empty()) RemoveDatabase(building);
 }
 
 bool NewDatabase::IsMDB() const { return connection.Kind() == Engine::SQLite || connection.Kind() == Engine::Access; }
@@ -142,9 +164,13 @@ void NewDatabase::PrepareCatalog(Schema::Database kind, bool force) {
 }
 
 void NewDatabase::Finish() {
+    making->Finish();
     connection.CommitTrans();
     connection.Close();
-    if (building.empty()) return;
+    if (building.empty()) {
+        making.reset();
+        return;
+    }
     std::error_code failure;
     std::filesystem::rename(std::filesystem::path(building), std::filesystem::path(place), failure);
     if (failure) {
@@ -153,6 +179,7 @@ void NewDatabase::Finish() {
                                                       u". Close the programs that have it open and try again.");
     }
     building.clear();
+    making.reset();
 }
 
 } // namespace dax::cli

@@ -2,8 +2,11 @@
 #pragma once
 
 #include "Command.h"
+#include "Interruption.h"
 #include "data/Connection.h"
 #include "data/Schema.h"
+
+#include <optional>
 
 namespace dax::cli {
 
@@ -15,6 +18,8 @@ struct Target {
 
 // A text with "keyword=…" in front is a connection string, unless a file of that name exists.
 Target ParseTarget(const Text& argument);
+// The first argument, with the password that the options give.
+Target ParseTarget(const Arguments& arguments);
 
 // What may become of a place before a database is made there.
 struct PlaceOptions {
@@ -26,7 +31,7 @@ inline constexpr Option NewCatalogOption = {u"--new-catalog", u"", u"on a server
 
 // A new database under construction. A file is built beside its place and put there by Finish, so that neither a
 // failure nor a crash leaves half a database or loses the former one. The tables and all rows are one transaction
-// where the engine can do that.
+// where the engine can do that. Ctrl+C is a failure like others.
 class NewDatabase {
 public:
     // Throws Error when the place is taken and shall not be replaced, or when it cannot be written.
@@ -46,6 +51,7 @@ private:
 
     Target target;
     Text place, building; // of a file
+    std::optional<Unfinished> making;
     Connection connection;
 };
 

@@ -56,7 +56,7 @@ void PrintJson(const Node& top, size_t levels, const Counts& counts, Output& out
 
 ExitCode Tree(const Arguments& arguments) {
     const size_t levels = arguments.Number(u"--depth", MostLevels, 0, MostLevels);
-    Course course(ParseTarget(arguments.Place(0)));
+    Course course(ParseTarget(arguments));
     const Node& top = arguments.HasPlace(1) ? course.Find(arguments.Place(1)) : course.Root();
     const Counts counts = CountContents(course.Tree());
     Output output;
@@ -77,7 +77,10 @@ constexpr Option Options[] = {
     {u"--depth", u"N", u"only that many levels below the top"},
     {u"--ids", u"", u"show the lessonIDs, too"},
     {u"--indent", u"", u"indent by four blanks instead of drawing lines"},
-    {u"--json", u"", u"a list of entries for programs, in the order of the tree"},
+    {u"--json", u"",
+     u"print an object for programs: \"entries\" in the order of the tree, each with\n"
+     u"lessonID, title, identifier, type, parentID, level, position, groups, lessons,\n"
+     u"others"},
 };
 
 } // namespace

@@ -25,7 +25,7 @@ ExitCode Show(const DatabaseValidator& validator, bool isValid) {
 }
 
 ExitCode Validate(const Arguments& arguments) {
-    const Target target = ParseTarget(arguments.Place(0));
+    const Target target = ParseTarget(arguments);
     DatabaseValidator validator;
     const bool isMDB = target.isFile || arguments.Has(u"--mdb");
     const bool isValid =
@@ -41,7 +41,7 @@ ExitCode Validate(const Arguments& arguments) {
 ExitCode ValidateConnector(const Arguments& arguments) {
     DatabaseValidator validator;
     const bool isValid =
-        validator.ValidateCommonConnection(ParseTarget(arguments.Place(0)).connection, arguments.Value(u"--source"),
+        validator.ValidateCommonConnection(ParseTarget(arguments).connection, arguments.Value(u"--source"),
                                            arguments.Value(u"--catalog"), arguments.Value(u"--user"));
     return Show(validator, isValid);
 }

@@ -1,7 +1,11 @@
 // dax: the work of the controls from the command line.
 #include "Command.h"
 #include "Console.h"
+#include "Interruption.h"
+#include "Suggestion.h"
+#include "System.h"
 #include "Target.h"
+#include "base/Secrets.h"
 
 #include <algorithm>
 
@@ -11,7 +15,8 @@ namespace {
 
 const Command* const Commands[] = {&SampleCommand,   &CreateCommand, &ValidateCommand, &ValidateConnectorCommand,
                                    &CatalogsCommand, &PickCommand,   &TreeCommand,     &LessonCommand,
-                                   &InfoCommand,     &LocksCommand,  &EditCommand,     &MapCommand};
+                                   &InfoCommand,     &FindCommand,   &LocksCommand,    &EditCommand,
+                                   &MapCommand};
 constexpr TextView TraceOption = u"--trace";
 
 Text Overview() {
@@ -24,12 +29,69 @@ Text Overview() {
     }
     return help +
            u"\n\nA database is the path of a SQLite file, or a connection string such as\n"
-           u"  \"Driver={PostgreSQL Unicode};Server=localhost;Database=course;UID=me;PWD=secret\"\n"
-           u"  \"Driver={MariaDB Unicode};Server=localhost;Database=course;UID=me;PWD=secret\"\n"
-           u"  \"Provider=SQLOLEDB;Data Source=server;Initial Catalog=course;Integrated Security=SSPI\"\n\n"
-           u"Exit codes: 0 valid or done, 1 refused or not all done, 2 wrong usage, 3 failure.\n"
-           u"'dax COMMAND --help' explains one command; 'dax --trace COMMAND' shows its statements; 'dax --version'\n"
+           u"  \"Driver={PostgreSQL Unicode};Server=localhost;Database=course;UID=me\"\n"
+           u"  \"Driver={MariaDB Unicode};Server=localhost;Database=course;UID=me\"\n"
+           u"  \"Provider=SQLOLEDB;Data Source=server;Initial Catalog=course;Integrated Security=SSPI\"\n"
+           u"with its password in it (PWD=…), or better given by --password-env, --password-file or\n"
+           u"--password-prompt, so that it does not stand on the command line. No message shows a password.\n\n"
+           u"Exit codes: 0 valid or done, 1 refused, nothing found or not all done, 2 wrong usage, 3 failure;\n"
+           u"130 interrupted by Ctrl+C (on Windows C000013A).\n"
+           u"'dax help COMMAND' explains one command; 'dax --trace COMMAND' shows its statements; 'dax --version'\n"
            u"tells the version.";
+}
+
+// Throws UsageError.
+const Command& CommandNamed(const Text& name) {
+    Suggestion suggestion(name);
+    for (const Command* command : Commands) {
+        if (command->name == name) return *command;
+        suggestion.Offer(command->name);
+    }
+    throw UsageError(u"There is no command '" + MaskPasswords(name) + u"'." + suggestion.Question() +
+                     u" 'dax help' lists them.");
+}
+
+ExitCode ShowHelp(std::span<const Text> words) {
+    if (words.size() > 1) throw UsageError(u"'help' explains one command at a time.");
+    Print(words.empty() || words[0].starts_with(u'-') || words[0] == u"help" ? Overview()
+                                                                             : CommandNamed(words[0]).Help());
+    return Success;
+}
+
+// As people know the place that a command works on; empty when it has none.
+Text PlaceOf(const Arguments& arguments) {
+    return arguments.HasPlace(0) ? ParseTarget(arguments.Place(0)).shown + u": " : Text();
+}
+
+ExitCode RunCommand(const Command& command, std::span<const Text> words, bool isTraced) {
+    const Text prefix = u"dax " + Text(command.name) + u": ";
+    try {
+        const Arguments arguments = command.Parse(words);
+        if (arguments.Has(u"--help")) {
+            Print(command.Help());
+            return Success;
+        }
+        if (isTraced || arguments.Has(TraceOption))
+            SetStatementObserver([](TextView statement) { Complain(statement); });
+        try {
+            return command.run(arguments);
+        } catch (const Error& error) {
+            Complain(prefix + PlaceOf(arguments) + error.Description());
+            return Failure;
+        }
+    } catch (const Refusal& refusal) {
+        Complain(prefix + refusal.Message());
+        return Refused;
+    } catch (const UsageError& error) {
+        Complain(prefix + error.Message() + u"\n'dax help " + Text(command.name) + u"' explains the command.");
+        return WrongUsage;
+    } catch (const Interrupted& interrupted) {
+        Complain(prefix + u"Interrupted. " + interrupted.Message());
+        EndInterrupted();
+    } catch (const OutputError& error) {
+        if (!error.IsClosed()) Complain(prefix + error.Message());
+        return error.IsClosed() ? static_cast<ExitCode>(EndWithClosedOutput()) : Failure;
+    }
 }
 
 ExitCode Dispatch(std::span<const Text> words) {
@@ -40,59 +102,57 @@ ExitCode Dispatch(std::span<const Text> words) {
         Complain(Overview());
         return WrongUsage;
     }
-    if (words[0] == u"--help" || words[0] == u"-h" || words[0] == u"help") {
-        Print(Overview());
-        return Success;
-    }
+    if (words[0] == u"--help" || words[0] == u"-h" || words[0] == u"help") return ShowHelp(words.subspan(1));
     if (words[0] == u"--version") {
         Print(u"dax " + FromUtf8(DAX_VERSION));
         return Success;
     }
-    const auto found = std::find_if(std::begin(Commands), std::end(Commands),
-                                    [&](const Command* command) { return command->name == words[0]; });
-    if (found == std::end(Commands)) {
-        Complain(u"dax: there is no command '" + words[0] + u"'. 'dax --help' lists them.");
-        return WrongUsage;
-    }
-    const Command& command = **found;
-    try {
-        const Arguments arguments = command.Parse(words.subspan(1));
-        if (arguments.Has(u"--help")) {
-            Print(command.Help());
-            return Success;
-        }
-        if (isTracedFirst || arguments.Has(TraceOption))
-            SetStatementObserver([](TextView statement) { Complain(statement); });
-        try {
-            return command.run(arguments);
-        } catch (const Error& error) {
-            Complain(u"dax " + Text(command.name) + u": " +
-                     (arguments.HasPlace(0) ? ParseTarget(arguments.Place(0)).shown + u": " : Text()) +
-                     error.Description());
-            return Failure;
-        }
-    } catch (const Refusal& refusal) {
-        Complain(u"dax " + Text(command.name) + u": " + refusal.Message());
-        return Refused;
-    } catch (const UsageError& error) {
-        Complain(u"dax " + Text(command.name) + u": " + error.Message() + u"\n'dax " + Text(command.name) +
-                 u" --help' explains it.");
-        return WrongUsage;
-    }
+    return RunCommand(CommandNamed(words[0]), words.subspan(1), isTracedFirst);
 }
 
 ExitCode Run(std::span<const Text> words) {
-    PrepareConsole();
+    for (const Text& word : words)
+        for (const Text& password : PasswordsIn(word)) KeepSecret(password);
     try {
         return Dispatch(words);
+    } catch (const UsageError& error) {
+        Complain(u"dax: " + error.Message());
+        return WrongUsage;
+    } catch (const OutputError& error) {
+        if (error.IsClosed()) return static_cast<ExitCode>(EndWithClosedOutput());
+        Complain(u"dax: " + error.Message());
     } catch (const Error& error) {
         Complain(u"dax: " + error.Description());
     } catch (const std::bad_alloc&) {
-        Complain(u"dax: Not enough memory.");
+        Complain(u"dax: There is not enough memory.");
     } catch (const std::exception& error) {
         Complain(u"dax: " + FromUtf8(error.what()));
     }
     return Failure;
+}
+
+// The arguments as texts; exit code WrongUsage for one that is no text.
+template <typename Unit, typename Convert>
+int RunMain(int count, Unit** words, const Convert& toText) {
+    PrepareStreams();
+    WatchInterrupts();
+    std::vector<Text> texts;
+    for (int i = 1; i < count; ++i) {
+        const std::basic_string_view<Unit> word(words[i]);
+        texts.push_back(toText(word));
+        const std::string utf8 = ToUtf8(texts.back());
+        const bool isText = [&] {
+            if constexpr (sizeof(Unit) == 1)
+                return utf8 == word;
+            else
+                return FromUtf8(utf8) == texts.back();
+        }();
+        if (isText) continue;
+        Complain(u"dax: Argument " + ToText(i) + u" is not valid " + (sizeof(Unit) == 1 ? u"UTF-8" : u"UTF-16") +
+                 u". Set the terminal to UTF-8, or put the text into a file of commands in UTF-8.");
+        return WrongUsage;
+    }
+    return Run(texts);
 }
 
 } // namespace
@@ -101,17 +161,10 @@ ExitCode Run(std::span<const Text> words) {
 
 #ifdef _WIN32
 int wmain(int count, wchar_t** words) {
-    std::vector<dax::Text> texts;
-    for (int i = 1; i < count; ++i) {
-        const std::wstring_view word(words[i]);
-        texts.emplace_back(word.begin(), word.end());
-    }
-    return dax::cli::Run(texts);
+    return dax::cli::RunMain(count, words, [](std::wstring_view word) { return dax::Text(word.begin(), word.end()); });
 }
 #else
 int main(int count, char** words) {
-    std::vector<dax::Text> texts;
-    for (int i = 1; i < count; ++i) texts.push_back(dax::FromUtf8(words[i]));
-    return dax::cli::Run(texts);
+    return dax::cli::RunMain(count, words, [](std::string_view word) { return dax::FromUtf8(word); });
 }
 #endif

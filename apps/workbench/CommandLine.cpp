@@ -24,12 +24,13 @@ Options ParseArguments(const std::vector<std::wstring>& arguments) {
         } else if (argument == L"--help" || argument == L"-h" || argument == L"/?") {
             options.help = true;
         } else if (argument.starts_with(L"--")) {
-            options.problem = L"There is no option " + argument + L".";
+            options.problem = L"There is no option " + argument.substr(0, argument.find(L'=')) + L".";
             return options;
         } else if (options.file.empty()) {
             options.file = argument;
         } else {
-            options.problem = L"Only one file can be opened; there is also " + argument + L".";
+            // What follows a connection string may be the rest of its password.
+            options.problem = L"Only one file can be opened. A path or connection string with blanks needs quotes.";
             return options;
         }
     }

@@ -109,7 +109,7 @@ void ConnectorPage::Command(int id, int notification) {
 
 // The validator insists on a source and a catalog; empty fields stand for what the connection names.
 void ConnectorPage::ShowHints() {
-    const std::wstring text = Trim(FieldText(idConnection));
+    const std::wstring text = HidePassword(Trim(FieldText(idConnection)));
     const std::wstring source = SourceOf(text);
     const std::wstring catalog = CatalogOf(text);
     SetHint(idSource, source.empty() ? L"Taken from the connection" : source);
@@ -118,12 +118,12 @@ void ConnectorPage::ShowHints() {
 
 std::wstring ConnectorPage::Source() const {
     const std::wstring typed = Trim(FieldText(idSource));
-    return typed.empty() ? SourceOf(Trim(FieldText(idConnection))) : typed;
+    return typed.empty() ? SourceOf(HidePassword(Trim(FieldText(idConnection)))) : typed;
 }
 
 std::wstring ConnectorPage::Catalog() const {
     const std::wstring typed = Trim(FieldText(idCatalog));
-    return typed.empty() ? CatalogOf(Trim(FieldText(idConnection))) : typed;
+    return typed.empty() ? CatalogOf(HidePassword(Trim(FieldText(idConnection)))) : typed;
 }
 
 void ConnectorPage::Start() {
@@ -137,7 +137,7 @@ void ConnectorPage::Validate() {
     Run([this] {
         ShowResult(L"Validating\u2026", Tone::Plain);
         const bool valid = Call(*validator, validatorName, L"ValidateCommonConnection",
-                                {ConnectionFor(Trim(FieldText(idConnection))), Source(), Catalog(), FieldText(idUser)})
+                                {ConnectionFor(TakeConnection()), Source(), Catalog(), FieldText(idUser)})
                                .Bool();
         ShowResult(DescribeOutcome(validator->Control(), valid), valid ? Tone::Good : Tone::Bad);
     });
@@ -146,9 +146,8 @@ void ConnectorPage::Validate() {
 void ConnectorPage::Load() {
     if (!picker) return;
     Run([this] {
-        const bool loaded = Call(*picker, pickerName, L"LoadPicker",
-                                 {ConnectionFor(Trim(FieldText(idConnection))), FieldText(idUser), L""})
-                                .Bool();
+        const bool loaded =
+            Call(*picker, pickerName, L"LoadPicker", {ConnectionFor(TakeConnection()), FieldText(idUser), L""}).Bool();
         if (!loaded) ShowSelection({});
         ShowResult(loaded ? L"Catalogs loaded." : L"The connector lists no such user.",
                    loaded ? Tone::Good : Tone::Bad);

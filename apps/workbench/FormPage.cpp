@@ -103,6 +103,12 @@ std::wstring FormPage::FieldText(int id) const { return WindowText(Field(id)); }
 
 void FormPage::SetField(int id, const std::wstring& text) { SetWindowTextW(Field(id), text.c_str()); }
 
+std::wstring FormPage::TakeConnection() {
+    const std::wstring typed = Trim(FieldText(idConnection)), shown = HidePassword(typed);
+    if (shown != typed) SetField(idConnection, shown);
+    return shown;
+}
+
 void FormPage::SetHint(int id, const std::wstring& hint) {
     SendMessageW(Field(id), EM_SETCUEBANNER, TRUE, reinterpret_cast<LPARAM>(hint.c_str()));
 }

@@ -71,6 +71,9 @@ protected:
     HWND Field(int id) const { return GetDlgItem(Handle(), id); }
     std::wstring FieldText(int id) const;
     void SetField(int id, const std::wstring& text);
+    // What is typed as the connection. From then on the field shows dots for a password, as does the answer;
+    // ConnectionFor takes it as the whole.
+    std::wstring TakeConnection();
     void SetHint(int id, const std::wstring& hint);
     bool Checked(int id) const;
     void SetChecked(int id, bool isChecked) const;

@@ -185,7 +185,7 @@ bool HierarchyPage::Load() {
     Run([this] {
         ShowResult(L"Loading\u2026", Tone::Plain);
         failure.clear();
-        const std::wstring source = Trim(FieldText(idConnection));
+        const std::wstring source = TakeConnection();
         const std::wstring title = source == bench.catalog.source ? bench.catalog.title : CatalogOf(source);
         bench.selection = {source, {}, {}, false, Editor()};
         Editor().Set(L"ConnectionString", ConnectionFor(source));

@@ -1,5 +1,6 @@
 #include "Input.h"
 
+#include "base/Secrets.h"
 #include "data/CatalogConnection.h"
 
 #include <algorithm>
@@ -74,10 +75,8 @@ bool IsFile(const std::wstring& text) {
 }
 
 std::wstring ConnectionFor(const std::wstring& text) {
-    if (!IsFile(text)) {
-        const auto hidden = Hidden().find(text);
-        return hidden == Hidden().end() ? text : hidden->second;
-    }
+    if (const auto hidden = Hidden().find(text); hidden != Hidden().end()) return hidden->second;
+    if (!IsFile(text)) return text;
     const std::wstring path = AbsolutePath(text);
     if (HasExtension(path, L".mdb") || HasExtension(path, L".accdb"))
         return L"Provider=Microsoft.ACE.OLEDB.12.0;Data Source=\"" + path + L"\"";
@@ -85,18 +84,9 @@ std::wstring ConnectionFor(const std::wstring& text) {
 }
 
 std::wstring HidePassword(const std::wstring& connection) {
-    if (connection.empty() || IsFile(connection)) return connection;
-    std::wstring shown;
-    for (size_t position = 0; position < connection.size();) {
-        const size_t start = position, equals = connection.find(L'=', position);
-        if (equals == std::wstring::npos) break;
-        const std::wstring key = Trim(connection.substr(position, equals - position));
-        position = equals + 1;
-        const bool isSecret =
-            !TakeValue(connection, position).empty() && (SameKey(key, L"pwd") || SameKey(key, L"password"));
-        shown += isSecret ? connection.substr(start, equals + 1 - start) + L"\u2022\u2022\u2022\u2022;"
-                          : connection.substr(start, position - start);
-    }
+    if (connection.empty() || GetFileAttributesW(connection.c_str()) != INVALID_FILE_ATTRIBUTES) return connection;
+    const Text masked = MaskPasswords(ToCore(connection));
+    const std::wstring shown(masked.begin(), masked.end());
     if (shown != connection) Hidden()[shown] = connection;
     return shown;
 }

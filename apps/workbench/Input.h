@@ -14,7 +14,7 @@ bool IsFile(const std::wstring& text);
 // other path is a connection string as it stands. A connection string stays as it is.
 std::wstring ConnectionFor(const std::wstring& text);
 
-// The same with dots for the password, for fields that others see. ConnectionFor takes it as it takes the whole.
+// The same with dots for passwords, for fields that others see. ConnectionFor takes it as it takes the whole.
 std::wstring HidePassword(const std::wstring& connection);
 
 // What opens a catalog that a connector lists; see data/CatalogConnection.h.

@@ -123,8 +123,8 @@ void LocksPage::KeyReleased() {
     if (manager && HasFocus(idLocks) && !bench.busy) ShowCounts();
 }
 
-void LocksPage::Apply() const {
-    const std::wstring source = Trim(FieldText(idConnection));
+void LocksPage::Apply() {
+    const std::wstring source = TakeConnection();
     const Selection& selection = bench.selection;
     const bool isChosen = !selection.lessonID.empty() && selection.source == source;
     const long display = Choice(idDisplay);

@@ -31,7 +31,7 @@ private:
     void Heard(const ControlEvent& event);
     // Hands the fields to the control; its locks are read, and its columns made anew if wanted.
     void List(bool rebuild);
-    void Apply() const;
+    void Apply();
     void Delete();
     void ShowCounts();
     void SelectRows(int count) const;

@@ -64,7 +64,7 @@ void ValidatorPage::Command(int id, int notification) {
 
 // An empty catalog field stands for what the connection names; the field says what that is.
 void ValidatorPage::ShowCatalogHint() {
-    const std::wstring text = Trim(FieldText(idConnection));
+    const std::wstring text = HidePassword(Trim(FieldText(idConnection)));
     const std::wstring meant = Checked(idAccessFile) ? FileOf(text) : CatalogOf(text);
     SetHint(idCatalog, meant.empty() ? L"Taken from the connection" : meant);
 }
@@ -81,7 +81,7 @@ void ValidatorPage::Validate() {
     if (!validator) return;
     Run([this] {
         ShowResult(L"Validating\u2026", Tone::Plain);
-        const std::wstring text = Trim(FieldText(idConnection));
+        const std::wstring text = TakeConnection();
         const bool file = Checked(idAccessFile);
         std::wstring catalog = Trim(FieldText(idCatalog));
         if (catalog.empty()) catalog = file ? FileOf(text) : CatalogOf(text);
@@ -95,8 +95,7 @@ void ValidatorPage::CheckTalk() {
     if (!validator) return;
     Run([this] {
         const bool talk =
-            Call(*validator, controlName, L"ValidateSupportsTalk", {ConnectionFor(Trim(FieldText(idConnection)))})
-                .Bool();
+            Call(*validator, controlName, L"ValidateSupportsTalk", {ConnectionFor(TakeConnection())}).Bool();
         ShowResult(talk ? L"The talk tables are there." : L"There are no talk tables.", Tone::Plain);
     });
 }

@@ -1,10 +1,13 @@
 #include "base/Error.h"
 
+#include "base/Secrets.h"
+
 #include <new>
 
 namespace dax {
 
-Error::Error(int32_t code, Text text) : number(code), description(std::move(text)), utf8(ToUtf8(description)) {}
+Error::Error(int32_t code, const Text& text)
+    : number(code), description(MaskPasswords(text)), utf8(ToUtf8(description)) {}
 
 Error CurrentError() {
     try {

@@ -29,7 +29,8 @@ inline constexpr int32_t Timeout = -2147217871;        // 80040E31
 
 class Error : public std::exception {
 public:
-    Error(int32_t number, Text description);
+    // A password in the description is masked (base/Secrets.h), whoever wrote it: drivers repeat what they were given.
+    Error(int32_t number, const Text& description);
     int32_t Number() const { return number; }
     const Text& Description() const { return description; }
     const char* what() const noexcept override { return utf8.c_str(); }

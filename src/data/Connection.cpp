@@ -1,5 +1,6 @@
 #include "data/Connection.h"
 
+#include "base/Secrets.h"
 #include "data/Session.h"
 #include "data/StatementText.h"
 
@@ -10,7 +11,12 @@ Connection::~Connection() { Close(); }
 
 void Connection::Open(const Text& connectionString) {
     if (session) throw Error(ErrorNumbers::Unspecified, u"The connection is open already.");
-    session = dax::Session::Open(connectionString);
+    try {
+        session = dax::Session::Open(connectionString);
+    } catch (const Error& error) {
+        // A driver may repeat a password without its keyword.
+        throw Error(error.Number(), MaskPasswords(error.Description(), PasswordsIn(connectionString)));
+    }
 }
 
 void Connection::Close() {

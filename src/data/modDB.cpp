@@ -1,6 +1,7 @@
 #include "data/modDB.h"
 
 #include "base/Dates.h"
+#include "base/Secrets.h"
 
 #include <charconv>
 #include <iterator>
@@ -73,7 +74,7 @@ bool TestOpenConnection(const Text& connectionString, int32_t& errorNumber, Text
         Ignoring([&] { errorDescription = error.Description(); });
     } catch (const std::exception& error) {
         errorNumber = ErrorNumbers::Unspecified;
-        Ignoring([&] { errorDescription = FromUtf8(error.what()); });
+        Ignoring([&] { errorDescription = MaskPasswords(FromUtf8(error.what())); });
     }
     return false;
 }

@@ -1,5 +1,6 @@
 #include "validation/DatabaseValidator.h"
 
+#include "base/Secrets.h"
 #include "base/modGeneric.h"
 #include "data/modDB.h"
 #include "validation/ConnectorValidation.h"
@@ -63,7 +64,7 @@ bool DatabaseValidator::Validate(Check check, const Text& unexpectedMessage) {
     } catch (const std::exception& failure) {
         const auto* error = dynamic_cast<const Error*>(&failure);
         SetError(error ? error->Number() : ErrorNumbers::Unspecified,
-                 error ? error->Description() : FromUtf8(failure.what()));
+                 error ? error->Description() : MaskPasswords(FromUtf8(failure.what())));
         outcome = {veUnexpectedError, StatusPicture::Critical, u"unexpected error", unexpectedMessage, true};
     }
     isValidating = false;
@@ -75,9 +76,10 @@ bool DatabaseValidator::ValidateDataConnection(Text connection, Text catalog, bo
     if (isValidating || isDesignMode) return false;
     dataConnectionString = std::move(connection);
     catalogName = std::move(catalog);
+    shownName = MaskPasswords(catalogName);
     isMDBMode = isMDB;
     return Validate([this] { return isMDBMode ? CheckMDB() : CheckSQL(); },
-                    u"Velmora encountered an unexpected error while attempting to validate '" + catalogName + u"'.");
+                    u"Velmora encountered an unexpected error while attempting to validate '" + shownName + u"'.");
 }
 
 bool DatabaseValidator::ValidateCommonConnection(Text connection, Text dataSource, Text catalog, Text currentUser) {
@@ -105,18 +107,18 @@ DatabaseValidator::Outcome DatabaseValidator::CheckMDB() {
                     u"You must select a valid velmora database before using the program.");
     if (!modGeneric::FileExists(catalogName))
         return file(veMDBNotFound, StatusPicture::Exclamation, u"file not found.", u"file not found",
-                    u"'" + catalogName +
+                    u"'" + shownName +
                         u"' was not found.  "
                         u"Select a valid velmora database before using the program.");
     if (modGeneric::IsFileReadOnly(catalogName))
         return file(veMDBReadOnly, StatusPicture::Exclamation, u"file is read-only.", u"database is read-only",
-                    u"Velmora was unable to obtain a shared read/write lock on '" + catalogName +
+                    u"Velmora was unable to obtain a shared read/write lock on '" + shownName +
                         u"'.\n\n"
                         u"Check to ensure that the file is not marked Read-Only and that "
                         u"it is not stored in a directory with Read-Only permissions.");
     if (!modDB::TestOpenConnection(dataConnectionString, errorNumber, errorDescription))
         return {veCantOpenConnection, StatusPicture::Critical, openTitle,
-                u"Velmora was unable to open a database connection to '" + catalogName +
+                u"Velmora was unable to open a database connection to '" + shownName +
                     u"'.\n\n"
                     u"This file may not be a valid Access-format database, or it may be corrupt.  You may wish to "
                     u"validate the integrity of the file by opening it in Microsoft Access.",
@@ -130,14 +132,13 @@ DatabaseValidator::Outcome DatabaseValidator::CheckMDB() {
                 writeMessage +
                     u"Check to ensure that no other processes have the database open exclusively and try again.",
                 true};
-    return Outcome::Valid(u"file '" + catalogName + u"' validated on " + modGeneric::FormatLocalDateTime(Clock()));
+    return Outcome::Valid(u"file '" + shownName + u"' validated on " + modGeneric::FormatLocalDateTime(Clock()));
 }
 
 DatabaseValidator::Outcome DatabaseValidator::CheckSQL() {
     if (!modDB::TestOpenConnection(dataConnectionString, errorNumber, errorDescription))
         return {veCantOpenConnection, StatusPicture::Critical, openTitle,
-                u"Velmora was unable to open a database connection to '" + catalogName + u"'.\n\n" + serverAdvice,
-                true};
+                u"Velmora was unable to open a database connection to '" + shownName + u"'.\n\n" + serverAdvice, true};
     if (!ProbeContentTables(dataConnectionString, errorNumber, errorDescription))
         return {veInvalidDBStructure, StatusPicture::Critical, structureTitle, structureMessage + askAdministrator,
                 true};
@@ -146,7 +147,7 @@ DatabaseValidator::Outcome DatabaseValidator::CheckSQL() {
                 writeMessage + u"Check with your administrator to ensure that the account associated with the catalog "
                                u"has sufficient access rights.",
                 true};
-    return Outcome::Valid(u"catalog \"" + catalogName + u"\" validated on " + modGeneric::FormatLocalDateTime(Clock()));
+    return Outcome::Valid(u"catalog \"" + shownName + u"\" validated on " + modGeneric::FormatLocalDateTime(Clock()));
 }
 
 DatabaseValidator::Outcome DatabaseValidator::CheckConnector(const Text& currentUser) {

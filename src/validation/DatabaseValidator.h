@@ -53,6 +53,7 @@ private:
     void Show(const Outcome& outcome);
 
     Text commonConnectionString, dataConnectionString, commonDataSource, catalogName;
+    Text shownName; // the catalog in messages, without a password that may stand in a path
     bool isMDBMode = false;
     ValidationErrorTypes errorType = veNone;
     int32_t errorNumber = 0;

@@ -1,6 +1,7 @@
 // What the checking helpers of this room share: the error convention and the structure probes.
 #pragma once
 
+#include "base/Secrets.h"
 #include "data/modDB.h"
 
 #include <span>
@@ -20,7 +21,7 @@ bool Guarded(int32_t& errorNumber, Text& errorDescription, Action action) noexce
         errorDescription = error.Description();
     } catch (const std::exception& error) {
         errorNumber = ErrorNumbers::Unspecified;
-        errorDescription = FromUtf8(error.what());
+        errorDescription = MaskPasswords(FromUtf8(error.what()));
     }
     return false;
 }

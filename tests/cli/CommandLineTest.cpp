@@ -17,12 +17,15 @@ TEST(CommandLineTest, HelpsOnStandardOutput) {
     EXPECT_EQ(overview.exitCode, 0);
     EXPECT_THAT(overview.errors, IsEmpty());
     for (const Text name : {u"sample", u"create", u"validate", u"validate-connector", u"catalogs", u"pick", u"tree",
-                            u"lesson", u"info", u"locks", u"edit", u"map"}) {
+                            u"lesson", u"info", u"find", u"locks", u"edit", u"map"}) {
         EXPECT_THAT(overview.output, HasSubstr("\n  " + ToUtf8(name) + " "));
     }
     const Outcome help = RunDax({u"map", u"--help"});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_THAT(help.output, HasSubstr("usage: dax map"));
+    EXPECT_EQ(RunDax({u"map", u"a", u"-h"}).output, help.output);
+    EXPECT_EQ(RunDax({u"help", u"map"}).output, help.output);
+    EXPECT_EQ(RunDax({u"help"}).output, overview.output);
     EXPECT_THAT(RunDax({u"--version"}).output, HasSubstr("dax 3.3"));
 }
 
@@ -32,11 +35,20 @@ TEST(CommandLineTest, NamesWhatIsWrongWithTheUsage) {
         std::string named;
     } cases[] = {
         {{}, "usage: dax COMMAND"},
-        {{u"vaildate"}, "'vaildate'"},
+        {{u"vaildate"}, "'vaildate'. Did you mean 'validate'?"},
+        {{u"help", u"catalog"}, "Did you mean 'catalogs'?"},
+        {{u"tree", u"a", u"--jsno"}, "no option '--jsno'. Did you mean '--json'?"},
+        {{u"locks", u"a", u"-j"}, "no option '-j'."},
+        {{u"tree", u"Driver=x;PWD=geheim1", u"2", u"3", u"4"}, "too many arguments"},
+        {{u"find", u"a", u""}, "is empty"},
+        {{u"map", u"a", u"b", u"--rename", u"c"}, "--title TEXT"},
+        {{u"map", u"a", u"b", u"--add", u"c", u"--in", u"d", u"--after", u"e"}, "only one of"},
+        {{u"map", u"a", u"b", u"--add", u"c", u"--remove", u"d"}, "not both"},
+        {{u"map", u"a", u"b", u"--keep-children"}, "--remove"},
         {{u"validate"}, "FILE-or-CONNECTION"},
         {{u"validate", u"a", u"b"}, "'b'"},
         {{u"validate", u"a", u"--catalog"}, "--catalog NAME"},
-        {{u"validate", u"a", u"--mdb=yes"}, "--mdb takes no value"},
+        {{u"validate", u"a", u"--mdb=yes"}, "'--mdb' takes no value"},
         {{u"validate", u"a", u"--größe"}, "--größe"},
         {{u"sample", u"a", u"--lessons", u"many"}, "'many'"},
         {{u"sample", u"a", u"--lessons=1000001"}, "'1000001'"},

@@ -39,7 +39,7 @@ TEST_P(HierarchyCommandsTest, EditsInOneTransaction) {
     };
     const Outcome wrong = edit({u"--file", folder.Write(u"c.txt", "remove L-1\nmove x1 in l3")});
     EXPECT_EQ(wrong.exitCode, 1);
-    EXPECT_THAT(wrong.errors, HasSubstr("line 2: 'Two lines' is no group"));
+    EXPECT_THAT(wrong.errors, HasSubstr("Line 2: 'Two lines' is not a group"));
     EXPECT_EQ(TreeOf(*database), "g1 >l1 >l2 >g2 l3 x1");
 
     const Outcome dry = edit({u"remove", u"g1", u"--dry-run"});
@@ -57,7 +57,7 @@ TEST_P(HierarchyCommandsTest, EditsInOneTransaction) {
                                                  "remove G-1 keep-children\n"
                                                  "move l3 down\n"
                                                  "move N before x1")});
-    EXPECT_EQ(done.output, "Saved: 3 added, 1 updated, 2 removed, 5 moved\n") << done.errors;
+    EXPECT_EQ(done.output, "Saved: 3 added, 1 updated, 2 removed, 5 moved\nAdded: n1\nAdded: n2\n") << done.errors;
     EXPECT_EQ(TreeOf(*database), "g2 l1 n2 n1 x1 l3 l2");
     EXPECT_EQ(database->Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE lessonID = 'n1'"), u"New \"語\" 😀");
     EXPECT_EQ(database->Ask(u"SELECT lessonIdentifier FROM velmoraLessons WHERE lessonID = 'l2' AND lessonType = 0"),
@@ -123,7 +123,7 @@ TEST(EntryCommandsTest, DescribeTheTreeAndItsEntries) {
     database.Run({u"DROP TABLE velmoraUserLocks"});
     const Outcome broken = run(u"info", {u"L-2"});
     EXPECT_THAT(broken.output, EndsWith("lock data not available\n"));
-    EXPECT_THAT(broken.errors, HasSubstr("the locks could not be read: "));
+    EXPECT_THAT(broken.errors, HasSubstr("The locks could not be read: "));
 }
 
 TEST(TreeCommandTest, ChainStaysReadable) {
@@ -148,20 +148,20 @@ TEST(EditCommandTest, SavesNothingWhenOneCommandIsWrong) {
         int exitCode;
         std::string message;
     } refused[] = {
-        {"remove L-1\nmove L-2 sideways\n", 2, "line 2: 'move' does not know what to do with 'sideways'"},
-        {"# comment\n\nremove L-1\nmove L-1 up", 1, "line 4: there is no entry 'L-1'"},
-        {"remove L-1\nadd lesson \"no end\n", 2, "line 2: a quotation mark is missing"},
-        {"remove g1\nremove DUP", 1, "line 2: 2 entries have the identifier 'DUP'"},
-        {"move g1 in G-2", 1, "line 1: 'Grundlagen 語' cannot move into itself"},
-        {"move l1 after /", 1, "nothing can stand beside the top"},
+        {"remove L-1\nmove L-2 sideways\n", 2, "Line 2: 'move' does not know what to do with 'sideways'"},
+        {"# comment\n\nremove L-1\nmove L-1 up", 1, "Line 4: There is no entry 'L-1'"},
+        {"remove L-1\nadd lesson \"no end\n", 2, "Line 2: A quotation mark is missing"},
+        {"remove g1\nremove DUP", 1, "Line 2: 2 entries have the identifier 'DUP'"},
+        {"move g1 in G-2", 1, "Line 1: 'Grundlagen 語' cannot move into itself"},
+        {"move l1 after /", 1, "Nothing can stand beside the top"},
         {"move g1 up", 1, "cannot move up"},
-        {"remove /", 1, "the top is the database itself"},
-        {"remove l1\nadd lesson T id l1", 1, "line 2: the entry 'l1' was removed by a command before"},
-        {"add lesson T id l1", 1, "there is an entry with the lessonID 'l1' already"},
+        {"remove /", 1, "The top is the database itself"},
+        {"remove l1\nadd lesson T id l1", 1, "Line 2: The entry 'l1' was removed by a command before"},
+        {"add lesson T id l1", 1, "There is an entry with the lessonID 'l1' already"},
         {"add lesson T id a'b", 1, "'a'b' cannot be a lessonID"},
-        {"add lesson T in nowhere", 1, "line 1: there is no entry 'nowhere'"},
+        {"add lesson T in nowhere", 1, "Line 1: There is no entry 'nowhere'"},
         {"update l1", 2, "'update' needs title, identifier or type after 'l1'"},
-        {"add chapter T", 2, "'chapter' is no type"},
+        {"add chapter T", 2, "'chapter' is not a type"},
         {"ad", 2, "no edit command 'ad'"},
     };
     for (const auto& [commands, exitCode, message] : refused) {

@@ -64,7 +64,7 @@ TEST_F(MapCommandTest, ShowsAndMoves) {
                   u"lockType) VALUES ('l1', 'юлия', 'm', 'i', 's', '2020-01-01 00:00:00', 1)"});
     const Outcome edited = Run({u"L-1", u"--move", u"s4", u"--to", u"up"});
     EXPECT_EQ(edited.exitCode, 1);
-    EXPECT_THAT(edited.errors, HasSubstr("edited by юлия"));
+    EXPECT_THAT(edited.errors, HasSubstr("юлия is editing"));
     EXPECT_EQ(Stored(), stored);
     EXPECT_EQ(Run({u"L-1", u"--move", u"s4", u"--to", u"up", u"--force"}).exitCode, 0);
     EXPECT_NE(Stored(), stored);
@@ -81,13 +81,13 @@ TEST_F(MapCommandTest, FindsAndRefuses) {
         std::vector<Text> words;
         std::string message;
     } cases[] = {
-        {{u"l1", u"--find", u"nothing"}, "no storyboard fits"},
+        {{u"l1", u"--find", u"nothing"}, "No storyboard fits"},
         {{u"l1", u"--move", u"s1", u"--to", u"up"}, "cannot move there"},
-        {{u"l1", u"--move", u"Main", u"--to", u"down"}, "no storyboard in a map"},
-        {{u"G-1"}, "is no lesson but a group"},
-        {{u"L-2"}, "nothing is stored in the lesson 'L-2'"},
+        {{u"l1", u"--move", u"Main", u"--to", u"down"}, "No storyboard in a map"},
+        {{u"G-1"}, "is not a lesson but a group"},
+        {{u"L-2"}, "Nothing is stored in the lesson 'L-2'"},
         {{u"l3"}, "Line 1: The text is no lesson"},
-        {{u"L-4"}, "there is no entry 'L-4'"},
+        {{u"L-4"}, "There is no entry 'L-4'"},
     };
     for (const auto& [words, message] : cases) {
         const Outcome outcome = Run(words);

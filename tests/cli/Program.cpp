@@ -16,8 +16,6 @@
 
 namespace dax::test {
 
-namespace {
-
 std::filesystem::path ProgramPath() {
     if (const char* named = std::getenv("DAX_BIN")) return named;
 #ifdef _WIN32
@@ -26,6 +24,8 @@ std::filesystem::path ProgramPath() {
     return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "dax";
 #endif
 }
+
+namespace {
 
 std::string Contents(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
@@ -111,5 +111,21 @@ Outcome RunDax(const std::vector<Text>& words, const std::string& input) {
     outcome.errors = Contents(errors);
     return outcome;
 }
+
+#ifndef _WIN32
+Outcome RunShell(const std::filesystem::path& folder, const std::string& script) {
+    const TempFolder results;
+    const std::filesystem::path output = results.Path() / "output", errors = results.Path() / "errors";
+    const std::string command = "cd " + Quoted(folder.string()) + " && dax=" + Quoted(ProgramPath().string()) +
+                                " bash -c " + Quoted(script) + " >" + Quoted(output.string()) + " 2>" +
+                                Quoted(errors.string()) + " </dev/null";
+    Outcome outcome;
+    const int status = std::system(command.c_str());
+    outcome.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    outcome.output = Contents(output);
+    outcome.errors = Contents(errors);
+    return outcome;
+}
+#endif
 
 } // namespace dax::test

@@ -3,6 +3,7 @@
 
 #include "base/Text.h"
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,13 @@ struct Outcome {
     std::string output, errors;
 };
 
+std::filesystem::path ProgramPath();
+
 // `input` is what the program reads from its standard input.
 Outcome RunDax(const std::vector<Text>& words, const std::string& input = {});
+#ifndef _WIN32
+// A script for bash, in a folder of its own; "$dax" is the program.
+Outcome RunShell(const std::filesystem::path& folder, const std::string& script);
+#endif
 
 } // namespace dax::test

@@ -41,8 +41,8 @@ TEST_P(TypicalStartTest, FromTheConnectorToTheRecord) {
     start.ExpectDone(u"STUDIO");
     if (GetParam() != Engine::SQLite) return; // the rest on one engine is enough
 
-    run({u"pick", connector, u"--user", u"guest"}, "may open no catalog", 1);
-    run({u"pick", connector, u"--user", u"anna", u"--catalog", u"other"}, "may not open the catalog 'other'", 1);
+    run({u"pick", connector, u"--user", u"guest"}, "may not open any catalog", 1);
+    run({u"pick", connector, u"--user", u"anna", u"--catalog", u"other"}, "may not open a catalog 'other'", 1);
     // The map by way of a file, as scripts do, and back as it was.
     for (const Text option : {u"--utf-16", u"--trace"}) {
         const Text file = folder.File(u"語 " + option);

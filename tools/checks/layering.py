@@ -12,7 +12,7 @@ ODBC = {"sql.h", "sqlext.h", "sqltypes.h", "sqlucode.h"}
 ODBC_HEADER = "src/data/odbc/Odbc.h"
 SQLITE_HEADER = "src/data/sqlite/SQLite.h"
 WINDOWS_PLACES = ("src/ocx/", "apps/workbench/", "apps/script/", "tests/windows/", "tests/ocx/", "tests/workbench/")
-POSIX = {"locale.h", "langinfo.h", "unistd.h", "fcntl.h", "sys/stat.h", "sys/types.h", "sys/file.h",
+POSIX = {"locale.h", "langinfo.h", "unistd.h", "fcntl.h", "sys/stat.h", "sys/types.h", "sys/file.h", "termios.h",
          "io.h"}  # of one system or the other
 STANDARD = re.compile(r"[a-z_0-9]+")  # headers of the C++ library have no ending
 

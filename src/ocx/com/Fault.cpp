@@ -1,6 +1,7 @@
 #include "ocx/com/Fault.h"
 
 #include "base/Error.h"
+#include "base/Secrets.h"
 #include "ocx/com/ComPtr.h"
 #include "ocx/com/Variant.h"
 
@@ -43,7 +44,7 @@ HRESULT ReportCurrentException(const GUID& interfaceId, const wchar_t* source) n
             SetErrorInfo(0, nullptr);
             return E_OUTOFMEMORY;
         } catch (const std::exception& error) {
-            return Report(E_FAIL, FromUtf8(error.what()), interfaceId, source);
+            return Report(E_FAIL, MaskPasswords(FromUtf8(error.what())), interfaceId, source);
         } catch (...) {
             return Report(E_UNEXPECTED, u"an unknown failure inside the control library", interfaceId, source);
         }

@@ -1,0 +1,21 @@
+// What each system does in its own way (posix/System.cpp, win32/System.cpp); see Interruption.h, too.
+#pragma once
+
+#include "base/Text.h"
+
+#include <cstdio>
+#include <optional>
+
+namespace dax::cli {
+
+// Output and input as bytes; standard streams that the caller has closed do no harm; a reader that goes away is told by
+// a failed write.
+void PrepareStreams();
+bool IsTerminal(std::FILE* stream);
+// As whoever reads no further expects it of a program whose output is a pipe.
+int EndWithClosedOutput();
+// Asks, and answers a line of the standard input without its end; on a terminal what is typed does not appear. Nothing
+// at the end of the input.
+std::optional<std::string> ReadHiddenLine(TextView question);
+
+} // namespace dax::cli
