@@ -177,6 +177,11 @@ TEST(CatalogsTest, ListsRecordsAndRefuses) {
               "  Safety at work  [velmora_safety]  login velmora, administrator\n"
               "* Sprachen – языки – 言語  [velmora_languages]  login velmora, read and write\n"
               "  Archive (O'Neil's)  [velmora_archive]  login velmora, read only\n");
+    EXPECT_THAT(
+        run(u"catalogs", {u"anna", u"--json"}).output,
+        HasSubstr("{\"user\":\"anna\",\"superUser\":false,\"catalogs\":[{\"catalog\":\"velmora_safety\",\"title\":"
+                  "\"Safety at work\",\"description\":\"What everybody has to know before the first day\","
+                  "\"login\":\"velmora\",\"rights\":\"administrator\",\"chosen\":true},"));
     for (const Text user : {u"guest", u"nobody"}) EXPECT_EQ(run(u"catalogs", {user}).exitCode, 1);
     for (const Text catalog : {u"velmora_archive", u"velmora_languages"}) {
         const Outcome recorded =

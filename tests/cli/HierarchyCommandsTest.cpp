@@ -98,6 +98,15 @@ TEST(EntryCommandsTest, DescribeTheTreeAndItsEntries) {
         "\"level\":2,\"position\":2,\"groups\":0,\"lessons\":0,\"others\":0},\n"
         "{\"lessonID\":\"g2\",\"title\":\"\",\"identifier\":\"G-2\",\"type\":\"group\",\"parentID\":\"g1\",\"level\":2,"
         "\"position\":3,\"groups\":0,\"lessons\":0,\"others\":0}]}\n");
+    EXPECT_EQ(run(u"find", {u"ПРИВ"}).output, "Grundlagen 語 / Привет 😀  [L-2]  {l2}\n");
+    EXPECT_EQ(run(u"find", {u"dup", u"--exact"}).output, "Two lines  [DUP]  {l3}\nOdd  [DUP]  {x1}\n");
+    EXPECT_EQ(run(u"find", {u"G2", u"--json"}).output,
+              "{\"entries\":[\n{\"lessonID\":\"g2\",\"title\":\"\",\"identifier\":\"G-2\",\"type\":\"group\",\"path\":["
+              "\"Grundlagen 語\"]}]}\n");
+    EXPECT_EQ(run(u"find", {u"none"}).exitCode, 1);
+    for (const Text name : {u"l-1", u"L-11", u"L1-"})
+        EXPECT_THAT(run(u"tree", {name}).errors, HasSubstr("'" + ToUtf8(name) + "'. Did you mean 'L-1'?"));
+    EXPECT_THAT(run(u"tree", {u"wholly other"}).errors, HasSubstr("'dax find' looks for a text"));
     const Outcome twice = run(u"tree", {u"DUP"});
     EXPECT_EQ(twice.exitCode, 1);
     EXPECT_THAT(twice.errors, AllOf(HasSubstr("2 entries have the identifier 'DUP'"), HasSubstr("\n  l3  Two lines\n"),
@@ -171,6 +180,45 @@ TEST(EditCommandTest, SavesNothingWhenOneCommandIsWrong) {
         EXPECT_THAT(outcome.errors, HasSubstr(message));
     }
     EXPECT_EQ(TreeOf(database), "g1 >l1 >l2 >g2 l3 x1");
+}
+
+TEST(EditCommandTest, LeavesAloneWhatSomebodyEdits) {
+    TestDatabase database(Engine::SQLite);
+    MakeCourse(database);
+    const auto lock = [](TextView lesson, TextView user, int type) {
+        return u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
+               u"lockType) VALUES ('" +
+               Text(lesson) + u"', '" + Text(user) + u"', 'M-1', 'i', 's', '2020-01-01 00:00:00', " + ToText(type) +
+               u")";
+    };
+    // Reading is no editing; nobody can edit a group, so that lock is a left-over.
+    database.Run({lock(u"l1", u"юлия", 1), lock(u"l1", u"anna", 3), lock(u"l2", u"boris", 2), lock(u"g2", u"carl", 1)});
+    const struct {
+        std::vector<Text> words;
+        int exitCode;
+    } cases[] = {
+        {{u"update", u"L-1", u"title", u"T"}, 1},
+        {{u"remove", u"l1"}, 1},
+        {{u"move", u"l1", u"down"}, 1},
+        {{u"update", u"G-1", u"title", u"T"}, 1},
+        {{u"remove", u"G-1", u"keep-children"}, 1},
+        {{u"remove", u"G-1", u"--dry-run"}, 1},
+        {{u"remove", u"G-1"}, 1},
+        {{u"move", u"l2", u"down"}, 0},
+        {{u"remove", u"G-2"}, 0},
+        {{u"add", u"lesson", u"T", u"id", u"n", u"in", u"G-1"}, 0},
+        {{u"remove", u"G-1", u"--force"}, 0},
+    };
+    for (const auto& [words, exitCode] : cases) {
+        std::vector<Text> all = words;
+        all.insert(all.begin(), {u"edit", database.ConnectionString()});
+        const Outcome outcome = RunDax(all);
+        EXPECT_EQ(outcome.exitCode, exitCode) << ToUtf8(words[0] + u" " + words[1]) << outcome.errors;
+        if (exitCode == 0) continue;
+        EXPECT_THAT(outcome.errors, AllOf(HasSubstr("юлия on M-1: editing lesson 'O'Neil's \"first\"' for "),
+                                          HasSubstr("anna on M-1: editing guide"), Not(HasSubstr("boris"))));
+    }
+    EXPECT_EQ(TreeOf(database), "l3 x1");
 }
 
 TEST(EditCommandTest, ReportsWhatTheDatabaseRefuses) {

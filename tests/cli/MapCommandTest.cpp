@@ -60,6 +60,44 @@ TEST_F(MapCommandTest, ShowsAndMoves) {
         EXPECT_EQ(Stored(), stored);
     }
 
+    // Pages that come, get other words, and go; the stored text but for the storyboards that were there at first.
+    const struct {
+        std::vector<Text> words;
+        Text storyboards, pages;
+    } changes[] = {
+        {{u"--add", u"New", u"--sbid", u"n1", u"--in", u"INTRO", u"--type", u"text"},
+         u"storyboard\tn1\ttext\t\tNew\n",
+         u"page\t1\ts3\npage\t1\ts4\nmap\tExtra\npage\t1\ts1\npage\t2\tn1\npage\t1\ts2\n"},
+        {{u"--add", u"", u"--sbid", u"n2"},
+         u"storyboard\tn1\ttext\t\tNew\nstoryboard\tn2\t\t\t\n",
+         u"page\t1\ts3\npage\t1\ts4\npage\t1\tn2\nmap\tExtra\npage\t1\ts1\npage\t2\tn1\npage\t1\ts2\n"},
+        {{u"--remove", u"INTRO", u"--keep-children"},
+         u"storyboard\tn1\ttext\t\tNew\nstoryboard\tn2\t\t\t\n",
+         u"page\t1\ts3\npage\t1\ts4\npage\t1\tn2\nmap\tExtra\npage\t1\tn1\npage\t1\ts2\n"},
+        {{u"--rename", u"new", u"--title", u"Newer 語", u"--identifier", u"N"},
+         u"storyboard\tn1\ttext\tN\tNewer 語\nstoryboard\tn2\t\t\t\n",
+         u"page\t1\ts3\npage\t1\ts4\npage\t1\tn2\nmap\tExtra\npage\t1\tn1\npage\t1\ts2\n"},
+        {{u"--remove", u"n2"},
+         u"storyboard\tn1\ttext\tN\tNewer 語\n",
+         u"page\t1\ts3\npage\t1\ts4\nmap\tExtra\npage\t1\tn1\npage\t1\ts2\n"},
+        {{u"--add", u"First", u"--sbid", u"n3", u"--before", u"s3"},
+         u"storyboard\tn1\ttext\tN\tNewer 語\nstoryboard\tn3\t\t\tFirst\n",
+         u"page\t1\tn3\npage\t1\ts3\npage\t1\ts4\nmap\tExtra\npage\t1\tn1\npage\t1\ts2\n"},
+    };
+    for (const auto& [words, storyboards, pages] : changes) {
+        std::vector<Text> all = words;
+        all.insert(all.begin(), u"L-1");
+        const Outcome changed = Run(all);
+        EXPECT_EQ(changed.exitCode, 0) << changed.errors;
+        EXPECT_THAT(changed.output, StartsWith(words[0] == u"--add" ? "Added: " + ToUtf8(words[3]) + "\n" : "Main ("));
+        Text kept = Storyboards;
+        const Text first = u"storyboard\ts1\ttitle\tINTRO\tWelcome\n";
+        if (pages.find(u"s1") == Text::npos) kept.erase(kept.find(first), first.size());
+        kept.insert(kept.find(u"map\t"), storyboards);
+        stored = kept + pages + u"current\ts2\n";
+        EXPECT_EQ(ToUtf8(Stored()), ToUtf8(stored));
+    }
+
     database.Run({u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
                   u"lockType) VALUES ('l1', 'юлия', 'm', 'i', 's', '2020-01-01 00:00:00', 1)"});
     const Outcome edited = Run({u"L-1", u"--move", u"s4", u"--to", u"up"});
@@ -84,6 +122,9 @@ TEST_F(MapCommandTest, FindsAndRefuses) {
         {{u"l1", u"--find", u"nothing"}, "No storyboard fits"},
         {{u"l1", u"--move", u"s1", u"--to", u"up"}, "cannot move there"},
         {{u"l1", u"--move", u"Main", u"--to", u"down"}, "No storyboard in a map"},
+        {{u"l1", u"--remove", u"INTR"}, "Did you mean 'INTRO'?"},
+        {{u"l1", u"--rename", u"s1", u"--title", u"a\tb"}, "title of a storyboard cannot hold tabs"},
+        {{u"l1", u"--add", u"T", u"--sbid", u"Main"}, "There is a storyboard or a map 'Main' already"},
         {{u"G-1"}, "is not a lesson but a group"},
         {{u"L-2"}, "Nothing is stored in the lesson 'L-2'"},
         {{u"l3"}, "Line 1: The text is no lesson"},
