@@ -81,6 +81,8 @@ PlaceOptions::PlaceOptions(const Arguments& arguments)
     : replaces(arguments.Has(ForceOption.name)), makesCatalog(arguments.Has(NewCatalogOption.name)) {}
 
 Target ParseTarget(const Text& argument) {
+    // An address is no path; whoever opens it says what to give instead.
+    if (argument.find(u"://") != Text::npos) return {MaskPasswords(argument), argument, false};
     if (!IsConnectionString(argument))
         return {MaskPasswords(argument), argument.empty() ? argument : Absolute(argument), true};
     const ConnectionKeywords keywords(argument);

@@ -1,5 +1,6 @@
 #include "Engine.h"
 
+#include "Diagnosis.h"
 #include "Output.h"
 #include "ocx/com/Variant.h"
 
@@ -10,6 +11,8 @@
 namespace dax {
 
 namespace {
+
+constexpr HRESULT cannotCreate = static_cast<HRESULT>(0x800A01AD); // 429 in scripts
 
 std::wstring Hexadecimal(unsigned long number) {
     wchar_t text[16];
@@ -85,13 +88,24 @@ public:
         if (info.pfnDeferredFillIn) info.pfnDeferredFillIn(&info);
         TellCaller(info);
         const HRESULT code = CodeOf(info);
-        const std::wstring message =
-            Message(path + L"(" + std::to_wstring(line + 1) + L", " + std::to_wstring(column + 1) + L")", info);
+        // The engines do not say which class they could not make an object of.
+        const std::wstring name = code == cannotCreate ? text.ClassNameIn(line) : std::wstring();
+        if (!name.empty()) {
+            SysFreeString(info.bstrDescription);
+            info.bstrDescription = SysAllocString(DescribeMissingClass(name, code).c_str());
+        }
+        const std::wstring message = MessageAt(line, column + 1, info);
         // The call of an object that has failed because the script's own member did, below the place of that one.
         pending = !pending.empty() && code == pendingCode ? pending + L"\n" + message : message;
         pendingCode = code;
         // Not handled here: the caller, who may be an object that hands the error on to the script, gets its number.
         return E_FAIL;
+    }
+    // With the line itself; the first line is 0, the first column 1.
+    std::wstring MessageAt(size_t line, LONG column, EXCEPINFO& info) const {
+        const std::wstring place = path + L"(" + std::to_wstring(line + 1) + L", " + std::to_wstring(column) + L")";
+        const std::wstring shown = text.Line(line);
+        return Message(place, info) + (shown.empty() ? L"" : L"\n    " + shown);
     }
     STDMETHODIMP OnEnterScript() override { return S_OK; }
     STDMETHODIMP OnLeaveScript() override { return S_OK; }
@@ -112,6 +126,7 @@ public:
     }
 
     const std::wstring path;
+    ScriptText text;
     bool hasFailed = false;
 
 private:
@@ -135,7 +150,8 @@ private:
     ULONG references = 1;
 };
 
-Engine::Engine(const std::wstring& language, std::wstring path) : site(new Site(std::move(path))) {
+Engine::Engine(const std::wstring& language, std::wstring path)
+    : site(new Site(std::move(path))), isVBScript(language == L"VBScript") {
     CLSID clsid{};
     HRESULT result = CLSIDFromProgID(language.c_str(), &clsid);
     if (SUCCEEDED(result))
@@ -165,6 +181,7 @@ void Engine::AddObject(const wchar_t* name, IDispatch* object) {
 bool Engine::Run(const std::wstring& text) {
     const auto parse = Query<IActiveScriptParse>(script.Get(), IID_IActiveScriptParse);
     if (!parse) throw std::runtime_error("the script engine takes no text");
+    site->text = ScriptText(text);
     // In this order the text runs at once, and its failure is the result.
     HRESULT result = script->SetScriptState(SCRIPTSTATE_CONNECTED);
     if (SUCCEEDED(result))
@@ -175,13 +192,34 @@ bool Engine::Run(const std::wstring& text) {
     return !site->hasFailed;
 }
 
-void Engine::Call(const std::wstring& procedure, DISPPARAMS& parameters) {
+// A procedure with another number of parameters than the event has cannot be called; engines say no more than that.
+bool Engine::Takes(const std::wstring& procedure, std::span<const std::wstring> parameters) {
+    const auto declared = isVBScript ? site->text.FindProcedure(procedure) : std::nullopt;
+    if (!declared || declared->parameters == parameters.size()) return true;
+    std::wstring names;
+    for (const std::wstring& name : parameters) names += (names.empty() ? L" (" : L", ") + name;
+    const auto count = [](size_t number) {
+        return std::to_wstring(number) + (number == 1 ? L" argument" : L" arguments");
+    };
+    EXCEPINFO info{};
+    info.scode = DISP_E_BADPARAMCOUNT;
+    info.bstrDescription =
+        SysAllocString((procedure + L" takes " + count(declared->parameters) + L", but the event has " +
+                        count(parameters.size()) + names + (names.empty() ? L"." : L")."))
+                           .c_str());
+    site->Settle(true, site->MessageAt(declared->line, 1, info));
+    return false;
+}
+
+void Engine::Call(const std::wstring& procedure, std::span<const std::wstring> parameterNames,
+                  DISPPARAMS& parameters) {
     ComPtr<IDispatch> dispatch;
     if (FAILED(script->GetScriptDispatch(nullptr, dispatch.Out())) || !dispatch) return;
     std::wstring name = procedure;
     LPOLESTR names[] = {name.data()};
     DISPID dispid = 0;
     if (FAILED(dispatch->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &dispid))) return;
+    if (!Takes(procedure, parameterNames)) return;
 
     std::vector<Variant> arguments(parameters.cArgs);
     std::vector<VARIANT> passed(parameters.cArgs);

@@ -5,6 +5,7 @@
 
 #include <activscp.h>
 
+#include <span>
 #include <string>
 
 namespace dax {
@@ -25,14 +26,17 @@ public:
 
     // Calls a procedure of the script if it has one of this name. Arguments that the caller passed by reference come
     // back changed.
-    void Call(const std::wstring& procedure, DISPPARAMS& parameters);
+    void Call(const std::wstring& procedure, std::span<const std::wstring> parameterNames, DISPPARAMS& parameters);
 
     bool HasFailed() const;
 
 private:
     class Site;
+    bool Takes(const std::wstring& procedure, std::span<const std::wstring> parameters);
+
     ComPtr<IActiveScript> script;
     Site* site; // counted
+    bool isVBScript;
 };
 
 } // namespace dax

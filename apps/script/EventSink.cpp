@@ -40,11 +40,17 @@ EventSink* EventSink::Connect(Engine& engine, IUnknown* object, const std::wstri
     sink->events = attributes->guid;
     for (UINT i = 0; i < attributes->cFuncs; ++i) {
         FUNCDESC* function = nullptr;
-        BSTR name = nullptr;
         if (FAILED(events->GetFuncDesc(i, &function))) continue;
-        if (SUCCEEDED(events->GetDocumentation(function->memid, &name, nullptr, nullptr, nullptr)))
-            sink->procedures[function->memid] = prefix + ToWide(FromBstr(name));
-        SysFreeString(name);
+        // The event's own name, then those of its parameters.
+        std::vector<BSTR> names(static_cast<size_t>(function->cParams) + 1);
+        UINT known = 0;
+        if (SUCCEEDED(events->GetNames(function->memid, names.data(), static_cast<UINT>(names.size()), &known)) &&
+            known > 0) {
+            Procedure& procedure = sink->procedures[function->memid];
+            procedure.name = prefix + ToWide(FromBstr(names[0]));
+            for (size_t k = 1; k < names.size(); ++k) procedure.parameters.push_back(ToWide(FromBstr(names[k])));
+        }
+        for (const BSTR name : names) SysFreeString(name);
         events->ReleaseFuncDesc(function);
     }
     events->ReleaseTypeAttr(attributes);
@@ -87,8 +93,8 @@ HRESULT EventSink::Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS* paramet
     const auto found = procedures.find(dispid);
     if (found == procedures.end()) return DISP_E_MEMBERNOTFOUND;
     try {
-        const std::wstring procedure = found->second;
-        engine.Call(procedure, *parameters);
+        const Procedure procedure = found->second;
+        engine.Call(procedure.name, procedure.parameters, *parameters);
         return S_OK;
     } catch (...) {
         return E_FAIL;

@@ -6,6 +6,7 @@
 #include <ocidl.h>
 
 #include <map>
+#include <vector>
 
 namespace dax {
 
@@ -30,7 +31,11 @@ private:
 
     Engine& engine;
     IID events{};
-    std::map<DISPID, std::wstring> procedures;
+    struct Procedure {
+        std::wstring name;
+        std::vector<std::wstring> parameters;
+    };
+    std::map<DISPID, Procedure> procedures;
     ComPtr<IConnectionPoint> point;
     DWORD cookie = 0;
     ULONG references = 1;

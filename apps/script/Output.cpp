@@ -1,5 +1,6 @@
 #include "Output.h"
 
+#include "base/Secrets.h"
 #include "ocx/com/Variant.h"
 
 #include <windows.h>
@@ -28,7 +29,7 @@ void Print(DWORD stream, std::wstring_view text) {
 } // namespace
 
 void PrintLine(std::wstring_view text) { Print(STD_OUTPUT_HANDLE, text); }
-void PrintErrorLine(std::wstring_view text) { Print(STD_ERROR_HANDLE, text); }
+void PrintErrorLine(std::wstring_view text) { Print(STD_ERROR_HANDLE, ToWide(MaskPasswords(FromWide(text)))); }
 
 std::wstring ReadScript(const wchar_t* path) {
     const HANDLE file =

@@ -6,7 +6,7 @@
 
 namespace dax {
 
-// A line to the standard output or, for errors, the standard error; written at once.
+// A line to the standard output or, for errors and without passwords, the standard error; written at once.
 void PrintLine(std::wstring_view text);
 void PrintErrorLine(std::wstring_view text);
 

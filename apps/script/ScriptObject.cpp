@@ -1,5 +1,6 @@
 #include "ScriptObject.h"
 
+#include "Diagnosis.h"
 #include "Output.h"
 #include "ocx/com/Fault.h"
 #include "ocx/com/Variant.h"
@@ -58,12 +59,22 @@ long NumberOf(const VARIANT& value) {
     return number.lVal;
 }
 
+// What a script did wrong, in a sentence.
+class ScriptFault : public ComError {
+public:
+    ScriptFault(HRESULT code, std::wstring sentence) : ComError(code), text(std::move(sentence)) {}
+    const std::wstring& Sentence() const { return text; }
+
+private:
+    std::wstring text;
+};
+
 ComPtr<IUnknown> ObjectOf(const VARIANT& value) {
     Variant plain;
     Check(VariantCopyInd(&plain, const_cast<VARIANT*>(&value)));
-    if (plain.vt != VT_DISPATCH && plain.vt != VT_UNKNOWN) throw ComError(DISP_E_TYPEMISMATCH);
-    auto identity = Query<IUnknown>(plain.punkVal, IID_IUnknown);
-    if (!identity) throw ComError(E_INVALIDARG);
+    const bool isObject = plain.vt == VT_DISPATCH || plain.vt == VT_UNKNOWN;
+    auto identity = isObject ? Query<IUnknown>(plain.punkVal, IID_IUnknown) : ComPtr<IUnknown>();
+    if (!identity) throw ScriptFault(DISP_E_TYPEMISMATCH, L"The first argument is not an object.");
     return identity;
 }
 
@@ -72,8 +83,12 @@ void Give(Variant value, VARIANT* result) {
     if (result) std::swap(*result, static_cast<VARIANT&>(value));
 }
 
-void Expect(size_t count, size_t least, size_t most) {
-    if (count < least || count > most) throw ComError(DISP_E_BADPARAMCOUNT);
+void Expect(const wchar_t* member, size_t count, size_t least, size_t most) {
+    if (count >= least && count <= most) return;
+    throw ScriptFault(DISP_E_BADPARAMCOUNT, std::wstring(member) + L" takes " + std::to_wstring(least) +
+                                                (least == most ? L"" : L" to " + std::to_wstring(most)) +
+                                                (most == 1 ? L" argument, not " : L" arguments, not ") +
+                                                std::to_wstring(count) + L".");
 }
 
 } // namespace
@@ -164,6 +179,10 @@ HRESULT ScriptObject::Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS* para
             *exception = {};
             exception->scode = error.Code();
             exception->bstrSource = SysAllocString(L"WScript");
+            if (const auto* fault = dynamic_cast<const ScriptFault*>(&error)) {
+                exception->bstrDescription = SysAllocString(fault->Sentence().c_str());
+                return DISP_E_EXCEPTION;
+            }
             wchar_t* text = nullptr;
             FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
                            nullptr, static_cast<DWORD>(error.Code()), 0, reinterpret_cast<LPWSTR>(&text), 0, nullptr);
@@ -187,14 +206,14 @@ void ScriptObject::Echo(const Arguments& arguments) {
 
 // At once: a script that goes on after errors must not go on after this.
 void ScriptObject::Quit(const Arguments& arguments) {
-    Expect(arguments.size(), 0, 1);
+    Expect(L"Quit", arguments.size(), 0, 1);
     const long code = arguments.empty() ? 0 : NumberOf(arguments[0]);
     Close();
     ExitProcess(static_cast<UINT>(code == 0 && engine.HasFailed() ? 1 : code));
 }
 
 void ScriptObject::Sleep(const Arguments& arguments) {
-    Expect(arguments.size(), 1, 1);
+    Expect(L"Sleep", arguments.size(), 1, 1);
     const ULONGLONG end = GetTickCount64() + static_cast<ULONGLONG>(std::max(0L, NumberOf(arguments[0])));
     for (;;) {
         PumpMessages();
@@ -205,28 +224,31 @@ void ScriptObject::Sleep(const Arguments& arguments) {
 }
 
 void ScriptObject::CreateObject(const Arguments& arguments, VARIANT* result) {
-    Expect(arguments.size(), 1, 2);
+    Expect(L"CreateObject", arguments.size(), 1, 2);
+    const std::wstring name = TextOf(arguments[0]);
     CLSID clsid{};
-    Check(CLSIDFromProgID(TextOf(arguments[0]).c_str(), &clsid));
     ComPtr<IDispatch> object;
-    Check(
-        CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, IID_IDispatch, object.OutVoid()));
+    HRESULT made = CLSIDFromProgID(name.c_str(), &clsid);
+    if (SUCCEEDED(made))
+        made = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, IID_IDispatch,
+                                object.OutVoid());
+    if (FAILED(made)) throw ScriptFault(made, DescribeMissingClass(name, made));
     Variant created(object.Get());
     if (arguments.size() == 2) ConnectObject({created, arguments[1]});
     Give(std::move(created), result);
 }
 
 void ScriptObject::ConnectObject(const Arguments& arguments) {
-    Expect(arguments.size(), 2, 2);
+    Expect(L"ConnectObject", arguments.size(), 2, 2);
     ComPtr<IUnknown> object = ObjectOf(arguments[0]);
     EventSink* sink = EventSink::Connect(engine, object.Get(), TextOf(arguments[1]));
-    if (!sink) throw ComError(DISP_E_TYPEMISMATCH); // it raises no events
+    if (!sink) throw ScriptFault(DISP_E_TYPEMISMATCH, L"The object raises no events that a script can hear.");
     connections.push_back({std::move(object), ComPtr<EventSink>(sink)});
     sink->Release();
 }
 
 void ScriptObject::DisconnectObject(const Arguments& arguments) {
-    Expect(arguments.size(), 1, 1);
+    Expect(L"DisconnectObject", arguments.size(), 1, 1);
     const ComPtr<IUnknown> object = ObjectOf(arguments[0]);
     std::vector<Connection> former;
     for (const Connection& connection : connections)
@@ -237,24 +259,27 @@ void ScriptObject::DisconnectObject(const Arguments& arguments) {
 }
 
 void ScriptObject::ShowControl(const Arguments& arguments) {
-    Expect(arguments.size(), 2, 2);
+    Expect(L"ShowControl", arguments.size(), 2, 2);
     const ComPtr<IUnknown> object = ObjectOf(arguments[0]);
     windows.push_back(std::make_unique<ControlWindow>(object.Get(), TextOf(arguments[1])));
 }
 
 void ScriptObject::Press(const Arguments& arguments) {
-    Expect(arguments.size(), 2, 2);
+    Expect(L"Press", arguments.size(), 2, 2);
     const ComPtr<IUnknown> object = ObjectOf(arguments[0]);
     const auto shown = std::find_if(windows.begin(), windows.end(),
                                     [&object](const auto& window) { return window->Control() == object.Get(); });
-    if (shown == windows.end()) throw ComError(E_UNEXPECTED); // it has no window
+    if (shown == windows.end()) throw ScriptFault(E_UNEXPECTED, L"ShowControl has given the object no window.");
     (*shown)->Press(TextOf(arguments[1]));
 }
 
 void ScriptObject::Argument(const Arguments& arguments, VARIANT* result) {
-    Expect(arguments.size(), 1, 1);
+    Expect(L"Arguments", arguments.size(), 1, 1);
     const long index = NumberOf(arguments[0]);
-    if (index < 0 || static_cast<size_t>(index) >= scriptArguments.size()) throw ComError(DISP_E_BADINDEX);
+    if (index < 0 || static_cast<size_t>(index) >= scriptArguments.size())
+        throw ScriptFault(DISP_E_BADINDEX, L"There is no argument " + std::to_wstring(index) +
+                                               L"; the script was given " + std::to_wstring(scriptArguments.size()) +
+                                               L".");
     Give(Variant(TextView(FromWide(scriptArguments[static_cast<size_t>(index)]))), result);
 }
 

@@ -21,10 +21,30 @@ std::wstring LanguageOf(const std::wstring& path) {
     return {};
 }
 
+constexpr const wchar_t* Help =
+    L"usage: daxscript FILE.vbs|FILE.js [ARGUMENTS]\n\n"
+    L"Runs a script in VBScript or JScript (UTF-8, or UTF-16 with its mark) that may listen to the events of the\n"
+    L"objects it creates. An error ends it, or the procedure for an event in which it happens, and is printed with "
+    L"its\n"
+    L"file, line and column.\n\n"
+    L"  WScript.Echo VALUE...                   prints the values in one line\n"
+    L"  WScript.Quit [CODE]                     ends at once, with this exit code\n"
+    L"  WScript.Sleep MILLISECONDS              waits; events are heard meanwhile\n"
+    L"  WScript.CreateObject(CLASS [, PREFIX])  an object; its events call the procedures PREFIX + event\n"
+    L"  WScript.ConnectObject OBJECT, PREFIX    the same for an object that is there\n"
+    L"  WScript.DisconnectObject OBJECT         no event of it is heard any more\n"
+    L"  WScript.Arguments(INDEX)                an argument of the script, from 0\n"
+    L"  WScript.ArgumentCount                   how many there are\n"
+    L"  WScript.ScriptFullName                  the script's own path\n"
+    L"  WScript.ShowControl CONTROL, TITLE      shows a control in a window of its own\n"
+    L"  WScript.Press CONTROL, KEY              presses a key in it: Down, Space, Ctrl+Home, ...\n\n"
+    L"docs/daxscript.md explains them. Exit code: what the script quits with; 1 when it fails, 2 when there is no\n"
+    L"such script.";
+
 int RunScript(const std::wstring& path, std::vector<std::wstring> arguments) {
     const std::wstring language = LanguageOf(path);
     if (language.empty()) {
-        PrintErrorLine(path + L": only .vbs and .js scripts can be run");
+        PrintErrorLine(path + L": only .vbs and .js scripts can be run. 'daxscript --help' tells more.");
         return 2;
     }
     std::wstring text;
@@ -49,9 +69,10 @@ int RunScript(const std::wstring& path, std::vector<std::wstring> arguments) {
 
 int wmain(int count, wchar_t** words) {
     using namespace dax;
-    if (count < 2) {
-        PrintErrorLine(L"usage: daxscript FILE.vbs|FILE.js [ARGUMENTS]");
-        return 2;
+    const std::wstring first = count < 2 ? L"" : words[1];
+    if (count < 2 || first == L"--help" || first == L"-h" || first == L"/?") {
+        (count < 2 ? PrintErrorLine : PrintLine)(Help);
+        return count < 2 ? 2 : 0;
     }
     OleInitialize(nullptr);
     int code = 1;

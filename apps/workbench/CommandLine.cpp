@@ -1,5 +1,7 @@
 #include "CommandLine.h"
 
+#include "Input.h"
+
 #include <windows.h>
 
 namespace dax::workbench {
@@ -30,7 +32,10 @@ Options ParseArguments(const std::vector<std::wstring>& arguments) {
             options.file = argument;
         } else {
             // What follows a connection string may be the rest of its password.
-            options.problem = L"Only one file can be opened. A path or connection string with blanks needs quotes.";
+            options.problem =
+                L"Only one file can be opened" + (HidePassword(options.file) == options.file
+                                                      ? L"; there is also " + argument + L"."
+                                                      : L". A connection string with blanks needs quotes.");
             return options;
         }
     }

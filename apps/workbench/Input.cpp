@@ -75,9 +75,11 @@ bool IsFile(const std::wstring& text) {
 }
 
 std::wstring ConnectionFor(const std::wstring& text) {
-    if (const auto hidden = Hidden().find(text); hidden != Hidden().end()) return hidden->second;
-    if (!IsFile(text)) return text;
-    const std::wstring path = AbsolutePath(text);
+    const auto hidden = Hidden().find(text);
+    const std::wstring& whole = hidden == Hidden().end() ? text : hidden->second;
+    // An address is no path; whoever opens it says what to give instead.
+    if (!IsFile(whole) || whole.find(L"://") != std::wstring::npos) return whole;
+    const std::wstring path = AbsolutePath(whole);
     if (HasExtension(path, L".mdb") || HasExtension(path, L".accdb"))
         return L"Provider=Microsoft.ACE.OLEDB.12.0;Data Source=\"" + path + L"\"";
     return path;
