@@ -107,8 +107,8 @@ TEST(StreamsTest, ReadsWhatIsTextAndRefusesTheRest) {
 // on: until then the program waits for the full pipe.
 Outcome Interrupt(const TempFolder& folder, const std::vector<std::string>& words, const std::string& mark,
                   int signal) {
-    int errors[2];
-    if (pipe(errors) != 0) return {};
+    int errors[2], input[2]; // nothing is ever typed
+    if (pipe(errors) != 0 || pipe(input) != 0) return {};
     const std::string program = ProgramPath().string();
     std::vector<char*> arguments = {const_cast<char*>("dax")};
     for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
@@ -117,6 +117,7 @@ Outcome Interrupt(const TempFolder& folder, const std::vector<std::string>& word
     if (child == 0) {
         std::signal(signal, SIG_DFL);
         dup2(errors[1], STDERR_FILENO);
+        dup2(input[0], STDIN_FILENO);
         close(errors[0]);
         if (chdir(folder.Path().c_str()) == 0) execv(program.c_str(), arguments.data());
         _exit(127);
@@ -131,7 +132,7 @@ Outcome Interrupt(const TempFolder& folder, const std::vector<std::string>& word
         kill(child, signal);
         isSent = true;
     }
-    close(errors[0]);
+    for (const int end : {errors[0], input[0], input[1]}) close(end);
     int status = 0;
     waitpid(child, &status, 0);
     outcome.exitCode = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
