@@ -3,7 +3,7 @@
 #include "Console.h"
 #include "Course.h"
 #include "Json.h"
-#include "lessonmap/FoldCase.h"
+#include "base/TextComparison.h"
 #include "tree/modTVW.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "Suggestion.h"
 
-#include "lessonmap/FoldCase.h"
+#include "base/TextComparison.h"
 
 #include <algorithm>
 

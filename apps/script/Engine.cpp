@@ -211,8 +211,7 @@ bool Engine::Takes(const std::wstring& procedure, std::span<const std::wstring> 
     return false;
 }
 
-void Engine::Call(const std::wstring& procedure, std::span<const std::wstring> parameterNames,
-                  DISPPARAMS& parameters) {
+void Engine::Call(const std::wstring& procedure, std::span<const std::wstring> parameterNames, DISPPARAMS& parameters) {
     ComPtr<IDispatch> dispatch;
     if (FAILED(script->GetScriptDispatch(nullptr, dispatch.Out())) || !dispatch) return;
     std::wstring name = procedure;
