@@ -155,9 +155,9 @@ HRESULT NodeObject::get_Index(LONG* value) {
 
 HRESULT NodeObject::get_FullPath(BSTR* value) {
     return Answer(value, [this] {
-        std::vector<TextView> captions;
+        std::vector<Text> captions;
         for (const Node* each = &Mine(); each; each = each->Parent()) captions.push_back(each->Caption());
-        Text path(captions.back());
+        Text path = captions.back();
         for (auto caption = captions.rbegin() + 1; caption != captions.rend(); ++caption) {
             path += u'\\';
             path += *caption;
