@@ -112,7 +112,7 @@ std::vector<ControlCase> MakeCases() {
     map.keys = {{VK_DOWN, 2}, {VK_UP, 2}, {VK_END, 2}, {VK_DELETE, 5}};
 
     editor.kept = {{L"AllowDragDrop", no}, {L"Locked", yes}, {L"SingleExpand", yes}};
-    map.kept = {{L"AllowDragDrop", no}, {L"CaptionStyle", Variant(1)}, {L"Checkboxes", yes}, {L"Locked", yes}};
+    map.kept = {{L"AllowDragDrop", no}, {L"CaptionStyle", Variant(7)}, {L"Checkboxes", yes}, {L"Locked", yes}};
     map.kept.push_back({L"ShowDefaultMapOnly", yes});
 
     picker.events = {{1, LoadsFor(u"admin")}, {1, LoadsFor(u"stranger")}, {1, Presses(VK_DOWN)}};
