@@ -17,10 +17,6 @@ StatementObserver& Observer() {
     return observer;
 }
 
-void Observe(TextView statement) {
-    if (const StatementObserver& observer = Observer()) observer(statement);
-}
-
 // What the string means on this machine. The manager reads its files several times for each driver that it names, so
 // they are asked for once, and again when the one that is wanted was not among them.
 ConnectionTarget TargetHere(const Text& connectionString, Engine engine = Engine::Other) {
@@ -43,6 +39,10 @@ ConnectionTarget TargetHere(const Text& connectionString, Engine engine = Engine
 } // namespace
 
 void SetStatementObserver(StatementObserver observer) { Observer() = std::move(observer); }
+
+void Observe(TextView statement) {
+    if (const StatementObserver& observer = Observer()) observer(statement);
+}
 
 void Statement::Execute(TextView statement, std::span<const Value> parameters, std::span<const int> codes) {
     const Dialect& dialect = Quirks();

@@ -12,6 +12,9 @@
 
 namespace dax {
 
+// Tells the observer; whatever sends a statement that did not come through Statement calls it.
+void Observe(TextView statement);
+
 // How the values of a column are to be read; what does not fit stays a text.
 enum class FieldType { Text, Boolean, Integer, Fraction, Date };
 

@@ -66,6 +66,8 @@ TEST(CatalogConnectionTest, KeepsTheServerAndReplacesTheRest) {
         {u"Driver={SQLite3};Database=/srv/all.db", u"course", u"", u"Driver={SQLite3};Database=/srv/course.db;"},
         {u"Driver=D;Server=h;Database=c;UID=me;PWD=old;X=y", u"a;b", u"you",
          u"Driver={D};Server=h;X=y;Database={a;b};UID=you;PWD={p}}w};"},
+        {u"Provider=MSDASQL;Extended Properties='DSN=s;UID=me;Database=c';Initial Catalog=d", u"a", u"you",
+         u"DSN=s;Provider=MSDASQL;Database=a;UID=you;PWD={p}}w};"},
         {u"Driver=D;database=c;uid=me;pwd=old", u"a", u"", u"Driver={D};uid=me;pwd=old;Database=a;"},
         {u"Provider=SQLOLEDB;Data Source=h;Initial Catalog=c;Integrated Security=SSPI", u"a", u"you",
          u"Provider=SQLOLEDB;Data Source=h;Initial Catalog=a;User ID=you;Password={p}}w};"},

@@ -17,6 +17,7 @@ Machine Having(const std::vector<Text>& drivers) {
                                                   : u"");
             },
             [](TextView source, TextView keyword) {
+                if (source == u"books" && keyword == u"AB") return Text(u"9");
                 if (source != u"course") return Text();
                 return Text(keyword == u"Database"     ? u"srv/course.db"
                             : keyword == u"Timeout"    ? u"700"
@@ -78,7 +79,7 @@ TEST(ConnectionStringTest, ServerStringsBecomeOdbcStrings) {
          u"Password=p+;Protocol=7.4-0;UID=v",
          {},
          Engine::PostgreSQL,
-         u"DSN=books;UID=v;PWD={p+};" + postgres + u"AB=0;"},
+         u"DSN=books;UID=v;PWD={p+};" + postgres + u"AB=1;"},
         {u"Provider=MSDASQL;Extended Properties=\"Driver={MariaDB Unicode};Server=h;Option=4194307;Charset=latin1;"
          u"UID=a;PWD=b;Database=c\";User ID=u;Password={p }}};Initial Catalog=d;Connect Timeout=3",
          {},

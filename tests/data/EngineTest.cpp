@@ -249,12 +249,19 @@ TEST_P(DataTest, ManyStatementsGiveWhatOneByOneGives) {
     statements.push_back(u"UPDATE things SET story = " + modDB::QuoteSQLString(Text(600'000, u'\'')) +
                          u" WHERE thingID = '7'");
     statements.push_back(u"UPDATE things SET story = 'last' WHERE thingID = '8'");
-    SetStatementObserver([&](TextView statement) { sent.emplace_back(statement); });
     std::vector<size_t> heard;
-    connection.BeginTrans();
-    connection.ExecuteAll(statements, [&](size_t done) { heard.push_back(done); });
-    connection.CommitTrans();
+    const StatementObserver observer = [&](TextView statement) { sent.emplace_back(statement); };
+    SetStatementObserver(observer);
+    connection.Close();
+    connection.Open(database->ConnectionString());
+    EXPECT_GT(sent.size(), 1U) << "what opening sends";
     SetStatementObserver({});
+    connection.BeginTrans();
+    sent.clear();
+    SetStatementObserver(observer);
+    connection.ExecuteAll(statements, [&](size_t done) { heard.push_back(done); });
+    SetStatementObserver({});
+    connection.CommitTrans();
     EXPECT_EQ(sent.size(), statements.size());
     EXPECT_NE(sent[0].find(u"'2024-05-06 01:02:03'"), Text::npos);
     EXPECT_EQ(heard.back(), statements.size());

@@ -90,12 +90,6 @@ TEST_P(ServerTest, AWrongPasswordAMissingCatalogAndAStoppedServer) {
     const Error server = FailureOfOpen(With(good, u"Port", u"1")); // nothing listens there
     EXPECT_EQ(server.Number(), ErrorNumbers::Unspecified) << server.what();
     EXPECT_FALSE(server.Description().empty());
-    Text sent;
-    SetStatementObserver([&](TextView statement) { sent += statement; });
-    Connection().Open(good);
-    SetStatementObserver({});
-    EXPECT_NE(sent.find(GetParam() == Engine::MariaDB ? u"lock_wait_timeout = 2" : u"lock_timeout = 2000"), Text::npos)
-        << ToUtf8(sent);
 }
 
 TEST_P(ServerTest, NamesAndPasswordsOfEveryKind) {
@@ -198,6 +192,10 @@ TEST_P(ServerTest, OptionsOfTheHostSpoilNothing) {
             EXPECT_TRUE(rows.Eof());
         }
     }
+    if (isMariaDB) return;
+    // A server that does not read a backslash as told: its length is another here.
+    database->Run({u"CREATE FUNCTION length(text) RETURNS integer LANGUAGE sql AS 'SELECT 1'"});
+    EXPECT_TRUE(Tells(FailureOfOpen(plain + u";ConnSettings={SET search_path = public, pg_catalog}"), "backslash"));
 }
 
 #ifdef __linux__

@@ -72,6 +72,7 @@ void SQLiteConnection::Apply(const FileSettings& settings) {
 }
 
 void SQLiteConnection::Run(const char* statement) {
+    Observe(FromUtf8(statement));
     StartWork();
     Check(sqlite3_exec(file.get(), statement, nullptr, nullptr, nullptr));
 }
@@ -127,7 +128,8 @@ void SQLiteConnection::Rollback() {
 
 std::vector<Text> SQLiteConnection::KeyColumns(const Text& table) {
     SQLiteStatement keys(*this);
-    keys.RunUnobserved(u"SELECT name FROM pragma_table_info(?) WHERE pk > 0 ORDER BY pk", table);
+    const Value name = table;
+    keys.Execute(u"SELECT name FROM pragma_table_info(?) WHERE pk > 0 ORDER BY pk", {&name, 1});
     std::vector<Text> columns;
     keys.OpenRows();
     while (keys.Next()) columns.emplace_back(keys.FieldText(0));

@@ -133,11 +133,6 @@ bool SQLiteStatement::RunRepeated(TextView text) {
     return true;
 }
 
-void SQLiteStatement::RunUnobserved(TextView statement, const Value& parameter) {
-    Close();
-    Run(statement, {&parameter, 1}, {});
-}
-
 SQLiteStatementHandle SQLiteStatement::Compile(TextView text, unsigned flags) {
     ToUtf8(text, utf8);
     sqlite3_stmt* made = nullptr;

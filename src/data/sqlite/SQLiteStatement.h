@@ -13,9 +13,6 @@ public:
     SQLiteStatement(const SQLiteStatement&) = delete;
     SQLiteStatement& operator=(const SQLiteStatement&) = delete;
 
-    // A statement of ours, which nobody shall hear.
-    void RunUnobserved(TextView statement, const Value& parameter);
-
     int64_t RowCount() const override { return changes; }
     const std::vector<Column>& OpenRows() override;
     bool Next() override;
