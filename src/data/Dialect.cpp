@@ -35,10 +35,14 @@ constexpr SessionSetting serverSettings[] = {
 };
 
 constexpr SessionSetting postgresSettings[] = {
-    {.statement = u"SET standard_conforming_strings = on", .isProbed = true},
-    {.statement = u"SET client_encoding = 'UTF8'"},
-    {.statement = u"SET DateStyle = 'ISO, YMD'"},
-    {.statement = u"SET lock_timeout = 2000", .otherwise = u"SET statement_timeout = 30000"},
+    {.statement = u"SET standard_conforming_strings = on",
+     .asQuery = u"SELECT set_config('standard_conforming_strings', 'on', false)",
+     .isProbed = true},
+    {.statement = u"SET client_encoding = 'UTF8'", .asQuery = u"SELECT set_config('client_encoding', 'UTF8', false)"},
+    {.statement = u"SET DateStyle = 'ISO, YMD'", .asQuery = u"SELECT set_config('DateStyle', 'ISO, YMD', false)"},
+    {.statement = u"SET lock_timeout = 2000",
+     .otherwise = u"SET statement_timeout = 30000",
+     .asQuery = u"SELECT set_config('lock_timeout', '2000', false)"},
 };
 
 constexpr SessionSetting mariaSettings[] = {

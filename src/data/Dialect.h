@@ -20,8 +20,9 @@ struct DriverOption {
 // A statement that a session begins with, for the same reason.
 struct SessionSetting {
     TextView statement;
-    TextView otherwise = {}; // where the engine does not know it; empty: it cannot be done without
-    bool isProbed = false;   // or the probe tells whether it can
+    TextView otherwise = {}; // where the engine does not know it
+    TextView asQuery = {};   // where the driver was told to let only queries through
+    bool isProbed = false;   // when all are refused, the probe tells whether it can be done without
 };
 
 // Which values stand between braces in a string for the driver, and which it cannot be told at all.

@@ -8,16 +8,22 @@ namespace dax {
 
 namespace {
 
-Error FailureOfOpen(const Text& connectionString) {
-    Connection connection;
+template <typename Action>
+Error FailureOf(Action action) {
     try {
-        connection.Open(connectionString);
+        action();
     } catch (const Error& error) {
-        EXPECT_FALSE(connection.IsOpen());
         return error;
     }
-    ADD_FAILURE() << "opened: " << ToUtf8(connectionString);
+    ADD_FAILURE() << "no error";
     return {0, u""};
+}
+
+Error FailureOfOpen(const Text& connectionString) {
+    Connection connection;
+    const Error error = FailureOf([&] { connection.Open(connectionString); });
+    EXPECT_FALSE(connection.IsOpen()) << ToUtf8(connectionString);
+    return error;
 }
 
 bool Tells(const Error& error, const std::string& words) {
@@ -193,6 +199,9 @@ TEST_P(ServerTest, OptionsOfTheHostSpoilNothing) {
         }
     }
     if (isMariaDB) return;
+    Connection reader; // lets no setting through as such
+    reader.Open(plain + u";ReadOnly=1");
+    EXPECT_TRUE(Tells(FailureOf([&] { reader.Execute(u"DELETE FROM t"); }), "readonly"));
     // A server that does not read a backslash as told: its length is another here.
     database->Run({u"CREATE FUNCTION length(text) RETURNS integer LANGUAGE sql AS 'SELECT 1'"});
     EXPECT_TRUE(Tells(FailureOfOpen(plain + u";ConnSettings={SET search_path = public, pg_catalog}"), "backslash"));

@@ -108,17 +108,21 @@ void OdbcConnection::RunSettings(OdbcStatement& statement) {
         }
     }
     for (const SessionSetting& setting : settings) {
-        try {
-            statement.Execute(setting.statement);
-        } catch (const Error& error) {
-            if (setting.isProbed) continue;
-            if (setting.otherwise.empty())
-                throw Error(
-                    ErrorNumbers::Unspecified,
-                    u"The server refuses a setting without which texts, dates or transactions could be wrong: " +
-                        Text(setting.statement) + u". It says: " + error.Description());
-            statement.Execute(setting.otherwise);
+        Text refusal;
+        bool isDone = false;
+        for (const TextView form : {setting.statement, setting.otherwise, setting.asQuery}) {
+            if (isDone || form.empty()) continue;
+            try {
+                statement.Execute(form);
+                isDone = true;
+            } catch (const Error& error) {
+                if (refusal.empty()) refusal = error.Description();
+            }
         }
+        if (!isDone && !setting.isProbed)
+            throw Error(ErrorNumbers::Unspecified,
+                        u"The server refuses a setting without which texts, dates or transactions could be wrong: " +
+                            Text(setting.statement) + u". It says: " + refusal);
     }
 }
 
