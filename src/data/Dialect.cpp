@@ -54,6 +54,11 @@ constexpr SessionSetting mariaSettings[] = {
     {.statement = u"SET autocommit = 1, sql_select_limit = 18446744073709551615"},
     {.statement = u"SET innodb_lock_wait_timeout = 2, lock_wait_timeout = 2",
      .otherwise = u"SET lock_wait_timeout = 2"},
+    // On a node of a cluster, reading waits for what was committed on the others. A node that has lost touch with them
+    // would call that a lock; without waiting it says what is wrong. A server without clusters lacks the variable.
+    {.statement = u"SET wsrep_sync_wait = IF(@@wsrep_on, (SELECT VARIABLE_VALUE = 'ON' FROM "
+                  u"information_schema.GLOBAL_STATUS WHERE VARIABLE_NAME = 'wsrep_ready'), 0)",
+     .otherwise = u"SET autocommit = 1"},
 };
 
 // Waiting for a lock ends after two seconds everywhere, so that a control never hangs on another user's work.

@@ -14,7 +14,7 @@ std::string OwnServer::WhyNot() {
     return std::getenv("DAX_TEST_ROOT") ? "" : "DAX_TEST_ROOT does not tell where tools/servers is";
 }
 
-OwnServer::OwnServer() {
+OwnServer::OwnServer(Kind kind) {
     const std::string tool = std::getenv("DAX_TEST_ROOT") + std::string("/tools/servers");
     const std::string place = folder.Path().string();
     // The tool's input ends when we do, whatever the reason; then it stops the server.
@@ -25,15 +25,20 @@ OwnServer::OwnServer() {
         setsid(); // what ends the test's whole group must not end the tool before it has stopped the server
         dup2(ends[1], STDIN_FILENO);
         dup2(ends[1], STDOUT_FILENO);
-        execl(tool.c_str(), tool.c_str(), "own", place.c_str(), nullptr);
+        if (kind == Kind::Cluster)
+            execl(tool.c_str(), tool.c_str(), "own", "--cluster", place.c_str(), nullptr);
+        else
+            execl(tool.c_str(), tool.c_str(), "own", place.c_str(), nullptr);
         _exit(127);
     }
     close(ends[1]);
     channel = ends[0];
     answers = fdopen(channel, "r");
-    const std::string line = ReadLine();
-    const size_t begin = line.find('\'') + 1;
-    connectionString = FromUtf8(line.substr(begin, line.rfind('\'') - begin));
+    for (int left = kind == Kind::Cluster ? 3 : 1; left > 0; --left) {
+        const std::string line = ReadLine();
+        const size_t begin = line.find('\'') + 1;
+        connectionStrings.push_back(FromUtf8(line.substr(begin, line.rfind('\'') - begin)));
+    }
 }
 
 OwnServer::~OwnServer() {

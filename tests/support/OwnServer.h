@@ -1,4 +1,4 @@
-// A PostgreSQL server of a test's own, to be stopped in the midst of things and started again.
+// A server of a test's own, or a cluster of three nodes, to be stopped in the midst of things and started again.
 #pragma once
 
 #ifndef _WIN32
@@ -13,17 +13,22 @@ namespace dax::test {
 // server does not do as it is told.
 class OwnServer {
 public:
+    enum class Kind { PostgreSQL, Cluster };
     // Why there can be none; empty when there can.
     static std::string WhyNot();
-    OwnServer();
+    explicit OwnServer(Kind kind = Kind::PostgreSQL);
     ~OwnServer();
     OwnServer(const OwnServer&) = delete;
     OwnServer& operator=(const OwnServer&) = delete;
 
-    // The administrator's.
-    const Text& ConnectionString() const { return connectionString; }
+    // The administrator's; of a cluster, that of a node, from 1.
+    const Text& ConnectionString(int node = 1) const { return connectionStrings.at(static_cast<size_t>(node) - 1); }
     void Stop() { Order("stop\n"); } // at once, as if the power failed
     void Start() { Order("start\n"); }
+    void KillNode(int node) { Order("kill " + std::to_string(node) + "\n"); }
+    void StartNode(int node) { Order("start " + std::to_string(node) + "\n"); }
+    // What is left of a cluster that has lost most of its nodes goes on from this one.
+    void GoOnFrom(int node) { Order("bootstrap " + std::to_string(node) + "\n"); }
 
 private:
     std::string ReadLine();
@@ -32,7 +37,7 @@ private:
     TempFolder folder;
     int child = 0, channel = -1;
     FILE* answers = nullptr;
-    Text connectionString;
+    std::vector<Text> connectionStrings;
 };
 
 } // namespace dax::test

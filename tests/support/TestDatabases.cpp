@@ -119,6 +119,10 @@ TestDatabase::~TestDatabase() {
     }
 }
 
+Text TestDatabase::ConnectionStringThrough(const Text& administratorsString) const {
+    return WithDatabase(administratorsString, name);
+}
+
 void TestDatabase::Run(const std::vector<Text>& statements) const {
     Connection connection;
     connection.Open(connectionString);

@@ -46,6 +46,8 @@ public:
 
     Engine Kind() const { return engine; }
     const Text& ConnectionString() const { return connectionString; }
+    // The same database through another administrator's string: another node of the cluster.
+    Text ConnectionStringThrough(const Text& administratorsString) const;
     // The catalog's name, or the path of the file.
     const Text& Name() const { return name; }
     // Runs statements on a connection of its own.

@@ -49,6 +49,49 @@ constexpr Rule rules[] = {
     {Engine::Other, u"HYT", 0, u"", ErrorNumbers::Timeout},
 };
 
+// What the engine's own words do not tell a person: what has happened to his work, and what he can do.
+struct Advice {
+    Engine engine;     // Other: every engine
+    TextView state;    // the beginning of the SQLSTATE; empty: any
+    SQLINTEGER native; // 0: any
+    TextView fragment; // of the message; empty: any
+    TextView sentence;
+};
+
+constexpr TextView metAnother =
+    u"Another transaction changed the same rows at the same moment, so the server has taken "
+    u"this one back. Try again, or load again to see what has changed.";
+constexpr TextView lostServer =
+    u"The connection to the server was lost, and with it what was not committed. Check that "
+    u"the server is running and can be reached, and try again.";
+constexpr Advice advices[] = {
+    {Engine::MariaDB, u"", 1213, u"", metAnother},
+    {Engine::MariaDB, u"", 0, u"Deadlock found", metAnother},
+    {Engine::PostgreSQL, u"40", 0, u"", metAnother},
+    {Engine::MariaDB, u"", 1047, u"",
+     u"This server has lost touch with most of its cluster and takes no statements until it is back. Connect to "
+     u"another "
+     u"node, or ask the administrator."},
+    {Engine::MariaDB, u"", 2006, u"", lostServer},
+    {Engine::MariaDB, u"", 2013, u"", lostServer},
+    {Engine::PostgreSQL, u"57P0", 0, u"", lostServer},
+    {Engine::PostgreSQL, u"", 0, u"server closed the connection", lostServer},
+    {Engine::Other, u"08S01", 0, u"", lostServer},
+};
+
+template <typename Rule>
+bool Fits(const Rule& rule, const Diagnostic& diagnostic, Engine engine) {
+    return (rule.engine == Engine::Other || rule.engine == engine) && diagnostic.state.starts_with(rule.state) &&
+           (rule.native == 0 || rule.native == diagnostic.native) &&
+           (rule.fragment.empty() || diagnostic.message.find(rule.fragment) != Text::npos);
+}
+
+Text WithAdvice(const Diagnostic& diagnostic, Engine engine) {
+    for (const Advice& advice : advices)
+        if (Fits(advice, diagnostic, engine)) return Text(advice.sentence) + u" (" + diagnostic.message + u")";
+    return diagnostic.message;
+}
+
 Text WithoutLayers(TextView message) {
     while (!message.empty() && message.front() == u'[') {
         const size_t end = message.find(u']');
@@ -97,10 +140,7 @@ Diagnostic ReadDiagnostic(SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dia
 
 int32_t NumberOf(const Diagnostic& diagnostic, Engine engine) {
     for (const Rule& rule : rules)
-        if ((rule.engine == Engine::Other || rule.engine == engine) && diagnostic.state.starts_with(rule.state) &&
-            (rule.native == 0 || rule.native == diagnostic.native) &&
-            (rule.fragment.empty() || diagnostic.message.find(rule.fragment) != Text::npos))
-            return rule.number;
+        if (Fits(rule, diagnostic, engine)) return rule.number;
     return ErrorNumbers::Unspecified;
 }
 
@@ -131,7 +171,11 @@ void ThrowOdbcError(SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dialect) 
     Diagnostic diagnostic = ReadDiagnostic(kind, handle, dialect);
     if (diagnostic.message.empty())
         diagnostic.message = u"The ODBC driver for " + Text(dialect.name) + u" failed without saying why.";
-    throw Error(NumberOf(diagnostic, dialect.engine), diagnostic.message);
+    ThrowDiagnostic(diagnostic, dialect.engine);
+}
+
+void ThrowDiagnostic(const Diagnostic& diagnostic, Engine engine) {
+    throw Error(NumberOf(diagnostic, engine), WithAdvice(diagnostic, engine));
 }
 
 } // namespace dax

@@ -19,6 +19,8 @@ int32_t NumberOf(const Diagnostic& diagnostic, Engine engine);
 // True when the manager found no such driver or could not load it.
 bool DriverIsMissing(const Diagnostic& diagnostic);
 
+// The driver's words, after what a person can do where these do not tell.
+[[noreturn]] void ThrowDiagnostic(const Diagnostic& diagnostic, Engine engine);
 [[noreturn]] void ThrowOdbcError(SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dialect);
 
 // Why a connection could not be opened. Hosts know three answers: the login was refused, the time was over, and

@@ -43,7 +43,7 @@ void OdbcStatement::Check(SQLRETURN result) {
     Diagnostic diagnostic = ReadDiagnostic(SQL_HANDLE_STMT, handle.Get(), owner.Quirks());
     if (diagnostic.message.empty())
         diagnostic.message = u"The ODBC driver for " + Text(owner.Quirks().name) + u" failed without saying why.";
-    throw Error(NumberOf(diagnostic, owner.Quirks().engine), diagnostic.message);
+    ThrowDiagnostic(diagnostic, owner.Quirks().engine);
 }
 
 void OdbcStatement::Run(TextView adapted, std::span<const Value> values, std::span<const int> codes) {
