@@ -36,15 +36,15 @@ private:
     std::array<INT, Last - First + 1> widths{};
 };
 
-int ShareOf(const Text& key) {
+} // namespace
+
+int ListViewWindow::ShareOf(const Text& key) {
     static const std::pair<const char16_t*, int> shares[] = {
         {u"title", 20}, {u"lockdate", 20}, {u"age", 17}, {u"locktype", 14}, {u"user", 9}};
     for (const auto& [name, share] : shares)
         if (key == name) return share;
     return 12;
 }
-
-} // namespace
 
 ListViewWindow::ListViewWindow(std::shared_ptr<ListModel> listModel) : model(std::move(listModel)) {
     model->SetListener(this);
@@ -256,42 +256,6 @@ LRESULT ListViewWindow::HandleNotification(const NMHDR& header) {
     default:
         return 0;
     }
-}
-
-void ListViewWindow::DrawPicture(HDC dc, const RECT& place, HFONT font) const {
-    const int saved = SaveDC(dc);
-    SelectObject(dc, font);
-    RECT inner = place;
-    FillWith(dc, inner, backColor);
-    DrawEdge(dc, &inner, EDGE_SUNKEN, BF_RECT | BF_ADJUST);
-    TEXTMETRICW metrics;
-    GetTextMetricsW(dc, &metrics);
-    const int rowHeight = metrics.tmHeight + 4;
-    int sum = 0;
-    for (const ListColumn& column : model->Columns()) sum += ShareOf(column.key);
-    SetBkMode(dc, TRANSPARENT);
-    int left = inner.left, share = 0;
-    for (size_t column = 0; column < model->Columns().size(); ++column) {
-        share += ShareOf(model->Columns()[column].key);
-        const int right = inner.left + MulDiv(inner.right - inner.left, share, sum);
-        const auto drawCell = [&](const Text& text, RECT cell) {
-            InflateRect(&cell, -4, 0);
-            DrawTextW(dc, Wide(text), static_cast<int>(text.size()), &cell,
-                      DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
-        };
-        RECT header{left, inner.top, right, inner.top + rowHeight + 4};
-        DrawFrameControl(dc, &header, DFC_BUTTON, DFCS_BUTTONPUSH);
-        SetTextColor(dc, GetSysColor(COLOR_BTNTEXT));
-        drawCell(model->Columns()[column].caption, header);
-        SetTextColor(dc, textColor);
-        for (size_t item = 0; item < model->Items().size(); ++item) {
-            const int top = header.bottom + static_cast<int>(item) * rowHeight;
-            if (top >= inner.bottom) break;
-            drawCell(model->Cell(item, column), {left, top, right, std::min<LONG>(top + rowHeight, inner.bottom)});
-        }
-        left = right;
-    }
-    RestoreDC(dc, saved);
 }
 
 } // namespace dax

@@ -8,6 +8,7 @@
 #include <commctrl.h>
 
 #include <memory>
+#include <vector>
 
 namespace dax {
 
@@ -31,7 +32,7 @@ public:
     LRESULT HandleNotification(const NMHDR& header); // raises the events below last
     Accessible& Access() { return access; }
 
-    // A picture of header and rows for a control that has no window.
+    // A picture of header and rows, as the window shows them; without one from the first row on.
     void DrawPicture(HDC dc, const RECT& place, HFONT font) const;
 
     Event<> Click;
@@ -43,6 +44,8 @@ private:
     void ItemsChanged() override;
     void AutosizeColumns() override;
 
+    static int ShareOf(const Text& key);            // of a column in the width, until columns are sized otherwise
+    std::vector<int> ColumnWidths(int width) const; // of the window, or of a picture without one
     void FillDisplay(LVITEMW& item) const;
     LRESULT FindRow(const NMLVFINDITEMW& find) const;
     void ReadSelection();
