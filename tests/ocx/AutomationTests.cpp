@@ -101,61 +101,55 @@ TEST_F(AutomationTest, EveryClassAnswersTheInterfacesHostsAskFor) {
             CoTaskMemFree(said);
             CoTaskMemFree(registered);
         }
-        ComPtr<IEnumOLEVERB> said, registered;
-        EXPECT_HRESULT_SUCCEEDED(control->EnumVerbs(said.Out()));
+        const auto verbsOf = [](IEnumOLEVERB* list) {
+            std::wstring all;
+            for (OLEVERB verb{}; list->Next(1, &verb, nullptr) == S_OK; CoTaskMemFree(verb.lpszVerbName))
+                for (const auto& part : {std::to_wstring(verb.lVerb), std::wstring(verb.lpszVerbName),
+                                         std::to_wstring(verb.fuFlags), std::to_wstring(verb.grfAttribs)})
+                    all += part + L' ';
+            return all;
+        };
+        ComPtr<IEnumOLEVERB> verbs, registered;
+        EXPECT_HRESULT_SUCCEEDED(control->EnumVerbs(verbs.Out()));
         ASSERT_HRESULT_SUCCEEDED(OleRegEnumVerbs(clsid, registered.Out()));
-        OLEVERB verb{}, other{};
-        for (int i = 0; i < 2; ++i) {
-            const HRESULT more = said->Next(1, &verb, nullptr);
-            EXPECT_EQ(more, i == 0 ? S_OK : S_FALSE);
-            EXPECT_EQ(registered->Next(1, &other, nullptr), more);
-            if (more != S_OK) break;
-            EXPECT_STREQ(verb.lpszVerbName, other.lpszVerbName);
-            EXPECT_TRUE(verb.lVerb == other.lVerb && verb.fuFlags == other.fuFlags);
-            EXPECT_EQ(verb.grfAttribs, other.grfAttribs);
-            CoTaskMemFree(verb.lpszVerbName);
-            CoTaskMemFree(other.lpszVerbName);
-        }
+        EXPECT_EQ(verbsOf(verbs.Get()), L"0 &Activate 0 2 ");
+        EXPECT_EQ(verbsOf(registered.Get()), L"0 &Activate 0 2 ");
         EXPECT_EQ(CoCreateInstance(clsid, object.Get(), CLSCTX_INPROC_SERVER, IID_IUnknown, inner.OutVoid()),
                   CLASS_E_NOAGGREGATION);
     }
 }
 
+template <typename Result, typename Call>
+void ExpectEmptied(const char* member, const Call& call) {
+    auto* given = reinterpret_cast<Result*>(1);
+    call(&given);
+    EXPECT_EQ(given, nullptr) << member;
+}
+
 // What a member has nothing for it empties, so that no host releases what was never there.
 TEST_F(AutomationTest, EveryPointerThatAMemberGivesBackIsSet) {
-    void* const unset = reinterpret_cast<void*>(1);
     for (const wchar_t* name : Controls) {
         const auto control = Create(name);
         const auto object = Query<IOleObject>(control.Get(), IID_IOleObject);
         const auto view = Query<IViewObject2>(control.Get(), IID_IViewObject2);
         const auto points = Query<IConnectionPointContainer>(control.Get(), IID_IConnectionPointContainer);
-        const auto isEmptied = [&](const char* member, const auto& call) {
-            void* given = unset;
-            call(&given);
-            EXPECT_EQ(given, nullptr) << member;
-        };
-        isEmptied("GetMoniker", [&](void** out) { object->GetMoniker(1, 1, reinterpret_cast<IMoniker**>(out)); });
-        isEmptied("GetClientSite", [&](void** out) { object->GetClientSite(reinterpret_cast<IOleClientSite**>(out)); });
-        isEmptied("EnumAdvise", [&](void** out) { object->EnumAdvise(reinterpret_cast<IEnumSTATDATA**>(out)); });
-        isEmptied("GetColorSet", [&](void** out) {
-            view->GetColorSet(1, -1, nullptr, nullptr, nullptr, reinterpret_cast<LOGPALETTE**>(out));
-        });
-        isEmptied("GetAdvise",
-                  [&](void** out) { view->GetAdvise(nullptr, nullptr, reinterpret_cast<IAdviseSink**>(out)); });
-        isEmptied("FindConnectionPoint", [&](void** out) {
-            points->FindConnectionPoint(IID_IViewObject, reinterpret_cast<IConnectionPoint**>(out));
-        });
-        isEmptied("GetTypeInfo", [&](void** out) { control->GetTypeInfo(1, 0, reinterpret_cast<ITypeInfo**>(out)); });
-        isEmptied("QueryInterface", [&](void** out) { control->QueryInterface(IID_IStream, out); });
-        DWORD number = 1;
-        EXPECT_EQ(view->Freeze(1, -1, nullptr, &number), E_NOTIMPL);
-        EXPECT_EQ(number, 0u);
-        number = 1;
-        EXPECT_HRESULT_FAILED(object->Advise(nullptr, &number));
-        EXPECT_EQ(number, 0u);
+        ExpectEmptied<IMoniker>("GetMoniker", [&](auto out) { object->GetMoniker(1, 1, out); });
+        ExpectEmptied<IOleClientSite>("GetClientSite", [&](auto out) { object->GetClientSite(out); });
+        ExpectEmptied<IEnumSTATDATA>("EnumAdvise", [&](auto out) { object->EnumAdvise(out); });
+        ExpectEmptied<LOGPALETTE>("GetColorSet",
+                                  [&](auto out) { view->GetColorSet(1, -1, nullptr, nullptr, nullptr, out); });
+        ExpectEmptied<IAdviseSink>("GetAdvise", [&](auto out) { view->GetAdvise(nullptr, nullptr, out); });
+        ExpectEmptied<IConnectionPoint>("FindConnectionPoint",
+                                        [&](auto out) { points->FindConnectionPoint(IID_IStream, out); });
+        ExpectEmptied<ITypeInfo>("GetTypeInfo", [&](auto out) { control->GetTypeInfo(1, 0, out); });
+        ExpectEmptied<void>("QueryInterface", [&](auto out) { control->QueryInterface(IID_IStream, out); });
+        DWORD key = 1, cookie = 1;
+        EXPECT_EQ(view->Freeze(1, -1, nullptr, &key), E_NOTIMPL);
+        EXPECT_HRESULT_FAILED(object->Advise(nullptr, &cookie));
+        EXPECT_EQ(key + cookie, 0u);
         DISPPARAMS none{};
-        DISPID dispid = 0;
         LPOLESTR names[] = {const_cast<LPOLESTR>(L"None")};
+        DISPID dispid = 0;
         EXPECT_EQ(control->Invoke(1, IID_IDispatch, 0, DISPATCH_PROPERTYGET, &none, nullptr, nullptr, nullptr),
                   DISP_E_UNKNOWNINTERFACE);
         EXPECT_EQ(control->GetIDsOfNames(IID_IDispatch, names, 1, 0, &dispid), DISP_E_UNKNOWNINTERFACE);
@@ -163,101 +157,79 @@ TEST_F(AutomationTest, EveryPointerThatAMemberGivesBackIsSet) {
 }
 
 TEST_F(AutomationTest, AnEnumeratorAloneKeepsItsLibrary) {
-    const auto pointsOf = [](IDispatch* object) {
-        ComPtr<IEnumConnectionPoints> points;
+    using Taking = std::function<ComPtr<IUnknown>(IDispatch*)>;
+    const auto newEnum = [](const wchar_t* collection) -> Taking {
+        return [=](IDispatch* object) {
+            return ComPtr<IUnknown>(Call(ObjectOf(Call(object, collection)).Get(), L"_NewEnum").punkVal);
+        };
+    };
+    const Taking points = [](IDispatch* object) {
+        ComPtr<IEnumConnectionPoints> result;
         const auto container = Query<IConnectionPointContainer>(object, IID_IConnectionPointContainer);
-        EXPECT_HRESULT_SUCCEEDED(container->EnumConnectionPoints(points.Out()));
-        return points;
+        EXPECT_HRESULT_SUCCEEDED(container->EnumConnectionPoints(result.Out()));
+        return ComPtr<IUnknown>(result.Get());
     };
-    const struct {
-        const wchar_t *library, *className;
-        std::function<ComPtr<IUnknown>(IDispatch*)> enumerate;
-    } rows[] = {
-        {L"daxControls33.ocx", L"DAXControls.GroupEditor",
-         [](IDispatch* editor) {
-             const auto ids = ObjectOf(Call(editor, L"GetChildLessonIDCollection", {Variant(u"")}));
-             return ComPtr<IUnknown>(Call(ids.Get(), L"_NewEnum").punkVal);
-         }},
-        {L"daxControls33.ocx", L"DAXControls.LessonMapEditor",
-         [&](IDispatch* editor) { return ComPtr<IUnknown>(pointsOf(editor).Get()); }},
-        {L"daxControls33.ocx", L"DAXControls.LessonMapEditor",
-         [&](IDispatch* editor) {
-             ComPtr<IConnectionPoint> point;
-             EXPECT_EQ(pointsOf(editor)->Next(1, point.Out(), nullptr), S_OK);
-             ComPtr<IEnumConnections> connections, clone;
-             EXPECT_HRESULT_SUCCEEDED(point->EnumConnections(connections.Out()));
-             EXPECT_HRESULT_SUCCEEDED(connections->Clone(clone.Out()));
-             return ComPtr<IUnknown>(clone.Get());
-         }},
-        {L"contentObjects.dll", L"ContentObjects.Lesson",
-         [](IDispatch* lesson) {
-             return ComPtr<IUnknown>(Call(ObjectOf(Call(lesson, L"Maps")).Get(), L"_NewEnum").punkVal);
-         }},
+    const Taking connections = [&](IDispatch* object) {
+        ComPtr<IConnectionPoint> point;
+        ComPtr<IEnumConnections> all, clone;
+        Query<IEnumConnectionPoints>(points(object).Get(), IID_IEnumConnectionPoints)->Next(1, point.Out(), nullptr);
+        EXPECT_HRESULT_SUCCEEDED(point->EnumConnections(all.Out()));
+        EXPECT_HRESULT_SUCCEEDED(all->Clone(clone.Out()));
+        return ComPtr<IUnknown>(clone.Get());
     };
-    for (const auto& [library, className, enumerate] : rows) {
-        ComPtr<IUnknown> left = enumerate(Create(className).Get());
-        ASSERT_TRUE(left) << ToUtf8(FromWide(className));
-        const auto canUnload = [name = library] { return CallLibrary(name, "DllCanUnloadNow"); };
+    const std::tuple<const wchar_t*, const wchar_t*, Taking> rows[] = {
+        {L"daxControls33.ocx", Controls[6], newEnum(L"CheckedStoryboards")},
+        {L"daxControls33.ocx", Controls[6], points},
+        {L"daxControls33.ocx", Controls[6], connections},
+        {L"contentObjects.dll", L"ContentObjects.Lesson", newEnum(L"Maps")},
+    };
+    for (const auto& row : rows) {
+        const auto& [library, className, take] = row;
+        ComPtr<IUnknown> left = take(Create(className).Get());
+        ASSERT_TRUE(left) << &row - rows;
         PumpPending();
-        // A list of points holds its control; the others hold nothing but themselves.
-        EXPECT_EQ(canUnload(), S_FALSE) << &enumerate - &rows[0].enumerate;
+        EXPECT_EQ(CallLibrary(library, "DllCanUnloadNow"), S_FALSE) << &row - rows;
         left.Reset();
-        EXPECT_TRUE(PumpUntil([&] { return canUnload() == S_OK; }));
+        EXPECT_TRUE(PumpUntil([name = library] { return CallLibrary(name, "DllCanUnloadNow") == S_OK; }));
     }
 }
 
-// A host's form is one object with an interface for the events of each of its controls.
+// A host's form: one object with an interface for the events of each of its controls.
+class Form final : public TestDispatch<> {
+public:
+    GUID events[2]{};
+    std::vector<DISPID> heard[2];
+
+private:
+    void* Find(REFIID iid) override {
+        for (size_t i = 0; i < 2; ++i)
+            if (events[i] == iid) return static_cast<IDispatch*>(&ears[i]);
+        return nullptr;
+    }
+    Sink ears[2]{Sink([this](DISPID event, const auto&) { heard[0].push_back(event); }),
+                 Sink([this](DISPID event, const auto&) { heard[1].push_back(event); })};
+};
+
 TEST_F(AutomationTest, OneObjectHearsEachControlByItsOwnInterface) {
-    class Form final : public TestDispatch<> {
-    public:
-        class Ear final : public TestDispatch<> {
-        public:
-            explicit Ear(Form& form) : form(form) {}
-            STDMETHODIMP QueryInterface(REFIID iid, void** object) override { return form.QueryInterface(iid, object); }
-            STDMETHODIMP_(ULONG) AddRef() override { return form.AddRef(); }
-            STDMETHODIMP_(ULONG) Release() override { return form.Release(); }
-            STDMETHODIMP Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
-                heard.push_back(dispid);
-                return S_OK;
-            }
-            GUID events{};
-            std::vector<DISPID> heard;
-
-        private:
-            Form& form;
-        };
-        Ear ears[2]{Ear(*this), Ear(*this)};
-
-    private:
-        void* Find(REFIID iid) override {
-            for (Ear& ear : ears)
-                if (ear.events == iid) return static_cast<IDispatch*>(&ear);
-            return nullptr;
-        }
-    };
     Form form;
     const ComPtr<IDispatch> controls[] = {Create(L"DAXControls.GroupEditor"), Create(L"DAXControls.LockManager")};
+    ComPtr<IConnectionPoint> points[2];
     DWORD cookies[2]{};
     for (size_t i = 0; i < 2; ++i) {
         const auto info = Query<IProvideClassInfo2>(controls[i].Get(), IID_IProvideClassInfo2);
-        EXPECT_HRESULT_SUCCEEDED(info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &form.ears[i].events));
-    }
-    const auto pointOf = [&](size_t i) {
-        ComPtr<IConnectionPoint> point;
         const auto container = Query<IConnectionPointContainer>(controls[i].Get(), IID_IConnectionPointContainer);
-        EXPECT_HRESULT_SUCCEEDED(container->FindConnectionPoint(form.ears[i].events, point.Out()));
-        return point;
-    };
-    for (size_t i = 0; i < 2; ++i) EXPECT_HRESULT_SUCCEEDED(pointOf(i)->Advise(&form, &cookies[i]));
+        EXPECT_HRESULT_SUCCEEDED(info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &form.events[i]));
+        EXPECT_HRESULT_SUCCEEDED(container->FindConnectionPoint(form.events[i], points[i].Out()));
+        EXPECT_HRESULT_SUCCEEDED(points[i]->Advise(&form, &cookies[i]));
+    }
     Call(controls[0].Get(), L"Clear");
-    EXPECT_EQ(form.ears[0].heard, std::vector<DISPID>{1});
-    EXPECT_TRUE(form.ears[1].heard.empty());
+    EXPECT_EQ(form.heard[0], std::vector<DISPID>{1});
+    EXPECT_TRUE(form.heard[1].empty());
     Put(controls[1].Get(), L"ConnectionString", Variant(u"Provider=Nonsense"));
     Call(controls[1].Get(), L"Refresh");
-    EXPECT_EQ(form.ears[0].heard.size(), 1u);
-    EXPECT_EQ(form.ears[1].heard.front(), 3) << "the failure";
-    for (size_t i = 0; i < 2; ++i) EXPECT_HRESULT_SUCCEEDED(pointOf(i)->Unadvise(cookies[i]));
-    EXPECT_EQ(form.references, 1u);
+    EXPECT_EQ(form.heard[0].size(), 1u);
+    EXPECT_EQ(form.heard[1].front(), 3) << "the failure";
+    for (size_t i = 0; i < 2; ++i) EXPECT_HRESULT_SUCCEEDED(points[i]->Unadvise(cookies[i]));
 }
 
 TEST_F(AutomationTest, UnregistrationLeavesNothing) {

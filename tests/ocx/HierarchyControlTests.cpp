@@ -124,13 +124,13 @@ TEST_F(HierarchyControlTest, PanelsSayWhyAnEditorOfAnotherThreadIsNotForThem) {
         EXPECT_EQ(NumberOf(Call(editor.Get(), L"NodeCount")), 0) << "itself it can be used";
         for (const wchar_t* name : {L"DAXControls.LessonInfo", L"DAXControls.LockInfo"}) {
             const auto panel = Create(name);
+            Text said;
             try {
                 Call(panel.Get(), L"UpdateFrom", {Variant(editor.Get())});
-                ADD_FAILURE() << "the editor is elsewhere";
             } catch (const Failure& failure) {
-                EXPECT_EQ(failure.code, HostError(13));
-                EXPECT_NE(failure.description.find(u"another thread"), Text::npos) << ToUtf8(failure.description);
+                said = failure.description;
             }
+            EXPECT_NE(said.find(u"another thread"), Text::npos) << ToUtf8(said);
         }
     }
     PostThreadMessageW(threadId, WM_QUIT, 0, 0);
