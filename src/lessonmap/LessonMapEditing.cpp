@@ -85,12 +85,15 @@ void LessonMapEditor::AddStoryboard(const StoryboardRef& storyboard) {
         if (const Node* const node = tree->Find(sbid); node && !node->Parent()) {
             Refuse(u"The storyboard cannot be added: a map has the name '" + sbid + u"'.");
         }
-        if (StoryboardRef own = storyboards->Item(sbid)) {
-            added = own;
-            // It moves to the map that is shown: no page stands in two maps.
+        if (showDefaultMapOnly && !tree->Find(sbid)) {
+            // A page that a hidden map lists moves to the one that is shown: none stands in two maps. A map may also
+            // list one that the lesson does not have any more.
             IDCollection moved;
             moved.Add(sbid);
-            if (showDefaultMapOnly && !tree->Find(sbid)) RemoveFromHiddenMaps(*tree, *was, moved, false);
+            RemoveFromHiddenMaps(*tree, *was, moved, false);
+        }
+        if (StoryboardRef own = storyboards->Item(sbid)) {
+            added = own;
         } else {
             storyboards->Add(added);
             isNew = true;

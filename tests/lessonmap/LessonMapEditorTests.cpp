@@ -182,6 +182,7 @@ TEST_F(LessonMapEditorTest, HiddenMapsAreEditedToo) {
         {"A: a | B: e | A: b( a )", "remove branch", u"b", "A: a | B: e | A_1:", "changed 3", 2},
         {"A: a | B: b( c ) | C: d", "add", u"b", "A: b a | B: c | C: d", "changed 1, selected b", 4},
         {"A: a | B: a( c )", "add", u"a", "A: a | B: c", "selected a", 2}, // shown already
+        {"A: a | B: b( c )", "add again", u"b", "A: b a | B: c", "changed 1, selected b", 3},
     };
     for (const auto& [before, deed, sbid, after, told, left] : cases) {
         Open(before);
@@ -189,8 +190,10 @@ TEST_F(LessonMapEditorTest, HiddenMapsAreEditedToo) {
         editor->SetShowDefaultMapOnly(true);
         editor->SetLesson(lesson);
         heard.clear();
-        if (deed == std::string("add")) {
-            editor->AddStoryboard(Page(sbid));
+        if (std::string(deed).starts_with("add")) {
+            const auto page = Page(sbid);
+            if (deed == std::string("add again")) lesson->Storyboards()->Remove(sbid); // and B still lists it
+            editor->AddStoryboard(page);
         } else {
             editor->RemoveStoryboard(Page(sbid), deed == std::string("remove branch"));
         }
