@@ -38,4 +38,14 @@ private:
     std::unordered_map<TextView, std::list<Text>::iterator> places; // keyed by the texts in the list
 };
 
+// A collection that belongs to a host, of whatever kind, asked for one key at a time.
+class KeyedCollection {
+public:
+    virtual ~KeyedCollection() = default;
+    // Whether an item with that key can be fetched now. Throws Error when the collection fails instead of answering.
+    virtual bool HasKey(const Text& key) = 0;
+    // Many keys will be asked for; what the collection holds may have changed since the last time.
+    virtual void BeginReading() {}
+};
+
 } // namespace dax

@@ -1,5 +1,8 @@
 #include "base/modGeneric.h"
 
+#include "base/FileSearch.h"
+#include "base/LongText.h"
+
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -20,8 +23,6 @@ namespace dax::modGeneric {
 
 namespace {
 
-std::filesystem::file_status StatusOf(const Text& path) { return std::filesystem::status(std::filesystem::path(path)); }
-
 // Days since 30 December 1899, the fraction counting away from zero on both sides: how hosts number dates.
 double DateSerial(const DateTime& date) {
     using namespace std::chrono;
@@ -32,30 +33,11 @@ double DateSerial(const DateTime& date) {
     return days < 0 ? days - fraction : days + fraction;
 }
 
-// Decimal point and no thousands marks whatever the locale, so that stored numbers mean the same everywhere.
-std::optional<double> ParseNumber(TextView text) {
-    text = TrimBlanks(text);
-    const std::string digits = ToUtf8(text);
-    const char* first = digits.data();
-    const char* last = first + digits.size();
-    if (digits.size() > 2 && digits[0] == '&' && (digits[1] == 'H' || digits[1] == 'h')) {
-        uint32_t bits = 0;
-        const auto [end, failure] = std::from_chars(first + 2, last, bits, 16);
-        if (failure != std::errc() || end != last) return std::nullopt;
-        return static_cast<int32_t>(bits);
-    }
-    if (digits.size() > 1 && digits[0] == '+' && digits[1] != '-') ++first;
-    double number = 0;
-    const auto [end, failure] = std::from_chars(first, last, number);
-    if (first == last || failure != std::errc() || end != last || !std::isfinite(number)) return std::nullopt;
-    return number;
-}
-
 std::optional<double> NumberOf(const Value& value) {
     if (const auto* truth = std::get_if<bool>(&value)) return *truth ? -1 : 0;
     if (const auto* whole = std::get_if<int64_t>(&value)) return static_cast<double>(*whole);
     if (const auto* number = std::get_if<double>(&value)) return *number;
-    if (const auto* text = std::get_if<Text>(&value)) return ParseNumber(*text);
+    if (const auto* text = std::get_if<Text>(&value)) return ReadLong(*text);
     if (const auto* date = std::get_if<DateTime>(&value)) return DateSerial(*date);
     return std::nullopt;
 }
@@ -193,8 +175,9 @@ Text FormatDate(const DateTime& date, const char* localeName, bool withTime) {
 
 bool FileExists(const Text& path) noexcept {
     try {
-        const auto status = StatusOf(path);
-        return std::filesystem::exists(status) && !std::filesystem::is_directory(status);
+        if (path.empty()) return false;
+        const bool isFolder = path.back() == u'/' || path.back() == std::filesystem::path::preferred_separator;
+        return FindEntry(isFolder ? path + u'*' : path, [](const FoundEntry& entry) { return !entry.isFolder; });
     } catch (...) {
         return false;
     }
@@ -202,10 +185,12 @@ bool FileExists(const Text& path) noexcept {
 
 bool IsFileReadOnly(const Text& path) noexcept {
     try {
-        using std::filesystem::perms;
-        const auto status = StatusOf(path);
-        return std::filesystem::exists(status) &&
-               (status.permissions() & (perms::owner_write | perms::group_write | perms::others_write)) == perms::none;
+        bool isReadOnly = false;
+        FindEntry(path, [&](const FoundEntry& entry) {
+            isReadOnly = entry.isReadOnly;
+            return true; // the first entry decides
+        });
+        return isReadOnly;
     } catch (...) {
         return false;
     }
@@ -271,6 +256,7 @@ void CollectionRemoveAll(IDCollection& target, const IDCollection& source) {
 }
 
 bool CollectionHasKey(const IDCollection& collection, const Text& key) { return collection.Contains(key); }
+bool CollectionHasKey(KeyedCollection* collection, const Text& key) { return collection && collection->HasKey(key); }
 
 Text FormatLocalDateTime(const DateTime& date, const char* localeName) { return FormatDate(date, localeName, true); }
 

@@ -6,13 +6,17 @@
 
 namespace dax::modGeneric {
 
-// False also when looking failed (an impossible path, a drive that is not there). A directory is no file.
+// Whether a listing of the path finds a file: read-only, hidden and system files count, folders do not. The last part
+// may hold wildcards (see FileSearch.h); of a folder's path with a separator at its end, every file in it is found.
+// False also for no path, and when looking failed (an impossible path, a drive that is not there).
 bool FileExists(const Text& path) noexcept;
-// The attribute of the file alone, on Windows; elsewhere the same means that nobody has the right to write it.
-// The folder it lies in does not count.
+// The attribute of the file or folder alone, on Windows; elsewhere the same means that nobody has the right to write
+// it. The folder it lies in does not count. With wildcards, of the first entry found; false when there is none.
 bool IsFileReadOnly(const Text& path) noexcept;
 Text MakeValidFileName(Text name, const Text& replacement);
 Text Pluralize(const Text& word, long count);
+// Numbers are rounded, halves to the even one; True is -1; a date is its number of days; for texts see LongText.h. The
+// default for nothing and whatever cannot be converted.
 int32_t VariantToLong(const Value& value, int32_t defaultValue);
 Text VariantToString(const Value& value, const Text& defaultValue);
 
@@ -21,6 +25,7 @@ void CollectionRemoveKey(IDCollection& collection, const Text& key);
 void CollectionAddAll(IDCollection& target, const IDCollection& source);
 void CollectionRemoveAll(IDCollection& target, const IDCollection& source);
 bool CollectionHasKey(const IDCollection& collection, const Text& key);
+bool CollectionHasKey(KeyedCollection* collection, const Text& key); // false for null
 
 // Date and time as hosts show them: the short date, a blank, the long time of the locale; "" is the user's own. Where
 // there is none ("C", or a name that the system does not know) it is yyyy-mm-dd hh:mm:ss.

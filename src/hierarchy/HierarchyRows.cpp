@@ -1,5 +1,6 @@
 #include "hierarchy/HierarchyRows.h"
 
+#include "base/modGeneric.h"
 #include "data/Recordset.h"
 #include "data/modDB.h"
 
@@ -7,15 +8,12 @@
 
 namespace dax::HierarchyRows {
 
+using modGeneric::VariantToLong;
+
 namespace {
 
 constexpr size_t batchSize = 100; // statements built at a time: few enough to stay in the cache until they are sent
 constexpr int64_t progressStep = 1000;
-
-int32_t ReadType(const Recordset& rows, size_t column, int32_t defaultValue) {
-    const int64_t type = rows.FieldNumber(column, defaultValue);
-    return type >= INT32_MIN && type <= INT32_MAX ? static_cast<int32_t>(type) : defaultValue;
-}
 
 Text NameRow(int64_t row, TextView title) {
     return u"Row " + ToText(row) + u" of velmoraLessons (title '" + Text(Shorten(title, 100)) + u"')";
@@ -144,15 +142,16 @@ void Load(const Text& connectionString, NodeTree& tree, LessonPropertyStore& sto
         const TextView parentID = rows.FieldText(colParent);
         if (!parent->HasKey(parentID)) parent = tree.Find(parentID);
         if (!parent) parent = root;
+        const Value type = rows.Field(colType);
         try {
-            tree.Add(parent, Place::LastChild, id, title, PictureOf(ReadType(rows, colType, ltInvalid)), identifier);
+            tree.Add(parent, Place::LastChild, id, title, PictureOf(VariantToLong(type, ltInvalid)), identifier);
         } catch (const Error& error) {
             throw Error(error.Number(), NameRow(row, title) + u": " + error.Description());
         }
         // The default differs from the one above, deliberately.
-        store.Add(id, rows.FieldText(colProperties), title, identifier, ReadType(rows, colType, ltGroup));
-        known.Add({id, title, identifier, parentID, rows.FieldNumber(colIndent, 0), rows.FieldNumber(colSort, 0),
-                   rows.FieldNumber(colType, 0)});
+        store.Add(id, rows.FieldText(colProperties), title, identifier, VariantToLong(type, ltGroup));
+        known.Add({id, title, identifier, parentID, VariantToLong(rows.Field(colIndent), 0),
+                   VariantToLong(rows.Field(colSort), 0), VariantToLong(type, 0)});
         if (progress && row % progressStep == 0) progress(row, 0);
     }
     rows.Close();

@@ -1,6 +1,7 @@
 #include "hierarchy/RowFingerprints.h"
 
 #include "base/Error.h"
+#include "base/modGeneric.h"
 #include "data/Dialect.h"
 #include "data/Recordset.h"
 
@@ -76,10 +77,11 @@ void RowFingerprints::Check(Connection& connection, const NodeTree& tree) const 
                connection);
     Report report;
     std::vector<bool> isThere(rows.size());
+    const auto number = [&](size_t column) { return modGeneric::VariantToLong(found.Field(column), 0); };
     for (; !found.Eof(); found.MoveNext()) {
         const TextView title = found.FieldText(1);
-        const Fingerprint now = Of({found.FieldText(0), title, found.FieldText(2), found.FieldText(3),
-                                    found.FieldNumber(4, 0), found.FieldNumber(5, 0), found.FieldNumber(6, 0)});
+        const Fingerprint now =
+            Of({found.FieldText(0), title, found.FieldText(2), found.FieldText(3), number(4), number(5), number(6)});
         const auto before = std::ranges::lower_bound(rows, now.id, {}, &Fingerprint::id);
         if (before == rows.end() || before->id != now.id) {
             report.Add(title, u"was added");

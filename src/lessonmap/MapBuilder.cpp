@@ -97,7 +97,8 @@ void MapBuilder::AddMap(StoryboardMap& map) {
         isChanged = true;
     }
     NodeMapTree nodes(tree);
-    const Node& added = tree.Add(nullptr, Place::LastChild, key, key, imageList.Index(PictureKeys::Root));
+    const Node& added = tree.Add(nullptr, Place::LastChild, key, key,
+                                 modGeneric::ImageIndexFromKey(Text(PictureKeys::Root), imageList));
     map.FillTree(nodes, NodeMapTree::RefOf(&added));
 
     // The layout is written back by name: a map that was renamed meanwhile has its node follow.

@@ -14,14 +14,15 @@ PictureKeys::PictureKeys(std::vector<Text> newKeys) : keys(std::move(newKeys)) {
     }
 }
 
-int PictureKeys::Index(const Text& key) const {
-    const auto place = places.find(key);
-    return place == places.end() ? 0 : place->second;
+int modGeneric::ImageIndexFromKey(const Text& key, const PictureKeys& imageList) {
+    const auto place = imageList.Places().find(key);
+    return place == imageList.Places().end() ? 0 : place->second;
 }
 
 int PictureKeys::IndexOfType(TextView storyboardType) const {
-    const int index = storyboardType.empty() ? Index(Undefined) : Index(LowerCase(storyboardType));
-    return index ? index : Index(Custom);
+    using modGeneric::ImageIndexFromKey;
+    const int index = ImageIndexFromKey(storyboardType.empty() ? Text(Undefined) : LowerCase(storyboardType), *this);
+    return index ? index : ImageIndexFromKey(Text(Custom), *this);
 }
 
 } // namespace dax

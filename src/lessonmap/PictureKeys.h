@@ -19,9 +19,8 @@ public:
     explicit PictureKeys(std::vector<Text> keys); // those of a host, in the order of its pictures
 
     const std::vector<Text>& Keys() const { return keys; }
-    // From 1 as image lists count; 0 when the list has no such key.
-    int Index(const Text& key) const;
-    int Index(TextView key) const { return Index(Text(key)); }
+    // Their places, from 1 as image lists count.
+    const std::unordered_map<Text, int>& Places() const { return places; }
     // For a storyboard of that type; of the key Custom when the type has none.
     int IndexOfType(TextView storyboardType) const;
 
@@ -29,5 +28,12 @@ private:
     std::vector<Text> keys;
     std::unordered_map<Text, int> places;
 };
+
+namespace modGeneric {
+
+// From 1 as image lists count; 0 when the list has no picture under that key.
+int ImageIndexFromKey(const Text& key, const PictureKeys& imageList);
+
+} // namespace modGeneric
 
 } // namespace dax

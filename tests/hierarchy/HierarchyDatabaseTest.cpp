@@ -77,6 +77,23 @@ TEST_P(HierarchyOnEngine, OddRows) {
     EXPECT_TRUE(Rows()[u"orphan"].starts_with(u"|id orphan||1|"));
 }
 
+TEST_P(HierarchyOnEngine, NumbersMayStandInColumnsOfText) {
+    const std::pair<Text, LessonTypes> types[] = {
+        {u" 1", ltLesson},   {u"&H1\t", ltLesson}, {u"1,", ltLesson},    {u"0.5", ltGroup},
+        {u"1.5", ltUnknown}, {u"one", ltUnknown},  {u"1e20", ltUnknown},
+    };
+    database->Run({u"DROP TABLE velmoraLessons",
+                   u"CREATE TABLE velmoraLessons (lessonID VARCHAR(9), lessonTitle VARCHAR(9), lessonIdentifier "
+                   u"VARCHAR(9), lessonProperties VARCHAR(9), parentID VARCHAR(9), indentLevel INTEGER, sortPosition "
+                   u"INTEGER, lessonType VARCHAR(9), guideData VARCHAR(9), lessonData VARCHAR(9))"});
+    for (const auto& [text, type] : types)
+        database->Run({u"INSERT INTO velmoraLessons (lessonID, lessonType) VALUES ('" + text + u"', '" + text + u"')"});
+    ASSERT_TRUE(editor->LoadDatabase()) << ToUtf8(error);
+    for (const auto& [text, type] : types) EXPECT_EQ(editor->GetLessonType(text), type) << ToUtf8(text);
+    EXPECT_EQ(GetNumber(*editor->GetLessonProperties(u"one"), u"LessonType", -5), ltGroup);
+    EXPECT_EQ(GetNumber(*editor->GetLessonProperties(u"1.5"), u"LessonType", -5), 2);
+}
+
 TEST_P(HierarchyOnEngine, RowsWithoutAnIdentifierOfTheirOwnAreNamed) {
     database->Run(test::SampleRows());
     database->Run({test::RowStatement(u"", u"Nobody", u"", 2, 4, 1)});

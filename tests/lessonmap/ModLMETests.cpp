@@ -78,11 +78,11 @@ TEST_F(LessonMap, CaptionsAndPictures) {
         EXPECT_EQ(CaptionOf(u"s"), ToUtf8(byIdentifier));
         Build(sample);
         EXPECT_EQ(CaptionOf(u"s"), ToUtf8(byTitle));
-        EXPECT_EQ(tree.Find(u"s")->Image(), pictures.Index(picture));
+        EXPECT_EQ(tree.Find(u"s")->Image(), modGeneric::ImageIndexFromKey(picture, pictures));
         EXPECT_EQ(CaptionOf(u"Main"), "Main (2)");
-        EXPECT_EQ(tree.Find(u"Main")->Image(), pictures.Index(PictureKeys::Root));
+        EXPECT_EQ(tree.Find(u"Main")->Image(), modGeneric::ImageIndexFromKey(u"_root", pictures));
         EXPECT_EQ(CaptionOf(u"gone"), "gone") << "the lesson has no such storyboard";
-        EXPECT_EQ(tree.Find(u"gone")->Image(), pictures.Index(PictureKeys::Undefined));
+        EXPECT_EQ(tree.Find(u"gone")->Image(), modGeneric::ImageIndexFromKey(u"_undefined", pictures));
     }
     const PictureKeys hosts({u"_custom", u"scene", u"scene", u""});
     EXPECT_EQ(hosts.IndexOfType(u"Scene"), 2);

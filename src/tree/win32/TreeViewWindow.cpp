@@ -2,6 +2,7 @@
 
 #include "controls/win32/GdiSurface.h"
 #include "tree/DropTarget.h"
+#include "tree/win32/TreeStyle.h"
 
 #include <algorithm>
 #include <cstring>
@@ -12,7 +13,7 @@ namespace dax {
 namespace {
 
 constexpr UINT_PTR SubclassId = 2;
-constexpr UINT CheckStyle = TVS_CHECKBOXES, SingleStyle = TVS_SINGLEEXPAND;
+constexpr UINT CheckStyle = TVS_CHECKBOXES;
 
 POINT ToPoint(Point point) { return {point.x, point.y}; }
 
@@ -120,10 +121,7 @@ void TreeViewWindow::DropBoxes() {
 
 void TreeViewWindow::SetSingleExpand(bool on) {
     isSingleExpand = on;
-    if (!handle) return;
-    SetStyle(handle, SingleStyle, on);
-    SetWindowPos(handle, nullptr, 0, 0, 0, 0,
-                 SWP_NOSIZE | SWP_NOMOVE | SWP_NOZORDER | SWP_FRAMECHANGED | SWP_NOOWNERZORDER);
+    if (handle) modGeneric::SetTreeSingleExpandStyle(handle, on);
 }
 
 Rect TreeViewWindow::ClientRect() const {

@@ -1,0 +1,88 @@
+#include "base/FileSearch.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+#ifdef _WIN32
+#include <io.h>
+#endif
+
+namespace dax {
+
+#ifdef _WIN32
+
+bool FindEntry(const Text& path, const std::function<bool(const FoundEntry&)>& takes) {
+    if (path.find(u'\0') != Text::npos) return false;
+    struct Search {
+        intptr_t handle;
+        ~Search() {
+            if (handle != -1) _findclose(handle);
+        }
+    };
+    _wfinddata64_t entry;
+    const Search search{_wfindfirst64(std::wstring(path.begin(), path.end()).c_str(), &entry)};
+    if (search.handle == -1) return false;
+    do {
+        if (takes({(entry.attrib & _A_SUBDIR) != 0, (entry.attrib & _A_RDONLY) != 0})) return true;
+    } while (_wfindnext64(search.handle, &entry) == 0);
+    return false;
+}
+
+#else
+
+namespace {
+
+FoundEntry Describe(const std::filesystem::file_status& status) {
+    using std::filesystem::perms;
+    return {std::filesystem::is_directory(status),
+            (status.permissions() & (perms::owner_write | perms::group_write | perms::others_write)) == perms::none};
+}
+
+bool Matches(TextView name, TextView pattern) {
+    // The places of the name that the pattern has come to so far.
+    std::vector<bool> reached(name.size() + 1);
+    reached[0] = true;
+    for (const char16_t unit : pattern) {
+        std::vector<bool> next(reached.size());
+        for (size_t at = 0; at < reached.size(); ++at) {
+            const bool isAtEnd = at == name.size();
+            if (unit == u'*') {
+                next[at] = reached[at] || (at > 0 && next[at - 1]);
+                continue;
+            }
+            if (!reached[at]) continue;
+            if (unit == u'?' && (isAtEnd || name[at] == u'.')) next[at] = true;
+            if (!isAtEnd && (unit == u'?' || unit == name[at])) next[at + 1] = true;
+        }
+        reached.swap(next);
+    }
+    return reached.back();
+}
+
+bool IsListed(TextView name, TextView pattern) {
+    if (Matches(name, pattern)) return true;
+    return pattern.ends_with(u".*") && name.find(u'.') == TextView::npos &&
+           Matches(name, pattern.substr(0, pattern.size() - 2));
+}
+
+} // namespace
+
+bool FindEntry(const Text& path, const std::function<bool(const FoundEntry&)>& takes) {
+    const size_t slash = path.rfind(u'/');
+    const TextView pattern = TextView(path).substr(slash == Text::npos ? 0 : slash + 1);
+    if (pattern.find_first_of(u"*?") == TextView::npos) {
+        const auto status = std::filesystem::status(std::filesystem::path(path));
+        return std::filesystem::exists(status) && takes(Describe(status));
+    }
+    std::vector<std::filesystem::directory_entry> found;
+    const Text folder = slash == Text::npos ? Text(u".") : path.substr(0, slash + 1);
+    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(folder)))
+        if (IsListed(FromUtf8(entry.path().filename().string()), pattern)) found.push_back(entry);
+    std::sort(found.begin(), found.end());
+    return std::any_of(found.begin(), found.end(), [&](const auto& entry) { return takes(Describe(entry.status())); });
+}
+
+#endif
+
+} // namespace dax

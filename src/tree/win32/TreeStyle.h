@@ -1,0 +1,11 @@
+// Styles of a tree view's window.
+#pragma once
+
+#include "controls/win32/Windows.h"
+
+namespace dax::modGeneric {
+
+// Whether selecting an item expands it and collapses the one selected before.
+void SetTreeSingleExpandStyle(HWND tree, bool on);
+
+} // namespace dax::modGeneric
