@@ -5,6 +5,8 @@
 #include "locks/LockQueries.h"
 #include "locks/LockRules.h"
 
+#include <optional>
+
 namespace dax {
 
 namespace {
@@ -38,17 +40,35 @@ LockRow ReadRow(const Recordset& recordset) {
     row.lessonTitle = recordset.Field(ColumnLessonTitle);
     row.lessonIdentifier = recordset.Field(ColumnLessonIdentifier);
     row.lessonType = recordset.Field(ColumnLessonType);
+    row.lockDateText = recordset.FieldText(ColumnLockDate);
     return row;
 }
 
-const Value& NotNull(const Value& value, TextView field) {
-    if (IsNull(value)) throw Error(ErrorNumbers::InvalidUseOfNull, u"Invalid use of Null: " + Text(field) + u".");
-    return value;
+Text RequiredText(const LockRow& row, const Value& value, TextView field) {
+    return modGeneric::VariantToString(LockRules::NotNull(row, value, field), u"");
 }
 
-Text RequiredText(const Value& value, TextView field) {
-    return modGeneric::VariantToString(NotNull(value, field), u"");
-}
+// The window hears of the rows once, at the end, whatever the way out.
+struct Filling {
+    explicit Filling(std::shared_ptr<ListModel> filled) : list(std::move(filled)) { list->BeginFilling(); }
+    ~Filling() { list->EndFilling(); }
+    Filling(const Filling&) = delete;
+    Filling& operator=(const Filling&) = delete;
+    std::shared_ptr<ListModel> list;
+};
+
+// And before a host is asked in the middle of it, which may look at the list.
+struct FillingPause {
+    explicit FillingPause(std::shared_ptr<ListModel> filled) : list(std::move(filled)) {
+        if (list) list->EndFilling();
+    }
+    ~FillingPause() {
+        if (list) list->BeginFilling();
+    }
+    FillingPause(const FillingPause&) = delete;
+    FillingPause& operator=(const FillingPause&) = delete;
+    std::shared_ptr<ListModel> list;
+};
 
 } // namespace
 
@@ -59,38 +79,50 @@ public:
         bool isAbort;
     };
 
-    Operation(LockManager& manager, Text occasion, Text routine)
-        : manager(manager), occasion(std::move(occasion)), routine(std::move(routine)), filling(manager.filling),
-          startedAt(*manager.filling) {}
+    // `filled` is the list in the middle of whose filling the operation is; null for none.
+    Operation(LockManager& manager, Text occasion, Text routine, std::shared_ptr<ListModel> filled = {})
+        : manager(manager), occasion(std::move(occasion)), routine(std::move(routine)), filled(std::move(filled)),
+          filling(manager.filling), startedAt(*manager.filling) {}
 
     // False when it failed and the host ignored it. Throws Leave when the host wants the operation left, has
     // released the manager, or has filled the list anew from inside the event.
     template <typename Statement>
     bool Do(Statement&& statement) {
         for (;;) {
+            std::optional<dax::Error> error;
             try {
                 statement();
-                return true;
-            } catch (const dax::Error& error) {
-                const int32_t action = Ask(error);
-                if (action == actIgnore) return false;
-                if (action != actRetry) throw Leave{action == actAbort};
+            } catch (...) {
+                error = CurrentError();
             }
+            RequireCurrent();
+            if (!error) return true;
+            const int32_t action = Ask(*error);
+            if (action == actIgnore) return false;
+            if (action != actRetry) throw Leave{action == actAbort};
         }
     }
 
 private:
     int32_t Ask(const dax::Error& error) {
         int32_t action = 0;
-        const Text description = error.Description();
-        manager.Error.Raise(error.Number(), description, occasion, routine, action);
+        {
+            const FillingPause pause(filled);
+            manager.Error.Raise(error.Number(), error.Description(), occasion, routine, action);
+        }
+        RequireCurrent();
+        return action;
+    }
+
+    // A host's code may have run: in an event, or in its collection.
+    void RequireCurrent() const {
         const auto current = filling.lock();
         if (!current || *current != startedAt) throw Leave{false};
-        return action;
     }
 
     LockManager& manager;
     Text occasion, routine;
+    std::shared_ptr<ListModel> filled;
     std::weak_ptr<uint64_t> filling;
     uint64_t startedAt;
 };
@@ -140,16 +172,10 @@ void LockManager::Refresh() {
         return;
     }
     now = clock();
-    Operation operation(*this, u"updating the lock display", u"Refresh");
+    Operation operation(*this, u"updating the lock display", u"Refresh", lvwLocks);
     Recordset recordset;
-    // The window hears of the rows once, at the end, whatever the way out.
-    struct Filling {
-        explicit Filling(std::shared_ptr<ListModel> filled) : list(std::move(filled)) { list->BeginFilling(); }
-        ~Filling() { list->EndFilling(); }
-        Filling(const Filling&) = delete;
-        Filling& operator=(const Filling&) = delete;
-        std::shared_ptr<ListModel> list;
-    };
+    const auto group = groupIDCollection; // the host may set another one while it is asked
+    if (group) group->BeginReading();
     try {
         const Filling whole(lvwLocks);
         recordset.SetCursorLocation(adUseClient);
@@ -163,10 +189,11 @@ void LockManager::Refresh() {
             if (isAtEnd) break;
             LockRow row;
             operation.Do([&] { row = ReadRow(recordset); });
-            records.emplace_back();
+            row.number = index + 1;
+            if (!operation.Do([&] { records.emplace_back(); })) break;
             FillRow(operation, row, index);
             bool isIncluded = true; // so that ignoring a failure shows the row
-            operation.Do([&] { isIncluded = IncludeLock(row); });
+            operation.Do([&] { isIncluded = IncludeLock(row, group.get()); });
             if (isIncluded) ShowRow(operation, row, index);
             operation.Do([&] { recordset.MoveNext(); });
         }
@@ -181,40 +208,43 @@ void LockManager::Refresh() {
 // Each field is a statement of its own: ignoring a NULL user leaves the user empty and goes on with the machine.
 void LockManager::FillRow(Operation& operation, const LockRow& row, size_t index) {
     LockRecord& record = records[index];
-    operation.Do([&] { record.lessonID = RequiredText(row.lessonID, u"lessonID"); });
-    operation.Do([&] { record.username = RequiredText(row.username, u"username"); });
-    operation.Do([&] { record.machineName = RequiredText(row.machineName, u"machineName"); });
-    operation.Do([&] { record.machineIP = RequiredText(row.machineIP, u"machineIP"); });
-    operation.Do([&] { record.sessionID = RequiredText(row.sessionID, u"sessionID"); });
+    operation.Do([&] { record.lessonID = RequiredText(row, row.lessonID, u"lessonID"); });
+    operation.Do([&] { record.username = RequiredText(row, row.username, u"username"); });
+    operation.Do([&] { record.machineName = RequiredText(row, row.machineName, u"machineName"); });
+    operation.Do([&] { record.machineIP = RequiredText(row, row.machineIP, u"machineIP"); });
+    operation.Do([&] { record.sessionID = RequiredText(row, row.sessionID, u"sessionID"); });
     operation.Do([&] {
-        const auto date = LockRules::ToDate(NotNull(row.lockDate, u"lockDate"));
-        if (!date) throw dax::Error(ErrorNumbers::TypeMismatch, u"Type mismatch: lockDate holds no date.");
-        record.lockDate = *date;
+        record.storedDate = row.lockDate;
+        record.storedDateText = row.lockDateText;
+        record.storedType = row.lockType;
     });
-    operation.Do([&] { record.lockType = modGeneric::VariantToLong(NotNull(row.lockType, u"lockType"), lltNone); });
+    operation.Do([&] { record.lockDate = LockRules::RequiredLockDate(row); });
+    operation.Do([&] { record.lockType = LockRules::RequiredLockType(row); });
     operation.Do([&] { record.invalid = LockRules::IsInvalidLock(row, expectNoSessionIDRecords, sessionID, now); });
 }
 
 void LockManager::ShowRow(Operation& operation, const LockRow& row, size_t index) {
     using modGeneric::VariantToString;
-    const size_t item = lvwLocks->AddItem(VariantToString(row.lessonTitle, u"(deleted)"));
-    const auto setCell = [&](TextView key, Text text) {
-        lvwLocks->SetCell(item, lvwLocks->ColumnIndex(key), std::move(text));
+    std::optional<size_t> item;
+    operation.Do([&] { item = lvwLocks->AddItem(VariantToString(row.lessonTitle, u"(deleted)")); });
+    if (!item) return;
+    lvwLocks->SetTag(*item, static_cast<int32_t>(index));
+    const auto setCell = [&](TextView key, const auto& text) {
+        operation.Do([&] { lvwLocks->SetCell(*item, lvwLocks->ColumnIndex(key), text()); });
     };
-    lvwLocks->SetTag(item, static_cast<int32_t>(index));
-    if (showIdentifier) setCell(u"identifier", VariantToString(row.lessonIdentifier, u""));
-    setCell(u"locktype", LockRules::LockTypeText(row.lockType));
-    setCell(u"lockdate", VariantToString(row.lockDate, u""));
-    setCell(u"age", LockRules::LockAgeText(row.lockDate, now));
-    operation.Do([&] { setCell(u"user", RequiredText(row.username, u"username")); });
-    operation.Do([&] { setCell(u"machine", RequiredText(row.machineName, u"machineName")); });
-    operation.Do([&] { setCell(u"ip", RequiredText(row.machineIP, u"machineIP")); });
+    if (showIdentifier) setCell(u"identifier", [&] { return VariantToString(row.lessonIdentifier, u""); });
+    setCell(u"locktype", [&] { return LockRules::LockTypeText(row.lockType); });
+    setCell(u"lockdate", [&] { return VariantToString(row.lockDate, u""); });
+    setCell(u"age", [&] { return LockRules::LockAgeText(row.lockDate, now); });
+    setCell(u"user", [&] { return RequiredText(row, row.username, u"username"); });
+    setCell(u"machine", [&] { return RequiredText(row, row.machineName, u"machineName"); });
+    setCell(u"ip", [&] { return RequiredText(row, row.machineIP, u"machineIP"); });
 }
 
-bool LockManager::IncludeLock(const LockRow& row) const {
+bool LockManager::IncludeLock(const LockRow& row, KeyedCollection* group) const {
     switch (lockDisplayType) {
     case ldtGroupLocks:
-        return LockRules::IsGroupLock(row, lessonID, groupIDCollection.get());
+        return LockRules::IsGroupLock(row, lessonID, group);
     case ldtInvalidLocks:
         return LockRules::IsInvalidLock(row, expectNoSessionIDRecords, sessionID, now);
     default:
@@ -278,7 +308,11 @@ void LockManager::KeyDown(int keyCode) {
 void LockManager::ColumnClicked(size_t column) {
     if (column >= lvwLocks->Columns().size()) return;
     const Text& tag = lvwLocks->Columns()[column].tag;
-    isDescending = tag == sortColumn && !isDescending;
+    // RebuildDisplay leaves no column and the direction, which the next one then keeps: deliberate.
+    if (tag == sortColumn)
+        isDescending = !isDescending;
+    else if (!sortColumn.empty())
+        isDescending = false;
     sortColumn = tag;
     Refresh();
 }

@@ -35,7 +35,7 @@ public:
     bool isAdministrator = false;
     Text sessionID;
     Text lessonID;
-    std::shared_ptr<const IDCollection> groupIDCollection;
+    std::shared_ptr<KeyedCollection> groupIDCollection; // the group of ldtGroupLocks; asked for each of its rows
     LockDisplayTypes lockDisplayType = ldtAllLocks;
     bool showIdentifier = true; // takes effect when the columns are rebuilt
     bool expectNoSessionIDRecords = true;
@@ -83,7 +83,7 @@ private:
 
     void FillRow(Operation& operation, const LockRow& row, size_t index);
     void ShowRow(Operation& operation, const LockRow& row, size_t index);
-    bool IncludeLock(const LockRow& row) const;
+    bool IncludeLock(const LockRow& row, KeyedCollection* group) const;
     const LockRecord& RecordAt(int32_t tag) const;
 
     std::shared_ptr<ListModel> lvwLocks;

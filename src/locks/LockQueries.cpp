@@ -40,8 +40,8 @@ void DeleteLockRecord(Connection& connection, const LockRecord& record) {
     command.AppendParameter(record.username);
     command.AppendParameter(record.machineName);
     command.AppendParameter(record.machineIP);
-    command.AppendParameter(record.lockDate);
-    command.AppendParameter(int64_t{record.lockType});
+    command.AppendStoredDate(record.storedDate, record.storedDateText);
+    command.AppendParameter(record.storedType);
     command.AppendParameter(record.sessionID);
     command.Execute(adExecuteNoRecords);
 }

@@ -4,6 +4,8 @@
 #include "base/Enumerations.h"
 #include "base/Value.h"
 
+#include <cstddef>
+
 namespace dax {
 
 struct LockRecord {
@@ -15,12 +17,18 @@ struct LockRecord {
     DateTime lockDate;
     int32_t lockType = lltNone;
     bool invalid = false; // as the rules judged the row when it was read
+
+    // Date and type as the row has them, which may be in another form: what deletes the lock compares with these.
+    Value storedDate{}, storedType{};
+    Text storedDateText{};
 };
 
 // One row of the lock query, as the database gave it. The last three are NULL when the lesson is gone.
 struct LockRow {
     Value lessonID, username, machineName, machineIP, lockDate, lockType, sessionID;
     Value lessonTitle, lessonIdentifier, lessonType;
+    Text lockDateText{}; // the date as the database keeps it, where it keeps a text
+    size_t number = 0;   // of the row, from 1
 };
 
 } // namespace dax

@@ -1,5 +1,6 @@
 #include "locks/LockRules.h"
 
+#include "base/Dates.h"
 #include "base/Error.h"
 #include "base/modGeneric.h"
 
@@ -40,19 +41,46 @@ bool IsExpiredConnectionTest(const Value& lockType, const Value& lockDate, const
     return date && SecondsBetween(*date, now) > ConnectionTestLifetime;
 }
 
-bool IsGroupLock(const LockRow& row, const Text& lessonID, const IDCollection* group) {
+bool IsGroupLock(const LockRow& row, const Text& lessonID, KeyedCollection* group) {
     if (TextEquals(row.lessonID, lessonID)) return true;
-    return group && group->Contains(modGeneric::VariantToString(row.lessonID, u""));
+    return modGeneric::CollectionHasKey(group, modGeneric::VariantToString(row.lessonID, u""));
 }
 
 bool IsInvalidLock(const LockRow& row, bool expectNoSessionIDRecords, const Text& sessionID, const DateTime& now) {
     if (IsNull(row.lessonTitle)) return true; // the lock points at a deleted lesson
     const int32_t lockType = modGeneric::VariantToLong(row.lockType, lltNone);
     if (modGeneric::VariantToLong(row.lessonType, ltInvalid) != ltLesson && lockType != lltClosed) return true;
-    if (IsNull(row.lockType)) throw Error(ErrorNumbers::InvalidUseOfNull, u"Invalid use of Null: lockType.");
-    if (!IsKnownLockType(lockType)) return true;
+    if (!IsKnownLockType(RequiredLockType(row))) return true;
     if (IsExpiredConnectionTest(row.lockType, row.lockDate, now)) return true;
     return expectNoSessionIDRecords && !sessionID.empty() && TextEquals(row.sessionID, sessionID);
+}
+
+Text LockName(const LockRow& row) {
+    Text name = u"the lock in row " + ToText(static_cast<long long>(row.number));
+    const std::pair<TextView, const Value&> parts[] = {
+        {u" on lesson ", row.lessonID}, {u" of user ", row.username}, {u" at machine ", row.machineName}};
+    for (const auto& [word, value] : parts)
+        if (!IsNull(value)) name.append(word).append(u"'" + modGeneric::VariantToString(value, u"") + u"'");
+    if (!IsNull(row.lockDate)) name += u" since " + modGeneric::VariantToString(row.lockDate, u"");
+    return name;
+}
+
+const Value& NotNull(const LockRow& row, const Value& value, TextView field) {
+    if (!IsNull(value)) return value;
+    throw Error(ErrorNumbers::InvalidUseOfNull,
+                u"Invalid use of Null: " + Text(field) + u" of " + LockName(row) + u".");
+}
+
+int32_t RequiredLockType(const LockRow& row) {
+    constexpr int32_t one = 0, another = 1; // no number is both defaults
+    const int32_t type = modGeneric::VariantToLong(NotNull(row, row.lockType, u"lockType"), one);
+    if (type != one || modGeneric::VariantToLong(row.lockType, another) == one) return type;
+    throw Error(ErrorNumbers::TypeMismatch, u"Type mismatch: lockType of " + LockName(row) + u" is no number.");
+}
+
+DateTime RequiredLockDate(const LockRow& row) {
+    if (const auto date = ToDate(NotNull(row, row.lockDate, u"lockDate"))) return *date;
+    throw Error(ErrorNumbers::TypeMismatch, u"Type mismatch: lockDate of " + LockName(row) + u" is no date.");
 }
 
 bool IsDeletableLock(const LockRecord& record, bool isAdministrator, const Text& username) {
@@ -105,6 +133,7 @@ std::optional<DateTime> ToDate(const Value& value) {
     if (const auto* date = std::get_if<DateTime>(&value)) return *date;
     const auto* text = std::get_if<Text>(&value);
     if (!text) return {};
+    if (const auto date = ParseDate(*text)) return date;
     // Numbers in the order year, month, day, hour, minute, second, whatever stands between them.
     std::array<int, 6> parts{};
     size_t count = 0;
@@ -112,7 +141,8 @@ std::optional<DateTime> ToDate(const Value& value) {
     for (const char16_t unit : *text) {
         const bool isDigit = unit >= u'0' && unit <= u'9';
         if (!isDigit) {
-            if (unit == u'.' && count == parts.size()) break; // a fraction of the seconds
+            // A fraction of the seconds, or the time zone, of which the table knows nothing.
+            if (count == parts.size() && TextView(u".,Zz+-").find(unit) != TextView::npos) break;
             inNumber = false;
             continue;
         }

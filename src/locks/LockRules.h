@@ -14,12 +14,20 @@ bool IsKnownLockType(int32_t lockType);
 // A connection test older than ten minutes; no other lock ever expires. False for a missing date.
 bool IsExpiredConnectionTest(const Value& lockType, const Value& lockDate, const DateTime& now);
 
-// `group` may be null: then only the lesson itself matches.
-bool IsGroupLock(const LockRow& row, const Text& lessonID, const IDCollection* group);
+// `group` may be null: then only the lesson itself matches. Throws Error when the collection fails.
+bool IsGroupLock(const LockRow& row, const Text& lessonID, KeyedCollection* group);
 
 // `sessionID` is the host's own: with `expectNoSessionIDRecords` the host says that it holds no locks, so a row
-// that carries it was left over. Throws Error when the lock type is NULL.
+// that carries it was left over. Throws Error when the lock type is NULL or no number.
 bool IsInvalidLock(const LockRow& row, bool expectNoSessionIDRecords, const Text& sessionID, const DateTime& now);
+
+// The lock as messages name it: its row, lesson, user, machine and date, as far as they are there.
+Text LockName(const LockRow& row);
+
+// A field that must be there. Throws Error, which names field and lock.
+const Value& NotNull(const LockRow& row, const Value& value, TextView field);
+int32_t RequiredLockType(const LockRow& row);
+DateTime RequiredLockDate(const LockRow& row);
 
 // Exact and case-sensitive; validity plays no part: nobody but an administrator deletes the locks of others.
 bool IsDeletableLock(const LockRecord& record, bool isAdministrator, const Text& username);

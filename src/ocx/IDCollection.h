@@ -12,8 +12,10 @@ namespace dax {
 // Answers one reference.
 _IDCollection* NewIDCollectionObject(IDCollection identifiers);
 
-// What a host's collection holds; null for null. Of one of ours, the same identifiers; of any other, those that it
-// enumerates now. Throws Error when it enumerates nothing, or something else than texts.
-std::shared_ptr<const IDCollection> ReadIDCollection(IDispatch* collection);
+// A host's collection, null for null; nothing is asked of it before the first key is. One of ours, live; a dictionary,
+// by Exists; whatever has an Item, by its key: a failure that says that there is no such item, and an item that is
+// nothing, are no; otherwise the texts that a script's array or an enumeration has when the reading begins. Every
+// other failure is an Error with the number that hosts know.
+std::shared_ptr<KeyedCollection> KeysOf(IDispatch* collection);
 
 } // namespace dax

@@ -70,7 +70,7 @@ public:
     STDMETHODIMP put_GroupIDCollection(IDispatch* value) override { return putref_GroupIDCollection(value); }
     STDMETHODIMP putref_GroupIDCollection(IDispatch* value) override {
         return Run([&] {
-            manager->groupIDCollection = ReadIDCollection(value);
+            manager->groupIDCollection = KeysOf(value);
             groupObject = ComPtr<IDispatch>(value);
         });
     }
@@ -123,14 +123,12 @@ public:
 
     STDMETHODIMP Refresh() override {
         return Run([&] {
-            TakeGroup();
             manager->Refresh();
             ViewChanged();
         });
     }
     STDMETHODIMP RebuildDisplay(VARIANT_BOOL autosizeColumns) override {
         return Run([&] {
-            TakeGroup();
             manager->RebuildDisplay(autosizeColumns != VARIANT_FALSE);
             ViewChanged();
         });
@@ -143,7 +141,6 @@ public:
     }
     STDMETHODIMP DeleteSelected() override {
         return Run([&] {
-            TakeGroup();
             manager->DeleteSelected();
             ViewChanged();
         });
@@ -161,9 +158,6 @@ private:
         ViewChanged();
         Fire(event, arguments);
     }
-
-    // A host's collection may hold other identifiers by now.
-    void TakeGroup() { manager->groupIDCollection = ReadIDCollection(groupObject.Get()); }
 
     const std::shared_ptr<LockManager> manager = View().Manager();
     ComPtr<IDispatch> groupObject;

@@ -86,6 +86,7 @@ Text CountPhrase(int32_t count, const Text& word) {
 }
 
 void LessonInfo::UpdateFrom(GroupEditor* editor) {
+    if (isSample) return;
     Show({});
     if (!editor) return;
     const Text lessonID = editor->CurrentLessonID();
@@ -106,10 +107,14 @@ void LessonInfo::ShowDesignSample(const DateTime& now) {
     sample.modifiedLine = u"modified " + VariantToString(now, u"");
     sample.exportedLine = u"exported " + VariantToString(now, u"");
     sample.modifiedByLine = sample.exportedByLine = u"by tquenby";
+    isSample = true;
     Show(std::move(sample));
 }
 
-void LessonInfo::Clear() { Show({}); }
+void LessonInfo::Clear() {
+    isSample = false;
+    Show({});
+}
 
 void LessonInfo::SetShowIdentifier(bool value) {
     showIdentifier = value;

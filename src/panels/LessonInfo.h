@@ -19,9 +19,10 @@ struct LessonInfoTexts {
 
 class LessonInfo {
 public:
-    // The summary of the editor's current entry; nothing for null. Failures of the editor reach the caller.
+    // The summary of the editor's current entry; nothing for null. The sample stays. Failures of the editor reach the
+    // caller.
     void UpdateFrom(GroupEditor* editor);
-    // What a host sees while it is being designed.
+    // What a host sees while it is being designed, until Clear.
     void ShowDesignSample(const DateTime& now);
     void Clear();
 
@@ -40,7 +41,7 @@ private:
     void Show(LessonInfoTexts newTexts);
 
     LessonInfoTexts texts;
-    bool showIdentifier = true;
+    bool showIdentifier = true, isSample = false;
 };
 
 // "no lessons", "1 lesson", "12 lessons".

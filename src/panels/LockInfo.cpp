@@ -93,6 +93,7 @@ PanelLayout LockSummary::Layout() const {
 LockInfo::LockInfo() : alive(std::make_shared<bool>(true)) {}
 
 void LockInfo::UpdateFrom(GroupEditor* editor) {
+    if (isSample) return;
     summary.lockCount = 0;
     if (!editor) {
         summary.isAvailable = false;
@@ -117,17 +118,18 @@ void LockInfo::UpdateFrom(GroupEditor* editor) {
         }
         recordset.Close();
         isLesson ? summary.ConcludeLesson() : summary.ConcludeGroup();
-    } catch (const dax::Error& error) {
+    } catch (...) {
+        const dax::Error error = CurrentError();
         summary.isAvailable = false;
         const std::weak_ptr<bool> stillThere = alive;
-        const Text description = error.Description();
-        Error.Raise(error.Number(), description);
+        Error.Raise(error.Number(), error.Description());
         if (stillThere.expired()) return;
     }
     if (Changed) Changed();
 }
 
 void LockInfo::ShowDesignSample(const DateTime& now) {
+    isSample = true;
     summary = {};
     summary.editLessonCount = 1;
     summary.editGuideCount = 1;
@@ -140,6 +142,7 @@ void LockInfo::ShowDesignSample(const DateTime& now) {
 }
 
 void LockInfo::Clear() {
+    isSample = false;
     summary = {};
     if (Changed) Changed();
 }

@@ -30,9 +30,10 @@ class LockInfo {
 public:
     LockInfo();
 
-    // Reads the locks table once. With null the panel says that there is no data; an editor without a connection
-    // string leaves the display as it is. Raises Error when the database fails.
+    // Reads the locks table once; nothing while the sample is shown. With null the panel says that there is no data; an
+    // editor without a connection string leaves the display as it is. Raises Error when the database fails.
     void UpdateFrom(GroupEditor* editor);
+    // What a host sees while it is being designed, until Clear.
     void ShowDesignSample(const DateTime& now);
     void Clear(); // as before the first update: "no locks"
 
@@ -46,6 +47,7 @@ public:
 
 private:
     LockSummary summary;
+    bool isSample = false;
     Text connectionString;
     std::shared_ptr<bool> alive; // gone with the panel: a host may release it inside Error
 };

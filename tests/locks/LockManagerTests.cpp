@@ -22,21 +22,22 @@ protected:
         manager.username = u"ann";
         manager.SetupColumns();
         manager.SelectionChanged.Add([this](LockDeleteTypes type) { selections.push_back(type); });
-        manager.Error.Add(
-            [this](int32_t, const Text& description, const Text& occasion, const Text& routine, int32_t& action) {
-                errors.push_back(ToUtf8(routine + u": " + occasion));
-                descriptions.push_back(description);
-                action = answers.empty() ? 0 : answers.front();
-                if (!answers.empty()) answers.erase(answers.begin());
-            });
+        manager.Error.Add([this](int32_t number, const Text& description, const Text& occasion, const Text& routine,
+                                 int32_t& action) {
+            errors.push_back(ToUtf8(routine + u": " + occasion));
+            descriptions.push_back(description);
+            lastNumber = number;
+            action = answers.empty() ? 0 : answers.front();
+            if (!answers.empty()) answers.erase(answers.begin());
+        });
     }
 
     void AddLock(const Text& lessonID, const Text& user, int type, const Text& session,
-                 const Text& date = u"2026/03/01 11:00:00") const {
+                 const Text& date = u"#2026/03/01 11:00:00#") const {
         database.Run({u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
                       u"lockType) VALUES (" +
                       modDB::QuoteSQLString(lessonID) + u", " + user + u", 'PC', '10.0.0.1', " +
-                      modDB::QuoteSQLString(session) + u", #" + date + u"#, " + ToText(type) + u")"});
+                      modDB::QuoteSQLString(session) + u", " + date + u", " + ToText(type) + u")"});
     }
 
     Text LocksLeft() const { return database.Ask(u"SELECT Count(*) FROM velmoraUserLocks"); }
@@ -48,6 +49,17 @@ protected:
         return cells;
     }
 
+    // A group of one lesson that fails when it is told to.
+    struct Group : KeyedCollection {
+        bool HasKey(const Text& key) override {
+            ++asked;
+            if (act) std::exchange(act, {})();
+            return key == u"l2";
+        }
+        std::function<void()> act;
+        int asked = 0;
+    };
+
     test::TestDatabase database{Engine::SQLite};
     std::shared_ptr<ListModel> list = std::make_shared<ListModel>();
     LockManager manager{list, Noon};
@@ -55,11 +67,12 @@ protected:
     std::vector<std::string> errors;
     std::vector<Text> descriptions;
     std::vector<int32_t> answers;
+    int32_t lastNumber = 0;
 };
 
 TEST_F(LockManagerTest, ListsFiltersAndCounts) {
     AddLock(u"l1", u"'ann'", lltEditLesson, u"s1");
-    AddLock(u"l2", u"'o''hara'", lltReadLesson, u"s2", u"2026/03/01 11:59:18");
+    AddLock(u"l2", u"'o''hara'", lltReadLesson, u"s2", u"#2026/03/01 11:59:18#");
     AddLock(u"g1", u"'ann'", lltClosed, u"s1");
     AddLock(u"gone", u"'Ann'", lltEditGuide, u"s3"); // its lesson was deleted
     manager.Refresh();
@@ -104,6 +117,8 @@ TEST_F(LockManagerTest, EachAnswerToANullUserEndsAsDocumented) {
         EXPECT_EQ(errors, std::vector<std::string>{"Refresh: updating the lock display"}) << action;
         EXPECT_TRUE(selections.empty());
         EXPECT_LE(manager.LockCount(), 1) << "the rows before the failure stay";
+        for (const char* part : {"Invalid use of Null: username", "row 2", "'l2'", "'PC'"})
+            EXPECT_THAT(ToUtf8(descriptions.back()), ::testing::HasSubstr(part));
     }
     // Ignored twice: filling the record, and filling the cell.
     errors.clear();
@@ -112,46 +127,99 @@ TEST_F(LockManagerTest, EachAnswerToANullUserEndsAsDocumented) {
     EXPECT_EQ(errors.size(), 2u);
     EXPECT_THAT(Column(u"user"), ::testing::UnorderedElementsAre("ann", ""));
     EXPECT_THAT(Column(u"machine"), ::testing::Each("PC")) << "it goes on with the next statement";
+}
 
-    // The host repairs the row and asks to try again: the row in memory is still the old one.
-    errors.clear();
-    answers = {actRetry, actRetry, actAbort};
+TEST_F(LockManagerTest, TheGroupIsAskedRowByRowAndItsErrorsAreTrapped) {
+    const auto group = std::make_shared<Group>();
+    manager.groupIDCollection = group;
+    manager.lessonID = u"l1";
+    for (const Text lesson : {u"l1", u"l2", u"g1"}) AddLock(lesson, u"'ann'", lltClosed, u"s1");
     manager.Refresh();
-    EXPECT_EQ(errors.size(), 3u) << "the same statement, once more each time";
+    EXPECT_EQ(group->asked, 0) << "of no interest to the other display types";
+    manager.lockDisplayType = ldtGroupLocks;
+    const auto fails = [] { throw Error(5, u"not now"); };
+    const auto lacksMemory = [] { throw std::bad_alloc(); };
+    const struct {
+        std::function<void()> act;
+        int32_t answer, number;
+        int asked;
+        std::vector<std::string> titles;
+    } cases[] = {
+        {{}, 0, 0, 2, {"Birds", "Ants"}},
+        {fails, 0, 5, 1, {"Birds"}},
+        {fails, actRetry, 5, 3, {"Birds", "Ants"}},
+        {fails, actIgnore, 5, 2, {"Birds", "Ants"}},
+        {lacksMemory, actRetry, 7, 3, {"Birds", "Ants"}},
+        {[this] { manager.Refresh(); }, 0, 0, 3, {"Birds", "Ants"}}, // a host that does more than it is asked
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(&each - cases);
+        group->act = each.act;
+        group->asked = 0;
+        errors.clear();
+        answers = {each.answer};
+        lastNumber = 0;
+        manager.Refresh();
+        EXPECT_EQ(errors.size(), each.number ? 1u : 0u);
+        EXPECT_EQ(lastNumber, each.number);
+        EXPECT_EQ(group->asked, each.asked);
+        EXPECT_EQ(Column(u"title"), each.titles);
+    }
+    manager.KeyDown(116);
+    EXPECT_EQ(manager.LockCount(), 2);
+    manager.ColumnClicked(0);
+    EXPECT_THAT(Column(u"title"), ::testing::ElementsAre("Ants", "Birds"));
+}
+
+// As other programs write dates.
+TEST_F(LockManagerTest, WhatIsListedCanBeDeletedInWhateverFormItIsStored) {
+    for (const Text date :
+         {u"'2026-03-01 11:00:00'", u"'2026-03-01 11:00:00.000'", u"'2026/03/01 9:05:07'", u"'2026-03-01T11:00:00'",
+          u"'2026-03-01'", u"'2026-03-01 11:00:00.1234567'", u"'2026-03-01T11:00:00Z'", u"'2026/3/1 1:00:00 PM'"}) {
+        AddLock(u"l1", u"'ann'", lltEditLesson, u"s1", date);
+        AddLock(u"l1", u"'ann'", lltEditLesson, u"s1", u"'2026-03-02 11:00:00.000'");
+        manager.Refresh();
+        ASSERT_EQ(manager.LockCount(), 2) << ToUtf8(date);
+        Select(0);
+        manager.DeleteSelected();
+        EXPECT_EQ(LocksLeft(), u"1") << ToUtf8(date);
+        EXPECT_EQ(database.Ask(u"SELECT lockDate FROM velmoraUserLocks").substr(0, 10), u"2026-03-02");
+        database.Run({u"DELETE FROM velmoraUserLocks"});
+    }
+    database.Run({u"DROP TABLE velmoraUserLocks",
+                  u"CREATE TABLE velmoraUserLocks (lessonID TEXT, username TEXT, machineName TEXT, machineIP TEXT, "
+                  u"sessionID TEXT, lockDate TEXT, lockType TEXT)",
+                  u"INSERT INTO velmoraUserLocks VALUES ('l1', 'ann', 'PC', '', 's1', '2026/03/01 9:05:07', ' 1')"});
+    manager.Refresh();
+    EXPECT_THAT(Column(u"locktype"), ::testing::ElementsAre("editing lesson"));
+    Select(0);
+    manager.DeleteSelected();
+    EXPECT_EQ(LocksLeft(), u"0");
+    EXPECT_TRUE(errors.empty());
 }
 
 TEST_F(LockManagerTest, AFailingDeleteIsRolledBackRetriedOrSkipped) {
-    AddLock(u"l1", u"'ann'", lltEditLesson, u"s1");
-    AddLock(u"l2", u"'ann'", lltEditLesson, u"s2");
-    const std::vector<Text> refuse{u"CREATE TRIGGER refuse BEFORE DELETE ON velmoraUserLocks WHEN OLD.lessonID = 'l2'"
-                                   u" BEGIN SELECT RAISE(ABORT, 'kept'); END"};
-    const auto selectBoth = [this] {
+    const std::pair<std::vector<int32_t>, Text> cases[] = {
+        {{0}, u"2"},         {{actAbort}, u"2"},
+        {{99}, u"2"},                                       // all or nothing
+        {{actIgnore}, u"1"}, {{actRetry, actIgnore}, u"1"}, // the refused one is skipped, the other deleted
+    };
+    for (const auto& [given, left] : cases) {
+        SCOPED_TRACE(::testing::PrintToString(given));
+        for (const Text lesson : {u"l1", u"l2"}) AddLock(lesson, u"'ann'", lltEditLesson, u"s1");
+        database.Run({u"CREATE TRIGGER refuse BEFORE DELETE ON velmoraUserLocks WHEN OLD.lessonID = 'l2'"
+                      u" BEGIN SELECT RAISE(ABORT, 'kept'); END"});
         manager.ColumnClicked(1);
         for (size_t item = 0; item < list->Items().size(); ++item) Select(item);
-    };
-    database.Run(refuse);
-    for (const int32_t action : {0, int32_t{actAbort}, 99}) {
-        selectBoth();
-        answers = {action};
+        answers = given;
         errors.clear();
         manager.DeleteSelected();
-        ASSERT_EQ(errors, std::vector<std::string>{"DeleteSelected: deleting selected locks"});
+        EXPECT_EQ(errors, std::vector(given.size(), std::string("DeleteSelected: deleting selected locks")));
         EXPECT_THAT(ToUtf8(descriptions.back()), ::testing::HasSubstr("kept"));
-        EXPECT_EQ(LocksLeft(), u"2") << "all or nothing";
+        EXPECT_EQ(LocksLeft(), left);
+        // No connection of the manager stands in the way.
+        database.Run({u"DROP TRIGGER refuse", u"DELETE FROM velmoraUserLocks"});
     }
-    selectBoth();
-    answers = {actIgnore};
-    manager.DeleteSelected();
-    EXPECT_EQ(LocksLeft(), u"1") << "the refused one is skipped, the other deleted";
-
-    AddLock(u"l1", u"'ann'", lltEditLesson, u"s1");
-    selectBoth();
-    errors.clear();
-    answers = {actRetry, actIgnore};
-    manager.DeleteSelected();
-    EXPECT_EQ(errors.size(), 2u) << "retried, then skipped";
-    EXPECT_EQ(LocksLeft(), u"1");
-    database.Run({u"DROP TRIGGER refuse"}); // no connection of the manager stands in the way
 }
 
 } // namespace

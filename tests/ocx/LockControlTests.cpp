@@ -1,5 +1,6 @@
 // The lock list and both panels as controls: automation, the answers to errors, keys, and every way to let go.
 #include "Course.h"
+#include "Scripts.h"
 #include "TestSite.h"
 
 #include <commctrl.h>
@@ -7,8 +8,6 @@
 namespace dax::test {
 
 namespace {
-
-enum Answer : long { Abort = 3, Retry = 4, Ignore = 5 };
 
 class LockControlTest : public OcxTest {
 protected:
@@ -28,6 +27,12 @@ protected:
         Set(L"SessionID", Variant(u"another"));
         Call(locks.Get(), L"RebuildDisplay");
     }
+    int32_t Shown(int32_t display) {
+        Set(L"LockDisplayType", Variant(display));
+        Take();
+        Call(locks.Get(), L"Refresh");
+        return Count(L"LockCount");
+    }
     std::string Take() { return std::exchange(heard, {}); }
     static void Select(HWND list, WPARAM row) {
         LVITEMW item{};
@@ -37,23 +42,39 @@ protected:
 
     const Course course;
     std::string heard;
+    Text number; // of the last error
     std::function<void()> onError;
     ComPtr<IDispatch> locks = Create(L"DAXControls.LockManager");
     Sink sink{[this](DISPID event, const std::vector<Text>& arguments) {
         heard += event == 1 ? "Selection " : event == 2 ? "Delete " : "Error ";
         heard += event == 3 ? ToUtf8(arguments[2] + u"/" + arguments[3] + u"/" + arguments[4]) : ToUtf8(arguments[0]);
         heard += "; ";
+        if (event == 3) number = arguments[0];
         if (event == 3 && onError) onError();
     }};
 };
 
-// A host's own collection, which enumerates what it has.
+// A host's own collection, which enumerates what it has, or has an Item, which says no with a code.
 class TestCollection final : public TestDispatch<IEnumVARIANT> {
 public:
     std::vector<Variant> elements;
     size_t next = 0;
+    std::optional<HRESULT> no;
+    int asked = 0;
 
-    STDMETHODIMP Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*, UINT*) override {
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* dispid) override {
+        ++asked;
+        *dispid = 7;
+        return no && std::wstring_view(*names) == L"Item" ? S_OK : DISP_E_UNKNOWNNAME;
+    }
+    STDMETHODIMP Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT* result, EXCEPINFO*,
+                        UINT*) override {
+        ++asked;
+        if (dispid == 7) {
+            for (Variant& each : elements)
+                if (FromBstr(each.bstrVal) == FromBstr(arguments->rgvarg->bstrVal)) return VariantCopy(result, &each);
+            return *no;
+        }
         if (dispid != DISPID_NEWENUM) return DISP_E_MEMBERNOTFOUND;
         next = 0;
         AddRef();
@@ -83,15 +104,10 @@ TEST_F(LockControlTest, ListsCountsAndFilters) {
     EXPECT_EQ(Count(L"SelectedLockDeleteType"), 1);
     Set(L"IsAdministrator", Variant(true));
     EXPECT_EQ(Count(L"DeletableLockCount"), 6);
-    const auto shown = [&](int32_t display) {
-        Set(L"LockDisplayType", Variant(display));
-        Call(locks.Get(), L"Refresh");
-        return Count(L"LockCount");
-    };
-    EXPECT_EQ(shown(1), 3) << "ann's";
+    EXPECT_EQ(Shown(1), 3) << "ann's";
     Set(L"LessonID", Variant(u"c"));
-    EXPECT_EQ(shown(2), 2);
-    EXPECT_EQ(shown(3), 2) << "no group yet: the lesson alone";
+    EXPECT_EQ(Shown(2), 2);
+    EXPECT_EQ(Shown(3), 2) << "no group yet: the lesson alone";
 
     const auto editor = Create(L"DAXControls.GroupEditor");
     Put(editor.Get(), L"ConnectionString", Variant(course.ConnectionString()));
@@ -99,37 +115,81 @@ TEST_F(LockControlTest, ListsCountsAndFilters) {
     Variant group = Call(editor.Get(), L"GetChildLessonIDCollection", {Variant(u"g")});
     Put(locks.Get(), L"GroupIDCollection", group, DISPATCH_PROPERTYPUTREF);
     EXPECT_EQ(ObjectOf(Call(locks.Get(), L"GroupIDCollection")).Get(), group.pdispVal);
-    EXPECT_EQ(shown(3), 4) << "a and b of the group, and the lesson";
+    EXPECT_EQ(Shown(3), 4) << "a and b of the group, and the lesson";
 
+    Call(group.pdispVal, L"Remove", {Variant(u"a")});
+    Call(group.pdispVal, L"Add", {Variant(u"d"), Variant(u"d")});
+    Call(group.pdispVal, L"Add", {Variant(u"a")});
+    Call(group.pdispVal, L"Remove", {Variant(1)});
+    EXPECT_EQ(Shown(3), 4) << "b was the first";
+    EXPECT_EQ(TextOf(Call(group.pdispVal, L"Item", {Variant(2)})), u"d");
+    const auto code = [&](const wchar_t* member, std::initializer_list<Variant> arguments) {
+        return static_cast<uint32_t>(CodeOf([&] { Call(group.pdispVal, member, arguments); }));
+    };
+    EXPECT_EQ(code(L"Add", {Variant(u"d")}), 0x800A01C9);
+    EXPECT_EQ(code(L"Add", {Variant(u"d"), Variant(u"y")}), 0x800A0005);
+    EXPECT_EQ(code(L"Remove", {Variant(u"b")}), 0x800A0005);
+    EXPECT_EQ(code(L"Remove", {Variant(9)}), 0x800A0009);
+}
+
+TEST_F(LockControlTest, AGroupIsAnyCollectionOfTheHost) {
+    Open();
+    Set(L"LessonID", Variant(u"c"));
     TestCollection own;
     own.elements = {Variant(u"a"), Variant(u"a"), Variant(u"d")};
     Set(L"GroupIDCollection", Variant(&own));
-    EXPECT_EQ(shown(3), 4);
-    own.elements = {Variant(u"gone")};
-    EXPECT_EQ(shown(3), 3) << "what the host's collection holds by now";
-    own.elements = {Variant(static_cast<IDispatch*>(&own))};
-    EXPECT_EQ(CodeOf([&] { shown(3); }), static_cast<HRESULT>(0x800A000D));
-    EXPECT_EQ(CodeOf([&] { Set(L"GroupIDCollection", Variant(locks.Get())); }), static_cast<HRESULT>(0x800A01B6));
-    own.elements.clear();
-    Set(L"GroupIDCollection", Variant(static_cast<IDispatch*>(nullptr)));
+    EXPECT_EQ(Shown(0), 6);
+    EXPECT_EQ(own.asked, 0) << "stored, and of no interest to other lists";
+    EXPECT_EQ(Shown(3), 4) << "a, d, and the lesson's two";
+    const std::string told = "Selection 1; ", failed = "Error updating the lock display/Refresh/0; ";
+    own.elements = {Variant(u"b")};
+    const std::tuple<uint32_t, int32_t, std::string, Text> items[] = {
+        {0x800A0005, 3, told, u""},    {0x8002000B, 3, told, u""},     {0, 3, told, u""}, // there is no such item
+        {0x80020005, 3, told, u""}, // takes places only: enumerated
+        {0x8007000E, 0, failed, u"7"}, {0x800A0046, 0, failed, u"70"},
+    };
+    for (const auto& [no, count, events, error] : items) {
+        own.no = static_cast<HRESULT>(no);
+        number.clear();
+        EXPECT_EQ(Shown(3), count) << no;
+        EXPECT_EQ(Take(), events) << no;
+        EXPECT_EQ(number, error) << no;
+    }
+    Set(L"GroupIDCollection", Variant(locks.Get()));
+    Shown(3);
+    EXPECT_EQ(number, u"438");
     EXPECT_EQ(own.references, 1u);
-    EXPECT_EQ(shown(3), 2);
+
+    const auto dictionary = Create(L"Scripting.Dictionary");
+    Put(dictionary.Get(), L"CompareMode", Variant(1));
+    Call(dictionary.Get(), L"Add", {Variant(u"D"), Variant(u"")});
+    Put(locks.Get(), L"GroupIDCollection", Variant(dictionary.Get()), DISPATCH_PROPERTYPUTREF);
+    EXPECT_EQ(Shown(3), 3);
+    EXPECT_EQ(NumberOf(Call(dictionary.Get(), L"Count")), 1) << "asking adds nothing";
+    Set(L"GroupIDCollection", Variant(static_cast<IDispatch*>(nullptr)));
+    EXPECT_EQ(Shown(3), 2);
+    EXPECT_EQ(Take(), told);
+
+    const TempFolder folder;
+    const Text script = folder.Write(u"groups.js", R"(
+var locks = new ActiveXObject('DAXControls.LockManager'), keys = { a: 1, b: 2 };
+function show(group) { locks.GroupIDCollection = group; locks.RebuildDisplay(); WScript.Echo(locks.LockCount); }
+locks.ConnectionString = WScript.Arguments(0); locks.LockDisplayType = 3; show(['c', 'd']);
+show({ Item: function (key) { return keys[key]; } }); keys.d = 3; locks.Refresh(); WScript.Echo(locks.LockCount);
+)");
+    const auto outcome = RunScript(ToWide(script), Quoted(course.ConnectionString()));
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(outcome.output, "3\n2\n3\n");
 }
 
 TEST_F(LockControlTest, TheHostAnswersErrors) {
     Open();
     Take();
     Set(L"ConnectionString", Variant(u"Provider=Nonsense"));
-    const std::string error = "Error updating the lock display/Refresh/0; ";
-    for (const long answer : {0L, long{Abort}}) {
-        sink.answer = answer;
-        Call(locks.Get(), L"Refresh");
-        EXPECT_EQ(Take(), error);
-    }
-    sink.answer = Retry;
+    sink.answer = 4; // to try again
     onError = [&] { Set(L"ConnectionString", Variant(course.ConnectionString())); };
     Call(locks.Get(), L"Refresh");
-    EXPECT_EQ(Take(), error + "Selection 1; ") << "the second attempt works";
+    EXPECT_EQ(Take(), "Error updating the lock display/Refresh/0; Selection 1; ");
     EXPECT_EQ(Count(L"LockCount"), 6);
 }
 
@@ -158,6 +218,13 @@ TEST_F(LockControlTest, TheUserSelectsAsksAndTheHostDeletes) {
     course.AddLock(u"a", u"ann", 1, 1);
     EXPECT_TRUE(press(VK_F5));
     EXPECT_EQ(Count(L"LockCount"), 4);
+    TestCollection group;
+    group.elements = {Variant(u"a")};
+    Set(L"GroupIDCollection", Variant(&group));
+    Set(L"LockDisplayType", Variant(3));
+    EXPECT_TRUE(press(VK_F5));
+    EXPECT_EQ(Count(L"LockCount"), 1);
+    Set(L"GroupIDCollection", Variant(static_cast<IDispatch*>(nullptr)));
     EXPECT_FALSE(press(VK_TAB));
     EXPECT_FALSE(press(VK_ESCAPE));
     object->Close(OLECLOSE_NOSAVE);

@@ -141,10 +141,13 @@ TEST_F(LockManagerWindowTest, HeadersSortAndShowHow) {
         {u"lockdate", "Ducks Bees Cats Eels Ants ", "lockdate up "},
         {u"age", "Ants Eels Cats Bees Ducks ", "age down "}, // the same order by nature: only the direction turns
         {u"title", "Ants Bees Cats Ducks Eels ", "title up "},
+        {u"lockdate", "Ducks Bees Cats Eels Ants ", "lockdate up "},
+        {u"lockdate", "Ants Eels Cats Bees Ducks ", "lockdate down "},
     };
+    const auto click = [&](TextView column) { hand.Do([&](Hand& user) { user.Click(host.OnHeader(column)); }); };
     for (const auto& each : clicks) {
         SCOPED_TRACE(ToUtf8(each.column) + " " + each.arrows);
-        hand.Do([&](Hand& user) { user.Click(host.OnHeader(each.column)); });
+        click(each.column);
         EXPECT_EQ(host.Rows(), each.rows);
         EXPECT_EQ(host.Arrows(), each.arrows);
         EXPECT_EQ(host.Take(), "S1 ");
@@ -153,6 +156,20 @@ TEST_F(LockManagerWindowTest, HeadersSortAndShowHow) {
     host.control->Manager()->RebuildDisplay();
     EXPECT_EQ(host.Arrows(), "") << "and nothing is sorted";
     EXPECT_EQ(SendMessageW(host.Header(), HDM_GETITEMCOUNT, 0, 0), 7);
+    click(u"title");
+    EXPECT_EQ(host.Arrows(), "title down ") << "in the direction that was left";
+    EXPECT_EQ(host.Rows(), "Eels Ducks Cats Bees Ants ");
+
+    // A host that looks at the list while it hears of an error.
+    database->Run({u"UPDATE velmoraUserLocks SET username = NULL WHERE lessonID = '2'"});
+    std::string seen;
+    host.control->Manager()->Error.Add([&](int32_t, const Text&, const Text&, const Text&, int32_t& action) {
+        seen += host.Rows() + "| ";
+        action = actIgnore;
+    });
+    click(u"title");
+    EXPECT_EQ(seen, "Ants | Ants Bees | ") << "filling the record, and filling the cell";
+    EXPECT_EQ(host.Rows(), "Ants Bees Cats Ducks Eels ");
 }
 
 TEST_F(LockManagerWindowTest, SeveralRowsAreSelectedAndDeleted) {

@@ -16,6 +16,7 @@ struct Drawing {
         int top = 0, bottom = 0;
         std::vector<uint32_t> pixels;
         int left = 0, right = 0; // of the ink
+        bool operator==(const Band&) const = default;
     };
     Drawing(ControlWindow& panel, int width, int height) {
         const MemoryBitmap bitmap(width, height);
@@ -150,14 +151,23 @@ TEST_F(PanelWindowTest, LocksStandInUpToFourLines) {
 TEST_F(PanelWindowTest, TheSampleOfDesignModeFits) {
     LessonInfoWindow lesson;
     LockInfoWindow locks;
-    for (WindowBase* panel : {static_cast<WindowBase*>(&lesson), static_cast<WindowBase*>(&locks)}) {
-        const SIZE size = panel->PreferredSize(96);
-        panel->SetAmbient(At(96, false));
-        panel->InitProperties();
-        const Drawing sample(*panel, size.cx, size.cy);
-        EXPECT_GE(sample.bands.size(), 4u);
-        EXPECT_LT(sample.bands.back().bottom, size.cy);
-    }
+    int statements = 0;
+    SetStatementObserver([&](TextView) { ++statements; });
+    for (const bool isDesign : {true, false})
+        for (WindowBase* panel : {static_cast<WindowBase*>(&lesson), static_cast<WindowBase*>(&locks)}) {
+            const SIZE size = panel->PreferredSize(96);
+            panel->SetAmbient(At(96, !isDesign));
+            panel->InitProperties();
+            const Drawing first(*panel, size.cx, size.cy);
+            EXPECT_EQ(first.bands.size() >= 4, isDesign);
+            EXPECT_TRUE(first.bands.empty() || first.bands.back().bottom < size.cy);
+            statements = 0;
+            GroupEditor* const source = editor.editor.get();
+            panel == &lesson ? lesson.Info()->UpdateFrom(source) : locks.Info()->UpdateFrom(source);
+            EXPECT_TRUE(!isDesign || Drawing(*panel, size.cx, size.cy).bands == first.bands);
+            EXPECT_EQ(statements, !isDesign && panel == &locks ? 1 : 0);
+        }
+    SetStatementObserver({});
 }
 
 } // namespace dax::test

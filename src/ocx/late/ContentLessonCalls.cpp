@@ -19,8 +19,9 @@ constexpr IID scriptedID{0xa6ef9860, 0xc720, 0x11d0, {0x93, 0x37, 0x00, 0xa0, 0x
 // A host could enumerate for ever.
 constexpr size_t mostElements = 1'000'000;
 // How collections say that they have no such element: invalid call, subscript out of range, invalid argument, bad
-// index, element not found, no such element in a tree.
-constexpr std::array<uint32_t, 6> missing{0x800A0005, 0x800A0009, 0x80070057, 0x8002000B, 0x80070490, 0x800A8B11};
+// index, element not found, no such element in a tree, no such item of a database, and what managed collections say.
+constexpr std::array<uint32_t, 10> missing{0x800A0005, 0x800A0009, 0x80070057, 0x8002000B, 0x80070490,
+                                           0x800A8B11, 0x800A0CC1, 0x80131577, 0x80131508, 0x80131502};
 
 [[noreturn]] void RefuseKind() { throw Error(ErrorNumbers::TypeMismatch, u"An object of the host answered amiss."); }
 
@@ -120,6 +121,14 @@ Variant HostObject::Call(const wchar_t* member, std::initializer_list<Variant> a
     if (code == DISP_E_MEMBERNOTFOUND && arguments.size() == 0)
         code = Invoke(dispid, DISPATCH_METHOD, arguments, result, description);
     if (FAILED(code)) Fail(member, code, description);
+    return result;
+}
+
+Variant HostObject::Get(const wchar_t* property) const {
+    Variant result;
+    Text description;
+    const HRESULT code = Invoke(Find(property), DISPATCH_PROPERTYGET, {}, result, description);
+    if (FAILED(code)) Fail(property, code, description);
     return result;
 }
 
