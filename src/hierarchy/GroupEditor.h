@@ -67,6 +67,11 @@ public:
     LessonTypes GetLessonType(const Text& lessonID) const;
     int32_t GetChildLessonCount(const Text& lessonID) const; // descendants at every depth; 0 for the database
     IDCollection GetChildLessonIDCollection(const Text& lessonID) const;
+    // Selects the next entry in whose title, identifier or lessonID the text occurs, whatever its case, and answers its
+    // lessonID; empty when there is none. The search begins behind the selected entry, goes down the tree whether
+    // expanded or not, and, when it wraps around, ends before that entry. The database itself is never found. As in the
+    // lesson map, all three fields are looked at, whatever `findType` says.
+    Text FindLesson(const Text& text, FindTypes findType, bool wrapAround);
     // As loaded; null for a lesson that came later.
     std::shared_ptr<PropertyCollection> GetLessonProperties(const Text& lessonID);
     std::shared_ptr<PropertyCollection> GetAggregateProperties(const Text& lessonID) const;

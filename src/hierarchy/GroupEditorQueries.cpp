@@ -1,5 +1,6 @@
 // The questions about lessons.
 
+#include "base/TextComparison.h"
 #include "hierarchy/GroupEditor.h"
 #include "hierarchy/LessonTokens.h"
 #include "hierarchy/modClassification.h"
@@ -33,6 +34,28 @@ IDCollection GroupEditor::GetChildLessonIDCollection(const Text& lessonID) const
     IDCollection keys = modTVW::GetDescendantKeys(modTVW::GetNodeByKey(tree, lessonID));
     keys.Add(lessonID);
     return keys;
+}
+
+Text GroupEditor::FindLesson(const Text& text, FindTypes, bool wrapAround) {
+    const Text wanted = FoldCase(text);
+    const Node* const start = tree.Selected() ? tree.Selected() : tree.First();
+    bool hasWrapped = false;
+    for (const Node* node = modTVW::GetNextNode(start); node != start; node = modTVW::GetNextNode(node)) {
+        if (!node) {
+            if (hasWrapped || !wrapAround) return {};
+            hasWrapped = true;
+            node = tree.First();
+            if (node == start) return {};
+        }
+        if (!node->Parent()) continue;
+        for (const Text& field : {node->Caption(), node->Tag(), node->Key()}) {
+            if (FoldCase(field).find(wanted) == Text::npos) continue;
+            const Text found = node->Key();
+            SetCurrentLessonID(found);
+            return found;
+        }
+    }
+    return {};
 }
 
 std::shared_ptr<PropertyCollection> GroupEditor::GetLessonProperties(const Text& lessonID) {

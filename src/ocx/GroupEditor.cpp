@@ -163,6 +163,14 @@ public:
     STDMETHODIMP put_ConflictCheck(VARIANT_BOOL value) override {
         return Run([&] { editor->SetConflictCheck(value != VARIANT_FALSE); });
     }
+    STDMETHODIMP FindLesson(BSTR text, ::FindTypes findType, VARIANT_BOOL wrapAround, BSTR* lessonID) override {
+        return Answer(lessonID, [&] {
+            Text found =
+                editor->FindLesson(FromBstr(text), static_cast<dax::FindTypes>(findType), wrapAround != VARIANT_FALSE);
+            ViewChanged();
+            return found;
+        });
+    }
 
 private:
     ~GroupEditorControl() override {

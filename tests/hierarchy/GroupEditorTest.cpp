@@ -93,6 +93,37 @@ TEST_F(EditorOnFile, Questions) {
     EXPECT_EQ(figures(u"late"), u"0|1|0|Late||1||");
 }
 
+TEST_F(EditorOnFile, Find) {
+    struct Case {
+        Text from, wanted;
+        bool wraps;
+        Text found;
+    };
+    editor->UpdateLesson(u"b", u"\u01AFU TI\u00CAN", u"K\u00FCrzel", ltLesson);
+    const Case cases[] = {
+        {u"", u"s", false, u"s"},
+        {u"s", u"c", false, u"c"},                // the selected entry itself is passed over
+        {u"", u"\u01B0u ti\u00EAn", false, u"b"}, // titles,
+        {u"", u"K\u00DCRZEL", false, u"b"},       // identifiers
+        {u"", u"ID D", false, u"d"},              //
+        {u"h", u"D", true, u"g"},                 // "id g"
+        {u"h", u"c", false, u""},                 //
+        {u"h", u"c", true, u"c"},                 // behind the end begins the top
+        {u"b", u"tien", true, u""},               //
+        {u"b", u"K\u00FCrzel", true, u""},        // nor is it found when it alone has the text
+        {u"unknown", u"velmora", true, u""},      // the database is no entry
+        {u"", u"", false, u"g"},
+    };
+    for (const Case& each : cases) {
+        editor->SetCurrentLessonID(each.from);
+        const Text selected = editor->CurrentLessonID();
+        EXPECT_EQ(editor->FindLesson(each.wanted, ftID, each.wraps), each.found) << ToUtf8(each.wanted);
+        EXPECT_EQ(editor->CurrentLessonID(), each.found.empty() ? selected : each.found);
+    }
+    editor->Clear();
+    EXPECT_EQ(editor->FindLesson(u"", ftTitle, true), u"");
+}
+
 TEST_F(EditorOnFile, Tokens) {
     const auto tokens = [&](const Text& id) {
         const auto all = editor->GetLessonTokens(id);
