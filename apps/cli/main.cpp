@@ -7,6 +7,8 @@
 #include "Target.h"
 #include "base/Secrets.h"
 
+#include "data/BuiltInEngine.h"
+
 #include <algorithm>
 
 namespace dax::cli {
@@ -104,7 +106,7 @@ ExitCode Dispatch(std::span<const Text> words) {
     }
     if (words[0] == u"--help" || words[0] == u"-h" || words[0] == u"help") return ShowHelp(words.subspan(1));
     if (words[0] == u"--version") {
-        Print(u"dax " + FromUtf8(DAX_VERSION));
+        Print(u"dax " + FromUtf8(DAX_VERSION) + u"\nwith " + BuiltInEngine() + u" (public domain)");
         return Success;
     }
     return RunCommand(CommandNamed(words[0]), words.subspan(1), isTracedFirst);

@@ -26,7 +26,7 @@ TEST(CommandLineTest, HelpsOnStandardOutput) {
     EXPECT_EQ(RunDax({u"map", u"a", u"-h"}).output, help.output);
     EXPECT_EQ(RunDax({u"help", u"map"}).output, help.output);
     EXPECT_EQ(RunDax({u"help"}).output, overview.output);
-    EXPECT_THAT(RunDax({u"--version"}).output, HasSubstr("dax 3.3"));
+    EXPECT_THAT(RunDax({u"--version"}).output, AllOf(HasSubstr("dax 3.3"), HasSubstr("SQLite 3.")));
 }
 
 TEST(CommandLineTest, NamesWhatIsWrongWithTheUsage) {

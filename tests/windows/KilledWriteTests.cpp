@@ -23,14 +23,14 @@ Text Variable(const wchar_t* name) {
 }
 
 // `whileItRuns`, when given, gets the process.
-DWORD RunVictim(const Text& test, const Text& connectionString, int rows,
+DWORD RunVictim(const Text& suite, const Text& connectionString, int rows,
                 const std::function<void(HANDLE)>& whileItRuns = {}) {
     SetEnvironmentVariableW(databaseVariable, Wide(connectionString));
     SetEnvironmentVariableW(rowsVariable, Wide(ToText(rows)));
     std::vector<wchar_t> program(2000);
     GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
-    Text command = u"\"" + FromWide(program.data()) +
-                   u"\" --gtest_also_run_disabled_tests --gtest_filter=KilledWrite." + test + u" --gtest_output=";
+    Text command = u"\"" + FromWide(program.data()) + u"\" --gtest_also_run_disabled_tests --gtest_filter=" + suite +
+                   u".DISABLED_Victim --gtest_output=";
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES; // none: the victim is silent
@@ -67,7 +67,7 @@ TEST(KilledWrite, DISABLED_Victim) {
 TEST_P(KilledWriteOnEveryEngine, LeavesNoRow) {
     database->Run(Schema::CreateStatements(Schema::Database::Content, database->Kind()));
     for (const int rows : {0, 1, 4}) {
-        EXPECT_EQ(RunVictim(u"DISABLED_Victim", database->ConnectionString(), rows), killed);
+        EXPECT_EQ(RunVictim(u"KilledWrite", database->ConnectionString(), rows), killed);
         for (const Schema::Table& table : Schema::Tables(Schema::Database::Content))
             EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM " + Text(table.name)), u"0")
                 << ToUtf8(table.name) << " after " << rows << " rows";
@@ -78,7 +78,7 @@ TEST_P(KilledWriteOnEveryEngine, LeavesNoRow) {
 }
 
 // All titles become one, the row of the other title goes and that of this one comes.
-TEST(KilledWrite, DISABLED_SavingVictim) {
+TEST(KilledSaver, DISABLED_Victim) {
     const Text title = Variable(titleVariable);
     const Text fatal = Variable(rowsVariable); // the statement that is the last; 0: somebody else ends it
     int sent = 0;
@@ -122,13 +122,13 @@ TEST_P(KilledSave, IsDoneOrNot) {
         SetEnvironmentVariableW(titleVariable, Wide(other));
         const bool isBeforeStatement = kill % 2 == 0;
         const auto statement = static_cast<int>(1 + random() % 62);
-        const DWORD code = RunVictim(u"DISABLED_SavingVictim", database.Name(), isBeforeStatement ? statement : 0,
-                                     [&](HANDLE process) {
-                                         if (isBeforeStatement) return;
-                                         EXPECT_EQ(WaitForSingleObject(begins, 60'000), WAIT_OBJECT_0);
-                                         for (auto left = random() % 120; left > 0; --left) Sleep(1);
-                                         TerminateProcess(process, killed);
-                                     });
+        const DWORD code =
+            RunVictim(u"KilledSaver", database.Name(), isBeforeStatement ? statement : 0, [&](HANDLE process) {
+                if (isBeforeStatement) return;
+                EXPECT_EQ(WaitForSingleObject(begins, 60'000), WAIT_OBJECT_0);
+                for (auto left = random() % 120; left > 0; --left) Sleep(1);
+                TerminateProcess(process, killed);
+            });
         ASSERT_TRUE(!isBeforeStatement || code == killed) << code;
         const std::map<Text, Text> found = ReadRows(database.Name());
         const bool isDone = found.contains(u"new" + other);

@@ -38,6 +38,16 @@ def samples(*patterns):
             for pattern in patterns for path in glob.glob(f"{folder}/{pattern}") if os.path.isfile(path)}
 
 
+def readme(name, **values):
+    """A text of the package, with what it tells of this build. SQLite has one version for all variants."""
+    header = read("build", "setup", "sqlite", "sqlite3.h")
+    values["SQLITE"] = re.search(rb'#define SQLITE_VERSION +"(.*)"', header).group(1).decode()
+    text = read("package", name)
+    for mark, value in values.items():
+        text = text.replace(f"@{mark}@".encode(), str(value).encode())
+    return text
+
+
 def windows_files(bits):
     generated = os.path.join("build", f"win{bits}", "src", "ocx", "generated")
     files = pictures() | {name: read("build", f"win{bits}", "bin", name) for name in BINARIES}
@@ -47,7 +57,7 @@ def windows_files(bits):
         # The first line tells where the compiler has found its source.
         texts[f"include/{name}.h"] = read(generated, f"{name}.h").split(b"\n", 1)[1]
     texts["LICENSE.txt"] = read("LICENSE")
-    texts["README.txt"] = read("package", "windows.txt").replace(b"@BITS@", str(bits).encode())
+    texts["README.txt"] = readme("windows.txt", BITS=bits)
     for name in ("register.cmd", "unregister.cmd"):
         texts[name] = read("package", name)
     return files | {name: windows_text(data) for name, data in texts.items()}
@@ -81,7 +91,7 @@ def main():
     write_tar(f"{dist}/{folder}-linux.tar.gz", folder,
               manual(False) | pictures() | samples("*.sh") | {
                   "dax": read("build", "native", "bin", "dax"), "LICENSE": read("LICENSE"),
-                  "README": read("package", "linux.txt")})
+                  "README": readme("linux.txt")})
     for name in sorted(os.listdir(dist)):
         print(f"dist/{name}: {os.path.getsize(os.path.join(dist, name)) // 1024} KB")
 
