@@ -44,15 +44,15 @@ TEST(ConnectionStringTest, ServerStringsBecomeOdbcStrings) {
          u"Driver={ODBC Driver 17 for SQL Server};Server=srv;Database=cat;UID=u;PWD={a;b\"}}};Encrypt=no;"
          u"MARS_Connection=yes;"},
         {u"provider = MSOLEDBSQL19 ; SERVER=tcp:srv,1433; Database=cat; Integrated Security=SSPI; UID=u; PWD=p; "
-         u"Use Encryption for Data=true; Trust Server Certificate=yes",
+         u"Use Encryption for Data=true; Trust Server Certificate=yes; Encrypt=Strict",
          {u"ODBC Driver 18 for SQL Server"},
          Engine::SQLServer,
          u"Driver={ODBC Driver 18 for SQL Server};Server={tcp:srv,1433};Database=cat;Trusted_Connection=Yes;"
-         u"Encrypt=yes;TrustServerCertificate=yes;MARS_Connection=yes;"},
-        {u"Provider=SQLNCLI11;Data Source=s;Initial Catalog=\"my \"\"cat\"\"\"",
+         u"Encrypt=strict;TrustServerCertificate=yes;MARS_Connection=yes;"},
+        {u"Provider=SQLNCLI11;Data Source=s;Initial Catalog=\"my \"\"cat\"\"\";Encrypt=Mandatory",
          {u"SQL Server"},
          Engine::SQLServer,
-         u"Driver={SQL Server};Server=s;Database={my \"cat\"};"},
+         u"Driver={SQL Server};Server=s;Database={my \"cat\"};Encrypt=yes;"},
         {u"Provider=SQLOLEDB;Data Source=s", // none installed: the error will name the newest
          {},
          Engine::SQLServer,
@@ -63,14 +63,6 @@ TEST(ConnectionStringTest, ServerStringsBecomeOdbcStrings) {
          Engine::SQLServer,
          u"Driver={ODBC Driver 17 for SQL Server};Server=s;Failover_Partner=f;AttachDBFileName=c:\\x.mdf;"
          u"Authentication=ActiveDirectoryPassword;MultiSubnetFailover=Yes;Encrypt=yes;MARS_Connection=yes;"},
-        {u"Provider=MSOLEDBSQL19;Server=s;Use Encryption for Data=Optional;Encrypt=Strict",
-         {},
-         Engine::SQLServer,
-         u"Driver={ODBC Driver 18 for SQL Server};Server=s;Encrypt=strict;MARS_Connection=yes;"},
-        {u"Provider=SQLOLEDB;Server=s;Encrypt=Mandatory",
-         {u"SQL Server"},
-         Engine::SQLServer,
-         u"Driver={SQL Server};Server=s;Encrypt=yes;"},
         {u"Driver={PostgreSQL Unicode};Server=h;Database=\"my d\";UID=u;PWD={p}}=;x};A1=7.4-0;CX=1c0;AB=1f",
          {},
          Engine::PostgreSQL,

@@ -39,16 +39,6 @@ protected:
         recordset.Open(u"SELECT Count(*) AS thingCount FROM things", connection);
         return recordset.FieldNumber(recordset.FieldIndex(u"THINGCOUNT"), -1);
     }
-    template <typename Action>
-    Error Failure(Action action) {
-        try {
-            action();
-        } catch (const Error& error) {
-            return error;
-        }
-        ADD_FAILURE() << "no error";
-        return {0, u""};
-    }
 
     Connection connection;
 };
@@ -146,10 +136,10 @@ TEST_P(DataTest, NullIsNotEmpty) {
         EXPECT_TRUE(recordset.FieldText(column).empty());
     }
     EXPECT_EQ(recordset.FieldNumber(1, -7), -7);
-    EXPECT_EQ(Failure([&] { (void)recordset.Field(u"nothing"); }).Number(), ErrorNumbers::SyntaxOrColumn);
+    EXPECT_EQ(test::FailureOf([&] { (void)recordset.Field(u"nothing"); }).Number(), ErrorNumbers::SyntaxOrColumn);
     recordset.MoveNext();
     EXPECT_TRUE(recordset.Eof());
-    Failure([&] { (void)recordset.Field(0); });
+    test::FailureOf([&] { (void)recordset.Field(0); });
 }
 
 TEST_P(DataTest, DatesAreFoundAgainToTheSecond) {
@@ -199,10 +189,10 @@ TEST_P(DataTest, RowsAreAddedAndUpdated) {
     EXPECT_TRUE(row.FieldIsNull(2));
     connection.Execute(u"DELETE FROM things WHERE amount = 5");
     row.SetField(u"amount", int64_t{6});
-    EXPECT_NE(Failure([&] { row.Update(); }).Description().find(u"another user"), Text::npos);
+    EXPECT_NE(test::FailureOf([&] { row.Update(); }).Description().find(u"another user"), Text::npos);
     row.Close();
     row.Open(u"SELECT * FROM things", connection);
-    Failure([&] { row.AddNew(); });
+    test::FailureOf([&] { row.AddNew(); });
 }
 
 TEST_P(DataTest, ATableWithoutKeyIsUpdatedByItsValues) {
@@ -222,8 +212,8 @@ TEST_P(DataTest, ATableWithoutKeyIsUpdatedByItsValues) {
 TEST_P(DataTest, TransactionsEndAsTold) {
     connection.BeginTrans();
     Insert(u"a", u"");
-    Failure([&] { connection.BeginTrans(); });
-    Failure([&] { Insert(u"a", u"again"); }); // the transaction goes on
+    test::FailureOf([&] { connection.BeginTrans(); });
+    test::FailureOf([&] { Insert(u"a", u"again"); }); // the transaction goes on
     Insert(u"b", u"");
     connection.CommitTrans();
     EXPECT_FALSE(connection.InTransaction());
@@ -274,12 +264,12 @@ TEST_P(DataTest, ManyStatementsGiveWhatOneByOneGives) {
     const Text hostile[] = {u"DELETE FROM things WHERE thingID = '1'", u"DELETE FROM things WHERE thingID = 'x'y'",
                             u"DELETE FROM things WHERE thingID = 'or' OR ''=''"};
     connection.BeginTrans();
-    EXPECT_EQ(Failure([&] { connection.ExecuteAll(hostile); }).Number(), ErrorNumbers::SyntaxOrColumn);
+    EXPECT_EQ(test::FailureOf([&] { connection.ExecuteAll(hostile); }).Number(), ErrorNumbers::SyntaxOrColumn);
     EXPECT_GE(Count(), 249);
     // The error of a late statement in one call is not lost.
     const Text late[] = {u"DELETE FROM things WHERE thingID = '2'", u"INSERT INTO things (thingID) VALUES ('3')",
                          u"DELETE FROM things WHERE thingID = '4'"};
-    EXPECT_EQ(Failure([&] { connection.ExecuteAll(late); }).Number(), ErrorNumbers::Integrity);
+    EXPECT_EQ(test::FailureOf([&] { connection.ExecuteAll(late); }).Number(), ErrorNumbers::Integrity);
     connection.RollbackTrans();
     EXPECT_EQ(Count(), 250);
 }
@@ -294,14 +284,15 @@ TEST_P(DataTest, ErrorsCarryTheNumbersHostsKnow) {
         {u"SELECT 'open", ErrorNumbers::SyntaxOrColumn},
     };
     for (const auto& [statement, number] : cases) {
-        const Error error = Failure([&] { connection.Execute(statement); });
+        const Error error = test::FailureOf([&] { connection.Execute(statement); });
         EXPECT_EQ(error.Number(), number) << ToUtf8(statement) << ": " << error.what();
         EXPECT_FALSE(error.Description().empty() || error.Description().front() == u'[') << error.what();
     }
     Recordset table;
-    EXPECT_EQ(
-        Failure([&] { table.Open(u"missing", connection, adOpenDynamic, adLockOptimistic, adCmdTable); }).Number(),
-        ErrorNumbers::NoTable);
+    EXPECT_EQ(test::FailureOf([&] {
+                  table.Open(u"missing", connection, adOpenDynamic, adLockOptimistic, adCmdTable);
+              }).Number(),
+              ErrorNumbers::NoTable);
     EXPECT_FALSE(table.IsOpen());
     EXPECT_EQ(Count(), 1); // the connection still serves
 }
@@ -325,8 +316,9 @@ TEST_P(DataTest, ALockedRowGivesUpSoon) {
     other.BeginTrans();
     other.Execute(u"UPDATE things SET story = 'theirs' WHERE thingID = 'a'");
     connection.BeginTrans();
-    EXPECT_EQ(Failure([&] { connection.Execute(u"UPDATE things SET story = 'ours' WHERE thingID = 'a'"); }).Number(),
-              ErrorNumbers::Timeout);
+    EXPECT_EQ(
+        test::FailureOf([&] { connection.Execute(u"UPDATE things SET story = 'ours' WHERE thingID = 'a'"); }).Number(),
+        ErrorNumbers::Timeout);
     connection.RollbackTrans();
     other.CommitTrans();
     connection.Execute(u"UPDATE things SET amount = 9 WHERE thingID = 'a'");

@@ -1,6 +1,7 @@
 // Real databases for tests: fresh SQLite files, and a fresh database of its own on a real PostgreSQL or MariaDB server.
 #pragma once
 
+#include "base/Error.h"
 #include "data/Connection.h"
 
 #include <gtest/gtest.h>
@@ -27,6 +28,18 @@ public:
 private:
     std::filesystem::path path;
 };
+
+// What the action throws; a test whose action throws nothing has failed.
+template <typename Action>
+Error FailureOf(Action action) {
+    try {
+        action();
+    } catch (const Error& error) {
+        return error;
+    }
+    ADD_FAILURE() << "no error";
+    return {0, u""};
+}
 
 // SQLite, PostgreSQL, MariaDB: the engines that run here.
 std::vector<Engine> AllEngines();
