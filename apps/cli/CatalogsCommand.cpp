@@ -106,7 +106,7 @@ constexpr Option PickOptions[] = {
 };
 constexpr Option Options[] = {
     {u"--user", u"NAME", u"the user whose catalogs are listed", true},
-    {u"--default", u"CATALOG", u"the catalog chosen at first"},
+    {u"--default", u"CATALOG", u"the catalog to choose; without it the first"},
     {u"--record", u"MACHINE", u"enter a connection to the chosen catalog in the history"},
     {u"--ip", u"ADDRESS", u"with --record: the machine's address (127.0.0.1)"},
     {u"--os", u"TEXT", u"with --record: its operating system"},
@@ -133,8 +133,8 @@ const Command PickCommand = {u"pick",
                              u"FILE-or-CONNECTION",
                              1,
                              1,
-                             u"Print what opens a catalog that a user may open through a connector.\n"
-                             u"It is a connection string for the other commands, with the login and the password that\n"
+                             u"Print the connection string of a catalog that a user may open through a connector.\n"
+                             u"The other commands take it. It has the login and the password that\n"
                              u"the connector keeps; for a connector in a file, the path of a file beside it. On a\n"
                              u"terminal dots stand in place of the password.",
                              PickOptions,

@@ -110,10 +110,11 @@ Arguments Command::Parse(std::span<const Text> words) const {
         arguments.options[Text(option->name)] = std::move(value);
     }
     if (arguments.Has(u"--help")) return arguments;
-    if (arguments.places.size() < fewestPlaces) throw UsageError(u"Missing: " + Text(placeNames) + u".");
+    if (arguments.places.size() < fewestPlaces) throw UsageError(u"An argument is missing: " + Text(placeNames) + u".");
     if (arguments.places.size() > mostPlaces) throw TooMany(arguments.places, mostPlaces);
     for (const Option& option : options) {
-        if (option.isRequired && !arguments.Has(option.name)) throw UsageError(u"Missing: " + Shown(option) + u".");
+        if (option.isRequired && !arguments.Has(option.name))
+            throw UsageError(u"An option is missing: " + Shown(option) + u".");
     }
     return arguments;
 }

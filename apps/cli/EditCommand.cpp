@@ -31,7 +31,7 @@ void DoLines(Editing& editing, const std::vector<EditLine>& lines) {
 ExitCode Edit(const Arguments& arguments) {
     const std::span<const Text> words = arguments.Places().subspan(1);
     if (words.empty() != arguments.Has(u"--file")) {
-        throw UsageError(words.empty() ? u"Missing: a command, or --file COMMANDS."
+        throw UsageError(words.empty() ? u"A command is missing. Give one, or --file COMMANDS."
                                        : u"Give one command, or --file COMMANDS, not both.");
     }
     std::vector<EditLine> lines;

@@ -4,6 +4,7 @@
 #include "Console.h"
 #include "LockList.h"
 #include "StoredLesson.h"
+#include "Suggestion.h"
 #include "content/Utility.h"
 #include "tree/modTVW.h"
 
@@ -112,7 +113,10 @@ void Editing::Do(std::span<const Text> all) {
     } else if (command == u"move") {
         Move(words);
     } else {
-        throw UsageError(u"There is no edit command '" + command + u"': add, update, remove or move.");
+        Suggestion suggestion(command);
+        for (const TextView known : {u"add", u"update", u"remove", u"move"}) suggestion.Offer(known);
+        throw UsageError(u"There is no edit command '" + command + u"': add, update, remove or move." +
+                         suggestion.Question());
     }
 }
 
@@ -140,7 +144,7 @@ void Editing::Add(Words& words) {
         throw Refusal(u"There is an entry with the lessonID '" + id + u"' already.");
     }
     if (removedIDs.Contains(id)) {
-        throw Refusal(u"The entry '" + id + u"' was removed by a command before this one and cannot come back in the " +
+        throw Refusal(u"The entry '" + id + u"' was removed by an earlier command and cannot be added again in the " +
                       u"same run.");
     }
     course.Find(target); // before anything is done
@@ -228,7 +232,7 @@ void Editing::Move(Words& words) {
 
 Node& Editing::FindBelowTop(const Text& name) {
     Node& node = course.Find(name);
-    if (!node.Parent()) throw Refusal(u"The top is the database itself: it cannot be changed like an entry.");
+    if (!node.Parent()) throw Refusal(u"The top is the database itself; it cannot be changed like an entry.");
     return node;
 }
 

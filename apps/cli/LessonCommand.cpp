@@ -65,7 +65,7 @@ ExitCode ShowLesson(const Arguments& arguments) {
     if (arguments.Has(u"--force") && !isExport && !isImport)
         throw UsageError(u"'--force' goes with --export or --import.");
     if (isExport || isImport) {
-        if (!arguments.HasPlace(1)) throw UsageError(u"Missing: the lesson.");
+        if (!arguments.HasPlace(1)) throw UsageError(u"An argument is missing: ENTRY, the lesson.");
         StoredLesson lesson(ParseTarget(arguments), arguments.Place(1));
         return isExport ? Export(lesson, arguments) : Import(lesson, arguments);
     }

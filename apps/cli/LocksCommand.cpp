@@ -54,7 +54,7 @@ Text FateText(LockFate fate) {
     case LockFate::StillThere:
         return u"not deleted: the database did not find it under its exact values";
     case LockFate::TakenAnew:
-        return u"not deleted: it was taken anew meanwhile";
+        return u"not deleted: it was taken again in the meantime";
     default:
         return u"";
     }
@@ -209,8 +209,8 @@ constexpr Option Options[] = {
     {u"--lesson", u"ENTRY", u"only the locks on one entry, or on one that was deleted"},
     {u"--group", u"ENTRY", u"only the locks on a group and on what lies in it"},
     {u"--invalid", u"", u"only those that no running program can hold any more"},
-    {u"--sort", u"COLUMN", u"by title, identifier, type, date, age, user, machine or ip"},
-    {u"--descending", u"", u"with --sort: the other way round"},
+    {u"--sort", u"COLUMN", u"sort by title, identifier, type, date, age, user, machine or ip"},
+    {u"--descending", u"", u"with --sort: in the opposite order"},
     {u"--json", u"",
      u"print an object for programs: \"locks\", each with lessonID, title, identifier,\n"
      u"lockType, lock, lockDate, age, user, machine, ip, sessionID, valid; after\n"

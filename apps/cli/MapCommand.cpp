@@ -145,7 +145,7 @@ const Command MapCommand = {u"map",
                             u"FILE-or-CONNECTION LESSON",
                             2,
                             2,
-                            u"Show the storyboards of a lesson, map by map, find and change them.\n"
+                            u"Show, find and change the storyboards of a lesson, map by map.\n"
                             u"LESSON is a lessonID, or an identifier that only one entry has; STORYBOARD an SBID, or\n"
                             u"an identifier or a title that only one storyboard has. A change is saved at once; then\n"
                             u"the maps are printed as they are now.",

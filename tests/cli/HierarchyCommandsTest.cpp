@@ -165,7 +165,7 @@ TEST(EditCommandTest, SavesNothingWhenOneCommandIsWrong) {
         {"move l1 after /", 1, "Nothing can stand beside the top"},
         {"move g1 up", 1, "cannot move up"},
         {"remove /", 1, "The top is the database itself"},
-        {"remove l1\nadd lesson T id l1", 1, "Line 2: The entry 'l1' was removed by a command before"},
+        {"remove l1\nadd lesson T id l1", 1, "Line 2: The entry 'l1' was removed by an earlier command"},
         {"add lesson T id l1", 1, "There is an entry with the lessonID 'l1' already"},
         {"add lesson T id a'b", 1, "'a'b' cannot be a lessonID"},
         {"add lesson T in nowhere", 1, "Line 1: There is no entry 'nowhere'"},

@@ -149,7 +149,7 @@ TEST(LockDeletionTest, SaysWhatSurvivesAndWhatFails) {
     const std::vector<Text> words = {u"locks", database.ConnectionString(), u"--delete", u"--as", u"anna", u"--yes"};
     const Outcome taken = RunDax(words);
     EXPECT_EQ(taken.exitCode, 1);
-    EXPECT_THAT(taken.output, AllOf(HasSubstr("by anna: not deleted: it was taken anew meanwhile\n"),
+    EXPECT_THAT(taken.output, AllOf(HasSubstr("by anna: not deleted: it was taken again in the meantime\n"),
                                     EndsWith("\n1 of 2 locks deleted\n")));
 
     database.Run({u"DROP TRIGGER again", LockRow(u"l2", u"anna", u"m2", 1),

@@ -22,7 +22,7 @@ FOLDER = "daxcontrols-3.3"
 LINUX = os.path.join(WORK, "linux", FOLDER)
 MACHINES = {64: (0x8664, "x86_64-w64-mingw32-g++-posix"), 32: (0x14C, "i686-w64-mingw32-g++-posix")}
 PROGRAMS = {"daxControls33.ocx", "contentObjects.dll", "DAXWorkbench.exe", "dax.exe", "daxscript.exe"}
-EVERYWHERE = {"docs/reference.md", "docs/schema.md", "docs/images/GroupEditor.png"}
+EVERYWHERE = {"docs/reference.md", "docs/command-line.md", "docs/daxscript.md", "docs/json/tree.schema.json", "docs/schema.md", "docs/images/GroupEditor.png"}
 WINDOWS_FILES = PROGRAMS | EVERYWHERE | {
     "daxControls33.manifest", "contentObjects.manifest", "DAXControls.tlb", "ContentObjects.tlb",
     "include/DAXControls.h", "include/ContentObjects.h", "register.cmd", "unregister.cmd", "LICENSE.txt", "README.txt",
@@ -234,7 +234,9 @@ def check_manual():
     try:
         said = run("the servers for the manual", [servers, "start", place])
         environment = dict(os.environ, **dict(re.findall(r"^export (\w+)='(.*)'$", said, re.M)))
-        run("the manual", ["python3", os.path.join(ROOT, "tools", "lib", "transcripts.py"), LINUX], env=environment)
+        for what in ("transcripts", "schemas"):
+            run(f"the manual's {what}", ["python3", os.path.join(ROOT, "tools", "lib", f"{what}.py"), LINUX],
+                env=environment)
     finally:
         run("ending the servers", [servers, "stop", place])
 

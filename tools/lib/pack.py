@@ -22,10 +22,10 @@ def windows_text(data):
 
 
 def manual(with_samples):
-    """The pages, which find the samples, where there are any, in their folder of the package."""
+    """The pages, which find the samples, where there are any, in their folder of the package; JSON schemas."""
     link = rb"[\1](../samples/\2)" if with_samples else rb"\1"
-    return {f"docs/{os.path.basename(path)}": re.sub(rb"\[([^]]*)\]\(examples/([^)]*)\)", link, read(path))
-            for path in glob.glob(f"{ROOT}/docs/*.md")}
+    return {f"docs/{os.path.relpath(path, f'{ROOT}/docs')}": re.sub(rb"\[([^]]*)\]\(examples/([^)]*)\)", link, read(path))
+            for path in glob.glob(f"{ROOT}/docs/*.md") + glob.glob(f"{ROOT}/docs/json/*.json")}
 
 
 def pictures():
