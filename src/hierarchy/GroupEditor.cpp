@@ -75,7 +75,15 @@ void GroupEditor::UnlockDisplay() {
     if (window) window->FreezeDisplay(false);
 }
 
-void GroupEditor::ExpandAll() { modTVW::SetAllExpanded(tree, true); }
+void GroupEditor::ExpandAll() {
+    const auto hold = shared_from_this();
+    modTVW::SetAllExpanded(tree, true);
+    ShowSelected();
+}
+
+void GroupEditor::ShowSelected() {
+    if (window && tree.Selected()) window->EnsureVisible(*tree.Selected());
+}
 
 void GroupEditor::CollapseAll() {
     const auto hold = shared_from_this();
@@ -184,6 +192,7 @@ void GroupEditor::RemoveLesson(const Text& lessonID, bool includeChildren) {
         }
         history.MarkDeleted(id);
         tree.Remove(*node);
+        if (!includeChildren) ShowSelected();
     }
     if (generation == shown) MarkChanged();
 }
@@ -195,7 +204,9 @@ bool GroupEditor::CanMoveCurrent(GroupMovementTypes movement) const {
 void GroupEditor::MoveCurrent(GroupMovementTypes movement) {
     const auto hold = shared_from_this();
     const EditHistory::Edit edit(history);
-    if (CanMoveCurrent(movement) && modTVW::MoveTreeNode(tree, tree.Selected(), movement)) MarkChanged();
+    if (!CanMoveCurrent(movement) || !modTVW::MoveTreeNode(tree, tree.Selected(), movement)) return;
+    ShowSelected();
+    MarkChanged();
 }
 
 bool GroupEditor::CanUndo() const { return !isLocked && !isLoading && !dragDrop.Active() && history.CanUndo(); }

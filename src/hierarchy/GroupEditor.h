@@ -108,6 +108,7 @@ public:
 private:
     explicit GroupEditor(PropertyCollectionFactory factory);
     void MarkChanged();
+    void ShowSelected(); // its row comes into view
     void BeginLoading();
     void EndLoading();
     void Empty();

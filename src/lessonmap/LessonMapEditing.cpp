@@ -164,6 +164,7 @@ void LessonMapEditor::RemoveStoryboard(const StoryboardRef& storyboard, bool inc
             isKnown = isKnown || isHidden;
         });
         if (!isKnown) return;
+        if (!includeChildren) ShowSelected();
         isOther = CurrentSBID() != sbidBefore;
         if (isOther) RecordSelection();
         for (const Text& each : removed) {
@@ -186,6 +187,7 @@ void LessonMapEditor::MoveCurrent(StoryboardMovementTypes movement) {
         const Quiet silence(*this);
         if (!CanMoveCurrent(movement)) return;
         KeepEdit([&] { modLME::MoveNode(*tree, tree->Selected(), movement); });
+        ShowSelected();
     }
     if (IsStill(was)) Raise(MapChanged, mctStoryboardMoved);
 }
@@ -215,6 +217,7 @@ void LessonMapEditor::OnDrop(Node& dragged, const DropTarget& target) {
 void LessonMapEditor::SetAllChecks(bool checked) {
     const auto self = shared_from_this();
     const Quiet silence(*this);
+    const Undrawn undrawn(*this);
     const TreeUpdate update(*tree);
     for (Node* node = tree->FirstInCollection(); node; node = node->NextInCollection()) node->SetChecked(checked);
 }

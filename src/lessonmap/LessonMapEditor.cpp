@@ -61,6 +61,7 @@ void LessonMapEditor::SetImageList(PictureKeys keys) {
 
 bool LessonMapEditor::Build() {
     const auto images = imageList; // the host may set another one meanwhile
+    const Undrawn undrawn(*this);
     return modLME::BuildMap(tree.get(), *images, lesson, captionStyle, showDefaultMapOnly);
 }
 
@@ -74,6 +75,7 @@ void LessonMapEditor::SetLesson(std::shared_ptr<dax::Lesson> newLesson) {
         const Busy busy(*this);
         const Quiet silence(*this);
         drag.CancelDrag();
+        const Undrawn undrawn(*this);
         const Text sbidBefore = CurrentSBID();
         // Another lesson with the same pages keeps expansion and selection, not the checks, which are for an action on
         // that one.
@@ -246,6 +248,11 @@ void LessonMapEditor::ExpandAll() {
     const auto self = shared_from_this();
     const Quiet silence(*this);
     modTVW::SetAllExpanded(*tree, true);
+    ShowSelected();
+}
+
+void LessonMapEditor::ShowSelected() {
+    if (window && tree->Selected()) window->EnsureVisible(*tree->Selected());
 }
 
 void LessonMapEditor::CollapseAll() {

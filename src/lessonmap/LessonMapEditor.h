@@ -104,6 +104,7 @@ public:
 private:
     class Busy;
     class Quiet;
+    class Undrawn;
     class Deeper;
     static constexpr int deepestEvent = 30, deepest = 60;
     using LessonRef = std::shared_ptr<dax::Lesson>;
@@ -116,6 +117,7 @@ private:
     template <typename Action>
     void KeepEdit(const Action& edit);
     void SelectQuietly(const Text& sbid);
+    void ShowSelected(); // its row comes into view
     void SetAllChecks(bool checked);
     void FreezeDisplay(bool frozen);
     void EndDrag();

@@ -43,6 +43,23 @@ private:
     LessonMapEditor& editor;
 };
 
+// Nothing is drawn meanwhile. The window may go.
+class LessonMapEditor::Undrawn {
+public:
+    explicit Undrawn(const LessonMapEditor& editor) : editor(editor), window(editor.window) {
+        if (window) window->HoldDrawing(true);
+    }
+    ~Undrawn() {
+        if (window && window == editor.window) window->HoldDrawing(false);
+    }
+    Undrawn(const Undrawn&) = delete;
+    Undrawn& operator=(const Undrawn&) = delete;
+
+private:
+    const LessonMapEditor& editor;
+    TreeWindow* const window;
+};
+
 // Counts a level of nesting for a scope. Throws Error where a host's objects call back without end.
 class LessonMapEditor::Deeper {
 public:

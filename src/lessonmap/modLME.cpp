@@ -116,6 +116,7 @@ void SetStoryboardCaption(const Storyboard* storyboard, Node& node, LessonMapEdi
     const Look look = LookOf(*storyboard, captionStyle, imageList);
     Node* const found = tree.Find(key);
     if (!found) return;
+    const TreeUpdate update(found->Tree());
     found->SetCaption(look.caption);
     found->SetImage(look.image);
 }

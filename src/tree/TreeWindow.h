@@ -45,7 +45,9 @@ public:
 
     virtual bool HasCheckBoxes() const = 0;
     virtual void SetSingleExpand(bool on) = 0;
-    virtual void EnsureVisible(Node& node) = 0;
+    virtual void EnsureVisible(Node& node) = 0; // scrolls as little as possible
+    // Nothing is drawn from a call with true until the one with false that belongs to it.
+    virtual void HoldDrawing(bool hold) = 0;
     // Shows a frozen picture instead of the tree, or the tree again, with the focus if it can be seen.
     virtual void FreezeDisplay(bool frozen) = 0;
 };

@@ -47,7 +47,7 @@ public:
     void SetInsertMark(Node* node, bool after) override { mark = {node, after}; }
     void SetDropHighlight(Node* node) override { highlight = node; }
     void BeginDragImage(Node&, Point) override { hasDragImage = true; }
-    void ShowDragImage(bool, Point) override {}
+    void ShowDragImage(bool visible, Point) override { hasDragImage = visible; }
     void EndDragImage() override { hasDragImage = false; }
     void Scroll(unsigned) override {}
     void StartTimer(TreeTimer timer, int) override { ++running[timer]; }
@@ -55,6 +55,7 @@ public:
     bool HasCheckBoxes() const override { return hasCheckBoxes; }
     void SetSingleExpand(bool on) override { isSingleExpand = on; }
     void EnsureVisible(Node&) override {}
+    void HoldDrawing(bool) override {}
     void FreezeDisplay(bool frozen) override {
         isFrozen = frozen;
         ++freezes;

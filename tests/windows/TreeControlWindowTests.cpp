@@ -74,8 +74,8 @@ TEST(TreeControlWindow, BoxesAreTickedByBranchOneByOneAndByTheTopRow) {
         hand.Do([&](Hand& user) { each.act(host, user); });
         EXPECT_EQ(host.Checked(), each.checked);
         EXPECT_MIRROR(host.TreeHandle(), host.Model(), true);
-        EXPECT_TRUE(host.Checked() == before ||
-                    Hand::Await([&] { return host.heard.find("checked") != std::string::npos; }));
+        const bool isTold = host.Checked() != before || std::string(each.what).find("double") != std::string::npos;
+        EXPECT_TRUE(!isTold || Hand::Await([&] { return host.heard.find("checked") != std::string::npos; }));
         EXPECT_EQ(host.Take().find("before"), std::string::npos);
     }
     EXPECT_EQ(host.Editor().CheckedStoryboardCount(), 4);

@@ -102,12 +102,7 @@ void LessonMapEditorWindow::UsePictures() {
 
 // The system draws its boxes for 96 dpi: ours take their place, and go with the tree's boxes.
 void LessonMapEditorWindow::UseBoxes() {
-    treeView->SetCheckBoxes(editor->Checkboxes());
-    const HWND tree = treeView->Handle();
-    if (!tree || !editor->Checkboxes()) return;
-    const auto ours = reinterpret_cast<LPARAM>(CreateCheckPictures(Scale(16)));
-    const auto former = reinterpret_cast<HIMAGELIST>(SendMessageW(tree, TVM_SETIMAGELIST, TVSIL_STATE, ours));
-    if (former) ImageList_Destroy(former);
+    treeView->SetCheckBoxes(editor->Checkboxes(), editor->Checkboxes() ? CreateCheckPictures(Scale(16)) : nullptr);
 }
 
 LRESULT LessonMapEditorWindow::OnNotify(const NMHDR& header, LPARAM) {

@@ -64,7 +64,7 @@ DragImage::~DragImage() {
 
 void DragImage::Show(POINT clientPoint) {
     // The image lives in coordinates of the window, its frame included.
-    POINT point = clientPoint;
+    POINT point = last = clientPoint;
     ClientToScreen(owner, &point);
     RECT window;
     GetWindowRect(owner, &window);

@@ -17,10 +17,13 @@ public:
 
     void Show(POINT clientPoint); // also moves it
     void Hide();                  // before anything is painted under it
+    bool IsShown() const { return isShown; }
+    void ShowAgain() { Show(last); } // where it was
 
 private:
     HWND owner;
     HIMAGELIST images = nullptr;
+    POINT last{};
     bool isShown = false;
 };
 

@@ -120,6 +120,7 @@ TreeAccess::Element TreeAccess::Neighbour(Element from, LONG direction) {
 // The window is asked, as the user asks it, and its parent hears of it in the same way.
 bool TreeAccess::Select(Element element, LONG flags) {
     if (flags & (SELFLAG_EXTENDSELECTION | SELFLAG_ADDSELECTION | SELFLAG_REMOVESELECTION)) return false;
+    view.Settle();
     SendMessageW(Window(), TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(TreeItems::ItemOf(NodeOf(element))));
     return true;
 }

@@ -4,15 +4,18 @@
 
 #include <algorithm>
 #include <array>
-#include <vector>
+#include <utility>
 
 namespace dax {
 
 namespace {
 
-// More single changes than these in one update, and the window is filled anew at the end of it.
-constexpr int ChangesWorthARebuild = 8;
 constexpr int SafeDepth = 256; // of a branch that the system may delete
+
+// How many items may come, go and move one by one, or be changed, before filling the window anew is faster: measured
+// with 400 to 100,000 rows. A changed item costs some systems a look at every row and the scroll bars' drawing.
+int MostItemChanges(int32_t count) { return 800 + count / 4; }
+size_t MostChanges(int32_t count) { return 8 + static_cast<size_t>(count) / 1000; }
 
 UINT CheckState(const Node& node) { return INDEXTOSTATEIMAGEMASK(node.IsChecked() ? 2u : 1u); }
 
@@ -28,11 +31,10 @@ LPWSTR ItemText(const Node& node) {
 }
 
 // The next node in pre-order that lies in the branch of `top` (null: anywhere); no recursion.
-Node* NextInBranch(const Node& node, const Node* top) {
-    if (node.FirstChild()) return node.FirstChild();
-    for (const Node* at = &node; at && at != top; at = at->Parent())
-        if (at->Next()) return at->Next();
-    return nullptr;
+Node* NextInBranch(const Node& node, const Node* top) { return modTVW::GetNextNode(&node, top); }
+
+void ForgetItems(Node* top) {
+    for (Node* node = top; node; node = NextInBranch(*node, top)) node->windowItem = nullptr;
 }
 
 } // namespace
@@ -62,17 +64,22 @@ void TreeItems::Bind(HWND newWindow) {
     window = newWindow;
     procedure = reinterpret_cast<WNDPROC>(GetClassLongPtrW(window, GCLP_WNDPROC));
     tree.AddListener(*this);
-    Rebuild();
+    isStale = true;
+    Settle();
 }
 
 void TreeItems::Unbind() {
     if (!window) return;
-    if (!isStale && IsWindow(window)) {
+    if (hasItems && IsWindow(window)) {
         const Mirroring guard(*this);
         CutDeepBranches(nullptr);
+        ++removals;
     }
     window = nullptr;
-    isUpdating = isStale = false;
+    holds = 0;
+    isUpdating = isOff = isStale = hasItems = isPosted = isSystemBusy = knowsRows = false;
+    itemChanges = 0;
+    changed.clear();
     tree.RemoveListener(*this);
     for (Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) node->windowItem = nullptr;
 }
@@ -83,6 +90,129 @@ Node* TreeItems::NodeOf(HTREEITEM item) const {
     query.mask = TVIF_PARAM | TVIF_HANDLE;
     query.hItem = item;
     return Send(TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&query)) ? NodeOf(query) : nullptr;
+}
+
+// All is invalid from now on, so that whoever wants to see the window has it painted, and thereby settled.
+void TreeItems::TurnDrawingOff(const Node* added) {
+    if (isOff) return;
+    RememberView(added);
+    isOff = true;
+    InvalidateRect(window, nullptr, TRUE);
+    Send(WM_SETREDRAW, FALSE, 0);
+    SettleLater();
+}
+
+void TreeItems::SettleLater() {
+    if (!isPosted && window) isPosted = PostMessageW(window, SettleMessage, 0, 0) != 0;
+}
+
+void TreeItems::SetIsSystemBusy(bool isBusy) {
+    isSystemBusy = isBusy;
+    if (!isBusy && !IsSettled()) SettleLater();
+}
+
+void TreeItems::Settle() {
+    if (!window || isUpdating || holds > 0 || mirroring > 0) return;
+    const Mirroring guard(*this);
+    if (isStale && hasItems && isSystemBusy) {
+        if (std::exchange(isOff, false)) Send(WM_SETREDRAW, TRUE, 0); // the former rows until then
+        return;
+    }
+    const bool isAnew = isStale;
+    if (isStale) {
+        TurnDrawingOff();
+        if (hasItems) RemoveAllItems();
+        isStale = false;
+        InsertBranch(nullptr);
+    }
+    const bool areOtherRows = ShowChanges() || isOff;
+    itemChanges = 0;
+    if (std::exchange(isOff, false)) {
+        SendMessageW(window, WM_SETREDRAW, TRUE, 0);
+        InvalidateRect(window, nullptr, TRUE);
+    }
+    const auto selected = reinterpret_cast<LPARAM>(tree.Selected() ? ItemOf(*tree.Selected()) : nullptr);
+    const bool isOther = Send(TVM_GETNEXTITEM, TVGN_CARET, 0) != selected;
+    if (areOtherRows || mustShowSelected)
+        Scroll(followsSelection && (isAnew || isOther || mustShowSelected || rowsBefore.HeldSelection()));
+    knowsRows = mustShowSelected = false;
+    ShowSelection();
+}
+
+void TreeItems::HoldDrawing(bool hold) {
+    if (!window) return;
+    const HWND parent = GetParent(window);
+    if (hold) {
+        Settle();
+        if (holds++ > 0) return;
+        isParentOff = GetWindowLongW(parent, GWL_STYLE) & WS_VISIBLE;
+        if (isParentOff) SendMessageW(parent, WM_SETREDRAW, FALSE, 0);
+        RememberView();
+        isOff = true;
+        const Mirroring guard(*this);
+        SendMessageW(window, WM_SETREDRAW, FALSE, 0);
+        return;
+    }
+    if (holds == 0 || --holds > 0) return;
+    Settle();
+    if (!isParentOff) return;
+    SendMessageW(parent, WM_SETREDRAW, TRUE, 0);
+    RedrawWindow(parent, nullptr, nullptr, RDW_ERASE | RDW_FRAME | RDW_INVALIDATE | RDW_ALLCHILDREN);
+}
+
+void TreeItems::Note(const Node& node, Aspect aspect) {
+    if (isStale || !node.windowItem) return;
+    RememberView();
+    const auto known =
+        std::find_if(changed.begin(), changed.end(), [&](const Change& each) { return each.node == &node; });
+    if (known != changed.end()) {
+        known->aspects |= aspect;
+    } else if (changed.size() < MostChanges(tree.Count())) {
+        changed.push_back({&node, aspect});
+    } else {
+        changed.clear();
+        isStale = true;
+    }
+}
+
+bool TreeItems::ShowChanges() {
+    bool areOtherRows = false;
+    for (const Change& each : changed) {
+        if (each.aspects & Look) ShowLook(*each.node);
+        if (each.aspects & Expansion) areOtherRows |= ShowExpansion(*each.node);
+    }
+    changed.clear();
+    return areOtherRows;
+}
+
+void TreeItems::ShowLook(const Node& node) {
+    TVITEMW item{};
+    item.mask = TVIF_HANDLE | TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
+    item.hItem = ItemOf(node);
+    item.pszText = ItemText(node);
+    item.iImage = item.iSelectedImage = node.Image();
+    if (hasCheckBoxes) {
+        item.mask |= TVIF_STATE;
+        item.stateMask = TVIS_STATEIMAGEMASK;
+        item.state = CheckState(node);
+    }
+    Send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+}
+
+bool TreeItems::IsOpen(const Node& node) const {
+    return Send(TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(node.windowItem), TVIS_EXPANDED) & TVIS_EXPANDED;
+}
+
+// An item without children can neither open nor close, and may still be what it was when it last had some.
+bool TreeItems::ShowExpansion(const Node& node) {
+    if (!node.FirstChild()) return false;
+    const bool isOpen = IsOpen(node);
+    if (isOpen == node.IsExpanded()) return false;
+    // Some systems number the rows wrongly when a branch out of sight closes, until drawing is switched on again.
+    const Node* const parent = node.Parent();
+    if (changed.size() > 1 || (parent && !IsOpen(*parent))) TurnDrawingOff();
+    Send(TVM_EXPAND, isOpen ? TVE_COLLAPSE : TVE_EXPAND, node);
+    return true;
 }
 
 void TreeItems::InsertItem(Node& node, HTREEITEM after) {
@@ -99,85 +229,79 @@ void TreeItems::InsertItem(Node& node, HTREEITEM after) {
         insert.item.state = CheckState(node);
     }
     node.windowItem = reinterpret_cast<void*>(Send(TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
+    hasItems = true;
 }
 
-// Siblings in reverse, each as the first: the only order that is linear on every system.
+// Many are put in in reverse, each as the first: the only order that is linear on every system. Few are put in as they
+// will be read, so that they lie side by side in memory: a look at every row takes half the time.
+void TreeItems::InsertSiblings(Node* first, Node* last) {
+    constexpr int few = 64;
+    int count = 0;
+    for (const Node* node = first; node && count <= few; node = node->Next()) ++count;
+    if (count > few)
+        for (; last; last = last->Previous()) InsertItem(*last, TVI_FIRST);
+    else
+        for (; first; first = first->Next()) InsertItem(*first, TVI_LAST);
+}
+
+// Then children open before their parents: each finds its rows as they will stay.
 void TreeItems::InsertBranch(Node* top) {
+    std::vector<Node*> open;
+    if (!top) InsertSiblings(tree.First(), tree.Last());
     for (Node* node = top ? top : tree.First(); node; node = NextInBranch(*node, top)) {
-        if (!top && !node->Parent() && !node->Previous())
-            for (Node* sibling = tree.Last(); sibling; sibling = sibling->Previous()) InsertItem(*sibling, TVI_FIRST);
-        for (Node* child = node->LastChild(); child; child = child->Previous()) InsertItem(*child, TVI_FIRST);
+        InsertSiblings(node->FirstChild(), node->LastChild());
+        if (node->IsExpanded() && node->FirstChild()) open.push_back(node);
     }
-    ShowExpansion(top);
-}
-
-// Children before their parents: then each expansion finds its rows as they will stay.
-void TreeItems::ShowExpansion(Node* top) {
-    std::vector<Node*> expanded;
-    for (Node* node = top ? top : tree.First(); node; node = NextInBranch(*node, top))
-        if (node->IsExpanded() && node->FirstChild()) expanded.push_back(node);
-    for (auto node = expanded.rbegin(); node != expanded.rend(); ++node)
-        Send(TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(ItemOf(**node)));
-}
-
-void TreeItems::Rebuild() {
-    const Mirroring guard(*this);
-    if (!isUpdating) Send(WM_SETREDRAW, FALSE, 0);
-    Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
-    if (!tree.IsEmpty()) InsertBranch(nullptr);
-    isStale = false;
-    SelectionMoved();
-    if (isUpdating) return;
-    Send(WM_SETREDRAW, TRUE, 0);
-    InvalidateRect(window, nullptr, TRUE);
+    for (auto node = open.rbegin(); node != open.rend(); ++node) Send(TVM_EXPAND, TVE_EXPAND, **node);
 }
 
 void TreeItems::UpdateStarted() {
+    RememberView();
     isUpdating = true;
-    changes = 0;
-    Send(WM_SETREDRAW, FALSE, 0);
 }
 
+// The first change of a burst shows at once; those that follow wait for it to be over.
 void TreeItems::UpdateEnded() {
-    if (isStale) Rebuild();
     isUpdating = false;
-    // Items that went or closed took the selection elsewhere, and the model may have come back to the former one.
-    SelectionMoved();
-    Send(WM_SETREDRAW, TRUE, 0);
-    InvalidateRect(window, nullptr, TRUE);
+    if (holds > 0) return;
+    const bool isSettled = IsSettled();
+    if (isSettled || (!isOff && !isStale && !isPosted && !isSystemBusy)) Settle();
+    if (!isSettled) SettleLater();
+    if (IsSettled()) knowsRows = false;
 }
 
 bool TreeItems::GoesStale(Node* moved) {
-    if (!isUpdating || isStale || ++changes <= ChangesWorthARebuild) return isStale;
-    const Mirroring guard(*this);
+    if (isStale || ++itemChanges <= MostItemChanges(tree.Count())) return isStale;
     isStale = true;
+    changed.clear();
+    if (isSystemBusy) return true;
+    const Mirroring guard(*this);
     if (moved) RemoveItem(*moved); // the window has it in its former place
-    CutDeepBranches(nullptr, moved);
-    Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
-    for (Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) node->windowItem = nullptr;
+    RemoveAllItems(moved);
     return true;
 }
 
 void TreeItems::NodeAdded(Node& node) {
+    TurnDrawingOff(&node);
     if (GoesStale()) return;
     const Mirroring guard(*this);
     InsertItem(node, node.Previous() ? ItemOf(*node.Previous()) : TVI_FIRST);
-    ShowFirstChild(node.Parent());
-}
-
-// An item without children can neither open nor close, and may still be what it was when it last had some.
-void TreeItems::ShowFirstChild(const Node* parent) {
-    if (!parent || parent->FirstChild() != parent->LastChild()) return;
-    Send(TVM_EXPAND, parent->IsExpanded() ? TVE_EXPAND : TVE_COLLAPSE, reinterpret_cast<LPARAM>(ItemOf(*parent)));
+    if (node.Parent() && !node.Previous() && !node.Next()) Note(*node.Parent(), Expansion);
 }
 
 void TreeItems::RemoveItem(Node& node) {
-    const Mirroring guard(*this);
-    if (node.windowItem) {
-        CutDeepBranches(&node);
-        Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(ItemOf(node)));
-    }
+    CutDeepBranches(&node);
+    Send(TVM_DELETEITEM, 0, node);
     node.windowItem = nullptr;
+    ++removals;
+}
+
+void TreeItems::RemoveAllItems(const Node* except) {
+    CutDeepBranches(nullptr, except);
+    Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    for (Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) node->windowItem = nullptr;
+    hasItems = false;
+    ++removals;
 }
 
 void TreeItems::CutDeepBranches(Node* top, const Node* except) {
@@ -200,66 +324,53 @@ void TreeItems::CutDeepBranches(Node* top, const Node* except) {
 }
 
 void TreeItems::NodeRemoving(Node& node) {
-    if (!GoesStale()) RemoveItem(node);
+    TurnDrawingOff();
+    rowsBefore.NodesGone();
+    std::erase_if(changed, [&](const Change& each) { return modTVW::IsInBranch(each.node, &node); });
+    GoesStale();
+    const Mirroring guard(*this);
+    if (node.windowItem) RemoveItem(node);
 }
 
 void TreeItems::AllRemoving() {
+    TurnDrawingOff();
+    rowsBefore.NodesGone();
+    changed.clear();
+    isStale = true;
     const Mirroring guard(*this);
-    if (!isStale) {
-        CutDeepBranches(nullptr);
-        Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
-    }
-    for (Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) node->windowItem = nullptr;
+    if (hasItems) RemoveAllItems();
 }
 
 // The system knows no move: the branch is taken out and put in anew.
 void TreeItems::NodeMoved(Node& node) {
-    if (GoesStale(&node)) return;
+    TurnDrawingOff();
+    rowsBefore.NodeMoved(node);
+    const bool goesStale = GoesStale(&node);
     const Mirroring guard(*this);
-    if (!isUpdating) Send(WM_SETREDRAW, FALSE, 0);
-    RemoveItem(node);
+    if (node.windowItem) {
+        RemoveItem(node);
+        ForgetItems(&node);
+    }
+    if (goesStale) return;
     InsertItem(node, node.Previous() ? ItemOf(*node.Previous()) : TVI_FIRST);
     InsertBranch(&node);
-    ShowFirstChild(node.Parent());
-    SelectionMoved();
-    if (isUpdating) return;
-    Send(WM_SETREDRAW, TRUE, 0);
-    InvalidateRect(window, nullptr, TRUE);
+    if (node.Parent() && !node.Previous() && !node.Next()) Note(*node.Parent(), Expansion);
 }
 
 void TreeItems::NodeChanged(Node& node, NodeAspect aspect) {
-    if (isStale || !node.windowItem) return;
-    const Mirroring guard(*this);
-    TVITEMW item{};
-    item.mask = TVIF_HANDLE;
-    item.hItem = ItemOf(node);
-    switch (aspect) {
-    case NodeAspect::Caption:
-        item.mask |= TVIF_TEXT;
-        item.pszText = ItemText(node);
-        Send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
-        break;
-    case NodeAspect::Image:
-        item.mask |= TVIF_IMAGE | TVIF_SELECTEDIMAGE;
-        item.iImage = item.iSelectedImage = node.Image();
-        Send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
-        break;
-    case NodeAspect::Expanded:
-        if (GoesStale()) return;
-        Send(TVM_EXPAND, node.IsExpanded() ? TVE_EXPAND : TVE_COLLAPSE, reinterpret_cast<LPARAM>(ItemOf(node)));
-        break;
-    case NodeAspect::Checked:
-        ShowCheck(node);
-        break;
-    case NodeAspect::Key:
-    case NodeAspect::Tag:
-        break;
-    }
+    if (aspect == NodeAspect::Key || aspect == NodeAspect::Tag) return;
+    const bool isAlone = !isUpdating;
+    if (isAlone) UpdateStarted();
+    Note(node, aspect == NodeAspect::Expanded ? Expansion : Look);
+    if (isAlone) UpdateEnded();
 }
 
 void TreeItems::SelectionMoved() {
-    // The window would open the way to what is selected only for a while.
-    if (isStale || isUpdating) return;
+    if (IsSettled() && !isUpdating && holds == 0) ShowSelection();
+}
+
+// No sooner than the rows stand: the window would open the way to what is selected only for a while.
+void TreeItems::ShowSelection() {
     const Node* const selected = tree.Selected();
     const auto item = reinterpret_cast<LPARAM>(selected ? ItemOf(*selected) : nullptr);
     if (Send(TVM_GETNEXTITEM, TVGN_CARET, 0) == item) return;
@@ -277,17 +388,12 @@ void TreeItems::ShowCheck(const Node& node) {
     Send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
 }
 
-void TreeItems::ShowAllChecks() {
-    for (Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) {
-        if (!node->windowItem) continue;
-        TVITEMW item{};
-        item.mask = TVIF_HANDLE | TVIF_STATE;
-        item.hItem = ItemOf(*node);
-        item.stateMask = TVIS_STATEIMAGEMASK;
-        item.state = hasCheckBoxes ? CheckState(*node) : 0;
-        Send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
-    }
-    InvalidateRect(window, nullptr, TRUE); // states alone do not repaint the rows
+void TreeItems::FillAnew() {
+    if (!window) return;
+    RememberView();
+    isStale = true;
+    SettleLater();
+    InvalidateRect(window, nullptr, TRUE);
 }
 
 } // namespace dax

@@ -3,14 +3,21 @@
 #pragma once
 
 #include "controls/win32/Windows.h"
-#include "tree/NodeTree.h"
+#include "tree/win32/RowsInView.h"
 
 #include <commctrl.h>
 
+#include <optional>
+
 namespace dax {
 
+// Items come and go at once, with drawing off. Switching it on again costs the system a look at every row, and each
+// change of an item another, so those wait until the window is settled: before it paints or answers anything, or by a
+// message posted to it. However many changes there are until then, they cost no more than filling the window anew.
 class TreeItems : private TreeListener {
 public:
+    static constexpr UINT SettleMessage = WM_APP + 0x3D2; // to the window, which is then told that it came
+
     explicit TreeItems(NodeTree& model) : tree(model) {}
     ~TreeItems() override { Unbind(); }
     TreeItems(const TreeItems&) = delete;
@@ -20,18 +27,38 @@ public:
     void Bind(HWND newWindow);
     void Unbind(); // forgets the items; the window is going or gone
 
+    // Shows what has changed, scrolled as little as possible: the first row in view stays the first.
+    void Settle();
+    void SettleMessageCame() { isPosted = false; }
+    bool IsSettled() const { return !isOff && !isStale && changed.empty(); }
+    // Drawing goes off at the parent window first, then at the tree, and on again in the reverse order. Calls nest.
+    void HoldDrawing(bool hold);
+    // With the changes that wait, if there are any: the row of the selected node comes into view.
+    void ShowSelectedRow();
+    // While a drag goes on the pointer decides what is in view, not the selected node.
+    void SetIsDragging(bool isDragging) { followsSelection = !isDragging; }
+    // Set while the tree's own procedure is at work, which may hold items: only those of removed nodes go meanwhile.
+    void SetIsSystemBusy(bool isBusy);
+    unsigned Removals() const { return removals; } // grows whenever items have gone
+
     // True while a change of the model is being shown: what the window notifies then is an echo.
     bool IsMirroring() const { return mirroring > 0; }
     static Node* NodeOf(const TVITEMW& item) { return reinterpret_cast<Node*>(item.lParam); }
     Node* NodeOf(HTREEITEM item) const; // null for none
+    // May be null unless the window is settled.
     static HTREEITEM ItemOf(const Node& node) { return static_cast<HTREEITEM>(node.windowItem); }
 
     void ShowCheck(const Node& node); // as the model has it, whatever the window made of a click
-    void ShowAllChecks();             // after the boxes came or went
     void SetHasCheckBoxes(bool has) { hasCheckBoxes = has; }
+    void FillAnew(); // after the boxes came or went
 
 private:
     class Mirroring;
+    enum Aspect : unsigned { Look = 1, Expansion = 2 };
+    struct Change {
+        const Node* node;
+        unsigned aspects;
+    };
 
     void UpdateStarted() override;
     void UpdateEnded() override;
@@ -46,25 +73,42 @@ private:
     LRESULT Send(UINT message, WPARAM wParam, LPARAM lParam) const {
         return CallWindowProcW(procedure, window, message, wParam, lParam);
     }
+    LRESULT Send(UINT message, WPARAM wParam, const Node& node) const {
+        return Send(message, wParam, reinterpret_cast<LPARAM>(ItemOf(node)));
+    }
+    void RememberView(const Node* added = nullptr);
+    void TurnDrawingOff(const Node* added = nullptr);
+    void SettleLater();
+    void Note(const Node& node, Aspect aspect);
+    bool GoesStale(Node* moved = nullptr); // one more item came, went or moved; true when none need be any more
+    bool ShowChanges();                    // true when rows came or went
+    void ShowLook(const Node& node);
+    bool ShowExpansion(const Node& node);
+    bool IsOpen(const Node& node) const;
+    void ShowSelection();
     void InsertItem(Node& node, HTREEITEM after);
+    void InsertSiblings(Node* first, Node* last);
     void InsertBranch(Node* top); // the items of the branch below `top` (null: of the whole tree), top not included
-    void ShowExpansion(Node* top);
-    void ShowFirstChild(const Node* parent);
-    void Rebuild();
-    // One more change in this update, perhaps the move of that branch; true once it is cheaper to begin anew at its
-    // end.
-    bool GoesStale(Node* moved = nullptr);
     void RemoveItem(Node& node);
+    void RemoveAllItems(const Node* except = nullptr);
     // Before items go: the system deletes a branch by recursion, which a deep one would not survive.
     void CutDeepBranches(Node* top, const Node* except = nullptr);
+
+    void Scroll(bool mustShowSelection);
+    void ScrollTo(const Node& first);
+    std::optional<LONG> TopOf(const Node& node) const;
 
     NodeTree& tree;
     HWND window = nullptr;
     WNDPROC procedure = nullptr;
-    int mirroring = 0;
-    bool isUpdating = false;
-    bool isStale = false; // the window is empty until the end of the update
-    int changes = 0;
+    RowsInView rowsBefore;
+    std::vector<Change> changed; // what the items do not show yet
+    int mirroring = 0, holds = 0, itemChanges = 0;
+    unsigned removals = 0;
+    bool knowsRows = false, isUpdating = false, isOff = false, isParentOff = false;
+    bool isStale = false;  // the window is filled anew when it settles; nodes may have no items until then
+    bool hasItems = false; // any, stale ones included
+    bool isPosted = false, isSystemBusy = false, followsSelection = true, mustShowSelected = false;
     bool hasCheckBoxes = false;
 };
 

@@ -56,9 +56,11 @@ LRESULT TreeViewWindow::HandleNotification(const NMHDR& header) {
         Click.Raise(point, IsCtrlDown());
         return isOnBox ? 1 : 0; // the model has toggled it; the tree's own toggle would turn it back
     }
-    case NM_DBLCLK:
+    case NM_DBLCLK: {
+        const unsigned removals = items.Removals();
         DblClick.Raise(Pointer(), IsCtrlDown());
-        return 0;
+        return items.Removals() == removals ? 0 : 1; // the tree would open or close an item that may be gone
+    }
     case NM_RCLICK: // the tree has waited for the button's coming up itself
         MouseUp.Raise(MouseButton::Right, Pointer());
         return 0;
@@ -86,7 +88,9 @@ void TreeViewWindow::PressButton(Node& node) {
 }
 
 void TreeViewWindow::PressBox(Node& node) {
-    EnsureVisible(node);
+    Settle();
+    if (!node.windowItem) return;
+    SendMessageW(handle, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(TreeItems::ItemOf(node)));
     const auto row = RowRect(node);
     if (!row) return;
     BoxPress press{{handle, 0, BoxPressed}, {row->left, (row->top + row->bottom) / 2}};
@@ -147,18 +151,41 @@ LRESULT CALLBACK TreeViewWindow::Procedure(HWND window, UINT message, WPARAM wPa
     }
     const std::weak_ptr<bool> alive = self->alive;
     try {
+        self->SettleBefore(message);
         if (const auto answer = self->Before(message, wParam, lParam)) return *answer;
     } catch (...) {
         return 0; // no exception may cross the system's frames; a listener of the host has failed
     }
     if (alive.expired()) return 0;
+    return self->LetSystem(window, message, wParam, lParam);
+}
+
+// While the tree's own procedure is at work only what asks for rows and paints them is worth the trouble.
+void TreeViewWindow::SettleBefore(UINT message) {
+    if (items.IsSettled() || message == WM_DESTROY || message == WM_SETREDRAW) return;
+    const bool isAboutRows = message == WM_PAINT || (message >= TV_FIRST && message < TV_FIRST + 0x100);
+    if (systemDepth == 0 || isAboutRows) Settle();
+}
+
+LRESULT TreeViewWindow::LetSystem(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    const std::weak_ptr<bool> living = alive;
+    const bool hasImage = message == WM_PAINT && dragImage && dragImage->IsShown();
+    if (hasImage) dragImage->Hide();
+    if (systemDepth++ == 0) items.SetIsSystemBusy(true);
     const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
-    if (!alive.expired() && self->handle) self->After(message, lParam);
+    if (living.expired()) return result;
+    if (--systemDepth == 0) items.SetIsSystemBusy(false);
+    if (handle) After(message, lParam);
+    if (hasImage && dragImage) dragImage->ShowAgain();
     return result;
 }
 
 std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
+    case TreeItems::SettleMessage:
+        items.SettleMessageCame();
+        Settle();
+        return 0;
     case WM_GETDLGCODE:
         return DLGC_WANTARROWS | DLGC_WANTCHARS;
     case WM_LBUTTONDOWN: {

@@ -100,23 +100,24 @@ void TreeViewWindow::Fit(int width, int height) {
     if (handle) MoveWindow(handle, 0, 0, std::max(0, width), std::max(0, height), TRUE);
 }
 
-void TreeViewWindow::SetCheckBoxes(bool on) {
-    if (hasCheckBoxes == on) return;
-    hasCheckBoxes = on;
+void TreeViewWindow::SetCheckBoxes(bool on, HIMAGELIST pictures) {
+    const bool isOther = std::exchange(hasCheckBoxes, on) != on;
     items.SetHasCheckBoxes(on);
-    if (!handle) return;
-    SetStyle(handle, CheckStyle, on);
-    if (!on) {
-        DropBoxes();
-        SetStyle(handle, CheckStyle, on);
+    if (!handle) {
+        if (pictures) ImageList_Destroy(pictures);
+        return;
     }
-    items.ShowAllChecks();
+    if (isOther) SetStyle(handle, CheckStyle, on);
+    if (!on || pictures) DropBoxes(pictures);
+    if (!isOther) return;
+    if (!on) SetStyle(handle, CheckStyle, on);
+    items.FillAnew();
 }
 
 // The system neither takes its boxes back nor frees their pictures.
-void TreeViewWindow::DropBoxes() {
-    const auto boxes = reinterpret_cast<HIMAGELIST>(SendMessageW(handle, TVM_SETIMAGELIST, TVSIL_STATE, 0));
-    if (boxes) ImageList_Destroy(boxes);
+void TreeViewWindow::DropBoxes(HIMAGELIST successors) {
+    const auto boxes = SendMessageW(handle, TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(successors));
+    if (boxes) ImageList_Destroy(reinterpret_cast<HIMAGELIST>(boxes));
 }
 
 void TreeViewWindow::SetSingleExpand(bool on) {
@@ -148,7 +149,9 @@ TreeHit TreeViewWindow::HitTest(Point point) const {
 }
 
 std::optional<Rect> TreeViewWindow::RowRect(const Node& node) const {
-    if (!handle || !node.windowItem) return {};
+    if (!handle) return {};
+    SendMessageW(handle, TVM_GETCOUNT, 0, 0); // as any question, this settles the window
+    if (!node.windowItem) return {};
     const auto row = ItemRect(handle, node, false);
     if (!row) return {};
     return Rect{row->left, row->top, row->right, row->bottom};
@@ -157,6 +160,7 @@ std::optional<Rect> TreeViewWindow::RowRect(const Node& node) const {
 // The mark is drawn by us after each painting: the system's own cannot be taken away everywhere.
 void TreeViewWindow::SetInsertMark(Node* node, bool after) {
     if (node == markNode && after == isMarkAfter) return;
+    Settle();
     InvalidateMark();
     markNode = node;
     isMarkAfter = after;
@@ -186,6 +190,7 @@ void TreeViewWindow::DrawInsertMark() const {
 
 void TreeViewWindow::SetDropHighlight(Node* node) {
     if (!handle || node == highlighted) return;
+    Settle();
     const Node* const former = std::exchange(highlighted, node);
     SendMessageW(handle, TVM_SELECTITEM, TVGN_DROPHILITE,
                  reinterpret_cast<LPARAM>(node ? TreeItems::ItemOf(*node) : nullptr));
@@ -201,6 +206,7 @@ void TreeViewWindow::SetDropHighlight(Node* node) {
 
 void TreeViewWindow::BeginDragImage(Node& node, Point pointer) {
     if (!handle) return;
+    items.SetIsDragging(true);
     const auto row = RowRect(node);
     const RECT label = ItemRect(handle, node, true).value_or(RECT{});
     int iconWidth = 0, iconHeight = 0;
@@ -214,12 +220,14 @@ void TreeViewWindow::BeginDragImage(Node& node, Point pointer) {
 void TreeViewWindow::ShowDragImage(bool visible, Point pointer) {
     if (!dragImage) return;
     if (!visible) return dragImage->Hide();
+    Settle();
     UpdateWindow(handle);
     dragImage->Show(ToPoint(pointer));
 }
 
 void TreeViewWindow::EndDragImage() {
     dragImage.reset();
+    items.SetIsDragging(false);
     if (handle && GetCapture() == handle) ReleaseCapture();
 }
 
@@ -242,8 +250,19 @@ void TreeViewWindow::StopTimer(TreeTimer timer) {
 }
 
 void TreeViewWindow::EnsureVisible(Node& node) {
+    if (node.IsSelected()) return items.ShowSelectedRow();
+    Settle();
     if (handle && node.windowItem)
         SendMessageW(handle, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(TreeItems::ItemOf(node)));
+}
+
+// What is drawn and moved under a drag's image would be torn by it.
+void TreeViewWindow::Settle() {
+    if (items.IsSettled()) return;
+    const bool hasImage = dragImage && dragImage->IsShown();
+    if (hasImage) dragImage->Hide();
+    items.Settle();
+    if (hasImage) dragImage->ShowAgain();
 }
 
 void TreeViewWindow::FreezeDisplay(bool frozen) {

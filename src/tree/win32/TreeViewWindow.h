@@ -34,11 +34,14 @@ public:
     void Fit(int width, int height);
     LRESULT HandleNotification(const NMHDR& header);
     Accessible& Access() { return access; }
+    // Before items are used: see TreeItems.
+    void Settle();
     // As a click would do, with all that follows; a listener may release the component.
     void PressBox(Node& node);
     void PressButton(Node& node);
 
-    void SetCheckBoxes(bool on);
+    // `pictures`, if given, take the place of the system's own and go with the boxes.
+    void SetCheckBoxes(bool on, HIMAGELIST pictures = nullptr);
     bool IsFrozen() const { return !capture.IsEmpty(); }
     // For the parent, whose whole area the tree fills: frozen, what the tree looked like stands in the place of the
     // hidden tree; with `isView`, for a control without a window, the rows.
@@ -63,6 +66,7 @@ public:
     bool HasCheckBoxes() const override { return hasCheckBoxes; }
     void SetSingleExpand(bool on) override;
     void EnsureVisible(Node& node) override;
+    void HoldDrawing(bool hold) override { items.HoldDrawing(hold); }
     void FreezeDisplay(bool frozen) override;
 
     // Listeners may do anything, also release the component.
@@ -83,10 +87,12 @@ private:
     std::optional<LRESULT> Before(UINT message, WPARAM wParam, LPARAM lParam);
     void After(UINT message, LPARAM lParam);
     LRESULT CustomDraw(NMTVCUSTOMDRAW& draw) const;
+    void SettleBefore(UINT message);
+    LRESULT LetSystem(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     void ItemExpanded(const NMTREEVIEWW& change);
     void SelectionChanged(const NMTREEVIEWW& change);
     LRESULT SingleExpand(const NMTREEVIEWW& change);
-    void DropBoxes();
+    void DropBoxes(HIMAGELIST successors = nullptr);
     void DrawInsertMark() const;
     void InvalidateMark();
 
@@ -102,6 +108,7 @@ private:
     bool isMarkAfter = false;
     Node* highlighted = nullptr;
     bool isPressed = false; // the left button went down here and has not come up
+    int systemDepth = 0;    // of the tree's own procedure within itself
     std::unique_ptr<DragImage> dragImage;
     WindowCapture capture;
     std::shared_ptr<bool> alive = std::make_shared<bool>(true);
