@@ -101,12 +101,13 @@ void LMEDragDropSupport::CancelDrag() {
 
 void LMEDragDropSupport::OnTimer(TreeTimer timer) {
     if (!isActive) return;
-    if (timer == TreeTimer::AutoExpand && target.node && !target.node->IsExpanded()) {
+    const Point pointer = window->Pointer();
+    if (timer == TreeTimer::AutoExpand && target.node && target.node->FirstChild() && !target.node->IsExpanded()) {
+        window->ShowDragImage(false, pointer);
         autoExpand.Raise(*target.node);
-        return;
+        if (isActive) window->ShowDragImage(true, pointer);
     }
     if (timer != TreeTimer::Autoscroll) return;
-    const Point pointer = window->Pointer();
     const unsigned bands = FindScrollBands(window->ClientRect(), pointer);
     if (!bands) return;
     window->ShowDragImage(false, pointer);

@@ -40,10 +40,10 @@ void LMESubclasser::OnClick(Point point, bool isCtrlDown) {
 void LMESubclasser::OnDblClick(Point point, bool isCtrlDown) {
     if (!isActive || !window || !window->HasCheckBoxes()) return;
     const TreeHit hit = window->HitTest(point);
-    if (!hit.node) return;
     // With Ctrl only the tree's own toggle of the box counts, so there is none beside the box.
-    if (isCtrlDown && !(hit.flags & HitFlags::OnItemStateIcon)) return;
-    Toggle(*hit.node, !isCtrlDown);
+    if (hit.node && (!isCtrlDown || (hit.flags & HitFlags::OnItemStateIcon))) Toggle(*hit.node, !isCtrlDown);
+    // Told after every double click, deliberately, whether or not it has changed a box.
+    window->StartTimer(TreeTimer::Checkstate, checkstateDelay);
 }
 
 void LMESubclasser::OnKeyDown(int keyCode) {

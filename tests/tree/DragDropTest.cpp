@@ -83,6 +83,43 @@ TEST_F(TreeInput, ADragOutlivesEverythingButItsNode) {
     EXPECT_FALSE(support.Active());
 }
 
+// Nothing but a collapsed node with children opens, and not under the drag's image.
+TEST_F(TreeInput, ADragOpensWhatCanBeOpened) {
+    Text opened;
+    support.AutoExpand().Add([&](Node& node) {
+        opened += node.Key();
+        EXPECT_FALSE(window.hasDragImage);
+    });
+    n.SetExpanded(false);
+    window.MoveTo(window.At(r));
+    support.OnMouseDown();
+    support.BeginDrag();
+    for (const Node* node : {&q, &p, &n, &p1}) {
+        window.MoveTo(window.At(*node, 10));
+        support.OnItemDrag();
+        support.OnTimer(TreeTimer::AutoExpand);
+        EXPECT_TRUE(window.hasDragImage);
+    }
+    EXPECT_EQ(opened, u"n");
+}
+
+// Whatever lies under the pointer, and whether or not a box has changed.
+TEST_F(TreeInput, EveryDoubleClickIsTold) {
+    int told = 0;
+    subclasser.CheckStateChanged().Add([&] { ++told; });
+    const std::pair<Point, bool> clicks[] = {
+        {window.At(q), false}, {window.At(q), true}, {window.AtBox(q), true}, {{20, 390}, false}};
+    for (const auto& [point, isCtrlDown] : clicks) {
+        subclasser.OnDblClick(point, isCtrlDown);
+        EXPECT_TRUE(window.running.contains(TreeTimer::Checkstate));
+        subclasser.OnTimer(TreeTimer::Checkstate);
+    }
+    EXPECT_EQ(told, 4);
+    window.hasCheckBoxes = false;
+    subclasser.OnDblClick(window.At(q), false);
+    EXPECT_FALSE(window.running.contains(TreeTimer::Checkstate));
+}
+
 TEST_F(TreeInput, SelectionIsToldWhileActive) {
     int told = 0;
     subclasser.SelectionChanged().Add([&] { ++told; });
