@@ -170,7 +170,10 @@ void GroupEditor::UpdateLesson(const Text& lessonID, const Text& title, const Te
     if (!node) return;
     const auto hold = shared_from_this();
     const EditHistory::Edit edit(history);
-    history.SetTexts(*node, title, identifier, HierarchyRows::PictureOf(type));
+    {
+        const TreeUpdate update(tree); // the row is shown once
+        history.SetTexts(*node, title, identifier, HierarchyRows::PictureOf(type));
+    }
     MarkChanged();
 }
 
