@@ -3,7 +3,7 @@
 #include "controls/win32/GdiSurface.h"
 
 #include <algorithm>
-#include <array>
+#include <vector>
 
 namespace dax {
 
@@ -12,28 +12,39 @@ namespace {
 // Left and right together, at 96 dpi: of the system's cells, and of its captions with room for an arrow.
 constexpr int CellPadding = 12, CaptionPadding = 24;
 
-// Widths of many texts: plain characters are added up, everything else is measured by the system.
+// Widths of many texts: those of letters that always look the same are added up, everything else is measured by the
+// system as a whole.
 class TextMeasure {
 public:
-    explicit TextMeasure(HDC context) : dc(context) { GetCharWidth32W(dc, First, Last, widths.data()); }
+    explicit TextMeasure(HDC context) : dc(context) {}
 
-    int Width(const Text& text) const {
+    int Width(const Text& text) {
         int width = 0;
         for (const char16_t unit : text) {
-            if (unit < First || unit > Last) {
-                SIZE size{};
-                GetTextExtentPoint32W(dc, Wide(text), static_cast<int>(std::min<size_t>(text.size(), 4096)), &size);
-                return size.cx;
-            }
-            width += widths[unit - First];
+            if (!IsAlwaysTheSame(unit)) return Measure(Wide(text), std::min<size_t>(text.size(), 4096));
+            int16_t& known = widths[unit];
+            if (known < 0) known = static_cast<int16_t>(Measure(reinterpret_cast<const wchar_t*>(&unit), 1));
+            width += known;
         }
         return width;
     }
 
 private:
-    static constexpr char16_t First = u' ', Last = u'~';
+    // Of the alphabets of Latin, Greek and Cyrillic, and of kana, kanji and hangul: no marks, no joining.
+    static bool IsAlwaysTheSame(char16_t unit) {
+        return (unit >= 0x20 && unit < 0x7F) || (unit >= 0xA0 && unit < 0x300 && unit != 0xAD) ||
+               (unit >= 0x370 && unit < 0x483) || (unit >= 0x48A && unit < 0x530) ||
+               (unit >= 0x3041 && unit < 0x3097) || (unit >= 0x309B && unit < 0xA000) ||
+               (unit >= 0xAC00 && unit < 0xD7A4);
+    }
+    int Measure(const wchar_t* text, size_t length) const {
+        SIZE size{};
+        GetTextExtentPoint32W(dc, text, static_cast<int>(length), &size);
+        return size.cx;
+    }
+
     HDC dc;
-    std::array<INT, Last - First + 1> widths{};
+    std::vector<int16_t> widths = std::vector<int16_t>(0xD800, -1); // by character; -1: not known yet
 };
 
 } // namespace
@@ -147,23 +158,34 @@ void ListViewWindow::ItemsChanged() {
     InvalidateRect(handle, nullptr, FALSE);
 }
 
-// The system sizes a list without rows of its own by the rows in sight; the widest of all is found here.
+// The system sizes a list without rows of its own by the rows in sight, or asks for every cell; the widest of all is
+// found here, and the system is not asked at all where that would take long. The last column takes what is left.
 void ListViewWindow::AutosizeColumns() {
+    constexpr size_t many = 1000;
     if (!handle) return;
     isWidthShared = false;
     const HDC dc = GetDC(handle);
     const HGDIOBJ former = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(handle, WM_GETFONT, 0, 0)));
-    const TextMeasure measure(dc);
+    TextMeasure measure(dc);
     const int dpi = GetDeviceCaps(dc, LOGPIXELSX);
-    for (size_t column = 0; column < model->Columns().size(); ++column) {
-        SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, LVSCW_AUTOSIZE_USEHEADER);
+    const size_t rows = model->Items().size(), columns = model->Columns().size();
+    RECT client;
+    GetClientRect(handle, &client);
+    int rest = client.right;
+    for (size_t column = 0; column < columns; ++column) {
         int widest = 0;
-        for (size_t item = 0; item < model->Items().size(); ++item)
-            widest = std::max(widest, measure.Width(model->Cell(item, column)));
+        for (size_t item = 0; item < rows; ++item) widest = std::max(widest, measure.Width(model->Cell(item, column)));
         const int caption = measure.Width(model->Columns()[column].caption) + MulDiv(CaptionPadding, dpi, 96);
         widest = std::max(caption, widest + MulDiv(CellPadding, dpi, 96));
-        if (widest > SendMessageW(handle, LVM_GETCOLUMNWIDTH, column, 0))
+        if (rows <= many) {
+            SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, LVSCW_AUTOSIZE_USEHEADER);
+            widest = std::max(widest, static_cast<int>(SendMessageW(handle, LVM_GETCOLUMNWIDTH, column, 0)));
+        } else if (column + 1 == columns) {
+            widest = std::max(widest, rest);
+        }
+        if (widest != SendMessageW(handle, LVM_GETCOLUMNWIDTH, column, 0))
             SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, widest);
+        rest -= widest;
     }
     SelectObject(dc, former);
     ReleaseDC(handle, dc);
