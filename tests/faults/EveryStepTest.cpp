@@ -192,6 +192,7 @@ TEST_P(EveryStep, FailsAndIsDoneOrTold) {
     // DAX_FAULTS=all: each step; else each of the first forty, and fewer and fewer of those behind.
     const bool isAll = std::getenv("DAX_FAULTS") != nullptr;
     SQLiteFaults faults;
+    size_t faultCount = 0;
     for (const char16_t* journal : {u"delete", u"wal"}) {
         const Course course(journal);
         const auto run = [&](SQLiteFaults::Kind kind, size_t number, bool isLasting) {
@@ -211,6 +212,7 @@ TEST_P(EveryStep, FailsAndIsDoneOrTold) {
         for (const auto kind : {SQLiteFaults::Kind::Calls, SQLiteFaults::Kind::Memory}) {
             for (const bool isLasting : {false, true}) {
                 for (size_t number = 1; run(kind, number, isLasting); number += isAll ? 1 : 1 + number / 40) {
+                    ++faultCount;
                     ASSERT_EQ(faults.Allocations(), held);
                     ASSERT_FALSE(HasFailure())
                         << (kind == SQLiteFaults::Kind::Calls ? "call " : "allocation ") << number
@@ -219,6 +221,7 @@ TEST_P(EveryStep, FailsAndIsDoneOrTold) {
             }
         }
     }
+    std::cout << faultCount << " faults" << std::endl;
 }
 
 } // namespace
