@@ -261,52 +261,41 @@ TEST_F(LockManagerWindowTest, TheFirstSightIsWholeAtEveryDpi) {
 // However many rows there are, and whatever they are written in; and soon.
 TEST_F(LockManagerWindowTest, ColumnsFitEveryCell) {
     const Text cells[] = {u"W",
-                          u"Wide enough to count",
-                          u"\u00DCberpr\u00FCfung",
+                          u"\u00DCberpr\u00FCfung des Plans",
                           u"\u5B9F\u6F14\u30D3\u30C7\u30AA",
                           u"e\u0301te\u0301",
                           u"\u0639\u0631\u0628\u064A\u0629",
-                          u"\U0001F600 face",
-                          u""};
+                          u"\U0001F600 face"};
     const HostWindow window(900, 400);
-    std::vector<std::vector<LRESULT>> widths;
-    for (const size_t rows : {8, 1600}) {
+    std::vector<LRESULT> widths;
+    for (const size_t rows : {6, 1800}) {
         const auto model = std::make_shared<ListModel>();
-        model->SetColumns({{u"a", u"a", u""}, {u"b", u"A long caption", u""}, {u"c", u"c", u""}, {u"d", u"d", u""}});
-        for (size_t row = 0; row < rows; ++row) {
-            const size_t item = model->AddItem(cells[row % 2]);
-            for (int column = 1; column < 4; ++column) model->SetCell(item, column, cells[column == 2 ? row % 8 : 2]);
-        }
+        model->SetColumns({{u"a", u"a", u""}, {u"b", u"A long caption", u""}});
+        for (size_t row = 0; row < rows; ++row) model->AddItem(cells[row % 6]);
         ListViewWindow list(model);
         list.Create(window.handle);
         list.Fit(800, 300);
         model->AutosizeColumns();
-        std::vector<LRESULT>& found = widths.emplace_back();
-        for (WPARAM column = 0; column < 4; ++column)
-            found.push_back(SendMessageW(list.Handle(), LVM_GETCOLUMNWIDTH, column, 0));
+        widths.push_back(SendMessageW(list.Handle(), LVM_GETCOLUMNWIDTH, 0, 0));
         for (const Text& cell : cells)
-            EXPECT_GE(found[2],
+            EXPECT_GE(widths.back(),
                       SendMessageW(list.Handle(), LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(Wide(cell))));
     }
-    for (const size_t column : {0, 1, 2}) EXPECT_EQ(widths[0][column], widths[1][column]);
-
+    EXPECT_EQ(widths[0], widths[1]);
     database->Run({u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
                    u"lockType) WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 20000) "
                    u"SELECT '1', 'J\u00F6rg', 'PC ' || i, '10.0.0.1', 's' || i, '2026-03-01 01:00:00', 1 FROM n"});
     LockHost host(database->ConnectionString());
-    const auto fastest = [](const auto& act) {
-        ULONGLONG best = ~0ull;
-        for (int turn = 0; turn < 3; ++turn) {
-            const ULONGLONG start = GetTickCount64();
-            act();
-            best = std::min(best, GetTickCount64() - start);
-        }
-        return best;
-    };
-    LockManager& manager = *host.control->Manager();
-    const ULONGLONG refreshing = fastest([&] { manager.Refresh(); });
-    EXPECT_EQ(host.control->Locks()->Items().size(), 20'005u);
-    EXPECT_LT(fastest([&] { manager.RebuildDisplay(true); }), 3 * refreshing + 50);
+    ULONGLONG refreshing = ~0ull, rebuilding = ~0ull;
+    for (int turn = 0; turn < 3; ++turn) {
+        const ULONGLONG start = GetTickCount64();
+        host.control->Manager()->Refresh();
+        const ULONGLONG between = GetTickCount64();
+        host.control->Manager()->RebuildDisplay(true);
+        refreshing = std::min(refreshing, between - start);
+        rebuilding = std::min(rebuilding, GetTickCount64() - between);
+    }
+    EXPECT_LT(rebuilding, 3 * refreshing + 50);
 }
 
 TEST_F(LockManagerWindowTest, TheHostMayLetGoOfItUnderTheMouse) {

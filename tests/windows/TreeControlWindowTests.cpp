@@ -302,41 +302,49 @@ TEST(TreeControlWindow, ShowsPicturesAndBoxesAtEveryDpi) {
 }
 
 TEST(TreeControlWindow, ShowsAHostsOwnPictures) {
-    LessonMapHost host;
-    host.Open("M: a");
-    const auto ours = PictureOf(host, u"a", 16), oursOfMap = PictureOf(host, u"M", 16);
-    const HIMAGELIST list = ImageList_Create(16, 16, ILC_COLOR32, 3, 0);
-    constexpr uint32_t custom = 0xC80A14, root = 0x0AC814, text = 0x0A14C8;
-    for (const uint32_t color : {custom, root, text}) {
-        MemoryBitmap square(16, 16);
-        std::fill_n(square.Pixels(), 16 * 16, 0xFF000000u | color);
-        const HBITMAP bitmap = square.Detach();
-        ImageList_Add(list, bitmap, nullptr);
-        DeleteObject(bitmap);
-    }
-    EXPECT_TRUE(host.control->SetPictures(list, PictureKeys({u"_custom", u"_root", u"text"})));
-    ImageList_Destroy(list); // the control has a copy
-    const auto expect = [&](TextView key, uint32_t color) {
+    ExpectNothingLeft(4, [](int) {
+        LessonMapHost host;
+        host.Open("M: a");
+        const auto ours = PictureOf(host, u"a", 16), oursOfMap = PictureOf(host, u"M", 16);
+        const HIMAGELIST list = ImageList_Create(16, 16, ILC_COLOR32, 3, 0);
+        constexpr uint32_t custom = 0xC80A14, root = 0x0AC814, text = 0x0A14C8;
+        for (const uint32_t color : {custom, root, text}) {
+            MemoryBitmap square(16, 16);
+            std::fill_n(square.Pixels(), 16 * 16, 0xFF000000u | color);
+            const HBITMAP bitmap = square.Detach();
+            ImageList_Add(list, bitmap, nullptr);
+            DeleteObject(bitmap);
+        }
+        EXPECT_TRUE(host.control->SetPictures(list, PictureKeys({u"_custom", u"_root", u"text"})));
+        ImageList_Destroy(list); // the control has a copy
+        const auto expect = [&](TextView key, uint32_t color) {
+            ProcessPendingMessages();
+            const auto pixels = PictureOf(host, key, 12);
+            EXPECT_GT(std::count(pixels.begin(), pixels.end(), color), 100) << ToUtf8(key);
+        };
+        const auto setType = [&](const Text& type) {
+            std::dynamic_pointer_cast<ContentStoryboard>(host.lesson->Storyboards()->Item(u"a"))
+                ->SetStoryboardType(type);
+        };
+        expect(u"M", root);
+        expect(u"a", text);
+        setType(u"video");
+        host.Editor().UpdateSBID(u"a");
+        expect(u"a", custom); // a type without a picture
+        host.control->SetAmbient(At(144));
+        expect(u"M", root); // as large as the host made it
+        host.control->SetAmbient(At(96));
+        setType(u"text");
+        EXPECT_TRUE(host.control->SetPictures(nullptr, {}));
         ProcessPendingMessages();
-        const auto pixels = PictureOf(host, key, 12);
-        EXPECT_GT(std::count(pixels.begin(), pixels.end(), color), 100) << ToUtf8(key);
-    };
-    const auto setType = [&](const Text& type) {
-        std::dynamic_pointer_cast<ContentStoryboard>(host.lesson->Storyboards()->Item(u"a"))->SetStoryboardType(type);
-    };
-    expect(u"M", root);
-    expect(u"a", text);
-    setType(u"video");
-    host.Editor().UpdateSBID(u"a");
-    expect(u"a", custom); // a type without a picture
-    host.control->SetAmbient(At(144));
-    expect(u"M", root); // as large as the host made it
-    host.control->SetAmbient(At(96));
-    setType(u"text");
-    EXPECT_TRUE(host.control->SetPictures(nullptr, {}));
-    ProcessPendingMessages();
-    EXPECT_EQ(PictureOf(host, u"a", 16), ours);
-    EXPECT_EQ(PictureOf(host, u"M", 16), oursOfMap);
+        EXPECT_EQ(PictureOf(host, u"a", 16), ours);
+        EXPECT_EQ(PictureOf(host, u"M", 16), oursOfMap);
+        for (const bool isOn : {true, false, true}) {
+            host.Editor().SetCheckboxes(isOn);
+            host.control->SetAmbient(At(isOn ? 144 : 96));
+            EXPECT_MIRROR(host.TreeHandle(), host.Model(), isOn);
+        }
+    });
 }
 
 TEST(TreeControlWindow, TheSelectionStaysVisibleWithoutTheFocus) {
@@ -355,26 +363,6 @@ TEST(TreeControlWindow, TheSelectionStaysVisibleWithoutTheFocus) {
             EXPECT_TRUE((color == COLOR_HIGHLIGHT) == hasFocus ? count > 200 : count == 0) << count;
         }
     }
-}
-
-TEST(TreeControlWindow, LeavesNothingBehind) {
-    ExpectNothingLeft(8, [](int) {
-        LessonMapHost host(true);
-        host.Open(Sample);
-        for (const bool isOn : {false, true, false, true}) {
-            host.Editor().SetCheckboxes(isOn);
-            host.control->SetAmbient(At(isOn ? 144 : 96));
-            EXPECT_MIRROR(host.TreeHandle(), host.Model(), isOn);
-        }
-        const HIMAGELIST list = ImageList_Create(16, 16, ILC_COLOR32, 1, 0);
-        host.control->SetPictures(list, {});
-        ImageList_Destroy(list);
-        host.Editor().LockDisplay();
-        host.Editor().SetLesson(MakeLesson("N: x"));
-        host.Editor().UnlockDisplay();
-        ProcessPendingMessages();
-        EXPECT_MIRROR(host.TreeHandle(), host.Model(), true);
-    });
 }
 
 } // namespace dax::test
