@@ -36,21 +36,6 @@ TEST(FaultTest, AFileThatIsNoDatabaseFailsAtOpen) {
     EXPECT_TRUE(Tells(FailureOfOpen(u"Driver=SQLite3;Database=" + access), "Microsoft Access file"));
 }
 
-TEST(FaultTest, PathsOfEveryKindOpen) {
-    const test::TempFolder folder;
-    for (const Text name : {u"kurs ü 漢😀.db", u"a=b.db", u"a{b}.db", u"100% 'x'.db", u"#[x]@!.db"}) {
-        const Text path = folder.Write(name, "");
-        Connection connection;
-        ASSERT_NO_THROW(connection.Open(path)) << ToUtf8(path);
-        connection.Execute(u"CREATE TABLE t (a integer)");
-        connection.Close();
-        EXPECT_THROW(connection.Execute(u"SELECT 1"), Error);
-        Recordset recordset;
-        recordset.Open(u"SELECT a FROM t", u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=\"" + path + u"\"");
-        EXPECT_TRUE(recordset.Eof());
-    }
-}
-
 TEST(FaultTest, AMissingDriverIsNamedWithTheWayToGetIt) {
     const Error server = FailureOfOpen(u"Driver={PostgreSQL Of Nowhere};Server=127.0.0.1;UID=u");
     EXPECT_TRUE(Tells(server, "\"PostgreSQL Of Nowhere\" is not installed") && Tells(server, "odbc-postgresql") &&

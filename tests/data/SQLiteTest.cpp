@@ -1,0 +1,328 @@
+// What only SQLite files have: paths of every kind, what is no file, waits for other programs, statements that repeat.
+#include "base/Error.h"
+#include "data/Command.h"
+#include "data/ConnectionString.h"
+#include "data/Recordset.h"
+#include "data/sqlite/SQLiteConnection.h"
+#include "support/TestDatabases.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+#ifndef _WIN32
+#include <csignal>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
+namespace dax {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+struct Refusal {
+    Error error{0, u""};
+    double seconds = 0;
+    bool Tells(const std::string& words) const { return std::string(error.what()).find(words) != std::string::npos; }
+};
+
+template <typename Action>
+Refusal RefusalOf(Action action) {
+    Refusal refusal;
+    const auto begin = Clock::now();
+    try {
+        action();
+    } catch (const Error& error) {
+        refusal.error = error;
+    }
+    refusal.seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+    EXPECT_NE(refusal.error.Number(), 0) << "nothing was refused";
+    return refusal;
+}
+
+Refusal RefusalOfOpen(const Text& connectionString) {
+    return RefusalOf([&] {
+        Connection connection;
+        connection.Open(connectionString);
+    });
+}
+
+TEST(SQLiteTest, PathsOfEveryKindOpen) {
+    const test::TempFolder folder;
+    std::vector<Text> names = {u"kurs ü 漢😀.db", u"a=b.db", u"a{b}.db", u"100% 'x'.db",          u"#[x]@!.db",
+                               u"a;b.db",        u"%41.db", u"-.db",    Text(200, u'l') + u".db"};
+#ifndef _WIN32
+    names.insert(names.end(),
+                 {u"a?mode=ro.db", u"file:x.db", u"file:x.db?mode=memory", u":memory:", u" blank ", u"\\x.db"});
+#endif
+    fs::create_directories(folder.Path() / std::string(120, 'd'));
+    names.push_back(FromUtf8(std::string(120, 'd')) + static_cast<char16_t>(fs::path::preferred_separator) +
+                    Text(100, u'n') + u"=.db");
+    const fs::path before = fs::current_path();
+    fs::current_path(folder.Path());
+    for (const Text& name : names) {
+        const Text path = folder.Write(name, "");
+        Connection connection;
+        ASSERT_NO_THROW(connection.Open(path)) << ToUtf8(path);
+        connection.Execute(u"CREATE TABLE t (a integer)");
+        connection.Close();
+        EXPECT_THROW(connection.Execute(u"SELECT 1"), Error);
+        EXPECT_GT(fs::file_size(fs::path(path)), 0u) << "another file was opened than " << ToUtf8(path);
+        for (const Text& string :
+             {name, u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=\"" + path + u"\"",
+              u"Driver=SQLite3;Database={" + (name == u"a{b}.db" ? Text(u"a{b}}.db") : name) + u"}"}) {
+            Recordset recordset;
+            ASSERT_NO_THROW(recordset.Open(u"SELECT a FROM t", string)) << ToUtf8(string);
+            EXPECT_TRUE(recordset.Eof());
+        }
+    }
+    fs::current_path(before);
+    for (const Text& path : {Text(u"\\\\no-such-server\\share\\course.db"), folder.File(Text(300, u'x')),
+                             folder.File(Text(u"a") + u'\0' + u"b")})
+        EXPECT_GT(RefusalOfOpen(path).error.Description().size(), path.size()) << ToUtf8(path);
+}
+
+TEST(SQLiteTest, WhatIsNoFileIsRefusedAtOnce) {
+    const test::TempFolder folder;
+    std::vector<Text> paths = {folder.File(u"")};
+#ifdef _WIN32
+    for (const Text name : {u"NUL", u"\\\\.\\pipe\\dax", u"CON"}) paths.push_back(name);
+#else
+    ASSERT_EQ(mkfifo((folder.Path() / "fifo").c_str(), 0600), 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    (folder.Path() / "socket").string().copy(address.sun_path, sizeof address.sun_path - 1);
+    const int end = socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_EQ(bind(end, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    for (const Text& path : {folder.File(u"fifo"), folder.File(u"socket"), Text(u"/dev/null"), Text(u"/dev/zero")})
+        paths.push_back(path);
+#endif
+    for (const Text& path : paths)
+        for (const Text& string :
+             {path, u"Driver=SQLite3;Database=" + path, u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + path}) {
+            const Refusal refusal = RefusalOfOpen(string);
+            EXPECT_TRUE(refusal.Tells("not a database file") || refusal.Tells("does not exist"))
+                << ToUtf8(string) << ": " << refusal.error.what();
+            EXPECT_LT(refusal.seconds, 1) << ToUtf8(string);
+        }
+#ifndef _WIN32
+    close(end);
+#endif
+}
+
+TEST(SQLiteTest, WaitsForOthersEndInTime) {
+    const test::TestDatabase database(Engine::SQLite);
+    database.Run({u"CREATE TABLE t (a integer)", u"INSERT INTO t VALUES (1)"});
+    const auto holding = [&](Connection& other, const std::vector<Text>& statements) {
+        other.Open(database.ConnectionString());
+        for (const Text& statement : statements) other.Execute(statement);
+    };
+    const auto expectTold = [](const Refusal& refusal, double least, double most) {
+        EXPECT_EQ(refusal.error.Number(), ErrorNumbers::Timeout) << refusal.error.what();
+        EXPECT_TRUE(refusal.Tells("locked by another")) << refusal.error.what();
+        EXPECT_GT(refusal.seconds, least);
+        EXPECT_LT(refusal.seconds, most);
+    };
+    {
+        Connection other;
+        holding(other, {u"BEGIN EXCLUSIVE"});
+        expectTold(RefusalOfOpen(database.ConnectionString()), 1.8, 4);
+        expectTold(RefusalOfOpen(u"Driver=SQLite3;Timeout=300;Database=" + database.Name()), 0.2, 1.8);
+    }
+    for (const Text mode : {u"DELETE", u"WAL"}) {
+        Connection other, ours;
+        holding(other, {u"PRAGMA journal_mode = " + mode, u"BEGIN IMMEDIATE", u"INSERT INTO t VALUES (2)"});
+        ours.Open(database.ConnectionString());
+        ours.BeginTrans();
+        expectTold(RefusalOf([&] { ours.Execute(u"INSERT INTO t VALUES (3)"); }), 1.8, 4);
+        ours.RollbackTrans();
+    }
+#ifndef _WIN32
+    // Somebody who stopped while opening the file in WAL mode: the engine itself would wait for ten seconds.
+    const pid_t stopped = fork();
+    ASSERT_GE(stopped, 0);
+    if (stopped == 0) {
+        const int shared = open((ToUtf8(database.Name()) + "-shm").c_str(), O_RDWR | O_CREAT, 0600);
+        struct flock range {};
+        range.l_type = F_WRLCK;
+        range.l_start = 128; // the byte that is locked while the shared memory is set up
+        range.l_len = 1;
+        if (shared < 0 || fcntl(shared, F_SETLK, &range) != 0) _exit(1);
+        raise(SIGSTOP);
+        _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(stopped, &status, WUNTRACED), stopped);
+    ASSERT_TRUE(WIFSTOPPED(status));
+    expectTold(RefusalOfOpen(database.ConnectionString()), 1.8, 4);
+    kill(stopped, SIGKILL);
+    waitpid(stopped, &status, 0);
+#endif
+    EXPECT_EQ(database.Ask(u"SELECT Count(*) FROM t"), u"1");
+}
+
+TEST(SQLiteTest, WorkEndsInTimeOrWhenCancelled) {
+    const test::TestDatabase database(Engine::SQLite);
+    const Text endless = u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT max(i) FROM n";
+    ConnectionTarget target;
+    target.engine = Engine::SQLite;
+    target.path = database.Name();
+    target.file.commandTimeout = std::chrono::seconds(1);
+    SQLiteConnection limited(target);
+    const Refusal late = RefusalOf([&] { limited.NewStatement()->Execute(endless); });
+    EXPECT_EQ(late.error.Number(), ErrorNumbers::Timeout) << late.error.what();
+    EXPECT_LT(late.seconds, 4);
+    Connection connection;
+    connection.Open(database.ConnectionString());
+    std::atomic<bool> isDone = false;
+    std::thread canceller([&] {
+        while (!isDone) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            connection.Cancel();
+        }
+    });
+    const Refusal cancelled = RefusalOf([&] { connection.Execute(endless); });
+    isDone = true;
+    canceller.join();
+    EXPECT_TRUE(cancelled.Tells("cancelled")) << cancelled.error.what();
+    EXPECT_LT(cancelled.seconds, 15);
+    EXPECT_EQ(connection.Execute(u"SELECT 1"), 0);
+}
+
+// The same statements once each on connections of their own, and all in a row, where they are compiled once.
+TEST(SQLiteTest, StatementsThatRepeatDoWhatEachDoes) {
+    const test::TestDatabase database(Engine::SQLite);
+    const std::vector<Text> forms = {
+        u"INSERT INTO t VALUES (#, '$', #, \"b\")",
+        u"INSERT INTO t (a, b) VALUES (-#, 'it''s $''')",
+        u"UPDATE t SET b = b || '$', c = # WHERE a = # OR a IN (SELECT a FROM t ORDER BY 1 LIMIT #)",
+        u"UPDATE t SET c = #.5, \"a#\" = '$' WHERE a >= # -- end",
+        u"UPDATE t SET d = x'0#', c = 0x1# WHERE a = #",
+        u"DELETE FROM t WHERE b = '$' OR a = # + 1000000000000000000#",
+        u"INSERT INTO missing VALUES (#)",
+        u"INSERT INTO t (a, b) VALUES (#, CAST(# AS varchar(5#)))",
+        u"UPDATE 't' SET 'b' = 'q#'  WHERE 'a' = '#'",
+        u"INSERT OR REPLACE INTO t (a, b) VALUES (7, '$') RETURNING a",
+        u"DELETE FROM t WHERE a = #; DELETE FROM t"};
+    const auto run = [&](bool isInARow) {
+        database.Run({u"DROP TABLE IF EXISTS t", u"CREATE TABLE t (a INTEGER, b TEXT, c NUMERIC, d, a1, a2, a3)",
+                      u"INSERT INTO t (a, b) VALUES (1, 'one'), (2, 'two'), (3, '3')"});
+        Connection same;
+        same.Open(database.ConnectionString());
+        std::vector<Text> results;
+        for (const Text& form : forms) {
+            for (const Text digit : {u"1", u"2", u"3", u"1"}) {
+                Text statement = form;
+                for (size_t at; (at = statement.find_first_of(u"#$")) != Text::npos;)
+                    statement.replace(at, 1, statement[at] == u'#' ? digit : digit + u"漢" + digit);
+                Connection own;
+                if (!isInARow) own.Open(database.ConnectionString());
+                try {
+                    results.push_back(ToText((isInARow ? same : own).Execute(statement)));
+                } catch (const Error& error) {
+                    results.push_back(error.Description());
+                }
+            }
+            results.push_back(
+                database.Ask(u"SELECT group_concat(quote(a) || quote(b) || quote(c) || quote(d) || quote(a1) || "
+                             u"quote(a2) || quote(a3), ' ') FROM t"));
+        }
+        return results;
+    };
+    const std::vector<Text> singly = run(false), inARow = run(true);
+    ASSERT_EQ(singly.size(), inARow.size());
+    for (size_t i = 0; i < singly.size(); ++i) EXPECT_EQ(ToUtf8(inARow[i]), ToUtf8(singly[i])) << i;
+}
+
+TEST(SQLiteTest, ZerosInTextsErrorsInTransactionsAndStatementsForbidden) {
+    const test::TestDatabase database(Engine::SQLite);
+    const Text zero = Text(u"a") + u'\0' + u"b'";
+    Connection connection;
+    connection.Open(database.ConnectionString());
+    connection.Execute(u"CREATE TABLE t (a text)");
+    for (int i = 0; i < 3; ++i) connection.Execute(Text(u"INSERT INTO t VALUES ('a") + u'\0' + u"b''')");
+    Command command(connection);
+    command.SetCommandText(u"INSERT INTO t VALUES (?)");
+    command.AppendParameter(zero);
+    command.Execute();
+    Recordset rows;
+    rows.Open(u"SELECT a FROM t", connection);
+    for (; !rows.Eof(); rows.MoveNext()) EXPECT_EQ(rows.FieldText(0), zero);
+    rows.Close();
+    EXPECT_EQ(RefusalOf([&] { connection.Execute(Text(u"DELETE FROM t") + u'\0' + u" WHERE a = ''"); }).error.Number(),
+              ErrorNumbers::SyntaxOrColumn);
+    // An error that ends the transaction: what follows is not written by itself.
+    connection.Execute(u"CREATE TRIGGER r BEFORE INSERT ON t WHEN NEW.a = 'x' BEGIN SELECT RAISE(ROLLBACK, 'no'); END");
+    connection.BeginTrans();
+    connection.Execute(u"DELETE FROM t");
+    RefusalOf([&] { connection.Execute(u"INSERT INTO t VALUES ('x')"); });
+    RefusalOf([&] { connection.Execute(u"INSERT INTO t VALUES ('y')"); });
+    RefusalOf([&] { connection.CommitTrans(); });
+    connection.RollbackTrans();
+    EXPECT_EQ(database.Ask(u"SELECT Count(*) FROM t"), u"4");
+    connection.Execute(u"PRAGMA writable_schema = ON"); // of no effect
+    for (const Text statement : {u"UPDATE sqlite_master SET sql = ''", u"ATTACH 'x.db' AS x"})
+        RefusalOf([&] { connection.Execute(statement); });
+    // Its connection goes first.
+    rows.Open(u"SELECT a FROM t", connection);
+    connection.Close();
+    RefusalOf([&] { rows.MoveNext(); });
+}
+
+#ifndef _WIN32
+
+TEST(SQLiteTest, AFileThatMayNotBeWrittenIsReadAndOneThatMayNotBeReadIsRefused) {
+    const test::TestDatabase database(Engine::SQLite);
+    database.Run({u"CREATE TABLE t (a integer)", u"INSERT INTO t VALUES (1)"});
+    const fs::path file(database.Name());
+    const auto as = [&](fs::perms permissions, const std::function<bool()>& check) {
+        fs::permissions(file, permissions);
+        const pid_t child = fork();
+        if (child == 0) _exit(geteuid() == 0 && setuid(65534) != 0 ? 2 : check() ? 0 : 1); // root may do all
+        int status = 0;
+        waitpid(child, &status, 0);
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    };
+    EXPECT_TRUE(as(fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read, [&] {
+        Connection connection;
+        connection.Open(database.ConnectionString());
+        const Refusal refusal = RefusalOf([&] { connection.Execute(u"INSERT INTO t VALUES (2)"); });
+        return refusal.error.Number() == ErrorNumbers::Permission && refusal.Tells("read-only") &&
+               connection.Execute(u"SELECT a FROM t") == 0;
+    }));
+    EXPECT_TRUE(as(fs::perms::none, [&] {
+        const Refusal refusal = RefusalOfOpen(database.ConnectionString());
+        return refusal.error.Number() == ErrorNumbers::Unspecified && refusal.Tells("cannot be opened");
+    }));
+}
+
+TEST(SQLiteTest, DataSourcesOpenTheirFiles) {
+    const test::TestDatabase database(Engine::SQLite);
+    database.Run({u"CREATE TABLE t (a integer)"});
+    const test::TempFolder folder;
+    const Text file =
+        folder.Write(u"odbc.ini", "[other]\nDriver=SQLite3\n[dax_Course]\n; a remark\nDriver = SQLite3\n" +
+                                      ("Database = " + ToUtf8(database.Name())) + "\nTimeout=100\n");
+    const char* const usual = std::getenv("ODBCINI");
+    const std::string before = usual ? usual : "";
+    setenv("ODBCINI", ToUtf8(file).c_str(), 1);
+    for (const Text string : {u"DSN=dax_course", u"Provider=MSDASQL;Data Source=DAX_COURSE"}) {
+        Recordset rows;
+        EXPECT_NO_THROW(rows.Open(u"SELECT a FROM t", string)) << ToUtf8(string);
+    }
+    EXPECT_TRUE(RefusalOfOpen(u"DSN=other").Tells("names no database file"));
+    usual ? setenv("ODBCINI", before.c_str(), 1) : unsetenv("ODBCINI");
+}
+
+#endif
+
+} // namespace
+
+} // namespace dax
