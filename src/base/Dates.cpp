@@ -2,6 +2,8 @@
 
 #include "base/TextReader.h"
 
+#include <charconv>
+
 namespace dax {
 
 namespace {
@@ -76,9 +78,11 @@ Text FormatDate(const DateTime& date) {
 }
 
 void AppendPadded(Text& text, int number, size_t width) {
-    const Text digits = ToText(number);
-    if (digits.size() < width) text.append(width - digits.size(), u'0');
-    text += digits;
+    char digits[16];
+    const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    const auto length = static_cast<size_t>(end - digits);
+    if (length < width) text.append(width - length, u'0');
+    for (const char* digit = digits; digit != end; ++digit) text.push_back(static_cast<char16_t>(*digit));
 }
 
 } // namespace dax

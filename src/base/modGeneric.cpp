@@ -1,5 +1,6 @@
 #include "base/modGeneric.h"
 
+#include "base/Dates.h"
 #include "base/FileSearch.h"
 #include "base/LongText.h"
 
@@ -90,10 +91,20 @@ Text FromWide(const std::wstring& wide) {
 
 // yyyy-mm-dd hh:mm:ss where there is no locale: the "C" locale's own mm/dd/yy is read wrongly by most of the world.
 Text PlainDateTime(const DateTime& date, bool withTime) {
-    char buffer[64];
-    const std::tm calendar = ToCalendar(date);
-    const size_t length = std::strftime(buffer, sizeof buffer, withTime ? "%Y-%m-%d %H:%M:%S" : "%Y-%m-%d", &calendar);
-    return Text(buffer, buffer + length);
+    Text text;
+    text.reserve(19);
+    const auto add = [&text](int number, size_t width, char16_t mark) {
+        if (mark != 0) text.push_back(mark);
+        AppendPadded(text, number, width);
+    };
+    add(date.year, 1, 0);
+    add(date.month, 2, u'-');
+    add(date.day, 2, u'-');
+    if (!withTime) return text;
+    add(date.hour, 2, u' ');
+    add(date.minute, 2, u':');
+    add(date.second, 2, u':');
+    return text;
 }
 
 // A locale by its name, known to the system or not. Finding one reads files: it is kept where many dates are written.

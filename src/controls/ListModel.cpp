@@ -10,9 +10,11 @@ void ListModel::SetColumns(std::vector<ListColumn> newColumns) {
 }
 
 int ListModel::ColumnIndex(TextView key) const {
-    const auto found =
-        std::find_if(columns.begin(), columns.end(), [&](const auto& column) { return column.key == key; });
-    return found == columns.end() ? -1 : static_cast<int>(found - columns.begin());
+    for (size_t tries = columns.size(); tries > 0; --tries) {
+        found = found + 1 < columns.size() ? found + 1 : 0;
+        if (columns[found].key == key) return static_cast<int>(found);
+    }
+    return -1;
 }
 
 void ListModel::ClearItems() {

@@ -37,19 +37,18 @@ Value FromText(TextView text, FieldType type) {
 
 void StoredRows::Read(Statement& rows, size_t columnCount) {
     columns = columnCount;
-    while (rows.Next()) {
+    for (; rows.Next(); ++count) {
         for (size_t column = 0; column < columns; ++column) {
-            const TextView text = rows.FieldText(column);
-            values.push_back({texts.size(), text.size(), rows.IsNull(column)});
-            texts.append(text);
+            texts.append(rows.FieldText(column));
+            places.push_back(uint64_t{texts.size()} * 2 + (rows.IsNull(column) ? 1 : 0));
         }
-        ++count;
     }
 }
 
 TextView StoredRows::FieldText(size_t row, size_t column) const {
-    const Place& place = values[row * columns + column];
-    return TextView(texts).substr(place.begin, place.length);
+    const uint64_t* const place = &places[row * columns + column];
+    const auto begin = static_cast<size_t>(place[0] / 2), end = static_cast<size_t>(place[1] / 2);
+    return TextView(texts).substr(begin, end - begin);
 }
 
 void RecordsetState::Open(const Text& source, Connection& newConnection, CursorTypes, LockTypes lock, int options) {

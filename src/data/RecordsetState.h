@@ -13,16 +13,12 @@ class StoredRows {
 public:
     void Read(Statement& rows, size_t columnCount);
     size_t Count() const { return count; }
-    bool IsNull(size_t row, size_t column) const { return values[row * columns + column].isNull; }
+    bool IsNull(size_t row, size_t column) const { return (places[row * columns + column + 1] & 1) != 0; }
     TextView FieldText(size_t row, size_t column) const;
 
 private:
-    struct Place {
-        size_t begin = 0, length = 0;
-        bool isNull = true;
-    };
     size_t columns = 0, count = 0;
-    std::vector<Place> values;
+    std::vector<uint64_t> places = {0}; // behind the first: twice where each value ends, and 1 more when it is NULL
     Text texts;
 };
 

@@ -65,7 +65,10 @@ RowFingerprints::Fingerprint RowFingerprints::Of(const Row& row) {
 
 void RowFingerprints::Add(const Row& row) { rows.push_back(Of(row)); }
 
-void RowFingerprints::Finish() { std::ranges::sort(rows, {}, &Fingerprint::id); }
+void RowFingerprints::Finish() {
+    rows.shrink_to_fit();
+    std::ranges::sort(rows, {}, &Fingerprint::id);
+}
 
 void RowFingerprints::Check(Connection& connection, const NodeTree& tree) const {
     const Dialect& dialect = DialectOf(connection.Kind());

@@ -21,8 +21,10 @@ int64_t SecondsSinceEpoch(const DateTime& date) {
     return sys_days{day}.time_since_epoch().count() * Day + date.hour * Hour + date.minute * Minute + date.second;
 }
 
-Text Part(int64_t number, const Text& unit) {
-    return modGeneric::Pluralize(ToText(number) + u" " + unit, static_cast<long>(number));
+void AppendPart(Text& text, int64_t number, TextView unit) {
+    if (!text.empty()) text += u", ";
+    text.append(ToText(number)).append(u" ").append(unit);
+    if (number != 1) text += u's';
 }
 
 bool TextEquals(const Value& value, const Text& text) {
@@ -115,14 +117,13 @@ Text LockAgeText(const Value& lockDate, const DateTime& now) {
     const int64_t hours = age - days * Day >= Hour ? (age - days * Day) / Hour : 0;
     const int64_t rest = age - days * Day - hours * Hour;
     const int64_t minutes = rest >= Minute ? rest / Minute : 0;
-    const Text secondsPart = Part(age % 60, u"second");
-    const Text minutesPart = Part(minutes, u"minute");
-    const Text hoursPart = Part(hours, u"hour");
-    if (age < Minute) return secondsPart;
-    if (age < 5 * Minute) return minutesPart + u", " + secondsPart;
-    if (age < Hour) return minutesPart;
-    if (age < Day) return hoursPart + u", " + minutesPart;
-    return Part(days, u"day") + u", " + hoursPart;
+    Text text;
+    text.reserve(24);
+    if (age >= Day) AppendPart(text, days, u"day");
+    if (age >= Hour) AppendPart(text, hours, u"hour");
+    if (age >= Minute && age < Day) AppendPart(text, minutes, u"minute");
+    if (age < 5 * Minute) AppendPart(text, age % 60, u"second");
+    return text;
 }
 
 int64_t SecondsBetween(const DateTime& from, const DateTime& to) {

@@ -5,6 +5,7 @@
 #include "data/sqlite/SQLiteErrors.h"
 
 #include <algorithm>
+#include <charconv>
 
 namespace dax {
 
@@ -216,35 +217,51 @@ bool SQLiteStatement::Next() {
     return false;
 }
 
-bool SQLiteStatement::IsNull(size_t column) {
-    return sqlite3_column_type(Opened(), static_cast<int>(column)) == SQLITE_NULL;
-}
+bool SQLiteStatement::IsNull(size_t column) { return Read(column).isNull; }
+TextView SQLiteStatement::FieldText(size_t column) { return Read(column).text; }
 
-TextView SQLiteStatement::FieldText(size_t column) {
+// The value is asked for once and then for what it is: on a connection without mutexes that is allowed, and a third of
+// the calls.
+const SQLiteStatement::Field& SQLiteStatement::Read(size_t column) {
     sqlite3_stmt* const statement = Opened();
     Field& field = fields[column];
-    if (field.row == row) return field.text;
-    const int index = static_cast<int>(column);
-    const int type = sqlite3_column_type(statement, index);
-    if (type == SQLITE_BLOB) {
-        const void* const bytes = sqlite3_column_blob(statement, index);
-        WriteBytes(bytes, static_cast<size_t>(sqlite3_column_bytes(statement, index)), field.text);
-    } else if (type == SQLITE_NULL) {
+    if (field.row == row) return field;
+    sqlite3_value* const value = sqlite3_column_value(statement, static_cast<int>(column));
+    field.isNull = false;
+    switch (sqlite3_value_type(value)) {
+    case SQLITE_NULL:
+        field.isNull = true;
         field.text.clear();
-    } else {
-        const auto* const bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement, index));
+        break;
+    case SQLITE_INTEGER: {
+        char digits[24];
+        const char* const end = std::to_chars(digits, digits + sizeof digits, sqlite3_value_int64(value)).ptr;
+        const std::string_view text(digits, static_cast<size_t>(end - digits));
+        field.text.assign(text.begin(), text.end());
+        break;
+    }
+    case SQLITE_BLOB:
+        WriteBytes(sqlite3_value_blob(value), static_cast<size_t>(sqlite3_value_bytes(value)), field.text);
+        break;
+    default: {
+        const auto* const bytes = reinterpret_cast<const char*>(sqlite3_value_text(value));
         if (!bytes) throw SQLiteError(owner->Handle(), SQLITE_NOMEM, {});
-        FromUtf8({bytes, static_cast<size_t>(sqlite3_column_bytes(statement, index))}, field.text);
+        FromUtf8({bytes, static_cast<size_t>(sqlite3_value_bytes(value))}, field.text);
+    }
     }
     field.row = row;
-    return field.text;
+    return field;
 }
 
 std::optional<int64_t> SQLiteStatement::FieldInteger(size_t column) {
     sqlite3_stmt* const statement = Opened();
-    const int index = static_cast<int>(column);
-    if (sqlite3_column_type(statement, index) != SQLITE_INTEGER) return std::nullopt;
-    return sqlite3_column_int64(statement, index);
+    Field& field = fields[column];
+    if (field.numbersRow == row) return field.number;
+    sqlite3_value* const value = sqlite3_column_value(statement, static_cast<int>(column));
+    field.number.reset();
+    if (sqlite3_value_type(value) == SQLITE_INTEGER) field.number = sqlite3_value_int64(value);
+    field.numbersRow = row;
+    return field.number;
 }
 
 void SQLiteStatement::Close() noexcept {

@@ -32,8 +32,11 @@ protected:
 private:
     struct Field {
         Text text;
-        uint64_t row = 0; // which it is of
+        std::optional<int64_t> number;
+        uint64_t row = 0, numbersRow = 0; // which the text and the number are of
+        bool isNull = false;
     };
+    const Field& Read(size_t column);
     SQLiteConnection& Owner() const;
     sqlite3_stmt* Opened() const;
     bool RunRepeated(TextView text);
