@@ -77,6 +77,18 @@ void SaveOnServer(benchmark::State& state, Engine engine, int64_t size) {
         state, plain, [&] { editor->SaveDatabase(); }, 0.5, &bench::Times::clock);
 }
 
+// A save that looks for other authors' changes beside one that does not.
+void SaveWithCheck(benchmark::State& state, Engine engine, int64_t size) {
+    if (bench::IsMissing(engine, state)) return;
+    const auto editor = Loaded(Hierarchy(size, engine), size, state);
+    const auto save = [&](bool checks) {
+        editor->SetConflictCheck(checks);
+        if (!editor->SaveDatabase()) state.SkipWithError("not saved");
+    };
+    bench::InTurn(
+        state, [&] { save(false); }, [&] { save(true); }, 1.3, &bench::Times::clock);
+}
+
 #ifdef __GLIBC__
 // Bytes that a lesson takes in the editor, its packed properties included.
 void MemoryPerLesson(benchmark::State& state) {
@@ -125,6 +137,13 @@ const bool isRegistered = [] {
             std::string("Save 100000 lessons, ") + name + "/one statement per round trip/GroupEditor/real_time";
         bench::Register(
             row, [engine = engine](benchmark::State& state) { SaveOnServer(state, engine, 100'000); }, 1);
+    }
+    for (const auto& [engine, name] :
+         {std::pair{Engine::SQLite, "SQLite"}, {Engine::PostgreSQL, "PostgreSQL"}, {Engine::MariaDB, "MariaDB"}}) {
+        const std::string row = std::string("Looking for conflicts, ") + name +
+                                "/save of 10000 lessons/the same with ConflictCheck/real_time";
+        bench::Register(
+            row, [engine = engine](benchmark::State& state) { SaveWithCheck(state, engine, 10'000); }, 5);
     }
     return true;
 }();
