@@ -1,17 +1,18 @@
-// dax_soak MINUTES: authors at work for so long. Ends with 1, and what is wrong, when anything is.
+// dax_soak [--cluster] MINUTES: authors at work for so long. Ends with 1, and what is wrong, when anything is.
 #include "soak/Soak.h"
 
 #include <cstdlib>
 #include <iostream>
 
 int main(int count, char** arguments) {
-    const double minutes = count == 2 ? std::atof(arguments[1]) : 0;
+    const bool isOnCluster = count > 1 && std::string_view(arguments[1]) == "--cluster";
+    const double minutes = count == (isOnCluster ? 3 : 2) ? std::atof(arguments[count - 1]) : 0;
     if (minutes <= 0) {
-        std::cerr << "dax_soak MINUTES\n";
+        std::cerr << "dax_soak [--cluster] MINUTES\n";
         return 2;
     }
     try {
-        const dax::soak::Result result = dax::soak::Run(0, minutes);
+        const dax::soak::Result result = dax::soak::Run(0, minutes, isOnCluster);
         for (const std::string& complaint : result.complaints) std::cout << complaint << "\n";
         std::cout << result.summary << std::endl;
         return result.complaints.empty() ? 0 : 1;

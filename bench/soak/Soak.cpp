@@ -44,14 +44,18 @@ size_t OpenFiles() {
 
 class Soak {
 public:
-    Soak() : database(Engine::PostgreSQL, server.ConnectionString()) {
-        database.Run(Schema::CreateStatements(Schema::Database::Content, Engine::PostgreSQL));
+    explicit Soak(bool isOnCluster)
+        : isOnCluster(isOnCluster),
+          server(isOnCluster ? test::OwnServer::Kind::Cluster : test::OwnServer::Kind::PostgreSQL),
+          database(isOnCluster ? Engine::MariaDB : Engine::PostgreSQL, server.ConnectionString()) {
+        database.Run(Schema::CreateStatements(Schema::Database::Content, database.Kind()));
         for (int i = 0; i < authorCount; ++i)
-            authors.push_back(std::make_unique<Author>(i, database.ConnectionString()));
+            authors.push_back(std::make_unique<Author>(
+                i, database.ConnectionStringThrough(server.ConnectionString(isOnCluster ? NodeOf(i) : 1))));
     }
 
-    // Everybody works; the server stops and starts when `isTime` says so for the first time, and they end at the
-    // second.
+    // Everybody works; the server, or one node of the cluster, stops and starts when `untilTime` returns for the first
+    // time, and they end at the second.
     void Stretch(const std::function<void()>& untilTime) {
         std::atomic<bool> isOver = false;
         std::vector<std::thread> threads;
@@ -65,9 +69,11 @@ public:
         untilTime();
         std::vector<int> refused, saves;
         for (const auto& author : authors) refused.push_back(author->refused);
-        server.Stop();
-        WaitFor([&](size_t i) { return authors[i]->refused > refused[i]; });
-        server.Start();
+        isOnCluster ? server.KillNode(stoppedNode) : server.Stop();
+        WaitFor([&](size_t i) {
+            return authors[i]->refused > refused[i] || (isOnCluster && NodeOf(static_cast<int>(i)) != stoppedNode);
+        });
+        isOnCluster ? server.StartNode(stoppedNode) : server.Start();
         for (const auto& author : authors) saves.push_back(author->saves);
         WaitFor([&](size_t i) { return authors[i]->saves > saves[i]; });
         untilTime();
@@ -106,7 +112,8 @@ public:
     }
     void Compare() {
         const size_t heapNow = HeapBytes(), filesNow = OpenFiles();
-        if (heapNow > heap + allowedGrowth)
+        // MariaDB's driver keeps a kilobyte of each connection for good, so that on the cluster growth tells nothing.
+        if (!isOnCluster && heapNow > heap + allowedGrowth)
             result.complaints.push_back("the heap grew from " + std::to_string(heap) + " to " +
                                         std::to_string(heapNow) + " bytes");
         if (filesNow != files)
@@ -144,6 +151,9 @@ public:
     Result result;
 
 private:
+    static constexpr int stoppedNode = 2;
+    static int NodeOf(int author) { return author % 3 + 1; }
+
     // Operations so far, of all authors.
     std::string Counted() const {
         int rounds = 0, saves = 0, refused = 0;
@@ -170,8 +180,11 @@ private:
         const auto end = Clock::now() + 30s;
         Text left;
         do {
-            left = database.Ask(u"SELECT Count(*) FROM pg_stat_activity WHERE datname = current_database() AND pid <> "
-                                u"pg_backend_pid() AND backend_type = 'client backend'");
+            left = database.Ask(
+                isOnCluster ? u"SELECT Count(*) FROM information_schema.PROCESSLIST WHERE DB = "
+                              u"DATABASE() AND ID <> CONNECTION_ID()"
+                            : u"SELECT Count(*) FROM pg_stat_activity WHERE datname = current_database() AND pid <> "
+                              u"pg_backend_pid() AND backend_type = 'client backend'");
         } while (left != u"0" && Clock::now() < end);
         if (left != u"0") result.complaints.push_back(ToUtf8(left) + " connections are left open");
     }
@@ -181,6 +194,7 @@ private:
         return sum;
     }
 
+    const bool isOnCluster;
     test::OwnServer server;
     test::TestDatabase database;
     std::vector<std::unique_ptr<Author>> authors;
@@ -191,8 +205,8 @@ private:
 
 } // namespace
 
-Result Run(int rounds, double minutes) {
-    Soak soak;
+Result Run(int rounds, double minutes, bool isOnCluster) {
+    Soak soak(isOnCluster);
     soak.Stretch([&] { soak.WaitForRounds(2); });
     soak.Measure();
     soak.ReportFor(minutes);

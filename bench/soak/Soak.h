@@ -1,4 +1,5 @@
-// Four authors at work on one PostgreSQL catalog at the same time, on a server of their own that stops in the middle.
+// Four authors at work on one catalog at the same time: on a PostgreSQL server of their own, which stops in the middle,
+// or on the three nodes of a MariaDB cluster, of which one is killed and started again.
 #pragma once
 
 #include <string>
@@ -14,6 +15,6 @@ struct Result {
 // So many rounds of each author before the server stops and as many after it; with `minutes` that long instead.
 // A short stretch of the same goes before, so that what is held at the end can be compared with what was held then.
 // Throws std::runtime_error when the server does not start.
-Result Run(int rounds, double minutes = 0);
+Result Run(int rounds, double minutes = 0, bool isOnCluster = false);
 
 } // namespace dax::soak

@@ -8,9 +8,11 @@ namespace {
 
 TEST(Soak, FourAuthorsAndAServerThatStops) {
     if (const std::string why = test::OwnServer::WhyNot(); !why.empty()) GTEST_SKIP() << why;
-    const soak::Result result = soak::Run(4);
-    EXPECT_EQ(result.complaints, std::vector<std::string>());
-    std::cout << result.summary << std::endl;
+    for (const bool isOnCluster : {false, true}) {
+        const soak::Result result = soak::Run(4, 0, isOnCluster);
+        EXPECT_EQ(result.complaints, std::vector<std::string>());
+        std::cout << result.summary << std::endl;
+    }
 }
 
 } // namespace

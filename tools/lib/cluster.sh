@@ -30,8 +30,18 @@ node_sql() { mariadb --no-defaults -uroot --connect-timeout=2 --socket="$place/n
 # Ports of a node: clients, group, incremental and full transfer.
 node_ports() { read -r client group incremental full <"$place/node$1/ports"; }
 
-# $1: the node, $2: "new" for the one that founds the cluster.
+# $1: the node, $2: "new" for the one that founds the cluster. A node that was killed a moment ago is taken back only when
+# the others have noticed, so it is tried several times.
 launch_node() {
+    local attempt
+    for attempt in 1 2 3; do
+        ! try_node "$@" || return 0
+        warn "node $1 of the cluster did not start (attempt $attempt): $(grep -E 'ERROR|exception' "$place/node$1/log" | tail -n 5)"
+    done
+    return 1
+}
+
+try_node() {
     local data=$place/node$1 found=() members='' other tick pid
     [ "${2:-}" != new ] || found=(--wsrep-new-cluster)
     for other in 1 2 3; do
@@ -48,7 +58,7 @@ launch_node() {
         --wsrep-provider=/usr/lib/galera/libgalera_smm.so --wsrep-cluster-address="gcomm://$members" \
         --wsrep-node-name="node$1" --wsrep-node-address="127.0.0.1:$group" \
         --wsrep-sst-receive-address="127.0.0.1:$full" \
-        --wsrep-provider-options="gmcast.listen_addr=tcp://127.0.0.1:$group;ist.recv_addr=127.0.0.1:$incremental;base_port=$group;gcache.size=64M;evs.keepalive_period=PT0.5S;evs.suspect_timeout=PT2S;evs.inactive_timeout=PT4S;evs.inactive_check_period=PT0.5S;pc.recovery=false" \
+        --wsrep-provider-options="gmcast.listen_addr=tcp://127.0.0.1:$group;ist.recv_addr=127.0.0.1:$incremental;base_port=$group;gcache.size=64M;pc.recovery=false" \
         "${found[@]}" >>"$data/log" 2>&1 </dev/null 8>&- &
     pid=$!
     for tick in $(seq 600); do
@@ -61,7 +71,6 @@ launch_node() {
         sleep 0.1
     done
     kill -KILL "$pid" 2>/dev/null || true
-    warn "node $1 of the cluster did not start: $(grep -m 8 -E "ERROR|exception|failed" "$data/log") (tick $tick)"
     return 1
 }
 
