@@ -36,7 +36,7 @@ Function Braced(text)
     Braced = "{" & Replace(text, "}", "}}") & "}"
 End Function
 
-' The catalog lies on the connector's server, with a login of its own; of two equal keys the first one counts. The
+' The catalog lies on the connector's server, with a login of its own; of two equal keys the last one counts. The
 ' catalogs of a connector in a file are files beside it, or anywhere when their whole path is listed.
 Sub picker_CatalogChanged(dbCatalog, dbUser, dbPassword, title, description)
     WScript.Echo "2. picked: " & title & " [" & dbCatalog & "], " & description
@@ -44,8 +44,7 @@ Sub picker_CatalogChanged(dbCatalog, dbUser, dbPassword, title, description)
         content = dbCatalog
         If files.GetFileName(content) = content Then content = Beside(content & ".db")
     Else
-        content = "Database=" & Braced(dbCatalog) & ";UID=" & Braced(dbUser) & ";PWD=" & Braced(dbPassword) & ";" & _
-            connector
+        content = connector & ";Database=" & Braced(dbCatalog) & ";UID=" & Braced(dbUser) & ";PWD=" & Braced(dbPassword)
     End If
 End Sub
 
