@@ -7,10 +7,8 @@
 namespace dax::test {
 namespace {
 
-using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::Not;
 
 TEST(CommandLineTest, HelpsOnStandardOutput) {
     const Outcome overview = RunDax({u"--help"});
@@ -80,15 +78,6 @@ TEST(CommandLineTest, NamesWhatIsWrongWithTheUsage) {
         EXPECT_THAT(outcome.errors, HasSubstr(named));
         EXPECT_THAT(outcome.output, IsEmpty()) << named;
     }
-}
-
-TEST(CommandLineTest, PrintsScriptsForEveryEngine) {
-    for (const Text engine : {u"access", u"sqlserver", u"sqlite", u"postgresql", u"mariadb"}) {
-        EXPECT_THAT(RunDax({u"create", u"--print", engine}).output, HasSubstr("velmoraAutonumbers"));
-    }
-    const Outcome connector = RunDax({u"create", u"--connector", u"--print", u"sqlite"});
-    EXPECT_EQ(connector.exitCode, 0);
-    EXPECT_THAT(connector.output, AllOf(HasSubstr("velmoraDBUserRights"), Not(HasSubstr("velmoraLessons"))));
 }
 
 } // namespace

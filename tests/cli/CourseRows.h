@@ -17,6 +17,14 @@ inline Text LessonRow(TextView id, TextView title, TextView identifier, TextView
            quoted(data) + u")";
 }
 
+// Taken on the day of February 2020 that is the machine's second letter. No user: NULL.
+inline Text LockRow(TextView lesson, TextView user, TextView machine, int type) {
+    return u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, lockType) "
+           u"VALUES ('" +
+           Text(lesson) + u"', " + (user.empty() ? Text(u"NULL") : u"'" + Text(user) + u"'") + u", '" + Text(machine) +
+           u"', '10.0.0.1', 's', '2020-02-0" + machine[1] + u" 13:00:05', " + ToText(type) + u")";
+}
+
 inline void MakeCourse(const TestDatabase& database, TextView firstLesson = u"") {
     std::vector<Text> statements = Schema::CreateStatements(Schema::Database::Content, database.Kind());
     for (Text& row : std::vector<Text>{

@@ -14,13 +14,6 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
 
-Text LockRow(TextView lesson, TextView user, TextView machine, int type) {
-    return u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, lockType) "
-           u"VALUES ('" +
-           Text(lesson) + u"', " + (user.empty() ? Text(u"NULL") : u"'" + Text(user) + u"'") + u", '" + Text(machine) +
-           u"', '10.0.0.1', 's', '2020-02-0" + machine[1] + u" 13:00:05', " + ToText(type) + u")";
-}
-
 // The machines of the listed locks, in order.
 std::string Machines(const std::string& json) {
     std::string machines;

@@ -60,29 +60,21 @@ TEST_F(MapCommandTest, ShowsAndMoves) {
         EXPECT_EQ(Stored(), stored);
     }
 
-    // Pages that come, get other words, and go; the stored text but for the storyboards that were there at first.
+    // Pages that come, get other words, and go: the storyboards behind those that were there at first, and the pages.
+    const Text n1 = u"storyboard\tn1\ttext\t\tNew\n", n2 = u"storyboard\tn2\t\t\t\n",
+               n1Later = u"storyboard\tn1\ttext\tN\tNewer 語\n", n3 = u"storyboard\tn3\t\t\tFirst\n";
+    const Text s3s4 = u"page\t1\ts3\npage\t1\ts4\n", s1n1s2 = u"map\tExtra\npage\t1\ts1\npage\t2\tn1\npage\t1\ts2\n",
+               n1s2 = u"map\tExtra\npage\t1\tn1\npage\t1\ts2\n", last = u"page\t1\tn2\n";
     const struct {
         std::vector<Text> words;
         Text storyboards, pages;
     } changes[] = {
-        {{u"--add", u"New", u"--sbid", u"n1", u"--in", u"INTRO", u"--type", u"text"},
-         u"storyboard\tn1\ttext\t\tNew\n",
-         u"page\t1\ts3\npage\t1\ts4\nmap\tExtra\npage\t1\ts1\npage\t2\tn1\npage\t1\ts2\n"},
-        {{u"--add", u"", u"--sbid", u"n2"},
-         u"storyboard\tn1\ttext\t\tNew\nstoryboard\tn2\t\t\t\n",
-         u"page\t1\ts3\npage\t1\ts4\npage\t1\tn2\nmap\tExtra\npage\t1\ts1\npage\t2\tn1\npage\t1\ts2\n"},
-        {{u"--remove", u"INTRO", u"--keep-children"},
-         u"storyboard\tn1\ttext\t\tNew\nstoryboard\tn2\t\t\t\n",
-         u"page\t1\ts3\npage\t1\ts4\npage\t1\tn2\nmap\tExtra\npage\t1\tn1\npage\t1\ts2\n"},
-        {{u"--rename", u"new", u"--title", u"Newer 語", u"--identifier", u"N"},
-         u"storyboard\tn1\ttext\tN\tNewer 語\nstoryboard\tn2\t\t\t\n",
-         u"page\t1\ts3\npage\t1\ts4\npage\t1\tn2\nmap\tExtra\npage\t1\tn1\npage\t1\ts2\n"},
-        {{u"--remove", u"n2"},
-         u"storyboard\tn1\ttext\tN\tNewer 語\n",
-         u"page\t1\ts3\npage\t1\ts4\nmap\tExtra\npage\t1\tn1\npage\t1\ts2\n"},
-        {{u"--add", u"First", u"--sbid", u"n3", u"--before", u"s3"},
-         u"storyboard\tn1\ttext\tN\tNewer 語\nstoryboard\tn3\t\t\tFirst\n",
-         u"page\t1\tn3\npage\t1\ts3\npage\t1\ts4\nmap\tExtra\npage\t1\tn1\npage\t1\ts2\n"},
+        {{u"--add", u"New", u"--sbid", u"n1", u"--in", u"INTRO", u"--type", u"text"}, n1, s3s4 + s1n1s2},
+        {{u"--add", u"", u"--sbid", u"n2"}, n1 + n2, s3s4 + last + s1n1s2},
+        {{u"--remove", u"INTRO", u"--keep-children"}, n1 + n2, s3s4 + last + n1s2},
+        {{u"--rename", u"new", u"--title", u"Newer 語", u"--identifier", u"N"}, n1Later + n2, s3s4 + last + n1s2},
+        {{u"--remove", u"n2"}, n1Later, s3s4 + n1s2},
+        {{u"--add", u"First", u"--sbid", u"n3", u"--before", u"s3"}, n1Later + n3, u"page\t1\tn3\n" + s3s4 + n1s2},
     };
     for (const auto& [words, storyboards, pages] : changes) {
         std::vector<Text> all = words;
@@ -98,8 +90,7 @@ TEST_F(MapCommandTest, ShowsAndMoves) {
         EXPECT_EQ(ToUtf8(Stored()), ToUtf8(stored));
     }
 
-    database.Run({u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
-                  u"lockType) VALUES ('l1', 'юлия', 'm', 'i', 's', '2020-01-01 00:00:00', 1)"});
+    database.Run({LockRow(u"l1", u"юлия", u"m1", 1)});
     const Outcome edited = Run({u"L-1", u"--move", u"s4", u"--to", u"up"});
     EXPECT_EQ(edited.exitCode, 1);
     EXPECT_THAT(edited.errors, HasSubstr("юлия is editing"));

@@ -9,9 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace dax::test {
 namespace {
@@ -103,49 +100,23 @@ TEST(StreamsTest, ReadsWhatIsTextAndRefusesTheRest) {
     }
 }
 
-// Sends the signal as soon as the program has written the mark to its standard error, where --trace writes, and reads
-// on: until then the program waits for the full pipe.
-Outcome Interrupt(const TempFolder& folder, const std::vector<std::string>& words, const std::string& mark,
-                  int signal) {
-    int errors[2], input[2]; // nothing is ever typed
-    if (pipe(errors) != 0 || pipe(input) != 0) return {};
-    const std::string program = ProgramPath().string();
-    std::vector<char*> arguments = {const_cast<char*>("dax")};
-    for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    const pid_t child = fork();
-    if (child == 0) {
-        std::signal(signal, SIG_DFL);
-        dup2(errors[1], STDERR_FILENO);
-        dup2(input[0], STDIN_FILENO);
-        close(errors[0]);
-        if (chdir(folder.Path().c_str()) == 0) execv(program.c_str(), arguments.data());
-        _exit(127);
-    }
-    close(errors[1]);
-    Outcome outcome;
-    char piece[4096];
-    bool isSent = false;
-    for (ssize_t length = 0; (length = read(errors[0], piece, sizeof piece)) > 0;) {
-        outcome.errors.append(piece, static_cast<size_t>(length));
-        if (isSent || outcome.errors.find(mark) == std::string::npos) continue;
-        kill(child, signal);
-        isSent = true;
-    }
-    for (const int end : {errors[0], input[0], input[1]}) close(end);
-    int status = 0;
-    waitpid(child, &status, 0);
-    outcome.exitCode = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-    return outcome;
+// Sends the signal as soon as the program has written a line that begins with the mark to its standard error, where
+// --trace writes, and reads on: until then the program waits for the full pipe. The output is what it wrote from then
+// on.
+Outcome Interrupt(const TempFolder& folder, const std::string& words, const std::string& mark, int signal) {
+    return RunShell(folder.Path(),
+                    "set -m; p=$(mktemp -d); mkfifo $p/errors $p/input; exec 4<>$p/input; $dax " + words +
+                        " 2>$p/errors <&4 & exec 3<$p/errors; while read -r line <&3; do [[ $line == '" + mark +
+                        "'* ]] && break; done; kill -" + std::to_string(signal) + " $!; cat <&3; rm -r $p; wait $!");
 }
 
 TEST(StreamsTest, CtrlCLeavesEverythingAsItWas) {
     const TempFolder folder;
     for (const int signal : {SIGINT, SIGTERM}) {
-        const Outcome made = Interrupt(folder, {"--trace", "sample", "new.db", "--lessons", "9000"},
-                                       "INSERT INTO velmoraLessons", signal);
+        const Outcome made =
+            Interrupt(folder, "--trace sample new.db --lessons 9000", "INSERT INTO velmoraLessons", signal);
         EXPECT_EQ(made.exitCode, 128 + signal);
-        EXPECT_THAT(made.errors, HasSubstr("\ndax sample: Interrupted. No file was made.\n"));
+        EXPECT_THAT(made.output, HasSubstr("\ndax sample: Interrupted. No file was made.\n"));
         EXPECT_EQ(FilesIn(folder), 0u);
     }
     ASSERT_EQ(RunShell(folder.Path(), "$dax sample c.db --lessons 9000 && $dax sample a.db").exitCode, 0);
@@ -153,18 +124,17 @@ TEST(StreamsTest, CtrlCLeavesEverythingAsItWas) {
         return RunShell(folder.Path(), "$dax tree c.db --json | md5sum; $dax tree a.db --json | md5sum").output;
     };
     const std::string before = asked();
-    const Outcome saved =
-        Interrupt(folder, {"--trace", "edit", "c.db", "remove", "SAF-2"}, "UPDATE velmoraLessons", SIGINT);
+    const Outcome saved = Interrupt(folder, "--trace edit c.db remove SAF-2", "UPDATE velmoraLessons", SIGINT);
     EXPECT_EQ(saved.exitCode, 130);
-    EXPECT_THAT(saved.errors, HasSubstr("\ndax edit: Interrupted. Nothing was saved.\n"));
-    const Outcome replaced = Interrupt(folder, {"--trace", "sample", "a.db", "--force", "--lessons", "9000"},
-                                       "INSERT INTO velmoraLessons", SIGINT);
+    EXPECT_THAT(saved.output, HasSubstr("\ndax edit: Interrupted. Nothing was saved.\n"));
+    const Outcome replaced =
+        Interrupt(folder, "--trace sample a.db --force --lessons 9000", "INSERT INTO velmoraLessons", SIGINT);
     EXPECT_EQ(replaced.exitCode, 130);
-    EXPECT_THAT(replaced.errors, HasSubstr("'a.db' is as it was."));
+    EXPECT_THAT(replaced.output, HasSubstr("'a.db' is as it was."));
     EXPECT_EQ(asked(), before);
     EXPECT_EQ(FilesIn(folder), 2u);
     // Where nothing was begun, it ends at once.
-    EXPECT_EQ(Interrupt(folder, {"tree", "Driver={None}", "--password-prompt"}, "Password:", SIGINT).exitCode, 130);
+    EXPECT_EQ(Interrupt(folder, "tree \"Driver={None}\" --password-prompt", "Password:", SIGINT).exitCode, 130);
 }
 
 } // namespace
