@@ -13,23 +13,14 @@ constexpr UINT_PTR CounterSubclass = 9;
 
 enum class Form { TenMaps, Deep, Wide };
 
-std::shared_ptr<ContentLesson> LargeLesson(Form form, int count) {
-    const auto lesson = std::make_shared<ContentLesson>();
-    const int maps = form == Form::TenMaps ? 10 : 2; // the second of two is empty
-    const int perMap = form == Form::TenMaps ? count / maps : count;
-    for (int m = 0, page = 0; m < maps; ++m) {
-        const auto map = std::make_shared<ContentMap>(u"Map " + ToText(m));
-        std::vector<LayoutEntry> layout;
-        for (int n = 0; n < perMap && page < count; ++n, ++page) {
-            const Text sbid = u"s" + ToText(page);
-            lesson->Storyboards()->Add(
-                std::make_shared<ContentStoryboard>(sbid, u"Page " + ToText(page), u"", u"text"));
-            layout.push_back({sbid, form == Form::Deep ? n + 1 : form == Form::Wide ? 1 : 1 + n % 4});
-        }
-        map->SetLayout(std::move(layout));
-        lesson->Maps()->Add(map);
+std::string LargeText(Form form, int count) {
+    const int perMap = form == Form::TenMaps ? count / 10 : count;
+    std::string text;
+    for (int page = 0; page < count; ++page) {
+        if (page % perMap == 0) text += (page ? " | Map" : "Map") + std::to_string(page / perMap) + ":";
+        text += " s" + std::to_string(page) + (form == Form::Deep ? "(" : "");
     }
-    return lesson;
+    return form == Form::TenMaps ? text : text + " | Map1:"; // an empty one
 }
 
 // What the tree and its parent window hear: paintings of the tree, and drawing going off and on.
@@ -51,7 +42,7 @@ LRESULT CALLBACK Listen(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
 // Does it to a lesson of that size in a window: no repaint before the end.
 class LargeHost {
 public:
-    LargeHost(Form form, int count) : lesson(LargeLesson(form, count)) {
+    LargeHost(Form form, int count) : lesson(MakeLesson(LargeText(form, count))) {
         heard.tree = host.TreeHandle();
         ListenAt(heard.tree);
     }
@@ -93,16 +84,13 @@ TEST(LessonMapSize, IsShownInOneRepaintWhateverTheShape) {
         LessonMapHost& host = large.host;
         large.Step("build", [&](LessonMapEditor& editor) { editor.SetLesson(large.lesson); });
         EXPECT_EQ(host.Model().Count(), count + large.lesson->Maps()->Count());
-        EXPECT_EQ(host.Editor().FindNextSBID(u"page 19999", ftTitle, true, true), u"s19999");
         host.Editor().SetCurrentSBID(u"s0");
         ProcessPendingMessages();
         // The moved branch is all of the deep tree, one page of the wide one.
         large.Step("move", [](LessonMapEditor& editor) { editor.MoveCurrent(smtNextMap); });
-        EXPECT_EQ(host.At(u"s0").Parent()->Key(), u"Map 1");
-        EXPECT_EQ(std::static_pointer_cast<ContentMap>(large.lesson->Maps()->Item(1))->Layout()[0].sbid, u"s0");
+        EXPECT_EQ(host.At(u"s0").Parent()->Key(), u"Map1");
         large.Step(
             "refresh", [](LessonMapEditor& editor) { editor.Refresh(); }, true);
-        EXPECT_EQ(host.Editor().CurrentSBID(), u"s0");
         EXPECT_EQ(NextItem(host.TreeHandle(), TVGN_CARET), ItemOf(&host.At(u"s0")));
         large.Step("clear", [](LessonMapEditor& editor) { editor.SetLesson(nullptr); });
     }
@@ -131,7 +119,7 @@ TEST(LessonMapSize, AllBoxesAreTickedInOneRepaintAndAsFastAsTheTreeIsFilled) {
         step(
             "uncheck", ticking, [](LessonMapEditor& editor) { editor.UncheckAllStoryboards(); }, 0, 1);
         const auto press = [&](LessonMapEditor&) {
-            hand.Do([&](Hand& user) { user.Click(host.On(u"Map 0", RowPart::Box)); });
+            hand.Do([&](Hand& user) { user.Click(host.On(u"Map0", RowPart::Box)); });
             large.heard.paints = 0; // the press itself paints the row
             InvalidateRect(host.TreeHandle(), nullptr, TRUE);
         };
