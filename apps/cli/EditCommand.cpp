@@ -39,6 +39,7 @@ ExitCode Edit(const Arguments& arguments) {
     const Target target = ParseTarget(arguments);
     std::optional<Unfinished> unsaved(std::in_place, u"Nothing was saved.");
     Course course(target);
+    course.Editor().SetConflictCheck(!arguments.Has(u"--force"));
     Editing editing(course);
     if (words.empty()) {
         DoLines(editing, lines);
@@ -54,7 +55,10 @@ ExitCode Edit(const Arguments& arguments) {
     try {
         course.Save();
     } catch (const Error& error) {
-        throw Error(error.Number(), error.Description() + u"\nNothing was saved.");
+        const TextView hint = error.Number() == ErrorNumbers::Conflict
+                                  ? u"\nGive the command again, or --force to overwrite what the other has changed."
+                                  : u"\nNothing was saved.";
+        throw Error(error.Number(), error.Description() + Text(hint));
     }
     unsaved.reset();
     Text said = u"Saved: " + editing.Summary();
@@ -67,7 +71,7 @@ constexpr Option Options[] = {
     {u"--file", u"COMMANDS",
      u"the file with the commands, - for the standard input; in UTF-8, or in UTF-16 with a mark"},
     {u"--dry-run", u"", u"try the commands, but save nothing"},
-    {u"--force", u"", u"also change what somebody is editing"},
+    {u"--force", u"", u"also change what somebody is editing, or has changed since the course was loaded"},
 };
 
 const Text Summary = u"Add, update, remove and move entries of the hierarchy.\n"

@@ -137,6 +137,25 @@ TEST(StreamsTest, CtrlCLeavesEverythingAsItWas) {
     EXPECT_EQ(Interrupt(folder, "tree \"Driver={None}\" --password-prompt", "Password:", SIGINT).exitCode, 130);
 }
 
+// Another author writes between this one's loading and saving, which waits for the other's lock.
+TEST(StreamsTest, EditRefusesToOverwriteAnother) {
+    const TempFolder folder;
+    for (const bool isForced : {false, true}) {
+        const Outcome outcome = RunShell(
+            folder.Path(),
+            std::string(
+                "$dax sample c.db --force > /dev/null; rm -f errors; mkfifo errors; coproc sqlite3 c.db\n"
+                "echo \"BEGIN IMMEDIATE; UPDATE velmoraLessons SET lessonTitle = 'Theirs' WHERE lessonIdentifier "
+                "= 'SAF-1'; SELECT 'held';\" >&${COPROC[1]}; read -r <&${COPROC[0]}\n"
+                "$dax --trace edit c.db move SAF-2 down ") +
+                (isForced ? "--force" : "") +
+                " 2>errors & exec 3<errors; while read -r line <&3; do [[ $line == 'UPDATE '* || $line == 'BEGIN'* ]] "
+                "&& break; done; echo 'COMMIT;' >&${COPROC[1]}; grep '^dax edit' <&3; wait $!");
+        EXPECT_EQ(outcome.exitCode, isForced ? 0 : 3) << outcome.output << outcome.errors;
+        EXPECT_EQ(outcome.output.find("'Theirs' was renamed") != std::string::npos, !isForced) << outcome.output;
+    }
+}
+
 } // namespace
 } // namespace dax::test
 
