@@ -79,7 +79,7 @@ def ratio_plot(groups):
     if not lines:
         return []
     script = block("R", lines) + (
-        'set style fill solid 0.9\nset boxwidth 0.6\nset xtics rotate by -35\nset yrange [0:*]\nset rmargin 9\n'
+        'set style fill solid 0.9\nset boxwidth 0.6\nset xtics rotate by -35\nset yrange [0:*]\nset rmargin 14\n'
         'set ylabel "times what the engine itself needs"\nset title "Beside SQLite\'s own interface"\nset key outside top center horizontal\n'
         f'plot $R using 0:2:xtic(1) with boxes lc rgb "{OURS}" title "measured", '
         '$R using 0:3:(0.36) with xerrorbars pt 0 lw 2 lc rgb "#b02020" title "at most"')
