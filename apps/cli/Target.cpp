@@ -180,6 +180,8 @@ void NewDatabase::Finish() {
                                                       FromUtf8(failure.message()) +
                                                       u". Close the programs that have it open and try again.");
     }
+    // What a killed program left beside the old file would be taken for a part of the new one.
+    for (const TextView left : {u"-journal", u"-wal", u"-shm"}) RemoveFile(place + Text(left));
     building.clear();
     making.reset();
 }

@@ -68,6 +68,7 @@ TEST(SampleTest, ReplacesOnlyWhenForced) {
         EXPECT_THAT(refused.errors, HasSubstr("'" + ToUtf8(file) + "' exists already"));
         EXPECT_EQ(Bytes(folder, "diary.txt"), "dear diary");
     }
+    folder.Write(u"diary.txt-journal", "left behind by a killed program");
     EXPECT_EQ(RunDax({u"create", file, u"--force"}).exitCode, 0);
     EXPECT_EQ(Ask(file, u"SELECT Count(*) FROM velmoraLessons"), u"0");
     EXPECT_EQ(Entries(folder), 1u);
