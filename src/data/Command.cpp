@@ -5,7 +5,7 @@
 namespace dax {
 
 void Command::AppendStoredDate(Value value, Text stored) {
-    if (DialectOf(connection.Kind()).datesAsText && !IsNull(value)) value = std::move(stored);
+    if (DialectOf(connection.Kind()).datesAsText && !IsNull(value) && !stored.empty()) value = std::move(stored);
     AppendParameter(std::move(value));
 }
 

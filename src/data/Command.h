@@ -15,8 +15,8 @@ public:
     const Text& CommandText() const { return commandText; }
     // Parameters in the order of the question marks. A date is sent the way that the engine compares it right.
     void AppendParameter(Value value) { parameters.push_back(std::move(value)); }
-    // A date that was read, and its text as the recordset gave it: an engine that keeps dates as texts in the form in
-    // which a program wrote them compares with that text, every other one with the date.
+    // A date that was read, and its text as the recordset gave it (empty: in the usual form): an engine that keeps
+    // dates as texts in the form in which a program wrote them compares with that text, every other one with the date.
     void AppendStoredDate(Value value, Text stored);
     void ClearParameters() { parameters.clear(); }
     // Answers the number of rows affected.

@@ -5,6 +5,7 @@
 #include "locks/LockQueries.h"
 #include "locks/LockRules.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace dax {
@@ -28,6 +29,14 @@ enum LockColumns : size_t {
     ColumnLessonType,
 };
 
+// True for the text of a date that is written as we write dates, yyyy-mm-dd hh:mm:ss: it need not be kept.
+bool IsInUsualForm(TextView date) {
+    constexpr TextView form = u"0000-00-00 00:00:00";
+    return std::ranges::equal(date, form, [](char16_t unit, char16_t mark) {
+        return mark == u'0' ? unit >= u'0' && unit <= u'9' : unit == mark;
+    });
+}
+
 LockRow ReadRow(const Recordset& recordset) {
     LockRow row;
     row.lessonID = recordset.Field(ColumnLessonID);
@@ -40,7 +49,8 @@ LockRow ReadRow(const Recordset& recordset) {
     row.lessonTitle = recordset.Field(ColumnLessonTitle);
     row.lessonIdentifier = recordset.Field(ColumnLessonIdentifier);
     row.lessonType = recordset.Field(ColumnLessonType);
-    row.lockDateText = recordset.FieldText(ColumnLockDate);
+    const TextView stored = recordset.FieldText(ColumnLockDate);
+    if (!std::holds_alternative<DateTime>(row.lockDate) || !IsInUsualForm(stored)) row.lockDateText = stored;
     return row;
 }
 

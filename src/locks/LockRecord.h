@@ -27,7 +27,7 @@ struct LockRecord {
 struct LockRow {
     Value lessonID, username, machineName, machineIP, lockDate, lockType, sessionID;
     Value lessonTitle, lessonIdentifier, lessonType;
-    Text lockDateText{}; // the date as the database keeps it, where it keeps a text
+    Text lockDateText{}; // the date as the database keeps it, where that is a text in another form than ours
     size_t number = 0;   // of the row, from 1
 };
 
