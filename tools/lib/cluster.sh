@@ -1,5 +1,6 @@
-# shellcheck shell=bash
-# Three MariaDB nodes with Galera on loopback, for tools/servers. Uses its $dir, $place, $password and end_process.
+# shellcheck shell=bash disable=SC2154
+# Three MariaDB nodes with Galera on loopback, for tools/servers. Uses its $root, $dir, $place, $password and
+# end_process.
 
 # The scripts that hand a joining node its data come in a package whose services are not wanted here: it is unpacked.
 transfer_scripts() {
@@ -42,7 +43,7 @@ launch_node() {
 }
 
 try_node() {
-    local data=$place/node$1 found=() members='' other tick pid
+    local data=$place/node$1 found=() members='' other pid
     [ "${2:-}" != new ] || found=(--wsrep-new-cluster)
     for other in 1 2 3; do
         node_ports "$other"
@@ -61,7 +62,7 @@ try_node() {
         --wsrep-provider-options="gmcast.listen_addr=tcp://127.0.0.1:$group;ist.recv_addr=127.0.0.1:$incremental;base_port=$group;gcache.size=64M;pc.recovery=false" \
         "${found[@]}" >>"$data/log" 2>&1 </dev/null 8>&- &
     pid=$!
-    for tick in $(seq 600); do
+    for _ in $(seq 600); do
         kill -0 "$pid" 2>/dev/null || break
         if [ "$(node_sql "$1" "SHOW STATUS LIKE 'wsrep_local_state_comment'" | cut -f 2)" = Synced ]; then
             say "$pid" >"$dir/node$1.pid"
