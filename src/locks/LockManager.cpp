@@ -92,7 +92,7 @@ public:
     // `filled` is the list in the middle of whose filling the operation is; null for none.
     Operation(LockManager& manager, Text occasion, Text routine, std::shared_ptr<ListModel> filled = {})
         : manager(manager), occasion(std::move(occasion)), routine(std::move(routine)), filled(std::move(filled)),
-          filling(manager.filling), startedAt(*manager.filling) {}
+          filling(manager.filling), counter(manager.filling.get()), startedAt(*counter) {}
 
     // False when it failed and the host ignored it. Throws Leave when the host wants the operation left, has
     // released the manager, or has filled the list anew from inside the event.
@@ -126,14 +126,14 @@ private:
 
     // A host's code may have run: in an event, or in its collection.
     void RequireCurrent() const {
-        const auto current = filling.lock();
-        if (!current || *current != startedAt) throw Leave{false};
+        if (filling.expired() || *counter != startedAt) throw Leave{false};
     }
 
     LockManager& manager;
     Text occasion, routine;
     std::shared_ptr<ListModel> filled;
-    std::weak_ptr<uint64_t> filling;
+    std::weak_ptr<uint64_t> filling; // gone with the manager
+    const uint64_t* counter;         // what it points to; asked after every step, where locking it would cost more
     uint64_t startedAt;
 };
 
@@ -236,7 +236,8 @@ void LockManager::FillRow(Operation& operation, const LockRow& row, size_t index
 void LockManager::ShowRow(Operation& operation, const LockRow& row, size_t index) {
     using modGeneric::VariantToString;
     std::optional<size_t> item;
-    operation.Do([&] { item = lvwLocks->AddItem(VariantToString(row.lessonTitle, u"(deleted)")); });
+    static const Text deleted = u"(deleted)";
+    operation.Do([&] { item = lvwLocks->AddItem(VariantToString(row.lessonTitle, deleted)); });
     if (!item) return;
     lvwLocks->SetTag(*item, static_cast<int32_t>(index));
     const auto setCell = [&](TextView key, const auto& text) {
