@@ -12,17 +12,47 @@ ENGINES = ("SQLite", "PostgreSQL", "MariaDB")
 problems = []
 
 
+def raised_numbers():
+    """{number: where} of all that the source raises, wherever its number is defined."""
+    sources = files(".h", ".cpp", folders=["src"])
+    texts = {name: read(name) for name in sources}
+    named = {}
+    for name, text in texts.items():
+        for block in re.findall(r"namespace ErrorNumbers \{(.*?)\n\}", text, re.S):
+            named.update({f"ErrorNumbers::{word}": (int(number), name)
+                          for word, number in re.findall(r"int32_t (\w+) = (-?\d+);", block)})
+    found = dict(named.values())
+    passed_on = re.compile(r"code|number|result|\w+\.Number\(\)|(HostsNumber|NumberOf)\(.*")
+    for name, text in texts.items():
+        local = {word: int(number) for line in re.findall(r"constexpr int32_t ([^;]*);", text)
+                 for word, number in re.findall(r"(\w+) = (-?\d+)", line)}
+        for argument in re.findall(r"\b(?:throw|return) (?:dax::)?Error\(\s*([^,;]+),", text):
+            if argument in local or re.fullmatch(r"-?\d+", argument):
+                found.setdefault(local.get(argument) or int(argument), name)
+            elif argument not in named and not passed_on.fullmatch(argument):
+                problems.append(f"{name}: which number is raised by Error({argument}, …)?")
+    return found
+
+
 def check_error_numbers():
-    """Every number of the source, in both of its forms, and no other in that table."""
-    numbers = {int(number) for number in re.findall(r"int32_t \w+ = (-?\d+);", read("src/base/Error.h"))}
-    table = read("docs/errors.md").split("## Of collections")[0]
+    """Every number of the source, in both of its forms, and no other, is in the tables; and every code of the shell."""
+    raised, page = raised_numbers(), read("docs/errors.md")
     rows = {int(number): int(hexadecimal, 16)
-            for number, hexadecimal in re.findall(r"^\| (-?\d+) \| (\w+) \|", table, re.M)}
-    for number in sorted(numbers ^ set(rows)):
-        problems.append(f"docs/errors.md and src/base/Error.h: {number} is only in one of them")
+            for number, hexadecimal in re.findall(r"^\| (-?\d+) \| (\w+) \|", page, re.M)}
+    for number in sorted(set(raised) - set(rows)):
+        problems.append(f"docs/errors.md: {number} is missing, which {raised[number]} raises")
+    for number in sorted(set(rows) - set(raised)):
+        problems.append(f"docs/errors.md: nothing raises {number}")
     for number, hexadecimal in rows.items():
         if number % (1 << 32) != hexadecimal:
             problems.append(f"docs/errors.md: {number} is not {hexadecimal:X}")
+    codes = set()
+    for name in files(".h", ".cpp", folders=["src/ocx"]):
+        for line in re.findall(r"^.*(?:\breturn\b|\bComError\(|\bNothing\().*$", read(name), re.M):
+            codes.update(re.findall(r"(?<![=!]= )\b(?:[A-Z]+_)?E_[A-Z]+\b", line))
+    listed = set(re.findall(r"^\| `(\w+)` \|", page, re.M))
+    for code in sorted(codes ^ listed):
+        problems.append(f"docs/errors.md and src/ocx: {code} is only in one of them")
 
 
 def all_tests():
