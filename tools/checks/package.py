@@ -228,17 +228,19 @@ def show_on_windows():
 
 
 def check_manual():
-    """With servers of their own, since some pages show PostgreSQL."""
+    """With servers of their own, since some pages show PostgreSQL and a cluster, of which a node is killed."""
     servers = os.path.join(ROOT, "tools", "servers")
-    place = os.path.join(WORK, "servers")
+    place, cluster = os.path.join(WORK, "servers"), os.path.join(WORK, "cluster")
     try:
         said = run("the servers for the manual", [servers, "start", place])
+        said += run("the cluster for the manual", [servers, "start", "--cluster", cluster])
         environment = dict(os.environ, **dict(re.findall(r"^export (\w+)='(.*)'$", said, re.M)))
         for what in ("transcripts", "schemas"):
             run(f"the manual's {what}", ["python3", os.path.join(ROOT, "tools", "lib", f"{what}.py"), LINUX],
                 env=environment)
     finally:
         run("ending the servers", [servers, "stop", place])
+        run("ending the cluster", [servers, "stop", cluster])
 
 
 shutil.rmtree(WORK, ignore_errors=True)

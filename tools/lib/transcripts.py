@@ -2,7 +2,8 @@
     python3 tools/lib/transcripts.py FOLDER [PAGE...]           FOLDER holds the program dax; all pages if none is named
     python3 tools/lib/transcripts.py --write FOLDER [PAGE...]   writes into the pages what is said now
 A line "$ COMMAND" is run by bash in a folder that the commands of a page share. A line "..." stands for any lines.
-$POSTGRES and $MARIADB are connection strings of empty databases (tools/servers).
+$POSTGRES and $MARIADB are connection strings of empty databases (tools/servers), $CLUSTER1 to $CLUSTER3 those of the nodes of
+a cluster (tools/servers start --cluster) whose folder is $CLUSTER.
 Used by tools/checks/package.py with the program that was packed."""
 import glob
 import os
@@ -13,7 +14,7 @@ import tempfile
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 BLOCK = re.compile(r"^```console\n(.*?)^```$", re.M | re.S)
-SERVERS = ("POSTGRES", "MARIADB")
+SERVERS = ("POSTGRES", "MARIADB", "CLUSTER1", "CLUSTER2", "CLUSTER3", "CLUSTER")
 PROGRESS = re.compile(r"(?:reading|editing|saving|writing)[a-z ]*: \d+(?: %)?")  # what dax says when it takes long
 
 
@@ -84,7 +85,8 @@ def main():
         blocks = "".join(BLOCK.findall(text))
         lacking = [server for server in SERVERS if f"${server}" in blocks and not os.environ.get(f"DAX_TEST_{server}")]
         if lacking:
-            problems.append(f"{name}: needs {' and '.join(lacking)}: eval \"$(tools/servers start build/db)\"")
+            problems.append(f"{name}: needs {' and '.join(lacking)}: eval \"$(tools/servers start build/db)\", for the cluster "
+                            "eval \"$(tools/servers start --cluster build/cluster)\"")
             continue
         with tempfile.TemporaryDirectory() as folder:
             lines += check_page(name, programs, folder, problems, write)

@@ -74,6 +74,7 @@ constexpr Advice advices[] = {
      u"node, or ask the administrator."},
     {Engine::MariaDB, u"", 2006, u"", lostServer},
     {Engine::MariaDB, u"", 2013, u"", lostServer},
+    {Engine::MariaDB, u"", 0, u"Lost connection to server", lostServer},
     {Engine::PostgreSQL, u"57P0", 0, u"", lostServer},
     {Engine::PostgreSQL, u"", 0, u"server closed the connection", lostServer},
     {Engine::Other, u"08S01", 0, u"", lostServer},
