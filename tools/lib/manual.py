@@ -69,7 +69,7 @@ def write_members(out, members):
     rows = {}
     for kind, result, name, arguments, text, dispid in members:
         if name == ENUMERATOR:
-            out.append("For Each walks through it.\n")
+            out.append("For Each enumerates it.\n")
             continue
         row = rows.setdefault(name, {"kinds": [], "result": type_text(result), "arguments": "", "text": text,
                                      "isDefault": dispid == 0})
@@ -149,11 +149,13 @@ def manual():
     out = ["# Reference", "",
            "Every class, member, event and enumeration of the two type libraries, in their order. Made by",
            "`python3 tools/lib/manual.py` from what the tests compare the libraries with; do not edit it by hand.",
-           "Below a class stand its traps, and what was decided here where the documentation of the controls is silent.",
+           "Each class is followed by its traps, and by what was decided here where the documentation is silent. Which calls",
+           "raise errors or events is described for the [hierarchy](hierarchy.md), the [lesson map](lesson-map.md), the",
+           "[lock list](locks.md), and the [validator and the picker](validator-and-picker.md).",
            "Arguments in brackets may be left out. [errors.md](errors.md) lists the error numbers,",
            "[connections.md](connections.md) the connection strings.", "",
-           "    tools/wine ocx_tests.exe --gtest_filter='TypeLibraryTest.*'     the libraries are as this page says",
-           "    python3 tools/checks/reference.py                               so is this page", ""]
+           "    tools/wine ocx_tests.exe --gtest_filter='TypeLibraryTest.*'     compares the libraries with the snapshots",
+           "    python3 tools/checks/reference.py                               compares this page with them", ""]
     meanings, remarks = read_meanings(), read_remarks()
     for library in ("DAXControls", "ContentObjects"):
         types = {entry.name: entry
