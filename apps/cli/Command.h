@@ -70,6 +70,7 @@ struct Command {
 };
 
 extern const Command CreateCommand, SampleCommand, ValidateCommand, ValidateConnectorCommand, CatalogsCommand,
-    PickCommand, TreeCommand, LessonCommand, InfoCommand, FindCommand, LocksCommand, EditCommand, MapCommand;
+    PickCommand, TreeCommand, LessonCommand, InfoCommand, FindCommand, LocksCommand, EditCommand, MapCommand,
+    CopyCommand;
 
 } // namespace dax::cli

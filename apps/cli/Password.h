@@ -14,6 +14,13 @@ inline constexpr Option PasswordOptions[] = {
     {u"--password-prompt", u"", u"ask for it; what is typed does not appear"},
 };
 
+// The same for the second place of a command that has two.
+inline constexpr Option SecondPasswordOptions[] = {
+    {u"--to-password-env", u"NAME", u"the same for the second connection"},
+    {u"--to-password-file", u"FILE", u"the same from the first line of a file"},
+    {u"--to-password-prompt", u"", u"the same, asked for"},
+};
+
 // By the options that begin with `prefix` ("--password"); nothing when none is given. The password is kept out of all
 // messages from then on. Throws UsageError for two of them, Refusal when there is none where it should be.
 std::optional<Text> ReadPassword(const Arguments& arguments, const Text& prefix);

@@ -47,17 +47,6 @@ bool HasTable(Connection& connection, TextView table) {
     }
 }
 
-// The documented statements spell one table in two ways, so names must match without regard to case.
-void RequireBlindNames(Connection& connection) {
-    if (connection.Kind() != Engine::MariaDB) return;
-    Recordset setting;
-    setting.Open(u"SELECT @@lower_case_table_names AS blind", connection);
-    if (modGeneric::VariantToLong(setting.Field(u"blind"), 0) != 0) return;
-    throw Error(ErrorNumbers::Automation,
-                u"This server tells table names apart by case, which the program cannot work with. Start it with "
-                u"lower_case_table_names=1 (before the first table is made) and try again.");
-}
-
 // A SQLite file and what the engine leaves beside it when it is stopped.
 void RemoveDatabase(const Text& path) noexcept {
     for (const TextView ending : {u"", u"-journal", u"-wal", u"-shm"}) RemoveFile(path + Text(ending));
@@ -90,11 +79,37 @@ Target ParseTarget(const Text& argument) {
     return {shown.empty() ? Text(u"the database") : MaskPasswords(shown), argument, false};
 }
 
-Target ParseTarget(const Arguments& arguments) {
-    Target target = ParseTarget(arguments.Place(0));
-    if (const auto password = ReadPassword(arguments, u"--password"))
+Target ParseTarget(const Arguments& arguments, size_t place, const Text& passwordOptions) {
+    Target target = ParseTarget(arguments.Place(place));
+    if (const auto password = ReadPassword(arguments, passwordOptions))
         target.connection = WithPassword(target.connection, target.isFile, *password);
     return target;
+}
+
+NewFile::NewFile(const Target& target)
+    : shown(target.shown), place(target.connection), building(target.connection + u".new") {
+    RemoveDatabase(building); // of a program that was killed
+    if (std::ofstream(std::filesystem::path(building), std::ios::binary | std::ios::trunc)) return;
+    throw Error(ErrorNumbers::PathFileAccess, u"'" + shown +
+                                                  u"' cannot be written. Check that its folder exists and that you may "
+                                                  u"create files in it.");
+}
+
+void NewFile::Put() {
+    std::error_code failure;
+    std::filesystem::rename(std::filesystem::path(building), std::filesystem::path(place), failure);
+    if (failure) {
+        throw Error(ErrorNumbers::PathFileAccess, u"'" + shown + u"' could not be put in its place: " +
+                                                      FromUtf8(failure.message()) +
+                                                      u". Close the programs that have it open and try again.");
+    }
+    // What a killed program left beside the old file would be taken for a part of the new one.
+    for (const TextView left : {u"-journal", u"-wal", u"-shm"}) RemoveFile(place + Text(left));
+    isPut = true;
+}
+
+void NewFile::Remove() noexcept {
+    if (!isPut) RemoveDatabase(building);
 }
 
 NewDatabase::NewDatabase(Target newTarget, Schema::Database kind, const PlaceOptions& options)
@@ -104,7 +119,7 @@ NewDatabase::NewDatabase(Target newTarget, Schema::Database kind, const PlaceOpt
                       : modGeneric::FileExists(target.connection) ? name + u" is as it was."
                                                                   : Text(u"No file was made.");
     making.emplace(left, [this] {
-        if (!building.empty()) RemoveDatabase(building);
+        if (file) file->Remove();
     });
     try {
         if (target.isFile) PrepareFile(options.replaces);
@@ -115,15 +130,11 @@ NewDatabase::NewDatabase(Target newTarget, Schema::Database kind, const PlaceOpt
         connection.ExecuteAll(Schema::CreateStatements(kind, connection.Kind()));
     } catch (...) {
         connection.Close();
-        if (!building.empty()) RemoveDatabase(building);
         throw;
     }
 }
 
-NewDatabase::~NewDatabase() {
-    connection.Close();
-    if (!building.empty()) RemoveDatabase(building);
-}
+NewDatabase::~NewDatabase() { connection.Close(); }
 
 bool NewDatabase::IsMDB() const { return connection.Kind() == Engine::SQLite || connection.Kind() == Engine::Access; }
 
@@ -138,21 +149,12 @@ void NewDatabase::PrepareFile(bool force) {
         throw TakenError(ErrorNumbers::PathFileAccess,
                          u"'" + target.shown + u"' exists already. Choose another name, or replace it with --force.");
     }
-    place = target.connection;
-    const Text beside = place + u".new";
-    std::ofstream empty(std::filesystem::path(beside), std::ios::binary | std::ios::trunc);
-    if (!empty) {
-        throw Error(ErrorNumbers::PathFileAccess, u"'" + target.shown +
-                                                      u"' cannot be written. Check that its folder exists and that you "
-                                                      u"may create files in it.");
-    }
-    empty.close();
-    building = beside;
-    target.connection = building;
+    file.emplace(target);
+    target.connection = file->Path();
 }
 
 void NewDatabase::PrepareCatalog(Schema::Database kind, bool force) {
-    RequireBlindNames(connection);
+    Schema::RequireBlindNames(connection);
     for (const Schema::Table& table : Schema::Tables(kind)) {
         if (!HasTable(connection, table.name)) continue;
         if (!force) {
@@ -169,20 +171,7 @@ void NewDatabase::Finish() {
     making->Finish();
     connection.CommitTrans();
     connection.Close();
-    if (building.empty()) {
-        making.reset();
-        return;
-    }
-    std::error_code failure;
-    std::filesystem::rename(std::filesystem::path(building), std::filesystem::path(place), failure);
-    if (failure) {
-        throw Error(ErrorNumbers::PathFileAccess, u"'" + target.shown + u"' could not be put in its place: " +
-                                                      FromUtf8(failure.message()) +
-                                                      u". Close the programs that have it open and try again.");
-    }
-    // What a killed program left beside the old file would be taken for a part of the new one.
-    for (const TextView left : {u"-journal", u"-wal", u"-shm"}) RemoveFile(place + Text(left));
-    building.clear();
+    if (file) file->Put();
     making.reset();
 }
 

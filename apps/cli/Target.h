@@ -18,8 +18,8 @@ struct Target {
 
 // A text with "keyword=…" in front is a connection string, unless a file of that name exists.
 Target ParseTarget(const Text& argument);
-// The first argument, with the password that the options give.
-Target ParseTarget(const Arguments& arguments);
+// The first argument, or another one, with the password that the options with that beginning give.
+Target ParseTarget(const Arguments& arguments, size_t place = 0, const Text& passwordOptions = u"--password");
 
 // What may become of a place before a database is made there.
 struct PlaceOptions {
@@ -29,8 +29,26 @@ struct PlaceOptions {
 inline constexpr Option ForceOption = {u"--force", u"", u"replace the file, or the tables and all their rows"};
 inline constexpr Option NewCatalogOption = {u"--new-catalog", u"", u"on a server: make the catalog first"};
 
-// A new database under construction. A file is built beside its place and put there by Finish, so that neither a
-// failure nor a crash leaves half a database or loses the former one. The tables and all rows are one transaction
+// A new database file, built beside its place and put there at the end, so that neither a failure nor a crash leaves
+// half a database or loses the former one.
+class NewFile {
+public:
+    // Makes an empty one; throws Error when it cannot be written.
+    explicit NewFile(const Target& target);
+    ~NewFile() { Remove(); }
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    const Text& Path() const { return building; } // until it is put in its place
+    void Put();
+    void Remove() noexcept; // unless it was put
+
+private:
+    Text shown, place, building;
+    bool isPut = false;
+};
+
+// A new database under construction, which Finish puts in its place. The tables and all rows are one transaction
 // where the engine can do that. Ctrl+C is a failure like others.
 class NewDatabase {
 public:
@@ -50,7 +68,7 @@ private:
     void PrepareCatalog(Schema::Database kind, bool force);
 
     Target target;
-    Text place, building; // of a file
+    std::optional<NewFile> file;
     std::optional<Unfinished> making;
     Connection connection;
 };

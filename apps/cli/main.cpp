@@ -18,7 +18,7 @@ namespace {
 const Command* const Commands[] = {&SampleCommand,   &CreateCommand, &ValidateCommand, &ValidateConnectorCommand,
                                    &CatalogsCommand, &PickCommand,   &TreeCommand,     &LessonCommand,
                                    &InfoCommand,     &FindCommand,   &LocksCommand,    &EditCommand,
-                                   &MapCommand};
+                                   &MapCommand,      &CopyCommand};
 constexpr TextView TraceOption = u"--trace";
 
 Text Overview() {

@@ -60,6 +60,7 @@ public:
 
 private:
     friend class Command;
+    friend class DatabaseCopy;
     friend class RecordsetState;
     Session& Opened() const; // Error when the connection is closed
     Statement& Scratch();    // for statements without rows

@@ -37,6 +37,12 @@ std::span<const Table> Tables(Database database);
 // One statement for each table and index, in the order in which they must run. Throws Error for Engine::Other.
 std::vector<Text> CreateStatements(Database database, Engine engine);
 
+// The same for one of the tables, under that name.
+std::vector<Text> CreateStatements(const Table& table, Engine engine, TextView name);
+
+// The documented statements spell one table in two ways. Throws Error for a server that tells names apart by case.
+void RequireBlindNames(Connection& connection);
+
 // The same for people: with a heading, each statement ended by a semicolon.
 Text Script(Database database, Engine engine);
 

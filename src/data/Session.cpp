@@ -72,6 +72,10 @@ void Statement::RunBatch(std::span<const Text> adapted) {
     }
 }
 
+std::unique_ptr<RowWriter> Session::NewRows(const Text& table, const std::vector<Text>& columns) {
+    return NewStatementWriter(*this, table, columns);
+}
+
 std::unique_ptr<Session> Session::Open(const Text& connectionString) {
     const ConnectionTarget target = TargetHere(connectionString);
     if (DialectOf(target.engine).isBuiltIn) return std::make_unique<SQLiteConnection>(target);

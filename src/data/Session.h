@@ -4,6 +4,7 @@
 
 #include "base/Value.h"
 #include "data/Dialect.h"
+#include "data/RowWriter.h"
 
 #include <memory>
 #include <optional>
@@ -83,6 +84,10 @@ public:
 
     // The columns of a table's key, none when it has no key or none can be told.
     virtual std::vector<Text> KeyColumns(const Text& table) = 0;
+    // Of the catalog or file, without the engine's own; on a server also those of other schemas.
+    virtual std::vector<Text> TableNames() = 0;
+    // Ends before its session does.
+    virtual std::unique_ptr<RowWriter> NewRows(const Text& table, const std::vector<Text>& columns);
 
 protected:
     Session() = default;

@@ -15,7 +15,7 @@ TEST(CommandLineTest, HelpsOnStandardOutput) {
     EXPECT_EQ(overview.exitCode, 0);
     EXPECT_THAT(overview.errors, IsEmpty());
     for (const Text name : {u"sample", u"create", u"validate", u"validate-connector", u"catalogs", u"pick", u"tree",
-                            u"lesson", u"info", u"find", u"locks", u"edit", u"map"}) {
+                            u"lesson", u"info", u"find", u"locks", u"edit", u"map", u"copy"}) {
         EXPECT_THAT(overview.output, HasSubstr("\n  " + ToUtf8(name) + " "));
     }
     const Outcome help = RunDax({u"map", u"--help"});
@@ -69,6 +69,7 @@ TEST(CommandLineTest, NamesWhatIsWrongWithTheUsage) {
         {{u"edit", u"a"}, "--file COMMANDS"},
         {{u"edit", u"a", u"remove", u"b", u"--file", u"c"}, "not both"},
         {{u"map", u"a"}, "LESSON"},
+        {{u"copy", u"a"}, "FROM TO"},
         {{u"map", u"a", u"b", u"--move", u"c"}, "--to DIRECTION"},
         {{u"map", u"a", u"b", u"--exact"}, "--find"},
     };

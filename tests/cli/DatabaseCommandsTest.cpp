@@ -158,6 +158,51 @@ TEST_P(CommandsTest, CourseOnAnyEngine) {
     EXPECT_EQ(broken.exitCode, 1);
 }
 
+TEST_P(CommandsTest, CopiesToAFileAndBack) {
+    const TempFolder folder;
+    const Text first = folder.File(u"Kurs 語.db"), back = folder.File(u"back.db"),
+               note = folder.Write(u"a.txt", "note");
+    ASSERT_EQ(RunDax({u"sample", first, u"--lessons", u"40"}).exitCode, 0);
+    const Outcome made = RunDax({u"copy", first, database->ConnectionString()});
+    EXPECT_EQ(made.exitCode, 0) << made.errors;
+    EXPECT_THAT(made.output, HasSubstr("' to '" + ToUtf8(database->Name()) + "': "));
+    EXPECT_THAT(made.output, HasSubstr("Read again and compared: every value is the same\n"));
+    database->Run({u"CREATE TABLE theirs (a integer)"});
+    const Outcome refused = RunDax({u"copy", first, database->ConnectionString()});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.errors, HasSubstr("has rows in velmoraLessons already"));
+    EXPECT_THAT(RunDax({u"copy", first, database->ConnectionString(), u"--force"}).output, HasSubstr("theirs\n"));
+    const Outcome again = RunDax({u"copy", database->ConnectionString(), back});
+    EXPECT_EQ(again.exitCode, 0) << again.errors;
+    EXPECT_THAT(again.output, HasSubstr("has no such tables or columns: theirs\n"));
+    const auto tree = [](const Text& file) {
+        const std::string shown = RunDax({u"tree", file}).output;
+        return shown.substr(shown.find('\n')); // behind the name
+    };
+    EXPECT_EQ(tree(back), tree(first));
+
+    // What fails leaves no file, and no file changed.
+    const struct {
+        Text from, to;
+        std::string said;
+    } failures[] = {
+        {back, back, "is the database that would be copied"},
+        {back, note, "a.txt' is not a database file"},
+        {note, folder.File(u"new.db"), "is not a database file, or it is encrypted. Nothing was copied."},
+        {folder.File(u"none.db"), folder.File(u"new.db"), "none.db' does not exist."},
+        {back, folder.File(u"none/new.db"), "new.db' cannot be written"},
+        {back, u"Driver={No such driver};Database=x;PWD=geheim1", "'x': "},
+    };
+    for (const auto& [from, to, said] : failures) {
+        const Outcome failed = RunDax({u"copy", from, to, u"--force"});
+        EXPECT_EQ(failed.exitCode, 3) << said;
+        EXPECT_THAT(failed.errors, HasSubstr(said));
+        EXPECT_THAT(failed.errors, Not(HasSubstr("geheim1")));
+    }
+    EXPECT_EQ(Bytes(folder, "a.txt"), "note");
+    EXPECT_EQ(Entries(folder), 3u);
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, CommandsTest, ::testing::ValuesIn(AllEngines()), EngineName);
 
 TEST(CatalogsTest, ListsRecordsAndRefuses) {

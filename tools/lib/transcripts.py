@@ -15,7 +15,7 @@ import tempfile
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 BLOCK = re.compile(r"^```console\n(.*?)^```$", re.M | re.S)
 SERVERS = ("POSTGRES", "MARIADB", "CLUSTER1", "CLUSTER2", "CLUSTER3", "CLUSTER")
-PROGRESS = re.compile(r"(?:reading|editing|saving|writing)[a-z ]*: \d+(?: %)?")  # what dax says when it takes long
+PROGRESS = re.compile(r"(?:reading|editing|saving|writing|copying)[a-z ]*: \d+(?: %)?")  # what dax says when it takes long
 
 
 def pages():

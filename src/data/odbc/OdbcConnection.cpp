@@ -168,20 +168,54 @@ void OdbcConnection::EndTransaction() {
               connection.Get(), *dialect);
 }
 
+// Without its name some drivers tell of the tables of all catalogs.
+Text OdbcConnection::CatalogName() const {
+    SQLINTEGER length = 0;
+    if (IsNarrow()) {
+        std::array<SQLCHAR, 1024> name{};
+        SQLGetConnectAttr(Handle(), SQL_ATTR_CURRENT_CATALOG, name.data(), static_cast<SQLINTEGER>(name.size()),
+                          &length);
+        return FromUtf8(reinterpret_cast<const char*>(name.data()));
+    }
+    std::array<char16_t, 1024> name{};
+    SQLGetConnectAttrW(Handle(), SQL_ATTR_CURRENT_CATALOG, name.data(), static_cast<SQLINTEGER>(sizeof name), &length);
+    return name.data();
+}
+
 std::vector<Text> OdbcConnection::KeyColumns(const Text& table) {
     OdbcStatement keys(*this);
+    const Text catalog = CatalogName();
     SQLRETURN result;
     if (IsNarrow()) {
-        const std::string utf8 = ToUtf8(table);
-        result = SQLPrimaryKeys(keys.Handle(), nullptr, 0, nullptr, 0, Narrow(utf8.c_str()), SQL_NTS);
+        const std::string name = ToUtf8(catalog), utf8 = ToUtf8(table);
+        result = SQLPrimaryKeys(keys.Handle(), name.empty() ? nullptr : Narrow(name.c_str()), SQL_NTS, nullptr, 0,
+                                Narrow(utf8.c_str()), SQL_NTS);
     } else {
-        result = SQLPrimaryKeysW(keys.Handle(), nullptr, 0, nullptr, 0, Wide(table.c_str()), SQL_NTS);
+        result = SQLPrimaryKeysW(keys.Handle(), catalog.empty() ? nullptr : Wide(catalog.c_str()), SQL_NTS, nullptr, 0,
+                                 Wide(table.c_str()), SQL_NTS);
     }
     std::vector<Text> columns;
     if (!SQL_SUCCEEDED(result)) return columns;
     keys.OpenRows();
     while (keys.Next()) columns.emplace_back(keys.FieldText(3)); // COLUMN_NAME
     return columns;
+}
+
+std::vector<Text> OdbcConnection::TableNames() {
+    OdbcStatement names(*this);
+    const Text catalog = CatalogName();
+    if (IsNarrow()) {
+        const std::string name = ToUtf8(catalog);
+        names.Check(SQLTables(names.Handle(), name.empty() ? nullptr : Narrow(name.c_str()), SQL_NTS, nullptr, 0,
+                              nullptr, 0, Narrow("TABLE"), SQL_NTS));
+    } else {
+        names.Check(SQLTablesW(names.Handle(), catalog.empty() ? nullptr : Wide(catalog.c_str()), SQL_NTS, nullptr, 0,
+                               nullptr, 0, Wide(u"TABLE"), SQL_NTS));
+    }
+    std::vector<Text> tables;
+    names.OpenRows();
+    while (names.Next()) tables.emplace_back(names.FieldText(2)); // TABLE_NAME
+    return tables;
 }
 
 } // namespace dax

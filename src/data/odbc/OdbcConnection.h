@@ -29,8 +29,10 @@ public:
     void Rollback() override;
     bool InTransaction() const override { return inTransaction; }
     std::vector<Text> KeyColumns(const Text& table) override;
+    std::vector<Text> TableNames() override;
 
 private:
+    Text CatalogName() const;
     void Connect(const ConnectionTarget& target);
     [[noreturn]] void ThrowConnectError(const ConnectionTarget& target);
     Engine EngineConnectedTo() const;

@@ -2,6 +2,7 @@
 
 #include "data/sqlite/SQLiteErrors.h"
 #include "data/sqlite/SQLiteFile.h"
+#include "data/sqlite/SQLiteRows.h"
 #include "data/sqlite/SQLiteStatement.h"
 
 #include <algorithm>
@@ -134,6 +135,19 @@ std::vector<Text> SQLiteConnection::KeyColumns(const Text& table) {
     keys.OpenRows();
     while (keys.Next()) columns.emplace_back(keys.FieldText(0));
     return columns;
+}
+
+std::vector<Text> SQLiteConnection::TableNames() {
+    SQLiteStatement names(*this);
+    names.Execute(u"SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\'");
+    std::vector<Text> tables;
+    names.OpenRows();
+    while (names.Next()) tables.emplace_back(names.FieldText(0));
+    return tables;
+}
+
+std::unique_ptr<RowWriter> SQLiteConnection::NewRows(const Text& table, const std::vector<Text>& columns) {
+    return std::make_unique<SQLiteRows>(*this, table, columns);
 }
 
 } // namespace dax

@@ -1,0 +1,93 @@
+// dax copy: a database moved to another file or server, whatever engine each is on.
+#include "Command.h"
+#include "Console.h"
+#include "Interruption.h"
+#include "Password.h"
+#include "Target.h"
+#include "data/DatabaseCopy.h"
+
+#include <filesystem>
+#include <optional>
+
+namespace dax::cli {
+
+namespace {
+
+Text Count(size_t number, const Text& word) {
+    return ToText(static_cast<long long>(number)) + u" " + word + (number == 1 ? u"" : u"s");
+}
+
+Text Listed(const std::vector<Text>& names) {
+    Text list;
+    for (const Text& name : names) list.append(list.empty() ? u"" : u", ").append(name);
+    return list;
+}
+
+Text KindOf(const DatabaseCopy& copy) {
+    if (copy.HasContent() && copy.HasConnector()) return u"content and connector database";
+    return copy.HasContent() ? u"content database" : u"connector database";
+}
+
+Text Told(const DatabaseCopy& copy, const Target& from, const Target& to) {
+    Text told = u"Copied the " + KindOf(copy) + u" '" + from.shown + u"' to '" + to.shown + u"': " +
+                Count(copy.RowsInAll(), u"row") + u" in " + Count(copy.Tables().size(), u"table") +
+                u"\nRead again and compared: every value is the same";
+    if (!copy.BeyondSource().empty())
+        told += u"\nNot copied, since a " + KindOf(copy) + u" has no such tables or columns: " +
+                Listed(copy.BeyondSource());
+    if (!copy.BeyondTarget().empty()) told += u"\nLeft alone in '" + to.shown + u"': " + Listed(copy.BeyondTarget());
+    return told;
+}
+
+ExitCode Copy(const Arguments& arguments) {
+    const Target from = ParseTarget(arguments), to = ParseTarget(arguments, 1, u"--to-password");
+    std::optional<NewFile> file;
+    Unfinished copying(u"Nothing was copied.", [&] {
+        if (file) file->Remove();
+    });
+    try {
+        std::error_code failure;
+        if (to.isFile && !std::filesystem::exists(std::filesystem::path(to.connection), failure)) file.emplace(to);
+        std::optional<DatabaseCopy> copy(std::in_place, DatabaseCopy::Place{from.connection, from.shown},
+                                         DatabaseCopy::Place{file ? file->Path() : to.connection, to.shown});
+        if (!copy->TakenTable().empty() && !arguments.Has(ForceOption.name))
+            throw Refusal(u"'" + to.shown + u"' has rows in " + copy->TakenTable() +
+                          u" already. Give an empty database, or replace all rows with --force.");
+        Progress progress(u"copying", copy->RowsInAll() * 2); // written, then compared
+        copy->Write([&](size_t done) { progress.Report(done); });
+        copying.Finish();
+        copy->Finish();
+        const Text told = Told(*copy, from, to);
+        copy.reset(); // which closes the file
+        if (file) file->Put();
+        Announce(told);
+    } catch (const Error& error) { // which names the place of the two
+        Complain(u"dax copy: " + error.Description() + u" Nothing was copied.");
+        return Failure;
+    }
+    return Success;
+}
+
+constexpr Option Options[] = {
+    {ForceOption.name, u"", u"replace all rows of the tables that TO has already"},
+    SecondPasswordOptions[0],
+    SecondPasswordOptions[1],
+    SecondPasswordOptions[2],
+};
+
+} // namespace
+
+const Command CopyCommand = {
+    u"copy",
+    u"FROM TO",
+    2,
+    2,
+    u"Copy a content or connector database to another file or server.\n"
+    u"FROM and TO are files or connection strings, on the same engine or on two. A file that is not there becomes a\n"
+    u"SQLite database; in an empty catalog or file the tables are made. All rows of all tables are copied in one\n"
+    u"transaction, read again and compared. When anything fails TO is as it was; FROM is only read. Tables and\n"
+    u"columns that other programs have added are neither copied nor touched, and are named.",
+    Options,
+    Copy};
+
+} // namespace dax::cli

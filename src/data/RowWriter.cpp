@@ -1,0 +1,128 @@
+#include "data/RowWriter.h"
+
+#include "base/Dates.h"
+#include "data/Session.h"
+
+namespace dax {
+
+namespace {
+
+constexpr size_t mostUnitsOfRows = 128 * 1024; // of a statement; a longer row goes alone
+constexpr size_t mostRows = 1000;
+
+Text Joined(const std::vector<Text>& names) {
+    Text joined;
+    for (const Text& name : names) joined.append(joined.empty() ? u"" : u", ").append(name);
+    return joined;
+}
+
+class LiteralWriter final : public RowWriter {
+public:
+    LiteralWriter(Session& session, const Text& table, const std::vector<Text>& columns)
+        : statement(session.NewStatement()), longestLiteral(session.Quirks().longestLiteral),
+          beginning(u"INSERT INTO " + table + u" (" + Joined(columns) + u") VALUES ") {}
+
+    void Put(std::span<const RowField> row) override {
+        size_t units = 0, longest = 0;
+        for (const RowField& field : row) {
+            units += field.text.size() + 4;
+            if (field.kind == RowField::Kind::Text) longest = std::max(longest, field.text.size());
+        }
+        // Long texts become parameters: few of them in a statement.
+        if (waiting > 0 && (text.size() + units > mostUnitsOfRows || waiting == mostRows)) Finish();
+        if (waiting++ == 0)
+            text = beginning;
+        else
+            text += u", ";
+        char16_t before = u'(';
+        for (const RowField& field : row) {
+            text += before;
+            before = u',';
+            Append(field);
+        }
+        text += u')';
+        if (longestLiteral > 0 && longest > longestLiteral) Finish();
+    }
+
+    void Finish() override {
+        if (waiting == 0) return;
+        waiting = 0;
+        statement->Execute(text);
+        statement->Close();
+    }
+
+private:
+    void Append(const RowField& field) {
+        switch (field.kind) {
+        case RowField::Kind::Null:
+            text += u"NULL";
+            return;
+        case RowField::Kind::Number:
+            text += ToText(field.number);
+            return;
+        case RowField::Kind::Date:
+            text += u'\'';
+            text += FormatDate(field.date);
+            break;
+        case RowField::Kind::Text:
+            text += u'\'';
+            for (size_t begin = 0;;) {
+                const size_t quote = field.text.find(u'\'', begin);
+                text.append(field.text.substr(begin, quote == TextView::npos ? quote : quote + 1 - begin));
+                if (quote == TextView::npos) break;
+                text += u'\'';
+                begin = quote + 1;
+            }
+        }
+        text += u'\'';
+    }
+
+    std::unique_ptr<Statement> statement;
+    size_t longestLiteral, waiting = 0; // rows
+    Text beginning, text;
+};
+
+class ParameterWriter final : public RowWriter {
+public:
+    ParameterWriter(Session& session, const Text& table, const std::vector<Text>& columns)
+        : statement(session.NewStatement()) {
+        statement->Execute(u"SELECT " + Joined(columns) + u" FROM " + table + u" WHERE 1 = 0");
+        for (const Column& column : statement->OpenRows()) codes.push_back(column.code);
+        statement->Close();
+        insert = u"INSERT INTO " + table + u" (" + Joined(columns) + u") VALUES (";
+        for (size_t i = 0; i < columns.size(); ++i) insert += i == 0 ? u"?" : u", ?";
+        insert += u')';
+    }
+
+    void Put(std::span<const RowField> row) override {
+        values.clear();
+        for (const RowField& field : row) {
+            if (field.kind == RowField::Kind::Null)
+                values.emplace_back();
+            else if (field.kind == RowField::Kind::Number)
+                values.emplace_back(field.number);
+            else if (field.kind == RowField::Kind::Date)
+                values.emplace_back(field.date);
+            else
+                values.emplace_back(Text(field.text));
+        }
+        statement->Execute(insert, values, codes);
+    }
+    void Finish() override { statement->Close(); }
+
+private:
+    std::unique_ptr<Statement> statement;
+    Text insert;
+    std::vector<int> codes;
+    std::vector<Value> values;
+};
+
+} // namespace
+
+std::unique_ptr<RowWriter> NewStatementWriter(Session& session, const Text& table, const std::vector<Text>& columns) {
+    // An engine whose statements are sent as they are may take plain literals for texts of one code page.
+    if (session.Quirks().adapts) return std::make_unique<LiteralWriter>(session, table, columns);
+    return std::make_unique<ParameterWriter>(session, table, columns);
+}
+
+} // namespace dax

@@ -1,0 +1,126 @@
+#include "data/TableReader.h"
+
+#include "base/Dates.h"
+#include "data/modDB.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace dax {
+
+namespace {
+
+constexpr size_t firstPortion = 64, mostRowsOfPortion = 500, unitsAtATime = 2'000'000;
+
+std::optional<int64_t> WholeNumber(TextView text) {
+    char digits[20];
+    if (text.empty() || text.size() > sizeof digits) return std::nullopt;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] > 0x7F) return std::nullopt;
+        digits[i] = static_cast<char>(text[i]);
+    }
+    int64_t number = 0;
+    const auto [end, error] = std::from_chars(digits, digits + text.size(), number);
+    if (error != std::errc() || end != digits + text.size()) return std::nullopt;
+    return number;
+}
+
+RowField ReadField(Statement& statement, size_t column, Schema::ColumnType type) {
+    using enum Schema::ColumnType;
+    RowField field;
+    const bool isNumber = type == Number || type == Counter;
+    if (isNumber) {
+        if (const auto number = statement.FieldInteger(column)) {
+            field.kind = RowField::Kind::Number;
+            field.number = *number;
+            return field;
+        }
+    }
+    if (statement.IsNull(column)) return field;
+    field.kind = RowField::Kind::Text;
+    field.text = statement.FieldText(column);
+    if (isNumber) {
+        if (const auto number = WholeNumber(field.text)) {
+            field.kind = RowField::Kind::Number;
+            field.number = *number;
+        }
+    } else if (type == Date) {
+        if (const auto date = ParseDate(field.text)) {
+            field.kind = RowField::Kind::Date;
+            field.date = *date;
+        }
+    }
+    return field;
+}
+
+Text Joined(const std::vector<Text>& names, TextView before) {
+    Text joined;
+    for (const Text& name : names) joined.append(joined.empty() ? before : u", ").append(name);
+    return joined;
+}
+
+// A server that does not tell names apart by case may still list them in small letters.
+std::vector<Text> KeyColumnsOf(Session& session, const Text& table) {
+    const std::vector<Text> keys = session.KeyColumns(table);
+    return keys.empty() ? session.KeyColumns(LowerAscii(table)) : keys;
+}
+
+} // namespace
+
+TableReader::TableReader(Session& session, const Schema::Table& table, const Text& name)
+    : statement(session.NewStatement()), columns(table.columns), keys(KeyColumnsOf(session, name)),
+      way(WayOf(session, keys)), row(table.columns.size()) {
+    for (const Schema::Column& column : columns) query.append(query.empty() ? u"SELECT " : u", ").append(column.name);
+    query += u" FROM " + name;
+    if (way == Way::ByKey) {
+        const auto isKey = [&](const Schema::Column& column) { return EqualNoCase(column.name, keys.front()); };
+        keyColumn = static_cast<size_t>(std::ranges::find_if(columns, isKey) - columns.begin());
+        if (keyColumn == columns.size()) way = Way::ByNumber;
+    }
+    if (way == Way::Whole) {
+        statement->Execute(query);
+        statement->OpenRows();
+    } else if (way == Way::Cursor) {
+        statement->Execute(u"CLOSE ALL");
+        statement->Execute(u"DECLARE dax_rows NO SCROLL CURSOR FOR " + query);
+    }
+}
+
+TableReader::Way TableReader::WayOf(Session& session, const std::vector<Text>& keys) {
+    if (session.Quirks().engine == Engine::PostgreSQL) return Way::Cursor;
+    if (session.Quirks().engine != Engine::MariaDB) return Way::Whole;
+    return keys.size() == 1 ? Way::ByKey : Way::ByNumber;
+}
+
+bool TableReader::Next() {
+    if (way != Way::Whole && got == asked) OpenPortion();
+    if (!statement->Next()) return false;
+    ++got;
+    for (size_t i = 0; i < row.size(); ++i) {
+        row[i] = ReadField(*statement, i, columns[i].type);
+        units += row[i].text.size();
+    }
+    if (way == Way::ByKey && got == asked) lastKey = statement->FieldText(keyColumn);
+    return true;
+}
+
+// As many rows as will probably fit into the memory that is meant for them.
+void TableReader::OpenPortion() {
+    const size_t most = got == 0 ? firstPortion : std::min(mostRowsOfPortion, asked * 2);
+    asked = std::clamp<size_t>(got == 0 ? most : unitsAtATime / (units / got + 1), 1, most);
+    before += got;
+    got = units = 0;
+    const Text count = ToText(static_cast<long long>(asked));
+    if (way == Way::Cursor)
+        statement->Execute(u"FETCH FORWARD " + count + u" FROM dax_rows");
+    else if (way == Way::ByKey)
+        statement->Execute(
+            query + (before == 0 ? Text() : u" WHERE " + keys.front() + u" > " + modDB::QuoteSQLString(lastKey)) +
+            u" ORDER BY " + keys.front() + u" LIMIT " + count);
+    else
+        statement->Execute(query + Joined(keys, u" ORDER BY ") + u" LIMIT " + count + u" OFFSET " +
+                           ToText(static_cast<long long>(before)));
+    statement->OpenRows();
+}
+
+} // namespace dax

@@ -1,0 +1,37 @@
+// All rows of a table as they stand on the server or in the file, of which memory holds only a few at a time.
+#pragma once
+
+#include "data/RowWriter.h"
+#include "data/Schema.h"
+#include "data/Session.h"
+
+namespace dax {
+
+// Within a transaction, which shows all rows as they are at one moment. Nothing else runs on the session meanwhile.
+class TableReader {
+public:
+    TableReader(Session& session, const Schema::Table& table, const Text& name);
+
+    bool Next();
+    // Valid until the next row.
+    std::span<const RowField> Row() const { return row; }
+
+private:
+    // Drivers of some engines fetch all rows of a query before they give the first: there several queries give a part
+    // each, from a cursor, behind the key that came last, or behind the number of rows that came before.
+    enum class Way { Whole, Cursor, ByKey, ByNumber };
+    static Way WayOf(Session& session, const std::vector<Text>& keys);
+    void OpenPortion();
+
+    std::unique_ptr<Statement> statement;
+    std::span<const Schema::Column> columns;
+    Text query;
+    std::vector<Text> keys; // of the table as it is
+    size_t keyColumn = 0;
+    Way way;
+    std::vector<RowField> row;
+    Text lastKey;
+    size_t asked = 0, got = 0, units = 0, before = 0; // rows and units of this portion, rows of those before
+};
+
+} // namespace dax

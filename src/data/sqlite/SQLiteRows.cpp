@@ -1,0 +1,51 @@
+#include "data/sqlite/SQLiteRows.h"
+
+#include "base/Dates.h"
+
+namespace dax {
+
+SQLiteRows::SQLiteRows(SQLiteConnection& connection, const Text& table, const std::vector<Text>& columns)
+    : owner(connection), texts(columns.size()) {
+    Text names, marks;
+    for (const Text& column : columns) {
+        names.append(names.empty() ? u"" : u", ").append(column);
+        marks += marks.empty() ? u"?" : u", ?";
+    }
+    const Text text = u"INSERT INTO " + table + u" (" + names + u") VALUES (" + marks + u")";
+    Observe(text);
+    const std::string utf8 = ToUtf8(text);
+    sqlite3_stmt* made = nullptr;
+    const SQLiteWaiting waiting(owner.Wait());
+    owner.StartWork();
+    owner.Check(sqlite3_prepare_v3(owner.Handle(), utf8.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &made, nullptr));
+    insert.reset(made);
+}
+
+void SQLiteRows::Put(std::span<const RowField> row) {
+    owner.RequireTransaction();
+    for (size_t i = 0; i < row.size(); ++i) owner.Check(Bind(static_cast<int>(i) + 1, row[i], texts[i]));
+    const SQLiteWaiting waiting(owner.Wait());
+    owner.StartWork();
+    const int result = sqlite3_step(insert.get());
+    if (result != SQLITE_DONE) {
+        sqlite3_reset(insert.get());
+        owner.Check(result);
+    }
+    sqlite3_reset(insert.get());
+}
+
+int SQLiteRows::Bind(int place, const RowField& field, std::string& bytes) {
+    switch (field.kind) {
+    case RowField::Kind::Null:
+        return sqlite3_bind_null(insert.get(), place);
+    case RowField::Kind::Number:
+        return sqlite3_bind_int64(insert.get(), place, field.number);
+    case RowField::Kind::Date: // a file keeps a date in the form in which a program wrote it
+    case RowField::Kind::Text:
+        break;
+    }
+    ToUtf8(field.text, bytes);
+    return sqlite3_bind_text64(insert.get(), place, bytes.data(), bytes.size(), SQLITE_STATIC, SQLITE_UTF8);
+}
+
+} // namespace dax
