@@ -1,5 +1,5 @@
 @echo off
-rem Takes the registration of the controls back. Run it as administrator, before the files are removed.
+rem Unregisters the controls for all users of this machine. Run it as administrator, before the files are removed.
 cd /d "%~dp0"
 regsvr32 /s /u daxControls33.ocx
 if errorlevel 1 goto failed
