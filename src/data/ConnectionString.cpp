@@ -139,6 +139,14 @@ ConnectionTarget AccessTarget(const Text& path, const ConnectionKeywords& host, 
     return {Engine::Access, WriteForDriver(keywords, DialectOf(Engine::Access)), Text(driver), path};
 }
 
+// The server as people know it; a data source where nothing names one.
+Text ServerIn(const ConnectionKeywords& keywords) {
+    Text server = keywords.Last({u"Server", u"Servername", u"Address", u"Addr", u"Network Address"});
+    const Text port = keywords.Last({u"Port"});
+    if (server.empty()) return keywords.Last({u"DSN", u"FILEDSN", u"Driver"});
+    return port.empty() ? server : server + u":" + port;
+}
+
 // Encrypting as the provider would: the newest one does unless told otherwise, the older ones do when told.
 Text Encryption(const ConnectionKeywords& host, TextView provider, TextView driver) {
     const Text asked = host.Last({u"Use Encryption for Data", u"Encrypt"});
@@ -189,7 +197,11 @@ ConnectionTarget SQLServerTarget(const ConnectionKeywords& host, TextView provid
             keywords.Set(u"TrustServerCertificate", u"yes");
         keywords.Set(u"MARS_Connection", u"yes"); // a recordset open while another statement runs
     }
-    return {Engine::SQLServer, WriteForDriver(keywords, DialectOf(Engine::SQLServer)), Text(driver), {}};
+    return {Engine::SQLServer,
+            WriteForDriver(keywords, DialectOf(Engine::SQLServer)),
+            Text(driver),
+            {},
+            ServerIn(keywords)};
 }
 
 // What stands in the section [ODBC] of a file data source, a line each, and in the string, which goes before. The Unix
@@ -227,7 +239,8 @@ ConnectionKeywords WithFileDataSource(const ConnectionKeywords& host) {
 }
 
 // Strings that are ODBC's own already: the engine's options are forced, the provider's words taken out.
-ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine, Engine known, int timeout) {
+ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine, Engine known, int timeout,
+                            int commandTimeout) {
     keywords = WithFileDataSource(Flattened(keywords));
     const auto gather = [&](std::initializer_list<TextView> words, TextView to) {
         const Text value = keywords.Last(words);
@@ -239,8 +252,8 @@ ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine,
     gather({u"Initial Catalog", u"Database"}, u"Database");
     gather({u"User ID", u"UID"}, u"UID");
     gather({u"Password", u"PWD"}, u"PWD");
-    for (const TextView word :
-         {u"Provider", u"Persist Security Info", u"Mode", u"Connect Timeout", u"Connection Timeout"})
+    for (const TextView word : {u"Provider", u"Persist Security Info", u"Mode", u"Connect Timeout",
+                                u"Connection Timeout", u"Command Timeout"})
         keywords.Remove(word);
 
     ConnectionTarget target;
@@ -258,8 +271,13 @@ ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine,
         if (dataSource.empty() || !option.value.empty() || keywords.Find(option.keyword)) continue;
         keywords.Set(option.keyword, machine.settingOfDataSource(dataSource, option.keyword));
     }
-    // Its driver does not listen to what ODBC says about it.
-    if (target.engine == Engine::MariaDB) keywords.SetIfMissing(u"CONN_TIMEOUT", ToText(timeout));
+    // Its driver does not listen to what ODBC says about it. It ends what we no longer wait for.
+    if (target.engine == Engine::MariaDB) {
+        keywords.SetIfMissing(u"CONN_TIMEOUT", ToText(timeout + secondsForDriver));
+        const Text seconds = ToText(commandTimeout == 0 ? 0 : commandTimeout + secondsForDriver);
+        for (const TextView word : {u"READ_TIMEOUT", u"WRITE_TIMEOUT"}) keywords.SetIfMissing(word, seconds);
+    }
+    target.server = ServerIn(keywords);
     target.odbcString = WriteForDriver(keywords, dialect);
     return target;
 }
@@ -376,25 +394,32 @@ ConnectionTarget TranslateConnectionString(const Text& connectionString, const M
     const ConnectionKeywords keywords(text);
     const Text provider = keywords.Last({u"Provider"});
     const Text lower = LowerAscii(provider);
-    constexpr int usualTimeout = 15;
-    const int timeout = ToNumber(keywords.Last({u"Connect Timeout", u"Connection Timeout"}), usualTimeout);
+    ConnectionTarget target;
+    const ConnectionKeywords all = Flattened(keywords);
+    if (const int timeout = ToNumber(all.Last({u"Connect Timeout", u"Connection Timeout"}), 0); timeout > 0)
+        target.timeout = timeout;
+    target.commandTimeout = ToNumber(all.Last({u"Command Timeout"}), target.commandTimeout);
+    const int timeout = target.timeout, commandTimeout = target.commandTimeout;
     const auto serves = [&](std::initializer_list<TextView> prefixes) {
         return std::any_of(prefixes.begin(), prefixes.end(),
                            [&](TextView prefix) { return lower.starts_with(prefix); });
     };
-    ConnectionTarget target;
     if (serves({u"microsoft.jet.oledb", u"microsoft.ace.oledb"}))
         target = AccessTarget(keywords.Last({u"Data Source", u"DBQ"}), keywords, machine);
     else if (serves({u"sqloledb", u"sqlncli", u"msoledbsql"}))
         target = SQLServerTarget(keywords, lower, machine);
     else if (provider.empty() || serves({u"msdasql"}))
-        target = OdbcTarget(keywords, machine, known, timeout);
+        target = OdbcTarget(keywords, machine, known, timeout, commandTimeout);
     else
         Refuse(u"The provider \"" + provider +
                u"\" cannot be used here. Name an ODBC driver instead (\"Driver={…};Server=…;Database=…\"), a data "
                u"source (\"DSN=…\"), the path of a SQLite file, or one of the providers Microsoft.Jet.OLEDB, "
                u"Microsoft.ACE.OLEDB, SQLOLEDB, SQLNCLI, MSOLEDBSQL and MSDASQL.");
     target.timeout = timeout;
+    target.commandTimeout = commandTimeout;
+    // Waiting for another program's lock is part of the call.
+    if (commandTimeout > 0)
+        target.file.lockTimeout = std::min(target.file.lockTimeout, std::chrono::milliseconds(1000LL * commandTimeout));
     return target;
 }
 

@@ -34,10 +34,12 @@ private:
     std::vector<std::pair<Text, Text>> items;
 };
 
+// Seconds that drivers which end a wait by themselves are given beyond our own limit.
+inline constexpr int secondsForDriver = 5;
+
 // How a SQLite file is opened.
 struct FileSettings {
     std::chrono::milliseconds lockTimeout{2000}; // for all that one statement waits for other programs
-    std::chrono::seconds commandTimeout{30};     // for all that one statement takes; 0: no limit
     bool foreignKeys = false;                    // are checked
     std::string synchronous{}, journalMode{};    // as the engine names them; empty: its own, and the file's
 };
@@ -50,10 +52,12 @@ bool LooksLikeUrl(TextView text);
 
 struct ConnectionTarget {
     Engine engine = Engine::Other;
-    Text odbcString;  // without the password it would still tell it: never show it
-    Text driver;      // as named in the string; empty for a data source, and where none is needed
-    Text path;        // of the database file, as the host wrote it; empty for a server
-    int timeout = 15; // seconds to wait for the server
+    Text odbcString;         // without the password it would still tell it: never show it
+    Text driver;             // as named in the string; empty for a data source, and where none is needed
+    Text path;               // of the database file, as the host wrote it; empty for a server
+    Text server{};           // as people know it: with its port, or the name of the data source; empty for a file
+    int timeout = 15;        // seconds that opening may take, never 0
+    int commandTimeout = 30; // seconds that one call may take after that; 0: no limit
     FileSettings file{};
 };
 

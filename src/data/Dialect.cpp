@@ -11,18 +11,20 @@ constexpr DriverOption postgresOptions[] = {
     {.keyword = u"Protocol", .otherNames = u"A1", .value = u"7.4-2"},
     {.keyword = u"LFConversion", .otherNames = u"C5", .value = u"0"}, // or "\n" is read as "\r\n"
     {.keyword = u"IgnoreTimeout", .otherNames = u"D9", .value = u"0"},
+    {.keyword = u"UseDeclareFetch", .otherNames = u"B6", .value = u"0"}, // fetching would wait for the server
     {.keyword = u"AB", .otherNames = u"", .value = u"", .clearedBits = 8, .isHexadecimal = true}, // reads NULL as ''
 };
 
 constexpr DriverOption mariaOptions[] = {
     // Counts rows found instead of rows changed, takes several statements in one call. Cleared: blanks behind texts,
     // columns named with their table, no transactions, and connecting again by itself, which would go on with half a
-    // transaction and without the settings below. Other drivers of this engine have words for them.
+    // transaction and without the settings below, rows read while they are fetched, which would wait for the server.
+    // Other drivers of this engine have words for them.
     {.keyword = u"OPTION",
-     .otherNames = u"OPTIONS;FOUND_ROWS;MULTI_STATEMENTS;PAD_SPACE;FULL_COLUMN_NAMES;NO_TRANSACTIONS",
+     .otherNames = u"OPTIONS;FOUND_ROWS;MULTI_STATEMENTS;PAD_SPACE;FULL_COLUMN_NAMES;NO_TRANSACTIONS;NO_CACHE",
      .value = u"",
      .setBits = 2 + 67108864,
-     .clearedBits = 512 + 1024 + 262144 + 4194304},
+     .clearedBits = 512 + 1024 + 262144 + 1048576 + 4194304},
     {.keyword = u"AUTO_RECONNECT", .otherNames = u"", .value = u"0"},
     {.keyword = u"CHARSET", .otherNames = u"", .value = u"utf8mb4"},
 };
@@ -67,6 +69,9 @@ constexpr std::array<Dialect, 6> dialects = {{
         .engine = Engine::Access,
         .name = u"Microsoft Access",
         .isBuiltIn = false,
+        // Its driver wants its calls on one thread.
+        .waiting = Waiting::InDriver,
+        .fetchesFromServer = false,
         .driverOptions = {},
         .valueMarks = ValueMarks::Standard,
         .settings = {},
@@ -88,6 +93,8 @@ constexpr std::array<Dialect, 6> dialects = {{
         .engine = Engine::SQLServer,
         .name = u"SQL Server",
         .isBuiltIn = false,
+        .waiting = Waiting::OnThread,
+        .fetchesFromServer = true,
         .driverOptions = {},
         .valueMarks = ValueMarks::Standard,
         .settings = serverSettings,
@@ -109,6 +116,8 @@ constexpr std::array<Dialect, 6> dialects = {{
         .engine = Engine::SQLite,
         .name = u"SQLite",
         .isBuiltIn = true,
+        .waiting = Waiting::InDriver,
+        .fetchesFromServer = false,
         .driverOptions = {},
         .valueMarks = ValueMarks::WhereNeeded,
         .settings = {},
@@ -130,6 +139,8 @@ constexpr std::array<Dialect, 6> dialects = {{
         .engine = Engine::PostgreSQL,
         .name = u"PostgreSQL",
         .isBuiltIn = false,
+        .waiting = Waiting::OnThread,
+        .fetchesFromServer = false,
         .driverOptions = postgresOptions,
         .valueMarks = ValueMarks::Secrets,
         .settings = postgresSettings,
@@ -151,6 +162,8 @@ constexpr std::array<Dialect, 6> dialects = {{
         .engine = Engine::MariaDB,
         .name = u"MariaDB",
         .isBuiltIn = false,
+        .waiting = Waiting::OnThread,
+        .fetchesFromServer = false,
         .driverOptions = mariaOptions,
         .valueMarks = ValueMarks::Trimmed,
         .settings = mariaSettings,
@@ -174,6 +187,8 @@ constexpr std::array<Dialect, 6> dialects = {{
         .engine = Engine::Other,
         .name = u"the database",
         .isBuiltIn = false,
+        .waiting = Waiting::OnThread,
+        .fetchesFromServer = true,
         .driverOptions = {},
         .valueMarks = ValueMarks::WhereNeeded,
         .settings = {},

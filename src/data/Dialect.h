@@ -33,10 +33,20 @@ enum class ValueMarks {
     Trimmed,     // as Standard, but the driver cuts blanks off the ends all the same
 };
 
+// Who sees to it that nobody waits for the server longer than the connection string allows.
+enum class Waiting {
+    InDriver, // the driver, or nobody: its calls stay on the caller's thread
+    OnThread, // we do: its calls run on a thread of the connection
+};
+
 struct Dialect {
     Engine engine;
     TextView name;  // as people call it
     bool isBuiltIn; // reached without a driver
+
+    // Waiting; true where the driver asks the server for rows while they are fetched, and has not read them all before.
+    Waiting waiting;
+    bool fetchesFromServer;
 
     // Connecting: the options forced upon the driver, the statements run first, a query that must give `answer`.
     std::span<const DriverOption> driverOptions;

@@ -1,8 +1,9 @@
 #include "data/Session.h"
 
+#include "base/Error.h"
 #include "data/ConnectionString.h"
 #include "data/StatementText.h"
-#include "data/odbc/OdbcConnection.h"
+#include "data/odbc/LimitedSession.h"
 #include "data/sqlite/SQLiteConnection.h"
 
 #include <algorithm>
@@ -34,6 +35,56 @@ ConnectionTarget TargetHere(const Text& connectionString, Engine engine = Engine
         return target;
     known.clear();
     return TranslateConnectionString(connectionString, machine, engine);
+}
+
+// In one call where the engine takes that; one by one when it refuses, to learn which one it does not know.
+void RunSettings(Statement& statement, const Dialect& dialect) {
+    const std::span<const SessionSetting> settings = dialect.settings;
+    if (dialect.statementsPerCall >= settings.size() && settings.size() > 1) {
+        std::vector<Text> all;
+        for (const SessionSetting& setting : settings) all.emplace_back(setting.statement);
+        try {
+            statement.ExecuteBatch(all);
+            return;
+        } catch (const Error& error) {
+            if (error.Number() == ErrorNumbers::Timeout) throw; // the rest is told below
+        }
+    }
+    for (const SessionSetting& setting : settings) {
+        Text refusal;
+        bool isDone = false;
+        for (const TextView form : {setting.statement, setting.otherwise, setting.asQuery}) {
+            if (isDone || form.empty()) continue;
+            try {
+                statement.Execute(form);
+                isDone = true;
+            } catch (const Error& error) {
+                if (error.Number() == ErrorNumbers::Timeout) throw;
+                if (refusal.empty()) refusal = error.Description();
+            }
+        }
+        if (!isDone && !setting.isProbed)
+            throw Error(ErrorNumbers::Unspecified,
+                        u"The server refuses a setting without which texts, dates or transactions could be wrong: " +
+                            Text(setting.statement) + u". It says: " + refusal);
+    }
+}
+
+void RunProbe(Statement& statement, const Dialect& dialect) {
+    statement.Execute(dialect.probe);
+    statement.OpenRows();
+    const bool answersWell = statement.Next() && statement.FieldText(0) == dialect.answer;
+    statement.Close();
+    if (!answersWell)
+        throw Error(
+            ErrorNumbers::Unspecified,
+            u"The server does not read texts as it must: a backslash in one is an escape for it, or letters are "
+            u"taken for others. Texts would be stored wrongly, so the connection was closed.");
+}
+
+std::unique_ptr<Session> Connect(const ConnectionTarget& target, LimitedSession::Time began) {
+    if (DialectOf(target.engine).waiting == Waiting::InDriver) return std::make_unique<OdbcConnection>(target);
+    return std::make_unique<LimitedSession>(target, began);
 }
 
 } // namespace
@@ -79,8 +130,19 @@ std::unique_ptr<RowWriter> Session::NewRows(const Text& table, const std::vector
 std::unique_ptr<Session> Session::Open(const Text& connectionString) {
     const ConnectionTarget target = TargetHere(connectionString);
     if (DialectOf(target.engine).isBuiltIn) return std::make_unique<SQLiteConnection>(target);
-    return std::make_unique<OdbcConnection>(target,
-                                            [&](Engine engine) { return TargetHere(connectionString, engine); });
+    const auto began = LimitedSession::Time::clock::now();
+    std::unique_ptr<Session> session = Connect(target, began);
+    // A driver by another name: once more, with what must be forced upon it.
+    if (const Dialect& found = session->Quirks(); found.engine != target.engine && !found.isBuiltIn) {
+        session.reset();
+        session = Connect(TargetHere(connectionString, found.engine), began);
+    }
+    const Dialect& dialect = session->Quirks();
+    const std::unique_ptr<Statement> statement = session->NewStatement();
+    RunSettings(*statement, dialect);
+    if (!dialect.probe.empty()) RunProbe(*statement, dialect);
+    session->EndOpening();
+    return session;
 }
 
 } // namespace dax

@@ -91,6 +91,8 @@ public:
 
 protected:
     Session() = default;
+    // Told when it can be used: until then all calls together have the time for opening, from then on each its own.
+    virtual void EndOpening() {}
 };
 
 } // namespace dax

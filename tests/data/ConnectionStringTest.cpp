@@ -36,7 +36,7 @@ TEST(ConnectionStringTest, ServerStringsBecomeOdbcStrings) {
     const test::TempFolder folder;
     const Text file =
         folder.Write(u"a.dsn", "x=1\r\n[odbc]\r\nDriver={MariaDB}\r\n;y=2\r\n Server = h\nDatabase=c\n[z]\ny=3");
-    const Text postgres = u"Protocol=7.4-2;LFConversion=0;IgnoreTimeout=0;";
+    const Text postgres = u"Protocol=7.4-2;LFConversion=0;IgnoreTimeout=0;UseDeclareFetch=0;";
     const std::vector<Case> cases = {
         {u"Provider=SQLOLEDB.1;Data Source=srv;Initial Catalog=cat;User ID=u;Password='a;b\"}'",
          {u"SQL Server", u"ODBC Driver 17 for SQL Server"},
@@ -76,12 +76,12 @@ TEST(ConnectionStringTest, ServerStringsBecomeOdbcStrings) {
          u"UID=a;PWD=b;Database=c\";User ID=u;Password={p }}};Initial Catalog=d;Connect Timeout=3",
          {},
          Engine::MariaDB,
-         u"Driver={MariaDB Unicode};Server=h;Database=d;UID=u;PWD={p }}};CONN_TIMEOUT=3;OPTION=67108867;"
+         u"Driver={MariaDB Unicode};Server=h;Database=d;UID=u;PWD={p }}};CONN_TIMEOUT=8;READ_TIMEOUT=35;WRITE_TIMEOUT=35;OPTION=67108867;"
          u"AUTO_RECONNECT=0;CHARSET=utf8mb4;"},
         {u"FILEDSN=" + file + u";Database=d",
          {},
          Engine::MariaDB,
-         u"Driver={MariaDB};Server=h;Database=d;CONN_TIMEOUT=15;OPTION=67108866;AUTO_RECONNECT=0;CHARSET=utf8mb4;"},
+         u"Driver={MariaDB};Server=h;Database=d;CONN_TIMEOUT=20;READ_TIMEOUT=35;WRITE_TIMEOUT=35;OPTION=67108866;AUTO_RECONNECT=0;CHARSET=utf8mb4;"},
         {u"DSN=unknown", {}, Engine::Other, u"DSN=unknown;"},
     };
     for (const Case& c : cases) {

@@ -9,29 +9,27 @@ namespace dax {
 
 namespace {
 
+// Our own limit, where there is one, ends first and tells more.
+uintptr_t LoginLimit(const ConnectionTarget& target) {
+    const int more = DialectOf(target.engine).waiting == Waiting::OnThread ? secondsForDriver : 0;
+    return static_cast<uintptr_t>(target.timeout + more);
+}
+
 SQLPOINTER AsPointer(uintptr_t number) { return reinterpret_cast<SQLPOINTER>(number); }
 
 } // namespace
 
-OdbcConnection::OdbcConnection(const ConnectionTarget& target, const std::function<ConnectionTarget(Engine)>& again)
-    : environment(OpenEnvironment()), dialect(&DialectOf(target.engine)) {
+OdbcConnection::OdbcConnection(const ConnectionTarget& target)
+    : environment(OpenEnvironment()), dialect(&DialectOf(target.engine)),
+      statementLimit(dialect->waiting == Waiting::InDriver ? target.commandTimeout : 0) {
     connection = ConnectionHandle(environment.Get());
     if (!connection) ThrowOdbcError(SQL_HANDLE_ENV, environment.Get(), *dialect);
     Connect(target);
-    try {
-        // A driver by another name: once more, with what must be forced upon it.
-        if (const Engine engine = EngineConnectedTo(); engine != target.engine) {
-            dialect = &DialectOf(engine);
-            if (!dialect->isBuiltIn) {
-                Disconnect();
-                Connect(again(engine));
-            }
-        }
-        Prepare();
-    } catch (...) {
-        Disconnect();
-        throw;
-    }
+    dialect = &DialectOf(EngineConnectedTo());
+    SQLUINTEGER extensions = 0;
+    constexpr SQLUINTEGER freely = SQL_GD_ANY_COLUMN | SQL_GD_ANY_ORDER | SQL_GD_BOUND;
+    SQLGetInfo(connection.Get(), SQL_GETDATA_EXTENSIONS, &extensions, sizeof extensions, nullptr);
+    getsDataFreely = (extensions & freely) == freely;
 }
 
 OdbcConnection::~OdbcConnection() {
@@ -40,7 +38,7 @@ OdbcConnection::~OdbcConnection() {
 }
 
 void OdbcConnection::Connect(const ConnectionTarget& target) {
-    SQLSetConnectAttr(connection.Get(), SQL_ATTR_LOGIN_TIMEOUT, AsPointer(static_cast<uintptr_t>(target.timeout)), 0);
+    SQLSetConnectAttr(connection.Get(), SQL_ATTR_LOGIN_TIMEOUT, AsPointer(LoginLimit(target)), 0);
     SQLSMALLINT length = 0;
     SQLRETURN result;
     if (IsNarrow()) {
@@ -71,71 +69,12 @@ void OdbcConnection::ThrowConnectError(const ConnectionTarget& target) {
     ThrowOpenError(connection.Get(), *dialect);
 }
 
-void OdbcConnection::Disconnect() noexcept {
-    if (isConnected) SQLDisconnect(connection.Get());
-    isConnected = false;
-}
-
 Engine OdbcConnection::EngineConnectedTo() const {
     if (dialect->engine != Engine::Other) return dialect->engine;
     std::array<SQLCHAR, 256> name{};
     SQLSMALLINT length = 0;
     SQLGetInfo(connection.Get(), SQL_DBMS_NAME, name.data(), static_cast<SQLSMALLINT>(name.size()), &length);
     return EngineFromName(FromUtf8(reinterpret_cast<const char*>(name.data())));
-}
-
-void OdbcConnection::Prepare() {
-    SQLUINTEGER extensions = 0;
-    constexpr SQLUINTEGER freely = SQL_GD_ANY_COLUMN | SQL_GD_ANY_ORDER | SQL_GD_BOUND;
-    SQLGetInfo(connection.Get(), SQL_GETDATA_EXTENSIONS, &extensions, sizeof extensions, nullptr);
-    getsDataFreely = (extensions & freely) == freely;
-
-    OdbcStatement statement(*this);
-    RunSettings(statement);
-    if (!dialect->probe.empty()) RunProbe(statement);
-}
-
-// In one call where the engine takes that; one by one when it refuses, to learn which one it does not know.
-void OdbcConnection::RunSettings(OdbcStatement& statement) {
-    const std::span<const SessionSetting> settings = dialect->settings;
-    if (dialect->statementsPerCall >= settings.size() && settings.size() > 1) {
-        std::vector<Text> all;
-        for (const SessionSetting& setting : settings) all.emplace_back(setting.statement);
-        try {
-            statement.ExecuteBatch(all);
-            return;
-        } catch (const Error&) { // told below
-        }
-    }
-    for (const SessionSetting& setting : settings) {
-        Text refusal;
-        bool isDone = false;
-        for (const TextView form : {setting.statement, setting.otherwise, setting.asQuery}) {
-            if (isDone || form.empty()) continue;
-            try {
-                statement.Execute(form);
-                isDone = true;
-            } catch (const Error& error) {
-                if (refusal.empty()) refusal = error.Description();
-            }
-        }
-        if (!isDone && !setting.isProbed)
-            throw Error(ErrorNumbers::Unspecified,
-                        u"The server refuses a setting without which texts, dates or transactions could be wrong: " +
-                            Text(setting.statement) + u". It says: " + refusal);
-    }
-}
-
-void OdbcConnection::RunProbe(OdbcStatement& statement) {
-    statement.Execute(dialect->probe);
-    statement.OpenRows();
-    const bool answersWell = statement.Next() && statement.FieldText(0) == dialect->answer;
-    statement.Close();
-    if (!answersWell)
-        throw Error(
-            ErrorNumbers::Unspecified,
-            u"The server does not read texts as it must: a backslash in one is an escape for it, or letters are "
-            u"taken for others. Texts would be stored wrongly, so the connection was closed.");
 }
 
 std::unique_ptr<Statement> OdbcConnection::NewStatement() { return std::make_unique<OdbcStatement>(*this); }

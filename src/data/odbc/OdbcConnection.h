@@ -11,15 +11,17 @@ class OdbcStatement;
 
 class OdbcConnection final : public Session {
 public:
-    // Connects; throws Error with what a person can do about it. `again` says what the string means when the engine is
-    // this one, which a driver of an unknown name may turn out to serve.
-    OdbcConnection(const ConnectionTarget& target, const std::function<ConnectionTarget(Engine)>& again);
+    // Connects; throws Error with what a person can do about it. A driver of an unknown name may turn out to serve an
+    // engine that we know, which Quirks tells then.
+    explicit OdbcConnection(const ConnectionTarget& target);
     ~OdbcConnection() override;
 
     SQLHDBC Handle() const { return connection.Get(); }
     const Dialect& Quirks() const override { return *dialect; }
     // Texts go to the driver as UTF-8 through the narrow functions.
     bool IsNarrow() const { return dialect->narrowOnUnix && ManagerIsUnix(); }
+    // Seconds that the driver is to give a statement; 0 where it is not told.
+    int StatementLimit() const { return statementLimit; }
     // True when the driver hands out long columns in any order, bound ones too.
     bool GetsDataFreely() const { return getsDataFreely; }
 
@@ -36,15 +38,12 @@ private:
     void Connect(const ConnectionTarget& target);
     [[noreturn]] void ThrowConnectError(const ConnectionTarget& target);
     Engine EngineConnectedTo() const;
-    void Disconnect() noexcept;
-    void Prepare();
-    void RunSettings(OdbcStatement& statement);
-    void RunProbe(OdbcStatement& statement);
     void EndTransaction();
 
     EnvironmentHandle environment;
     ConnectionHandle connection;
-    const Dialect* dialect = &DialectOf(Engine::Other);
+    const Dialect* dialect;
+    int statementLimit;
     bool isConnected = false, inTransaction = false, getsDataFreely = false;
 };
 

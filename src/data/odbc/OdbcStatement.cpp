@@ -34,6 +34,9 @@ OdbcStatement::OdbcStatement(OdbcConnection& connection) : owner(connection), ha
     // Braces in our texts are never ODBC escapes. A driver that cannot be told looks only outside quotes anyway.
     SQLSetStmtAttr(handle.Get(), SQL_ATTR_NOSCAN, reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(SQL_NOSCAN_ON)),
                    0);
+    if (owner.StatementLimit() > 0)
+        SQLSetStmtAttr(handle.Get(), SQL_ATTR_QUERY_TIMEOUT,
+                       reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(owner.StatementLimit())), 0);
 }
 
 OdbcStatement::~OdbcStatement() = default;
@@ -78,6 +81,7 @@ const std::vector<Column>& OdbcStatement::OpenRows() {
     return rows->Columns();
 }
 
+const std::vector<Column>& OdbcStatement::Columns() const { return rows->Columns(); }
 bool OdbcStatement::Next() { return rows->Next(); }
 bool OdbcStatement::IsNull(size_t column) { return rows->IsNull(column); }
 TextView OdbcStatement::FieldText(size_t column) { return rows->FieldText(column); }

@@ -18,6 +18,7 @@ public:
 
     int64_t RowCount() const override;
     const std::vector<Column>& OpenRows() override;
+    const std::vector<Column>& Columns() const; // of the rows that are open
     bool Next() override;
     bool IsNull(size_t column) override;
     TextView FieldText(size_t column) override;
@@ -28,7 +29,6 @@ public:
     OdbcConnection& Owner() const { return owner; }
     void Check(SQLRETURN result);
 
-protected:
     const Dialect& Quirks() const override { return owner.Quirks(); }
     void Run(TextView adapted, std::span<const Value> values, std::span<const int> codes) override;
     void RunBatch(std::span<const Text> adapted) override;

@@ -25,8 +25,9 @@ constexpr int stepsBetweenLooks = 100'000;
 } // namespace
 
 SQLiteConnection::SQLiteConnection(const ConnectionTarget& target)
-    : path(target.path), dialect(DialectOf(target.engine)), wait(target.file.lockTimeout),
-      longestWork(target.file.commandTimeout) {
+    : path(target.path), dialect(DialectOf(target.engine)),
+      wait(std::min<std::chrono::milliseconds>(target.file.lockTimeout, std::chrono::seconds(target.timeout))),
+      longestWork(target.commandTimeout) {
     RequireDatabaseFile(path);
     const SQLiteWaiting waiting(wait);
     Open(target);
@@ -34,6 +35,7 @@ SQLiteConnection::SQLiteConnection(const ConnectionTarget& target)
     // A file that is none shows itself only now.
     Run("SELECT Count(*) FROM sqlite_master");
     Apply(target.file);
+    wait.SetLimit(target.file.lockTimeout);
 }
 
 SQLiteConnection::~SQLiteConnection() {
@@ -81,8 +83,9 @@ void SQLiteConnection::Run(const char* statement) {
 void SQLiteConnection::Check(int result) {
     if ((result & 0xFF) == SQLITE_OK || result == SQLITE_ROW || result == SQLITE_DONE) return;
     if ((result & 0xFF) == SQLITE_INTERRUPT && std::exchange(ranTooLong, false))
-        throw Error(ErrorNumbers::Timeout, u"The statement was ended because it took longer than " +
-                                               ToText(longestWork.count()) + u" seconds.");
+        throw Error(ErrorNumbers::Timeout, u"The statement on '" + path + u"' was ended because it took longer than " +
+                                               ToText(longestWork.count()) +
+                                               u" seconds, which \"Command Timeout\" in the connection string allows.");
     throw SQLiteError(file.get(), result, path);
 }
 

@@ -1,0 +1,126 @@
+#include "data/odbc/CallThread.h"
+
+#include "data/odbc/Odbc.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <mutex>
+
+namespace dax {
+
+namespace {
+
+// Nobody can tell when a driver returns to a thread that was given up: its code must stay where it is until the
+// process ends, also when the host unloads the library.
+void StayLoaded() {
+#ifdef _WIN32
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                       reinterpret_cast<LPCWSTR>(&StayLoaded), &module);
+#endif
+}
+
+} // namespace
+
+struct CallThread::State {
+    struct Call {
+        std::function<void()> job;
+        std::exception_ptr failure;
+        bool isDone = false;
+    };
+    std::mutex mutex;
+    std::condition_variable hasWork, hasEnded;
+    std::deque<std::shared_ptr<Call>> calls;
+    bool isClosed = false;
+    std::atomic<bool> isGivenUp = false;
+    uint64_t awaited = 0, lastAwaited = 0; // numbers of jobs; 0: nobody waits
+};
+
+CallThread::CallThread() : state(std::make_shared<State>()), thread([own = state] { Work(own); }) {}
+
+CallThread::~CallThread() {
+    {
+        const std::scoped_lock lock(state->mutex);
+        state->isClosed = true;
+    }
+    state->hasWork.notify_one();
+    if (IsGivenUp())
+        thread.detach();
+    else
+        thread.join();
+}
+
+void CallThread::Work(const std::shared_ptr<State>& state) {
+    std::unique_lock lock(state->mutex);
+    for (;;) {
+        state->hasWork.wait(lock, [&] { return !state->calls.empty() || state->isClosed; });
+        if (state->calls.empty()) return;
+        const std::shared_ptr<State::Call> call = std::move(state->calls.front());
+        state->calls.pop_front();
+        lock.unlock();
+        try {
+            call->job();
+        } catch (...) {
+            call->failure = std::current_exception();
+        }
+        call->job = nullptr; // frees what it captured here, where nothing else of the driver's runs
+        lock.lock();
+        call->isDone = true;
+        state->hasEnded.notify_all();
+    }
+}
+
+bool CallThread::Run(std::function<void()> job, Time end) {
+    const auto call = std::make_shared<State::Call>();
+    call->job = std::move(job);
+    std::unique_lock lock(state->mutex);
+    if (state->isGivenUp) return false;
+    state->calls.push_back(call);
+    state->hasWork.notify_one();
+    state->awaited = ++state->lastAwaited;
+    state->hasEnded.wait_until(lock, end, [&] { return call->isDone || state->isGivenUp; });
+    state->awaited = 0;
+    state->hasEnded.notify_all();
+    if (!call->isDone) {
+        lock.unlock();
+        GiveUp();
+        return false;
+    }
+    lock.unlock();
+    if (call->failure) std::rethrow_exception(call->failure);
+    return true;
+}
+
+void CallThread::Leave(std::function<void()> job) {
+    auto call = std::make_shared<State::Call>();
+    call->job = std::move(job);
+    const std::scoped_lock lock(state->mutex);
+    state->calls.push_back(std::move(call));
+    state->hasWork.notify_one();
+}
+
+void CallThread::GiveUp() {
+    StayLoaded();
+    const std::scoped_lock lock(state->mutex);
+    state->isGivenUp = true;
+    state->hasEnded.notify_all();
+}
+
+bool CallThread::IsGivenUp() const { return state->isGivenUp; }
+
+uint64_t CallThread::Awaited() const {
+    const std::scoped_lock lock(state->mutex);
+    return state->awaited;
+}
+
+void CallThread::GiveUpAfter(uint64_t awaited, Time end) {
+    {
+        std::unique_lock lock(state->mutex);
+        if (state->hasEnded.wait_until(lock, end, [&] { return state->awaited != awaited; })) return;
+    }
+    GiveUp();
+}
+
+} // namespace dax

@@ -1,0 +1,45 @@
+// A thread for the calls into a driver that cannot be told how long it may wait for its server.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <thread>
+
+namespace dax {
+
+// Runs jobs one after the other. Whoever waits for one may give the thread up: it then goes on by itself, ends what it
+// is at and what was left to it, frees what those captured, and ends. So a job must capture whatever the driver may
+// still write to, shared or by value, and nothing of its caller's.
+class CallThread {
+public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    CallThread();
+    // Waits for the thread, unless it was given up.
+    ~CallThread();
+    CallThread(const CallThread&) = delete;
+    CallThread& operator=(const CallThread&) = delete;
+
+    // Runs the job there and throws what it throws. False when it had not ended by then, which gives the thread up, or
+    // when the thread was given up before or meanwhile. What the job captured is gone when this answers true.
+    bool Run(std::function<void()> job, Time end);
+    // Without waiting; also on a thread that was given up.
+    void Leave(std::function<void()> job);
+    // From any thread.
+    bool IsGivenUp() const;
+    // The number of the job that somebody waits for; 0: none.
+    uint64_t Awaited() const;
+    // Gives the thread up unless that job has ended by then. From any thread.
+    void GiveUpAfter(uint64_t awaited, Time end);
+
+private:
+    struct State;
+    void GiveUp();
+    static void Work(const std::shared_ptr<State>& state);
+    std::shared_ptr<State> state;
+    std::thread thread;
+};
+
+} // namespace dax

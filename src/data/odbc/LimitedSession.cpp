@@ -1,0 +1,207 @@
+#include "data/odbc/LimitedSession.h"
+
+#include "base/Error.h"
+#include "data/odbc/OdbcStatement.h"
+
+#include <algorithm>
+
+namespace dax {
+
+namespace {
+
+// What a statement holds of the driver. The thread frees it, the statement before its connection.
+struct HeldStatement {
+    std::shared_ptr<OdbcConnection> connection;
+    std::unique_ptr<OdbcStatement> statement;
+    bool hasRow = false;
+};
+
+class LimitedStatement final : public Statement {
+public:
+    LimitedStatement(LimitedSession& session, std::shared_ptr<OdbcConnection> connection)
+        : owner(session), held(std::make_shared<HeldStatement>()) {
+        held->connection = std::move(connection);
+        try {
+            Run([native = held] { native->statement = std::make_unique<OdbcStatement>(*native->connection); });
+        } catch (...) {
+            owner.Free(std::move(held));
+            throw;
+        }
+    }
+    ~LimitedStatement() override { owner.Free(std::move(held)); }
+
+    int64_t RowCount() const override { return owner.IsLost() ? -1 : held->statement->RowCount(); }
+    const std::vector<Column>& OpenRows() override {
+        Run([native = held] { native->statement->OpenRows(); });
+        return Alive().Columns();
+    }
+    bool Next() override {
+        if (!owner.Quirks().fetchesFromServer) return Alive().Next();
+        Run([native = held] {
+            OdbcStatement& rows = *native->statement;
+            native->hasRow = rows.Next();
+            for (size_t column = 0; native->hasRow && column < rows.Columns().size(); ++column) rows.IsNull(column);
+        });
+        return held->hasRow;
+    }
+    bool IsNull(size_t column) override { return Alive().IsNull(column); }
+    TextView FieldText(size_t column) override { return Alive().FieldText(column); }
+    void Close() noexcept override {
+        if (!isUsed) return;
+        isUsed = false;
+        try {
+            Run([native = held] { native->statement->Close(); });
+        } catch (const std::exception&) { // the next call tells
+        }
+    }
+    void Cancel() noexcept override {
+        try {
+            owner.Cancel(Stop());
+        } catch (const std::exception&) { // no memory for it
+        }
+    }
+
+protected:
+    const Dialect& Quirks() const override { return owner.Quirks(); }
+    void Run(TextView adapted, std::span<const Value> values, std::span<const int> codes) override {
+        isUsed = true;
+        Run([native = held, text = Text(adapted), own = std::vector<Value>(values.begin(), values.end()),
+             types = std::vector<int>(codes.begin(), codes.end())] { native->statement->Run(text, own, types); });
+    }
+    void RunBatch(std::span<const Text> adapted) override {
+        isUsed = true;
+        Run([native = held, own = std::vector<Text>(adapted.begin(), adapted.end())] {
+            native->statement->RunBatch(own);
+        });
+    }
+
+private:
+    void Run(std::function<void()> job) {
+        owner.RequireAlive();
+        try {
+            owner.Run(std::move(job),
+                      owner.InTransaction() ? LimitedSession::Pending::Work : LimitedSession::Pending::Commit);
+        } catch (const Error&) {
+            if (owner.IsLost()) LimitedSession::StopLater(Stop());
+            throw;
+        }
+    }
+    std::function<void()> Stop() const {
+        return [native = held] {
+            if (native->statement) native->statement->Cancel();
+        };
+    }
+    OdbcStatement& Alive() {
+        owner.RequireAlive();
+        return *held->statement;
+    }
+
+    LimitedSession& owner;
+    std::shared_ptr<HeldStatement> held;
+    bool isUsed = false; // since it was closed
+};
+
+} // namespace
+
+LimitedSession::LimitedSession(const ConnectionTarget& target, Time began)
+    : server(target.server), connectLimit(target.timeout), commandLimit(target.commandTimeout), began(began) {
+    auto opened = std::make_shared<std::shared_ptr<OdbcConnection>>();
+    try {
+        Run([opened, target] { *opened = std::make_shared<OdbcConnection>(target); }, Pending::Opening);
+    } catch (...) {
+        Free(std::move(opened)); // opened too late
+        throw;
+    }
+    connection = std::move(*opened);
+    dialect = &connection->Quirks();
+}
+
+LimitedSession::~LimitedSession() { Free(std::move(connection)); }
+
+LimitedSession::Time LimitedSession::EndOfCall(Time now) const {
+    constexpr std::chrono::hours none(24 * 365);
+    return isOpening ? began + connectLimit : commandLimit.count() == 0 ? now + none : now + commandLimit;
+}
+
+void LimitedSession::RequireAlive() const {
+    if (IsLost())
+        throw Error(ErrorNumbers::Timeout,
+                    Server() + u" did not answer in time, so the connection to it was given up. Open a new one.");
+}
+
+void LimitedSession::ThrowTimeout(Time since, Pending pending) const {
+    const auto seconds =
+        std::max<int64_t>(std::chrono::round<std::chrono::seconds>(Time::clock::now() - since).count(), 1);
+    static constexpr TextView consequences[] = {
+        u"Check that it is running and can be reached, or allow it more time by \"Connect Timeout\" in the connection "
+        u"string.",
+        u"The connection was given up, and what was not committed is lost. Check that the server can be reached and "
+        u"try again, or allow it more time by \"Command Timeout\" in the connection string.",
+        u"The connection was given up, and it is not known whether the last changes were stored: load again to see. "
+        u"Check that the server can be reached, or allow it more time by \"Command Timeout\" in the connection string.",
+    };
+    throw Error(ErrorNumbers::Timeout, Server() + u" did not answer within " + ToText(seconds) +
+                                           (seconds == 1 ? u" second. " : u" seconds. ") +
+                                           Text(consequences[static_cast<size_t>(pending)]));
+}
+
+void LimitedSession::Run(std::function<void()> job, Pending pending) {
+    RequireAlive();
+    const Time now = Time::clock::now();
+    if (calls.Run(std::move(job), EndOfCall(now))) return;
+    ThrowTimeout(isOpening ? began : now, isOpening ? Pending::Opening : pending);
+}
+
+void LimitedSession::Free(std::shared_ptr<void> held) noexcept {
+    try {
+        calls.Leave([own = std::move(held)] {});
+        const Time now = Time::clock::now();
+        if (!IsLost()) calls.Run([] {}, commandLimit.count() == 0 ? now + connectLimit : EndOfCall(now));
+    } catch (const std::exception&) { // no memory to wait with
+    }
+}
+
+void LimitedSession::Cancel(std::function<void()> stop) noexcept {
+    const uint64_t awaited = calls.Awaited();
+    if (awaited == 0) return;
+    const Time end = Time::clock::now() + connectLimit;
+    try {
+        CallThread beside;
+        beside.Run(std::move(stop), end);
+    } catch (const std::exception&) { // it goes on, then
+    }
+    calls.GiveUpAfter(awaited, end);
+}
+
+void LimitedSession::StopLater(std::function<void()> stop) noexcept {
+    try {
+        CallThread beside;
+        beside.Run(std::move(stop), {}); // over already, so it is given up at once
+    } catch (const std::exception&) {    // the server finds out by itself
+    }
+}
+
+std::unique_ptr<Statement> LimitedSession::NewStatement() {
+    return std::make_unique<LimitedStatement>(*this, connection);
+}
+
+void LimitedSession::Begin() {
+    Run([own = connection] { own->Begin(); }, Pending::Work);
+}
+
+void LimitedSession::Commit() {
+    Run([own = connection] { own->Commit(); }, Pending::Commit);
+}
+
+void LimitedSession::Rollback() {
+    if (!InTransaction()) return; // that of a lost connection ends with it
+    Run([own = connection] { own->Rollback(); }, Pending::Work);
+}
+
+std::vector<Text> LimitedSession::KeyColumns(const Text& table) {
+    const auto columns = std::make_shared<std::vector<Text>>();
+    Run([own = connection, table, columns] { *columns = own->KeyColumns(table); }, Pending::Work);
+    return std::move(*columns);
+}
+
+} // namespace dax

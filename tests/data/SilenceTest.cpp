@@ -1,0 +1,209 @@
+// Servers that do not answer: at once, after the login, while something is under way. Nobody waits longer than allowed.
+#include "base/Error.h"
+#include "data/Recordset.h"
+#include "support/SilentServer.h"
+#include "support/TestDatabases.h"
+
+#include <chrono>
+#include <future>
+
+namespace dax {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+// The error of an action, which ends within `least` to `most`.
+template <typename Action>
+Error Ended(Action action, milliseconds least, milliseconds most) {
+    const auto begin = Clock::now();
+    Error error(0, u"no error");
+    try {
+        action();
+    } catch (const Error& thrown) {
+        error = thrown;
+    }
+    EXPECT_GE(Clock::now() - begin, least) << error.what();
+    EXPECT_LE(Clock::now() - begin, most) << error.what();
+    return error;
+}
+
+bool Mentions(const Error& error, const std::string& words) {
+    return std::string(error.what()).find(words) != std::string::npos;
+}
+
+TEST(SilentFileTest, AStatementOnAFileEndsInTime) {
+    const test::TestDatabase database(Engine::SQLite);
+    Connection connection;
+    connection.Open(u"Driver=SQLite3;Database=" + database.Name() + u";Command Timeout=1");
+    const Error error = Ended(
+        [&] {
+            connection.Execute(u"CREATE TABLE t AS WITH RECURSIVE n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) "
+                               u"SELECT Count(*) FROM n");
+        },
+        milliseconds(900), milliseconds(20000));
+    EXPECT_EQ(error.Number(), ErrorNumbers::Timeout);
+    EXPECT_TRUE(Mentions(error, "longer than 1 second") && Mentions(error, ToUtf8(database.Name()))) << error.what();
+    EXPECT_EQ(connection.Execute(u"CREATE TABLE t (a integer)"), 0) << "the connection is as good as before";
+}
+
+#ifdef __linux__
+
+class SilenceTest : public test::EngineTest {
+protected:
+    void SetUp() override {
+        EngineTest::SetUp();
+        if (!database) return;
+        database->Run({u"CREATE TABLE t (a integer)", u"INSERT INTO t VALUES (1)"});
+        before = Count();
+    }
+    // All that was left to itself ends when its server does.
+    void TearDown() override {
+        if (!database) return;
+        const auto end = Clock::now() + std::chrono::seconds(30);
+        while (Count() != before && Clock::now() < end) std::this_thread::sleep_for(milliseconds(5));
+        EXPECT_EQ(Count(), before) << "threads and open files";
+    }
+    static std::pair<long, long> Count() {
+        const std::filesystem::directory_iterator threads("/proc/self/task"), files("/proc/self/fd");
+        return {std::distance(begin(threads), end(threads)), std::distance(begin(files), end(files))};
+    }
+    static void ExpectTimeout(const Error& error, const test::SilentServer& server) {
+        EXPECT_EQ(error.Number(), ErrorNumbers::Timeout) << error.what();
+        EXPECT_TRUE(Mentions(error, "'127.0.0.1:" + server.Port() + "' did not answer within 1 second."))
+            << error.what();
+    }
+    std::pair<long, long> before;
+};
+INSTANTIATE_TEST_SUITE_P(Engines, SilenceTest, ::testing::Values(Engine::PostgreSQL, Engine::MariaDB),
+                         test::EngineName);
+
+TEST_P(SilenceTest, WhileOpening) {
+    using Kind = test::SilentServer::Kind;
+    for (const Kind kind : {Kind::Accepts, Kind::Full}) {
+        const test::SilentServer server(kind);
+        for (const Text keyword : {u"Connect Timeout=1", u"connection timeout=1"}) {
+            Connection connection;
+            ExpectTimeout(Ended([&] { connection.Open(server.ThroughIt(database->ConnectionString(), keyword)); },
+                                milliseconds(900), milliseconds(2500)),
+                          server);
+            EXPECT_FALSE(connection.IsOpen());
+            EXPECT_EQ(database->Ask(u"SELECT a FROM t"), u"1") << "the next one works beside it";
+        }
+    }
+    // A login that is never finished.
+    test::SilentServer proxy(database->ConnectionString());
+    proxy.FallSilentAt(ToUtf8(database->Name()), true);
+    Connection connection;
+    ExpectTimeout(Ended([&] { connection.Open(proxy.ThroughIt(database->ConnectionString(), u"Connect Timeout=1")); },
+                        milliseconds(900), milliseconds(2500)),
+                  proxy);
+}
+
+TEST_P(SilenceTest, AfterTheLogin) {
+    const Text insert = u"INSERT INTO t VALUES (2)";
+    const std::vector<Text> many(250, insert);
+    const struct {
+        const char* what;
+        std::function<void(Connection&)> before, action;
+    } cases[] = {
+        {"execute", {}, [&](Connection& connection) { connection.Execute(insert); }},
+        {"a batch", [](Connection& connection) { connection.BeginTrans(); },
+         [&](Connection& connection) { connection.ExecuteAll(many); }},
+        {"reading", {}, [](Connection& connection) { Recordset().Open(u"SELECT a FROM t", connection); }},
+        {"beginning",
+         {},
+         [&](Connection& connection) {
+             connection.BeginTrans();
+             connection.Execute(insert);
+         }},
+        {"committing",
+         [&](Connection& connection) {
+             connection.BeginTrans();
+             connection.Execute(insert);
+         },
+         [](Connection& connection) { connection.CommitTrans(); }},
+        {"rolling back",
+         [&](Connection& connection) {
+             connection.BeginTrans();
+             connection.Execute(insert);
+         },
+         [](Connection& connection) { connection.RollbackTrans(); }},
+        {"asking for a key",
+         {},
+         [](Connection& connection) {
+             Recordset table;
+             table.Open(u"t", connection, adOpenKeyset, adLockOptimistic, adCmdTable);
+             table.SetField(u"a", int64_t{7});
+             table.Update();
+         }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        test::SilentServer proxy(database->ConnectionString());
+        Connection connection;
+        connection.Open(proxy.ThroughIt(database->ConnectionString(), u"Command Timeout=1"));
+        if (c.before) c.before(connection);
+        proxy.FallSilent();
+        ExpectTimeout(Ended([&] { c.action(connection); }, milliseconds(900), milliseconds(2500)), proxy);
+        EXPECT_FALSE(connection.InTransaction());
+        const Error later = Ended([&] { connection.Execute(insert); }, milliseconds(0), milliseconds(300));
+        EXPECT_TRUE(later.Number() == ErrorNumbers::Timeout && Mentions(later, "given up")) << later.what();
+        Ended([&] { connection.Close(); }, milliseconds(0), milliseconds(300));
+        EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM t"), u"1") << "nothing of it was stored";
+    }
+    // Closing gives the server the time of one call, and tells nothing.
+    test::SilentServer proxy(database->ConnectionString());
+    Connection connection;
+    connection.Open(proxy.ThroughIt(database->ConnectionString(), u"Command Timeout=1"));
+    connection.BeginTrans();
+    connection.Execute(insert);
+    proxy.FallSilent();
+    EXPECT_EQ(Ended([&] { connection.Close(); }, milliseconds(0), milliseconds(2500)).Number(), 0);
+}
+
+TEST_P(SilenceTest, WhileCancelling) {
+    const bool isMariaDB = GetParam() == Engine::MariaDB;
+    const Text wait = isMariaDB ? u"SELECT SLEEP(60)" : u"SELECT pg_sleep(60)";
+    const Text waiting = isMariaDB
+                             ? u"SELECT Count(*) FROM information_schema.processlist WHERE info LIKE '%SLEEP(60%' "
+                               u"AND id <> connection_id() AND db = database()"
+                             : u"SELECT Count(*) FROM pg_stat_activity WHERE query LIKE '%sleep(60%' AND pid <> "
+                               u"pg_backend_pid() AND state = 'active' AND datname = current_database()";
+    const auto until = [&](const Text& count) {
+        const auto end = Clock::now() + std::chrono::seconds(30);
+        while (database->Ask(waiting) != count && Clock::now() < end) std::this_thread::sleep_for(milliseconds(5));
+        EXPECT_EQ(database->Ask(waiting), count);
+    };
+    test::SilentServer proxy(database->ConnectionString());
+    const Text limits = u"Command Timeout=0;Connect Timeout=1";
+    for (const bool isSilent : {false, true}) {
+        Connection connection;
+        connection.Open(proxy.ThroughIt(database->ConnectionString(), limits));
+        auto error = std::async(std::launch::async, [&] {
+            return Ended([&] { connection.Execute(wait); }, milliseconds(0), milliseconds(30000));
+        });
+        until(u"1");
+        if (isSilent) proxy.FallSilent();
+        connection.Cancel();
+        if (isSilent) {
+            EXPECT_TRUE(Mentions(error.get(), "did not answer within"));
+        } else {
+            (void)error.get(); // MariaDB's sleep ends without one
+            EXPECT_NO_THROW(connection.Execute(u"INSERT INTO t VALUES (2)")) << "goes on as before";
+        }
+    }
+    proxy.Recover();
+    // A server that is only slow does not go on for nothing.
+    Connection slow;
+    slow.Open(proxy.ThroughIt(database->ConnectionString(), u"Command Timeout=1"));
+    ExpectTimeout(Ended([&] { slow.Execute(wait); }, milliseconds(900), milliseconds(2500)), proxy);
+    until(u"0");
+}
+
+#endif
+
+} // namespace
+
+} // namespace dax

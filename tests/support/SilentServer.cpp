@@ -1,0 +1,136 @@
+#include "support/SilentServer.h"
+
+#ifndef _WIN32
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <array>
+#include <poll.h>
+#include <stdexcept>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace dax::test {
+
+namespace {
+
+Text WithPort(Text connectionString, const std::string& port) {
+    const size_t begin = connectionString.find(u"Port=") + 5;
+    return connectionString.replace(begin, connectionString.find(u';', begin) - begin, FromUtf8(port));
+}
+
+std::string PortIn(const Text& connectionString) {
+    const size_t begin = connectionString.find(u"Port=") + 5;
+    return ToUtf8(connectionString.substr(begin, connectionString.find(u';', begin) - begin));
+}
+
+int ConnectTo(const std::string& port, int flags = 0) {
+    const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | flags, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<uint16_t>(std::stoi(port)));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    (void)!connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    return socket;
+}
+
+} // namespace
+
+SilentServer::SilentServer(Kind kind) {
+    Listen(kind == Kind::Full ? 0 : 100);
+    for (int i = 0; kind == Kind::Full && i < 4; ++i) fillers.push_back(ConnectTo(port, SOCK_NONBLOCK));
+}
+
+SilentServer::SilentServer(const Text& connectionString) : realPort(PortIn(connectionString)) {
+    Listen(100);
+    thread = std::thread([this] { Serve(); });
+}
+
+SilentServer::~SilentServer() {
+    {
+        const std::scoped_lock lock(mutex);
+        isEnding = true;
+    }
+    if (thread.joinable()) thread.join();
+    Recover();
+    for (const int filler : fillers) close(filler);
+    close(listener);
+}
+
+Text SilentServer::ThroughIt(const Text& connectionString, const Text& more) const {
+    return WithPort(connectionString, port) + u";" + more;
+}
+
+void SilentServer::Listen(int backlog) {
+    listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    if (bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0 || listen(listener, backlog) != 0 ||
+        getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0)
+        throw std::runtime_error("no port to listen on");
+    port = std::to_string(ntohs(address.sin_port));
+}
+
+void SilentServer::FallSilent() {
+    const std::scoped_lock lock(mutex);
+    isSilent = true;
+}
+
+void SilentServer::FallSilentAt(std::string bytes, bool handedOn) {
+    const std::scoped_lock lock(mutex);
+    fatal = std::move(bytes);
+    isHandedOn = handedOn;
+}
+
+void SilentServer::Recover() {
+    const std::scoped_lock lock(mutex);
+    for (const Pair& pair : pairs) {
+        close(pair.client);
+        close(pair.server);
+    }
+    pairs.clear();
+    fatal.clear();
+    isSilent = false;
+}
+
+// False when that side has ended.
+bool SilentServer::HandOn(int from, int to, bool isClients) {
+    std::array<char, 65536> bytes;
+    const ssize_t count = recv(from, bytes.data(), bytes.size(), 0);
+    if (count <= 0) return false;
+    const std::string_view seen(bytes.data(), static_cast<size_t>(count));
+    isSilent = isClients && !fatal.empty() && seen.find(fatal) != std::string_view::npos;
+    return (isSilent && !isHandedOn) || send(to, bytes.data(), seen.size(), MSG_NOSIGNAL) == count;
+}
+
+void SilentServer::Serve() {
+    for (;;) {
+        std::vector<pollfd> waits;
+        {
+            const std::scoped_lock lock(mutex);
+            if (isEnding) return;
+            waits.push_back({listener, POLLIN, 0});
+            for (const Pair& pair : pairs)
+                for (const int end : {pair.client, pair.server}) waits.push_back({end, POLLIN, 0});
+        }
+        poll(waits.data(), isSilent ? 1 : waits.size(), 5);
+        const std::scoped_lock lock(mutex);
+        if (waits[0].revents != 0) pairs.push_back({accept(listener, nullptr, nullptr), ConnectTo(realPort)});
+        for (size_t i = 1; i + 1 < waits.size() && !isSilent; i += 2) {
+            const auto pair = std::ranges::find(pairs, waits[i].fd, &Pair::client);
+            if (pair == pairs.end()) continue; // broken meanwhile
+            if ((waits[i].revents == 0 || HandOn(pair->client, pair->server, true)) &&
+                (isSilent || waits[i + 1].revents == 0 || HandOn(pair->server, pair->client, false)))
+                continue;
+            close(pair->client);
+            close(pair->server);
+            pairs.erase(pair);
+        }
+    }
+}
+
+} // namespace dax::test
+
+#endif
