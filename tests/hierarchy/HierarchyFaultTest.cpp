@@ -2,6 +2,7 @@
 
 #include "hierarchy/EditorFixture.h"
 #include "support/OwnServer.h"
+#include "support/SilentServer.h"
 
 #include <chrono>
 
@@ -261,6 +262,48 @@ void KilledSave::KillAtManyPoints() {
     }
     ASSERT_TRUE(editor->SaveDatabase());
     EXPECT_EQ(Rows(), states[1 - current]);
+}
+
+// The network falls silent: within a batch, and at the commit, which the server hears of or not.
+TEST_P(HierarchyFault, TheServerFallsSilent) {
+    if (GetParam() == Engine::SQLite) return; // there is none
+    ASSERT_NO_FATAL_FAILURE(Edit(200));
+    test::SilentServer proxy(database->ConnectionString());
+    editor->SetConnectionString(proxy.ThroughIt(database->ConnectionString(), u"Connect Timeout=2;Command Timeout=1"));
+    const struct {
+        const char *bytes, *consequence;
+        bool isHandedOn;
+    } cases[] = {{"lessonID = 'k150'", "not committed is lost", false},
+                 {"lessonID = 'k150'", "not committed is lost", true},
+                 {"COMMIT", "load again to see", false},
+                 {"COMMIT", "load again to see", true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.bytes);
+        const Text shape = Shape();
+        proxy.FallSilentAt(c.bytes, c.isHandedOn);
+        const auto begin = std::chrono::steady_clock::now();
+        const bool isSaved = editor->SaveDatabase();
+        EXPECT_LE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(8));
+        ExpectToldOfNotSaved(isSaved, u"a silent server");
+        EXPECT_EQ(errorNumber, ErrorNumbers::Timeout);
+        const std::string told = ToUtf8(error);
+        EXPECT_NE(told.find("'127.0.0.1:" + proxy.Port() + "' did not answer within 1 second. "), std::string::npos)
+            << told;
+        EXPECT_NE(told.find(c.consequence), std::string::npos) << told;
+        EXPECT_EQ(Shape(), shape);
+        proxy.Recover();
+        const bool isCommitted = c.isHandedOn && told.find("not committed") == std::string::npos;
+        if (!isCommitted) {
+            ASSERT_EQ(Rows(), before);
+            continue;
+        }
+        const auto after = Rows();
+        EXPECT_FALSE(after.contains(u"h"));
+        EXPECT_EQ(after.size(), before.size() + 1);
+        for (const auto& [id, row] : after) EXPECT_TRUE(row.starts_with(u"changed|")) << ToUtf8(id);
+    }
+    ASSERT_TRUE(editor->LoadDatabase()) << "shows what was stored";
+    EXPECT_TRUE(editor->SaveDatabase()) << ToUtf8(error);
 }
 
 // Everything that the editor talks to is gone at once, and comes back.

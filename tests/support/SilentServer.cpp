@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <array>
+#include <cerrno>
 #include <poll.h>
 #include <stdexcept>
 #include <sys/socket.h>
@@ -98,8 +99,8 @@ void SilentServer::Recover() {
 // False when that side has ended.
 bool SilentServer::HandOn(int from, int to, bool isClients) {
     std::array<char, 65536> bytes;
-    const ssize_t count = recv(from, bytes.data(), bytes.size(), 0);
-    if (count <= 0) return false;
+    const ssize_t count = recv(from, bytes.data(), bytes.size(), MSG_DONTWAIT);
+    if (count <= 0) return count < 0 && errno == EAGAIN; // it was another's, who is gone
     const std::string_view seen(bytes.data(), static_cast<size_t>(count));
     isSilent = isClients && !fatal.empty() && seen.find(fatal) != std::string_view::npos;
     return (isSilent && !isHandedOn) || send(to, bytes.data(), seen.size(), MSG_NOSIGNAL) == count;

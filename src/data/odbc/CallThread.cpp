@@ -2,7 +2,6 @@
 
 #include "data/odbc/Odbc.h"
 
-#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <exception>
@@ -34,7 +33,6 @@ struct CallThread::State {
     std::condition_variable hasWork, hasEnded;
     std::deque<std::shared_ptr<Call>> calls;
     bool isClosed = false;
-    std::atomic<bool> isGivenUp = false;
     uint64_t awaited = 0, lastAwaited = 0; // numbers of jobs; 0: nobody waits
 };
 
@@ -76,11 +74,11 @@ bool CallThread::Run(std::function<void()> job, Time end) {
     const auto call = std::make_shared<State::Call>();
     call->job = std::move(job);
     std::unique_lock lock(state->mutex);
-    if (state->isGivenUp) return false;
+    if (isGivenUp) return false;
     state->calls.push_back(call);
     state->hasWork.notify_one();
     state->awaited = ++state->lastAwaited;
-    state->hasEnded.wait_until(lock, end, [&] { return call->isDone || state->isGivenUp; });
+    state->hasEnded.wait_until(lock, end, [&] { return call->isDone || isGivenUp; });
     state->awaited = 0;
     state->hasEnded.notify_all();
     if (!call->isDone) {
@@ -104,11 +102,9 @@ void CallThread::Leave(std::function<void()> job) {
 void CallThread::GiveUp() {
     StayLoaded();
     const std::scoped_lock lock(state->mutex);
-    state->isGivenUp = true;
+    isGivenUp = true;
     state->hasEnded.notify_all();
 }
-
-bool CallThread::IsGivenUp() const { return state->isGivenUp; }
 
 uint64_t CallThread::Awaited() const {
     const std::scoped_lock lock(state->mutex);

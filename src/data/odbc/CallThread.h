@@ -1,6 +1,7 @@
 // A thread for the calls into a driver that cannot be told how long it may wait for its server.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -28,7 +29,7 @@ public:
     // Without waiting; also on a thread that was given up.
     void Leave(std::function<void()> job);
     // From any thread.
-    bool IsGivenUp() const;
+    bool IsGivenUp() const { return isGivenUp; }
     // The number of the job that somebody waits for; 0: none.
     uint64_t Awaited() const;
     // Gives the thread up unless that job has ended by then. From any thread.
@@ -39,6 +40,7 @@ private:
     void GiveUp();
     static void Work(const std::shared_ptr<State>& state);
     std::shared_ptr<State> state;
+    std::atomic<bool> isGivenUp = false;
     std::thread thread;
 };
 

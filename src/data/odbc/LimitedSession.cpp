@@ -16,6 +16,8 @@ struct HeldStatement {
     bool hasRow = false;
 };
 
+bool IsQuery(TextView statement) { return LowerAscii(TrimBlanks(statement).substr(0, 6)) == u"select"; }
+
 class LimitedStatement final : public Statement {
 public:
     LimitedStatement(LimitedSession& session, std::shared_ptr<OdbcConnection> connection)
@@ -66,21 +68,22 @@ protected:
     void Run(TextView adapted, std::span<const Value> values, std::span<const int> codes) override {
         isUsed = true;
         Run([native = held, text = Text(adapted), own = std::vector<Value>(values.begin(), values.end()),
-             types = std::vector<int>(codes.begin(), codes.end())] { native->statement->Run(text, own, types); });
+             types = std::vector<int>(codes.begin(), codes.end())] { native->statement->Run(text, own, types); },
+            IsQuery(adapted) ? LimitedSession::Pending::Reading : LimitedSession::Pending::Changes);
     }
     void RunBatch(std::span<const Text> adapted) override {
         isUsed = true;
-        Run([native = held, own = std::vector<Text>(adapted.begin(), adapted.end())] {
-            native->statement->RunBatch(own);
-        });
+        Run([native = held,
+             own = std::vector<Text>(adapted.begin(), adapted.end())] { native->statement->RunBatch(own); },
+            LimitedSession::Pending::Changes);
     }
 
 private:
-    void Run(std::function<void()> job) {
+    // `alone`: what it means outside of a transaction.
+    void Run(std::function<void()> job, LimitedSession::Pending alone = LimitedSession::Pending::Reading) {
         owner.RequireAlive();
         try {
-            owner.Run(std::move(job),
-                      owner.InTransaction() ? LimitedSession::Pending::Work : LimitedSession::Pending::Commit);
+            owner.Run(std::move(job), owner.InTransaction() ? LimitedSession::Pending::Transaction : alone);
         } catch (const Error&) {
             if (owner.IsLost()) LimitedSession::StopLater(Stop());
             throw;
@@ -135,6 +138,8 @@ void LimitedSession::ThrowTimeout(Time since, Pending pending) const {
     static constexpr TextView consequences[] = {
         u"Check that it is running and can be reached, or allow it more time by \"Connect Timeout\" in the connection "
         u"string.",
+        u"The connection was given up. Check that the server can be reached and try again, or allow it more time by "
+        u"\"Command Timeout\" in the connection string.",
         u"The connection was given up, and what was not committed is lost. Check that the server can be reached and "
         u"try again, or allow it more time by \"Command Timeout\" in the connection string.",
         u"The connection was given up, and it is not known whether the last changes were stored: load again to see. "
@@ -186,21 +191,22 @@ std::unique_ptr<Statement> LimitedSession::NewStatement() {
 }
 
 void LimitedSession::Begin() {
-    Run([own = connection] { own->Begin(); }, Pending::Work);
+    Run([own = connection] { own->Begin(); }, Pending::Reading);
 }
 
 void LimitedSession::Commit() {
-    Run([own = connection] { own->Commit(); }, Pending::Commit);
+    Run([own = connection] { own->Commit(); }, Pending::Changes);
 }
 
 void LimitedSession::Rollback() {
     if (!InTransaction()) return; // that of a lost connection ends with it
-    Run([own = connection] { own->Rollback(); }, Pending::Work);
+    Run([own = connection] { own->Rollback(); }, Pending::Transaction);
 }
 
 std::vector<Text> LimitedSession::KeyColumns(const Text& table) {
     const auto columns = std::make_shared<std::vector<Text>>();
-    Run([own = connection, table, columns] { *columns = own->KeyColumns(table); }, Pending::Work);
+    Run([own = connection, table, columns] { *columns = own->KeyColumns(table); },
+        InTransaction() ? Pending::Transaction : Pending::Reading);
     return std::move(*columns);
 }
 

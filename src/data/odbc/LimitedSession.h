@@ -12,8 +12,8 @@ namespace dax {
 class LimitedSession final : public Session {
 public:
     using Time = CallThread::Time;
-    // What is not known, or is known to be lost, when the server does not answer.
-    enum class Pending { Opening, Work, Commit };
+    // What it means when the server does not answer: nothing but that, or changes that are lost, or that may be stored.
+    enum class Pending { Opening, Reading, Transaction, Changes };
 
     // Connects. Whatever runs before EndOpening has the target's limit for connecting altogether, counted from `began`.
     LimitedSession(const ConnectionTarget& target, Time began);
