@@ -1,9 +1,7 @@
 // What only SQLite files have: paths of every kind, what is no file, waits for other programs, statements that repeat.
 #include "base/Error.h"
 #include "data/Command.h"
-#include "data/ConnectionString.h"
 #include "data/Recordset.h"
-#include "data/sqlite/SQLiteConnection.h"
 #include "support/TestDatabases.h"
 
 #include <chrono>
@@ -171,13 +169,12 @@ TEST(SQLiteTest, WaitsForOthersEndInTime) {
 TEST(SQLiteTest, WorkEndsInTimeOrWhenCancelled) {
     const test::TestDatabase database(Engine::SQLite);
     const Text endless = u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT max(i) FROM n";
-    ConnectionTarget target;
-    target.engine = Engine::SQLite;
-    target.path = database.Name();
-    target.file.commandTimeout = std::chrono::seconds(1);
-    SQLiteConnection limited(target);
-    const Refusal late = RefusalOf([&] { limited.NewStatement()->Execute(endless); });
+    Connection limited;
+    limited.Open(u"Provider=Microsoft.Jet.OLEDB.4.0;Command Timeout=1;Data Source=" + database.Name());
+    const Refusal late = RefusalOf([&] { limited.Execute(endless); });
     EXPECT_EQ(late.error.Number(), ErrorNumbers::Timeout) << late.error.what();
+    EXPECT_TRUE(late.Tells("'" + ToUtf8(database.Name()) + "' was ended because it took longer than 1 second"))
+        << late.error.what();
     EXPECT_LT(late.seconds, 4);
     Connection connection;
     connection.Open(database.ConnectionString());

@@ -1,4 +1,6 @@
 // Servers that do not answer: at once, after the login, while something is under way. Nobody waits longer than allowed.
+#ifdef __linux__
+
 #include "base/Error.h"
 #include "data/Recordset.h"
 #include "support/SilentServer.h"
@@ -32,23 +34,6 @@ Error Ended(Action action, milliseconds least, milliseconds most) {
 bool Mentions(const Error& error, const std::string& words) {
     return std::string(error.what()).find(words) != std::string::npos;
 }
-
-TEST(SilentFileTest, AStatementOnAFileEndsInTime) {
-    const test::TestDatabase database(Engine::SQLite);
-    Connection connection;
-    connection.Open(u"Driver=SQLite3;Database=" + database.Name() + u";Command Timeout=1");
-    const Error error = Ended(
-        [&] {
-            connection.Execute(u"CREATE TABLE t AS WITH RECURSIVE n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) "
-                               u"SELECT Count(*) FROM n");
-        },
-        milliseconds(900), milliseconds(20000));
-    EXPECT_EQ(error.Number(), ErrorNumbers::Timeout);
-    EXPECT_TRUE(Mentions(error, "longer than 1 second") && Mentions(error, ToUtf8(database.Name()))) << error.what();
-    EXPECT_EQ(connection.Execute(u"CREATE TABLE t (a integer)"), 0) << "the connection is as good as before";
-}
-
-#ifdef __linux__
 
 class SilenceTest : public test::EngineTest {
 protected:
@@ -208,8 +193,8 @@ TEST_P(SilenceTest, WhileCancelling) {
     }
 }
 
-#endif
-
 } // namespace
 
 } // namespace dax
+
+#endif

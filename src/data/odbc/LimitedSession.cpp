@@ -13,6 +13,7 @@ namespace {
 struct HeldStatement {
     std::shared_ptr<OdbcConnection> connection;
     std::unique_ptr<OdbcStatement> statement;
+    bool isToClose = false; // it gives rows, or has failed in the midst of several
     bool hasRow = false;
 };
 
@@ -49,10 +50,12 @@ public:
     bool IsNull(size_t column) override { return Alive().IsNull(column); }
     TextView FieldText(size_t column) override { return Alive().FieldText(column); }
     void Close() noexcept override {
-        if (!isUsed) return;
-        isUsed = false;
+        if (owner.IsLost() || !held->isToClose) return; // each hop to the thread takes as long as a short statement
         try {
-            Run([native = held] { native->statement->Close(); });
+            Run([native = held] {
+                native->isToClose = false;
+                native->statement->Close();
+            });
         } catch (const std::exception&) { // the next call tells
         }
     }
@@ -66,15 +69,22 @@ public:
 protected:
     const Dialect& Quirks() const override { return owner.Quirks(); }
     void Run(TextView adapted, std::span<const Value> values, std::span<const int> codes) override {
-        isUsed = true;
-        Run([native = held, text = Text(adapted), own = std::vector<Value>(values.begin(), values.end()),
-             types = std::vector<int>(codes.begin(), codes.end())] { native->statement->Run(text, own, types); },
+        Run(
+            [native = held, text = Text(adapted), own = std::vector<Value>(values.begin(), values.end()),
+             types = std::vector<int>(codes.begin(), codes.end())] {
+                native->isToClose = true;
+                native->statement->Run(text, own, types);
+                native->isToClose = native->statement->GivesRows();
+            },
             IsQuery(adapted) ? LimitedSession::Pending::Reading : LimitedSession::Pending::Changes);
     }
     void RunBatch(std::span<const Text> adapted) override {
-        isUsed = true;
-        Run([native = held,
-             own = std::vector<Text>(adapted.begin(), adapted.end())] { native->statement->RunBatch(own); },
+        Run(
+            [native = held, own = std::vector<Text>(adapted.begin(), adapted.end())] {
+                native->isToClose = true;
+                native->statement->RunBatch(own);
+                native->isToClose = false;
+            },
             LimitedSession::Pending::Changes);
     }
 
@@ -101,7 +111,6 @@ private:
 
     LimitedSession& owner;
     std::shared_ptr<HeldStatement> held;
-    bool isUsed = false; // since it was closed
 };
 
 } // namespace

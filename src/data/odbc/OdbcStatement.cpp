@@ -81,6 +81,11 @@ const std::vector<Column>& OdbcStatement::OpenRows() {
     return rows->Columns();
 }
 
+bool OdbcStatement::GivesRows() const {
+    SQLSMALLINT columns = 0;
+    return SQL_SUCCEEDED(SQLNumResultCols(Handle(), &columns)) && columns > 0;
+}
+
 const std::vector<Column>& OdbcStatement::Columns() const { return rows->Columns(); }
 bool OdbcStatement::Next() { return rows->Next(); }
 bool OdbcStatement::IsNull(size_t column) { return rows->IsNull(column); }

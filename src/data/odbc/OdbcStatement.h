@@ -18,6 +18,8 @@ public:
 
     int64_t RowCount() const override;
     const std::vector<Column>& OpenRows() override;
+    // True when what ran last gives rows, which are to be closed.
+    bool GivesRows() const;
     const std::vector<Column>& Columns() const; // of the rows that are open
     bool Next() override;
     bool IsNull(size_t column) override;
