@@ -76,12 +76,14 @@ TEST(ConnectionStringTest, ServerStringsBecomeOdbcStrings) {
          u"UID=a;PWD=b;Database=c\";User ID=u;Password={p }}};Initial Catalog=d;Connect Timeout=3",
          {},
          Engine::MariaDB,
-         u"Driver={MariaDB Unicode};Server=h;Database=d;UID=u;PWD={p }}};CONN_TIMEOUT=8;READ_TIMEOUT=35;WRITE_TIMEOUT=35;OPTION=67108867;"
+         u"Driver={MariaDB Unicode};Server=h;Database=d;UID=u;PWD={p "
+         u"}}};CONN_TIMEOUT=8;READ_TIMEOUT=35;WRITE_TIMEOUT=35;OPTION=67108867;"
          u"AUTO_RECONNECT=0;CHARSET=utf8mb4;"},
         {u"FILEDSN=" + file + u";Database=d",
          {},
          Engine::MariaDB,
-         u"Driver={MariaDB};Server=h;Database=d;CONN_TIMEOUT=20;READ_TIMEOUT=35;WRITE_TIMEOUT=35;OPTION=67108866;AUTO_RECONNECT=0;CHARSET=utf8mb4;"},
+         u"Driver={MariaDB};Server=h;Database=d;CONN_TIMEOUT=20;READ_TIMEOUT=35;WRITE_TIMEOUT=35;OPTION=67108866;AUTO_"
+         u"RECONNECT=0;CHARSET=utf8mb4;"},
         {u"DSN=unknown", {}, Engine::Other, u"DSN=unknown;"},
     };
     for (const Case& c : cases) {

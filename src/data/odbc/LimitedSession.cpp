@@ -212,11 +212,18 @@ void LimitedSession::Rollback() {
     Run([own = connection] { own->Rollback(); }, Pending::Transaction);
 }
 
+std::vector<Text> LimitedSession::Names(std::function<std::vector<Text>()> ask) {
+    const auto names = std::make_shared<std::vector<Text>>();
+    Run([ask = std::move(ask), names] { *names = ask(); }, InTransaction() ? Pending::Transaction : Pending::Reading);
+    return std::move(*names);
+}
+
 std::vector<Text> LimitedSession::KeyColumns(const Text& table) {
-    const auto columns = std::make_shared<std::vector<Text>>();
-    Run([own = connection, table, columns] { *columns = own->KeyColumns(table); },
-        InTransaction() ? Pending::Transaction : Pending::Reading);
-    return std::move(*columns);
+    return Names([own = connection, table] { return own->KeyColumns(table); });
+}
+
+std::vector<Text> LimitedSession::TableNames() {
+    return Names([own = connection] { return own->TableNames(); });
 }
 
 } // namespace dax

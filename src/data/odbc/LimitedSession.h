@@ -27,6 +27,7 @@ public:
     void Rollback() override;
     bool InTransaction() const override { return !IsLost() && connection->InTransaction(); }
     std::vector<Text> KeyColumns(const Text& table) override;
+    std::vector<Text> TableNames() override;
 
     bool IsLost() const { return calls.IsGivenUp(); }
     // Throws when it is lost; otherwise nothing of the driver's is in use on the thread.
@@ -46,6 +47,7 @@ protected:
 
 private:
     Time EndOfCall(Time now) const;
+    std::vector<Text> Names(std::function<std::vector<Text>()> ask);
     Text Server() const { return u"The server '" + server + u"'"; }
     [[noreturn]] void ThrowTimeout(Time since, Pending pending) const;
 
