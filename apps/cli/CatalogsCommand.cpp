@@ -100,14 +100,14 @@ ExitCode Pick(const Arguments& arguments) {
 }
 
 constexpr Option PickOptions[] = {
-    {u"--user", u"NAME", u"the user who wants to work", true},
-    {u"--catalog", u"NAME", u"the catalog; without it the one that the picker chooses, the first"},
-    {u"--show-password", u"", u"print the password also on a terminal"},
+    {u"--user", u"NAME", u"the user", true},
+    {u"--catalog", u"NAME", u"the catalog; without it the first one, which the picker chooses"},
+    {u"--show-password", u"", u"print the password on a terminal, too"},
 };
 constexpr Option Options[] = {
     {u"--user", u"NAME", u"the user whose catalogs are listed", true},
-    {u"--default", u"CATALOG", u"the catalog to choose; without it the first"},
-    {u"--record", u"MACHINE", u"enter a connection to the chosen catalog in the history"},
+    {u"--default", u"CATALOG", u"the catalog to choose; without it the first one"},
+    {u"--record", u"MACHINE", u"record a connection to the chosen catalog in the history"},
     {u"--ip", u"ADDRESS", u"with --record: the machine's address (127.0.0.1)"},
     {u"--os", u"TEXT", u"with --record: its operating system"},
     {u"--app", u"TEXT", u"with --record: the version of the application (dax)"},
@@ -124,7 +124,7 @@ const Command CatalogsCommand = {
     1,
     1,
     u"List the content databases that a user may open through a connector.\n"
-    u"Prints a line for each: title, catalog, login and rights. The chosen one has a star;\n"
+    u"Prints a line for each: title, catalog, login and rights. A star marks the chosen one;\n"
     u"passwords are not shown.",
     Options,
     Catalogs};
@@ -134,9 +134,9 @@ const Command PickCommand = {u"pick",
                              1,
                              1,
                              u"Print the connection string of a catalog that a user may open through a connector.\n"
-                             u"The other commands take it. It has the login and the password that\n"
-                             u"the connector keeps; for a connector in a file, the path of a file beside it. On a\n"
-                             u"terminal dots stand in place of the password.",
+                             u"It can be given to the other commands. It contains the login and the password\n"
+                             u"that are stored in the connector; for a connector in a file, it is the path of a\n"
+                             u"file in the same folder. On a terminal the password is shown as dots.",
                              PickOptions,
                              Pick};
 

@@ -17,7 +17,7 @@ constexpr Option CommonOptions[] = {
     PasswordOptions[1],
     PasswordOptions[2],
     {u"--trace", u"", u"show each statement that is sent to the database, on standard error"},
-    {u"--help", u"", u"explain this command; so does -h"},
+    {u"--help", u"", u"explain this command, as -h does"},
 };
 
 const Option* FindOption(std::span<const Option> options, TextView name) {

@@ -54,8 +54,8 @@ const Command CreateCommand = {u"create",
                                u"FILE-or-CONNECTION",
                                0,
                                1,
-                               u"Make an empty database with all tables.\n"
-                               u"A file becomes a SQLite database, whatever its name. Prints what was made.",
+                               u"Create an empty database with all tables.\n"
+                               u"A file becomes a SQLite database, whatever its name. Prints what was created.",
                                Options,
                                Create};
 

@@ -75,8 +75,9 @@ constexpr Option Options[] = {
 };
 
 const Text Summary = u"Add, update, remove and move entries of the hierarchy.\n"
-                     u"All is saved in one transaction; when one command is wrong, nothing is. Entries on which\n"
-                     u"somebody has a live edit lock, and groups that hold one, are not changed or removed.\n"
+                     u"All changes are saved in one transaction; if one command is wrong, nothing is saved.\n"
+                     u"Entries on which somebody has a valid edit lock, and groups that contain one, are not\n"
+                     u"changed or removed.\n"
                      u"Prints what was saved, and the lessonID of each entry that was added.\n\n" +
                      Text(EditGrammar);
 

@@ -67,7 +67,7 @@ ExitCode Find(const Arguments& arguments) {
 }
 
 constexpr Option Options[] = {
-    {u"--exact", u"", u"only those whose title, identifier or lessonID is the text"},
+    {u"--exact", u"", u"only those whose whole title, identifier or lessonID is the text"},
     {u"--json", u"",
      u"print an object for programs: \"entries\", each with lessonID, title, identifier,\n"
      u"type, path"},
@@ -80,8 +80,8 @@ const Command FindCommand = {u"find",
                              2,
                              2,
                              u"Find the entries with a text in their title, identifier or lessonID.\n"
-                             u"Upper and lower case are the same. Prints each with the groups that hold it, its\n"
-                             u"identifier in brackets and its lessonID in braces; the code is 1 when there is none.",
+                             u"Case is ignored. Prints each entry with the groups that contain it, its identifier\n"
+                             u"in brackets and its lessonID in braces; the exit code is 1 if there is none.",
                              Options,
                              Find};
 

@@ -62,7 +62,7 @@ ExitCode Info(const Arguments& arguments) {
 }
 
 constexpr Option Options[] = {
-    {u"--level", u"N", u"how much of the lesson panel: 1 everything (as is), 2 less, 3 least"},
+    {u"--level", u"N", u"how much of the lesson panel: 1 everything (the default), 2 less, 3 least"},
     {u"--no-identifier", u"", u"leave the identifier out"},
     {u"--json", u"",
      u"print an object for programs: lessonID, lessonInfo and lockInfo, the lines of the\n"

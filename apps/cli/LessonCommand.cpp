@@ -97,10 +97,10 @@ constexpr Option Options[] = {
     {u"--json", u"",
      u"print an object for programs: lessonID, title, identifier, type, properties,\n"
      u"tokens, aggregate"},
-    {u"--export", u"FILE", u"write the lesson's storyboards and maps into a file, as they are stored; - prints\nthem"},
-    {u"--utf-16", u"", u"with --export: in UTF-16, which Windows scripts read, not in UTF-8"},
-    {u"--import", u"FILE", u"put those of a file, in UTF-8 or UTF-16, into the lesson; - reads the standard input"},
-    {u"--force", u"", u"with --export: replace the file; with --import: also while somebody edits the lesson"},
+    {u"--export", u"FILE", u"write the lesson's storyboards and maps to a file, as they are stored; - prints\nthem"},
+    {u"--utf-16", u"", u"with --export: in UTF-16 instead of UTF-8, for Windows scripts"},
+    {u"--import", u"FILE", u"replace them by those of a file in UTF-8 or UTF-16; - reads the standard input"},
+    {u"--force", u"", u"with --export: replace the file; with --import: even if somebody is editing the lesson"},
 };
 
 } // namespace

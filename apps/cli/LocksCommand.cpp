@@ -207,15 +207,15 @@ ExitCode Locks(const Arguments& arguments) {
 constexpr Option Options[] = {
     {u"--user", u"NAME", u"only the locks of one user"},
     {u"--lesson", u"ENTRY", u"only the locks on one entry, or on one that was deleted"},
-    {u"--group", u"ENTRY", u"only the locks on a group and on what lies in it"},
-    {u"--invalid", u"", u"only those that no running program can hold any more"},
+    {u"--group", u"ENTRY", u"only the locks on a group and on the entries in it"},
+    {u"--invalid", u"", u"only those that no running program can still hold"},
     {u"--sort", u"COLUMN", u"sort by title, identifier, type, date, age, user, machine or ip"},
-    {u"--descending", u"", u"with --sort: in the opposite order"},
+    {u"--descending", u"", u"with --sort: in descending order"},
     {u"--json", u"",
      u"print an object for programs: \"locks\", each with lessonID, title, identifier,\n"
      u"lockType, lock, lockDate, age, user, machine, ip, sessionID, valid; after\n"
      u"--delete also deleted, outcome"},
-    {u"--delete", u"", u"delete the listed locks, after a question; needs --as or --admin"},
+    {u"--delete", u"", u"delete the listed locks, after asking; needs --as or --admin"},
     {u"--as", u"USER", u"with --delete: with the rights of that user, who may delete their own"},
     {u"--admin", u"", u"with --delete: with the rights of an administrator, who may delete all"},
     {u"--yes", u"", u"with --delete: do not ask"},
@@ -228,9 +228,9 @@ const Command LocksCommand = {u"locks",
                               1,
                               1,
                               u"List the locks that users hold, and delete those that were left over.\n"
-                              u"Prints a table, sorted by what --sort names, and the number of locks.\n"
-                              u"All filters that are given must fit. After --delete the code is 0 when every listed\n"
-                              u"lock was deleted, 1 when some were not.",
+                              u"Prints a table, in the order of --sort, and the number of locks. If several filters\n"
+                              u"are given, all of them apply. After --delete the exit code is 0 if every listed lock\n"
+                              u"was deleted, 1 if some were not.",
                               Options,
                               Locks};
 

@@ -116,22 +116,22 @@ ExitCode Map(const Arguments& arguments) {
 }
 
 constexpr Option Options[] = {
-    {u"--find", u"TEXT", u"list the storyboards whose title, identifier or SBID holds the text"},
+    {u"--find", u"TEXT", u"list the storyboards whose title, identifier or SBID contains the text"},
     {u"--exact", u"", u"with --find: is the text"},
-    {u"--move", u"STORYBOARD", u"move a storyboard, with all under it"},
+    {u"--move", u"STORYBOARD", u"move a storyboard and everything below it"},
     {u"--to", u"DIRECTION", u"with --move: up, down, indent, outdent, next-map or previous-map"},
     {u"--add", u"TITLE", u"add a storyboard, and print its SBID; last in the default map, unless a place is\ngiven"},
-    {u"--in", u"MAP-or-STORYBOARD", u"with --add: as the last in this map, or under this storyboard"},
-    {u"--before", u"STORYBOARD", u"with --add: the place before this one"},
-    {u"--after", u"STORYBOARD", u"with --add: the place after this one"},
+    {u"--in", u"MAP-or-STORYBOARD", u"with --add: as the last one in this map, or below this storyboard"},
+    {u"--before", u"STORYBOARD", u"with --add: before this one"},
+    {u"--after", u"STORYBOARD", u"with --add: after this one"},
     {u"--sbid", u"SBID", u"with --add: its SBID; without it a new one"},
     {u"--rename", u"STORYBOARD", u"give a storyboard another title, identifier or type"},
     {u"--title", u"TEXT", u"with --rename: the title"},
     {u"--identifier", u"TEXT", u"with --add and --rename: the identifier"},
     {u"--type", u"TEXT", u"with --add and --rename: the type"},
-    {u"--remove", u"STORYBOARD", u"remove a storyboard from the lesson, with all under it"},
-    {u"--keep-children", u"", u"with --remove: what lies under it comes one level up, in reverse order"},
-    {u"--force", u"", u"with any change: also while somebody edits the lesson"},
+    {u"--remove", u"STORYBOARD", u"remove a storyboard and everything below it from the lesson"},
+    {u"--keep-children", u"", u"with --remove: move its children up one level, in reverse order"},
+    {u"--force", u"", u"with any change: even if somebody is editing the lesson"},
     {u"--indent", u"", u"indent by four blanks instead of drawing lines"},
     {u"--json", u"",
      u"print an object for programs: lessonID, current, \"maps\", each with name, default,\n"
@@ -148,7 +148,7 @@ const Command MapCommand = {u"map",
                             u"Show, find and change the storyboards of a lesson, map by map.\n"
                             u"LESSON is a lessonID, or an identifier that only one entry has; STORYBOARD an SBID, or\n"
                             u"an identifier or a title that only one storyboard has. A change is saved at once; then\n"
-                            u"the maps are printed as they are now.",
+                            u"the maps are printed.",
                             Options,
                             Map};
 

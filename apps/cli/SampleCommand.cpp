@@ -99,9 +99,9 @@ constexpr Option Options[] = {
     {u"--lessons", u"N", u"how many lessons (120), up to 1000000"},
     {u"--connector", u"", u"a connector database with users, catalogs and rights instead of a course"},
     {u"--login", u"NAME", u"with --connector: the login of the catalogs that it lists (velmora)"},
-    {u"--password", u"TEXT", u"with --connector: its password, kept in the connector as it is (sample)"},
-    {u"--login-password-env", u"NAME", u"the same from an environment variable"},
-    {u"--login-password-file", u"FILE", u"the same from the first line of a file"},
+    {u"--password", u"TEXT", u"with --connector: its password, stored unencrypted in the connector (sample)"},
+    {u"--login-password-env", u"NAME", u"take it from an environment variable"},
+    {u"--login-password-file", u"FILE", u"take it from the first line of a file"},
     {u"--login-password-prompt", u"", u"the same, asked for"},
     ForceOption,
     NewCatalogOption,
@@ -114,8 +114,8 @@ const Command SampleCommand = {
     u"FILE-or-CONNECTION",
     1,
     1,
-    u"Make a database with a sample course to try things on.\n"
-    u"A file becomes a SQLite database, whatever its name. Prints what was made, and how much.",
+    u"Create a database with a sample course for trying things out.\n"
+    u"A file becomes a SQLite database, whatever its name. Prints what was created, and how much.",
     Options,
     Sample};
 

@@ -74,7 +74,7 @@ ExitCode Tree(const Arguments& arguments) {
 }
 
 constexpr Option Options[] = {
-    {u"--depth", u"N", u"only that many levels below the top"},
+    {u"--depth", u"N", u"only so many levels below the top"},
     {u"--ids", u"", u"show the lessonIDs, too"},
     {u"--indent", u"", u"indent by four blanks instead of drawing lines"},
     {u"--json", u"",
@@ -90,7 +90,7 @@ const Command TreeCommand = {u"tree",
                              1,
                              2,
                              u"Show the groups and lessons of a course, or of one group.\n"
-                             u"Identifiers stand in brackets; a group tells how much lies in it, at every depth.\n"
+                             u"Identifiers are in brackets; for a group, the groups and lessons in it are counted.\n"
                              u"ENTRY is a lessonID, or an identifier that only one entry has.",
                              Options,
                              Tree};

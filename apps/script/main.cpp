@@ -29,17 +29,17 @@ constexpr const wchar_t* Help =
     L"file, line and column.\n\n"
     L"  WScript.Echo VALUE...                   prints the values in one line\n"
     L"  WScript.Quit [CODE]                     ends at once, with this exit code\n"
-    L"  WScript.Sleep MILLISECONDS              waits; events are heard meanwhile\n"
-    L"  WScript.CreateObject(CLASS [, PREFIX])  an object; its events call the procedures PREFIX + event\n"
-    L"  WScript.ConnectObject OBJECT, PREFIX    the same for an object that is there\n"
-    L"  WScript.DisconnectObject OBJECT         no event of it is heard any more\n"
+    L"  WScript.Sleep MILLISECONDS              waits; events are handled meanwhile\n"
+    L"  WScript.CreateObject(CLASS [, PREFIX])  creates an object; its events call the procedures PREFIX + event\n"
+    L"  WScript.ConnectObject OBJECT, PREFIX    connects the events of an existing object\n"
+    L"  WScript.DisconnectObject OBJECT         disconnects all its events\n"
     L"  WScript.Arguments(INDEX)                an argument of the script, from 0\n"
-    L"  WScript.ArgumentCount                   how many there are\n"
+    L"  WScript.ArgumentCount                   the number of arguments\n"
     L"  WScript.ScriptFullName                  the script's own path\n"
     L"  WScript.ShowControl CONTROL, TITLE      shows a control in a window of its own\n"
     L"  WScript.Press CONTROL, KEY              presses a key in it: Down, Space, Ctrl+Home, ...\n\n"
-    L"docs/daxscript.md explains them. Exit code: what the script quits with; 1 when it fails, 2 when there is no\n"
-    L"such script.";
+    L"docs/daxscript.md describes them. Exit code: the argument of Quit; 1 after an error, 2 if there is no such\n"
+    L"script.";
 
 int RunScript(const std::wstring& path, std::vector<std::wstring> arguments) {
     const std::wstring language = LanguageOf(path);
