@@ -10,9 +10,8 @@ namespace dax {
 namespace {
 
 // Our own limit, where there is one, ends first and tells more.
-uintptr_t LoginLimit(const ConnectionTarget& target) {
-    const int more = DialectOf(target.engine).waiting == Waiting::OnThread ? secondsForDriver : 0;
-    return static_cast<uintptr_t>(target.timeout + more);
+int LoginLimit(const ConnectionTarget& target) {
+    return target.timeout + (DialectOf(target.engine).waiting == Waiting::OnThread ? secondsForDriver : 0);
 }
 
 SQLPOINTER AsPointer(uintptr_t number) { return reinterpret_cast<SQLPOINTER>(number); }
@@ -38,7 +37,8 @@ OdbcConnection::~OdbcConnection() {
 }
 
 void OdbcConnection::Connect(const ConnectionTarget& target) {
-    SQLSetConnectAttr(connection.Get(), SQL_ATTR_LOGIN_TIMEOUT, AsPointer(LoginLimit(target)), 0);
+    SQLSetConnectAttr(connection.Get(), SQL_ATTR_LOGIN_TIMEOUT, AsPointer(static_cast<uintptr_t>(LoginLimit(target))),
+                      0);
     SQLSMALLINT length = 0;
     SQLRETURN result;
     if (IsNarrow()) {
