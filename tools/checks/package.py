@@ -1,8 +1,8 @@
 """What tools/package packs works where it is unpacked, from there alone: each archive holds what it should; the command
 line of each system works where no ODBC driver can be reached, also beside other programs on the same file; the C++
 samples compile against the packed headers; the controls are used without registration, then registered, then
-unregistered again, in a Wine prefix of their own; and the manual's commands say what the manual says. The 32-bit
-programs are run where 32-bit Wine can be had."""
+unregistered again, in a Wine prefix of their own; the installers do what installers.py says; and the manual's commands say
+what the manual says. The 32-bit programs are run where 32-bit Wine can be had."""
 import fcntl
 import os
 import re
@@ -15,6 +15,7 @@ import threading
 import time
 import zipfile
 
+import installers
 from project import ROOT, finish
 
 WORK = os.path.join(ROOT, "build", "package")
@@ -258,6 +259,7 @@ if not problems:
     for one in used:
         use_on_windows(one)
     show_on_windows()
+    installers.check(run, problems, {one: windows(one) for one in used})
     check_manual()
-finish(problems, "unpacked, compiled against, used, registered and unregistered (" +
+finish(problems, "unpacked, compiled against, used, registered and unregistered, installed and uninstalled (" +
        " and ".join(f"{one} bit" for one in used) + "); the manual's commands say what it says")

@@ -5,7 +5,10 @@ import io
 import os
 import re
 import tarfile
+import tempfile
 import zipfile
+
+import msi
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 BINARIES = ["daxControls33.ocx", "contentObjects.dll", "daxControls33.manifest", "contentObjects.manifest",
@@ -48,7 +51,14 @@ def readme(name, **values):
     return text
 
 
-def windows_files(bits):
+REGISTRATION = {
+    True: "The installer has registered the controls on the machine; uninstalling removes them from the registry.",
+    False: "register.cmd registers the controls on the machine, unregister.cmd removes them from the registry (both as "
+           "administrator)."}
+
+
+def windows_files(bits, version, installed):
+    """What both the archive and the installer hold; `installed` registers by itself."""
     generated = os.path.join("build", f"win{bits}", "src", "ocx", "generated")
     files = pictures() | {name: read("build", f"win{bits}", "bin", name) for name in BINARIES}
     texts = manual(True) | samples("README.md", "*.vbs", "*.js", "cpp/*.cpp", "cpp/*.h", "cpp/*.manifest", "not-run/*")
@@ -57,8 +67,8 @@ def windows_files(bits):
         # The first line tells where the compiler has found its source.
         texts[f"include/{name}.h"] = read(generated, f"{name}.h").split(b"\n", 1)[1]
     texts["LICENSE.txt"] = read("LICENSE")
-    texts["README.txt"] = readme("windows.txt", BITS=bits)
-    for name in ("register.cmd", "unregister.cmd"):
+    texts["README.txt"] = readme("windows.txt", BITS=bits, VERSION=version, REGISTRATION=REGISTRATION[installed])
+    for name in () if installed else ("register.cmd", "unregister.cmd"):
         texts[name] = read("package", name)
     return files | {name: windows_text(data) for name, data in texts.items()}
 
@@ -81,19 +91,32 @@ def write_tar(path, folder, files):
         out.write(packed.getvalue())
 
 
+def version_of_project():
+    return re.search(rb"VERSION (\S+) LANGUAGES", read("CMakeLists.txt")).group(1).decode()
+
+
+def registration():
+    with tempfile.TemporaryDirectory() as work:
+        return msi.list_registration(os.path.join(ROOT, "build", "win64", "bin"), work)
+
+
 def main():
-    version = re.search(rb"VERSION (\S+) LANGUAGES", read("CMakeLists.txt")).group(1).decode()
+    version = version_of_project()
     folder = f"daxcontrols-{version}"
     dist = os.path.join(ROOT, "dist")
     os.makedirs(dist, exist_ok=True)
+    entries = registration()
     for bits in (64, 32):
-        write_zip(f"{dist}/{folder}-win{bits}.zip", folder, windows_files(bits))
+        write_zip(f"{dist}/{folder}-win{bits}.zip", folder, windows_files(bits, version, False))
+        msi.build(f"{dist}/{folder}-{msi.PLATFORM[bits]}.msi", bits, version,
+                        windows_files(bits, version, True), entries)
     write_tar(f"{dist}/{folder}-linux.tar.gz", folder,
               manual(False) | pictures() | samples("*.sh") | {
                   "dax": read("build", "native", "bin", "dax"), "LICENSE": read("LICENSE"),
-                  "README": readme("linux.txt")})
+                  "README": readme("linux.txt", VERSION=version)})
     for name in sorted(os.listdir(dist)):
         print(f"dist/{name}: {os.path.getsize(os.path.join(dist, name)) // 1024} KB")
 
 
-main()
+if __name__ == "__main__":
+    main()

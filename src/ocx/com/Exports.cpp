@@ -95,9 +95,17 @@ STDAPI DllUnregisterServer() {
     return dax::Guarded([] { dax::UnregisterLibrary(dax::Scope::Machine); });
 }
 
-// `regsvr32 /n /i:user FILE` registers for the current user only; without "user", for the machine.
+// `regsvr32 /n /i:user FILE` registers for the current user only; without "user", for the machine. `/i:list=TEXTFILE`
+// registers nothing and lists what would be entered for a FILE in the folder "@FOLDER@", which installers put in.
 STDAPI DllInstall(BOOL isInstalling, LPCWSTR arguments) {
     std::wstring words = arguments ? arguments : L"";
+    if (words.starts_with(L"list=")) {
+        if (!isInstalling) return E_INVALIDARG;
+        return dax::Guarded([&words] {
+            const std::wstring own = dax::Module::Path();
+            dax::ListRegistration(words.substr(5), L"@FOLDER@" + own.substr(own.find_last_of(L"\\/")));
+        });
+    }
     std::transform(words.begin(), words.end(), words.begin(), std::towlower);
     const dax::Scope scope = words == L"user" ? dax::Scope::User : dax::Scope::Machine;
     if (!words.empty() && scope == dax::Scope::Machine && words != L"machine") return E_INVALIDARG;

@@ -2,13 +2,12 @@
 
 #include "ocx/com/Fault.h"
 #include "ocx/com/Library.h"
+#include "ocx/com/RegistryEntries.h"
 
 namespace dax {
 
 namespace {
 
-constexpr wchar_t ControlCategory[] = L"{40FC6ED4-2438-11CF-A3DB-080036F12502}";
-constexpr wchar_t ProgrammableCategory[] = L"{40FC6ED5-2438-11CF-A3DB-080036F12502}";
 constexpr SYSKIND System = sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32;
 
 // The part of the registry that holds the classes of a scope.
@@ -16,18 +15,14 @@ HKEY Root(Scope scope) { return scope == Scope::User ? HKEY_CURRENT_USER : HKEY_
 
 std::wstring Place(const std::wstring& key) { return L"Software\\Classes\\" + key; }
 
-std::wstring GuidText(const GUID& guid) {
-    wchar_t text[40];
-    return std::wstring(text, static_cast<size_t>(StringFromGUID2(guid, text, 40) - 1));
-}
-
-void Write(Scope scope, const std::wstring& key, const wchar_t* name, const std::wstring& value) {
+void Write(Scope scope, const RegistryEntry& entry) {
     HKEY opened = nullptr;
     LSTATUS status =
-        RegCreateKeyExW(Root(scope), Place(key).c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &opened, nullptr);
+        RegCreateKeyExW(Root(scope), Place(entry.key).c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &opened, nullptr);
     if (status == ERROR_SUCCESS) {
-        status = RegSetValueExW(opened, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
-                                static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
+        status =
+            RegSetValueExW(opened, entry.name.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(entry.value.c_str()),
+                           static_cast<DWORD>((entry.value.size() + 1) * sizeof(wchar_t)));
         RegCloseKey(opened);
     }
     if (status != ERROR_SUCCESS) throw ComError(HRESULT_FROM_WIN32(static_cast<DWORD>(status)));
@@ -53,44 +48,41 @@ Function OfAutomation(const char* name) {
 using RegisterForUser = HRESULT(WINAPI*)(ITypeLib*, OLECHAR*, OLECHAR*);
 using UnregisterForUser = HRESULT(WINAPI*)(REFGUID, WORD, WORD, LCID, SYSKIND);
 
-void RegisterClass(Scope scope, const ClassEntry& entry, const std::wstring& path) {
-    const Library& library = ThisLibrary();
-    const std::wstring guid = GuidText(*entry.clsid), key = L"CLSID\\" + guid, progID = library.ProgID(entry);
-    const std::wstring version = std::to_wstring(library.major) + L"." + std::to_wstring(library.minor);
-    Write(scope, key, nullptr, entry.description);
-    Write(scope, key + L"\\InprocServer32", nullptr, path);
-    Write(scope, key + L"\\InprocServer32", L"ThreadingModel", L"Apartment");
-    Write(scope, key + L"\\ProgID", nullptr, progID);
-    Write(scope, key + L"\\VersionIndependentProgID", nullptr, progID);
-    Write(scope, key + L"\\TypeLib", nullptr, GuidText(*library.id));
-    Write(scope, key + L"\\Version", nullptr, version);
-    Write(scope, key + L"\\Programmable", nullptr, L"");
-    Write(scope, key + L"\\Implemented Categories\\" + ProgrammableCategory, nullptr, L"");
-    if (entry.toolboxBitmap != 0) {
-        Write(scope, key + L"\\Control", nullptr, L"");
-        Write(scope, key + L"\\MiscStatus", nullptr, L"0");
-        Write(scope, key + L"\\MiscStatus\\1", nullptr, std::to_wstring(ControlStatus));
-        Write(scope, key + L"\\AuxUserType\\2", nullptr, entry.name); // as IOleObject::GetUserType says them
-        Write(scope, key + L"\\AuxUserType\\3", nullptr, library.name);
-        for (const ControlVerb& verb : ControlVerbs)
-            Write(scope, key + L"\\Verb\\" + std::to_wstring(verb.number), nullptr,
-                  verb.name + (L"," + std::to_wstring(verb.menuFlags)) + L"," + std::to_wstring(verb.attributes));
-        Write(scope, key + L"\\ToolboxBitmap32", nullptr, path + L", " + std::to_wstring(entry.toolboxBitmap));
-        Write(scope, key + L"\\Implemented Categories\\" + ControlCategory, nullptr, L"");
+// A file of UTF-8 text, one line per entry.
+class List {
+public:
+    explicit List(const std::wstring& path)
+        : file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {
+        if (file == INVALID_HANDLE_VALUE) throw ComError(HRESULT_FROM_WIN32(GetLastError()));
     }
-    Write(scope, progID, nullptr, entry.description);
-    Write(scope, progID + L"\\CLSID", nullptr, guid);
-}
+    List(const List&) = delete;
+    List& operator=(const List&) = delete;
+    ~List() { CloseHandle(file); }
+
+    void Add(const RegistryEntry& entry) {
+        const std::wstring line = entry.key + L"\t" + entry.name + L"\t" + entry.value + L"\n";
+        const int length = static_cast<int>(line.size());
+        std::string bytes(line.size() * 3, '\0');
+        const int used = WideCharToMultiByte(CP_UTF8, 0, line.c_str(), length, bytes.data(),
+                                             static_cast<int>(bytes.size()), nullptr, nullptr);
+        DWORD written = 0;
+        if (!WriteFile(file, bytes.data(), static_cast<DWORD>(used), &written, nullptr))
+            throw ComError(HRESULT_FROM_WIN32(GetLastError()));
+    }
+
+private:
+    HANDLE file;
+};
 
 } // namespace
 
 void RegisterLibrary(Scope scope) {
     try {
         std::wstring path = Module::Path();
-        for (const ClassEntry& entry : ThisLibrary().classes) RegisterClass(scope, entry, path);
+        for (const RegistryEntry& entry : ClassEntries(path)) Write(scope, entry);
         ComPtr<ITypeLib> types;
         Check(LoadTypeLibEx(path.c_str(), REGKIND_NONE, types.Out()));
-        std::wstring folder = path.substr(0, path.find_last_of(L"\\/"));
+        std::wstring folder = path.substr(0, path.find_last_of(L"\\/") + 1); // as installers know it
         Check(scope == Scope::User
                   ? OfAutomation<RegisterForUser>("RegisterTypeLibForUser")(types.Get(), path.data(), folder.data())
                   : RegisterTypeLib(types.Get(), path.data(), folder.data()));
@@ -111,6 +103,12 @@ void UnregisterLibrary(Scope scope) {
         Remove(scope, L"CLSID\\" + GuidText(*entry.clsid));
         Remove(scope, library.ProgID(entry));
     }
+}
+
+void ListRegistration(const std::wstring& file, const std::wstring& path) {
+    List list(file);
+    for (const RegistryEntry& entry : ClassEntries(path)) list.Add(entry);
+    for (const RegistryEntry& entry : TypeEntries(path)) list.Add(entry);
 }
 
 } // namespace dax

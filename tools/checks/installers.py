@@ -1,0 +1,204 @@
+"""The installers that tools/package makes work: in Wine prefixes of their own, a machine is installed, used by a script,
+repaired, upgraded and uninstalled. What an installer enters in the registry is what regsvr32 enters; what is left behind
+is nothing; each architecture leaves the other alone. package.py runs this, with what it has unpacked."""
+import os
+import re
+import shutil
+import sys
+
+from project import ROOT
+
+sys.path.insert(0, os.path.join(ROOT, "tools", "lib"))
+import msi  # noqa: E402
+import pack  # noqa: E402
+
+LATER = "99.1"
+EDITOR = "{71E754E9-42AA-4718-8DAD-CEB4BEEB08F0}"
+USER, CATALOG, LESSON = "anna", "velmora_safety", "SAF-2"
+# Where the installer's own entries may lie, beside those of the classes; Windows keeps the books in the first two.
+WATCHED = re.compile(r"(system|user) software\\")  # elsewhere Wine notes what hardware it finds, at any start
+NAMES = re.compile(r"\\classes\\wow6432node\\(daxcontrols|contentobjects)\.")
+BOOKS = re.compile(r"Software\\(Classes\\Installer|Microsoft\\Windows\\CurrentVersion\\(Installer|Uninstall)|DAXControls)"
+                   r"(\\|$)", re.I)
+
+
+class Machine:
+    def __init__(self, run, problems, bits, name, unpacked, like=None):
+        """`run` runs a command and notes what goes wrong. `like` is a machine to begin as a copy of."""
+        self.run, self.problems, self.bits, self.name = run, problems, bits, f"{name}, {bits} bit"
+        # tools/wine takes a program's bits from the folder above it.
+        self.prefix = os.path.join(ROOT, "build", "package", f"win{bits}", f"machine-{name}")
+        self.drive = os.path.join(self.prefix, "drive_c")
+        if like:
+            shutil.copytree(like.prefix, self.prefix, symlinks=True)
+        else:
+            os.makedirs(self.prefix)
+            self.wine("a new machine", os.path.join(unpacked, "dax.exe"), "--version", says="dax")
+            self.system("cmd", "/c", "exit")  # the first start of all settles what a new machine has in its registry
+        self.new = self.state()
+
+    def wine(self, what, program, *words, **more):
+        environment = dict(os.environ, DAX_WINE_PREFIX=self.prefix, DAX_WINE_DISPLAY="none", DAX_WINE_TIMEOUT="300",
+                           DAX_WINE_BIN=os.path.join(self.prefix, "none"))
+        return self.run(f"{what} ({self.name})", [os.path.join(ROOT, "tools", "wine"), program, *words],
+                        cwd=self.prefix, env=environment, **more)
+
+    def system(self, program, *words, **more):
+        return self.wine(f"{program} {' '.join(words)}", os.path.join(self.drive, "windows", "system32", f"{program}.exe"),
+                         *words, **more)
+
+    def folder(self, bits):
+        wow = self.bits == 64 and bits == 32
+        return os.path.join(self.drive, "Program Files (x86)" if wow else "Program Files", "DAXControls")
+
+    def registry(self):
+        """(key, name) -> value. Wine holds the names of classes for 32-bit programs by themselves; here, as on Windows,
+        they are in one place."""
+        found, key = {}, ""
+        for file in ("system.reg", "user.reg"):
+            with open(os.path.join(self.prefix, file), encoding="utf-8", errors="replace") as content:
+                for line in re.sub(r"\\\n *", "", content.read()).splitlines():
+                    section = re.match(r"\[(.*)\] \d+$", line)
+                    if section:
+                        key = section.group(1).replace("\\\\", "\\")
+                    elif key and line and not line.startswith("#"):
+                        name, _, value = line.partition("=")
+                        place = NAMES.sub(r"\\classes\\\1.", f"{file[:-4]} {key}".lower())
+                        if WATCHED.match(place):
+                            found[(place, name)] = value
+        return found
+
+    def files(self):
+        """And folders, but for the one that Windows keeps packages in."""
+        return {os.path.relpath(os.path.join(place, name), self.drive) for place, below, names in os.walk(self.drive)
+                for name in below + names} - {"windows/Installer"}
+
+    def state(self):
+        return self.registry(), self.files()
+
+    def added(self):
+        """What the registry holds more than on the new machine: that of classes, and whatever else."""
+        more = {place: value for place, value in self.registry().items() if self.new[0].get(place) != value}
+        books = {place for place in more if BOOKS.search(place[0])}
+        return {place: more[place] for place in more if place not in books}
+
+    def expect(self, what, found, expected):
+        if found == expected:
+            return
+        if isinstance(found, tuple):
+            for one, other in zip(found, expected):
+                self.expect(what, one, other)
+            return
+        one, other = (set(side.items()) if isinstance(side, dict) else set(side) for side in (found, expected))
+        self.problems.append(f"{self.name}: {what}: too much: {sorted(one - other)[:12]}, lacking: {sorted(other - one)[:12]}")
+
+    def versions(self):
+        """The installed products, as the system's list of programs shows them."""
+        return sorted(value.strip('"') for (key, name), value in self.registry().items()
+                      if name == '"DisplayName"' and "DAXControls" in value and "\\uninstall\\" in key)
+
+    def use(self, bits):
+        """An application's whole start, by a script that knows the controls by their names alone."""
+        here, course = self.folder(bits), os.path.join(self.prefix, "use")
+        shutil.rmtree(course, ignore_errors=True)
+        os.makedirs(course)
+        dax, script = os.path.join(here, "dax.exe"), os.path.join(here, "daxscript.exe")
+        connector = os.path.join(course, "connector.db")
+        self.wine("making a connector", dax, "sample", connector, "--connector")
+        self.wine("making a course", dax, "sample", os.path.join(course, f"{CATALOG}.db"))
+        self.wine("the typical start", script, os.path.join(here, "samples", "typical-start.vbs"), connector, USER, CATALOG,
+                  LESSON, says=f"10. recorded for {USER}")
+
+
+def later_package(bits, entries, place):
+    """The next version: one sample less, one file more."""
+    files = pack.windows_files(bits, LATER, True)
+    del files["samples/locks.vbs"]
+    files["docs/news.md"] = b"# News\r\n"
+    path = os.path.join(place, f"daxcontrols-{LATER}-{msi.PLATFORM[bits]}.msi")
+    msi.build(path, bits, LATER, files, entries)
+    return path
+
+
+def files_below(folder):
+    return {os.path.relpath(os.path.join(place, name), folder) for place, _, names in os.walk(folder) for name in names}
+
+
+def registered(machine, unpacked):
+    """What regsvr32 enters for libraries where the installer puts them."""
+    shutil.copytree(unpacked, machine.folder(machine.bits))
+    for library in msi.LIBRARIES:
+        machine.system("regsvr32", "/s", os.path.join(machine.folder(machine.bits), library))
+    return machine.added()
+
+
+def one_architecture(machine, package, later, entered):
+    bits, folder = machine.bits, machine.folder(machine.bits)
+    wanted = set(pack.windows_files(bits, pack.version_of_project(), True))
+    machine.system("msiexec", "/i", package, "/qn")
+    machine.expect("the registry after the installer, beside that after regsvr32", machine.added(), entered)
+    machine.expect("the files installed", files_below(folder), wanted)
+    links = [name for name in machine.files() if name.endswith(f"DAXControls Workbench ({bits}-bit).lnk")]
+    if len(links) != 1 or "Start Menu" not in links[0]:
+        machine.problems.append(f"{machine.name}: start-menu entries: {links}")
+        return
+    machine.use(bits)
+    installed = machine.added(), machine.files()
+
+    for name in ("dax.exe", "samples/validate.vbs", "docs/reference.md"):
+        os.remove(os.path.join(folder, name))
+    os.remove(os.path.join(machine.drive, links[0]))
+    machine.system("reg", "delete", rf"HKLM\Software\Classes\CLSID\{EDITOR}", "/f")
+    # What "msiexec /fa" does; Wine does not know that.
+    machine.system("msiexec", "/i", package, "REINSTALL=ALL", "REINSTALLMODE=amus", "/qn")
+    machine.expect("after a repair", (machine.added(), machine.files()), installed)
+
+    machine.system("msiexec", "/i", later, "/qn")
+    machine.expect("installed after an upgrade", machine.versions(), [f"DAXControls {LATER} ({bits}-bit)"])
+    machine.expect("the registry after an upgrade", machine.added(), entered)
+    machine.expect("the files after an upgrade", files_below(folder),
+                   wanted - {"samples/locks.vbs"} | {"docs/news.md"})
+    machine.use(bits)
+    machine.system("msiexec", "/i", package, "/qn", expected=None)  # is refused, with a code of the system's
+    machine.expect("installed after an earlier version was tried", machine.versions(),
+                   [f"DAXControls {LATER} ({bits}-bit)"])
+    machine.system("msiexec", "/x", later, "/qn")
+    machine.expect("after uninstalling", machine.state(), machine.new)
+
+
+def both(machine, packages):
+    """On 64-bit Windows; each goes as if the other had never come."""
+    help_folder = {(key, name) for key, name in machine.registry() if key.endswith("helpdir")}
+
+    def step(what, *words):
+        machine.system("msiexec", *words, "/qn")
+        registry, files = machine.state()
+        # Of this, which nothing reads, Windows holds one for both: it is that of the last one, and goes with any.
+        return {place: value for place, value in registry.items()
+                if not place[0].endswith("\\helpdir") or place in help_folder}, files
+
+    alone = {}
+    for first, second in ((32, 64), (64, 32)):
+        alone[first] = step("the first", "/i", packages[first])
+        step("the second", "/i", packages[second])
+        machine.expect("both installed", machine.versions(),
+                       [f"DAXControls {pack.version_of_project()} ({bits}-bit)" for bits in (32, 64)])
+        for bits in packages:
+            machine.expect(f"the files of both, {bits} bit", files_below(machine.folder(bits)),
+                           set(pack.windows_files(bits, pack.version_of_project(), True)))
+        machine.use(64)
+        machine.expect(f"{first} bit, after {second} bit came and went", step("", "/x", packages[second]), alone[first])
+        machine.expect(f"after {first} bit has gone, too", step("", "/x", packages[first]), machine.new)
+
+
+def check(run, problems, unpacked):
+    """`unpacked` are the folders of the unpacked archives by their bits."""
+    dist, version, entries = os.path.join(ROOT, "dist"), pack.version_of_project(), pack.registration()
+    packages = {bits: os.path.join(dist, f"daxcontrols-{version}-{msi.PLATFORM[bits]}.msi") for bits in msi.PLATFORM}
+    for bits, folder in unpacked.items():
+        new = Machine(run, problems, bits, "new", folder)
+        entered = registered(Machine(run, problems, bits, "regsvr32", folder, new), folder)
+        one_architecture(Machine(run, problems, bits, "installer", folder, new), packages[bits],
+                         later_package(bits, entries, os.path.dirname(folder)), entered)
+        if bits == 64:
+            both(Machine(run, problems, 64, "both", folder, new), packages)
