@@ -26,6 +26,8 @@ public:
         std::erase_if(*listeners, [number](const Entry& entry) { return entry.number == number; });
     }
 
+    bool IsEmpty() const { return listeners->empty(); }
+
     // Arguments of reference type let a listener answer.
     void Raise(Arguments... arguments) const {
         const std::weak_ptr<std::vector<Entry>> alive = listeners;

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace dax {
@@ -19,6 +20,7 @@ struct ListItem {
     std::vector<Text> cells; // by the position of the column; shorter than the columns when cells are empty
     int32_t tag = 0;
     bool isSelected = false;
+    Text mark{}; // what sets the row apart, for screen readers; such a row is shown in italics. Empty for the others
 };
 
 // A window hears what changed.
@@ -48,6 +50,10 @@ public:
     void SetCell(size_t item, int column, Text text); // nothing for column -1
     void SetTag(size_t item, int32_t tag) {
         items[item].tag = tag;
+        ++revision;
+    }
+    void SetMark(size_t item, Text mark) {
+        items[item].mark = std::move(mark);
         ++revision;
     }
     void SetSelected(size_t item, bool isSelected) {

@@ -240,6 +240,7 @@ void LockManager::ShowRow(Operation& operation, const LockRow& row, size_t index
     operation.Do([&] { item = lvwLocks->AddItem(VariantToString(row.lessonTitle, deleted)); });
     if (!item) return;
     lvwLocks->SetTag(*item, static_cast<int32_t>(index));
+    if (records[index].invalid) lvwLocks->SetMark(*item, u"invalid");
     const auto setCell = [&](TextView key, const auto& text) {
         operation.Do([&] { lvwLocks->SetCell(*item, lvwLocks->ColumnIndex(key), text()); });
     };

@@ -88,6 +88,7 @@ TEST_F(LockManagerTest, ListsFiltersAndCounts) {
     manager.lockDisplayType = ldtInvalidLocks;
     manager.Refresh();
     EXPECT_THAT(Column(u"title"), ::testing::ElementsAre("(deleted)"));
+    EXPECT_EQ(list->Items()[0].mark, u"invalid");
     EXPECT_EQ(manager.Records().size(), 4u) << "rows that are not shown keep their records";
     Select(0);
     EXPECT_EQ(manager.SelectedInvalidLockCount(), 1);

@@ -112,7 +112,7 @@ private:
             const UINT message = reinterpret_cast<const MSG*>(lParam)->message;
             if ((message >= WM_MOUSEFIRST && message <= WM_MOUSELAST) ||
                 (message >= WM_NCMOUSEMOVE && message <= WM_NCXBUTTONDBLCLK) ||
-                (message >= WM_KEYDOWN && message <= WM_KEYUP))
+                (message >= WM_KEYDOWN && message <= WM_KEYUP) || message == WM_SYSKEYDOWN)
                 ++heard;
         }
         return CallNextHookEx(nullptr, code, wParam, lParam);

@@ -185,6 +185,13 @@ TEST_F(LockManagerWindowTest, SeveralRowsAreSelectedAndDeleted) {
         };
     };
     const auto click = [&](WPARAM row) { return [&host, row](Hand& user) { user.Click(host.OnRow(row)); }; };
+    const auto rightClick = [&](WPARAM row) {
+        return [&host, row](Hand& user) {
+            user.Move(host.OnRow(row));
+            user.Button(MOUSEEVENTF_RIGHTDOWN);
+            user.Button(MOUSEEVENTF_RIGHTUP);
+        };
+    };
     const auto type = [](WORD key) { return [key](Hand& user) { user.Type(key); }; };
     POINT below = host.OnRow(4);
     below.y += 60;
@@ -194,6 +201,7 @@ TEST_F(LockManagerWindowTest, SeveralRowsAreSelectedAndDeleted) {
         const char *rows, *heard;
     } cases[] = {
         {"Delete and nothing selected", type(VK_DELETE), "Ants Bees Cats Ducks Eels ", ""},
+        {"right click", rightClick(3), "Ants Bees Cats Ducks* Eels ", "S0 "},
         {"click at the end of a row", click(0), "Ants* Bees Cats Ducks Eels ", "S0 "},
         {"Ctrl+click", with(VK_CONTROL, click(2)), "Ants* Bees Cats* Ducks Eels ", "S0 "},
         {"Ctrl+click on another's", with(VK_CONTROL, click(4)), "Ants* Bees Cats* Ducks Eels* ", "S2 "},

@@ -104,6 +104,8 @@ TEST(TreeControlWindow, KeysAndButtonsMeanWhatTheyShould) {
         {"down", Type(VK_DOWN), "selected c", "selected c"},
         {"Delete", Type(VK_DELETE), "delete", ""},
         {"right click", RightClick(u"c"), "menu", ""},
+        {"Menu key", Type(VK_APPS), "menu", ""},
+        {"Shift+F10", Holding({VK_SHIFT}, Type(VK_F10)), "menu", ""},
         {"a map", Type(VK_HOME), "selected -", "selected -"},
         {"Delete on a map", Type(VK_DELETE), "", ""},
         {"right click on a map", RightClick(u"A"), "menu", ""},

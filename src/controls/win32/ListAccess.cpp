@@ -41,6 +41,8 @@ Text ListAccess::Description(Element element) const {
         const Text& cell = model.Cell(RowOf(element), column);
         if (!cell.empty()) all += (all.empty() ? u"" : u"; ") + model.Columns()[column].caption + u": " + cell;
     }
+    const Text& mark = model.Items()[RowOf(element)].mark;
+    if (!mark.empty()) all += (all.empty() ? u"" : u"; ") + mark;
     return all;
 }
 

@@ -92,10 +92,15 @@ void ListViewWindow::DrawPicture(HDC dc, const RECT& place, HFONT font) const {
         if (arrow.fmt & (HDF_SORTUP | HDF_SORTDOWN))
             caption = DrawSortArrow(dc, caption, (arrow.fmt & HDF_SORTDOWN) != 0);
         SetTextColor(dc, GetSysColor(COLOR_BTNTEXT));
+        SelectObject(dc, font);
         DrawCell(dc, model->Columns()[column].caption, caption);
         for (size_t item = first; item < end; ++item) {
             const int top = rowsTop + static_cast<int>(item - first) * rowHeight;
-            SetTextColor(dc, model->Items()[item].isSelected ? GetSysColor(COLOR_HIGHLIGHTTEXT) : textColor);
+            const ListItem& row = model->Items()[item];
+            SelectObject(dc, row.mark.empty() || !markedFont ? font : markedFont);
+            SetTextColor(dc, row.isSelected     ? GetSysColor(COLOR_HIGHLIGHTTEXT)
+                             : row.mark.empty() ? textColor
+                                                : MarkedColor());
             DrawCell(dc, model->Cell(item, column), {left, top, right, top + rowHeight});
         }
     }

@@ -3,6 +3,7 @@
 #include "controls/win32/GdiSurface.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace dax {
@@ -47,6 +48,13 @@ private:
     std::vector<int16_t> widths = std::vector<int16_t>(0xD800, -1); // by character; -1: not known yet
 };
 
+HFONT CreateItalicFont(HFONT font) {
+    LOGFONTW description{};
+    GetObjectW(font, sizeof description, &description);
+    description.lfItalic = TRUE;
+    return CreateFontIndirectW(&description);
+}
+
 } // namespace
 
 int ListViewWindow::ShareOf(const Text& key) {
@@ -61,7 +69,10 @@ ListViewWindow::ListViewWindow(std::shared_ptr<ListModel> listModel) : model(std
     model->SetListener(this);
 }
 
-ListViewWindow::~ListViewWindow() { model->SetListener(nullptr); }
+ListViewWindow::~ListViewWindow() {
+    model->SetListener(nullptr);
+    if (markedFont) DeleteObject(markedFont);
+}
 
 void ListViewWindow::HandleGone() {
     access.Disconnect();
@@ -90,7 +101,26 @@ HWND ListViewWindow::Create(HWND parent) {
 }
 
 void ListViewWindow::SetFont(HFONT font) {
+    const HFONT former = std::exchange(markedFont, CreateItalicFont(font));
     if (handle) SendMessageW(handle, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+    if (former) DeleteObject(former);
+}
+
+// Paler than the other rows, but still easy to read.
+COLORREF ListViewWindow::MarkedColor() const {
+    const auto blend = [](BYTE text, BYTE ground) { return static_cast<BYTE>((text * 3 + ground) / 4); };
+    return RGB(blend(GetRValue(textColor), GetRValue(backColor)), blend(GetGValue(textColor), GetGValue(backColor)),
+               blend(GetBValue(textColor), GetBValue(backColor)));
+}
+
+LRESULT ListViewWindow::CustomDraw(NMLVCUSTOMDRAW& draw) const {
+    if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
+    const auto row = static_cast<size_t>(draw.nmcd.dwItemSpec);
+    if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT || row >= model->Items().size() || model->Items()[row].mark.empty())
+        return CDRF_DODEFAULT;
+    draw.clrText = MarkedColor();
+    SelectObject(draw.nmcd.hdc, markedFont);
+    return CDRF_NEWFONT;
 }
 
 void ListViewWindow::SetColors(COLORREF text, COLORREF background) {
@@ -269,7 +299,10 @@ LRESULT ListViewWindow::HandleNotification(const NMHDR& header) {
         ReadSelection();
         KeyDown.Raise(reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey);
         return 0;
+    case NM_CUSTOMDRAW:
+        return CustomDraw(*reinterpret_cast<NMLVCUSTOMDRAW*>(const_cast<NMHDR*>(&header)));
     case NM_CLICK:
+    case NM_RCLICK: // it selects as the left button does
         ReadSelection();
         Click.Raise();
         return 0;

@@ -47,6 +47,8 @@ private:
     static int ShareOf(const Text& key);            // of a column in the width, until columns are sized otherwise
     std::vector<int> ColumnWidths(int width) const; // of the window, or of a picture without one
     void FillDisplay(LVITEMW& item) const;
+    COLORREF MarkedColor() const;
+    LRESULT CustomDraw(NMLVCUSTOMDRAW& draw) const;
     LRESULT FindRow(const NMLVFINDITEMW& find) const;
     void ReadSelection();
     void ShareWidth();
@@ -56,6 +58,7 @@ private:
     HWND handle = nullptr;
     COLORREF textColor = 0x000000, backColor = 0xFFFFFF;
     bool isWidthShared = true;
+    HFONT markedFont = nullptr; // for rows with a mark
 };
 
 } // namespace dax

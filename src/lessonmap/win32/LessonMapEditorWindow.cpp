@@ -41,6 +41,7 @@ LessonMapEditorWindow::LessonMapEditorWindow() : WindowBase(L"DAXLessonMapEditor
     treeView->KeyPress.Add([target](char16_t character) { target->KeyPress(character); });
     treeView->Expanded.Add([target](Node& node) { target->NodeExpanded(node, AreCtrlAndShiftDown()); });
     treeView->Collapsed.Add([target](Node& node) { target->NodeCollapsed(node, AreCtrlAndShiftDown()); });
+    treeView->MenuKey.Add([target] { target->MouseUp(MouseButton::Right); }); // the same rules
     treeView->DragLost.Add([target] { target->KeyPress(VK_ESCAPE); });
     treeView->Timer.Add([target](TreeTimer timer) { target->OnTimer(timer); });
 }

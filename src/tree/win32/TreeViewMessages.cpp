@@ -181,6 +181,13 @@ LRESULT TreeViewWindow::LetSystem(HWND window, UINT message, WPARAM wParam, LPAR
 }
 
 std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARAM lParam) {
+    // Without a place for the Menu key, and on most systems for Shift+F10; for a right click there is NM_RCLICK.
+    const bool isPlaced = GET_X_LPARAM(lParam) != -1 || GET_Y_LPARAM(lParam) != -1;
+    const bool isShiftF10 = message == WM_SYSKEYDOWN && wParam == VK_F10 && GetKeyState(VK_SHIFT) < 0;
+    if (((message == WM_CONTEXTMENU && !isPlaced) || isShiftF10) && !MenuKey.IsEmpty()) {
+        MenuKey.Raise();
+        return 0;
+    }
     switch (message) {
     case TreeItems::SettleMessage:
         items.SettleMessageCame();

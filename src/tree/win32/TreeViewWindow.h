@@ -76,6 +76,7 @@ public:
     Event<Point, bool> Click; // point, whether Ctrl is down
     Event<Point, bool> DblClick;
     Event<Node&> Expanded, Collapsed; // by the user; the model knows already
+    Event<> MenuKey;                  // the Menu key or Shift+F10
     Event<> DragLost;                 // the mouse was taken away in the middle of a drag
     Event<TreeTimer> Timer;
 
