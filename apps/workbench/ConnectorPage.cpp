@@ -38,8 +38,8 @@ void ConnectorPage::Build() {
     AddEdit(idCatalog);
     userLabel = AddLabel(L"&User:");
     AddEdit(idUser, L"A user name as the connector lists it");
-    AddButton(idValidate, L"&Validate connector", true);
-    AddButton(idLoad, L"&Load catalogs");
+    AddButton(idValidate, L"Va&lidate connector", true);
+    AddButton(idLoad, L"Loa&d catalogs");
     validator = AddControl(idPanel, false, validatorName, {});
     if (validator) Frame(validator->Window());
     pickerLabel = AddLabel(L"Catalogs (&picker):");
@@ -94,6 +94,16 @@ void ConnectorPage::Arrange(int top, int bottom) {
     PlaceRow(nullptr, idEnabled, below, Left(), enabled, Right());
     below -= style.Margin();
     if (validator) Place(validator->Window(), Left() + 1, y, Right() - 1, std::max(below, y));
+}
+
+std::vector<MenuEntry> ConnectorPage::Menu() const {
+    const bool isThere = picker != nullptr;
+    return {{idValidate, L"Va&lidate connector\tF5", validator != nullptr},
+            {idLoad, L"Loa&d catalogs", isThere},
+            {idOpen, L"&Open catalog", IsWindowEnabled(Field(idOpen)) != FALSE},
+            {idRecord, L"&Record connection", isThere},
+            {},
+            {idBrowse, L"&Browse\u2026"}};
 }
 
 void ConnectorPage::Command(int id, int notification) {

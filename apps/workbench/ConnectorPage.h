@@ -12,6 +12,7 @@ public:
 
     void Start() override;
     void Refresh() override { Validate(); }
+    std::vector<MenuEntry> Menu() const override;
     int DefaultButton() const override { return idValidate; }
     std::vector<PageState> States() override;
     std::vector<StartStep> Steps() override;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <commctrl.h>
 #include <commdlg.h>
+#include <windowsx.h>
 
 namespace dax::workbench {
 
@@ -127,7 +128,10 @@ void FormPage::SetChoice(int id, int choice) const {
 
 void FormPage::ShowResult(const std::wstring& text, Tone tone) {
     resultTone = tone;
-    SetField(idResult, text);
+    std::wstring line = text; // it has only one
+    std::replace_if(
+        line.begin(), line.end(), [](wchar_t c) { return c < L' '; }, L' ');
+    SetField(idResult, line);
     InvalidateRect(Field(idResult), nullptr, TRUE);
 }
 
@@ -222,9 +226,28 @@ void FormPage::TakeFocus() {
     if (first && (SendMessageW(first, WM_GETDLGCODE, 0, 0) & DLGC_HASSETSEL)) SendMessageW(first, EM_SETSEL, 0, -1);
 }
 
+void FormPage::FocusField(int id) const {
+    if (!IsWindowEnabled(Field(id))) return;
+    SetFocus(Field(id));
+    SendMessageW(Field(id), EM_SETSEL, 0, -1);
+}
+
+void FormPage::ShowMenuAt(POINT at) {
+    if (bench.busy || !problem.empty()) return;
+    Apply();
+    if (const std::vector<MenuEntry> entries = Menu(); !entries.empty()) ShowContextMenu(Handle(), at, entries);
+}
+
+void FormPage::RightClicked(HWND window, POINT at) {
+    if (bench.busy) return;
+    SelectAt(window, at);
+    ShowMenuAt(at);
+}
+
 void FormPage::Run(const std::function<void()>& work) {
     if (bench.busy || !problem.empty()) return;
     bench.busy = true;
+    if (resultTone != Tone::Plain || !FieldText(idResult).empty()) ClearResult();
     const HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
     try {
         work();
@@ -317,6 +340,16 @@ LRESULT FormPage::On(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_SETFOCUS:
         TakeFocus();
         return 0;
+    case WM_CONTEXTMENU: {
+        const POINT at{GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
+        // The message may name any window on its way here.
+        const HWND inner = WindowFromPoint(at);
+        if (at.x == -1 && at.y == -1)
+            ShowMenu();
+        else
+            RightClicked(inner && IsChild(Handle(), inner) ? inner : reinterpret_cast<HWND>(wParam), at);
+        return 0;
+    }
     }
     return Window::On(message, wParam, lParam);
 }

@@ -28,6 +28,9 @@ public:
     void CatalogChanged() override {}
     void Shown() override {}
     void OpenLesson() override {}
+    void Apply() override {}
+    std::vector<MenuEntry> Menu() const override { return tools.Window() ? tools.Menu() : std::vector<MenuEntry>(); }
+    void ShowMenu() override { ShowMenuAt({-1, -1}); }
     std::wstring Keys() const override { return L"F5 Validate"; }
     bool HandleKey(const MSG& message) override;
     void KeyReleased() override {}
@@ -49,6 +52,12 @@ protected:
     // Does the command when everything that is under way has ended, as within a control's event.
     void Later(int id) { PostMessageW(Handle(), WM_COMMAND, static_cast<WPARAM>(id), 0); }
     bool HasFocus(int id) const;
+    void FocusField(int id) const; // with its text selected
+    void ShowMenuAt(POINT at);     // on the screen, see ShowContextMenu
+    // A right click within the page, at a place on the screen.
+    virtual void RightClicked(HWND window, POINT at);
+    // The user went on to something else: what the result line says of the step before would be misleading.
+    virtual void ClearResult() { ShowResult({}, Tone::Plain); }
 
     // Fields, in tab order. A label's mnemonic leads to the field that follows.
     HWND AddLabel(const std::wstring& text, int id = idLabelDefault);

@@ -1,14 +1,11 @@
 #include "Frame.h"
 
-#include "Automation.h"
 #include "ControlHost.h"
 #include "Ids.h"
 #include "Input.h"
-#include "Picture.h"
 
 #include <algorithm>
 #include <commctrl.h>
-#include <map>
 #include <windowsx.h>
 
 namespace dax::workbench {
@@ -24,11 +21,6 @@ HWND AddChild(HWND parent, const wchar_t* className, const wchar_t* text, DWORD 
                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleW(nullptr), nullptr);
 }
 
-void MakeFolder(const std::wstring& folder) {
-    if (!CreateDirectoryW(folder.c_str(), nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
-        throw HostError(E_FAIL, folder + L": " + DescribeResult(HRESULT_FROM_WIN32(GetLastError())));
-}
-
 } // namespace
 
 Frame::Frame(const Options& given, const ControlLibrary& controls)
@@ -39,7 +31,7 @@ Frame::Frame(const Options& given, const ControlLibrary& controls)
     options.connector = HidePassword(options.connector);
     bench.openLesson = [this] { OpenLesson(); };
     bench.openCatalog = [this](const Catalog& catalog) { OpenCatalog(catalog); };
-    bench.ask = [this](const std::wstring& text, UINT flags) { return Ask(text, flags); };
+    bench.ask = [this](const Question& question) { return Ask(question); };
     for (const PageEntry& entry : PageTable()) pages.push_back({&entry, nullptr});
 }
 
@@ -64,6 +56,42 @@ bool Frame::Create(bool visible) {
     return true;
 }
 
+// The letters of the menus and of the event log are those that no page uses for a field.
+void Frame::BuildMenu() {
+    const HMENU bar = CreateMenu(), program = CreatePopupMenu();
+    std::vector<MenuEntry> entries;
+    for (size_t i = 0; i < pages.size(); ++i) {
+        const std::wstring number = std::to_wstring(i + 1);
+        entries.push_back(
+            {idShowFirst + static_cast<int>(i), L"&" + number + L" " + pages[i].entry->title + L"\tCtrl+" + number});
+    }
+    for (const MenuEntry& entry : {MenuEntry(), MenuEntry{idNextPage, L"&Next page\tCtrl+Tab, Ctrl+Page Down"},
+                                   MenuEntry{idPreviousPage, L"Pre&vious page\tCtrl+Shift+Tab, Ctrl+Page Up"},
+                                   MenuEntry{idPageList, L"&List of pages\tEsc"}, MenuEntry(),
+                                   MenuEntry{idCopyEvents, L"&Copy events and calls\tCtrl+C, in their list"},
+                                   MenuEntry{idEventsClear, L"Clea&r events and calls\tDel, in their list"},
+                                   MenuEntry(), MenuEntry{idExit, L"E&xit\tAlt+F4"}})
+        entries.push_back(entry);
+    FillMenu(program, entries);
+    pageMenu = CreatePopupMenu();
+    AppendMenuW(bar, MF_POPUP, reinterpret_cast<UINT_PTR>(program), L"Pro&gram");
+    AppendMenuW(bar, MF_POPUP, reinterpret_cast<UINT_PTR>(pageMenu), L"T&his page");
+    SetMenu(Handle(), bar);
+    FillPageMenu();
+}
+
+// Made anew each time that it opens: the page knows what is possible.
+void Frame::FillPageMenu() const {
+    std::vector<MenuEntry> entries;
+    if (Current() && !bench.busy && Current()->Problem().empty()) entries = Current()->Menu();
+    if (entries.empty()) entries.push_back({idRefresh, L"&Refresh\tF5", Current() && !bench.busy});
+    FillMenu(pageMenu, entries);
+}
+
+std::vector<MenuEntry> Frame::LogMenu() const {
+    return {{idCopyEvents, L"&Copy\tCtrl+C"}, {idEventsClear, L"Clea&r\tDel"}};
+}
+
 bool Frame::Build() {
     list = AddChild(Handle(), WC_LISTBOXW, L"Pages",
                     WS_TABSTOP | WS_VSCROLL | LBS_NOTIFY | LBS_OWNERDRAWFIXED | LBS_HASSTRINGS | LBS_NOINTEGRALHEIGHT,
@@ -73,6 +101,7 @@ bool Frame::Build() {
     if (!log.Create(Handle(), idEvents, style)) return false;
     logClear = AddChild(Handle(), WC_BUTTONW, L"Clear", WS_TABSTOP | BS_PUSHBUTTON, 0, idEventsClear);
     status = AddChild(Handle(), STATUSCLASSNAMEW, L"", SBARS_SIZEGRIP | CCS_BOTTOM, 0, idStatus);
+    BuildMenu();
     ShowStatus(L"Controls from: " + library.Origin());
     ChangeStyle(style.Dpi(), {});
     return list && logLabel && logClear && status;
@@ -109,7 +138,7 @@ void Frame::Arrange() {
     for (const Shown& one : pages) listWidth = std::max(listWidth, style.TextWidth(one.entry->title) + style.Scale(36));
     const auto place = [](HWND child, int left, int top, int right, int below) {
         SetWindowPos(child, nullptr, left, top, std::max(right - left, 0), std::max(below - top, 0),
-                     SWP_NOZORDER | SWP_NOACTIVATE);
+                     SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
     };
     place(list, 0, 0, listWidth, bottom);
     const int logHeight = std::clamp(style.Scale(logShare), style.Scale(leastLog),
@@ -124,7 +153,8 @@ void Frame::Arrange() {
     place(logClear, button, top, right, top + style.ButtonHeight());
     place(log.Window(), left, top + style.ButtonHeight() + style.Scale(4), right, bottom - style.Scale(8));
     log.Resized();
-    InvalidateRect(Handle(), nullptr, TRUE);
+    // The children, too: what the system moves along with them is not always what they show in their new size.
+    RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 
 bool Frame::Show(size_t index) {
@@ -136,6 +166,7 @@ bool Frame::Show(size_t index) {
         // Behind the list of pages in the tab order.
         SetWindowPos(shown.page->Window(), list, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     }
+    if (Current()) Current()->Apply();
     const HWND before = Current() ? Current()->Window() : nullptr;
     const bool focused = before && IsChild(before, GetFocus());
     current = index;
@@ -172,16 +203,15 @@ void Frame::OpenCatalog(const Catalog& catalog) {
         if (pages[i].page) pages[i].page->CatalogChanged();
 }
 
-int Frame::Ask(const std::wstring& text, UINT flags) const {
-    if (!options.start.empty()) return (flags & MB_TYPEMASK) == MB_ABORTRETRYIGNORE ? IDABORT : IDYES;
-    if (options.shots.empty()) return MessageBoxW(Handle(), text.c_str(), L"DAXWorkbench", flags);
-    const UINT kind = flags & MB_TYPEMASK;
-    return kind == MB_ABORTRETRYIGNORE ? IDABORT : kind == MB_YESNO ? IDNO : kind == MB_OK ? IDOK : IDCANCEL;
+int Frame::Ask(const Question& question) const {
+    if (!options.start.empty()) return question.unattended;
+    return options.shots.empty() ? AskUser(Handle(), question) : question.choices.back().id;
 }
 
 bool Frame::MayClose() {
     for (size_t i = 0; i < pages.size(); ++i) {
         if (!pages[i].page) continue;
+        pages[i].page->Apply();
         if (!pages[i].page->MayClose()) return false;
     }
     return true;
@@ -207,6 +237,10 @@ void Frame::HandleMessage(MSG& message) {
 
 // The control that has the focus comes first, then the program's keys, then those of dialogs.
 void Frame::Deliver(MSG& message) {
+    if (Handle() && message.message == WM_SYSKEYDOWN && message.wParam == VK_F4) {
+        PostMessageW(Handle(), WM_SYSCOMMAND, SC_CLOSE, 0); // Alt+F4, also where a list would open on F4
+        return;
+    }
     if (Handle() && IsChild(Handle(), message.hwnd) && (ControlHost::OfferKey(Handle(), message) || HandleKey(message)))
         return;
     if (Handle() && IsDialogMessageW(Handle(), &message)) return;
@@ -215,84 +249,67 @@ void Frame::Deliver(MSG& message) {
 }
 
 bool Frame::HandleKey(const MSG& message) {
+    // Not every system makes WM_CONTEXTMENU of it, as it does of the Menu key.
+    if (message.message == WM_SYSKEYDOWN && message.wParam == VK_F10 && GetKeyState(VK_SHIFT) < 0) {
+        SendMessageW(message.hwnd, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(message.hwnd), -1);
+        return true;
+    }
     if (message.message != WM_KEYDOWN && message.message != WM_SYSKEYDOWN) return false;
     if (Current()->HandleKey(message)) return true;
     if (message.message != WM_KEYDOWN) return false;
     const bool control = GetKeyState(VK_CONTROL) < 0;
-    if (message.wParam == VK_F5 && !control) {
-        Current()->Refresh();
-        return true;
-    }
+    if (message.wParam == VK_F5 && !control) return GoTo(idRefresh);
+    if (message.wParam == VK_RETURN && !control && PressDefault(message)) return true;
+    if (control && message.wParam > L'0' && message.wParam <= L'0' + pages.size())
+        return GoTo(idShowFirst + static_cast<int>(message.wParam - L'1'));
     if (control && (message.wParam == VK_TAB || message.wParam == VK_NEXT || message.wParam == VK_PRIOR)) {
         const bool back = message.wParam == VK_PRIOR || (message.wParam == VK_TAB && GetKeyState(VK_SHIFT) < 0);
-        Step(back ? -1 : 1);
+        return GoTo(back ? idPreviousPage : idNextPage);
+    }
+    return control && message.wParam == 'C' && message.hwnd == log.Window() && GoTo(idCopyEvents);
+}
+
+// The system would look for the button by its number on all pages, and stop at one of another page that is disabled.
+bool Frame::PressDefault(const MSG& message) {
+    const HWND page = Current()->Window();
+    const int id = DefaultButton();
+    if (id == 0 || !IsChild(page, message.hwnd)) return false;
+    const LRESULT wanted = SendMessageW(message.hwnd, WM_GETDLGCODE, VK_RETURN, reinterpret_cast<LPARAM>(&message));
+    if (wanted & DLGC_WANTALLKEYS) return false; // as of a list that is open
+    if (const HWND button = GetDlgItem(page, id); button && IsWindowEnabled(button)) Command(id, BN_CLICKED);
+    return true;
+}
+
+bool Frame::GoTo(int id) {
+    if (id >= idShowFirst && id < idShowFirst + static_cast<int>(pages.size())) {
+        if (!bench.busy) Show(static_cast<size_t>(id - idShowFirst));
         return true;
     }
-    if (control && message.wParam == 'C' && message.hwnd == log.Window()) {
+    switch (id) {
+    case idNextPage:
+    case idPreviousPage:
+        Step(id == idNextPage ? 1 : -1);
+        return true;
+    case idPageList:
+    case IDCANCEL: // Esc
+        SetFocus(list);
+        return true;
+    case idRefresh:
+        Current()->Apply();
+        Current()->Refresh();
+        return true;
+    case idCopyEvents:
         log.Copy();
         return true;
+    case idEventsClear:
+        log.Clear();
+        return true;
+    case idExit:
+        PostMessageW(Handle(), WM_CLOSE, 0, 0);
+        return true;
+    default:
+        return false;
     }
-    return false;
-}
-
-void Frame::DispatchPending() {
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) HandleMessage(message);
-}
-
-int Frame::TakeStart(const std::wstring& folder) {
-    try {
-        MakeFolder(folder);
-        std::map<int, std::pair<size_t, StartStep>> steps;
-        for (size_t i = 0; i < pages.size(); ++i) {
-            if (!Show(i) || !Current()->Problem().empty())
-                throw HostError(E_FAIL, L"A page cannot be shown. " + Current()->Problem());
-            for (const StartStep& step : Current()->Steps()) steps[step.place] = {i, step};
-        }
-        for (const auto& [place, one] : steps) {
-            const auto& [page, step] = one;
-            Show(page);
-            Current()->TakeFocus();
-            step.enter();
-            DispatchPending();
-            const std::wstring name = L"start-" + std::to_wstring(place + 100).substr(1) + L"-" + step.name + L".png";
-            SavePicture(Handle(), folder + L"\\" + name);
-            if (!Current()->Failure().empty()) throw HostError(E_FAIL, step.name + L": " + Current()->Failure());
-            Say(name + L"  " + step.text + L"\n", false);
-        }
-    } catch (const HostError& error) {
-        Say(L"DAXWorkbench: " + error.Text() + L"\n", true);
-        return 1;
-    }
-    return 0;
-}
-
-int Frame::TakePictures(const std::wstring& folder) {
-    int code = 0;
-    try {
-        MakeFolder(folder);
-        for (size_t i = 0; i < pages.size(); ++i) {
-            if (!Show(i)) throw HostError(E_FAIL, L"A page's window cannot be created.");
-            const std::wstring path = folder + L"\\" + pages[i].entry->fileName + L"-";
-            if (!Current()->Problem().empty()) {
-                DispatchPending();
-                SavePicture(Handle(), path + L"problem.png");
-                Say(L"DAXWorkbench: " + Current()->Problem() + L"\n", true);
-                code = 1;
-                continue;
-            }
-            Current()->TakeFocus();
-            for (const PageState& state : Current()->States()) {
-                state.enter();
-                DispatchPending();
-                SavePicture(Handle(), path + state.name + L".png");
-            }
-        }
-    } catch (const HostError& error) {
-        Say(L"DAXWorkbench: " + error.Text() + L"\n", true);
-        return 1;
-    }
-    return code;
 }
 
 void Frame::Command(int id, int notification) {
@@ -302,11 +319,7 @@ void Frame::Command(int id, int notification) {
             SendMessageW(list, LB_SETCURSEL, current, 0);
         else if (selected >= 0)
             Show(static_cast<size_t>(selected));
-    } else if (id == idEventsClear) {
-        log.Clear();
-    } else if (id == IDCANCEL) {
-        SetFocus(list); // Esc
-    } else if (Current()) {
+    } else if (!GoTo(id) && Current()) {
         SendMessageW(Current()->Window(), WM_COMMAND, MAKEWPARAM(id, notification), 0);
     }
 }
@@ -380,6 +393,21 @@ LRESULT Frame::On(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_DRAWITEM:
         DrawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
         return TRUE;
+    case WM_INITMENUPOPUP:
+        if (reinterpret_cast<HMENU>(wParam) == pageMenu) FillPageMenu();
+        break;
+    case WM_CONTEXTMENU:
+        if (reinterpret_cast<HWND>(wParam) != log.Window()) break;
+        ShowContextMenu(Handle(), {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}, LogMenu());
+        return 0;
+    case WM_NEXTDLGCTL: { // a label's underlined letter, as in a dialog
+        const HWND next =
+            LOWORD(lParam) ? reinterpret_cast<HWND>(wParam) : GetNextDlgTabItem(Handle(), GetFocus(), wParam != 0);
+        if (!next) return 0;
+        SetFocus(next);
+        if (SendMessageW(next, WM_GETDLGCODE, 0, 0) & DLGC_HASSETSEL) SendMessageW(next, EM_SETSEL, 0, -1);
+        return 0;
+    }
     case DM_GETDEFID:
         return MAKELRESULT(DefaultButton(), DC_HASDEFID);
     case WM_ACTIVATE:

@@ -33,12 +33,17 @@ private:
     bool Show(size_t index);
     void OpenLesson();
     void OpenCatalog(const Catalog& catalog);
-    int Ask(const std::wstring& text, UINT flags) const;
+    int Ask(const Question& question) const;
     bool MayClose();
     std::wstring Keys() const;
     void Step(int direction);
     Page* Current() const { return pages[current].page.get(); }
     bool HandleKey(const MSG& message);
+    bool PressDefault(const MSG& message);
+    bool GoTo(int id); // a command of the first menu; false: of a page
+    void BuildMenu();
+    void FillPageMenu() const;
+    std::vector<MenuEntry> LogMenu() const;
     void HandleMessage(MSG& message);
     void Deliver(MSG& message);
     void DispatchPending();
@@ -62,7 +67,8 @@ private:
     HWND logClear = nullptr;
     HWND status = nullptr;
     HWND lastFocus = nullptr;
-    int logShare = 150; // height of the event log, at 96 dots per inch
+    HMENU pageMenu = nullptr; // the frame's, as is the whole menu
+    int logShare = 150;       // height of the event log, at 96 dots per inch
     int splitterTop = 0;
     bool dragging = false;
 };

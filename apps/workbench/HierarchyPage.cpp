@@ -14,8 +14,6 @@ constexpr wchar_t lockInfoName[] = L"LockInfo";
 constexpr int panelSpace = 5; // between a panel and its border
 constexpr long typeGroup = 0, typeLesson = 1;
 
-std::wstring Quoted(const std::wstring& text) { return L"\u201C" + text + L"\u201D"; }
-
 } // namespace
 
 HierarchyPage::~HierarchyPage() {
@@ -39,6 +37,9 @@ void HierarchyPage::Build() {
     AddToolbar(idToolbar,
                {{idSave, Icon::Save, L"Save the changes in one transaction (Ctrl+S)", L"Save"},
                 {},
+                {idUndo, Icon::Undo, L"Undo (Ctrl+Z)"},
+                {idRedo, Icon::Redo, L"Redo (Ctrl+Y)"},
+                {},
                 {idAddGroup, Icon::AddGroup, L"Add a group after the selected entry (Ctrl+G)", L"Group"},
                 {idAddLesson, Icon::AddLesson, L"Add a lesson after the selected entry (Ctrl+L)", L"Lesson"},
                 {idRemove, Icon::Remove, L"Remove the selected entry (Del)"},
@@ -52,6 +53,9 @@ void HierarchyPage::Build() {
                 {idCollapseAll, Icon::CollapseAll, L"Collapse all (Ctrl+W)"},
                 {},
                 {idFreeze, Icon::Freeze, L"Lock the display: it shows no change (Ctrl+D)", L"Lock display", true}});
+    searchLabel = AddLabel(L"&Find:");
+    AddEdit(idSearch, L"A title, an identifier or a lessonID");
+    AddButton(idFind, L"Find ne&xt");
     editor = AddControl(idTree, true, editorName, [this](const ControlEvent& event) { Heard(event); });
     if (editor) Frame(editor->Window());
     titleLabel = AddLabel(L"&Title:");
@@ -70,13 +74,15 @@ void HierarchyPage::Build() {
     AddCheck(idDragDrop, L"&Drag and drop");
     AddCheck(idLocked, L"L&ocked");
     AddCheck(idSingleExpand, L"Si&ngle expand");
-    AddCheck(idShowIdentifier, L"Panel shows &identifier");
+    AddCheck(idShowIdentifier, L"Panel &shows identifier");
     AddOutput(idResult);
     for (int id : {idDragDrop, idShowIdentifier}) SetChecked(id, true);
-    if (lessonInfo && lockInfo && editor)
-        EnableTools();
-    else
+    if (!lessonInfo || !lockInfo || !editor) {
         editor.reset(); // the page shows why, and does nothing
+        return;
+    }
+    Editor().Set(L"ConflictCheck", true);
+    EnableTools();
 }
 
 void HierarchyPage::Arrange(int top, int bottom) {
@@ -101,7 +107,11 @@ void HierarchyPage::Arrange(int top, int bottom) {
 
     const int width = Right() - Left();
     const int middle = Right() - std::clamp(width * 2 / 5, style.Scale(200), style.Scale(360));
-    if (editor) Place(editor->Window(), Left() + 1, y + 1, middle - style.Margin(), below - 1);
+    const int searchLeft = Left() + style.TextWidth(L"Find:") + style.Scale(12);
+    const int find = middle - style.Margin() - style.ButtonWidth(FieldText(idFind));
+    Place(Field(idFind), find, y - style.Scale(1), middle - style.Margin(), y + style.ButtonHeight() - style.Scale(1));
+    const int treeTop = PlaceRow(searchLabel, idSearch, y, Left(), searchLeft, find - style.Gap());
+    if (editor) Place(editor->Window(), Left() + 1, treeTop + 1, middle - style.Margin() - 1, below - 1);
     const int entryLeft = middle + style.TextWidth(L"Identifier:") + style.Scale(12);
     int right = PlaceRow(titleLabel, idTitle, y, middle, entryLeft, Right());
     right = PlaceRow(identifierLabel, idIdentifier, right, middle, entryLeft, Right());
@@ -122,43 +132,94 @@ std::vector<Shortcut> HierarchyPage::Shortcuts() const {
     return {{'S', true, false, idSave},        {'G', true, false, idAddGroup},    {'L', true, false, idAddLesson},
             {'E', true, false, idExpandAll},   {'W', true, false, idCollapseAll}, {'D', true, false, idFreeze},
             {VK_UP, false, true, idUp},        {VK_DOWN, false, true, idDown},    {VK_LEFT, false, true, idOutdent},
-            {VK_RIGHT, false, true, idIndent}, {VK_F2, false, false, idRename},   {VK_RETURN, true, false, idOpen}};
+            {VK_RIGHT, false, true, idIndent}, {VK_F2, false, false, idRename},   {VK_RETURN, true, false, idOpen},
+            {'Z', true, false, idUndo},        {'Y', true, false, idRedo},        {'F', true, false, idSearchFor},
+            {VK_F3, false, false, idFind}};
+}
+
+// A field takes back what was typed there; Enter opens a lesson in the tree alone.
+bool HierarchyPage::HandleKey(const MSG& message) {
+    const bool isKey = message.message == WM_KEYDOWN, isControl = GetKeyState(VK_CONTROL) < 0;
+    if (isKey && isControl && (message.wParam == 'Z' || message.wParam == 'Y')) {
+        const bool isField = (SendMessageW(message.hwnd, WM_GETDLGCODE, 0, 0) & DLGC_HASSETSEL) != 0;
+        if (isField && SendMessageW(message.hwnd, EM_CANUNDO, 0, 0)) return false;
+    }
+    if (isKey && !isControl && message.wParam == VK_RETURN && editor && HasFocus(idTree)) {
+        Command(idOpen, 0);
+        return true;
+    }
+    return FormPage::HandleKey(message);
+}
+
+std::vector<MenuEntry> HierarchyPage::Menu() const {
+    std::vector<MenuEntry> entries = {{idOpen, L"&Open the lesson's map\tEnter", bench.selection.isLesson},
+                                      {idRename, L"Re&name\tF2", IsWindowEnabled(Field(idTitle)) != FALSE},
+                                      {}};
+    const std::vector<MenuEntry> fromTools = tools.Menu();
+    entries.insert(entries.end(), fromTools.begin(), fromTools.end());
+    const std::vector<MenuEntry> last = {{},
+                                         {idSearchFor, L"&Find\u2026\tCtrl+F"},
+                                         {idFind, L"Find ne&xt\tF3"},
+                                         {},
+                                         {idLoad, L"&Load again\tF5", !Trim(FieldText(idConnection)).empty()}};
+    entries.insert(entries.end(), last.begin(), last.end());
+    return entries;
 }
 
 int HierarchyPage::DefaultButton() const {
     if (HasFocus(idTree)) return 0; // Enter is the control's
+    if (HasFocus(idSearch) || HasFocus(idFind)) return idFind;
     return HasFocus(idTitle) || HasFocus(idIdentifier) || HasFocus(idType) ? idUpdate : idLoad;
 }
 
 void HierarchyPage::Command(int id, int notification) {
+    if (!editor) return;
+    const bool isEntryField = id == idTitle || id == idIdentifier || id == idType;
+    if (isEntryField && notification != 0) {
+        const bool isLeft = notification == (id == idType ? CBN_KILLFOCUS : EN_KILLFOCUS);
+        if (isLeft)
+            Apply();
+        else if (!bench.busy)
+            tools.Enable(idSave, isChanged || IsTyped());
+        return;
+    }
+    if (notification == 0) Apply();
     if (id == idBrowse && Browse(idConnection)) Load();
     if (id == idLoad) Load();
     if (id == idSave) Save();
     if (id == idAddGroup || id == idAddLesson) Add(id == idAddGroup);
-    if (id == idUpdate) Update();
+    if (id == idUndo || id == idRedo) TakeBack(id == idUndo);
+    if (id == idUpdate) FocusTree(); // what was typed is applied
+    if (id == idFind && notification == BN_CLICKED) Find();
+    if (id == idSearchFor) FocusField(idSearch);
     if (id == idRemove) Remove();
     if (id >= idUp && id <= idOutdent) Move(id);
     if (id == idExpandAll || id == idCollapseAll || id == idFreeze) Display(id);
     if (id == idOpen && bench.selection.isLesson && !bench.busy) bench.openLesson();
-    if (id == idRename && IsWindowEnabled(Field(idTitle))) {
-        SetFocus(Field(idTitle));
-        SendMessageW(Field(idTitle), EM_SETSEL, 0, -1);
-    }
+    if (id == idRename) FocusField(idTitle);
     const bool isOption = id == idDragDrop || id == idLocked || id == idSingleExpand || id == idShowIdentifier;
     if (isOption && notification == BN_CLICKED) SetOption(id);
 }
 
 // What asks the user or shows another page waits until the control has finished its event.
 void HierarchyPage::Heard(const ControlEvent& event) {
-    if (event.name == L"AfterSelectionChange") ShowSelection();
+    if (event.name == L"AfterSelectionChange") {
+        if (!bench.busy) ClearResult();
+        ShowSelection();
+    }
     if (event.name == L"DataChanged") {
         isChanged = true;
         ShowSelection();
     }
     if (event.name == L"DeleteRequest") Later(idRemove);
     if (event.name == L"DblClick") Later(idOpen);
-    if (event.name == L"Error") failure = event.Argument(L"Description");
+    if (event.name == L"Error") {
+        failure = event.Argument(L"Description");
+        failureNumber = event.Argument(L"Number");
+    }
 }
+
+void HierarchyPage::ClearResult() { ShowResult(isChanged ? L"Not yet saved." : L"", Tone::Plain); }
 
 void HierarchyPage::Start() {
     SetField(idConnection, bench.options.file);
@@ -169,114 +230,6 @@ void HierarchyPage::CatalogChanged() {
     const std::wstring former = FieldText(idConnection);
     SetField(idConnection, bench.catalog.source);
     if (!Load()) SetField(idConnection, former);
-}
-
-bool HierarchyPage::MayLose(const std::wstring& question) {
-    if (!isChanged || !bench.options.shots.empty()) return true;
-    const int answer = bench.ask(question, MB_YESNOCANCEL | MB_ICONQUESTION);
-    return answer == IDNO || (answer == IDYES && Save());
-}
-
-bool HierarchyPage::MayClose() { return MayLose(L"Save the changes of the hierarchy?"); }
-
-bool HierarchyPage::Load() {
-    if (!editor || bench.busy || !MayLose(L"Save the changes of the hierarchy before it is loaded again?"))
-        return false;
-    Run([this] {
-        ShowResult(L"Loading\u2026", Tone::Plain);
-        failure.clear();
-        const std::wstring source = TakeConnection();
-        const std::wstring title = source == bench.catalog.source ? bench.catalog.title : CatalogOf(source);
-        bench.selection = {source, {}, {}, false, Editor()};
-        Editor().Set(L"ConnectionString", ConnectionFor(source));
-        Editor().Set(L"DatabaseTitle", title.empty() ? L"velmora database" : title);
-        const bool isLoaded = Call(*editor, editorName, L"LoadDatabase").Bool();
-        isChanged = false;
-        ShowSelection();
-        const long entries = std::max(Editor().Get(L"NodeCount").Long() - 1, 0L);
-        if (isLoaded)
-            ShowResult(std::to_wstring(entries) + (entries == 1 ? L" entry loaded." : L" entries loaded."), Tone::Good);
-        else
-            ShowResult(L"Not loaded: " + failure, Tone::Bad);
-    });
-    return true;
-}
-
-bool HierarchyPage::Save() {
-    if (!editor || !isChanged) return true;
-    bool isSaved = false;
-    Run([&] {
-        failure.clear();
-        isSaved = Call(*editor, editorName, L"SaveDatabase").Bool();
-        if (isSaved) isChanged = false;
-        ShowResult(isSaved ? L"Saved." : L"Nothing was saved: " + failure, isSaved ? Tone::Good : Tone::Bad);
-        EnableTools();
-    });
-    return isSaved;
-}
-
-void HierarchyPage::Edit(const std::function<void()>& work) {
-    if (!editor) return;
-    Run([&] {
-        work();
-        ShowSelection();
-    });
-}
-
-void HierarchyPage::Add(bool isGroup) {
-    Edit([&] {
-        const Automation utility = bench.library.CreateObject(L"ContentObjects.Utility");
-        Call(*editor, editorName, L"AddLesson",
-             {utility.Call(L"NewIdentifier"), isGroup ? L"New group" : L"New lesson", L"",
-              isGroup ? typeGroup : typeLesson});
-        ShowResult(isGroup ? L"A group was added; F2 leads to its title."
-                           : L"A lesson was added; F2 leads to its title.",
-                   Tone::Plain);
-    });
-}
-
-void HierarchyPage::Update() {
-    Edit([&] {
-        Call(*editor, editorName, L"UpdateLesson",
-             {CurrentID(), FieldText(idTitle), FieldText(idIdentifier), static_cast<long>(Choice(idType))});
-        ShowResult(L"Updated; not yet saved.", Tone::Plain);
-    });
-}
-
-void HierarchyPage::Remove() {
-    if (!editor || bench.busy || CurrentID().empty()) return;
-    const std::wstring title = Editor().Call(L"GetLessonTitle", {CurrentID()}).Text();
-    const long below = Editor().Call(L"GetChildLessonCount", {CurrentID()}).Long();
-    bool withChildren = true;
-    if (below == 0) {
-        if (bench.ask(L"Remove " + Quoted(title) + L"?", MB_YESNO | MB_ICONQUESTION) != IDYES) return;
-    } else {
-        const int answer =
-            bench.ask(L"Remove all that is in " + Quoted(title) + L", too (" + std::to_wstring(below) +
-                          (below == 1 ? L" entry" : L" entries") + L")?\n\nNo keeps it, one level higher.",
-                      MB_YESNOCANCEL | MB_ICONQUESTION);
-        if (answer != IDYES && answer != IDNO) return;
-        withChildren = answer == IDYES;
-    }
-    Edit([&] {
-        Call(*editor, editorName, L"RemoveLesson", {CurrentID(), withChildren});
-        ShowResult(L"Removed; not yet saved.", Tone::Plain);
-    });
-}
-
-void HierarchyPage::Move(int tool) {
-    Edit([&] { Call(*editor, editorName, L"MoveCurrent", {static_cast<long>(tool - idUp + 1)}); });
-}
-
-void HierarchyPage::Display(int tool) {
-    Edit([&] {
-        if (tool == idExpandAll) Call(*editor, editorName, L"ExpandAll");
-        if (tool == idCollapseAll) Call(*editor, editorName, L"CollapseAll");
-        if (tool != idFreeze) return;
-        isFrozen = !isFrozen;
-        tools.Press(idFreeze, isFrozen);
-        Call(*editor, editorName, isFrozen ? L"LockDisplay" : L"UnlockDisplay");
-    });
 }
 
 void HierarchyPage::SetOption(int id) {
@@ -294,12 +247,15 @@ void HierarchyPage::ShowSelection() {
     const std::wstring id = CurrentID();
     const long type = Editor().Call(L"GetLessonType", {id}).Long();
     const bool isEntry = !id.empty();
+    if (shown.lessonID != id && IsTyped()) Update(); // the selection has moved on without the fields being left
     bench.selection.lessonID = id;
     bench.selection.title = Editor().Call(L"GetLessonTitle", {id}).Text();
     bench.selection.isLesson = isEntry && type == typeLesson;
     SetField(idTitle, isEntry ? bench.selection.title : L"");
     SetField(idIdentifier, Editor().Call(L"GetLessonIdentifier", {id}).Text());
     SetChoice(idType, !isEntry ? -1 : type == typeGroup || type == typeLesson ? static_cast<int>(type) : 2);
+    shown.lessonID = id;
+    shown = Typed();
     ShowPanels();
     EnableTools();
 }
@@ -329,6 +285,8 @@ void HierarchyPage::EnableTools() {
     for (int id : {idAddGroup, idAddLesson, idExpandAll, idCollapseAll, idFreeze}) tools.Enable(id, isThere);
     tools.Enable(idRemove, isEntry);
     tools.Enable(idSave, isChanged);
+    tools.Enable(idUndo, Editor().Get(L"CanUndo").Bool());
+    tools.Enable(idRedo, Editor().Get(L"CanRedo").Bool());
     for (int id = idUp; id <= idOutdent; ++id)
         tools.Enable(id, isThere && Editor().Call(L"CanMoveCurrent", {static_cast<long>(id - idUp + 1)}).Bool());
 }
@@ -376,12 +334,15 @@ std::vector<PageState> HierarchyPage::States() {
                           Move(idDown);
                           SetField(idTitle, L"A lesson of today \u2013 \u043D\u043E\u0432\u044B\u0439");
                           SetField(idIdentifier, L"NEW-1");
-                          Update();
+                          Apply();
                       }});
     states.push_back({L"lesson", [this] {
                           Load();
                           SelectEntry(3);
                       }});
+    const auto show = [this](int how) { return [this, how] { ShowWindow(GetAncestor(Handle(), GA_ROOT), how); }; };
+    states.push_back({L"maximised", show(SW_MAXIMIZE)});
+    states.push_back({L"restored", show(SW_RESTORE)}); // to look like the one before
     return states;
 }
 

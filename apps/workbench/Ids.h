@@ -66,6 +66,8 @@ enum Ids : int {
 
     // Tools.
     idSave = 300,
+    idUndo,
+    idRedo,
     idAddGroup,
     idAddLesson,
     idAddStoryboard,
@@ -83,8 +85,20 @@ enum Ids : int {
     idUncheckAll,
     idOpen,
     idRename,
+    idSearchFor, // leads to the field
+    idSelectAll,
+    idContextMenu,
 
-    idLabel = 399, // texts that nobody asks for by number
+    // Of the frame's menus.
+    idNextPage = 400,
+    idPreviousPage,
+    idPageList,
+    idRefresh,
+    idCopyEvents,
+    idExit,
+    idShowFirst = 420, // shows page n
+
+    idLabel = 499, // texts that nobody asks for by number
 };
 
 } // namespace dax::workbench

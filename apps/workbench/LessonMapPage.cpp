@@ -4,6 +4,7 @@
 #include "LessonStore.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace dax::workbench {
 
@@ -21,6 +22,7 @@ std::wstring Count(long number, const wchar_t* word) {
 } // namespace
 
 LessonMapPage::~LessonMapPage() {
+    shownPage = {};
     opened = {};
     editor.reset();
     Destroy();
@@ -132,7 +134,22 @@ std::vector<Shortcut> LessonMapPage::Shortcuts() const {
             {VK_F2, false, false, idRename},
             {VK_PRIOR, false, true, idPreviousMap},
             {VK_NEXT, false, true, idNextMap},
-            {VK_F3, false, false, idFind}};
+            {VK_F3, false, false, idFind},
+            {'F', true, false, idSearchFor}};
+}
+
+std::vector<MenuEntry> LessonMapPage::Menu() const {
+    std::vector<MenuEntry> entries = {{idRename, L"Re&name\tF2", IsWindowEnabled(Field(idTitle)) != FALSE}, {}};
+    const std::vector<MenuEntry> fromTools = tools.Menu();
+    entries.insert(entries.end(), fromTools.begin(), fromTools.end());
+    const bool isOpen = static_cast<bool>(opened.lesson);
+    const std::vector<MenuEntry> last = {{},
+                                         {idSearchFor, L"&Find\u2026\tCtrl+F", isOpen},
+                                         {idFind, L"Find ne&xt\tF3", isOpen},
+                                         {},
+                                         {idRefresh, L"&Draw again\tF5", isOpen}};
+    entries.insert(entries.end(), last.begin(), last.end());
+    return entries;
 }
 
 int LessonMapPage::DefaultButton() const {
@@ -141,38 +158,60 @@ int LessonMapPage::DefaultButton() const {
 }
 
 void LessonMapPage::Command(int id, int notification) {
+    if (!editor) return;
+    const bool isEntryField = id == idTitle || id == idIdentifier || id == idType;
+    if (isEntryField && notification != 0) {
+        const bool isLeft = notification == (id == idType ? CBN_KILLFOCUS : EN_KILLFOCUS);
+        if (isLeft)
+            Apply();
+        else if (!bench.busy)
+            tools.Enable(idSave, isChanged || IsTyped());
+        return;
+    }
+    if (notification == 0) Apply();
+    if (id == idRefresh) Refresh();
     if (id == idSave) Save();
     if (id == idAddStoryboard) Add();
-    if (id == idUpdate) Update();
+    if (id == idUpdate) SetFocus(editor->Window()); // what was typed is applied
     if (id == idRemove) Remove();
     if (id >= idUp && id <= idPreviousMap) Move(id);
     if (id == idExpandAll || id == idCollapseAll || id == idCheckAll || id == idUncheckAll || id == idFreeze)
         Display(id);
-    if (id == idFind) Find();
-    if (id == idToolbar) ShowMenu();
-    if (id == idRename && IsWindowEnabled(Field(idTitle))) {
-        SetFocus(Field(idTitle));
-        SendMessageW(Field(idTitle), EM_SETSEL, 0, -1);
-    }
+    if (id == idFind && notification == BN_CLICKED) Find();
+    if (id == idSearchFor) FocusField(idSearch);
+    if (id == idContextMenu) ShowMenuAt(std::exchange(menuPlace, POINT{-1, -1}));
+    if (id == idRename) FocusField(idTitle);
     const bool isOption =
         id == idCheckboxes || id == idDragDrop || id == idLocked || id == idDefaultMapOnly || id == idByIdentifier;
     if (isOption && notification == BN_CLICKED) SetOption(id);
 }
 
 void LessonMapPage::Heard(const ControlEvent& event) {
-    if (event.name == L"AfterSelectionChange") ShowSelection();
+    if (event.name == L"AfterSelectionChange") {
+        if (!bench.busy) ClearResult();
+        ShowSelection();
+    }
     if (event.name == L"ItemChecked") ShowCounts();
     if (event.name == L"MapChanged") {
         isChanged = true;
+        if (!bench.busy) ClearResult();
         ShowCounts();
         EnableTools();
     }
     if (event.name == L"Error") ShowResult(event.Argument(L"Description"), Tone::Bad);
     if (event.name == L"DeleteRequest") Later(idRemove);
-    if (event.name == L"ContextMenuRequest") Later(idToolbar);
+    if (event.name == L"ContextMenuRequest") Later(idContextMenu);
+}
+
+// The control tells of a right click by its event; where it was, the system tells.
+void LessonMapPage::RightClicked(HWND window, POINT at) {
+    if (window != Field(idMap) && !IsChild(Field(idMap), window)) return FormPage::RightClicked(window, at);
+    menuPlace = at;
+    if (!bench.busy) SelectAt(window, at);
 }
 
 void LessonMapPage::OpenLesson() {
+    Apply();
     if (!editor || bench.busy || !bench.selection.isLesson) return;
     if (!MayLose(L"Save the changes of the lesson that is open before another one is opened?")) return;
     Run([this] {
@@ -184,6 +223,7 @@ void LessonMapPage::OpenLesson() {
             AddDefaultMap(next.lesson);
         else
             next.lesson.Call(L"Load", {text});
+        shownPage = {};
         opened = next;
         isChanged = false;
         Editor().Set(L"Lesson", opened.lesson.Object());
@@ -219,14 +259,16 @@ void LessonMapPage::Refresh() {
 }
 
 bool LessonMapPage::MayLose(const std::wstring& question) {
+    Apply();
     if (!isChanged || !bench.options.shots.empty()) return true;
-    const int answer = bench.ask(question, MB_YESNOCANCEL | MB_ICONQUESTION);
+    const int answer = bench.ask(AskToSave(question));
     return answer == IDNO || (answer == IDYES && Save());
 }
 
 bool LessonMapPage::MayClose() { return MayLose(L"Save the changes of the lesson?"); }
 
 bool LessonMapPage::Save() {
+    Apply();
     if (!editor || !isChanged) return true;
     Run([&] {
         WriteLessonData(opened.connection, opened.lessonID, opened.lesson.Call(L"Save").Text());
@@ -247,42 +289,44 @@ void LessonMapPage::Add() {
     });
 }
 
+void LessonMapPage::Apply() {
+    if (!editor || bench.busy || !IsTyped()) return;
+    Edit([this] { Update(); });
+}
+
 void LessonMapPage::Update() {
-    Edit([this] {
-        const Automation storyboard = Current();
-        if (!storyboard) return;
-        const int type = Choice(idType);
-        storyboard.Set(L"Title", FieldText(idTitle));
-        storyboard.Set(L"Identifier", FieldText(idIdentifier));
-        if (type >= 0) {
+    const Automation storyboard = shownPage;
+    const Entry typed = Typed();
+    const Entry before = std::exchange(shown, typed); // nothing is typed any more for those who hear of the change
+    try {
+        // A field may show less than there is, as of a title with several lines.
+        if (typed.title != before.title) storyboard.Set(L"Title", typed.title);
+        if (typed.identifier != before.identifier) storyboard.Set(L"Identifier", typed.identifier);
+        if (typed.type >= 0 && typed.type != before.type) {
             wchar_t name[64] = L"";
-            SendMessageW(Field(idType), CB_GETLBTEXT, static_cast<WPARAM>(type), reinterpret_cast<LPARAM>(name));
+            SendMessageW(Field(idType), CB_GETLBTEXT, static_cast<WPARAM>(typed.type), reinterpret_cast<LPARAM>(name));
             storyboard.Set(L"StoryboardType", name);
         }
         Call(*editor, editorName, L"UpdateStoryboard", {storyboard.Object()});
-        isChanged = true;
-        ShowResult(L"Updated; not yet saved.", Tone::Plain);
-    });
+    } catch (const HostError&) {
+        shown = before;
+        throw;
+    }
+    isChanged = true;
+    ShowResult(L"Updated; not yet saved.", Tone::Plain);
 }
 
 void LessonMapPage::Remove() {
     if (!editor || bench.busy || !opened.lesson) return;
     const Automation storyboard = Current();
     if (!storyboard) return;
-    const long below = Editor().Call(L"GetChildStoryboardCount", {storyboard.Get(L"SBID")}).Long();
-    const std::wstring title = L"\u201C" + storyboard.Get(L"Title").Text() + L"\u201D";
-    bool withChildren = true;
-    if (below == 0) {
-        if (bench.ask(L"Remove " + title + L"?", MB_YESNO | MB_ICONQUESTION) != IDYES) return;
-    } else {
-        const int answer = bench.ask(L"Remove all that is below " + title + L", too (" + Count(below, L"page") +
-                                         L")?\n\nNo keeps it, one level higher.",
-                                     MB_YESNOCANCEL | MB_ICONQUESTION);
-        if (answer != IDYES && answer != IDNO) return;
-        withChildren = answer == IDYES;
-    }
+    const int answer =
+        bench.ask(AskToRemove(storyboard.Get(L"Title").Text(),
+                              Editor().Call(L"GetChildStoryboardCount", {storyboard.Get(L"SBID")}).Long(), L"pages"));
+    if (answer != IDYES && answer != IDNO) return;
     Edit([&] {
-        Call(*editor, editorName, L"RemoveStoryboard", {storyboard.Object(), withChildren});
+        Call(*editor, editorName, L"RemoveStoryboard", {storyboard.Object(), answer == IDYES});
+        isChanged = true;
         ShowResult(L"Removed; not yet saved.", Tone::Plain);
     });
 }
@@ -305,8 +349,9 @@ void LessonMapPage::Display(int tool) {
 }
 
 void LessonMapPage::Find() {
-    Edit([this] {
-        const std::wstring wanted = FieldText(idSearch);
+    const std::wstring wanted = FieldText(idSearch);
+    if (wanted.empty()) return FocusField(idSearch);
+    Edit([&] {
         const std::wstring found =
             Call(*editor, editorName, L"FindNextSBID", {wanted, everywhere, Checked(idExact), Checked(idWrap)}).Text();
         if (!found.empty()) Editor().Set(L"CurrentSBID", found);
@@ -327,20 +372,6 @@ void LessonMapPage::SetOption(int id) {
     });
 }
 
-void LessonMapPage::ShowMenu() {
-    if (!editor || bench.busy) return;
-    const HMENU menu = CreatePopupMenu();
-    for (const Ids id :
-         {idAddStoryboard, idRemove, idLabel, idUp, idDown, idOutdent, idIndent, idPreviousMap, idNextMap}) {
-        const UINT flags = id == idLabel ? MF_SEPARATOR : tools.IsEnabled(id) ? MF_STRING : MF_STRING | MF_GRAYED;
-        AppendMenuW(menu, flags, static_cast<UINT_PTR>(id), tools.Tip(id));
-    }
-    POINT at;
-    GetCursorPos(&at);
-    TrackPopupMenu(menu, TPM_LEFTALIGN | TPM_RIGHTBUTTON, at.x, at.y, 0, Handle(), nullptr);
-    DestroyMenu(menu);
-}
-
 Automation LessonMapPage::Current() const { return Automation(Editor().Get(L"CurrentStoryboard").Object()); }
 
 void LessonMapPage::SelectType(const std::wstring& type) {
@@ -353,10 +384,13 @@ void LessonMapPage::SelectType(const std::wstring& type) {
 
 void LessonMapPage::ShowSelection() {
     const Automation storyboard = opened.lesson ? Current() : Automation();
+    if (IsTyped() && storyboard.Object().Get() != shownPage.Object().Get()) Update(); // the fields were not left before
     SetField(idTitle, storyboard ? storyboard.Get(L"Title").Text() : L"");
     SetField(idIdentifier, storyboard ? storyboard.Get(L"Identifier").Text() : L"");
     SelectType(storyboard ? storyboard.Get(L"StoryboardType").Text() : L"");
     for (int id : {idTitle, idIdentifier, idType, idUpdate}) EnableWindow(Field(id), static_cast<bool>(storyboard));
+    shownPage = storyboard;
+    shown = Typed();
     ShowCounts();
     EnableTools();
 }
@@ -422,7 +456,7 @@ std::vector<PageState> LessonMapPage::States() {
                           Add();
                           SetField(idTitle, L"A page of today \u2013 \u043D\u043E\u0432\u0430\u044F");
                           SetField(idIdentifier, L"NEW-1");
-                          Update();
+                          Apply();
                           Move(idNextMap);
                       }});
     return states;
@@ -434,7 +468,7 @@ std::vector<StartStep> LessonMapPage::Steps() {
                  Display(idExpandAll);
                  SelectPage(2);
                  SetField(idTitle, L"A page of today");
-                 Update();
+                 Apply();
                  Move(idDown);
              }},
             {8, L"saved", L"the lesson is saved", [this] { Save(); }}};

@@ -13,7 +13,11 @@ public:
     void Start() override {}
     void OpenLesson() override;
     void Refresh() override;
-    std::wstring Keys() const override { return L"F5 Refresh    F3 Find next    Alt+Arrows Move    Del Remove"; }
+    void Apply() override;
+    std::vector<MenuEntry> Menu() const override;
+    std::wstring Keys() const override {
+        return L"F2 Rename    Ctrl+F, F3 Find    Alt+Arrows, Alt+Page Up, Down Move    Del Remove";
+    }
     int DefaultButton() const override;
     bool MayClose() override;
     std::vector<PageState> States() override;
@@ -26,8 +30,17 @@ protected:
     void Arrange(int top, int bottom) override;
     void Command(int id, int notification) override;
     std::vector<Shortcut> Shortcuts() const override;
+    void RightClicked(HWND window, POINT at) override;
+    void ClearResult() override { ShowResult(isChanged ? L"Not yet saved." : L"", Tone::Plain); }
 
 private:
+    // What the fields of the selected page say.
+    struct Entry {
+        std::wstring title, identifier;
+        int type = -1;
+        bool operator==(const Entry&) const = default;
+    };
+
     // Where the shown lesson comes from.
     struct Opened {
         std::wstring connection, lessonID, title;
@@ -40,13 +53,14 @@ private:
     bool Save();
     bool MayLose(const std::wstring& question);
     void Add();
+    bool IsTyped() const { return shownPage && Typed() != shown; }
+    Entry Typed() const { return {FieldText(idTitle), FieldText(idIdentifier), Choice(idType)}; }
     void Update();
     void Remove();
     void Move(int tool);
     void Display(int tool);
     void Find();
     void SetOption(int id);
-    void ShowMenu();
     void ShowSelection();
     void ShowCounts();
     void EnableTools();
@@ -59,6 +73,9 @@ private:
     std::vector<HWND> labels;
     std::unique_ptr<ControlHost> editor;
     Opened opened;
+    Automation shownPage;    // the one in the fields; empty: none
+    Entry shown;             // as the fields showed it before anything was typed
+    POINT menuPlace{-1, -1}; // of the right click that the control is about to tell of
     bool isChanged = false;
     bool isFrozen = false;
 };

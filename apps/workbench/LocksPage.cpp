@@ -27,7 +27,7 @@ LocksPage::~LocksPage() {
 
 std::wstring LocksPage::Explanation() const {
     return L"LockManager lists the locks of a database. Lesson and group are those of the entry that is selected on "
-           L"the hierarchy page.";
+           L"the hierarchy page. Locks in italics are invalid: no running program can hold them.";
 }
 
 void LocksPage::Build() {
@@ -78,7 +78,31 @@ void LocksPage::Arrange(int top, int bottom) {
     if (manager) Place(manager->Window(), Left() + 1, y + 1, Right() - 1, std::max(counts - style.Scale(4), y + 1));
 }
 
+// The user's name decides which locks can be deleted: the list never stands for another one than the field shows.
+void LocksPage::Apply() {
+    if (manager && !bench.busy && FieldText(idUser) != user && !Trim(FieldText(idConnection)).empty()) List(false);
+}
+
+std::vector<MenuEntry> LocksPage::Menu() const {
+    const bool isListed = manager && Manager().Get(L"LockCount").Long() > 0;
+    return {{idDelete, L"&Delete selected\u2026\tDel", IsWindowEnabled(Field(idDelete)) != FALSE},
+            {},
+            {idSelectAll, L"Select &all\tCtrl+A", isListed},
+            {},
+            {idLoad, L"&Refresh\tF5", manager != nullptr}};
+}
+
+bool LocksPage::HandleKey(const MSG& message) {
+    return message.wParam == 'A' && !HasFocus(idLocks) ? false : FormPage::HandleKey(message);
+}
+
 void LocksPage::Command(int id, int notification) {
+    if (!manager) return;
+    if (id == idUser && notification == EN_KILLFOCUS) return Apply();
+    if (id == idSelectAll) {
+        SelectRows(static_cast<int>(Manager().Get(L"LockCount").Long()));
+        ShowCounts();
+    }
     if (id == idBrowse && Browse(idConnection)) List(true);
     if (id == idLoad) List(false);
     if (id == idDelete) Delete();
@@ -93,9 +117,13 @@ void LocksPage::Heard(const ControlEvent& event) {
     if (event.name != L"Error") return;
     hasFailed = true;
     // The answer has to be given before the event ends: the control goes on by it.
-    const std::wstring text = L"An error occurred while " + event.Argument(L"OccuredWhen") + L":\n\n" +
-                              event.Argument(L"Description") + L" (" + event.Argument(L"Number") + L")";
-    event.Answer(L"Action", bench.ask(text, MB_ABORTRETRYIGNORE | MB_ICONWARNING));
+    const Question question{L"An error occurred while " + event.Argument(L"OccuredWhen") + L".",
+                            event.Argument(L"Description") + L" (" + event.Argument(L"Number") + L")",
+                            {{IDRETRY, L"&Try again"}, {IDIGNORE, L"&Ignore"}, {IDABORT, L"&Stop"}},
+                            IDRETRY,
+                            IDABORT,
+                            true};
+    event.Answer(L"Action", bench.ask(question));
     ShowResult(event.Argument(L"Routine") + L": " + event.Argument(L"Description"), Tone::Bad);
 }
 
@@ -123,14 +151,15 @@ void LocksPage::KeyReleased() {
     if (manager && HasFocus(idLocks) && !bench.busy) ShowCounts();
 }
 
-void LocksPage::Apply() {
+void LocksPage::HandOver() {
     const std::wstring source = TakeConnection();
     const Selection& selection = bench.selection;
     const bool isChosen = !selection.lessonID.empty() && selection.source == source;
     const long display = Choice(idDisplay);
     Manager().Set(L"ConnectionString", ConnectionFor(source));
     Manager().Set(L"MDBMode", IsFile(source));
-    Manager().Set(L"Username", FieldText(idUser));
+    user = FieldText(idUser);
+    Manager().Set(L"Username", user);
     Manager().Set(L"IsAdministrator", Checked(idAdministrator));
     Manager().Set(L"LockDisplayType", display);
     Manager().Set(L"LessonID", isChosen ? selection.lessonID : std::wstring());
@@ -146,7 +175,7 @@ void LocksPage::List(bool rebuild) {
     Run([&] {
         ShowResult(L"Reading\u2026", Tone::Plain);
         hasFailed = false;
-        Apply();
+        HandOver();
         Call(*manager, controlName, rebuild ? L"RebuildDisplay" : L"Refresh");
         ShowCounts();
         const bool isNone = Trim(FieldText(idConnection)).empty();
@@ -165,10 +194,21 @@ void LocksPage::Delete() {
         ShowResult(L"None of the selected locks is the user's own.", Tone::Bad);
         return;
     }
-    std::wstring question = L"Delete " + Locks(deletable) + L"?";
+    const long valid = Manager().Get(L"SelectedValidLockCount").Long();
+    std::wstring text;
+    if (valid > 0)
+        text = (valid == selected ? selected == 1 ? L"It is valid" : L"All are valid"
+                                  : std::to_wstring(valid) + L" of the " + std::to_wstring(selected) + L" selected " +
+                                        (valid == 1 ? L"is valid" : L"are valid")) +
+               std::wstring(L": somebody may be at work.");
     if (selected > deletable)
-        question += L"\n\n" + Locks(selected - deletable) + L" of the selection belong to other users and stay.";
-    if (bench.ask(question, MB_YESNO | MB_ICONQUESTION) != IDYES) return;
+        text += (text.empty() ? L"" : L"\n\n") + Locks(selected - deletable) + L" of the selection " +
+                (selected - deletable == 1 ? L"belongs" : L"belong") + L" to other users and " +
+                (selected - deletable == 1 ? L"stays." : L"stay.");
+    const Question question{
+        L"Delete " + Locks(deletable) + L"?", text,  {{IDYES, L"&Delete " + Locks(deletable)}, {IDCANCEL, L"Cancel"}},
+        valid > 0 ? IDCANCEL : IDYES,         IDYES, valid > 0};
+    if (bench.ask(question) != IDYES) return;
     Run([&] {
         hasFailed = false;
         Call(*manager, controlName, L"DeleteSelected");
@@ -193,11 +233,15 @@ void LocksPage::ShowCounts() {
     EnableWindow(Field(idDelete), selected > 0);
 }
 
-// As a user would, in the list of the control.
-void LocksPage::SelectRows(int count) const {
+HWND LocksPage::ListWindow() const {
     HWND list = manager->Window();
     while (list && !FindWindowExW(list, nullptr, WC_LISTVIEWW, nullptr)) list = GetWindow(list, GW_CHILD);
-    if (list) list = FindWindowExW(list, nullptr, WC_LISTVIEWW, nullptr);
+    return list ? FindWindowExW(list, nullptr, WC_LISTVIEWW, nullptr) : nullptr;
+}
+
+// As a user would, in the list of the control.
+void LocksPage::SelectRows(int count) const {
+    const HWND list = ListWindow();
     SetFocus(manager->Window());
     for (int row = 0; row < count; ++row)
         ListView_SetItemState(list, row, LVIS_SELECTED | (row == 0 ? LVIS_FOCUSED : 0), LVIS_SELECTED | LVIS_FOCUSED);

@@ -14,7 +14,9 @@ public:
     void CatalogChanged() override;
     void Shown() override;
     void Refresh() override { List(false); }
-    std::wstring Keys() const override { return L"F5 Refresh    Del Delete"; }
+    std::wstring Keys() const override { return L"F5 Refresh    Ctrl+A Select all    Del Delete"; }
+    void Apply() override;
+    std::vector<MenuEntry> Menu() const override;
     int DefaultButton() const override { return HasFocus(idLocks) ? 0 : idLoad; }
     void KeyReleased() override;
     std::vector<PageState> States() override;
@@ -26,14 +28,17 @@ protected:
     void Build() override;
     void Arrange(int top, int bottom) override;
     void Command(int id, int notification) override;
+    std::vector<Shortcut> Shortcuts() const override { return {{'A', true, false, idSelectAll}}; }
+    bool HandleKey(const MSG& message) override;
 
 private:
     void Heard(const ControlEvent& event);
     // Hands the fields to the control; its locks are read, and its columns made anew if wanted.
     void List(bool rebuild);
-    void Apply();
+    void HandOver();
     void Delete();
     void ShowCounts();
+    HWND ListWindow() const; // inside the control
     void SelectRows(int count) const;
     const Automation& Manager() const { return manager->Control(); }
 
@@ -42,6 +47,7 @@ private:
     HWND userLabel = nullptr;
     HWND entryLabel = nullptr;
     std::unique_ptr<ControlHost> manager;
+    std::wstring user;      // whose locks may be deleted in the list that is shown
     bool hasFailed = false; // since the last time that the locks were read
 };
 

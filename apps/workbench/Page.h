@@ -3,8 +3,10 @@
 
 #include "Automation.h"
 #include "CommandLine.h"
+#include "Commands.h"
 #include "ControlLibrary.h"
 #include "EventLog.h"
+#include "Question.h"
 #include "Style.h"
 
 #include <functional>
@@ -45,9 +47,8 @@ struct Bench {
     Catalog catalog = {};
     // Shows how that catalog is validated; when it is valid, the other pages work on it.
     std::function<void(const Catalog&)> openCatalog = {};
-    // A question in a message box with these flags; the number of the answer. Nobody is asked while pictures are
-    // taken: the answer is then the box's way out.
-    std::function<int(const std::wstring& text, UINT flags)> ask = {};
+    // The number of the answer. Nobody is asked while pictures are taken: the answer is then the last choice.
+    std::function<int(const Question&)> ask = {};
 };
 
 // A state worth a picture.
@@ -82,6 +83,12 @@ public:
     virtual void OpenLesson() = 0;
     // F5.
     virtual void Refresh() = 0;
+    // What is typed in the fields of an entry takes effect, as far as it has not; it is then something to save.
+    virtual void Apply() = 0;
+    // The commands of the page.
+    virtual std::vector<MenuEntry> Menu() const = 0;
+    // Shows them as a context menu, beside what is selected.
+    virtual void ShowMenu() = 0;
     // The keys of the page, for the status bar.
     virtual std::wstring Keys() const = 0;
     // A key that is the page's own; true when it is done with.

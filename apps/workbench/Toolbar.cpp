@@ -56,6 +56,19 @@ const wchar_t* Toolbar::Tip(int id) const {
     return L"";
 }
 
+std::vector<MenuEntry> Toolbar::Menu() const {
+    std::vector<MenuEntry> entries;
+    for (const Tool& tool : tools) {
+        std::wstring text = tool.tip;
+        if (const size_t key = text.rfind(L" ("); key != std::wstring::npos && text.back() == L')')
+            text = text.substr(0, key) + L"\t" + text.substr(key + 2, text.size() - key - 3);
+        const bool isDown =
+            tool.isToggle && SendMessageW(window, TB_ISBUTTONCHECKED, static_cast<WPARAM>(tool.id), 0) != 0;
+        entries.push_back({tool.id, text, tool.id != 0 && IsEnabled(tool.id), isDown});
+    }
+    return entries;
+}
+
 void Toolbar::Enable(int id, bool isEnabled) const {
     if (IsEnabled(id) != isEnabled) SendMessageW(window, TB_ENABLEBUTTON, static_cast<WPARAM>(id), isEnabled);
 }

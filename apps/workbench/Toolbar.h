@@ -1,6 +1,7 @@
 // A row of small buttons with pictures of our own; the tip of each names its key.
 #pragma once
 
+#include "Commands.h"
 #include "Style.h"
 
 #include <commctrl.h>
@@ -12,6 +13,8 @@ namespace dax::workbench {
 
 enum class Icon {
     Save,
+    Undo,
+    Redo,
     AddGroup,
     AddLesson,
     Remove,
@@ -50,6 +53,8 @@ public:
     void StyleChanged(const Style& style);
     int Height() const;
     const wchar_t* Tip(int id) const;
+    // The buttons as a menu shows them.
+    std::vector<MenuEntry> Menu() const;
 
     void Enable(int id, bool isEnabled) const;
     bool IsEnabled(int id) const;

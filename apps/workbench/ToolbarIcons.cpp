@@ -2,6 +2,8 @@
 
 #include "controls/win32/ShapePen.h"
 
+#include <iterator>
+
 namespace dax::workbench {
 
 namespace {
@@ -58,6 +60,14 @@ void DrawArrow(ShapePen& pen, int turn, COLORREF colour) {
     pen.Shape({at(16, 4), at(27, 16), at(20, 16), at(20, 27), at(12, 27), at(12, 16), at(5, 16)}, colour, 1, colour);
 }
 
+// An arc with an arrow's head: to the left for what is taken back, to the right for what is done again.
+void DrawTurn(ShapePen& pen, bool isBack) {
+    const auto at = [isBack](double x, double y) -> Spot { return {isBack ? x : 32 - x, y}; };
+    const Spot way[] = {at(9, 12), at(16, 9.5), at(23, 12), at(26, 18), at(23, 24), at(16, 26.5)};
+    for (size_t i = 1; i < std::size(way); ++i) pen.Line(way[i - 1], way[i], 4, ink);
+    pen.Shape({at(3, 14), at(12, 4), at(14, 17)}, ink, 1, ink);
+}
+
 void DrawBox(ShapePen& pen, bool isPlus) {
     pen.Shape({{5, 5}, {27, 5}, {27, 27}, {5, 27}}, paper, 2, edge);
     pen.Line({10, 16}, {22, 16}, 3.4, ink);
@@ -92,6 +102,9 @@ void Draw(Icon icon, ShapePen& pen) {
     switch (icon) {
     case Icon::Save:
         return DrawSave(pen);
+    case Icon::Undo:
+    case Icon::Redo:
+        return DrawTurn(pen, icon == Icon::Undo);
     case Icon::AddGroup:
         return DrawAddGroup(pen);
     case Icon::AddLesson:

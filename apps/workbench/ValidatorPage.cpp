@@ -31,7 +31,7 @@ void ValidatorPage::Build() {
     AddEdit(idCatalog);
     AddCheck(idAccessFile, L"The database is a single file (&Access-file mode)");
     SendMessageW(Field(idAccessFile), BM_SETCHECK, BST_CHECKED, 0);
-    AddButton(idValidate, L"&Validate", true);
+    AddButton(idValidate, L"Va&lidate", true);
     AddButton(idTalk, L"Check &talk tables");
     validator = AddControl(idPanel, false, controlName, {});
     if (validator) Frame(validator->Window());
@@ -53,6 +53,14 @@ void ValidatorPage::Arrange(int top, int bottom) {
     const int resultTop = bottom - style.FieldHeight();
     if (validator) Place(validator->Window(), Left() + 1, y, Right() - 1, resultTop - style.Gap());
     Place(Field(idResult), Left(), resultTop, Right(), bottom);
+}
+
+std::vector<MenuEntry> ValidatorPage::Menu() const {
+    const bool isThere = validator != nullptr;
+    return {{idValidate, L"Va&lidate\tF5", isThere},
+            {idTalk, L"Check &talk tables", isThere},
+            {},
+            {idBrowse, L"&Browse\u2026"}};
 }
 
 void ValidatorPage::Command(int id, int notification) {

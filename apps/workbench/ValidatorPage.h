@@ -13,6 +13,7 @@ public:
     void Start() override;
     void CatalogChanged() override { Start(); }
     void Refresh() override { Validate(); }
+    std::vector<MenuEntry> Menu() const override;
     int DefaultButton() const override { return idValidate; }
     std::vector<PageState> States() override;
 

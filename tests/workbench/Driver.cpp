@@ -58,6 +58,19 @@ BOOL CALLBACK FindClass(HWND window, LPARAM parameter) {
     return FALSE;
 }
 
+BOOL CALLBACK AddText(HWND window, LPARAM texts) {
+    wchar_t text[4096] = L"";
+    SendMessageW(window, WM_GETTEXT, 4096, reinterpret_cast<LPARAM>(text));
+    if (IsWindowVisible(window)) reinterpret_cast<std::vector<std::wstring>*>(texts)->push_back(text);
+    return TRUE;
+}
+
+std::vector<std::wstring> TextsIn(HWND window) {
+    std::vector<std::wstring> texts;
+    EnumChildWindows(window, AddText, reinterpret_cast<LPARAM>(&texts));
+    return texts;
+}
+
 } // namespace
 
 std::wstring Wide(const Text& text) { return {text.begin(), text.end()}; }
@@ -188,6 +201,38 @@ void Workbench::Press(HWND window, WPARAM key, bool withAlt) {
     PostMessageW(window, withAlt ? WM_SYSKEYUP : WM_KEYUP, key, alt | static_cast<LPARAM>(0xC0000001u));
 }
 
+void Workbench::Type(std::initializer_list<WORD> keys) {
+    Until([this] {
+        DWORD owner = 0;
+        GetWindowThreadProcessId(GetForegroundWindow(), &owner);
+        return owner == process.dwProcessId;
+    });
+    std::vector<INPUT> strokes;
+    for (const WORD key : keys) {
+        INPUT stroke{};
+        stroke.type = INPUT_KEYBOARD;
+        stroke.ki.wVk = key;
+        stroke.ki.wScan = static_cast<WORD>(MapVirtualKeyW(key, MAPVK_VK_TO_VSC));
+        stroke.ki.dwFlags = key >= VK_PRIOR && key <= VK_DELETE ? KEYEVENTF_EXTENDEDKEY : 0;
+        strokes.push_back(stroke);
+    }
+    for (size_t i = keys.size(); i-- > 0;) {
+        strokes.push_back(strokes[i]);
+        strokes.back().ki.dwFlags |= KEYEVENTF_KEYUP;
+    }
+    SendInput(static_cast<UINT>(strokes.size()), strokes.data(), sizeof(INPUT));
+}
+
+void Workbench::Write(const wchar_t* text) {
+    for (; *text; ++text) {
+        const SHORT key = VkKeyScanW(*text);
+        if (HIBYTE(key) & 1)
+            Type({VK_SHIFT, LOBYTE(key)});
+        else
+            Type({LOBYTE(key)});
+    }
+}
+
 void Workbench::Click(HWND window, int x, int y, int count) {
     for (int i = 0; i < count; ++i) {
         PostMessageW(window, i % 2 == 0 ? WM_LBUTTONDOWN : WM_LBUTTONDBLCLK, MK_LBUTTON, MAKELPARAM(x, y));
@@ -218,14 +263,33 @@ void Workbench::Command(int page, int id) {
     PostMessageW(GetDlgItem(Frame(), idPageFirst + page), WM_COMMAND, static_cast<WPARAM>(id), 0);
 }
 
-HWND Workbench::Question() {
-    Search search{process.dwProcessId, L"#32770", nullptr};
+void Workbench::ClickTool(int page, int id) {
+    const HWND bar = Field(page, idToolbar);
+    void* const place = VirtualAllocEx(process.hProcess, nullptr, sizeof(RECT), MEM_COMMIT, PAGE_READWRITE);
+    RECT area{};
+    SendMessageW(bar, TB_GETRECT, static_cast<WPARAM>(id), reinterpret_cast<LPARAM>(place));
+    ReadProcessMemory(process.hProcess, place, &area, sizeof area, nullptr);
+    VirtualFreeEx(process.hProcess, place, 0, MEM_RELEASE);
+    Click(bar, (area.left + area.right) / 2, (area.top + area.bottom) / 2);
+}
+
+HWND Workbench::Popup(const wchar_t* className) {
+    Search search{process.dwProcessId, className, nullptr};
     Until([&] {
         EnumWindows(FindVisible, reinterpret_cast<LPARAM>(&search));
         return search.found != nullptr;
     });
     return search.found;
 }
+
+std::string Workbench::QuestionText() {
+    std::string all;
+    for (const std::wstring& text : TextsIn(Question())) all += ToUtf8(Text(text.begin(), text.end())) + "\n";
+    std::erase(all, '&');
+    return all;
+}
+
+std::vector<std::wstring> Workbench::Labels() { return TextsIn(Frame()); }
 
 bool Workbench::Answer(int button) {
     const HWND question = Question();

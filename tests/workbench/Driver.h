@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,10 @@ public:
     std::wstring LastLogged(const std::wstring& control = {});
     // A key as the keyboard gives it to the window that has the focus.
     void Press(HWND window, WPARAM key, bool withAlt = false);
+    // The keys go down together and come up again, on the keyboard that all programs share; the program has to be in
+    // the foreground, which is waited for.
+    void Type(std::initializer_list<WORD> keys);
+    void Write(const wchar_t* text); // the same with a text
     // Clicks of the left button at a point of the window.
     void Click(HWND window, int x, int y, int count = 1);
     // Clicks into a field and puts a text there; false when it does not take the focus.
@@ -46,8 +51,14 @@ public:
     bool Show(int page);
     // Does what a button of page n does, also one of a toolbar.
     void Command(int page, int id);
-    // Waits for a question's window; null when nobody asks.
-    HWND Question();
+    // Clicks a button of a toolbar.
+    void ClickTool(int page, int id);
+    // Waits for a window of its own, as a menu, a drop-down list or a question; null when it does not come.
+    HWND Popup(const wchar_t* className);
+    HWND Question() { return Popup(L"#32770"); }
+    std::string QuestionText(); // of all that it shows, buttons included
+    // The texts of all fields, labels and buttons that are shown.
+    std::vector<std::wstring> Labels();
     // The same, and gives the answer with that number; false when nobody asked.
     bool Answer(int button);
     // The window that has the focus in the program.

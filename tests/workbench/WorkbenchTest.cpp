@@ -8,11 +8,15 @@
 #include <gtest/gtest.h>
 #include <objbase.h>
 
+#include <algorithm>
+#include <cctype>
 #include <map>
+#include <tuple>
 
 namespace dax::test {
 
 using namespace workbench;
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 
 namespace {
@@ -32,10 +36,12 @@ TEST_F(WorkbenchTest, TakesAPictureOfEveryPageInItsStates) {
     ASSERT_EQ(program.ExitCode(), 0) << program.Said();
     std::map<std::wstring, Image> images;
     for (const wchar_t* name :
-         {L"validator-start",   L"validator-nofile", L"validator-valid",    L"validator-talk",   L"validator-missing",
-          L"connector-start",   L"connector-loaded", L"connector-recorded", L"connector-nouser", L"hierarchy-empty",
-          L"hierarchy-lesson",  L"hierarchy-group",  L"hierarchy-database", L"hierarchy-error",  L"lessonmap-opened",
-          L"lessonmap-checked", L"locks-all",        L"locks-selected",     L"locks-error",      L"design-mode"}) {
+         {L"validator-start",     L"validator-nofile",  L"validator-valid",  L"validator-talk",
+          L"validator-missing",   L"connector-start",   L"connector-loaded", L"connector-recorded",
+          L"connector-nouser",    L"hierarchy-empty",   L"hierarchy-lesson", L"hierarchy-group",
+          L"hierarchy-database",  L"hierarchy-error",   L"lessonmap-opened", L"lessonmap-checked",
+          L"locks-all",           L"locks-selected",    L"locks-error",      L"design-mode",
+          L"hierarchy-maximised", L"hierarchy-restored"}) {
         const ::testing::ScopedTrace trace(__FILE__, __LINE__, ::testing::PrintToString(std::wstring(name)));
         const Image image = images[name] = ReadImage(shots + L"\\" + name + L".png");
         EXPECT_GE(image.width, 700);
@@ -52,9 +58,11 @@ TEST_F(WorkbenchTest, TakesAPictureOfEveryPageInItsStates) {
     EXPECT_TRUE(differ(L"connector-loaded", L"connector-nouser", 16, 27, 97, 50)) << "DatabaseValidator";
     EXPECT_TRUE(differ(L"hierarchy-lesson", L"hierarchy-group", 16, 17, 64, 60)) << "GroupEditor";
     EXPECT_TRUE(differ(L"hierarchy-lesson", L"hierarchy-group", 68, 28, 97, 54)) << "LessonInfo";
-    EXPECT_TRUE(differ(L"hierarchy-lesson", L"hierarchy-group", 68, 57, 97, 65)) << "LockInfo";
+    EXPECT_TRUE(differ(L"hierarchy-lesson", L"hierarchy-group", 68, 55, 97, 65)) << "LockInfo";
     EXPECT_TRUE(differ(L"lessonmap-opened", L"lessonmap-checked", 16, 17, 64, 60)) << "LessonMapEditor";
     EXPECT_TRUE(differ(L"locks-all", L"locks-selected", 16, 21, 97, 60)) << "LockManager";
+    EXPECT_NE(images[L"hierarchy-maximised"].pixels.size(), images[L"hierarchy-lesson"].pixels.size());
+    EXPECT_EQ(images[L"hierarchy-restored"].pixels, images[L"hierarchy-lesson"].pixels) << "all is painted again";
     // Pictures change nothing.
     EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraLessons"), u"6");
     EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"3");
@@ -122,77 +130,138 @@ TEST_F(WorkbenchTest, IsDrivenByTheKeyboard) {
 
 TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
     constexpr int page = 2;
+    content.Run({u"UPDATE velmoraUserLocks SET lockType = 1, machineName = 'desk' WHERE lessonID = 'l2'"});
     Workbench program({Content()});
     ASSERT_TRUE(program.Show(page));
     const auto shows = [&](int field, const wchar_t* text) {
-        return program.Until([&] { return program.FieldText(page, field) == text; });
+        return program.Until([&] { return program.FieldText(page, field).starts_with(text); });
+    };
+    const auto title = [&](TextView id) {
+        return ToUtf8(content.Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE lessonID = '" + Text(id) + u"'"));
     };
     ASSERT_TRUE(shows(idResult, L"6 entries loaded.")) << program.Said();
     const HWND tree = program.Inside(program.Field(page, idTree), WC_TREEVIEWW);
     const int row = static_cast<int>(SendMessageW(tree, TVM_GETITEMHEIGHT, 0, 0));
-    program.Click(tree, 60, row + row / 2); // the one below the database
-    ASSERT_TRUE(shows(idIdentifier, L"G-1"));
+    const auto clickGroup = [&] {
+        program.Click(tree, 60, row + row / 2); // the one below the database
+        return shows(idIdentifier, L"G-1");
+    };
+    ASSERT_TRUE(clickGroup());
     EXPECT_TRUE(program.Until([&] { return program.Focus() == tree; }));
     program.Press(tree, VK_RIGHT);
     program.Press(tree, VK_DOWN);
     ASSERT_TRUE(shows(idTitle, L"O'Neil's \"first\""));
     EXPECT_EQ(program.FieldText(page, idIdentifier), L"L-1");
 
+    // What is typed takes effect by Enter, and by whatever the user goes on to.
     program.Press(tree, VK_DOWN, true);
     ASSERT_TRUE(program.Fill(page, idTitle, L"Alpha of today"));
     program.Press(program.Field(page, idTitle), VK_RETURN);
     EXPECT_TRUE(shows(idResult, L"Updated; not yet saved."));
+    EXPECT_TRUE(program.Until([&] { return program.Focus() == tree; }));
     program.Command(page, idSave);
     EXPECT_TRUE(shows(idResult, L"Saved."));
     EXPECT_EQ(content.Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE parentID = 'g1' AND sortPosition = 2"),
               u"Alpha of today");
+    const struct {
+        const wchar_t* typed;
+        std::function<void()> goOn;
+    } ways[] = {
+        {L"another entry", [&] { clickGroup(); }},
+        {L"another page", [&] { program.Show(3); }},
+        {L"saving",
+         [&] {
+             program.Type({VK_CONTROL, 'S'});
+         }},
+        {L"loading",
+         [&] {
+             program.Type({VK_F5});
+             program.Answer(IDYES);
+             shows(idResult, L"6 entries loaded.");
+             clickGroup();
+             program.Press(tree, VK_RIGHT);
+         }},
+    };
+    for (const auto& way : ways) {
+        program.Show(page);
+        program.Click(tree, 90, 3 * row + row / 2);
+        ASSERT_TRUE(shows(idIdentifier, L"L-1")) << way.typed;
+        ASSERT_TRUE(program.Fill(page, idTitle, way.typed));
+        way.goOn();
+        program.Command(page, idSave);
+        EXPECT_TRUE(program.Until([&] {
+            return title(u"l1") == ToUtf8(Text(way.typed, way.typed + std::wcslen(way.typed)));
+        })) << way.typed;
+    }
 
-    program.Press(tree, VK_DELETE);
+    program.Click(tree, 90, 3 * row + row / 2);
+    ASSERT_TRUE(shows(idIdentifier, L"L-1"));
+    ASSERT_TRUE(program.Fill(page, idTitle, L"mine"));
+    program.Type({VK_RETURN});
+    EXPECT_TRUE(program.Until([&] { return program.Focus() == tree; })) << "though the other page has a button like it";
+    for (const auto& [key, text, said] : {std::tuple('Z', L"loading", L"Undone"), std::tuple('Y', L"mine", L"Done")}) {
+        program.Type({VK_CONTROL, static_cast<WORD>(key)});
+        EXPECT_TRUE(shows(idTitle, text));
+        EXPECT_TRUE(shows(idResult, said));
+    }
+    // Another author was faster.
+    content.Run({u"UPDATE velmoraLessons SET lessonTitle = 'theirs' WHERE lessonID = 'l3'"});
+    for (const int answer : {IDCANCEL, IDYES}) {
+        program.Command(page, idSave);
+        EXPECT_THAT(program.QuestionText(), HasSubstr("theirs"));
+        EXPECT_TRUE(program.Answer(answer));
+        EXPECT_TRUE(shows(idResult, answer == IDYES ? L"6 entries loaded." : L"Nothing was saved"));
+        EXPECT_EQ(program.FieldText(page, idTitle) == L"mine", answer == IDCANCEL) << "the edits stay till then";
+    }
+    EXPECT_EQ(title(u"l1") + title(u"l3"), "loadingtheirs");
+
+    // A group goes with what is in it only when that is said; Enter is the way out.
+    ASSERT_TRUE(clickGroup());
+    program.Type({VK_DELETE});
+    EXPECT_THAT(program.QuestionText(),
+                AllOf(HasSubstr("Remove all 3"), HasSubstr("Keep the 3, one level up"), HasSubstr("boris on desk")));
+    program.Type({VK_RETURN});
+    EXPECT_TRUE(program.Until([&] { return IsWindowEnabled(program.Frame()); }));
+    // The menu of the Menu key, and the right button's, which selects what it is pressed on.
+    program.Type({VK_APPS});
+    EXPECT_TRUE(program.Popup(L"#32768"));
+    program.Type({VK_ESCAPE});
+    POINT at{60, 5 * row + row / 2};
+    ClientToScreen(tree, &at);
+    SetCursorPos(at.x, at.y); // the menu's message has the pointer's place
+    ScreenToClient(tree, &at);
+    PostMessageW(tree, WM_RBUTTONDOWN, MK_RBUTTON, MAKELPARAM(at.x, at.y));
+    PostMessageW(tree, WM_RBUTTONUP, 0, MAKELPARAM(at.x, at.y));
+    EXPECT_TRUE(program.Popup(L"#32768"));
+    EXPECT_TRUE(shows(idIdentifier, L"DUP"));
+    program.Type({'N'});
+    EXPECT_TRUE(program.Until([&] { return program.Focus() == program.Field(page, idTitle); })) << "to be renamed";
+
+    ASSERT_TRUE(clickGroup());
+    program.Type({VK_DELETE});
     EXPECT_TRUE(program.Answer(IDNO));
-    program.Press(tree, VK_UP);
-    ASSERT_TRUE(shows(idIdentifier, L"L-2"));
-    program.Press(tree, VK_DELETE);
-    EXPECT_TRUE(program.Answer(IDYES));
     EXPECT_TRUE(shows(idResult, L"Removed; not yet saved."));
     // The program does not end with changes unsaved unless it is told to.
-    PostMessageW(program.Frame(), WM_CLOSE, 0, 0);
+    program.Type({VK_MENU, VK_F4});
     EXPECT_TRUE(program.Answer(IDYES));
     EXPECT_EQ(program.ExitCode(), 0) << program.Said();
     EXPECT_EQ(content.Ask(u"SELECT group_concat(lessonID) FROM (SELECT lessonID FROM velmoraLessons ORDER BY 1)"),
-              u"g1,g2,l1,l3,x1");
+              u"g2,l1,l2,l3,x1");
 }
 
-// In a locked tree Enter opens the map, too; otherwise the key would be the dialog's.
-TEST_F(WorkbenchTest, OpensALessonsMapByKey) {
-    constexpr int hierarchy = 2, map = 3;
+// A letter twice would lead to either field by turns, and one of a menu would hide behind a field's.
+TEST_F(WorkbenchTest, EveryUnderlinedLetterStandsForOneThing) {
     Workbench program({Content()});
-    ASSERT_TRUE(program.Show(hierarchy));
-    const HWND tree = program.Inside(program.Field(hierarchy, idTree), WC_TREEVIEWW);
-    const int row = static_cast<int>(SendMessageW(tree, TVM_GETITEMHEIGHT, 0, 0));
-    const auto shows = [&](int page, int field, const wchar_t* text) {
-        return program.Until([&] { return program.FieldText(page, field) == text; });
-    };
-    program.Click(tree, 60, row + row / 2);
-    ASSERT_TRUE(shows(hierarchy, idIdentifier, L"G-1"));
-    program.Press(tree, VK_RIGHT);
-    program.Press(tree, VK_DOWN);
-    ASSERT_TRUE(shows(hierarchy, idIdentifier, L"L-1"));
-    PostMessageW(program.Field(hierarchy, idLocked), BM_CLICK, 0, 0);
-    program.Click(tree, 90, 2 * row + row / 2);
-    ASSERT_TRUE(program.Until([&] { return program.Focus() == tree; }));
-    program.Press(tree, VK_RETURN);
-    ASSERT_TRUE(shows(map, idCounts, L"3 pages in 1 map, 0 checked")) << program.Said();
-
-    ASSERT_TRUE(program.Fill(map, idSearch, L"q-1"));
-    program.Press(program.Field(map, idSearch), VK_RETURN);
-    ASSERT_TRUE(shows(map, idIdentifier, L"Q-1"));
-    ASSERT_TRUE(program.Fill(map, idTitle, L"Page of today"));
-    program.Press(program.Field(map, idTitle), VK_RETURN);
-    EXPECT_TRUE(shows(map, idResult, L"Updated; not yet saved."));
-    program.Command(map, idSave);
-    EXPECT_TRUE(shows(map, idResult, L"Saved."));
-    EXPECT_EQ(content.Ask(u"SELECT lessonData LIKE '%s2%Page of today%' FROM velmoraLessons WHERE lessonID = 'l1'"),
-              u"1");
+    for (int page = 0; page < 6; ++page) {
+        ASSERT_TRUE(program.Show(page));
+        std::string letters = "gh"; // the menus'
+        for (const std::wstring& text : program.Labels())
+            if (const size_t mark = text.find(L'&'); mark != std::wstring::npos && mark + 1 < text.size())
+                letters += static_cast<char>(std::tolower(text[mark + 1]));
+        std::sort(letters.begin(), letters.end());
+        EXPECT_EQ(std::adjacent_find(letters.begin(), letters.end()), letters.end()) << page << ": " << letters;
+        EXPECT_GE(letters.size(), 3u);
+    }
 }
 
 TEST_F(WorkbenchTest, AsksWhenTheLocksCannotBeRead) {
