@@ -94,6 +94,17 @@ public:
         sqlite3_finalize(statement);
         return rows;
     }
+    // `rows` is called with the statement and what puts a row with the values bound then.
+    template <typename Rows>
+    void Fill(const char* insert, Rows rows) {
+        sqlite3_stmt* statement = nullptr;
+        if (sqlite3_prepare_v2(file, insert, -1, &statement, nullptr) != SQLITE_OK) return;
+        rows(statement, [&] {
+            sqlite3_step(statement);
+            sqlite3_reset(statement);
+        });
+        sqlite3_finalize(statement);
+    }
 
 private:
     sqlite3* file = nullptr;

@@ -36,32 +36,36 @@ Lead LeadOf(unsigned char byte) {
     return {0, 0, 0, 0};
 }
 
-void Append(Text& text, char32_t point) {
+// Both write where there is room and answer how many units that took.
+size_t Put(char16_t* text, char32_t point) {
     if (point < 0x10000) {
-        text.push_back(static_cast<char16_t>(point));
-    } else {
-        text.push_back(static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10)));
-        text.push_back(static_cast<char16_t>(0xDC00 + ((point - 0x10000) & 0x3FF)));
+        text[0] = static_cast<char16_t>(point);
+        return 1;
     }
+    text[0] = static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10));
+    text[1] = static_cast<char16_t>(0xDC00 + ((point - 0x10000) & 0x3FF));
+    return 2;
 }
 
-void Append(std::string& utf8, char32_t point) {
+size_t Put(char* utf8, char32_t point) {
+    size_t taken = 0;
     if (point < 0x80) {
-        utf8.push_back(static_cast<char>(point));
-        return;
+        utf8[0] = static_cast<char>(point);
+        return 1;
     }
     if (point < 0x800) {
-        utf8.push_back(static_cast<char>(0xC0 | (point >> 6)));
+        utf8[taken++] = static_cast<char>(0xC0 | (point >> 6));
     } else {
         if (point < 0x10000) {
-            utf8.push_back(static_cast<char>(0xE0 | (point >> 12)));
+            utf8[taken++] = static_cast<char>(0xE0 | (point >> 12));
         } else {
-            utf8.push_back(static_cast<char>(0xF0 | (point >> 18)));
-            utf8.push_back(static_cast<char>(0x80 | ((point >> 12) & 0x3F)));
+            utf8[taken++] = static_cast<char>(0xF0 | (point >> 18));
+            utf8[taken++] = static_cast<char>(0x80 | ((point >> 12) & 0x3F));
         }
-        utf8.push_back(static_cast<char>(0x80 | ((point >> 6) & 0x3F)));
+        utf8[taken++] = static_cast<char>(0x80 | ((point >> 6) & 0x3F));
     }
-    utf8.push_back(static_cast<char>(0x80 | (point & 0x3F)));
+    utf8[taken++] = static_cast<char>(0x80 | (point & 0x3F));
+    return taken;
 }
 
 // Copies what is ASCII at the front, in blocks that take a few instructions: nearly all text is nothing else.
@@ -98,15 +102,17 @@ Text FromUtf8(std::string_view utf8) {
 }
 
 void FromUtf8(std::string_view utf8, Text& text) {
-    text.resize(utf8.size());
-    size_t i = CopyAscii(utf8.data(), utf8.size(), text.data());
-    text.resize(i);
+    text.resize(utf8.size()); // no sequence has more units than bytes
+    size_t i = 0, size = 0;
     while (i < utf8.size()) {
-        const auto byte = static_cast<unsigned char>(utf8[i++]);
+        const auto byte = static_cast<unsigned char>(utf8[i]);
         if (byte < 0x80) {
-            text.push_back(byte);
+            const size_t copied = CopyAscii(utf8.data() + i, utf8.size() - i, text.data() + size);
+            i += copied;
+            size += copied;
             continue;
         }
+        ++i;
         const Lead lead = LeadOf(byte);
         char32_t point = lead.bits;
         int taken = 0;
@@ -116,12 +122,10 @@ void FromUtf8(std::string_view utf8, Text& text) {
             point = (point << 6) | (next & 0x3F);
         }
         // What was taken of a broken sequence is one replacement; the byte that broke it starts afresh.
-        if (lead.following == 0 || taken < lead.following) {
-            text.push_back(Replacement);
-        } else {
-            Append(text, point);
-        }
+        const bool isBroken = lead.following == 0 || taken < lead.following;
+        size += Put(text.data() + size, isBroken ? char32_t{Replacement} : point);
     }
+    text.resize(size);
 }
 
 std::string ToUtf8(TextView text) {
@@ -132,17 +136,25 @@ std::string ToUtf8(TextView text) {
 
 void ToUtf8(TextView text, std::string& utf8) {
     utf8.resize(text.size());
-    size_t i = CopyAscii(text.data(), text.size(), utf8.data());
-    utf8.resize(i);
-    for (; i < text.size(); ++i) {
+    size_t i = CopyAscii(text.data(), text.size(), utf8.data()), size = i;
+    if (i < text.size()) utf8.resize(i + (text.size() - i) * 3); // no unit takes more
+    while (i < text.size()) {
         char32_t point = text[i];
-        if (IsHighSurrogate(point) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
-            point = 0x10000 + ((point - 0xD800) << 10) + (text[++i] - 0xDC00u);
+        if (point < 0x80) {
+            const size_t copied = CopyAscii(text.data() + i, text.size() - i, utf8.data() + size);
+            i += copied;
+            size += copied;
+            continue;
+        }
+        ++i;
+        if (IsHighSurrogate(point) && i < text.size() && IsLowSurrogate(text[i])) {
+            point = 0x10000 + ((point - 0xD800) << 10) + (text[i++] - 0xDC00u);
         } else if (IsHighSurrogate(point) || IsLowSurrogate(point)) {
             point = Replacement;
         }
-        Append(utf8, point);
+        size += Put(utf8.data() + size, point);
     }
+    utf8.resize(size);
 }
 
 Text MadeWellFormed(TextView text) {

@@ -92,6 +92,16 @@ std::vector<Text> NamesOf(const Schema::Table& table) {
     return names;
 }
 
+std::vector<RowColumn> ColumnsOf(const Schema::Table& table) {
+    using enum Schema::ColumnType;
+    std::vector<RowColumn> columns;
+    for (const Schema::Column& column : table.columns)
+        columns.push_back({Text(column.name), column.type == Number || column.type == Counter ? RowField::Kind::Number
+                                              : column.type == Date                           ? RowField::Kind::Date
+                                                                                              : RowField::Kind::Text});
+    return columns;
+}
+
 std::optional<int64_t> NumberOf(Connection& connection, const Text& query) {
     Recordset recordset;
     recordset.Open(query, connection);
@@ -294,7 +304,7 @@ TableDigest DatabaseCopy::WriteRows(CopiedTable& copied, const std::function<voi
     if (draws && !targetRules->beforeRows.empty()) target.Execute(Text(targetRules->beforeRows));
     auto reader = At(from, table.name, [&] { return TableReader(source.Opened(), table, Text(table.name)); });
     const auto writer =
-        At(to, table.name, [&] { return target.Opened().NewRows(NameInTarget(copied), NamesOf(table)); });
+        At(to, table.name, [&] { return target.Opened().NewRows(NameInTarget(copied), ColumnsOf(table)); });
     TableDigest digest(KeysOf(table));
     while (At(from, table.name, [&] { return reader.Next(); })) {
         digest.Add(reader.Row());

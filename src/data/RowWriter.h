@@ -29,8 +29,14 @@ public:
     virtual void Finish() = 0;
 };
 
+struct RowColumn {
+    Text name;
+    RowField::Kind kind; // of its values, but for NULL and what does not fit
+};
+
 // For sessions through a driver: statements of many rows, of bounded size, where the engine takes literals in any
 // script; parameters otherwise.
-std::unique_ptr<RowWriter> NewStatementWriter(Session& session, const Text& table, const std::vector<Text>& columns);
+std::unique_ptr<RowWriter> NewStatementWriter(Session& session, const Text& table,
+                                              const std::vector<RowColumn>& columns);
 
 } // namespace dax

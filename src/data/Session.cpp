@@ -123,7 +123,7 @@ void Statement::RunBatch(std::span<const Text> adapted) {
     }
 }
 
-std::unique_ptr<RowWriter> Session::NewRows(const Text& table, const std::vector<Text>& columns) {
+std::unique_ptr<RowWriter> Session::NewRows(const Text& table, const std::vector<RowColumn>& columns) {
     return NewStatementWriter(*this, table, columns);
 }
 

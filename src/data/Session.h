@@ -87,7 +87,7 @@ public:
     // Of the catalog or file, without the engine's own; on a server also those of other schemas.
     virtual std::vector<Text> TableNames() = 0;
     // Ends before its session does.
-    virtual std::unique_ptr<RowWriter> NewRows(const Text& table, const std::vector<Text>& columns);
+    virtual std::unique_ptr<RowWriter> NewRows(const Text& table, const std::vector<RowColumn>& columns);
 
 protected:
     Session() = default;

@@ -149,7 +149,7 @@ std::vector<Text> SQLiteConnection::TableNames() {
     return tables;
 }
 
-std::unique_ptr<RowWriter> SQLiteConnection::NewRows(const Text& table, const std::vector<Text>& columns) {
+std::unique_ptr<RowWriter> SQLiteConnection::NewRows(const Text& table, const std::vector<RowColumn>& columns) {
     return std::make_unique<SQLiteRows>(*this, table, columns);
 }
 

@@ -25,7 +25,7 @@ public:
     bool InTransaction() const override { return inTransaction; }
     std::vector<Text> KeyColumns(const Text& table) override;
     std::vector<Text> TableNames() override;
-    std::unique_ptr<RowWriter> NewRows(const Text& table, const std::vector<Text>& columns) override;
+    std::unique_ptr<RowWriter> NewRows(const Text& table, const std::vector<RowColumn>& columns) override;
 
     sqlite3* Handle() const { return file.get(); }
     SQLiteWait& Wait() { return wait; }

@@ -4,11 +4,11 @@
 
 namespace dax {
 
-SQLiteRows::SQLiteRows(SQLiteConnection& connection, const Text& table, const std::vector<Text>& columns)
+SQLiteRows::SQLiteRows(SQLiteConnection& connection, const Text& table, const std::vector<RowColumn>& columns)
     : owner(connection), texts(columns.size()) {
     Text names, marks;
-    for (const Text& column : columns) {
-        names.append(names.empty() ? u"" : u", ").append(column);
+    for (const RowColumn& column : columns) {
+        names.append(names.empty() ? u"" : u", ").append(column.name);
         marks += marks.empty() ? u"?" : u", ?";
     }
     const Text text = u"INSERT INTO " + table + u" (" + names + u") VALUES (" + marks + u")";

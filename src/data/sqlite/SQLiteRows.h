@@ -11,7 +11,7 @@ namespace dax {
 // Ends before its connection does.
 class SQLiteRows final : public RowWriter {
 public:
-    SQLiteRows(SQLiteConnection& connection, const Text& table, const std::vector<Text>& columns);
+    SQLiteRows(SQLiteConnection& connection, const Text& table, const std::vector<RowColumn>& columns);
     void Put(std::span<const RowField> row) override;
     void Finish() override {}
 
