@@ -8,7 +8,7 @@ namespace dax {
 namespace {
 
 constexpr size_t mostUnitsOfRows = 128 * 1024; // of a statement; a longer row goes alone
-constexpr size_t mostUnitsOfArrays = 256 * 1024, mostRows = 1000;
+constexpr size_t mostUnitsOfArrays = 512 * 1024, mostRows = 1000;
 
 Text Names(const std::vector<RowColumn>& columns) {
     Text names;

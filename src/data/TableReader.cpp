@@ -10,7 +10,7 @@ namespace dax {
 
 namespace {
 
-constexpr size_t firstPortion = 64, mostRowsOfPortion = 500, unitsAtATime = 2'000'000;
+constexpr size_t firstPortion = 64, mostRowsOfPortion = 2000, unitsAtATime = 2'000'000;
 
 std::optional<int64_t> WholeNumber(TextView text) {
     char digits[20];
