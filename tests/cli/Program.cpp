@@ -116,8 +116,11 @@ Outcome RunDax(const std::vector<Text>& words, const std::string& input) {
 Outcome RunShell(const std::filesystem::path& folder, const std::string& script) {
     const TempFolder results;
     const std::filesystem::path output = results.Path() / "output", errors = results.Path() / "errors";
-    const std::string command = "cd " + Quoted(folder.string()) + " && dax=" + Quoted(ProgramPath().string()) +
-                                " bash -c " + Quoted(script) + " >" + Quoted(output.string()) + " 2>" +
+    // By a path without blanks, so that scripts need no quotes.
+    const std::filesystem::path program = results.Path() / "dax";
+    std::filesystem::create_symlink(ProgramPath(), program);
+    const std::string command = "cd " + Quoted(folder.string()) + " && dax=" + Quoted(program.string()) +
+                                " timeout -k 5 300 bash -c " + Quoted(script) + " >" + Quoted(output.string()) + " 2>" +
                                 Quoted(errors.string()) + " </dev/null";
     Outcome outcome;
     const int status = std::system(command.c_str());

@@ -144,7 +144,7 @@ TEST(StreamsTest, EditRefusesToOverwriteAnother) {
         const Outcome outcome = RunShell(
             folder.Path(),
             std::string(
-                "$dax sample c.db --force > /dev/null; rm -f errors; mkfifo errors; coproc sqlite3 c.db\n"
+                "$dax sample c.db --force > /dev/null || exit 9; rm -f errors; mkfifo errors; coproc sqlite3 c.db\n"
                 "echo \"BEGIN IMMEDIATE; UPDATE velmoraLessons SET lessonTitle = 'Theirs' WHERE lessonIdentifier "
                 "= 'SAF-1'; SELECT 'held';\" >&${COPROC[1]}; read -r <&${COPROC[0]}\n"
                 "$dax --trace edit c.db move SAF-2 down ") +
