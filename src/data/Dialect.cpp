@@ -157,6 +157,7 @@ constexpr std::array<Dialect, 6> dialects = {{
         .howToGetDriver = u"On Debian and Ubuntu install the package odbc-postgresql. On Windows install \"psqlODBC\" "
                           u"(psqlodbc_x64.msi for 64-bit programs, psqlodbc_x86.msi for 32-bit ones).",
         .holdWriters = u"LOCK TABLE velmoraLessons IN SHARE ROW EXCLUSIVE MODE",
+        .connectsOneAtATime = true,
     },
     {
         .engine = Engine::MariaDB,

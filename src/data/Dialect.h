@@ -75,6 +75,9 @@ struct Dialect {
     // Inside a transaction: a statement that holds off who else writes velmoraLessons until its end, and what stands
     // behind the table's name in a query that does. Access has neither: there only its own locks of rows help.
     TextView holdWriters = {}, lockingRead = {};
+
+    // The driver sets the process's locale while it connects, and back, which two threads must not do at a time.
+    bool connectsOneAtATime = false;
 };
 
 // What a batch may hold in all, in UTF-16 units.

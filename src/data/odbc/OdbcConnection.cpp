@@ -4,6 +4,7 @@
 #include "data/odbc/OdbcStatement.h"
 
 #include <array>
+#include <mutex>
 
 namespace dax {
 
@@ -41,6 +42,9 @@ void OdbcConnection::Connect(const ConnectionTarget& target) {
                       0);
     SQLSMALLINT length = 0;
     SQLRETURN result;
+    static std::mutex connecting;
+    std::unique_lock<std::mutex> turn(connecting, std::defer_lock);
+    if (dialect->connectsOneAtATime) turn.lock(); // the driver's own time limit ends what holds it
     if (IsNarrow()) {
         const std::string utf8 = ToUtf8(target.odbcString);
         std::array<SQLCHAR, 1024> completed;
@@ -52,6 +56,7 @@ void OdbcConnection::Connect(const ConnectionTarget& target) {
                                    Wide(completed.data()), static_cast<SQLSMALLINT>(completed.size()), &length,
                                    SQL_DRIVER_NOPROMPT);
     }
+    if (turn) turn.unlock();
     if (!SQL_SUCCEEDED(result)) ThrowConnectError(target);
     isConnected = true;
 }
