@@ -264,7 +264,7 @@ TEST_F(WorkbenchTest, EveryUnderlinedLetterStandsForOneThing) {
     }
 }
 
-TEST_F(WorkbenchTest, AsksWhenTheLocksCannotBeRead) {
+TEST_F(WorkbenchTest, AsksBeforeLocksAreDeletedAndWhenTheyCannotBeRead) {
     constexpr int page = 4;
     Workbench program({Content()});
     ASSERT_TRUE(program.Show(page));
@@ -272,6 +272,15 @@ TEST_F(WorkbenchTest, AsksWhenTheLocksCannotBeRead) {
         return program.Until([&] { return program.FieldText(page, field).starts_with(text); });
     };
     ASSERT_TRUE(shows(idResult, L"3 locks listed.")) << program.Said();
+    const HWND list = program.Inside(program.Field(page, idLocks), WC_LISTVIEWW);
+    program.Click(list, 20, 40);
+    ASSERT_TRUE(program.Until([&] { return program.Focus() == list; }));
+    program.Type({VK_CONTROL, 'A'});
+    program.Type({VK_DELETE});
+    EXPECT_THAT(program.QuestionText(), AllOf(HasSubstr("1 of the 3 selected is valid"), HasSubstr("Delete 3 locks")));
+    program.Type({VK_RETURN}); // which deletes nothing then
+    EXPECT_TRUE(program.Until([&] { return IsWindowEnabled(program.Frame()); }));
+    EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"3");
     content.Run({u"ALTER TABLE velmoraUserLocks RENAME TO elsewhere"});
     PostMessageW(program.Field(page, idLoad), BM_CLICK, 0, 0);
     EXPECT_TRUE(program.Answer(IDABORT));
