@@ -69,7 +69,7 @@ ExitCode Copy(const Arguments& arguments) {
 }
 
 constexpr Option Options[] = {
-    {ForceOption.name, u"", u"replace all rows of the tables that TO has already"},
+    {ForceOption.name, u"", u"replace all rows of the tables that exist in TO"},
     SecondPasswordOptions[0],
     SecondPasswordOptions[1],
     SecondPasswordOptions[2],
@@ -83,10 +83,10 @@ const Command CopyCommand = {
     2,
     2,
     u"Copy a content or connector database to another file or server.\n"
-    u"FROM and TO are files or connection strings, on the same engine or on two. A file that is not there becomes a\n"
-    u"SQLite database; in an empty catalog or file the tables are made. All rows of all tables are copied in one\n"
-    u"transaction, read again and compared. When anything fails TO is as it was; FROM is only read. Tables and\n"
-    u"columns that other programs have added are neither copied nor touched, and are named.",
+    u"FROM and TO are files or connection strings, on the same engine or on two. A missing file becomes a SQLite\n"
+    u"database; in an empty catalog or file the tables are created. All rows of all tables are copied in one\n"
+    u"transaction, read again and compared. If anything fails, TO stays as it was; FROM is only read. Tables and\n"
+    u"columns that other programs have added are neither copied nor changed, and are named.",
     Options,
     Copy};
 

@@ -1,4 +1,4 @@
-"""Files keep their size and their manners: no machine's paths, no words that belong elsewhere, plain text."""
+"""Checks the size and the form of files: no paths of one machine, no unwanted words, plain text."""
 import os
 import re
 

@@ -1,6 +1,6 @@
-"""docs/reference.md, made from the snapshots of the type libraries, which the tests compare with the libraries.
-    python3 tools/lib/manual.py           writes the manual
-    python3 tools/lib/manual.py --check   tells whether it is up to date"""
+"""Generates docs/reference.md from the snapshots of the type libraries, which the tests compare with the libraries.
+    python3 tools/lib/manual.py           writes the page
+    python3 tools/lib/manual.py --check   checks whether it is up to date"""
 import os
 import re
 import sys

@@ -1,8 +1,8 @@
-"""Checks what the program dax prints with --json.
+"""Checks the output of dax with --json.
     python3 tools/lib/schemas.py FOLDER     FOLDER holds the program dax
     python3 tools/lib/schemas.py --tables   prints the tables for docs/command-line.md
-Every command that knows --json has a schema in docs/json, and prints what fits it; its help names every key, and
-docs/command-line.md has the schema's table. Used by tools/checks/package.py with the program that was packed."""
+Every command with --json must have a schema in docs/json, and its output must be valid; its help names every key, and
+docs/command-line.md has the table of the schema. Used by tools/checks/package.py with the program that was packed."""
 import glob
 import json
 import os

@@ -1,9 +1,9 @@
-"""Runs what README and docs show in ```console blocks and compares what is said with what the page says.
-    python3 tools/lib/transcripts.py FOLDER [PAGE...]           FOLDER holds the program dax; all pages if none is named
-    python3 tools/lib/transcripts.py --write FOLDER [PAGE...]   writes into the pages what is said now
+"""Runs the commands in the ```console blocks of README and docs and compares their output with the page.
+    python3 tools/lib/transcripts.py FOLDER [PAGE...]           FOLDER contains the program dax; all pages if none is named
+    python3 tools/lib/transcripts.py --write FOLDER [PAGE...]   updates the output in the pages
 A line "$ COMMAND" is run by bash in a folder that the commands of a page share. A line "..." stands for any lines.
-$POSTGRES and $MARIADB are connection strings of empty databases (tools/servers), $CLUSTER1 to $CLUSTER3 those of the nodes of
-a cluster (tools/servers start --cluster) whose folder is $CLUSTER.
+$POSTGRES and $MARIADB are connection strings of empty databases (tools/servers), $CLUSTER1 to $CLUSTER3 those of the
+nodes of a cluster (tools/servers start --cluster), whose folder is $CLUSTER.
 Used by tools/checks/package.py with the program that was packed."""
 import glob
 import os
