@@ -73,6 +73,11 @@ Expect "ldtGroupLocks without GroupIDCollection and LessonID", Shown(ldtGroupLoc
 Expect "LockDisplayType 77", Shown(77), total
 locks.LessonID = "none"
 Expect "ldtLessonLocks of an unknown lesson", Shown(ldtLessonLocks), 0
+Set locks.GroupIDCollection = CreateObject("ContentObjects.Utility")
+locks.LockDisplayType = ldtGroupLocks
+locks.Refresh
+Expect "GroupIDCollection is no collection: events", Events, "Refresh(438, updating the lock display, 0)"
+Set locks.GroupIDCollection = Nothing
 Expect "ldtInvalidLocks: InvalidLockCount is LockCount", Shown(ldtInvalidLocks) = locks.InvalidLockCount, True
 Expect "LockCount is valid and invalid", Shown(ldtAllLocks) = locks.ValidLockCount + locks.InvalidLockCount, True
 
