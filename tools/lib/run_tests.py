@@ -17,7 +17,7 @@ CHECKS = ["format", "layering", "hygiene", "shell", "reference"]
 PRODUCTS = ["daxControls33", "contentObjects", "DAXWorkbench", "dax", "daxscript"]
 # These share a desktop, its focus and its mouse: one after the other. The rest runs beside them, in a prefix of its own.
 WITH_WINDOWS = {"windows", "ocx", "workbench"}
-PARTS = CHECKS + ["native", "wine64", "wine32", "package", "lint"]
+PARTS = CHECKS + ["native", "wine64", "wine32", "package", "pascal", "lint"]
 
 
 class Summary:
@@ -214,6 +214,12 @@ def main():
             for name in ("lint", "package"):
                 if name in parts:
                     check(summary, name)
+            if "pascal" in parts:
+                code, said = run([os.path.join(ROOT, "tools/setup"), "pascal"], "pascal-setup.log")
+                if code == 0:
+                    check(summary, "pascal")
+                else:
+                    summary.skipped.append(("pascal", f"Free Pascal cannot be installed here: {tail(said, 5)}"))
             for done in tests:
                 done.result()
         finally:
