@@ -61,7 +61,8 @@ def windows_files(bits, version, installed):
     """What both the archive and the installer hold; `installed` registers by itself."""
     generated = os.path.join("build", f"win{bits}", "src", "ocx", "generated")
     files = pictures() | {name: read("build", f"win{bits}", "bin", name) for name in BINARIES}
-    texts = manual(True) | samples("README.md", "*.vbs", "*.js", "cpp/*.cpp", "cpp/*.h", "cpp/*.manifest", "not-run/*")
+    texts = manual(True) | samples("README.md", "*.vbs", "*.js", "cpp/*.cpp", "cpp/*.h", "cpp/*.manifest", "pascal/*.pas",
+                                  "not-run/*")
     for name in ("DAXControls", "ContentObjects"):
         files[f"{name}.tlb"] = read(generated, f"{name}.tlb")
         # The first line tells where the compiler has found its source.
