@@ -165,7 +165,7 @@ TEST_F(PanelWindowTest, TheSampleOfDesignModeFits) {
             GroupEditor* const source = editor.editor.get();
             panel == &lesson ? lesson.Info()->UpdateFrom(source) : locks.Info()->UpdateFrom(source);
             EXPECT_TRUE(!isDesign || Drawing(*panel, size.cx, size.cy).bands == first.bands);
-            EXPECT_EQ(statements, !isDesign && panel == &locks ? 1 : 0);
+            EXPECT_EQ(statements > 0, !isDesign && panel == &locks);
         }
     SetStatementObserver({});
 }
