@@ -77,6 +77,7 @@ constexpr Advice advices[] = {
     {Engine::MariaDB, u"", 0, u"Lost connection to server", lostServer},
     {Engine::PostgreSQL, u"57P0", 0, u"", lostServer},
     {Engine::PostgreSQL, u"", 0, u"server closed the connection", lostServer},
+    {Engine::PostgreSQL, u"", 0, u"internal SAVEPOINT failed", lostServer},
     {Engine::Other, u"08S01", 0, u"", lostServer},
 };
 
