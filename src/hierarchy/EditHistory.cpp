@@ -38,10 +38,8 @@ void EditHistory::Clear() {
 }
 
 void EditHistory::Saved() {
-    ++saves;
+    ++saves; // also for an edit that is open: a host may save whenever it hears of a change
     stored.clear();
-    open.saves = saves;
-    open.pending.clear();
 }
 
 void EditHistory::Begin() {

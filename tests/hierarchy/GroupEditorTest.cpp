@@ -243,6 +243,21 @@ TEST_F(EditorOnFile, UndoesWhatWasSavedAndTakenBack) {
     ASSERT_TRUE(editor->SaveDatabase());
     EXPECT_EQ(test::ReadRows(database.ConnectionString()).size(), 7u);
 
+    // A host that saves at every change.
+    const size_t saving = editor->DataChanged.Add([this] { EXPECT_TRUE(editor->SaveDatabase()) << ToUtf8(error); });
+    editor->AddLesson(u"auto", u"", u"", ltLesson);
+    editor->RemoveLesson(u"h", true);
+    for (int steps : {1, 2}) {
+        for (int i = 0; i < steps; ++i) editor->Undo();
+        EXPECT_EQ(test::ReadRows(database.ConnectionString()).size(), steps == 1 ? 8u : 7u);
+        for (int i = 0; i < steps; ++i) editor->Redo();
+        EXPECT_EQ(test::ReadRows(database.ConnectionString()).size(), 7u);
+        EXPECT_FALSE(test::ReadRows(database.ConnectionString()).contains(u"h"));
+    }
+    editor->Undo();
+    editor->Undo();
+    editor->DataChanged.Remove(saving);
+
     editor->SetLocked(true);
     EXPECT_FALSE(editor->CanUndo() || editor->CanRedo());
     editor->SetLocked(false);
