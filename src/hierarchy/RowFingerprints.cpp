@@ -6,6 +6,7 @@
 #include "data/Recordset.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace dax {
 
@@ -13,12 +14,18 @@ namespace {
 
 constexpr size_t mostNamed = 10;
 
-// FNV-1a over units: quick, and the same in every process.
+// Four units at a time, since every row that is loaded is hashed.
 class Hash {
 public:
     Hash& Add(TextView text) {
-        for (const char16_t unit : text) Mix(unit);
-        Mix(0x10000); // no unit: two texts do not run together
+        Mix(text.size()); // two texts do not run together
+        while (!text.empty()) {
+            uint64_t part = 0;
+            const size_t count = std::min<size_t>(text.size(), 4);
+            std::memcpy(&part, text.data(), count * sizeof(char16_t));
+            Mix(part);
+            text.remove_prefix(count);
+        }
         return *this;
     }
     Hash& Add(int64_t number) {
@@ -28,7 +35,10 @@ public:
     uint64_t Get() const { return value ^ (value >> 29); }
 
 private:
-    void Mix(uint64_t part) { value = (value ^ part) * 0x100000001B3; }
+    void Mix(uint64_t part) {
+        value = (value ^ part) * 0x9E3779B97F4A7C15;
+        value ^= value >> 32;
+    }
 
     uint64_t value = 0xCBF29CE484222325;
 };
@@ -38,9 +48,10 @@ uint64_t IDHash(TextView id) { return Hash().Add(id).Get(); }
 // Names what happened, up to a number of entries.
 class Report {
 public:
-    void Add(TextView title, TextView what) {
+    void Add(TextView title, TextView what) { AddEntry(u"'" + Text(Shorten(title, 60)) + u"'", what); }
+    void AddEntry(const Text& entry, TextView what) {
         if (++count > mostNamed) return;
-        text += (text.empty() ? u"'" : u", '") + Text(Shorten(title, 60)) + u"' " + Text(what);
+        text += (text.empty() ? u"" : u", ") + entry + u" " + Text(what);
     }
     bool IsEmpty() const { return count == 0; }
     Text Sentence() const {
@@ -65,12 +76,10 @@ RowFingerprints::Fingerprint RowFingerprints::Of(const Row& row) {
 
 void RowFingerprints::Add(const Row& row) { rows.push_back(Of(row)); }
 
-void RowFingerprints::Finish() {
-    rows.shrink_to_fit();
-    std::ranges::sort(rows, {}, &Fingerprint::id);
-}
+void RowFingerprints::Finish() { rows.shrink_to_fit(); }
 
-void RowFingerprints::Check(Connection& connection, const NodeTree& tree) const {
+void RowFingerprints::Check(Connection& connection, const NodeTree& tree) {
+    std::ranges::sort(rows, {}, &Fingerprint::id); // only here: most loads are never checked
     const Dialect& dialect = DialectOf(connection.Kind());
     if (!dialect.holdWriters.empty()) connection.Execute(Text(dialect.holdWriters));
     Recordset found;
@@ -107,9 +116,9 @@ void RowFingerprints::Check(Connection& connection, const NodeTree& tree) const 
             report.Add(node->Caption(), u"was removed");
             ++named;
         }
-        // What this author has removed as well is in no tree any more.
+        // What this author has removed as well is no longer in the tree, and nor is its title.
         for (auto gone = std::ranges::count(isThere, false) - static_cast<std::ptrdiff_t>(named); gone > 0; --gone)
-            report.Add(u"…", u"was removed here and there");
+            report.AddEntry(u"an entry that you have removed, too,", u"was removed");
     }
     if (!report.IsEmpty()) throw Error(ErrorNumbers::Conflict, report.Sentence());
 }

@@ -17,7 +17,7 @@ public:
         int64_t indentLevel = 0, sortPosition = 0, type = 0;
     };
 
-    // Rows in any order; Finish before they are compared.
+    // Rows in any order; Finish when there are no more.
     void Add(const Row& row);
     void Finish();
     size_t Count() const { return rows.size(); }
@@ -25,7 +25,7 @@ public:
     // Inside a transaction: holds other writers off until its end, reads the rows and compares. Throws Error with
     // ErrorNumbers::Conflict, which names up to ten entries and what happened to each, when they are not the same.
     // Titles of entries that are gone come from the tree.
-    void Check(Connection& connection, const NodeTree& tree) const;
+    void Check(Connection& connection, const NodeTree& tree);
 
 private:
     struct Fingerprint {
@@ -35,7 +35,7 @@ private:
     };
     static Fingerprint Of(const Row& row);
 
-    std::vector<Fingerprint> rows; // in the order of `id` when finished
+    std::vector<Fingerprint> rows;
 };
 
 } // namespace dax

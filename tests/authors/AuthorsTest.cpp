@@ -42,6 +42,7 @@ TEST_P(Authors, ASaveThatChecksRefusesWhatAnotherHasChanged) {
          u"'X' was renamed and moved."},
         {{test::RowStatement(u"n", u"More", u"g", 2, 4, 1)}, u"'More' was added."},
         {{u"DELETE FROM velmoraLessons WHERE lessonID = 'd'"}, u"'D' was removed."},
+        {{u"DELETE FROM velmoraLessons WHERE lessonID = 'c'"}, u"an entry that you have removed, too, was removed."},
         {many, u"and 2 more."},
         {{u"UPDATE velmoraLessons SET lessonData = 'other', guideData = 'other' WHERE lessonID = 'a'"}, u""},
         {{u"UPDATE velmoraLessons SET lessonTitle = 'A' WHERE lessonID = 'a'"}, u""},
@@ -56,6 +57,7 @@ TEST_P(Authors, ASaveThatChecksRefusesWhatAnotherHasChanged) {
         editor->AddLesson(u"mine", u"Mine", u"", ltLesson);
         ASSERT_TRUE(editor->SaveDatabase()) << ToUtf8(error); // what was saved is known, too
         editor->MoveCurrent(gmtUp);
+        editor->RemoveLesson(u"c", true);
         database->Run(each.elsewhere);
         const auto rows = test::ReadRows(database->ConnectionString());
         const Text shape = Shape();
