@@ -352,6 +352,15 @@ TEST_P(ControlInHost, FollowsTheHostsColoursFontAndDpi) {
         EXPECT_NE(look(), blue);
         EXPECT_EQ(FontHeight(stage.window), -std::lround(18.0 * DpiOf(stage.window) / 72));
         EXPECT_EQ(FontHeight(stage.child), FontHeight(stage.window));
+        NONCLIENTMETRICSW metrics{};
+        metrics.cbSize = sizeof metrics;
+        ASSERT_TRUE(SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0));
+        const LONG former = std::exchange(metrics.lfMessageFont.lfHeight, -23);
+        ASSERT_TRUE(SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof metrics, &metrics, 0));
+        stage.AmbientChanged(DISPID_AMBIENT_FONT, Variant());
+        EXPECT_EQ(FontHeight(stage.window), -23) << "of the system's messages, as the host names none";
+        metrics.lfMessageFont.lfHeight = former;
+        EXPECT_TRUE(SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof metrics, &metrics, 0));
         stage.site.ambients.erase(DISPID_AMBIENT_FONT);
         stage.site.ambients.erase(DISPID_AMBIENT_FORECOLOR);
         stage.AmbientChanged(DISPID_AMBIENT_BACKCOLOR, Variant(int32_t{0xFFFFFF}));

@@ -151,6 +151,12 @@ TEST_F(LockManagerWindowTest, HeadersSortAndShowHow) {
         EXPECT_EQ(host.Rows(), each.rows);
         EXPECT_EQ(host.Arrows(), each.arrows);
         EXPECT_EQ(host.Take(), "S1 ");
+        const WPARAM column = host.Column(each.column);
+        const Text& caption = host.control->Locks()->Columns()[column].caption;
+        EXPECT_GE(SendMessageW(host.List(), LVM_GETCOLUMNWIDTH, column, 0),
+                  SendMessageW(host.List(), LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(Wide(caption))) + 20)
+            << "whole beside the arrow, however narrow the column was";
+        SendMessageW(host.List(), LVM_SETCOLUMNWIDTH, host.Column(clicks[(&each - clicks + 1) % 7].column), 30);
     }
     host.control->Manager()->showIdentifier = false;
     host.control->Manager()->RebuildDisplay();

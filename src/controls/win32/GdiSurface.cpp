@@ -4,8 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
-
+#include <numeric>
 #include <utility>
+#include <vector>
 
 namespace dax {
 
@@ -63,8 +64,45 @@ bool GdiSurface::PathsFit(const Text& text, int width) {
     return true;
 }
 
+// Whether each character has a width of its own wherever it stands: Latin, Greek and Cyrillic without marks.
+bool GdiSurface::IsPlain(const Text& text) {
+    return std::all_of(text.begin(), text.end(), [](char16_t unit) {
+        return (unit >= 0x20 && unit < 0x7F) || (unit >= 0xA0 && unit < 0x300 && unit != 0xAD) ||
+               (unit >= 0x370 && unit < 0x483) || (unit >= 0x48A && unit < 0x530);
+    });
+}
+
+// Fonts with bitmaps for small sizes are measured by their outlines in Wine: lines of such a font, placed by their
+// measured widths, ended where their letters happened to. Each letter is put where the measuring has it.
+int GdiSurface::DrawRight(const Text& text, const Rect& rect) {
+    const auto measure = [this](const Text& measured, int room, int& fitting, std::vector<int>& ends) {
+        SIZE extent{};
+        ends.assign(measured.size(), 0);
+        GetTextExtentExPointW(dc, Wide(measured), static_cast<int>(measured.size()), room, &fitting, ends.data(),
+                              &extent);
+        return extent.cx;
+    };
+    constexpr int everything = 0x7FFFFFFF;
+    Text shown = text.substr(0, text.find_last_not_of(u' ') + 1); // a blank would move the end of what is seen
+    std::vector<int> ends;
+    int fitting = 0;
+    if (measure(shown, std::max(0, rect.Width()), fitting, ends) > rect.Width()) {
+        measure(shown, std::max(0, rect.Width() - TextWidth(u"...")), fitting, ends);
+        shown = shown.substr(0, static_cast<size_t>(std::max(1, fitting))) + u"...";
+    }
+    const int width = measure(shown, everything, fitting, ends);
+    std::adjacent_difference(ends.begin(), ends.end(), ends.begin());
+    const RECT place{rect.left, rect.top, rect.right, rect.bottom};
+    ExtTextOutW(dc, rect.right - std::min(width, rect.Width()), rect.top, ETO_CLIPPED, &place, Wide(shown),
+                static_cast<UINT>(shown.size()), ends.data());
+    TEXTMETRICW metrics;
+    GetTextMetricsW(dc, &metrics);
+    return metrics.tmHeight;
+}
+
 int GdiSurface::DrawText(const Text& text, Rect& rect, uint32_t flags) {
     using namespace DrawTextFlags;
+    if (flags == (Right | EndEllipsis | NoPrefix) && IsPlain(text)) return DrawRight(text, rect);
     // Wine ends the program when it both breaks a word and puts an ellipsis into a path, and puts two of them into a
     // text without a path: where a path has no room or there is none, the end is cut instead, as Windows does.
     if (flags & PathEllipsis && !PathsFit(text, rect.Width())) flags &= ~PathEllipsis;

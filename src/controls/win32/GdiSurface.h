@@ -40,6 +40,8 @@ private:
 
     void Select();
     bool PathsFit(const Text& text, int width);
+    static bool IsPlain(const Text& text);
+    int DrawRight(const Text& text, const Rect& rect);
 };
 
 HFONT CreateFontFor(const Text& name, double points, int dpi, bool isBold, bool isItalic);

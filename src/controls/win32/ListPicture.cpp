@@ -36,17 +36,12 @@ RECT DrawSortArrow(HDC dc, RECT header, bool isDescending) {
 
 } // namespace
 
-std::vector<int> ListViewWindow::ColumnWidths(int width) const {
-    std::vector<int> widths;
-    int sum = 0, share = 0, left = 0;
-    for (const ListColumn& column : model->Columns()) sum += ShareOf(column.key);
-    for (size_t column = 0; column < model->Columns().size(); ++column) {
-        share += ShareOf(model->Columns()[column].key);
-        const int right = MulDiv(width, share, sum);
-        const auto shown =
-            handle && !isWidthShared ? static_cast<int>(SendMessageW(handle, LVM_GETCOLUMNWIDTH, column, 0)) : 0;
-        widths.push_back(shown > 0 ? shown : right - std::exchange(left, right));
-    }
+std::vector<int> ListViewWindow::ColumnWidths(HDC dc, int width) const {
+    std::vector<int> widths = SharedWidths(dc, width);
+    if (!handle || isWidthShared) return widths;
+    for (size_t column = 0; column < widths.size(); ++column)
+        if (const LRESULT shown = SendMessageW(handle, LVM_GETCOLUMNWIDTH, column, 0); shown > 0)
+            widths[column] = static_cast<int>(shown);
     return widths;
 }
 
@@ -74,7 +69,7 @@ void ListViewWindow::DrawPicture(HDC dc, const RECT& place, HFONT font) const {
     const size_t end = std::min(
         model->Items().size(),
         first + static_cast<size_t>(std::max<LONG>(0, inner.bottom - rowsTop)) / static_cast<size_t>(rowHeight) + 1);
-    const std::vector<int> widths = ColumnWidths(inner.right - inner.left);
+    const std::vector<int> widths = ColumnWidths(dc, inner.right - inner.left);
     for (size_t item = first; item < end; ++item) {
         const int top = rowsTop + static_cast<int>(item - first) * rowHeight;
         int right = left;

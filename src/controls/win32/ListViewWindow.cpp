@@ -10,14 +10,21 @@ namespace dax {
 
 namespace {
 
-// Left and right together, at 96 dpi: of the system's cells, and of its captions with room for an arrow.
-constexpr int CellPadding = 12, CaptionPadding = 24;
+// Left and right together, for letters as high as those of 8 points at 96 dpi: of the system's cells, and of its
+// captions with room for an arrow.
+constexpr int CellPadding = 12, CaptionPadding = 24, LetterHeight = 13;
 
 // Widths of many texts: those of letters that always look the same are added up, everything else is measured by the
 // system as a whole.
 class TextMeasure {
 public:
-    explicit TextMeasure(HDC context) : dc(context) {}
+    explicit TextMeasure(HDC context) : dc(context) { GetTextMetricsW(dc, &metrics); }
+
+    // The font tells the resolution: the monitor's may differ from the system's.
+    int Scale(int padding) const {
+        return MulDiv(padding, std::max<int>(metrics.tmHeight, LetterHeight), LetterHeight);
+    }
+    int CaptionWidth(const Text& caption) { return Width(caption) + Scale(CaptionPadding); }
 
     int Width(const Text& text) {
         int width = 0;
@@ -45,6 +52,7 @@ private:
     }
 
     HDC dc;
+    TEXTMETRICW metrics{};
     std::vector<int16_t> widths = std::vector<int16_t>(0xD800, -1); // by character; -1: not known yet
 };
 
@@ -54,6 +62,26 @@ HFONT CreateItalicFont(HFONT font) {
     description.lfItalic = TRUE;
     return CreateFontIndirectW(&description);
 }
+
+// A context of the list, with its font.
+class ListContext {
+public:
+    explicit ListContext(HWND list)
+        : window(list), dc(GetDC(list)),
+          former(SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(list, WM_GETFONT, 0, 0)))) {}
+    ~ListContext() {
+        SelectObject(dc, former);
+        ReleaseDC(window, dc);
+    }
+    ListContext(const ListContext&) = delete;
+    ListContext& operator=(const ListContext&) = delete;
+    HDC Get() const { return dc; }
+
+private:
+    HWND window;
+    HDC dc;
+    HGDIOBJ former;
+};
 
 } // namespace
 
@@ -139,16 +167,35 @@ void ListViewWindow::Fit(int width, int height) {
     if (isWidthShared) ShareWidth();
 }
 
+// Where there is room for all captions, each column gets its own and a share of what is left; else the shares alone
+// decide, and only the column with the arrow gets its caption.
+std::vector<int> ListViewWindow::SharedWidths(HDC dc, int width) const {
+    TextMeasure measure(dc);
+    int sum = 0, rest = width;
+    std::vector<int> captions, widths;
+    for (const ListColumn& column : model->Columns()) {
+        sum += ShareOf(column.key);
+        captions.push_back(measure.CaptionWidth(column.caption));
+        rest -= captions.back();
+    }
+    for (size_t column = 0; column < captions.size(); ++column) {
+        const int share = ShareOf(model->Columns()[column].key);
+        const int least = static_cast<int>(column) == sortColumn ? captions[column] : 0;
+        widths.push_back(rest >= 0 ? captions[column] + MulDiv(rest, share, sum)
+                                   : std::max(least, MulDiv(width, share, sum)));
+    }
+    return widths;
+}
+
 void ListViewWindow::ShareWidth() {
     RECT client;
     GetWindowRect(handle, &client);
     const int frame = 2 * GetSystemMetrics(SM_CXEDGE);
     const int width = client.right - client.left - frame - GetSystemMetrics(SM_CXVSCROLL);
-    int sum = 0;
-    for (const ListColumn& column : model->Columns()) sum += ShareOf(column.key);
-    if (width <= 0 || sum == 0) return;
-    for (size_t column = 0; column < model->Columns().size(); ++column)
-        SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, MulDiv(width, ShareOf(model->Columns()[column].key), sum));
+    if (width <= 0) return;
+    const std::vector<int> widths = SharedWidths(ListContext(handle).Get(), width);
+    for (size_t column = 0; column < widths.size(); ++column)
+        SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, widths[column]);
 }
 
 void ListViewWindow::ColumnsChanged() {
@@ -163,6 +210,7 @@ void ListViewWindow::ColumnsChanged() {
         column.iSubItem = static_cast<int>(index);
         SendMessageW(handle, LVM_INSERTCOLUMNW, index, reinterpret_cast<LPARAM>(&column));
     }
+    sortColumn = -1;
     isWidthShared = true;
     ShareWidth();
     access.Reordered();
@@ -194,10 +242,8 @@ void ListViewWindow::AutosizeColumns() {
     constexpr size_t many = 1000;
     if (!handle) return;
     isWidthShared = false;
-    const HDC dc = GetDC(handle);
-    const HGDIOBJ former = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(handle, WM_GETFONT, 0, 0)));
-    TextMeasure measure(dc);
-    const int dpi = GetDeviceCaps(dc, LOGPIXELSX);
+    const ListContext context(handle);
+    TextMeasure measure(context.Get());
     const size_t rows = model->Items().size(), columns = model->Columns().size();
     RECT client;
     GetClientRect(handle, &client);
@@ -205,8 +251,7 @@ void ListViewWindow::AutosizeColumns() {
     for (size_t column = 0; column < columns; ++column) {
         int widest = 0;
         for (size_t item = 0; item < rows; ++item) widest = std::max(widest, measure.Width(model->Cell(item, column)));
-        const int caption = measure.Width(model->Columns()[column].caption) + MulDiv(CaptionPadding, dpi, 96);
-        widest = std::max(caption, widest + MulDiv(CellPadding, dpi, 96));
+        widest = std::max(measure.CaptionWidth(model->Columns()[column].caption), widest + measure.Scale(CellPadding));
         if (rows <= many) {
             SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, LVSCW_AUTOSIZE_USEHEADER);
             widest = std::max(widest, static_cast<int>(SendMessageW(handle, LVM_GETCOLUMNWIDTH, column, 0)));
@@ -217,11 +262,10 @@ void ListViewWindow::AutosizeColumns() {
             SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, widest);
         rest -= widest;
     }
-    SelectObject(dc, former);
-    ReleaseDC(handle, dc);
 }
 
 void ListViewWindow::ShowSortArrow(int column, bool isDescending) {
+    sortColumn = column;
     if (!handle) return;
     const auto header = reinterpret_cast<HWND>(SendMessageW(handle, LVM_GETHEADER, 0, 0));
     for (int index = 0; index < static_cast<int>(model->Columns().size()); ++index) {
@@ -232,6 +276,12 @@ void ListViewWindow::ShowSortArrow(int column, bool isDescending) {
         if (index == column) item.fmt |= isDescending ? HDF_SORTDOWN : HDF_SORTUP;
         SendMessageW(header, HDM_SETITEMW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item));
     }
+    if (column < 0 || column >= static_cast<int>(model->Columns().size())) return;
+    if (isWidthShared) return ShareWidth();
+    const ListContext context(handle);
+    const int least = TextMeasure(context.Get()).CaptionWidth(model->Columns()[static_cast<size_t>(column)].caption);
+    if (SendMessageW(handle, LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(column), 0) < least)
+        SendMessageW(handle, LVM_SETCOLUMNWIDTH, static_cast<WPARAM>(column), least);
 }
 
 void ListViewWindow::FillDisplay(LVITEMW& item) const {

@@ -27,7 +27,7 @@ public:
     void SetColors(COLORREF text, COLORREF background);
     // Also shares the width out to the columns, until they were sized by content or by the user.
     void Fit(int width, int height);
-    // An arrow in the header of that column; -1 for none.
+    // An arrow in the header of that column, which is widened where its caption would be cut; -1 for none.
     void ShowSortArrow(int column, bool isDescending);
     LRESULT HandleNotification(const NMHDR& header); // raises the events below last
     Accessible& Access() { return access; }
@@ -44,8 +44,9 @@ private:
     void ItemsChanged() override;
     void AutosizeColumns() override;
 
-    static int ShareOf(const Text& key);            // of a column in the width, until columns are sized otherwise
-    std::vector<int> ColumnWidths(int width) const; // of the window, or of a picture without one
+    static int ShareOf(const Text& key); // of a column in the width, until columns are sized otherwise
+    std::vector<int> SharedWidths(HDC dc, int width) const;
+    std::vector<int> ColumnWidths(HDC dc, int width) const; // of the window, or of a picture without one
     void FillDisplay(LVITEMW& item) const;
     COLORREF MarkedColor() const;
     LRESULT CustomDraw(NMLVCUSTOMDRAW& draw) const;
@@ -58,6 +59,7 @@ private:
     HWND handle = nullptr;
     COLORREF textColor = 0x000000, backColor = 0xFFFFFF;
     bool isWidthShared = true;
+    int sortColumn = -1;        // -1: none
     HFONT markedFont = nullptr; // for rows with a mark
 };
 

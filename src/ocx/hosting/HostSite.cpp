@@ -27,6 +27,19 @@ void ReadColor(IDispatch& host, DISPID dispid, uint32_t& color) {
         if (SUCCEEDED(OleTranslateColor(static_cast<OLE_COLOR>(*number), nullptr, &translated))) color = translated;
 }
 
+// The font of message boxes, which a host that names none gets. Its height is that of the system's resolution.
+void ReadSystemFont(Ambient& ambient) {
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof metrics;
+    if (!SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0)) return;
+    const LOGFONTW& font = metrics.lfMessageFont;
+    if (font.lfFaceName[0]) ambient.fontName = FromWide(font.lfFaceName);
+    // A positive height is that of the line, and tells no size.
+    if (font.lfHeight < 0) ambient.fontSize = -72.0 * font.lfHeight / DpiOf(nullptr);
+    ambient.isBold = font.lfWeight > FW_MEDIUM;
+    ambient.isItalic = font.lfItalic != 0;
+}
+
 void ReadFont(IDispatch& host, Ambient& ambient) {
     const Variant value = AmbientProperty(host, DISPID_AMBIENT_FONT);
     if (value.vt != VT_DISPATCH && value.vt != VT_UNKNOWN) return;
@@ -62,6 +75,7 @@ IOleInPlaceSite* HostSite::InPlace() {
 
 Ambient HostSite::ReadAmbient() const {
     Ambient ambient;
+    ReadSystemFont(ambient);
     HWND window = nullptr;
     if (const auto place = Query<IOleWindow>(client.Get(), IID_IOleInPlaceSite)) place->GetWindow(&window);
     ambient.dpi = DpiOf(window);
