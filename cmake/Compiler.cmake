@@ -6,7 +6,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 option(DAX_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
-option(DAX_JOINED "Compile the files of a room several at a time, which takes half the time from nothing" ON)
+option(DAX_JOINED "Compile the files of a module several at a time, which takes half the time from nothing" ON)
 
 find_program(CCACHE ccache)
 if(CCACHE)

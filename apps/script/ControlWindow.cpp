@@ -1,6 +1,6 @@
 #include "ControlWindow.h"
 
-#include "ocx/com/Fault.h"
+#include "com/Fault.h"
 
 #include <algorithm>
 #include <iterator>

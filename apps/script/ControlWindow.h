@@ -1,7 +1,7 @@
 // A window that shows a control, so that a script can use what only a user can: the keyboard.
 #pragma once
 
-#include "ocx/com/ComPtr.h"
+#include "com/ComPtr.h"
 
 #include <ocidl.h>
 

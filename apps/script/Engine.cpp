@@ -2,7 +2,7 @@
 
 #include "Diagnosis.h"
 #include "Output.h"
-#include "ocx/com/Variant.h"
+#include "com/Variant.h"
 
 #include <map>
 #include <stdexcept>

@@ -1,7 +1,7 @@
 // One script engine and the script it runs.
 #pragma once
 
-#include "ocx/com/ComPtr.h"
+#include "com/ComPtr.h"
 
 #include <activscp.h>
 

@@ -1,6 +1,6 @@
 #include "EventSink.h"
 
-#include "ocx/com/Variant.h"
+#include "com/Variant.h"
 
 namespace dax {
 

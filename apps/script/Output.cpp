@@ -1,7 +1,7 @@
 #include "Output.h"
 
 #include "base/Secrets.h"
-#include "ocx/com/Variant.h"
+#include "com/Variant.h"
 
 #include <windows.h>
 

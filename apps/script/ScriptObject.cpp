@@ -2,8 +2,8 @@
 
 #include "Diagnosis.h"
 #include "Output.h"
-#include "ocx/com/Fault.h"
-#include "ocx/com/Variant.h"
+#include "com/Fault.h"
+#include "com/Variant.h"
 
 #include <algorithm>
 

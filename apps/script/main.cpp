@@ -5,7 +5,7 @@
 #include "ScriptObject.h"
 
 #include "base/Text.h"
-#include "ocx/com/Variant.h"
+#include "com/Variant.h"
 
 #include <exception>
 

@@ -1,6 +1,6 @@
 #include "CommandLine.h"
 
-#include "Input.h"
+#include "ui/Input.h"
 
 #include <windows.h>
 

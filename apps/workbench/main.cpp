@@ -1,6 +1,6 @@
 #include "CommandLine.h"
-#include "ControlLibrary.h"
-#include "Frame.h"
+#include "automation/ControlLibrary.h"
+#include "ui/Frame.h"
 
 #include <commctrl.h>
 #include <shellapi.h>

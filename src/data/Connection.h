@@ -24,7 +24,7 @@ enum ExecuteOptions {
 
 enum class Engine { Access, SQLServer, SQLite, PostgreSQL, MariaDB, Other };
 
-class Session; // the way to the database, and what it runs; known to this room alone
+class Session; // the way to the database, and what it runs; known to this module alone
 class Statement;
 
 class Connection {

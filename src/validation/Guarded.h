@@ -1,4 +1,4 @@
-// What the checking helpers of this room share: the error convention and the structure probes.
+// What the checking helpers of this module share: the error convention and the structure probes.
 #pragma once
 
 #include "base/Secrets.h"

@@ -7,8 +7,8 @@
 
 #include "TestDispatch.h"
 
-#include "ocx/com/ComPtr.h"
-#include "ocx/com/Variant.h"
+#include "com/ComPtr.h"
+#include "com/Variant.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "Driver.h"
 
-#include "../../apps/workbench/Com.h"
-#include "../../apps/workbench/Ids.h"
+#include "../../apps/workbench/automation/Com.h"
+#include "../../apps/workbench/ui/Ids.h"
 
 #include <commctrl.h>
 #include <initguid.h>

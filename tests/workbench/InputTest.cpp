@@ -1,4 +1,4 @@
-#include "../../apps/workbench/Input.h"
+#include "../../apps/workbench/ui/Input.h"
 #include "Driver.h"
 #include "support/TestDatabases.h"
 

@@ -1,5 +1,5 @@
 // The whole start of an application through the real program, by mouse and keys.
-#include "../../apps/workbench/Ids.h"
+#include "../../apps/workbench/ui/Ids.h"
 #include "Driver.h"
 #include "cli/TypicalStart.h"
 

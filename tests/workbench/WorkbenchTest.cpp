@@ -1,6 +1,6 @@
 #include "Driver.h"
 
-#include "../../apps/workbench/Ids.h"
+#include "../../apps/workbench/ui/Ids.h"
 #include "cli/TypicalStart.h"
 
 #include <commctrl.h>

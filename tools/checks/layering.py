@@ -1,6 +1,6 @@
-"""Rooms use only the rooms below them, windows stay in their own folders, and no includes run in a circle.
+"""Modules use only the modules below them, windows stay in their own folders, and no includes run in a circle.
 
-The rooms and their arrows are read from CMakeLists.txt (dax_room NAME USED...), so there is one table of them."""
+The modules and their arrows are read from CMakeLists.txt (dax_module NAME USED...), so there is one table of them."""
 import os
 import re
 
@@ -11,27 +11,27 @@ WINDOWS = {"windows.h", "windowsx.h", "commctrl.h", "objbase.h", "oleauto.h", "o
 ODBC = {"sql.h", "sqlext.h", "sqltypes.h", "sqlucode.h"}
 ODBC_HEADER = "src/data/odbc/Odbc.h"
 SQLITE_HEADER = "src/data/sqlite/SQLite.h"
-WINDOWS_PLACES = ("src/ocx/", "apps/workbench/", "apps/script/", "tests/windows/", "tests/ocx/", "tests/workbench/")
+WINDOWS_PLACES = ("src/com/", "src/ocx/", "apps/workbench/", "apps/script/", "tests/windows/", "tests/ocx/", "tests/workbench/")
 POSIX = {"locale.h", "langinfo.h", "unistd.h", "fcntl.h", "sys/stat.h", "sys/types.h", "sys/file.h", "termios.h",
          "io.h"}  # of one system or the other
 STANDARD = re.compile(r"[a-z_0-9]+")  # headers of the C++ library have no ending
 
 
-def read_rooms():
-    """What each room may use, itself included; and complaints about the table."""
+def read_modules():
+    """What each module may use, itself included; and complaints about the table."""
     below, complaints = {}, []
-    for name, used in re.findall(r"^dax_room\((\w+)([^)]*)\)", read("CMakeLists.txt"), re.M):
+    for name, used in re.findall(r"^\s*dax_(?:windows_)?module\((\w+)([^)]*)\)", read("CMakeLists.txt"), re.M):
         below[name] = {name}
         for other in used.split():
             if other not in below:
-                complaints.append(f"CMakeLists.txt: room {name} uses {other}, which does not stand before it")
+                complaints.append(f"CMakeLists.txt: module {name} uses {other}, which does not stand before it")
             below[name] |= below.get(other, set())
     return below, complaints
 
 
 def resolve(name, what, known):
     """The project's file that a quoted include means, or None."""
-    for folder in (os.path.dirname(name), "src", "tests"):
+    for folder in (os.path.dirname(name), "src", "tests", "/".join(name.split("/")[:2])):
         path = os.path.normpath(f"{folder}/{what}").replace(os.sep, "/")
         if path in known:
             return path
@@ -42,7 +42,7 @@ def may_use_windows(name):
     return "/win32/" in name or name.startswith(WINDOWS_PLACES)
 
 
-def check_arrow(name, target, rooms):
+def check_arrow(name, target, modules):
     """Why this file may not include that one, or None."""
     words, aim = name.split("/"), target.split("/")
     if "win32" in aim and not may_use_windows(name):
@@ -50,14 +50,14 @@ def check_arrow(name, target, rooms):
     if words[0] == "src":
         if aim[0] != "src":
             return "the library includes from outside src"
-        if words[1] in rooms and aim[1] not in rooms[words[1]]:
-            return f"room {words[1]} does not stand on {aim[1]}"
+        if words[1] in modules and aim[1] not in modules[words[1]]:
+            return f"module {words[1]} does not stand on {aim[1]}"
     if words[0] == "apps":
         if aim[0] == "apps" and aim[1] != words[1]:
             return "one program includes from another"
         if aim[0] not in ("apps", "src"):
             return "a program includes from the tests"
-        if aim[:2] == ["src", "ocx"] and aim[2:3] != ["com"]:  # pointers and variants, no control
+        if aim[:2] == ["src", "ocx"]:
             return "a host uses the control library through COM only"
     return None
 
@@ -97,17 +97,17 @@ def find_circle(graph):
     return []
 
 
-rooms, problems = read_rooms()
+modules, problems = read_modules()
 names = files(*CODE, folders=["src", "apps", "tests", "bench"])
 known = set(names)
 graph = {name: [] for name in names}
 for folder in sorted(os.listdir(os.path.join(ROOT, "src"))):
-    if folder not in rooms and folder != "ocx":
-        problems.append(f"src/{folder}: no room of that name in CMakeLists.txt")
+    if folder not in modules and folder != "ocx":
+        problems.append(f"src/{folder}: no module of that name in CMakeLists.txt")
 for name in names:
     for quoted, what in includes(name):
         target = resolve(name, what, known) if quoted else None
-        wrong = check_arrow(name, target, rooms) if target else check_system(name, what) if not quoted else None
+        wrong = check_arrow(name, target, modules) if target else check_system(name, what) if not quoted else None
         if target:
             graph[name].append(target)
         if wrong:
@@ -115,4 +115,4 @@ for name in names:
 circle = find_circle(graph)
 if circle:
     problems.append("a circle of includes: " + " -> ".join(circle))
-finish(problems, f"{len(names)} files in {len(rooms)} rooms")
+finish(problems, f"{len(names)} files in {len(modules)} modules")

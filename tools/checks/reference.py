@@ -47,12 +47,12 @@ def check_error_numbers():
         if number % (1 << 32) != hexadecimal:
             problems.append(f"docs/errors.md: {number} is not {hexadecimal:X}")
     codes = set()
-    for name in files(".h", ".cpp", folders=["src/ocx"]):
+    for name in files(".h", ".cpp", folders=["src/com", "src/ocx"]):
         for line in re.findall(r"^.*(?:\breturn\b|\bComError\(|\bNothing\().*$", read(name), re.M):
             codes.update(re.findall(r"(?<![=!]= )\b(?:[A-Z]+_)?E_[A-Z]+\b", line))
     listed = set(re.findall(r"^\| `(\w+)` \|", page, re.M))
     for code in sorted(codes ^ listed):
-        problems.append(f"docs/errors.md and src/ocx: {code} is only in one of them")
+        problems.append(f"docs/errors.md and the COM shell: {code} is only in one of them")
 
 
 def all_tests():

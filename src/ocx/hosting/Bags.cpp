@@ -1,7 +1,7 @@
 #include "ocx/hosting/Bags.h"
 
-#include "ocx/com/Fault.h"
-#include "ocx/com/Variant.h"
+#include "com/Fault.h"
+#include "com/Variant.h"
 
 #include <algorithm>
 #include <cstring>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "controls/PropertyBag.h"
-#include "ocx/com/ComPtr.h"
+#include "com/ComPtr.h"
 
 #include <ocidl.h>
 

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "controls/win32/ControlWindow.h"
-#include "ocx/com/ConnectionPoint.h"
-#include "ocx/com/Object.h"
+#include "com/ConnectionPoint.h"
+#include "com/Object.h"
 #include "ocx/hosting/HostSite.h"
 #include "ocx/hosting/Pictures.h"
 

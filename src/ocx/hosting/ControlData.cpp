@@ -1,5 +1,5 @@
 // The control as a source of data: its picture, and the texts of those that show nothing else.
-#include "ocx/com/Fault.h"
+#include "com/Fault.h"
 #include "ocx/hosting/Control.h"
 #include "ocx/hosting/PictureData.h"
 

@@ -1,5 +1,5 @@
 // The control as an object that a host places: IOleObject and IOleControl.
-#include "ocx/com/Enumerator.h"
+#include "com/Enumerator.h"
 #include "ocx/hosting/Control.h"
 
 #include <olectl.h>

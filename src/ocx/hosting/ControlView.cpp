@@ -1,6 +1,6 @@
 // The control as a picture: IViewObject2.
 #include "controls/win32/GdiSurface.h"
-#include "ocx/com/Fault.h"
+#include "com/Fault.h"
 #include "ocx/hosting/Control.h"
 #include "ocx/hosting/Pictures.h"
 

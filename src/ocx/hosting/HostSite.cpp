@@ -1,6 +1,6 @@
 #include "ocx/hosting/HostSite.h"
 
-#include "ocx/com/Variant.h"
+#include "com/Variant.h"
 
 #include <olectl.h>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "controls/Ambient.h"
-#include "ocx/com/ComPtr.h"
+#include "com/ComPtr.h"
 
 #include <ocidl.h>
 

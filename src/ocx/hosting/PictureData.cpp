@@ -1,8 +1,8 @@
 #include "ocx/hosting/PictureData.h"
 
-#include "ocx/com/Enumerator.h"
-#include "ocx/com/Fault.h"
-#include "ocx/com/Library.h"
+#include "com/Enumerator.h"
+#include "com/Fault.h"
+#include "com/Library.h"
 
 #include <algorithm>
 #include <cstring>

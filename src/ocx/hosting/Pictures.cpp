@@ -1,6 +1,6 @@
 #include "ocx/hosting/Pictures.h"
 
-#include "ocx/com/Fault.h"
+#include "com/Fault.h"
 #include "ocx/hosting/HostSite.h"
 
 #include <algorithm>

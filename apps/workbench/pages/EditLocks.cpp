@@ -1,0 +1,50 @@
+#include "pages/EditLocks.h"
+
+#include "locks/LockManager.h"
+#include "locks/LockRules.h"
+
+#include <algorithm>
+
+namespace dax::workbench {
+
+namespace {
+
+constexpr size_t mostLines = 10;
+
+Text ToCore(const std::wstring& text) { return {text.begin(), text.end()}; }
+std::wstring FromCore(const Text& text) { return {text.begin(), text.end()}; }
+
+} // namespace
+
+std::wstring DescribeEditLocks(const std::wstring& connection, const std::vector<std::wstring>& lessonIDs) {
+    const auto list = std::make_shared<ListModel>();
+    LockManager manager(list);
+    manager.connectionString = ToCore(connection);
+    manager.SetupColumns();
+    std::wstring failure;
+    manager.Error.Add([&failure](int32_t, const Text& description, const Text&, const Text&, int32_t& action) {
+        failure = FromCore(description);
+        action = actAbort;
+    });
+    manager.Refresh();
+    if (!failure.empty()) return L"Whether somebody edits it at the moment cannot be seen: " + failure;
+
+    std::wstring lines;
+    size_t count = 0;
+    for (size_t item = 0; item < list->Items().size(); ++item) {
+        const LockRecord& lock = manager.Records()[static_cast<size_t>(list->Items()[item].tag)];
+        const bool isEditing = lock.lockType == lltEditLesson || lock.lockType == lltEditGuide;
+        if (!isEditing || lock.invalid ||
+            std::find(lessonIDs.begin(), lessonIDs.end(), FromCore(lock.lessonID)) == lessonIDs.end())
+            continue;
+        if (++count > mostLines) continue;
+        lines += L"\n\u2022 " + FromCore(lock.username) + L" on " + FromCore(lock.machineName) + L": \u201C" +
+                 FromCore(list->Cell(item, 0)) + L"\u201D, " +
+                 FromCore(LockRules::LockTypeText(static_cast<int64_t>(lock.lockType)));
+    }
+    if (count == 0) return {};
+    if (count > mostLines) lines += L"\n\u2022 and " + std::to_wstring(count - mostLines) + L" more";
+    return L"Somebody is editing what would be removed:" + lines;
+}
+
+} // namespace dax::workbench

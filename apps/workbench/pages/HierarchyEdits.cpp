@@ -1,0 +1,185 @@
+// Loading, saving and editing on the hierarchy page.
+#include "pages/HierarchyPage.h"
+
+#include "pages/EditLocks.h"
+#include "ui/Input.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace dax::workbench {
+
+namespace {
+
+constexpr wchar_t editorName[] = L"GroupEditor";
+constexpr wchar_t conflictNumber[] = L"-2147221503"; // of the Error event: another author has changed the hierarchy
+constexpr long typeGroup = 0, typeLesson = 1;
+constexpr long everywhere = 1 | 2 | 4; // titles, identifiers, lessonIDs
+
+} // namespace
+
+bool HierarchyPage::MayLose(const std::wstring& question) {
+    Apply();
+    if (!isChanged || !bench.options.shots.empty()) return true;
+    const int answer = bench.ask(AskToSave(question));
+    return answer == IDNO || (answer == IDYES && Save());
+}
+
+bool HierarchyPage::MayClose() { return MayLose(L"Save the changes of the hierarchy?"); }
+
+bool HierarchyPage::Load() {
+    if (!editor || bench.busy || !MayLose(L"Save the changes of the hierarchy before it is loaded again?"))
+        return false;
+    Read();
+    return true;
+}
+
+void HierarchyPage::Read() {
+    Run([this] {
+        ShowResult(L"Loading\u2026", Tone::Plain);
+        failure.clear();
+        const std::wstring source = TakeConnection();
+        const std::wstring title = source == bench.catalog.source ? bench.catalog.title : CatalogOf(source);
+        bench.selection = {source, {}, {}, false, Editor()};
+        Editor().Set(L"ConnectionString", ConnectionFor(source));
+        Editor().Set(L"DatabaseTitle", title.empty() ? L"velmora database" : title);
+        const bool isLoaded = Call(*editor, editorName, L"LoadDatabase").Bool();
+        isChanged = false;
+        ShowSelection();
+        const long entries = std::max(Editor().Get(L"NodeCount").Long() - 1, 0L);
+        if (isLoaded)
+            ShowResult(std::to_wstring(entries) + (entries == 1 ? L" entry loaded." : L" entries loaded."), Tone::Good);
+        else
+            ShowResult(L"Not loaded: " + failure, Tone::Bad);
+    });
+}
+
+bool HierarchyPage::Save() {
+    Apply();
+    if (!editor || !isChanged) return true;
+    bool isSaved = false;
+    failureNumber.clear();
+    Run([&] {
+        failure.clear();
+        isSaved = Call(*editor, editorName, L"SaveDatabase").Bool();
+        if (isSaved) isChanged = false;
+        ShowResult(isSaved ? L"Saved." : L"Nothing was saved: " + failure, isSaved ? Tone::Good : Tone::Bad);
+        EnableTools();
+    });
+    if (!isSaved && failureNumber == conflictNumber) OfferToLoad();
+    return isSaved;
+}
+
+void HierarchyPage::OfferToLoad() {
+    const Question question{L"Nothing was saved: another author has changed the hierarchy.",
+                            failure,
+                            {{IDYES, L"&Load again (your edits are lost)"}, {IDCANCEL, L"&Keep editing"}},
+                            IDCANCEL,
+                            IDCANCEL,
+                            true};
+    if (bench.ask(question) == IDYES) Read();
+}
+
+void HierarchyPage::Edit(const std::function<void()>& work) {
+    if (!editor) return;
+    Run([&] {
+        work();
+        ShowSelection();
+    });
+}
+
+void HierarchyPage::Add(bool isGroup) {
+    Edit([&] {
+        const Automation utility = bench.library.CreateObject(L"ContentObjects.Utility");
+        Call(*editor, editorName, L"AddLesson",
+             {utility.Call(L"NewIdentifier"), isGroup ? L"New group" : L"New lesson", L"",
+              isGroup ? typeGroup : typeLesson});
+        ShowResult(isGroup ? L"A group was added; F2 leads to its title."
+                           : L"A lesson was added; F2 leads to its title.",
+                   Tone::Plain);
+    });
+}
+
+void HierarchyPage::Apply() {
+    if (!editor || bench.busy || !IsTyped()) return;
+    Edit([this] { Update(); });
+}
+
+void HierarchyPage::Update() {
+    const Entry typed = Typed();
+    const Entry before = std::exchange(shown, typed); // nothing is typed any more for those who hear of the change
+    try {
+        // A field may show less than there is, as of a title with several lines.
+        const auto stored = [&](const wchar_t* question) { return Editor().Call(question, {typed.lessonID}); };
+        Call(*editor, editorName, L"UpdateLesson",
+             {typed.lessonID, typed.title == before.title ? stored(L"GetLessonTitle") : Variant(typed.title),
+              typed.identifier == before.identifier ? stored(L"GetLessonIdentifier") : Variant(typed.identifier),
+              typed.type == before.type ? stored(L"GetLessonType") : Variant(static_cast<long>(typed.type))});
+    } catch (const HostError&) {
+        shown = before;
+        throw;
+    }
+    isChanged = true;
+    ShowResult(L"Updated; not yet saved.", Tone::Plain);
+}
+
+void HierarchyPage::FocusTree() const {
+    if (editor) SetFocus(editor->Window());
+}
+
+void HierarchyPage::TakeBack(bool isUndo) {
+    Edit([&] {
+        Call(*editor, editorName, isUndo ? L"Undo" : L"Redo");
+        ShowResult(isUndo ? L"Undone; not yet saved." : L"Done again; not yet saved.", Tone::Plain);
+    });
+}
+
+void HierarchyPage::Find() {
+    const std::wstring wanted = FieldText(idSearch);
+    if (wanted.empty()) return FocusField(idSearch);
+    Edit([&] {
+        const bool isFound = !Call(*editor, editorName, L"FindLesson", {wanted, everywhere, true}).Text().empty();
+        ShowResult(isFound ? L"Found." : L"Nothing else is found.", isFound ? Tone::Good : Tone::Bad);
+    });
+}
+
+void HierarchyPage::Remove() {
+    if (!editor || bench.busy || CurrentID().empty()) return;
+    const std::wstring id = CurrentID();
+    Question question = AskToRemove(Editor().Call(L"GetLessonTitle", {id}).Text(),
+                                    Editor().Call(L"GetChildLessonCount", {id}).Long(), L"entries");
+    std::vector<std::wstring> removed;
+    const Automation ids(Editor().Call(L"GetChildLessonIDCollection", {id}).Object());
+    const long count = ids.Get(L"Count").Long();
+    for (long i = 1; i <= count; ++i) removed.push_back(ids.Call(L"Item", {i}).Text());
+    if (const std::wstring holders = DescribeEditLocks(ConnectionFor(bench.selection.source), removed);
+        !holders.empty()) {
+        question.text += (question.text.empty() ? L"" : L"\n\n") + holders;
+        question.byDefault = IDCANCEL;
+        question.isWarning = true;
+    }
+    const int answer = bench.ask(question);
+    if (answer != IDYES && answer != IDNO) return;
+    const bool withChildren = answer == IDYES;
+    Edit([&] {
+        Call(*editor, editorName, L"RemoveLesson", {id, withChildren});
+        ShowResult(L"Removed; not yet saved.", Tone::Plain);
+    });
+}
+
+void HierarchyPage::Move(int tool) {
+    Edit([&] { Call(*editor, editorName, L"MoveCurrent", {static_cast<long>(tool - idUp + 1)}); });
+}
+
+void HierarchyPage::Display(int tool) {
+    Edit([&] {
+        if (tool == idExpandAll) Call(*editor, editorName, L"ExpandAll");
+        if (tool == idCollapseAll) Call(*editor, editorName, L"CollapseAll");
+        if (tool != idFreeze) return;
+        isFrozen = !isFrozen;
+        tools.Press(idFreeze, isFrozen);
+        Call(*editor, editorName, isFrozen ? L"LockDisplay" : L"UnlockDisplay");
+    });
+}
+
+} // namespace dax::workbench

@@ -1,0 +1,79 @@
+// The pictures of the pages and of an application's start.
+#include "automation/Automation.h"
+#include "ui/Frame.h"
+#include "ui/Picture.h"
+
+#include <map>
+
+namespace dax::workbench {
+
+namespace {
+
+void MakeFolder(const std::wstring& folder) {
+    if (!CreateDirectoryW(folder.c_str(), nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
+        throw HostError(E_FAIL, folder + L": " + DescribeResult(HRESULT_FROM_WIN32(GetLastError())));
+}
+
+} // namespace
+
+void Frame::DispatchPending() {
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) HandleMessage(message);
+}
+
+int Frame::TakeStart(const std::wstring& folder) {
+    try {
+        MakeFolder(folder);
+        std::map<int, std::pair<size_t, StartStep>> steps;
+        for (size_t i = 0; i < pages.size(); ++i) {
+            if (!Show(i) || !Current()->Problem().empty())
+                throw HostError(E_FAIL, L"A page cannot be shown. " + Current()->Problem());
+            for (const StartStep& step : Current()->Steps()) steps[step.place] = {i, step};
+        }
+        for (const auto& [place, one] : steps) {
+            const auto& [page, step] = one;
+            Show(page);
+            Current()->TakeFocus();
+            step.enter();
+            DispatchPending();
+            const std::wstring name = L"start-" + std::to_wstring(place + 100).substr(1) + L"-" + step.name + L".png";
+            SavePicture(Handle(), folder + L"\\" + name);
+            if (!Current()->Failure().empty()) throw HostError(E_FAIL, step.name + L": " + Current()->Failure());
+            Say(name + L"  " + step.text + L"\n", false);
+        }
+    } catch (const HostError& error) {
+        Say(L"DAXWorkbench: " + error.Text() + L"\n", true);
+        return 1;
+    }
+    return 0;
+}
+
+int Frame::TakePictures(const std::wstring& folder) {
+    int code = 0;
+    try {
+        MakeFolder(folder);
+        for (size_t i = 0; i < pages.size(); ++i) {
+            if (!Show(i)) throw HostError(E_FAIL, L"A page's window cannot be created.");
+            const std::wstring path = folder + L"\\" + pages[i].entry->fileName + L"-";
+            if (!Current()->Problem().empty()) {
+                DispatchPending();
+                SavePicture(Handle(), path + L"problem.png");
+                Say(L"DAXWorkbench: " + Current()->Problem() + L"\n", true);
+                code = 1;
+                continue;
+            }
+            Current()->TakeFocus();
+            for (const PageState& state : Current()->States()) {
+                state.enter();
+                DispatchPending();
+                SavePicture(Handle(), path + state.name + L".png");
+            }
+        }
+    } catch (const HostError& error) {
+        Say(L"DAXWorkbench: " + error.Text() + L"\n", true);
+        return 1;
+    }
+    return code;
+}
+
+} // namespace dax::workbench

@@ -1,0 +1,15 @@
+// The pictures of the toolbars.
+#pragma once
+
+#include "controls/win32/Windows.h" // first: it frees names that the system takes as macros
+
+#include "ui/Toolbar.h"
+
+#include <commctrl.h>
+
+namespace dax::workbench {
+
+// One picture for each Icon, in their order. The caller destroys the list.
+HIMAGELIST CreateToolbarIcons(int size, bool isEnabled);
+
+} // namespace dax::workbench

@@ -1,0 +1,112 @@
+#include "com/ConnectionPoint.h"
+
+#include "com/Enumerator.h"
+
+#include <olectl.h>
+
+#include <algorithm>
+
+namespace dax {
+
+namespace {
+
+CONNECTDATA GiveConnection(const ConnectionPoint::Connection& held) {
+    held.sink->AddRef();
+    return {held.sink.Get(), held.cookie};
+}
+
+IConnectionPoint* GivePoint(const ComPtr<IConnectionPoint>& held) {
+    held->AddRef();
+    return held.Get();
+}
+
+using ConnectionEnumerator =
+    Enumerator<IEnumConnections, IID_IEnumConnections, CONNECTDATA, ConnectionPoint::Connection, GiveConnection>;
+using PointEnumerator = Enumerator<IEnumConnectionPoints, IID_IEnumConnectionPoints, IConnectionPoint*,
+                                   ComPtr<IConnectionPoint>, GivePoint>;
+
+} // namespace
+
+bool ConnectionPoint::IsConnected(DWORD cookie) const {
+    return std::any_of(connections.begin(), connections.end(),
+                       [cookie](const Connection& connection) { return connection.cookie == cookie; });
+}
+
+void ConnectionPoint::DisconnectAll() {
+    std::vector<Connection> released;
+    released.swap(connections);
+}
+
+HRESULT ConnectionPoint::QueryInterface(REFIID iid, void** object) {
+    if (!object) return E_POINTER;
+    *object = iid == IID_IUnknown || iid == IID_IConnectionPoint ? static_cast<IConnectionPoint*>(this) : nullptr;
+    if (!*object) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+}
+
+HRESULT ConnectionPoint::GetConnectionInterface(IID* iid) {
+    if (!iid) return E_POINTER;
+    *iid = sinkInterface;
+    return S_OK;
+}
+
+HRESULT ConnectionPoint::GetConnectionPointContainer(IConnectionPointContainer** container) {
+    if (!container) return E_POINTER;
+    *container = &owner;
+    owner.AddRef();
+    return S_OK;
+}
+
+HRESULT ConnectionPoint::Advise(IUnknown* sink, DWORD* cookie) {
+    if (cookie) *cookie = 0;
+    if (!sink || !cookie) return E_POINTER;
+    ComPtr<IUnknown> wanted = Query<IUnknown>(sink, sinkInterface);
+    if (!wanted && kind == Kind::Events) wanted = Query<IUnknown>(sink, IID_IDispatch);
+    if (!wanted) return CONNECT_E_CANNOTCONNECT;
+    try {
+        connections.push_back({++lastCookie, std::move(wanted)});
+    } catch (...) {
+        return E_OUTOFMEMORY;
+    }
+    *cookie = lastCookie;
+    return S_OK;
+}
+
+HRESULT ConnectionPoint::Unadvise(DWORD cookie) {
+    const auto found = std::find_if(connections.begin(), connections.end(),
+                                    [cookie](const Connection& connection) { return connection.cookie == cookie; });
+    if (found == connections.end()) return CONNECT_E_NOCONNECTION;
+    const Connection released = std::move(*found);
+    connections.erase(found);
+    return S_OK;
+}
+
+HRESULT ConnectionPoint::EnumConnections(IEnumConnections** result) {
+    if (!result) return E_POINTER;
+    *result = nullptr;
+    try {
+        return ConnectionEnumerator::Create(connections, result);
+    } catch (...) {
+        return E_OUTOFMEMORY;
+    }
+}
+
+void FireEvent(const ConnectionPoint& point, DISPID event, std::span<Variant> arguments) {
+    std::vector<Variant> reversed(arguments.rbegin(), arguments.rend());
+    for (const auto& connection : point.Connections()) {
+        if (!point.IsConnected(connection.cookie)) continue; // an earlier sink has disconnected it
+        // Connected as the events' own interface or as IDispatch: both are an IDispatch. Asked for it again, a sink of
+        // several controls would answer the one that it was made for first.
+        auto* const dispatch = static_cast<IDispatch*>(connection.sink.Get());
+        DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+        Variant result;
+        dispatch->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, &result, nullptr, nullptr);
+    }
+}
+
+HRESULT EnumeratePoints(std::vector<ComPtr<IConnectionPoint>> points, IEnumConnectionPoints** result) {
+    return PointEnumerator::Create(std::move(points), result);
+}
+
+} // namespace dax

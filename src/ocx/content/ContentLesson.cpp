@@ -1,0 +1,158 @@
+// A lesson and its collections.
+#include "ocx/content/ContentLesson.h"
+
+#include "base/Error.h"
+#include "content/LessonText.h"
+
+namespace dax {
+
+namespace {
+
+// What a lesson and its collections share: a collection that a host holds follows when a text is loaded.
+struct LessonState {
+    std::shared_ptr<ContentLesson> lesson = std::make_shared<ContentLesson>();
+};
+using LessonStateRef = std::shared_ptr<LessonState>;
+
+// Of the classes that only a lesson makes.
+const ClassEntry storyboardsEntry{&CLSID_Storyboards, &IID__Storyboards, nullptr, L"Storyboards", L"", nullptr, 0};
+const ClassEntry mapsEntry{&CLSID_StoryboardMaps, &IID__StoryboardMaps, nullptr, L"StoryboardMaps", L"", nullptr, 0};
+
+template <typename Face>
+IDispatch* GivenObject(const std::shared_ptr<Face>& face) {
+    return Given(HostObjectOf(face));
+}
+
+class StoryboardsObject final : public Automation<_Storyboards> {
+public:
+    explicit StoryboardsObject(LessonStateRef state) : Automation(storyboardsEntry), state(std::move(state)) {}
+
+    STDMETHODIMP get_Count(LONG* value) override {
+        return Answer(value, [this] { return Storyboards().Count(); });
+    }
+    STDMETHODIMP get_Item(BSTR sbid, IDispatch** value) override {
+        return Answer(value, [&] { return GivenObject(Storyboards().Item(FromBstr(sbid))); });
+    }
+    STDMETHODIMP Add(IDispatch* storyboard) override {
+        return Run([&] {
+            const auto held = HoldStoryboard(storyboard);
+            Storyboards().Add(held);
+        });
+    }
+    STDMETHODIMP Remove(BSTR sbid) override {
+        return Run([&] {
+            const auto collection = state->lesson->Storyboards(); // the storyboard's end may come back here
+            collection->Remove(FromBstr(sbid));
+        });
+    }
+    STDMETHODIMP get__NewEnum(IUnknown** value) override {
+        return Answer(value, [this] {
+            std::vector<ComPtr<IDispatch>> objects;
+            for (const auto& each : Storyboards().All()) objects.emplace_back(HostObjectOf(each));
+            return EnumerateObjects(std::move(objects));
+        });
+    }
+
+private:
+    dax::Storyboards& Storyboards() const { return *state->lesson->Storyboards(); }
+
+    const LessonStateRef state;
+};
+
+class MapsObject final : public Automation<_StoryboardMaps> {
+public:
+    explicit MapsObject(LessonStateRef state) : Automation(mapsEntry), state(std::move(state)) {}
+
+    STDMETHODIMP get_Count(LONG* value) override {
+        return Answer(value, [this] { return Maps()->Count(); });
+    }
+    STDMETHODIMP get_Item(VARIANT indexOrName, IDispatch** value) override {
+        return Answer(value, [&] {
+            const Value wanted = ToValue(indexOrName);
+            if (const auto* name = std::get_if<Text>(&wanted)) return GivenObject(Maps()->Item(*name));
+            const Value number = ToValue(indexOrName, int64_t{});
+            const auto* index = std::get_if<int64_t>(&number);
+            if (!index) throw Error(ErrorNumbers::TypeMismatch, u"A map has a number or a name.");
+            return GivenObject(Maps()->Item(static_cast<int32_t>(*index)));
+        });
+    }
+    STDMETHODIMP Add(IDispatch* map) override {
+        return Run([&] { Maps()->Add(HoldMap(map)); });
+    }
+    STDMETHODIMP get_DefaultMap(IDispatch** value) override {
+        return Answer(value, [this] { return GivenObject(Maps()->DefaultMap()); });
+    }
+    STDMETHODIMP put_DefaultMap(IDispatch* value) override { return putref_DefaultMap(value); }
+    STDMETHODIMP putref_DefaultMap(IDispatch* value) override {
+        return Run([&] { Maps()->SetDefaultMap(value ? HoldMap(value) : nullptr); });
+    }
+    STDMETHODIMP get__NewEnum(IUnknown** value) override {
+        return Answer(value, [this] {
+            const auto maps = Maps();
+            std::vector<ComPtr<IDispatch>> objects;
+            objects.reserve(static_cast<size_t>(maps->Count()));
+            for (int32_t i = 0; i < maps->Count(); ++i) objects.emplace_back(HostObjectOf(maps->Item(i)));
+            return EnumerateObjects(std::move(objects));
+        });
+    }
+
+private:
+    std::shared_ptr<StoryboardMaps> Maps() const { return state->lesson->Maps(); }
+
+    const LessonStateRef state;
+};
+
+// A lesson read from a text, with an automation object for each of its parts.
+std::shared_ptr<ContentLesson> WithObjects(const ContentLesson& read) {
+    const auto lesson = std::make_shared<ContentLesson>();
+    for (const auto& each : read.Storyboards()->All()) {
+        lesson->Storyboards()->Add(HoldNewStoryboard(std::dynamic_pointer_cast<ContentStoryboard>(each)));
+    }
+    for (int32_t i = 0; i < read.Maps()->Count(); ++i) {
+        const auto map = read.Maps()->Item(i);
+        const auto held = HoldNewMap(std::dynamic_pointer_cast<ContentMap>(map));
+        lesson->Maps()->Add(held);
+        if (map == read.Maps()->DefaultMap()) lesson->Maps()->SetDefaultMap(held);
+    }
+    lesson->SetCurrentSBID(read.CurrentSBID());
+    return lesson;
+}
+
+class LessonObject final : public Automation<_Lesson> {
+public:
+    explicit LessonObject(const ClassEntry& entry) : Automation(entry) {}
+
+    STDMETHODIMP get_Maps(_StoryboardMaps** value) override {
+        return Answer(value, [this] { return new MapsObject(state); });
+    }
+    STDMETHODIMP get_Storyboards(_Storyboards** value) override {
+        return Answer(value, [this] { return new StoryboardsObject(state); });
+    }
+    STDMETHODIMP get_CurrentSBID(BSTR* value) override {
+        return Answer(value, [this] { return state->lesson->CurrentSBID(); });
+    }
+    STDMETHODIMP put_CurrentSBID(BSTR value) override {
+        return Run([&] { state->lesson->SetCurrentSBID(FromBstr(value)); });
+    }
+    STDMETHODIMP Load(BSTR lessonText) override {
+        return Run([&] {
+            auto loaded = WithObjects(*LessonText::Load(FromBstr(lessonText)));
+            const auto before = std::exchange(state->lesson, std::move(loaded)); // goes last: it may come back here
+        });
+    }
+    STDMETHODIMP Save(BSTR* lessonText) override {
+        return Answer(lessonText, [this] {
+            const auto lesson = state->lesson;
+            return LessonText::Save(*lesson);
+        });
+    }
+
+private:
+    const LessonStateRef state = std::make_shared<LessonState>();
+};
+
+} // namespace
+
+IUnknown* CreateLesson(const ClassEntry& entry) { return static_cast<_Lesson*>(new LessonObject(entry)); }
+
+} // namespace dax

@@ -1,0 +1,30 @@
+// Lessons, maps and storyboards of our own as automation objects, round the ones of src/content.
+#pragma once
+
+#include "ContentObjects.h"
+
+#include "content/ContentLesson.h"
+#include "com/Object.h"
+#include "ocx/latebound/ContentLessonAdapters.h"
+
+namespace dax {
+
+IUnknown* CreateLesson(const ClassEntry& entry);
+IUnknown* CreateStoryboardMap(const ClassEntry& entry);
+IUnknown* CreateStoryboard(const ClassEntry& entry);
+
+// How a lesson holds what a host has added: an object of this library with what stands behind it, or the host's own.
+std::shared_ptr<Storyboard> HoldStoryboard(IDispatch* object); // throw Error for null
+std::shared_ptr<StoryboardMap> HoldMap(IDispatch* object);
+// A new automation object round one that was read from a text, held likewise.
+std::shared_ptr<Storyboard> HoldNewStoryboard(std::shared_ptr<ContentStoryboard> storyboard);
+std::shared_ptr<StoryboardMap> HoldNewMap(std::shared_ptr<ContentMap> map);
+
+// A counted reference for a host to receive; null for null.
+template <typename Interface>
+Interface* Given(Interface* object) {
+    if (object) object->AddRef();
+    return object;
+}
+
+} // namespace dax

@@ -1,0 +1,222 @@
+// The parts of a lesson: storyboards and maps.
+#include "ocx/content/ContentLesson.h"
+
+#include "base/Error.h"
+
+namespace dax {
+
+namespace {
+
+// By these our own objects know each other, whatever else a host has handed in.
+constexpr IID ownStoryboardID{0x41ea4f92, 0xa57e, 0x4277, {0x93, 0x96, 0x8d, 0xa9, 0x35, 0x3d, 0x67, 0xb4}};
+constexpr IID ownMapID{0xdddb5e0e, 0x8e23, 0x420d, {0xa4, 0x9c, 0x44, 0x73, 0x83, 0x5a, 0x49, 0xbd}};
+
+template <typename Core>
+struct Own : IUnknown {
+    virtual const std::shared_ptr<Core>& Inside() const = 0;
+};
+
+// The base of an object that has something of the core inside.
+template <typename Core, const IID& iid>
+class Holder : public ClassObject, public Own<Core> {
+public:
+    const std::shared_ptr<Core>& Inside() const override { return inside; }
+
+protected:
+    Holder(const ClassEntry& entry, std::shared_ptr<Core> inside) : ClassObject(entry), inside(std::move(inside)) {}
+    void* Find(REFIID wanted) override {
+        return wanted == iid ? static_cast<Own<Core>*>(this) : ClassObject::Find(wanted);
+    }
+
+private:
+    const std::shared_ptr<Core> inside;
+};
+
+using StoryboardHolder = Holder<ContentStoryboard, ownStoryboardID>;
+using MapHolder = Holder<ContentMap, ownMapID>;
+
+class StoryboardObject final : public Automation<_Storyboard, StoryboardHolder> {
+public:
+    StoryboardObject(const ClassEntry& entry, std::shared_ptr<ContentStoryboard> storyboard)
+        : Automation(entry, std::move(storyboard)) {}
+
+    STDMETHODIMP get_SBID(BSTR* value) override {
+        return Answer(value, [this] { return Inside()->SBID(); });
+    }
+    STDMETHODIMP put_SBID(BSTR value) override {
+        return Run([&] { Inside()->SetSBID(FromBstr(value)); });
+    }
+    STDMETHODIMP get_Title(BSTR* value) override {
+        return Answer(value, [this] { return Inside()->Title(); });
+    }
+    STDMETHODIMP put_Title(BSTR value) override {
+        return Run([&] { Inside()->SetTitle(FromBstr(value)); });
+    }
+    STDMETHODIMP get_Identifier(BSTR* value) override {
+        return Answer(value, [this] { return Inside()->Identifier(); });
+    }
+    STDMETHODIMP put_Identifier(BSTR value) override {
+        return Run([&] { Inside()->SetIdentifier(FromBstr(value)); });
+    }
+    STDMETHODIMP get_StoryboardType(BSTR* value) override {
+        return Answer(value, [this] { return Inside()->StoryboardType(); });
+    }
+    STDMETHODIMP put_StoryboardType(BSTR value) override {
+        return Run([&] { Inside()->SetStoryboardType(FromBstr(value)); });
+    }
+};
+
+// The nodes of a host's tree, as a map fills and reads them. A reference is the place in `held`, counted from 1.
+class HostNodes final : public MapTree {
+public:
+    // `nodes` may be null where only the nodes below the root are read.
+    HostNodes(IDispatch* nodes, IDispatch* root) : nodes(nodes) {
+        if (!root) throw Error(ErrorNumbers::InvalidCall, u"There is no node of the map.");
+        held.emplace_back(root);
+        knowsKeys = nodes && this->nodes.Has(L"Contains");
+    }
+    NodeRef Root() const { return NodeRef{1}; }
+
+    bool Contains(const Text& key) const override {
+        const Variant wanted{TextView(key)};
+        if (!knowsKeys) return ObjectFrom(nodes.Look(L"Item", wanted)).Get() != nullptr;
+        const Value isThere = ToValue(nodes.Call(L"Contains", {wanted}), false);
+        return isThere == Value(true);
+    }
+    NodeRef AddChild(NodeRef parent, const Text& key, const Text& caption) override {
+        constexpr int32_t asChild = 4; // of the relations that trees know
+        return Hold(nodes.Call(L"Add", {Variant(At(parent).Object()), Variant(asChild), Variant(TextView(key)),
+                                        Variant(TextView(caption))}));
+    }
+    Text Key(NodeRef node) const override { return TextFrom(At(node).Call(L"Key")); }
+    NodeRef FirstChild(NodeRef node) const override { return Hold(At(node).Call(L"Child")); }
+    NodeRef Next(NodeRef node) const override { return Hold(At(node).Call(L"Next")); }
+
+private:
+    HostObject At(NodeRef node) const {
+        const auto place = static_cast<size_t>(node);
+        if (place == 0 || place > held.size())
+            throw Error(ErrorNumbers::InvalidCall, u"The host's tree has added no node.");
+        return held[place - 1];
+    }
+    NodeRef Hold(const Variant& answer) const {
+        const auto node = ObjectFrom(answer);
+        if (!node) return NodeRef::None;
+        held.emplace_back(node.Get());
+        return NodeRef{held.size()};
+    }
+
+    HostObject nodes;
+    bool knowsKeys = false;
+    mutable std::vector<HostObject> held;
+};
+
+class MapObject final : public Automation<_StoryboardMap, MapHolder> {
+public:
+    MapObject(const ClassEntry& entry, std::shared_ptr<ContentMap> map) : Automation(entry, std::move(map)) {}
+
+    STDMETHODIMP get_Name(BSTR* value) override {
+        return Answer(value, [this] { return Inside()->Name(); });
+    }
+    STDMETHODIMP put_Name(BSTR value) override {
+        return Run([&] { Inside()->SetName(FromBstr(value)); });
+    }
+    STDMETHODIMP FillTree(IDispatch* nodes, IDispatch* mapRoot) override {
+        return Run([&] {
+            if (!nodes) throw Error(ErrorNumbers::InvalidCall, u"There are no nodes to fill.");
+            HostNodes tree(nodes, mapRoot);
+            Inside()->FillTree(tree, tree.Root());
+        });
+    }
+    STDMETHODIMP ReadLayout(IDispatch* mapRoot) override {
+        return Run([&] {
+            const HostNodes tree(nullptr, mapRoot);
+            Inside()->ReadLayout(tree, tree.Root());
+        });
+    }
+};
+
+// Held by a lesson: the host's reference, and straight access to what stands behind it.
+class OwnStoryboard final : public HostStoryboard {
+public:
+    OwnStoryboard(IDispatch* object, std::shared_ptr<ContentStoryboard> inside)
+        : HostStoryboard(object), inside(std::move(inside)) {}
+    Text SBID() const override { return inside->SBID(); }
+    Text Title() const override { return inside->Title(); }
+    Text Identifier() const override { return inside->Identifier(); }
+    Text StoryboardType() const override { return inside->StoryboardType(); }
+
+private:
+    const std::shared_ptr<ContentStoryboard> inside;
+};
+
+class OwnMap final : public HostMap {
+public:
+    OwnMap(IDispatch* object, std::shared_ptr<ContentMap> inside)
+        : HostMap(object, nullptr), inside(std::move(inside)) {}
+    Text Name() const override { return inside->Name(); }
+    void SetName(const Text& name) override { inside->SetName(name); }
+    void FillTree(MapTree& nodes, MapTree::NodeRef mapRoot) override { inside->FillTree(nodes, mapRoot); }
+    void ReadLayout(const MapTree& nodes, MapTree::NodeRef mapRoot) override { inside->ReadLayout(nodes, mapRoot); }
+
+private:
+    const std::shared_ptr<ContentMap> inside;
+};
+
+const ClassEntry& EntryOf(const CLSID& clsid) {
+    for (const ClassEntry& entry : ThisLibrary().classes) {
+        if (*entry.clsid == clsid) return entry;
+    }
+    throw ComError(CLASS_E_CLASSNOTAVAILABLE);
+}
+
+// The own object behind a reference, or null.
+template <typename Core>
+ComPtr<Own<Core>> OwnObject(IDispatch* object, const IID& iid) {
+    ComPtr<Own<Core>> own;
+    if (FAILED(object->QueryInterface(iid, own.OutVoid()))) return {};
+    return own;
+}
+
+template <typename Interface>
+ComPtr<IDispatch> Adopted(Interface* object) { // whose first reference is ours
+    const ComPtr<IDispatch> result(object);
+    object->Release();
+    return result;
+}
+
+} // namespace
+
+IUnknown* CreateStoryboard(const ClassEntry& entry) {
+    return static_cast<_Storyboard*>(new StoryboardObject(entry, std::make_shared<ContentStoryboard>()));
+}
+
+IUnknown* CreateStoryboardMap(const ClassEntry& entry) {
+    return static_cast<_StoryboardMap*>(new MapObject(entry, std::make_shared<ContentMap>()));
+}
+
+std::shared_ptr<Storyboard> HoldStoryboard(IDispatch* object) {
+    if (!object) throw Error(ErrorNumbers::InvalidCall, u"There is no storyboard to add.");
+    if (const auto own = OwnObject<ContentStoryboard>(object, ownStoryboardID))
+        return std::make_shared<OwnStoryboard>(object, own->Inside());
+    return std::make_shared<HostStoryboard>(object);
+}
+
+std::shared_ptr<StoryboardMap> HoldMap(IDispatch* object) {
+    if (!object) throw Error(ErrorNumbers::InvalidCall, u"There is no map to add.");
+    if (const auto own = OwnObject<ContentMap>(object, ownMapID))
+        return std::make_shared<OwnMap>(object, own->Inside());
+    return std::make_shared<HostMap>(object, nullptr);
+}
+
+std::shared_ptr<Storyboard> HoldNewStoryboard(std::shared_ptr<ContentStoryboard> storyboard) {
+    const auto object = Adopted(static_cast<_Storyboard*>(new StoryboardObject(EntryOf(CLSID_Storyboard), storyboard)));
+    return std::make_shared<OwnStoryboard>(object.Get(), std::move(storyboard));
+}
+
+std::shared_ptr<StoryboardMap> HoldNewMap(std::shared_ptr<ContentMap> map) {
+    const auto object = Adopted(static_cast<_StoryboardMap*>(new MapObject(EntryOf(CLSID_StoryboardMap), map)));
+    return std::make_shared<OwnMap>(object.Get(), std::move(map));
+}
+
+} // namespace dax

@@ -1,0 +1,238 @@
+#include "ocx/controls/IDCollection.h"
+
+#include "base/Error.h"
+#include "com/Enumerator.h"
+#include "com/Object.h"
+#include "ocx/latebound/ContentLessonCalls.h"
+
+#include <algorithm>
+#include <optional>
+#include <unordered_set>
+#include <vector>
+
+namespace dax {
+
+namespace {
+
+// As hosts know them.
+constexpr int32_t NoSuchMember = 438, KeyIsThere = 457;
+// A host's array or enumeration could be without end.
+constexpr int32_t MostElements = 1'000'000;
+
+// Only a collection of ours has this interface: it is then the default one of an IDCollectionObject.
+constexpr IID OwnCollection{0x7d1e5d0b, 0x3c0f, 0x4c59, {0xa6, 0x0d, 0x61, 0x0f, 0x53, 0x2d, 0x8e, 0x17}};
+
+const ClassEntry collectionClass{
+    &CLSID_IDCollection, &IID__IDCollection, nullptr, L"IDCollection", L"DAX identifiers", nullptr, 0};
+
+VARIANT GiveText(const Text& text) {
+    VARIANT result;
+    VariantInit(&result);
+    result.bstrVal = ToBstr(text);
+    result.vt = VT_BSTR;
+    return result;
+}
+
+using TextEnumerator = Enumerator<IEnumVARIANT, IID_IEnumVARIANT, VARIANT, Text, GiveText>;
+
+class IDCollectionObject final : public Automation<_IDCollection> {
+public:
+    explicit IDCollectionObject(IDCollection collected)
+        : Automation(collectionClass), identifiers(std::move(collected)) {
+        for (const Text& id : identifiers) places.push_back(&id);
+    }
+
+    bool Contains(const Text& id) const { return identifiers.Contains(id); }
+
+    STDMETHODIMP get_Count(LONG* value) override {
+        return Answer(value, [this] { return places.size(); });
+    }
+    STDMETHODIMP get_Item(VARIANT index, BSTR* value) override {
+        return Answer(value, [&] {
+            const Variant plain = PlainOf(index);
+            return plain.vt == VT_BSTR ? KeyFrom(plain) : *places[PlaceFrom(plain)];
+        });
+    }
+    STDMETHODIMP get__NewEnum(IUnknown** value) override {
+        return Answer(value, [this] {
+            IEnumVARIANT* result = nullptr;
+            Check(TextEnumerator::Create({identifiers.begin(), identifiers.end()}, &result));
+            return result;
+        });
+    }
+    STDMETHODIMP Add(BSTR identifier, VARIANT key) override {
+        return Run([&] {
+            const Text id = FromBstr(identifier);
+            if (!IsLeftOut(key) && TextFrom(PlainOf(key)) != id)
+                throw Error(ErrorNumbers::InvalidCall, u"An identifier is its own key.");
+            places.reserve(places.size() + 1);
+            if (!identifiers.Add(id))
+                throw Error(KeyIsThere, u"'" + id + u"' is an element of this collection already.");
+            places.push_back(&*std::prev(identifiers.end()));
+        });
+    }
+    STDMETHODIMP Remove(VARIANT index) override {
+        return Run([&] {
+            const Variant plain = PlainOf(index);
+            const Text id = plain.vt == VT_BSTR ? KeyFrom(plain) : *places[PlaceFrom(plain)];
+            places.erase(std::find_if(places.begin(), places.end(), [&](const Text* each) { return *each == id; }));
+            identifiers.Remove(id);
+        });
+    }
+
+private:
+    void* Find(REFIID iid) override {
+        return iid == OwnCollection ? static_cast<_IDCollection*>(this) : Automation::Find(iid);
+    }
+
+    Text KeyFrom(const Variant& index) const {
+        Text key = FromBstr(index.bstrVal);
+        if (!identifiers.Contains(key)) throw Error(ErrorNumbers::InvalidCall, u"Invalid procedure call or argument");
+        return key;
+    }
+    size_t PlaceFrom(const Variant& index) const {
+        const int32_t place = NumberFrom(index);
+        if (place < 1 || static_cast<size_t>(place) > places.size())
+            throw Error(ErrorNumbers::OutOfRange, u"Subscript out of range");
+        return static_cast<size_t>(place) - 1;
+    }
+
+    IDCollection identifiers;
+    std::vector<const Text*> places; // in their order
+};
+
+// The number by which a host counts a failure.
+int32_t HostsNumber(int32_t code) {
+    switch (static_cast<HRESULT>(code)) {
+    case E_OUTOFMEMORY:
+        return ErrorNumbers::OutOfMemory;
+    case DISP_E_TYPEMISMATCH:
+        return ErrorNumbers::TypeMismatch;
+    case DISP_E_MEMBERNOTFOUND:
+    case DISP_E_UNKNOWNNAME:
+        return NoSuchMember;
+    default:
+        return HRESULT_FACILITY(code) == FACILITY_CONTROL && code < 0 ? HRESULT_CODE(code) : code;
+    }
+}
+
+bool IsNothing(const Variant& item) {
+    return IsLeftOut(item) || ((item.vt == VT_DISPATCH || item.vt == VT_UNKNOWN) && !item.punkVal);
+}
+
+class HostsKeys final : public KeyedCollection {
+public:
+    explicit HostsKeys(IDispatch* collection) : host(collection) {}
+
+    bool HasKey(const Text& key) override {
+        try {
+            if (way == Way::Unknown) FindWay();
+            return Ask(key);
+        } catch (const Error& error) {
+            BeginReading(); // another attempt starts afresh
+            throw Error(HostsNumber(error.Number()), error.Description());
+        }
+    }
+    void BeginReading() override {
+        way = Way::Unknown;
+        own = {};
+        elements.clear();
+    }
+
+private:
+    enum class Way { Unknown, Own, Exists, Item, Elements };
+
+    void FindWay() {
+        own = Query<_IDCollection>(host.Object(), OwnCollection);
+        if (own)
+            way = Way::Own;
+        else if (host.Has(L"Exists"))
+            way = Way::Exists;
+        else if (host.Has(L"Item"))
+            way = Way::Item;
+        else
+            ReadElements();
+    }
+
+    bool Ask(const Text& key) {
+        switch (way) {
+        case Way::Own:
+            return static_cast<IDCollectionObject*>(own.Get())->Contains(key);
+        case Way::Exists:
+            return NumberFrom(host.Call(L"Exists", {Variant(key)})) != 0;
+        case Way::Item:
+            return FindItem(key);
+        default:
+            return elements.contains(key);
+        }
+    }
+
+    bool FindItem(const Text& key) {
+        try {
+            return !IsNothing(host.Look(L"Item", Variant(key)));
+        } catch (const Error& error) {
+            // A list that knows places only.
+            if (HostsNumber(error.Number()) != ErrorNumbers::TypeMismatch || !EnumeratorOf()) throw;
+        }
+        ReadElements();
+        return elements.contains(key);
+    }
+
+    void ReadElements() {
+        std::unordered_set<Text> read;
+        const auto add = [&](const Variant& element) {
+            if (read.size() >= MostElements)
+                throw Error(ErrorNumbers::Automation, u"A collection of the host has no end.");
+            read.insert(TextFrom(PlainOf(element)));
+        };
+        if (host.Has(L"length")) {
+            const int32_t length = NumberFrom(host.Get(L"length"));
+            if (length > MostElements) throw Error(ErrorNumbers::Automation, u"An array of the host is too long.");
+            for (int32_t i = 0; i < length; ++i) {
+                const std::wstring name = std::to_wstring(i);
+                if (host.Has(name.c_str())) add(host.Get(name.c_str()));
+            }
+        } else {
+            const auto enumerator = EnumeratorOf();
+            if (!enumerator)
+                throw Error(NoSuchMember, u"A collection of the host has neither Exists nor Item nor an enumeration.");
+            for (;;) {
+                Variant element;
+                const HRESULT result = enumerator->Next(1, &element, nullptr);
+                if (FAILED(result)) throw Error(result, u"A collection of the host cannot be enumerated.");
+                if (result != S_OK) break;
+                add(element);
+            }
+        }
+        elements.swap(read);
+        way = Way::Elements;
+    }
+
+    ComPtr<IEnumVARIANT> EnumeratorOf() const {
+        DISPPARAMS none{};
+        Variant result;
+        const ComPtr<IDispatch> kept(host.Object());
+        if (FAILED(kept->Invoke(DISPID_NEWENUM, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD | DISPATCH_PROPERTYGET,
+                                &none, &result, nullptr, nullptr)) ||
+            (result.vt != VT_UNKNOWN && result.vt != VT_DISPATCH))
+            return {};
+        return Query<IEnumVARIANT>(result.punkVal, IID_IEnumVARIANT);
+    }
+
+    const HostObject host;
+    Way way = Way::Unknown;
+    ComPtr<_IDCollection> own;
+    std::unordered_set<Text> elements;
+};
+
+} // namespace
+
+_IDCollection* NewIDCollectionObject(IDCollection identifiers) {
+    return new IDCollectionObject(std::move(identifiers));
+}
+
+std::shared_ptr<KeyedCollection> KeysOf(IDispatch* collection) {
+    return collection ? std::make_shared<HostsKeys>(collection) : nullptr;
+}
+
+} // namespace dax

@@ -1,0 +1,38 @@
+#include "ocx/controls/ControlClasses.h"
+#include "ocx/controls/GroupEditor.h"
+#include "ocx/hosting/Control.h"
+#include "panels/win32/LessonInfoWindow.h"
+
+namespace dax {
+
+namespace {
+
+class LessonInfoControl final : public ControlOf<_LessonInfo, LessonInfoWindow> {
+public:
+    explicit LessonInfoControl(const ClassEntry& entry) : ControlOf(entry) {}
+
+    STDMETHODIMP get_ShowIdentifier(VARIANT_BOOL* value) override {
+        return Answer(value, [this] { return info->ShowIdentifier(); });
+    }
+    STDMETHODIMP put_ShowIdentifier(VARIANT_BOOL value) override {
+        return Run([&] {
+            info->SetShowIdentifier(value != VARIANT_FALSE);
+            ViewChanged();
+        });
+    }
+    STDMETHODIMP UpdateFrom(_GroupEditor* ge) override {
+        return Run([&] {
+            info->UpdateFrom(HierarchyOf(ge).get());
+            ViewChanged();
+        });
+    }
+
+private:
+    const std::shared_ptr<LessonInfo> info = View().Info();
+};
+
+} // namespace
+
+IUnknown* CreateLessonInfo(const ClassEntry& entry) { return static_cast<_LessonInfo*>(new LessonInfoControl(entry)); }
+
+} // namespace dax

@@ -1,0 +1,45 @@
+#include "ocx/controls/ControlClasses.h"
+#include "ocx/controls/GroupEditor.h"
+#include "ocx/hosting/Control.h"
+#include "panels/win32/LockInfoWindow.h"
+
+namespace dax {
+
+namespace {
+
+constexpr DISPID PanelErrorEvent = 1;
+
+class LockInfoControl final : public ControlOf<_LockInfo, LockInfoWindow> {
+public:
+    explicit LockInfoControl(const ClassEntry& entry) : ControlOf(entry) {
+        errorListener = info->Error.Add([this](int32_t number, const Text& description) {
+            Fire(PanelErrorEvent, {Variant(number), Variant(description)});
+        });
+    }
+
+    STDMETHODIMP UpdateFrom(_GroupEditor* ge) override {
+        return Run([&] {
+            const auto editor = HierarchyOf(ge); // a listener of Error may release its control
+            info->UpdateFrom(editor.get());
+            ViewChanged();
+        });
+    }
+    STDMETHODIMP get_LockCount(LONG* value) override {
+        return Answer(value, [this] { return info->LockCount(); });
+    }
+    STDMETHODIMP get_ConnectionString(BSTR* value) override {
+        return Answer(value, [this] { return info->ConnectionString(); });
+    }
+
+private:
+    ~LockInfoControl() override { info->Error.Remove(errorListener); }
+
+    const std::shared_ptr<LockInfo> info = View().Info();
+    size_t errorListener = 0;
+};
+
+} // namespace
+
+IUnknown* CreateLockInfo(const ClassEntry& entry) { return static_cast<_LockInfo*>(new LockInfoControl(entry)); }
+
+} // namespace dax

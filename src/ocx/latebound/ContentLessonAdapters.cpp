@@ -1,0 +1,67 @@
+#include "ocx/latebound/ContentLessonAdapters.h"
+
+#include "base/Error.h"
+
+namespace dax {
+
+NodeObjects& HostMap::Maker() const {
+    if (!nodeObjects)
+        throw Error(ErrorNumbers::Automation,
+                    u"The map '" + Name() + u"' is the host's own: only the host can read it.");
+    return *nodeObjects;
+}
+
+void HostMap::FillTree(MapTree& nodes, MapTree::NodeRef mapRoot) {
+    const auto collection = Maker().Nodes(nodes);
+    const auto root = Maker().NodeOf(nodes, mapRoot);
+    Call(L"FillTree", {Variant(collection.Get()), Variant(root.Get())});
+}
+
+void HostMap::ReadLayout(const MapTree& nodes, MapTree::NodeRef mapRoot) {
+    Call(L"ReadLayout", {Variant(Maker().NodeOf(nodes, mapRoot).Get())});
+}
+
+std::shared_ptr<Storyboard> HostStoryboards::Item(const Text& sbid) const {
+    const auto found = ObjectFrom(Look(L"Item", Variant(TextView(sbid))));
+    return found ? std::make_shared<HostStoryboard>(found.Get()) : nullptr;
+}
+
+void HostStoryboards::Add(const std::shared_ptr<Storyboard>& storyboard) {
+    IDispatch* const added = HostObjectOf(storyboard);
+    if (!added) throw Error(ErrorNumbers::Automation, u"The storyboard is no object that a host could hold.");
+    Call(L"Add", {Variant(added)});
+}
+
+std::vector<std::shared_ptr<Storyboard>> HostStoryboards::All() const {
+    std::vector<std::shared_ptr<Storyboard>> all;
+    for (const auto& each : Elements()) {
+        if (each) all.push_back(std::make_shared<HostStoryboard>(each.Get()));
+    }
+    return all;
+}
+
+std::shared_ptr<StoryboardMap> HostMaps::MapFrom(const Variant& value) const {
+    const auto map = ObjectFrom(value);
+    return map ? std::make_shared<HostMap>(map.Get(), support.nodeObjects) : nullptr;
+}
+
+void HostMaps::Add(const std::shared_ptr<StoryboardMap>& map) {
+    ComPtr<IDispatch> added = HostObjectOf(map);
+    if (!added && map && support.makeMap) added = support.makeMap(*map);
+    if (!added) throw Error(ErrorNumbers::Automation, u"The map is no object that a host could hold.");
+    Call(L"Add", {Variant(added.Get())});
+}
+
+void HostMaps::SetDefaultMap(const std::shared_ptr<StoryboardMap>& map) { PutObject(L"DefaultMap", HostObjectOf(map)); }
+
+std::shared_ptr<StoryboardMaps> HostLesson::Maps() const {
+    const auto maps = ObjectFrom(Call(L"Maps"));
+    return maps ? std::make_shared<HostMaps>(maps.Get(), support) : nullptr;
+}
+
+std::shared_ptr<Storyboards> HostLesson::Storyboards() const {
+    const auto storyboards = ObjectFrom(Call(L"Storyboards"));
+    return storyboards ? std::make_shared<HostStoryboards>(storyboards.Get()) : nullptr;
+}
+
+} // namespace dax

@@ -1,0 +1,102 @@
+// Lesson objects of a host, whatever they are made of, as the core needs them (content/Lesson.h). A host's object has
+// the members that docs/content-objects.md lists; whatever it does wrong is an Error.
+#pragma once
+
+#include "content/Lesson.h"
+#include "ocx/latebound/ContentLessonCalls.h"
+
+#include <functional>
+
+namespace dax {
+
+// Makes automation objects of the nodes that a host's map fills and reads.
+class NodeObjects {
+public:
+    virtual ~NodeObjects() = default;
+    // Throw Error for the nodes of a tree that is not the maker's.
+    virtual ComPtr<IDispatch> Nodes(const MapTree& nodes) = 0;
+    virtual ComPtr<IDispatch> NodeOf(const MapTree& nodes, MapTree::NodeRef node) = 0;
+};
+
+class HostStoryboard : public Storyboard, public HostObject {
+public:
+    using HostObject::HostObject;
+    Text SBID() const override { return TextFrom(Call(L"SBID")); }
+    Text Title() const override { return TextFrom(Call(L"Title")); }
+    Text Identifier() const override { return TextFrom(Call(L"Identifier")); }
+    Text StoryboardType() const override { return TextFrom(Call(L"StoryboardType")); }
+};
+
+class HostMap : public StoryboardMap, public HostObject {
+public:
+    // Without a maker of nodes the map has a name only: filling and reading it is an Error.
+    HostMap(IDispatch* map, std::shared_ptr<NodeObjects> nodeObjects)
+        : HostObject(map), nodeObjects(std::move(nodeObjects)) {}
+
+    Text Name() const override { return TextFrom(Call(L"Name")); }
+    void SetName(const Text& name) override { Put(L"Name", Variant(TextView(name))); }
+    void FillTree(MapTree& nodes, MapTree::NodeRef mapRoot) override;
+    void ReadLayout(const MapTree& nodes, MapTree::NodeRef mapRoot) override;
+    const void* Identity() const override { return ObjectIdentity(); }
+
+private:
+    NodeObjects& Maker() const;
+
+    std::shared_ptr<NodeObjects> nodeObjects;
+};
+
+// What the host's lesson lacks and gets from us.
+struct LessonSupport {
+    std::shared_ptr<NodeObjects> nodeObjects;
+    // A new map object of our own library, for a map that the core has made.
+    std::function<ComPtr<IDispatch>(StoryboardMap&)> makeMap;
+};
+
+class HostStoryboards : public Storyboards, public HostObject {
+public:
+    using HostObject::HostObject;
+    int32_t Count() const override { return NumberFrom(Call(L"Count")); }
+    std::shared_ptr<Storyboard> Item(const Text& sbid) const override;
+    void Add(const std::shared_ptr<Storyboard>& storyboard) override;
+    void Remove(const Text& sbid) override { HostObject::Call(L"Remove", {Variant(TextView(sbid))}); }
+    std::vector<std::shared_ptr<Storyboard>> All() const override;
+};
+
+class HostMaps : public StoryboardMaps, public HostObject {
+public:
+    HostMaps(IDispatch* maps, LessonSupport support) : HostObject(maps), support(std::move(support)) {}
+    int32_t Count() const override { return NumberFrom(Call(L"Count")); }
+    std::shared_ptr<StoryboardMap> Item(int32_t index) const override { return MapFrom(Look(L"Item", Variant(index))); }
+    std::shared_ptr<StoryboardMap> Item(const Text& name) const override {
+        return MapFrom(Look(L"Item", Variant(TextView(name))));
+    }
+    void Add(const std::shared_ptr<StoryboardMap>& map) override;
+    std::shared_ptr<StoryboardMap> DefaultMap() const override { return MapFrom(Call(L"DefaultMap")); }
+    void SetDefaultMap(const std::shared_ptr<StoryboardMap>& map) override;
+
+private:
+    std::shared_ptr<StoryboardMap> MapFrom(const Variant& value) const;
+
+    LessonSupport support;
+};
+
+class HostLesson : public Lesson, public HostObject {
+public:
+    HostLesson(IDispatch* lesson, LessonSupport support) : HostObject(lesson), support(std::move(support)) {}
+    std::shared_ptr<StoryboardMaps> Maps() const override;
+    std::shared_ptr<dax::Storyboards> Storyboards() const override;
+    Text CurrentSBID() const override { return TextFrom(Call(L"CurrentSBID")); }
+    void SetCurrentSBID(const Text& sbid) override { Put(L"CurrentSBID", Variant(TextView(sbid))); }
+
+private:
+    LessonSupport support;
+};
+
+// The host's object behind one of these; null for null and for what no host has made.
+template <typename Face>
+IDispatch* HostObjectOf(const std::shared_ptr<Face>& face) {
+    const auto* const object = dynamic_cast<const HostObject*>(face.get());
+    return object ? object->Object() : nullptr;
+}
+
+} // namespace dax

@@ -1,0 +1,235 @@
+#include "ocx/latebound/ContentLessonCalls.h"
+
+#include "base/Error.h"
+#include "com/Enumerator.h"
+#include "com/Fault.h"
+
+#include <dispex.h>
+
+#include <array>
+#include <iterator>
+
+namespace dax {
+
+namespace {
+
+constexpr int32_t noSuchMember = 438; // as hosts count it
+// IDispatchEx; not every system library has it.
+constexpr IID scriptedID{0xa6ef9860, 0xc720, 0x11d0, {0x93, 0x37, 0x00, 0xa0, 0xc9, 0x0d, 0xca, 0xa9}};
+// A host could enumerate for ever.
+constexpr size_t mostElements = 1'000'000;
+// How collections say that they have no such element: invalid call, subscript out of range, invalid argument, bad
+// index, element not found, no such element in a tree, no such item of a database, and what managed collections say.
+constexpr std::array<uint32_t, 10> missing{0x800A0005, 0x800A0009, 0x80070057, 0x8002000B, 0x80070490,
+                                           0x800A8B11, 0x800A0CC1, 0x80131577, 0x80131508, 0x80131502};
+
+[[noreturn]] void RefuseKind() { throw Error(ErrorNumbers::TypeMismatch, u"An object of the host answered amiss."); }
+
+Text Written(HRESULT code) {
+    constexpr char16_t digits[] = u"0123456789ABCDEF";
+    Text text;
+    for (int shift = 28; shift >= 0; shift -= 4) text += digits[(static_cast<uint32_t>(code) >> shift) & 15];
+    return text;
+}
+
+// `description` may be empty.
+[[noreturn]] void Fail(const wchar_t* member, HRESULT code, const Text& description) {
+    if (!description.empty()) throw Error(code, description);
+    throw Error(code, u"'" + FromWide(member) + u"' of an object of the host has failed (" + Written(code) + u").");
+}
+
+VARIANT GiveObject(const ComPtr<IDispatch>& held) {
+    VARIANT element;
+    VariantInit(&element);
+    element.vt = VT_DISPATCH;
+    element.pdispVal = held.Get();
+    if (held) held->AddRef();
+    return element;
+}
+
+using ObjectEnumerator = Enumerator<IEnumVARIANT, IID_IEnumVARIANT, VARIANT, ComPtr<IDispatch>, GiveObject>;
+
+} // namespace
+
+const void* HostObject::ObjectIdentity() const { return Query<IUnknown>(object.Get(), IID_IUnknown).Get(); }
+
+std::optional<DISPID> HostObject::Seek(const wchar_t* member) const {
+    const ComPtr<IDispatch> kept = object;
+    std::wstring name = member;
+    LPOLESTR names[] = {name.data()};
+    DISPID dispid = 0;
+    if (SUCCEEDED(kept->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &dispid))) return dispid;
+    // Objects of some script engines tell their names in this way only.
+    const auto scripted = Query<IDispatchEx>(kept.Get(), scriptedID);
+    if (!scripted) return {};
+    const BSTR text = ToBstr(FromWide(name));
+    const HRESULT code = scripted->GetDispID(text, fdexNameCaseInsensitive, &dispid);
+    SysFreeString(text);
+    return code == S_OK ? std::optional(dispid) : std::nullopt;
+}
+
+DISPID HostObject::Find(const wchar_t* member) const {
+    const auto dispid = Seek(member);
+    if (!dispid) throw Error(noSuchMember, u"An object of the host has no member '" + FromWide(member) + u"'.");
+    return *dispid;
+}
+
+HRESULT HostObject::Invoke(DISPID dispid, WORD kind, std::initializer_list<Variant> arguments, Variant& result,
+                           Text& description) const {
+    const ComPtr<IDispatch> kept = object;
+    std::vector<Variant> reversed(std::make_reverse_iterator(arguments.end()),
+                                  std::make_reverse_iterator(arguments.begin()));
+    DISPID put = DISPID_PROPERTYPUT;
+    DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+    const bool isPut = (kind & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
+    if (isPut) {
+        parameters.rgdispidNamedArgs = &put;
+        parameters.cNamedArgs = 1;
+    }
+    EXCEPINFO info{};
+    SetErrorInfo(0, nullptr); // of a call before this one
+    HRESULT code = kept->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters, isPut ? nullptr : &result,
+                                &info, nullptr);
+    if (code == DISP_E_EXCEPTION) {
+        if (info.pfnDeferredFillIn) info.pfnDeferredFillIn(&info);
+        description = FromBstr(info.bstrDescription);
+        code = info.wCode ? MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, info.wCode) : info.scode;
+        if (SUCCEEDED(code)) code = DISP_E_EXCEPTION;
+        SysFreeString(info.bstrSource);
+        SysFreeString(info.bstrDescription);
+        SysFreeString(info.bstrHelpFile);
+    }
+    // Some tell what has failed in this way only.
+    ComPtr<IErrorInfo> told;
+    if (FAILED(code) && description.empty() && GetErrorInfo(0, told.Out()) == S_OK) {
+        BSTR text = nullptr;
+        told->GetDescription(&text);
+        description = FromBstr(text);
+        SysFreeString(text);
+    }
+    return code;
+}
+
+Variant HostObject::Call(const wchar_t* member, std::initializer_list<Variant> arguments) const {
+    Variant result;
+    Text description;
+    constexpr WORD either = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
+    const DISPID dispid = Find(member);
+    // Whatever takes no argument is a property; some script engines would call its value when they are asked for both.
+    HRESULT code =
+        Invoke(dispid, arguments.size() == 0 ? DISPATCH_PROPERTYGET : either, arguments, result, description);
+    if (code == DISP_E_MEMBERNOTFOUND && arguments.size() == 0)
+        code = Invoke(dispid, DISPATCH_METHOD, arguments, result, description);
+    if (FAILED(code)) Fail(member, code, description);
+    return result;
+}
+
+Variant HostObject::Get(const wchar_t* property) const {
+    Variant result;
+    Text description;
+    const HRESULT code = Invoke(Find(property), DISPATCH_PROPERTYGET, {}, result, description);
+    if (FAILED(code)) Fail(property, code, description);
+    return result;
+}
+
+Variant HostObject::Look(const wchar_t* member, const Variant& index) const {
+    Variant result;
+    Text description;
+    const HRESULT code = Invoke(Find(member), DISPATCH_METHOD | DISPATCH_PROPERTYGET, {index}, result, description);
+    for (const uint32_t each : missing) {
+        if (static_cast<uint32_t>(code) == each) return {};
+    }
+    if (FAILED(code)) Fail(member, code, description);
+    return result;
+}
+
+void HostObject::Put(const wchar_t* member, const Variant& value) const {
+    Variant none;
+    Text description;
+    const HRESULT code = Invoke(Find(member), DISPATCH_PROPERTYPUT, {value}, none, description);
+    if (FAILED(code)) Fail(member, code, description);
+}
+
+void HostObject::PutObject(const wchar_t* member, IDispatch* value) const {
+    Variant none;
+    Text description;
+    const DISPID dispid = Find(member);
+    HRESULT code = Invoke(dispid, DISPATCH_PROPERTYPUTREF, {Variant(value)}, none, description);
+    // Not every object tells setting a reference from setting a value.
+    if (code == DISP_E_MEMBERNOTFOUND) code = Invoke(dispid, DISPATCH_PROPERTYPUT, {Variant(value)}, none, description);
+    if (FAILED(code)) Fail(member, code, description);
+}
+
+bool HostObject::Enumerate(std::vector<ComPtr<IDispatch>>& elements) const {
+    Variant answer;
+    Text description;
+    const HRESULT code = Invoke(DISPID_NEWENUM, DISPATCH_METHOD | DISPATCH_PROPERTYGET, {}, answer, description);
+    if (code == DISP_E_MEMBERNOTFOUND) return false;
+    if (FAILED(code)) Fail(L"_NewEnum", code, description);
+    ComPtr<IEnumVARIANT> enumerator;
+    if (answer.vt == VT_UNKNOWN || answer.vt == VT_DISPATCH)
+        enumerator = Query<IEnumVARIANT>(answer.punkVal, IID_IEnumVARIANT);
+    if (!enumerator) return false;
+    for (;;) {
+        Variant element;
+        ULONG fetched = 0;
+        const HRESULT result = enumerator->Next(1, &element, &fetched);
+        if (FAILED(result)) Fail(L"_NewEnum", result, {});
+        if (result != S_OK || fetched == 0) return true;
+        if (elements.size() == mostElements)
+            throw Error(ErrorNumbers::Automation, u"A collection of the host has no end.");
+        elements.push_back(ObjectFrom(element));
+    }
+}
+
+std::vector<ComPtr<IDispatch>> HostObject::Elements() const {
+    std::vector<ComPtr<IDispatch>> elements;
+    if (Enumerate(elements)) return elements;
+    const int32_t count = NumberFrom(Call(L"Count"));
+    if (count > 0 && static_cast<size_t>(count) > mostElements)
+        throw Error(ErrorNumbers::Automation, u"A collection of the host is too long.");
+    for (int32_t i = 0; i < count; ++i) elements.push_back(ObjectFrom(Call(L"Item", {Variant(i)})));
+    return elements;
+}
+
+bool IsLeftOut(const VARIANT& argument) {
+    return argument.vt == VT_EMPTY || argument.vt == VT_NULL ||
+           (argument.vt == VT_ERROR && argument.scode == DISP_E_PARAMNOTFOUND);
+}
+
+Variant PlainOf(const VARIANT& argument) {
+    Variant plain;
+    if (FAILED(VariantCopyInd(&plain, const_cast<VARIANT*>(&argument)))) RefuseKind();
+    return plain;
+}
+
+Text TextFrom(const Variant& value) {
+    if (IsLeftOut(value)) return {};
+    Variant text;
+    if (FAILED(VariantChangeType(&text, const_cast<Variant*>(&value), 0, VT_BSTR))) RefuseKind();
+    return FromBstr(text.bstrVal);
+}
+
+int32_t NumberFrom(const Variant& value) {
+    Variant number;
+    if (FAILED(VariantChangeType(&number, const_cast<Variant*>(&value), 0, VT_I4))) RefuseKind();
+    return number.lVal;
+}
+
+ComPtr<IDispatch> ObjectFrom(const Variant& value) {
+    const Variant plain = PlainOf(value);
+    if (plain.vt == VT_EMPTY || plain.vt == VT_NULL) return {};
+    if (plain.vt != VT_DISPATCH && plain.vt != VT_UNKNOWN) RefuseKind();
+    if (!plain.punkVal) return {};
+    auto object = Query<IDispatch>(plain.punkVal, IID_IDispatch);
+    if (!object) RefuseKind();
+    return object;
+}
+
+IUnknown* EnumerateObjects(std::vector<ComPtr<IDispatch>> objects) {
+    IEnumVARIANT* result = nullptr;
+    Check(ObjectEnumerator::Create(std::move(objects), &result));
+    return result;
+}
+
+} // namespace dax

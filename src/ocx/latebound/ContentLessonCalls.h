@@ -1,0 +1,58 @@
+// An object of a host, known by nothing but the names of its members.
+#pragma once
+
+#include "com/ComPtr.h"
+#include "com/Variant.h"
+
+#include <initializer_list>
+#include <optional>
+#include <vector>
+
+namespace dax {
+
+// Whatever such a call does wrong is an Error: a member that is missing, that fails, that answers something of another
+// kind.
+class HostObject {
+public:
+    explicit HostObject(IDispatch* object) : object(object) {}
+    virtual ~HostObject() = default;
+
+    IDispatch* Object() const { return object.Get(); }
+    // The same for two references to one object.
+    const void* ObjectIdentity() const;
+
+    bool Has(const wchar_t* member) const { return Seek(member).has_value(); }
+    // Arguments in their written order. Without any, a property or else a method; with some, either.
+    Variant Call(const wchar_t* member, std::initializer_list<Variant> arguments = {}) const;
+    // A property that is no method, not even to engines that cannot tell: an element of a script's array.
+    Variant Get(const wchar_t* property) const;
+    // As Call, but nothing when the object says that it has no such element.
+    Variant Look(const wchar_t* member, const Variant& index) const;
+    void Put(const wchar_t* member, const Variant& value) const;
+    void PutObject(const wchar_t* member, IDispatch* value) const;
+    // What For Each would give. An object that cannot enumerate is asked for its Count and its Item, from 0.
+    std::vector<ComPtr<IDispatch>> Elements() const;
+
+private:
+    std::optional<DISPID> Seek(const wchar_t* member) const;
+    DISPID Find(const wchar_t* member) const;
+    HRESULT Invoke(DISPID dispid, WORD kind, std::initializer_list<Variant> arguments, Variant& result,
+                   Text& description) const;
+    bool Enumerate(std::vector<ComPtr<IDispatch>>& elements) const;
+
+    ComPtr<IDispatch> object;
+};
+
+// Of an argument: nothing was given; and the value itself, where a reference may have been given. Throws Error.
+bool IsLeftOut(const VARIANT& argument);
+Variant PlainOf(const VARIANT& argument);
+
+// What a call has answered. Nothing is the empty text and no object.
+Text TextFrom(const Variant& value);
+int32_t NumberFrom(const Variant& value);
+ComPtr<IDispatch> ObjectFrom(const Variant& value);
+
+// For a collection's _NewEnum: one reference, which the receiver owns.
+IUnknown* EnumerateObjects(std::vector<ComPtr<IDispatch>> objects);
+
+} // namespace dax

@@ -1,0 +1,71 @@
+#include "ocx/lessonmap/LessonMapStoryboards.h"
+
+#include "base/Error.h"
+#include "com/Object.h"
+#include "ocx/latebound/ContentLessonAdapters.h"
+
+#include <unordered_map>
+
+namespace dax {
+
+namespace {
+
+const ClassEntry collectionEntry{&CLSID_StoryboardCollection,
+                                 &IID__StoryboardCollection,
+                                 nullptr,
+                                 L"StoryboardCollection",
+                                 L"DAX storyboards",
+                                 nullptr,
+                                 0};
+
+class StoryboardCollectionObject final : public Automation<_StoryboardCollection> {
+public:
+    explicit StoryboardCollectionObject(std::vector<std::shared_ptr<Storyboard>> storyboards)
+        : Automation(collectionEntry), storyboards(std::move(storyboards)) {}
+
+    STDMETHODIMP get_Count(LONG* value) override {
+        return Answer(value, [this] { return storyboards.size(); });
+    }
+    STDMETHODIMP get_Item(VARIANT index, IDispatch** value) override {
+        return Answer(value, [&] {
+            IDispatch* const found = HostObjectOf(storyboards[PlaceOf(index)]);
+            if (found) found->AddRef();
+            return found;
+        });
+    }
+    STDMETHODIMP get__NewEnum(IUnknown** value) override {
+        return Answer(value, [this] {
+            std::vector<ComPtr<IDispatch>> objects;
+            for (const auto& each : storyboards) objects.emplace_back(HostObjectOf(each));
+            return EnumerateObjects(std::move(objects));
+        });
+    }
+
+private:
+    size_t PlaceOf(const VARIANT& index) {
+        const Variant plain = PlainOf(index);
+        if (plain.vt == VT_BSTR) {
+            if (places.empty()) {
+                for (size_t i = 0; i < storyboards.size(); ++i) places.emplace(storyboards[i]->SBID(), i);
+            }
+            const auto found = places.find(FromBstr(plain.bstrVal));
+            if (found == places.end()) throw Error(ErrorNumbers::InvalidCall, u"Invalid procedure call or argument");
+            return found->second;
+        }
+        const int32_t place = NumberFrom(plain);
+        if (place < 1 || static_cast<size_t>(place) > storyboards.size())
+            throw Error(ErrorNumbers::OutOfRange, u"Subscript out of range");
+        return static_cast<size_t>(place) - 1;
+    }
+
+    const std::vector<std::shared_ptr<Storyboard>> storyboards;
+    std::unordered_map<Text, size_t> places; // by SBID, when somebody has asked for one
+};
+
+} // namespace
+
+_StoryboardCollection* NewStoryboardCollection(std::vector<std::shared_ptr<Storyboard>> storyboards) {
+    return new StoryboardCollectionObject(std::move(storyboards));
+}
+
+} // namespace dax

@@ -1,0 +1,263 @@
+#include "ocx/lessonmap/LessonMapTree.h"
+
+#include "ocx/lessonmap/LessonMapNode.h"
+
+#include "base/Error.h"
+#include "lessonmap/NodeMapTree.h"
+#include "tree/modTVW.h"
+
+#include <utility>
+
+namespace dax {
+
+namespace {
+
+// What hosts know of tree views.
+constexpr int32_t indexOutOfBounds = 35600, elementNotFound = 35601;
+
+const ClassEntry treeEntry{&CLSID_TreeView, &IID__TreeView, nullptr, L"TreeView", L"", nullptr, 0};
+const ClassEntry nodesEntry{&CLSID_Nodes, &IID__Nodes, nullptr, L"Nodes", L"", nullptr, 0};
+
+class NodesObject final : public Automation<_Nodes> {
+public:
+    explicit NodesObject(std::shared_ptr<TreeObjects> owner) : Automation(nodesEntry), owner(std::move(owner)) {}
+
+    STDMETHODIMP get_Count(LONG* value) override {
+        return Answer(value, [this] { return owner->Tree().Count(); });
+    }
+    STDMETHODIMP get_Item(VARIANT index, _Node** value) override {
+        return Answer(value, [&] { return owner->ObjectOf(&Named(index)); });
+    }
+    STDMETHODIMP Add(VARIANT relative, VARIANT relationship, VARIANT key, VARIANT text, VARIANT image, VARIANT,
+                     _Node** added) override {
+        return Answer(added, [&] {
+            Node* const beside = owner->Resolve(relative);
+            const int32_t relation = IsLeftOut(relationship) ? nrNext : NumberFrom(PlainOf(relationship));
+            const int picture = IsLeftOut(image) ? 0 : owner->PictureOf(image);
+            const auto [to, place] = PlaceFor(beside, relation);
+            return owner->ObjectOf(
+                &owner->Tree().Add(to, place, TextFrom(PlainOf(key)), TextFrom(PlainOf(text)), picture));
+        });
+    }
+    STDMETHODIMP Remove(VARIANT index) override {
+        return Run([&] { owner->Tree().Remove(Named(index)); });
+    }
+    STDMETHODIMP Clear() override {
+        return Run([this] { owner->Tree().Clear(); });
+    }
+    STDMETHODIMP Contains(BSTR key, VARIANT_BOOL* isThere) override {
+        return Answer(isThere, [&] { return owner->Tree().Find(FromBstr(key)) != nullptr; });
+    }
+    STDMETHODIMP get__NewEnum(IUnknown** value) override {
+        return Answer(value, [this] {
+            std::vector<ComPtr<IDispatch>> nodes;
+            for (Node* node = owner->Tree().FirstInCollection(); node; node = node->NextInCollection())
+                nodes.emplace_back(Owned(owner->ObjectOf(node)).Get());
+            return EnumerateObjects(std::move(nodes));
+        });
+    }
+
+private:
+    Node& Named(const VARIANT& index) const {
+        Node* const node = owner->Resolve(index);
+        if (!node) throw Error(elementNotFound, u"Element not found");
+        return *node;
+    }
+
+    static std::pair<Node*, Place> PlaceFor(Node* beside, int32_t relation) {
+        switch (relation) {
+        case nrFirst:
+            return {beside ? beside->Parent() : nullptr, Place::FirstChild};
+        case nrLast:
+            return {beside ? beside->Parent() : nullptr, Place::LastChild};
+        case nrNext:
+            return {beside, Place::After};
+        case nrPrevious:
+            return {beside, Place::Before};
+        case nrChild:
+            return {beside, Place::LastChild};
+        default:
+            throw Error(ErrorNumbers::InvalidCall, u"There is no relation " + ToText(relation) + u" between nodes.");
+        }
+    }
+
+    const std::shared_ptr<TreeObjects> owner;
+};
+
+class TreeObject final : public Automation<_TreeView> {
+public:
+    explicit TreeObject(std::shared_ptr<TreeObjects> owner) : Automation(treeEntry), owner(std::move(owner)) {}
+
+    STDMETHODIMP get_Nodes(_Nodes** value) override {
+        return Answer(value, [this] { return owner->NewNodes(); });
+    }
+    STDMETHODIMP get_SelectedItem(_Node** value) override {
+        return Answer(value, [this] { return owner->ObjectOf(owner->Tree().Selected()); });
+    }
+    STDMETHODIMP put_SelectedItem(_Node* value) override { return putref_SelectedItem(value); }
+    STDMETHODIMP putref_SelectedItem(_Node* value) override {
+        return Run([&] {
+            const Variant node(static_cast<IDispatch*>(value));
+            owner->Tree().Select(owner->Resolve(node));
+        });
+    }
+    STDMETHODIMP get_ImageList(IDispatch** value) override {
+        return Answer(value, [this] {
+            const auto list = owner->Host() ? owner->Host()->ImageList() : ComPtr<IDispatch>();
+            if (list) list->AddRef();
+            return list.Get();
+        });
+    }
+    STDMETHODIMP put_ImageList(IDispatch* value) override { return putref_ImageList(value); }
+    STDMETHODIMP putref_ImageList(IDispatch* value) override {
+        return Run([&] {
+            if (owner->Host()) owner->Host()->SetImageList(value);
+        });
+    }
+    STDMETHODIMP get_hWnd(LONG* value) override {
+        // The system's handles have no more than 32 bits that count.
+        return Answer(
+            value, [this] { return owner->Host() ? reinterpret_cast<INT_PTR>(owner->Host()->Handle()) : INT_PTR{0}; });
+    }
+    STDMETHODIMP HitTest(LONG x, LONG y, _Node** found) override {
+        return Answer(found, [&] {
+            const TreeWindow* const window = owner->Host() ? owner->Host()->Window() : nullptr;
+            return owner->ObjectOf(window ? window->HitTest({x, y}).node : nullptr);
+        });
+    }
+
+private:
+    const std::shared_ptr<TreeObjects> owner;
+};
+
+} // namespace
+
+TreeObjects::TreeObjects(std::shared_ptr<NodeTree> nodes, std::shared_ptr<TreeHost> newHost)
+    : tree(std::move(nodes)), host(std::move(newHost)) {
+    tree->AddListener(*this);
+}
+
+TreeObjects::~TreeObjects() { tree->RemoveListener(*this); }
+
+_TreeView* TreeObjects::NewView() { return new TreeObject(shared_from_this()); }
+
+_Nodes* TreeObjects::NewNodes() { return new NodesObject(shared_from_this()); }
+
+_Node* TreeObjects::ObjectOf(Node* node) {
+    if (!node) return nullptr;
+    const auto [place, isNew] = objects.try_emplace(node);
+    if (!isNew) {
+        place->second->AddRef();
+        return place->second;
+    }
+    try {
+        place->second = new NodeObject(shared_from_this(), *node);
+    } catch (...) {
+        objects.erase(node);
+        throw;
+    }
+    return place->second;
+}
+
+ComPtr<IDispatch> TreeObjects::Nodes(const MapTree& nodes) {
+    const ComPtr<_Nodes> made = Owned(Of(nodes)->NewNodes());
+    return ComPtr<IDispatch>(made.Get());
+}
+
+std::shared_ptr<TreeObjects> TreeObjects::Of(const MapTree& nodes) {
+    const auto* const own = dynamic_cast<const NodeMapTree*>(&nodes);
+    if (own && &own->Nodes() == tree.get()) return shared_from_this();
+    if (!own || !own->Shared()) throw Error(ErrorNumbers::Automation, u"The nodes are those of another tree.");
+    auto objects = aside.lock();
+    if (!objects || objects->tree != own->Shared()) {
+        objects = std::make_shared<TreeObjects>(own->Shared(), host);
+        aside = objects;
+    }
+    return objects;
+}
+
+ComPtr<IDispatch> TreeObjects::NodeOf(const MapTree& nodes, MapTree::NodeRef node) {
+    const auto objects = Of(nodes);
+    if (node == MapTree::NodeRef::None) return {};
+    const ComPtr<_Node> made = Owned(objects->ObjectOf(static_cast<const NodeMapTree&>(nodes).NodeOf(node)));
+    return ComPtr<IDispatch>(made.Get());
+}
+
+Node* TreeObjects::Resolve(const VARIANT& reference) {
+    const Variant plain = PlainOf(reference);
+    if (IsLeftOut(plain)) return nullptr;
+    if (plain.vt == VT_DISPATCH || plain.vt == VT_UNKNOWN) {
+        if (!plain.punkVal) return nullptr;
+        return &NodeObject::NodeBehind(plain.punkVal, *this);
+    }
+    if (plain.vt != VT_BSTR) return AtPlace(NumberFrom(plain));
+    Node* const node = tree->Find(FromBstr(plain.bstrVal));
+    if (!node) throw Error(elementNotFound, u"Element not found");
+    return node;
+}
+
+Node* TreeObjects::AtPlace(int64_t place) {
+    if (place < 1 || place > tree->Count()) throw Error(indexOutOfBounds, u"Index out of bounds");
+    if (!lastAsked || place < lastPlace) {
+        lastAsked = tree->FirstInCollection();
+        lastPlace = 1;
+    }
+    for (; lastPlace < place; ++lastPlace) lastAsked = lastAsked->NextInCollection();
+    return lastAsked;
+}
+
+int TreeObjects::PictureOf(const VARIANT& numberOrKey) const {
+    const Variant plain = PlainOf(numberOrKey);
+    if (plain.vt != VT_BSTR) return NumberFrom(plain);
+    return host ? host->PictureOf(FromBstr(plain.bstrVal)) : 0;
+}
+
+// From where the last one was: asking for one after the other is linear.
+int32_t TreeObjects::PlaceOf(const Node& node) {
+    if (!lastAsked) AtPlace(1);
+    Node* at = lastAsked;
+    int64_t place = lastPlace;
+    for (; at != &node; ++place) {
+        at = at->NextInCollection();
+        if (at) continue;
+        at = tree->FirstInCollection();
+        place = 0;
+    }
+    lastAsked = at;
+    lastPlace = place;
+    return static_cast<int32_t>(place);
+}
+
+bool TreeObjects::EnsureVisible(Node& node) {
+    TreeWindow* const window = host ? host->Window() : nullptr;
+    const auto before = window ? window->RowRect(node) : std::nullopt;
+    bool isOpened = false;
+    {
+        const TreeUpdate update(*tree);
+        for (Node* above = node.Parent(); above; above = above->Parent()) {
+            isOpened = isOpened || !above->IsExpanded();
+            above->SetExpanded(true);
+        }
+    }
+    if (!window) return isOpened;
+    window->EnsureVisible(node);
+    return isOpened || window->RowRect(node) != before;
+}
+
+void TreeObjects::NodeRemoving(Node& top) {
+    lastAsked = nullptr;
+    for (const Node* node = &top; node && !objects.empty(); node = modTVW::GetNextNode(node, &top)) {
+        const auto found = objects.find(node);
+        if (found == objects.end()) continue;
+        found->second->NodeGone();
+        objects.erase(found);
+    }
+}
+
+void TreeObjects::AllRemoving() {
+    lastAsked = nullptr;
+    for (const auto& [node, object] : objects) object->NodeGone();
+    objects.clear();
+}
+
+} // namespace dax

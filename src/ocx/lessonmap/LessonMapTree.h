@@ -1,0 +1,65 @@
+// The tree inside a control as automation objects: the tree, the collection of its nodes, and each node.
+#pragma once
+
+#include "DAXControls.h"
+
+#include "ocx/latebound/ContentLessonAdapters.h"
+#include "tree/TreeWindow.h"
+
+#include <memory>
+#include <unordered_map>
+
+namespace dax {
+
+class NodeObject;
+
+// What the control knows of its tree beside the nodes.
+class TreeHost {
+public:
+    virtual ~TreeHost() = default;
+    virtual int PictureOf(const Text& key) const = 0;
+    virtual TreeWindow* Window() const = 0; // null: the control is gone
+    virtual HWND Handle() const = 0;
+    virtual ComPtr<IDispatch> ImageList() const = 0;
+    virtual void SetImageList(IDispatch* list) = 0;
+};
+
+// Holds the tree. A node has one object as long as somebody holds it; when the node goes, the object answers errors.
+class TreeObjects final : public NodeObjects, public std::enable_shared_from_this<TreeObjects>, private TreeListener {
+public:
+    explicit TreeObjects(std::shared_ptr<NodeTree> tree, std::shared_ptr<TreeHost> host = nullptr);
+    ~TreeObjects() override;
+    TreeObjects(const TreeObjects&) = delete;
+    TreeObjects& operator=(const TreeObjects&) = delete;
+
+    NodeTree& Tree() const { return *tree; }
+    TreeHost* Host() const { return host.get(); } // null: a tree without a control
+    _TreeView* NewView();                         // these three answer one reference
+    _Nodes* NewNodes();
+    _Node* ObjectOf(Node* node); // null for null
+    ComPtr<IDispatch> Nodes(const MapTree& nodes) override;
+    ComPtr<IDispatch> NodeOf(const MapTree& nodes, MapTree::NodeRef node) override;
+
+    // A node by itself, its key or its place in the order of adding. Null for what is left out or Nothing; throws Error
+    // for what is not in the tree.
+    Node* Resolve(const VARIANT& reference);
+    int PictureOf(const VARIANT& numberOrKey) const;
+    int32_t PlaceOf(const Node& node);
+    bool EnsureVisible(Node& node); // true when something had to be opened or scrolled
+    void Forget(const Node* node) { objects.erase(node); }
+
+private:
+    Node* AtPlace(int64_t place);
+    std::shared_ptr<TreeObjects> Of(const MapTree& nodes);
+    void NodeRemoving(Node& node) override;
+    void AllRemoving() override;
+
+    const std::shared_ptr<NodeTree> tree;
+    const std::shared_ptr<TreeHost> host;
+    std::weak_ptr<TreeObjects> aside; // the objects of a tree that a map fills or reads beside this one
+    std::unordered_map<const Node*, NodeObject*> objects;
+    Node* lastAsked = nullptr; // by its place; so that asking for one after the other is linear
+    int64_t lastPlace = 0;
+};
+
+} // namespace dax
