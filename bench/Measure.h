@@ -29,7 +29,7 @@ inline void SecondsAtMost(benchmark::State& state, double seconds) { state.count
 
 // True, and the measurement skipped, when there is no such server.
 inline bool IsMissing(Engine engine, benchmark::State& state) {
-    const std::string why = test::WhyNot(engine);
+    const std::string why = test::SkipReason(engine);
     if (!why.empty()) state.SkipWithError(why.c_str());
     return !why.empty();
 }

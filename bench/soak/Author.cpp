@@ -136,7 +136,7 @@ bool Author::LoadTree() {
     const IDCollection all = editor->GetChildLessonIDCollection(u"");
     size_t mine = 0;
     for (const Text& id : all) {
-        if (!Mine(id)) continue;
+        if (!IsOwnEntry(id)) continue;
         ++mine;
         if (!rows.contains(id)) Complain(ToUtf8(id) + " was never saved, or it was removed, and it is there");
         CheckTitle(id, editor->GetLessonTitle(id));
@@ -148,7 +148,7 @@ bool Author::LoadTree() {
 
 void Author::RemoveRow(const Text& id, Edit& changes) {
     const IDCollection below = editor->GetChildLessonIDCollection(id);
-    const bool isWhole = std::ranges::all_of(below, [this](const Text& child) { return Mine(child); });
+    const bool isWhole = std::ranges::all_of(below, [this](const Text& child) { return IsOwnEntry(child); });
     editor->RemoveLesson(id, isWhole);
     changes.removed.insert(id);
     if (isWhole) changes.removed.insert(below.begin(), below.end());

@@ -60,7 +60,7 @@ private:
     bool Asks(const std::function<void()>& statements);
     void CheckTitle(const Text& id, const Text& title);
     Text Title(int save) const;
-    bool Mine(const Text& id) const { return id.starts_with(name + u"-"); }
+    bool IsOwnEntry(const Text& id) const { return id.starts_with(name + u"-"); }
     Text Random(const IDCollection& ids);
     const Text* RandomLesson();
 

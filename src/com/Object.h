@@ -43,7 +43,7 @@ protected:
     // reference.
     template <typename Action>
     HRESULT Guard(Action&& action) noexcept {
-        const Keeper keeper(*this);
+        const SelfReference self(*this);
         try {
             action();
             return S_OK;
@@ -76,12 +76,12 @@ protected:
         });
     }
 
-    class Keeper {
+    class SelfReference {
     public:
-        explicit Keeper(ClassObject& object) : object(object) { object.AddReference(); }
-        ~Keeper() { object.RemoveReference(); }
-        Keeper(const Keeper&) = delete;
-        Keeper& operator=(const Keeper&) = delete;
+        explicit SelfReference(ClassObject& object) : object(object) { object.AddReference(); }
+        ~SelfReference() { object.RemoveReference(); }
+        SelfReference(const SelfReference&) = delete;
+        SelfReference& operator=(const SelfReference&) = delete;
 
     private:
         ClassObject& object;
@@ -122,7 +122,7 @@ public:
     STDMETHODIMP Invoke(DISPID dispid, REFIID iid, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                         EXCEPINFO* exception, UINT* argument) override {
         if (iid != IID_NULL) return DISP_E_UNKNOWNINTERFACE; // reserved
-        const typename Base::Keeper keeper(*this);
+        const typename Base::SelfReference self(*this);
         SetErrorInfo(0, nullptr);
         // Not every script engine knows that the enumeration is a property.
         if (dispid == DISPID_NEWENUM) flags |= DISPATCH_PROPERTYGET;

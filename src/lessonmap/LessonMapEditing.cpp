@@ -76,8 +76,8 @@ void LessonMapEditor::AddStoryboard(const StoryboardRef& storyboard) {
     const Text sbidBefore = CurrentSBID();
     Text sbid;
     {
-        const Busy busy(*this);
-        const Quiet silence(*this);
+        const OperationGuard busy(*this);
+        const NotificationGuard silence(*this);
         sbid = added->SBID();
         if (sbid.empty()) Refuse(u"A storyboard without SBID cannot be added.");
         const auto storyboards = StoryboardsOf(*was);
@@ -124,13 +124,13 @@ void LessonMapEditor::Recaption(const Text& sbid, const Storyboard& storyboard) 
 
 void LessonMapEditor::UpdateStoryboard(const StoryboardRef& storyboard) {
     const auto self = shared_from_this();
-    const Deeper deeper(depth);
+    const DepthGuard guard(depth);
     if (const StoryboardRef kept = storyboard) Recaption(kept->SBID(), *kept);
 }
 
 void LessonMapEditor::UpdateSBID(const Text& sbid) {
     const auto self = shared_from_this();
-    const Deeper deeper(depth);
+    const DepthGuard guard(depth);
     if (const StoryboardRef found = modLME::FindStoryboard(lesson, sbid)) Recaption(sbid, *found);
 }
 
@@ -142,8 +142,8 @@ void LessonMapEditor::RemoveStoryboard(const StoryboardRef& storyboard, bool inc
     const Text sbidBefore = CurrentSBID();
     bool isOther = false;
     {
-        const Busy busy(*this);
-        const Quiet silence(*this);
+        const OperationGuard busy(*this);
+        const NotificationGuard silence(*this);
         const Text sbid = kept->SBID();
         const auto storyboards = StoryboardsOf(*was);
         IDCollection removed;
@@ -183,8 +183,8 @@ void LessonMapEditor::MoveCurrent(StoryboardMovementTypes movement) {
     const auto self = shared_from_this();
     const LessonRef was = lesson;
     {
-        const Busy busy(*this);
-        const Quiet silence(*this);
+        const OperationGuard busy(*this);
+        const NotificationGuard silence(*this);
         if (!CanMoveCurrent(movement)) return;
         KeepEdit([&] { modLME::MoveNode(*tree, tree->Selected(), movement); });
         ShowSelected();
@@ -199,8 +199,8 @@ void LessonMapEditor::OnDrop(Node& dragged, const DropTarget& target) {
     if (!was || !dragged.Parent()) return;
     bool isKept = false;
     TellFailures(u"Drop", [&] {
-        const Busy busy(*this);
-        const Quiet silence(*this);
+        const OperationGuard busy(*this);
+        const NotificationGuard silence(*this);
         isDropped = true;
         KeepEdit([&] {
             const TreeUpdate update(*tree);
@@ -216,7 +216,7 @@ void LessonMapEditor::OnDrop(Node& dragged, const DropTarget& target) {
 
 void LessonMapEditor::SetAllChecks(bool checked) {
     const auto self = shared_from_this();
-    const Quiet silence(*this);
+    const NotificationGuard silence(*this);
     const Undrawn undrawn(*this);
     const TreeUpdate update(*tree);
     for (Node* node = tree->FirstInCollection(); node; node = node->NextInCollection()) node->SetChecked(checked);
@@ -235,7 +235,7 @@ std::vector<LessonMapEditor::StoryboardRef> LessonMapEditor::CheckedStoryboards(
     const LessonRef was = lesson;
     std::vector<StoryboardRef> checked;
     if (!was) return checked;
-    const Busy busy(*this);
+    const OperationGuard busy(*this);
     SaveLayouts();
     for (const Text& key : CheckedKeys()) {
         if (StoryboardRef storyboard = modLME::FindStoryboard(was, key)) checked.push_back(std::move(storyboard));
@@ -245,7 +245,7 @@ std::vector<LessonMapEditor::StoryboardRef> LessonMapEditor::CheckedStoryboards(
 
 int32_t LessonMapEditor::CheckedStoryboardCount() const {
     const auto self = shared_from_this();
-    const Deeper deeper(depth);
+    const DepthGuard guard(depth);
     const LessonRef was = lesson;
     int32_t count = 0;
     for (const Text& key : CheckedKeys()) count += modLME::FindStoryboard(was, key) != nullptr;
@@ -257,7 +257,7 @@ std::shared_ptr<dax::Lesson> LessonMapEditor::GetCheckedLesson() {
     const LessonRef was = lesson;
     if (!was) return nullptr;
     const auto checked = std::make_shared<ContentLesson>();
-    const Busy busy(*this);
+    const OperationGuard busy(*this);
     SaveLayouts();
     // First who is checked and has a storyboard, which asks the host; then the places, which does not.
     for (const Text& key : CheckedKeys()) {
@@ -289,7 +289,7 @@ std::vector<LessonMapEditor::StoryboardRef> LessonMapEditor::OrphanedStoryboards
     const LessonRef was = lesson;
     std::vector<StoryboardRef> orphans;
     if (!was) return orphans;
-    const Busy busy(*this);
+    const OperationGuard busy(*this);
     SaveLayouts();
     for (const StoryboardRef& storyboard : StoryboardsOf(*was)->All()) {
         if (storyboard && !tree->Find(storyboard->SBID())) orphans.push_back(storyboard);

@@ -13,7 +13,7 @@ LessonMapEditor::LessonMapEditor() {
     drag.Drop().Add([this](Node& dragged, const DropTarget& target) { OnDrop(dragged, target); });
     subclasser.SelectionChanged().Add([this] { OnSelectionChanged(); });
     subclasser.CheckStateChanged().Add([this] {
-        if (quiet == 0) Raise(ItemChecked);
+        if (suspendedNotifications == 0) Raise(ItemChecked);
     });
     SetWindow(nullptr);
     subclasser.SetActive(true);
@@ -72,8 +72,8 @@ void LessonMapEditor::SetLesson(std::shared_ptr<dax::Lesson> newLesson) {
     bool isRepaired = false;
     LessonRef before; // its end may call back: it goes last
     {
-        const Busy busy(*this);
-        const Quiet silence(*this);
+        const OperationGuard busy(*this);
+        const NotificationGuard silence(*this);
         drag.CancelDrag();
         const Undrawn undrawn(*this);
         const Text sbidBefore = CurrentSBID();
@@ -104,13 +104,13 @@ void LessonMapEditor::SelectQuietly(const Text& sbid) {
 
 LessonMapEditor::StoryboardRef LessonMapEditor::CurrentStoryboard() const {
     const auto self = shared_from_this();
-    const Deeper deeper(depth);
+    const DepthGuard guard(depth);
     return modLME::FindStoryboard(lesson, CurrentSBID());
 }
 
 void LessonMapEditor::SetCurrentStoryboard(const StoryboardRef& storyboard) {
     const auto self = shared_from_this();
-    const Deeper deeper(depth);
+    const DepthGuard guard(depth);
     if (lesson) SetCurrentSBID(storyboard ? storyboard->SBID() : Text());
 }
 
@@ -121,7 +121,7 @@ Text LessonMapEditor::CurrentSBID() const {
 
 void LessonMapEditor::SetCurrentSBID(const Text& sbid) {
     const auto self = shared_from_this();
-    const Deeper deeper(depth);
+    const DepthGuard guard(depth);
     const LessonRef was = lesson;
     const Text wanted = sbid;
     if (!was) return;
@@ -138,7 +138,7 @@ void LessonMapEditor::SetCurrentSBID(const Text& sbid) {
 
 void LessonMapEditor::RecordSelection() {
     const LessonRef was = lesson;
-    const Deeper deeper(depth);
+    const DepthGuard guard(depth);
     if (was) was->SetCurrentSBID(CurrentSBID());
 }
 
@@ -149,19 +149,19 @@ void LessonMapEditor::TellSelection(const LessonRef& was) {
 }
 
 void LessonMapEditor::OnSelectionChanged() {
-    if (quiet > 0 || isClosed) return;
+    if (suspendedNotifications > 0 || isClosed) return;
     const auto self = shared_from_this();
     const LessonRef was = lesson;
     if (depth >= deepestEvent) return;
-    const Deeper deeper(depth);
+    const DepthGuard guard(depth);
     RecordSelection();
     TellSelection(was);
 }
 
 void LessonMapEditor::Refresh() {
     const auto self = shared_from_this();
-    const Busy busy(*this);
-    const Quiet silence(*this);
+    const OperationGuard busy(*this);
+    const NotificationGuard silence(*this);
     Build();
 }
 
@@ -206,8 +206,8 @@ void LessonMapEditor::SetShowDefaultMapOnly(bool isOnly) {
     TellProperty(u"ShowDefaultMapOnly");
     const LessonRef was = lesson;
     if (!was) return;
-    const Busy busy(*this);
-    const Quiet silence(*this);
+    const OperationGuard busy(*this);
+    const NotificationGuard silence(*this);
     Build();
     // The current page may have been in a map that was hidden.
     SelectQuietly(was->CurrentSBID());
@@ -246,7 +246,7 @@ void LessonMapEditor::FreezeDisplay(bool frozen) {
 
 void LessonMapEditor::ExpandAll() {
     const auto self = shared_from_this();
-    const Quiet silence(*this);
+    const NotificationGuard silence(*this);
     modTVW::SetAllExpanded(*tree, true);
     ShowSelected();
 }
@@ -260,7 +260,7 @@ void LessonMapEditor::CollapseAll() {
     const LessonRef was = lesson;
     const Node* const selected = tree->Selected();
     {
-        const Quiet silence(*this);
+        const NotificationGuard silence(*this);
         modTVW::SetAllExpanded(*tree, false);
         if (tree->Selected() == selected) return;
         RecordSelection();
@@ -270,7 +270,7 @@ void LessonMapEditor::CollapseAll() {
 
 Text LessonMapEditor::FindNextSBID(const Text& criteria, FindTypes findType, bool exactMatch, bool wrapSearch) const {
     const auto self = shared_from_this();
-    const Deeper deeper(depth);
+    const DepthGuard guard(depth);
     return modLME::FindNextSBID(*tree, lesson, criteria, findType, exactMatch, wrapSearch);
 }
 

@@ -102,10 +102,10 @@ public:
     Event<Text> PropertyChanged; // the name of a property that the bag keeps; before the tree follows
 
 private:
-    class Busy;
-    class Quiet;
+    class OperationGuard;
+    class NotificationGuard;
     class Undrawn;
-    class Deeper;
+    class DepthGuard;
     static constexpr int deepestEvent = 30, deepest = 60;
     using LessonRef = std::shared_ptr<dax::Lesson>;
 
@@ -142,7 +142,7 @@ private:
     LMESubclasser subclasser;
     bool isClosed = false, isBusy = false, isFrozen = false, isExpanding = false, isCollapsing = false,
          isDropped = false;
-    int quiet = 0;
+    int suspendedNotifications = 0;
     mutable int depth = 0; // of events and questions to the lesson's objects within each other
     Text sbidBeforeDrag;
 };

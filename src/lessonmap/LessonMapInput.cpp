@@ -94,7 +94,7 @@ void LessonMapEditor::MouseUp(MouseButton button) {
             drag.CancelDrag();
         }
         // Setting it stops a check event that is due, so only when it is off.
-        if (!subclasser.Active() && quiet == 0) subclasser.SetActive(true);
+        if (!subclasser.Active() && suspendedNotifications == 0) subclasser.SetActive(true);
         // A drop that was refused has selected its target all the same.
         if (wasDrag && !isDropped && IsStill(was) && CurrentSBID() != sbidBeforeDrag) {
             TellFailures(u"Select", [this] { OnSelectionChanged(); });
@@ -106,7 +106,7 @@ void LessonMapEditor::MouseUp(MouseButton button) {
 
 void LessonMapEditor::EndDrag() {
     drag.CancelDrag();
-    if (!subclasser.Active() && quiet == 0) subclasser.SetActive(true);
+    if (!subclasser.Active() && suspendedNotifications == 0) subclasser.SetActive(true);
 }
 
 void LessonMapEditor::Click(Point point, bool isCtrlDown) {

@@ -9,18 +9,18 @@ namespace dax {
 
 // While content objects are asked to fill the tree, to take layouts back or to change their collections, nothing else
 // may do so: it would work on half a tree.
-class LessonMapEditor::Busy {
+class LessonMapEditor::OperationGuard {
 public:
-    explicit Busy(LessonMapEditor& editor) : editor(editor) {
+    explicit OperationGuard(LessonMapEditor& editor) : editor(editor) {
         if (editor.isBusy) {
             throw dax::Error(ErrorNumbers::Automation,
                              u"The lesson map is being changed: it cannot do that meanwhile.");
         }
         editor.isBusy = true;
     }
-    ~Busy() { editor.isBusy = false; }
-    Busy(const Busy&) = delete;
-    Busy& operator=(const Busy&) = delete;
+    ~OperationGuard() { editor.isBusy = false; }
+    OperationGuard(const OperationGuard&) = delete;
+    OperationGuard& operator=(const OperationGuard&) = delete;
 
 private:
     LessonMapEditor& editor;
@@ -28,16 +28,16 @@ private:
 
 // The editor's own changes: no selection and check events of the tree. Afterwards notifications flow unless a drag is
 // in progress; a drag that the changes ended does not leave them off.
-class LessonMapEditor::Quiet {
+class LessonMapEditor::NotificationGuard {
 public:
-    explicit Quiet(LessonMapEditor& editor) : editor(editor) {
-        if (editor.quiet++ == 0) editor.subclasser.SetActive(false);
+    explicit NotificationGuard(LessonMapEditor& editor) : editor(editor) {
+        if (editor.suspendedNotifications++ == 0) editor.subclasser.SetActive(false);
     }
-    ~Quiet() {
-        if (--editor.quiet == 0) editor.subclasser.SetActive(!editor.drag.Active());
+    ~NotificationGuard() {
+        if (--editor.suspendedNotifications == 0) editor.subclasser.SetActive(!editor.drag.Active());
     }
-    Quiet(const Quiet&) = delete;
-    Quiet& operator=(const Quiet&) = delete;
+    NotificationGuard(const NotificationGuard&) = delete;
+    NotificationGuard& operator=(const NotificationGuard&) = delete;
 
 private:
     LessonMapEditor& editor;
@@ -61,16 +61,16 @@ private:
 };
 
 // Counts a level of nesting for a scope. Throws Error where a host's objects call back without end.
-class LessonMapEditor::Deeper {
+class LessonMapEditor::DepthGuard {
 public:
-    explicit Deeper(int& depth) : depth(depth) {
+    explicit DepthGuard(int& depth) : depth(depth) {
         if (depth >= deepest)
             throw dax::Error(ErrorNumbers::Automation, u"The lesson's objects call back without end.");
         ++depth;
     }
-    ~Deeper() { --depth; }
-    Deeper(const Deeper&) = delete;
-    Deeper& operator=(const Deeper&) = delete;
+    ~DepthGuard() { --depth; }
+    DepthGuard(const DepthGuard&) = delete;
+    DepthGuard& operator=(const DepthGuard&) = delete;
 
 private:
     int& depth;
@@ -101,7 +101,7 @@ void LessonMapEditor::KeepEdit(const Action& edit) {
 template <typename TheEvent, typename... Arguments>
 void LessonMapEditor::Raise(const TheEvent& event, const Arguments&... arguments) {
     if (isClosed || depth >= deepestEvent) return;
-    const Deeper deeper(depth);
+    const DepthGuard guard(depth);
     event.Raise(arguments...);
 }
 

@@ -15,13 +15,14 @@ namespace {
 
 constexpr size_t longestCaption = 80;
 
-struct Look {
+struct Appearance {
     Text caption;
     int image;
 };
 
 // Asks the storyboard; no node is touched yet, since asking may change the tree.
-Look LookOf(const Storyboard& storyboard, LessonMapEditorCaptionStyles captionStyle, const PictureKeys& imageList) {
+Appearance AppearanceOf(const Storyboard& storyboard, LessonMapEditorCaptionStyles captionStyle,
+                        const PictureKeys& imageList) {
     Text caption = captionStyle == csIdentifier ? storyboard.Identifier() : storyboard.Title();
     if (caption.empty()) caption = captionStyle == csIdentifier ? u"(no identifier)" : u"(untitled)";
     if (caption.size() > longestCaption) caption = Text(Shorten(caption, longestCaption)) + u"...";
@@ -87,11 +88,11 @@ bool BuildMap(NodeTree* tree, const PictureKeys& imageList, std::shared_ptr<Less
         MapBuilder builder(*tree, imageList, *lesson);
         builder.AddMaps(showDefaultMapOnly);
         for (const auto& [sbid, storyboard] : builder.Storyboards()) {
-            const Look look = LookOf(*storyboard, captionStyle, imageList);
+            const Appearance appearance = AppearanceOf(*storyboard, captionStyle, imageList);
             Node* const node = tree->Find(sbid);
             if (!node || !node->Parent()) continue;
-            node->SetCaption(look.caption);
-            node->SetImage(look.image);
+            node->SetCaption(appearance.caption);
+            node->SetImage(appearance.image);
         }
         builder.MarkMissing();
         builder.CheckRoots();
@@ -113,12 +114,12 @@ void SetStoryboardCaption(const Storyboard* storyboard, Node& node, LessonMapEdi
     }
     const NodeTree& tree = node.Tree();
     const Text key = node.Key();
-    const Look look = LookOf(*storyboard, captionStyle, imageList);
+    const Appearance appearance = AppearanceOf(*storyboard, captionStyle, imageList);
     Node* const found = tree.Find(key);
     if (!found) return;
     const TreeUpdate update(found->Tree());
-    found->SetCaption(look.caption);
-    found->SetImage(look.image);
+    found->SetCaption(appearance.caption);
+    found->SetImage(appearance.image);
 }
 
 void SetStoryboardImage(const Storyboard* storyboard, Node& node, const PictureKeys& imageList) {

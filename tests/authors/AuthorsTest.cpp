@@ -153,12 +153,12 @@ TEST_P(Authors, FourLoseNothing) { FourAuthorsLoseNothing({database->ConnectionS
 class AuthorsOnACluster : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        if (test::OwnServer::WhyNot().empty())
+        if (test::OwnServer::SkipReason().empty())
             cluster = std::make_unique<test::OwnServer>(test::OwnServer::Kind::Cluster);
     }
     static void TearDownTestSuite() { cluster.reset(); }
     void SetUp() override {
-        if (const std::string why = test::OwnServer::WhyNot(); !why.empty()) GTEST_SKIP() << why;
+        if (const std::string why = test::OwnServer::SkipReason(); !why.empty()) GTEST_SKIP() << why;
         database = std::make_unique<test::TestDatabase>(Engine::MariaDB, cluster->ConnectionString());
         test::CreateTables(*database);
         for (int node = 1; node <= 3; ++node) {

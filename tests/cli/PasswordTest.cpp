@@ -47,7 +47,7 @@ TEST(PasswordTest, AppearsNowhere) {
         u"Driver={MariaDB Unicode};Server=127.0.0.1;Port=1;UID=u;PWD=geheim",
     };
     for (const Engine engine : {Engine::PostgreSQL, Engine::MariaDB}) {
-        if (!WhyNot(engine).empty()) continue;
+        if (!SkipReason(engine).empty()) continue;
         const TestDatabase server(engine); // which refuses the password
         ConnectionKeywords keywords(server.ConnectionString());
         keywords.Set(u"PWD", u"geheim");
@@ -97,7 +97,7 @@ TEST(PasswordTest, AppearsNowhere) {
 TEST(PasswordTest, ComesFromElsewhere) {
     const TempFolder folder;
     for (const Engine engine : {Engine::PostgreSQL, Engine::MariaDB}) {
-        if (!WhyNot(engine).empty()) continue;
+        if (!SkipReason(engine).empty()) continue;
         const TestDatabase server(engine);
         ConnectionKeywords keywords(server.ConnectionString());
         const Text password = keywords.First({u"PWD"});

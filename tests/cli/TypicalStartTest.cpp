@@ -82,7 +82,7 @@ TEST(CatalogConnectionTest, KeepsTheServerAndReplacesTheRest) {
 // With a name that no engine takes as it stands.
 TEST(NewCatalogTest, IsMadeOnTheServer) {
     for (const Engine engine : {Engine::PostgreSQL, Engine::MariaDB}) {
-        if (!WhyNot(engine).empty()) continue;
+        if (!SkipReason(engine).empty()) continue;
         const TestDatabase connector(engine);
         const Text name = connector.Name() + u"-New", quote(1, engine == Engine::PostgreSQL ? u'"' : u'`');
         const Text made = CatalogConnection(connector.ConnectionString(), name, {}, {});

@@ -310,7 +310,7 @@ TEST_P(HierarchyFault, TheServerFallsSilent) {
 class HierarchyOnAServerThatStops : public HierarchyFault {
 protected:
     void SetUp() override {
-        if (const std::string why = test::OwnServer::WhyNot(); !why.empty()) GTEST_SKIP() << why;
+        if (const std::string why = test::OwnServer::SkipReason(); !why.empty()) GTEST_SKIP() << why;
         server = std::make_unique<test::OwnServer>();
         database = std::make_unique<test::TestDatabase>(GetParam(), server->ConnectionString());
     }

@@ -13,7 +13,7 @@ using test::MakeLesson;
 using test::Print;
 
 // Content objects that do something unexpected at one of the calls they get.
-struct Mischief {
+struct FaultInjector {
     int countdown = -1; // calls until it happens; negative: never
     bool isLasting = false;
     std::function<void()> act;
@@ -25,42 +25,42 @@ struct Mischief {
 };
 
 struct OddPage : ContentStoryboard {
-    OddPage(Mischief& mischief, const Text& sbid) : ContentStoryboard(sbid, u"T", u"I", u"text"), mischief(mischief) {}
-    Text SBID() const override { return mischief.Tick(), ContentStoryboard::SBID(); }
-    Text Title() const override { return mischief.Tick(), ContentStoryboard::Title(); }
-    Text StoryboardType() const override { return mischief.Tick(), ContentStoryboard::StoryboardType(); }
-    Mischief& mischief;
+    OddPage(FaultInjector& faults, const Text& sbid) : ContentStoryboard(sbid, u"T", u"I", u"text"), faults(faults) {}
+    Text SBID() const override { return faults.Tick(), ContentStoryboard::SBID(); }
+    Text Title() const override { return faults.Tick(), ContentStoryboard::Title(); }
+    Text StoryboardType() const override { return faults.Tick(), ContentStoryboard::StoryboardType(); }
+    FaultInjector& faults;
 };
 
 struct OddMap : ContentMap {
-    OddMap(Mischief& mischief, const Text& name) : ContentMap(name), mischief(mischief) {}
-    Text Name() const override { return mischief.Tick(), ContentMap::Name(); }
-    void SetName(const Text& name) override { mischief.Tick(), ContentMap::SetName(name); }
+    OddMap(FaultInjector& faults, const Text& name) : ContentMap(name), faults(faults) {}
+    Text Name() const override { return faults.Tick(), ContentMap::Name(); }
+    void SetName(const Text& name) override { faults.Tick(), ContentMap::SetName(name); }
     void FillTree(MapTree& nodes, MapTree::NodeRef root) override {
-        mischief.Tick();
+        faults.Tick();
         if (onFill) return onFill(nodes, root);
         ContentMap::FillTree(nodes, root);
     }
     void ReadLayout(const MapTree& nodes, MapTree::NodeRef root) override {
         ContentMap::ReadLayout(nodes, root);
-        mischief.Tick();
+        faults.Tick();
     }
-    Mischief& mischief;
+    FaultInjector& faults;
     std::function<void(MapTree&, MapTree::NodeRef)> onFill;
 };
 
 struct OddMaps : ContentMaps {
-    explicit OddMaps(Mischief& mischief) : mischief(mischief) {}
-    int32_t Count() const override { return mischief.Tick(), count ? *count : ContentMaps::Count(); }
+    explicit OddMaps(FaultInjector& faults) : faults(faults) {}
+    int32_t Count() const override { return faults.Tick(), count ? *count : ContentMaps::Count(); }
     std::shared_ptr<StoryboardMap> Item(int32_t index) const override {
-        mischief.Tick();
+        faults.Tick();
         return onItem ? onItem(index) : ContentMaps::Item(index);
     }
     std::shared_ptr<StoryboardMap> DefaultMap() const override {
-        mischief.Tick();
+        faults.Tick();
         return isDefaultHidden ? nullptr : stray ? stray : ContentMaps::DefaultMap();
     }
-    Mischief& mischief;
+    FaultInjector& faults;
     std::optional<int32_t> count;
     std::function<std::shared_ptr<StoryboardMap>(int32_t)> onItem;
     bool isDefaultHidden = false;
@@ -68,36 +68,36 @@ struct OddMaps : ContentMaps {
 };
 
 struct OddPages : ContentStoryboards {
-    explicit OddPages(Mischief& mischief) : mischief(mischief) {}
+    explicit OddPages(FaultInjector& faults) : faults(faults) {}
     std::shared_ptr<Storyboard> Item(const Text& sbid) const override {
-        return mischief.Tick(), ContentStoryboards::Item(sbid);
+        return faults.Tick(), ContentStoryboards::Item(sbid);
     }
-    void Add(const std::shared_ptr<Storyboard>& page) override { mischief.Tick(), ContentStoryboards::Add(page); }
-    void Remove(const Text& sbid) override { mischief.Tick(), ContentStoryboards::Remove(sbid); }
+    void Add(const std::shared_ptr<Storyboard>& page) override { faults.Tick(), ContentStoryboards::Add(page); }
+    void Remove(const Text& sbid) override { faults.Tick(), ContentStoryboards::Remove(sbid); }
     std::vector<std::shared_ptr<Storyboard>> All() const override {
-        auto all = (mischief.Tick(), ContentStoryboards::All());
+        auto all = (faults.Tick(), ContentStoryboards::All());
         all.push_back(nullptr);
         return all;
     }
-    Mischief& mischief;
+    FaultInjector& faults;
 };
 
 struct OddLesson : Lesson {
-    explicit OddLesson(Mischief& mischief)
-        : mischief(mischief), maps(std::make_shared<OddMaps>(mischief)), pages(std::make_shared<OddPages>(mischief)) {
-        for (const char16_t* sbid : {u"a", u"b", u"c", u"d"}) pages->Add(std::make_shared<OddPage>(mischief, sbid));
+    explicit OddLesson(FaultInjector& faults)
+        : faults(faults), maps(std::make_shared<OddMaps>(faults)), pages(std::make_shared<OddPages>(faults)) {
+        for (const char16_t* sbid : {u"a", u"b", u"c", u"d"}) pages->Add(std::make_shared<OddPage>(faults, sbid));
         first->SetLayout({{u"a", 1}, {u"b", 2}, {u"c", 1}});
         second->SetLayout({{u"d", 1}});
         maps->Add(first);
         maps->Add(second);
     }
-    std::shared_ptr<StoryboardMaps> Maps() const override { return mischief.Tick(), maps; }
-    std::shared_ptr<dax::Storyboards> Storyboards() const override { return mischief.Tick(), pages; }
-    Text CurrentSBID() const override { return mischief.Tick(), current; }
-    void SetCurrentSBID(const Text& sbid) override { mischief.Tick(), current = sbid; }
-    Mischief& mischief;
-    std::shared_ptr<OddMap> first = std::make_shared<OddMap>(mischief, u"A"),
-                            second = std::make_shared<OddMap>(mischief, u"B");
+    std::shared_ptr<StoryboardMaps> Maps() const override { return faults.Tick(), maps; }
+    std::shared_ptr<dax::Storyboards> Storyboards() const override { return faults.Tick(), pages; }
+    Text CurrentSBID() const override { return faults.Tick(), current; }
+    void SetCurrentSBID(const Text& sbid) override { faults.Tick(), current = sbid; }
+    FaultInjector& faults;
+    std::shared_ptr<OddMap> first = std::make_shared<OddMap>(faults, u"A"),
+                            second = std::make_shared<OddMap>(faults, u"B");
     std::shared_ptr<OddMaps> maps;
     std::shared_ptr<OddPages> pages;
     Text current;
@@ -105,24 +105,24 @@ struct OddLesson : Lesson {
 
 class HostileLesson : public EditorFixture {
 protected:
-    HostileLesson() { odd = std::make_shared<OddLesson>(mischief); }
+    HostileLesson() { odd = std::make_shared<OddLesson>(faults); }
     ~HostileLesson() override {
-        mischief.countdown = -1;
+        faults.countdown = -1;
         if (editor) editor->SetWindow(nullptr);
     }
 
     // Everything begins anew: editor, window, lesson.
     void Begin() {
-        mischief.countdown = -1;
-        mischief.isLasting = false;
+        faults.countdown = -1;
+        faults.isLasting = false;
         editor = LessonMapEditor::Create();
         tree = editor->tvwObject();
         window = std::make_unique<test::FakeTreeWindow>(*tree);
         editor->SetWindow(window.get());
-        const auto tick = [this] { mischief.Tick(); };
+        const auto tick = [this] { faults.Tick(); };
         editor->AfterSelectionChange.Add([tick](const auto&) { tick(); });
         editor->MapChanged.Add([tick](auto) { tick(); });
-        odd = std::make_shared<OddLesson>(mischief);
+        odd = std::make_shared<OddLesson>(faults);
         editor->SetLesson(odd);
         editor->SetCurrentSBID(u"c");
         tree->Find(u"b")->SetChecked(true);
@@ -140,7 +140,7 @@ protected:
     }
     // Afterwards the editor must work as ever.
     void ExpectUsable(const std::string& where) {
-        mischief.countdown = -1;
+        faults.countdown = -1;
         if (!editor) return;
         lesson = MakeLesson("A: a( b ) | B:");
         editor->SetLesson(nullptr);
@@ -157,7 +157,7 @@ protected:
         editor->AfterSelectionChange.Remove(listener);
     }
 
-    Mischief mischief;
+    FaultInjector faults;
     std::shared_ptr<OddLesson> odd;
     std::unique_ptr<test::FakeTreeWindow> window;
     int added = 0;
@@ -206,13 +206,13 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
     const std::pair<const char*, std::function<void()>> operations[] = {
         {"Lesson",
          [this] {
-             const auto other = std::make_shared<OddLesson>(mischief);
+             const auto other = std::make_shared<OddLesson>(faults);
              if (editor) editor->SetLesson(other);
          }},
         {"Refresh", [this] { editor->Refresh(); }},
-        {"AddStoryboard", [this] { editor->AddStoryboard(std::make_shared<OddPage>(mischief, u"n")); }},
-        {"RemoveStoryboard", [this] { editor->RemoveStoryboard(std::make_shared<OddPage>(mischief, u"c"), false); }},
-        {"Remove branch", [this] { editor->RemoveStoryboard(std::make_shared<OddPage>(mischief, u"a"), true); }},
+        {"AddStoryboard", [this] { editor->AddStoryboard(std::make_shared<OddPage>(faults, u"n")); }},
+        {"RemoveStoryboard", [this] { editor->RemoveStoryboard(std::make_shared<OddPage>(faults, u"c"), false); }},
+        {"Remove branch", [this] { editor->RemoveStoryboard(std::make_shared<OddPage>(faults, u"a"), true); }},
         {"MoveCurrent", [this] { editor->MoveCurrent(smtNextMap); }},
         {"CurrentSBID", [this] { editor->SetCurrentSBID(u"b"); }},
         {"select", [this] { editor->tvwObject()->Select(tree->Find(u"d")); }},
@@ -234,15 +234,15 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
                 for (int call = 0; call < 200; ++call) {
                     const std::string where = std::string(operation) + ": " + deed + " at call " + std::to_string(call);
                     Begin();
-                    mischief.act = act;
-                    mischief.isLasting = isLasting;
-                    mischief.countdown = call;
+                    faults.act = act;
+                    faults.isLasting = isLasting;
+                    faults.countdown = call;
                     try {
                         run();
                     } catch (const Error&) {
                     }
-                    const bool isOver = mischief.countdown >= 0 && !isLasting;
-                    const bool isNeverReached = isLasting && mischief.countdown > 0;
+                    const bool isOver = faults.countdown >= 0 && !isLasting;
+                    const bool isNeverReached = isLasting && faults.countdown > 0;
                     ExpectUsable(where);
                     if (HasFatalFailure()) return;
                     if (isOver || isNeverReached) break;
@@ -299,14 +299,14 @@ TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
              odd->maps->onItem = [this](int32_t) { return odd->first; };
          },
          "A: a( b ) c"},
-        {"a default map of elsewhere", [&] { odd->maps->stray = std::make_shared<OddMap>(mischief, u"S"); },
+        {"a default map of elsewhere", [&] { odd->maps->stray = std::make_shared<OddMap>(faults, u"S"); },
          "S: | A: a( b ) c | B: d"},
         {"no default map, whatever is set", [&] { odd->maps->isDefaultHidden = true; }, "A: a( b ) c | B: d"},
     };
     for (const auto& [name, arrange, shown] : cases) {
         Begin();
         editor->SetLesson(nullptr);
-        odd = std::make_shared<OddLesson>(mischief);
+        odd = std::make_shared<OddLesson>(faults);
         arrange();
         if (shown) {
             ASSERT_NO_THROW(editor->SetLesson(odd)) << name;
@@ -330,7 +330,7 @@ TEST_F(HostileLesson, OneMapThatFailsDoesNotKeepTheOthersFromTheirLayout) {
         using OddMap::OddMap;
         void ReadLayout(const MapTree&, MapTree::NodeRef) override { throw Error(5, u"failed"); }
     };
-    const auto failing = std::make_shared<Failing>(mischief, u"F");
+    const auto failing = std::make_shared<Failing>(faults, u"F");
     failing->SetLayout({{u"e", 1}});
     odd->pages->Add(NewPage(u"e"));
     odd->maps->Add(failing);

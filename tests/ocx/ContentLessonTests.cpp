@@ -26,7 +26,7 @@ protected:
     }
     void TearDown() override {
         for (ComPtr<IDispatch>* each : {&lesson, &maps, &pages}) each->Reset();
-        EXPECT_EQ(HostThing::living, 0);
+        EXPECT_EQ(FakeDispatch::living, 0);
         OcxTest::TearDown();
     }
 
@@ -58,13 +58,13 @@ int32_t NumberOfError(const std::function<void()>& call) { return CodeOf(call) &
 struct HostTree {
     explicit HostTree(bool knowsKeys) {
         root = NewNode(u"");
-        nodes->members[L"Add"] = [this](const HostThing::Arguments& arguments, WORD) {
+        nodes->members[L"Add"] = [this](const FakeDispatch::Arguments& arguments, WORD) {
             if (isDeaf) return Variant();
             const auto added = NewNode(TextOf(arguments.at(2)));
             children[arguments.at(0).pdispVal].push_back(added);
             return ObjectVariant(added.Get());
         };
-        const auto find = [this](const HostThing::Arguments& arguments) {
+        const auto find = [this](const FakeDispatch::Arguments& arguments) {
             const auto found = known.find(TextOf(arguments.at(0)));
             return found == known.end() ? nullptr : found->second;
         };
@@ -83,8 +83,8 @@ struct HostTree {
         for (const auto& thing : all) thing->members.clear();
         nodes->members.clear();
     }
-    ComPtr<HostThing> NewNode(const Text& key) {
-        auto node = HostThing::New();
+    ComPtr<FakeDispatch> NewNode(const Text& key) {
+        auto node = FakeDispatch::New();
         IDispatch* const self = node.Get();
         node->members[L"Key"] = [key](const auto&, WORD) { return Variant(TextView(key)); };
         node->members[L"Child"] = [this, self](const auto&, WORD) {
@@ -111,9 +111,9 @@ struct HostTree {
         return text + ')';
     }
 
-    ComPtr<HostThing> nodes = HostThing::New(), root;
-    std::vector<ComPtr<HostThing>> all;
-    std::map<IDispatch*, std::vector<ComPtr<HostThing>>> children;
+    ComPtr<FakeDispatch> nodes = FakeDispatch::New(), root;
+    std::vector<ComPtr<FakeDispatch>> all;
+    std::map<IDispatch*, std::vector<ComPtr<FakeDispatch>>> children;
     std::map<Text, IDispatch*> known;
     bool isDeaf = false, isEndless = false;
 };

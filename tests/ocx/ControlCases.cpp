@@ -11,85 +11,88 @@ namespace {
 constexpr long Abort = 3, Retry = 4, Ignore = 5;
 constexpr const wchar_t* Connection = L"ConnectionString";
 
-Deed Calls(const wchar_t* member) {
-    return [member](Stage& stage) { stage.Do(member); };
+Action Calls(const wchar_t* member) {
+    return [member](HostedControl& hosted) { hosted.Do(member); };
 }
-Deed Sets(const wchar_t* property, const Variant& value) {
-    return [=](Stage& stage) { stage.Set(property, value); };
+Action Sets(const wchar_t* property, const Variant& value) {
+    return [=](HostedControl& hosted) { hosted.Set(property, value); };
 }
-Deed Presses(WPARAM key) {
-    return [key](Stage& stage) { stage.Press(key); };
+Action Presses(WPARAM key) {
+    return [key](HostedControl& hosted) { hosted.Press(key); };
 }
 
 const Variant Nonsense(u"Provider=Nonsense");
 
-void Validate(Stage& stage) { stage.Do(L"ValidateDataConnection", {Variant(u""), Variant(u""), Variant(true)}); }
+void Validate(HostedControl& hosted) {
+    hosted.Do(L"ValidateDataConnection", {Variant(u""), Variant(u""), Variant(true)});
+}
 
-void FillPanel(Stage& stage) {
+void FillPanel(HostedControl& hosted) {
     const auto editor = Create(L"DAXControls.GroupEditor");
-    Put(editor.Get(), Connection, Variant(stage.data->course.ConnectionString()));
+    Put(editor.Get(), Connection, Variant(hosted.data->course.ConnectionString()));
     Call(editor.Get(), L"LoadDatabase");
-    stage.Do(L"UpdateFrom", {Variant(editor.Get())});
+    hosted.Do(L"UpdateFrom", {Variant(editor.Get())});
 }
 
-void FillPicker(Stage& stage) {
-    stage.Do(L"LoadPicker", {Variant(stage.data->connector.ConnectionString()), Variant(u"admin"), Variant(u"course")});
+void FillPicker(HostedControl& hosted) {
+    hosted.Do(L"LoadPicker",
+              {Variant(hosted.data->connector.ConnectionString()), Variant(u"admin"), Variant(u"course")});
 }
 
-void FillEditor(Stage& stage) {
-    stage.Set(Connection, Variant(stage.data->course.ConnectionString()));
-    stage.Do(L"LoadDatabase");
-    stage.Set(L"CurrentLessonID", Variant(u"d"));
+void FillEditor(HostedControl& hosted) {
+    hosted.Set(Connection, Variant(hosted.data->course.ConnectionString()));
+    hosted.Do(L"LoadDatabase");
+    hosted.Set(L"CurrentLessonID", Variant(u"d"));
 }
 
-void FillLocks(Stage& stage) {
-    stage.Set(Connection, Variant(stage.data->course.ConnectionString()));
-    stage.Set(L"Username", Variant(u"ann"));
-    stage.Do(L"Refresh");
+void FillLocks(HostedControl& hosted) {
+    hosted.Set(Connection, Variant(hosted.data->course.ConnectionString()));
+    hosted.Set(L"Username", Variant(u"ann"));
+    hosted.Do(L"Refresh");
 }
 
-void SelectAll(Stage& stage) {
+void SelectAll(HostedControl& hosted) {
     LVITEMW item{};
     item.state = item.stateMask = LVIS_SELECTED;
-    SendMessageW(stage.child, LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&item));
+    SendMessageW(hosted.child, LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&item));
 }
 
-void SelectAllAndFail(Stage& stage) {
-    SelectAll(stage);
-    stage.Set(Connection, Nonsense);
+void SelectAllAndFail(HostedControl& hosted) {
+    SelectAll(hosted);
+    hosted.Set(Connection, Nonsense);
 }
 
-void FillMap(Stage& stage) {
+void FillMap(HostedControl& hosted) {
     const auto lesson = Create(L"ContentObjects.Lesson");
     Call(lesson.Get(), L"Load",
          {Variant(u"lesson\t1\nstoryboard\ta\ttext\tA\tfirst\nstoryboard\tb\ttext\tB\tsecond\nstoryboard\tc\ttext\tC\t"
                   u"third\nmap\tM\tdefault\npage\t1\ta\npage\t1\tb\npage\t1\tc\ncurrent\ta\n")});
-    Put(stage.control.Get(), L"Lesson", Variant(lesson.Get()), DISPATCH_PROPERTYPUTREF);
+    Put(hosted.control.Get(), L"Lesson", Variant(lesson.Get()), DISPATCH_PROPERTYPUTREF);
 }
 
 // What a host that has the focus elsewhere asks for: the panel reads a database that is not there.
-void UpdatesFromNothing(Stage& stage) {
+void UpdatesFromNothing(HostedControl& hosted) {
     const auto editor = Create(L"DAXControls.GroupEditor");
     Put(editor.Get(), Connection, Nonsense);
-    stage.Do(L"UpdateFrom", {Variant(editor.Get())});
+    hosted.Do(L"UpdateFrom", {Variant(editor.Get())});
 }
 
 // As the row before leaves nothing to delete for the next.
-void AddsAndSelectsAll(Stage& stage) {
-    stage.data->course.AddLock(u"a", u"ann", 1, 1);
-    stage.Do(L"Refresh");
-    SelectAll(stage);
+void AddsAndSelectsAll(HostedControl& hosted) {
+    hosted.data->course.AddLock(u"a", u"ann", 1, 1);
+    hosted.Do(L"Refresh");
+    SelectAll(hosted);
 }
 
-Deed LoadsFor(const char16_t* user) {
-    return [user](Stage& stage) {
-        const Variant source(stage.data->connector.ConnectionString());
-        stage.Do(L"LoadPicker", {source, Variant(user), Variant(u"other")});
+Action LoadsFor(const char16_t* user) {
+    return [user](HostedControl& hosted) {
+        const Variant source(hosted.data->connector.ConnectionString());
+        hosted.Do(L"LoadPicker", {source, Variant(user), Variant(u"other")});
     };
 }
 
-Deed Moves(int32_t movement) {
-    return [movement](Stage& stage) { stage.Do(L"MoveCurrent", {Variant(movement)}); };
+Action Moves(int32_t movement) {
+    return [movement](HostedControl& hosted) { hosted.Do(L"MoveCurrent", {Variant(movement)}); };
 }
 
 std::vector<ControlCase> MakeCases() {
@@ -141,7 +144,7 @@ std::vector<ControlCase> MakeCases() {
                   {3, Presses(VK_SPACE), Sets(L"Checkboxes", yes)},
                   {4, Moves(2)},
                   {5, Presses(VK_DELETE)},
-                  {6, [](Stage& stage) { SendMessageW(stage.child, WM_RBUTTONUP, 0, 0); }}};
+                  {6, [](HostedControl& hosted) { SendMessageW(hosted.child, WM_RBUTTONUP, 0, 0); }}};
     return {validator, picker, editor, locks, info, lockInfo, map};
 }
 
@@ -159,7 +162,7 @@ ComPtr<IDispatch> Create(const ControlCase& row) {
     return Create((L"DAXControls." + std::wstring(name.begin(), name.end())).c_str());
 }
 
-Stage::Stage(const ControlCase& row, LONG verb, const TestSite* beside)
+HostedControl::HostedControl(const ControlCase& row, LONG verb, const TestSite* beside)
     : what(row), site(beside), control(Create(row)) {
     if (beside) OffsetRect(&site.place, 0, 120);
     object = test::Place(control.Get(), site, verb);
@@ -170,20 +173,20 @@ Stage::Stage(const ControlCase& row, LONG verb, const TestSite* beside)
     sink.Connect(control.Get());
 }
 
-Stage::~Stage() {
+HostedControl::~HostedControl() {
     onEvent = nullptr;
     site.called = nullptr;
     LetGo();
 }
 
-void Stage::Fill() {
+void HostedControl::Fill() {
     static const SampleData sample; // made once: databases take their time
     data = &sample;
     what.fill(*this);
     heard.clear();
 }
 
-bool Stage::Press(WPARAM key) {
+bool HostedControl::Press(WPARAM key) {
     // Nothing of this object but the site is touched once the control has had the key: it may have been released.
     MSG down{child, WM_KEYDOWN, key, 1, 0, {}}, up{child, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001u), 0, {}};
     const bool isUsed = site.activeObject && site.activeObject->TranslateAccelerator(&down) == S_OK;
@@ -196,26 +199,26 @@ bool Stage::Press(WPARAM key) {
     return isUsed;
 }
 
-void Stage::Do(const wchar_t* member, std::initializer_list<Variant> arguments) const {
+void HostedControl::Do(const wchar_t* member, std::initializer_list<Variant> arguments) const {
     Call(control.Get(), member, arguments); // as a host does, which has no reference but its own
 }
 
-void Stage::Set(const wchar_t* property, const Variant& value) const { Put(control.Get(), property, value); }
+void HostedControl::Set(const wchar_t* property, const Variant& value) const { Put(control.Get(), property, value); }
 
-void Stage::AmbientChanged(DISPID dispid, const Variant& value) {
+void HostedControl::AmbientChanged(DISPID dispid, const Variant& value) {
     site.ambients[dispid] = value;
     const auto ole = Query<IOleControl>(control.Get(), IID_IOleControl);
     EXPECT_HRESULT_SUCCEEDED(ole->OnAmbientPropertyChange(dispid));
 }
 
-RECT Stage::Place() const {
+RECT HostedControl::Place() const {
     RECT place{};
     GetWindowRect(window, &place);
     MapWindowPoints(nullptr, site.window, reinterpret_cast<POINT*>(&place), 2);
     return place;
 }
 
-void Stage::LetGo() {
+void HostedControl::LetGo() {
     sink.Disconnect();
     if (object) {
         object->Close(OLECLOSE_NOSAVE);
@@ -227,7 +230,7 @@ void Stage::LetGo() {
     control.Reset();
 }
 
-bool Stage::IsGone() const {
+bool HostedControl::IsGone() const {
     return PumpUntil([this] { return !IsWindow(window) && !IsWindow(child); }) && site.references == 1 &&
            sink.references == 1;
 }

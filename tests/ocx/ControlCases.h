@@ -17,10 +17,10 @@ struct SampleData {
 struct ControlCase;
 
 // A control on a site, with its events heard. At the end the host lets go of it in the usual order.
-class Stage {
+class HostedControl {
 public:
-    explicit Stage(const ControlCase& what, LONG verb = OLEIVERB_UIACTIVATE, const TestSite* beside = nullptr);
-    ~Stage();
+    explicit HostedControl(const ControlCase& what, LONG verb = OLEIVERB_UIACTIVATE, const TestSite* beside = nullptr);
+    ~HostedControl();
 
     void Fill();
     // A key as a host's loop hands it on: first offered to the control, then to the window. True: the control used it.
@@ -49,20 +49,20 @@ public:
     }};
 };
 
-using Deed = std::function<void(Stage&)>;
+using Action = std::function<void(HostedControl&)>;
 
 struct EventCase {
     DISPID event;
-    Deed cause;
-    Deed arrange = nullptr; // what comes before
-    long answer = 0;        // to what the event asks by reference
+    Action cause;
+    Action arrange = nullptr; // what comes before
+    long answer = 0;          // to what the event asks by reference
 };
 
 struct ControlCase {
     const char* name;   // of the class
     std::wstring child; // class of the window inside that has the focus; empty: none
     SIZE natural;       // pixels at 96 dpi
-    Deed fill;
+    Action fill;
     std::vector<std::pair<WPARAM, DISPID>> keys{}; // its own, with the event that each raises, in this order; 0: none
     std::vector<std::pair<const wchar_t*, Variant>> kept{}; // what a host keeps, with other values than the defaults
     std::vector<EventCase> events{};

@@ -45,73 +45,76 @@ Variant ItalicFont(int points) {
 } // namespace
 
 TEST_P(ControlInHost, StandsWhereTheHostPutsItHidesAndComesBack) {
-    Stage stage(GetParam());
-    stage.Fill();
-    const auto picture = Picture(stage.control.Get(), 200, 100);
+    HostedControl hosted(GetParam());
+    hosted.Fill();
+    const auto picture = Picture(hosted.control.Get(), 200, 100);
     const RECT moved{20, 30, 320, 90}, visible{0, 0, 100, 300}, whole{0, 0, 400, 300}, none{5, 5, 5, 5};
     const auto expectAt = [&](const RECT& expected) {
-        const RECT actual = stage.Place();
+        const RECT actual = hosted.Place();
         EXPECT_TRUE(EqualRect(&actual, &expected)) << actual.left << ' ' << actual.top << ' ' << actual.right;
-        EXPECT_TRUE(IsWindowVisible(stage.window) && IsWindowVisible(stage.child));
+        EXPECT_TRUE(IsWindowVisible(hosted.window) && IsWindowVisible(hosted.child));
         RECT inner{};
-        GetWindowRect(stage.child, &inner);
+        GetWindowRect(hosted.child, &inner);
         EXPECT_EQ(inner.right - inner.left, expected.right - expected.left) << "the child is as wide as the control";
     };
-    EXPECT_EQ(GetParent(stage.window), stage.site.window);
-    expectAt(stage.site.place);
-    EXPECT_HRESULT_SUCCEEDED(stage.inPlace->SetObjectRects(&moved, &visible));
+    EXPECT_EQ(GetParent(hosted.window), hosted.site.window);
+    expectAt(hosted.site.place);
+    EXPECT_HRESULT_SUCCEEDED(hosted.inPlace->SetObjectRects(&moved, &visible));
     expectAt(moved);
     RECT region{};
-    EXPECT_NE(GetWindowRgnBox(stage.window, &region), 0) << "only a part of it may be seen";
+    EXPECT_NE(GetWindowRgnBox(hosted.window, &region), 0) << "only a part of it may be seen";
     EXPECT_EQ(region.right, 80);
-    EXPECT_HRESULT_SUCCEEDED(stage.inPlace->SetObjectRects(&none, &whole));
-    EXPECT_HRESULT_SUCCEEDED(stage.inPlace->SetObjectRects(&moved, &whole));
+    EXPECT_HRESULT_SUCCEEDED(hosted.inPlace->SetObjectRects(&none, &whole));
+    EXPECT_HRESULT_SUCCEEDED(hosted.inPlace->SetObjectRects(&moved, &whole));
     expectAt(moved);
-    EXPECT_EQ(GetWindowRgnBox(stage.window, &region), 0);
+    EXPECT_EQ(GetWindowRgnBox(hosted.window, &region), 0);
 
-    EXPECT_TRUE(IsWithin(stage.window, GetFocus()));
-    EXPECT_HRESULT_SUCCEEDED(stage.object->DoVerb(OLEIVERB_HIDE, nullptr, &stage.site, 0, stage.site.window, nullptr));
-    EXPECT_FALSE(IsWindowVisible(stage.window));
-    EXPECT_FALSE(IsWithin(stage.window, GetFocus())) << "what is hidden hears no keys";
-    EXPECT_EQ(stage.site.uiDeactivations, 1);
-    EXPECT_HRESULT_SUCCEEDED(stage.object->DoVerb(OLEIVERB_SHOW, nullptr, &stage.site, 0, stage.site.window, nullptr));
+    EXPECT_TRUE(IsWithin(hosted.window, GetFocus()));
+    EXPECT_HRESULT_SUCCEEDED(
+        hosted.object->DoVerb(OLEIVERB_HIDE, nullptr, &hosted.site, 0, hosted.site.window, nullptr));
+    EXPECT_FALSE(IsWindowVisible(hosted.window));
+    EXPECT_FALSE(IsWithin(hosted.window, GetFocus())) << "what is hidden hears no keys";
+    EXPECT_EQ(hosted.site.uiDeactivations, 1);
+    EXPECT_HRESULT_SUCCEEDED(
+        hosted.object->DoVerb(OLEIVERB_SHOW, nullptr, &hosted.site, 0, hosted.site.window, nullptr));
     expectAt(moved);
     EXPECT_HRESULT_SUCCEEDED(
-        stage.object->DoVerb(OLEIVERB_UIACTIVATE, nullptr, &stage.site, 0, stage.site.window, nullptr));
-    EXPECT_TRUE(IsWithin(stage.window, GetFocus()));
-    EXPECT_HRESULT_SUCCEEDED(stage.inPlace->InPlaceDeactivate());
-    EXPECT_TRUE(stage.site.deactivations == 1 && stage.site.uiDeactivations == 2);
-    EXPECT_FALSE(IsWindowVisible(stage.window));
-    EXPECT_FALSE(IsChild(stage.site.window, stage.window));
-    EXPECT_FALSE(IsWithin(stage.window, GetFocus()));
-    EXPECT_EQ(Picture(stage.control.Get(), 200, 100), picture) << "what it shows outlives all that";
-    EXPECT_HRESULT_SUCCEEDED(stage.object->DoVerb(OLEIVERB_SHOW, nullptr, &stage.site, 0, stage.site.window, nullptr));
-    expectAt(stage.site.place);
-    EXPECT_EQ(WindowOf(stage.control.Get()), stage.window);
-    EXPECT_EQ(Picture(stage.control.Get(), 200, 100), picture);
+        hosted.object->DoVerb(OLEIVERB_UIACTIVATE, nullptr, &hosted.site, 0, hosted.site.window, nullptr));
+    EXPECT_TRUE(IsWithin(hosted.window, GetFocus()));
+    EXPECT_HRESULT_SUCCEEDED(hosted.inPlace->InPlaceDeactivate());
+    EXPECT_TRUE(hosted.site.deactivations == 1 && hosted.site.uiDeactivations == 2);
+    EXPECT_FALSE(IsWindowVisible(hosted.window));
+    EXPECT_FALSE(IsChild(hosted.site.window, hosted.window));
+    EXPECT_FALSE(IsWithin(hosted.window, GetFocus()));
+    EXPECT_EQ(Picture(hosted.control.Get(), 200, 100), picture) << "what it shows outlives all that";
+    EXPECT_HRESULT_SUCCEEDED(
+        hosted.object->DoVerb(OLEIVERB_SHOW, nullptr, &hosted.site, 0, hosted.site.window, nullptr));
+    expectAt(hosted.site.place);
+    EXPECT_EQ(WindowOf(hosted.control.Get()), hosted.window);
+    EXPECT_EQ(Picture(hosted.control.Get(), 200, 100), picture);
 }
 
 TEST_P(ControlInHost, MovesToAnotherHostWhileActive) {
     TestSite second;
     second.place = {30, 40, 130, 90};
-    Stage stage(GetParam());
-    stage.Fill();
-    const auto picture = Picture(stage.control.Get(), 200, 100);
-    EXPECT_HRESULT_SUCCEEDED(stage.object->SetClientSite(&second));
-    EXPECT_TRUE(stage.site.deactivations == 1 && stage.site.uiDeactivations == 1);
-    EXPECT_FALSE(IsChild(stage.site.window, stage.window));
+    HostedControl hosted(GetParam());
+    hosted.Fill();
+    const auto picture = Picture(hosted.control.Get(), 200, 100);
+    EXPECT_HRESULT_SUCCEEDED(hosted.object->SetClientSite(&second));
+    EXPECT_TRUE(hosted.site.deactivations == 1 && hosted.site.uiDeactivations == 1);
+    EXPECT_FALSE(IsChild(hosted.site.window, hosted.window));
     EXPECT_EQ(second.activations, 0) << "not before it is shown there";
-    EXPECT_HRESULT_SUCCEEDED(stage.object->DoVerb(OLEIVERB_UIACTIVATE, nullptr, &second, 0, second.window, nullptr));
-    EXPECT_EQ(WindowOf(stage.control.Get()), stage.window) << "the same window";
-    EXPECT_EQ(GetParent(stage.window), second.window);
+    EXPECT_HRESULT_SUCCEEDED(hosted.object->DoVerb(OLEIVERB_UIACTIVATE, nullptr, &second, 0, second.window, nullptr));
+    EXPECT_EQ(WindowOf(hosted.control.Get()), hosted.window) << "the same window";
+    EXPECT_EQ(GetParent(hosted.window), second.window);
     RECT place{};
-    GetWindowRect(stage.window, &place);
+    GetWindowRect(hosted.window, &place);
     MapWindowPoints(nullptr, second.window, reinterpret_cast<POINT*>(&place), 2);
-    EXPECT_TRUE(EqualRect(&place, &second.place) && second.activeObject && !stage.site.activeObject);
-    EXPECT_EQ(Picture(stage.control.Get(), 200, 100), picture);
+    EXPECT_TRUE(EqualRect(&place, &second.place) && second.activeObject && !hosted.site.activeObject);
+    EXPECT_EQ(Picture(hosted.control.Get(), 200, 100), picture);
     second.activeObject.Reset();
-    stage.LetGo();
-    EXPECT_TRUE(stage.IsGone());
+    hosted.LetGo();
+    EXPECT_TRUE(hosted.IsGone());
     EXPECT_TRUE(second.deactivations == 1 && second.references == 1);
 }
 
@@ -138,12 +141,12 @@ int TextRecords(HENHMETAFILE file) {
 }
 
 TEST_P(ControlInHost, PrintsAsItLooksOnTheScreen) {
-    Stage stage(GetParam());
-    stage.Fill();
+    HostedControl hosted(GetParam());
+    hosted.Fill();
     const RECT size{10, 10, 210, 160};
-    stage.inPlace->SetObjectRects(&size, nullptr);
-    const RECT onScreen = InkOf(Picture(stage.control.Get(), 200, 150), 200);
-    const auto view = Query<IViewObject2>(stage.control.Get(), IID_IViewObject2);
+    hosted.inPlace->SetObjectRects(&size, nullptr);
+    const RECT onScreen = InkOf(Picture(hosted.control.Get(), 200, 150), 200);
+    const auto view = Query<IViewObject2>(hosted.control.Get(), IID_IViewObject2);
     // Each way of recording 200 by 150 pixels, or as much at 600 dots per inch.
     const struct {
         const char* name;
@@ -200,11 +203,11 @@ TEST_P(ControlInHost, PrintsAsItLooksOnTheScreen) {
 }
 
 TEST_P(ControlInHost, GoesToTheClipboardAsPictureAndText) {
-    Stage stage(GetParam());
-    stage.Fill();
+    HostedControl hosted(GetParam());
+    hosted.Fill();
     ComPtr<IDataObject> data;
-    ASSERT_HRESULT_SUCCEEDED(stage.object->GetClipboardData(0, data.Out()));
-    stage.LetGo(); // the data lives on
+    ASSERT_HRESULT_SUCCEEDED(hosted.object->GetClipboardData(0, data.Out()));
+    hosted.LetGo(); // the data lives on
     const bool isPanel = std::string(GetParam().name).ends_with("Info");
     size_t formats = 0;
     ComPtr<IEnumFORMATETC> list;
@@ -255,12 +258,13 @@ TEST_P(ControlInHost, SizesComeBackAndPlacesMayComeFirst) {
 }
 
 TEST_P(ControlInHost, FocusComesAndGoesByTabAndClick) {
-    Stage first(GetParam(), OLEIVERB_INPLACEACTIVATE), second(GetParam(), OLEIVERB_INPLACEACTIVATE, &first.site);
+    HostedControl first(GetParam(), OLEIVERB_INPLACEACTIVATE),
+        second(GetParam(), OLEIVERB_INPLACEACTIVATE, &first.site);
     first.Fill();
     second.Fill();
     EXPECT_EQ(first.site.uiActivations + second.site.uiActivations, 0);
     int activations = 0;
-    const auto expectActive = [&](Stage& active, Stage& other) {
+    const auto expectActive = [&](HostedControl& active, HostedControl& other) {
         ++activations;
         EXPECT_EQ(GetFocus(), active.child);
         EXPECT_TRUE(active.site.hasFocus && active.site.activeObject);
@@ -268,7 +272,7 @@ TEST_P(ControlInHost, FocusComesAndGoesByTabAndClick) {
         EXPECT_EQ(first.site.uiActivations + second.site.uiActivations, activations);
         EXPECT_EQ(first.site.uiDeactivations + second.site.uiDeactivations, activations - 1);
     };
-    const auto tab = [](Stage& from, Stage& to) {
+    const auto tab = [](HostedControl& from, HostedControl& to) {
         if (from.site.activeObject) {
             EXPECT_FALSE(from.Press(VK_TAB)) << "Tab is the host's";
             EXPECT_EQ(from.site.keysOffered, 1);
@@ -282,11 +286,11 @@ TEST_P(ControlInHost, FocusComesAndGoesByTabAndClick) {
     tab(first, second);
     expectActive(second, first);
     SetForegroundWindow(first.site.window);
-    const auto click = [](Stage& stage) {
+    const auto click = [](HostedControl& hosted) {
         RECT inner{};
-        GetClientRect(stage.child, &inner);
+        GetClientRect(hosted.child, &inner);
         POINT middle{100, inner.bottom / 2};
-        ClientToScreen(stage.child, &middle);
+        ClientToScreen(hosted.child, &middle);
         SetCursorPos(middle.x, middle.y);
         INPUT inputs[2]{};
         for (INPUT& input : inputs) {
@@ -294,7 +298,7 @@ TEST_P(ControlInHost, FocusComesAndGoesByTabAndClick) {
             input.mi.dwFlags = &input == inputs ? MOUSEEVENTF_LEFTDOWN : MOUSEEVENTF_LEFTUP;
         }
         SendInput(2, inputs, sizeof(INPUT));
-        EXPECT_TRUE(PumpUntil([&] { return GetFocus() == stage.child; }));
+        EXPECT_TRUE(PumpUntil([&] { return GetFocus() == hosted.child; }));
         PumpPending();
     };
     click(first);
@@ -310,68 +314,68 @@ TEST_P(ControlInHost, FocusComesAndGoesByTabAndClick) {
 }
 
 TEST_P(ControlInHost, TakesItsOwnKeysAndLeavesTheOthersToTheHost) {
-    Stage stage(GetParam());
-    stage.Fill();
+    HostedControl hosted(GetParam());
+    hosted.Fill();
     const auto isOwn = [](WPARAM key) {
         const auto& keys = GetParam().keys;
         return std::any_of(keys.begin(), keys.end(), [key](const auto& row) { return row.first == key; });
     };
     for (const auto& [key, event] : GetParam().keys) {
-        stage.heard.clear();
-        EXPECT_TRUE(stage.Press(key)) << key;
-        EXPECT_EQ(stage.heard, event ? std::vector<DISPID>{event} : std::vector<DISPID>()) << key;
+        hosted.heard.clear();
+        EXPECT_TRUE(hosted.Press(key)) << key;
+        EXPECT_EQ(hosted.heard, event ? std::vector<DISPID>{event} : std::vector<DISPID>()) << key;
     }
-    stage.heard.clear();
-    stage.site.keysOffered = 0;
+    hosted.heard.clear();
+    hosted.site.keysOffered = 0;
     int offered = 0;
     for (const WPARAM key : {VK_TAB, VK_RETURN, VK_ESCAPE, VK_F1, VK_F5, VK_DELETE, VK_INSERT}) {
         if (isOwn(key)) continue;
-        EXPECT_FALSE(stage.Press(key)) << key;
-        EXPECT_GE(stage.site.keysOffered, ++offered) << key;
+        EXPECT_FALSE(hosted.Press(key)) << key;
+        EXPECT_GE(hosted.site.keysOffered, ++offered) << key;
     }
-    EXPECT_TRUE(stage.heard.empty()) << "keys of the host's mean nothing to the control";
-    EXPECT_TRUE(IsWithin(stage.window, GetFocus()));
+    EXPECT_TRUE(hosted.heard.empty()) << "keys of the host's mean nothing to the control";
+    EXPECT_TRUE(IsWithin(hosted.window, GetFocus()));
 }
 
 TEST_P(ControlInHost, FollowsTheHostsColoursFontAndDpi) {
-    Stage stage(GetParam());
-    stage.Fill();
+    HostedControl hosted(GetParam());
+    hosted.Fill();
     for (const bool isActive : {true, false}) {
-        if (!isActive) stage.inPlace->InPlaceDeactivate();
-        const auto look = [&] { return Picture(stage.control.Get(), 300, 200); };
+        if (!isActive) hosted.inPlace->InPlaceDeactivate();
+        const auto look = [&] { return Picture(hosted.control.Get(), 300, 200); };
         const auto before = look();
-        stage.AmbientChanged(DISPID_AMBIENT_BACKCOLOR, Variant(int32_t{0x0000FF})); // red, as the host counts
+        hosted.AmbientChanged(DISPID_AMBIENT_BACKCOLOR, Variant(int32_t{0x0000FF})); // red, as the host counts
         const auto red = look();
-        stage.AmbientChanged(DISPID_AMBIENT_FORECOLOR, Variant(int32_t{0xFF0000}));
+        hosted.AmbientChanged(DISPID_AMBIENT_FORECOLOR, Variant(int32_t{0xFF0000}));
         const auto blue = look();
         if (GetParam().takesHostColors) {
             EXPECT_LT(PixelsUnlike(red, 0xFF0000), red.size() / 3);
             EXPECT_NE(blue, red);
         }
-        stage.AmbientChanged(DISPID_AMBIENT_FONT, ItalicFont(18));
+        hosted.AmbientChanged(DISPID_AMBIENT_FONT, ItalicFont(18));
         EXPECT_NE(look(), blue);
-        EXPECT_EQ(FontHeight(stage.window), -std::lround(18.0 * DpiOf(stage.window) / 72));
-        EXPECT_EQ(FontHeight(stage.child), FontHeight(stage.window));
+        EXPECT_EQ(FontHeight(hosted.window), -std::lround(18.0 * DpiOf(hosted.window) / 72));
+        EXPECT_EQ(FontHeight(hosted.child), FontHeight(hosted.window));
         NONCLIENTMETRICSW metrics{};
         metrics.cbSize = sizeof metrics;
         ASSERT_TRUE(SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0));
         const LONG former = std::exchange(metrics.lfMessageFont.lfHeight, -23);
         ASSERT_TRUE(SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof metrics, &metrics, 0));
-        stage.AmbientChanged(DISPID_AMBIENT_FONT, Variant());
-        EXPECT_EQ(FontHeight(stage.window), -23) << "of the system's messages, as the host names none";
+        hosted.AmbientChanged(DISPID_AMBIENT_FONT, Variant());
+        EXPECT_EQ(FontHeight(hosted.window), -23) << "of the system's messages, as the host names none";
         metrics.lfMessageFont.lfHeight = former;
         EXPECT_TRUE(SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof metrics, &metrics, 0));
-        stage.site.ambients.erase(DISPID_AMBIENT_FONT);
-        stage.site.ambients.erase(DISPID_AMBIENT_FORECOLOR);
-        stage.AmbientChanged(DISPID_AMBIENT_BACKCOLOR, Variant(int32_t{0xFFFFFF}));
+        hosted.site.ambients.erase(DISPID_AMBIENT_FONT);
+        hosted.site.ambients.erase(DISPID_AMBIENT_FORECOLOR);
+        hosted.AmbientChanged(DISPID_AMBIENT_BACKCOLOR, Variant(int32_t{0xFFFFFF}));
         EXPECT_EQ(look(), before) << "and back";
     }
-    std::cout << DpiOf(stage.window) << " DPI\n";
+    std::cout << DpiOf(hosted.window) << " DPI\n";
     SIZEL natural{};
-    EXPECT_HRESULT_SUCCEEDED(stage.object->GetExtent(DVASPECT_CONTENT, &natural));
+    EXPECT_HRESULT_SUCCEEDED(hosted.object->GetExtent(DVASPECT_CONTENT, &natural));
     EXPECT_NEAR(natural.cx, MulDiv(GetParam().natural.cx, 2540, 96), 20) << "as large on every screen";
     if (GetParam().child == L"SysTreeView32") {
-        EXPECT_GE(SendMessageW(stage.child, TVM_GETITEMHEIGHT, 0, 0), MulDiv(16, DpiOf(stage.window), 96));
+        EXPECT_GE(SendMessageW(hosted.child, TVM_GETITEMHEIGHT, 0, 0), MulDiv(16, DpiOf(hosted.window), 96));
     }
 }
 

@@ -1,7 +1,7 @@
-// The life of each control: what a host keeps of it, every way to let go, inside events and calls too, and what a
-// thousand lives leave behind.
+// The lifetime of each control: what a host keeps of it, every way to let go, inside events and calls too, and what a
+// thousand cycles of creation and release leave behind.
 #include "ControlCases.h"
-#include "Holdings.h"
+#include "ResourceCounts.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -113,7 +113,7 @@ TEST_P(ControlLife, IsKeptInBagStreamAndStorage) {
     for (const auto form : {Keeping::Bag, Keeping::Stream, Keeping::Storage}) {
         SCOPED_TRACE(form);
         Keeping keeping(form);
-        Stage first(GetParam(), OLEIVERB_INPLACEACTIVATE);
+        HostedControl first(GetParam(), OLEIVERB_INPLACEACTIVATE);
         EXPECT_FALSE(IsDirty(first.control));
         first.object->Close(OLECLOSE_SAVEIFDIRTY);
         EXPECT_EQ(first.site.saves, 0);
@@ -163,45 +163,45 @@ TEST_P(ControlLife, IsKeptInBagStreamAndStorage) {
 
 // Events frozen, the control deactivated in the middle, and released in the middle.
 TEST_P(ControlLife, AHostMayDoAnythingInsideEachEvent) {
-    enum Deed { Freezes, Deactivates, Releases };
+    enum Action { Freezes, Deactivates, Releases };
     constexpr long Leave = 0;
     for (const EventCase& row : GetParam().events)
         for (const auto deed : {Freezes, Deactivates, Releases}) {
             SCOPED_TRACE(testing::Message() << "event " << row.event << ", row " << &row - &GetParam().events[0]
                                             << ", answer " << row.answer << ", deed " << deed);
-            Stage stage(GetParam());
-            stage.Fill();
-            if (row.arrange) row.arrange(stage);
-            stage.sink.answer = row.answer;
+            HostedControl hosted(GetParam());
+            hosted.Fill();
+            if (row.arrange) row.arrange(hosted);
+            hosted.sink.answer = row.answer;
             int events = 0;
-            stage.onEvent = [&](DISPID event) {
+            hosted.onEvent = [&](DISPID event) {
                 if (event != row.event) return;
-                if (++events > 1) stage.sink.answer = Leave; // else what failed would be tried for ever
+                if (++events > 1) hosted.sink.answer = Leave; // else what failed would be tried for ever
                 if (events > 1) return;
-                if (deed == Deactivates) stage.inPlace->InPlaceDeactivate();
-                if (deed == Releases) stage.LetGo();
+                if (deed == Deactivates) hosted.inPlace->InPlaceDeactivate();
+                if (deed == Releases) hosted.LetGo();
             };
-            if (deed == Freezes) Query<IOleControl>(stage.control.Get(), IID_IOleControl)->FreezeEvents(TRUE);
-            row.cause(stage);
+            if (deed == Freezes) Query<IOleControl>(hosted.control.Get(), IID_IOleControl)->FreezeEvents(TRUE);
+            row.cause(hosted);
             EXPECT_TRUE(PumpUntil([&] { return deed == Freezes || events > 0; }));
             if (deed == Freezes) {
                 EXPECT_EQ(events, 0);
             } else if (deed == Deactivates) {
-                EXPECT_TRUE(stage.site.uiDeactivations == 1 && stage.site.deactivations == 1);
+                EXPECT_TRUE(hosted.site.uiDeactivations == 1 && hosted.site.deactivations == 1);
                 EXPECT_HRESULT_SUCCEEDED(
-                    stage.object->DoVerb(OLEIVERB_UIACTIVATE, nullptr, &stage.site, 0, stage.site.window, nullptr));
-                EXPECT_TRUE(IsWindowVisible(stage.child));
+                    hosted.object->DoVerb(OLEIVERB_UIACTIVATE, nullptr, &hosted.site, 0, hosted.site.window, nullptr));
+                EXPECT_TRUE(IsWindowVisible(hosted.child));
             } else {
                 EXPECT_EQ(events, 1);
-                EXPECT_FALSE(stage.control);
-                EXPECT_TRUE(stage.IsGone());
+                EXPECT_FALSE(hosted.control);
+                EXPECT_TRUE(hosted.IsGone());
             }
         }
 }
 
 TEST_P(ControlLife, AHostMayLetGoInsideEachCallOfItsSite) {
     std::set<std::string> calls;
-    const auto live = [&](const std::string& last) {
+    const auto run = [&](const std::string& last) {
         TestSite site;
         auto control = Create(GetParam());
         auto object = Query<IOleObject>(control.Get(), IID_IOleObject);
@@ -237,11 +237,11 @@ TEST_P(ControlLife, AHostMayLetGoInsideEachCallOfItsSite) {
         EXPECT_EQ(site.activations, site.deactivations);
         EXPECT_EQ(site.uiActivations, site.uiDeactivations);
     };
-    live("");
+    run("");
     EXPECT_EQ(calls.size(), 13u);
     for (const auto& call : calls) {
         SCOPED_TRACE(call);
-        live(call);
+        run(call);
     }
 }
 
@@ -253,38 +253,38 @@ TEST_P(ControlLife, HostsMayLetGoInAnyOrder) {
                                         {Close, DestroyHost, Release}, {NoSite, DestroyHost, Close, Release}};
     for (const LONG verb : {OLEIVERB_INPLACEACTIVATE, OLEIVERB_UIACTIVATE})
         for (const auto& order : orders) {
-            Stage stage(GetParam(), verb);
-            stage.sink.Disconnect();
-            ASSERT_EQ(stage.site.activations, 1);
+            HostedControl hosted(GetParam(), verb);
+            hosted.sink.Disconnect();
+            ASSERT_EQ(hosted.site.activations, 1);
             for (const Step step : order) {
-                if (step == Close) stage.object->Close(OLECLOSE_NOSAVE);
-                if (step == NoSite) stage.object->SetClientSite(nullptr);
-                if (step == Deactivate) stage.inPlace->InPlaceDeactivate();
-                if (step == DestroyHost) DestroyWindow(stage.site.window);
+                if (step == Close) hosted.object->Close(OLECLOSE_NOSAVE);
+                if (step == NoSite) hosted.object->SetClientSite(nullptr);
+                if (step == Deactivate) hosted.inPlace->InPlaceDeactivate();
+                if (step == DestroyHost) DestroyWindow(hosted.site.window);
             }
-            stage.site.activeObject.Reset(); // the host's own references
-            stage.inPlace.Reset();
-            stage.object.Reset();
-            stage.control.Reset();
-            EXPECT_TRUE(stage.IsGone());
-            EXPECT_EQ(stage.site.deactivations, 1) << "once, whatever the order";
-            EXPECT_EQ(stage.site.uiActivations, stage.site.uiDeactivations);
+            hosted.site.activeObject.Reset(); // the host's own references
+            hosted.inPlace.Reset();
+            hosted.object.Reset();
+            hosted.control.Reset();
+            EXPECT_TRUE(hosted.IsGone());
+            EXPECT_EQ(hosted.site.deactivations, 1) << "once, whatever the order";
+            EXPECT_EQ(hosted.site.uiActivations, hosted.site.uiDeactivations);
         }
 }
 
-// A life without a window costs little, so that there are a thousand; one with a window, its data and all that a host
-// does with it shows what a window holds, and fewer tell as surely: what each life leaves would count. DAX_LIVES=1000
-// makes as many of them, which takes minutes.
-TEST_P(ControlLife, AThousandLivesLeaveNothing) {
+// A control without a window costs little, so that it is created a thousand times; one with a window, its data and all
+// that a host does with it shows what a window holds, and fewer tell as surely: what each life leaves would count.
+// DAX_CYCLES=1000 makes as many of them, which takes minutes.
+TEST_P(ControlLife, CreateReleaseCyclesLeakNothing) {
     const TestSite form;
-    const auto live = [&](int count) {
+    const auto run = [&](int count) {
         for (int i = 0; i < count; ++i) {
-            Stage stage(GetParam(), i % 2 ? OLEIVERB_UIACTIVATE : OLEIVERB_INPLACEACTIVATE, &form);
-            stage.Fill();
-            stage.AmbientChanged(DISPID_AMBIENT_BACKCOLOR, Variant(int32_t{0x00FF00}));
+            HostedControl hosted(GetParam(), i % 2 ? OLEIVERB_UIACTIVATE : OLEIVERB_INPLACEACTIVATE, &form);
+            hosted.Fill();
+            hosted.AmbientChanged(DISPID_AMBIENT_BACKCOLOR, Variant(int32_t{0x00FF00}));
             const RECT moved{20, 30, 320, 90}, visible{0, 0, 100, 300};
-            stage.inPlace->SetObjectRects(&moved, &visible);
-            Picture(stage.control.Get(), 60, 40);
+            hosted.inPlace->SetObjectRects(&moved, &visible);
+            Picture(hosted.control.Get(), 60, 40);
         }
         for (int i = 0; i < std::min(100 * count, 1000); ++i) {
             TestSite site(&form);
@@ -297,17 +297,17 @@ TEST_P(ControlLife, AThousandLivesLeaveNothing) {
             object->SetClientSite(nullptr);
         }
         PumpPending();
-        return Holdings();
+        return ResourceCounts();
     };
-    live(2); // whatever the system makes once
-    const char* const wanted = std::getenv("DAX_LIVES");
-    const int lives = wanted ? std::max(10, std::atoi(wanted)) : 10;
-    const Holdings before = live(1), after = live(lives);
+    run(2); // whatever the system makes once
+    const char* const wanted = std::getenv("DAX_CYCLES");
+    const int cycles = wanted ? std::max(10, std::atoi(wanted)) : 10;
+    const ResourceCounts before = run(1), after = run(cycles);
     EXPECT_EQ(after.windows, before.windows);
     EXPECT_LT(after.objects, before.objects + 5);
     EXPECT_LT(after.handles, before.handles + 5);
-    EXPECT_LT(after.bytes, before.bytes + static_cast<size_t>(lives) * 64)
-        << "in all the lives less than one small block in each";
+    EXPECT_LT(after.bytes, before.bytes + static_cast<size_t>(cycles) * 64)
+        << "in all the cycles less than one small block in each";
 }
 
 } // namespace dax::test

@@ -17,7 +17,7 @@ protected:
         control.Reset();
         lesson.Reset();
         EXPECT_EQ(sink.references, 1u);
-        EXPECT_EQ(HostThing::living, 0);
+        EXPECT_EQ(FakeDispatch::living, 0);
         OcxTest::TearDown();
     }
 

@@ -4,9 +4,9 @@ namespace dax::test {
 
 namespace {
 
-using Arguments = HostThing::Arguments;
+using Arguments = FakeDispatch::Arguments;
 
-HostThing::Member Constant(HostLessonParts& parts, const std::string& name, const std::function<Variant()>& value) {
+FakeDispatch::Member Constant(HostLessonParts& parts, const std::string& name, const std::function<Variant()>& value) {
     return [&parts, name, value](const Arguments&, WORD) {
         parts.before(name);
         return value();
@@ -31,9 +31,9 @@ Text NameOf(const Variant& object, const wchar_t* member) { return GetText(objec
 } // namespace
 
 HostLessonParts::HostLessonParts() {
-    lesson = HostThing::New();
-    pageList = HostThing::New();
-    mapList = HostThing::New();
+    lesson = FakeDispatch::New();
+    pageList = FakeDispatch::New();
+    mapList = FakeDispatch::New();
     lesson->members[L"Maps"] = Constant(*this, "Maps", [this] { return ObjectVariant(mapList.Get()); });
     lesson->members[L"Storyboards"] = Constant(*this, "Storyboards", [this] { return ObjectVariant(pageList.Get()); });
     lesson->members[L"CurrentSBID"] = [this](const Arguments& arguments, WORD kind) {
@@ -49,7 +49,7 @@ HostLessonParts::HostLessonParts() {
     };
     pageList->members[L"Add"] = [this](const Arguments& arguments, WORD) {
         before("Pages.Add");
-        ComPtr<HostThing> added(static_cast<HostThing*>(arguments.at(0).pdispVal)); // the tests add nothing else
+        ComPtr<FakeDispatch> added(static_cast<FakeDispatch*>(arguments.at(0).pdispVal)); // the tests add nothing else
         pages.emplace_back(NameOf(arguments.at(0), L"SBID"), added);
         return Variant();
     };
@@ -83,7 +83,7 @@ HostLessonParts::~HostLessonParts() {
 }
 
 void HostLessonParts::AddPage(const Text& sbid) {
-    auto page = HostThing::New();
+    auto page = FakeDispatch::New();
     page->members[L"SBID"] = Constant(*this, "SBID", [sbid] { return Variant(TextView(sbid)); });
     page->members[L"Title"] = Constant(*this, "Title", [sbid] { return Variant(TextView(u"title " + sbid)); });
     page->members[L"Identifier"] = Constant(*this, "Identifier", [sbid] { return Variant(TextView(u"id " + sbid)); });
@@ -92,7 +92,7 @@ void HostLessonParts::AddPage(const Text& sbid) {
 }
 
 void HostLessonParts::AddMap(const Text& name, std::vector<Text> sbids) {
-    auto map = HostThing::New();
+    auto map = FakeDispatch::New();
     const auto held = std::make_shared<Text>(name);
     layouts[name] = std::move(sbids);
     map->members[L"Name"] = [this, held](const Arguments& arguments, WORD kind) {

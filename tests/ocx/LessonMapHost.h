@@ -10,14 +10,14 @@
 namespace dax::test {
 
 // An automation object whose members are functions. What a function throws (Failure) is the failure of the call.
-class HostThing final : public IDispatch {
+class FakeDispatch final : public IDispatch {
 public:
     using Arguments = std::vector<Variant>; // as written; the value of a put is the last one
     using Member = std::function<Variant(const Arguments& arguments, WORD kind)>;
 
-    static ComPtr<HostThing> New() {
-        ComPtr<HostThing> thing;
-        *thing.Out() = new HostThing;
+    static ComPtr<FakeDispatch> New() {
+        ComPtr<FakeDispatch> thing;
+        *thing.Out() = new FakeDispatch;
         return thing;
     }
     static inline int living = 0;
@@ -46,7 +46,7 @@ public:
     }
     STDMETHODIMP Invoke(DISPID dispid, REFIID, LCID, WORD kind, DISPPARAMS* parameters, VARIANT* result,
                         EXCEPINFO* exception, UINT*) override {
-        const ComPtr<HostThing> kept(this);
+        const ComPtr<FakeDispatch> kept(this);
         Arguments arguments;
         for (UINT i = parameters->cArgs; i-- > 0;) {
             arguments.emplace_back();
@@ -68,8 +68,8 @@ public:
     }
 
 private:
-    HostThing() { ++living; }
-    ~HostThing() { --living; }
+    FakeDispatch() { ++living; }
+    ~FakeDispatch() { --living; }
     ULONG references = 1;
 };
 
@@ -88,11 +88,11 @@ inline void Let(IDispatch* object, const wchar_t* member, const Variant& value) 
 // `before`, which may throw.
 struct HostLessonParts {
     std::function<void(const std::string& call)> before = [](const std::string&) {};
-    std::vector<std::pair<Text, ComPtr<HostThing>>> pages, maps;
+    std::vector<std::pair<Text, ComPtr<FakeDispatch>>> pages, maps;
     std::map<Text, std::vector<Text>> layouts; // by map
     Text current;
     size_t defaultMap = 0;
-    ComPtr<HostThing> lesson, pageList, mapList;
+    ComPtr<FakeDispatch> lesson, pageList, mapList;
 
     HostLessonParts();
     ~HostLessonParts();

@@ -50,12 +50,12 @@ TEST_F(LessonMapHostTest, EveryFailureOfAHostsObjectIsAnError) {
                 HostLessonParts host;
                 Fill(host);
                 if (isLate) SetLesson(host.lesson.Get());
-                HostThing& thing = kind == std::string("lesson")  ? *host.lesson.Get()
-                                   : kind == std::string("pages") ? *host.pageList.Get()
-                                   : kind == std::string("maps")  ? *host.mapList.Get()
-                                   : kind == std::string("map")   ? *host.maps[0].second.Get()
-                                                                  : *host.pages[0].second.Get();
-                HostThing::Member& faulty = thing.members[member];
+                FakeDispatch& thing = kind == std::string("lesson")  ? *host.lesson.Get()
+                                      : kind == std::string("pages") ? *host.pageList.Get()
+                                      : kind == std::string("maps")  ? *host.mapList.Get()
+                                      : kind == std::string("map")   ? *host.maps[0].second.Get()
+                                                                     : *host.pages[0].second.Get();
+                FakeDispatch::Member& faulty = thing.members[member];
                 faulty = [fault](const auto&, WORD) -> Variant {
                     if (fault == 1) throw Failure{E_FAIL, u"on purpose", u""};
                     return fault == 2 ? Variant(u"not what it should be") : Variant();
@@ -172,7 +172,7 @@ TEST_F(LessonMapHostTest, AHostsOwnPicturesAreFoundByTheirKeys) {
         Call(control.Get(), L"SetImageList", {handle, Variant(u"text,_custom,_undefined,_root")});
         expect(4, 1);
     }
-    auto list = HostThing::New(), pictures = HostThing::New();
+    auto list = FakeDispatch::New(), pictures = FakeDispatch::New();
     list->members[L"hImageList"] = [&](const auto&, WORD) {
         Variant value;
         value.vt = VT_I8;
@@ -182,7 +182,7 @@ TEST_F(LessonMapHostTest, AHostsOwnPicturesAreFoundByTheirKeys) {
     list->members[L"ListImages"] = [&](const auto&, WORD) { return ObjectVariant(pictures.Get()); };
     pictures->members[L"Count"] = [](const auto&, WORD) { return Variant(2); };
     pictures->members[L"Item"] = [](const auto& arguments, WORD) {
-        auto picture = HostThing::New();
+        auto picture = FakeDispatch::New();
         const bool isFirst = NumberOf(arguments.at(0)) == 1;
         picture->members[L"Key"] = [isFirst](const auto&, WORD) { return Variant(isFirst ? u"_custom" : u"_root"); };
         return ObjectVariant(picture.Get());

@@ -191,7 +191,7 @@ TEST_F(LessonMapTest, AHostsOwnLessonIsShownAndWritten) {
     // A hidden map is filled and read by nodes of its own, which go with it.
     Let(control.Get(), L"ShowDefaultMapOnly", Variant(true));
     ComPtr<IDispatch> kept;
-    HostThing::Member& read = host.maps[0].second->members[L"ReadLayout"];
+    FakeDispatch::Member& read = host.maps[0].second->members[L"ReadLayout"];
     read = [&kept, read](const auto& arguments, WORD kind) {
         kept = ObjectOf(arguments.at(0));
         return read(arguments, kind);
@@ -210,28 +210,28 @@ TEST_F(LessonMapTest, InAWindowTheTreeIsFoundAndFailuresOfTheUsersDoingAreTold) 
     for (int n = 0; n < 40; ++n) sbids.push_back(u"p" + ToText(n));
     for (const Text& sbid : sbids) host.AddPage(sbid);
     host.AddMap(u"M", sbids);
-    Stage stage(ControlCases().back());
-    Put(stage.control.Get(), L"Lesson", Variant(static_cast<IDispatch*>(host.lesson.Get())), DISPATCH_PROPERTYPUTREF);
-    const auto tree = Get(stage.control.Get(), L"tvwObject");
-    EXPECT_EQ(NumberOf(Call(tree.Get(), L"hWnd")), static_cast<int32_t>(reinterpret_cast<INT_PTR>(stage.child)));
+    HostedControl hosted(ControlCases().back());
+    Put(hosted.control.Get(), L"Lesson", Variant(static_cast<IDispatch*>(host.lesson.Get())), DISPATCH_PROPERTYPUTREF);
+    const auto tree = Get(hosted.control.Get(), L"tvwObject");
+    EXPECT_EQ(NumberOf(Call(tree.Get(), L"hWnd")), static_cast<int32_t>(reinterpret_cast<INT_PTR>(hosted.child)));
     EXPECT_EQ(GetText(Get(tree.Get(), L"HitTest", {Variant(30), Variant(5)}).Get(), L"Key"), u"M");
     const auto last = Get(Get(tree.Get(), L"Nodes").Get(), L"Item", {Variant(u"p39")});
     EXPECT_TRUE(IsTrue(Call(last.Get(), L"EnsureVisible")));
     EXPECT_FALSE(IsTrue(Call(last.Get(), L"EnsureVisible")));
     RECT client{};
-    GetClientRect(stage.child, &client);
+    GetClientRect(hosted.child, &client);
     EXPECT_TRUE(Get(tree.Get(), L"HitTest", {Variant(30), Variant(client.bottom - 30)}));
     EXPECT_FALSE(Get(tree.Get(), L"HitTest", {Variant(30), Variant(-30)}));
 
     Put(tree.Get(), L"SelectedItem", Variant(last.Get()), DISPATCH_PROPERTYPUTREF);
-    stage.heard.clear();
+    hosted.heard.clear();
     host.before = [](const std::string& call) {
         if (call == "CurrentSBID") throw Failure{HRESULT(0x800A04D2), u"on purpose", u""};
     };
-    stage.Press(VK_UP);
-    EXPECT_EQ(stage.heard, std::vector<DISPID>{7});
+    hosted.Press(VK_UP);
+    EXPECT_EQ(hosted.heard, std::vector<DISPID>{7});
     host.before = [](const std::string&) {};
-    stage.LetGo();
+    hosted.LetGo();
 }
 
 } // namespace dax::test

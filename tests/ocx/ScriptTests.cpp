@@ -12,7 +12,7 @@ class ScriptTest : public OcxTest {};
 
 TEST_F(ScriptTest, TheTypicalStartGoesFromTheConnectorToTheRecord) {
     for (const Engine engine : AllEngines()) {
-        if (!WhyNot(engine).empty()) continue; // a file needs no server
+        if (!SkipReason(engine).empty()) continue; // a file needs no server
         const TypicalStart start(engine);
         const auto outcome = RunScript(Sample(L"typical-start.vbs"),
                                        Quoted(start.Connector()) + L"anna " + Quoted(start.Catalog()) + L" L-1");

@@ -7,7 +7,7 @@ namespace dax {
 namespace {
 
 TEST(Soak, FourAuthorsAndAServerThatStops) {
-    if (const std::string why = test::OwnServer::WhyNot(); !why.empty()) GTEST_SKIP() << why;
+    if (const std::string why = test::OwnServer::SkipReason(); !why.empty()) GTEST_SKIP() << why;
     for (const bool isOnCluster : {false, true}) {
         const soak::Result result = soak::Run(4, 0, isOnCluster);
         EXPECT_EQ(result.complaints, std::vector<std::string>());

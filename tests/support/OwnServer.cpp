@@ -10,7 +10,7 @@
 
 namespace dax::test {
 
-std::string OwnServer::WhyNot() {
+std::string OwnServer::SkipReason() {
     return std::getenv("DAX_TEST_ROOT") ? "" : "DAX_TEST_ROOT does not tell where tools/servers is";
 }
 

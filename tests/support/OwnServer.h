@@ -15,7 +15,7 @@ class OwnServer {
 public:
     enum class Kind { PostgreSQL, Cluster };
     // Why there can be none; empty when there can.
-    static std::string WhyNot();
+    static std::string SkipReason();
     explicit OwnServer(Kind kind = Kind::PostgreSQL);
     ~OwnServer();
     OwnServer(const OwnServer&) = delete;

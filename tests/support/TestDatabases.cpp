@@ -84,7 +84,7 @@ std::string EngineName(const ::testing::TestParamInfo<Engine>& info) {
     }
 }
 
-std::string WhyNot(Engine engine) {
+std::string SkipReason(Engine engine) {
     const char* variable = VariableOf(engine);
     if (!variable || std::getenv(variable)) return {};
     return std::string(variable) + " does not tell where the server is";

@@ -45,7 +45,7 @@ Error FailureOf(Action action) {
 std::vector<Engine> AllEngines();
 std::string EngineName(const ::testing::TestParamInfo<Engine>& info);
 // Why the engine cannot be tested now (the variable that would tell where its server is); empty when it can.
-std::string WhyNot(Engine engine);
+std::string SkipReason(Engine engine);
 
 // An empty database, dropped at the end; connections to it must be closed by then.
 class TestDatabase {
@@ -84,6 +84,6 @@ protected:
 
 // For tests on one engine: ends the test, skipped, when the engine cannot be had.
 #define DAX_NEEDS_ENGINE(engine)                                                                                       \
-    if (const std::string why = dax::test::WhyNot(engine); !why.empty()) GTEST_SKIP() << why
+    if (const std::string why = dax::test::SkipReason(engine); !why.empty()) GTEST_SKIP() << why
 
 } // namespace dax::test

@@ -111,7 +111,7 @@ TEST(Accessibility, ChoosesTicksAndOpensAsTheUserDoes) {
         EXPECT_EQ(reader.Act(b), S_OK);
         EXPECT_EQ(host.Checked(), "bc");
         EXPECT_EQ(reader.Action(b), "Uncheck");
-        EXPECT_TRUE(Hand::Await([&] { return host.heard == "checked"; }));
+        EXPECT_TRUE(UserInput::Await([&] { return host.heard == "checked"; }));
         host.Editor().SetCheckboxes(false);
         EXPECT_EQ(reader.Action(map), "Collapse");
         EXPECT_EQ(reader.Act(map), S_OK);
@@ -177,7 +177,7 @@ TEST(Accessibility, TellsWhatChanges) {
         ProcessPendingMessages();
         events.heard.clear();
         each.act();
-        EXPECT_TRUE(Hand::Await([&] { return events.heard.size() >= std::strlen(each.heard); }));
+        EXPECT_TRUE(UserInput::Await([&] { return events.heard.size() >= std::strlen(each.heard); }));
         ProcessPendingMessages();
         EXPECT_EQ(events.heard, each.heard);
     }
@@ -220,7 +220,7 @@ TEST(Accessibility, TheObjectOutlivesItsWindow) {
         if (!*event) host.control.reset();
         reader.Select(b);
         reader.Act(b);
-        EXPECT_TRUE(Hand::Await([&] { return host.control == nullptr; }));
+        EXPECT_TRUE(UserInput::Await([&] { return host.control == nullptr; }));
         LONG count = 1, edge = 0;
         BSTR text = nullptr;
         VARIANT out{};
@@ -240,7 +240,7 @@ TEST(Accessibility, TheObjectOutlivesItsWindow) {
         EXPECT_EQ(count, 0);
         EXPECT_GT(WindowBase::LiveCount(), living) << "its code must stay";
     }
-    EXPECT_TRUE(Hand::Await([&] { return WindowBase::LiveCount() == living; }));
+    EXPECT_TRUE(UserInput::Await([&] { return WindowBase::LiveCount() == living; }));
 }
 
 } // namespace dax::test

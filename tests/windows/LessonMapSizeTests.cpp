@@ -99,7 +99,7 @@ TEST(LessonMapSize, IsShownInOneRepaintWhateverTheShape) {
 TEST(LessonMapSize, AllBoxesAreTickedInOneRepaintAndAsFastAsTheTreeIsFilled) {
     LargeHost large(Form::TenMaps, 10'000);
     LessonMapHost& host = large.host;
-    Hand hand(host.host.handle);
+    UserInput input(host.host.handle);
     // Each the fastest of several: others may use the machine.
     ULONGLONG filling = ~0ull, ticking = ~0ull;
     for (int turn = 0; turn < 4; ++turn) {
@@ -119,7 +119,7 @@ TEST(LessonMapSize, AllBoxesAreTickedInOneRepaintAndAsFastAsTheTreeIsFilled) {
         step(
             "uncheck", ticking, [](LessonMapEditor& editor) { editor.UncheckAllStoryboards(); }, 0, 1);
         const auto press = [&](LessonMapEditor&) {
-            hand.Do([&](Hand& user) { user.Click(host.On(u"Map0", RowPart::Box)); });
+            input.Do([&](UserInput& user) { user.Click(host.On(u"Map0", RowPart::Box)); });
             large.heard.paints = 0; // the press itself paints the row
             InvalidateRect(host.TreeHandle(), nullptr, TRUE);
         };

@@ -3,9 +3,9 @@
 
 #include "data/Schema.h"
 #include "support/TestDatabases.h"
-#include "windows/Hand.h"
 #include "windows/HostWindow.h"
 #include "windows/ScreenReader.h"
+#include "windows/UserInput.h"
 #include "windows/WindowCounts.h"
 
 #include <commctrl.h>
@@ -130,7 +130,7 @@ protected:
 
 TEST_F(LockManagerWindowTest, HeadersSortAndShowHow) {
     LockHost host(database->ConnectionString());
-    Hand hand(host.host.handle);
+    UserInput input(host.host.handle);
     EXPECT_EQ(host.Arrows(), "");
     const struct {
         const char16_t* column;
@@ -144,7 +144,7 @@ TEST_F(LockManagerWindowTest, HeadersSortAndShowHow) {
         {u"lockdate", "Ducks Bees Cats Eels Ants ", "lockdate up "},
         {u"lockdate", "Ants Eels Cats Bees Ducks ", "lockdate down "},
     };
-    const auto click = [&](TextView column) { hand.Do([&](Hand& user) { user.Click(host.OnHeader(column)); }); };
+    const auto click = [&](TextView column) { input.Do([&](UserInput& user) { user.Click(host.OnHeader(column)); }); };
     for (const auto& each : clicks) {
         SCOPED_TRACE(ToUtf8(each.column) + " " + each.arrows);
         click(each.column);
@@ -180,30 +180,30 @@ TEST_F(LockManagerWindowTest, HeadersSortAndShowHow) {
 
 TEST_F(LockManagerWindowTest, SeveralRowsAreSelectedAndDeleted) {
     LockHost host(database->ConnectionString());
-    Hand hand(host.host.handle);
-    hand.Do([&](Hand& user) { user.Click(host.OnHeader(u"title")); });
+    UserInput input(host.host.handle);
+    input.Do([&](UserInput& user) { user.Click(host.OnHeader(u"title")); });
     host.Take();
-    const auto with = [](WORD key, const std::function<void(Hand&)>& act) {
-        return [key, act](Hand& user) {
+    const auto with = [](WORD key, const std::function<void(UserInput&)>& act) {
+        return [key, act](UserInput& user) {
             user.KeyDown(key);
             act(user);
             user.KeyUp(key);
         };
     };
-    const auto click = [&](WPARAM row) { return [&host, row](Hand& user) { user.Click(host.OnRow(row)); }; };
+    const auto click = [&](WPARAM row) { return [&host, row](UserInput& user) { user.Click(host.OnRow(row)); }; };
     const auto rightClick = [&](WPARAM row) {
-        return [&host, row](Hand& user) {
+        return [&host, row](UserInput& user) {
             user.Move(host.OnRow(row));
             user.Button(MOUSEEVENTF_RIGHTDOWN);
             user.Button(MOUSEEVENTF_RIGHTUP);
         };
     };
-    const auto type = [](WORD key) { return [key](Hand& user) { user.Type(key); }; };
+    const auto type = [](WORD key) { return [key](UserInput& user) { user.Type(key); }; };
     POINT below = host.OnRow(4);
     below.y += 60;
     const struct {
         const char* what;
-        std::function<void(Hand&)> act;
+        std::function<void(UserInput&)> act;
         const char *rows, *heard;
     } cases[] = {
         {"Delete and nothing selected", type(VK_DELETE), "Ants Bees Cats Ducks Eels ", ""},
@@ -218,19 +218,19 @@ TEST_F(LockManagerWindowTest, SeveralRowsAreSelectedAndDeleted) {
         {"Shift+click", with(VK_SHIFT, click(3)), "Ants Bees* Cats* Ducks* Eels ", "S2 "},
         {"Shift+Up", with(VK_SHIFT, type(VK_UP)), "Ants Bees* Cats* Ducks Eels ", ""},
         {"a letter", type('E'), "Ants Bees Cats Ducks Eels* ", ""},
-        {"click below the rows", [below](Hand& user) { user.Click(below); }, "Ants Bees Cats Ducks Eels ", "S1 "},
+        {"click below the rows", [below](UserInput& user) { user.Click(below); }, "Ants Bees Cats Ducks Eels ", "S1 "},
         {"Delete and nothing selected", type(VK_DELETE), "Ants Bees Cats Ducks Eels ", ""},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.what);
-        hand.Do(each.act);
+        input.Do(each.act);
         EXPECT_EQ(host.Rows(), each.rows);
         EXPECT_EQ(host.Take(), each.heard);
     }
 
     // A host that does as it is asked: of what is selected it deletes what it may.
     host.control->Manager()->DeleteRequest.Add([&](LockDeleteTypes) { host.control->Manager()->DeleteSelected(); });
-    hand.Do([&](Hand& user) {
+    input.Do([&](UserInput& user) {
         user.Click(host.OnRow(0));
         with(VK_SHIFT, click(2))(user);
         user.Type(VK_DELETE);
@@ -240,7 +240,7 @@ TEST_F(LockManagerWindowTest, SeveralRowsAreSelectedAndDeleted) {
     EXPECT_EQ(host.control->Manager()->SelectedLockCount(), 0);
     EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"3");
     database->Run({u"DELETE FROM velmoraUserLocks WHERE username = 'bob'"});
-    hand.Do(type(VK_F5));
+    input.Do(type(VK_F5));
     EXPECT_EQ(host.Rows(), "Ducks ");
     EXPECT_EQ(host.Take(), "S1 ");
 }
@@ -315,21 +315,21 @@ TEST_F(LockManagerWindowTest, ColumnsFitEveryCell) {
 TEST_F(LockManagerWindowTest, TheHostMayLetGoOfItUnderTheMouse) {
     const struct {
         char event;
-        std::function<void(LockHost&, Hand&)> act;
+        std::function<void(LockHost&, UserInput&)> act;
     } cases[] = {
-        {'S', [](LockHost& host, Hand& user) { user.Click(host.OnRow(1)); }},
-        {'S', [](LockHost& host, Hand& user) { user.Click(host.OnHeader(u"user")); }},
+        {'S', [](LockHost& host, UserInput& user) { user.Click(host.OnRow(1)); }},
+        {'S', [](LockHost& host, UserInput& user) { user.Click(host.OnHeader(u"user")); }},
     };
     const long living = WindowBase::LiveCount();
     ExpectNothingLeft(1, [&](int) {
         for (const auto& each : cases) {
             LockHost host(database->ConnectionString());
-            Hand hand(host.host.handle);
-            hand.Do([&](Hand& user) { user.Click(host.OnRow(0)); });
+            UserInput input(host.host.handle);
+            input.Do([&](UserInput& user) { user.Click(host.OnRow(0)); });
             host.releaseAt = each.event;
-            hand.Do([&](Hand& user) { each.act(host, user); });
+            input.Do([&](UserInput& user) { each.act(host, user); });
             EXPECT_EQ(host.control, nullptr) << host.heard;
-            EXPECT_TRUE(Hand::Await([&] { return WindowBase::LiveCount() == living; }));
+            EXPECT_TRUE(UserInput::Await([&] { return WindowBase::LiveCount() == living; }));
         }
     });
 }
@@ -371,7 +371,7 @@ TEST_F(LockManagerWindowTest, AScreenReaderFindsColumnsAndRows) {
         for (const LONG row : {ants, bees, cats})
             EXPECT_EQ(reader.StateWords(row).find(" selected") != std::string::npos,
                       std::string(each.selected).find(reader.Name(row)) != std::string::npos);
-        EXPECT_TRUE(Hand::Await([&] { return events.heard.size() >= std::strlen(each.told); }));
+        EXPECT_TRUE(UserInput::Await([&] { return events.heard.size() >= std::strlen(each.told); }));
         EXPECT_EQ(events.heard, each.told);
         EXPECT_EQ(host.Take(), each.heard) << "as from a click";
     }

@@ -10,9 +10,9 @@ namespace {
 constexpr const char *Groups = ": g( a b s( c d ) ) h( e f ) i", *Pages = "A: a b c( d e ) f | B: g h | C:";
 
 // Presses on a row, goes to another point, and stays there. What is under the pointer when the drag begins is selected.
-void DragTo(TreeControlHost& host, Hand& hand, TextView from, POINT to) {
+void DragTo(TreeControlHost& host, UserInput& input, TextView from, POINT to) {
     const POINT start = host.On(from);
-    hand.Do([&](Hand& user) {
+    input.Do([&](UserInput& user) {
         user.Press(start);
         user.Move({start.x + GetSystemMetrics(SM_CXDRAG) + 1, start.y});
         user.Move(to);
@@ -20,8 +20,8 @@ void DragTo(TreeControlHost& host, Hand& hand, TextView from, POINT to) {
     EXPECT_TRUE(host.IsDragging());
 }
 
-void Let(Hand& hand) {
-    hand.Do([](Hand& user) { user.Release(); });
+void Let(UserInput& input) {
+    input.Do([](UserInput& user) { user.Release(); });
 }
 
 struct Drop {
@@ -37,29 +37,29 @@ struct Drop {
 template <size_t Count>
 void ExpectDrops(TreeControlHost& host, const Drop (&drops)[Count],
                  const std::function<std::string(const std::string& target)>& told) {
-    Hand hand(host.host.handle);
+    UserInput input(host.host.handle);
     for (const Drop& each : drops) {
         SCOPED_TRACE(testing::Message() << "row " << &each - drops << ": " << ToUtf8(each.from));
         host.OpenSample();
         const POINT to = host.On(each.to, each.part);
-        DragTo(host, hand, each.from, {to.x + each.offset.x, to.y + each.offset.y});
+        DragTo(host, input, each.from, {to.x + each.offset.x, to.y + each.offset.y});
         const std::vector<uint32_t> marked = WindowPixels(host.TreeHandle());
-        if (each.isIntoIt) hand.Do([](Hand& user) { user.KeyDown(VK_CONTROL); });
+        if (each.isIntoIt) input.Do([](UserInput& user) { user.KeyDown(VK_CONTROL); });
         EXPECT_EQ(host.Highlighted(), each.target);
         EXPECT_EQ(GetCapture(), host.TreeHandle());
         EXPECT_EQ(host.Take(), "selected " + ToUtf8(each.from));
         if (each.isIntoIt && *each.target) {
             EXPECT_NE(WindowPixels(host.TreeHandle()), marked) << "the mark goes without a move of the pointer";
         }
-        Let(hand);
-        if (each.isIntoIt) hand.Do([](Hand& user) { user.KeyUp(VK_CONTROL); });
+        Let(input);
+        if (each.isIntoIt) input.Do([](UserInput& user) { user.KeyUp(VK_CONTROL); });
         EXPECT_EQ(host.Shape(), each.shape);
         EXPECT_EQ(host.Take(), *each.target ? told(each.target) : "");
         EXPECT_MIRROR(host.TreeHandle(), host.Model(), false);
         host.ExpectNoDrag();
     }
     host.OpenSample();
-    hand.Do([&](Hand& user) { user.Click(host.On(u"b")); });
+    input.Do([&](UserInput& user) { user.Click(host.On(u"b")); });
     EXPECT_EQ(host.Take(), "selected b") << "selections are told again";
 }
 
@@ -123,14 +123,14 @@ TEST(TreeControlDrag, PagesAreDroppedWithinAndBetweenMapsOrNowhere) {
     ExpectDrops(host, drops,
                 [](const std::string& target) { return "changed 2, selected " + (target[0] < 'a' ? "-" : target); });
     // A map takes a page when it is collapsed, too.
-    Hand hand(host.host.handle);
+    UserInput input(host.host.handle);
     for (const auto& [map, page, shape] :
          {std::tuple{u"B", u"a", "A: b c( d e ) f | B: a g h | C:"}, {u"A", u"h", "A: h a b c( d e ) f | B: g | C:"}}) {
         host.OpenSample();
         host.At(map).SetExpanded(false);
-        DragTo(host, hand, page, host.On(map));
+        DragTo(host, input, page, host.On(map));
         EXPECT_EQ(host.Highlighted(), ToUtf8(map));
-        Let(hand);
+        Let(input);
         EXPECT_EQ(host.Shape(), shape);
         EXPECT_MIRROR(host.TreeHandle(), host.Model(), false);
     }
@@ -167,14 +167,14 @@ TEST(TreeControlDrag, BeginsOnlyWhereAndWhenItMay) {
     const auto run = [](TreeControlHost&& host, const auto& cases) {
         host.OpenSample();
         const std::string shape = host.Shape();
-        Hand hand(host.host.handle);
+        UserInput input(host.host.handle);
         for (const Case& each : cases) {
             SCOPED_TRACE(each.what);
             host.SetAllowDragDrop(true);
             if (each.prepare) each.prepare(host);
             const POINT from = host.On(each.from, each.part);
             bool began = false;
-            hand.Do([&](Hand& user) { // in one go: the tree itself waits for the button while there is no drag
+            input.Do([&](UserInput& user) { // in one go: the tree itself waits for the button while there is no drag
                 user.Press(from);
                 user.Move({from.x + each.distance, from.y});
                 began = host.IsDragging();
@@ -192,39 +192,39 @@ TEST(TreeControlDrag, BeginsOnlyWhereAndWhenItMay) {
 TEST(TreeControlDrag, IsCancelledByEscapeRightButtonAndWhateverElse) {
     struct Case {
         const char* what;
-        std::function<void(Hand&)> act;
+        std::function<void(UserInput&)> act;
         const char* heard = "";
     };
     // What the user does to either, and what its host may do.
     const auto all = [](TreeControlHost& host, const char* afterRightButton, const std::vector<Case>& others) {
         std::vector<Case> cases{
-            {"Escape", [](Hand& hand) { hand.Do([](Hand& user) { user.Type(VK_ESCAPE); }); }},
+            {"Escape", [](UserInput& input) { input.Do([](UserInput& user) { user.Type(VK_ESCAPE); }); }},
             {"right button",
-             [](Hand& hand) {
-                 hand.Do([](Hand& user) {
+             [](UserInput& input) {
+                 input.Do([](UserInput& user) {
                      user.Button(MOUSEEVENTF_RIGHTDOWN);
                      user.Button(MOUSEEVENTF_RIGHTUP);
                  });
              },
              afterRightButton},
-            {"the mouse is taken away", [&](Hand&) { SetCapture(host.host.handle); }},
-            {"the host locks", [&](Hand&) { host.SetLocked(true); }},
+            {"the mouse is taken away", [&](UserInput&) { SetCapture(host.host.handle); }},
+            {"the host locks", [&](UserInput&) { host.SetLocked(true); }},
         };
         cases.insert(cases.end(), others.begin(), others.end());
-        Hand hand(host.host.handle);
+        UserInput input(host.host.handle);
         for (const Case& each : cases) {
             SCOPED_TRACE(each.what);
             host.OpenSample();
             host.Model().Find(u"f")->Parent()->SetExpanded(true);
-            DragTo(host, hand, u"f", host.On(u"a", RowPart::LabelTop));
-            hand.Do([](Hand& user) { user.Type(VK_DELETE); });
+            DragTo(host, input, u"f", host.On(u"a", RowPart::LabelTop));
+            input.Do([](UserInput& user) { user.Type(VK_DELETE); });
             EXPECT_EQ(host.Take(), "selected f") << "no deletion during a drag";
-            each.act(hand);
+            each.act(input);
             if (GetCapture() == host.host.handle) ReleaseCapture();
             host.ExpectNoDrag();
             EXPECT_EQ(host.Take(), each.heard);
             const std::string shape = Print(host.Model());
-            Let(hand);
+            Let(input);
             EXPECT_EQ(Print(host.Model()), shape) << "nothing is dropped any more";
             EXPECT_EQ(host.Take(), "");
             EXPECT_MIRROR(host.TreeHandle(), host.Model(), false);
@@ -235,17 +235,17 @@ TEST(TreeControlDrag, IsCancelledByEscapeRightButtonAndWhateverElse) {
     {
         EditorHost host;
         all(host, "",
-            {{"the host clears", [&](Hand&) { host.Editor().Clear(); }, "selected "},
-             {"the dragged entry goes", [&](Hand&) { host.Editor().RemoveLesson(u"f", true); },
+            {{"the host clears", [&](UserInput&) { host.Editor().Clear(); }, "selected "},
+             {"the dragged entry goes", [&](UserInput&) { host.Editor().RemoveLesson(u"f", true); },
               "selected e, changed"}});
     }
     LessonMapHost host;
     all(host, "menu", // its coming up is one without a drag
-        {{"the host forbids it", [&](Hand&) { host.SetAllowDragDrop(false); }},
-         {"the host builds the tree anew", [&](Hand&) { host.Editor().Refresh(); }},
-         {"the host takes the lesson away", [&](Hand&) { host.Editor().SetLesson(nullptr); }},
+        {{"the host forbids it", [&](UserInput&) { host.SetAllowDragDrop(false); }},
+         {"the host builds the tree anew", [&](UserInput&) { host.Editor().Refresh(); }},
+         {"the host takes the lesson away", [&](UserInput&) { host.Editor().SetLesson(nullptr); }},
          {"the dragged page goes",
-          [&](Hand&) { host.Editor().RemoveStoryboard(host.lesson->Storyboards()->Item(u"f"), true); },
+          [&](UserInput&) { host.Editor().RemoveStoryboard(host.lesson->Storyboards()->Item(u"f"), true); },
           "changed 3, selected c"}});
 }
 
@@ -253,18 +253,18 @@ TEST(TreeControlDrag, RestingOnACollapsedNodeOpensIt) {
     const auto run = [](TreeControlHost&& host, const std::vector<Text>& nodes, TextView into, const char* shape) {
         host.OpenSample();
         for (const Text& node : nodes) host.At(node).SetExpanded(false);
-        Hand hand(host.host.handle);
+        UserInput input(host.host.handle);
         SetFocus(host.host.handle); // the press takes it back
-        DragTo(host, hand, u"a", host.On(nodes[0], RowPart::LabelTop));
+        DragTo(host, input, u"a", host.On(nodes[0], RowPart::LabelTop));
         EXPECT_EQ(GetFocus(), host.TreeHandle());
         for (const Text& node : nodes) {
             const POINT rest = host.On(node, RowPart::LabelTop);
-            hand.Do([&](Hand& user) { user.Move(rest); });
-            EXPECT_TRUE(Hand::Await([&] { return host.At(node).IsExpanded(); }));
+            input.Do([&](UserInput& user) { user.Move(rest); });
+            EXPECT_TRUE(UserInput::Await([&] { return host.At(node).IsExpanded(); }));
         }
         EXPECT_MIRROR(host.TreeHandle(), host.Model(), false);
         const POINT end = host.On(into, RowPart::LabelBottom);
-        hand.Do([&](Hand& user) {
+        input.Do([&](UserInput& user) {
             user.Move(end);
             user.Release();
         });
@@ -282,7 +282,7 @@ TEST(TreeControlDrag, ScrollsNearEachEdge) {
     for (const auto& page : host.lesson->Storyboards()->All())
         std::dynamic_pointer_cast<ContentStoryboard>(page)->SetTitle(Text(75, u'm'));
     host.Editor().Refresh();
-    Hand hand(host.host.handle);
+    UserInput input(host.host.handle);
     const HWND tree = host.TreeHandle();
     RECT client;
     GetClientRect(tree, &client);
@@ -294,7 +294,7 @@ TEST(TreeControlDrag, ScrollsNearEachEdge) {
     };
     const auto place = [&] { return POINT{GetScrollPos(tree, SB_HORZ), GetScrollPos(tree, SB_VERT)}; };
     const POINT start = place();
-    DragTo(host, hand, u"p1", at({middle, bottom}));
+    DragTo(host, input, u"p1", at({middle, bottom}));
     // Each edge moves one way alone, also from a little outside of the window; a corner moves both.
     const struct {
         POINT pointer, least, most; // where it comes to: between these, and no more when they are the same
@@ -308,13 +308,13 @@ TEST(TreeControlDrag, ScrollsNearEachEdge) {
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(&each - cases);
-        hand.Do([&](Hand& user) { user.Move(at({middle, centre})); }); // no edge: it stands still
+        input.Do([&](UserInput& user) { user.Move(at({middle, centre})); }); // no edge: it stands still
         const POINT before = place();
         const auto isThere = [](LONG now, LONG was, LONG least, LONG most) {
             return least < 0 ? now == was : now >= least && now <= most;
         };
-        hand.Do([&](Hand& user) { user.Move(at(each.pointer)); });
-        EXPECT_TRUE(Hand::Await([&] {
+        input.Do([&](UserInput& user) { user.Move(at(each.pointer)); });
+        EXPECT_TRUE(UserInput::Await([&] {
             const POINT now = place();
             return isThere(now.x, before.x, each.least.x, each.most.x) &&
                    isThere(now.y, before.y, each.least.y, each.most.y);
@@ -323,9 +323,9 @@ TEST(TreeControlDrag, ScrollsNearEachEdge) {
     }
     // The row under the pointer is another one now, and so is the place to drop.
     EXPECT_TRUE(host.IsDragging());
-    hand.Do([&](Hand& user) { user.Move(host.On(u"p3", RowPart::LabelTop)); });
+    input.Do([&](UserInput& user) { user.Move(host.On(u"p3", RowPart::LabelTop)); });
     EXPECT_EQ(host.Highlighted(), "p3");
-    Let(hand);
+    Let(input);
     EXPECT_EQ(Print(host.Model()).substr(0, 15), "A: p0 p2 p1 p3 ");
     EXPECT_MIRROR(tree, host.Model(), false);
     host.ExpectNoDrag();

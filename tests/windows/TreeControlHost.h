@@ -4,9 +4,9 @@
 #include "hierarchy/win32/GroupEditorWindow.h"
 #include "lessonmap/SampleLesson.h"
 #include "lessonmap/win32/LessonMapEditorWindow.h"
-#include "windows/Hand.h"
 #include "windows/HostWindow.h"
 #include "windows/TreeWindowRows.h"
+#include "windows/UserInput.h"
 
 #include <memory>
 #include <string>
@@ -152,33 +152,33 @@ struct LessonMapHost : TreeControlHost {
 };
 
 // What a user does to either.
-using Act = std::function<void(TreeControlHost&, Hand&)>;
+using Act = std::function<void(TreeControlHost&, UserInput&)>;
 
 inline Act Click(TextView key, RowPart part = RowPart::Label) {
-    return [=](TreeControlHost& host, Hand& user) { user.Click(host.On(key, part)); };
+    return [=](TreeControlHost& host, UserInput& user) { user.Click(host.On(key, part)); };
 }
 inline Act Twice(TextView key, RowPart part = RowPart::Label) {
-    return [=](TreeControlHost& host, Hand& user) { user.DoubleClick(host.On(key, part)); };
+    return [=](TreeControlHost& host, UserInput& user) { user.DoubleClick(host.On(key, part)); };
 }
 inline Act Type(WORD key) {
-    return [=](TreeControlHost&, Hand& user) { user.Type(key); };
+    return [=](TreeControlHost&, UserInput& user) { user.Type(key); };
 }
 inline Act Holding(std::initializer_list<WORD> keys, const Act& act) {
-    return [keys = std::vector<WORD>(keys), act](TreeControlHost& host, Hand& user) {
+    return [keys = std::vector<WORD>(keys), act](TreeControlHost& host, UserInput& user) {
         for (const WORD key : keys) user.KeyDown(key);
         act(host, user);
         for (const WORD key : keys) user.KeyUp(key);
     };
 }
 inline Act RightClick(TextView key) {
-    return [=](TreeControlHost& host, Hand& user) {
+    return [=](TreeControlHost& host, UserInput& user) {
         user.Move(host.On(key));
         user.Button(MOUSEEVENTF_RIGHTDOWN);
         user.Button(MOUSEEVENTF_RIGHTUP);
     };
 }
 inline Act Drag(TextView from, TextView to) { // and drop; the control may go meanwhile
-    return [=](TreeControlHost& host, Hand& user) {
+    return [=](TreeControlHost& host, UserInput& user) {
         const POINT start = host.On(from), end = host.On(to, RowPart::LabelTop);
         user.Press(start);
         user.Move(end);

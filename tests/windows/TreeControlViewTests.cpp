@@ -112,8 +112,8 @@ TEST(TreeControlView, TheAuthorKeepsHisPlace) {
         any.ExpandAll();
     };
     const auto drop = [](TreeControlHost& host) {
-        Hand hand(host.host.handle);
-        hand.Do([&](Hand& user) { Drag(u"m4", u"m0")(host, user); });
+        UserInput input(host.host.handle);
+        input.Do([&](UserInput& user) { Drag(u"m4", u"m0")(host, user); });
     };
     const auto expandPages = [&] { expand(pages, map); };
     ExpectViews(pages, openPages,

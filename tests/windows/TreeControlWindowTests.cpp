@@ -66,23 +66,23 @@ TEST(TreeControlWindow, BoxesAreTickedByBranchOneByOneAndByTheTopRow) {
     host.Open(Sample);
     host.Editor().SetCurrentSBID(u"h");
     host.Take();
-    Hand hand(host.host.handle);
+    UserInput input(host.host.handle);
     for (const auto& each : cases) {
         SCOPED_TRACE(each.what);
         host.At(u"c").SetExpanded(true); // a double click folds it
         const std::string before = host.Checked();
-        hand.Do([&](Hand& user) { each.act(host, user); });
+        input.Do([&](UserInput& user) { each.act(host, user); });
         EXPECT_EQ(host.Checked(), each.checked);
         EXPECT_MIRROR(host.TreeHandle(), host.Model(), true);
         const bool isTold = host.Checked() != before || std::string(each.what).find("double") != std::string::npos;
-        EXPECT_TRUE(!isTold || Hand::Await([&] { return host.heard.find("checked") != std::string::npos; }));
+        EXPECT_TRUE(!isTold || UserInput::Await([&] { return host.heard.find("checked") != std::string::npos; }));
         EXPECT_EQ(host.Take().find("before"), std::string::npos);
     }
     EXPECT_EQ(host.Editor().CheckedStoryboardCount(), 4);
     // A burst is told once. The keys come faster than any message in between.
     for (int count = 0; count < 5; ++count) SendMessageW(host.TreeHandle(), WM_KEYDOWN, VK_SPACE, 0x390001);
     EXPECT_EQ(host.Checked(), "AabcdefBg");
-    EXPECT_TRUE(Hand::Await([&] { return !host.heard.empty(); }));
+    EXPECT_TRUE(UserInput::Await([&] { return !host.heard.empty(); }));
     EXPECT_EQ(host.Take(), "checked");
     // Space is the tree's own key while it has boxes.
     const MSG space{host.TreeHandle(), WM_KEYDOWN, VK_SPACE, 1, 0, {}};
@@ -134,12 +134,12 @@ TEST(TreeControlWindow, KeysAndButtonsMeanWhatTheyShould) {
     };
     const auto run = [](TreeControlHost& host, const auto& cases) {
         host.OpenSample();
-        Hand hand(host.host.handle);
+        UserInput input(host.host.handle);
         for (const bool isLocked : {false, true}) {
             host.SetLocked(isLocked);
             for (const Case& each : cases) {
                 SCOPED_TRACE(testing::Message() << each.what << (isLocked ? ", locked" : ""));
-                hand.Do([&](Hand& user) { each.act(host, user); });
+                input.Do([&](UserInput& user) { each.act(host, user); });
                 EXPECT_EQ(host.Take(), isLocked ? each.heardWhenLocked : each.heard);
                 EXPECT_MIRROR(host.TreeHandle(), host.Model(), false);
             }
@@ -147,7 +147,7 @@ TEST(TreeControlWindow, KeysAndButtonsMeanWhatTheyShould) {
         host.SetLocked(false);
         host.Model().Select(nullptr);
         host.Take();
-        hand.Do([](Hand& user) { user.Type(VK_DELETE); });
+        input.Do([](UserInput& user) { user.Type(VK_DELETE); });
         EXPECT_EQ(host.Take(), "") << "nothing is selected";
     };
     EditorHost groups;
@@ -159,9 +159,9 @@ TEST(TreeControlWindow, KeysAndButtonsMeanWhatTheyShould) {
 
 TEST(TreeControlWindow, TheRootFoldsTheGroupsAndStaysOpen) {
     EditorHost host;
-    Hand hand(host.host.handle);
+    UserInput input(host.host.handle);
     const auto press = [&](const Act& act) {
-        hand.Do([&](Hand& user) { act(host, user); });
+        input.Do([&](UserInput& user) { act(host, user); });
         EXPECT_MIRROR(host.TreeHandle(), host.Model(), false);
     };
     for (const Act& way : {Click(u"", RowPart::Button), Type(VK_LEFT), Type(VK_SUBTRACT), Twice(u"")}) {
@@ -181,10 +181,10 @@ TEST(TreeControlWindow, TheRootFoldsTheGroupsAndStaysOpen) {
 TEST(TreeControlWindow, CtrlAndShiftOpenAndCloseWholeBranches) {
     LessonMapHost host;
     host.Open("A: a( b( c( d ) ) e( f ) ) | B: g( h )");
-    Hand hand(host.host.handle);
+    UserInput input(host.host.handle);
     const auto press = [&](std::initializer_list<WORD> keys) {
         const Act act = Holding(keys, Click(u"a", RowPart::Button));
-        hand.Do([&](Hand& user) { act(host, user); });
+        input.Do([&](UserInput& user) { act(host, user); });
         EXPECT_MIRROR(host.TreeHandle(), host.Model(), false);
         std::string open;
         for (const Text& each : modTVW::GetExpandedKeys(host.Model()))
@@ -223,12 +223,12 @@ TEST(TreeControlWindow, TheHostMayLetGoOfItUnderTheMouse) {
             host->OpenSample();
             host->Model().Select(&host->At(u"b"));
             host->SetLocked(each.isLocked);
-            Hand hand(host->host.handle);
+            UserInput input(host->host.handle);
             host->Take();
             host->releaseAt = each.event;
-            hand.Do([&](Hand& user) { each.act(*host, user); });
-            EXPECT_TRUE(Hand::Await([&] { return host->Control() == nullptr; })) << host->heard;
-            EXPECT_TRUE(Hand::Await([&] { return WindowBase::LiveCount() == living; }));
+            input.Do([&](UserInput& user) { each.act(*host, user); });
+            EXPECT_TRUE(UserInput::Await([&] { return host->Control() == nullptr; })) << host->heard;
+            EXPECT_TRUE(UserInput::Await([&] { return WindowBase::LiveCount() == living; }));
         }
     });
 }

@@ -2,8 +2,8 @@
 #include "tree/LMESubclasser.h"
 #include "tree/win32/TreeViewWindow.h"
 
-#include "windows/Hand.h"
 #include "windows/TreeWindowRows.h"
+#include "windows/UserInput.h"
 #include "windows/WindowCounts.h"
 
 #include <random>
@@ -147,21 +147,21 @@ TEST(TreeViewWindow, FollowsWhatTheUserDoes) {
         FillSample(host.tree);
         host.view->SetSingleExpand(isSingle);
         SetFocus(host.Window());
-        Hand hand(host.window);
+        UserInput input(host.window);
         std::mt19937 random(5);
         static constexpr WORD keys[] = {VK_UP,  VK_DOWN,  VK_LEFT, VK_RIGHT, VK_HOME,     VK_END,
                                         VK_ADD, VK_PRIOR, VK_NEXT, VK_BACK,  VK_SUBTRACT, VK_DOWN};
         for (int step = 0; step < 30 && !testing::Test::HasFailure(); ++step) {
             SCOPED_TRACE(step);
             if (const size_t choice = random() % 16; choice < std::size(keys)) {
-                hand.Do([&](Hand& user) { user.Type(keys[choice]); });
+                input.Do([&](UserInput& user) { user.Type(keys[choice]); });
             } else {
                 Node* node = host.tree.First();
                 for (auto count = random() % 8; count > 0 && modTreeviewAPI::NextVisible(*node); --count)
                     node = modTreeviewAPI::NextVisible(*node);
                 const RowPart part = choice % 2 && node->FirstChild() ? RowPart::Button : RowPart::Label;
                 const POINT point = PointOf(host.Window(), *node, part);
-                hand.Do([&](Hand& user) { choice == 14 ? user.DoubleClick(point) : user.Click(point); });
+                input.Do([&](UserInput& user) { choice == 14 ? user.DoubleClick(point) : user.Click(point); });
                 if (part == RowPart::Label) {
                     EXPECT_EQ(host.tree.Selected(), node);
                 }
@@ -177,10 +177,10 @@ TEST(TreeViewWindow, SingleExpansionKeepsOneBranchOpen) {
     modTVW::SetAllExpanded(host.tree, false);
     host.At(u"root").SetExpanded(true);
     host.view->SetSingleExpand(true);
-    Hand hand(host.window);
+    UserInput input(host.window);
     const auto click = [&](TextView key) {
         const POINT point = PointOf(host.Window(), host.At(key), RowPart::Label);
-        hand.Do([&](Hand& user) { user.Click(point); });
+        input.Do([&](UserInput& user) { user.Click(point); });
         EXPECT_MIRROR(host.Window(), host.tree, false);
         std::string open;
         for (const Text& each : modTVW::GetExpandedKeys(host.tree)) open += ToUtf8(each) + " ";
@@ -223,16 +223,16 @@ TEST(TreeViewWindow, SpaceMeansTheTopVisibleRowWhicheverIsSelected) {
         host.tree.Add(host.tree.Last(), Place::LastChild, ToText(n + count), ToText(n + count));
     }
     SetFocus(host.Window());
-    Hand hand(host.window);
+    UserInput input(host.window);
     host.tree.Select(host.tree.Last());
     const HTREEITEM top = NextItem(host.Window(), TVGN_FIRSTVISIBLE);
     ASSERT_NE(top, ItemOf(host.tree.First()));
     for (const int expected : {2, 0}) {
-        hand.Do([](Hand& user) { user.Type(VK_SPACE); });
+        input.Do([](UserInput& user) { user.Type(VK_SPACE); });
         EXPECT_EQ(modTreeviewAPI::CountChecked(host.tree), expected);
         EXPECT_MIRROR(host.Window(), host.tree, true);
     }
-    hand.Do([](Hand& user) { user.Type(VK_SPACE); });
+    input.Do([](UserInput& user) { user.Type(VK_SPACE); });
     for (const Node* node = host.tree.First(); node; node = node->Next())
         EXPECT_EQ(node->IsChecked(), ItemOf(node) == top);
 }

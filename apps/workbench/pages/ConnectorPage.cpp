@@ -1,7 +1,7 @@
 #include "pages/ConnectorPage.h"
 
-#include "ui/Input.h"
 #include "Machine.h"
+#include "ui/Input.h"
 
 #include <algorithm>
 #include <commctrl.h>
@@ -62,7 +62,7 @@ void ConnectorPage::Build() {
 }
 
 void ConnectorPage::Arrange(int top, int bottom) {
-    const Style& style = bench.style;
+    const Style& style = context.style;
     const int fieldLeft = Left() + style.TextWidth(L"Catalogs (picker):") + style.Scale(16);
     const int browse = Right() - style.ButtonWidth(FieldText(idBrowse));
     const int fieldRight = browse - style.Gap();
@@ -137,8 +137,8 @@ std::wstring ConnectorPage::Catalog() const {
 }
 
 void ConnectorPage::Start() {
-    SetField(idConnection, bench.options.connector);
-    SetField(idUser, bench.options.user);
+    SetField(idConnection, context.options.connector);
+    SetField(idUser, context.options.user);
     ShowHints();
 }
 
@@ -186,7 +186,7 @@ void ConnectorPage::ShowSelection(const std::wstring& description) {
 
 // The other pages work on the catalog from now on.
 void ConnectorPage::Open() {
-    if (!picker || bench.busy) return;
+    if (!picker || context.busy) return;
     const Automation& control = picker->Control();
     workbench::Catalog chosen;
     Run([&] {
@@ -194,7 +194,7 @@ void ConnectorPage::Open() {
                                               control.Get(L"DBUsername").Text(), control.Get(L"DBPassword").Text());
         chosen = {HidePassword(source), control.Get(L"Title").Text(), control.Get(L"IsAdmin").Bool()};
     });
-    if (!chosen.source.empty()) bench.openCatalog(chosen);
+    if (!chosen.source.empty()) context.openCatalog(chosen);
 }
 
 void ConnectorPage::Record() {
@@ -213,7 +213,7 @@ void ConnectorPage::Record() {
 
 std::vector<PageState> ConnectorPage::States() {
     std::vector<PageState> states = {{L"start", [] {}}};
-    if (bench.options.connector.empty()) return states;
+    if (context.options.connector.empty()) return states;
     states.push_back({L"loaded", [this] {
                           Validate();
                           Load();

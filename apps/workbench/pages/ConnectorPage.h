@@ -7,7 +7,7 @@ namespace dax::workbench {
 
 class ConnectorPage final : public FormPage {
 public:
-    explicit ConnectorPage(Bench& shared) : FormPage(shared) {}
+    explicit ConnectorPage(PageContext& shared) : FormPage(shared) {}
     ~ConnectorPage() override;
 
     void Start() override;

@@ -98,7 +98,7 @@ std::wstring DesignPage::Explanation() const {
 
 void DesignPage::Build() {
     try {
-        form.Create(Window(), idDesign, bench.library);
+        form.Create(Window(), idDesign, context.library);
     } catch (const HostError& error) {
         Refuse(error.Text());
     }

@@ -31,7 +31,7 @@ private:
 
 class DesignPage final : public FormPage {
 public:
-    explicit DesignPage(Bench& shared) : FormPage(shared), form(shared.style) {}
+    explicit DesignPage(PageContext& shared) : FormPage(shared), form(shared.style) {}
     ~DesignPage() override { Destroy(); }
 
     void Start() override {}

@@ -42,7 +42,7 @@ bool FormPage::Create(HWND parent, int id) {
         for (HWND child = GetWindow(Handle(), GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
             if (GetDlgCtrlID(child) != idHeading) ShowWindow(child, SW_HIDE);
         AddLabel(problem, idProblem);
-        bench.showStatus(problem.substr(0, problem.find(L'\n')));
+        context.showStatus(problem.substr(0, problem.find(L'\n')));
     }
     StyleChanged();
     return true;
@@ -91,9 +91,9 @@ HWND FormPage::AddOutput(int id) {
 std::unique_ptr<ControlHost> FormPage::AddControl(int id, bool tabStop, const std::wstring& name,
                                                   EventHandler handler) {
     try {
-        auto host = std::make_unique<ControlHost>(Handle(), id, tabStop, bench.library, name,
+        auto host = std::make_unique<ControlHost>(Handle(), id, tabStop, context.library, name,
                                                   [this, name, handler](const ControlEvent& event) {
-                                                      bench.log.AddEvent(name, event);
+                                                      context.log.AddEvent(name, event);
                                                       if (handler) handler(event);
                                                   });
         return host;
@@ -141,7 +141,7 @@ void FormPage::ShowResult(const std::wstring& text, Tone tone) {
 int FormPage::Right() const {
     RECT area;
     GetClientRect(Handle(), &area);
-    return area.right - bench.style.Margin();
+    return area.right - context.style.Margin();
 }
 
 void FormPage::Place(HWND child, int left, int top, int right, int bottom) const {
@@ -150,42 +150,42 @@ void FormPage::Place(HWND child, int left, int top, int right, int bottom) const
 }
 
 int FormPage::PlaceRow(HWND label, int id, int top, int labelLeft, int fieldLeft, int right) const {
-    const int bottom = top + bench.style.FieldHeight();
-    if (label) Place(label, labelLeft, top, fieldLeft - bench.style.Scale(4), bottom);
+    const int bottom = top + context.style.FieldHeight();
+    if (label) Place(label, labelLeft, top, fieldLeft - context.style.Scale(4), bottom);
     wchar_t name[16] = L"";
     GetClassNameW(Field(id), name, 16);
     // The height of a drop-down list counts the list.
     const bool drops = CompareStringOrdinal(name, -1, WC_COMBOBOXW, -1, TRUE) == CSTR_EQUAL;
-    Place(Field(id), fieldLeft, top, right, drops ? bottom + 10 * bench.style.LineHeight() : bottom);
-    return bottom + bench.style.Gap();
+    Place(Field(id), fieldLeft, top, right, drops ? bottom + 10 * context.style.LineHeight() : bottom);
+    return bottom + context.style.Gap();
 }
 
 int FormPage::PlaceButton(int id, int left, int top) const {
-    const int right = left + bench.style.ButtonWidth(FieldText(id));
-    Place(Field(id), left, top, right, top + bench.style.ButtonHeight());
-    return right + bench.style.Gap();
+    const int right = left + context.style.ButtonWidth(FieldText(id));
+    Place(Field(id), left, top, right, top + context.style.ButtonHeight());
+    return right + context.style.Gap();
 }
 
 int FormPage::PlaceCheck(int id, int left, int top) const {
-    const int right = left + bench.style.TextWidth(FieldText(id)) + bench.style.Scale(26);
-    Place(Field(id), left, top, right, top + bench.style.FieldHeight());
-    return right + bench.style.Gap();
+    const int right = left + context.style.TextWidth(FieldText(id)) + context.style.Scale(26);
+    Place(Field(id), left, top, right, top + context.style.FieldHeight());
+    return right + context.style.Gap();
 }
 
 int FormPage::PlaceToolbar(int top) const {
-    const int bottom = top + tools.Height() + bench.style.Scale(2);
-    Place(tools.Window(), Left() - bench.style.Scale(4), top, Right(), bottom);
-    return bottom + bench.style.Scale(4);
+    const int bottom = top + tools.Height() + context.style.Scale(2);
+    Place(tools.Window(), Left() - context.style.Scale(4), top, Right(), bottom);
+    return bottom + context.style.Scale(4);
 }
 
 void FormPage::StyleChanged() {
     for (HWND child = GetWindow(Handle(), GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
         const int id = GetDlgCtrlID(child);
         if (ControlHost::IsHost(child) || child == tools.Window()) continue; // they have fonts of their own
-        const HFONT font = id == idHeading ? bench.style.Heading() : bench.style.Plain();
+        const HFONT font = id == idHeading ? context.style.Heading() : context.style.Plain();
         SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
     }
-    if (tools.Window()) tools.StyleChanged(bench.style);
+    if (tools.Window()) tools.StyleChanged(context.style);
     ArrangeAll();
     InvalidateRect(Handle(), nullptr, TRUE);
 }
@@ -193,8 +193,8 @@ void FormPage::StyleChanged() {
 void FormPage::ArrangeAll() {
     RECT area;
     GetClientRect(Handle(), &area);
-    if (area.right < bench.style.Scale(200)) return; // not yet in its place
-    const Style& style = bench.style;
+    if (area.right < context.style.Scale(200)) return; // not yet in its place
+    const Style& style = context.style;
     int top = style.Margin();
     Place(Field(idHeading), Left(), top, Right(), top + style.HeadingHeight());
     top += style.HeadingHeight() + style.Scale(2);
@@ -236,20 +236,20 @@ void FormPage::FocusField(int id) const {
 }
 
 void FormPage::ShowMenuAt(POINT at) {
-    if (bench.busy || !problem.empty()) return;
+    if (context.busy || !problem.empty()) return;
     Apply();
     if (const std::vector<MenuEntry> entries = Menu(); !entries.empty()) ShowContextMenu(Handle(), at, entries);
 }
 
 void FormPage::RightClicked(HWND window, POINT at) {
-    if (bench.busy) return;
+    if (context.busy) return;
     SelectAt(window, at);
     ShowMenuAt(at);
 }
 
 void FormPage::Run(const std::function<void()>& work) {
-    if (bench.busy || !problem.empty()) return;
-    bench.busy = true;
+    if (context.busy || !problem.empty()) return;
+    context.busy = true;
     if (resultTone != Tone::Plain || !FieldText(idResult).empty()) ClearResult();
     const HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
     try {
@@ -258,20 +258,20 @@ void FormPage::Run(const std::function<void()>& work) {
         ShowResult(error.Text(), Tone::Bad);
     }
     SetCursor(before);
-    bench.busy = false;
+    context.busy = false;
 }
 
 Variant FormPage::Call(const ControlHost& host, const std::wstring& control, const wchar_t* method,
                        const std::vector<Variant>& arguments) {
     try {
         const Variant answer = host.Control().Call(method, arguments);
-        bench.log.AddCall(control, method,
-                          answer.Raw()->vt == VT_EMPTY  ? L"done"
-                          : answer.Raw()->vt == VT_BSTR ? L"returned \"" + answer.Text() + L"\""
-                                                        : L"returned " + answer.Text());
+        context.log.AddCall(control, method,
+                            answer.Raw()->vt == VT_EMPTY  ? L"done"
+                            : answer.Raw()->vt == VT_BSTR ? L"returned \"" + answer.Text() + L"\""
+                                                          : L"returned " + answer.Text());
         return answer;
     } catch (const HostError& error) {
-        bench.log.AddCall(control, method, L"failed: " + error.Text());
+        context.log.AddCall(control, method, L"failed: " + error.Text());
         throw;
     }
 }
@@ -298,7 +298,7 @@ void FormPage::PaintFrames(HDC dc) const {
         RECT area;
         GetWindowRect(child, &area);
         MapWindowPoints(nullptr, Handle(), reinterpret_cast<POINT*>(&area), 2);
-        const int margin = bench.style.Scale(space);
+        const int margin = context.style.Scale(space);
         InflateRect(&area, margin, margin);
         if (margin > 0) FillRect(dc, &area, GetSysColorBrush(COLOR_WINDOW));
         InflateRect(&area, 1, 1);

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "automation/ControlHost.h"
-#include "ui/Ids.h"
 #include "pages/Page.h"
+#include "ui/Ids.h"
 #include "ui/Toolbar.h"
 #include "ui/Window.h"
 
@@ -39,7 +39,7 @@ public:
     std::wstring Failure() const override { return resultTone == Tone::Bad ? FieldText(idResult) : std::wstring(); }
 
 protected:
-    explicit FormPage(Bench& shared) : bench(shared) {}
+    explicit FormPage(PageContext& shared) : context(shared) {}
 
     virtual std::wstring Heading() const = 0;
     virtual std::wstring Explanation() const = 0;
@@ -91,7 +91,7 @@ protected:
     void ShowResult(const std::wstring& text, Tone tone);
 
     // Layout in pixels.
-    int Left() const { return bench.style.Margin(); }
+    int Left() const { return context.style.Margin(); }
     int Right() const;
     void Place(HWND child, int left, int top, int right, int bottom) const;
     // A label (or none) before a field that ends at `right`; returns the top of the next row.
@@ -113,7 +113,7 @@ protected:
 
     LRESULT On(UINT message, WPARAM wParam, LPARAM lParam) override;
 
-    Bench& bench;
+    PageContext& context;
     Toolbar tools;
 
 private:

@@ -20,15 +20,15 @@ constexpr long everywhere = 1 | 2 | 4; // titles, identifiers, lessonIDs
 
 bool HierarchyPage::MayLose(const std::wstring& question) {
     Apply();
-    if (!isChanged || !bench.options.shots.empty()) return true;
-    const int answer = bench.ask(AskToSave(question));
+    if (!isChanged || !context.options.shots.empty()) return true;
+    const int answer = context.ask(AskToSave(question));
     return answer == IDNO || (answer == IDYES && Save());
 }
 
 bool HierarchyPage::MayClose() { return MayLose(L"Save the changes of the hierarchy?"); }
 
 bool HierarchyPage::Load() {
-    if (!editor || bench.busy || !MayLose(L"Save the changes of the hierarchy before it is loaded again?"))
+    if (!editor || context.busy || !MayLose(L"Save the changes of the hierarchy before it is loaded again?"))
         return false;
     Read();
     return true;
@@ -39,8 +39,8 @@ void HierarchyPage::Read() {
         ShowResult(L"Loading\u2026", Tone::Plain);
         failure.clear();
         const std::wstring source = TakeConnection();
-        const std::wstring title = source == bench.catalog.source ? bench.catalog.title : CatalogOf(source);
-        bench.selection = {source, {}, {}, false, Editor()};
+        const std::wstring title = source == context.catalog.source ? context.catalog.title : CatalogOf(source);
+        context.selection = {source, {}, {}, false, Editor()};
         Editor().Set(L"ConnectionString", ConnectionFor(source));
         Editor().Set(L"DatabaseTitle", title.empty() ? L"velmora database" : title);
         const bool isLoaded = Call(*editor, editorName, L"LoadDatabase").Bool();
@@ -77,7 +77,7 @@ void HierarchyPage::OfferToLoad() {
                             IDCANCEL,
                             IDCANCEL,
                             true};
-    if (bench.ask(question) == IDYES) Read();
+    if (context.ask(question) == IDYES) Read();
 }
 
 void HierarchyPage::Edit(const std::function<void()>& work) {
@@ -90,7 +90,7 @@ void HierarchyPage::Edit(const std::function<void()>& work) {
 
 void HierarchyPage::Add(bool isGroup) {
     Edit([&] {
-        const Automation utility = bench.library.CreateObject(L"ContentObjects.Utility");
+        const Automation utility = context.library.CreateObject(L"ContentObjects.Utility");
         Call(*editor, editorName, L"AddLesson",
              {utility.Call(L"NewIdentifier"), isGroup ? L"New group" : L"New lesson", L"",
               isGroup ? typeGroup : typeLesson});
@@ -101,7 +101,7 @@ void HierarchyPage::Add(bool isGroup) {
 }
 
 void HierarchyPage::Apply() {
-    if (!editor || bench.busy || !IsTyped()) return;
+    if (!editor || context.busy || !IsTyped()) return;
     Edit([this] { Update(); });
 }
 
@@ -144,7 +144,7 @@ void HierarchyPage::Find() {
 }
 
 void HierarchyPage::Remove() {
-    if (!editor || bench.busy || CurrentID().empty()) return;
+    if (!editor || context.busy || CurrentID().empty()) return;
     const std::wstring id = CurrentID();
     Question question = AskToRemove(Editor().Call(L"GetLessonTitle", {id}).Text(),
                                     Editor().Call(L"GetChildLessonCount", {id}).Long(), L"entries");
@@ -152,13 +152,13 @@ void HierarchyPage::Remove() {
     const Automation ids(Editor().Call(L"GetChildLessonIDCollection", {id}).Object());
     const long count = ids.Get(L"Count").Long();
     for (long i = 1; i <= count; ++i) removed.push_back(ids.Call(L"Item", {i}).Text());
-    if (const std::wstring holders = DescribeEditLocks(ConnectionFor(bench.selection.source), removed);
+    if (const std::wstring holders = DescribeEditLocks(ConnectionFor(context.selection.source), removed);
         !holders.empty()) {
         question.text += (question.text.empty() ? L"" : L"\n\n") + holders;
         question.byDefault = IDCANCEL;
         question.isWarning = true;
     }
-    const int answer = bench.ask(question);
+    const int answer = context.ask(question);
     if (answer != IDYES && answer != IDNO) return;
     const bool withChildren = answer == IDYES;
     Edit([&] {

@@ -17,7 +17,7 @@ constexpr long typeGroup = 0, typeLesson = 1;
 } // namespace
 
 HierarchyPage::~HierarchyPage() {
-    bench.selection = {};
+    context.selection = {};
     lockInfo.reset();
     lessonInfo.reset();
     editor.reset();
@@ -86,7 +86,7 @@ void HierarchyPage::Build() {
 }
 
 void HierarchyPage::Arrange(int top, int bottom) {
-    const Style& style = bench.style;
+    const Style& style = context.style;
     const int fieldLeft = Left() + style.TextWidth(L"File or connection:") + style.Scale(12);
     const int load = Right() - style.ButtonWidth(FieldText(idLoad));
     const int browse = load - style.Gap() - style.ButtonWidth(FieldText(idBrowse));
@@ -152,7 +152,7 @@ bool HierarchyPage::HandleKey(const MSG& message) {
 }
 
 std::vector<MenuEntry> HierarchyPage::Menu() const {
-    std::vector<MenuEntry> entries = {{idOpen, L"&Open the lesson's map\tEnter", bench.selection.isLesson},
+    std::vector<MenuEntry> entries = {{idOpen, L"&Open the lesson's map\tEnter", context.selection.isLesson},
                                       {idRename, L"Re&name\tF2", IsWindowEnabled(Field(idTitle)) != FALSE},
                                       {}};
     const std::vector<MenuEntry> fromTools = tools.Menu();
@@ -179,7 +179,7 @@ void HierarchyPage::Command(int id, int notification) {
         const bool isLeft = notification == (id == idType ? CBN_KILLFOCUS : EN_KILLFOCUS);
         if (isLeft)
             Apply();
-        else if (!bench.busy)
+        else if (!context.busy)
             tools.Enable(idSave, isChanged || IsTyped());
         return;
     }
@@ -195,7 +195,7 @@ void HierarchyPage::Command(int id, int notification) {
     if (id == idRemove) Remove();
     if (id >= idUp && id <= idOutdent) Move(id);
     if (id == idExpandAll || id == idCollapseAll || id == idFreeze) Display(id);
-    if (id == idOpen && bench.selection.isLesson && !bench.busy) bench.openLesson();
+    if (id == idOpen && context.selection.isLesson && !context.busy) context.openLesson();
     if (id == idRename) FocusField(idTitle);
     const bool isOption = id == idDragDrop || id == idLocked || id == idSingleExpand || id == idShowIdentifier;
     if (isOption && notification == BN_CLICKED) SetOption(id);
@@ -204,7 +204,7 @@ void HierarchyPage::Command(int id, int notification) {
 // What asks the user or shows another page waits until the control has finished its event.
 void HierarchyPage::Heard(const ControlEvent& event) {
     if (event.name == L"AfterSelectionChange") {
-        if (!bench.busy) ClearResult();
+        if (!context.busy) ClearResult();
         ShowSelection();
     }
     if (event.name == L"DataChanged") {
@@ -222,13 +222,13 @@ void HierarchyPage::Heard(const ControlEvent& event) {
 void HierarchyPage::ClearResult() { ShowResult(isChanged ? L"Not yet saved." : L"", Tone::Plain); }
 
 void HierarchyPage::Start() {
-    SetField(idConnection, bench.options.file);
-    if (!bench.options.file.empty() && bench.options.shots.empty()) Load();
+    SetField(idConnection, context.options.file);
+    if (!context.options.file.empty() && context.options.shots.empty()) Load();
 }
 
 void HierarchyPage::CatalogChanged() {
     const std::wstring former = FieldText(idConnection);
-    SetField(idConnection, bench.catalog.source);
+    SetField(idConnection, context.catalog.source);
     if (!Load()) SetField(idConnection, former);
 }
 
@@ -248,10 +248,10 @@ void HierarchyPage::ShowSelection() {
     const long type = Editor().Call(L"GetLessonType", {id}).Long();
     const bool isEntry = !id.empty();
     if (shown.lessonID != id && IsTyped()) Update(); // the selection has moved on without the fields being left
-    bench.selection.lessonID = id;
-    bench.selection.title = Editor().Call(L"GetLessonTitle", {id}).Text();
-    bench.selection.isLesson = isEntry && type == typeLesson;
-    SetField(idTitle, isEntry ? bench.selection.title : L"");
+    context.selection.lessonID = id;
+    context.selection.title = Editor().Call(L"GetLessonTitle", {id}).Text();
+    context.selection.isLesson = isEntry && type == typeLesson;
+    SetField(idTitle, isEntry ? context.selection.title : L"");
     SetField(idIdentifier, Editor().Call(L"GetLessonIdentifier", {id}).Text());
     SetChoice(idType, !isEntry ? -1 : type == typeGroup || type == typeLesson ? static_cast<int>(type) : 2);
     shown.lessonID = id;
@@ -268,12 +268,12 @@ void HierarchyPage::ShowPanels() {
          {std::pair(lessonInfo.get(), lessonInfoName), std::pair(lockInfo.get(), lockInfoName)}) {
         try {
             panel->Control().Call(L"UpdateFrom", {shown});
-            bench.log.AddCall(name, L"UpdateFrom",
-                              panel == lockInfo.get()
-                                  ? L"done, LockCount " + std::to_wstring(panel->Control().Get(L"LockCount").Long())
-                                  : L"done");
+            context.log.AddCall(name, L"UpdateFrom",
+                                panel == lockInfo.get()
+                                    ? L"done, LockCount " + std::to_wstring(panel->Control().Get(L"LockCount").Long())
+                                    : L"done");
         } catch (const HostError& error) {
-            bench.log.AddCall(name, L"UpdateFrom", L"failed: " + error.Text());
+            context.log.AddCall(name, L"UpdateFrom", L"failed: " + error.Text());
         }
     }
 }
@@ -312,7 +312,7 @@ void HierarchyPage::SelectLesson(long place) {
 // The last one leaves a lesson selected, for the pages that go by it.
 std::vector<PageState> HierarchyPage::States() {
     std::vector<PageState> states = {{L"empty", [] {}}};
-    const std::wstring file = bench.options.file;
+    const std::wstring file = context.options.file;
     if (file.empty()) return states;
     if (IsFile(file))
         states.push_back({L"error", [this, file] {

@@ -7,7 +7,7 @@ namespace dax::workbench {
 
 class HierarchyPage final : public FormPage {
 public:
-    explicit HierarchyPage(Bench& shared) : FormPage(shared) {}
+    explicit HierarchyPage(PageContext& shared) : FormPage(shared) {}
     ~HierarchyPage() override;
 
     void Start() override;

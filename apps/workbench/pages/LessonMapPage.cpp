@@ -1,7 +1,7 @@
 #include "pages/LessonMapPage.h"
 
-#include "ui/Input.h"
 #include "pages/LessonStore.h"
+#include "ui/Input.h"
 
 #include <algorithm>
 #include <utility>
@@ -84,7 +84,7 @@ void LessonMapPage::Build() {
 }
 
 void LessonMapPage::Arrange(int top, int bottom) {
-    const Style& style = bench.style;
+    const Style& style = context.style;
     const int lesson = Left() + style.TextWidth(L"Lesson:") + style.Scale(12);
     int y = PlaceRow(labels[labelLesson], idEntry, top, Left(), lesson, Right());
     y = PlaceToolbar(y - style.Scale(4));
@@ -164,7 +164,7 @@ void LessonMapPage::Command(int id, int notification) {
         const bool isLeft = notification == (id == idType ? CBN_KILLFOCUS : EN_KILLFOCUS);
         if (isLeft)
             Apply();
-        else if (!bench.busy)
+        else if (!context.busy)
             tools.Enable(idSave, isChanged || IsTyped());
         return;
     }
@@ -188,13 +188,13 @@ void LessonMapPage::Command(int id, int notification) {
 
 void LessonMapPage::Heard(const ControlEvent& event) {
     if (event.name == L"AfterSelectionChange") {
-        if (!bench.busy) ClearResult();
+        if (!context.busy) ClearResult();
         ShowSelection();
     }
     if (event.name == L"ItemChecked") ShowCounts();
     if (event.name == L"MapChanged") {
         isChanged = true;
-        if (!bench.busy) ClearResult();
+        if (!context.busy) ClearResult();
         ShowCounts();
         EnableTools();
     }
@@ -207,18 +207,18 @@ void LessonMapPage::Heard(const ControlEvent& event) {
 void LessonMapPage::RightClicked(HWND window, POINT at) {
     if (window != Field(idMap) && !IsChild(Field(idMap), window)) return FormPage::RightClicked(window, at);
     menuPlace = at;
-    if (!bench.busy) SelectAt(window, at);
+    if (!context.busy) SelectAt(window, at);
 }
 
 void LessonMapPage::OpenLesson() {
     Apply();
-    if (!editor || bench.busy || !bench.selection.isLesson) return;
+    if (!editor || context.busy || !context.selection.isLesson) return;
     if (!MayLose(L"Save the changes of the lesson that is open before another one is opened?")) return;
     Run([this] {
-        const Selection& selection = bench.selection;
+        const Selection& selection = context.selection;
         Opened next{ConnectionFor(selection.source), selection.lessonID, selection.title, {}};
         const std::wstring text = ReadLessonData(next.connection, next.lessonID);
-        next.lesson = bench.library.CreateObject(L"ContentObjects.Lesson");
+        next.lesson = context.library.CreateObject(L"ContentObjects.Lesson");
         if (Trim(text).empty())
             AddDefaultMap(next.lesson);
         else
@@ -235,7 +235,7 @@ void LessonMapPage::OpenLesson() {
 
 // A lesson that nobody has worked on yet.
 void LessonMapPage::AddDefaultMap(const Automation& lesson) const {
-    const Automation map = bench.library.CreateObject(L"ContentObjects.StoryboardMap");
+    const Automation map = context.library.CreateObject(L"ContentObjects.StoryboardMap");
     map.Set(L"Name", L"Main");
     const Automation maps(lesson.Get(L"Maps").Object());
     maps.Call(L"Add", {map.Object()});
@@ -260,8 +260,8 @@ void LessonMapPage::Refresh() {
 
 bool LessonMapPage::MayLose(const std::wstring& question) {
     Apply();
-    if (!isChanged || !bench.options.shots.empty()) return true;
-    const int answer = bench.ask(AskToSave(question));
+    if (!isChanged || !context.options.shots.empty()) return true;
+    const int answer = context.ask(AskToSave(question));
     return answer == IDNO || (answer == IDYES && Save());
 }
 
@@ -281,7 +281,7 @@ bool LessonMapPage::Save() {
 
 void LessonMapPage::Add() {
     Edit([this] {
-        const Automation storyboard = bench.library.CreateObject(L"ContentObjects.Storyboard");
+        const Automation storyboard = context.library.CreateObject(L"ContentObjects.Storyboard");
         storyboard.Set(L"Title", L"New page");
         storyboard.Set(L"StoryboardType", L"text");
         Call(*editor, editorName, L"AddStoryboard", {storyboard.Object()});
@@ -290,7 +290,7 @@ void LessonMapPage::Add() {
 }
 
 void LessonMapPage::Apply() {
-    if (!editor || bench.busy || !IsTyped()) return;
+    if (!editor || context.busy || !IsTyped()) return;
     Edit([this] { Update(); });
 }
 
@@ -317,12 +317,12 @@ void LessonMapPage::Update() {
 }
 
 void LessonMapPage::Remove() {
-    if (!editor || bench.busy || !opened.lesson) return;
+    if (!editor || context.busy || !opened.lesson) return;
     const Automation storyboard = Current();
     if (!storyboard) return;
     const int answer =
-        bench.ask(AskToRemove(storyboard.Get(L"Title").Text(),
-                              Editor().Call(L"GetChildStoryboardCount", {storyboard.Get(L"SBID")}).Long(), L"pages"));
+        context.ask(AskToRemove(storyboard.Get(L"Title").Text(),
+                                Editor().Call(L"GetChildStoryboardCount", {storyboard.Get(L"SBID")}).Long(), L"pages"));
     if (answer != IDYES && answer != IDNO) return;
     Edit([&] {
         Call(*editor, editorName, L"RemoveStoryboard", {storyboard.Object(), answer == IDYES});
@@ -428,7 +428,7 @@ void LessonMapPage::SelectPage(long place) const {
 
 std::vector<PageState> LessonMapPage::States() {
     std::vector<PageState> states = {{L"empty", [] {}}};
-    if (!bench.selection.isLesson) return states;
+    if (!context.selection.isLesson) return states;
     states.push_back({L"opened", [this] {
                           OpenLesson();
                           SelectPage(3);

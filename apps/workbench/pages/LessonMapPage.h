@@ -7,7 +7,7 @@ namespace dax::workbench {
 
 class LessonMapPage final : public FormPage {
 public:
-    explicit LessonMapPage(Bench& shared) : FormPage(shared) {}
+    explicit LessonMapPage(PageContext& shared) : FormPage(shared) {}
     ~LessonMapPage() override;
 
     void Start() override {}

@@ -54,7 +54,7 @@ void LocksPage::Build() {
 }
 
 void LocksPage::Arrange(int top, int bottom) {
-    const Style& style = bench.style;
+    const Style& style = context.style;
     const int fieldLeft = Left() + style.TextWidth(L"File or connection:") + style.Scale(12);
     const int refresh = Right() - style.ButtonWidth(FieldText(idLoad));
     const int browse = refresh - style.Gap() - style.ButtonWidth(FieldText(idBrowse));
@@ -80,7 +80,7 @@ void LocksPage::Arrange(int top, int bottom) {
 
 // The user's name decides which locks can be deleted: the list never stands for another one than the field shows.
 void LocksPage::Apply() {
-    if (manager && !bench.busy && FieldText(idUser) != user && !Trim(FieldText(idConnection)).empty()) List(false);
+    if (manager && !context.busy && FieldText(idUser) != user && !Trim(FieldText(idConnection)).empty()) List(false);
 }
 
 std::vector<MenuEntry> LocksPage::Menu() const {
@@ -123,37 +123,37 @@ void LocksPage::Heard(const ControlEvent& event) {
                             IDRETRY,
                             IDABORT,
                             true};
-    event.Answer(L"Action", bench.ask(question));
+    event.Answer(L"Action", context.ask(question));
     ShowResult(event.Argument(L"Routine") + L": " + event.Argument(L"Description"), Tone::Bad);
 }
 
 void LocksPage::Start() {
-    const std::wstring& source = bench.selection.source;
-    SetField(idConnection, source.empty() ? bench.options.file : source);
-    SetField(idUser, bench.options.user);
-    SetChecked(idAdministrator, bench.options.user.empty() || bench.catalog.isAdministrator);
-    if (!FieldText(idConnection).empty() && bench.options.shots.empty()) List(true);
+    const std::wstring& source = context.selection.source;
+    SetField(idConnection, source.empty() ? context.options.file : source);
+    SetField(idUser, context.options.user);
+    SetChecked(idAdministrator, context.options.user.empty() || context.catalog.isAdministrator);
+    if (!FieldText(idConnection).empty() && context.options.shots.empty()) List(true);
 }
 
 void LocksPage::CatalogChanged() {
-    SetField(idConnection, bench.catalog.source);
-    SetChecked(idAdministrator, bench.catalog.isAdministrator);
+    SetField(idConnection, context.catalog.source);
+    SetChecked(idAdministrator, context.catalog.isAdministrator);
     List(true);
 }
 
 void LocksPage::Shown() {
-    const Selection& selection = bench.selection;
+    const Selection& selection = context.selection;
     SetField(idEntry, selection.lessonID.empty() ? L"none; select a lesson or a group on the hierarchy page"
                                                  : (selection.isLesson ? L"lesson " : L"group ") + selection.title);
 }
 
 void LocksPage::KeyReleased() {
-    if (manager && HasFocus(idLocks) && !bench.busy) ShowCounts();
+    if (manager && HasFocus(idLocks) && !context.busy) ShowCounts();
 }
 
 void LocksPage::HandOver() {
     const std::wstring source = TakeConnection();
-    const Selection& selection = bench.selection;
+    const Selection& selection = context.selection;
     const bool isChosen = !selection.lessonID.empty() && selection.source == source;
     const long display = Choice(idDisplay);
     Manager().Set(L"ConnectionString", ConnectionFor(source));
@@ -186,7 +186,7 @@ void LocksPage::List(bool rebuild) {
 }
 
 void LocksPage::Delete() {
-    if (!manager || bench.busy) return;
+    if (!manager || context.busy) return;
     const long selected = Manager().Get(L"SelectedLockCount").Long();
     const long deletable = Manager().Get(L"SelectedDeletableLockCount").Long();
     if (selected == 0) return;
@@ -208,7 +208,7 @@ void LocksPage::Delete() {
     const Question question{
         L"Delete " + Locks(deletable) + L"?", text,  {{IDYES, L"&Delete " + Locks(deletable)}, {IDCANCEL, L"Cancel"}},
         valid > 0 ? IDCANCEL : IDYES,         IDYES, valid > 0};
-    if (bench.ask(question) != IDYES) return;
+    if (context.ask(question) != IDYES) return;
     Run([&] {
         hasFailed = false;
         Call(*manager, controlName, L"DeleteSelected");
@@ -249,7 +249,7 @@ void LocksPage::SelectRows(int count) const {
 
 std::vector<PageState> LocksPage::States() {
     std::vector<PageState> states = {{L"empty", [] {}}};
-    const std::wstring file = bench.options.file;
+    const std::wstring file = context.options.file;
     if (file.empty()) return states;
     states.push_back({L"all", [this] {
                           SetChecked(idAdministrator, true);

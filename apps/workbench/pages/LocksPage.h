@@ -7,7 +7,7 @@ namespace dax::workbench {
 
 class LocksPage final : public FormPage {
 public:
-    explicit LocksPage(Bench& shared) : FormPage(shared) {}
+    explicit LocksPage(PageContext& shared) : FormPage(shared) {}
     ~LocksPage() override;
 
     void Start() override;

@@ -1,10 +1,10 @@
 // One page of the workbench: the place of one control, or of a few that belong together.
 #pragma once
 
-#include "automation/Automation.h"
 #include "CommandLine.h"
-#include "ui/Commands.h"
+#include "automation/Automation.h"
 #include "automation/ControlLibrary.h"
+#include "ui/Commands.h"
 #include "ui/EventLog.h"
 #include "ui/Question.h"
 #include "ui/Style.h"
@@ -33,7 +33,7 @@ struct Catalog {
 };
 
 // What all pages share.
-struct Bench {
+struct PageContext {
     const Options& options;
     const ControlLibrary& library;
     Style& style;
@@ -112,7 +112,7 @@ public:
 struct PageEntry {
     const wchar_t* title;    // in the list, with a mnemonic's worth of brevity
     const wchar_t* fileName; // of its pictures
-    std::unique_ptr<Page> (*make)(Bench& bench);
+    std::unique_ptr<Page> (*make)(PageContext& context);
     bool showsLessons = false; // the page that opens a lesson
 };
 const std::vector<PageEntry>& PageTable();

@@ -10,8 +10,8 @@ namespace dax::workbench {
 namespace {
 
 template <class One>
-std::unique_ptr<Page> Make(Bench& bench) {
-    return std::make_unique<One>(bench);
+std::unique_ptr<Page> Make(PageContext& context) {
+    return std::make_unique<One>(context);
 }
 
 } // namespace

@@ -41,7 +41,7 @@ void ValidatorPage::Build() {
 }
 
 void ValidatorPage::Arrange(int top, int bottom) {
-    const Style& style = bench.style;
+    const Style& style = context.style;
     const int fieldLeft = Left() + style.TextWidth(L"File or connection:") + style.Scale(16);
     const int browse = Right() - style.ButtonWidth(FieldText(idBrowse));
     Place(Field(idBrowse), browse, top - style.Scale(1), Right(), top + style.ButtonHeight() - style.Scale(1));
@@ -78,11 +78,11 @@ void ValidatorPage::ShowCatalogHint() {
 }
 
 void ValidatorPage::Start() {
-    if (bench.options.file.empty()) return;
-    SetField(idConnection, bench.options.file);
-    SendMessageW(Field(idAccessFile), BM_SETCHECK, IsFile(bench.options.file) ? BST_CHECKED : BST_UNCHECKED, 0);
+    if (context.options.file.empty()) return;
+    SetField(idConnection, context.options.file);
+    SendMessageW(Field(idAccessFile), BM_SETCHECK, IsFile(context.options.file) ? BST_CHECKED : BST_UNCHECKED, 0);
     ShowCatalogHint();
-    if (bench.options.shots.empty()) Validate();
+    if (context.options.shots.empty()) Validate();
 }
 
 void ValidatorPage::Validate() {
@@ -113,7 +113,7 @@ std::vector<PageState> ValidatorPage::States() {
                                                              SetField(idConnection, L"");
                                                              Validate();
                                                          }}};
-    const std::wstring file = bench.options.file;
+    const std::wstring file = context.options.file;
     if (file.empty()) return states;
     states.push_back({L"valid", [this, file] {
                           SetField(idConnection, file);

@@ -7,7 +7,7 @@ namespace dax::workbench {
 
 class ValidatorPage final : public FormPage {
 public:
-    explicit ValidatorPage(Bench& shared) : FormPage(shared) {}
+    explicit ValidatorPage(PageContext& shared) : FormPage(shared) {}
     ~ValidatorPage() override;
 
     void Start() override;

@@ -25,13 +25,13 @@ HWND AddChild(HWND parent, const wchar_t* className, const wchar_t* text, DWORD 
 
 Frame::Frame(const Options& given, const ControlLibrary& controls)
     : options(given), library(controls),
-      style(DpiOf(nullptr)), bench{options, library, style, log,
-                                   [this](const std::wstring& text) { ShowStatus(text); }} {
+      style(DpiOf(nullptr)), context{options, library, style, log,
+                                     [this](const std::wstring& text) { ShowStatus(text); }} {
     options.file = HidePassword(options.file);
     options.connector = HidePassword(options.connector);
-    bench.openLesson = [this] { OpenLesson(); };
-    bench.openCatalog = [this](const Catalog& catalog) { OpenCatalog(catalog); };
-    bench.ask = [this](const Question& question) { return Ask(question); };
+    context.openLesson = [this] { OpenLesson(); };
+    context.openCatalog = [this](const Catalog& catalog) { OpenCatalog(catalog); };
+    context.ask = [this](const Question& question) { return Ask(question); };
     for (const PageEntry& entry : PageTable()) pages.push_back({&entry, nullptr});
 }
 
@@ -83,8 +83,8 @@ void Frame::BuildMenu() {
 // Made anew each time that it opens: the page knows what is possible.
 void Frame::FillPageMenu() const {
     std::vector<MenuEntry> entries;
-    if (Current() && !bench.busy && Current()->Problem().empty()) entries = Current()->Menu();
-    if (entries.empty()) entries.push_back({idRefresh, L"&Refresh\tF5", Current() && !bench.busy});
+    if (Current() && !context.busy && Current()->Problem().empty()) entries = Current()->Menu();
+    if (entries.empty()) entries.push_back({idRefresh, L"&Refresh\tF5", Current() && !context.busy});
     FillMenu(pageMenu, entries);
 }
 
@@ -161,7 +161,7 @@ bool Frame::Show(size_t index) {
     Shown& shown = pages[index];
     const bool first = !shown.page;
     if (first) {
-        shown.page = shown.entry->make(bench);
+        shown.page = shown.entry->make(context);
         if (!shown.page->Create(Handle(), idPageFirst + static_cast<int>(index))) return false;
         // Behind the list of pages in the tab order.
         SetWindowPos(shown.page->Window(), list, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
@@ -193,7 +193,7 @@ void Frame::OpenLesson() {
 }
 
 void Frame::OpenCatalog(const Catalog& catalog) {
-    bench.catalog = catalog;
+    context.catalog = catalog;
     options.file = catalog.source;
     const bool isNew = !pages[0].page; // then it begins with the file
     Show(0);
@@ -219,7 +219,7 @@ bool Frame::MayClose() {
 
 void Frame::Step(int direction) {
     const size_t count = pages.size();
-    if (!bench.busy) Show((current + count + static_cast<size_t>(direction + static_cast<int>(count))) % count);
+    if (!context.busy) Show((current + count + static_cast<size_t>(direction + static_cast<int>(count))) % count);
 }
 
 int Frame::Run() {
@@ -282,7 +282,7 @@ bool Frame::PressDefault(const MSG& message) {
 
 bool Frame::GoTo(int id) {
     if (id >= idShowFirst && id < idShowFirst + static_cast<int>(pages.size())) {
-        if (!bench.busy) Show(static_cast<size_t>(id - idShowFirst));
+        if (!context.busy) Show(static_cast<size_t>(id - idShowFirst));
         return true;
     }
     switch (id) {
@@ -315,7 +315,7 @@ bool Frame::GoTo(int id) {
 void Frame::Command(int id, int notification) {
     if (id == idPages && notification == LBN_SELCHANGE) {
         const LRESULT selected = SendMessageW(list, LB_GETCURSEL, 0, 0);
-        if (bench.busy)
+        if (context.busy)
             SendMessageW(list, LB_SETCURSEL, current, 0);
         else if (selected >= 0)
             Show(static_cast<size_t>(selected));
@@ -445,7 +445,7 @@ LRESULT Frame::On(UINT message, WPARAM wParam, LPARAM lParam) {
         dragging = false;
         return 0;
     case WM_CLOSE:
-        if (bench.busy || !MayClose()) return 0; // busy: a control is at work further up the stack
+        if (context.busy || !MayClose()) return 0; // busy: a control is at work further up the stack
         DestroyWindow(Handle());
         return 0;
     case WM_DESTROY:

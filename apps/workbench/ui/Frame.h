@@ -59,7 +59,7 @@ private:
     const ControlLibrary& library;
     Style style;
     EventLog log;
-    Bench bench;
+    PageContext context;
     std::vector<Shown> pages;
     size_t current = 0;
     HWND list = nullptr;

@@ -3,8 +3,8 @@
 
 #include "ContentObjects.h"
 
-#include "content/ContentLesson.h"
 #include "com/Object.h"
+#include "content/ContentLesson.h"
 #include "ocx/latebound/ContentLessonAdapters.h"
 
 namespace dax {

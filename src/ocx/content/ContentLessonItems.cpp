@@ -79,7 +79,7 @@ public:
 
     bool Contains(const Text& key) const override {
         const Variant wanted{TextView(key)};
-        if (!knowsKeys) return ObjectFrom(nodes.Look(L"Item", wanted)).Get() != nullptr;
+        if (!knowsKeys) return ObjectFrom(nodes.TryGetItem(L"Item", wanted)).Get() != nullptr;
         const Value isThere = ToValue(nodes.Call(L"Contains", {wanted}), false);
         return isThere == Value(true);
     }

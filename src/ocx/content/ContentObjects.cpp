@@ -5,10 +5,10 @@
 
 #include "ContentObjects.h"
 
+#include "com/Object.h"
 #include "content/Utility.h"
 #include "ocx/content/ContentLesson.h"
 #include "ocx/content/PropertyCollection.h"
-#include "com/Object.h"
 
 namespace dax {
 

@@ -1,8 +1,8 @@
 #include "DAXControls.h"
 
+#include "com/Object.h"
 #include "data/Constants.h"
 #include "ocx/controls/ControlClasses.h"
-#include "com/Object.h"
 
 #include <vector>
 

@@ -2,9 +2,9 @@
 
 #include "base/Error.h"
 #include "hierarchy/win32/GroupEditorWindow.h"
+#include "ocx/content/PropertyCollection.h"
 #include "ocx/controls/ControlClasses.h"
 #include "ocx/controls/IDCollection.h"
-#include "ocx/content/PropertyCollection.h"
 #include "ocx/hosting/Control.h"
 
 namespace dax {
@@ -186,7 +186,7 @@ private:
     }
 
     void Raise(DISPID event, std::initializer_list<Variant> arguments) {
-        const Keeper keeper(*this);
+        const SelfReference self(*this);
         ViewChanged();
         Fire(event, arguments);
     }

@@ -169,7 +169,7 @@ private:
 
     bool FindItem(const Text& key) {
         try {
-            return !IsNothing(host.Look(L"Item", Variant(key)));
+            return !IsNothing(host.TryGetItem(L"Item", Variant(key)));
         } catch (const Error& error) {
             // A list that knows places only.
             if (HostsNumber(error.Number()) != ErrorNumbers::TypeMismatch || !EnumeratorOf()) throw;

@@ -20,7 +20,7 @@ public:
                                                   const Text& routine, int32_t& action) {
             long answer = action;
             Raise(LockErrorEvent, {Variant(number), Variant(description), Variant(occuredWhen), Variant(routine),
-                               Variant::ByReference(answer)});
+                                   Variant::ByReference(answer)});
             action = answer;
         });
     }
@@ -154,7 +154,7 @@ private:
     }
 
     void Raise(DISPID event, std::initializer_list<Variant> arguments) {
-        const Keeper keeper(*this);
+        const SelfReference self(*this);
         ViewChanged();
         Fire(event, arguments);
     }

@@ -16,7 +16,7 @@ public:
         changedListener =
             picker->CatalogChanged.Add([this](const Text& catalog, const Text& login, const Text& password,
                                               const Text& title, const Text& description) {
-                const Keeper keeper(*this);
+                const SelfReference self(*this);
                 ViewChanged();
                 Fire(CatalogChangedEvent,
                      {Variant(catalog), Variant(login), Variant(password), Variant(title), Variant(description)});

@@ -1,8 +1,8 @@
 // Property bags over what hosts give: their own bag, or a stream.
 #pragma once
 
-#include "controls/PropertyBag.h"
 #include "com/ComPtr.h"
+#include "controls/PropertyBag.h"
 
 #include <ocidl.h>
 

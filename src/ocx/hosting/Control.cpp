@@ -71,13 +71,13 @@ void Control::ReadAmbient() {
 
 void Control::Fire(DISPID event, std::initializer_list<Variant> arguments) {
     if (frozen > 0) return;
-    const Keeper keeper(*this);
+    const SelfReference self(*this);
     std::vector<Variant> list(arguments);
     FireEvent(events, event, list);
 }
 
 void Control::PropertyChanged(const Text& name) {
-    const Keeper keeper(*this);
+    const SelfReference self(*this);
     isDirty = true;
     const auto connections = propertySinks.Connections();
     const DISPID dispid = connections.empty() ? DISPID_UNKNOWN : DispidOf(name);

@@ -2,9 +2,9 @@
 // it only forwards its own properties and methods.
 #pragma once
 
-#include "controls/win32/ControlWindow.h"
 #include "com/ConnectionPoint.h"
 #include "com/Object.h"
+#include "controls/win32/ControlWindow.h"
 #include "ocx/hosting/HostSite.h"
 #include "ocx/hosting/Pictures.h"
 

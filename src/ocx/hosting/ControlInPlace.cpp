@@ -7,7 +7,7 @@ namespace dax {
 
 // Every call of the host may come back into the control and end what is going on; hence the looks at the flags.
 HRESULT Control::ActivateInPlace() {
-    const Keeper keeper(*this);
+    const SelfReference self(*this);
     if (isInPlaceActive) {
         if (const HWND handle = window->Handle()) ShowWindow(handle, SW_SHOWNA);
         return S_OK;
@@ -44,7 +44,7 @@ HRESULT Control::ActivateInPlace() {
 }
 
 HRESULT Control::ActivateUI() {
-    const Keeper keeper(*this);
+    const SelfReference self(*this);
     const HRESULT result = ActivateInPlace();
     if (FAILED(result) || isUIActive) return result;
     const ComPtr<IOleInPlaceSite> host(site.InPlace());
@@ -63,7 +63,7 @@ HRESULT Control::ActivateUI() {
 }
 
 HRESULT Control::UIDeactivate() {
-    const Keeper keeper(*this);
+    const SelfReference self(*this);
     if (!isUIActive) return S_OK;
     isUIActive = false;
     const ComPtr<IOleInPlaceSite> host(site.InPlace());
@@ -82,7 +82,7 @@ void Control::HideWindow() {
 }
 
 HRESULT Control::InPlaceDeactivate() {
-    const Keeper keeper(*this);
+    const SelfReference self(*this);
     UIDeactivate();
     if (isInPlaceActive) HideWindow();
     if (!isInPlaceActive) return S_OK;
@@ -140,7 +140,7 @@ HRESULT Control::TranslateAccelerator(LPMSG message) {
 }
 
 void Control::FocusMoved(bool isInside) {
-    const Keeper keeper(*this);
+    const SelfReference self(*this);
     if (isInside && isInPlaceActive) ActivateUI();
     if (const auto controlSite = site.ControlSite()) controlSite->OnFocus(isInside);
     if (isInside || !isUIActive) return;

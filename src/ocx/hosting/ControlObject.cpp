@@ -37,7 +37,7 @@ HRESULT Control::Close(DWORD saveOption) {
 }
 
 HRESULT Control::DoVerb(LONG verb, LPMSG, IOleClientSite*, LONG, HWND, LPCRECT wanted) {
-    const Keeper keeper(*this);
+    const SelfReference self(*this);
     if (wanted && !isInPlaceActive && !IsRectEmpty(wanted)) place = *wanted;
     switch (verb) {
     case OLEIVERB_SHOW:

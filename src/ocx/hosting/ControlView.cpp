@@ -1,6 +1,6 @@
 // The control as a picture: IViewObject2.
-#include "controls/win32/GdiSurface.h"
 #include "com/Fault.h"
+#include "controls/win32/GdiSurface.h"
 #include "ocx/hosting/Control.h"
 #include "ocx/hosting/Pictures.h"
 
@@ -75,7 +75,7 @@ HRESULT Control::GetAdvise(DWORD* aspects, DWORD* flags, IAdviseSink** sink) {
 }
 
 void Control::ViewChanged() {
-    const Keeper keeper(*this);
+    const SelfReference self(*this);
     if (const ComPtr<IDataAdviseHolder> holder = dataHolder) holder->SendOnDataChange(this, 0, 0);
     const ComPtr<IAdviseSink> sink = viewSink;
     if (!sink || !(viewAspects & DVASPECT_CONTENT)) return;

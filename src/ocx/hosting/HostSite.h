@@ -1,8 +1,8 @@
 // The place in a host where a control stands: the interfaces of its site, and what it says about itself.
 #pragma once
 
-#include "controls/Ambient.h"
 #include "com/ComPtr.h"
+#include "controls/Ambient.h"
 
 #include <ocidl.h>
 

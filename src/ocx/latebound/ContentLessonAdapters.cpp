@@ -22,7 +22,7 @@ void HostMap::ReadLayout(const MapTree& nodes, MapTree::NodeRef mapRoot) {
 }
 
 std::shared_ptr<Storyboard> HostStoryboards::Item(const Text& sbid) const {
-    const auto found = ObjectFrom(Look(L"Item", Variant(TextView(sbid))));
+    const auto found = ObjectFrom(TryGetItem(L"Item", Variant(TextView(sbid))));
     return found ? std::make_shared<HostStoryboard>(found.Get()) : nullptr;
 }
 

@@ -66,9 +66,11 @@ class HostMaps : public StoryboardMaps, public HostObject {
 public:
     HostMaps(IDispatch* maps, LessonSupport support) : HostObject(maps), support(std::move(support)) {}
     int32_t Count() const override { return NumberFrom(Call(L"Count")); }
-    std::shared_ptr<StoryboardMap> Item(int32_t index) const override { return MapFrom(Look(L"Item", Variant(index))); }
+    std::shared_ptr<StoryboardMap> Item(int32_t index) const override {
+        return MapFrom(TryGetItem(L"Item", Variant(index)));
+    }
     std::shared_ptr<StoryboardMap> Item(const Text& name) const override {
-        return MapFrom(Look(L"Item", Variant(TextView(name))));
+        return MapFrom(TryGetItem(L"Item", Variant(TextView(name))));
     }
     void Add(const std::shared_ptr<StoryboardMap>& map) override;
     std::shared_ptr<StoryboardMap> DefaultMap() const override { return MapFrom(Call(L"DefaultMap")); }

@@ -132,7 +132,7 @@ Variant HostObject::Get(const wchar_t* property) const {
     return result;
 }
 
-Variant HostObject::Look(const wchar_t* member, const Variant& index) const {
+Variant HostObject::TryGetItem(const wchar_t* member, const Variant& index) const {
     Variant result;
     Text description;
     const HRESULT code = Invoke(Find(member), DISPATCH_METHOD | DISPATCH_PROPERTYGET, {index}, result, description);

@@ -27,7 +27,7 @@ public:
     // A property that is no method, not even to engines that cannot tell: an element of a script's array.
     Variant Get(const wchar_t* property) const;
     // As Call, but nothing when the object says that it has no such element.
-    Variant Look(const wchar_t* member, const Variant& index) const;
+    Variant TryGetItem(const wchar_t* member, const Variant& index) const;
     void Put(const wchar_t* member, const Variant& value) const;
     void PutObject(const wchar_t* member, IDispatch* value) const;
     // What For Each would give. An object that cannot enumerate is asked for its Count and its Item, from 0.

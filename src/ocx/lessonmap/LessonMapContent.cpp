@@ -3,9 +3,9 @@
 #include "ContentObjects.h"
 
 #include "base/Error.h"
+#include "com/Library.h"
 #include "lessonmap/NodeMapTree.h"
 #include "ocx/lessonmap/LessonMapTree.h"
-#include "com/Library.h"
 
 namespace dax {
 

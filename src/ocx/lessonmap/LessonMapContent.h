@@ -1,8 +1,8 @@
 // Lessons and maps that the core has made, as objects of the content object library, for the host to keep.
 #pragma once
 
-#include "content/Lesson.h"
 #include "com/ComPtr.h"
+#include "content/Lesson.h"
 
 namespace dax {
 

@@ -3,11 +3,11 @@
 #include "base/Error.h"
 #include "lessonmap/win32/LessonMapEditorWindow.h"
 #include "ocx/controls/ControlClasses.h"
+#include "ocx/hosting/Control.h"
 #include "ocx/lessonmap/LessonMapContent.h"
 #include "ocx/lessonmap/LessonMapPictures.h"
 #include "ocx/lessonmap/LessonMapStoryboards.h"
 #include "ocx/lessonmap/LessonMapTree.h"
-#include "ocx/hosting/Control.h"
 
 namespace dax {
 
@@ -30,20 +30,20 @@ class LessonMapEditorControl final : public ControlOf<_LessonMapEditor, LessonMa
 public:
     explicit LessonMapEditorControl(const ClassEntry& entry) : ControlOf(entry) {
         selectionListener = editor->AfterSelectionChange.Add([this](const StoryboardRef& storyboard) {
-            const Keeper keeper(*this);
+            const SelfReference self(*this);
             ViewChanged();
             Fire(afterSelectionChange, {Variant(HostObjectOf(storyboard))});
         });
         checkListener = editor->ItemChecked.Add([this] { Tell(itemChecked); });
         mapListener = editor->MapChanged.Add([this](dax::MapChangeTypes change) {
-            const Keeper keeper(*this);
+            const SelfReference self(*this);
             ViewChanged();
             Fire(mapChanged, {Variant(int32_t{change})});
         });
         deleteListener = editor->DeleteRequest.Add([this] { Tell(deleteRequest); });
         menuListener = editor->ContextMenuRequest.Add([this] { Tell(contextMenuRequest); });
         errorListener = editor->Error.Add([this](int32_t number, const Text& description, const Text& module) {
-            const Keeper keeper(*this);
+            const SelfReference self(*this);
             ViewChanged();
             Fire(error, {Variant(number), Variant(TextView(description)), Variant(TextView(module))});
         });
@@ -199,7 +199,7 @@ private:
         ComPtr<IDispatch> ImageList() const override { return control ? control->imageList : ComPtr<IDispatch>(); }
         void SetImageList(IDispatch* list) override {
             if (!control) return;
-            const Keeper keeper(*control);
+            const SelfReference self(*control);
             control->UsePictures(Variant(list), Variant());
         }
         LessonMapEditorControl* control;
@@ -215,7 +215,7 @@ private:
     }
 
     void Tell(DISPID event) {
-        const Keeper keeper(*this);
+        const SelfReference self(*this);
         Fire(event, {});
     }
 

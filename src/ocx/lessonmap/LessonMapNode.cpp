@@ -29,7 +29,7 @@ NodeObject::~NodeObject() {
     if (node) owner->Forget(node);
 }
 
-Node& NodeObject::Mine() const {
+Node& NodeObject::RequireNode() const {
     if (!node) RefuseGone();
     return *node;
 }
@@ -39,69 +39,69 @@ Node& NodeObject::NodeBehind(IUnknown* object, const TreeObjects& wanted) {
     if (!own) throw Error(ErrorNumbers::TypeMismatch, u"The object is no node of this tree.");
     const NodeObject& found = own->Object();
     if (found.owner.get() != &wanted) throw Error(ErrorNumbers::TypeMismatch, u"The node is one of another tree.");
-    return found.Mine();
+    return found.RequireNode();
 }
 
 HRESULT NodeObject::get_Text(BSTR* value) {
-    return Answer(value, [this] { return Mine().Caption(); });
+    return Answer(value, [this] { return RequireNode().Caption(); });
 }
 
 HRESULT NodeObject::put_Text(BSTR value) {
-    return Run([&] { Mine().SetCaption(FromBstr(value)); });
+    return Run([&] { RequireNode().SetCaption(FromBstr(value)); });
 }
 
 HRESULT NodeObject::get_Key(BSTR* value) {
-    return Answer(value, [this] { return Mine().Key(); });
+    return Answer(value, [this] { return RequireNode().Key(); });
 }
 
 HRESULT NodeObject::put_Key(BSTR value) {
-    return Run([&] { Mine().SetKey(FromBstr(value)); });
+    return Run([&] { RequireNode().SetKey(FromBstr(value)); });
 }
 
 HRESULT NodeObject::get_Tag(BSTR* value) {
-    return Answer(value, [this] { return Mine().Tag(); });
+    return Answer(value, [this] { return RequireNode().Tag(); });
 }
 
 HRESULT NodeObject::put_Tag(BSTR value) {
-    return Run([&] { Mine().SetTag(FromBstr(value)); });
+    return Run([&] { RequireNode().SetTag(FromBstr(value)); });
 }
 
 HRESULT NodeObject::get_Image(VARIANT* value) {
     if (!value) return E_POINTER;
     VariantInit(value);
     return Run([&] {
-        value->lVal = Mine().Image();
+        value->lVal = RequireNode().Image();
         value->vt = VT_I4;
     });
 }
 
 HRESULT NodeObject::put_Image(VARIANT value) {
-    return Run([&] { Mine().SetImage(owner->PictureOf(value)); });
+    return Run([&] { RequireNode().SetImage(owner->PictureOf(value)); });
 }
 
 HRESULT NodeObject::get_Expanded(VARIANT_BOOL* value) {
-    return Answer(value, [this] { return Mine().IsExpanded(); });
+    return Answer(value, [this] { return RequireNode().IsExpanded(); });
 }
 
 HRESULT NodeObject::put_Expanded(VARIANT_BOOL value) {
-    return Run([&] { Mine().SetExpanded(value != VARIANT_FALSE); });
+    return Run([&] { RequireNode().SetExpanded(value != VARIANT_FALSE); });
 }
 
 HRESULT NodeObject::get_Checked(VARIANT_BOOL* value) {
-    return Answer(value, [this] { return Mine().IsChecked(); });
+    return Answer(value, [this] { return RequireNode().IsChecked(); });
 }
 
 HRESULT NodeObject::put_Checked(VARIANT_BOOL value) {
-    return Run([&] { Mine().SetChecked(value != VARIANT_FALSE); });
+    return Run([&] { RequireNode().SetChecked(value != VARIANT_FALSE); });
 }
 
 HRESULT NodeObject::get_Selected(VARIANT_BOOL* value) {
-    return Answer(value, [this] { return Mine().IsSelected(); });
+    return Answer(value, [this] { return RequireNode().IsSelected(); });
 }
 
 HRESULT NodeObject::put_Selected(VARIANT_BOOL value) {
     return Run([&] {
-        Node& mine = Mine();
+        Node& mine = RequireNode();
         const bool isWanted = value != VARIANT_FALSE;
         if (isWanted != mine.IsSelected()) owner->Tree().Select(isWanted ? &mine : nullptr);
     });
@@ -118,7 +118,7 @@ HRESULT NodeObject::get_Child(_Node** value) {
 HRESULT NodeObject::get_Children(LONG* value) {
     return Answer(value, [this] {
         int32_t count = 0;
-        for (const Node* child = Mine().FirstChild(); child; child = child->Next()) ++count;
+        for (const Node* child = RequireNode().FirstChild(); child; child = child->Next()) ++count;
         return count;
     });
 }
@@ -146,17 +146,17 @@ HRESULT NodeObject::get_Root(_Node** value) {
 }
 
 HRESULT NodeObject::EnsureVisible(VARIANT_BOOL* isChanged) {
-    return Answer(isChanged, [this] { return owner->EnsureVisible(Mine()); });
+    return Answer(isChanged, [this] { return owner->EnsureVisible(RequireNode()); });
 }
 
 HRESULT NodeObject::get_Index(LONG* value) {
-    return Answer(value, [this] { return owner->PlaceOf(Mine()); });
+    return Answer(value, [this] { return owner->PlaceOf(RequireNode()); });
 }
 
 HRESULT NodeObject::get_FullPath(BSTR* value) {
     return Answer(value, [this] {
         std::vector<Text> captions;
-        for (const Node* each = &Mine(); each; each = each->Parent()) captions.push_back(each->Caption());
+        for (const Node* each = &RequireNode(); each; each = each->Parent()) captions.push_back(each->Caption());
         Text path = captions.back();
         for (auto caption = captions.rbegin() + 1; caption != captions.rend(); ++caption) {
             path += u'\\';

@@ -1,8 +1,8 @@
 // One node of a tree as an automation object.
 #pragma once
 
-#include "ocx/lessonmap/LessonMapTree.h"
 #include "com/Object.h"
+#include "ocx/lessonmap/LessonMapTree.h"
 
 namespace dax {
 
@@ -54,11 +54,11 @@ public:
 
 private:
     ~NodeObject() override;
-    Node& Mine() const; // throws Error when the node is gone
+    Node& RequireNode() const; // throws Error when the node is gone
     // A relation that answers a node, or null.
     template <typename Relation>
     HRESULT Related(_Node** value, Relation relation) {
-        return Answer(value, [&] { return owner->ObjectOf(relation(Mine())); });
+        return Answer(value, [&] { return owner->ObjectOf(relation(RequireNode())); });
     }
 
     const std::shared_ptr<TreeObjects> owner;

@@ -178,14 +178,14 @@ void TreeItems::Note(const Node& node, Aspect aspect) {
 bool TreeItems::ShowChanges() {
     bool areOtherRows = false;
     for (const Change& each : changed) {
-        if (each.aspects & Look) ShowLook(*each.node);
+        if (each.aspects & Appearance) ShowAppearance(*each.node);
         if (each.aspects & Expansion) areOtherRows |= ShowExpansion(*each.node);
     }
     changed.clear();
     return areOtherRows;
 }
 
-void TreeItems::ShowLook(const Node& node) {
+void TreeItems::ShowAppearance(const Node& node) {
     TVITEMW item{};
     item.mask = TVIF_HANDLE | TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
     item.hItem = ItemOf(node);
@@ -270,7 +270,7 @@ void TreeItems::UpdateEnded() {
     if (IsSettled()) knowsRows = false;
 }
 
-bool TreeItems::GoesStale(Node* moved) {
+bool TreeItems::SwitchToRebuild(Node* moved) {
     if (isStale || ++itemChanges <= MostItemChanges(tree.Count())) return isStale;
     isStale = true;
     changed.clear();
@@ -283,7 +283,7 @@ bool TreeItems::GoesStale(Node* moved) {
 
 void TreeItems::NodeAdded(Node& node) {
     TurnDrawingOff(&node);
-    if (GoesStale()) return;
+    if (SwitchToRebuild()) return;
     const Mirroring guard(*this);
     InsertItem(node, node.Previous() ? ItemOf(*node.Previous()) : TVI_FIRST);
     if (node.Parent() && !node.Previous() && !node.Next()) Note(*node.Parent(), Expansion);
@@ -327,7 +327,7 @@ void TreeItems::NodeRemoving(Node& node) {
     TurnDrawingOff();
     rowsBefore.NodesGone();
     std::erase_if(changed, [&](const Change& each) { return modTVW::IsInBranch(each.node, &node); });
-    GoesStale();
+    SwitchToRebuild();
     const Mirroring guard(*this);
     if (node.windowItem) RemoveItem(node);
 }
@@ -345,13 +345,13 @@ void TreeItems::AllRemoving() {
 void TreeItems::NodeMoved(Node& node) {
     TurnDrawingOff();
     rowsBefore.NodeMoved(node);
-    const bool goesStale = GoesStale(&node);
+    const bool isRebuilding = SwitchToRebuild(&node);
     const Mirroring guard(*this);
     if (node.windowItem) {
         RemoveItem(node);
         ForgetItems(&node);
     }
-    if (goesStale) return;
+    if (isRebuilding) return;
     InsertItem(node, node.Previous() ? ItemOf(*node.Previous()) : TVI_FIRST);
     InsertBranch(&node);
     if (node.Parent() && !node.Previous() && !node.Next()) Note(*node.Parent(), Expansion);
@@ -361,7 +361,7 @@ void TreeItems::NodeChanged(Node& node, NodeAspect aspect) {
     if (aspect == NodeAspect::Key || aspect == NodeAspect::Tag) return;
     const bool isAlone = !isUpdating;
     if (isAlone) UpdateStarted();
-    Note(node, aspect == NodeAspect::Expanded ? Expansion : Look);
+    Note(node, aspect == NodeAspect::Expanded ? Expansion : Appearance);
     if (isAlone) UpdateEnded();
 }
 

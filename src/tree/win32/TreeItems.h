@@ -54,7 +54,7 @@ public:
 
 private:
     class Mirroring;
-    enum Aspect : unsigned { Look = 1, Expansion = 2 };
+    enum Aspect : unsigned { Appearance = 1, Expansion = 2 };
     struct Change {
         const Node* node;
         unsigned aspects;
@@ -80,9 +80,9 @@ private:
     void TurnDrawingOff(const Node* added = nullptr);
     void SettleLater();
     void Note(const Node& node, Aspect aspect);
-    bool GoesStale(Node* moved = nullptr); // one more item came, went or moved; true when none need be any more
-    bool ShowChanges();                    // true when rows came or went
-    void ShowLook(const Node& node);
+    bool SwitchToRebuild(Node* moved = nullptr); // one more item came, went or moved; true when none need be any more
+    bool ShowChanges();                          // true when rows came or went
+    void ShowAppearance(const Node& node);
     bool ShowExpansion(const Node& node);
     bool IsOpen(const Node& node) const;
     void ShowSelection();

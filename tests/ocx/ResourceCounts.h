@@ -1,4 +1,4 @@
-// What this process holds of the system, to see that many lives of a control take nothing with them.
+// What this process holds of the system, to see that creating and releasing controls leaks nothing.
 #pragma once
 
 #include "windows/WindowCounts.h"
@@ -9,7 +9,7 @@
 
 namespace dax::test {
 
-struct Holdings {
+struct ResourceCounts {
     int windows = WindowCount();
     int objects = GdiObjectCount();
     int handles = HandleCount();

@@ -14,21 +14,21 @@
 
 namespace dax::test {
 
-class Hand {
+class UserInput {
 public:
     // `topLevel` is brought to the foreground. Points are screen coordinates.
-    explicit Hand(HWND topLevel) : host(topLevel) {
+    explicit UserInput(HWND topLevel) : host(topLevel) {
         SetForegroundWindow(host);
         ProcessPendingMessages();
         heard = 0;
         hook = SetWindowsHookExW(WH_GETMESSAGE, Listen, nullptr, GetCurrentThreadId());
     }
-    ~Hand() { UnhookWindowsHookEx(hook); }
-    Hand(const Hand&) = delete;
-    Hand& operator=(const Hand&) = delete;
+    ~UserInput() { UnhookWindowsHookEx(hook); }
+    UserInput(const UserInput&) = delete;
+    UserInput& operator=(const UserInput&) = delete;
 
     // Plays the script and answers when it and all that it caused is done.
-    void Do(const std::function<void(Hand&)>& script) {
+    void Do(const std::function<void(UserInput&)>& script) {
         std::atomic<bool> isDone = false;
         const DWORD caller = GetCurrentThreadId();
         std::thread player([&] {
@@ -45,7 +45,7 @@ public:
         EXPECT_EQ(lost.exchange(0), 0) << "input that never came";
     }
 
-    // The same without a hand on anything: pumps until the condition holds.
+    // The same without any input: pumps until the condition holds.
     static bool Await(const std::function<bool()>& condition) {
         const ULONGLONG end = GetTickCount64() + Patience;
         while (!condition()) {
