@@ -101,18 +101,6 @@ TEST_F(PanelWindowTest, TitleAndClassificationAreNeverCut) {
         }
 }
 
-TEST_F(PanelWindowTest, TextsOfEveryKindAreDrawn) {
-    for (const Text& title : {Text(5'000, u'w'), Text(u"\u05E9\u05DC\u05D5\u05DD A\nB\tC & D \U0001F600 smile")})
-        for (const int width : {1, 30, 240}) {
-            editor.editor->UpdateLesson(u"a", title, u"", ltLesson);
-            editor.editor->SetCurrentLessonID(u"a");
-            LessonInfoWindow panel;
-            panel.InitProperties();
-            panel.Info()->UpdateFrom(editor.editor.get());
-            EXPECT_GE(Drawing(panel, width, 150).bands.size(), width > 1 ? 1u : 0u) << width;
-        }
-}
-
 TEST_F(PanelWindowTest, LocksStandInUpToFourLines) {
     const auto lock = [](const Text& user, int type) {
         return u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
@@ -147,28 +135,6 @@ TEST_F(PanelWindowTest, LocksStandInUpToFourLines) {
         EXPECT_EQ(lines(editor.editor.get()), 4u);
         EXPECT_EQ(panel.Info()->LockCount(), 5);
     }
-}
-
-TEST_F(PanelWindowTest, TheSampleOfDesignModeFits) {
-    LessonInfoWindow lesson;
-    LockInfoWindow locks;
-    int statements = 0;
-    SetStatementObserver([&](TextView) { ++statements; });
-    for (const bool isDesign : {true, false})
-        for (WindowBase* panel : {static_cast<WindowBase*>(&lesson), static_cast<WindowBase*>(&locks)}) {
-            const SIZE size = panel->PreferredSize(96);
-            panel->SetAmbient(At(96, !isDesign));
-            panel->InitProperties();
-            const Drawing first(*panel, size.cx, size.cy);
-            EXPECT_EQ(first.bands.size() >= 4, isDesign);
-            EXPECT_TRUE(first.bands.empty() || first.bands.back().bottom < size.cy);
-            statements = 0;
-            GroupEditor* const source = editor.editor.get();
-            panel == &lesson ? lesson.Info()->UpdateFrom(source) : locks.Info()->UpdateFrom(source);
-            EXPECT_TRUE(!isDesign || Drawing(*panel, size.cx, size.cy).bands == first.bands);
-            EXPECT_EQ(statements > 0, !isDesign && panel == &locks);
-        }
-    SetStatementObserver({});
 }
 
 } // namespace dax::test

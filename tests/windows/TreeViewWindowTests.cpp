@@ -215,28 +215,6 @@ TEST(TreeViewWindow, ShowsCaptionsOfAnyLength) {
     EXPECT_MIRROR(host.Window(), host.tree, false);
 }
 
-TEST(TreeViewWindow, SpaceMeansTheTopVisibleRowWhicheverIsSelected) {
-    TreeHost host(true);
-    const int count = 100;
-    for (int n = 0; n < count; ++n) {
-        host.tree.Add(nullptr, Place::LastChild, ToText(n), ToText(n));
-        host.tree.Add(host.tree.Last(), Place::LastChild, ToText(n + count), ToText(n + count));
-    }
-    SetFocus(host.Window());
-    UserInput input(host.window);
-    host.tree.Select(host.tree.Last());
-    const HTREEITEM top = NextItem(host.Window(), TVGN_FIRSTVISIBLE);
-    ASSERT_NE(top, ItemOf(host.tree.First()));
-    for (const int expected : {2, 0}) {
-        input.Do([](UserInput& user) { user.Type(VK_SPACE); });
-        EXPECT_EQ(modTreeviewAPI::CountChecked(host.tree), expected);
-        EXPECT_MIRROR(host.Window(), host.tree, true);
-    }
-    input.Do([](UserInput& user) { user.Type(VK_SPACE); });
-    for (const Node* node = host.tree.First(); node; node = node->Next())
-        EXPECT_EQ(node->IsChecked(), ItemOf(node) == top);
-}
-
 TEST(TreeViewWindow, BoxesComeAndGoAndTheWindowMayGoBeforeItsModel) {
     ExpectNothingLeft(8, [](int) {
         TreeHost host;

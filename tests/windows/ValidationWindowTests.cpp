@@ -45,44 +45,6 @@ void SendKey(ControlWindow& control, HWND window, WPARAM key) {
 
 } // namespace
 
-TEST(DatabaseValidatorWindow, PaintsItsPanelAtEveryDpi) {
-    for (const int dpi : {96, 144, 192}) {
-        SCOPED_TRACE(dpi);
-        DatabaseValidatorWindow window;
-        window.SetAmbient(At(dpi));
-        window.InitProperties();
-        const SIZE size = window.PreferredSize(dpi);
-        const MemoryBitmap bitmap(size.cx, size.cy);
-        const Rect picture = StatusPanelMetrics::ForDpi(dpi).PicturePlace();
-        const Rect texts{picture.right, 0, size.cx, size.cy};
-        window.Draw(bitmap.Context(), {0, 0, size.cx, size.cy});
-        EXPECT_EQ(Inked(bitmap, {0, 0, size.cx, size.cy}), 0) << "an empty panel is blank";
-
-        EXPECT_FALSE(window.Validator()->ValidateDataConnection(u"", u"Z:\\no\\such.db", true));
-        window.Draw(bitmap.Context(), {0, 0, size.cx, size.cy});
-        EXPECT_GT(Inked(bitmap, picture), picture.Width() * picture.Height() / 3);
-        EXPECT_EQ(Inked(bitmap, {0, picture.bottom, picture.right, size.cy}), 0) << "nothing below the picture";
-        EXPECT_EQ(Inked(bitmap, {picture.right, 0, picture.right + Rect{0, 0, 8 * dpi / 96, 0}.right, size.cy}), 0);
-        EXPECT_GT(Inked(bitmap, texts), 100 * dpi / 96);
-    }
-}
-
-TEST(DatabaseValidatorWindow, EachPictureIsAnotherAndSmooth) {
-    StatusPictures pictures;
-    std::set<std::vector<uint32_t>> different;
-    for (const StatusPicture picture :
-         {StatusPicture::Information, StatusPicture::Exclamation, StatusPicture::Critical, StatusPicture::Busy}) {
-        const MemoryBitmap bitmap(32, 32);
-        FillWith(bitmap.Context(), {0, 0, 32, 32}, 0xFFFFFF);
-        pictures.Draw(bitmap.Context(), picture, {0, 0, 32, 32}, 0xFFFFFF);
-        const uint32_t* pixels = bitmap.Pixels();
-        std::vector<uint32_t> all(pixels, pixels + 32 * 32);
-        EXPECT_GT(std::set<uint32_t>(all.begin(), all.end()).size(), 12u) << "edges have shades between";
-        different.insert(std::move(all));
-    }
-    EXPECT_EQ(different.size(), 4u);
-}
-
 TEST(DatabaseValidatorWindow, ATooLongTitleStaysOnOneLineAndAPathWithoutRoomIsHarmless) {
     const HFONT font = CreateFontFor(u"Tahoma", 8.25, 96, false, false);
     int height = 0;
@@ -107,28 +69,6 @@ TEST(DatabaseValidatorWindow, ATooLongTitleStaysOnOneLineAndAPathWithoutRoomIsHa
     EXPECT_EQ(picture(150, start + u"abc", 0x44800), picture(150, start + u"xyz", 0x44800));
     EXPECT_NE(picture(150, start, 0x44800), picture(150, u"another " + start, 0x44800));
     DeleteObject(font);
-}
-
-TEST(DatabaseValidatorWindow, DesignModeShowsASampleUnderTheNameAndValidatesNothing) {
-    const HostWindow host;
-    DatabaseValidatorWindow window;
-    window.SetAmbient(At(96, false));
-    window.InitProperties();
-    window.Create(host.handle, {0, 0, 400, 200});
-    EXPECT_EQ(window.Validator()->Display().statusTitle, u"Control1");
-    EXPECT_TRUE(WindowText(window.Handle()).starts_with(u"Control1\nthis control is in design mode."));
-    Ambient renamed = At(96, false);
-    renamed.displayName = u"Renamed";
-    window.SetAmbient(renamed);
-    EXPECT_TRUE(WindowText(window.Handle()).starts_with(u"Renamed\n"));
-    EXPECT_FALSE(window.Validator()->ValidateDataConnection(u"x", u"y", true));
-    EXPECT_EQ(window.Validator()->CatalogName(), u"");
-    // At run time an ambient change leaves the outcome.
-    window.SetAmbient(At(96));
-    EXPECT_EQ(WindowText(window.Handle()), u"");
-    window.Validator()->ValidateDataConnection(u"", u"", true);
-    window.SetAmbient(At(144));
-    EXPECT_TRUE(WindowText(window.Handle()).starts_with(u"no file selected\nYou must select"));
 }
 
 TEST(DatabaseValidatorWindow, TheWindowMayGoWhileItValidates) {
