@@ -90,7 +90,7 @@ void CountLocks(benchmark::State& state) {
     Shown shown(state);
     bool isSelected = false;
     for (auto _ : state) {
-        shown.list->SetSelected(0, isSelected = !isSelected); // a click: all counts are taken anew
+        shown.list->SetSelected(0, isSelected = !isSelected); // a click: all counts are taken again
         const LockManager& manager = shown.manager;
         benchmark::DoNotOptimize(manager.LockCount() + manager.DeletableLockCount() + manager.SelectedLockCount() +
                                  manager.SelectedDeletableLockCount() + manager.InvalidLockCount() +

@@ -84,7 +84,7 @@ public:
     bool Execute(const char* statement) {
         return sqlite3_exec(file, statement, nullptr, nullptr, nullptr) == SQLITE_OK;
     }
-    // `row` is called with the statement for each row; answers the number of rows.
+    // `row` is called with the statement for each row; returns the number of rows.
     template <typename Row>
     int64_t Read(const char* query, Row row) {
         sqlite3_stmt* statement = nullptr;

@@ -37,7 +37,7 @@ public:
 
     size_t CountDeletable(const Text& user, bool isAdministrator) const;
     // Deletes what may be deleted, in one transaction, and notes each lock's fate. Throws Error; then nothing was
-    // deleted. Answers the reason when the locks were deleted but could not be read again.
+    // deleted. Returns the reason when the locks were deleted but could not be read again.
     std::optional<Text> Delete(const Text& user, bool isAdministrator);
 
 private:

@@ -82,7 +82,7 @@ LessonPages::Fields FieldsOf(const Arguments& arguments) {
     return {given(arguments.Has(u"--add") ? u"--add" : u"--title"), given(u"--identifier"), given(u"--type")};
 }
 
-// Answers what is said before the map is shown.
+// Returns what is said before the map is shown.
 Text Change(LessonPages& pages, TextView action, const Arguments& arguments) {
     const Text name = arguments.Value(action);
     Text added;

@@ -102,7 +102,7 @@ bool Author::Settle() {
     if (!isAsIn(false)) Complain("neither the rows from before a save that failed nor those from after it");
     for (const auto& [id, title] : stored) CheckTitle(id, title);
     if (random() % 3 != 0) return SaveTree(); // with what is pending in the editor
-    pending.reset();                          // given up: the tree is loaded anew
+    pending.reset();                          // given up: the tree is loaded again
     return true;
 }
 

@@ -113,7 +113,7 @@ private:
         return static_cast<int32_t>(static_cast<uint32_t>(bits));
     }
 
-    // Digit by digit: a detour over a binary fraction would take a little more than a half for a half.
+    // Digit by digit: a conversion through a binary fraction would take a little more than a half for a half.
     std::optional<int32_t> Rounded() const {
         if (digits.empty() || magnitude < 0) return 0;
         if (magnitude > std::numeric_limits<int32_t>::digits10 + 1) return {};

@@ -8,7 +8,7 @@ namespace dax::PackedText {
 // Above U+00FF.
 bool NeedsTwoBytes(TextView text);
 inline size_t BytesOf(size_t units, bool isWide) { return units * (isWide ? sizeof(char16_t) : 1); }
-// These answer where the text ends.
+// These return where the text ends.
 char* Pack(TextView text, bool isWide, char* to);
 const char* Append(Text& text, const char* from, size_t units, bool isWide);
 Text Unpack(const char*& from, size_t units, bool isWide); // and moves `from` there

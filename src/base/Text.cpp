@@ -36,7 +36,7 @@ Lead LeadOf(unsigned char byte) {
     return {0, 0, 0, 0};
 }
 
-// Both write where there is room and answer how many units that took.
+// Both write where there is room and return how many units that took.
 size_t Put(char16_t* text, char32_t point) {
     if (point < 0x10000) {
         text[0] = static_cast<char16_t>(point);
@@ -121,7 +121,7 @@ void FromUtf8(std::string_view utf8, Text& text) {
             if (next < (taken == 0 ? lead.low : 0x80) || next > (taken == 0 ? lead.high : 0xBF)) break;
             point = (point << 6) | (next & 0x3F);
         }
-        // What was taken of a broken sequence is one replacement; the byte that broke it starts afresh.
+        // What was taken of a broken sequence is one replacement; the byte that broke it starts again.
         const bool isBroken = lead.following == 0 || taken < lead.following;
         size += Put(text.data() + size, isBroken ? char32_t{Replacement} : point);
     }

@@ -14,7 +14,7 @@ struct ClassEntry {
     const IID* events; // null: the class raises none
     const wchar_t* name;
     const wchar_t* description;
-    IUnknown* (*create)(const ClassEntry& entry); // answers one reference; may throw
+    IUnknown* (*create)(const ClassEntry& entry); // returns one reference; may throw
     int toolboxBitmap;                            // number of a resource; 0: no visible control
 };
 

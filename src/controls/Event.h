@@ -16,7 +16,7 @@ class Event {
 public:
     using Listener = std::function<void(Arguments...)>;
 
-    // Answers a number for Remove.
+    // Returns a number for Remove.
     size_t Add(Listener listener) {
         listeners->push_back({++lastNumber, std::make_shared<Listener>(std::move(listener))});
         return lastNumber;

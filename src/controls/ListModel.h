@@ -28,7 +28,7 @@ class ListModelListener {
 public:
     virtual ~ListModelListener() = default;
     virtual void ColumnsChanged() = 0;
-    virtual void ItemsChanged() = 0; // rows came or went: read all of them anew when painting next
+    virtual void ItemsChanged() = 0; // rows came or went: read all of them again when painting next
     virtual void AutosizeColumns() = 0;
 };
 

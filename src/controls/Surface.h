@@ -41,7 +41,7 @@ public:
     // The control's font, regular or bold, in its own size (0) or in that many points.
     virtual void SetBold(bool isBold) = 0;
     virtual void SetFontSize(double points) = 0;
-    // Draws, or with CalcRect only measures and narrows or lengthens `rect`; answers the height.
+    // Draws, or with CalcRect only measures and narrows or lengthens `rect`; returns the height.
     virtual int DrawText(const Text& text, Rect& rect, uint32_t flags) = 0;
     virtual int TextWidth(const Text& text) = 0;
 };

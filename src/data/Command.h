@@ -19,7 +19,7 @@ public:
     // dates as texts in the form in which a program wrote them compares with that text, every other one with the date.
     void AppendStoredDate(Value value, Text stored);
     void ClearParameters() { parameters.clear(); }
-    // Answers the number of rows affected.
+    // Returns the number of rows affected.
     int64_t Execute(int options = adCmdText | adExecuteNoRecords);
 
 private:

@@ -32,7 +32,7 @@ public:
     // The rows of the tree were written and the pending identifiers cleared; what was done can still be undone.
     void Saved();
 
-    // While one lives, all changes of the tree belong to one edit. The editor must outlive it.
+    // While one exists, all changes of the tree belong to one edit. The editor must outlive it.
     class Edit {
     public:
         explicit Edit(EditHistory& history) : history(history) { history.Begin(); }

@@ -41,7 +41,7 @@ public:
     void CollapseAll(); // but for the root
 
     bool Clear(); // false always, deliberately; it is no failure
-    // Both answer false after having raised Error.
+    // Both return false after having raised Error.
     bool LoadDatabase();
     bool SaveDatabase();
 
@@ -67,7 +67,7 @@ public:
     LessonTypes GetLessonType(const Text& lessonID) const;
     int32_t GetChildLessonCount(const Text& lessonID) const; // descendants at every depth; 0 for the database
     IDCollection GetChildLessonIDCollection(const Text& lessonID) const;
-    // Selects the next entry in whose title, identifier or lessonID the text occurs, whatever its case, and answers its
+    // Selects the next entry in whose title, identifier or lessonID the text occurs, whatever its case, and returns its
     // lessonID; empty when there is none. The search begins behind the selected entry, goes down the tree whether
     // expanded or not, and, when it wraps around, ends before that entry. The database itself is never found. As in the
     // lesson map, all three fields are looked at, whatever `findType` says.

@@ -26,7 +26,7 @@ Node& AddNode(NodeTree& tree, const Text& sbid) {
     return tree.Add(tree.First(), Place::FirstChild, sbid);
 }
 
-// Takes the node away, its branch with it or put in its place, and answers whose nodes are gone.
+// Takes the node away, its branch with it or put in its place, and returns whose nodes are gone.
 IDCollection RemoveNode(NodeTree& tree, Node& node, bool includeChildren) {
     const TreeUpdate update(tree);
     IDCollection removed;

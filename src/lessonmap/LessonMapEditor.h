@@ -26,7 +26,7 @@ public:
 
     std::shared_ptr<NodeTree> tvwObject() const { return tree; }
     void SetWindow(TreeWindow* newWindow); // null for none, before it goes
-    // Which pictures there are; nodes get their numbers from it, anew when it changes.
+    // Which pictures there are; nodes get their numbers from it, again when it changes.
     const PictureKeys& ImageList() const { return *imageList; }
     void SetImageList(PictureKeys keys);
 

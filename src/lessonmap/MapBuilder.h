@@ -1,4 +1,4 @@
-// The steps of building a lesson map (see modLME::BuildMap), and what the tree keeps while it is built anew.
+// The steps of building a lesson map (see modLME::BuildMap), and what the tree keeps while it is rebuilt.
 #pragma once
 
 #include "base/IDCollection.h"

@@ -10,7 +10,7 @@
 
 namespace dax::modLME {
 
-// Builds the tree anew; expansion, checks and selection stay with the keys that are still there, and a map that was
+// Rebuilds the tree; expansion, checks and selection stay with the keys that are still there, and a map that was
 // not shown before is expanded. True when the lesson had to be repaired: it got its first map, or a map a name that
 // neither another map nor a storyboard has. When anything fails the tree is empty.
 bool BuildMap(NodeTree* tree, const PictureKeys& imageList, std::shared_ptr<Lesson> lesson,

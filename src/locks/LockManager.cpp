@@ -95,7 +95,7 @@ public:
           filling(manager.filling), counter(manager.filling.get()), startedAt(*counter) {}
 
     // False when it failed and the host ignored it. Throws Leave when the host wants the operation left, has
-    // released the manager, or has filled the list anew from inside the event.
+    // released the manager, or has refilled the list from inside the event.
     template <typename Statement>
     bool Do(Statement&& statement) {
         for (;;) {

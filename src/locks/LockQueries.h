@@ -11,7 +11,7 @@ Text BuildLockQuery(LockDisplayTypes displayType, const Text& username, const Te
                     bool isDescending);
 
 // All seven columns must match what was read, date and type in the form in which the row has them, so a lock that was
-// taken anew since survives. A lock that somebody else removed meanwhile is no error.
+// taken since survives. A lock that somebody else removed meanwhile is no error.
 void DeleteLockRecord(Connection& connection, const LockRecord& record);
 
 // The same condition as text, for logs and support; nothing executes it.

@@ -35,7 +35,7 @@ public:
     // Draws the first level that fits; level 3 when none does.
     void Paint(Surface& surface) const;
 
-    std::function<void()> Changed; // paint anew
+    std::function<void()> Changed; // repaint
 
 private:
     void Show(LessonInfoTexts newTexts);

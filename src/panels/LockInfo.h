@@ -42,7 +42,7 @@ public:
     const LockSummary& Summary() const { return summary; }
     void Paint(Surface& surface) const;
 
-    std::function<void()> Changed; // paint anew
+    std::function<void()> Changed; // repaint
     Event<int32_t, const Text&> Error;
 
 private:

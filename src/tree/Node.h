@@ -13,7 +13,7 @@ public:
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
 
-    // The texts are kept packed and made anew at each call: keep the Text, not a view of it.
+    // The texts are kept packed and unpacked at each call: keep the Text, not a view of it.
     Text Key() const { return texts.Get(NodeTexts::Key); }
     bool HasKey(TextView key) const { return texts.Is(NodeTexts::Key, key); } // without making a text
     // Throws Error when another node has the key. The empty key is no key: any number of nodes may have it.

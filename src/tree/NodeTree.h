@@ -81,7 +81,7 @@ private:
     bool isSelectedBeforeGone = false;
 };
 
-// While one lives, changes belong together: listeners hear of the beginning and the end, and a new selection is told
+// While one exists, changes belong together: listeners hear of the beginning and the end, and a new selection is told
 // once, at the end.
 class TreeUpdate {
 public:

@@ -13,7 +13,7 @@ namespace dax {
 
 // Every validation starts from a clean state, shows that it is busy (Changed, then ProcessMessages once), and shows
 // its outcome (Changed). None throws. In design mode, and from within the yield of ProcessMessages, a validation
-// does nothing and answers false. Whoever calls one holds a reference: the yield may release the control.
+// does nothing and returns false. Whoever calls one holds a reference: the yield may release the control.
 class DatabaseValidator {
 public:
     const Text& CommonConnectionString() const { return commonConnectionString; }

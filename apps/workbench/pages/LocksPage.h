@@ -33,7 +33,7 @@ protected:
 
 private:
     void Heard(const ControlEvent& event);
-    // Hands the fields to the control; its locks are read, and its columns made anew if wanted.
+    // Hands the fields to the control; its locks are read, and its columns rebuilt if wanted.
     void List(bool rebuild);
     void HandOver();
     void Delete();

@@ -80,7 +80,7 @@ void Frame::BuildMenu() {
     FillPageMenu();
 }
 
-// Made anew each time that it opens: the page knows what is possible.
+// Created again each time that it opens: the page knows what is possible.
 void Frame::FillPageMenu() const {
     std::vector<MenuEntry> entries;
     if (Current() && !context.busy && Current()->Problem().empty()) entries = Current()->Menu();

@@ -17,7 +17,7 @@ public:
     Style& operator=(const Style&) = delete;
     ~Style();
 
-    // Makes the fonts anew, in the system's message font.
+    // Creates the fonts again, in the system's message font.
     void SetDpi(int dotsPerInch);
     int Dpi() const { return dpi; }
 

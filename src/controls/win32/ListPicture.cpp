@@ -18,7 +18,7 @@ void DrawCell(HDC dc, const Text& text, RECT cell) {
               DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
 }
 
-// At the right end of a header; answers what is left for the caption.
+// At the right end of a header; returns what is left for the caption.
 RECT DrawSortArrow(HDC dc, RECT header, bool isDescending) {
     const int size = std::max<int>(3, (header.bottom - header.top) / 6);
     const int right = header.right - 2 * CellMargin, middle = (header.top + header.bottom) / 2;

@@ -19,7 +19,7 @@ public:
     WindowBase(const WindowBase&) = delete;
     WindowBase& operator=(const WindowBase&) = delete;
 
-    // Without a parent the window lives under a hidden one of its own. Null when the system refuses a window.
+    // Without a parent the window is a child of a hidden one of its own. Null when the system refuses a window.
     HWND Create(HWND parent, const RECT& place) override;
     HWND Handle() const override { return handle; }
     void SetAmbient(const Ambient& ambient) override;

@@ -24,7 +24,7 @@ public:
     CallThread& operator=(const CallThread&) = delete;
 
     // Runs the job there and throws what it throws. False when it had not ended by then, which gives the thread up, or
-    // when the thread was given up before or meanwhile. What the job captured is gone when this answers true.
+    // when the thread was given up before or meanwhile. What the job captured is gone when this returns true.
     bool Run(std::function<void()> job, Time end);
     // Without waiting; also on a thread that was given up.
     void Leave(std::function<void()> job);

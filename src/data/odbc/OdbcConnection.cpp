@@ -100,7 +100,7 @@ void OdbcConnection::Commit() {
 void OdbcConnection::Rollback() {
     if (!inTransaction) return;
     const SQLRETURN result = SQLEndTran(SQL_HANDLE_DBC, connection.Get(), SQL_ROLLBACK);
-    // Whatever went wrong: what was not committed is lost, and autocommit may go on only when nothing is pending.
+    // After any failure, what was not committed is lost, and autocommit may go on only when nothing is pending.
     inTransaction = false;
     CheckOdbc(result, SQL_HANDLE_DBC, connection.Get(), *dialect);
     EndTransaction();

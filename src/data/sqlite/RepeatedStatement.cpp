@@ -42,7 +42,7 @@ bool StatementShape::Read(TextView statement) {
         case u'[':
             at = statement.find(unit == u'[' ? u']' : unit, at + 1);
             if (at == TextView::npos) return false;
-            ++at; // a doubled mark opens the rest of the name anew
+            ++at; // a doubled mark opens the rest of the name again
             break;
         case u'-':
         case u'/':

@@ -1,4 +1,4 @@
-// The one door to SQLite: its header, and handles that free themselves.
+// The only file that includes the SQLite header, and handles that free themselves.
 #pragma once
 
 #include <memory>

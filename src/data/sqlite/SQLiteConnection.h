@@ -42,7 +42,7 @@ private:
     void Open(const ConnectionTarget& target);
     void Protect();
     void Apply(const FileSettings& settings);
-    // Runs a statement without rows that is nobody's but ours.
+    // Runs a statement without rows that is part of no caller's statement text.
     void Run(const char* statement);
     static int HasWorkedTooLong(void* connection);
 
@@ -51,7 +51,7 @@ private:
     SQLiteWait wait;
     SQLiteHandle file;
     bool inTransaction = false;
-    std::vector<SQLiteStatement*> statements; // all that are alive
+    std::vector<SQLiteStatement*> statements; // all that exist
     std::chrono::seconds longestWork;         // 0: no limit
     uint64_t works = 0, watchedWork = 0;
     WaitClock::time_point workBegan{};

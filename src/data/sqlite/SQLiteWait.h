@@ -30,7 +30,7 @@ private:
     std::atomic<bool> isCancelled = false;
 };
 
-// While one lives, what this thread waits for inside SQLite counts as one wait.
+// While one exists, what this thread waits for inside SQLite counts as one wait.
 class SQLiteWaiting {
 public:
     explicit SQLiteWaiting(SQLiteWait& wait);

@@ -8,7 +8,7 @@
 
 namespace dax {
 
-// Answers one reference; null for null. Changes through the object are changes of `properties`.
+// Returns one reference; null for null. Changes through the object are changes of `properties`.
 IDispatch* NewPropertyCollectionObject(std::shared_ptr<PropertyCollection> properties);
 
 } // namespace dax

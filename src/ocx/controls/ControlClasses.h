@@ -1,4 +1,4 @@
-// The makers of the library's classes: each answers a new object with one reference.
+// The makers of the library's classes: each returns a new object with one reference.
 #pragma once
 
 #include "com/Library.h"

@@ -129,7 +129,7 @@ public:
             if (way == Way::Unknown) FindWay();
             return Ask(key);
         } catch (const Error& error) {
-            BeginReading(); // another attempt starts afresh
+            BeginReading(); // another attempt starts again
             throw Error(HostsNumber(error.Number()), error.Description());
         }
     }

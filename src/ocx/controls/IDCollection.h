@@ -9,7 +9,7 @@
 
 namespace dax {
 
-// Answers one reference.
+// Returns one reference.
 _IDCollection* NewIDCollectionObject(IDCollection identifiers);
 
 // A host's collection, null for null; nothing is asked of it before the first key is. One of ours, live; a dictionary,

@@ -10,7 +10,7 @@
 
 namespace dax {
 
-// Answers one reference.
+// Returns one reference.
 _StoryboardCollection* NewStoryboardCollection(std::vector<std::shared_ptr<Storyboard>> storyboards);
 
 } // namespace dax

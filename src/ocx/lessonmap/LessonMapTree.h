@@ -34,7 +34,7 @@ public:
 
     NodeTree& Tree() const { return *tree; }
     TreeHost* Host() const { return host.get(); } // null: a tree without a control
-    _TreeView* NewView();                         // these three answer one reference
+    _TreeView* NewView();                         // these three return one reference
     _Nodes* NewNodes();
     _Node* ObjectOf(Node* node); // null for null
     ComPtr<IDispatch> Nodes(const MapTree& nodes) override;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int SafeDepth = 256; // of a branch that the system may delete
 
-// How many items may come, go and move one by one, or be changed, before filling the window anew is faster: measured
+// How many items may come, go and move one by one, or be changed, before refilling the window is faster: measured
 // with 400 to 100,000 rows. A changed item costs some systems a look at every row and the scroll bars' drawing.
 int MostItemChanges(int32_t count) { return 800 + count / 4; }
 size_t MostChanges(int32_t count) { return 8 + static_cast<size_t>(count) / 1000; }
@@ -341,7 +341,7 @@ void TreeItems::AllRemoving() {
     if (hasItems) RemoveAllItems();
 }
 
-// The system knows no move: the branch is taken out and put in anew.
+// The system knows no move: the branch is taken out and inserted again.
 void TreeItems::NodeMoved(Node& node) {
     TurnDrawingOff();
     rowsBefore.NodeMoved(node);

@@ -13,7 +13,7 @@ namespace dax {
 
 // Items come and go at once, with drawing off. Switching it on again costs the system a look at every row, and each
 // change of an item another, so those wait until the window is settled: before it paints or answers anything, or by a
-// message posted to it. However many changes there are until then, they cost no more than filling the window anew.
+// message posted to it. However many changes there are until then, they cost no more than refilling the window.
 class TreeItems : private TreeListener {
 public:
     static constexpr UINT SettleMessage = WM_APP + 0x3D2; // to the window, which is then told that it came
@@ -106,7 +106,7 @@ private:
     int mirroring = 0, holds = 0, itemChanges = 0;
     unsigned removals = 0;
     bool knowsRows = false, isUpdating = false, isOff = false, isParentOff = false;
-    bool isStale = false;  // the window is filled anew when it settles; nodes may have no items until then
+    bool isStale = false;  // the window is refilled when it settles; nodes may have no items until then
     bool hasItems = false; // any, stale ones included
     bool isPosted = false, isSystemBusy = false, followsSelection = true, mustShowSelected = false;
     bool hasCheckBoxes = false;
