@@ -14,7 +14,6 @@ namespace dax::test {
 namespace {
 
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::Not;
 
 std::string Bytes(const TempFolder& folder, const std::string& name) {
@@ -36,8 +35,9 @@ TEST(SampleTest, MakesTheCourseThatWasAskedFor) {
     const TempFolder folder;
     for (const Text lessons : {u"0", u"1", u"47", u"700"}) {
         const Text file = folder.File(u"Kurs 語 😀 O'N " + lessons + u".db");
-        const Outcome made = RunDax({u"sample", file, u"--lessons", lessons});
-        ASSERT_EQ(made.exitCode, 0) << made.errors;
+        ExpectSaid(file, {{"sample --lessons " + ToUtf8(lessons), 0, ""},
+                          {"validate", 0, "file '" + ToUtf8(file) + "' validated on "},
+                          {"validate", 0, "discussions: supported"}});
         EXPECT_EQ(Ask(file, u"SELECT Count(*) FROM velmoraLessons WHERE lessonType = 1"), lessons);
         // Every parent is there and is a group one level higher; no two siblings share a place.
         EXPECT_EQ(Ask(file, u"SELECT Count(*) FROM velmoraLessons c LEFT JOIN velmoraLessons p ON c.parentID = "
@@ -47,10 +47,6 @@ TEST(SampleTest, MakesTheCourseThatWasAskedFor) {
         EXPECT_EQ(Ask(file, u"SELECT Count(*) FROM (SELECT parentID FROM velmoraLessons GROUP BY parentID, "
                             u"sortPosition HAVING Count(*) > 1) AS twice"),
                   u"0");
-        const Outcome valid = RunDax({u"validate", file});
-        EXPECT_EQ(valid.exitCode, 0) << valid.output << valid.errors;
-        EXPECT_THAT(valid.output, HasSubstr("file '" + ToUtf8(file) + "' validated on "));
-        EXPECT_THAT(valid.output, HasSubstr("discussions: supported"));
     }
     const Text file = folder.File(u"Kurs 語 😀 O'N 700.db");
     EXPECT_EQ(Ask(file, u"SELECT Count(DISTINCT lockType) FROM velmoraUserLocks WHERE lockType IN (-2,1,2,3,4,5)"),
@@ -62,100 +58,45 @@ TEST(SampleTest, MakesTheCourseThatWasAskedFor) {
 TEST(SampleTest, ReplacesOnlyWhenForced) {
     const TempFolder folder;
     const Text file = folder.Write(u"diary.txt", "dear diary");
-    for (const Text command : {u"sample", u"create"}) {
-        const Outcome refused = RunDax({command, file});
-        EXPECT_EQ(refused.exitCode, 1);
-        EXPECT_THAT(refused.errors, HasSubstr("'" + ToUtf8(file) + "' exists already"));
+    for (const std::string command : {"sample", "create"}) {
+        ExpectSaid(file, {{command, 1, "'" + ToUtf8(file) + "' exists already"}});
         EXPECT_EQ(Bytes(folder, "diary.txt"), "dear diary");
     }
     folder.Write(u"diary.txt-journal", "left behind by a killed program");
-    EXPECT_EQ(RunDax({u"create", file, u"--force"}).exitCode, 0);
+    ExpectSaid(file, {{"create --force", 0, ""}});
     EXPECT_EQ(Ask(file, u"SELECT Count(*) FROM velmoraLessons"), u"0");
     EXPECT_EQ(Entries(folder), 1u);
-
-    const Outcome noFolder = RunDax({u"sample", folder.File(u"none/x.db")});
-    EXPECT_EQ(noFolder.exitCode, 3);
-    EXPECT_THAT(noFolder.errors, HasSubstr("x.db' cannot be written"));
-    EXPECT_EQ(RunDax({u"sample", folder.File(u""), u"--force"}).exitCode, 1);
+    ExpectSaid(folder.File(u"none/x.db"), {{"sample", 3, "x.db' cannot be written"}});
+    ExpectSaid(folder.File(u""), {{"sample --force", 1, ""}});
 }
 
 TEST(ValidateTest, PrintsWhatThePanelShows) {
     const TempFolder folder;
-    const Text missing = folder.File(u"none.db"), noDatabase = folder.Write(u"text.db", std::string(5000, 'x')),
-               empty = folder.Write(u"empty.db", "");
-    const struct {
-        std::vector<Text> words;
-        std::string title, rest;
-    } cases[] = {
-        {{missing}, "file not found\n", "'" + ToUtf8(missing) + "' was not found.  Select a valid velmora database"},
-        {{missing, u"--catalog", u""}, "no file selected\n", "You must select a valid velmora database"},
-        {{noDatabase}, "cannot open database connection\n", "\n\nerror details\n"},
-        {{empty}, "invalid database structure\n", "velmoraAutonumbers"},
-        {{u"Driver={No such driver};Database=x", u"--catalog", u"Kurs 語"},
-         "cannot open database connection\n",
-         "to 'Kurs 語'.\n\nCheck with your administrator"},
-    };
-    for (const auto& [words, title, rest] : cases) {
-        std::vector<Text> all = {u"validate"};
-        all.insert(all.end(), words.begin(), words.end());
-        const Outcome outcome = RunDax(all);
-        EXPECT_EQ(outcome.exitCode, 1) << title;
-        EXPECT_THAT(outcome.output, ::testing::StartsWith(title));
-        EXPECT_THAT(outcome.output, HasSubstr(rest));
-        EXPECT_THAT(outcome.errors, IsEmpty());
-    }
+    const Text missing = folder.File(u"none.db");
+    ExpectSaid(missing, {{"validate", 1, "file not found\n"},
+                         {"validate --catalog \"\"", 1, "no file selected\n"},
+                         {"validate", 1, "'" + ToUtf8(missing) + "' was not found.  Select a valid velmora database"}});
+    ExpectSaid(folder.Write(u"text.db", std::string(5000, 'x')), {{"validate", 1, "\n\nerror details\n"}});
+    ExpectSaid(folder.Write(u"empty.db", ""), {{"validate", 1, "velmoraAutonumbers"}});
+    ExpectSaid(u"Driver={No such driver};Database=x",
+               {{"validate --catalog \"Kurs 語\"", 1, "to 'Kurs 語'.\n\nCheck with your administrator"}});
     EXPECT_FALSE(modGeneric::FileExists(missing));
 }
 
-TEST(ValidateTest, TracesEachStatement) {
-    const TempFolder folder;
-    const Text file = folder.File(u"a.db");
-    ASSERT_EQ(RunDax({u"create", file}).exitCode, 0);
-    for (const std::vector<Text>& words :
-         {std::vector<Text>{u"validate", file, u"--trace"}, {u"--trace", u"validate", file}}) {
-        const Outcome traced = RunDax(words);
-        EXPECT_EQ(traced.exitCode, 0);
-        EXPECT_THAT(traced.errors, HasSubstr("SELECT nextNumber, ignored FROM velmoraAutonumbers LIMIT 1\n"));
-        EXPECT_THAT(traced.errors, HasSubstr("INSERT INTO velmoraUserlocks (lessonID, username"));
-        EXPECT_THAT(traced.output, Not(HasSubstr("SELECT")));
-    }
-    EXPECT_EQ(Ask(file, u"SELECT Count(*) FROM velmoraUserLocks"), u"0");
-}
-
-class CommandsTest : public EngineTest {
-protected:
-    // Without what a driver keeps: sanitizers report that on standard error, on machines that do not suppress it.
-    Outcome Run(Text command, std::vector<Text> options) const {
-        options.insert(options.begin(), {std::move(command), database->ConnectionString()});
-        return RunDax(options);
-    }
-};
+class CommandsTest : public EngineTest {};
 
 TEST_P(CommandsTest, CourseOnAnyEngine) {
-    const std::vector<Text> options = GetParam() == Engine::SQLite ? std::vector<Text>{u"--lessons", u"150", u"--force"}
-                                                                   : std::vector<Text>{u"--lessons", u"150"};
-    const Outcome made = Run(u"sample", options);
-    ASSERT_EQ(made.exitCode, 0) << made.errors;
+    const std::string force = GetParam() == Engine::SQLite ? " --force" : "";
+    ExpectSaid(database->ConnectionString(), {{"sample --lessons 150" + force, 0, ""}});
     EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM velmoraLessons WHERE lessonType = 1"), u"150");
     EXPECT_EQ(
         database->Ask(u"SELECT Count(*) FROM velmoraLessons WHERE lessonTitle LIKE 'Party time 🎉👩‍🏫 %'"),
         u"8");
-    EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM velmoraLessons WHERE lessonTitle = 'Безопасность данных'"), u"1");
-
-    const Outcome valid = Run(u"validate", {});
-    EXPECT_EQ(valid.exitCode, 0) << valid.output << valid.errors;
-    EXPECT_THAT(valid.output, HasSubstr(ToUtf8(database->Name())));
-
-    EXPECT_EQ(Run(u"sample", {}).exitCode, 1) << "there is a course already";
-    const Outcome replaced = Run(u"create", {u"--force"});
-    EXPECT_EQ(replaced.exitCode, 0) << replaced.errors;
+    ExpectSaid(database->ConnectionString(), {{"validate", 0, ToUtf8(database->Name())}});
+    ExpectSaid(database->ConnectionString(), {{"sample", 1, "already"}, {"create --force", 0, ""}});
     EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM velmoraLessons"), u"0");
-
     database->Run({u"DROP TABLE talkPosts"});
-    EXPECT_THAT(Run(u"validate", {}).output, HasSubstr("discussions: not supported"));
-    database->Run({u"DROP TABLE velmoraMilestones"});
-    const Outcome broken = Run(u"validate", {u"--catalog", u"Kurs"});
-    EXPECT_EQ(broken.exitCode, 1);
+    ExpectSaid(database->ConnectionString(), {{"validate", 0, "discussions: not supported"}});
 }
 
 TEST_P(CommandsTest, CopiesToAFileAndBack) {
@@ -207,41 +148,29 @@ INSTANTIATE_TEST_SUITE_P(Engines, CommandsTest, ::testing::ValuesIn(AllEngines()
 
 TEST(CatalogsTest, ListsRecordsAndRefuses) {
     const TestDatabase connector(Engine::SQLite);
-    const auto run = [&](Text command, std::vector<Text> options) {
-        options.insert(options.begin(), {std::move(command), connector.ConnectionString(), u"--user"});
-        return RunDax(options);
-    };
-    ASSERT_EQ(RunDax({u"sample", connector.ConnectionString(), u"--connector", u"--force"}).exitCode, 0);
-    for (const auto& [user, source, said] : {std::tuple(u"admin", u"s", "validated on "),
-                                             {u"j.o'neil", u"s", "validated"},
-                                             {u"guest", u"s", "no databases available\nYou do not have access rights"},
-                                             {u"admin", u"", "no connector specified"}}) {
-        EXPECT_THAT(run(u"validate-connector", {user, u"--source", source, u"--catalog", u"c"}).output,
-                    HasSubstr(said));
-    }
-    EXPECT_EQ(run(u"catalogs", {u"anna", u"--default", u"velmora_languages"}).output,
-              "  Safety at work  [velmora_safety]  login velmora, administrator\n"
-              "* Sprachen – языки – 言語  [velmora_languages]  login velmora, read and write\n"
-              "  Archive (O'Neil's)  [velmora_archive]  login velmora, read only\n");
-    EXPECT_THAT(
-        run(u"catalogs", {u"anna", u"--json"}).output,
-        HasSubstr("{\"user\":\"anna\",\"superUser\":false,\"catalogs\":[{\"catalog\":\"velmora_safety\",\"title\":"
-                  "\"Safety at work\",\"description\":\"What everybody has to know before the first day\","
-                  "\"login\":\"velmora\",\"rights\":\"administrator\",\"chosen\":true},"));
-    for (const Text user : {u"guest", u"nobody"}) EXPECT_EQ(run(u"catalogs", {user}).exitCode, 1);
-    for (const Text catalog : {u"velmora_archive", u"velmora_languages"}) {
-        const Outcome recorded =
-            run(u"catalogs", {u"юлия", u"--record", u"КАБИНЕТ", u"--os", u"OS 語", u"--default", catalog});
-        EXPECT_EQ(recorded.exitCode, 0) << recorded.errors;
-    }
+    ExpectSaid(connector.ConnectionString(),
+               {{"sample --connector --force", 0, ""},
+                {"validate-connector --catalog c --source s --user j.o'neil", 0, "validated on "},
+                {"validate-connector --catalog c --source s --user guest", 1, "You do not have access rights"},
+                {"validate-connector --catalog c --source \"\" --user admin", 1, "no connector specified"},
+                {"catalogs --user anna --default velmora_languages", 0,
+                 "  Safety at work  [velmora_safety]  login velmora, administrator\n"
+                 "* Sprachen – языки – 言語  [velmora_languages]  login velmora, read and write\n"
+                 "  Archive (O'Neil's)  [velmora_archive]  login velmora, read only\n"},
+                {"catalogs --user anna --json", 0,
+                 "{\"user\":\"anna\",\"superUser\":false,\"catalogs\":[{\"catalog\":\"velmora_safety\",\"title\":"
+                 "\"Safety at work\",\"description\":\"What everybody has to know before the first day\","
+                 "\"login\":\"velmora\",\"rights\":\"administrator\",\"chosen\":true},"},
+                {"catalogs --user guest", 1, ""},
+                {"catalogs --user nobody", 1, ""},
+                {"catalogs --user юлия --record КАБИНЕТ --os \"OS 語\" --default velmora_archive", 0, ""},
+                {"catalogs --user юлия --record КАБИНЕТ --os \"OS 語\" --default velmora_languages", 0, ""},
+                {"catalogs --user j.o'neil --record M", 1, ""}});
     EXPECT_EQ(connector.Ask(u"SELECT Count(*) FROM velmoraConnectionHistory WHERE username = 'юлия' AND machineName = "
                             u"'КАБИНЕТ' AND osVersion = 'OS 語' AND lastCatalog = 'velmora_languages'"),
               u"1");
-    EXPECT_EQ(run(u"catalogs", {u"j.o'neil", u"--record", u"M"}).exitCode, 1);
     connector.Run({u"DROP TABLE velmoraDBUsers"});
-    const Outcome broken = run(u"catalogs", {u"anna"});
-    EXPECT_EQ(broken.exitCode, 3);
-    EXPECT_THAT(broken.errors, HasSubstr("'dax validate-connector'"));
+    ExpectSaid(connector.ConnectionString(), {{"catalogs --user anna", 3, "'dax validate-connector'"}});
 }
 
 } // namespace

@@ -8,9 +8,6 @@
 namespace dax::test {
 namespace {
 
-using ::testing::EndsWith;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
 const Text Storyboards = u"lesson\t1\n"
@@ -24,10 +21,7 @@ const Text Pages = u"page\t1\ts1\npage\t2\ts2\npage\t1\ts3\nmap\tExtra\npage\t1\
 
 class MapCommandTest : public ::testing::Test {
 protected:
-    Outcome Run(std::vector<Text> words) const {
-        words.insert(words.begin(), {u"map", database.ConnectionString()});
-        return RunDax(words);
-    }
+    Outcome Run(const std::string& words) const { return RunOn(database.ConnectionString(), "map " + words); }
     Text Stored() const { return database.Ask(u"SELECT lessonData FROM velmoraLessons WHERE lessonID = 'l1'"); }
 
     const TestDatabase database{Engine::SQLite};
@@ -35,29 +29,28 @@ protected:
 
 TEST_F(MapCommandTest, ShowsAndMoves) {
     MakeCourse(database, Storyboards + Pages + u"current\ts2\n");
-    EXPECT_EQ(Run({u"L-1"}).output, "Main (3)  default map\n"
-                                    "├─ Welcome  [INTRO]  title  {s1}\n"
-                                    "│  └─ Warum 語?  [Q-1]  text  {s2}  current\n"
-                                    "└─ welcome back  [Q-2]  question  {s3}\n"
-                                    "Extra (1)\n"
-                                    "└─ (untitled)  {s4}\n"
-                                    "in no map\n"
-                                    "   In no map  [O]  text  {s5}\n");
+    EXPECT_EQ(Run("L-1").output, "Main (3)  default map\n"
+                                 "├─ Welcome  [INTRO]  title  {s1}\n"
+                                 "│  └─ Warum 語?  [Q-1]  text  {s2}  current\n"
+                                 "└─ welcome back  [Q-2]  question  {s3}\n"
+                                 "Extra (1)\n"
+                                 "└─ (untitled)  {s4}\n"
+                                 "in no map\n"
+                                 "   In no map  [O]  text  {s5}\n");
 
     const struct {
-        Text storyboard, direction, pages;
+        std::string move;
+        Text pages;
     } moves[] = {
-        {u"INTRO", u"down", u"page\t1\ts3\npage\t1\ts1\npage\t2\ts2\nmap\tExtra\npage\t1\ts4\n"},
-        {u"s1", u"next-map", u"page\t1\ts3\nmap\tExtra\npage\t1\ts1\npage\t2\ts2\npage\t1\ts4\n"},
-        {u"s2", u"outdent", u"page\t1\ts3\nmap\tExtra\npage\t1\ts1\npage\t1\ts2\npage\t1\ts4\n"},
-        {u"s4", u"previous-map", u"page\t1\ts3\npage\t1\ts4\nmap\tExtra\npage\t1\ts1\npage\t1\ts2\n"},
+        {"INTRO --to down", u"page\t1\ts3\npage\t1\ts1\npage\t2\ts2\nmap\tExtra\npage\t1\ts4\n"},
+        {"s1 --to next-map", u"page\t1\ts3\nmap\tExtra\npage\t1\ts1\npage\t2\ts2\npage\t1\ts4\n"},
+        {"s2 --to outdent", u"page\t1\ts3\nmap\tExtra\npage\t1\ts1\npage\t1\ts2\npage\t1\ts4\n"},
+        {"s4 --to previous-map", u"page\t1\ts3\npage\t1\ts4\nmap\tExtra\npage\t1\ts1\npage\t1\ts2\n"},
     };
-    Text stored;
-    for (const auto& [storyboard, direction, pages] : moves) {
-        const Outcome moved = Run({u"L-1", u"--move", storyboard, u"--to", direction});
+    for (const auto& [move, pages] : moves) {
+        const Outcome moved = Run("L-1 --move " + move);
         EXPECT_EQ(moved.exitCode, 0) << moved.errors;
-        stored = Storyboards + pages + u"current\ts2\n";
-        EXPECT_EQ(Stored(), stored);
+        EXPECT_EQ(Stored(), Storyboards + pages + u"current\ts2\n");
     }
 
     // Pages that come, get other words, and go: the storyboards behind those that were there at first, and the pages.
@@ -66,22 +59,21 @@ TEST_F(MapCommandTest, ShowsAndMoves) {
     const Text s3s4 = u"page\t1\ts3\npage\t1\ts4\n", s1n1s2 = u"map\tExtra\npage\t1\ts1\npage\t2\tn1\npage\t1\ts2\n",
                n1s2 = u"map\tExtra\npage\t1\tn1\npage\t1\ts2\n", last = u"page\t1\tn2\n";
     const struct {
-        std::vector<Text> words;
+        std::string words;
         Text storyboards, pages;
     } changes[] = {
-        {{u"--add", u"New", u"--sbid", u"n1", u"--in", u"INTRO", u"--type", u"text"}, n1, s3s4 + s1n1s2},
-        {{u"--add", u"", u"--sbid", u"n2"}, n1 + n2, s3s4 + last + s1n1s2},
-        {{u"--remove", u"INTRO", u"--keep-children"}, n1 + n2, s3s4 + last + n1s2},
-        {{u"--rename", u"new", u"--title", u"Newer 語", u"--identifier", u"N"}, n1Later + n2, s3s4 + last + n1s2},
-        {{u"--remove", u"n2"}, n1Later, s3s4 + n1s2},
-        {{u"--add", u"First", u"--sbid", u"n3", u"--before", u"s3"}, n1Later + n3, u"page\t1\tn3\n" + s3s4 + n1s2},
+        {"--add New --sbid n1 --in INTRO --type text", n1, s3s4 + s1n1s2},
+        {"--add \"\" --sbid n2", n1 + n2, s3s4 + last + s1n1s2},
+        {"--remove INTRO --keep-children", n1 + n2, s3s4 + last + n1s2},
+        {"--rename new --title \"Newer 語\" --identifier N", n1Later + n2, s3s4 + last + n1s2},
+        {"--remove n2", n1Later, s3s4 + n1s2},
+        {"--add First --sbid n3 --before s3", n1Later + n3, u"page\t1\tn3\n" + s3s4 + n1s2},
     };
+    Text stored;
     for (const auto& [words, storyboards, pages] : changes) {
-        std::vector<Text> all = words;
-        all.insert(all.begin(), u"L-1");
-        const Outcome changed = Run(all);
+        const Outcome changed = Run("L-1 " + words);
         EXPECT_EQ(changed.exitCode, 0) << changed.errors;
-        EXPECT_THAT(changed.output, StartsWith(words[0] == u"--add" ? "Added: " + ToUtf8(words[3]) + "\n" : "Main ("));
+        EXPECT_THAT(changed.output, StartsWith(words.starts_with("--add") ? "Added: n" : "Main ("));
         Text kept = Storyboards;
         const Text first = u"storyboard\ts1\ttitle\tINTRO\tWelcome\n";
         if (pages.find(u"s1") == Text::npos) kept.erase(kept.find(first), first.size());
@@ -91,60 +83,42 @@ TEST_F(MapCommandTest, ShowsAndMoves) {
     }
 
     database.Run({LockRow(u"l1", u"юлия", u"m1", 1)});
-    const Outcome edited = Run({u"L-1", u"--move", u"s4", u"--to", u"up"});
-    EXPECT_EQ(edited.exitCode, 1);
-    EXPECT_THAT(edited.errors, HasSubstr("юлия is editing"));
+    ExpectSaid(database.ConnectionString(), {{"map L-1 --move s4 --to up", 1, "юлия is editing"}});
     EXPECT_EQ(Stored(), stored);
-    EXPECT_EQ(Run({u"L-1", u"--move", u"s4", u"--to", u"up", u"--force"}).exitCode, 0);
+    EXPECT_EQ(Run("L-1 --move s4 --to up --force").exitCode, 0);
     EXPECT_NE(Stored(), stored);
 }
 
 TEST_F(MapCommandTest, FindsAndRefuses) {
     MakeCourse(database, Storyboards + Pages);
-    EXPECT_EQ(Run({u"l1", u"--find", u"WELCOME"}).output,
-              "Welcome  [INTRO]  title  {s1}\nwelcome back  [Q-2]  question  {s3}\n");
-    EXPECT_EQ(Run({u"l1", u"--find", u"q-2", u"--exact", u"--json"}).output,
-              "[{\"sbid\":\"s3\",\"missing\":false,\"title\":\"welcome "
-              "back\",\"identifier\":\"Q-2\",\"type\":\"question\"}]\n");
-    const struct {
-        std::vector<Text> words;
-        std::string message;
-    } cases[] = {
-        {{u"l1", u"--find", u"nothing"}, "No storyboard fits"},
-        {{u"l1", u"--move", u"s1", u"--to", u"up"}, "cannot move there"},
-        {{u"l1", u"--move", u"Main", u"--to", u"down"}, "No storyboard in a map"},
-        {{u"l1", u"--remove", u"INTR"}, "Did you mean 'INTRO'?"},
-        {{u"l1", u"--rename", u"s1", u"--title", u"a\tb"}, "title of a storyboard cannot hold tabs"},
-        {{u"l1", u"--add", u"T", u"--sbid", u"Main"}, "There is a storyboard or a map 'Main' already"},
-        {{u"G-1"}, "is not a lesson but a group"},
-        {{u"L-2"}, "Nothing is stored in the lesson 'L-2'"},
-        {{u"l3"}, "Line 1: The text is no lesson"},
-        {{u"L-4"}, "There is no entry 'L-4'"},
-    };
-    for (const auto& [words, message] : cases) {
-        const Outcome outcome = Run(words);
-        EXPECT_EQ(outcome.exitCode, 1) << message;
-        EXPECT_THAT(outcome.errors, HasSubstr(message));
-        EXPECT_THAT(outcome.output, IsEmpty());
-    }
+    EXPECT_EQ(Run("l1 --find WELCOME").output, "Welcome  [INTRO]  title  {s1}\nwelcome back  [Q-2]  question  {s3}\n");
+    EXPECT_EQ(Run("l1 --find q-2 --exact --json").output, "[{\"sbid\":\"s3\",\"missing\":false,\"title\":\"welcome "
+                                                          "back\",\"identifier\":\"Q-2\",\"type\":\"question\"}]\n");
+    ExpectSaid(database.ConnectionString(),
+               {{"map l1 --find nothing", 1, "No storyboard fits"},
+                {"map l1 --move s1 --to up", 1, "cannot move there"},
+                {"map l1 --move Main --to down", 1, "No storyboard in a map"},
+                {"map l1 --remove INTR", 1, "Did you mean 'INTRO'?"},
+                {"map l1 --rename s1 --title \"a\tb\"", 1, "title of a storyboard cannot hold tabs"},
+                {"map l1 --add T --sbid Main", 1, "There is a storyboard or a map 'Main' already"},
+                {"map G-1", 1, "is not a lesson but a group"},
+                {"map L-2", 1, "Nothing is stored in the lesson 'L-2'"},
+                {"map L-4", 1, "There is no entry 'L-4'"}});
     EXPECT_EQ(Stored(), Storyboards + Pages);
 }
 
 TEST(SampleLessonTest, HoldsWhatItsPropertiesSay) {
     const TempFolder folder;
     const Text file = folder.File(u"a.db");
-    ASSERT_EQ(RunDax({u"sample", file, u"--lessons", u"40"}).exitCode, 0);
-    for (const Text lesson : {u"SAF-7", u"SAF-8", u"SAF-39"}) {
-        const Outcome map = RunDax({u"map", file, lesson, u"--json"});
-        ASSERT_EQ(map.exitCode, 0) << map.errors;
+    ASSERT_EQ(RunOn(file, "sample --lessons 40").exitCode, 0);
+    for (const std::string lesson : {"SAF-7", "SAF-8", "SAF-39"}) {
+        const std::string map = RunOn(file, "map --json " + lesson).output;
         size_t pages = 0;
-        for (size_t at = 0; (at = map.output.find("\"level\":", at)) != std::string::npos; ++at) ++pages;
+        for (size_t at = 0; (at = map.find("\"level\":", at)) != std::string::npos; ++at) ++pages;
         EXPECT_GT(pages, 2u);
-        EXPECT_THAT(RunDax({u"info", file, lesson}).output,
-                    HasSubstr("\n" + std::to_string(pages) + " active storyboards\n"));
-        EXPECT_THAT(map.output, HasSubstr("\"default\":true"));
+        ExpectSaid(file, {{"info " + lesson, 0, "\n" + std::to_string(pages) + " active storyboards\n"}});
     }
-    EXPECT_THAT(RunDax({u"map", file, u"SAF-7"}).output, HasSubstr("\nin no map\n"));
+    ExpectSaid(file, {{"map SAF-7", 0, "\nin no map\n"}, {"map SAF-7 --json", 0, "\"default\":true"}});
 }
 
 } // namespace

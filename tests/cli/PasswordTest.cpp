@@ -53,25 +53,11 @@ TEST(PasswordTest, AppearsNowhere) {
         keywords.Set(u"PWD", u"geheim");
         connections.push_back(keywords.Write());
     }
-    const std::vector<std::vector<Text>> commands = {
-        {u"validate"},
-        {u"validate-connector", u"--source", u"s", u"--catalog", u"c", u"--user", u"u"},
-        {u"catalogs", u"--user", u"u"},
-        {u"pick", u"--user", u"u"},
-        {u"tree"},
-        {u"lesson"},
-        {u"info"},
-        {u"find", u"text"},
-        {u"locks"},
-        {u"edit", u"remove", u"x"},
-        {u"map", u"x"},
-        {u"create"},
-        {u"sample", u"--new-catalog"},
-    };
     for (const Text& connection : connections) {
-        for (std::vector<Text> words : commands) {
-            words.insert(words.begin() + 1, {connection, u"--trace"});
-            const Outcome outcome = RunDax(words);
+        for (const std::string line : {"validate", "validate-connector --source s --catalog c --user u",
+                                       "catalogs --user u", "pick --user u", "tree", "lesson", "info", "find text",
+                                       "locks", "edit remove x", "map x", "create", "sample --new-catalog"}) {
+            const Outcome outcome = RunOn(connection, line + " --trace");
             const bool isFile = outcome.exitCode == 0; // a file may be called so, and is made
             EXPECT_TRUE(isFile || outcome.errors.size() + outcome.output.size() > 0);
             ExpectSecret(outcome);
@@ -84,13 +70,12 @@ TEST(PasswordTest, AppearsNowhere) {
     // One that is written into the database.
     SetVariable("DAX_TEST_SECRET", "geheim'2");
     const Text connector = folder.File(u"connector.db");
-    for (const auto& [option, value] :
-         {std::pair(u"--password", u"geheim'2"), {u"--login-password-env", u"DAX_TEST_SECRET"}}) {
-        const Outcome made = RunDax({u"sample", connector, u"--connector", u"--force", u"--trace", option, value});
+    for (const std::string option : {"--password geheim'2", "--login-password-env DAX_TEST_SECRET"}) {
+        const Outcome made = RunOn(connector, "sample --connector --force --trace " + option);
         EXPECT_EQ(made.exitCode, 0) << made.errors;
         EXPECT_THAT(made.errors, HasSubstr("INSERT INTO velmoraDBList"));
         ExpectSecret(made);
-        ExpectSecret(RunDax({u"catalogs", connector, u"--user", u"anna", u"--trace", u"--json"}));
+        ExpectSecret(RunOn(connector, "catalogs --user anna --trace --json"));
     }
 }
 
@@ -104,38 +89,23 @@ TEST(PasswordTest, ComesFromElsewhere) {
         keywords.Remove(u"PWD");
         const Text without = keywords.Write();
         SetVariable("DAX_TEST_SECRET", ToUtf8(password));
-        const auto opens = [&](std::vector<Text> words, const std::string& input = {}) {
-            words.insert(words.begin(), {u"create", without, u"--force"});
-            const Outcome outcome = RunDax(words, input);
+        folder.Write(u"secret", ToUtf8(password) + "\r\nmore");
+        for (const std::string option : {"env DAX_TEST_SECRET", "file -", "prompt"}) {
+            const Outcome outcome = RunOn(without, "create --force --password-" + option, ToUtf8(password) + "\n");
             EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-        };
-        opens({u"--password-env", u"DAX_TEST_SECRET"});
-        opens({u"--password-file", folder.Write(u"secret", ToUtf8(password) + "\r\nmore")});
-        opens({u"--password-file", u"-"}, ToUtf8(password));
-        opens({u"--password-prompt"}, ToUtf8(password) + "\n");
+        }
+        const Outcome outcome = RunDax({u"create", without, u"--force", u"--password-file", folder.File(u"secret")});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
     }
     const Text server = u"Driver={None};Server=h";
-    const struct {
-        std::vector<Text> words;
-        int exitCode;
-        std::string message;
-    } refused[] = {
-        {{server, u"--password-env", u"DAX_TEST_NONE"}, 1, "'DAX_TEST_NONE' holds no password"},
-        {{server, u"--password-file", folder.File(u"none")}, 1, "cannot be read"},
-        {{server, u"--password-file", folder.Write(u"empty", "\nx")}, 1, "holds no password"},
-        {{server, u"--password-prompt"}, 1, "No password was given"},
-        {{server, u"--password-prompt", u"--password-env", u"A"}, 2, "only one of"},
-        {{server + u";PWD=x", u"--password-file", u"-"}, 1, "holds no password"},
-        {{folder.File(u"a.db"), u"--password-file", folder.Write(u"one", "x")}, 2, "takes no password"},
-        {{server + u";Pwd=x", u"--password-file", folder.File(u"one")}, 2, "holds a password already"},
-    };
-    for (const auto& [words, exitCode, message] : refused) {
-        std::vector<Text> all = words;
-        all.insert(all.begin(), u"tree");
-        const Outcome outcome = RunDax(all);
-        EXPECT_EQ(outcome.exitCode, exitCode) << message;
-        EXPECT_THAT(outcome.errors, HasSubstr(message));
-    }
+    ExpectSaid(server, {{"tree --password-env DAX_TEST_NONE", 1, "'DAX_TEST_NONE' holds no password"},
+                        {"tree --password-file none", 1, "cannot be read"},
+                        {"tree --password-file -", 1, "holds no password"},
+                        {"tree --password-prompt", 1, "No password was given"},
+                        {"tree --password-prompt --password-env A", 2, "only one of"}});
+    SetVariable("DAX_TEST_SECRET", "x");
+    ExpectSaid(server + u";Pwd=x", {{"tree --password-env DAX_TEST_SECRET", 2, "holds a password already"}});
+    ExpectSaid(folder.File(u"a.db"), {{"tree --password-env DAX_TEST_SECRET", 2, "takes no password"}});
 }
 
 #ifndef _WIN32

@@ -2,9 +2,13 @@
 
 #include "support/TestDatabases.h"
 
+#include <gmock/gmock.h>
+
 #include <cstdlib>
 #include <fstream>
+#include <iomanip>
 #include <iterator>
+#include <sstream>
 #ifdef _WIN32
 #include <fcntl.h>
 #include <io.h>
@@ -105,11 +109,29 @@ Outcome RunDax(const std::vector<Text>& words, const std::string& input) {
     const std::filesystem::path answers = folder.Path() / "input", output = folder.Path() / "output",
                                 errors = folder.Path() / "errors";
     std::ofstream(answers, std::ios::binary) << input;
-    Outcome outcome;
-    outcome.exitCode = Run(words, answers, output, errors);
-    outcome.output = Contents(output);
-    outcome.errors = Contents(errors);
-    return outcome;
+    const int exitCode = Run(words, answers, output, errors);
+    return {exitCode, Contents(output), Contents(errors)};
+}
+
+std::vector<Text> Words(const std::string& line) {
+    std::istringstream stream(line);
+    std::vector<Text> words;
+    for (std::string word; stream >> std::quoted(word);) words.push_back(FromUtf8(word));
+    return words;
+}
+
+Outcome RunOn(const Text& database, const std::string& line, const std::string& input) {
+    std::vector<Text> words = Words(line);
+    words.insert(words.begin() + 1, database);
+    return RunDax(words, input);
+}
+
+void ExpectSaid(const Text& database, std::initializer_list<Said> cases) {
+    for (const auto& [line, exitCode, said] : cases) {
+        const Outcome outcome = RunOn(database, line);
+        EXPECT_EQ(outcome.exitCode, exitCode) << line << "\n" << outcome.errors;
+        EXPECT_THAT(outcome.output + outcome.errors, ::testing::HasSubstr(said)) << line;
+    }
 }
 
 #ifndef _WIN32
@@ -122,12 +144,8 @@ Outcome RunShell(const std::filesystem::path& folder, const std::string& script)
     const std::string command = "cd " + Quoted(folder.string()) + " && dax=" + Quoted(program.string()) +
                                 " timeout -k 5 300 bash -c " + Quoted(script) + " >" + Quoted(output.string()) + " 2>" +
                                 Quoted(errors.string()) + " </dev/null";
-    Outcome outcome;
     const int status = std::system(command.c_str());
-    outcome.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    outcome.output = Contents(output);
-    outcome.errors = Contents(errors);
-    return outcome;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Contents(output), Contents(errors)};
 }
 #endif
 

@@ -18,6 +18,16 @@ std::filesystem::path ProgramPath();
 
 // `input` is what the program reads from its standard input.
 Outcome RunDax(const std::vector<Text>& words, const std::string& input = {});
+// A line as it is typed: words between blanks, or in double quotes. The database is put behind the command.
+std::vector<Text> Words(const std::string& line);
+Outcome RunOn(const Text& database, const std::string& line, const std::string& input = {});
+
+struct Said {
+    std::string line;
+    int exitCode;
+    std::string said; // a part of what goes to either stream
+};
+void ExpectSaid(const Text& database, std::initializer_list<Said> cases);
 #ifndef _WIN32
 // A script for bash, in a folder of its own; "$dax" is the program.
 Outcome RunShell(const std::filesystem::path& folder, const std::string& script);

@@ -9,7 +9,6 @@
 namespace dax::test {
 namespace {
 
-using ::testing::EndsWith;
 using ::testing::HasSubstr;
 
 class TypicalStartTest : public ::testing::TestWithParam<Engine> {};
@@ -18,40 +17,35 @@ TEST_P(TypicalStartTest, FromTheConnectorToTheRecord) {
     DAX_NEEDS_ENGINE(GetParam());
     const TypicalStart start(GetParam());
     const TempFolder folder;
-    const auto run = [](const std::vector<Text>& words, const std::string& part, int exitCode = 0) {
-        const Outcome outcome = RunDax(words);
-        EXPECT_EQ(outcome.exitCode, exitCode) << outcome.output << outcome.errors;
-        EXPECT_THAT(outcome.output + outcome.errors, HasSubstr(part));
-        return outcome.output;
-    };
-    const Text connector = start.Connector(), catalog = start.Catalog();
-    run({u"validate-connector", connector, u"--source", u"s", u"--catalog", u"c", u"--user", u"anna"},
-        "connector validated on ");
-    run({u"catalogs", connector, u"--user", u"anna"}, "* Kurs 語  [" + ToUtf8(catalog) + "]");
-    Text content = FromUtf8(run({u"pick", connector, u"--user", u"anna", u"--catalog", catalog}, ToUtf8(catalog)));
+    const Text connector = start.Connector();
+    const std::string catalog = ToUtf8(start.Catalog());
+    ExpectSaid(connector, {{"validate-connector --source s --catalog c --user anna", 0, "connector validated on "},
+                           {"catalogs --user anna", 0, "* Kurs 語  [" + catalog + "]"}});
+    Text content = FromUtf8(RunOn(connector, "pick --user anna --catalog \"" + catalog + "\"").output);
     content.pop_back(); // the line's end
-    run({u"validate", content}, ToUtf8(catalog) + (GetParam() == Engine::SQLite ? "' validated" : "\" validated"));
-    run({u"tree", content}, "├─ Grundlagen 語  [G-1]  1 group, 2 lessons\n│  ├─ O'Neil's \"first\"  [L-1]\n");
-    EXPECT_THAT(run({u"info", content, u"L-2"}, "lesson\nidentifier: L-2\n"), EndsWith("(1 user): reading lesson\n"));
-    run({u"map", content, u"L-1", u"--move", u"INTRO", u"--to", u"down"}, "Main (3)  default map\n├─ What is it?");
-    EXPECT_THAT(
-        run({u"locks", content, u"--invalid", u"--delete", u"--as", u"anna", u"--admin", u"--yes"}, "(deleted)"),
-        EndsWith("\n2 of 2 locks deleted\n"));
-    run({u"catalogs", connector, u"--user", u"anna", u"--default", catalog, u"--record", u"STUDIO"}, "Recorded: anna");
+    ExpectSaid(content, {{"validate", 0, catalog + (GetParam() == Engine::SQLite ? "' validated" : "\" validated")},
+                         {"tree", 0, "├─ Grundlagen 語  [G-1]  1 group, 2 lessons\n│  ├─ O'Neil's \"first\"  [L-1]\n"},
+                         {"info L-2", 0, "lesson\nidentifier: L-2\n"},
+                         {"info L-2", 0, "(1 user): reading lesson\n"},
+                         {"map L-1 --move INTRO --to down", 0, "Main (3)  default map\n├─ What is it?"},
+                         {"locks --invalid --delete --as anna --admin --yes", 0, "\n2 of 2 locks deleted\n"}});
+    ExpectSaid(connector,
+               {{"catalogs --user anna --record STUDIO --default \"" + catalog + "\"", 0, "Recorded: anna"}});
     start.ExpectDone(u"STUDIO");
     if (GetParam() != Engine::SQLite) return; // the rest on one engine is enough
 
-    run({u"pick", connector, u"--user", u"guest"}, "may not open any catalog", 1);
-    run({u"pick", connector, u"--user", u"anna", u"--catalog", u"other"}, "may not open a catalog 'other'", 1);
+    ExpectSaid(connector, {{"pick --user guest", 1, "may not open any catalog"},
+                           {"pick --user anna --catalog other", 1, "may not open a catalog 'other'"}});
     // The map by way of a file, as scripts do, and back as it was.
     for (const Text option : {u"--utf-16", u"--trace"}) {
         const Text file = folder.File(u"語 " + option);
-        run({u"lesson", content, u"L-1", u"--export", file, option}, "Written: ");
-        run({u"map", content, u"L-1", u"--move", u"INTRO", u"--to", u"up"}, "├─ Welcome");
-        run({u"lesson", content, u"L-1", u"--import", file}, "Saved: l1\n");
+        EXPECT_EQ(RunDax({u"lesson", content, u"L-1", u"--export", file, option}).exitCode, 0);
+        ExpectSaid(content, {{"map L-1 --move INTRO --to up", 0, "├─ Welcome"}});
+        EXPECT_EQ(RunDax({u"lesson", content, u"L-1", u"--import", file}).output, "Saved: l1\n");
         start.ExpectDone(u"STUDIO");
     }
-    run({u"lesson", content, u"L-1", u"--import", folder.Write(u"none", "nothing")}, "holds no lesson: Line 1", 1);
+    EXPECT_THAT(RunDax({u"lesson", content, u"L-1", u"--import", folder.Write(u"none", "nothing")}).errors,
+                HasSubstr("holds no lesson: Line 1"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, TypicalStartTest, ::testing::ValuesIn(AllEngines()), EngineName);
