@@ -29,7 +29,6 @@ void ListModel::EndFilling() {
 
 size_t ListModel::AddItem(Text firstCell) {
     ListItem item; // whole before the list has it
-    item.cells.reserve(columns.size());
     item.cells.push_back(std::move(firstCell));
     items.push_back(std::move(item));
     Changed();

@@ -1,8 +1,10 @@
 #include "controls/ComboBox.h"
 #include "controls/Event.h"
+#include "controls/ListModel.h"
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -42,16 +44,68 @@ TEST(ComboBox, FindsTheFirstExactEntry) {
     MemoryComboBox list;
     EXPECT_EQ(modGeneric::FindComboIndex(list, u"b"), -1);
     for (const Text item : {u"a", u"B", u"b", u"b"}) list.AddItem(item);
-    EXPECT_EQ(modGeneric::FindComboIndex(list, u"b"), 2);
-    EXPECT_EQ(modGeneric::FindComboIndex(list, u""), -1);
+    for (const auto& [text, index] : {std::pair(u"a", 0), {u"b", 2}, {u"", -1}})
+        EXPECT_EQ(modGeneric::FindComboIndex(list, text), index);
     int clicks = 0;
     list.Click.Add([&clicks] { ++clicks; });
-    list.SetListIndex(9);
-    EXPECT_EQ(list.ListIndex(), -1);
-    list.SetListIndex(3);
+    for (const auto& [index, selected] : {std::pair(0, 0), {4, -1}, {3, 3}, {-1, -1}, {3, 3}}) {
+        list.SetListIndex(index);
+        EXPECT_EQ(list.ListIndex(), selected);
+    }
     list.Clear();
     EXPECT_EQ(list.ListIndex(), -1);
-    EXPECT_EQ(clicks, 2);
+    EXPECT_EQ(list.ListCount(), 0);
+    EXPECT_EQ(clicks, 5);
+}
+
+TEST(ListModel, TellsItsWindowOfEveryChange) {
+    struct Window : ListModelListener {
+        void ColumnsChanged() override { told += "columns "; }
+        void ItemsChanged() override { told += "items "; }
+        void AutosizeColumns() override { told += "widths "; }
+        std::string told;
+    } window;
+    ListModel list;
+    list.SetListener(&window);
+    list.SetColumns({{u"x", {}, {}}, {u"y", {}, {}}, {u"z", {}, {}}});
+    for (const auto& [key, index] : {std::pair(u"z", 2), {u"x", 0}, {u"w", -1}, {u"y", 1}, {u"z", 2}, {u"z", 2}})
+        EXPECT_EQ(list.ColumnIndex(key), index);
+    const std::pair<std::function<void()>, const char*> changes[] = {
+        {[&] { EXPECT_EQ(list.AddItem(u"a"), 0u); }, "items "},
+        {[&] { EXPECT_EQ(list.AddItem(u"b"), 1u); }, "items "},
+        {[&] { list.SetCell(1, 0, u"c"); }, "items "},
+        {[&] { list.SetCell(0, 1, u"f"); }, "items "},
+        {[&] { list.SetCell(1, 2, u"d"); }, "items "},
+        {[&] { list.SetTag(1, 7); }, ""},
+        {[&] { list.SetMark(1, u"m"); }, ""},
+        {[&] { list.SetSelected(1, true); }, ""},
+        {[&] {
+             list.BeginFilling();
+             list.AddItem(u"e");
+             list.EndFilling();
+         },
+         "items "},
+    };
+    window.told.clear();
+    for (const auto& [change, told] : changes) {
+        const uint64_t before = list.Revision();
+        change();
+        EXPECT_GT(list.Revision(), before);
+        EXPECT_EQ(std::exchange(window.told, {}), told);
+    }
+    list.SetCell(1, -1, u"nothing");
+    list.AutosizeColumns();
+    EXPECT_EQ(std::exchange(window.told, {}), "widths ");
+    Text cells;
+    for (size_t item = 0; item < 4; ++item) {
+        for (size_t column = 0; column < 4; ++column) cells += list.Cell(item, column) + u",";
+    }
+    EXPECT_EQ(cells, u"a,f,,,c,,d,,e,,,,,,,,");
+    EXPECT_EQ(list.Items()[1].cells.size(), 3u);
+    list.ClearItems();
+    EXPECT_EQ(window.told, "items ");
+    EXPECT_TRUE(list.Items().empty());
+    EXPECT_EQ(ListModel().Cell(0, 0), u"");
 }
 
 } // namespace dax
