@@ -1,9 +1,11 @@
 #include "content/LessonText.h"
 
 #include "base/Error.h"
+#include "base/Numbers.h"
 #include "content/LayoutTree.h"
 
 #include <array>
+#include <utility>
 
 namespace dax::LessonText {
 
@@ -96,23 +98,19 @@ private:
     void ReadPage() {
         if (!map) Refuse(u"A page before the first map");
         const Text digits = Field();
-        int32_t depth = 0;
-        for (const char16_t digit : digits) {
-            if (digit < u'0' || digit > u'9' || depth > 99'999'999) Refuse(u"No depth: '" + digits + u"'");
-            depth = depth * 10 + (digit - u'0');
-        }
-        layout.push_back({Field(), depth});
+        const auto depth = ReadNumber<int32_t>(digits);
+        if (!depth || *depth < 1) Refuse(u"No depth: '" + digits + u"'");
+        layout.push_back({Field(), *depth});
     }
 
     void FinishMap() {
         if (!map) return;
         try {
-            map->SetLayout(std::move(layout));
+            map->SetLayout(std::exchange(layout, {}));
         } catch (const Error& error) {
             number = mapNumber;
             Refuse(error.Description());
         }
-        layout.clear();
     }
 
     // The next field of the line; the keyword is the first.
@@ -123,16 +121,15 @@ private:
         hasField = end != TextView::npos;
         line = hasField ? line.substr(end + 1) : TextView();
         Text text;
-        text.reserve(field.size());
         for (size_t i = 0; i < field.size(); ++i) {
-            text += field[i] == u'\\' ? Unescape(i + 1 < field.size() ? field[++i] : u'\0') : field[i];
+            text += field[i] == u'\\' ? Unescape(field.substr(++i, 1)) : field[i];
         }
         return text;
     }
 
-    char16_t Unescape(char16_t letter) const {
+    char16_t Unescape(TextView letter) const { // empty at the end of the field
         for (const auto& [plain, escaped] : escapes) {
-            if (letter == escaped) return plain;
+            if (letter == TextView(&escaped, 1)) return plain;
         }
         Refuse(u"An escape that is none");
     }
@@ -143,7 +140,7 @@ private:
 
     TextView rest, line;
     bool hasField = true; // in the rest of the line
-    int32_t number = 0, mapNumber = 0;
+    int32_t number = 0, mapNumber{};
     std::shared_ptr<ContentLesson> lesson = std::make_shared<ContentLesson>();
     std::shared_ptr<ContentMap> map; // the one that is being read
     std::vector<LayoutEntry> layout;

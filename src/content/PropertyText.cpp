@@ -1,14 +1,17 @@
 #include "content/PropertyText.h"
 
+#include "base/Dates.h"
 #include "base/Numbers.h"
 
+#include <array>
 #include <charconv>
-#include <cstdio>
 #include <optional>
 
 namespace dax::PropertyText {
 
 namespace {
+
+constexpr size_t longestNumber = 40;
 
 void WriteEscaped(Text& text, TextView raw, char16_t delimiter) {
     for (const char16_t unit : raw) {
@@ -28,46 +31,39 @@ void WriteEscaped(Text& text, TextView raw, char16_t delimiter) {
 
 // Reads up to an unescaped delimiter; nothing when there is none. `at` stands behind it afterwards.
 std::optional<Text> ReadEscaped(TextView line, size_t& at, char16_t delimiter) {
+    const Text marks = {delimiter, u'\\'};
     Text raw;
-    for (size_t i = at; i < line.size(); ++i) {
-        size_t plain = i;
-        while (plain < line.size() && line[plain] != delimiter && line[plain] != u'\\') ++plain;
-        raw.append(line.substr(i, plain - i));
-        i = plain;
-        if (i == line.size()) break;
-        if (line[i] == delimiter) {
-            at = i + 1;
+    size_t from = at;
+    for (size_t mark; (mark = line.find_first_of(marks, from)) != TextView::npos; from = mark + 2) {
+        raw.append(line.substr(from, mark - from));
+        if (line[mark] == delimiter) {
+            at = mark + 1;
             return raw;
         }
-        if (i + 1 == line.size()) {
-            raw += line[i];
-            continue;
-        }
-        const char16_t unit = line[++i];
-        raw += unit == u'n' ? u'\n' : unit == u'r' ? u'\r' : unit;
+        const TextView unit = line.substr(mark + 1, 1);
+        raw += unit == u"n" ? TextView(u"\n") : unit == u"r" ? TextView(u"\r") : unit;
     }
     return {};
 }
 
 // #2024-05-01 09:30:00# or, with a fraction of the second, #2024-05-01 09:30:00.000000001#
-std::optional<DateTime> ReadDate(TextView text) {
-    if ((text.size() != 21 && text.size() != 31) || text.back() != u'#') return {};
-    const auto part = [text](size_t at, size_t length, int least, int most) -> std::optional<int> {
-        const auto number = ReadNumber<int>(text.substr(at, length));
-        if (!number || *number < least || *number > most) return {};
-        return number;
-    };
-    if (text[5] != u'-' || text[8] != u'-' || text[11] != u' ' || text[14] != u':' || text[17] != u':') return {};
-    const auto year = part(1, 4, 1, 9999), month = part(6, 2, 1, 12), day = part(9, 2, 1, 31);
-    const auto hour = part(12, 2, 0, 23), minute = part(15, 2, 0, 59), second = part(18, 2, 0, 59);
-    if (!year || !month || !day || !hour || !minute || !second) return {};
-    DateTime date{*year, *month, *day, *hour, *minute, *second};
-    if (text.size() == 31) {
-        const auto fraction = part(21, 9, 0, 999'999'999);
-        if (!fraction || text[20] != u'.') return {};
-        date.fraction = static_cast<uint32_t>(*fraction);
+void WriteDate(Text& text, const DateTime& date) {
+    DateTime whole = date;
+    whole.fraction = 0;
+    text += u'#' + FormatDate(whole);
+    if (date.fraction) {
+        text += u'.';
+        AppendPadded(text, static_cast<int>(date.fraction), 9);
     }
-    return date;
+    text += u'#';
+}
+
+// Exactly as it is written.
+std::optional<DateTime> ReadDate(TextView text) {
+    const auto date = ParseDate(text.substr(1, text.size() - 2));
+    Text written;
+    if (date) WriteDate(written, *date);
+    return written == text ? date : std::nullopt;
 }
 
 // A value that is in none of the forms stands for itself, as text, so that people may write plain words.
@@ -86,15 +82,11 @@ Value ReadValue(TextView text) {
     }
     if (const auto number = ReadNumber<int64_t>(text)) return *number;
     // "inf" and "nan" are words to a person.
-    const char16_t first = text.front() == u'-' && text.size() > 1 ? text[1] : text.front();
-    if (first >= u'0' && first <= u'9') {
+    const TextView digits = text.substr(text.front() == u'-');
+    if (!digits.empty() && digits.front() >= u'0' && digits.front() <= u'9') {
         if (const auto number = ReadNumber<double>(text)) return *number;
     }
     return Text(text);
-}
-
-void Append(Text& text, const char* ascii) {
-    for (; *ascii; ++ascii) text += static_cast<char16_t>(*ascii);
 }
 
 void WriteDouble(Text& text, double number) {
@@ -102,24 +94,11 @@ void WriteDouble(Text& text, double number) {
         text += u"null";
         return;
     }
-    char digits[40];
-    const auto result = std::to_chars(digits, digits + sizeof digits - 3, number);
-    *result.ptr = 0;
-    Append(text, digits);
+    std::array<char, longestNumber> digits;
+    const std::string_view written(digits.data(), std::to_chars(digits.begin(), digits.end(), number).ptr);
+    text.append(written.begin(), written.end());
     // A whole one keeps a point, so that it comes back as it was.
-    if (std::string_view(digits).find_first_of(".e") == std::string_view::npos) Append(text, ".0");
-}
-
-void WriteDate(Text& text, const DateTime& date) {
-    char digits[80];
-    std::snprintf(digits, sizeof digits, "#%04d-%02d-%02d %02d:%02d:%02d", date.year, date.month, date.day, date.hour,
-                  date.minute, date.second);
-    Append(text, digits);
-    if (date.fraction) {
-        std::snprintf(digits, sizeof digits, ".%09u", static_cast<unsigned>(date.fraction));
-        Append(text, digits);
-    }
-    text += u'#';
+    if (written.find_first_of(".e") == std::string_view::npos) text += u".0";
 }
 
 } // namespace

@@ -4,14 +4,18 @@
 
 namespace dax {
 
+namespace {
+
+constexpr TextView identifierDigits = u"0123456789abcdef";
+constexpr size_t identifierLength = 32;
+
+} // namespace
+
 Text Utility::NewIdentifier() {
     thread_local std::random_device source;
+    std::uniform_int_distribution<size_t> digit(0, identifierDigits.size() - 1);
     Text identifier;
-    identifier.reserve(32);
-    for (int word = 0; word < 4; ++word) {
-        const std::random_device::result_type bits = source();
-        for (int shift = 28; shift >= 0; shift -= 4) identifier.push_back(u"0123456789abcdef"[(bits >> shift) & 0xF]);
-    }
+    while (identifier.size() < identifierLength) identifier += identifierDigits[digit(source)];
     return identifier;
 }
 

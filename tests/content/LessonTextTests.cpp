@@ -54,8 +54,9 @@ TEST(LessonText, RefusesWithTheLine) {
         {u"lesson\t1\nmap\tm\tdefault\nmap\tn\tdefault\n", "Line 3"},
         {u"lesson\t1\nmap\tm\npage\t2\ta\n\n", "Line 2"},
         {u"lesson\t1\nmap\tm\npage\t1\ta\npage\t1\ta\nmap\tn\n", "Line 2"},
-        {u"lesson\t1\nmap\tm\npage\t-1\ta\n", "Line 3"},
+        {u"lesson\t1\nmap\tm\npage\t0\ta\n", "Line 3"},
         {u"lesson\t1\nmap\tm\npage\t99999999999999999999\ta\n", "Line 3"},
+        {u"lesson\t1\nmap\tm\\", "Line 2"},
     };
     for (const auto& [text, place] : cases) {
         try {
@@ -66,6 +67,38 @@ TEST(LessonText, RefusesWithTheLine) {
                 << ToUtf8(text) << ": " << error.what();
         }
     }
+}
+
+// Nothing where a list should be, null in a list, and no more asked for than the list counts.
+TEST(LessonText, SavesAHostsLesson) {
+    struct HostsMaps : ContentMaps {
+        std::shared_ptr<StoryboardMap> Item(int32_t index) const override {
+            if (index >= count) throw Error(9, u"There is no such element.");
+            return ContentMaps::Item(index);
+        }
+        int32_t Count() const override { return count; }
+        int32_t count = 1;
+    };
+    struct HostsPages : ContentStoryboards {
+        std::vector<std::shared_ptr<Storyboard>> All() const override {
+            return {nullptr, std::make_shared<ContentStoryboard>(u"s")};
+        }
+    };
+    struct HostsLesson : ContentLesson {
+        std::shared_ptr<StoryboardMaps> Maps() const override { return maps; }
+        std::shared_ptr<dax::Storyboards> Storyboards() const override { return pages; }
+        std::shared_ptr<HostsMaps> maps;
+        std::shared_ptr<HostsPages> pages;
+    } lesson;
+    EXPECT_EQ(LessonText::Save(lesson), u"lesson\t1\n");
+    lesson.pages = std::make_shared<HostsPages>();
+    lesson.maps = std::make_shared<HostsMaps>();
+    lesson.maps->Add(std::make_shared<ContentMap>(u"a\rb"));
+    const Text saved = u"lesson\t1\nstoryboard\ts\t\t\t\nmap\ta\\rb\n";
+    EXPECT_EQ(LessonText::Save(lesson), saved);
+    EXPECT_EQ(Again(saved), saved);
+    lesson.maps->count = 3;
+    EXPECT_EQ(LessonText::Save(lesson), saved);
 }
 
 TEST(LessonText, DeepAndWide) {

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace dax {
 namespace {
 
@@ -21,19 +23,42 @@ TEST(PropertyCollection, NamesMatchWithoutCase) {
 TEST(PropertyCollection, TakesTextsOfOthers) {
     DefaultPropertyCollection properties;
     properties.SetName(u"kept");
-    properties.Load(u"Author=Ann Miller\r\nno property\n[open\nDate=#2024-13-01 00:00:00#\nA=\"x\" y\nA2=\"open\n"
-                    u"N=99999999999999999999999\nInf=inf\nM=-\nE=\nAuthor=Bo");
-    EXPECT_EQ(properties.Name(), u"kept");
-    const std::pair<TextView, Value> values[] = {{u"Author", Text(u"Bo")},
-                                                 {u"Date", Text(u"#2024-13-01 00:00:00#")},
-                                                 {u"A", Text(u"\"x\" y")},
-                                                 {u"A2", Text(u"\"open")},
-                                                 {u"N", 1e23},
-                                                 {u"Inf", Text(u"inf")},
-                                                 {u"M", Text(u"-")},
-                                                 {u"E", Text()}};
-    for (const auto& [name, value] : values) EXPECT_EQ(properties.GetValue(name, {}), value) << ToUtf8(name);
-    EXPECT_EQ(properties.ValueNames().size(), 8u);
+    const std::pair<Text, Value> values[] = {{u"Author=Ann Miller\r", Text(u"Ann Miller")},
+                                             {u"Author=Bo", Text(u"Bo")},
+                                             {u"A=\"x\" y", Text(u"\"x\" y")},
+                                             {u"A=\"open\\", Text(u"\"open\\")},
+                                             {u"A=\"\\\"\\n\\r\\x\"", Text(u"\"\n\rx")},
+                                             {u"N=99999999999999999999999", 1e23},
+                                             {u"N=0.5", 0.5},
+                                             {u"N=-9.0", -9.0},
+                                             {u"N=-12", int64_t{-12}},
+                                             {u"Inf=-inf", Text(u"-inf")},
+                                             {u"M=-", Text(u"-")},
+                                             {u"E=", Text()},
+                                             {u"B=true", true},
+                                             {u"B=false", false},
+                                             {u"Null=null", {}},
+                                             {u"D=#2024-02-29 23:59:58#", DateTime{2024, 2, 29, 23, 59, 58}},
+                                             {u"D=#2024-13-01 00:00:00#", Text(u"#2024-13-01 00:00:00#")},
+                                             {u"D=#2024-5-1#", Text(u"#2024-5-1#")},
+                                             {u"D=#", Text(u"#")}};
+    for (const auto& [line, value] : values) {
+        properties.Load(u"gone=1\n" + line + u"\nno property\n[open\n[closed] twice\nLast=");
+        const Text name = line.substr(0, line.find(u'='));
+        EXPECT_TRUE(properties.GetValue(name, Text(u"none")) == value) << ToUtf8(line);
+        EXPECT_EQ(properties.ValueNames(), (std::vector<Text>{u"gone", name, u"Last"}));
+        EXPECT_EQ(properties.Name(), u"kept");
+    }
+    // The forms in which values are written, and that a name is found again.
+    const Text written = u"[a \\] b]\nE\\=\\\\=\"say \\\"no\\\"\\n\"\nN=3.0\nB=true\nNull=null\n"
+                         u"D=#2024-05-01 09:30:00.000000010#\n\\[h]=-1\n";
+    properties.Load(written + u"n=4.0\n");
+    EXPECT_EQ(properties.Name(), u"a ] b");
+    EXPECT_EQ(properties.GetValue(u"n", {}), Value(4.0)) << "the last of a name counts";
+    properties.SetValue(u"n", 3.0);
+    EXPECT_EQ(properties.Save(), written);
+    properties.SetValue(u"n", std::numeric_limits<double>::infinity());
+    EXPECT_NE(properties.Save().find(u"\nN=null\n"), Text::npos);
 }
 
 TEST(LessonPropertyStore, MakesCollectionsOnDemand) {
