@@ -139,7 +139,7 @@ private:
     }
 
     TextView rest, line;
-    bool hasField = true; // in the rest of the line
+    bool hasField{}; // in the rest of the line
     int32_t number = 0, mapNumber{};
     std::shared_ptr<ContentLesson> lesson = std::make_shared<ContentLesson>();
     std::shared_ptr<ContentMap> map; // the one that is being read
