@@ -5,7 +5,9 @@
 #include "tree/modTVW.h"
 #include "tree/modTreeviewAPI.h"
 
-#include <map>
+#include <set>
+#include <string>
+#include <utility>
 
 namespace dax::test {
 
@@ -44,33 +46,40 @@ public:
         return {};
     }
 
-    void SetInsertMark(Node* node, bool after) override { mark = {node, after}; }
-    void SetDropHighlight(Node* node) override { highlight = node; }
-    void BeginDragImage(Node&, Point) override { hasDragImage = true; }
-    void ShowDragImage(bool visible, Point) override { hasDragImage = visible; }
-    void EndDragImage() override { hasDragImage = false; }
-    void Scroll(unsigned) override {}
-    void StartTimer(TreeTimer timer, int) override { ++running[timer]; }
-    void StopTimer(TreeTimer timer) override { running.erase(timer); }
+    void SetInsertMark(Node* node, bool after) override { Log(NameOf(node) + (after ? "+" : "-")); }
+    void SetDropHighlight(Node* node) override { Log("light:" + NameOf(node)); }
+    void BeginDragImage(Node& node, Point point) override { Log(At(point) + "image:" + NameOf(&node)); }
+    void ShowDragImage(bool visible, Point point) override { Log(At(point) + (visible ? "show" : "hide")); }
+    void EndDragImage() override { Log("end"); }
+    void Scroll(unsigned bands) override { Log("scroll" + std::to_string(bands)); }
+    void StartTimer(TreeTimer timer, int delay) override {
+        running.insert(timer);
+        Log("start:" + std::to_string(delay));
+    }
+    void StopTimer(TreeTimer timer) override {
+        if (running.erase(timer)) Log("stop");
+    }
     bool HasCheckBoxes() const override { return hasCheckBoxes; }
     void SetSingleExpand(bool on) override { isSingleExpand = on; }
-    void EnsureVisible(Node&) override {}
-    void HoldDrawing(bool) override {}
+    void EnsureVisible(Node& node) override { Log("ensure:" + NameOf(&node)); }
+    void HoldDrawing(bool hold) override { held += hold ? 1 : -1; }
     void FreezeDisplay(bool frozen) override {
         isFrozen = frozen;
         ++freezes;
     }
+    std::string Told() { return std::exchange(log, {}); }
 
     NodeTree& tree;
     Rect client{0, 0, 300, 400};
     Point pointer;
-    std::pair<Node*, bool> mark{};
-    Node* highlight = nullptr;
-    bool isCtrlDown = false, hasDragImage = false, hasCheckBoxes = true, isSingleExpand = false, isFrozen = false;
-    int freezes = 0;
-    std::map<TreeTimer, int> running; // starts since the last stop
+    bool isCtrlDown = false, hasCheckBoxes = true, isSingleExpand = false, isFrozen = false;
+    int freezes = 0, held = 0;
+    std::set<TreeTimer> running;
 
 private:
+    void Log(const std::string& call) { log += (log.empty() ? "" : " ") + call; }
+    static std::string NameOf(const Node* node) { return node ? ToUtf8(node->Key()) : ""; }
+    std::string At(Point point) const { return point.x == pointer.x && point.y == pointer.y ? "" : "elsewhere:"; }
     int LeftOf(const Node& node) const { return (modTVW::GetIndentLevel(&node) + 1) * indent; }
     unsigned FlagsAt(const Node& node, int x) const {
         using namespace modTreeviewAPI::HitFlags;
@@ -80,6 +89,8 @@ private:
         if (x < boxWidth) return OnItemStateIcon;
         return x < boxWidth + iconWidth ? OnItemIcon : OnItemLabel;
     }
+
+    std::string log; // what the window was told to do
 };
 
 } // namespace dax::test
