@@ -9,6 +9,36 @@
 
 namespace dax {
 
+// A place in an event's list of listeners.
+class ListenerList {
+public:
+    virtual ~ListenerList() = default;
+    virtual void Remove(size_t number) = 0;
+};
+
+struct AddedListener {
+    std::weak_ptr<ListenerList> list;
+    size_t number;
+};
+
+// Ends a listener with its own end, or with the next assignment; either may outlive the event.
+class Subscription {
+public:
+    Subscription() = default;
+    Subscription(AddedListener listener) : added(std::move(listener)) {}
+    Subscription(Subscription&& other) noexcept : added(std::exchange(other.added, {})) {}
+    Subscription& operator=(Subscription other) noexcept {
+        std::swap(added, other.added);
+        return *this;
+    }
+    ~Subscription() {
+        if (const auto list = added.list.lock()) list->Remove(added.number);
+    }
+
+private:
+    AddedListener added{};
+};
+
 // A listener may do anything while it is called: add or remove listeners, raise the event again, destroy the
 // component. Listeners added during a call hear the next one; after destruction no further listener is called.
 template <typename... Arguments>
@@ -16,27 +46,24 @@ class Event {
 public:
     using Listener = std::function<void(Arguments...)>;
 
-    // Returns a number for Remove.
-    size_t Add(Listener listener) {
-        listeners->push_back({++lastNumber, std::make_shared<Listener>(std::move(listener))});
-        return lastNumber;
+    // The listener stays as long as the event, or as long as the Subscription to which the result is assigned.
+    AddedListener Add(Listener listener) {
+        listeners->entries.push_back({++listeners->lastNumber, std::make_shared<Listener>(std::move(listener))});
+        return {listeners, listeners->lastNumber};
     }
 
-    void Remove(size_t number) {
-        std::erase_if(*listeners, [number](const Entry& entry) { return entry.number == number; });
-    }
-
-    bool IsEmpty() const { return listeners->empty(); }
+    bool IsEmpty() const { return listeners->entries.empty(); }
 
     // Arguments of reference type let a listener answer.
     void Raise(Arguments... arguments) const {
-        const std::weak_ptr<std::vector<Entry>> alive = listeners;
-        const std::vector<Entry> calling = *listeners;
+        const std::weak_ptr<List> alive = listeners;
+        const std::vector<Entry> calling = listeners->entries;
         for (const Entry& entry : calling) {
             const auto list = alive.lock();
             if (!list) return;
-            const bool isStillThere = std::any_of(
-                list->begin(), list->end(), [&entry](const Entry& other) { return other.number == entry.number; });
+            const bool isStillThere =
+                std::any_of(list->entries.begin(), list->entries.end(),
+                            [&entry](const Entry& other) { return other.number == entry.number; });
             if (isStillThere) (*entry.listener)(arguments...);
         }
     }
@@ -46,9 +73,15 @@ private:
         size_t number;
         std::shared_ptr<Listener> listener;
     };
+    struct List final : ListenerList {
+        void Remove(size_t number) override {
+            std::erase_if(entries, [number](const Entry& entry) { return entry.number == number; });
+        }
+        std::vector<Entry> entries;
+        size_t lastNumber = 0;
+    };
 
-    std::shared_ptr<std::vector<Entry>> listeners = std::make_shared<std::vector<Entry>>();
-    size_t lastNumber = 0;
+    std::shared_ptr<List> listeners = std::make_shared<List>();
 };
 
 } // namespace dax

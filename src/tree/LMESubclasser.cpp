@@ -17,7 +17,7 @@ LMESubclasser::~LMESubclasser() { RegisterWindows(nullptr, nullptr); }
 
 void LMESubclasser::RegisterWindows(NodeTree* newTree, TreeWindow* newWindow) {
     if (window) window->StopTimer(TreeTimer::Checkstate);
-    if (tree) tree->SelectionChanged().Remove(listener);
+    listener = {};
     tree = newTree;
     window = newWindow;
     if (!tree) return;

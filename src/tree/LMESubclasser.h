@@ -37,7 +37,7 @@ private:
 
     NodeTree* tree = nullptr;
     TreeWindow* window = nullptr;
-    size_t listener = 0;
+    Subscription listener;
     bool isActive = false;
     Event<Node*, Node*, bool&> selectionChanging;
     Event<> selectionChanged;

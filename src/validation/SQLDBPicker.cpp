@@ -28,8 +28,6 @@ enum Rights { rightsAdmin = 1, rightsReadOnly = 2 };
 SQLDBPicker::SQLDBPicker(std::shared_ptr<ComboBox> comboBox)
     : cboCatalogs(std::move(comboBox)), clickListener(cboCatalogs->Click.Add([this] { HandleSelection(); })) {}
 
-SQLDBPicker::~SQLDBPicker() { cboCatalogs->Click.Remove(clickListener); }
-
 bool SQLDBPicker::LoadPicker(Text connection, Text user, Text catalog) {
     Clear();
     if (connection.empty() || isDesignMode) return false;

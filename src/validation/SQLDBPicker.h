@@ -14,7 +14,6 @@ class SQLDBPicker {
 public:
     // Shares the list with its window, so that either may be released inside an event of the other.
     explicit SQLDBPicker(std::shared_ptr<ComboBox> cboCatalogs);
-    ~SQLDBPicker();
     SQLDBPicker(const SQLDBPicker&) = delete;
     SQLDBPicker& operator=(const SQLDBPicker&) = delete;
 
@@ -60,7 +59,7 @@ private:
     void HandleSelection();
 
     std::shared_ptr<ComboBox> cboCatalogs;
-    size_t clickListener;
+    Subscription clickListener;
     std::vector<Entry> entries; // in the order of cboCatalogs
     Entry selected;
     Text connectionString, username, defaultCatalog;

@@ -13,11 +13,11 @@ namespace dax {
 
 TEST(Event, ListenersMayComeGoAndRaiseWhileItIsRaised) {
     Event<std::string&> event;
-    size_t second = 0;
+    Subscription second;
     bool isNested = false;
     event.Add([&](std::string& heard) {
         heard += 'a';
-        event.Remove(second);
+        second = {};
         event.Add([](std::string& later) { later += 'c'; });
         if (!std::exchange(isNested, true)) event.Raise(heard);
     });

@@ -177,13 +177,13 @@ TEST_F(EditorOnFile, EditsAndTheirEvents) {
 TEST_F(EditorOnFile, AListenerMayDoAnything) {
     editor->SetCurrentLessonID(u"b");
     // It clears the editor in the middle of a removal, and the removal marks nothing in what comes then.
-    size_t number = editor->AfterSelectionChange.Add([this](const Text&) {
+    Subscription number = editor->AfterSelectionChange.Add([this](const Text&) {
         if (editor->NodeCount() > 0) editor->Clear();
     });
     editor->RemoveLesson(u"b", true);
     EXPECT_EQ(editor->NodeCount(), 0);
     EXPECT_EQ(Take(), u"Sb Ss S ");
-    editor->AfterSelectionChange.Remove(number);
+    number = {};
     ASSERT_TRUE(editor->LoadDatabase());
     number = editor->DataChanged.Add([this] { editor->LoadDatabase(); });
     editor->AddLesson(u"new", u"", u"", ltLesson);
@@ -191,7 +191,7 @@ TEST_F(EditorOnFile, AListenerMayDoAnything) {
     editor->SetCurrentLessonID(u"b");
     editor->RemoveLesson(u"g", true);
     EXPECT_EQ(Shape(), u"(g(a b s(c d)) h)");
-    editor->DataChanged.Remove(number);
+    number = {};
     ASSERT_TRUE(editor->SaveDatabase()); // nothing was left pending by the interrupted edits
     EXPECT_EQ(test::ReadRows(database.ConnectionString()).size(), 7u);
 }
@@ -244,7 +244,7 @@ TEST_F(EditorOnFile, UndoesWhatWasSavedAndTakenBack) {
     EXPECT_EQ(test::ReadRows(database.ConnectionString()).size(), 7u);
 
     // A host that saves at every change.
-    const size_t saving = editor->DataChanged.Add([this] { EXPECT_TRUE(editor->SaveDatabase()) << ToUtf8(error); });
+    Subscription saving = editor->DataChanged.Add([this] { EXPECT_TRUE(editor->SaveDatabase()) << ToUtf8(error); });
     editor->AddLesson(u"auto", u"", u"", ltLesson);
     editor->RemoveLesson(u"h", true);
     for (int steps : {1, 2}) {
@@ -256,17 +256,17 @@ TEST_F(EditorOnFile, UndoesWhatWasSavedAndTakenBack) {
     }
     editor->Undo();
     editor->Undo();
-    editor->DataChanged.Remove(saving);
+    saving = {};
 
     editor->SetLocked(true);
     EXPECT_FALSE(editor->CanUndo() || editor->CanRedo());
     editor->SetLocked(false);
     Take();
     bool couldUndo = false;
-    const size_t number = editor->DataChanged.Add([&] { couldUndo = editor->CanUndo(); });
+    Subscription number = editor->DataChanged.Add([&] { couldUndo = editor->CanUndo(); });
     editor->UpdateLesson(u"h", u"New", u"", ltLesson);
     EXPECT_TRUE(couldUndo && !editor->CanRedo()); // a new edit ends what could be redone
-    editor->DataChanged.Remove(number);
+    number = {};
     editor->Undo();
     EXPECT_EQ(Take(), u"D D ");
     for (int i = 0; i < 1200; ++i) editor->UpdateLesson(u"h", ToText(i), u"", ltLesson);

@@ -149,12 +149,11 @@ protected:
         editor->AddStoryboard(NewPage(u"n"));
         ASSERT_EQ(Shown(), "A: n a( b ) | B:") << where;
         std::string told;
-        const size_t listener =
+        const Subscription listener =
             editor->AfterSelectionChange.Add([&told](const auto& page) { told += ToUtf8(page->SBID()); });
         editor->SetCurrentSBID(u"b");
         tree->Select(tree->Find(u"a"));
         ASSERT_EQ(told, "ba") << where;
-        editor->AfterSelectionChange.Remove(listener);
     }
 
     FaultInjector faults;

@@ -37,7 +37,6 @@ GroupEditorWindow::GroupEditorWindow() : WindowBase(L"DAXGroupEditor") {
 }
 
 GroupEditorWindow::~GroupEditorWindow() {
-    editor->PropertyChanged.Remove(propertyListener);
     editor->AttachWindow(nullptr);
     if (pictures) ImageList_Destroy(pictures);
 }

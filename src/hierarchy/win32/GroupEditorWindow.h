@@ -35,7 +35,7 @@ private:
 
     std::shared_ptr<GroupEditor> editor = GroupEditor::Create();
     std::shared_ptr<TreeViewWindow> treeView = std::make_shared<TreeViewWindow>(editor->Tree());
-    size_t propertyListener;
+    Subscription propertyListener;
     HIMAGELIST pictures = nullptr;
     int pictureDpi = 0;
 };

@@ -47,8 +47,6 @@ LessonMapEditorWindow::LessonMapEditorWindow() : WindowBase(L"DAXLessonMapEditor
 }
 
 LessonMapEditorWindow::~LessonMapEditorWindow() {
-    editor->PropertyChanged.Remove(propertyListener);
-    editor->CheckboxesChanged.Remove(boxListener);
     editor->SetWindow(nullptr);
     if (pictures) ImageList_Destroy(pictures);
 }

@@ -42,7 +42,7 @@ private:
     std::shared_ptr<LessonMapEditor> editor = LessonMapEditor::Create();
     std::shared_ptr<NodeTree> nodes = editor->tvwObject();
     std::shared_ptr<TreeViewWindow> treeView = std::make_shared<TreeViewWindow>(*nodes);
-    size_t propertyListener, boxListener;
+    Subscription propertyListener, boxListener;
     HIMAGELIST pictures = nullptr;
     bool arePicturesOfHost = false, isReading = false;
     int pictureDpi = 0;

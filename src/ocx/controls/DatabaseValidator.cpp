@@ -54,10 +54,10 @@ public:
     }
 
 private:
-    ~DatabaseValidatorControl() override { validator->Changed.Remove(changedListener); }
+    ~DatabaseValidatorControl() override = default;
 
     const std::shared_ptr<dax::DatabaseValidator> validator = View().Validator();
-    size_t changedListener = 0;
+    Subscription changedListener;
 };
 
 } // namespace

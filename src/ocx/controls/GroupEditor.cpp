@@ -173,13 +173,7 @@ public:
     }
 
 private:
-    ~GroupEditorControl() override {
-        editor->AfterSelectionChange.Remove(listeners[0]);
-        editor->DataChanged.Remove(listeners[1]);
-        editor->DeleteRequest.Remove(listeners[2]);
-        editor->Error.Remove(listeners[3]);
-        editor->DblClick.Remove(listeners[4]);
-    }
+    ~GroupEditorControl() override = default;
 
     void* Find(REFIID iid) override {
         return iid == OwnEditor ? static_cast<_GroupEditor*>(this) : ControlOf::Find(iid);
@@ -209,7 +203,7 @@ private:
     }
 
     const std::shared_ptr<GroupEditor> editor = View().Editor();
-    std::array<size_t, 5> listeners{};
+    std::array<Subscription, 5> listeners;
 };
 
 } // namespace

@@ -32,10 +32,10 @@ public:
     }
 
 private:
-    ~LockInfoControl() override { info->Error.Remove(errorListener); }
+    ~LockInfoControl() override = default;
 
     const std::shared_ptr<LockInfo> info = View().Info();
-    size_t errorListener = 0;
+    Subscription errorListener;
 };
 
 } // namespace

@@ -147,11 +147,7 @@ public:
     }
 
 private:
-    ~LockManagerControl() override {
-        manager->SelectionChanged.Remove(selectionListener);
-        manager->DeleteRequest.Remove(deleteListener);
-        manager->Error.Remove(errorListener);
-    }
+    ~LockManagerControl() override = default;
 
     void Raise(DISPID event, std::initializer_list<Variant> arguments) {
         const SelfReference self(*this);
@@ -161,7 +157,7 @@ private:
 
     const std::shared_ptr<LockManager> manager = View().Manager();
     ComPtr<IDispatch> groupObject;
-    size_t selectionListener = 0, deleteListener = 0, errorListener = 0;
+    Subscription selectionListener, deleteListener, errorListener;
 };
 
 } // namespace

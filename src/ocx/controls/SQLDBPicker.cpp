@@ -83,10 +83,10 @@ public:
     }
 
 private:
-    ~SQLDBPickerControl() override { picker->CatalogChanged.Remove(changedListener); }
+    ~SQLDBPickerControl() override = default;
 
     const std::shared_ptr<dax::SQLDBPicker> picker = View().Picker();
-    size_t changedListener = 0;
+    Subscription changedListener;
 };
 
 } // namespace

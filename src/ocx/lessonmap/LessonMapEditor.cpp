@@ -178,15 +178,7 @@ public:
     }
 
 private:
-    ~LessonMapEditorControl() override {
-        editor->AfterSelectionChange.Remove(selectionListener);
-        editor->ItemChecked.Remove(checkListener);
-        editor->MapChanged.Remove(mapListener);
-        editor->DeleteRequest.Remove(deleteListener);
-        editor->ContextMenuRequest.Remove(menuListener);
-        editor->Error.Remove(errorListener);
-        treeHost->control = nullptr;
-    }
+    ~LessonMapEditorControl() override { treeHost->control = nullptr; }
 
     // The tree as hosts hold it, who may hold it longer than the control.
     struct ControlTree final : TreeHost {
@@ -232,8 +224,7 @@ private:
     const std::shared_ptr<ControlTree> treeHost = std::make_shared<ControlTree>(*this);
     const std::shared_ptr<TreeObjects> nodes = std::make_shared<TreeObjects>(editor->tvwObject(), treeHost);
     ComPtr<IDispatch> imageList; // the object that the host has set
-    size_t selectionListener = 0, checkListener = 0, mapListener = 0, deleteListener = 0, menuListener = 0,
-           errorListener = 0;
+    Subscription selectionListener, checkListener, mapListener, deleteListener, menuListener, errorListener;
 };
 
 } // namespace

@@ -9,7 +9,7 @@ DatabaseValidatorWindow::DatabaseValidatorWindow()
     validator->ProcessMessages = ProcessPendingMessages;
 }
 
-DatabaseValidatorWindow::~DatabaseValidatorWindow() { validator->Changed.Remove(changedListener); }
+DatabaseValidatorWindow::~DatabaseValidatorWindow() = default;
 
 SIZE DatabaseValidatorWindow::PreferredSize(int dpi) const { return {MulDiv(360, dpi, 96), MulDiv(120, dpi, 96)}; }
 

@@ -28,7 +28,7 @@ private:
     void ShowTexts();
 
     std::shared_ptr<DatabaseValidator> validator = std::make_shared<DatabaseValidator>();
-    size_t changedListener;
+    Subscription changedListener;
     TextAccess access{[this] { return Paragraphs(); }};
     StatusPictures pictures;
     bool isDesignMode = false;
