@@ -1,6 +1,6 @@
 #include "ControlWindow.h"
 
-#include "com/Fault.h"
+#include "com/ComError.h"
 
 #include <algorithm>
 #include <iterator>

@@ -2,7 +2,9 @@
 
 #include "Diagnosis.h"
 #include "Output.h"
-#include "com/Variant.h"
+#include "com/ComError.h"
+#include "com/ComObject.h"
+#include "com/Dispatch.h"
 
 #include <map>
 #include <stdexcept>
@@ -19,46 +21,51 @@ std::wstring Hexadecimal(unsigned long number) {
     return std::wstring(text, static_cast<size_t>(wsprintfW(text, L"%08lX", number)));
 }
 
-std::wstring Take(BSTR text) {
-    const std::wstring result = ToWide(FromBstr(text));
-    SysFreeString(text);
-    return result;
+// "file(line, column): source: description (number)"
+std::wstring Message(const std::wstring& place, const DispatchResult& error) {
+    const std::wstring source = ToWide(error.source), description = ToWide(error.description);
+    return place + L": " + (source.empty() ? L"" : source + L": ") +
+           (description.empty() ? L"the call has failed" : description) + L" (" +
+           Hexadecimal(static_cast<unsigned long>(error.code)) + L")";
 }
 
-// "file(line, column): source: description (number)"
-std::wstring Message(const std::wstring& place, EXCEPINFO& info) {
-    if (info.pfnDeferredFillIn) info.pfnDeferredFillIn(&info);
-    std::wstring source = Take(info.bstrSource), description = Take(info.bstrDescription);
-    SysFreeString(info.bstrHelpFile);
-    if (description.empty()) description = L"the call has failed";
-    if (!source.empty()) source += L": ";
-    return place + L": " + source + description + L" (" +
-           Hexadecimal(static_cast<unsigned long>(info.scode ? info.scode : info.wCode)) + L")";
+// Stores a value where the by-reference argument `target` points; a value of another type is left out.
+void WriteBack(Variant& value, VARIANT& target) {
+    const VARTYPE type = target.vt & ~VT_BYREF;
+    if (type == VT_VARIANT) {
+        VariantCopy(target.pvarVal, &value);
+        return;
+    }
+    Variant changed;
+    if (FAILED(VariantChangeType(&changed, &value, 0, type))) return;
+    switch (type) {
+    case VT_BOOL:
+        *target.pboolVal = changed.boolVal;
+        break;
+    case VT_I2:
+        *target.piVal = changed.iVal;
+        break;
+    case VT_I4:
+        *target.plVal = changed.lVal;
+        break;
+    case VT_R8:
+        *target.pdblVal = changed.dblVal;
+        break;
+    case VT_BSTR:
+        SysFreeString(*target.pbstrVal);
+        *target.pbstrVal = std::exchange(changed.bstrVal, nullptr);
+        break;
+    default:
+        break;
+    }
 }
 
 } // namespace
 
-class Engine::Site final : public IActiveScriptSite, public IActiveScriptSiteWindow {
+class Engine::Site final : public ComObject<Implements<IActiveScriptSite, IID_IActiveScriptSite>,
+                                            Implements<IActiveScriptSiteWindow, IID_IActiveScriptSiteWindow>> {
 public:
     explicit Site(std::wstring path) : path(std::move(path)) {}
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
-        if (!object) return E_POINTER;
-        *object = nullptr;
-        if (iid == IID_IUnknown || iid == IID_IActiveScriptSite)
-            *object = static_cast<IActiveScriptSite*>(this);
-        else if (iid == IID_IActiveScriptSiteWindow)
-            *object = static_cast<IActiveScriptSiteWindow*>(this);
-        if (!*object) return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
-    STDMETHODIMP_(ULONG) Release() override {
-        const ULONG left = --references;
-        if (left == 0) delete this;
-        return left;
-    }
 
     STDMETHODIMP GetLCID(LCID* locale) override {
         *locale = LOCALE_USER_DEFAULT;
@@ -70,8 +77,7 @@ public:
         const auto found = objects.find(name);
         if (found == objects.end()) return TYPE_E_ELEMENTNOTFOUND;
         if ((wanted & SCRIPTINFO_IUNKNOWN) && object) {
-            *object = found->second.Get();
-            (*object)->AddRef();
+            *object = ComPtr<IUnknown>(found->second).Detach();
         }
         return S_OK;
     }
@@ -85,27 +91,24 @@ public:
         LONG column = 0;
         error->GetSourcePosition(&context, &line, &column);
         error->GetExceptionInfo(&info);
-        if (info.pfnDeferredFillIn) info.pfnDeferredFillIn(&info);
-        TellCaller(info);
-        const HRESULT code = CodeOf(info);
+        DispatchResult raised = TakeException(info);
+        // Beside the number, which is all that an engine returns.
+        SetErrorText(raised.description, raised.source);
         // The engines do not say which class they could not make an object of.
-        const std::wstring name = code == cannotCreate ? text.ClassNameIn(line) : std::wstring();
-        if (!name.empty()) {
-            SysFreeString(info.bstrDescription);
-            info.bstrDescription = SysAllocString(DescribeMissingClass(name, code).c_str());
-        }
-        const std::wstring message = MessageAt(line, column + 1, info);
+        const std::wstring name = raised.code == cannotCreate ? text.ClassNameIn(line) : std::wstring();
+        if (!name.empty()) raised.description = FromWide(DescribeMissingClass(name, raised.code));
+        const std::wstring message = MessageAt(line, column + 1, raised);
         // The call of an object that has failed because the script's own member did, below the place of that one.
-        pending = !pending.empty() && code == pendingCode ? pending + L"\n" + message : message;
-        pendingCode = code;
-        // Not handled here: the caller, who may be an object that hands the error on to the script, gets its number.
+        pending = !pending.empty() && raised.code == pendingCode ? pending + L"\n" + message : message;
+        pendingCode = raised.code;
+        // Not handled here: the caller, who may be an object that passes the error on to the script, gets its number.
         return E_FAIL;
     }
     // With the line itself; the first line is 0, the first column 1.
-    std::wstring MessageAt(size_t line, LONG column, EXCEPINFO& info) const {
+    std::wstring MessageAt(size_t line, LONG column, const DispatchResult& error) const {
         const std::wstring place = path + L"(" + std::to_wstring(line + 1) + L", " + std::to_wstring(column) + L")";
         const std::wstring shown = text.Line(line);
-        return Message(place, info) + (shown.empty() ? L"" : L"\n    " + shown);
+        return Message(place, error) + (shown.empty() ? L"" : L"\n    " + shown);
     }
     STDMETHODIMP OnEnterScript() override { return S_OK; }
     STDMETHODIMP OnLeaveScript() override { return S_OK; }
@@ -132,43 +135,25 @@ public:
 private:
     ~Site() = default;
 
-    static HRESULT CodeOf(const EXCEPINFO& info) {
-        return info.scode ? info.scode : MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, info.wCode);
-    }
-
-    // Beside the number, which is all that an engine answers.
-    static void TellCaller(const EXCEPINFO& info) {
-        ComPtr<ICreateErrorInfo> told;
-        if (FAILED(CreateErrorInfo(told.Out()))) return;
-        told->SetDescription(info.bstrDescription);
-        told->SetSource(info.bstrSource);
-        if (const auto error = Query<IErrorInfo>(told.Get(), IID_IErrorInfo)) SetErrorInfo(0, error.Get());
-    }
-
     std::wstring pending;
     HRESULT pendingCode = S_OK;
-    ULONG references = 1;
 };
 
 Engine::Engine(const std::wstring& language, std::wstring path)
-    : site(new Site(std::move(path))), isVBScript(language == L"VBScript") {
+    : site(MakeCom<Site>(std::move(path))), isVBScript(language == L"VBScript") {
     CLSID clsid{};
     HRESULT result = CLSIDFromProgID(language.c_str(), &clsid);
     if (SUCCEEDED(result))
         result = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IActiveScript, script.OutVoid());
-    if (FAILED(result)) {
-        site->Release();
-        throw std::runtime_error("this system has no script engine for that language");
-    }
-    script->SetScriptSite(site);
-    if (const auto parse = Query<IActiveScriptParse>(script.Get(), IID_IActiveScriptParse)) parse->InitNew();
+    if (FAILED(result)) throw std::runtime_error("this system has no script engine for that language");
+    script->SetScriptSite(site.Get());
+    if (const auto parse = script.As<IActiveScriptParse>(IID_IActiveScriptParse)) parse->InitNew();
 }
 
 Engine::~Engine() {
     script->Close();
     script.Reset();
     site->objects.clear();
-    site->Release();
 }
 
 bool Engine::HasFailed() const { return site->hasFailed; }
@@ -179,7 +164,7 @@ void Engine::AddObject(const wchar_t* name, IDispatch* object) {
 }
 
 bool Engine::Run(const std::wstring& text) {
-    const auto parse = Query<IActiveScriptParse>(script.Get(), IID_IActiveScriptParse);
+    const auto parse = script.As<IActiveScriptParse>(IID_IActiveScriptParse);
     if (!parse) throw std::runtime_error("the script engine takes no text");
     site->text = ScriptText(text);
     // In this order the text runs at once, and its failure is the result.
@@ -201,74 +186,36 @@ bool Engine::Takes(const std::wstring& procedure, std::span<const std::wstring> 
     const auto count = [](size_t number) {
         return std::to_wstring(number) + (number == 1 ? L" argument" : L" arguments");
     };
-    EXCEPINFO info{};
-    info.scode = DISP_E_BADPARAMCOUNT;
-    info.bstrDescription =
-        SysAllocString((procedure + L" takes " + count(declared->parameters) + L", but the event has " +
-                        count(parameters.size()) + names + (names.empty() ? L"." : L")."))
-                           .c_str());
-    site->Settle(true, site->MessageAt(declared->line, 1, info));
+    const std::wstring description = procedure + L" takes " + count(declared->parameters) + L", but the event has " +
+                                     count(parameters.size()) + names + (names.empty() ? L"." : L").");
+    site->Settle(true, site->MessageAt(declared->line, 1, {DISP_E_BADPARAMCOUNT, {}, FromWide(description), {}}));
     return false;
 }
 
 void Engine::Call(const std::wstring& procedure, std::span<const std::wstring> parameterNames, DISPPARAMS& parameters) {
     ComPtr<IDispatch> dispatch;
     if (FAILED(script->GetScriptDispatch(nullptr, dispatch.Out())) || !dispatch) return;
-    std::wstring name = procedure;
-    LPOLESTR names[] = {name.data()};
     DISPID dispid = 0;
-    if (FAILED(dispatch->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &dispid))) return;
+    if (FAILED(FindMember(dispatch.Get(), procedure, dispid))) return;
     if (!Takes(procedure, parameterNames)) return;
 
-    std::vector<Variant> arguments(parameters.cArgs);
-    std::vector<VARIANT> passed(parameters.cArgs);
-    for (UINT i = 0; i < parameters.cArgs; ++i) {
-        VARIANT& given = parameters.rgvarg[i];
-        VariantCopyInd(&arguments[i], &given);
-        passed[i] = arguments[i];
-        if (!(given.vt & VT_BYREF)) continue;
+    const std::vector<VARIANT*> given = ReceivedArguments(parameters);
+    std::vector<Variant> arguments(given.size()), passed(given.size());
+    for (size_t i = 0; i < given.size(); ++i) {
+        VariantCopyInd(&arguments[i], given[i]);
+        if (!(given[i]->vt & VT_BYREF)) {
+            passed[i] = arguments[i];
+            continue;
+        }
         // Engines change only whole variants; see below for the way back.
         passed[i].vt = VT_BYREF | VT_VARIANT;
         passed[i].pvarVal = &arguments[i];
     }
-    DISPPARAMS call{passed.data(), nullptr, parameters.cArgs, 0};
-    EXCEPINFO info{};
-    Variant answer;
-    const HRESULT result =
-        dispatch->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &call, &answer, &info, nullptr);
-    if (result != DISP_E_EXCEPTION) info.scode = result;
-    site->Settle(FAILED(result), Message(site->path + L", in " + procedure, info));
+    const DispatchResult result = InvokeMember(dispatch.Get(), dispid, DISPATCH_METHOD, passed);
+    site->Settle(FAILED(result.code), Message(site->path + L", in " + procedure, result));
 
-    for (UINT i = 0; i < parameters.cArgs; ++i) {
-        VARIANT& given = parameters.rgvarg[i];
-        if (!(given.vt & VT_BYREF)) continue;
-        const VARTYPE kind = given.vt & ~VT_BYREF;
-        if (kind == VT_VARIANT) {
-            VariantCopy(given.pvarVal, &arguments[i]);
-            continue;
-        }
-        Variant changed;
-        if (FAILED(VariantChangeType(&changed, &arguments[i], 0, kind))) continue;
-        switch (kind) {
-        case VT_BOOL:
-            *given.pboolVal = changed.boolVal;
-            break;
-        case VT_I2:
-            *given.piVal = changed.iVal;
-            break;
-        case VT_I4:
-            *given.plVal = changed.lVal;
-            break;
-        case VT_R8:
-            *given.pdblVal = changed.dblVal;
-            break;
-        case VT_BSTR:
-            SysFreeString(*given.pbstrVal);
-            *given.pbstrVal = std::exchange(changed.bstrVal, nullptr);
-            break;
-        default:
-            break;
-        }
+    for (size_t i = 0; i < given.size(); ++i) {
+        if (given[i]->vt & VT_BYREF) WriteBack(arguments[i], *given[i]);
     }
 }
 

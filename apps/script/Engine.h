@@ -35,7 +35,7 @@ private:
     bool Takes(const std::wstring& procedure, std::span<const std::wstring> parameters);
 
     ComPtr<IActiveScript> script;
-    Site* site; // counted
+    const ComPtr<Site> site;
     bool isVBScript;
 };
 

@@ -2,57 +2,58 @@
 #pragma once
 
 #include "ControlWindow.h"
-#include "EventSink.h"
+#include "Engine.h"
+
+#include "com/EventSink.h"
 
 #include <memory>
-#include <span>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace dax {
 
-class ScriptObject final : public IDispatch {
+class ScriptObject final : public DispatchObject<> {
 public:
     ScriptObject(Engine& engine, std::wstring path, std::vector<std::wstring> arguments);
 
-    // Lets go of all event connections.
+    // Ends all event connections.
     void Close();
 
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override;
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
-    STDMETHODIMP_(ULONG) Release() override;
-    STDMETHODIMP GetTypeInfoCount(UINT* count) override;
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* dispids) override;
     STDMETHODIMP Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT* result,
                         EXCEPINFO* exception, UINT*) override;
 
 private:
-    ~ScriptObject() = default;
+    // The arguments of a call in their written order, without references; a member that is not a property returns
+    // nothing.
+    using Arguments = std::vector<Variant>;
+    Variant Echo(const Arguments& arguments);
+    Variant Quit(const Arguments& arguments);
+    Variant Sleep(const Arguments& arguments);
+    Variant CreateObject(const Arguments& arguments);
+    Variant ConnectObject(const Arguments& arguments);
+    Variant DisconnectObject(const Arguments& arguments);
+    Variant ShowControl(const Arguments& arguments); // ShowControl object, title
+    Variant Press(const Arguments& arguments);       // Press object, key
+    Variant Argument(const Arguments& arguments);    // Arguments(i)
+    Variant ArgumentCount(const Arguments& arguments);
+    Variant ScriptFullName(const Arguments& arguments);
 
-    // The arguments of a call in their written order.
-    using Arguments = std::vector<VARIANT>;
-    void Echo(const Arguments& arguments);
-    void Quit(const Arguments& arguments);
-    void Sleep(const Arguments& arguments);
-    void CreateObject(const Arguments& arguments, VARIANT* result);
-    void ConnectObject(const Arguments& arguments);
-    void DisconnectObject(const Arguments& arguments);
-    void ShowControl(const Arguments& arguments);               // ShowControl object, title
-    void Press(const Arguments& arguments);                     // Press object, key
-    void Argument(const Arguments& arguments, VARIANT* result); // Arguments(i)
+    struct Member {
+        const wchar_t* name;
+        Variant (ScriptObject::*call)(const Arguments& arguments);
+    };
+    static const Member Members[]; // a member's DISPID is its place, from 1
 
     Engine& engine;
     std::wstring path;
     std::vector<std::wstring> scriptArguments;
     struct Connection {
         ComPtr<IUnknown> object; // its identity
-        ComPtr<EventSink> sink;
+        EventConnection events;
     };
     std::vector<Connection> connections;
     std::vector<std::unique_ptr<ControlWindow>> windows;
-    ULONG references = 1;
 };
 
 } // namespace dax

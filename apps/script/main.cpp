@@ -55,11 +55,10 @@ int RunScript(const std::wstring& path, std::vector<std::wstring> arguments) {
         return 2;
     }
     Engine engine(language, path);
-    auto* object = new ScriptObject(engine, path, std::move(arguments));
-    engine.AddObject(L"WScript", object);
+    const auto object = MakeCom<ScriptObject>(engine, path, std::move(arguments));
+    engine.AddObject(L"WScript", object.Get());
     engine.Run(text);
     object->Close();
-    object->Release();
     return engine.HasFailed() ? 1 : 0;
 }
 

@@ -1,5 +1,6 @@
 #include "com/ConnectionPoint.h"
 
+#include "com/Dispatch.h"
 #include "com/Enumerator.h"
 
 #include <olectl.h>
@@ -11,14 +12,10 @@ namespace dax {
 namespace {
 
 CONNECTDATA GiveConnection(const ConnectionPoint::Connection& held) {
-    held.sink->AddRef();
-    return {held.sink.Get(), held.cookie};
+    return {ComPtr(held.sink).Detach(), held.cookie};
 }
 
-IConnectionPoint* GivePoint(const ComPtr<IConnectionPoint>& held) {
-    held->AddRef();
-    return held.Get();
-}
+IConnectionPoint* GivePoint(const ComPtr<IConnectionPoint>& held) { return ComPtr(held).Detach(); }
 
 using ConnectionEnumerator =
     Enumerator<IEnumConnections, IID_IEnumConnections, CONNECTDATA, ConnectionPoint::Connection, GiveConnection>;
@@ -37,14 +34,6 @@ void ConnectionPoint::DisconnectAll() {
     released.swap(connections);
 }
 
-HRESULT ConnectionPoint::QueryInterface(REFIID iid, void** object) {
-    if (!object) return E_POINTER;
-    *object = iid == IID_IUnknown || iid == IID_IConnectionPoint ? static_cast<IConnectionPoint*>(this) : nullptr;
-    if (!*object) return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
-}
-
 HRESULT ConnectionPoint::GetConnectionInterface(IID* iid) {
     if (!iid) return E_POINTER;
     *iid = sinkInterface;
@@ -53,8 +42,7 @@ HRESULT ConnectionPoint::GetConnectionInterface(IID* iid) {
 
 HRESULT ConnectionPoint::GetConnectionPointContainer(IConnectionPointContainer** container) {
     if (!container) return E_POINTER;
-    *container = &owner;
-    owner.AddRef();
+    *container = ComPtr(&owner).Detach();
     return S_OK;
 }
 
@@ -92,16 +80,16 @@ HRESULT ConnectionPoint::EnumConnections(IEnumConnections** result) {
     }
 }
 
-void FireEvent(const ConnectionPoint& point, DISPID event, std::span<Variant> arguments) {
-    std::vector<Variant> reversed(arguments.rbegin(), arguments.rend());
+void FireEvent(const ConnectionPoint& point, DISPID event, std::span<const Variant> arguments) {
     for (const auto& connection : point.Connections()) {
         if (!point.IsConnected(connection.cookie)) continue; // an earlier sink has disconnected it
         // Connected as the events' own interface or as IDispatch: both are an IDispatch. Asked for it again, a sink of
-        // several controls would answer the one that it was made for first.
+        // several controls would return the one that it was made for first.
         auto* const dispatch = static_cast<IDispatch*>(connection.sink.Get());
-        DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+        PackedArguments packed(arguments, DISPATCH_METHOD);
         Variant result;
-        dispatch->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, &result, nullptr, nullptr);
+        dispatch->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, packed.Parameters(), &result, nullptr,
+                         nullptr);
     }
 }
 

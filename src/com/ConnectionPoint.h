@@ -1,7 +1,7 @@
 // Where a host's event sink is connected to an object.
 #pragma once
 
-#include "com/ComPtr.h"
+#include "com/ComObject.h"
 #include "com/Variant.h"
 
 #include <ocidl.h>
@@ -11,12 +11,12 @@
 
 namespace dax {
 
-// A part of its owner: shares the owner's count.
-class ConnectionPoint final : public IConnectionPoint {
+// A part of its owner: shares the owner's reference count.
+class ConnectionPoint final : public ComObject<Implements<IConnectionPoint, IID_IConnectionPoint>> {
 public:
     struct Connection {
         DWORD cookie;
-        ComPtr<IUnknown> sink; // the pointer that the sink answered for this interface; it may have several
+        ComPtr<IUnknown> sink; // the pointer that the sink returned for this interface; it may have several
     };
     // Sinks of events may know IDispatch alone, as scripts' do.
     enum class Kind { Events, Interface };
@@ -30,7 +30,6 @@ public:
     bool IsConnected(DWORD cookie) const;
     void DisconnectAll();
 
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override;
     STDMETHODIMP_(ULONG) AddRef() override { return owner.AddRef(); }
     STDMETHODIMP_(ULONG) Release() override { return owner.Release(); }
     STDMETHODIMP GetConnectionInterface(IID* iid) override;
@@ -49,7 +48,7 @@ private:
 
 // Calls an event on every sink of a point of events in turn, arguments in their documented order. A sink that fails is
 // passed over.
-void FireEvent(const ConnectionPoint& point, DISPID event, std::span<Variant> arguments);
+void FireEvent(const ConnectionPoint& point, DISPID event, std::span<const Variant> arguments);
 
 // For IConnectionPointContainer::EnumConnectionPoints.
 HRESULT EnumeratePoints(std::vector<ComPtr<IConnectionPoint>> points, IEnumConnectionPoints** result);

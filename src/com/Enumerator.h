@@ -1,7 +1,7 @@
 // One enumerator for all kinds: a list taken when the enumeration begins, handed out piece by piece.
 #pragma once
 
-#include "com/ComPtr.h"
+#include "com/ComObject.h"
 #include "com/Library.h"
 
 #include <memory>
@@ -13,31 +13,17 @@ namespace dax {
 // `Held` is what the list keeps, `Element` what the interface hands out; `Give(const Held&)` makes the one from the
 // other, with whatever reference or memory the receiver has to free.
 template <typename Interface, const IID& iid, typename Element, typename Held, Element (*Give)(const Held&)>
-class Enumerator final : public Interface {
+class Enumerator final : public ComObject<Implements<Interface, iid>> {
 public:
     using List = std::shared_ptr<const std::vector<Held>>;
 
-    explicit Enumerator(List list, size_t next = 0) : list(std::move(list)), next(next) { Module::Lock(); }
+    explicit Enumerator(List list, size_t next = 0) : list(std::move(list)), next(next) {}
 
     // Fails with E_OUTOFMEMORY only.
     static HRESULT Create(std::vector<Held> elements, Interface** result) {
         if (!result) return E_POINTER;
         *result = new (std::nothrow) Enumerator(std::make_shared<const std::vector<Held>>(std::move(elements)));
         return *result ? S_OK : E_OUTOFMEMORY;
-    }
-
-    STDMETHODIMP QueryInterface(REFIID wanted, void** object) override {
-        if (!object) return E_POINTER;
-        *object = wanted == IID_IUnknown || wanted == iid ? static_cast<Interface*>(this) : nullptr;
-        if (!*object) return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
-    STDMETHODIMP_(ULONG) Release() override {
-        const ULONG left = --references;
-        if (left == 0) delete this;
-        return left;
     }
 
     STDMETHODIMP Next(ULONG count, Element* elements, ULONG* fetched) override {
@@ -69,11 +55,9 @@ public:
     }
 
 private:
-    ~Enumerator() { Module::Unlock(); }
-
+    const ModuleLock lock;
     List list;
     size_t next;
-    ULONG references = 1;
 };
 
 } // namespace dax

@@ -59,4 +59,13 @@ ComPtr<ITypeInfo> TypeInfo(const GUID& guid);
 
 } // namespace Module
 
+// Keeps the DLL loaded as long as the object that has it as a member.
+class ModuleLock {
+public:
+    ModuleLock() { Module::Lock(); }
+    ~ModuleLock() { Module::Unlock(); }
+    ModuleLock(const ModuleLock&) = delete;
+    ModuleLock& operator=(const ModuleLock&) = delete;
+};
+
 } // namespace dax

@@ -1,4 +1,4 @@
-#include "com/Fault.h"
+#include "com/ComError.h"
 #include "com/Library.h"
 
 #include <atomic>

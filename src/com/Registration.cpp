@@ -1,6 +1,6 @@
 #include "com/Registration.h"
 
-#include "com/Fault.h"
+#include "com/ComError.h"
 #include "com/Library.h"
 #include "com/RegistryEntries.h"
 

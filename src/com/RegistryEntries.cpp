@@ -1,7 +1,8 @@
 #include "com/RegistryEntries.h"
 
-#include "com/Fault.h"
+#include "com/ComError.h"
 #include "com/Library.h"
+#include "com/Variant.h"
 
 namespace dax {
 
@@ -48,11 +49,9 @@ void AddClass(std::vector<RegistryEntry>& entries, const ClassEntry& entry, cons
 }
 
 std::wstring NameOf(const ComPtr<ITypeLib>& types, int index) {
-    BSTR name = nullptr;
-    Check(types->GetDocumentation(index, &name, nullptr, nullptr, nullptr));
-    std::wstring text(name ? name : L"");
-    SysFreeString(name);
-    return text;
+    Bstr name;
+    Check(types->GetDocumentation(index, name.Out(), nullptr, nullptr, nullptr));
+    return std::wstring(name.Wide());
 }
 
 void AddInterface(std::vector<RegistryEntry>& entries, const ComPtr<ITypeLib>& types, UINT index) {
@@ -93,11 +92,10 @@ std::vector<RegistryEntry> TypeEntries(const std::wstring& path) {
     const Library& library = ThisLibrary();
     ComPtr<ITypeLib> types;
     Check(LoadTypeLibEx(Module::Path().c_str(), REGKIND_NONE, types.Out()));
-    BSTR description = nullptr;
-    Check(types->GetDocumentation(-1, nullptr, &description, nullptr, nullptr));
+    Bstr description;
+    Check(types->GetDocumentation(-1, nullptr, description.Out(), nullptr, nullptr));
     TLIBATTR* attributes = nullptr;
-    const std::wstring text(description ? description : L"");
-    SysFreeString(description);
+    const std::wstring text(description.Wide());
     Check(types->GetLibAttr(&attributes));
     const unsigned flags = attributes->wLibFlags;
     types->ReleaseTLibAttr(attributes);

@@ -1,5 +1,7 @@
 #include "com/Variant.h"
 
+#include "com/ComError.h"
+
 #include <algorithm>
 #include <new>
 #include <utility>
@@ -19,14 +21,22 @@ BSTR ToBstr(TextView text) {
     return result;
 }
 
+namespace {
+
+// Some headers declare the source of a copy without const; it is only read.
+VARIANT* Mutable(const VARIANT& value) { return const_cast<VARIANT*>(&value); }
+
+} // namespace
+
 Variant::Variant(TextView text) : Variant() {
     bstrVal = ToBstr(text);
     vt = VT_BSTR;
 }
 
-Variant::Variant(int32_t number) : Variant() {
-    lVal = number;
-    vt = VT_I4;
+Variant::Variant(std::wstring_view text) : Variant() {
+    bstrVal = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+    if (!bstrVal) throw std::bad_alloc();
+    vt = VT_BSTR;
 }
 
 Variant::Variant(IDispatch* object) : Variant() {
@@ -43,7 +53,7 @@ Variant Variant::ByReference(long& number) {
 }
 
 Variant::Variant(const Variant& other) : Variant() {
-    if (FAILED(VariantCopy(this, const_cast<Variant*>(&other)))) throw std::bad_alloc();
+    if (FAILED(VariantCopy(this, Mutable(other)))) throw std::bad_alloc();
 }
 
 Variant::Variant(Variant&& other) noexcept : Variant() {
@@ -55,9 +65,54 @@ Variant& Variant::operator=(Variant other) noexcept {
     return *this;
 }
 
+std::wstring Variant::Text() const {
+    const bool isObject = vt == VT_DISPATCH || vt == VT_UNKNOWN;
+    Variant text;
+    if (isObject || vt == VT_NULL || FAILED(VariantChangeType(&text, Mutable(*this), VARIANT_ALPHABOOL, VT_BSTR)))
+        return {};
+    return {text.bstrVal ? text.bstrVal : L"", SysStringLen(text.bstrVal)};
+}
+
+long Variant::Long() const {
+    Variant number;
+    return SUCCEEDED(VariantChangeType(&number, Mutable(*this), 0, VT_I4)) ? number.lVal : 0;
+}
+
+bool Variant::Bool() const {
+    Variant flag;
+    return SUCCEEDED(VariantChangeType(&flag, Mutable(*this), 0, VT_BOOL)) && flag.boolVal != VARIANT_FALSE;
+}
+
+ComPtr<IDispatch> Variant::Object() const {
+    Variant plain;
+    if (FAILED(VariantCopyInd(&plain, Mutable(*this))) || (plain.vt != VT_DISPATCH && plain.vt != VT_UNKNOWN))
+        return {};
+    return Query<IDispatch>(plain.punkVal, IID_IDispatch);
+}
+
+void Variant::MoveTo(VARIANT* result) {
+    if (result) std::swap(*result, static_cast<VARIANT&>(*this));
+}
+
+Variant Dereferenced(const VARIANT& variant) {
+    Variant plain;
+    Check(VariantCopyInd(&plain, Mutable(variant)));
+    return plain;
+}
+
+std::wstring DescribeValue(const VARIANT& value) {
+    Variant plain;
+    if (FAILED(VariantCopyInd(&plain, Mutable(value)))) return L"?";
+    if (plain.vt == VT_EMPTY || plain.vt == VT_NULL) return {};
+    if (plain.vt == VT_DISPATCH || plain.vt == VT_UNKNOWN) return plain.punkVal ? L"[object]" : L"[nothing]";
+    Variant text;
+    if (FAILED(VariantChangeType(&text, &plain, VARIANT_ALPHABOOL, VT_BSTR))) return L"?";
+    return text.Text();
+}
+
 Variant Variant::FromValue(const Value& value) {
     if (const auto* isTrue = std::get_if<bool>(&value)) return Variant(*isTrue);
-    if (const auto* text = std::get_if<Text>(&value)) return Variant(TextView(*text));
+    if (const auto* text = std::get_if<dax::Text>(&value)) return Variant(TextView(*text));
     Variant result;
     if (const auto* number = std::get_if<int64_t>(&value)) {
         if (*number == static_cast<int32_t>(*number)) return Variant(static_cast<int32_t>(*number));
@@ -125,7 +180,7 @@ VARTYPE WiderKind(VARTYPE kind) {
 
 Value ToValue(const VARIANT& variant, const Value& like) {
     Variant plain;
-    if (FAILED(VariantCopyInd(&plain, const_cast<VARIANT*>(&variant)))) return {};
+    if (FAILED(VariantCopyInd(&plain, Mutable(variant)))) return {};
     const VARTYPE kind = KindOf(like);
     const bool isNothing = plain.vt == VT_EMPTY || plain.vt == VT_NULL;
     if (!isNothing && kind != VT_EMPTY && FAILED(VariantChangeType(&plain, &plain, 0, kind))) return {};

@@ -1,7 +1,7 @@
 #include "Driver.h"
 
-#include "../../apps/workbench/automation/Com.h"
 #include "../../apps/workbench/ui/Ids.h"
+#include "com/ComPtr.h"
 
 #include <commctrl.h>
 #include <initguid.h>
@@ -323,13 +323,13 @@ Image ReadImage(const std::wstring& path) {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     Image image;
     {
-        Com<IWICImagingFactory> factory;
-        Com<IWICBitmapDecoder> decoder;
-        Com<IWICBitmapFrameDecode> frame;
-        Com<IWICFormatConverter> plain;
+        ComPtr<IWICImagingFactory> factory;
+        ComPtr<IWICBitmapDecoder> decoder;
+        ComPtr<IWICBitmapFrameDecode> frame;
+        ComPtr<IWICFormatConverter> plain;
         UINT width = 0, height = 0;
         if (SUCCEEDED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
-                                       factory.OutAny())) &&
+                                       factory.OutVoid())) &&
             SUCCEEDED(factory->CreateDecoderFromFilename(path.c_str(), nullptr, GENERIC_READ,
                                                          WICDecodeMetadataCacheOnLoad, decoder.Out())) &&
             SUCCEEDED(decoder->GetFrame(0, frame.Out())) && SUCCEEDED(frame->GetSize(&width, &height)) &&

@@ -34,7 +34,7 @@ struct Container {
 } // namespace
 
 ControlHost::ControlHost(HWND parent, int id, bool tabStop, const ControlLibrary& library, const std::wstring& name,
-                         EventHandler handler) {
+                         ControlEventHandler handler) {
     static const Container container;
     if (!container.ready)
         throw HostError(E_FAIL, L"The system's ActiveX container (atl.dll) cannot be used on this machine.");
@@ -42,7 +42,7 @@ ControlHost::ControlHost(HWND parent, int id, bool tabStop, const ControlLibrary
         0, L"AtlAxWin", L"", WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN | WS_CLIPSIBLINGS | (tabStop ? WS_TABSTOP : 0), 0,
         0, 100, 100, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleW(nullptr), nullptr);
     if (!window) throw HostError(E_FAIL, DescribeResult(HRESULT_FROM_WIN32(GetLastError())));
-    Com<IUnknown> site, unused, object;
+    ComPtr<IUnknown> site, unused, object;
     HRESULT result =
         container.create(library.ClassText(name).c_str(), window, nullptr, site.Out(), unused.Out(), IID_NULL, nullptr);
     if (SUCCEEDED(result)) result = container.control(window, object.Out());
@@ -54,7 +54,7 @@ ControlHost::ControlHost(HWND parent, int id, bool tabStop, const ControlLibrary
     }
     control = Automation(dispatch);
     try {
-        events.emplace(object.Get(), std::move(handler));
+        events = ConnectEvents(object.Get(), std::move(handler));
     } catch (const HostError&) {
         control = Automation();
         DestroyWindow(window);
@@ -65,7 +65,7 @@ ControlHost::ControlHost(HWND parent, int id, bool tabStop, const ControlLibrary
 }
 
 ControlHost::~ControlHost() {
-    events.reset();
+    events.Disconnect();
     control = Automation();
     if (window) DestroyWindow(window);
 }
@@ -90,7 +90,7 @@ LRESULT CALLBACK ControlHost::Procedure(HWND window, UINT message, WPARAM wParam
 void ControlHost::Activate() {
     const auto object = control.Object().As<IOleObject>(IID_IOleObject);
     const auto place = object.As<IOleInPlaceObject>(IID_IOleInPlaceObject);
-    Com<IOleClientSite> site;
+    ComPtr<IOleClientSite> site;
     if (!place || FAILED(object->GetClientSite(site.Out()))) return;
     RECT area;
     GetClientRect(window, &area);

@@ -2,10 +2,8 @@
 #pragma once
 
 #include "automation/Automation.h"
+#include "automation/ControlEvent.h"
 #include "automation/ControlLibrary.h"
-#include "automation/EventSink.h"
-
-#include <optional>
 
 namespace dax::workbench {
 
@@ -15,7 +13,7 @@ public:
     // Throws HostError with advice for people when the control cannot be created.
     // `tabStop`: whether the control is one to type in or click at, not only to look at.
     ControlHost(HWND parent, int id, bool tabStop, const ControlLibrary& library, const std::wstring& control,
-                EventHandler handler);
+                ControlEventHandler handler);
     ControlHost(const ControlHost&) = delete;
     ControlHost& operator=(const ControlHost&) = delete;
     ~ControlHost();
@@ -37,7 +35,7 @@ private:
 
     HWND window = nullptr;
     Automation control;
-    std::optional<EventConnection> events;
+    EventConnection events;
 };
 
 } // namespace dax::workbench

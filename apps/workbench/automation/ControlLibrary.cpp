@@ -45,29 +45,27 @@ void ControlLibrary::TakeLibrary(const std::wstring& path) {
         reinterpret_cast<GetClassObject>(reinterpret_cast<void*>(GetProcAddress(module, "DllGetClassObject")));
     if (!getClassObject) throw HostError(E_FAIL, path + L" offers no classes.");
 
-    Com<ITypeLib> types;
+    ComPtr<ITypeLib> types;
     const HRESULT result = LoadTypeLibEx(path.c_str(), REGKIND_NONE, types.Out());
     if (FAILED(result)) throw HostError(result, path + L": " + DescribeResult(result));
-    BSTR prefix = nullptr;
-    if (FAILED(types->GetDocumentation(-1, &prefix, nullptr, nullptr, nullptr))) return;
-    const std::wstring library = prefix;
-    SysFreeString(prefix);
+    Bstr prefix;
+    if (FAILED(types->GetDocumentation(-1, prefix.Out(), nullptr, nullptr, nullptr))) return;
+    const std::wstring library(prefix.Wide());
     const size_t before = classes.size();
     for (UINT i = 0; i < types->GetTypeInfoCount(); ++i) {
         TYPEKIND kind = TKIND_MAX;
-        Com<ITypeInfo> info;
+        ComPtr<ITypeInfo> info;
         TYPEATTR* attributes = nullptr;
         if (FAILED(types->GetTypeInfoType(i, &kind)) || kind != TKIND_COCLASS ||
             FAILED(types->GetTypeInfo(i, info.Out())) || FAILED(info->GetTypeAttr(&attributes)))
             continue;
         Class one{{}, attributes->guid, 0};
         info->ReleaseTypeAttr(attributes);
-        BSTR name = nullptr;
-        if (FAILED(info->GetDocumentation(MEMBERID_NIL, &name, nullptr, nullptr, nullptr))) continue;
-        one.name = library + L"." + name;
-        SysFreeString(name);
-        Com<IUnknown> factory;
-        if (SUCCEEDED(getClassObject(one.id, IID_IClassFactory, factory.OutAny())) &&
+        Bstr name;
+        if (FAILED(info->GetDocumentation(MEMBERID_NIL, name.Out(), nullptr, nullptr, nullptr))) continue;
+        one.name = library + L"." + std::wstring(name.Wide());
+        ComPtr<IUnknown> factory;
+        if (SUCCEEDED(getClassObject(one.id, IID_IClassFactory, factory.OutVoid())) &&
             SUCCEEDED(
                 CoRegisterClassObject(one.id, factory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &one.cookie)))
             classes.push_back(std::move(one));
@@ -94,8 +92,9 @@ Automation ControlLibrary::CreateObject(const std::wstring& name) const {
         id = one->id;
     else
         result = CLSIDFromProgID(name.c_str(), &id);
-    Com<IDispatch> object;
-    if (SUCCEEDED(result)) result = CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.OutAny());
+    ComPtr<IDispatch> object;
+    if (SUCCEEDED(result))
+        result = CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.OutVoid());
     if (FAILED(result)) throw HostError(result, Advice(name, result));
     return Automation(object);
 }

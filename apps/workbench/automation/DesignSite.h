@@ -17,7 +17,7 @@ public:
     void Draw(HDC dc, const RECT& place) const;
 
 private:
-    Com<IOleObject> control;
+    ComPtr<IOleObject> control;
 };
 
 } // namespace dax::workbench

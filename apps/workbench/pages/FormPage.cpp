@@ -89,7 +89,7 @@ HWND FormPage::AddOutput(int id) {
 }
 
 std::unique_ptr<ControlHost> FormPage::AddControl(int id, bool tabStop, const std::wstring& name,
-                                                  EventHandler handler) {
+                                                  ControlEventHandler handler) {
     try {
         auto host = std::make_unique<ControlHost>(Handle(), id, tabStop, context.library, name,
                                                   [this, name, handler](const ControlEvent& event) {
@@ -266,9 +266,9 @@ Variant FormPage::Call(const ControlHost& host, const std::wstring& control, con
     try {
         const Variant answer = host.Control().Call(method, arguments);
         context.log.AddCall(control, method,
-                            answer.Raw()->vt == VT_EMPTY  ? L"done"
-                            : answer.Raw()->vt == VT_BSTR ? L"returned \"" + answer.Text() + L"\""
-                                                          : L"returned " + answer.Text());
+                            answer.vt == VT_EMPTY  ? L"done"
+                            : answer.vt == VT_BSTR ? L"returned \"" + answer.Text() + L"\""
+                                                   : L"returned " + answer.Text());
         return answer;
     } catch (const HostError& error) {
         context.log.AddCall(control, method, L"failed: " + error.Text());

@@ -70,7 +70,8 @@ protected:
     // A text that follows what happens.
     HWND AddOutput(int id);
     // Null, and the problem kept, when the control cannot be created.
-    std::unique_ptr<ControlHost> AddControl(int id, bool tabStop, const std::wstring& name, EventHandler handler);
+    std::unique_ptr<ControlHost> AddControl(int id, bool tabStop, const std::wstring& name,
+                                            ControlEventHandler handler);
 
     // The page shows this instead of its fields; the first problem counts.
     void Refuse(const std::wstring& why) {

@@ -263,7 +263,7 @@ void HierarchyPage::ShowSelection() {
 // A panel that cannot show the entry must not keep the other one from it.
 void HierarchyPage::ShowPanels() {
     const bool isEmpty = Editor().Get(L"NodeCount").Long() == 0;
-    const Variant shown(isEmpty ? Com<IDispatch>() : Editor().Object());
+    const Variant shown(isEmpty ? ComPtr<IDispatch>() : Editor().Object());
     for (const auto& [panel, name] :
          {std::pair(lessonInfo.get(), lessonInfoName), std::pair(lockInfo.get(), lockInfoName)}) {
         try {

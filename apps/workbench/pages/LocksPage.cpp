@@ -164,7 +164,7 @@ void LocksPage::HandOver() {
     Manager().Set(L"LockDisplayType", display);
     Manager().Set(L"LessonID", isChosen ? selection.lessonID : std::wstring());
     Manager().Set(L"ShowIdentifier", Checked(idShowIdentifier));
-    Com<IDispatch> group;
+    ComPtr<IDispatch> group;
     if (isChosen && display == groupLocks)
         group = selection.editor.Call(L"GetChildLessonIDCollection", {selection.lessonID}).Object();
     Manager().Set(L"GroupIDCollection", group);

@@ -1,7 +1,7 @@
 // What passes between the host and its controls, newest last.
 #pragma once
 
-#include "automation/EventSink.h"
+#include "automation/ControlEvent.h"
 #include "ui/Style.h"
 
 namespace dax::workbench {

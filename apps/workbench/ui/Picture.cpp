@@ -51,10 +51,10 @@ void SavePicture(HWND window, const std::wstring& path) {
     const Bitmap bitmap = Capture(window, width, height, pixels);
     if (!bitmap) throw HostError(E_FAIL, path + L": the window's picture could not be taken.");
 
-    Com<IWICImagingFactory> factory;
-    Com<IWICStream> stream;
-    Com<IWICBitmapEncoder> encoder;
-    Com<IWICBitmapFrameEncode> frame;
+    ComPtr<IWICImagingFactory> factory;
+    ComPtr<IWICStream> stream;
+    ComPtr<IWICBitmapEncoder> encoder;
+    ComPtr<IWICBitmapFrameEncode> frame;
     WICPixelFormatGUID format = GUID_WICPixelFormat24bppBGR;
     const UINT rows = static_cast<UINT>(height);
     const UINT stride = (static_cast<UINT>(width) * 3 + 3) & ~3u;
@@ -64,7 +64,7 @@ void SavePicture(HWND window, const std::wstring& path) {
     };
     then([&] {
         return CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
-                                factory.OutAny());
+                                factory.OutVoid());
     });
     then([&] { return factory->CreateStream(stream.Out()); });
     then([&] { return stream->InitializeFromFilename(path.c_str(), GENERIC_WRITE); });

@@ -3,7 +3,7 @@
 
 #include "ContentObjects.h"
 
-#include "com/Object.h"
+#include "com/ClassObject.h"
 #include "content/ContentLesson.h"
 #include "ocx/latebound/ContentLessonAdapters.h"
 

@@ -5,7 +5,7 @@
 
 #include "ContentObjects.h"
 
-#include "com/Object.h"
+#include "com/ClassObject.h"
 #include "content/Utility.h"
 #include "ocx/content/ContentLesson.h"
 #include "ocx/content/PropertyCollection.h"

@@ -3,7 +3,7 @@
 #include "ContentObjects.h"
 
 #include "base/Error.h"
-#include "com/Object.h"
+#include "com/ClassObject.h"
 
 namespace dax {
 

@@ -1,6 +1,6 @@
 #include "DAXControls.h"
 
-#include "com/Object.h"
+#include "com/ClassObject.h"
 #include "data/Constants.h"
 #include "ocx/controls/ControlClasses.h"
 

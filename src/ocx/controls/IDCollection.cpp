@@ -1,8 +1,8 @@
 #include "ocx/controls/IDCollection.h"
 
 #include "base/Error.h"
+#include "com/ClassObject.h"
 #include "com/Enumerator.h"
-#include "com/Object.h"
 #include "ocx/latebound/ContentLessonCalls.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "ocx/hosting/Bags.h"
 
-#include "com/Fault.h"
+#include "com/ComError.h"
 #include "com/Variant.h"
 
 #include <algorithm>

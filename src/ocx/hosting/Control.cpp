@@ -19,19 +19,16 @@ Control::Control(const ClassEntry& entry, std::unique_ptr<ControlWindow> created
 Control::~Control() = default;
 
 void* Control::Find(REFIID iid) {
-    if (iid == IID_IOleObject) return static_cast<IOleObject*>(this);
-    if (iid == IID_IOleControl) return static_cast<IOleControl*>(this);
-    if (iid == IID_IOleWindow || iid == IID_IOleInPlaceObject) return static_cast<IOleInPlaceObject*>(this);
-    if (iid == IID_IOleInPlaceActiveObject) return static_cast<IOleInPlaceActiveObject*>(this);
-    if (iid == IID_IViewObject || iid == IID_IViewObject2) return static_cast<IViewObject2*>(this);
-    if (iid == IID_IDataObject) return static_cast<IDataObject*>(this);
-    // The older IPersistStream has the members of the newer one but the last, in this order.
-    if (iid == IID_IPersist || iid == IID_IPersistStream || iid == IID_IPersistStreamInit)
-        return static_cast<IPersistStreamInit*>(this);
-    if (iid == IID_IPersistStorage) return static_cast<IPersistStorage*>(this);
-    if (iid == IID_IPersistPropertyBag) return static_cast<IPersistPropertyBag*>(this);
-    if (iid == IID_IConnectionPointContainer) return static_cast<IConnectionPointContainer*>(this);
-    return ClassObject::Find(iid);
+    void* const found = dax::FindInterface<
+        Implements<IOleObject, IID_IOleObject>, Implements<IOleControl, IID_IOleControl>,
+        Implements<IOleInPlaceObject, IID_IOleInPlaceObject, IID_IOleWindow>,
+        Implements<IOleInPlaceActiveObject, IID_IOleInPlaceActiveObject>,
+        Implements<IViewObject2, IID_IViewObject2, IID_IViewObject>, Implements<IDataObject, IID_IDataObject>,
+        // The older IPersistStream has the members of the newer one but the last, in this order.
+        Implements<IPersistStreamInit, IID_IPersistStreamInit, IID_IPersistStream, IID_IPersist>,
+        Implements<IPersistStorage, IID_IPersistStorage>, Implements<IPersistPropertyBag, IID_IPersistPropertyBag>,
+        Implements<IConnectionPointContainer, IID_IConnectionPointContainer>>(this, iid);
+    return found ? found : ClassObject::Find(iid);
 }
 
 // Hosts let go in any order; whatever they have left out is made up for here.

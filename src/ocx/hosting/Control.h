@@ -2,8 +2,8 @@
 // it only forwards its own properties and methods.
 #pragma once
 
+#include "com/ClassObject.h"
 #include "com/ConnectionPoint.h"
-#include "com/Object.h"
 #include "controls/win32/ControlWindow.h"
 #include "ocx/hosting/HostSite.h"
 #include "ocx/hosting/Pictures.h"

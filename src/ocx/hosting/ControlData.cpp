@@ -1,5 +1,5 @@
 // The control as a source of data: its picture, and the texts of those that show nothing else.
-#include "com/Fault.h"
+#include "com/ComError.h"
 #include "ocx/hosting/Control.h"
 #include "ocx/hosting/PictureData.h"
 

@@ -1,5 +1,5 @@
 // The control as a picture: IViewObject2.
-#include "com/Fault.h"
+#include "com/ComError.h"
 #include "controls/win32/GdiSurface.h"
 #include "ocx/hosting/Control.h"
 #include "ocx/hosting/Pictures.h"

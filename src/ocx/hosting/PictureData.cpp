@@ -1,7 +1,7 @@
 #include "ocx/hosting/PictureData.h"
 
+#include "com/ComError.h"
 #include "com/Enumerator.h"
-#include "com/Fault.h"
 #include "com/Library.h"
 
 #include <algorithm>
@@ -30,28 +30,13 @@ HGLOBAL Shared(const void* data, size_t size) {
     return memory;
 }
 
-class PictureData final : public IDataObject {
+class PictureData final : public ComObject<Implements<IDataObject, IID_IDataObject>> {
 public:
     PictureData(Metafile shown, SIZEL extent, Text words)
         : picture(std::move(shown)), size(extent),
           text(std::move(words)), formats{FormatOf(CF_ENHMETAFILE, TYMED_ENHMF),
                                           FormatOf(CF_METAFILEPICT, TYMED_MFPICT)} {
         if (!text.empty()) formats.push_back(FormatOf(CF_UNICODETEXT, TYMED_HGLOBAL));
-        Module::Lock();
-    }
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
-        if (!object) return E_POINTER;
-        *object = iid == IID_IUnknown || iid == IID_IDataObject ? static_cast<IDataObject*>(this) : nullptr;
-        if (!*object) return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
-    STDMETHODIMP_(ULONG) Release() override {
-        const ULONG left = --references;
-        if (left == 0) delete this;
-        return left;
     }
 
     STDMETHODIMP GetData(FORMATETC* wanted, STGMEDIUM* medium) override {
@@ -120,13 +105,11 @@ public:
     }
 
 private:
-    ~PictureData() { Module::Unlock(); }
-
+    const ModuleLock lock;
     const Metafile picture;
     const SIZEL size;
     const Text text;
     std::vector<FORMATETC> formats;
-    ULONG references = 1;
 };
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "ocx/hosting/Pictures.h"
 
-#include "com/Fault.h"
+#include "com/ComError.h"
 #include "ocx/hosting/HostSite.h"
 
 #include <algorithm>

@@ -1,13 +1,12 @@
 #include "ocx/latebound/ContentLessonCalls.h"
 
 #include "base/Error.h"
+#include "com/ComError.h"
 #include "com/Enumerator.h"
-#include "com/Fault.h"
 
 #include <dispex.h>
 
 #include <array>
-#include <iterator>
 
 namespace dax {
 
@@ -33,17 +32,21 @@ Text Written(HRESULT code) {
 }
 
 // `description` may be empty.
-[[noreturn]] void Fail(const wchar_t* member, HRESULT code, const Text& description) {
+[[noreturn]] void Fail(const wchar_t* member, HRESULT code, const Text& description = {}) {
     if (!description.empty()) throw Error(code, description);
     throw Error(code, u"'" + FromWide(member) + u"' of an object of the host has failed (" + Written(code) + u").");
+}
+
+Variant Checked(const wchar_t* member, DispatchResult result) {
+    if (FAILED(result.code)) Fail(member, result.code, result.description);
+    return std::move(result.value);
 }
 
 VARIANT GiveObject(const ComPtr<IDispatch>& held) {
     VARIANT element;
     VariantInit(&element);
     element.vt = VT_DISPATCH;
-    element.pdispVal = held.Get();
-    if (held) held->AddRef();
+    element.pdispVal = ComPtr(held).Detach();
     return element;
 }
 
@@ -55,16 +58,13 @@ const void* HostObject::ObjectIdentity() const { return Query<IUnknown>(object.G
 
 std::optional<DISPID> HostObject::Seek(const wchar_t* member) const {
     const ComPtr<IDispatch> kept = object;
-    std::wstring name = member;
-    LPOLESTR names[] = {name.data()};
     DISPID dispid = 0;
-    if (SUCCEEDED(kept->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &dispid))) return dispid;
+    if (SUCCEEDED(FindMember(kept.Get(), member, dispid))) return dispid;
     // Objects of some script engines tell their names in this way only.
     const auto scripted = Query<IDispatchEx>(kept.Get(), scriptedID);
     if (!scripted) return {};
-    const BSTR text = ToBstr(FromWide(name));
-    const HRESULT code = scripted->GetDispID(text, fdexNameCaseInsensitive, &dispid);
-    SysFreeString(text);
+    const Bstr name(FromWide(member));
+    const HRESULT code = scripted->GetDispID(name.Get(), fdexNameCaseInsensitive, &dispid);
     return code == S_OK ? std::optional(dispid) : std::nullopt;
 }
 
@@ -74,107 +74,56 @@ DISPID HostObject::Find(const wchar_t* member) const {
     return *dispid;
 }
 
-HRESULT HostObject::Invoke(DISPID dispid, WORD kind, std::initializer_list<Variant> arguments, Variant& result,
-                           Text& description) const {
-    const ComPtr<IDispatch> kept = object;
-    std::vector<Variant> reversed(std::make_reverse_iterator(arguments.end()),
-                                  std::make_reverse_iterator(arguments.begin()));
-    DISPID put = DISPID_PROPERTYPUT;
-    DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
-    const bool isPut = (kind & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
-    if (isPut) {
-        parameters.rgdispidNamedArgs = &put;
-        parameters.cNamedArgs = 1;
-    }
-    EXCEPINFO info{};
-    SetErrorInfo(0, nullptr); // of a call before this one
-    HRESULT code = kept->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters, isPut ? nullptr : &result,
-                                &info, nullptr);
-    if (code == DISP_E_EXCEPTION) {
-        if (info.pfnDeferredFillIn) info.pfnDeferredFillIn(&info);
-        description = FromBstr(info.bstrDescription);
-        code = info.wCode ? MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, info.wCode) : info.scode;
-        if (SUCCEEDED(code)) code = DISP_E_EXCEPTION;
-        SysFreeString(info.bstrSource);
-        SysFreeString(info.bstrDescription);
-        SysFreeString(info.bstrHelpFile);
-    }
-    // Some tell what has failed in this way only.
-    ComPtr<IErrorInfo> told;
-    if (FAILED(code) && description.empty() && GetErrorInfo(0, told.Out()) == S_OK) {
-        BSTR text = nullptr;
-        told->GetDescription(&text);
-        description = FromBstr(text);
-        SysFreeString(text);
-    }
-    return code;
+DispatchResult HostObject::Invoke(DISPID dispid, WORD kind, std::initializer_list<Variant> arguments) const {
+    return InvokeMember(object.Get(), dispid, kind, {arguments.begin(), arguments.size()});
 }
 
 Variant HostObject::Call(const wchar_t* member, std::initializer_list<Variant> arguments) const {
-    Variant result;
-    Text description;
     constexpr WORD either = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
     const DISPID dispid = Find(member);
     // Whatever takes no argument is a property; some script engines would call its value when they are asked for both.
-    HRESULT code =
-        Invoke(dispid, arguments.size() == 0 ? DISPATCH_PROPERTYGET : either, arguments, result, description);
-    if (code == DISP_E_MEMBERNOTFOUND && arguments.size() == 0)
-        code = Invoke(dispid, DISPATCH_METHOD, arguments, result, description);
-    if (FAILED(code)) Fail(member, code, description);
-    return result;
+    DispatchResult result = Invoke(dispid, arguments.size() == 0 ? DISPATCH_PROPERTYGET : either, arguments);
+    if (result.code == DISP_E_MEMBERNOTFOUND && arguments.size() == 0) result = Invoke(dispid, DISPATCH_METHOD);
+    return Checked(member, std::move(result));
 }
 
 Variant HostObject::Get(const wchar_t* property) const {
-    Variant result;
-    Text description;
-    const HRESULT code = Invoke(Find(property), DISPATCH_PROPERTYGET, {}, result, description);
-    if (FAILED(code)) Fail(property, code, description);
-    return result;
+    return Checked(property, Invoke(Find(property), DISPATCH_PROPERTYGET));
 }
 
 Variant HostObject::TryGetItem(const wchar_t* member, const Variant& index) const {
-    Variant result;
-    Text description;
-    const HRESULT code = Invoke(Find(member), DISPATCH_METHOD | DISPATCH_PROPERTYGET, {index}, result, description);
+    DispatchResult result = Invoke(Find(member), DISPATCH_METHOD | DISPATCH_PROPERTYGET, {index});
     for (const uint32_t each : missing) {
-        if (static_cast<uint32_t>(code) == each) return {};
+        if (static_cast<uint32_t>(result.code) == each) return {};
     }
-    if (FAILED(code)) Fail(member, code, description);
-    return result;
+    return Checked(member, std::move(result));
 }
 
 void HostObject::Put(const wchar_t* member, const Variant& value) const {
-    Variant none;
-    Text description;
-    const HRESULT code = Invoke(Find(member), DISPATCH_PROPERTYPUT, {value}, none, description);
-    if (FAILED(code)) Fail(member, code, description);
+    Checked(member, Invoke(Find(member), DISPATCH_PROPERTYPUT, {value}));
 }
 
 void HostObject::PutObject(const wchar_t* member, IDispatch* value) const {
-    Variant none;
-    Text description;
     const DISPID dispid = Find(member);
-    HRESULT code = Invoke(dispid, DISPATCH_PROPERTYPUTREF, {Variant(value)}, none, description);
-    // Not every object tells setting a reference from setting a value.
-    if (code == DISP_E_MEMBERNOTFOUND) code = Invoke(dispid, DISPATCH_PROPERTYPUT, {Variant(value)}, none, description);
-    if (FAILED(code)) Fail(member, code, description);
+    DispatchResult result = Invoke(dispid, DISPATCH_PROPERTYPUTREF, {value});
+    // Not every object distinguishes setting a reference from setting a value.
+    if (result.code == DISP_E_MEMBERNOTFOUND) result = Invoke(dispid, DISPATCH_PROPERTYPUT, {value});
+    Checked(member, std::move(result));
 }
 
 bool HostObject::Enumerate(std::vector<ComPtr<IDispatch>>& elements) const {
-    Variant answer;
-    Text description;
-    const HRESULT code = Invoke(DISPID_NEWENUM, DISPATCH_METHOD | DISPATCH_PROPERTYGET, {}, answer, description);
-    if (code == DISP_E_MEMBERNOTFOUND) return false;
-    if (FAILED(code)) Fail(L"_NewEnum", code, description);
+    DispatchResult asked = Invoke(DISPID_NEWENUM, DISPATCH_METHOD | DISPATCH_PROPERTYGET);
+    if (asked.code == DISP_E_MEMBERNOTFOUND) return false;
+    const Variant returned = Checked(L"_NewEnum", std::move(asked));
     ComPtr<IEnumVARIANT> enumerator;
-    if (answer.vt == VT_UNKNOWN || answer.vt == VT_DISPATCH)
-        enumerator = Query<IEnumVARIANT>(answer.punkVal, IID_IEnumVARIANT);
+    if (returned.vt == VT_UNKNOWN || returned.vt == VT_DISPATCH)
+        enumerator = Query<IEnumVARIANT>(returned.punkVal, IID_IEnumVARIANT);
     if (!enumerator) return false;
     for (;;) {
         Variant element;
         ULONG fetched = 0;
         const HRESULT result = enumerator->Next(1, &element, &fetched);
-        if (FAILED(result)) Fail(L"_NewEnum", result, {});
+        if (FAILED(result)) Fail(L"_NewEnum", result);
         if (result != S_OK || fetched == 0) return true;
         if (elements.size() == mostElements)
             throw Error(ErrorNumbers::Automation, u"A collection of the host has no end.");

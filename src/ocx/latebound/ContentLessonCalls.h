@@ -2,7 +2,7 @@
 #pragma once
 
 #include "com/ComPtr.h"
-#include "com/Variant.h"
+#include "com/Dispatch.h"
 
 #include <initializer_list>
 #include <optional>
@@ -36,8 +36,7 @@ public:
 private:
     std::optional<DISPID> Seek(const wchar_t* member) const;
     DISPID Find(const wchar_t* member) const;
-    HRESULT Invoke(DISPID dispid, WORD kind, std::initializer_list<Variant> arguments, Variant& result,
-                   Text& description) const;
+    DispatchResult Invoke(DISPID dispid, WORD kind, std::initializer_list<Variant> arguments = {}) const;
     bool Enumerate(std::vector<ComPtr<IDispatch>>& elements) const;
 
     ComPtr<IDispatch> object;

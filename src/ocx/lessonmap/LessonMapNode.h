@@ -1,7 +1,7 @@
 // One node of a tree as an automation object.
 #pragma once
 
-#include "com/Object.h"
+#include "com/ClassObject.h"
 #include "ocx/lessonmap/LessonMapTree.h"
 
 namespace dax {

@@ -1,7 +1,7 @@
 #include "ocx/lessonmap/LessonMapStoryboards.h"
 
 #include "base/Error.h"
-#include "com/Object.h"
+#include "com/ClassObject.h"
 #include "ocx/latebound/ContentLessonAdapters.h"
 
 #include <unordered_map>

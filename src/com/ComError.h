@@ -33,6 +33,9 @@ inline void Check(HRESULT result) {
 // Numbers that hosts count as their own (75) come back to them unchanged: as 800A004B.
 HRESULT HResultOf(int32_t errorNumber);
 
+// Sets the error information of this thread, beside the code that a call returns.
+void SetErrorText(const Text& description, const Text& source, const GUID& interfaceId = IID_NULL);
+
 // Inside a catch block: the code of the current exception, after setting the error information of this thread.
 HRESULT ReportCurrentException(const GUID& interfaceId, const wchar_t* source) noexcept;
 

@@ -1,7 +1,7 @@
-// Hears the events of a control through its default source interface, whatever that interface is.
+// An event of a control as the pages and the event log see it.
 #pragma once
 
-#include "automation/Com.h"
+#include "com/EventSink.h"
 
 #include <functional>
 #include <string>
@@ -25,24 +25,13 @@ struct ControlEvent {
     void Answer(const wchar_t* name, long value) const;
 };
 
-using EventHandler = std::function<void(const ControlEvent&)>;
+using ControlEventHandler = std::function<void(const ControlEvent&)>;
 
 // Passwords appear as dots, texts in quotes.
 std::wstring DescribeArguments(const ControlEvent& event);
 
-class EventConnection {
-public:
-    EventConnection() = default;
-    // Throws HostError when the control declares a source interface but takes no sink for it. A control that
-    // declares none simply never calls.
-    EventConnection(IUnknown* control, EventHandler handler);
-    EventConnection(const EventConnection&) = delete;
-    EventConnection& operator=(const EventConnection&) = delete;
-    ~EventConnection();
-
-private:
-    Com<IConnectionPoint> point;
-    DWORD cookie = 0;
-};
+// Throws HostError when the control declares a source interface but refuses a sink for it. A control that declares
+// none never calls the handler.
+EventConnection ConnectEvents(IUnknown* control, ControlEventHandler handler);
 
 } // namespace dax::workbench

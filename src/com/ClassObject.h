@@ -1,7 +1,8 @@
 // Bases of our COM objects: counting, interfaces, class and error information, automation through the type library.
 #pragma once
 
-#include "com/Fault.h"
+#include "com/ComError.h"
+#include "com/ComObject.h"
 #include "com/Library.h"
 #include "com/Variant.h"
 
@@ -36,7 +37,7 @@ protected:
     virtual void EnsureReady() {}
 
     HRESULT FindInterface(REFIID iid, void** object);
-    ULONG AddReference() { return ++references; }
+    ULONG AddReference() { return references.Add(); }
     ULONG RemoveReference();
 
     // No exception leaves, and the object lives until the action is done, even when a listener releases the last
@@ -90,8 +91,9 @@ protected:
 private:
     HRESULT Report() noexcept;
 
+    const ModuleLock lock;
     const ClassEntry& entry;
-    ULONG references = 1;
+    ReferenceCount references;
 };
 
 // An object with the dual interface `Interface`; `Base` is ClassObject or something on top of it.
@@ -111,8 +113,7 @@ public:
         if (!info) return E_POINTER;
         *info = nullptr;
         if (index != 0) return DISP_E_BADINDEX;
-        *info = typeInfo.Get();
-        (*info)->AddRef();
+        *info = ComPtr(typeInfo).Detach();
         return S_OK;
     }
     STDMETHODIMP GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID, DISPID* dispids) override {

@@ -1,4 +1,4 @@
-#include "com/Fault.h"
+#include "com/ComError.h"
 
 #include "base/Error.h"
 #include "base/Secrets.h"
@@ -15,17 +15,19 @@ HRESULT HResultOf(int32_t errorNumber) {
     return MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, errorNumber);
 }
 
+void SetErrorText(const Text& description, const Text& source, const GUID& interfaceId) {
+    ComPtr<ICreateErrorInfo> info;
+    if (FAILED(CreateErrorInfo(info.Out()))) return;
+    info->SetGUID(interfaceId);
+    info->SetSource(ToWide(source).data());
+    info->SetDescription(ToWide(description).data());
+    if (const auto error = info.As<IErrorInfo>(IID_IErrorInfo)) SetErrorInfo(0, error.Get());
+}
+
 namespace {
 
 HRESULT Report(HRESULT code, const Text& description, const GUID& interfaceId, const wchar_t* source) {
-    ComPtr<ICreateErrorInfo> info;
-    if (FAILED(CreateErrorInfo(info.Out()))) return code;
-    std::wstring wide = ToWide(description);
-    std::wstring name = source;
-    info->SetGUID(interfaceId);
-    info->SetSource(name.data());
-    info->SetDescription(wide.data());
-    if (const auto error = Query<IErrorInfo>(info.Get(), IID_IErrorInfo)) SetErrorInfo(0, error.Get());
+    SetErrorText(description, FromWide(source), interfaceId);
     return code;
 }
 

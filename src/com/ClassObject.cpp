@@ -1,22 +1,15 @@
-#include "com/Object.h"
+#include "com/ClassObject.h"
 
 namespace dax {
 
-namespace {
+ClassObject::ClassObject(const ClassEntry& entry) : entry(entry) {}
 
-// While an object is taken apart it may be counted up and down again; that must not destroy it twice.
-constexpr ULONG BeingDestroyed = 0x40000000;
-
-} // namespace
-
-ClassObject::ClassObject(const ClassEntry& entry) : entry(entry) { Module::Lock(); }
-
-ClassObject::~ClassObject() { Module::Unlock(); }
+ClassObject::~ClassObject() = default;
 
 void* ClassObject::Find(REFIID iid) {
-    if (iid == IID_IProvideClassInfo || iid == IID_IProvideClassInfo2) return static_cast<IProvideClassInfo2*>(this);
-    if (iid == IID_ISupportErrorInfo) return static_cast<ISupportErrorInfo*>(this);
-    return nullptr;
+    using ClassInfo = Implements<IProvideClassInfo2, IID_IProvideClassInfo, IID_IProvideClassInfo2>;
+    using ErrorSupport = Implements<ISupportErrorInfo, IID_ISupportErrorInfo>;
+    return dax::FindInterface<ClassInfo, ErrorSupport>(this, iid);
 }
 
 HRESULT ClassObject::FindInterface(REFIID iid, void** object) {
@@ -28,10 +21,9 @@ HRESULT ClassObject::FindInterface(REFIID iid, void** object) {
 }
 
 ULONG ClassObject::RemoveReference() {
-    if (--references > 0) return references;
-    references = BeingDestroyed;
-    Destroy();
-    return 0;
+    const ULONG left = references.Remove();
+    if (left == 0) Destroy();
+    return left;
 }
 
 HRESULT ClassObject::Report() noexcept {
@@ -46,9 +38,7 @@ HRESULT ClassObject::GetClassInfo(ITypeInfo** info) {
     if (!info) return E_POINTER;
     *info = nullptr;
     try {
-        ComPtr<ITypeInfo> result = Module::TypeInfo(*entry.clsid);
-        *info = result.Get();
-        (*info)->AddRef();
+        *info = Module::TypeInfo(*entry.clsid).Detach();
         return S_OK;
     } catch (...) {
         return Report();

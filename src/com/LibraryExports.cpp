@@ -1,5 +1,6 @@
 // The entry points of a COM library, and its class factory.
-#include "com/Fault.h"
+#include "com/ComError.h"
+#include "com/ComObject.h"
 #include "com/Library.h"
 #include "com/Registration.h"
 
@@ -11,23 +12,9 @@ namespace dax {
 
 namespace {
 
-class ClassFactory final : public IClassFactory {
+class ClassFactory final : public ComObject<Implements<IClassFactory, IID_IClassFactory>> {
 public:
-    explicit ClassFactory(const ClassEntry& entry) : entry(entry) { Module::Lock(); }
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
-        if (!object) return E_POINTER;
-        *object = iid == IID_IUnknown || iid == IID_IClassFactory ? static_cast<IClassFactory*>(this) : nullptr;
-        if (!*object) return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
-    STDMETHODIMP_(ULONG) Release() override {
-        const ULONG left = --references;
-        if (left == 0) delete this;
-        return left;
-    }
+    explicit ClassFactory(const ClassEntry& entry) : entry(entry) {}
 
     STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** object) override {
         if (!object) return E_POINTER;
@@ -51,10 +38,8 @@ public:
     }
 
 private:
-    ~ClassFactory() { Module::Unlock(); }
-
+    const ModuleLock lock;
     const ClassEntry& entry;
-    ULONG references = 1;
 };
 
 template <typename Action>
