@@ -268,7 +268,7 @@ Variant FormPage::Call(const ControlHost& host, const std::wstring& control, con
         context.log.AddCall(control, method,
                             answer.vt == VT_EMPTY  ? L"done"
                             : answer.vt == VT_BSTR ? L"returned \"" + answer.Text() + L"\""
-                                                   : L"returned " + answer.Text());
+                                                   : L"returned " + DescribeValue(answer));
         return answer;
     } catch (const HostError& error) {
         context.log.AddCall(control, method, L"failed: " + error.Text());
