@@ -3,6 +3,7 @@
 function(dax_module name)
   file(GLOB_RECURSE files CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${name}/*.cpp)
   list(FILTER files EXCLUDE REGEX "/win32/")
+  list(REMOVE_ITEM ARGN com) # the win32/ folder of a module uses templates of com, nothing to link
   if(files)
     add_library(dax_${name} STATIC ${files})
     target_precompile_headers(dax_${name} REUSE_FROM dax_precompiled)

@@ -1,5 +1,8 @@
 #include "controls/win32/Accessible.h"
 
+#include "com/ComObject.h"
+#include "com/ComPtr.h"
+
 #include <oleacc.h>
 
 #include <algorithm>
@@ -26,128 +29,98 @@ HRESULT GiveNumber(LONG number, VARIANT* out) {
 }
 
 // Elements as they were when they were asked for; one that has gone since is unknown to the object.
-class ElementList : public IEnumVARIANT {
+class ElementList final : public ComObject<Implements<IEnumVARIANT, IID_IEnumVARIANT>> {
 public:
-    ElementList(std::vector<LONG> list, IUnknown* listOwner, size_t start = 0)
-        : elements(std::move(list)), owner(listOwner), next(start) {
-        if (owner) owner->AddRef();
+    ElementList(std::vector<LONG> elements, ComPtr<IUnknown> owner, size_t next = 0)
+        : elements(std::move(elements)), owner(std::move(owner)), next(next) {
         ++liveCount;
     }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** out) override {
-        if (id != IID_IEnumVARIANT && (owner || id != IID_IUnknown)) {
-            *out = nullptr;
-            return owner ? owner->QueryInterface(id, out) : E_NOINTERFACE;
-        }
-        *out = static_cast<IEnumVARIANT*>(this);
-        AddRef();
-        return S_OK;
+    // Of a window's object it is one of the interfaces.
+    STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
+        return owner && iid != IID_IEnumVARIANT ? owner->QueryInterface(iid, out) : ComObject::QueryInterface(iid, out);
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --references;
-        if (left == 0) delete this;
-        return left;
-    }
-    HRESULT STDMETHODCALLTYPE Next(ULONG count, VARIANT* out, ULONG* fetched) override {
+    STDMETHODIMP Next(ULONG count, VARIANT* out, ULONG* fetched) override {
         ULONG given = 0;
         for (; given < count && next < elements.size(); ++given) GiveNumber(elements[next++], &out[given]);
         if (fetched) *fetched = given;
         return given == count ? S_OK : S_FALSE;
     }
-    HRESULT STDMETHODCALLTYPE Skip(ULONG count) override {
+    STDMETHODIMP Skip(ULONG count) override {
         const size_t skipped = std::min<size_t>(count, elements.size() - next);
         next += skipped;
         return skipped == count ? S_OK : S_FALSE;
     }
-    HRESULT STDMETHODCALLTYPE Reset() override {
+    STDMETHODIMP Reset() override {
         next = 0;
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE Clone(IEnumVARIANT** out) override {
+    STDMETHODIMP Clone(IEnumVARIANT** out) override {
         *out = new (std::nothrow) ElementList(elements, owner, next);
         return *out ? S_OK : E_OUTOFMEMORY;
     }
 
 private:
-    virtual ~ElementList() {
-        if (owner) owner->Release();
-        --liveCount;
-    }
+    ~ElementList() override { --liveCount; }
 
-    std::vector<LONG> elements;
-    IUnknown* owner;
+    const std::vector<LONG> elements;
+    const ComPtr<IUnknown> owner;
     size_t next;
-    std::atomic<ULONG> references = 1;
 };
 
 } // namespace
 
-class AccessibleObject : public IAccessible {
+class AccessibleObject final : public ComObject<Implements<IAccessible, IID_IAccessible, IID_IDispatch>> {
 public:
     AccessibleObject(Accessible& shown, HWND window) : model(&shown), handle(window) {
-        CreateStdAccessibleObject(handle, OBJID_CLIENT, IID_IAccessible, reinterpret_cast<void**>(&standard));
+        CreateStdAccessibleObject(handle, OBJID_CLIENT, IID_IAccessible, standard.OutVoid());
         ++liveCount;
     }
     void Disconnect() {
         model = nullptr;
-        if (standard) std::exchange(standard, nullptr)->Release();
+        standard.Reset();
     }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** out) override {
+    // An enumeration of its own for each caller that asks for one.
+    STDMETHODIMP QueryInterface(REFIID id, void** out) override {
+        if (id != IID_IEnumVARIANT) return ComObject::QueryInterface(id, out);
         *out = nullptr;
-        if (id == IID_IUnknown || id == IID_IDispatch || id == IID_IAccessible) {
-            *out = static_cast<IAccessible*>(this);
-            AddRef();
-            return S_OK;
-        }
-        // An enumeration of its own for each who asks.
-        if (id != IID_IEnumVARIANT) return E_NOINTERFACE;
         return On(Self(), [&](LONG) { return GiveList(model->Elements(), this, out); });
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --references;
-        if (left == 0) delete this;
-        return left;
-    }
 
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
+    STDMETHODIMP GetTypeInfoCount(UINT* count) override {
         *count = 1;
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** out) override {
+    STDMETHODIMP GetTypeInfo(UINT index, LCID, ITypeInfo** out) override {
         *out = nullptr;
         if (index != 0) return DISP_E_BADINDEX;
-        ITypeLib* library = nullptr;
-        HRESULT result = LoadTypeLib(L"oleacc.dll", &library);
-        if (FAILED(result)) return result;
-        result = library->GetTypeInfoOfGuid(IID_IAccessible, out);
-        library->Release();
-        return result;
+        ComPtr<ITypeLib> library;
+        const HRESULT result = LoadTypeLib(L"oleacc.dll", library.Out());
+        return FAILED(result) ? result : library->GetTypeInfoOfGuid(IID_IAccessible, out);
     }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID id, LPOLESTR* names, UINT count, LCID, DISPID* out) override {
+    STDMETHODIMP GetIDsOfNames(REFIID id, LPOLESTR* names, UINT count, LCID, DISPID* out) override {
         if (id != IID_NULL) return DISP_E_UNKNOWNINTERFACE; // reserved
         return WithType([=](ITypeInfo& type) { return type.GetIDsOfNames(names, count, out); });
     }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID id, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* out,
-                                     EXCEPINFO* exception, UINT* wrong) override {
+    STDMETHODIMP Invoke(DISPID member, REFIID id, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* out,
+                        EXCEPINFO* exception, UINT* wrong) override {
         if (id != IID_NULL) return DISP_E_UNKNOWNINTERFACE; // reserved
         return WithType([=, this](ITypeInfo& type) {
             return type.Invoke(static_cast<IAccessible*>(this), member, flags, parameters, out, exception, wrong);
         });
     }
 
-    HRESULT STDMETHODCALLTYPE get_accParent(IDispatch** out) override {
+    STDMETHODIMP get_accParent(IDispatch** out) override {
         *out = nullptr;
         if (!model) return CO_E_OBJNOTCONNECTED;
         return standard ? standard->get_accParent(out) : S_FALSE;
     }
-    HRESULT STDMETHODCALLTYPE get_accChildCount(LONG* out) override {
+    STDMETHODIMP get_accChildCount(LONG* out) override {
         *out = model ? model->Count() : 0;
         return model ? S_OK : CO_E_OBJNOTCONNECTED;
     }
-    HRESULT STDMETHODCALLTYPE get_accChild(VARIANT child, IDispatch** out) override {
+    STDMETHODIMP get_accChild(VARIANT child, IDispatch** out) override {
         *out = nullptr;
         return On(child, [&](LONG element) {
             if (element != CHILDID_SELF) return S_FALSE; // elements are no objects
@@ -156,26 +129,26 @@ public:
             return S_OK;
         });
     }
-    HRESULT STDMETHODCALLTYPE get_accName(VARIANT child, BSTR* out) override {
+    STDMETHODIMP get_accName(VARIANT child, BSTR* out) override {
         *out = nullptr;
         return On(child, [&](LONG element) {
             if (element == CHILDID_SELF && standard) return standard->get_accName(child, out);
             return GiveText(model->Name(element), out);
         });
     }
-    HRESULT STDMETHODCALLTYPE get_accValue(VARIANT child, BSTR* out) override {
+    STDMETHODIMP get_accValue(VARIANT child, BSTR* out) override {
         *out = nullptr;
         return On(child, [&](LONG element) { return GiveText(model->Value(element), out); });
     }
-    HRESULT STDMETHODCALLTYPE get_accDescription(VARIANT child, BSTR* out) override {
+    STDMETHODIMP get_accDescription(VARIANT child, BSTR* out) override {
         *out = nullptr;
         return On(child, [&](LONG element) { return GiveText(model->Description(element), out); });
     }
-    HRESULT STDMETHODCALLTYPE get_accRole(VARIANT child, VARIANT* out) override {
+    STDMETHODIMP get_accRole(VARIANT child, VARIANT* out) override {
         out->vt = VT_EMPTY;
         return On(child, [&](LONG element) { return GiveNumber(model->Role(element), out); });
     }
-    HRESULT STDMETHODCALLTYPE get_accState(VARIANT child, VARIANT* out) override {
+    STDMETHODIMP get_accState(VARIANT child, VARIANT* out) override {
         out->vt = VT_EMPTY;
         return On(child, [&](LONG element) {
             LONG state = model->State(element);
@@ -185,18 +158,18 @@ public:
             return GiveNumber(state, out);
         });
     }
-    HRESULT STDMETHODCALLTYPE get_accHelp(VARIANT child, BSTR* out) override { return Nothing(child, out); }
-    HRESULT STDMETHODCALLTYPE get_accHelpTopic(BSTR* file, VARIANT child, LONG* topic) override {
+    STDMETHODIMP get_accHelp(VARIANT child, BSTR* out) override { return NoText(child, out); }
+    STDMETHODIMP get_accHelpTopic(BSTR* file, VARIANT child, LONG* topic) override {
         *topic = 0;
-        return Nothing(child, file);
+        return NoText(child, file);
     }
-    HRESULT STDMETHODCALLTYPE get_accKeyboardShortcut(VARIANT child, BSTR* out) override { return Nothing(child, out); }
-    HRESULT STDMETHODCALLTYPE get_accFocus(VARIANT* out) override {
+    STDMETHODIMP get_accKeyboardShortcut(VARIANT child, BSTR* out) override { return NoText(child, out); }
+    STDMETHODIMP get_accFocus(VARIANT* out) override {
         out->vt = VT_EMPTY;
         if (!model) return CO_E_OBJNOTCONNECTED;
         return GetFocus() == handle ? GiveNumber(model->Focused(), out) : S_FALSE;
     }
-    HRESULT STDMETHODCALLTYPE get_accSelection(VARIANT* out) override {
+    STDMETHODIMP get_accSelection(VARIANT* out) override {
         out->vt = VT_EMPTY;
         return On(Self(), [&](LONG) {
             std::vector<LONG> selected = model->Selected();
@@ -210,18 +183,18 @@ public:
             return S_OK;
         });
     }
-    HRESULT STDMETHODCALLTYPE get_accDefaultAction(VARIANT child, BSTR* out) override {
+    STDMETHODIMP get_accDefaultAction(VARIANT child, BSTR* out) override {
         *out = nullptr;
         return On(child, [&](LONG element) { return GiveText(model->Action(element), out); });
     }
-    HRESULT STDMETHODCALLTYPE accSelect(LONG flags, VARIANT child) override {
+    STDMETHODIMP accSelect(LONG flags, VARIANT child) override {
         return On(child, [&](LONG element) {
             if (flags & SELFLAG_TAKEFOCUS) SetFocus(handle);
             if (!model || element == CHILDID_SELF || !model->Has(element)) return S_OK; // the host heard of the focus
             return model->Select(element, flags) ? S_OK : E_INVALIDARG;
         });
     }
-    HRESULT STDMETHODCALLTYPE accLocation(LONG* left, LONG* top, LONG* width, LONG* height, VARIANT child) override {
+    STDMETHODIMP accLocation(LONG* left, LONG* top, LONG* width, LONG* height, VARIANT child) override {
         *left = *top = *width = *height = 0;
         return On(child, [&](LONG element) {
             if (element == CHILDID_SELF && standard) return standard->accLocation(left, top, width, height, child);
@@ -235,7 +208,7 @@ public:
             return S_OK;
         });
     }
-    HRESULT STDMETHODCALLTYPE accNavigate(LONG direction, VARIANT start, VARIANT* out) override {
+    STDMETHODIMP accNavigate(LONG direction, VARIANT start, VARIANT* out) override {
         out->vt = VT_EMPTY;
         return On(start, [&](LONG element) {
             const bool isDown = direction == NAVDIR_FIRSTCHILD || direction == NAVDIR_LASTCHILD;
@@ -246,7 +219,7 @@ public:
             return found == CHILDID_SELF ? S_FALSE : GiveNumber(found, out);
         });
     }
-    HRESULT STDMETHODCALLTYPE accHitTest(LONG x, LONG y, VARIANT* out) override {
+    STDMETHODIMP accHitTest(LONG x, LONG y, VARIANT* out) override {
         out->vt = VT_EMPTY;
         return On(Self(), [&](LONG) {
             POINT point{x, y};
@@ -256,21 +229,18 @@ public:
             return PtInRect(&client, point) ? GiveNumber(model->ElementAt(point), out) : S_FALSE;
         });
     }
-    HRESULT STDMETHODCALLTYPE accDoDefaultAction(VARIANT child) override {
+    STDMETHODIMP accDoDefaultAction(VARIANT child) override {
         return On(child, [&](LONG element) {
             if (model->Action(element).empty()) return DISP_E_MEMBERNOTFOUND;
             model->Act(element);
             return S_OK;
         });
     }
-    HRESULT STDMETHODCALLTYPE put_accName(VARIANT, BSTR) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE put_accValue(VARIANT, BSTR) override { return E_NOTIMPL; }
+    STDMETHODIMP put_accName(VARIANT, BSTR) override { return E_NOTIMPL; }
+    STDMETHODIMP put_accValue(VARIANT, BSTR) override { return E_NOTIMPL; }
 
 private:
-    virtual ~AccessibleObject() {
-        Disconnect();
-        --liveCount;
-    }
+    ~AccessibleObject() override { --liveCount; }
 
     static VARIANT Self() {
         VARIANT self{};
@@ -283,14 +253,11 @@ private:
     }
     template <typename Action>
     HRESULT WithType(const Action& action) {
-        ITypeInfo* type = nullptr;
-        HRESULT result = GetTypeInfo(0, LOCALE_NEUTRAL, &type);
-        if (FAILED(result)) return result;
-        result = action(*type);
-        type->Release();
-        return result;
+        ComPtr<ITypeInfo> type;
+        const HRESULT result = GetTypeInfo(0, LOCALE_NEUTRAL, type.Out());
+        return FAILED(result) ? result : action(*type.Get());
     }
-    HRESULT Nothing(const VARIANT& child, BSTR* out) const {
+    HRESULT NoText(const VARIANT& child, BSTR* out) const {
         *out = nullptr;
         return On(child, [](LONG) { return S_FALSE; });
     }
@@ -307,8 +274,7 @@ private:
 
     Accessible* model;
     HWND handle;
-    IAccessible* standard = nullptr; // the system's, which knows the window among others
-    std::atomic<ULONG> references = 1;
+    ComPtr<IAccessible> standard; // the system's, which knows the window among others
 };
 
 Accessible::~Accessible() { Disconnect(); }
