@@ -2,8 +2,6 @@
 
 #include "base/TextReader.h"
 
-#include <charconv>
-
 namespace dax {
 
 namespace {
@@ -78,11 +76,12 @@ Text FormatDate(const DateTime& date) {
 }
 
 void AppendPadded(Text& text, int number, size_t width) {
-    char digits[16];
-    const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-    const auto length = static_cast<size_t>(end - digits);
-    if (length < width) text.append(width - length, u'0');
-    for (const char* digit = digits; digit != end; ++digit) text.push_back(static_cast<char16_t>(*digit));
+    constexpr size_t most = 10; // digits of an int
+    char16_t digits[most];
+    size_t first = most;
+    for (int rest = number; rest > 0 || most - first < width; rest /= 10)
+        digits[--first] = static_cast<char16_t>(u'0' + rest % 10);
+    text.append(digits + first, most - first);
 }
 
 } // namespace dax

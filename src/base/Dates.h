@@ -12,7 +12,7 @@ std::optional<DateTime> ParseDate(TextView text);
 // yyyy-mm-dd hh:mm:ss, and the fraction of the second when there is one.
 Text FormatDate(const DateTime& date);
 
-// The number with zeros before it, `width` digits at least.
+// The number, which is not negative, with zeros before it: `width` digits at least, 10 at most.
 void AppendPadded(Text& text, int number, size_t width);
 
 } // namespace dax

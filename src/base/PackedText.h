@@ -8,10 +8,9 @@ namespace dax::PackedText {
 // Above U+00FF.
 bool NeedsTwoBytes(TextView text);
 inline size_t BytesOf(size_t units, bool isWide) { return units * (isWide ? sizeof(char16_t) : 1); }
-// These return where the text ends.
+// Both tell where the text ends: Pack returns it, Unpack moves `from` there.
 char* Pack(TextView text, bool isWide, char* to);
-const char* Append(Text& text, const char* from, size_t units, bool isWide);
-Text Unpack(const char*& from, size_t units, bool isWide); // and moves `from` there
+Text Unpack(const char*& from, size_t units, bool isWide);
 // Whether as many units as the text has are the same.
 bool IsPacked(TextView text, const char* from, bool isWide);
 

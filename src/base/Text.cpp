@@ -97,13 +97,13 @@ char16_t LowerUnit(char16_t unit) { return unit >= u'A' && unit <= u'Z' ? static
 
 Text FromUtf8(std::string_view utf8) {
     Text text;
-    FromUtf8(utf8, text);
+    AppendUtf8(text, utf8);
     return text;
 }
 
-void FromUtf8(std::string_view utf8, Text& text) {
-    text.resize(utf8.size()); // no sequence has more units than bytes
-    size_t i = 0, size = 0;
+void AppendUtf8(Text& text, std::string_view utf8) {
+    size_t i = 0, size = text.size();
+    text.resize(size + utf8.size()); // no sequence has more units than bytes
     while (i < utf8.size()) {
         const auto byte = static_cast<unsigned char>(utf8[i]);
         if (byte < 0x80) {
@@ -171,9 +171,16 @@ Text MadeWellFormed(TextView text) {
 }
 
 Text ToText(long long number) {
+    Text text;
+    AppendNumber(text, number);
+    return text;
+}
+
+void AppendNumber(Text& text, long long number) {
     char digits[24];
-    const auto end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
-    return Text(std::begin(digits), end);
+    char16_t units[std::size(digits)];
+    const char* const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    text.append(units, static_cast<size_t>(std::copy(std::cbegin(digits), end, units) - units));
 }
 
 TextView Shorten(TextView text, size_t length) {

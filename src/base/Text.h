@@ -11,7 +11,7 @@ using TextView = std::u16string_view;
 
 // A byte sequence that is no UTF-8 becomes U+FFFD, a lone surrogate likewise in the other direction.
 Text FromUtf8(std::string_view utf8);
-void FromUtf8(std::string_view utf8, Text& text); // the same into memory that is used again
+void AppendUtf8(Text& text, std::string_view utf8); // the same, behind what the text has
 std::string ToUtf8(TextView text);
 void ToUtf8(TextView text, std::string& utf8); // the same
 
@@ -19,6 +19,7 @@ void ToUtf8(TextView text, std::string& utf8); // the same
 Text MadeWellFormed(TextView text);
 
 Text ToText(long long number);
+void AppendNumber(Text& text, long long number);
 
 // The first units of a text, at most `length`, never cutting a surrogate pair in two.
 TextView Shorten(TextView text, size_t length);

@@ -15,6 +15,7 @@
 #include <locale>
 #include <optional>
 #include <sstream>
+#include <utility>
 #include <vector>
 #ifdef _WIN32
 #include <locale.h>
@@ -36,7 +37,6 @@ double DateSerial(const DateTime& date) {
 
 std::optional<double> NumberOf(const Value& value) {
     if (const auto* truth = std::get_if<bool>(&value)) return *truth ? -1 : 0;
-    if (const auto* whole = std::get_if<int64_t>(&value)) return static_cast<double>(*whole);
     if (const auto* number = std::get_if<double>(&value)) return *number;
     if (const auto* text = std::get_if<Text>(&value)) return ReadLong(*text);
     if (const auto* date = std::get_if<DateTime>(&value)) return DateSerial(*date);
@@ -227,6 +227,8 @@ Text MakeValidFileName(Text name, const Text& replacement) {
 Text Pluralize(const Text& word, long count) { return count == 1 ? word : word + u"s"; }
 
 int32_t VariantToLong(const Value& value, int32_t defaultValue) {
+    if (const auto* whole = std::get_if<int64_t>(&value))
+        return std::in_range<int32_t>(*whole) ? static_cast<int32_t>(*whole) : defaultValue;
     const std::optional<double> number = NumberOf(value);
     if (!number || std::isnan(*number)) return defaultValue;
     const double rounded = RoundHalfToEven(*number);

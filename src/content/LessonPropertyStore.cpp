@@ -1,15 +1,13 @@
 #include "content/LessonPropertyStore.h"
 
-#include "base/Error.h"
 #include "base/PackedText.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace dax {
 
 namespace {
-
-constexpr int32_t duplicateKey = 457; // the number that hosts know for a key that a collection has already
 
 constexpr size_t blockBytes = 65536;
 
@@ -17,15 +15,10 @@ uint32_t HashOf(TextView key) { return static_cast<uint32_t>(std::hash<TextView>
 
 } // namespace
 
-LessonPropertyStore::LessonPropertyStore(PropertyCollectionFactory factory)
-    : factory(std::move(factory)), buckets(64, none) {}
+LessonPropertyStore::LessonPropertyStore(PropertyCollectionFactory factory) : factory(std::move(factory)) {}
 
 void LessonPropertyStore::Add(TextView lessonID, TextView properties, TextView title, TextView identifier,
                               int32_t lessonType) {
-    const uint32_t hash = HashOf(lessonID);
-    if (Find(lessonID, hash) != none) {
-        throw Error(duplicateKey, u"The lesson '" + Text(Shorten(lessonID, 100)) + u"' has properties already.");
-    }
     const bool isWide = PackedText::NeedsTwoBytes(lessonID) || PackedText::NeedsTwoBytes(title) ||
                         PackedText::NeedsTwoBytes(identifier) || PackedText::NeedsTwoBytes(properties);
     const size_t units = lessonID.size() + title.size() + identifier.size() + properties.size();
@@ -33,14 +26,8 @@ void LessonPropertyStore::Add(TextView lessonID, TextView properties, TextView t
     char* to = bytes;
     for (const TextView text : {lessonID, title, identifier, properties}) to = PackedText::Pack(text, isWide, to);
     const auto length = [](TextView text) { return static_cast<uint32_t>(text.size()); };
-    entries.push_back({bytes, hash, length(lessonID), length(title), length(identifier), length(properties), lessonType,
-                       none, isWide});
-    if (entries.size() > buckets.size()) {
-        Rehash();
-    } else {
-        uint32_t& bucket = buckets[hash & (buckets.size() - 1)];
-        entries.back().nextInBucket = std::exchange(bucket, static_cast<uint32_t>(entries.size() - 1));
-    }
+    entries.push_back(
+        {bytes, length(lessonID), length(title), length(identifier), length(properties), lessonType, isWide});
 }
 
 char* LessonPropertyStore::Allocate(size_t bytes) {
@@ -56,33 +43,41 @@ char* LessonPropertyStore::Allocate(size_t bytes) {
 }
 
 std::shared_ptr<PropertyCollection> LessonPropertyStore::Get(TextView lessonID) {
-    const uint32_t index = Find(lessonID, HashOf(lessonID));
-    if (index == none) return nullptr;
-    if (const auto found = made.find(index); found != made.end()) return found->second;
-    return made[index] = Make(entries[index]);
+    const Entry* const entry = Find(lessonID);
+    if (!entry) return nullptr;
+    if (const auto found = made.find(entry); found != made.end()) return found->second;
+    return made.emplace(entry, Make(*entry)).first->second;
 }
 
 std::shared_ptr<PropertyCollection>
 LessonPropertyStore::Peek(TextView lessonID, const std::shared_ptr<PropertyCollection>& scratch) const {
-    const uint32_t index = Find(lessonID, HashOf(lessonID));
-    if (index == none) return nullptr;
-    if (const auto found = made.find(index); found != made.end()) return found->second;
-    const Entry& entry = entries[index];
+    const Entry* const found = Find(lessonID);
+    if (!found) return nullptr;
+    if (const auto collection = made.find(found); collection != made.end()) return collection->second;
+    const Entry& entry = *found;
     const size_t units = size_t{entry.idLength} + entry.titleLength + entry.identifierLength;
     const char* from = entry.bytes + PackedText::BytesOf(units, entry.isWide);
     scratch->Load(PackedText::Unpack(from, entry.propertiesLength, entry.isWide));
     return scratch;
 }
 
-uint32_t LessonPropertyStore::Find(TextView lessonID, uint32_t hash) const {
-    uint32_t index = buckets[hash & (buckets.size() - 1)];
-    for (; index != none; index = entries[index].nextInBucket) {
-        const Entry& entry = entries[index];
-        if (entry.hash == hash && entry.idLength == lessonID.size() &&
-            PackedText::IsPacked(lessonID, entry.bytes, entry.isWide))
-            break;
+const LessonPropertyStore::Entry* LessonPropertyStore::Find(TextView lessonID) const {
+    if (places.size() < entries.size()) {
+        places.clear();
+        places.reserve(entries.size());
+        for (uint32_t index = 0; index < entries.size(); ++index) {
+            const char* from = entries[index].bytes;
+            const Text id = PackedText::Unpack(from, entries[index].idLength, entries[index].isWide);
+            places.push_back({HashOf(id), index});
+        }
+        std::ranges::sort(places, {}, &Place::hash);
     }
-    return index;
+    for (const Place& place : std::ranges::equal_range(places, HashOf(lessonID), {}, &Place::hash)) {
+        const Entry& entry = entries[place.entry];
+        if (entry.idLength == lessonID.size() && PackedText::IsPacked(lessonID, entry.bytes, entry.isWide))
+            return &entry;
+    }
+    return nullptr;
 }
 
 std::shared_ptr<PropertyCollection> LessonPropertyStore::Make(const Entry& entry) const {
@@ -96,14 +91,6 @@ std::shared_ptr<PropertyCollection> LessonPropertyStore::Make(const Entry& entry
     properties->SetValue(u"Identifier", identifier);
     properties->SetValue(u"LessonType", int64_t(entry.lessonType));
     return properties;
-}
-
-void LessonPropertyStore::Rehash() {
-    buckets.assign(buckets.size() * 2, none);
-    for (uint32_t index = 0; index < entries.size(); ++index) {
-        uint32_t& bucket = buckets[entries[index].hash & (buckets.size() - 1)];
-        entries[index].nextInBucket = std::exchange(bucket, index);
-    }
 }
 
 } // namespace dax

@@ -35,7 +35,8 @@ Text Recordset::FieldName(size_t column) const { return state->Columns().at(colu
 size_t Recordset::FieldIndex(TextView name) const { return state->FieldIndex(name); }
 Value Recordset::Field(size_t column) const { return state->Field(column); }
 TextView Recordset::FieldText(size_t column) const { return state->FieldText(column); }
-bool Recordset::FieldIsNull(size_t column) const { return state->IsNull(column); }
+
+std::optional<TextView> Recordset::FieldTextOrNull(size_t column) const { return state->FieldTextOrNull(column); }
 
 int64_t Recordset::FieldNumber(size_t column, int64_t defaultValue) const {
     return state->FieldNumber(column, defaultValue);

@@ -39,14 +39,15 @@ void StoredRows::Read(Statement& rows, size_t columnCount) {
     columns = columnCount;
     for (; rows.Next(); ++count) {
         for (size_t column = 0; column < columns; ++column) {
-            texts.append(rows.FieldText(column));
-            places.push_back(uint64_t{texts.size()} * 2 + (rows.IsNull(column) ? 1 : 0));
+            const bool isThere = rows.AppendField(column, texts);
+            places.push_back(uint64_t{texts.size()} * 2 + (isThere ? 0 : 1));
         }
     }
 }
 
-TextView StoredRows::FieldText(size_t row, size_t column) const {
+std::optional<TextView> StoredRows::Field(size_t row, size_t column) const {
     const uint64_t* const place = &places[row * columns + column];
+    if ((place[1] & 1) != 0) return {};
     const auto begin = static_cast<size_t>(place[0] / 2), end = static_cast<size_t>(place[1] / 2);
     return TextView(texts).substr(begin, end - begin);
 }
@@ -144,19 +145,24 @@ void RecordsetState::RequireRow(size_t column) {
         Refuse(u"The recordset has no field number " + ToText(static_cast<long long>(column)) + u".");
 }
 
-bool RecordsetState::IsNull(size_t column) {
-    RequireRow(column);
-    return stored ? stored->IsNull(storedRow, column) : rows->IsNull(column);
-}
-
 TextView RecordsetState::FieldText(size_t column) {
     RequireRow(column);
-    return stored ? stored->FieldText(storedRow, column) : rows->FieldText(column);
+    return stored ? stored->Field(storedRow, column).value_or(TextView()) : rows->FieldText(column);
+}
+
+std::optional<TextView> RecordsetState::FieldTextOrNull(size_t column) {
+    RequireRow(column);
+    if (stored) return stored->Field(storedRow, column);
+    if (rows->IsNull(column)) return {};
+    return rows->FieldText(column);
 }
 
 Value RecordsetState::Field(size_t column) {
-    if (IsNull(column)) return {};
-    return FromText(FieldText(column), columns[column].type);
+    RequireRow(column);
+    if (!stored && columns[column].type == FieldType::Integer)
+        if (const auto number = rows->FieldInteger(column)) return *number;
+    const auto text = FieldTextOrNull(column);
+    return text ? FromText(*text, columns[column].type) : Value();
 }
 
 int64_t RecordsetState::FieldNumber(size_t column, int64_t defaultValue) {
@@ -238,14 +244,15 @@ void RecordsetState::UpdateRow() {
     const bool datesAsText = connection->Opened().Quirks().datesAsText;
     for (const size_t column : KeyColumns()) {
         conditions += (conditions.empty() ? u"" : u" AND ") + Quoted(column);
-        if (IsNull(column)) {
+        const auto text = FieldTextOrNull(column);
+        if (!text) {
             conditions += u" IS NULL";
             continue;
         }
         conditions += u" = ?";
         Value value = Field(column);
         // As stored, whatever its form.
-        if (datesAsText && std::holds_alternative<DateTime>(value)) value = Text(FieldText(column));
+        if (datesAsText && std::holds_alternative<DateTime>(value)) value = Text(*text);
         values.push_back(std::move(value));
         codes.push_back(columns[column].code);
     }

@@ -13,8 +13,7 @@ class StoredRows {
 public:
     void Read(Statement& rows, size_t columnCount);
     size_t Count() const { return count; }
-    bool IsNull(size_t row, size_t column) const { return (places[row * columns + column + 1] & 1) != 0; }
-    TextView FieldText(size_t row, size_t column) const;
+    std::optional<TextView> Field(size_t row, size_t column) const; // nothing for NULL
 
 private:
     size_t columns = 0, count = 0;
@@ -35,8 +34,8 @@ public:
     const std::vector<Column>& Columns() const { return columns; }
     size_t FieldIndex(TextView name) const;
     // These throw when there is no current row.
-    bool IsNull(size_t column);
     TextView FieldText(size_t column);
+    std::optional<TextView> FieldTextOrNull(size_t column);
     Value Field(size_t column);
     int64_t FieldNumber(size_t column, int64_t defaultValue);
 

@@ -47,6 +47,12 @@ public:
     virtual bool IsNull(size_t column) = 0;
     // Valid until the next row; NULL is empty.
     virtual TextView FieldText(size_t column) = 0;
+    // The same behind a text that collects many; false, and nothing, for NULL.
+    virtual bool AppendField(size_t column, Text& text) {
+        if (IsNull(column)) return false;
+        text += FieldText(column);
+        return true;
+    }
     // The value where the engine keeps it as a whole number, which spares reading it from a text.
     virtual std::optional<int64_t> FieldInteger(size_t) { return std::nullopt; }
 

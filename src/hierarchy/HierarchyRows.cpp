@@ -4,8 +4,6 @@
 #include "data/Recordset.h"
 #include "data/modDB.h"
 
-#include <charconv>
-
 namespace dax::HierarchyRows {
 
 using modGeneric::VariantToLong;
@@ -17,12 +15,6 @@ constexpr int64_t progressStep = 1000;
 
 Text NameRow(int64_t row, TextView title) {
     return u"Row " + ToText(row) + u" of velmoraLessons (title '" + Text(Shorten(title, 100)) + u"')";
-}
-
-void AppendNumber(Text& text, int32_t number) {
-    char digits[12];
-    const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-    for (const char* digit = digits; digit != end; ++digit) text += static_cast<char16_t>(*digit);
 }
 
 void AppendDoubled(Text& text, TextView raw) {

@@ -18,14 +18,17 @@ constexpr size_t mostNamed = 10;
 class Hash {
 public:
     Hash& Add(TextView text) {
-        Mix(text.size()); // two texts do not run together
-        while (!text.empty()) {
-            uint64_t part = 0;
-            const size_t count = std::min<size_t>(text.size(), 4);
-            std::memcpy(&part, text.data(), count * sizeof(char16_t));
+        uint64_t part = text.size(); // two texts do not run together
+        Mix(part);
+        constexpr size_t units = sizeof part / sizeof(char16_t);
+        for (; text.size() >= units; text.remove_prefix(units)) {
+            std::memcpy(&part, text.data(), sizeof part);
             Mix(part);
-            text.remove_prefix(count);
         }
+        if (text.empty()) return *this;
+        part = 0;
+        for (const char16_t unit : text) part = part << 16 | unit;
+        Mix(part);
         return *this;
     }
     Hash& Add(int64_t number) {

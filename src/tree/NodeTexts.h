@@ -1,4 +1,5 @@
-// The three texts of a node in one piece of memory, which takes a third of what three texts take.
+// The three texts of a node in one piece of memory. With three std::u16string instead, a lesson in the editor takes 521
+// bytes, not 377 (100,000 lessons).
 #pragma once
 
 #include "base/PackedText.h"

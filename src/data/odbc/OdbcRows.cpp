@@ -115,7 +115,8 @@ TextView OdbcRows::FieldText(size_t column) {
     if (valueType == SQL_C_WCHAR)
         return {reinterpret_cast<const char16_t*>(bytes), static_cast<size_t>(buffer.length / unitSize)};
     if (!buffer.isDecoded) {
-        FromUtf8({bytes, static_cast<size_t>(buffer.length)}, buffer.decoded);
+        buffer.decoded.clear();
+        AppendUtf8(buffer.decoded, {bytes, static_cast<size_t>(buffer.length)});
         buffer.isDecoded = true;
     }
     return buffer.decoded;

@@ -5,7 +5,6 @@
 #include "data/sqlite/SQLiteErrors.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace dax {
 
@@ -32,10 +31,10 @@ FieldType TypeOfDeclaration(TextView declaration) {
 }
 
 // Bytes as a person writes them into a statement.
-void WriteBytes(const void* bytes, size_t count, Text& text) {
+void AppendBytes(const void* bytes, size_t count, Text& text) {
     constexpr TextView digits = u"0123456789ABCDEF";
     const auto* const first = static_cast<const unsigned char*>(bytes);
-    text = u"X'";
+    text += u"X'";
     for (size_t i = 0; i < count; ++i) {
         text.push_back(digits[first[i] >> 4]);
         text.push_back(digits[first[i] & 15]);
@@ -220,37 +219,38 @@ bool SQLiteStatement::Next() {
 bool SQLiteStatement::IsNull(size_t column) { return Read(column).isNull; }
 TextView SQLiteStatement::FieldText(size_t column) { return Read(column).text; }
 
-// The value is asked for once and then for what it is: on a connection without mutexes that is allowed, and a third of
-// the calls.
+bool SQLiteStatement::AppendField(size_t column, Text& text) {
+    return Append(sqlite3_column_value(Opened(), static_cast<int>(column)), text);
+}
+
 const SQLiteStatement::Field& SQLiteStatement::Read(size_t column) {
     sqlite3_stmt* const statement = Opened();
     Field& field = fields[column];
     if (field.row == row) return field;
-    sqlite3_value* const value = sqlite3_column_value(statement, static_cast<int>(column));
-    field.isNull = false;
-    switch (sqlite3_value_type(value)) {
-    case SQLITE_NULL:
-        field.isNull = true;
-        field.text.clear();
-        break;
-    case SQLITE_INTEGER: {
-        char digits[24];
-        const char* const end = std::to_chars(digits, digits + sizeof digits, sqlite3_value_int64(value)).ptr;
-        const std::string_view text(digits, static_cast<size_t>(end - digits));
-        field.text.assign(text.begin(), text.end());
-        break;
-    }
-    case SQLITE_BLOB:
-        WriteBytes(sqlite3_value_blob(value), static_cast<size_t>(sqlite3_value_bytes(value)), field.text);
-        break;
-    default: {
-        const auto* const bytes = reinterpret_cast<const char*>(sqlite3_value_text(value));
-        if (!bytes) throw SQLiteError(owner->Handle(), SQLITE_NOMEM, {});
-        FromUtf8({bytes, static_cast<size_t>(sqlite3_value_bytes(value))}, field.text);
-    }
-    }
+    field.text.clear();
+    field.isNull = !Append(sqlite3_column_value(statement, static_cast<int>(column)), field.text);
     field.row = row;
     return field;
+}
+
+// The value is asked for once and then for what it is: on a connection without mutexes that is allowed, and a third of
+// the calls.
+bool SQLiteStatement::Append(sqlite3_value* value, Text& text) const {
+    switch (sqlite3_value_type(value)) {
+    case SQLITE_NULL:
+        return false;
+    case SQLITE_INTEGER:
+        AppendNumber(text, sqlite3_value_int64(value));
+        return true;
+    case SQLITE_BLOB:
+        AppendBytes(sqlite3_value_blob(value), static_cast<size_t>(sqlite3_value_bytes(value)), text);
+        return true;
+    default:
+        const auto* const bytes = reinterpret_cast<const char*>(sqlite3_value_text(value));
+        if (!bytes) throw SQLiteError(owner->Handle(), SQLITE_NOMEM, {});
+        AppendUtf8(text, {bytes, static_cast<size_t>(sqlite3_value_bytes(value))});
+        return true;
+    }
 }
 
 std::optional<int64_t> SQLiteStatement::FieldInteger(size_t column) {

@@ -18,6 +18,7 @@ public:
     bool Next() override;
     bool IsNull(size_t column) override;
     TextView FieldText(size_t column) override;
+    bool AppendField(size_t column, Text& text) override;
     std::optional<int64_t> FieldInteger(size_t column) override;
     void Close() noexcept override;
     void Cancel() noexcept override;
@@ -37,6 +38,7 @@ private:
         bool isNull = false;
     };
     const Field& Read(size_t column);
+    bool Append(sqlite3_value* value, Text& text) const;
     SQLiteConnection& Owner() const;
     sqlite3_stmt* Opened() const;
     bool RunRepeated(TextView text);
