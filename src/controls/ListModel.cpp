@@ -10,11 +10,8 @@ void ListModel::SetColumns(std::vector<ListColumn> newColumns) {
 }
 
 int ListModel::ColumnIndex(TextView key) const {
-    for (size_t tries = columns.size(); tries > 0; --tries) {
-        found = found + 1 < columns.size() ? found + 1 : 0;
-        if (columns[found].key == key) return static_cast<int>(found);
-    }
-    return -1;
+    const auto found = std::ranges::find(columns, key, &ListColumn::key);
+    return found == columns.end() ? -1 : static_cast<int>(found - columns.begin());
 }
 
 void ListModel::ClearItems() {
@@ -28,8 +25,9 @@ void ListModel::EndFilling() {
 }
 
 size_t ListModel::AddItem(Text firstCell) {
-    ListItem item; // whole before the list has it
-    item.cells.push_back(std::move(firstCell));
+    ListItem item;                                          // whole before the list has it
+    item.cells.resize(std::max<size_t>(columns.size(), 1)); // at once: growing for each cell takes longer
+    item.cells[0] = std::move(firstCell);
     items.push_back(std::move(item));
     Changed();
     return items.size() - 1;

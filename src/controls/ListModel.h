@@ -76,7 +76,6 @@ private:
     ListModelListener* listener = nullptr;
     int filling = 0;
     uint64_t revision = 0;
-    mutable size_t found = 0; // the column asked for last: rows are filled in the order of the columns
 };
 
 } // namespace dax

@@ -38,24 +38,20 @@ bool IsInUsualForm(TextView date) {
 }
 
 LockRow ReadRow(const Recordset& recordset) {
-    LockRow row;
-    row.lessonID = recordset.Field(ColumnLessonID);
-    row.username = recordset.Field(ColumnUsername);
-    row.machineName = recordset.Field(ColumnMachineName);
-    row.machineIP = recordset.Field(ColumnMachineIP);
-    row.lockDate = recordset.Field(ColumnLockDate);
-    row.lockType = recordset.Field(ColumnLockType);
-    row.sessionID = recordset.Field(ColumnSessionID);
-    row.lessonTitle = recordset.Field(ColumnLessonTitle);
-    row.lessonIdentifier = recordset.Field(ColumnLessonIdentifier);
-    row.lessonType = recordset.Field(ColumnLessonType);
+    const auto text = [&](size_t column) { return recordset.FieldTextOrNull(column); };
+    LockRow row{text(ColumnLessonID),
+                text(ColumnUsername),
+                text(ColumnMachineName),
+                text(ColumnMachineIP),
+                recordset.Field(ColumnLockDate),
+                recordset.Field(ColumnLockType),
+                text(ColumnSessionID),
+                text(ColumnLessonTitle),
+                text(ColumnLessonIdentifier),
+                recordset.Field(ColumnLessonType)};
     const TextView stored = recordset.FieldText(ColumnLockDate);
     if (!std::holds_alternative<DateTime>(row.lockDate) || !IsInUsualForm(stored)) row.lockDateText = stored;
     return row;
-}
-
-Text RequiredText(const LockRow& row, const Value& value, TextView field) {
-    return modGeneric::VariantToString(LockRules::NotNull(row, value, field), u"");
 }
 
 // The window hears of the rows once, at the end, whatever the way out.
@@ -81,6 +77,15 @@ struct FillingPause {
 };
 
 } // namespace
+
+// Where the cells of a row go, asked for once for all rows; -1 for a column that the list has not.
+struct LockManager::CellColumns {
+    explicit CellColumns(const ListModel& list)
+        : identifier(list.ColumnIndex(u"identifier")), type(list.ColumnIndex(u"locktype")),
+          date(list.ColumnIndex(u"lockdate")), age(list.ColumnIndex(u"age")), user(list.ColumnIndex(u"user")),
+          machine(list.ColumnIndex(u"machine")), ip(list.ColumnIndex(u"ip")) {}
+    int identifier, type, date, age, user, machine, ip;
+};
 
 // One run of Refresh or DeleteSelected: does its statements one by one and asks the host about each that fails.
 class LockManager::Operation {
@@ -193,6 +198,7 @@ void LockManager::Refresh() {
         lvwLocks->ClearItems();
         records.clear();
         operation.Do([&] { records.reserve(static_cast<size_t>(std::max<int64_t>(0, recordset.RecordCount())) + 1); });
+        const CellColumns columns(*lvwLocks);
         for (size_t index = 0;; ++index) {
             bool isAtEnd = true; // an ignored failure here ends the rows: nothing more can be read
             operation.Do([&] { isAtEnd = recordset.Eof(); });
@@ -204,7 +210,7 @@ void LockManager::Refresh() {
             FillRow(operation, row, index);
             bool isIncluded = true; // so that ignoring a failure shows the row
             operation.Do([&] { isIncluded = IncludeLock(row, group.get()); });
-            if (isIncluded) ShowRow(operation, row, index);
+            if (isIncluded) ShowRow(operation, row, index, columns);
             operation.Do([&] { recordset.MoveNext(); });
         }
         operation.Do([&] { recordset.Close(); });
@@ -218,11 +224,11 @@ void LockManager::Refresh() {
 // Each field is a statement of its own: ignoring a NULL user leaves the user empty and goes on with the machine.
 void LockManager::FillRow(Operation& operation, const LockRow& row, size_t index) {
     LockRecord& record = records[index];
-    operation.Do([&] { record.lessonID = RequiredText(row, row.lessonID, u"lessonID"); });
-    operation.Do([&] { record.username = RequiredText(row, row.username, u"username"); });
-    operation.Do([&] { record.machineName = RequiredText(row, row.machineName, u"machineName"); });
-    operation.Do([&] { record.machineIP = RequiredText(row, row.machineIP, u"machineIP"); });
-    operation.Do([&] { record.sessionID = RequiredText(row, row.sessionID, u"sessionID"); });
+    operation.Do([&] { record.lessonID = LockRules::RequiredText(row, row.lessonID, u"lessonID"); });
+    operation.Do([&] { record.username = LockRules::RequiredText(row, row.username, u"username"); });
+    operation.Do([&] { record.machineName = LockRules::RequiredText(row, row.machineName, u"machineName"); });
+    operation.Do([&] { record.machineIP = LockRules::RequiredText(row, row.machineIP, u"machineIP"); });
+    operation.Do([&] { record.sessionID = LockRules::RequiredText(row, row.sessionID, u"sessionID"); });
     operation.Do([&] {
         record.storedDate = row.lockDate;
         record.storedDateText = row.lockDateText;
@@ -233,24 +239,23 @@ void LockManager::FillRow(Operation& operation, const LockRow& row, size_t index
     operation.Do([&] { record.invalid = LockRules::IsInvalidLock(row, expectNoSessionIDRecords, sessionID, now); });
 }
 
-void LockManager::ShowRow(Operation& operation, const LockRow& row, size_t index) {
-    using modGeneric::VariantToString;
+void LockManager::ShowRow(Operation& operation, const LockRow& row, size_t index, const CellColumns& columns) {
+    using LockRules::RequiredText;
     std::optional<size_t> item;
-    static const Text deleted = u"(deleted)";
-    operation.Do([&] { item = lvwLocks->AddItem(VariantToString(row.lessonTitle, deleted)); });
+    operation.Do([&] { item = lvwLocks->AddItem(Text(row.lessonTitle.value_or(u"(deleted)"))); });
     if (!item) return;
     lvwLocks->SetTag(*item, static_cast<int32_t>(index));
     if (records[index].invalid) lvwLocks->SetMark(*item, u"invalid");
-    const auto setCell = [&](TextView key, const auto& text) {
-        operation.Do([&] { lvwLocks->SetCell(*item, lvwLocks->ColumnIndex(key), text()); });
+    const auto setCell = [&](int column, const auto& text) {
+        operation.Do([&] { lvwLocks->SetCell(*item, column, Text(text())); });
     };
-    if (showIdentifier) setCell(u"identifier", [&] { return VariantToString(row.lessonIdentifier, u""); });
-    setCell(u"locktype", [&] { return LockRules::LockTypeText(row.lockType); });
-    setCell(u"lockdate", [&] { return VariantToString(row.lockDate, u""); });
-    setCell(u"age", [&] { return LockRules::LockAgeText(row.lockDate, now); });
-    setCell(u"user", [&] { return RequiredText(row, row.username, u"username"); });
-    setCell(u"machine", [&] { return RequiredText(row, row.machineName, u"machineName"); });
-    setCell(u"ip", [&] { return RequiredText(row, row.machineIP, u"machineIP"); });
+    if (showIdentifier) setCell(columns.identifier, [&] { return row.lessonIdentifier.value_or(TextView()); });
+    setCell(columns.type, [&] { return LockRules::LockTypeText(row.lockType); });
+    setCell(columns.date, [&] { return modGeneric::VariantToString(row.lockDate, u""); });
+    setCell(columns.age, [&] { return LockRules::LockAgeText(row.lockDate, now); });
+    setCell(columns.user, [&] { return RequiredText(row, row.username, u"username"); });
+    setCell(columns.machine, [&] { return RequiredText(row, row.machineName, u"machineName"); });
+    setCell(columns.ip, [&] { return RequiredText(row, row.machineIP, u"machineIP"); });
 }
 
 bool LockManager::IncludeLock(const LockRow& row, KeyedCollection* group) const {

@@ -80,9 +80,10 @@ public:
 
 private:
     class Operation;
+    struct CellColumns;
 
     void FillRow(Operation& operation, const LockRow& row, size_t index);
-    void ShowRow(Operation& operation, const LockRow& row, size_t index);
+    void ShowRow(Operation& operation, const LockRow& row, size_t index, const CellColumns& columns);
     bool IncludeLock(const LockRow& row, KeyedCollection* group) const;
     const LockRecord& RecordAt(int32_t tag) const;
 

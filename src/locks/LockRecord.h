@@ -5,6 +5,7 @@
 #include "base/Value.h"
 
 #include <cstddef>
+#include <optional>
 
 namespace dax {
 
@@ -23,12 +24,15 @@ struct LockRecord {
     Text storedDateText{};
 };
 
-// One row of the lock query, as the database gave it. The last three are NULL when the lesson is gone.
+// One row of the lock query, as the database gave it: NULL is nothing, as the last three are when the lesson is gone.
+// The texts are the recordset's own: they last until its next row.
 struct LockRow {
-    Value lessonID, username, machineName, machineIP, lockDate, lockType, sessionID;
-    Value lessonTitle, lessonIdentifier, lessonType;
-    Text lockDateText{}; // the date as the database keeps it, where that is a text in another form than ours
-    size_t number = 0;   // of the row, from 1
+    std::optional<TextView> lessonID, username, machineName, machineIP;
+    Value lockDate, lockType;
+    std::optional<TextView> sessionID, lessonTitle, lessonIdentifier;
+    Value lessonType;
+    TextView lockDateText{}; // the date as the database keeps it, where that is a text in another form than ours
+    size_t number = 0;       // of the row, from 1
 };
 
 } // namespace dax

@@ -23,12 +23,14 @@ int64_t SecondsSinceEpoch(const DateTime& date) {
 
 void AppendPart(Text& text, int64_t number, TextView unit) {
     if (!text.empty()) text += u", ";
-    text.append(ToText(number)).append(u" ").append(unit);
+    AppendNumber(text, number);
+    (text += u' ') += unit;
     if (number != 1) text += u's';
 }
 
-bool TextEquals(const Value& value, const Text& text) {
-    return !IsNull(value) && modGeneric::VariantToString(value, u"") == text;
+[[noreturn]] void RefuseNull(const LockRow& row, TextView field) {
+    throw Error(ErrorNumbers::InvalidUseOfNull,
+                u"Invalid use of Null: " + Text(field) + u" of " + LockName(row) + u".");
 }
 
 } // namespace
@@ -44,44 +46,44 @@ bool IsExpiredConnectionTest(const Value& lockType, const Value& lockDate, const
 }
 
 bool IsGroupLock(const LockRow& row, const Text& lessonID, KeyedCollection* group) {
-    if (TextEquals(row.lessonID, lessonID)) return true;
-    return modGeneric::CollectionHasKey(group, modGeneric::VariantToString(row.lessonID, u""));
+    return row.lessonID == lessonID || modGeneric::CollectionHasKey(group, Text(row.lessonID.value_or(TextView())));
 }
 
 bool IsInvalidLock(const LockRow& row, bool expectNoSessionIDRecords, const Text& sessionID, const DateTime& now) {
-    if (IsNull(row.lessonTitle)) return true; // the lock points at a deleted lesson
+    if (!row.lessonTitle) return true; // the lock points at a deleted lesson
     const int32_t lockType = modGeneric::VariantToLong(row.lockType, lltNone);
     if (modGeneric::VariantToLong(row.lessonType, ltInvalid) != ltLesson && lockType != lltClosed) return true;
     if (!IsKnownLockType(RequiredLockType(row))) return true;
     if (IsExpiredConnectionTest(row.lockType, row.lockDate, now)) return true;
-    return expectNoSessionIDRecords && !sessionID.empty() && TextEquals(row.sessionID, sessionID);
+    return expectNoSessionIDRecords && !sessionID.empty() && row.sessionID == sessionID;
 }
 
 Text LockName(const LockRow& row) {
     Text name = u"the lock in row " + ToText(static_cast<long long>(row.number));
-    const std::pair<TextView, const Value&> parts[] = {
-        {u" on lesson ", row.lessonID}, {u" of user ", row.username}, {u" at machine ", row.machineName}};
-    for (const auto& [word, value] : parts)
-        if (!IsNull(value)) name.append(word).append(u"'" + modGeneric::VariantToString(value, u"") + u"'");
+    const std::pair<TextView, const std::optional<TextView>&> parts[] = {
+        {u" on lesson '", row.lessonID}, {u" of user '", row.username}, {u" at machine '", row.machineName}};
+    for (const auto& [words, text] : parts)
+        if (text) name.append(words).append(*text).append(u"'");
     if (!IsNull(row.lockDate)) name += u" since " + modGeneric::VariantToString(row.lockDate, u"");
     return name;
 }
 
-const Value& NotNull(const LockRow& row, const Value& value, TextView field) {
-    if (!IsNull(value)) return value;
-    throw Error(ErrorNumbers::InvalidUseOfNull,
-                u"Invalid use of Null: " + Text(field) + u" of " + LockName(row) + u".");
+TextView RequiredText(const LockRow& row, const std::optional<TextView>& text, TextView field) {
+    if (!text) RefuseNull(row, field);
+    return *text;
 }
 
 int32_t RequiredLockType(const LockRow& row) {
     constexpr int32_t one = 0, another = 1; // no number is both defaults
-    const int32_t type = modGeneric::VariantToLong(NotNull(row, row.lockType, u"lockType"), one);
+    if (IsNull(row.lockType)) RefuseNull(row, u"lockType");
+    const int32_t type = modGeneric::VariantToLong(row.lockType, one);
     if (type != one || modGeneric::VariantToLong(row.lockType, another) == one) return type;
     throw Error(ErrorNumbers::TypeMismatch, u"Type mismatch: lockType of " + LockName(row) + u" is no number.");
 }
 
 DateTime RequiredLockDate(const LockRow& row) {
-    if (const auto date = ToDate(NotNull(row, row.lockDate, u"lockDate"))) return *date;
+    if (IsNull(row.lockDate)) RefuseNull(row, u"lockDate");
+    if (const auto date = ToDate(row.lockDate)) return *date;
     throw Error(ErrorNumbers::TypeMismatch, u"Type mismatch: lockDate of " + LockName(row) + u" is no date.");
 }
 

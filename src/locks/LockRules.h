@@ -24,8 +24,8 @@ bool IsInvalidLock(const LockRow& row, bool expectNoSessionIDRecords, const Text
 // The lock as messages name it: its row, lesson, user, machine and date, as far as they are there.
 Text LockName(const LockRow& row);
 
-// A field that must be there. Throws Error, which names field and lock.
-const Value& NotNull(const LockRow& row, const Value& value, TextView field);
+// A field that must be there. These throw Error, which names field and lock.
+TextView RequiredText(const LockRow& row, const std::optional<TextView>& text, TextView field);
 int32_t RequiredLockType(const LockRow& row);
 DateTime RequiredLockDate(const LockRow& row);
 
