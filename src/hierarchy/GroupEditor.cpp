@@ -11,7 +11,7 @@ std::shared_ptr<GroupEditor> GroupEditor::Create(PropertyCollectionFactory facto
 
 GroupEditor::GroupEditor(PropertyCollectionFactory factory) : factory(factory), lessonPropertyStore(factory) {
     subclasser.SelectionChanged().Add([this] {
-        const auto hold = shared_from_this();
+        const auto self = shared_from_this();
         AfterSelectionChange.Raise(CurrentLessonID());
     });
     dragDrop.AutoExpand().Add([](Node& node) { node.SetExpanded(true); });
@@ -26,28 +26,28 @@ GroupEditor::GroupEditor(PropertyCollectionFactory factory) : factory(factory), 
 GroupEditor::~GroupEditor() { subclasser.SetActive(false); }
 
 void GroupEditor::SetAllowDragDrop(bool allow) {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     allowDragDrop = allow;
     if (!allow) CancelDrag();
     PropertyChanged.Raise(u"AllowDragDrop");
 }
 
 void GroupEditor::SetLocked(bool locked) {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     isLocked = locked;
     if (locked) CancelDrag();
     PropertyChanged.Raise(u"Locked");
 }
 
 void GroupEditor::SetSingleExpand(bool single) {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     isSingleExpand = single;
     if (window) window->SetSingleExpand(single);
     PropertyChanged.Raise(u"SingleExpand");
 }
 
 void GroupEditor::SetConflictCheck(bool check) {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     checksConflicts = check;
     PropertyChanged.Raise(u"ConflictCheck");
 }
@@ -60,7 +60,7 @@ void GroupEditor::SetDatabaseTitle(const Text& title) {
 Text GroupEditor::CurrentLessonID() const { return modTVW::GetNodeKey(tree.Selected()); }
 
 void GroupEditor::SetCurrentLessonID(const Text& lessonID) {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     tree.Select(modTVW::GetNodeByKey(tree, lessonID));
 }
 
@@ -76,7 +76,7 @@ void GroupEditor::UnlockDisplay() {
 }
 
 void GroupEditor::ExpandAll() {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     modTVW::SetAllExpanded(tree, true);
     ShowSelected();
 }
@@ -86,14 +86,14 @@ void GroupEditor::ShowSelected() {
 }
 
 void GroupEditor::CollapseAll() {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     const TreeUpdate update(tree);
     modTVW::SetAllExpanded(tree, false);
     if (Node* const root = tree.First()) root->SetExpanded(true);
 }
 
 bool GroupEditor::Clear() {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     BeginLoading();
     Empty();
     EndLoading();
@@ -102,7 +102,7 @@ bool GroupEditor::Clear() {
 }
 
 bool GroupEditor::LoadDatabase() {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     if (connectionString.empty()) {
         Clear();
         return true;
@@ -127,7 +127,7 @@ bool GroupEditor::LoadDatabase() {
 }
 
 bool GroupEditor::SaveDatabase() {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     if (tree.IsEmpty()) {
         Error.Raise(ErrorNumbers::Automation, u"No database open.", u"SaveDatabase");
         return false;
@@ -146,10 +146,10 @@ bool GroupEditor::SaveDatabase() {
 }
 
 void GroupEditor::AddLesson(const Text& lessonID, const Text& title, const Text& identifier, LessonTypes type) {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     const Text id = lessonID, titleCopy = title, identifierCopy = identifier; // the caller's may be the editor's own
     if (tree.IsEmpty() || id.empty()) return;
-    const unsigned shown = generation;
+    const RevisionCheck shown(revision);
     const EditHistory::Edit edit(history);
     if (!modTVW::NodeExists(tree, id)) {
         Node* const root = tree.First();
@@ -162,13 +162,13 @@ void GroupEditor::AddLesson(const Text& lessonID, const Text& title, const Text&
         history.MarkAdded(id);
     }
     UpdateLesson(id, titleCopy, identifierCopy, type);
-    if (generation == shown) SetCurrentLessonID(id);
+    if (shown.IsCurrent()) SetCurrentLessonID(id);
 }
 
 void GroupEditor::UpdateLesson(const Text& lessonID, const Text& title, const Text& identifier, LessonTypes type) {
     Node* const node = modTVW::GetNodeByKey(tree, lessonID);
     if (!node) return;
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     const EditHistory::Edit edit(history);
     {
         const TreeUpdate update(tree); // the row is shown once
@@ -178,11 +178,11 @@ void GroupEditor::UpdateLesson(const Text& lessonID, const Text& title, const Te
 }
 
 void GroupEditor::RemoveLesson(const Text& lessonID, bool includeChildren) {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     const Text id = lessonID; // the caller's may be the node's own key
     Node* const node = modTVW::GetNodeByKey(tree, id);
     if (!node) return;
-    const unsigned shown = generation;
+    const RevisionCheck shown(revision);
     const EditHistory::Edit edit(history);
     {
         // What was selected is told when everything stands.
@@ -197,7 +197,7 @@ void GroupEditor::RemoveLesson(const Text& lessonID, bool includeChildren) {
         tree.Remove(*node);
         if (!includeChildren) ShowSelected();
     }
-    if (generation == shown) MarkChanged();
+    if (shown.IsCurrent()) MarkChanged();
 }
 
 bool GroupEditor::CanMoveCurrent(GroupMovementTypes movement) const {
@@ -205,7 +205,7 @@ bool GroupEditor::CanMoveCurrent(GroupMovementTypes movement) const {
 }
 
 void GroupEditor::MoveCurrent(GroupMovementTypes movement) {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     const EditHistory::Edit edit(history);
     if (!CanMoveCurrent(movement) || !modTVW::MoveTreeNode(tree, tree.Selected(), movement)) return;
     ShowSelected();
@@ -217,26 +217,26 @@ bool GroupEditor::CanUndo() const { return !isLocked && !isLoading && !dragDrop.
 bool GroupEditor::CanRedo() const { return !isLocked && !isLoading && !dragDrop.Active() && history.CanRedo(); }
 
 void GroupEditor::Undo() {
-    const auto hold = shared_from_this();
-    const unsigned shown = generation;
-    if (CanUndo() && history.Undo() && generation == shown) MarkChanged();
+    const auto self = shared_from_this();
+    const RevisionCheck shown(revision);
+    if (CanUndo() && history.Undo() && shown.IsCurrent()) MarkChanged();
 }
 
 void GroupEditor::Redo() {
-    const auto hold = shared_from_this();
-    const unsigned shown = generation;
-    if (CanRedo() && history.Redo() && generation == shown) MarkChanged();
+    const auto self = shared_from_this();
+    const RevisionCheck shown(revision);
+    if (CanRedo() && history.Redo() && shown.IsCurrent()) MarkChanged();
 }
 
 void GroupEditor::MarkChanged() {
     if (isLoading || tree.IsEmpty()) return;
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     isDirty = true;
     DataChanged.Raise();
 }
 
 void GroupEditor::BeginLoading() {
-    ++generation;
+    revision.Advance();
     isLoading = true;
     subclasser.SetActive(false);
     dragDrop.Bind(&tree, window);

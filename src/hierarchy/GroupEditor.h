@@ -3,6 +3,7 @@
 #pragma once
 
 #include "controls/PropertyBag.h"
+#include "controls/Reentrance.h"
 #include "hierarchy/EditHistory.h"
 #include "hierarchy/HierarchyRows.h"
 #include "tree/LMEDragDropSupport.h"
@@ -132,7 +133,7 @@ private:
     bool isDisplayLocked = false;
     bool isDirty = false, isLoading = false;
     // Counts the databases shown so far: a listener that loads another one ends the operation that called it.
-    unsigned generation = 0;
+    Revision revision;
 };
 
 } // namespace dax

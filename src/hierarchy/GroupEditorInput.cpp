@@ -22,31 +22,31 @@ void GroupEditor::AttachWindow(TreeWindow* newWindow) {
 }
 
 void GroupEditor::OnDblClick() {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     if (tree.Selected()) DblClick.Raise();
 }
 
 void GroupEditor::OnKeyDown(int keyCode) {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     const Node* const selected = tree.Selected();
     if (keyCode == keyDelete && !dragDrop.Active() && selected && selected->Parent()) DeleteRequest.Raise();
 }
 
 void GroupEditor::OnKeyPress(int character) {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     if (character == charEscape) CancelDrag();
     if (character == charEnter && isLocked && tree.Selected()) DblClick.Raise();
 }
 
 void GroupEditor::OnMouseDown(int button) {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     if (button == leftButton && allowDragDrop && !isLocked && !dragDrop.Active()) dragDrop.OnMouseDown();
     if (button == rightButton) CancelDrag();
 }
 
 void GroupEditor::OnMouseMove(int buttons, Point point) {
     if (!(buttons & leftButton) || isLocked || !allowDragDrop || !window) return;
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     if (!dragDrop.Active() && dragDrop.ShouldBeginDrag()) {
         if (Node* const node = window->HitTest(point).node) tree.Select(node);
         // A listener may have changed everything.
@@ -59,7 +59,7 @@ void GroupEditor::OnMouseMove(int buttons, Point point) {
 }
 
 void GroupEditor::OnMouseUp(int button) {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     if (button != leftButton) return;
     dragDrop.FinishDrag(); // which switches the notifications on again
 }
@@ -69,7 +69,7 @@ void GroupEditor::OnCollapse(Node& node) {
 }
 
 void GroupEditor::OnTimer(TreeTimer timer) {
-    const auto hold = shared_from_this();
+    const auto self = shared_from_this();
     dragDrop.OnTimer(timer);
     subclasser.OnTimer(timer);
 }
@@ -77,15 +77,15 @@ void GroupEditor::OnTimer(TreeTimer timer) {
 void GroupEditor::CancelDrag() { dragDrop.CancelDrag(); }
 
 void GroupEditor::OnDrop(Node& node, const DropTarget& target) {
-    const auto hold = shared_from_this();
-    const unsigned shown = generation;
+    const auto self = shared_from_this();
+    const RevisionCheck shown(revision);
     const EditHistory::Edit edit(history);
     const bool wasActive = subclasser.Active();
     subclasser.SetActive(false);
     DropNode(tree, node, target);
     if (wasActive) subclasser.SetActive(true);
     AfterSelectionChange.Raise(CurrentLessonID());
-    if (generation == shown) MarkChanged();
+    if (shown.IsCurrent()) MarkChanged();
 }
 
 } // namespace dax

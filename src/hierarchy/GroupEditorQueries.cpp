@@ -64,7 +64,7 @@ std::shared_ptr<PropertyCollection> GroupEditor::GetLessonProperties(const Text&
 
 // Walks the nodes of GetChildLessonIDCollection without collecting them.
 std::shared_ptr<PropertyCollection> GroupEditor::GetAggregateProperties(const Text& lessonID) const {
-    const auto hold = shared_from_this(); // collections may be a host's
+    const auto self = shared_from_this(); // collections may be a host's
     int64_t groups = 0, lessons = 0, storyboards = 0;
     modClassification::Summary classification;
     const auto scratch = factory();

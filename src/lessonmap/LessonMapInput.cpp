@@ -1,6 +1,7 @@
 // What the user does in the window of LessonMapEditor.
 #include "lessonmap/LessonMapEditor.h"
 
+#include "controls/Reentrance.h"
 #include "lessonmap/LessonMapState.h"
 #include "tree/modTVW.h"
 
@@ -12,33 +13,17 @@ namespace {
 
 constexpr int deleteKey = 46, escapeKey = 27;
 
-// Sets a flag for a scope; IsFirst is false when it was set already.
-class Entered {
-public:
-    explicit Entered(bool& flag) : flag(flag), isFirst(!std::exchange(flag, true)) {}
-    ~Entered() {
-        if (isFirst) flag = false;
-    }
-    Entered(const Entered&) = delete;
-    Entered& operator=(const Entered&) = delete;
-    bool IsFirst() const { return isFirst; }
-
-private:
-    bool& flag;
-    bool isFirst;
-};
-
 } // namespace
 
 void LessonMapEditor::NodeExpanded(Node& node, bool areCtrlAndShiftDown) {
     const auto self = shared_from_this();
-    const Entered entered(isExpanding);
+    const FlagGuard entered(isExpanding);
     if (entered.IsFirst() && areCtrlAndShiftDown) modTVW::ExpandSubtree(&node);
 }
 
 void LessonMapEditor::NodeCollapsed(Node& node, bool areCtrlAndShiftDown) {
     const auto self = shared_from_this();
-    const Entered entered(isCollapsing);
+    const FlagGuard entered(isCollapsing);
     if (entered.IsFirst() && areCtrlAndShiftDown) modTVW::CollapseSubtree(&node);
 }
 

@@ -97,7 +97,7 @@ public:
     // `filled` is the list in the middle of whose filling the operation is; null for none.
     Operation(LockManager& manager, Text occasion, Text routine, std::shared_ptr<ListModel> filled = {})
         : manager(manager), occasion(std::move(occasion)), routine(std::move(routine)), filled(std::move(filled)),
-          filling(manager.filling), counter(manager.filling.get()), startedAt(*counter) {}
+          started(manager.filling) {}
 
     // False when it failed and the host ignored it. Throws Leave when the host wants the operation left, has
     // released the manager, or has refilled the list from inside the event.
@@ -131,19 +131,17 @@ private:
 
     // A host's code may have run: in an event, or in its collection.
     void RequireCurrent() const {
-        if (filling.expired() || *counter != startedAt) throw Leave{false};
+        if (!started.IsCurrent()) throw Leave{false};
     }
 
     LockManager& manager;
     Text occasion, routine;
     std::shared_ptr<ListModel> filled;
-    std::weak_ptr<uint64_t> filling; // gone with the manager
-    const uint64_t* counter;         // what it points to; asked after every step, where locking it would cost more
-    uint64_t startedAt;
+    RevisionCheck started;
 };
 
 LockManager::LockManager(std::shared_ptr<ListModel> list, std::function<DateTime()> clock)
-    : lvwLocks(std::move(list)), clock(std::move(clock)), filling(std::make_shared<uint64_t>(0)) {}
+    : lvwLocks(std::move(list)), clock(std::move(clock)) {}
 
 LockManager::~LockManager() = default;
 
@@ -181,7 +179,7 @@ Text LockManager::BuildLockQuery() const {
 }
 
 void LockManager::Refresh() {
-    ++*filling;
+    filling.Advance();
     if (connectionString.empty()) {
         lvwLocks->ClearItems();
         return;
@@ -279,9 +277,9 @@ void LockManager::RebuildDisplay(bool autosizeColumns) {
     lvwLocks->ClearItems();
     sortColumn.clear(); // the direction deliberately stays
     SetupColumns();
-    const std::weak_ptr<uint64_t> alive = filling;
+    const RevisionCheck before(filling);
     Refresh();
-    if (autosizeColumns && !alive.expired()) AutosizeColumns();
+    if (autosizeColumns && before.Exists()) AutosizeColumns();
 }
 
 void LockManager::AutosizeColumns() { lvwLocks->AutosizeColumns(); }

@@ -4,6 +4,7 @@
 #include "base/IDCollection.h"
 #include "controls/Event.h"
 #include "controls/ListModel.h"
+#include "controls/Reentrance.h"
 #include "data/Recordset.h"
 #include "locks/LockRecord.h"
 
@@ -93,7 +94,7 @@ private:
     std::vector<LockRecord> records;
     Text sortColumn;
     bool isDescending = false;
-    std::shared_ptr<uint64_t> filling; // counts the fillings; gone with the manager
+    Revision filling; // of the list
 
     mutable LockCounts counts;
     mutable uint64_t countedRevision = 0;

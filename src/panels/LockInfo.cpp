@@ -90,8 +90,6 @@ PanelLayout LockSummary::Layout() const {
     return layout;
 }
 
-LockInfo::LockInfo() : alive(std::make_shared<bool>(true)) {}
-
 void LockInfo::UpdateFrom(GroupEditor* editor) {
     if (isSample) return;
     summary.lockCount = 0;
@@ -121,9 +119,9 @@ void LockInfo::UpdateFrom(GroupEditor* editor) {
     } catch (...) {
         const dax::Error error = CurrentError();
         summary.isAvailable = false;
-        const std::weak_ptr<bool> stillThere = alive;
+        const RevisionCheck before(revision);
         Error.Raise(error.Number(), error.Description());
-        if (stillThere.expired()) return;
+        if (!before.Exists()) return;
     }
     if (Changed) Changed();
 }

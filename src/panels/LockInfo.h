@@ -3,11 +3,11 @@
 
 #include "base/Value.h"
 #include "controls/Event.h"
+#include "controls/Reentrance.h"
 #include "hierarchy/GroupEditor.h"
 #include "panels/PanelLayout.h"
 
 #include <functional>
-#include <memory>
 
 namespace dax {
 
@@ -28,8 +28,6 @@ struct LockSummary {
 
 class LockInfo {
 public:
-    LockInfo();
-
     // Reads the locks table once; nothing while the sample is shown. With null the panel says that there is no data; an
     // editor without a connection string leaves the display as it is. Raises Error when the database fails.
     void UpdateFrom(GroupEditor* editor);
@@ -49,7 +47,7 @@ private:
     LockSummary summary;
     bool isSample = false;
     Text connectionString;
-    std::shared_ptr<bool> alive; // gone with the panel: a host may release it inside Error
+    Revision revision; // a host may release the panel inside Error
 };
 
 } // namespace dax

@@ -1,6 +1,7 @@
 #include "validation/SQLDBPicker.h"
 
 #include "base/modGeneric.h"
+#include "controls/Reentrance.h"
 #include "data/modDB.h"
 
 namespace dax {
@@ -8,18 +9,6 @@ namespace dax {
 using modGeneric::VariantToLong;
 
 namespace {
-
-// Sets a flag for the life of a block, whichever way it is left.
-class FlagGuard {
-public:
-    explicit FlagGuard(bool& flagToSet) : flag(flagToSet) { flag = true; }
-    ~FlagGuard() { flag = false; }
-    FlagGuard(const FlagGuard&) = delete;
-    FlagGuard& operator=(const FlagGuard&) = delete;
-
-private:
-    bool& flag;
-};
 
 enum Rights { rightsAdmin = 1, rightsReadOnly = 2 };
 

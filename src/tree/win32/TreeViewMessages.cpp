@@ -144,19 +144,19 @@ LRESULT CALLBACK TreeViewWindow::Procedure(HWND window, UINT message, WPARAM wPa
     auto* const self = reinterpret_cast<TreeViewWindow*>(reference);
     if (message == WM_NCDESTROY) {
         RemoveWindowSubclass(window, Procedure, id);
-        const std::weak_ptr<bool> alive = self->alive;
+        const RevisionCheck before(self->revision);
         const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
-        if (!alive.expired()) self->HandleGone();
+        if (before.Exists()) self->HandleGone();
         return result;
     }
-    const std::weak_ptr<bool> alive = self->alive;
+    const RevisionCheck before(self->revision);
     try {
         self->SettleBefore(message);
         if (const auto answer = self->Before(message, wParam, lParam)) return *answer;
     } catch (...) {
         return 0; // no exception may cross the system's frames; a listener of the host has failed
     }
-    if (alive.expired()) return 0;
+    if (!before.Exists()) return 0;
     return self->LetSystem(window, message, wParam, lParam);
 }
 
@@ -168,12 +168,12 @@ void TreeViewWindow::SettleBefore(UINT message) {
 }
 
 LRESULT TreeViewWindow::LetSystem(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    const std::weak_ptr<bool> living = alive;
+    const RevisionCheck before(revision);
     const bool hasImage = message == WM_PAINT && dragImage && dragImage->IsShown();
     if (hasImage) dragImage->Hide();
     if (systemDepth++ == 0) items.SetIsSystemBusy(true);
     const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
-    if (living.expired()) return result;
+    if (!before.Exists()) return result;
     if (--systemDepth == 0) items.SetIsSystemBusy(false);
     if (handle) After(message, lParam);
     if (hasImage && dragImage) dragImage->ShowAgain();
@@ -197,9 +197,9 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
         return DLGC_WANTARROWS | DLGC_WANTCHARS;
     case WM_LBUTTONDOWN: {
         // Not every system gives the focus before a drag begins, and then Escape would go elsewhere.
-        const std::weak_ptr<bool> living = alive;
+        const RevisionCheck before(revision);
         if (GetFocus() != handle) SetFocus(handle);
-        if (living.expired() || !handle) return 0;
+        if (!before.Exists() || !handle) return 0;
         isPressed = true;
         MouseDown.Raise(MouseButton::Left, PointOf(lParam));
         return {};

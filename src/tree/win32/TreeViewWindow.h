@@ -3,6 +3,7 @@
 #pragma once
 
 #include "controls/Event.h"
+#include "controls/Reentrance.h"
 #include "tree/TreeWindow.h"
 #include "tree/win32/DragImage.h"
 #include "tree/win32/TreeAccess.h"
@@ -112,7 +113,7 @@ private:
     int systemDepth = 0;    // of the tree's own procedure within itself
     std::unique_ptr<DragImage> dragImage;
     WindowCapture capture;
-    std::shared_ptr<bool> alive = std::make_shared<bool>(true);
+    Revision revision; // a listener may release the window
 };
 
 } // namespace dax
