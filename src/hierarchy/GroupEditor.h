@@ -99,11 +99,11 @@ public:
     // What the window hears. Buttons: 1 left, 2 right; keys and characters by their system codes.
     void OnDblClick();
     void OnKeyDown(int keyCode);
-    void OnKeyPress(int character);
-    void OnMouseDown(int button);
-    void OnMouseMove(int buttons, Point point);
-    void OnMouseUp(int button);
-    void OnCollapse(Node& node);
+    void OnKeyPress(int keyCode);
+    void OnMouseDown(MouseButton button);
+    void OnMouseMove(MouseButton button, Point point);
+    void OnMouseUp(MouseButton button);
+    void OnCollapsed(Node& node);
     void OnTimer(TreeTimer timer);
 
 private:

@@ -7,8 +7,7 @@ namespace dax {
 
 namespace {
 
-constexpr int leftButton = 1, rightButton = 2;
-constexpr int keyDelete = 46, charEnter = 13, charEscape = 27;
+constexpr int deleteKey = 46, enterKey = 13, escapeKey = 27;
 
 } // namespace
 
@@ -29,23 +28,23 @@ void GroupEditor::OnDblClick() {
 void GroupEditor::OnKeyDown(int keyCode) {
     const auto self = shared_from_this();
     const Node* const selected = tree.Selected();
-    if (keyCode == keyDelete && !dragDrop.Active() && selected && selected->Parent()) DeleteRequest.Raise();
+    if (keyCode == deleteKey && !dragDrop.Active() && selected && selected->Parent()) DeleteRequest.Raise();
 }
 
-void GroupEditor::OnKeyPress(int character) {
+void GroupEditor::OnKeyPress(int keyCode) {
     const auto self = shared_from_this();
-    if (character == charEscape) CancelDrag();
-    if (character == charEnter && isLocked && tree.Selected()) DblClick.Raise();
+    if (keyCode == escapeKey) CancelDrag();
+    if (keyCode == enterKey && isLocked && tree.Selected()) DblClick.Raise();
 }
 
-void GroupEditor::OnMouseDown(int button) {
+void GroupEditor::OnMouseDown(MouseButton button) {
     const auto self = shared_from_this();
-    if (button == leftButton && allowDragDrop && !isLocked && !dragDrop.Active()) dragDrop.OnMouseDown();
-    if (button == rightButton) CancelDrag();
+    if (button == MouseButton::Left && allowDragDrop && !isLocked && !dragDrop.Active()) dragDrop.OnMouseDown();
+    if (button == MouseButton::Right) CancelDrag();
 }
 
-void GroupEditor::OnMouseMove(int buttons, Point point) {
-    if (!(buttons & leftButton) || isLocked || !allowDragDrop || !window) return;
+void GroupEditor::OnMouseMove(MouseButton button, Point point) {
+    if (button != MouseButton::Left || isLocked || !allowDragDrop || !window) return;
     const auto self = shared_from_this();
     if (!dragDrop.Active() && dragDrop.ShouldBeginDrag()) {
         if (Node* const node = window->HitTest(point).node) tree.Select(node);
@@ -58,13 +57,13 @@ void GroupEditor::OnMouseMove(int buttons, Point point) {
     if (dragDrop.Active()) dragDrop.OnItemDrag();
 }
 
-void GroupEditor::OnMouseUp(int button) {
+void GroupEditor::OnMouseUp(MouseButton button) {
     const auto self = shared_from_this();
-    if (button != leftButton) return;
+    if (button != MouseButton::Left) return;
     dragDrop.FinishDrag(); // which switches the notifications on again
 }
 
-void GroupEditor::OnCollapse(Node& node) {
+void GroupEditor::OnCollapsed(Node& node) {
     if (!node.Parent()) CollapseAll(); // the root never stays collapsed: it folds every group instead
 }
 

@@ -78,15 +78,15 @@ public:
     void TellFailures(const char16_t* deed, const Action& action);
 
     // What the window tells: clicks and keys, and that a node was opened or closed by the user.
-    void NodeExpanded(Node& node, bool areCtrlAndShiftDown);
-    void NodeCollapsed(Node& node, bool areCtrlAndShiftDown);
-    void KeyDown(int keyCode);
-    bool KeyPress(int keyCode); // true: the tree must not see the key
-    void MouseDown(MouseButton button);
-    void MouseMove(MouseButton button);
-    void MouseUp(MouseButton button);
-    void Click(Point point, bool isCtrlDown);
-    void DblClick(Point point, bool isCtrlDown);
+    void OnExpanded(Node& node, bool areCtrlAndShiftDown);
+    void OnCollapsed(Node& node, bool areCtrlAndShiftDown);
+    void OnKeyDown(int keyCode);
+    bool OnKeyPress(int keyCode); // true: the tree must not see the key
+    void OnMouseDown(MouseButton button);
+    void OnMouseMove(MouseButton button);
+    void OnMouseUp(MouseButton button);
+    void OnClick(Point point, bool isCtrlDown);
+    void OnDblClick(Point point, bool isCtrlDown);
     void OnTimer(TreeTimer timer);
 
     // Old and new storyboard, cancel. Declared and never raised, deliberately.

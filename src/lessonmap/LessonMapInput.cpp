@@ -15,40 +15,40 @@ constexpr int deleteKey = 46, escapeKey = 27;
 
 } // namespace
 
-void LessonMapEditor::NodeExpanded(Node& node, bool areCtrlAndShiftDown) {
+void LessonMapEditor::OnExpanded(Node& node, bool areCtrlAndShiftDown) {
     const auto self = shared_from_this();
     const FlagGuard entered(isExpanding);
     if (entered.IsFirst() && areCtrlAndShiftDown) modTVW::ExpandSubtree(&node);
 }
 
-void LessonMapEditor::NodeCollapsed(Node& node, bool areCtrlAndShiftDown) {
+void LessonMapEditor::OnCollapsed(Node& node, bool areCtrlAndShiftDown) {
     const auto self = shared_from_this();
     const FlagGuard entered(isCollapsing);
     if (entered.IsFirst() && areCtrlAndShiftDown) modTVW::CollapseSubtree(&node);
 }
 
-void LessonMapEditor::KeyDown(int keyCode) {
+void LessonMapEditor::OnKeyDown(int keyCode) {
     const auto self = shared_from_this();
     subclasser.OnKeyDown(keyCode);
     if (keyCode != deleteKey || drag.Active() || locked) return;
     if (!modTVW::IsRootNode(tree->Selected())) Raise(DeleteRequest);
 }
 
-bool LessonMapEditor::KeyPress(int keyCode) {
+bool LessonMapEditor::OnKeyPress(int keyCode) {
     const auto self = shared_from_this();
     if (keyCode != escapeKey || !drag.Active()) return false;
     EndDrag();
     return true;
 }
 
-void LessonMapEditor::MouseDown(MouseButton button) {
+void LessonMapEditor::OnMouseDown(MouseButton button) {
     const auto self = shared_from_this();
     if (locked) return;
     if (button == MouseButton::Left && allowDragDrop && !drag.Active()) drag.OnMouseDown();
     if (button == MouseButton::Right && drag.Active()) EndDrag();
 }
 
-void LessonMapEditor::MouseMove(MouseButton button) {
+void LessonMapEditor::OnMouseMove(MouseButton button) {
     const auto self = shared_from_this();
     if (button != MouseButton::Left || locked || !allowDragDrop) return;
     if (drag.Active()) {
@@ -67,7 +67,7 @@ void LessonMapEditor::MouseMove(MouseButton button) {
     if (!drag.Active()) subclasser.SetActive(true);
 }
 
-void LessonMapEditor::MouseUp(MouseButton button) {
+void LessonMapEditor::OnMouseUp(MouseButton button) {
     const auto self = shared_from_this();
     if (button == MouseButton::Left) {
         const bool wasDrag = drag.Active();
@@ -94,12 +94,12 @@ void LessonMapEditor::EndDrag() {
     if (!subclasser.Active() && suspendedNotifications == 0) subclasser.SetActive(true);
 }
 
-void LessonMapEditor::Click(Point point, bool isCtrlDown) {
+void LessonMapEditor::OnClick(Point point, bool isCtrlDown) {
     const auto self = shared_from_this();
     subclasser.OnClick(point, isCtrlDown);
 }
 
-void LessonMapEditor::DblClick(Point point, bool isCtrlDown) {
+void LessonMapEditor::OnDblClick(Point point, bool isCtrlDown) {
     const auto self = shared_from_this();
     subclasser.OnDblClick(point, isCtrlDown);
 }

@@ -149,9 +149,9 @@ private:
             if (Node* const node = AnyNode()) Click(*node);
             return Known::Shape;
         case 18:
-            editor->KeyDown(bytes.OneOf(keys));
-            if (editor) editor->KeyPress(bytes.OneOf(keys));
-            if (editor) editor->MouseUp(MouseButton::Right);
+            editor->OnKeyDown(bytes.OneOf(keys));
+            if (editor) editor->OnKeyPress(bytes.OneOf(keys));
+            if (editor) editor->OnMouseUp(MouseButton::Right);
             return Known::Shape;
         default:
             ChangeProperty();
@@ -188,13 +188,13 @@ private:
         if (isDrag && isForetold && !isCancelled && !callsBack && model.Drop(from->Key(), to->Key())) expected = "2";
         const Point way[] = {window.At(*from), window.At(*from, 95), window.At(*to, part)};
         window.MoveTo(way[0]);
-        editor->MouseDown(MouseButton::Left);
+        editor->OnMouseDown(MouseButton::Left);
         for (const Point& point : {way[1], way[2]}) {
             window.MoveTo(point);
-            if (editor) editor->MouseMove(MouseButton::Left);
+            if (editor) editor->OnMouseMove(MouseButton::Left);
         }
-        if (editor && isCancelled) editor->KeyPress(27);
-        if (editor) editor->MouseUp(MouseButton::Left);
+        if (editor && isCancelled) editor->OnKeyPress(27);
+        if (editor) editor->OnMouseUp(MouseButton::Left);
         if (expected.empty()) expected = told; // a drop on the place where it was may be told, too
         return isForetold ? Known::All : Known::Nothing;
     }
@@ -203,7 +203,7 @@ private:
         const Point point = bytes.Below(2) ? window.AtBox(node) : window.At(node);
         const bool isCtrlDown = bytes.Below(2) == 0;
         window.MoveTo(point);
-        bytes.Below(3) ? editor->Click(point, isCtrlDown) : editor->DblClick(point, isCtrlDown);
+        bytes.Below(3) ? editor->OnClick(point, isCtrlDown) : editor->OnDblClick(point, isCtrlDown);
     }
 
     void ChangeProperty() {

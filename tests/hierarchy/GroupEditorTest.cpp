@@ -298,7 +298,7 @@ TEST_F(EditorOnFile, PropertiesAndDisplay) {
     EXPECT_TRUE(At(u"s").IsExpanded() && !At(u"c").IsExpanded());
     editor->SetCurrentLessonID(u"c");
     editor->Tree().First()->SetExpanded(false);
-    editor->OnCollapse(*editor->Tree().First());
+    editor->OnCollapsed(*editor->Tree().First());
     EXPECT_TRUE(editor->Tree().First()->IsExpanded() && !At(u"g").IsExpanded() && !At(u"s").IsExpanded());
     editor->AttachWindow(nullptr);
 }
@@ -309,16 +309,16 @@ TEST_F(EditorOnFile, ADragThatComesToNothingLeavesTheNotificationsOn) {
     editor->AttachWindow(&window);
     const auto drag = [&](const Text& from, Point to) {
         window.MoveTo(window.At(At(from)));
-        editor->OnMouseDown(1);
+        editor->OnMouseDown(MouseButton::Left);
         window.MoveTo(to);
-        editor->OnMouseMove(1, window.At(At(from)));
-        editor->OnMouseMove(1, to);
+        editor->OnMouseMove(MouseButton::Left, window.At(At(from)));
+        editor->OnMouseMove(MouseButton::Left, to);
     };
     editor->ExpandAll();
     drag(u"b", window.At(At(u"a"), 10));
     EXPECT_FALSE(editor->CanMoveCurrent(gmtDown));
     editor->OnKeyDown(46);
-    editor->OnMouseUp(1);
+    editor->OnMouseUp(MouseButton::Left);
     EXPECT_EQ(Shape(), u"(g(b a s(c d)) h)");
     EXPECT_EQ(Take(), u"Sb Sa D "); // the drop's target is the selected one, deliberately
     editor->Undo();

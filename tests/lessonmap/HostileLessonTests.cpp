@@ -130,13 +130,13 @@ protected:
     // Before the other node; either may go under way.
     void Drag(const Text& from, const Text& to) {
         window->MoveTo(window->At(*tree->Find(from)));
-        editor->MouseDown(MouseButton::Left);
+        editor->OnMouseDown(MouseButton::Left);
         window->MoveTo(window->At(*tree->Find(from), 95));
-        editor->MouseMove(MouseButton::Left);
+        editor->OnMouseMove(MouseButton::Left);
         if (!editor || !tree->Find(to)) return;
         window->MoveTo(window->At(*tree->Find(to), 10));
-        editor->MouseMove(MouseButton::Left);
-        editor->MouseUp(MouseButton::Left);
+        editor->OnMouseMove(MouseButton::Left);
+        editor->OnMouseUp(MouseButton::Left);
     }
     // Afterwards the editor must work as ever.
     void ExpectUsable(const std::string& where) {

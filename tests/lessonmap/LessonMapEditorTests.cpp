@@ -272,7 +272,7 @@ TEST_F(LessonMapEditorTest, TheWindowIsFrozenAndToldOnce) {
     editor->UnlockDisplay();
     EXPECT_FALSE(window.isFrozen);
     EXPECT_EQ(window.freezes, 2);
-    for (int count = 0; count < 3; ++count) editor->KeyDown(32);
+    for (int count = 0; count < 3; ++count) editor->OnKeyDown(32);
     EXPECT_EQ(Heard(), "");
     EXPECT_EQ(window.running.count(TreeTimer::Checkstate), 1u);
     editor->OnTimer(TreeTimer::Checkstate);

@@ -6,17 +6,6 @@
 
 namespace dax {
 
-namespace {
-
-constexpr int LeftButton = 1, RightButton = 2;
-
-int NumberOf(MouseButton button) {
-    if (button == MouseButton::Left) return LeftButton;
-    return button == MouseButton::Right ? RightButton : 0;
-}
-
-} // namespace
-
 GroupEditorWindow::GroupEditorWindow() : WindowBase(L"DAXGroupEditor") {
     propertyListener = editor->PropertyChanged.Add([this](const Text& name) {
         if (PropertyChanged) PropertyChanged(name);
@@ -24,14 +13,13 @@ GroupEditorWindow::GroupEditorWindow() : WindowBase(L"DAXGroupEditor") {
     editor->AttachWindow(treeView.get());
     // The tree is the window's; the editor may live longer, held by whoever is calling it.
     GroupEditor* const target = editor.get();
-    treeView->MouseDown.Add([target](MouseButton button, Point) { target->OnMouseDown(NumberOf(button)); });
-    treeView->MouseMove.Add(
-        [target](MouseButton button, Point point) { target->OnMouseMove(NumberOf(button), point); });
-    treeView->MouseUp.Add([target](MouseButton button, Point) { target->OnMouseUp(NumberOf(button)); });
+    treeView->MouseDown.Add([target](MouseButton button, Point) { target->OnMouseDown(button); });
+    treeView->MouseMove.Add([target](MouseButton button, Point point) { target->OnMouseMove(button, point); });
+    treeView->MouseUp.Add([target](MouseButton button, Point) { target->OnMouseUp(button); });
     treeView->KeyDown.Add([target](int key) { target->OnKeyDown(key); });
     treeView->KeyPress.Add([target](char16_t character) { target->OnKeyPress(character); });
     treeView->DblClick.Add([target](Point, bool) { target->OnDblClick(); });
-    treeView->Collapsed.Add([target](Node& node) { target->OnCollapse(node); });
+    treeView->Collapsed.Add([target](Node& node) { target->OnCollapsed(node); });
     treeView->DragLost.Add([target] { target->OnKeyPress(VK_ESCAPE); });
     treeView->Timer.Add([target](TreeTimer timer) { target->OnTimer(timer); });
 }

@@ -32,17 +32,17 @@ LessonMapEditorWindow::LessonMapEditorWindow() : WindowBase(L"DAXLessonMapEditor
     editor->SetWindow(treeView.get());
     // The tree is the window's; the editor may live longer, held by whoever is calling it.
     LessonMapEditor* const target = editor.get();
-    treeView->MouseDown.Add([target](MouseButton button, Point) { target->MouseDown(button); });
-    treeView->MouseMove.Add([target](MouseButton button, Point) { target->MouseMove(button); });
-    treeView->MouseUp.Add([target](MouseButton button, Point) { target->MouseUp(button); });
-    treeView->Click.Add([target](Point point, bool isCtrlDown) { target->Click(point, isCtrlDown); });
-    treeView->DblClick.Add([target](Point point, bool isCtrlDown) { target->DblClick(point, isCtrlDown); });
-    treeView->KeyDown.Add([target](int key) { target->KeyDown(key); });
-    treeView->KeyPress.Add([target](char16_t character) { target->KeyPress(character); });
-    treeView->Expanded.Add([target](Node& node) { target->NodeExpanded(node, AreCtrlAndShiftDown()); });
-    treeView->Collapsed.Add([target](Node& node) { target->NodeCollapsed(node, AreCtrlAndShiftDown()); });
-    treeView->MenuKey.Add([target] { target->MouseUp(MouseButton::Right); }); // the same rules
-    treeView->DragLost.Add([target] { target->KeyPress(VK_ESCAPE); });
+    treeView->MouseDown.Add([target](MouseButton button, Point) { target->OnMouseDown(button); });
+    treeView->MouseMove.Add([target](MouseButton button, Point) { target->OnMouseMove(button); });
+    treeView->MouseUp.Add([target](MouseButton button, Point) { target->OnMouseUp(button); });
+    treeView->Click.Add([target](Point point, bool isCtrlDown) { target->OnClick(point, isCtrlDown); });
+    treeView->DblClick.Add([target](Point point, bool isCtrlDown) { target->OnDblClick(point, isCtrlDown); });
+    treeView->KeyDown.Add([target](int key) { target->OnKeyDown(key); });
+    treeView->KeyPress.Add([target](char16_t character) { target->OnKeyPress(character); });
+    treeView->Expanded.Add([target](Node& node) { target->OnExpanded(node, AreCtrlAndShiftDown()); });
+    treeView->Collapsed.Add([target](Node& node) { target->OnCollapsed(node, AreCtrlAndShiftDown()); });
+    treeView->MenuKey.Add([target] { target->OnMouseUp(MouseButton::Right); }); // the same rules
+    treeView->DragLost.Add([target] { target->OnKeyPress(VK_ESCAPE); });
     treeView->Timer.Add([target](TreeTimer timer) { target->OnTimer(timer); });
 }
 
