@@ -45,11 +45,12 @@ ExitCode Copy(const Arguments& arguments) {
     Unfinished copying(u"Nothing was copied.", [&] {
         if (file) file->Remove();
     });
+    std::optional<DatabaseCopy> copy;
     try {
         std::error_code failure;
         if (to.isFile && !std::filesystem::exists(std::filesystem::path(to.connection), failure)) file.emplace(to);
-        std::optional<DatabaseCopy> copy(std::in_place, DatabaseCopy::Place{from.connection, from.shown},
-                                         DatabaseCopy::Place{file ? file->Path() : to.connection, to.shown});
+        copy.emplace(DatabaseCopy::Place{from.connection, from.shown},
+                     DatabaseCopy::Place{file ? file->Path() : to.connection, to.shown});
         if (!copy->TakenTable().empty() && !arguments.Has(ForceOption.name))
             throw Refusal(u"'" + to.shown + u"' has rows in " + copy->TakenTable() +
                           u" already. Give an empty database, or replace all rows with --force.");
@@ -62,7 +63,11 @@ ExitCode Copy(const Arguments& arguments) {
         if (file) file->Put();
         Announce(told);
     } catch (const Error& error) { // which names the place of the two
-        Complain(u"dax copy: " + error.Description() + u" Nothing was copied.");
+        Complain(u"dax copy: " + error.Description() +
+                 (copy && copy->IsInDoubt() ? u" It is not known whether the copy was stored: all of it, or nothing. "
+                                              u"Look into '" +
+                                                  to.shown + u"'."
+                                            : Text(u" Nothing was copied.")));
         return Failure;
     }
     return Success;

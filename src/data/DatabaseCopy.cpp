@@ -3,8 +3,8 @@
 #include "base/modGeneric.h"
 #include "data/ConnectionString.h"
 #include "data/Recordset.h"
+#include "data/RowComparison.h"
 #include "data/Session.h"
-#include "data/TableDigest.h"
 #include "data/TableReader.h"
 
 #include <algorithm>
@@ -21,12 +21,11 @@ struct CopyRules {
     TextView lastDrawn;       // the last number that velmoraAutonumbers has drawn; NULL or an error where none is known
     TextView drawAbove;       // makes it draw above the number that is put in the place of "?"; empty where a row does
     TextView beforeRows = {}, afterRows = {}; // let numbers be given to it
+    TextView steadyOrder = {};                // a table that is read twice comes in the same order
+    bool comesByKey = false;                  // rows come in the order of their key, wherever they were put
 };
 
 namespace {
-
-// What a killed copy leaves under such a name is empty, and goes with the next one.
-constexpr TextView staging = u"dax_copy_";
 
 constexpr CopyRules rulesOfEngines[] = {
     {Engine::SQLite,
@@ -41,14 +40,21 @@ constexpr CopyRules rulesOfEngines[] = {
      false,
      u"SELECT pg_sequence_last_value(CAST(pg_get_serial_sequence('velmoraautonumbers', 'nextnumber') AS regclass))",
      u"SELECT setval(pg_get_serial_sequence('velmoraautonumbers', 'nextnumber'), GREATEST(?, COALESCE("
-     u"pg_sequence_last_value(CAST(pg_get_serial_sequence('velmoraautonumbers', 'nextnumber') AS regclass)), 1)))"},
+     u"pg_sequence_last_value(CAST(pg_get_serial_sequence('velmoraautonumbers', 'nextnumber') AS regclass)), 1)))",
+     u"",
+     u"",
+     u"SET synchronize_seqscans = off"},
     {Engine::MariaDB,
      {u"SET SESSION TRANSACTION ISOLATION LEVEL REPEATABLE READ", u"SET SESSION TRANSACTION READ ONLY"},
      false,
      true,
      u"SELECT AUTO_INCREMENT - 1 FROM information_schema.TABLES WHERE TABLE_SCHEMA = DATABASE() AND TABLE_NAME = "
      u"'velmoraAutonumbers'",
-     u""},
+     u"",
+     u"",
+     u"",
+     u"",
+     true},
     {Engine::SQLServer,
      {u"SET TRANSACTION ISOLATION LEVEL SERIALIZABLE"},
      true,
@@ -69,13 +75,6 @@ const CopyRules& RulesOf(Engine engine) {
 
 bool IsAmong(TextView name, const std::vector<Text>& names) {
     return std::ranges::any_of(names, [&](const Text& known) { return EqualNoCase(known, name); });
-}
-
-const Schema::Table* OursNamed(TextView name) {
-    for (const Schema::Database kind : {Schema::Database::Content, Schema::Database::Connector})
-        for (const Schema::Table& table : Schema::Tables(kind))
-            if (EqualNoCase(table.name, name)) return &table;
-    return nullptr;
 }
 
 // One and the same, as far as the strings tell.
@@ -167,14 +166,23 @@ auto At(const DatabaseCopy::Place& place, TextView table, Action action) {
                                               u". Another program has changed the table meanwhile; try again.");
 }
 
-[[noreturn]] void ThrowChanged(const Schema::Table& table, const TableDigest& expected, const TableDigest& found) {
-    if (expected.Rows() != found.Rows()) ThrowOtherRows(expected.Rows(), found.Rows());
-    const size_t column = expected.FirstDifference(found);
-    const Text name(column < table.columns.size() ? table.columns[column].name : TextView());
+[[noreturn]] void ThrowDifference(const Schema::Table& table, const RowDifference& difference) {
+    const Text row = difference.identifier.empty() ? Text(u"without values") : difference.identifier;
+    const Text column(table.columns[difference.column].name);
+    switch (difference.kind) {
+    case RowDifference::Kind::Value:
+        throw Error(ErrorNumbers::Automation,
+                    u"The value of " + column + u" in the row " + row +
+                        u" was not the same when it was read again: the column cannot hold it as it is, or another "
+                        u"program has changed the table meanwhile.");
+    case RowDifference::Kind::Missing:
+        throw Error(ErrorNumbers::Automation, u"The row " + row + u" was missing or different when it was read again.");
+    case RowDifference::Kind::Additional:
+        break;
+    }
     throw Error(ErrorNumbers::Automation,
-                (name.empty() ? Text(u"The values") : u"Values of " + name) +
-                    u" were not the same when they were read again: the column cannot hold them as they are, or "
-                    u"another program has changed the table meanwhile.");
+                u"There was an additional row " + row +
+                    u" when it was read again. Another program has changed the table meanwhile; try again.");
 }
 
 } // namespace
@@ -186,9 +194,8 @@ DatabaseCopy::DatabaseCopy(Place fromPlace, Place toPlace) : from(std::move(from
     At(to, {}, [&] { ReadTarget(); });
 }
 
-DatabaseCopy::~DatabaseCopy() {
-    if (!isFinished) Undo();
-}
+// What was not committed ends with the connection, and so do temporary tables.
+DatabaseCopy::~DatabaseCopy() = default;
 
 bool DatabaseCopy::HasContent() const { return tables.front().table == &Schema::Tables(Schema::Database::Content)[0]; }
 
@@ -209,6 +216,7 @@ void DatabaseCopy::ReadSource() {
     sourceRules = &RulesOf(source.Kind());
     for (const TextView statement : sourceRules->beginReading)
         if (!statement.empty()) source.Execute(Text(statement));
+    if (!sourceRules->steadyOrder.empty()) source.Execute(Text(sourceRules->steadyOrder));
     source.BeginTrans();
     const std::vector<Text> names = source.Opened().TableNames();
     for (const Schema::Database kind : {Schema::Database::Content, Schema::Database::Connector}) {
@@ -233,7 +241,7 @@ void DatabaseCopy::ReadSource() {
         copied.rows = NumberOf(source, u"SELECT Count(*) FROM " + Text(copied.table->name)).value_or(0);
         if (!CounterOf(*copied.table) || sourceRules->lastDrawn.empty()) continue;
         try {
-            lastDrawn = NumberOf(source, Text(sourceRules->lastDrawn));
+            lastDrawn = NumberOf(source, Text(sourceRules->lastDrawn)).value_or(0);
         } catch (const Error&) { // the highest number of a row counts
         }
     }
@@ -242,6 +250,7 @@ void DatabaseCopy::ReadSource() {
 void DatabaseCopy::ReadTarget() {
     target.Open(to.connectionString);
     targetRules = &RulesOf(target.Kind());
+    if (!targetRules->steadyOrder.empty()) target.Execute(Text(targetRules->steadyOrder));
     Schema::RequireBlindNames(target);
     const std::vector<Text> names = target.Opened().TableNames();
     for (const Schema::Database kind : {Schema::Database::Content, Schema::Database::Connector}) {
@@ -254,61 +263,63 @@ void DatabaseCopy::ReadTarget() {
         }
     }
     for (const Text& name : names) {
-        const Text lower = LowerAscii(name);
-        const bool isLeft = lower.starts_with(staging) && OursNamed(lower.substr(staging.size()));
-        if (!isLeft && !std::ranges::any_of(present, [&](const auto* table) { return EqualNoCase(table->name, name); }))
+        if (!TablePublication::IsRemains(name) &&
+            !std::ranges::any_of(present, [&](const auto* table) { return EqualNoCase(table->name, name); }))
             beyondTarget.push_back(name);
     }
-    for (CopiedTable& copied : tables) copied.isMade = std::ranges::find(present, copied.table) == present.end();
+    for (CopiedTable& copied : tables) {
+        copied.isMade = std::ranges::find(present, copied.table) == present.end();
+        isPublished = isPublished || (copied.isMade && !targetRules->tablesAreTransacted);
+    }
 }
 
 Text DatabaseCopy::NameInTarget(const CopiedTable& copied) const {
-    const bool isStaged = copied.isMade && !targetRules->tablesAreTransacted;
-    return isStaged ? Text(staging) + Text(copied.table->name) : Text(copied.table->name);
+    return isPublished ? TablePublication::TemporaryName(*copied.table) : Text(copied.table->name);
 }
 
 void DatabaseCopy::Write(const std::function<void(size_t done)>& progress) {
-    size_t done = 0;
+    const auto began = std::chrono::steady_clock::now();
+    const size_t inAll = RowsInAll() * 2;
+    size_t done = 0, calls = 0;
     const auto next = [&] {
-        if (++done % 16 == 0) progress(done);
+        if (done < inAll) ++done; // a comparison in parts reads rows again
+        if (++calls % 16 == 0) progress(done);
     };
-    At(to, {}, [&] {
-        if (!targetRules->tablesAreTransacted) MakeTables();
-        target.BeginTrans();
-        if (targetRules->tablesAreTransacted) MakeTables();
-        // Also those that the source lacks: what they hold belongs to what is replaced.
-        for (const Schema::Table* table : present) target.Execute(u"DELETE FROM " + Text(table->name));
-    });
-    std::vector<TableDigest> digests;
-    for (CopiedTable& copied : tables) digests.push_back(WriteRows(copied, next));
-    for (size_t i = 0; i < tables.size(); ++i) Compare(tables[i], digests[i], next);
+    At(to, {}, [&] { MakePlaces(); });
+    for (CopiedTable& copied : tables) WriteRows(copied, next);
+    timeOfWriting = std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - began);
+    for (const CopiedTable& copied : tables) Compare(copied, next);
+    if (isPublished) At(to, {}, [&] { target.CommitTrans(); }); // of the temporary tables: nobody sees it
     progress(done);
 }
 
-void DatabaseCopy::MakeTables() {
+void DatabaseCopy::MakePlaces() {
+    target.BeginTrans();
+    if (isPublished) {
+        for (const CopiedTable& copied : tables)
+            target.Execute(TablePublication::MakeTemporary({copied.table, copied.isMade}));
+        return;
+    }
     for (const CopiedTable& copied : tables) {
         if (!copied.isMade) continue;
-        const Text name = NameInTarget(copied);
-        if (name != copied.table->name) {
-            target.Execute(u"DROP TABLE IF EXISTS " + name);
-            staged.push_back(name);
-        }
-        for (const Text& statement : Schema::CreateStatements(*copied.table, target.Kind(), name))
+        for (const Text& statement : Schema::CreateStatements(*copied.table, target.Kind(), copied.table->name))
             target.Execute(statement);
     }
+    // Also those that the source lacks: what they hold belongs to what is replaced.
+    for (const Schema::Table* table : present) target.Execute(u"DELETE FROM " + Text(table->name));
 }
 
-TableDigest DatabaseCopy::WriteRows(CopiedTable& copied, const std::function<void()>& next) {
+void DatabaseCopy::WriteRows(CopiedTable& copied, const std::function<void()>& next) {
     const Schema::Table& table = *copied.table;
     const bool draws = CounterOf(table) != nullptr;
     if (draws && !targetRules->beforeRows.empty()) target.Execute(Text(targetRules->beforeRows));
-    auto reader = At(from, table.name, [&] { return TableReader(source.Opened(), table, Text(table.name)); });
+    auto reader = At(from, table.name, [&] { return ReaderOfSource(copied); });
     const auto writer =
         At(to, table.name, [&] { return target.Opened().NewRows(NameInTarget(copied), ColumnsOf(table)); });
-    TableDigest digest(KeysOf(table));
+    int64_t rows = 0;
     while (At(from, table.name, [&] { return reader.Next(); })) {
-        digest.Add(reader.Row());
-        if (draws) lastDrawn = std::max(lastDrawn.value_or(0), reader.Row()[0].number);
+        ++rows;
+        if (draws) highestNumber = std::max(highestNumber, reader.Row()[0].number);
         if (!targetRules->keepsZeros) At(from, table.name, [&] { RequireNoZeros(reader.Row(), table); });
         At(to, table.name, [&] { writer->Put(reader.Row()); });
         next();
@@ -317,71 +328,83 @@ TableDigest DatabaseCopy::WriteRows(CopiedTable& copied, const std::function<voi
         writer->Finish();
         if (draws) GoOnDrawing(copied);
     });
-    if (digest.Rows() != copied.rows) At(from, table.name, [&] { ThrowOtherRows(copied.rows, digest.Rows()); });
-    return digest;
+    if (rows != copied.rows) At(from, table.name, [&] { ThrowOtherRows(copied.rows, rows); });
 }
 
 void DatabaseCopy::GoOnDrawing(const CopiedTable& copied) {
-    if (lastDrawn.value_or(0) > 0) {
-        const Text number = ToText(*lastDrawn), name = NameInTarget(copied);
-        if (!targetRules->drawAbove.empty()) {
-            Text statement(targetRules->drawAbove);
-            statement.replace(statement.find(u'?'), 1, number);
+    lastDrawn = std::max(lastDrawn, highestNumber);
+    if (!targetRules->drawAbove.empty() && lastDrawn > 0) {
+        Text statement(targetRules->drawAbove);
+        statement.replace(statement.find(u'?'), 1, ToText(lastDrawn));
+        target.Execute(statement);
+    } else if (lastDrawn > highestNumber && !isPublished) {
+        for (const Text& statement : TablePublication::DrawNumber(*copied.table, copied.table->name, lastDrawn))
             target.Execute(statement);
-        } else {
-            const Text counter(CounterOf(*copied.table)->name);
-            const Text where = u" FROM " + name + u" WHERE " + counter + u" = " + number;
-            if (NumberOf(target, u"SELECT Count(*)" + where).value_or(0) == 0) {
-                target.Execute(u"INSERT INTO " + name + u" (" + counter + u") VALUES (" + number + u")");
-                target.Execute(u"DELETE" + where);
-            }
-        }
     }
     if (!targetRules->afterRows.empty()) target.Execute(Text(targetRules->afterRows));
 }
 
-void DatabaseCopy::Compare(const CopiedTable& copied, const TableDigest& expected, const std::function<void()>& next) {
+// Where the target gives rows by their key, the source does, so that both come in one order.
+TableReader DatabaseCopy::ReaderOfSource(const CopiedTable& copied) {
+    return {source.Opened(), *copied.table, Text(copied.table->name),
+            targetRules->comesByKey ? TableReader::Order::ByKey : TableReader::Order::AsStored};
+}
+
+void DatabaseCopy::Compare(const CopiedTable& copied, const std::function<void()>& next) {
     const Schema::Table& table = *copied.table;
-    TableDigest found(KeysOf(table));
-    auto reader = At(to, table.name, [&] { return TableReader(target.Opened(), table, NameInTarget(copied)); });
-    while (At(to, table.name, [&] { return reader.Next(); })) {
-        found.Add(reader.Row());
-        next();
-    }
-    if (found != expected) At(to, table.name, [&] { ThrowChanged(table, expected, found); });
+    const auto rowsOf = [&](const Place& place, TableReader opened, std::function<void()> told) -> NextRow {
+        auto reader = std::make_shared<TableReader>(std::move(opened));
+        return [&place, &table, reader = std::move(reader), told = std::move(told)] {
+            if (!At(place, table.name, [&] { return reader->Next(); })) return std::span<const RowField>();
+            if (told) told();
+            return reader->Row();
+        };
+    };
+    const auto difference = CompareRows(
+        ColumnsOf(table), KeysOf(table),
+        [&] { return rowsOf(from, At(from, table.name, [&] { return ReaderOfSource(copied); }), {}); },
+        [&] {
+            const Text name = NameInTarget(copied);
+            return rowsOf(to, At(to, table.name, [&] { return TableReader(target.Opened(), table, name); }), next);
+        });
+    if (difference) At(to, table.name, [&] { ThrowDifference(table, *difference); });
+}
+
+std::vector<TablePublication::Part> DatabaseCopy::PartsToPublish() const {
+    std::vector<TablePublication::Part> parts;
+    for (const CopiedTable& copied : tables)
+        parts.push_back({copied.table, copied.isMade, copied.rows, true,
+                         CounterOf(*copied.table) && lastDrawn > highestNumber ? lastDrawn : 0});
+    for (const Schema::Table* table : present)
+        if (!IsOfCopy(table->name, tables)) parts.push_back({table, false, 0, false});
+    return parts;
 }
 
 void DatabaseCopy::Finish() {
+    const std::vector<TablePublication::Part> parts = PartsToPublish();
     At(to, {}, [&] {
-        target.CommitTrans();
-        Text renames;
-        for (const Text& name : staged)
-            renames.append(renames.empty() ? u"RENAME TABLE " : u", ")
-                .append(name)
-                .append(u" TO ")
-                .append(name.substr(staging.size()));
-        if (!renames.empty()) target.Execute(renames);
+        try {
+            if (isPublished) {
+                // It writes on the server what took so long to be written through the connection.
+                target.Opened().ExtendLimit(timeOfWriting * 4);
+                target.Execute(TablePublication::Statement(parts));
+            } else {
+                target.CommitTrans();
+            }
+        } catch (const Error&) {
+            isInDoubt = !TargetAnswers();
+            if (isPublished && !isInDoubt) target.Execute(TablePublication::DropRemains(parts));
+            throw;
+        }
     });
-    isFinished = true;
 }
 
-void DatabaseCopy::Undo() noexcept {
-    const auto drop = [&](Connection& connection) {
-        for (const Text& name : staged) connection.Execute(u"DROP TABLE IF EXISTS " + name);
-    };
+bool DatabaseCopy::TargetAnswers() noexcept {
     try {
         target.RollbackTrans();
-        drop(target);
+        return NumberOf(target, u"SELECT 1").has_value();
     } catch (...) {
-        try { // the connection is lost, perhaps
-            target.Close();
-            if (staged.empty()) return;
-            Connection again;
-            again.Open(to.connectionString);
-            drop(again);
-        } catch (...) {
-            // What is left is empty, and goes with the next copy.
-        }
+        return false;
     }
 }
 

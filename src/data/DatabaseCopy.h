@@ -3,14 +3,15 @@
 
 #include "data/Connection.h"
 #include "data/Schema.h"
+#include "data/TablePublication.h"
 
+#include <chrono>
 #include <functional>
-#include <optional>
 
 namespace dax {
 
-class TableDigest;
 struct CopyRules;
+class TableReader;
 
 struct CopiedTable {
     const Schema::Table* table;
@@ -19,9 +20,9 @@ struct CopiedTable {
 };
 
 // The rows go in one transaction, together with the tables where the engine can do that; where making a table ends a
-// transaction, tables are made under other names and renamed at once after the commit. So until Finish nobody sees
-// anything of the copy, and whatever ends it before leaves the target as it was. The source is read within one
-// transaction that can change nothing; a row that another program writes meanwhile is not copied.
+// transaction, TablePublication makes what is missing. So until Finish nobody sees anything of the copy, and whatever
+// ends it before leaves the target as it was. The source is read within one transaction that can change nothing; a row
+// that another program writes meanwhile is not copied.
 class DatabaseCopy {
 public:
     struct Place {
@@ -30,7 +31,7 @@ public:
     };
     // Opens both and looks what there is. Throws Error, here and later, with the place in front.
     DatabaseCopy(Place from, Place to);
-    // Undoes what was not finished.
+    // Gives up what was not finished.
     ~DatabaseCopy();
     DatabaseCopy(const DatabaseCopy&) = delete;
     DatabaseCopy& operator=(const DatabaseCopy&) = delete;
@@ -45,20 +46,24 @@ public:
     const std::vector<Text>& BeyondSource() const { return beyondSource; }
     const std::vector<Text>& BeyondTarget() const { return beyondTarget; }
 
-    // Writes everything, reads it again and compares every value. `progress` hears the rows written and compared so
-    // far, of twice RowsInAll in the end.
+    // Writes everything, then reads source and target side by side and compares every value. `progress` hears the rows
+    // written and compared so far, of twice RowsInAll in the end.
     void Write(const std::function<void(size_t done)>& progress);
     // Makes it last.
     void Finish();
+    // After Finish has thrown: the server was lost, and may have done all or nothing.
+    bool IsInDoubt() const { return isInDoubt; }
 
 private:
     void ReadSource();
     void ReadTarget();
-    void MakeTables();
-    TableDigest WriteRows(CopiedTable& copied, const std::function<void()>& next);
-    void Compare(const CopiedTable& copied, const TableDigest& expected, const std::function<void()>& next);
+    void MakePlaces();
+    void WriteRows(CopiedTable& copied, const std::function<void()>& next);
+    void Compare(const CopiedTable& copied, const std::function<void()>& next);
+    TableReader ReaderOfSource(const CopiedTable& copied);
     void GoOnDrawing(const CopiedTable& copied);
-    void Undo() noexcept;
+    bool TargetAnswers() noexcept;
+    std::vector<TablePublication::Part> PartsToPublish() const;
     Text NameInTarget(const CopiedTable& copied) const;
 
     Place from, to;
@@ -67,10 +72,12 @@ private:
     const CopyRules* targetRules = nullptr;
     std::vector<CopiedTable> tables;
     std::vector<const Schema::Table*> present; // of ours in the target
-    std::vector<Text> beyondSource, beyondTarget, staged;
-    std::optional<int64_t> lastDrawn;
+    std::vector<Text> beyondSource, beyondTarget;
+    int64_t lastDrawn = 0, highestNumber = 0; // of velmoraAutonumbers; of its rows
     Text taken;
-    bool isFinished = false;
+    bool isPublished = false; // by TablePublication, since tables are missing
+    bool isInDoubt = false;
+    std::chrono::seconds timeOfWriting{};
 };
 
 } // namespace dax

@@ -6,6 +6,7 @@
 #include "data/Dialect.h"
 #include "data/RowWriter.h"
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <span>
@@ -87,6 +88,10 @@ public:
     // Nothing when no transaction is open. Whatever goes wrong, none is open afterwards.
     virtual void Rollback() = 0;
     virtual bool InTransaction() const = 0;
+
+    // From now on a call may take that much longer than the connection string allows, and when that is over the server
+    // is not asked to stop: for a statement that does the work of many, and must not be left half done.
+    virtual void ExtendLimit(std::chrono::seconds) {}
 
     // The columns of a table's key, none when it has no key or none can be told.
     virtual std::vector<Text> KeyColumns(const Text& table) = 0;

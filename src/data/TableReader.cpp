@@ -65,9 +65,23 @@ std::vector<Text> KeyColumnsOf(Session& session, const Text& table) {
     return keys.empty() ? session.KeyColumns(LowerAscii(table)) : keys;
 }
 
+// Empty where the engine has no word for the order of code points, and where rows come by their key anyway.
+Text OrderByKey(Engine engine, const Schema::Table& table) {
+    const TextView collation = engine == Engine::PostgreSQL ? u" COLLATE \"C\""
+                               : engine == Engine::SQLite   ? u" COLLATE BINARY"
+                                                            : u"";
+    Text order;
+    for (const Schema::Column& column : table.columns) {
+        if (!column.isInKey || collation.empty()) continue;
+        order.append(order.empty() ? u" ORDER BY " : u", ").append(column.name);
+        if (column.type == Schema::ColumnType::Key) order.append(collation);
+    }
+    return order;
+}
+
 } // namespace
 
-TableReader::TableReader(Session& session, const Schema::Table& table, const Text& name)
+TableReader::TableReader(Session& session, const Schema::Table& table, const Text& name, Order order)
     : statement(session.NewStatement()), columns(table.columns), keys(KeyColumnsOf(session, name)),
       way(WayOf(session, keys)), row(table.columns.size()) {
     for (const Schema::Column& column : columns) query.append(query.empty() ? u"SELECT " : u", ").append(column.name);
@@ -77,6 +91,7 @@ TableReader::TableReader(Session& session, const Schema::Table& table, const Tex
         keyColumn = static_cast<size_t>(std::ranges::find_if(columns, isKey) - columns.begin());
         if (keyColumn == columns.size()) way = Way::ByNumber;
     }
+    if (order == Order::ByKey) query += OrderByKey(session.Quirks().engine, table);
     if (way == Way::Whole) {
         statement->Execute(query);
         statement->OpenRows();

@@ -10,7 +10,11 @@ namespace dax {
 // Within a transaction, which shows all rows as they are at one moment. Nothing else runs on the session meanwhile.
 class TableReader {
 public:
-    TableReader(Session& session, const Schema::Table& table, const Text& name);
+    // In the order in which the engine gives the rows fastest, or by the schema's key: numbers by their value, texts by
+    // their code points. Only where the engine can do that; MariaDB always gives them in the order of a key of one
+    // column.
+    enum class Order { AsStored, ByKey };
+    TableReader(Session& session, const Schema::Table& table, const Text& name, Order order = Order::AsStored);
 
     bool Next();
     // Valid until the next row.

@@ -192,23 +192,6 @@ void KilledSave::KillAtManyPoints() {
         for (const Text& id : editor->GetChildLessonIDCollection(u""))
             editor->UpdateLesson(id, ToText(1 - current), u"", ltLesson);
     };
-    // What a dead session had begun may still be going on in the server, which is asked on one connection for all.
-    Connection watcher;
-    Text sessions;
-    if (GetParam() != Engine::SQLite) {
-        watcher.Open(database->ConnectionString());
-        sessions = GetParam() == Engine::PostgreSQL
-                       ? u"SELECT Count(*) FROM pg_stat_activity WHERE datname = current_database() AND "
-                         u"pid <> pg_backend_pid() AND backend_type = 'client backend'"
-                       : u"SELECT Count(*) FROM information_schema.processlist WHERE db = database() AND "
-                         u"id <> connection_id()";
-    }
-    const auto isSettled = [&] {
-        if (sessions.empty()) return true;
-        Recordset answer;
-        answer.Open(sessions, watcher);
-        return answer.FieldText(0) == u"0";
-    };
     std::map<Text, Text> states[2];
     size_t sent = 0;
     long took = 0; // microseconds
@@ -246,9 +229,7 @@ void KilledSave::KillAtManyPoints() {
         }
         int status = 0;
         ASSERT_EQ(waitpid(child, &status, 0), child);
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        while (!isSettled() && std::chrono::steady_clock::now() < end)
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        test::AwaitNoSessions(*database);
         const std::map<Text, Text> rows = Rows();
         if (isBeforeStatement) {
             ASSERT_TRUE(WIFSIGNALED(status)) << "statement " << fatal << " of " << total;

@@ -3,9 +3,11 @@
 #include "base/Value.h"
 #include "data/Recordset.h"
 
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <random>
+#include <thread>
 
 #ifdef __SANITIZE_ADDRESS__
 // The drivers lose up to a kilobyte for each connection; the leak check is for our own.
@@ -133,6 +135,24 @@ Text TestDatabase::Ask(const Text& query) const {
     Recordset recordset;
     recordset.Open(query, connectionString);
     return recordset.Eof() ? Text() : Text(recordset.FieldText(0));
+}
+
+void AwaitNoSessions(const TestDatabase& database) {
+    if (database.Kind() == Engine::SQLite) return;
+    Connection watcher;
+    watcher.Open(database.ConnectionString());
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    for (Recordset others; std::chrono::steady_clock::now() < end; others.Close()) {
+        others.Open(database.Kind() == Engine::PostgreSQL
+                        ? u"SELECT Count(*) FROM pg_stat_activity WHERE datname = current_database() AND pid <> "
+                          u"pg_backend_pid() AND backend_type = 'client backend'"
+                        : u"SELECT Count(*) FROM information_schema.processlist WHERE db = database() AND id <> "
+                          u"connection_id()",
+                    watcher);
+        if (others.FieldText(0) == u"0") return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    ADD_FAILURE() << "a session of another does not end";
 }
 
 void EngineTest::SetUp() {

@@ -74,6 +74,9 @@ private:
     Text adminString, connectionString, name;
 };
 
+// What a dead session had begun may still be going on in the server: waits until there is none but its own.
+void AwaitNoSessions(const TestDatabase& database);
+
 // A test that runs once for each engine, on a database of its own; skipped where there is no server.
 // INSTANTIATE_TEST_SUITE_P(Engines, MyTest, ::testing::ValuesIn(AllEngines()), EngineName);
 class EngineTest : public ::testing::TestWithParam<Engine> {

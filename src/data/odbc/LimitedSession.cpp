@@ -95,7 +95,7 @@ private:
         try {
             owner.Run(std::move(job), owner.InTransaction() ? LimitedSession::Pending::Transaction : alone);
         } catch (const Error&) {
-            if (owner.IsLost()) LimitedSession::StopLater(Stop());
+            if (owner.IsLost() && owner.StopsStatements()) LimitedSession::StopLater(Stop());
             throw;
         }
     }
@@ -132,7 +132,7 @@ LimitedSession::~LimitedSession() { Free(std::move(connection)); }
 
 LimitedSession::Time LimitedSession::EndOfCall(Time now) const {
     constexpr std::chrono::hours none(24 * 365);
-    return isOpening ? began + connectLimit : commandLimit.count() == 0 ? now + none : now + commandLimit;
+    return isOpening ? began + connectLimit : commandLimit.count() == 0 ? now + none : now + commandLimit + extension;
 }
 
 void LimitedSession::RequireAlive() const {

@@ -26,6 +26,11 @@ public:
     void Commit() override;
     void Rollback() override;
     bool InTransaction() const override { return !IsLost() && connection->InTransaction(); }
+    void ExtendLimit(std::chrono::seconds more) override {
+        extension = more;
+        stopsStatements = false;
+    }
+    bool StopsStatements() const { return stopsStatements; }
     std::vector<Text> KeyColumns(const Text& table) override;
     std::vector<Text> TableNames() override;
 
@@ -53,8 +58,9 @@ private:
 
     const Text server;
     const std::chrono::seconds connectLimit, commandLimit; // the latter may be 0: none
+    std::chrono::seconds extension{};
     const Time began;
-    bool isOpening = true;
+    bool isOpening = true, stopsStatements = true;
     CallThread calls;
     std::shared_ptr<OdbcConnection> connection;
     const Dialect* dialect = nullptr;
