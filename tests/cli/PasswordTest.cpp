@@ -54,9 +54,10 @@ TEST(PasswordTest, AppearsNowhere) {
         connections.push_back(keywords.Write());
     }
     for (const Text& connection : connections) {
-        for (const std::string line : {"validate", "validate-connector --source s --catalog c --user u",
-                                       "catalogs --user u", "pick --user u", "tree", "lesson", "info", "find text",
-                                       "locks", "edit remove x", "map x", "create", "sample --new-catalog"}) {
+        for (const std::string line :
+             {"validate", "validate-connector --source s --catalog c --user u", "catalogs --user u", "pick --user u",
+              "tree", "lesson", "info", "find text", "locks", "edit remove x", "map x", "create",
+              "copy \"" + ToUtf8(folder.File(u"copy.db")) + "\"", "sample --new-catalog"}) {
             const Outcome outcome = RunOn(connection, line + " --trace");
             const bool isFile = outcome.exitCode == 0; // a file may be called so, and is made
             EXPECT_TRUE(isFile || outcome.errors.size() + outcome.output.size() > 0);
@@ -81,6 +82,8 @@ TEST(PasswordTest, AppearsNowhere) {
 
 TEST(PasswordTest, ComesFromElsewhere) {
     const TempFolder folder;
+    const Text course = folder.File(u"course.db");
+    EXPECT_EQ(RunDax({u"sample", course, u"--lessons", u"9"}).exitCode, 0);
     for (const Engine engine : {Engine::PostgreSQL, Engine::MariaDB}) {
         if (!SkipReason(engine).empty()) continue;
         const TestDatabase server(engine);
@@ -91,8 +94,12 @@ TEST(PasswordTest, ComesFromElsewhere) {
         SetVariable("DAX_TEST_SECRET", ToUtf8(password));
         folder.Write(u"secret", ToUtf8(password) + "\r\nmore");
         for (const std::string option : {"env DAX_TEST_SECRET", "file -", "prompt"}) {
-            const Outcome outcome = RunOn(without, "create --force --password-" + option, ToUtf8(password) + "\n");
+            const std::string input = ToUtf8(password) + "\n";
+            const Outcome outcome = RunOn(without, "create --force --password-" + option, input);
             EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+            const std::string second = "copy \"" + ToUtf8(without) + "\" --force --to-password-" + option;
+            const Outcome copied = RunOn(course, second, input);
+            EXPECT_EQ(copied.exitCode, 0) << copied.errors;
         }
         const Outcome outcome = RunDax({u"create", without, u"--force", u"--password-file", folder.File(u"secret")});
         EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;

@@ -126,6 +126,16 @@ TEST(StreamsTest, CtrlCLeavesEverythingAsItWas) {
         Interrupt(folder, "--trace sample a.db --force --lessons 9000", "INSERT INTO velmoraLessons", SIGINT);
     EXPECT_EQ(replaced.exitCode, 130);
     EXPECT_THAT(replaced.output, HasSubstr("'a.db' is as it was."));
+    // To a new file, to one with rows, and to one that becomes larger than the disk allows.
+    for (const std::string to : {"new.db", "a.db --force"}) {
+        const Outcome copied = Interrupt(folder, "--trace copy c.db " + to, "INSERT INTO velmoraLessons", SIGINT);
+        EXPECT_EQ(copied.exitCode, 130);
+        EXPECT_THAT(copied.output, HasSubstr("dax copy: Interrupted. Nothing was copied.\n"));
+        const Outcome full = RunShell(folder.Path(), "trap '' XFSZ; ulimit -f 500; $dax copy c.db " + to);
+        EXPECT_EQ(full.exitCode, 3);
+        EXPECT_THAT(full.errors, HasSubstr("db': ")) << to;
+        EXPECT_THAT(full.errors, HasSubstr(" Nothing was copied.")) << to;
+    }
     EXPECT_EQ(asked(), before);
     EXPECT_EQ(FilesIn(folder), 2u);
     // Where nothing was begun, it ends at once.

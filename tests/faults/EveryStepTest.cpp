@@ -1,5 +1,6 @@
 // A fault at every step of the built-in engine, in its calls to the system and in its memory, once or for good: what
 // was to be done is done, or it is told and nothing is done; nothing is held, and what is done next works.
+#include "data/DatabaseCopy.h"
 #include "hierarchy/EditorFixture.h"
 #include "locks/LockManager.h"
 #include "support/SQLiteFaults.h"
@@ -171,6 +172,32 @@ struct DeletingLocks : Work {
     Text told;
 };
 
+// Into a file that has rows; both the course and the target are among what fails, as on a full disk.
+struct Copying : Work {
+    explicit Copying(const Course& of) : Work(of) {
+        test::CreateTables(target);
+        target.Run({test::RowStatement(u"old", u"0", u"", 1, 0, 1)});
+        before = test::ReadRows(target.Name());
+    }
+    bool Do() override {
+        try {
+            DatabaseCopy copy({course.Name(), u"FROM"}, {target.Name(), u"TO"});
+            copy.Write([](size_t) {});
+            copy.Finish();
+            return true;
+        } catch (const Error& error) {
+            EXPECT_TRUE(error.Number() != 0 && !error.Description().empty());
+            return false;
+        }
+    }
+    void Check(bool isDone) override {
+        EXPECT_TRUE(test::ReadRows(target.Name()) == (isDone ? course.rows : before));
+        EXPECT_TRUE(test::ReadRows(course.Name()) == course.rows);
+    }
+    const test::TestDatabase target{Engine::SQLite};
+    std::map<Text, Text> before;
+};
+
 template <typename Made>
 std::unique_ptr<Work> Make(const Course& course) {
     return std::make_unique<Made>(course);
@@ -185,7 +212,7 @@ class EveryStep : public ::testing::TestWithParam<Case> {};
 INSTANTIATE_TEST_SUITE_P(Works, EveryStep,
                          ::testing::Values(Case{"Open", Make<Opening>}, Case{"Validate", Make<Validating>},
                                            Case{"Load", Make<Loading>}, Case{"Save", Make<Saving>},
-                                           Case{"DeleteLocks", Make<DeletingLocks>}),
+                                           Case{"DeleteLocks", Make<DeletingLocks>}, Case{"Copy", Make<Copying>}),
                          [](const auto& each) { return std::string(each.param.name); });
 
 TEST_P(EveryStep, FailsAndIsDoneOrTold) {
