@@ -103,59 +103,6 @@ TEST(TreeControlDrag, PagesAreDroppedWithinAndBetweenMapsOrNowhere) {
                 [](const std::string& target) { return "changed 2, selected " + (target[0] < 'a' ? "-" : target); });
 }
 
-TEST(TreeControlDrag, BeginsOnlyWhereAndWhenItMay) {
-    const int nearly = GetSystemMetrics(SM_CXDRAG) - 1;
-    const auto forbid = [](TreeControlHost& host) { host.SetAllowDragDrop(false); };
-    const auto lock = [](TreeControlHost& host) { host.SetLocked(true); };
-    struct Case {
-        const char* what;
-        const char16_t* from;
-        RowPart part = RowPart::Label;
-        std::function<void(TreeControlHost&)> prepare = {};
-        int distance = 40;
-        bool begins = false;
-    };
-    const Case ofGroups[] = {
-        {"the root", u""},
-        {"a button", u"s", RowPart::Button},
-        {"not far enough", u"a", RowPart::Label, {}, nearly},
-        {"a caption", u"a", RowPart::Label, {}, 40, true},
-        {"dragging is not allowed", u"a", RowPart::Label, forbid},
-        {"locked", u"a", RowPart::Label, lock},
-    };
-    const Case ofPages[] = {
-        {"a map", u"B"},
-        {"a button", u"c", RowPart::Button},
-        {"not far enough", u"a", RowPart::Label, {}, nearly},
-        {"a box", u"a", RowPart::Box, {}, 40, true},
-        {"dragging is not allowed", u"b", RowPart::Label, forbid},
-        {"locked", u"b", RowPart::Label, lock},
-    };
-    const auto run = [](TreeControlHost&& host, const auto& cases) {
-        host.OpenSample();
-        const std::string shape = host.Shape();
-        UserInput input(host.host.handle);
-        for (const Case& each : cases) {
-            SCOPED_TRACE(each.what);
-            host.SetAllowDragDrop(true);
-            if (each.prepare) each.prepare(host);
-            const POINT from = host.On(each.from, each.part);
-            bool began = false;
-            input.Do([&](UserInput& user) { // in one go: the tree itself waits for the button while there is no drag
-                user.Press(from);
-                user.Move({from.x + each.distance, from.y});
-                began = host.IsDragging();
-                user.Release();
-            });
-            EXPECT_EQ(began, each.begins);
-            EXPECT_EQ(host.Shape(), shape);
-            host.ExpectNoDrag();
-        }
-    };
-    run(EditorHost(), ofGroups);
-    run(LessonMapHost(true), ofPages);
-}
-
 TEST(TreeControlDrag, IsCancelledByEscapeRightButtonAndWhateverElse) {
     struct Case {
         const char* what;
