@@ -1,4 +1,4 @@
-// What a host says about the place where a control stands.
+// What a host says about the place where a control stands. Colours and font are the system's where it says nothing.
 #pragma once
 
 #include "base/Text.h"

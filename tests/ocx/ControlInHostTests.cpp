@@ -369,6 +369,15 @@ TEST_P(ControlInHost, FollowsTheHostsColoursFontAndDpi) {
         hosted.site.ambients.erase(DISPID_AMBIENT_FORECOLOR);
         hosted.AmbientChanged(DISPID_AMBIENT_BACKCOLOR, Variant(int32_t{0xFFFFFF}));
         EXPECT_EQ(look(), before) << "and back";
+        hosted.site.ambients.erase(DISPID_AMBIENT_BACKCOLOR);
+        constexpr INT element = COLOR_WINDOW;
+        const COLORREF formerColor = GetSysColor(element), darkRed = RGB(0x80, 0, 0);
+        ASSERT_TRUE(SetSysColors(1, &element, &darkRed));
+        SendMessageW(hosted.window, WM_SYSCOLORCHANGE, 0, 0);
+        EXPECT_LT(PixelsUnlike(look(), 0x800000), before.size() / 3) << "the system's colour, as the host names none";
+        EXPECT_TRUE(SetSysColors(1, &element, &formerColor));
+        SendMessageW(hosted.window, WM_SYSCOLORCHANGE, 0, 0);
+        EXPECT_EQ(look(), before);
     }
     std::cout << DpiOf(hosted.window) << " DPI\n";
     SIZEL natural{};

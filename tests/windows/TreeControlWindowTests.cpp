@@ -1,5 +1,6 @@
 // Both tree controls' windows under a user's mouse and keyboard.
 #include "lessonmap/win32/StoryboardPictures.h"
+#include "tree/win32/TreeStyle.h"
 #include "windows/TreeControlHost.h"
 #include "windows/WindowCounts.h"
 
@@ -305,6 +306,13 @@ TEST(TreeControlWindow, TheSelectionStaysVisibleWithoutTheFocus) {
             EXPECT_TRUE((color == COLOR_HIGHLIGHT) == hasFocus ? count > 200 : count == 0) << count;
         }
     }
+    constexpr INT elements[] = {COLOR_3DHIGHLIGHT, COLOR_3DDKSHADOW};
+    const COLORREF former[] = {GetSysColor(elements[0]), GetSysColor(elements[1])};
+    const COLORREF alike[] = {RGB(0xC0, 0xC0, 0xC0), RGB(0xFF, 0xFF, 0xFF)}; // as in high contrast
+    ASSERT_TRUE(SetSysColors(2, elements, alike));
+    EXPECT_EQ(ColorsWithoutFocus().text, GetSysColor(COLOR_WINDOW));
+    EXPECT_EQ(ColorsWithoutFocus().background, GetSysColor(COLOR_WINDOWTEXT));
+    EXPECT_TRUE(SetSysColors(2, elements, former));
 }
 
 } // namespace dax::test

@@ -134,8 +134,13 @@ void ListViewWindow::SetFont(HFONT font) {
     if (former) DeleteObject(former);
 }
 
-// Paler than the other rows, but still easy to read.
+// Paler than the other rows, but still easy to read; in high contrast only the italics tell them from the others.
 COLORREF ListViewWindow::MarkedColor() const {
+    HIGHCONTRASTW contrast{};
+    contrast.cbSize = sizeof contrast;
+    if (SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0) &&
+        (contrast.dwFlags & HCF_HIGHCONTRASTON))
+        return textColor;
     const auto blend = [](BYTE text, BYTE ground) { return static_cast<BYTE>((text * 3 + ground) / 4); };
     return RGB(blend(GetRValue(textColor), GetRValue(backColor)), blend(GetGValue(textColor), GetGValue(backColor)),
                blend(GetBValue(textColor), GetBValue(backColor)));

@@ -228,6 +228,10 @@ LRESULT WindowBase::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     case WM_NOTIFY:
         return OnNotify(*reinterpret_cast<const NMHDR*>(lParam), lParam);
+    case WM_SYSCOLORCHANGE:
+    case WM_SETTINGCHANGE:
+    case WM_THEMECHANGED:
+        return LookChanged(message, wParam, lParam);
     case WM_GETOBJECT:
         if (const auto answer = Answer(handle, wParam, lParam)) return *answer;
         [[fallthrough]];
@@ -255,6 +259,16 @@ void WindowBase::FocusMoved(HWND focus) {
     if (isInside == hasFocus) return;
     hasFocus = isInside;
     if (const auto listener = FocusChanged) listener(isInside);
+}
+
+// The children do not hear of colours by themselves, nor does the control where its host's frame does not say it.
+LRESULT WindowBase::LookChanged(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_SYSCOLORCHANGE)
+        for (HWND child = GetWindow(handle, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
+            SendMessageW(child, message, wParam, lParam);
+    const LRESULT result = OnMessage(message, wParam, lParam);
+    if (const auto listener = SystemLookChanged) listener();
+    return result;
 }
 
 bool WindowBase::Deliver(const MSG& message) {

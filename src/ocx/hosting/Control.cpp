@@ -13,6 +13,7 @@ Control::Control(const ClassEntry& entry, std::unique_ptr<ControlWindow> created
       events(*this, entry.events ? *entry.events : IID_NULL, ConnectionPoint::Kind::Events),
       propertySinks(*this, IID_IPropertyNotifySink, ConnectionPoint::Kind::Interface) {
     window->FocusChanged = [this](bool isInside) { FocusMoved(isInside); };
+    window->SystemLookChanged = [this] { OnAmbientPropertyChange(DISPID_UNKNOWN); };
     window->PropertyChanged = [this](const Text& name) { PropertyChanged(name); };
 }
 
@@ -34,6 +35,7 @@ void* Control::Find(REFIID iid) {
 // Hosts let go in any order; whatever they have left out is made up for here.
 void Control::Destroy() {
     window->FocusChanged = nullptr;
+    window->SystemLookChanged = nullptr;
     window->PropertyChanged = nullptr;
     InPlaceDeactivate();
     site.Set(nullptr);

@@ -27,8 +27,11 @@ void ReadColor(IDispatch& host, DISPID dispid, uint32_t& color) {
         if (SUCCEEDED(OleTranslateColor(static_cast<OLE_COLOR>(*number), nullptr, &translated))) color = translated;
 }
 
-// The font of message boxes, which a host that names none gets. Its height is that of the system's resolution.
-void ReadSystemFont(Ambient& ambient) {
+// What a host gets that names no font and no colours: the font of message boxes, and the colours of a window. The
+// font's height is that of the system's resolution.
+void ReadSystemLook(Ambient& ambient) {
+    ambient.foreColor = GetSysColor(COLOR_WINDOWTEXT);
+    ambient.backColor = GetSysColor(COLOR_WINDOW);
     NONCLIENTMETRICSW metrics{};
     metrics.cbSize = sizeof metrics;
     if (!SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0)) return;
@@ -75,7 +78,7 @@ IOleInPlaceSite* HostSite::InPlace() {
 
 Ambient HostSite::ReadAmbient() const {
     Ambient ambient;
-    ReadSystemFont(ambient);
+    ReadSystemLook(ambient);
     HWND window = nullptr;
     if (const auto place = Query<IOleWindow>(client.Get(), IID_IOleInPlaceSite)) place->GetWindow(&window);
     ambient.dpi = DpiOf(window);

@@ -3,6 +3,7 @@
 
 #include "controls/win32/GdiSurface.h"
 #include "tree/modTreeviewAPI.h"
+#include "tree/win32/TreeStyle.h"
 
 #include <algorithm>
 #include <cstring>
@@ -87,6 +88,7 @@ void TreeViewWindow::DrawPicture(HDC dc, const RECT& place, HFONT font) const {
     std::memcpy(&shown, &first, sizeof first); // the message takes the item where it puts the rectangle
     if (node && first && SendMessageW(handle, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&shown)))
         root = inner.left + shown.left + 2 - DepthOf(node) * indent;
+    const RowColors unfocused = ColorsWithoutFocus();
     for (int top = inner.top; node && top < inner.bottom; top += rowHeight, node = modTreeviewAPI::NextVisible(*node)) {
         const int textLeft = root + DepthOf(node) * indent, left = textLeft - beforeText, middle = top + rowHeight / 2;
         DrawConnections(dc, *node, {left - indent / 2, middle}, top, top + rowHeight, indent, backColor);
@@ -103,9 +105,9 @@ void TreeViewWindow::DrawPicture(HDC dc, const RECT& place, HFONT font) const {
             SIZE extent{};
             GetTextExtentPoint32W(dc, Wide(caption), static_cast<int>(caption.size()), &extent);
             FillPart(dc, textLeft - 2, top, std::min<int>(textLeft + extent.cx + 2, inner.right), text.bottom,
-                     GetSysColor(COLOR_3DDKSHADOW)); // as a row is that has no focus
+                     unfocused.background);
         }
-        SetTextColor(dc, isSelected ? GetSysColor(COLOR_3DHIGHLIGHT) : textColor);
+        SetTextColor(dc, isSelected ? unfocused.text : textColor);
         DrawTextW(dc, Wide(caption), static_cast<int>(caption.size()), &text,
                   DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
     }

@@ -2,6 +2,7 @@
 #include "tree/win32/TreeViewWindow.h"
 
 #include "tree/modTVW.h"
+#include "tree/win32/TreeStyle.h"
 
 #include <windowsx.h>
 
@@ -133,8 +134,9 @@ LRESULT TreeViewWindow::CustomDraw(NMTVCUSTOMDRAW& draw) const {
     if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT || !handle) return CDRF_DODEFAULT;
     const auto item = static_cast<WPARAM>(draw.nmcd.dwItemSpec);
     if (SendMessageW(handle, TVM_GETITEMSTATE, item, TVIS_SELECTED) & TVIS_SELECTED) {
-        draw.clrText = GetSysColor(COLOR_3DHIGHLIGHT);
-        draw.clrTextBk = GetSysColor(COLOR_3DDKSHADOW);
+        const RowColors colors = ColorsWithoutFocus();
+        draw.clrText = colors.text;
+        draw.clrTextBk = colors.background;
     }
     return CDRF_DODEFAULT;
 }
