@@ -21,6 +21,7 @@ constexpr size_t LessonsInGroup = 6, GroupsInGroup = 8;
 // So many lessons have pages of their own; in a larger course the others are copies of the brief ones, so that it is
 // made quickly.
 constexpr size_t DifferentLessons = 500, BriefLesson = 5;
+constexpr size_t LaterLesson = 120; // from here on titles may be rare: in courses larger than the usual one
 
 template <typename List>
 const auto& Cycle(const List& list, size_t index) {
@@ -28,6 +29,12 @@ const auto& Cycle(const List& list, size_t index) {
 }
 
 Text Number(size_t number) { return ToText(static_cast<long long>(number)); }
+
+TextView LessonTitle(size_t number) {
+    for (const RareTitle& rare : RareTitles)
+        if (number >= LaterLesson && number % std::size(LessonTitles) == rare.place) return rare.title;
+    return Cycle(LessonTitles, number);
+}
 
 Text Identifier(uint64_t number) {
     Text identifier;
@@ -96,8 +103,8 @@ private:
         }
         const SampleLesson& content = number <= contents.size() ? contents[number - 1] : Cycle(briefContents, number);
         const Text properties = SampleProperties(number, content.storyboards, now);
-        AddRow(id, Text(Cycle(LessonTitles, number)) + u" " + Number(number), code + u"-" + Number(number), parent,
-               depth, position, ltLesson, properties, content.text);
+        AddRow(id, Text(LessonTitle(number)) + u" " + Number(number), code + u"-" + Number(number), parent, depth,
+               position, ltLesson, properties, content.text);
         if (number % 5 == 0) AddMilestone(id, SampleAuthor(number), properties, content.text);
     }
 
