@@ -214,10 +214,12 @@ void ConnectorPage::Record() {
 std::vector<PageState> ConnectorPage::States() {
     std::vector<PageState> states = {{L"start", [] {}}};
     if (context.options.connector.empty()) return states;
-    states.push_back({L"loaded", [this] {
+    states.push_back({L"loaded",
+                      [this] {
                           Validate();
                           Load();
-                      }});
+                      },
+                      {{L"SQLDBPicker", picker->Window()}}});
     states.push_back({L"recorded", [this] { Record(); }});
     states.push_back({L"nouser", [this] {
                           SetField(idUser, L"nobody");

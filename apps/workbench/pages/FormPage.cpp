@@ -18,16 +18,6 @@ std::wstring WindowText(HWND window) {
     return text;
 }
 
-// Whether texts need the system's own colour: in high contrast, and wherever its background is dark.
-bool HighContrast() {
-    const COLORREF face = GetSysColor(COLOR_BTNFACE);
-    if (GetRValue(face) + GetGValue(face) + GetBValue(face) < 3 * 128) return true;
-    HIGHCONTRASTW contrast{};
-    contrast.cbSize = sizeof contrast;
-    return SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0) &&
-           (contrast.dwFlags & HCF_HIGHCONTRASTON);
-}
-
 } // namespace
 
 bool FormPage::Create(HWND parent, int id) {

@@ -336,10 +336,14 @@ std::vector<PageState> HierarchyPage::States() {
                           SetField(idIdentifier, L"NEW-1");
                           Apply();
                       }});
-    states.push_back({L"lesson", [this] {
+    states.push_back({L"lesson",
+                      [this] {
                           Load();
                           SelectEntry(3);
-                      }});
+                      },
+                      {{L"GroupEditor", editor->Window()},
+                       {L"LessonInfo", lessonInfo->Window()},
+                       {L"LockInfo", lockInfo->Window()}}});
     const auto show = [this](int how) { return [this, how] { ShowWindow(GetAncestor(Handle(), GA_ROOT), how); }; };
     states.push_back({L"maximised", show(SW_MAXIMIZE)});
     states.push_back({L"restored", show(SW_RESTORE)}); // to look like the one before

@@ -435,11 +435,13 @@ std::vector<PageState> LessonMapPage::States() {
                           Display(idExpandAll);
                           SetFocus(editor->Window());
                       }});
-    states.push_back({L"checked", [this] {
+    states.push_back({L"checked",
+                      [this] {
                           SetChecked(idCheckboxes, true);
                           SetOption(idCheckboxes);
                           Display(idCheckAll);
-                      }});
+                      },
+                      {{L"LessonMapEditor", editor->Window()}}});
     states.push_back({L"identifiers", [this] {
                           SetChecked(idCheckboxes, false);
                           SetOption(idCheckboxes);

@@ -247,6 +247,15 @@ void LocksPage::SelectRows(int count) const {
         ListView_SetItemState(list, row, LVIS_SELECTED | (row == 0 ? LVIS_FOCUSED : 0), LVIS_SELECTED | LVIS_FOCUSED);
 }
 
+void LocksPage::ClickHeader(int column) const {
+    const HWND header = ListView_GetHeader(ListWindow());
+    RECT place{};
+    Header_GetItemRect(header, column, &place);
+    const LPARAM middle = MAKELPARAM((place.left + place.right) / 2, (place.top + place.bottom) / 2);
+    SendMessageW(header, WM_LBUTTONDOWN, MK_LBUTTON, middle);
+    SendMessageW(header, WM_LBUTTONUP, 0, middle);
+}
+
 std::vector<PageState> LocksPage::States() {
     std::vector<PageState> states = {{L"empty", [] {}}};
     const std::wstring file = context.options.file;
@@ -262,6 +271,7 @@ std::vector<PageState> LocksPage::States() {
                           SelectRows(4);
                           ShowCounts();
                       }});
+    states.push_back({L"sorted", [this] { ClickHeader(4); }, {{L"LockManager", manager->Window()}}});
     states.push_back({L"invalid", [this] {
                           SetChoice(idDisplay, 4);
                           List(false);

@@ -40,6 +40,7 @@ private:
     void ShowCounts();
     HWND ListWindow() const; // inside the control
     void SelectRows(int count) const;
+    void ClickHeader(int column) const;
     const Automation& Manager() const { return manager->Control(); }
 
     HWND connectionLabel = nullptr;

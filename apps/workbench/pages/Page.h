@@ -55,6 +55,7 @@ struct PageContext {
 struct PageState {
     std::wstring name; // ends up in the picture's file name
     std::function<void()> enter;
+    std::vector<std::pair<std::wstring, HWND>> controls = {}; // that it shows well: each gets a picture, too
 };
 
 // A step of an application's start, at its place among all of them.

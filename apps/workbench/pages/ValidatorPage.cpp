@@ -115,10 +115,12 @@ std::vector<PageState> ValidatorPage::States() {
                                                          }}};
     const std::wstring file = context.options.file;
     if (file.empty()) return states;
-    states.push_back({L"valid", [this, file] {
+    states.push_back({L"valid",
+                      [this, file] {
                           SetField(idConnection, file);
                           Validate();
-                      }});
+                      },
+                      {{L"DatabaseValidator", validator->Window()}}});
     states.push_back({L"talk", [this] { CheckTalk(); }});
     if (!IsFile(file)) return states;
     states.push_back({L"missing", [this, file] {

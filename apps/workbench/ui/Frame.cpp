@@ -21,6 +21,17 @@ HWND AddChild(HWND parent, const wchar_t* className, const wchar_t* text, DWORD 
                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleW(nullptr), nullptr);
 }
 
+// What the system says to frames only.
+void SendToChildren(HWND frame, UINT message, WPARAM wParam, LPARAM lParam) {
+    const MSG said{frame, message, wParam, lParam, 0, {}};
+    const auto send = [](HWND child, LPARAM what) -> BOOL {
+        const MSG& one = *reinterpret_cast<const MSG*>(what);
+        SendMessageW(child, one.message, one.wParam, one.lParam);
+        return TRUE;
+    };
+    EnumChildWindows(frame, send, reinterpret_cast<LPARAM>(&said));
+}
+
 } // namespace
 
 Frame::Frame(const Options& given, const ControlLibrary& controls)
@@ -384,6 +395,7 @@ LRESULT Frame::On(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_SETTINGCHANGE:
     case WM_SYSCOLORCHANGE:
         ChangeStyle(style.Dpi(), {});
+        SendToChildren(Handle(), message, wParam, lParam);
         break;
     case WM_COMMAND:
         Command(LOWORD(wParam), HIWORD(wParam));

@@ -67,6 +67,7 @@ int Frame::TakePictures(const std::wstring& folder) {
                 state.enter();
                 DispatchPending();
                 SavePicture(Handle(), path + state.name + L".png");
+                for (const auto& [name, window] : state.controls) SavePicture(window, folder + L"\\" + name + L".png");
             }
         }
     } catch (const HostError& error) {

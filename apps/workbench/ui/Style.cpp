@@ -45,6 +45,15 @@ int DpiOf(HWND window) {
     return dpi;
 }
 
+bool HighContrast() {
+    const COLORREF face = GetSysColor(COLOR_BTNFACE);
+    if (GetRValue(face) + GetGValue(face) + GetBValue(face) < 3 * 128) return true;
+    HIGHCONTRASTW contrast{};
+    contrast.cbSize = sizeof contrast;
+    return SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0) &&
+           (contrast.dwFlags & HCF_HIGHCONTRASTON);
+}
+
 Style::Style(int dotsPerInch) { SetDpi(dotsPerInch); }
 
 Style::~Style() { Release(); }

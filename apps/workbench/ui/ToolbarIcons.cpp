@@ -1,6 +1,7 @@
 #include "ui/ToolbarIcons.h"
 
 #include "controls/win32/ShapePen.h"
+#include "ui/Style.h"
 
 #include <iterator>
 
@@ -136,15 +137,24 @@ void Draw(Icon icon, ShapePen& pen) {
     }
 }
 
-// What cannot be used looks pale and has no colour; the alpha is premultiplied.
+// What cannot be used looks pale and has no colour, or has the system's colour for it; the alpha is premultiplied.
 void TakeColour(HBITMAP bitmap) {
     DIBSECTION section{};
     if (!GetObjectW(bitmap, sizeof section, &section) || section.dsBm.bmBitsPixel != 32) return;
     GdiFlush();
     auto* bytes = static_cast<BYTE*>(section.dsBm.bmBits);
+    const bool isPale = !HighContrast();
+    const COLORREF grey = GetSysColor(COLOR_GRAYTEXT);
     const LONG count = section.dsBm.bmWidth * section.dsBm.bmHeight;
     for (LONG i = 0; i < count; ++i, bytes += 4) {
         const int light = (bytes[0] + 6 * bytes[1] + 3 * bytes[2]) / 10;
+        if (!isPale) {
+            const int shade = (bytes[3] + light) / 2;
+            bytes[0] = static_cast<BYTE>(GetBValue(grey) * shade / 255);
+            bytes[1] = static_cast<BYTE>(GetGValue(grey) * shade / 255);
+            bytes[2] = static_cast<BYTE>(GetRValue(grey) * shade / 255);
+            continue;
+        }
         bytes[3] = static_cast<BYTE>(bytes[3] * 2 / 5);
         bytes[0] = bytes[1] = bytes[2] = static_cast<BYTE>(light * 2 / 5);
     }
