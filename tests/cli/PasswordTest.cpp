@@ -54,10 +54,10 @@ TEST(PasswordTest, AppearsNowhere) {
         connections.push_back(keywords.Write());
     }
     for (const Text& connection : connections) {
-        for (const std::string line :
-             {"validate", "validate-connector --source s --catalog c --user u", "catalogs --user u", "pick --user u",
-              "tree", "lesson", "info", "find text", "locks", "edit remove x", "map x", "create",
-              "copy \"" + ToUtf8(folder.File(u"copy.db")) + "\"", "sample --new-catalog"}) {
+        for (const std::string& line : std::vector<std::string>{
+                 "validate", "validate-connector --source s --catalog c --user u", "catalogs --user u", "pick --user u",
+                 "tree", "lesson", "info", "find text", "locks", "edit remove x", "map x", "create",
+                 "copy \"" + ToUtf8(folder.File(u"copy.db")) + "\"", "sample --new-catalog"}) {
             const Outcome outcome = RunOn(connection, line + " --trace");
             const bool isFile = outcome.exitCode == 0; // a file may be called so, and is made
             EXPECT_TRUE(isFile || outcome.errors.size() + outcome.output.size() > 0);
