@@ -70,18 +70,7 @@ constexpr Ligature ligatures[] = {
 
 Text LowerLetters(TextView text) {
     Text lower(text);
-    for (size_t i = 0; i < lower.size(); ++i) {
-        const char16_t unit = lower[i];
-        const bool isPair =
-            unit >= 0xD800 && unit < 0xDC00 && i + 1 < lower.size() && lower[i + 1] >= 0xDC00 && lower[i + 1] < 0xE000;
-        if (!isPair) {
-            lower[i] = static_cast<char16_t>(Lower(unit));
-            continue;
-        }
-        const char32_t letter = Lower(0x10000 + ((unit - 0xD800u) << 10) + (lower[i + 1] - 0xDC00u));
-        lower[i] = static_cast<char16_t>(0xD800 + ((letter - 0x10000) >> 10));
-        lower[++i] = static_cast<char16_t>(0xDC00 + ((letter - 0x10000) & 0x3FF));
-    }
+    for (size_t i = 0; i < lower.size();) i += WriteCharacter(Lower(CharacterAt(lower, i)), lower.data() + i);
     return lower;
 }
 

@@ -1,35 +1,12 @@
+#ifndef _WIN32
+
 #include "base/FileSearch.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <filesystem>
 #include <vector>
-#ifdef _WIN32
-#include <io.h>
-#endif
 
 namespace dax {
-
-#ifdef _WIN32
-
-bool FindEntry(const Text& path, const std::function<bool(const FoundEntry&)>& takes) {
-    if (path.find(u'\0') != Text::npos) return false;
-    struct Search {
-        intptr_t handle;
-        ~Search() {
-            if (handle != -1) _findclose(handle);
-        }
-    };
-    _wfinddata64_t entry;
-    const Search search{_wfindfirst64(std::wstring(path.begin(), path.end()).c_str(), &entry)};
-    if (search.handle == -1) return false;
-    do {
-        if (takes({(entry.attrib & _A_SUBDIR) != 0, (entry.attrib & _A_RDONLY) != 0})) return true;
-    } while (_wfindnext64(search.handle, &entry) == 0);
-    return false;
-}
-
-#else
 
 namespace {
 
@@ -83,6 +60,6 @@ bool FindEntry(const Text& path, const std::function<bool(const FoundEntry&)>& t
     return std::any_of(found.begin(), found.end(), [&](const auto& entry) { return takes(Describe(entry.status())); });
 }
 
-#endif
-
 } // namespace dax
+
+#endif

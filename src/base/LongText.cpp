@@ -1,5 +1,7 @@
 #include "base/LongText.h"
 
+#include "base/TextReader.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -8,9 +10,6 @@ namespace dax {
 namespace {
 
 constexpr int64_t MostExponent = 1'000'000'000; // far beyond what any text has digits for
-
-bool IsSpace(char16_t unit) { return unit == u' ' || (unit >= u'\t' && unit <= u'\r'); }
-bool IsDigit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
 
 class LongReader {
 public:
@@ -35,7 +34,7 @@ private:
         return true;
     }
     void SkipSpaces() {
-        while (!rest.empty() && IsSpace(rest.front())) rest.remove_prefix(1);
+        while (!rest.empty() && TextReader::IsBlank(rest.front())) rest.remove_prefix(1);
     }
 
     // One of the marks that stand before or behind the digits; of signs and brackets there is one, on one side.
@@ -50,7 +49,7 @@ private:
             hasSign = true;
             isNegative = unit != u'+';
             isOpen = unit == u'(';
-        } else if (!IsSpace(unit)) {
+        } else if (!TextReader::IsBlank(unit)) {
             return false;
         }
         rest.remove_prefix(1);
@@ -62,7 +61,7 @@ private:
         bool isBehindPoint = false, hasDigits = false;
         for (; !rest.empty(); rest.remove_prefix(1)) {
             const char16_t unit = rest.front();
-            if (IsDigit(unit)) {
+            if (TextReader::IsDigit(unit)) {
                 hasDigits = true;
                 if (!digits.empty() || unit != u'0') {
                     digits.push_back(unit);
@@ -83,9 +82,9 @@ private:
         if (!Take(u'e') && !Take(u'E') && !Take(u'd') && !Take(u'D')) return true;
         const bool isBelow = Take(u'-');
         if (!isBelow) (void)Take(u'+');
-        if (rest.empty() || !IsDigit(rest.front())) return false;
+        if (rest.empty() || !TextReader::IsDigit(rest.front())) return false;
         int64_t exponent = 0;
-        for (; !rest.empty() && IsDigit(rest.front()); rest.remove_prefix(1))
+        for (; !rest.empty() && TextReader::IsDigit(rest.front()); rest.remove_prefix(1))
             exponent = std::min(exponent * 10 + (rest.front() - u'0'), MostExponent);
         magnitude += isBelow ? -exponent : exponent;
         return true;
@@ -100,7 +99,7 @@ private:
         for (; !rest.empty(); rest.remove_prefix(1), hasDigits = true) {
             const char16_t unit = rest.front();
             int digit = base;
-            if (IsDigit(unit)) digit = unit - u'0';
+            if (TextReader::IsDigit(unit)) digit = unit - u'0';
             if (unit >= u'a' && unit <= u'f') digit = unit - u'a' + 10;
             if (unit >= u'A' && unit <= u'F') digit = unit - u'A' + 10;
             if (digit >= base) break;

@@ -1,5 +1,7 @@
 #include "base/Secrets.h"
 
+#include "base/TextReader.h"
+
 #include <algorithm>
 
 namespace dax {
@@ -16,10 +18,6 @@ constexpr TextView slashes = u"://";
 
 bool IsBlank(char16_t unit) { return unit == u' ' || unit == u'\t'; }
 bool IsLineEnd(char16_t unit) { return unit == u'\n' || unit == u'\r'; }
-bool IsWordUnit(char16_t unit) {
-    return (unit >= u'0' && unit <= u'9') || (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z') ||
-           unit == u'_' || unit >= 0x80;
-}
 
 bool EndsInSecretWord(TextView text) {
     while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
@@ -61,7 +59,8 @@ Password ValueAt(TextView text, size_t at) {
     if (first == u'"' || first == u'\'' || first == u'{') {
         Password found = Quoted(text, at);
         // What follows a closing mark directly belongs to the value as far as anybody can tell.
-        while (found.end < text.size() && text[found.end] != u';' && IsWordUnit(text[found.end])) ++found.end;
+        while (found.end < text.size() && text[found.end] != u';' && TextReader::IsWordUnit(text[found.end]))
+            ++found.end;
         return found;
     }
     size_t end = at;
@@ -76,9 +75,8 @@ Password ValueAt(TextView text, size_t at) {
 Password OfUrl(TextView text, size_t at) {
     const size_t end = std::min({text.find_first_of(u"\r\n", at), text.find(slashes, at), text.size()});
     const TextView rest = text.substr(at, end - at);
-    const size_t colon = rest.find(u':'), first = rest.find(u'@');
-    if (first == TextView::npos || colon > first) return {at, at, {}};
-    const size_t last = rest.rfind(u'@');
+    const size_t colon = rest.find_first_of(u":@"), last = rest.rfind(u'@');
+    if (last == TextView::npos || rest[colon] != u':') return {at, at, {}};
     return {at + colon + 1, at + last, Text(rest.substr(colon + 1, last - colon - 1))};
 }
 
@@ -103,7 +101,8 @@ void MaskKnown(Text& text, TextView known) {
     constexpr size_t longEnough = 4;
     for (size_t at = 0; (at = text.find(known, at)) != Text::npos;) {
         const size_t end = at + known.size();
-        const bool isPart = (at > 0 && IsWordUnit(text[at - 1])) || (end < text.size() && IsWordUnit(text[end]));
+        const bool isPart = (at > 0 && TextReader::IsWordUnit(text[at - 1])) ||
+                            (end < text.size() && TextReader::IsWordUnit(text[end]));
         if (isPart && known.size() < longEnough) {
             at = end;
             continue;

@@ -13,9 +13,6 @@ namespace {
 
 constexpr char16_t Replacement = 0xFFFD;
 
-bool IsHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
-bool IsLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
-
 // What the first byte of a sequence promises: how many bytes follow and between which bounds the first of them lies.
 struct Lead {
     int following;
@@ -33,21 +30,11 @@ Lead LeadOf(unsigned char byte) {
         return {3, static_cast<unsigned char>(byte == 0xF0 ? 0x90 : 0x80),
                 static_cast<unsigned char>(byte == 0xF4 ? 0x8F : 0xBF), static_cast<unsigned char>(byte & 0x07)};
     }
-    return {0, 0, 0, 0};
+    return {};
 }
 
-// Both write where there is room and return how many units that took.
-size_t Put(char16_t* text, char32_t point) {
-    if (point < 0x10000) {
-        text[0] = static_cast<char16_t>(point);
-        return 1;
-    }
-    text[0] = static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10));
-    text[1] = static_cast<char16_t>(0xDC00 + ((point - 0x10000) & 0x3FF));
-    return 2;
-}
-
-size_t Put(char* utf8, char32_t point) {
+// Writes where there is room and returns how many bytes that took.
+size_t WriteUtf8(char32_t point, char* utf8) {
     size_t taken = 0;
     if (point < 0x80) {
         utf8[0] = static_cast<char>(point);
@@ -123,7 +110,7 @@ void AppendUtf8(Text& text, std::string_view utf8) {
         }
         // What was taken of a broken sequence is one replacement; the byte that broke it starts again.
         const bool isBroken = lead.following == 0 || taken < lead.following;
-        size += Put(text.data() + size, isBroken ? char32_t{Replacement} : point);
+        size += WriteCharacter(isBroken ? char32_t{Replacement} : point, text.data() + size);
     }
     text.resize(size);
 }
@@ -139,33 +126,41 @@ void ToUtf8(TextView text, std::string& utf8) {
     size_t i = CopyAscii(text.data(), text.size(), utf8.data()), size = i;
     if (i < text.size()) utf8.resize(i + (text.size() - i) * 3); // no unit takes more
     while (i < text.size()) {
-        char32_t point = text[i];
-        if (point < 0x80) {
+        if (text[i] < 0x80) {
             const size_t copied = CopyAscii(text.data() + i, text.size() - i, utf8.data() + size);
             i += copied;
             size += copied;
             continue;
         }
-        ++i;
-        if (IsHighSurrogate(point) && i < text.size() && IsLowSurrogate(text[i])) {
-            point = 0x10000 + ((point - 0xD800) << 10) + (text[i++] - 0xDC00u);
-        } else if (IsHighSurrogate(point) || IsLowSurrogate(point)) {
-            point = Replacement;
-        }
-        size += Put(utf8.data() + size, point);
+        const char32_t point = CharacterAt(text, i);
+        i += point < 0x10000 ? 1 : 2;
+        size += WriteUtf8(IsSurrogate(point) ? char32_t{Replacement} : point, utf8.data() + size);
     }
     utf8.resize(size);
 }
 
+char32_t CharacterAt(TextView text, size_t at) {
+    const char32_t high = text[at];
+    if ((high & 0xFC00) != 0xD800 || at + 1 == text.size()) return high;
+    const char32_t low = text[at + 1];
+    return (low & 0xFC00) == 0xDC00 ? 0x10000 + ((high & 0x3FF) << 10) + (low & 0x3FF) : high;
+}
+
+size_t WriteCharacter(char32_t character, char16_t* to) {
+    if (character < 0x10000) {
+        to[0] = static_cast<char16_t>(character);
+        return 1;
+    }
+    to[0] = static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10));
+    to[1] = static_cast<char16_t>(0xDC00 + (character & 0x3FF));
+    return 2;
+}
+
 Text MadeWellFormed(TextView text) {
     Text result(text);
-    for (size_t i = 0; i < result.size(); ++i) {
-        if ((result[i] & 0xF800) != 0xD800) continue;
-        const bool pair = result[i] < 0xDC00 && i + 1 < result.size() && (result[i + 1] & 0xFC00) == 0xDC00;
-        if (pair)
-            ++i;
-        else
-            result[i] = 0xFFFD;
+    for (size_t i = 0; i < result.size();) {
+        const char32_t character = CharacterAt(result, i);
+        i += WriteCharacter(IsSurrogate(character) ? char32_t{Replacement} : character, result.data() + i);
     }
     return result;
 }
@@ -185,8 +180,8 @@ void AppendNumber(Text& text, long long number) {
 
 TextView Shorten(TextView text, size_t length) {
     if (text.size() <= length) return text;
-    if (length > 0 && IsHighSurrogate(text[length - 1]) && IsLowSurrogate(text[length])) --length;
-    return text.substr(0, length);
+    const bool cutsPair = length > 0 && CharacterAt(text, length - 1) >= 0x10000;
+    return text.substr(0, cutsPair ? length - 1 : length);
 }
 
 bool EqualNoCase(TextView a, TextView b) {

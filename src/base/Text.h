@@ -18,6 +18,12 @@ void ToUtf8(TextView text, std::string& utf8); // the same
 // The same text with U+FFFD for every surrogate that has lost its other half.
 Text MadeWellFormed(TextView text);
 
+inline bool IsSurrogate(char32_t unit) { return unit >= 0xD800 && unit < 0xE000; }
+// The character that begins there: of two surrogates that belong together both, of others the unit itself.
+char32_t CharacterAt(TextView text, size_t at);
+// Writes it where there is room for two units; returns how many units that took.
+size_t WriteCharacter(char32_t character, char16_t* to);
+
 Text ToText(long long number);
 void AppendNumber(Text& text, long long number);
 

@@ -75,16 +75,10 @@ std::tm ToCalendar(const DateTime& date) {
 }
 
 Text FromWide(const std::wstring& wide) {
-    if constexpr (sizeof(wchar_t) == sizeof(char16_t)) return Text(wide.begin(), wide.end());
     Text text;
-    for (const wchar_t unit : wide) {
-        const auto point = static_cast<char32_t>(unit);
-        if (point >= 0x10000) {
-            text.push_back(static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10)));
-            text.push_back(static_cast<char16_t>(0xDC00 + ((point - 0x10000) & 0x3FF)));
-        } else {
-            text.push_back(static_cast<char16_t>(point));
-        }
+    for (const wchar_t unit : wide) { // a character, or where it is too narrow half a one
+        char16_t units[2];
+        text.append(units, WriteCharacter(static_cast<char32_t>(unit), units));
     }
     return text;
 }
