@@ -76,7 +76,6 @@ Text LowerLetters(TextView text) {
 
 Text ExpandLigatures(TextView text) {
     Text expanded;
-    expanded.reserve(text.size());
     for (const char16_t unit : text) {
         const auto row = std::lower_bound(std::begin(ligatures), std::end(ligatures), unit,
                                           [](const Ligature& each, char16_t wanted) { return each.unit < wanted; });

@@ -201,7 +201,6 @@ char16_t ComposeTwo(char16_t letter, char16_t mark) {
 
 Text ComposeMarks(TextView text) {
     Text composed;
-    composed.reserve(text.size());
     for (char16_t unit : text) {
         if (const size_t place = PlaceIn(joined, unit); place != TextView::npos) {
             composed += parts[place];

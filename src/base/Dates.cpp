@@ -9,7 +9,6 @@ namespace {
 bool ReadFraction(TextReader& reader, uint32_t& fraction) {
     const TextView digits = reader.Digits();
     if (digits.empty()) return false;
-    fraction = 0;
     for (size_t i = 0; i < 9; ++i) fraction = fraction * 10 + (i < digits.size() ? digits[i] - u'0' : 0u);
     return true;
 }

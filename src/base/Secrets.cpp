@@ -59,8 +59,7 @@ Password ValueAt(TextView text, size_t at) {
     if (first == u'"' || first == u'\'' || first == u'{') {
         Password found = Quoted(text, at);
         // What follows a closing mark directly belongs to the value as far as anybody can tell.
-        while (found.end < text.size() && text[found.end] != u';' && TextReader::IsWordUnit(text[found.end]))
-            ++found.end;
+        while (found.end < text.size() && TextReader::IsWordUnit(text[found.end])) ++found.end;
         return found;
     }
     size_t end = at;

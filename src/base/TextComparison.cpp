@@ -39,7 +39,6 @@ Text FoldCase(TextView text) {
     if (IsAscii(text)) return LowerAscii(text);
     const Text lower = LowerLetters(ExpandLigatures(ComposeMarks(text)));
     Text folded;
-    folded.reserve(lower.size());
     for (const char16_t unit : lower) {
         if (unit == u'ẞ') // has no small letter that leads back to it
             folded += u"ss";

@@ -85,20 +85,8 @@ Text FromWide(const std::wstring& wide) {
 
 // yyyy-mm-dd hh:mm:ss where there is no locale: the "C" locale's own mm/dd/yy is read wrongly by most of the world.
 Text PlainDateTime(const DateTime& date, bool withTime) {
-    Text text;
-    text.reserve(19);
-    const auto add = [&text](int number, size_t width, char16_t mark) {
-        if (mark != 0) text.push_back(mark);
-        AppendPadded(text, number, width);
-    };
-    add(date.year, 1, 0);
-    add(date.month, 2, u'-');
-    add(date.day, 2, u'-');
-    if (!withTime) return text;
-    add(date.hour, 2, u' ');
-    add(date.minute, 2, u':');
-    add(date.second, 2, u':');
-    return text;
+    const Text whole = dax::FormatDate({date.year, date.month, date.day, date.hour, date.minute, date.second});
+    return withTime ? whole : whole.substr(0, whole.find(u' '));
 }
 
 // A locale by its name, known to the system or not. Finding one reads files: it is kept where many dates are written.
@@ -152,7 +140,7 @@ Place::Place(const char* name) {
     try {
         locale = std::locale(name);
         const std::string full = locale.name();
-        isPlain = full == "POSIX" || full == "C" || full.starts_with("C.") || full.find("LC_TIME=C;") != full.npos ||
+        isPlain = full == "C" || full.starts_with("C.") || full.find("LC_TIME=C;") != full.npos ||
                   full.find("LC_TIME=C.") != full.npos;
     } catch (const std::runtime_error&) {
         // The system does not know it.
@@ -205,7 +193,6 @@ Text MakeValidFileName(Text name, const Text& replacement) {
     // One character after the other, so that a replacement that holds a later one is replaced again: deliberate.
     for (const char16_t forbidden : TextView(u"\\/:*?\"<>|")) {
         Text clean;
-        clean.reserve(name.size());
         for (const char16_t unit : name) {
             if (unit == forbidden) {
                 clean += replacement;

@@ -138,7 +138,6 @@ std::optional<Parametrized> TakeLiterals(TextView statement, IsTaken isTaken) {
             continue;
         }
         Text value;
-        value.reserve(units.size());
         for (size_t i = 1; i + 1 < units.size(); ++i) {
             value.push_back(units[i]);
             if (units[i] == u'\'') ++i;
@@ -163,7 +162,6 @@ Text AdaptStatement(TextView statement, const Dialect& dialect) {
     const std::optional<Top> top = FindTop(statement);
     bool whole = true;
     Text result;
-    result.reserve(statement.size() + 16);
     Pieces pieces(statement);
     while (pieces.Next()) {
         if (pieces.Kind() == Piece::Plain) {

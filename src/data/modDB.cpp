@@ -23,7 +23,6 @@ void Ignoring(Action action) noexcept {
 
 Text QuoteSQLString(TextView text) {
     Text quoted;
-    quoted.reserve(text.size() + 2);
     quoted.push_back(u'\'');
     for (const char16_t unit : text) {
         if (unit == u'\'') quoted.push_back(unit);

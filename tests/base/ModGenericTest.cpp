@@ -1,6 +1,10 @@
 #include "base/modGeneric.h"
 
+#include "base/Dates.h"
 #include "support/TestDatabases.h"
+
+#include <cstdlib>
+#include <ctime>
 
 #include <gtest/gtest.h>
 
@@ -28,6 +32,8 @@ TEST(ModGenericTest, ConvertsToLong) {
         {std::numeric_limits<double>::infinity(), Default},
         {DateTime{1900, 1, 1}, 2},
         {DateTime{2026, 3, 4, 18, 0, 0}, 46086}, // 46085.75
+        {DateTime{1899, 12, 30, 18, 0, 0}, 1},   // the first day; before it the time counts away from it, too
+        {DateTime{1899, 12, 28, 18, 0, 0}, -3},
     };
     for (const auto& [value, expected] : cases) {
         EXPECT_EQ(VariantToLong(value, Default), expected) << testing::PrintToString(VariantToString(value, u"?"));
@@ -37,8 +43,9 @@ TEST(ModGenericTest, ConvertsToLong) {
         {12, {u"  +12 ", u"\t12\r\n", u"00000000000000000000000012"}},
         {5, {u"5+", u"5.", u"0.05e2", u"+ 5 $"}},
         {-5, {u"5-", u"5 -", u"- 5", u"(5)", u"( 5 ) ", u"-$5", u"(5$)"}},
-        {10, {u"1,0,", u"10.4999999999999999999999999999"}},
-        {1000, {u"1,000", u"$1,000.5", u"1d3", u"1E+3"}},
+        {1, {u"0.6", u".51"}},
+        {10, {u"1,0,", u"10.4999999999999999999999999999", u"&ha", u"&HA"}},
+        {1000, {u"1,000", u"$1,000.5", u"1d3", u"1E+3", u"1D3"}},
         {0, {u"-.5", u"0.5", u"1e-400", u"0e99999999999999999999", u"&h0"}},
         {2, {u"2.5", u"1.5", u"25e-1", u"2.4999999999999999999999999999999"}},
         {3, {u"2.5000000000000000000000000000001", u"&O3"}},
@@ -50,6 +57,7 @@ TEST(ModGenericTest, ConvertsToLong) {
         {32768, {u"&H8000&"}},
         {-1, {u"&hffffffff"}},
         {Default, {u"2147483647.5", u"2147483648", u"1e400", u"1e99999999999999999999", u"&H1FFFFFFFF"}},
+        {Default, {u"5(", u"(5)-", u"1e-+3", u"&HG", u"$$5"}},
         {Default, {u"",          u" ",    u"-",     u"$",     u".",     u"()",         u"&",    u"&H",     u"&H-1",
                    u"-&H1",      u"&O8",  u"&17",   u"+-1",   u"5-+",   u"-5-",        u"(5",   u"5)",     u"-(5)",
                    u"$5$",       u",1",   u"1.5.2", u"1.5,2", u"1 000", u"1e",         u"1e 3", u"e5",     u"1e1.5",
@@ -84,23 +92,78 @@ TEST(ModGenericTest, FormatsDatesByLocale) {
     for (const TextView part : {u"26", u"3", u"4", u"5", u"06", u"07"}) EXPECT_NE(local.find(part), Text::npos);
     // A date alone shows no time.
     EXPECT_EQ(VariantToString(DateTime{2026, 3, 4}, u"").find(u':'), Text::npos);
-    EXPECT_NE(VariantToString(DateTime{2026, 3, 4, 0, 0, 1}, u"").find(u':'), Text::npos);
+    for (const DateTime& time : {DateTime{2026, 3, 4, 1}, {2026, 3, 4, 0, 1}, {2026, 3, 4, 0, 0, 1}})
+        EXPECT_NE(VariantToString(time, u"").find(u':'), Text::npos);
+    const DateTime before = Now();
+    const std::time_t now = std::time(nullptr);
+    char text[20];
+    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", std::localtime(&now));
+    EXPECT_LE(ToUtf8(dax::FormatDate(before)), text);
+    EXPECT_LE(text, ToUtf8(dax::FormatDate(Now())));
+#ifdef __linux__
+    const test::TempFolder folder;
+    const std::string place = folder.Path().string();
+    if (std::system(("localedef -i de_DE -f UTF-8 " + place + "/de_DE.UTF-8 2>" + place + "/said").c_str()) != 0)
+        GTEST_SKIP() << "the machine has no sources of locales";
+    const auto formats = [&] { // in a process of its own: the C library keeps what it reads of such a place
+        setenv("LOCPATH", place.c_str(), 1);
+        bool isRight = FormatLocalDateTime(date, "de_DE.UTF-8") == u"04.03.2026 05:06:07";
+        for (const std::string plain : {"C", "C.UTF-8"})
+            for (const std::string& name : {plain, "LC_CTYPE=de_DE.UTF-8;LC_NUMERIC=C;LC_TIME=" + plain +
+                                                       ";LC_COLLATE=C;LC_MONETARY=C;LC_MESSAGES=C"})
+                isRight = isRight && FormatLocalDateTime(date, name.c_str()) == u"2026-03-04 05:06:07";
+        return isRight;
+    };
+    EXPECT_EXIT(std::_Exit(formats() ? 0 : 1), testing::ExitedWithCode(0), "");
+#endif
+}
+
+TEST(ModGenericTest, ReadsDatesAsTheyAreWritten) {
+    const std::pair<Text, std::vector<Text>> cases[] = {
+        {u"2024-02-09 00:00:00", {u"2024-2-9", u"2024/02/9", u" 2024-02-09 \t", u"2024-2-9 ", u"2024-2-9 12:00 am"}},
+        {u"2024-12-31 23:59:59", {u"2024-12-31 23:59:59", u"2024/12/31T11:59:59PM", u"2024-12-31 \t11:59:59 pm"}},
+        {u"2024-01-01 12:00:00", {u"2024-1-1 12:00", u"2024-01-01T12:0:0 PM"}},
+        {u"2024-01-31 01:02:03.123456789", {u"2024-1-31 1:2:3.1234567891", u"2024-01-31 01:02:03.123456789 AM"}},
+        {u"2024-01-01 00:00:00.5", {u"2024-01-01 0:0:0.5"}},
+        {u"2000-02-29 00:00:00", {u"2000-02-29"}},
+        {u"0999-04-30 00:00:00", {u"0999-4-30"}},
+        {u"", {u"",           u"2023-02-29",      u"1900-02-29",      u"2024-02-30",       u"2024-04-31",
+               u"2024-00-10", u"2024-13-10",      u"2024-01-00",      u"2024-01-32",       u"2024-01/01",
+               u"24-1-1",     u"12024-1-1",       u"2024-001-1",      u"2024-1-1X",        u"2024-1-1 24:00",
+               u"2024-1-1 0", u"2024-1-1 23:60",  u"2024-1-1 1:0:60", u"2024-1-1 0:30 AM", u"2024-1-1 13:00 PM",
+               u"2024.1.1",   u"2024-1-1 1:2:3.", u"2024-1-1 1:2:",   u"2024-1-1 1:002",   u"2024-1-1 1:02 AMX"}},
+    };
+    for (const auto& [written, texts] : cases) {
+        for (const Text& text : texts) {
+            const auto date = ParseDate(text);
+            EXPECT_EQ(ToUtf8(date ? dax::FormatDate(*date) : Text()), ToUtf8(written)) << ToUtf8(text);
+        }
+    }
 }
 
 TEST(ModGenericTest, LooksAtFiles) {
     const test::TempFolder folder;
     const Text plain = folder.Write(u"plain.db", "x"), odd = folder.Write(u"é 語 😀 'x'.db", "");
+    folder.Write(u"noext", "");
     std::filesystem::create_directory(folder.Path() / "inner");
     const std::pair<Text, bool> names[] = {
         {u"plain.db", true},    {u"é 語 😀 'x'.db", true}, {u"plain.d?", true},    {u"pl*", true},
         {u"*.*", true},         {u"pl*n.*b", true},       {u"?lain.d?", true},    {u"pl*n", false},
         {u"plain.d??x", false}, {u"none", false},         {u"*.mdb", false},      {u"inner", false},
         {u"inn*", false},       {u"inner/*", false},      {u"inner/", false},     {u"", true},
-        {u"none/", false},      {u"no*/plain.db", false}, {u"plain.db/x", false},
+        {u"none/", false},      {u"no*/plain.db", false}, {u"plain.db/x", false}, {u"no*.*", true},
+        {u"noext.*", true},     {u"noex.*", false},       {u"plain.db.*", false},
     };
     for (const auto& [name, isThere] : names) EXPECT_EQ(FileExists(folder.File(name)), isThere) << ToUtf8(name);
-#ifndef _WIN32 // Wine takes it for one unit everywhere
+#ifndef _WIN32 // Wine takes it for one unit everywhere, and keeps an order of its own
     EXPECT_TRUE(FileExists(folder.File(u"pl????.db??")));
+    for (const char16_t digit : TextView(u"9081726354")) folder.Write(Text(u"s") + digit, "");
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.Path());
+    std::filesystem::permissions("s0", std::filesystem::perms::owner_read);
+    EXPECT_TRUE(IsFileReadOnly(u"s?")) << "the first one";
+    EXPECT_FALSE(IsFileReadOnly(u"s?*4") || IsFileReadOnly(u"s4"));
+    std::filesystem::current_path(before);
 #endif
     for (const Text& path : {Text(), Text{0xD800}, Text(u"plain\0.db", 9)}) EXPECT_FALSE(FileExists(path));
     EXPECT_FALSE(IsFileReadOnly(odd) || IsFileReadOnly(folder.File(u"none")) || IsFileReadOnly(folder.File(u"inner")));

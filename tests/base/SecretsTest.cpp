@@ -9,7 +9,7 @@ namespace {
 
 TEST(SecretsTest, MasksEveryPasswordAndNothingElse) {
     const struct {
-        Text text, masked, password;
+        Text text, masked, passwords; // the passwords apart by '|'
     } cases[] = {
         {u"", u"", u""},
         {u"Driver={A};UID=me;Server=h", u"Driver={A};UID=me;Server=h", u""},
@@ -24,21 +24,31 @@ TEST(SecretsTest, MasksEveryPasswordAndNothingElse) {
         {u"Extended Properties=\"DSN=d;PWD={a;b}\"", u"Extended Properties=\"DSN=d;PWD=••••\"", u"a;b"},
         {u"/x.db;PWD=geheim\nsecond line", u"/x.db;PWD=••••\nsecond line", u"geheim"},
         {u"postgresql://u:p@ss:w@h:5432/db", u"postgresql://u:••••@h:5432/db", u"p@ss:w"},
-        {u"see x://u:p@h and y://v:q@i", u"see x://u:••••@h and y://v:••••@i", u"p"},
+        {u"see x://u:p@h and y://v:q@i", u"see x://u:••••@h and y://v:••••@i", u"p|q"},
+        {u"x://u:p@h\nv@w", u"x://u:••••@h\nv@w", u"p"},
+        {u"x://h/", u"x://h/", u""},
         {u"http://h:80/a, http://u@h:80/", u"http://h:80/a, http://u@h:80/", u""},
         {u"m://h/d?user=u&password=p", u"m://h/d?user=u&password=••••", u"p"},
         {u"Use \"UID=…;PWD=…\" here", u"Use \"UID=…;PWD=…\" here", u""},
+        {u"PWD=…;x", u"PWD=…;x", u""},
+        {u"pwd=a\rb;PWD='", u"pwd=••••\rb;PWD=••••", u"a"},
+        {u"X;Password=''", u"X;Password=••••", u""},
+        {u"PWD=''abc", u"PWD=••••", u"abc"},
+        {u"PWD=\"a\"", u"PWD=••••", u"a"},
+        {u"PWD={a}bc;d;PWD=", u"PWD=••••;d;PWD=", u"a"},
         {u"'x;PWD=••••' is gone", u"'x;PWD=••••' is gone", u""},
     };
-    for (const auto& [text, masked, password] : cases) {
+    for (const auto& [text, masked, passwords] : cases) {
         EXPECT_EQ(ToUtf8(MaskPasswords(text)), ToUtf8(masked));
-        const std::vector<Text> found = PasswordsIn(text);
-        EXPECT_EQ(ToUtf8(found.empty() ? Text() : found.front()), ToUtf8(password)) << ToUtf8(text);
+        Text found;
+        for (const Text& password : PasswordsIn(text)) found += (found.empty() ? u"" : u"|") + password;
+        EXPECT_EQ(ToUtf8(found), ToUtf8(passwords)) << ToUtf8(text);
         EXPECT_EQ(ToUtf8(Error(1, text).Description()), ToUtf8(masked));
     }
     // What a driver says without the keyword: a short password only where it is a word of its own.
-    const Text known[] = {u"ab", u"geheim"};
+    const Text known[] = {u"ab", u"", u"geheim", u"four"};
     EXPECT_EQ(ToUtf8(MaskPasswords(u"\"geheim2\" of ab, not abc or cab", known)), "\"••••2\" of ••••, not abc or cab");
+    EXPECT_EQ(ToUtf8(MaskPasswords(u"ab, nfours, ab", known)), "••••, n••••s, ••••");
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "base/PackedText.h"
 #include "base/TextComparison.h"
 
 #include <gtest/gtest.h>
@@ -35,10 +36,14 @@ TEST(TextTest, ReplacesWhatIsNoUtf8) {
         {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},           // a surrogate
         {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"}, // beyond the last character
         {"\xFF\xFE", u"\uFFFD\uFFFD"},
+        {"\xC3\xA9\xA9", u"\u00E9\uFFFD"}, // one byte more than the first promises
+        {"\xF0\x9F\x98\x80\x80", u"\U0001F600\uFFFD"},
     };
     for (const Pair& pair : broken) EXPECT_EQ(FromUtf8(pair.utf8), pair.text) << testing::PrintToString(pair.utf8);
-    EXPECT_EQ(ToUtf8(Text{0xD83D, 0xD83D, 0xDE00, 0xDC00, u'b'}), "\xEF\xBF\xBD\xF0\x9F\x98\x80\xEF\xBF\xBD"
-                                                                  "b");
+    const Text halves{0xD83D, 0xD83D, 0xDE00, 0xDC00, u'b', 0xE000, 0xD800};
+    const Text whole = u"\uFFFD\U0001F600\uFFFDb\uE000\uFFFD";
+    EXPECT_EQ(MadeWellFormed(halves), whole);
+    EXPECT_EQ(ToUtf8(halves), ToUtf8(whole));
 }
 
 TEST(TextTest, ShortensWithoutCuttingAPair) {
@@ -87,7 +92,17 @@ TEST(TextTest, ComparesWithoutCaseInEveryScript) {
         {u"é", u"e", false, false},
         {u"ø", u"o", false, false},
         {u"\U0001F600", u"", false, false},
-        {u"Ä\xD83D", u"ä\xD83D", true, true}, // half a pair
+        {u"Ä\xD83D", u"ä\xD83D", true, true},       // half a pair
+        {u"\xD801\xE000", u"\xD801", false, false}, // and another character behind it
+        {u"ァヶ！～ｦﾝ", u"ぁゖ!~をん", false, true},
+        // Syllables of the first and the last letters, and what is beyond them.
+        {u"\u1100\u1161\u11A8 \u1112\u1175\u11C2", u"\uAC01 \uD7A3", false, true},
+        {u"\u1113\u1161", u"\uD7A4", false, false},
+        {u"\u1100\u1176", u"\uAE4C", false, false},
+        {u"\uAC00\u11A7", u"\uAC00", false, false},
+        {u"\uAC00\u11C3", u"\uAC1C", false, false},
+        {u"\uAC01\u11A8", u"\uAC02", false, false},
+        {u"\uD7A4\u11A8", u"\uD7A5", false, false},
     };
     for (const auto& [one, other, isSameLower, isSame] : rows) {
         EXPECT_EQ(LowerCase(one) == LowerCase(other), isSameLower) << ToUtf8(one) << ' ' << ToUtf8(other);
@@ -95,6 +110,29 @@ TEST(TextTest, ComparesWithoutCaseInEveryScript) {
         EXPECT_EQ(LowerCase(one).size(), one.size()) << ToUtf8(one);
     }
     EXPECT_NE(FoldCase(u"In der STRASSE").find(FoldCase(u"straße")), Text::npos);
+}
+
+TEST(TextTest, PacksWhatNeedsOneByte) {
+    for (size_t size = 0; size < 40; ++size) {
+        const Text narrow(size, u'\u00FF');
+        EXPECT_FALSE(PackedText::NeedsTwoBytes(narrow)) << size;
+        for (size_t at = 0; at < size; ++at) {
+            Text wide = narrow;
+            wide[at] = u'\u0100';
+            EXPECT_TRUE(PackedText::NeedsTwoBytes(wide)) << size << ' ' << at;
+        }
+        for (const bool isWide : {false, true}) {
+            std::string bytes(PackedText::BytesOf(size, isWide), '\0');
+            EXPECT_EQ(PackedText::Pack(narrow, isWide, bytes.data()), bytes.data() + bytes.size());
+            Text text = u"a";
+            EXPECT_EQ(PackedText::Append(text, bytes.data(), size, isWide), bytes.data() + bytes.size());
+            EXPECT_EQ(text, u"a" + narrow);
+            EXPECT_TRUE(PackedText::IsPacked(narrow, bytes.data(), isWide));
+            if (size == 0) continue;
+            text.back() = u'a';
+            EXPECT_FALSE(PackedText::IsPacked(text.substr(1), bytes.data(), isWide)) << size;
+        }
+    }
 }
 
 } // namespace
