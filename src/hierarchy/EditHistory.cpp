@@ -15,7 +15,7 @@ EditHistory::EditHistory(NodeTree& tree, IDCollection& added, IDCollection& dele
 EditHistory::~EditHistory() { tree.RemoveListener(*this); }
 
 bool EditHistory::Undo() {
-    if (depth > 0 || isApplying || done.empty()) return false;
+    if (depth > 0 || done.empty()) return false;
     undone.push_back(std::move(done.back()));
     done.pop_back();
     Apply(undone.back(), true);
@@ -23,7 +23,7 @@ bool EditHistory::Undo() {
 }
 
 bool EditHistory::Redo() {
-    if (depth > 0 || isApplying || undone.empty()) return false;
+    if (depth > 0 || undone.empty()) return false;
     done.push_back(std::move(undone.back()));
     undone.pop_back();
     Apply(done.back(), false);
@@ -43,23 +43,23 @@ void EditHistory::Saved() {
 }
 
 void EditHistory::Begin() {
-    if (depth++ > 0 || isApplying) return;
-    open = {};
+    if (depth++ > 0) return;
     open.saves = saves;
     open.selectedBefore = SelectedKey();
 }
 
 void EditHistory::End() {
-    if (--depth > 0 || isApplying || open.changes.empty()) return;
-    open.selectedAfter = SelectedKey();
+    if (--depth > 0) return;
+    Step step = std::exchange(open, {});
+    if (step.changes.empty()) return;
+    step.selectedAfter = SelectedKey();
     try {
-        done.push_back(std::move(open));
+        done.push_back(std::move(step));
         if (done.size() > longest) done.pop_front();
         undone.clear();
     } catch (const std::bad_alloc&) {
         Clear(); // what cannot be kept cannot be undone
     }
-    open = {};
 }
 
 void EditHistory::SetTexts(Node& node, const Text& caption, const Text& tag, int image) {
@@ -115,7 +115,6 @@ void EditHistory::NodeChanged(Node& node, NodeAspect aspect) {
 }
 
 void EditHistory::Apply(Step& step, bool undo) {
-    isApplying = true;
     try {
         const TreeUpdate update(tree);
         const size_t count = step.changes.size();
@@ -123,9 +122,7 @@ void EditHistory::Apply(Step& step, bool undo) {
         ApplyPending(step, undo);
         const std::optional<Text>& selected = undo ? step.selectedBefore : step.selectedAfter;
         tree.Select(selected ? &Find(*selected) : nullptr);
-        isApplying = false; // listeners hear of the selection when the update ends
     } catch (...) {
-        isApplying = false;
         Clear(); // part of an edit cannot be undone
         throw;
     }
@@ -141,7 +138,6 @@ void EditHistory::Apply(Change& change, bool undo) {
             tree.Remove(top);
         } else {
             Restore(change, undo ? change.from : change.to);
-            change.branch = {};
         }
         break;
     case Kind::Moved: {

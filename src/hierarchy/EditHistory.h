@@ -88,7 +88,8 @@ private:
     void NodeMoved(Node& node) override;
     void NodeChanged(Node& node, NodeAspect aspect) override;
 
-    bool IsRecording() const { return depth > 0 && !isApplying; }
+    // Nobody hears of a step that is undone or done again before it is whole: no edit begins within it.
+    bool IsRecording() const { return depth > 0; }
     void Begin();
     void End();
     void Apply(Step& step, bool undo);
@@ -110,7 +111,6 @@ private:
     std::vector<Step> undone;
     Step open;
     int depth = 0;
-    bool isApplying = false;
     unsigned saves = 0;
     // Whether the database has the row, for lessons that came or left since the last save. For others it follows from
     // the tree: the database has exactly the rows of what the tree showed then.

@@ -20,7 +20,6 @@ GroupEditor::GroupEditor(PropertyCollectionFactory factory) : factory(factory), 
     });
     dragDrop.Drop().Add([this](Node& node, const DropTarget& target) { OnDrop(node, target); });
     subclasser.RegisterWindows(&tree, nullptr);
-    subclasser.SetActive(true);
 }
 
 GroupEditor::~GroupEditor() { subclasser.SetActive(false); }
@@ -231,7 +230,6 @@ void GroupEditor::Redo() {
 void GroupEditor::MarkChanged() {
     if (isLoading || tree.IsEmpty()) return;
     const auto self = shared_from_this();
-    isDirty = true;
     DataChanged.Raise();
 }
 
@@ -244,7 +242,6 @@ void GroupEditor::BeginLoading() {
 
 void GroupEditor::EndLoading() {
     isLoading = false;
-    isDirty = false;
     subclasser.SetActive(true);
 }
 

@@ -91,10 +91,8 @@ public:
     // The window that mirrors Tree(); null before it goes.
     void AttachWindow(TreeWindow* newWindow);
     NodeTree& Tree() { return tree; }
-    LMESubclasser& Subclasser() { return subclasser; }
     const LMEDragDropSupport& DragDrop() const { return dragDrop; }
     void SetProgress(HierarchyProgress newProgress) { progress = std::move(newProgress); }
-    bool IsDirty() const { return isDirty; }
 
     // What the window hears. Buttons: 1 left, 2 right; keys and characters by their system codes.
     void OnDblClick();
@@ -131,7 +129,7 @@ private:
     Text databaseTitle = u"velmora database";
     bool allowDragDrop = true, isLocked = false, isSingleExpand = false, checksConflicts = false;
     bool isDisplayLocked = false;
-    bool isDirty = false, isLoading = false;
+    bool isLoading = false;
     // Counts the databases shown so far: a listener that loads another one ends the operation that called it.
     Revision revision;
 };

@@ -101,7 +101,6 @@ void SaveInto(Connection& connection, NodeTree& tree, const IDCollection& delete
         written.Add({node->Key(), node->Caption(), node->Tag(), node->Parent()->Key(), node->Depth(), node->Position(),
                      TypeOf(*node)});
     }
-    written.Finish();
     batch.Finish();
     connection.CommitTrans();
 }
@@ -146,8 +145,6 @@ void Load(const Text& connectionString, NodeTree& tree, LessonPropertyStore& sto
                    VariantToLong(rows.Field(colSort), 0), VariantToLong(type, 0)});
         if (progress && row % progressStep == 0) progress(row, 0);
     }
-    rows.Close();
-    known.Finish();
     if (progress) progress(row, row);
 }
 

@@ -79,8 +79,6 @@ RowFingerprints::Fingerprint RowFingerprints::Of(const Row& row) {
 
 void RowFingerprints::Add(const Row& row) { rows.push_back(Of(row)); }
 
-void RowFingerprints::Finish() { rows.shrink_to_fit(); }
-
 void RowFingerprints::Check(Connection& connection, const NodeTree& tree) {
     std::ranges::sort(rows, {}, &Fingerprint::id); // only here: most loads are never checked
     const Dialect& dialect = DialectOf(connection.Kind());
@@ -109,7 +107,6 @@ void RowFingerprints::Check(Connection& connection, const NodeTree& tree) {
         else if (isMoved)
             report.Add(title, u"was moved");
     }
-    found.Close();
     if (std::ranges::find(isThere, false) != isThere.end()) {
         size_t named = 0;
         for (const Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) {

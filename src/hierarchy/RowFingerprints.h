@@ -17,9 +17,8 @@ public:
         int64_t indentLevel = 0, sortPosition = 0, type = 0;
     };
 
-    // Rows in any order; Finish when there are no more.
+    // In any order.
     void Add(const Row& row);
-    void Finish();
     size_t Count() const { return rows.size(); }
 
     // Inside a transaction: holds other writers off until its end, reads the rows and compares. Throws Error with

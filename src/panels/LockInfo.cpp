@@ -114,7 +114,6 @@ void LockInfo::UpdateFrom(GroupEditor* editor) {
             if (isLesson ? id != lessonID : !children.Contains(id)) continue;
             summary.CountLock(recordset.Field(1), recordset.Field(2), recordset.Field(3));
         }
-        recordset.Close();
         isLesson ? summary.ConcludeLesson() : summary.ConcludeGroup();
     } catch (...) {
         const dax::Error error = CurrentError();
@@ -129,8 +128,6 @@ void LockInfo::UpdateFrom(GroupEditor* editor) {
 void LockInfo::ShowDesignSample(const DateTime& now) {
     isSample = true;
     summary = {};
-    summary.editLessonCount = 1;
-    summary.editGuideCount = 1;
     summary.readGuideCount = 4;
     summary.editLessonText = u"designtime";
     summary.lessonDetailText = u"since " + VariantToString(now, u"");

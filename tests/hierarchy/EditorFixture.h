@@ -26,6 +26,14 @@ inline Text RowStatement(const Text& id, const Text& title, const Text& parent, 
            ToText(position) + u", " + ToText(type) + u", " + modDB::QuoteSQLString(properties) + u", 'guide', 'data')";
 }
 
+// INSERT of a lock; user and date as SQL.
+inline Text LockStatement(const Text& lessonID, const Text& user, int type, const Text& session = u"s",
+                          const Text& date = u"'2026-03-01 11:00:00'") {
+    return u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, lockType) "
+           u"VALUES ('" +
+           lessonID + u"', " + user + u", 'PC', '10.0.0.1', '" + session + u"', " + date + u", " + ToText(type) + u")";
+}
+
 // All rows, each column followed by a bar, sorted by identifier: what a save must leave.
 inline std::map<Text, Text> ReadRows(const Text& connectionString) {
     Recordset rows;

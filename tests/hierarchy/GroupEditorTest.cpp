@@ -215,6 +215,7 @@ TEST_F(EditorOnFile, UndoesWhatWasSavedAndTakenBack) {
         SetStatementObserver({});
         return sent;
     };
+    ASSERT_TRUE(editor->SaveDatabase());
     editor->SetCurrentLessonID(u"c"); // expands g and s
     editor->RemoveLesson(u"b", true);
     editor->RemoveLesson(u"a", true);
@@ -263,8 +264,12 @@ TEST_F(EditorOnFile, UndoesWhatWasSavedAndTakenBack) {
     editor->SetLocked(false);
     Take();
     bool couldUndo = false;
-    Subscription number = editor->DataChanged.Add([&] { couldUndo = editor->CanUndo(); });
+    Subscription number = editor->DataChanged.Add([&] {
+        couldUndo = editor->CanUndo();
+        editor->Undo(); // not inside the edit
+    });
     editor->UpdateLesson(u"h", u"New", u"", ltLesson);
+    EXPECT_EQ(editor->GetLessonTitle(u"h"), u"New");
     EXPECT_TRUE(couldUndo && !editor->CanRedo()); // a new edit ends what could be redone
     number = {};
     editor->Undo();
@@ -278,24 +283,66 @@ TEST_F(EditorOnFile, UndoesWhatWasSavedAndTakenBack) {
     EXPECT_FALSE(editor->CanRedo());
 }
 
+struct Bag : PropertyBag {
+    Value ReadProperty(const Text& name, const Value& defaultValue) override {
+        const auto found = values.find(name);
+        return found == values.end() ? defaultValue : found->second;
+    }
+    void WriteProperty(const Text& name, const Value& value, const Value&) override { values[name] = value; }
+    std::map<Text, Value> values;
+};
+
 TEST_F(EditorOnFile, PropertiesAndDisplay) {
     Text changed;
     editor->PropertyChanged.Add([&](const Text& name) { changed += name + u" "; });
     test::FakeTreeWindow window(editor->Tree());
     editor->AttachWindow(&window);
+    Bag usual, set;
+    editor->WriteProperties(usual);
     editor->SetSingleExpand(true);
     editor->SetLocked(true);
     editor->SetAllowDragDrop(false);
-    EXPECT_EQ(changed, u"SingleExpand Locked AllowDragDrop ");
+    editor->SetConflictCheck(true);
+    EXPECT_EQ(changed, u"SingleExpand Locked AllowDragDrop ConflictCheck ");
     EXPECT_TRUE(window.isSingleExpand);
+    editor->WriteProperties(set);
+    for (const Text name : {u"AllowDragDrop", u"ConflictCheck", u"Locked", u"SingleExpand"}) {
+        EXPECT_EQ(usual.values[name], Value(name == u"AllowDragDrop")) << ToUtf8(name);
+        EXPECT_EQ(set.values[name], Value(name != u"AllowDragDrop")) << ToUtf8(name);
+    }
+    for (Bag* bag : {&usual, &set}) {
+        Bag read, empty;
+        editor->ReadProperties(*bag);
+        editor->WriteProperties(read);
+        EXPECT_EQ(read.values, bag->values);
+        EXPECT_EQ(window.isSingleExpand, bag == &set);
+        empty.values[u"Locked"] = Text(u"of another kind");
+        editor->ReadProperties(empty);
+        editor->WriteProperties(read);
+        EXPECT_EQ(read.values, usual.values);
+    }
     editor->LockDisplay();
     editor->LockDisplay();
     EXPECT_TRUE(window.isFrozen);
     EXPECT_EQ(window.freezes, 1);
+    test::FakeTreeWindow another(editor->Tree());
+    editor->AttachWindow(&another);
+    EXPECT_TRUE(another.isFrozen);
     editor->UnlockDisplay();
-    EXPECT_FALSE(window.isFrozen);
+    EXPECT_FALSE(another.isFrozen);
+    editor->AttachWindow(&window);
+    editor->SetCurrentLessonID(u"a");
     editor->ExpandAll();
     EXPECT_TRUE(At(u"s").IsExpanded() && !At(u"c").IsExpanded());
+    const std::function<void()> showing[] = {[&] { editor->ExpandAll(); }, [&] { editor->MoveCurrent(gmtDown); },
+                                             [&] { editor->RemoveLesson(u"s", false); }};
+    for (const auto& act : showing) {
+        window.Told();
+        act();
+        EXPECT_NE(window.Told().find("ensure:a"), std::string::npos) << &act - showing;
+    }
+    ASSERT_TRUE(editor->LoadDatabase());
+    editor->ExpandAll();
     editor->SetCurrentLessonID(u"c");
     editor->Tree().First()->SetExpanded(false);
     editor->OnCollapsed(*editor->Tree().First());
@@ -303,24 +350,72 @@ TEST_F(EditorOnFile, PropertiesAndDisplay) {
     editor->AttachWindow(nullptr);
 }
 
-// What the mouse and the keys do is tested in a real window; here is what a drag leaves behind.
+TEST_F(EditorOnFile, KeysAndDoubleClicks) {
+    enum Input { Key, Character, DoubleClick };
+    const struct {
+        Text selected; // "": the root
+        bool isLocked;
+        Input input;
+        int code;
+        Text heard;
+    } cases[] = {
+        {u"b", false, Key, 46, u"X "},       {u"b", true, Key, 46, u"X "},          {u"b", false, Key, 45, u""},
+        {u"", false, Key, 46, u""},          {u"none", false, Key, 46, u""},        {u"b", true, Character, 13, u"2 "},
+        {u"b", false, Character, 13, u""},   {u"none", true, Character, 13, u""},   {u"b", true, Character, 27, u""},
+        {u"", false, DoubleClick, 0, u"2 "}, {u"none", false, DoubleClick, 0, u""},
+    };
+    for (const auto& [selected, isLocked, input, code, expected] : cases) {
+        editor->SetCurrentLessonID(selected);
+        if (selected.empty()) editor->Tree().Select(editor->Tree().First());
+        editor->SetLocked(isLocked);
+        Take();
+        if (input == Key) editor->OnKeyDown(code);
+        if (input == Character) editor->OnKeyPress(code);
+        if (input == DoubleClick) editor->OnDblClick();
+        EXPECT_EQ(Take(), expected) << ToUtf8(selected) << code;
+    }
+}
+
 TEST_F(EditorOnFile, ADragThatComesToNothingLeavesTheNotificationsOn) {
     test::FakeTreeWindow window(editor->Tree());
     editor->AttachWindow(&window);
-    const auto drag = [&](const Text& from, Point to) {
+    const auto drag = [&](const Text& from, Point to, MouseButton button = MouseButton::Left,
+                          MouseButton buttons = MouseButton::Left) {
         window.MoveTo(window.At(At(from)));
-        editor->OnMouseDown(MouseButton::Left);
+        editor->OnMouseDown(button);
         window.MoveTo(to);
-        editor->OnMouseMove(MouseButton::Left, window.At(At(from)));
-        editor->OnMouseMove(MouseButton::Left, to);
+        editor->OnMouseMove(buttons, window.At(At(from)));
+        editor->OnMouseMove(buttons, to);
+        return editor->DragDrop().Active();
     };
     editor->ExpandAll();
+    const Point behindA = window.At(At(u"a"), 10);
+    const std::function<void()> ends[] = {[&] { editor->OnKeyPress(27); },
+                                          [&] { editor->OnMouseDown(MouseButton::Right); },
+                                          [&] { editor->SetLocked(true); }, [&] { editor->SetAllowDragDrop(false); }};
+    for (const auto& end : ends) {
+        ASSERT_TRUE(drag(u"b", behindA));
+        editor->OnMouseDown(MouseButton::Left); // nor does it begin anew
+        editor->OnMouseUp(MouseButton::Right);
+        EXPECT_TRUE(editor->DragDrop().Active());
+        end();
+        EXPECT_FALSE(editor->DragDrop().Active());
+        editor->OnMouseUp(MouseButton::Left);
+        if (!editor->Locked() && editor->AllowDragDrop()) continue;
+        EXPECT_FALSE(drag(u"b", behindA));
+        editor->SetLocked(false);
+        editor->SetAllowDragDrop(true);
+    }
+    EXPECT_FALSE(drag(u"b", behindA, MouseButton::Right) || drag(u"b", behindA, MouseButton::Left, MouseButton::Right));
+    editor->OnMouseUp(MouseButton::Left);
+    EXPECT_EQ(Shape(), u"(g(a b s(c d)) h)");
+    Take();
     drag(u"b", window.At(At(u"a"), 10));
     EXPECT_FALSE(editor->CanMoveCurrent(gmtDown));
     editor->OnKeyDown(46);
     editor->OnMouseUp(MouseButton::Left);
     EXPECT_EQ(Shape(), u"(g(b a s(c d)) h)");
-    EXPECT_EQ(Take(), u"Sb Sa D "); // the drop's target is the selected one, deliberately
+    EXPECT_EQ(Take(), u"Sa D "); // the drop's target is the selected one, deliberately
     editor->Undo();
     EXPECT_EQ(Shape(), u"(g(a b s(c d)) h)");
     editor->Redo();

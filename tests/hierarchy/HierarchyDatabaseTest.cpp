@@ -117,6 +117,28 @@ TEST_P(HierarchyOnEngine, RowsWithoutAnIdentifierOfTheirOwnAreNamed) {
     EXPECT_NE(error.find(u"'t'"), Text::npos) << ToUtf8(error);
 }
 
+TEST(HierarchyDatabase, ProgressIsToldForEveryThousandRows) {
+    const test::TestDatabase database(Engine::SQLite);
+    test::CreateTables(database);
+    database.Run({u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 2345) INSERT INTO "
+                  u"velmoraLessons (lessonID, sortPosition) SELECT 'k' || i, i FROM n"});
+    test::HeardEditor heard;
+    std::vector<std::pair<int64_t, int64_t>> told;
+    heard.editor->SetProgress([&](int64_t done, int64_t total) { told.emplace_back(done, total); });
+    heard.editor->SetConnectionString(database.ConnectionString());
+    ASSERT_TRUE(heard.editor->LoadDatabase());
+    EXPECT_THAT(std::exchange(told, {}),
+                testing::ElementsAre(std::pair{1000, 0}, std::pair{2000, 0}, std::pair{2345, 2345}));
+    heard.editor->RemoveLesson(u"k1", true);
+    heard.editor->AddLesson(u"new", u"", u"", ltLesson);
+    int sent = 0;
+    SetStatementObserver([&](TextView statement) { sent += statement.find(u" velmoraLessons ") != TextView::npos; });
+    ASSERT_TRUE(heard.editor->SaveDatabase());
+    SetStatementObserver({});
+    EXPECT_EQ(sent, 2347); // one of them deletes, one inserts
+    EXPECT_THAT(told, testing::ElementsAre(std::pair{1000, 2347}, std::pair{2000, 2347}, std::pair{2347, 2347}));
+}
+
 TEST(HierarchyDatabase, AMissingOneIsToldAndLeavesTheRoot) {
     test::HeardEditor heard;
     heard.editor->SetConnectionString(u"DSN=none such");

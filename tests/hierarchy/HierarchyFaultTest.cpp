@@ -1,7 +1,6 @@
 // Saves that fail for real, at every statement and at the commit: nothing is saved, nothing pending is lost.
 
 #include "hierarchy/EditorFixture.h"
-#include "support/OwnServer.h"
 #include "support/SilentServer.h"
 
 #include <chrono>
@@ -285,59 +284,6 @@ TEST_P(HierarchyFault, TheServerFallsSilent) {
     }
     ASSERT_TRUE(editor->LoadDatabase()) << "shows what was stored";
     EXPECT_TRUE(editor->SaveDatabase()) << ToUtf8(error);
-}
-
-// Everything that the editor talks to is gone at once, and comes back.
-class HierarchyOnAServerThatStops : public HierarchyFault {
-protected:
-    void SetUp() override {
-        if (const std::string why = test::OwnServer::SkipReason(); !why.empty()) GTEST_SKIP() << why;
-        server = std::make_unique<test::OwnServer>();
-        database = std::make_unique<test::TestDatabase>(GetParam(), server->ConnectionString());
-    }
-    void TearDown() override {
-        HierarchyFault::TearDown();
-        database.reset();
-        server.reset();
-    }
-    std::unique_ptr<test::OwnServer> server;
-};
-INSTANTIATE_TEST_SUITE_P(Engines, HierarchyOnAServerThatStops, ::testing::Values(Engine::PostgreSQL), test::EngineName);
-
-TEST_P(HierarchyOnAServerThatStops, InTheMidstOfASave) {
-    ASSERT_NO_FATAL_FAILURE(Edit(200));
-    for (const int fatal : {1, 150}) { // before the first statement, and when a batch is done already
-        int sent = 0;
-        SetStatementObserver([&](TextView) {
-            if (++sent == fatal) server->Stop();
-        });
-        const bool isSaved = editor->SaveDatabase();
-        SetStatementObserver({});
-        ExpectToldOfNotSaved(isSaved, u"the server stopped at statement " + ToText(fatal));
-        ExpectToldOfNotSaved(editor->SaveDatabase(), u"the server is not there");
-        server->Start();
-        ASSERT_EQ(Rows(), before) << fatal;
-    }
-    // The commit has begun and waits for what this trigger does.
-    database->Run({u"CREATE FUNCTION dawdle() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN PERFORM pg_sleep(600); "
-                   u"RETURN NULL; END'",
-                   u"CREATE CONSTRAINT TRIGGER dawdle AFTER DELETE ON velmoraLessons DEFERRABLE INITIALLY DEFERRED "
-                   u"FOR EACH ROW EXECUTE FUNCTION dawdle()"});
-    std::thread stopper([&] {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (database->Ask(u"SELECT Count(*) FROM pg_stat_activity WHERE wait_event = 'PgSleep' AND query LIKE "
-                             u"'COMMIT%'") != u"1" &&
-               std::chrono::steady_clock::now() < end) {
-        }
-        server->Stop();
-    });
-    const bool isSaved = editor->SaveDatabase();
-    stopper.join();
-    ExpectToldOfNotSaved(isSaved, u"the server stopped in the commit");
-    server->Start();
-    ASSERT_EQ(Rows(), before);
-    database->Run({u"DROP FUNCTION dawdle CASCADE"});
-    ExpectSavedAtLast();
 }
 #endif
 

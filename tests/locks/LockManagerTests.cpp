@@ -1,7 +1,7 @@
 #include "locks/LockManager.h"
 
-#include "data/modDB.h"
 #include "hierarchy/EditorFixture.h"
+#include "locks/LockQueries.h"
 
 #include <gmock/gmock.h>
 
@@ -34,10 +34,7 @@ protected:
 
     void AddLock(const Text& lessonID, const Text& user, int type, const Text& session,
                  const Text& date = u"#2026/03/01 11:00:00#") const {
-        database.Run({u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
-                      u"lockType) VALUES (" +
-                      modDB::QuoteSQLString(lessonID) + u", " + user + u", 'PC', '10.0.0.1', " +
-                      modDB::QuoteSQLString(session) + u", " + date + u", " + ToText(type) + u")"});
+        database.Run({test::LockStatement(lessonID, user, type, session, date)});
     }
 
     Text LocksLeft() const { return database.Ask(u"SELECT Count(*) FROM velmoraUserLocks"); }
@@ -84,6 +81,23 @@ TEST_F(LockManagerTest, ListsFiltersAndCounts) {
     EXPECT_EQ(manager.InvalidLockCount(), 1);
     EXPECT_EQ(manager.ValidLockCount(), 3);
     EXPECT_EQ(selections, std::vector{ldtNoDelete});
+    EXPECT_EQ(
+        ToUtf8(LockQueries::BuildLockDeleteText(manager.Records().at(0), false)),
+        "DELETE FROM velmoraUserLocks WHERE  (lessonID = 'l1') AND (username = 'ann') AND (machineName = 'PC') AND "
+        "(machineIP = '10.0.0.1') AND (lockDate = '2026/03/01 11:00:00') AND (lockType = 1) AND (sessionID = "
+        "'s1')");
+    EXPECT_THAT(Column(u"locktype"),
+                ::testing::UnorderedElementsAre("editing lesson", "reading lesson", "closed", "editing guide"));
+    EXPECT_THAT(Column(u"ip"), ::testing::Each("10.0.0.1"));
+    const LockCounts& counts = manager.Counts();
+    Select(0);
+    Select(1);
+    EXPECT_THAT(
+        (std::vector{counts.locks, manager.Counts().selected, counts.selectedDeletable, counts.selectedInvalid}),
+        ::testing::ElementsAre(4, 2, 1, 0));
+    manager.username = u"Ann";
+    EXPECT_EQ(manager.DeletableLockCount(), 1);
+    manager.username = u"ann";
 
     manager.lockDisplayType = ldtInvalidLocks;
     manager.Refresh();
@@ -104,6 +118,43 @@ TEST_F(LockManagerTest, ListsFiltersAndCounts) {
     EXPECT_EQ(manager.LockCount(), 0);
     EXPECT_TRUE(selections.empty()) << "without a database nothing is told";
     EXPECT_TRUE(errors.empty());
+}
+
+TEST_F(LockManagerTest, ColumnsSortAndAreRebuilt) {
+    AddLock(u"l1", u"'bob'", lltEditLesson, u"s1");
+    AddLock(u"l2", u"'ann'", lltReadLesson, u"s2", u"#2026/03/01 11:59:18#");
+    const auto click = [&](TextView column) {
+        manager.ColumnClicked(static_cast<size_t>(list->ColumnIndex(column)));
+        return Column(u"user");
+    };
+    const std::vector<std::string> up = {"ann", "bob"}, down = {"bob", "ann"};
+    EXPECT_EQ(click(u"user"), up);
+    EXPECT_EQ(click(u"user"), down);
+    EXPECT_EQ(click(u"lockdate"), down) << "another column begins upwards";
+    EXPECT_EQ(click(u"age"), up) << "the same column of the table";
+    manager.ColumnClicked(list->Columns().size());
+    EXPECT_EQ(Column(u"user"), up) << "no column";
+    for (const bool shows : {true, false}) {
+        manager.showIdentifier = shows;
+        manager.RebuildDisplay(true);
+        EXPECT_EQ(list->Columns().size(), shows ? 8u : 7u);
+        EXPECT_EQ(Column(u"user"), down) << "unsorted";
+        EXPECT_EQ(list->Columns()[1].caption, shows ? u"Identifier" : u"Lock Type");
+        EXPECT_EQ(list->Cell(0, 1), shows ? u"id l1" : u"editing lesson");
+    }
+    EXPECT_EQ(click(u"user"), down) << "the direction stays";
+    selections.clear();
+    Select(1);
+    manager.ListClicked();
+    EXPECT_EQ(selections, std::vector{ldtCanDelete});
+    std::vector<LockDeleteTypes> requests;
+    manager.DeleteRequest.Add([&](LockDeleteTypes type) { requests.push_back(type); });
+    manager.KeyDown(46);
+    manager.KeyDown(45);
+    Select(1, false);
+    manager.KeyDown(46);
+    EXPECT_EQ(requests, std::vector{ldtCanDelete});
+    EXPECT_EQ(LocksLeft(), u"2");
 }
 
 TEST_F(LockManagerTest, EachAnswerToANullUserEndsAsDocumented) {
