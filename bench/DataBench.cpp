@@ -92,7 +92,7 @@ void Read(benchmark::State& state, bool byName) {
                 units += static_cast<size_t>(std::get<int64_t>(recordset.Field(u"sortPosition")));
             } else {
                 for (size_t column = 0; column < 3; ++column) units += recordset.FieldText(column).size();
-                units += static_cast<size_t>(recordset.FieldNumber(3, 0));
+                units += static_cast<size_t>(std::get<int64_t>(recordset.Field(3)));
             }
         }
         if (rows != rowCount) state.SkipWithError("rows are missing");

@@ -12,7 +12,6 @@ public:
     explicit Command(Connection& connection) : connection(connection) {}
 
     void SetCommandText(Text statement) { commandText = std::move(statement); }
-    const Text& CommandText() const { return commandText; }
     // Parameters in the order of the question marks. A date is sent the way that the engine compares it right.
     void AppendParameter(Value value) { parameters.push_back(std::move(value)); }
     // A date that was read, and its text as the recordset gave it (empty: in the usual form): an engine that keeps

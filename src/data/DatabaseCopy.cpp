@@ -1,5 +1,6 @@
 #include "data/DatabaseCopy.h"
 
+#include "base/Numbers.h"
 #include "base/modGeneric.h"
 #include "data/ConnectionString.h"
 #include "data/Recordset.h"
@@ -105,7 +106,7 @@ std::optional<int64_t> NumberOf(Connection& connection, const Text& query) {
     Recordset recordset;
     recordset.Open(query, connection);
     if (recordset.Eof() || recordset.FieldIsNull(0)) return std::nullopt;
-    return recordset.FieldNumber(0, 0);
+    return ReadNumber<int64_t>(recordset.FieldText(0)).value_or(0);
 }
 
 const Schema::Column* CounterOf(const Schema::Table& table) {

@@ -41,36 +41,36 @@ enum class Waiting {
 
 struct Dialect {
     Engine engine;
-    TextView name;  // as people call it
-    bool isBuiltIn; // reached without a driver
+    TextView name;          // as people call it
+    bool isBuiltIn = false; // reached without a driver
 
     // Waiting; true where the driver asks the server for rows while they are fetched, and has not read them all before.
-    Waiting waiting;
-    bool fetchesFromServer;
+    Waiting waiting = Waiting::OnThread;
+    bool fetchesFromServer = false;
 
     // Connecting: the options forced upon the driver, the statements run first, a query that must give `answer`.
-    std::span<const DriverOption> driverOptions;
-    ValueMarks valueMarks;
-    std::span<const SessionSetting> settings;
-    TextView probe;
-    TextView answer;
+    std::span<const DriverOption> driverOptions = {};
+    ValueMarks valueMarks = ValueMarks::Standard;
+    std::span<const SessionSetting> settings = {};
+    TextView probe = {};
+    TextView answer = {};
 
     // Statement texts: TOP and #dates# rewritten; sent as UTF-8 because the Unix driver has no wide functions;
     // literals longer than this become parameters (0: never); how many statements go in one call.
-    bool adapts;
-    bool narrowOnUnix;
-    size_t longestLiteral;
-    size_t statementsPerCall;
+    bool adapts = false;
+    bool narrowOnUnix = false;
+    size_t longestLiteral = 0;
+    size_t statementsPerCall = 1;
 
     // Parameters: dates as text, for columns that keep dates as text; digits of a second that a date can carry.
-    bool datesAsText;
-    int fractionDigits;
+    bool datesAsText = false;
+    int fractionDigits = 0;
 
     // Identifiers in generated statements stand between these.
-    char16_t openQuote, closeQuote;
+    char16_t openQuote = u'"', closeQuote = u'"';
 
     // How to get a driver, for the person who lacks it.
-    TextView howToGetDriver;
+    TextView howToGetDriver = {};
 
     // Inside a transaction: a statement that holds off who else writes velmoraLessons until its end, and what stands
     // behind the table's name in a query that does. Access has neither: there only its own locks of rows help.

@@ -38,10 +38,6 @@ TextView Recordset::FieldText(size_t column) const { return state->FieldText(col
 
 std::optional<TextView> Recordset::FieldTextOrNull(size_t column) const { return state->FieldTextOrNull(column); }
 
-int64_t Recordset::FieldNumber(size_t column, int64_t defaultValue) const {
-    return state->FieldNumber(column, defaultValue);
-}
-
 void Recordset::AddNew() { state->AddNew(); }
 void Recordset::SetField(TextView name, Value value) { state->SetField(name, std::move(value)); }
 void Recordset::Update() { state->Update(); }

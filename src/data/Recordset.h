@@ -44,7 +44,6 @@ public:
     // The fast way for long loops: the text of a column in a buffer that the next MoveNext overwrites. NULL is empty.
     TextView FieldText(size_t column) const;
     std::optional<TextView> FieldTextOrNull(size_t column) const;
-    int64_t FieldNumber(size_t column, int64_t defaultValue) const;
     bool FieldIsNull(size_t column) const { return !FieldTextOrNull(column); }
 
     // Start a new row (adCmdTable or an updatable lock); Update writes it.

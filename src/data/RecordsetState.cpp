@@ -4,7 +4,8 @@
 #include "base/Numbers.h"
 #include "data/StatementText.h"
 
-#include <cmath>
+#include <algorithm>
+#include <numeric>
 
 namespace dax {
 
@@ -80,19 +81,14 @@ void RecordsetState::Run(const Text& text) {
     stored.emplace();
     stored->Read(*rows, columns.size());
     rows.reset();
-    storedRow = SIZE_MAX; // before the first
+    storedRow = SIZE_MAX; // so that the next one is the first
 }
 
 void RecordsetState::Close() noexcept {
-    rows.reset();
-    stored.reset();
-    connection = nullptr;
-    ownConnection.reset();
-    table.clear();
-    columns.clear();
-    changes.clear();
-    isDeferred = isAdding = isUpdatable = false;
-    atEnd = true;
+    rows.reset(); // before its connection
+    const CursorLocations kept = location;
+    *this = RecordsetState();
+    location = kept;
 }
 
 void RecordsetState::RequireOpen() const {
@@ -116,8 +112,7 @@ void RecordsetState::MoveNext() {
     RequireOpen();
     FetchDeferred();
     if (stored) {
-        if (storedRow == SIZE_MAX || storedRow < stored->Count()) ++storedRow;
-        atEnd = storedRow >= stored->Count();
+        atEnd = ++storedRow >= stored->Count();
     } else {
         atEnd = !rows || !rows->Next();
         if (atEnd) rows.reset(); // asking for more would be an error of the driver's
@@ -139,7 +134,7 @@ size_t RecordsetState::FieldIndex(TextView name) const {
 }
 
 void RecordsetState::RequireRow(size_t column) {
-    if (isDeferred) FetchDeferred();
+    FetchDeferred();
     if (atEnd) Refuse(u"The recordset has no current row.");
     if (column >= columns.size())
         Refuse(u"The recordset has no field number " + ToText(static_cast<long long>(column)) + u".");
@@ -163,16 +158,6 @@ Value RecordsetState::Field(size_t column) {
         if (const auto number = rows->FieldInteger(column)) return *number;
     const auto text = FieldTextOrNull(column);
     return text ? FromText(*text, columns[column].type) : Value();
-}
-
-int64_t RecordsetState::FieldNumber(size_t column, int64_t defaultValue) {
-    RequireRow(column);
-    if (const auto number = stored ? std::nullopt : rows->FieldInteger(column)) return *number;
-    const TextView text = FieldText(column);
-    if (const auto number = ReadNumber<int64_t>(text)) return *number;
-    const auto fraction = ReadNumber<double>(text);
-    if (!fraction || !(*fraction > -9e18 && *fraction < 9e18)) return defaultValue;
-    return std::llrint(*fraction); // halves to the even neighbour, as hosts convert
 }
 
 void RecordsetState::AddNew() {
@@ -265,21 +250,19 @@ void RecordsetState::UpdateRow() {
 
 std::vector<size_t> RecordsetState::KeyColumns() {
     std::vector<size_t> found;
-    bool complete = true;
+    bool isComplete = true;
     Text name = table;
     if (const size_t dot = name.rfind(u'.'); dot != Text::npos) name.erase(0, dot + 1);
     std::erase_if(name, [](char16_t unit) { return unit == u'[' || unit == u']' || unit == u'"' || unit == u'`'; });
     for (const Text& column : connection->Opened().KeyColumns(name)) {
-        size_t index = 0;
-        while (index < columns.size() && !EqualNoCase(columns[index].name, column)) ++index;
-        if (index < columns.size())
-            found.push_back(index);
-        else
-            complete = false;
+        const auto isKey = [&](const Column& each) { return EqualNoCase(each.name, column); };
+        const auto place = std::ranges::find_if(columns, isKey);
+        isComplete = isComplete && place != columns.end();
+        if (isComplete) found.push_back(static_cast<size_t>(place - columns.begin()));
     }
-    if (complete && !found.empty()) return found;
+    if (isComplete && !found.empty()) return found;
     found.resize(columns.size());
-    for (size_t i = 0; i < found.size(); ++i) found[i] = i;
+    std::iota(found.begin(), found.end(), 0);
     return found;
 }
 

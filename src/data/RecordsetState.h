@@ -37,7 +37,6 @@ public:
     TextView FieldText(size_t column);
     std::optional<TextView> FieldTextOrNull(size_t column);
     Value Field(size_t column);
-    int64_t FieldNumber(size_t column, int64_t defaultValue);
 
     void AddNew();
     void SetField(TextView name, Value value);

@@ -8,16 +8,9 @@ namespace dax {
 
 namespace {
 
-Error FailureOfOpen(const Text& connectionString) {
-    Connection connection;
-    const Error error = test::FailureOf([&] { connection.Open(connectionString); });
-    EXPECT_FALSE(connection.IsOpen()) << ToUtf8(connectionString);
-    return error;
-}
-
-bool Tells(const Error& error, const std::string& words) {
-    return std::string(error.what()).find(words) != std::string::npos;
-}
+using test::Failure;
+using test::FailureOf;
+using test::FailureOfOpen;
 
 Text With(const Text& connectionString, const Text& keyword, const Text& value) {
     const size_t begin = connectionString.find(keyword + u"=") + keyword.size() + 1;
@@ -29,20 +22,20 @@ TEST(FaultTest, AFileThatIsNoDatabaseFailsAtOpen) {
     const test::TempFolder folder;
     const Text missing = folder.File(u"missing ü.db"), text = folder.Write(u"text.db", std::string(5000, 'x'));
     const Text access = folder.Write(u"a.db", std::string("\0\1\0\0Standard Jet DB", 19) + std::string(4000, '\0'));
-    EXPECT_TRUE(Tells(FailureOfOpen(missing), "does not exist"));
+    EXPECT_TRUE(FailureOfOpen(missing).Tells("does not exist"));
     EXPECT_FALSE(std::filesystem::exists(folder.Path() / u8"missing ü.db")) << "must not be created";
-    EXPECT_TRUE(Tells(FailureOfOpen(text), "is not a database"));
-    EXPECT_TRUE(Tells(FailureOfOpen(folder.File(u"")), "is a folder"));
-    EXPECT_TRUE(Tells(FailureOfOpen(u"Driver=SQLite3;Database=" + access), "Microsoft Access file"));
+    EXPECT_TRUE(FailureOfOpen(text).Tells("is not a database"));
+    EXPECT_TRUE(FailureOfOpen(folder.File(u"")).Tells("is a folder"));
+    EXPECT_TRUE(FailureOfOpen(u"Driver=SQLite3;Database=" + access).Tells("Microsoft Access file"));
 }
 
 TEST(FaultTest, AMissingDriverIsNamedWithTheWayToGetIt) {
-    const Error server = FailureOfOpen(u"Driver={PostgreSQL Of Nowhere};Server=127.0.0.1;UID=u");
-    EXPECT_TRUE(Tells(server, "\"PostgreSQL Of Nowhere\" is not installed") && Tells(server, "odbc-postgresql") &&
-                Tells(server, "psqlODBC"))
+    const Failure server = FailureOfOpen(u"Driver={PostgreSQL Of Nowhere};Server=127.0.0.1;UID=u");
+    EXPECT_TRUE(server.Tells("\"PostgreSQL Of Nowhere\" is not installed") && server.Tells("odbc-postgresql") &&
+                server.Tells("psqlODBC"))
         << server.what();
     EXPECT_EQ(server.Number(), ErrorNumbers::Unspecified);
-    EXPECT_TRUE(Tells(FailureOfOpen(u"DSN=dax_no_such_source"), "not set up"));
+    EXPECT_TRUE(FailureOfOpen(u"DSN=dax_no_such_source").Tells("not set up"));
 }
 
 class ServerTest : public test::EngineTest {};
@@ -50,12 +43,12 @@ INSTANTIATE_TEST_SUITE_P(Engines, ServerTest, ::testing::Values(Engine::PostgreS
 
 TEST_P(ServerTest, AWrongPasswordAMissingCatalogAndAStoppedServer) {
     const Text& good = database->ConnectionString();
-    const Error password = FailureOfOpen(With(good, u"PWD", u"wrong"));
+    const Failure password = FailureOfOpen(With(good, u"PWD", u"wrong"));
     EXPECT_EQ(password.Number(), ErrorNumbers::Authentication) << password.what();
-    const Error catalog = FailureOfOpen(With(good, u"Database", u"dax_no_such_catalog"));
-    EXPECT_TRUE(Tells(catalog, "dax_no_such_catalog")) << catalog.what();
+    const Failure catalog = FailureOfOpen(With(good, u"Database", u"dax_no_such_catalog"));
+    EXPECT_TRUE(catalog.Tells("dax_no_such_catalog")) << catalog.what();
     EXPECT_EQ(catalog.Number(), ErrorNumbers::Unspecified) << catalog.what();
-    const Error server = FailureOfOpen(With(good, u"Port", u"1")); // nothing listens there
+    const Failure server = FailureOfOpen(With(good, u"Port", u"1")); // nothing listens there
     EXPECT_EQ(server.Number(), ErrorNumbers::Unspecified) << server.what();
     EXPECT_FALSE(server.Description().empty());
 }
@@ -92,8 +85,8 @@ TEST_P(ServerTest, NamesAndPasswordsOfEveryKind) {
         for (const auto& [open, close] : {std::pair<Text, char16_t>{u"{", u'}'}, {u"'", u'\''}, {u"\"", u'"'}}) {
             const Text given = marked(value, open, close), catalog = u";Database=" + given, password = u";PWD=" + given;
             const Text with = database->ConnectionString() + u";UID=" + marked(login, open, close);
-            EXPECT_TRUE(takes == Anything || Tells(FailureOfOpen(with + catalog), "value of \"Database\""));
-            EXPECT_TRUE(takes != Nothing || Tells(FailureOfOpen(with + password), "value of \"PWD\""));
+            EXPECT_TRUE(takes == Anything || FailureOfOpen(with + catalog).Tells("value of \"Database\""));
+            EXPECT_TRUE(takes != Nothing || FailureOfOpen(with + password).Tells("value of \"PWD\""));
             if (takes == Nothing) continue;
             Recordset who;
             who.Open(u"SELECT " + Text(isMariaDB ? u"database()" : u"current_database()") + u" = " + text,
@@ -150,10 +143,10 @@ TEST_P(ServerTest, OptionsOfTheHostSpoilNothing) {
     if (isMariaDB) return;
     Connection reader; // lets no setting through as such
     reader.Open(plain + u";ReadOnly=1");
-    EXPECT_TRUE(Tells(test::FailureOf([&] { reader.Execute(u"DELETE FROM t"); }), "readonly"));
+    EXPECT_TRUE(FailureOf([&] { reader.Execute(u"DELETE FROM t"); }).Tells("readonly"));
     // A server that does not read a backslash as told: its length is another here.
     database->Run({u"CREATE FUNCTION length(text) RETURNS integer LANGUAGE sql AS 'SELECT 1'"});
-    EXPECT_TRUE(Tells(FailureOfOpen(plain + u";ConnSettings={SET search_path = public, pg_catalog}"), "backslash"));
+    EXPECT_TRUE(FailureOfOpen(plain + u";ConnSettings={SET search_path = public, pg_catalog}").Tells("backslash"));
 }
 
 #ifdef __linux__

@@ -39,12 +39,20 @@ TEST(ModDBTest, ClosesAndRollsBackWhateverTheState) {
     connection.Open(database.ConnectionString());
     modDB::CloseConnectionObjects(nullptr, &connection, true);
     EXPECT_FALSE(connection.IsOpen());
+
+    int32_t number = 5;
+    Text description = u"before";
+    EXPECT_TRUE(modDB::TestOpenConnection(database.ConnectionString(), number, description));
+    EXPECT_TRUE(number == 0 && description.empty());
+    EXPECT_FALSE(modDB::TestOpenConnection(u"DSN=none;PWD=secret", number, description));
+    EXPECT_TRUE(number == ErrorNumbers::Unspecified && description.find(u"not set up") != Text::npos);
 }
 
 TEST(ConstantsTest, FormatsVersionAndPaths) {
     const std::pair<ModuleConstants, Text> versions[] = {
         {{3, 3, 42, u"beta  ", u""}, u"3.3 (Build 0042)  beta"},
         {{3, 3, 0, u"", u""}, u"3.3 (Build 0000)"},
+        {{3, 3, 1234, u"x", u""}, u"3.3 (Build 1234)  x"},
         {{10, 0, 12345, u"   ", u""}, u"10.0 (Build 12345)"},
     };
     for (const auto& [module, expected] : versions) EXPECT_EQ(module.OCXVersion(), expected);
@@ -53,6 +61,7 @@ TEST(ConstantsTest, FormatsVersionAndPaths) {
         {u"C:\\x.ocx", u"C:\\"},
         {u"\\\\server\\share\\x.ocx", u"\\\\server\\share"},
         {u"x.ocx", u""},
+        {u"/x.ocx", u"/"},
     };
     for (const auto& [file, folder] : paths) EXPECT_EQ((ModuleConstants{0, 0, 0, u"", file}.OCXPath()), folder);
 }

@@ -23,34 +23,9 @@ namespace dax {
 namespace {
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
-
-struct Refusal {
-    Error error{0, u""};
-    double seconds = 0;
-    bool Tells(const std::string& words) const { return std::string(error.what()).find(words) != std::string::npos; }
-};
-
-template <typename Action>
-Refusal RefusalOf(Action action) {
-    Refusal refusal;
-    const auto begin = Clock::now();
-    try {
-        action();
-    } catch (const Error& error) {
-        refusal.error = error;
-    }
-    refusal.seconds = std::chrono::duration<double>(Clock::now() - begin).count();
-    EXPECT_NE(refusal.error.Number(), 0) << "nothing was refused";
-    return refusal;
-}
-
-Refusal RefusalOfOpen(const Text& connectionString) {
-    return RefusalOf([&] {
-        Connection connection;
-        connection.Open(connectionString);
-    });
-}
+using test::Failure;
+using test::FailureOf;
+using test::FailureOfOpen;
 
 TEST(SQLiteTest, PathsOfEveryKindOpen) {
     const test::TempFolder folder;
@@ -84,7 +59,7 @@ TEST(SQLiteTest, PathsOfEveryKindOpen) {
     fs::current_path(before);
     for (const Text& path : {Text(u"\\\\no-such-server\\share\\course.db"), folder.File(Text(300, u'x')),
                              folder.File(Text(u"a") + u'\0' + u"b")})
-        EXPECT_GT(RefusalOfOpen(path).error.Description().size(), path.size()) << ToUtf8(path);
+        EXPECT_GT(FailureOfOpen(path).Description().size(), path.size()) << ToUtf8(path);
 }
 
 TEST(SQLiteTest, WhatIsNoFileIsRefusedAtOnce) {
@@ -105,9 +80,9 @@ TEST(SQLiteTest, WhatIsNoFileIsRefusedAtOnce) {
     for (const Text& path : paths)
         for (const Text& string :
              {path, u"Driver=SQLite3;Database=" + path, u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + path}) {
-            const Refusal refusal = RefusalOfOpen(string);
+            const Failure refusal = FailureOfOpen(string);
             EXPECT_TRUE(refusal.Tells("not a database file") || refusal.Tells("does not exist"))
-                << ToUtf8(string) << ": " << refusal.error.what();
+                << ToUtf8(string) << ": " << refusal.what();
             EXPECT_LT(refusal.seconds, 1) << ToUtf8(string);
         }
 #ifndef _WIN32
@@ -117,30 +92,19 @@ TEST(SQLiteTest, WhatIsNoFileIsRefusedAtOnce) {
 
 TEST(SQLiteTest, WaitsForOthersEndInTime) {
     const test::TestDatabase database(Engine::SQLite);
-    database.Run({u"CREATE TABLE t (a integer)", u"INSERT INTO t VALUES (1)"});
-    const auto holding = [&](Connection& other, const std::vector<Text>& statements) {
-        other.Open(database.ConnectionString());
-        for (const Text& statement : statements) other.Execute(statement);
-    };
-    const auto expectTold = [](const Refusal& refusal, double least, double most) {
-        EXPECT_EQ(refusal.error.Number(), ErrorNumbers::Timeout) << refusal.error.what();
-        EXPECT_TRUE(refusal.Tells("locked by another")) << refusal.error.what();
+    database.Run({u"PRAGMA journal_mode = WAL", u"CREATE TABLE t (a integer)", u"INSERT INTO t VALUES (1)"});
+    const auto expectTold = [](const Failure& refusal, double least, double most) {
+        EXPECT_EQ(refusal.Number(), ErrorNumbers::Timeout) << refusal.what();
+        EXPECT_TRUE(refusal.Tells("locked by another")) << refusal.what();
         EXPECT_GT(refusal.seconds, least);
         EXPECT_LT(refusal.seconds, most);
     };
     {
-        Connection other;
-        holding(other, {u"BEGIN EXCLUSIVE"});
-        expectTold(RefusalOfOpen(database.ConnectionString()), 1.8, 4);
-        expectTold(RefusalOfOpen(u"Driver=SQLite3;Timeout=300;Database=" + database.Name()), 0.2, 1.8);
-    }
-    for (const Text mode : {u"DELETE", u"WAL"}) {
         Connection other, ours;
-        holding(other, {u"PRAGMA journal_mode = " + mode, u"BEGIN IMMEDIATE", u"INSERT INTO t VALUES (2)"});
-        ours.Open(database.ConnectionString());
-        ours.BeginTrans();
-        expectTold(RefusalOf([&] { ours.Execute(u"INSERT INTO t VALUES (3)"); }), 1.8, 4);
-        ours.RollbackTrans();
+        other.Open(database.ConnectionString());
+        other.Execute(u"BEGIN IMMEDIATE");
+        ours.Open(u"Driver=SQLite3;Timeout=300;Database=" + database.Name());
+        expectTold(FailureOf([&] { ours.Execute(u"INSERT INTO t VALUES (3)"); }), 0.2, 1.8);
     }
 #ifndef _WIN32
     // Somebody who stopped while opening the file in WAL mode: the engine itself would wait for ten seconds.
@@ -159,7 +123,7 @@ TEST(SQLiteTest, WaitsForOthersEndInTime) {
     int status = 0;
     ASSERT_EQ(waitpid(stopped, &status, WUNTRACED), stopped);
     ASSERT_TRUE(WIFSTOPPED(status));
-    expectTold(RefusalOfOpen(database.ConnectionString()), 1.8, 4);
+    expectTold(FailureOfOpen(database.ConnectionString()), 1.8, 4);
     kill(stopped, SIGKILL);
     waitpid(stopped, &status, 0);
 #endif
@@ -171,10 +135,10 @@ TEST(SQLiteTest, WorkEndsInTimeOrWhenCancelled) {
     const Text endless = u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT max(i) FROM n";
     Connection limited;
     limited.Open(u"Provider=Microsoft.Jet.OLEDB.4.0;Command Timeout=1;Data Source=" + database.Name());
-    const Refusal late = RefusalOf([&] { limited.Execute(endless); });
-    EXPECT_EQ(late.error.Number(), ErrorNumbers::Timeout) << late.error.what();
+    const Failure late = FailureOf([&] { limited.Execute(endless); });
+    EXPECT_EQ(late.Number(), ErrorNumbers::Timeout) << late.what();
     EXPECT_TRUE(late.Tells("'" + ToUtf8(database.Name()) + "' was ended because it took longer than 1 second"))
-        << late.error.what();
+        << late.what();
     EXPECT_LT(late.seconds, 4);
     Connection connection;
     connection.Open(database.ConnectionString());
@@ -185,12 +149,70 @@ TEST(SQLiteTest, WorkEndsInTimeOrWhenCancelled) {
             connection.Cancel();
         }
     });
-    const Refusal cancelled = RefusalOf([&] { connection.Execute(endless); });
+    const Failure cancelled = FailureOf([&] { connection.Execute(endless); });
     isDone = true;
     canceller.join();
-    EXPECT_TRUE(cancelled.Tells("cancelled")) << cancelled.error.what();
+    EXPECT_TRUE(cancelled.Tells("cancelled")) << cancelled.what();
     EXPECT_LT(cancelled.seconds, 15);
     EXPECT_EQ(connection.Execute(u"SELECT 1"), 0);
+}
+
+TEST(SQLiteTest, ValuesAreReadAsTheirColumnsMean) {
+    const test::TestDatabase database(Engine::SQLite);
+    database.Run({u"CREATE TABLE v (b BOOLEAN, i INTEGER, d DATETIME, r REAL, t TEXT)",
+                  u"INSERT INTO v VALUES (1, '12', '2024-05-06', 0.5, 'x'), (0, 'x', 'y', 'z', X'0AF9'), "
+                  u"('t', 1.5, NULL, 7, ''), ('f', 1e300, '', 1, 'f'), ('10', -3, '2024-13-01', 2.5, 0)"});
+    const std::vector<std::vector<Value>> expected = {{true, int64_t{12}, DateTime{2024, 5, 6}, 0.5, Text(u"x")},
+                                                      {false, Text(u"x"), Text(u"y"), Text(u"z"), Text(u"X'0AF9'")},
+                                                      {true, 1.5, Value(), 7.0, Text(u"")},
+                                                      {false, 1e300, Text(u""), 1.0, Text(u"f")},
+                                                      {Text(u"10"), int64_t{-3}, Text(u"2024-13-01"), 2.5, Text(u"0")}};
+    for (const CursorLocations location : {adUseServer, adUseClient}) {
+        Recordset rows;
+        rows.SetCursorLocation(location);
+        rows.Open(u"SELECT b, i, d, r, t FROM v", database.ConnectionString());
+        for (const std::vector<Value>& row : expected) {
+            for (size_t column = 0; column < row.size(); ++column) {
+                EXPECT_EQ(rows.Field(column), row[column]) << ToUtf8(rows.FieldText(column));
+                EXPECT_EQ(rows.FieldIsNull(column), IsNull(row[column]));
+            }
+            rows.MoveNext();
+        }
+        EXPECT_TRUE(rows.Eof());
+    }
+    Recordset rows; // whose columns say nothing: the first value does
+    rows.Open(u"SELECT 1 + 1, 0.5, 'x', NULL UNION ALL SELECT 'y', 2, 3, 4", database.ConnectionString());
+    EXPECT_TRUE(rows.Field(0) == Value(int64_t{2}) && rows.Field(1) == Value(0.5) &&
+                rows.Field(2) == Value(Text(u"x")));
+    rows.MoveNext();
+    EXPECT_TRUE(rows.Field(0) == Value(Text(u"y")) && rows.Field(3) == Value(Text(u"4")));
+}
+
+TEST(SQLiteTest, ErrorsSayWhatHasHappenedToTheFile) {
+    const test::TestDatabase database(Engine::SQLite);
+    Connection connection;
+    connection.Open(database.ConnectionString());
+    connection.Execute(u"CREATE TABLE t (a text)");
+    connection.Execute(u"INSERT INTO t VALUES (1), (2)");
+    {
+        Recordset rows;
+        rows.Open(u"SELECT a FROM t", connection);
+        const Failure failure = FailureOf([&] { connection.Execute(u"DROP TABLE t"); });
+        EXPECT_TRUE(failure.Number() == ErrorNumbers::Timeout && failure.Tells("still being read")) << failure.what();
+    }
+    connection.Execute(u"PRAGMA max_page_count = 3");
+    EXPECT_TRUE(FailureOf([&] { connection.Execute(u"INSERT INTO t VALUES (zeroblob(100000))"); }).Tells("is full"));
+    EXPECT_EQ(FailureOf([&] { connection.Execute(u"INSERT INTO t VALUES (zeroblob(600000000))"); }).Number(),
+              ErrorNumbers::DataOverflow);
+    EXPECT_TRUE(FailureOf([&] { connection.Execute(u"SELECT 1; SELECT 2"); }).Tells("Only one SQL statement"));
+    EXPECT_EQ(connection.Execute(u"SELECT 1; \r\n"), 0);
+    EXPECT_EQ(connection.Execute(u"-- nothing"), 0);
+#ifndef _WIN32
+    fs::rename(database.Name(), database.Name() + u".moved");
+    const Failure moved = FailureOf([&] { connection.Execute(u"DELETE FROM t"); });
+    EXPECT_TRUE(moved.Number() == ErrorNumbers::Permission && moved.Tells("was moved")) << moved.what();
+    fs::rename(database.Name() + u".moved", database.Name());
+#endif
 }
 
 // The same statements once each on connections of their own, and all in a row, where they are compiled once.
@@ -253,24 +275,24 @@ TEST(SQLiteTest, ZerosInTextsErrorsInTransactionsAndStatementsForbidden) {
     rows.Open(u"SELECT a FROM t", connection);
     for (; !rows.Eof(); rows.MoveNext()) EXPECT_EQ(rows.FieldText(0), zero);
     rows.Close();
-    EXPECT_EQ(RefusalOf([&] { connection.Execute(Text(u"DELETE FROM t") + u'\0' + u" WHERE a = ''"); }).error.Number(),
+    EXPECT_EQ(FailureOf([&] { connection.Execute(Text(u"DELETE FROM t") + u'\0' + u" WHERE a = ''"); }).Number(),
               ErrorNumbers::SyntaxOrColumn);
     // An error that ends the transaction: what follows is not written by itself.
     connection.Execute(u"CREATE TRIGGER r BEFORE INSERT ON t WHEN NEW.a = 'x' BEGIN SELECT RAISE(ROLLBACK, 'no'); END");
     connection.BeginTrans();
     connection.Execute(u"DELETE FROM t");
-    RefusalOf([&] { connection.Execute(u"INSERT INTO t VALUES ('x')"); });
-    RefusalOf([&] { connection.Execute(u"INSERT INTO t VALUES ('y')"); });
-    RefusalOf([&] { connection.CommitTrans(); });
+    FailureOf([&] { connection.Execute(u"INSERT INTO t VALUES ('x')"); });
+    FailureOf([&] { connection.Execute(u"INSERT INTO t VALUES ('y')"); });
+    FailureOf([&] { connection.CommitTrans(); });
     connection.RollbackTrans();
     EXPECT_EQ(database.Ask(u"SELECT Count(*) FROM t"), u"4");
     connection.Execute(u"PRAGMA writable_schema = ON"); // of no effect
     for (const Text statement : {u"UPDATE sqlite_master SET sql = ''", u"ATTACH 'x.db' AS x"})
-        RefusalOf([&] { connection.Execute(statement); });
+        FailureOf([&] { connection.Execute(statement); });
     // Its connection goes first.
     rows.Open(u"SELECT a FROM t", connection);
     connection.Close();
-    RefusalOf([&] { rows.MoveNext(); });
+    FailureOf([&] { rows.MoveNext(); });
 }
 
 #ifndef _WIN32
@@ -290,13 +312,13 @@ TEST(SQLiteTest, AFileThatMayNotBeWrittenIsReadAndOneThatMayNotBeReadIsRefused) 
     EXPECT_TRUE(as(fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read, [&] {
         Connection connection;
         connection.Open(database.ConnectionString());
-        const Refusal refusal = RefusalOf([&] { connection.Execute(u"INSERT INTO t VALUES (2)"); });
-        return refusal.error.Number() == ErrorNumbers::Permission && refusal.Tells("read-only") &&
+        const Failure refusal = FailureOf([&] { connection.Execute(u"INSERT INTO t VALUES (2)"); });
+        return refusal.Number() == ErrorNumbers::Permission && refusal.Tells("read-only") &&
                connection.Execute(u"SELECT a FROM t") == 0;
     }));
     EXPECT_TRUE(as(fs::perms::none, [&] {
-        const Refusal refusal = RefusalOfOpen(database.ConnectionString());
-        return refusal.error.Number() == ErrorNumbers::Unspecified && refusal.Tells("cannot be opened");
+        const Failure refusal = FailureOfOpen(database.ConnectionString());
+        return refusal.Number() == ErrorNumbers::Unspecified && refusal.Tells("cannot be opened");
     }));
 }
 
@@ -314,7 +336,7 @@ TEST(SQLiteTest, DataSourcesOpenTheirFiles) {
         Recordset rows;
         EXPECT_NO_THROW(rows.Open(u"SELECT a FROM t", string)) << ToUtf8(string);
     }
-    EXPECT_TRUE(RefusalOfOpen(u"DSN=other").Tells("names no database file"));
+    EXPECT_TRUE(FailureOfOpen(u"DSN=other").Tells("names no database file"));
     usual ? setenv("ODBCINI", before.c_str(), 1) : unsetenv("ODBCINI");
 }
 

@@ -1,4 +1,5 @@
 #include "data/StatementText.h"
+#include "data/sqlite/RepeatedStatement.h"
 
 #include <gtest/gtest.h>
 
@@ -23,6 +24,21 @@ TEST(StatementTextTest, AdaptsOutsideQuotesOnly) {
         {u"a = #2023/02/29# OR #1/2/2024# OR #2024/05/06 25:00#",
          u"a = #2023/02/29# OR #1/2/2024# OR #2024/05/06 25:00#"},
         {u"#a# = #2024/05/06#", u"#a# = '2024-05-06 00:00:00'"},
+        {u"##2024/05/06# # b", u"#'2024-05-06 00:00:00' # b"},
+        {u"a = #2024/05/06" + Text(28, u' ') + u"#", u"a = '2024-05-06 00:00:00'"}, // 39 units
+        {u"a = #2024/05/06" + Text(29, u' ') + u"#", u"a = #2024/05/06" + Text(29, u' ') + u"#"},
+        {u"", u""},
+        {u"SELECT ALL TOP(3)a FROM t", u"SELECT ALL a FROM t LIMIT 3"},
+        {u"SELECT TOP 3a FROM t", u"SELECT TOP 3a FROM t"},
+        {u"SELECT TOP (3 a FROM t", u"SELECT TOP (3 a FROM t"},
+        {u"SELECT TOP a FROM t", u"SELECT TOP a FROM t"},
+        {u"SELECT TOP 1 a FROM t /* c */ ;\n", u"SELECT TOP 1 a FROM t /* c */ ;\n"},
+        {u"#2024/05/06# -- #2024/05/06#\n#2024/05/06#",
+         u"'2024-05-06 00:00:00' -- #2024/05/06#\n'2024-05-06 00:00:00'"},
+        {u"/* ' */ #2024/05/06# - 1 / 2 /*/ #2024/05/06#*/",
+         u"/* ' */ '2024-05-06 00:00:00' - 1 / 2 /*/ #2024/05/06#*/"},
+        {u"[a]]#2024/05/06#] = `#2024/05/06#` + \"\"\"#2024/05/06#\"",
+         u"[a]]#2024/05/06#] = `#2024/05/06#` + \"\"\"#2024/05/06#\""},
         {u"a = 'x'#2024/05/06#'y'", u"a = 'x' '2024-05-06 00:00:00' 'y'"}, // no literal grows together with another
     };
     for (const auto& [statement, adapted] : cases) {
@@ -53,11 +69,53 @@ TEST(StatementTextTest, LongLiteralsBecomeParameters) {
 
 TEST(StatementTextTest, TheTableOfASimpleSelect) {
     const std::vector<std::pair<Text, Text>> cases = {
-        {u"SELECT a, b FROM t WHERE c = ' FROM u'", u"t"},   {u"SELECT ' FROM u', a FROM dbo.t ORDER BY a", u"dbo.t"},
-        {u"SELECT a FROM [my t] WHERE b = 1", u"[my t]"},    {u"SELECT a FROM t, u", u""},
-        {u"SELECT a FROM t INNER JOIN u ON t.a = u.a", u""}, {u"SELECT 1", u""},
+        {u"SELECT a, b FROM t WHERE c = ' FROM u'", u"t"},
+        {u"SELECT ' FROM u', a FROM dbo.t ORDER BY a", u"dbo.t"},
+        {u"SELECT a FROM [my t] WHERE b = 1", u"[my t]"},
+        {u"SELECT a FROM t, u", u""},
+        {u"SELECT a FROM t INNER JOIN u ON t.a = u.a", u""},
+        {u"SELECT 1", u""},
+        {u"SELECT a FROM t UNION SELECT b FROM u", u""},
+        {u"SELECT a FROM t LIMIT 1, 2", u"t"},
+        {u"SELECT a FROM [t] [u], v", u""},
+        {u"SELECT a FROM \"t\"\"u\" x", u"\"t\"\"u\""},
     };
     for (const auto& [statement, table] : cases) EXPECT_EQ(ToUtf8(TableOf(statement)), ToUtf8(table));
+}
+
+// What may be compiled once for many values, and what is left alone.
+TEST(StatementTextTest, TheShapeOfARepeatedStatement) {
+    const std::pair<Text, Text> cases[] = {
+        {u"INSERT INTO t VALUES (1, 'it''s', -23, '')", u"INSERT INTO t VALUES (?, ?, -?, ?)"},
+        {u"update t1 SET \"a 1\" = 2.5, [b 2]=3, `c'4` = 5 WHERE d4e = 6 - 7/8",
+         u"update t1 SET \"a 1\" = 2.5, [b 2]=?, `c'4` = ? WHERE d4e = ? - ?/?"},
+        {u"DELETE FROM t WHERE a = '1'", u"DELETE FROM t WHERE a = ?"},
+        {u" DELETE FROM t WHERE a = 999999999999999999 OR 1", u" DELETE FROM t WHERE a = ? OR ?"},
+        {u"DELETE FROM t WHERE a = 1000000000000000000", u""},
+        {u"DELETE FROM t WHERE a = 1e5 OR a = .5 OR a = 0x1f OR a = \u00E41", u""},
+        {u"DELETE FROM t WHERE a = 1 ORDER BY 2", u"DELETE FROM t WHERE a = ? ORDER BY ?|"},
+        {u"DELETE FROM by1 WHERE xBY = 1", u"DELETE FROM by1 WHERE xBY = ?"},
+        {u"DELETE FROM t WHERE by\n= 1", u"DELETE FROM t WHERE by\n= ?|"},
+        {u"DELETE FROM t", u""},
+        {u"SELECT 1", u""},
+        {u"UPDATE t SET a = x'00'", u""},
+        {u"UPDATE t SET a = 'b'c", u""},
+        {u"UPDATE t SET a = 'b", u""},
+        {u"UPDATE t SET a = 'b''", u""},
+        {u"UPDATE t SET \"a = 1", u""},
+        {u"UPDATE t SET [a = 1", u""},
+        {u"UPDATE t SET a = 1 -- b", u""},
+        {u"UPDATE t SET a = 1 /* b */", u""},
+    };
+    for (const auto& [statement, expected] : cases) {
+        StatementShape shape;
+        const Text words = shape.Read(statement) ? shape.Words() + (shape.MayRepeat() ? u"" : u"|") : Text();
+        EXPECT_EQ(ToUtf8(words), ToUtf8(expected)) << ToUtf8(statement);
+    }
+    for (const char16_t mark : TextView(u"?:@$#;\0", 7)) {
+        StatementShape shape;
+        EXPECT_FALSE(shape.Read(Text(u"UPDATE t SET a = 1 ") + mark)) << ToUtf8(Text(1, mark));
+    }
 }
 
 } // namespace

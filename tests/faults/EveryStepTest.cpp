@@ -25,12 +25,7 @@ public:
         std::vector<Text> statements = test::SampleRows();
         for (int i = 0; i < lessons; ++i) {
             statements.push_back(test::RowStatement(u"k" + ToText(i), u"K", u"", 1, 10 + i, 1, Text(400, u'p')));
-            statements.push_back(
-                u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, "
-                u"lockDate, lockType) VALUES ('k" +
-                ToText(i) +
-                u"', 'ann', 'PC', '10.0.0.1', 's', "
-                u"'2026-01-02 03:04:05', 1)");
+            statements.push_back(test::LockStatement(u"k" + ToText(i), u"'ann'", 1));
         }
         database->Run(statements);
         EXPECT_EQ(database->Ask(Text(u"PRAGMA journal_mode = ") + journal), journal);

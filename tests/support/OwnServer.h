@@ -27,8 +27,6 @@ public:
     void Start() { Order("start\n"); }
     void KillNode(int node) { Order("kill " + std::to_string(node) + "\n"); }
     void StartNode(int node) { Order("start " + std::to_string(node) + "\n"); }
-    // What is left of a cluster that has lost most of its nodes goes on from this one.
-    void GoOnFrom(int node) { Order("bootstrap " + std::to_string(node) + "\n"); }
 
 private:
     std::string ReadLine();

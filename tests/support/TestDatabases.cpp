@@ -71,6 +71,13 @@ Text TempFolder::Write(const Text& name, const std::string& bytes) const {
     return File(name);
 }
 
+Failure FailureOfOpen(const Text& connectionString) {
+    Connection connection;
+    const Failure failure = FailureOf([&] { connection.Open(connectionString); });
+    EXPECT_FALSE(connection.IsOpen()) << ToUtf8(connectionString);
+    return failure;
+}
+
 std::vector<Engine> AllEngines() { return {Engine::SQLite, Engine::PostgreSQL, Engine::MariaDB}; }
 
 std::string EngineName(const ::testing::TestParamInfo<Engine>& info) {

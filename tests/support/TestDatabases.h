@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -29,17 +30,30 @@ private:
     std::filesystem::path path;
 };
 
+struct Failure : Error {
+    Failure(const Error& error, double after) : Error(error), seconds(after) {}
+    bool Tells(const std::string& words) const { return std::string(what()).find(words) != std::string::npos; }
+    double seconds; // until it was told
+};
+
 // What the action throws; a test whose action throws nothing has failed.
 template <typename Action>
-Error FailureOf(Action action) {
+Failure FailureOf(Action action) {
+    const auto begin = std::chrono::steady_clock::now();
+    const auto seconds = [&] {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    };
     try {
         action();
     } catch (const Error& error) {
-        return error;
+        return {error, seconds()};
     }
     ADD_FAILURE() << "no error";
-    return {0, u""};
+    return {Error(0, u"no error"), seconds()};
 }
+
+// Of opening a connection, which then is not open.
+Failure FailureOfOpen(const Text& connectionString);
 
 // SQLite, PostgreSQL, MariaDB: the engines that run here.
 std::vector<Engine> AllEngines();

@@ -177,12 +177,12 @@ TEST_P(ConnectorOnEveryEngine, TheHistoryHasOneRowForEachUserAndMachine) {
     SQLDBPicker picker(std::make_shared<MemoryComboBox>());
     picker.LoadPicker(connector.ConnectionString(), u"super", u"");
     picker.UpdateConnectionHistory(u"PC1", u"10.0.0.1", u"os", u"1.0");
-    EXPECT_EQ(connector.Count(u"velmoraConnectionHistory"), 0) << "no catalog is selected";
+    EXPECT_EQ(connector.Count(u"velmoraConnectionHistory"), u"0") << "no catalog is selected";
     AddCatalog(connector, 10, u"alpha", u"Alpha");
     picker.LoadPicker(connector.ConnectionString(), u"super", u"");
     picker.Clock = [] { return DateTime{2024, 5, 6, 17, 8, 9}; };
     for (const Text machine : {u"PC1", u"PC2", u"PC1"}) picker.UpdateConnectionHistory(machine, u"ip", u"os", u"2.0");
-    EXPECT_EQ(connector.Count(u"velmoraConnectionHistory"), 2);
+    EXPECT_EQ(connector.Count(u"velmoraConnectionHistory"), u"2");
     Recordset row;
     row.Open(u"SELECT lastConnect FROM velmoraConnectionHistory WHERE machineName = 'PC1' AND machineIP = 'ip' AND "
              u"osVersion = 'os' AND appVersion = '2.0' AND lastCatalog = 'alpha'",

@@ -84,9 +84,9 @@ TEST(FileValidation, AGoodFileIsValidUntilSomebodyLocksIt) {
     DatabaseValidator validator;
     const DateTime moment{2024, 5, 6, 7, 8, 9};
     validator.Clock = [moment] { return moment; };
-    EXPECT_TRUE(validator.ValidateDataConnection(database.ConnectionString(), database.Path(), true));
+    EXPECT_TRUE(validator.ValidateDataConnection(database.ConnectionString(), database.Name(), true));
     const StatusDisplay valid{{},
-                              u"file '" + database.Path() + u"' validated on " +
+                              u"file '" + database.Name() + u"' validated on " +
                                   modGeneric::FormatLocalDateTime(moment),
                               {},
                               {},
@@ -97,25 +97,25 @@ TEST(FileValidation, AGoodFileIsValidUntilSomebodyLocksIt) {
     other.Open(database.ConnectionString());
     other.BeginTrans();
     other.Execute(u"INSERT INTO velmoraProjectProperties (propertyData) VALUES ('held')");
-    EXPECT_FALSE(validator.ValidateDataConnection(database.ConnectionString(), database.Path(), true));
+    EXPECT_FALSE(validator.ValidateDataConnection(database.ConnectionString(), database.Name(), true));
     EXPECT_EQ(validator.ErrorType(), veCantWrite) << ToUtf8(validator.ErrorDescription());
     EXPECT_EQ(validator.Display().statusTitle, u"cannot write to database");
     EXPECT_EQ(validator.Display().statusMessage,
               u"Velmora was unable to update one or more of the database tables.  Check to ensure that no other "
               u"processes have the database open exclusively and try again.");
     other.RollbackTrans();
-    EXPECT_TRUE(validator.ValidateDataConnection(database.ConnectionString(), database.Path(), true));
+    EXPECT_TRUE(validator.ValidateDataConnection(database.ConnectionString(), database.Name(), true));
 }
 
 TEST(FileValidation, AnErrorOutsideTheHelpersIsUnexpected) {
     const EngineDatabase database(Engine::SQLite, Schema::Database::Content);
     DatabaseValidator validator;
     validator.Clock = []() -> DateTime { throw Error(-2147467259, u"the clock stands still"); };
-    EXPECT_FALSE(validator.ValidateDataConnection(database.ConnectionString(), database.Path(), true));
+    EXPECT_FALSE(validator.ValidateDataConnection(database.ConnectionString(), database.Name(), true));
     EXPECT_EQ(validator.ErrorType(), veUnexpectedError);
     const StatusDisplay expected{
         u"unexpected error",
-        u"Velmora encountered an unexpected error while attempting to validate '" + database.Path() + u"'.",
+        u"Velmora encountered an unexpected error while attempting to validate '" + database.Name() + u"'.",
         u"error details", u"the clock stands still\n\nerror number: -2147467259 (&H80004005)", StatusPicture::Critical};
     EXPECT_EQ(validator.Display(), expected);
 }

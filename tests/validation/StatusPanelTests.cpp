@@ -36,7 +36,7 @@ public:
     uint32_t measuredFlags = 0;
 
 private:
-    bool isBold = false;
+    bool isBold = true; // as the one who painted before has left it
 };
 
 } // namespace

@@ -18,12 +18,6 @@ namespace fs = std::filesystem;
 
 [[noreturn]] void RefuseFile(Text description) { throw Error(ErrorNumbers::Unspecified, std::move(description)); }
 
-#ifdef _WIN32
-constexpr bool isWindows = true;
-#else
-constexpr bool isWindows = false;
-#endif
-
 // The first bytes, read by SQLite's own means: on Unix a program that closes a file, wherever it has opened it, gives
 // back all its locks on that file, and SQLite alone knows which it holds.
 FileKind KindByContent(const Text& path) {
@@ -95,10 +89,9 @@ void RequireDatabaseFile(const Text& path) {
 }
 
 std::string SQLiteName(const Text& path) {
-    std::string name = ToUtf8(path);
-    const bool hasDrive = isWindows && name.size() > 1 && name[1] == ':';
-    if (hasDrive || name.starts_with('/') || (isWindows && name.starts_with('\\'))) return name;
-    return (isWindows ? ".\\" : "./") + name;
+    const std::string name = ToUtf8(path);
+    const bool hasRoot = fs::path(std::u8string(name.begin(), name.end())).has_root_path();
+    return hasRoot ? name : "./" + name;
 }
 
 } // namespace dax

@@ -18,7 +18,6 @@ public:
 
     // Sleeps a little, at most `longest`; false when the wait is over or was cancelled.
     bool Sleep(std::chrono::microseconds longest);
-    std::chrono::milliseconds Limit() const { return limit; }
     void SetLimit(std::chrono::milliseconds longest) { limit = longest; }
     void Cancel() noexcept { isCancelled = true; }
 
