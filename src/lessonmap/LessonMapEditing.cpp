@@ -140,7 +140,7 @@ void LessonMapEditor::RemoveStoryboard(const StoryboardRef& storyboard, bool inc
     const StoryboardRef kept = storyboard;
     if (!was || !kept) return;
     const Text sbidBefore = CurrentSBID();
-    bool isOther = false;
+    bool isOther{};
     {
         const OperationGuard busy(*this);
         const NotificationGuard silence(*this);
@@ -211,7 +211,7 @@ void LessonMapEditor::OnDrop(Node& dragged, const DropTarget& target) {
         if (CurrentSBID() != sbidBeforeDrag) RecordSelection();
     });
     if (isKept && IsStill(was)) Raise(MapChanged, mctStoryboardMoved);
-    if (CurrentSBID() != sbidBeforeDrag) TellFailures(u"Drop", [&] { TellSelection(was); });
+    if (isDropped && CurrentSBID() != sbidBeforeDrag) TellFailures(u"Drop", [&] { TellSelection(was); });
 }
 
 void LessonMapEditor::SetAllChecks(bool checked) {
@@ -273,7 +273,6 @@ std::shared_ptr<dax::Lesson> LessonMapEditor::GetCheckedLesson() {
         const std::vector<CheckedPlace> places = ChoosePlaces(*root, isChosen);
         if (places.empty() && root != tree->First()) continue;
         std::vector<LayoutEntry> layout;
-        layout.reserve(places.size());
         for (const CheckedPlace& place : places) layout.push_back({place.key, place.depth});
         const auto map = std::make_shared<ContentMap>(root->Key());
         map->SetLayout(std::move(layout));

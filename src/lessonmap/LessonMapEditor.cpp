@@ -32,7 +32,6 @@ std::shared_ptr<LessonMapEditor> LessonMapEditor::Create() {
 void LessonMapEditor::Close() {
     isClosed = true;
     // A raise under way calls no further listener.
-    BeforeSelectionChange = {};
     AfterSelectionChange = {};
     ItemChecked = {};
     MapChanged = {};
@@ -45,11 +44,9 @@ void LessonMapEditor::Close() {
 }
 
 void LessonMapEditor::SetWindow(TreeWindow* newWindow) {
-    const bool isActive = subclasser.Active();
     window = newWindow;
     drag.Bind(isClosed ? nullptr : tree.get(), newWindow);
     subclasser.RegisterWindows(isClosed ? nullptr : tree.get(), newWindow);
-    subclasser.SetActive(isActive);
     if (window && isFrozen) window->FreezeDisplay(true);
 }
 
@@ -74,7 +71,6 @@ void LessonMapEditor::SetLesson(std::shared_ptr<dax::Lesson> newLesson) {
     {
         const OperationGuard busy(*this);
         const NotificationGuard silence(*this);
-        drag.CancelDrag();
         const Undrawn undrawn(*this);
         const Text sbidBefore = CurrentSBID();
         // Another lesson with the same pages keeps expansion and selection, not the checks, which are for an action on
@@ -152,7 +148,6 @@ void LessonMapEditor::OnSelectionChanged() {
     if (suspendedNotifications > 0 || isClosed) return;
     const auto self = shared_from_this();
     const LessonRef was = lesson;
-    if (depth >= deepestEvent) return;
     const DepthGuard guard(depth);
     RecordSelection();
     TellSelection(was);
@@ -224,7 +219,7 @@ void LessonMapEditor::ReadProperties(PropertyBag& bag) {
     const Value style = bag.ReadProperty(u"CaptionStyle", int64_t{csTitle});
     const int64_t* const number = std::get_if<int64_t>(&style);
     // Any number is kept, as it is when it is set: all but csIdentifier show the titles.
-    const bool isNumber = number && *number >= INT32_MIN && *number <= INT32_MAX;
+    const bool isNumber = number && std::in_range<int32_t>(*number);
     SetCaptionStyle(isNumber ? static_cast<LessonMapEditorCaptionStyles>(*number) : csTitle);
     SetCheckboxes(flag(u"Checkboxes", false));
     SetLocked(flag(u"Locked", false));

@@ -64,7 +64,6 @@ void LessonMapEditor::OnMouseMove(MouseButton button) {
     sbidBeforeDrag = CurrentSBID();
     subclasser.SetActive(false);
     drag.BeginDrag();
-    if (!drag.Active()) subclasser.SetActive(true);
 }
 
 void LessonMapEditor::OnMouseUp(MouseButton button) {

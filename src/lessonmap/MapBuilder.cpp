@@ -56,10 +56,7 @@ MapBuilder::MapBuilder(NodeTree& tree, const PictureKeys& imageList, Lesson& les
 
 void MapBuilder::AddMaps(bool defaultMapOnly) {
     const auto all = MapsOf(lesson);
-    if (all->Count() <= 0) {
-        all->Add(std::make_shared<ContentMap>());
-        isChanged = true;
-    }
+    if (all->Count() <= 0) all->Add(std::make_shared<ContentMap>()); // which gets a name when it is shown
     auto defaultMap = all->DefaultMap();
     if (!defaultMap) {
         defaultMap = all->Item(0);

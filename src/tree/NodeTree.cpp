@@ -91,7 +91,7 @@ void NodeTree::Clear() {
 Node* NodeTree::Find(TextView key) const { return key.empty() ? nullptr : Find(key, HashOf(key)); }
 
 Node* NodeTree::Find(TextView key, uint32_t hash) const {
-    Node* node = buckets[hash & (buckets.size() - 1)];
+    Node* node = BucketOf(hash);
     while (node && (node->hash != hash || !node->HasKey(key))) node = node->nextInBucket;
     return node;
 }
@@ -175,15 +175,13 @@ void NodeTree::Destroy(Node& top) {
 
 void NodeTree::AddKey(Node& node, uint32_t hash) {
     node.hash = hash;
-    Node*& bucket = buckets[hash & (buckets.size() - 1)];
-    node.nextInBucket = bucket;
-    bucket = &node;
+    node.nextInBucket = std::exchange(BucketOf(hash), &node);
     ++keyCount;
 }
 
 void NodeTree::RemoveKey(Node& node) {
     if (node.texts.IsEmpty(NodeTexts::Key)) return;
-    Node** place = &buckets[node.hash & (buckets.size() - 1)];
+    Node** place = &BucketOf(node.hash);
     while (*place != &node) place = &(*place)->nextInBucket;
     *place = node.nextInBucket;
     --keyCount;
@@ -192,18 +190,14 @@ void NodeTree::RemoveKey(Node& node) {
 // Room for one more key: about one node to a bucket.
 void NodeTree::ReserveKey() {
     if (keyCount < buckets.size()) return;
-    const size_t size = buckets.size() * 2;
-    std::vector<Node*> larger(size);
-    for (Node* node : buckets) {
+    const std::vector<Node*> smaller = std::exchange(buckets, std::vector<Node*>(buckets.size() * 2));
+    for (Node* node : smaller) {
         while (node) {
             Node* const next = node->nextInBucket;
-            Node*& bucket = larger[node->hash & (size - 1)];
-            node->nextInBucket = bucket;
-            bucket = node;
+            node->nextInBucket = std::exchange(BucketOf(node->hash), node);
             node = next;
         }
     }
-    buckets = std::move(larger);
 }
 
 void NodeTree::CheckKey(TextView key, uint32_t hash) const {

@@ -11,8 +11,19 @@ namespace dax::test {
 
 class EditorFixture : public testing::Test {
 protected:
-    EditorFixture() {
-        editor->SetWindow(&window);
+    EditorFixture() { MakeEditor(); }
+    ~EditorFixture() override {
+        if (!editor) return;
+        EXPECT_EQ(window->held, 0) << "what is not drawn any more";
+        editor->SetWindow(nullptr); // the window goes first
+    }
+
+    void MakeEditor() {
+        if (editor) editor->SetWindow(nullptr);
+        editor = LessonMapEditor::Create();
+        tree = editor->tvwObject();
+        window = std::make_unique<FakeTreeWindow>(*tree);
+        editor->SetWindow(window.get());
         editor->BeforeSelectionChange.Add([this](const auto&, const auto&, bool&) { Hear("before"); });
         editor->AfterSelectionChange.Add(
             [this](const auto& page) { Hear("selected " + (page ? ToUtf8(page->SBID()) : "-")); });
@@ -20,10 +31,9 @@ protected:
         editor->MapChanged.Add([this](MapChangeTypes type) { Hear("changed " + std::to_string(type)); });
         editor->DeleteRequest.Add([this] { Hear("delete"); });
         editor->ContextMenuRequest.Add([this] { Hear("menu"); });
-    }
-
-    ~EditorFixture() override {
-        if (editor) editor->SetWindow(nullptr); // the window goes first
+        editor->CheckboxesChanged.Add([this] { Hear("boxes"); });
+        editor->Error.Add(
+            [this](int32_t, const Text& text, const Text& action) { Hear("error " + ToUtf8(text + u" " + action)); });
     }
 
     void Hear(const std::string& what) { heard += (heard.empty() ? "" : ", ") + what; }
@@ -39,6 +49,16 @@ protected:
         heard.clear();
     }
     Node& At(const Text& key) { return *tree->Find(key); }
+    // The button stays down; either node may go under way.
+    void DragTo(const Text& from, const Text& to, int part = 10) {
+        window->MoveTo(window->At(At(from)));
+        editor->MouseDown(MouseButton::Left);
+        window->MoveTo(window->At(At(from), 95));
+        editor->MouseMove(MouseButton::Left);
+        if (!editor || !tree->Find(to)) return;
+        window->MoveTo(window->At(At(to), part));
+        editor->MouseMove(MouseButton::Left);
+    }
     std::shared_ptr<Storyboard> Page(const Text& sbid) { return lesson->Storyboards()->Item(sbid); }
     std::shared_ptr<ContentStoryboard> NewPage(const Text& sbid) {
         return std::make_shared<ContentStoryboard>(sbid, u"New " + sbid, u"", u"video");
@@ -49,9 +69,9 @@ protected:
         return shown == stored ? shown : shown + " but " + stored;
     }
 
-    std::shared_ptr<LessonMapEditor> editor = LessonMapEditor::Create();
-    std::shared_ptr<NodeTree> tree = editor->tvwObject();
-    FakeTreeWindow window{*tree};
+    std::shared_ptr<LessonMapEditor> editor;
+    std::shared_ptr<NodeTree> tree;
+    std::unique_ptr<FakeTreeWindow> window;
     std::shared_ptr<ContentLesson> lesson;
     std::string heard;
 };

@@ -1,6 +1,7 @@
 #include "lessonmap/EditorFixture.h"
 
 #include "base/Error.h"
+#include "lessonmap/NodeMapTree.h"
 
 #include <functional>
 #include <limits>
@@ -106,19 +107,13 @@ struct OddLesson : Lesson {
 class HostileLesson : public EditorFixture {
 protected:
     HostileLesson() { odd = std::make_shared<OddLesson>(faults); }
-    ~HostileLesson() override {
-        faults.countdown = -1;
-        if (editor) editor->SetWindow(nullptr);
-    }
+    ~HostileLesson() override { faults.countdown = -1; }
 
     // Everything begins anew: editor, window, lesson.
     void Begin() {
         faults.countdown = -1;
         faults.isLasting = false;
-        editor = LessonMapEditor::Create();
-        tree = editor->tvwObject();
-        window = std::make_unique<test::FakeTreeWindow>(*tree);
-        editor->SetWindow(window.get());
+        MakeEditor();
         const auto tick = [this] { faults.Tick(); };
         editor->AfterSelectionChange.Add([tick](const auto&) { tick(); });
         editor->MapChanged.Add([tick](auto) { tick(); });
@@ -126,17 +121,7 @@ protected:
         editor->SetLesson(odd);
         editor->SetCurrentSBID(u"c");
         tree->Find(u"b")->SetChecked(true);
-    }
-    // Before the other node; either may go under way.
-    void Drag(const Text& from, const Text& to) {
-        window->MoveTo(window->At(*tree->Find(from)));
-        editor->OnMouseDown(MouseButton::Left);
-        window->MoveTo(window->At(*tree->Find(from), 95));
-        editor->OnMouseMove(MouseButton::Left);
-        if (!editor || !tree->Find(to)) return;
-        window->MoveTo(window->At(*tree->Find(to), 10));
-        editor->OnMouseMove(MouseButton::Left);
-        editor->OnMouseUp(MouseButton::Left);
+        heard.clear();
     }
     // Afterwards the editor must work as ever.
     void ExpectUsable(const std::string& where) {
@@ -158,7 +143,6 @@ protected:
 
     FaultInjector faults;
     std::shared_ptr<OddLesson> odd;
-    std::unique_ptr<test::FakeTreeWindow> window;
     int added = 0;
 };
 
@@ -222,7 +206,11 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
         {"FindNextSBID", [this] { editor->FindNextSBID(u"nothing", ftTitle, false, true); }},
         {"UpdateSBID", [this] { editor->UpdateSBID(u"c"); }},
         {"ShowDefaultMapOnly", [this] { editor->SetShowDefaultMapOnly(true); }},
-        {"drag", [this] { Drag(u"d", u"a"); }},
+        {"drag",
+         [this] {
+             DragTo(u"d", u"a");
+             if (editor) editor->MouseUp(MouseButton::Left);
+         }},
     };
     int disturbed = 0;
     for (const auto& [operation, run] : operations) {
@@ -255,6 +243,7 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
 }
 
 TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
+    const auto addRoot = [](NodeTree& nodes, Place place) { nodes.Add(nodes.First(), place, u"x"); };
     const auto fillWith = [](OddMap& map, std::vector<Text> keys) {
         map.onFill = [keys](MapTree& nodes, MapTree::NodeRef root) {
             for (const Text& key : keys) nodes.AddChild(root, key, key);
@@ -264,6 +253,7 @@ TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
         const char* name;
         std::function<void()> arrange;
         const char* shown; // null: refused, and nothing is shown
+        bool isRepaired = false;
     } cases[] = {
         {"the same page twice",
          [&] {
@@ -286,8 +276,12 @@ TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
          "A: d a( b ) c | B:"},
         {"renamed to the other's name",
          [&] { odd->second->onFill = [this](auto&, auto) { odd->second->ContentMap::SetName(u"A"); }; },
-         "A: a( b ) c | A_1:"},
-        {"renamed to a page", [&] { odd->second->ContentMap::SetName(u"a"); }, "A: a( b ) c | a_1: d"},
+         "A: a( b ) c | A_1:", true},
+        {"renamed to a page", [&] { odd->second->ContentMap::SetName(u"a"); }, "A: a( b ) c | a_1: d", true},
+        {"a root of its own",
+         [&] { odd->second->onFill = [this, addRoot](auto&, auto) { addRoot(*tree, Place::After); }; }, nullptr},
+        {"a root before the maps",
+         [&] { odd->first->onFill = [this, addRoot](auto&, auto) { addRoot(*tree, Place::Before); }; }, nullptr},
         {"no maps", [&] { odd->maps = nullptr; }, nullptr},
         {"no first map", [&] { odd->maps->onItem = [](int32_t) { return nullptr; }; }, nullptr},
         {"fewer than none", [&] { odd->maps->count = -5; }, "A: a( b ) c"},
@@ -302,14 +296,16 @@ TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
          "S: | A: a( b ) c | B: d"},
         {"no default map, whatever is set", [&] { odd->maps->isDefaultHidden = true; }, "A: a( b ) c | B: d"},
     };
-    for (const auto& [name, arrange, shown] : cases) {
+    for (const auto& [name, arrange, shown, isRepaired] : cases) {
         Begin();
         editor->SetLesson(nullptr);
         odd = std::make_shared<OddLesson>(faults);
+        heard.clear();
         arrange();
         if (shown) {
             ASSERT_NO_THROW(editor->SetLesson(odd)) << name;
             EXPECT_EQ(Print(*tree), shown) << name;
+            EXPECT_EQ(heard.find("changed 0") != std::string::npos, isRepaired) << name;
             editor->Refresh();
             EXPECT_EQ(Print(*tree), shown) << name;
         } else {
@@ -318,6 +314,44 @@ TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
             EXPECT_THROW(editor->AddStoryboard(NewPage(u"n")), Error) << name;
         }
         ExpectUsable(name);
+    }
+}
+
+// What a hidden map does with the tree of its own in which it is edited.
+TEST_F(HostileLesson, HiddenMapsLeaveTheirRootAlone) {
+    const std::function<void(NodeTree&)> disturb[] = {
+        [](NodeTree& nodes) { nodes.Add(nullptr, Place::After, u"x"); },
+        [](NodeTree& nodes) { nodes.Add(nullptr, Place::Before, u"x"); },
+        [](NodeTree& nodes) { nodes.Move(*nodes.First(), &nodes.Add(nullptr, Place::After, u"x"), Place::FirstChild); },
+        [](NodeTree& nodes) { nodes.First()->SetKey(u"x"); },
+    };
+    for (const auto& act : disturb) {
+        Begin();
+        editor->SetShowDefaultMapOnly(true);
+        odd->second->onFill = [&](MapTree& nodes, auto) { act(dynamic_cast<NodeMapTree&>(nodes).Nodes()); };
+        EXPECT_THROW(editor->RemoveStoryboard(odd->pages->Item(u"d"), false), Error);
+        EXPECT_EQ(odd->pages->Count(), 4);
+        EXPECT_EQ(Print("B", odd->second->Layout()), "B: d");
+        ExpectUsable("hidden map");
+    }
+}
+
+// A drop in the midst of an operation is refused; the target is selected all the same, and told when no edit is under
+// way.
+TEST_F(HostileLesson, ADropDuringAnOperationIsRefused) {
+    for (const bool isEdit : {false, true}) {
+        Begin();
+        DragTo(u"c", u"a");
+        Heard();
+        faults.act = [this] { editor->MouseUp(MouseButton::Left); };
+        faults.countdown = 0;
+        isEdit ? editor->UpdateSBID(u"c") : void(editor->CheckedStoryboards());
+        EXPECT_EQ(Print(*tree), isEdit ? "A: c a( b ) | B: d" : "A: a( b ) c | B: d");
+        EXPECT_EQ(Heard(), isEdit ? "changed 2, selected a"
+                                  : "error The lesson map is being changed: it cannot do that meanwhile. Drop, "
+                                    "selected a");
+        EXPECT_EQ(odd->current, u"a");
+        ExpectUsable("drop");
     }
 }
 
@@ -342,11 +376,9 @@ TEST_F(HostileLesson, OneMapThatFailsDoesNotKeepTheOthersFromTheirLayout) {
     EXPECT_EQ(editor->CurrentSBID(), u"e");
     // A drop has no caller who could hear of it.
     Heard();
-    editor->Error.Add([this](int32_t number, const Text& description, const Text& deed) {
-        heard = std::to_string(number) + ToUtf8(u" " + description + u" " + deed);
-    });
-    Drag(u"e", u"a");
-    EXPECT_EQ(heard, "5 failed Drop");
+    DragTo(u"e", u"a");
+    editor->MouseUp(MouseButton::Left);
+    EXPECT_EQ(Heard(), "error failed Drop");
     EXPECT_EQ(Print(*tree), "F: e | A: a( b ) c | B: d");
     EXPECT_EQ(editor->CurrentSBID(), u"e");
     ExpectUsable("failing map");

@@ -2,6 +2,9 @@
 
 #include "base/Error.h"
 
+#include <functional>
+#include <map>
+
 namespace dax {
 namespace {
 
@@ -130,6 +133,9 @@ TEST_F(LessonMapEditorTest, AddsStoryboards) {
     }
     editor->AddStoryboard(nullptr);
     EXPECT_EQ(Heard(), "");
+    lesson->Storyboards()->Remove(u"d"); // a map lists it still
+    editor->AddStoryboard(NewPage(u"d"));
+    EXPECT_EQ(Heard(), "changed 1, selected d");
 }
 
 TEST_F(LessonMapEditorTest, RemovesStoryboardsAndSelectsANeighbour) {
@@ -170,7 +176,7 @@ TEST_F(LessonMapEditorTest, RemovesStoryboardsAndSelectsANeighbour) {
 
 TEST_F(LessonMapEditorTest, HiddenMapsAreEditedToo) {
     const struct {
-        const char *before, *deed;
+        const char *before, *action;
         Text sbid;
         const char* after; // with all maps shown
         const char* told;
@@ -182,20 +188,23 @@ TEST_F(LessonMapEditorTest, HiddenMapsAreEditedToo) {
         {"A: a | B: e | A: b( a )", "remove branch", u"b", "A: a | B: e | A_1:", "changed 3", 2},
         {"A: a | B: b( c ) | C: d", "add", u"b", "A: b a | B: c | C: d", "changed 1, selected b", 4},
         {"A: a | B: a( c )", "add", u"a", "A: a | B: c", "selected a", 2}, // shown already
-        {"A: a | B: b( c )", "add again", u"b", "A: b a | B: c", "changed 1, selected b", 3},
+        {"A: a | B: b( c )", "add missing", u"b", "A: b a | B: c", "changed 1, selected b", 3},
+        {"A: a | B: b( c )", "remove missing", u"b", "A: a | B: c", "changed 3", 2},
+        {"A: a | B: b( c )", "remove", u"x", "A: a | B: b( c )", "", 3},
     };
-    for (const auto& [before, deed, sbid, after, told, left] : cases) {
+    for (const auto& [before, action, sbid, after, told, left] : cases) {
         Open(before);
         lesson = MakeLesson(before);
         editor->SetShowDefaultMapOnly(true);
         editor->SetLesson(lesson);
         heard.clear();
-        if (std::string(deed).starts_with("add")) {
-            const auto page = Page(sbid);
-            if (deed == std::string("add again")) lesson->Storyboards()->Remove(sbid); // and B still lists it
+        const std::string what = action;
+        const auto page = Page(sbid) ? Page(sbid) : NewPage(sbid);
+        if (what.ends_with("missing")) lesson->Storyboards()->Remove(sbid); // and B still lists it
+        if (what.starts_with("add")) {
             editor->AddStoryboard(page);
         } else {
-            editor->RemoveStoryboard(Page(sbid), deed == std::string("remove branch"));
+            editor->RemoveStoryboard(page, what == "remove branch");
         }
         EXPECT_EQ(Heard(), told) << before;
         editor->SetShowDefaultMapOnly(false);
@@ -217,7 +226,11 @@ TEST_F(LessonMapEditorTest, MovesUpdatesAndRefreshes) {
     Open("A: a( b ) c | B: d");
     Select(u"c");
     EXPECT_TRUE(editor->CanMoveCurrent(smtNextMap));
+    window->Told();
     editor->MoveCurrent(smtNextMap);
+    EXPECT_EQ(window->Told(), "ensure:c");
+    editor->ExpandAll();
+    EXPECT_EQ(window->Told(), "ensure:c");
     EXPECT_EQ(Shown(), "A: a( b ) | B: c d");
     EXPECT_EQ(Heard(), "changed 2") << "the selection did not change";
     std::static_pointer_cast<ContentStoryboard>(Page(u"b"))->SetTitle(u"Other");
@@ -260,41 +273,206 @@ TEST_F(LessonMapEditorTest, ChecksGoWithTheBoxesAndTheLesson) {
     editor->CheckAllStoryboards();
     editor->SetLesson(MakeLesson("A: a"));
     EXPECT_EQ(editor->CheckedStoryboardCount(), 0) << "another lesson";
-    EXPECT_EQ(Heard(), "selected -") << "no check event for what the program did";
+    EXPECT_EQ(Heard(), "boxes, boxes, selected -") << "no check event for what the program did";
 }
 
-// What the mouse and the keys do is tested in real windows, and what disturbs a drag with odd lessons.
-TEST_F(LessonMapEditorTest, TheWindowIsFrozenAndToldOnce) {
-    Open("A: a( b c ) d | B: e | C:");
-    editor->LockDisplay();
-    editor->LockDisplay();
-    EXPECT_TRUE(window.isFrozen);
-    editor->UnlockDisplay();
-    EXPECT_FALSE(window.isFrozen);
-    EXPECT_EQ(window.freezes, 2);
-    for (int count = 0; count < 3; ++count) editor->OnKeyDown(32);
-    EXPECT_EQ(Heard(), "");
-    EXPECT_EQ(window.running.count(TreeTimer::Checkstate), 1u);
-    editor->OnTimer(TreeTimer::Checkstate);
-    EXPECT_EQ(Heard(), "checked");
-}
-
-// That properties are kept is tested with real hosts' bags.
-TEST_F(LessonMapEditorTest, OddPropertiesBecomeTheDefaultsAndChangesAreToldOnce) {
-    struct OddBag : PropertyBag {
-        Value ReadProperty(const Text& name, const Value&) override {
-            return name == u"Locked" ? Value() : name == u"CaptionStyle" ? Value(style) : Value(Text(u"?"));
+TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
+    const auto key = [this](int code) { return [this, code] { editor->KeyDown(code); }; };
+    const auto release = [this](MouseButton button) { return [this, button] { editor->MouseUp(button); }; };
+    const auto duringADrag = [this](std::function<void()> act) {
+        return [this, act = std::move(act)] {
+            DragTo(u"d", u"a");
+            act();
+            if (editor->IsDragging()) Hear("dragging");
+            editor->KeyPress(27);
+            tree->Select(&At(u"e"));
+        };
+    };
+    const struct {
+        const char* what;
+        std::function<void()> act;
+        const char *heard, *heardWhenLocked;
+    } cases[] = {
+        {"delete", key(46), "delete", ""},
+        {"another key", key(45), "", ""},
+        {"delete on a map", [&] { tree->Select(&At(u"A")), editor->KeyDown(46); }, "selected -", "selected -"},
+        {"right button", release(MouseButton::Right), "menu", ""},
+        {"no button", release(MouseButton::None), "", ""},
+        {"delete in a drag", duringADrag(key(46)), "dragging, selected e", "selected e"},
+        {"another key in a drag", duringADrag([&] { EXPECT_FALSE(editor->KeyPress(28)); }), "dragging, selected e",
+         "selected e"},
+        {"right button in a drag", duringADrag(release(MouseButton::Right)), "dragging, selected e", "selected e"},
+        {"right press in a drag", duringADrag([&] { editor->MouseDown(MouseButton::Right); }), "selected e",
+         "selected e"},
+        {"escape", duringADrag([&] { EXPECT_EQ(editor->KeyPress(27), !editor->Locked()); }), "selected e",
+         "selected e"},
+        {"locked in a drag", duringADrag([&] { editor->SetLocked(true); }), "selected e", "selected e"},
+        {"dragging forbidden in a drag", duringADrag([&] { editor->SetAllowDragDrop(false); }), "selected e",
+         "selected e"},
+        {"moved with the right button",
+         [&] {
+             editor->MouseDown(MouseButton::Right);
+             window->MoveTo(window->At(At(u"e")));
+             editor->MouseMove(MouseButton::Right);
+             editor->MouseMove(MouseButton::Left);
+         },
+         "", ""},
+        {"pressed, released, moved",
+         [&] {
+             window->MoveTo(window->At(At(u"d")));
+             editor->MouseDown(MouseButton::Left);
+             editor->MouseUp(MouseButton::Left);
+             window->MoveTo(window->At(At(u"e")));
+             editor->MouseMove(MouseButton::Left);
+             if (editor->IsDragging()) Hear("dragging");
+         },
+         "", ""},
+        {"dropped", [&] { DragTo(u"d", u"b"), editor->MouseUp(MouseButton::Left); }, "changed 2, selected b", ""},
+        {"dropped on itself", [&] { DragTo(u"d", u"d"), editor->MouseUp(MouseButton::Left); }, "", ""},
+        {"dropped twice, there and back",
+         [&] {
+             DragTo(u"d", u"a");
+             editor->MouseUp(MouseButton::Left);
+             DragTo(u"a", u"d");
+             editor->MouseUp(MouseButton::Left);
+         },
+         "changed 2, selected a, changed 2, selected d", ""},
+        {"box clicked", [&] { editor->Click(window->AtBox(At(u"d")), false), editor->OnTimer(TreeTimer::Checkstate); },
+         "checked", "checked"},
+        {"double click", [&] { editor->DblClick(window->At(At(u"d")), false), editor->OnTimer(TreeTimer::Checkstate); },
+         "checked", "checked"},
+        {"three bursts of space", [&] { key(32)(), key(32)(), key(32)(), editor->OnTimer(TreeTimer::Checkstate); },
+         "checked", "checked"},
+    };
+    for (const bool isLocked : {false, true}) {
+        for (const auto& [what, act, told, toldWhenLocked] : cases) {
+            Open("A: a( b c ) d | B: e");
+            editor->ExpandAll();
+            editor->SetAllowDragDrop(true);
+            editor->SetLocked(isLocked);
+            Select(u"d");
+            act();
+            EXPECT_EQ(Heard(), isLocked ? toldWhenLocked : told) << what;
+            if (!editor->IsDragging() && what == std::string("dropped")) {
+                EXPECT_EQ(Shown(), isLocked ? "A: a( b c ) d | B: e" : "A: a( d b c ) | B: e");
+                EXPECT_EQ(lesson->CurrentSBID(), isLocked ? u"d" : u"b");
+            }
         }
-        int64_t style = int64_t{1} << 40;
-        void WriteProperty(const Text&, const Value&, const Value&) override {}
-    } bag;
-    editor->SetLocked(true);
-    editor->ReadProperties(bag);
-    EXPECT_TRUE(editor->AllowDragDrop() && !editor->Locked() && !editor->Checkboxes());
-    EXPECT_EQ(editor->CaptionStyle(), csTitle);
-    bag.style = 7;
-    editor->ReadProperties(bag);
-    EXPECT_EQ(static_cast<int>(editor->CaptionStyle()), 7) << "it is kept, and shows the titles";
+    }
+    // A listener of the selection that forbids the drag which selects.
+    for (const bool locks : {false, true}) {
+        Open("A: a b | B: e");
+        editor->SetAllowDragDrop(true);
+        editor->SetLocked(false);
+        const Subscription listener = editor->AfterSelectionChange.Add(
+            [&](const auto&) { locks ? editor->SetLocked(true) : editor->SetAllowDragDrop(false); });
+        DragTo(u"a", u"b");
+        EXPECT_FALSE(editor->IsDragging());
+    }
+    editor->SetLocked(false);
+    editor->SetAllowDragDrop(true);
+    // What is opened or closed with Ctrl and Shift takes its branch along, each time.
+    Open("A: a( b( c( d ) ) ) e");
+    const auto isOpen = [this] { return std::pair(At(u"b").IsExpanded(), At(u"c").IsExpanded()); };
+    for (const bool withKeys : {false, true, false, true}) {
+        editor->CollapseAll();
+        editor->NodeExpanded(At(u"a"), withKeys);
+        EXPECT_EQ(isOpen(), std::pair(withKeys, withKeys));
+        editor->ExpandAll();
+        editor->NodeCollapsed(At(u"a"), withKeys);
+        EXPECT_EQ(isOpen(), std::pair(!withKeys, !withKeys));
+    }
+    // Resting on a closed node during a drag opens it.
+    editor->CollapseAll();
+    At(u"A").SetExpanded(true);
+    DragTo(u"e", u"a");
+    editor->OnTimer(TreeTimer::AutoExpand);
+    EXPECT_TRUE(At(u"a").IsExpanded());
+    editor->SetWindow(nullptr);
+    EXPECT_FALSE(editor->IsDragging());
+}
+
+TEST_F(LessonMapEditorTest, TheDisplayIsLockedForWhicheverWindow) {
+    editor->LockDisplay();
+    editor->LockDisplay();
+    EXPECT_TRUE(window->isFrozen);
+    editor->UnlockDisplay();
+    EXPECT_FALSE(window->isFrozen);
+    EXPECT_EQ(window->freezes, 2);
+    editor->LockDisplay();
+    test::FakeTreeWindow other(*tree);
+    editor->SetWindow(&other);
+    EXPECT_TRUE(other.isFrozen);
+    editor->SetWindow(window.get());
+    EXPECT_EQ(window->held + other.held, 0);
+    // A tree that a host fills by itself.
+    tree->Select(&tree->Add(nullptr, Place::LastChild, u"x"));
+    EXPECT_EQ(Heard(), "selected -");
+    auto made = LessonMapEditor::Create();
+    const std::weak_ptr<LessonMapEditor> known = made;
+    const std::weak_ptr<NodeTree> itsTree = made->tvwObject();
+    made.reset();
+    EXPECT_TRUE(known.expired() && itsTree.expired());
+}
+
+// The listener that releases the editor is the last one that hears anything.
+TEST_F(LessonMapEditorTest, AReleasedEditorSaysNothingMore) {
+    const std::function<void()> triggers[] = {
+        [this] { editor->SetCurrentSBID(u"b"); },
+        [this] { editor->MoveCurrent(smtNextMap); },
+        [this] { editor->KeyDown(46); },
+        [this] { editor->MouseUp(MouseButton::Right); },
+        [this] { editor->SetCheckboxes(true); },
+        [this] { editor->SetLocked(true); },
+        [this] { editor->Click(window->AtBox(At(u"a")), false), editor->OnTimer(TreeTimer::Checkstate); },
+        [this] { editor->TellFailures(u"Test", [] { throw Error(5, u"failed"); }); },
+    };
+    for (const auto& trigger : triggers) {
+        MakeEditor();
+        lesson = MakeLesson("A: a b | B: c");
+        editor->SetLesson(lesson);
+        editor->SetCurrentSBID(u"a");
+        int told = 0;
+        const auto listen = [&](auto& event) {
+            event.Add([&](const auto&...) {
+                ++told;
+                if (!editor) return;
+                editor.reset();
+                tree->Select(tree->Find(u"c"));
+            });
+        };
+        for (int listener = 0; listener < 2; ++listener) {
+            listen(editor->AfterSelectionChange);
+            listen(editor->MapChanged);
+            listen(editor->DeleteRequest);
+            listen(editor->ContextMenuRequest);
+            listen(editor->CheckboxesChanged);
+            listen(editor->PropertyChanged);
+            listen(editor->ItemChecked);
+            listen(editor->Error);
+        }
+        const int index = static_cast<int>(&trigger - triggers);
+        trigger();
+        EXPECT_EQ(told, 1) << index;
+        EXPECT_FALSE(editor) << index;
+        EXPECT_NE(lesson->CurrentSBID(), u"c") << index;
+    }
+}
+
+struct Bag : PropertyBag {
+    Value ReadProperty(const Text& name, const Value& byDefault) override {
+        return values.contains(name) ? values[name] : byDefault;
+    }
+    void WriteProperty(const Text& name, const Value& value, const Value& byDefault) override {
+        if (value != byDefault) values[name] = value;
+    }
+    std::map<Text, Value> values;
+};
+
+TEST_F(LessonMapEditorTest, PropertiesAreKeptAndTold) {
+    Bag bag;
+    editor->WriteProperties(bag);
+    EXPECT_TRUE(bag.values.empty()) << "the defaults";
     // The host hears what it has to save, and nothing when a property is set to what it is.
     std::string told;
     editor->PropertyChanged.Add([&told](const Text& name) { told += ToUtf8(name) + " "; });
@@ -306,6 +484,20 @@ TEST_F(LessonMapEditorTest, OddPropertiesBecomeTheDefaultsAndChangesAreToldOnce)
         editor->SetShowDefaultMapOnly(true);
     }
     EXPECT_EQ(told, "AllowDragDrop CaptionStyle Checkboxes Locked ShowDefaultMapOnly ");
+    editor->WriteProperties(bag);
+    EXPECT_EQ(bag.values.size(), 5u);
+    const auto other = LessonMapEditor::Create();
+    other->ReadProperties(bag);
+    EXPECT_TRUE(!other->AllowDragDrop() && other->Checkboxes() && other->Locked() && other->ShowDefaultMapOnly());
+    EXPECT_EQ(other->CaptionStyle(), csIdentifier);
+    const std::pair<Value, int> styles[] = {
+        {int64_t{7}, 7}, {int64_t{1} << 40, csTitle}, {Text(u"1"), csTitle}, {int64_t{-1}, -1}};
+    for (const auto& [style, shown] : styles) { // any number is kept, and shows the titles
+        bag.values = {{u"AllowDragDrop", Value()}, {u"Locked", Text(u"?")}, {u"CaptionStyle", style}};
+        other->ReadProperties(bag);
+        EXPECT_TRUE(other->AllowDragDrop() && !other->Locked() && !other->Checkboxes());
+        EXPECT_EQ(static_cast<int>(other->CaptionStyle()), shown);
+    }
 }
 
 } // namespace

@@ -84,6 +84,13 @@ TEST_F(LessonMap, CaptionsAndPictures) {
         EXPECT_EQ(CaptionOf(u"gone"), "gone") << "the lesson has no such storyboard";
         EXPECT_EQ(tree.Find(u"gone")->Image(), modGeneric::ImageIndexFromKey(u"_undefined", pictures));
     }
+    Node& page = *tree.Find(u"s");
+    modLME::SetStoryboardCaption(nullptr, page, csTitle, pictures); // one that is missing
+    EXPECT_EQ(page.Image(), modGeneric::ImageIndexFromKey(u"_undefined", pictures));
+    EXPECT_EQ(CaptionOf(u"s"), ToUtf8(cases[3].byTitle));
+    EXPECT_TRUE(modLME::MoveNode(tree, tree.Find(u"gone"), smtOutdent));
+    EXPECT_FALSE(modLME::MoveNode(tree, tree.Find(u"gone"), smtOutdent));
+    EXPECT_EQ(Print(tree), "Main: s gone");
     const PictureKeys hosts({u"_custom", u"scene", u"scene", u""});
     EXPECT_EQ(hosts.IndexOfType(u"Scene"), 2);
     EXPECT_EQ(hosts.IndexOfType(u""), 1) << "a list without a picture for it";
