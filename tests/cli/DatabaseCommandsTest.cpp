@@ -70,19 +70,6 @@ TEST(SampleTest, ReplacesOnlyWhenForced) {
     ExpectSaid(folder.File(u""), {{"sample --force", 1, ""}});
 }
 
-TEST(ValidateTest, PrintsWhatThePanelShows) {
-    const TempFolder folder;
-    const Text missing = folder.File(u"none.db");
-    ExpectSaid(missing, {{"validate", 1, "file not found\n"},
-                         {"validate --catalog \"\"", 1, "no file selected\n"},
-                         {"validate", 1, "'" + ToUtf8(missing) + "' was not found.  Select a valid velmora database"}});
-    ExpectSaid(folder.Write(u"text.db", std::string(5000, 'x')), {{"validate", 1, "\n\nerror details\n"}});
-    ExpectSaid(folder.Write(u"empty.db", ""), {{"validate", 1, "velmoraAutonumbers"}});
-    ExpectSaid(u"Driver={No such driver};Database=x",
-               {{"validate --catalog \"Kurs 語\"", 1, "to 'Kurs 語'.\n\nCheck with your administrator"}});
-    EXPECT_FALSE(modGeneric::FileExists(missing));
-}
-
 class CommandsTest : public EngineTest {};
 
 TEST_P(CommandsTest, CourseOnAnyEngine) {

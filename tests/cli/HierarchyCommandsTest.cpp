@@ -100,19 +100,6 @@ TEST(EntryCommandsTest, DescribeTheTreeAndItsEntries) {
                {{"info l2", 3, "lock data not available\n"}, {"info l2", 3, "The locks could not be read: "}});
 }
 
-TEST(TreeCommandTest, ChainStaysReadable) {
-    TestDatabase database(Engine::SQLite);
-    std::vector<Text> statements = Schema::CreateStatements(Schema::Database::Content, Engine::SQLite);
-    statements.push_back(u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 5000) INSERT INTO "
-                         u"velmoraLessons (lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, "
-                         u"sortPosition, lessonType) SELECT 'i' || i, 't', '', CASE i WHEN 1 THEN '' ELSE 'i' || (i - "
-                         u"1) END, i, 1, 0 FROM n");
-    database.Run(statements);
-    const Outcome deep = RunOn(database.ConnectionString(), "tree");
-    EXPECT_THAT(deep.output, EndsWith("(5000) t  empty\n"));
-    EXPECT_LT(deep.output.size(), 5000u * 200);
-}
-
 TEST(EditCommandTest, SavesNothingWhenOneCommandIsWrong) {
     const TempFolder folder;
     TestDatabase database(Engine::SQLite);

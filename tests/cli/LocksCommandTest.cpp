@@ -93,22 +93,17 @@ TEST_P(LocksCommandTest, DeletesWithinTheRights) {
     EXPECT_EQ(database->Ask(u"SELECT machineName FROM velmoraUserLocks"), u"m9");
 }
 
-TEST(LockDeletionTest, SaysWhatSurvivesAndWhatFails) {
-    TestDatabase database(Engine::SQLite);
+TEST(LockDeletionTest, SaysWhatWasTakenAgain) {
+    const TestDatabase database(Engine::SQLite);
     MakeCourse(database);
     database.Run(
         {LockRow(u"l1", u"anna", u"m1", 1), LockRow(u"l2", u"anna", u"m2", 1),
          u"CREATE TRIGGER again AFTER DELETE ON velmoraUserLocks WHEN old.machineName = 'm1' BEGIN INSERT INTO "
          u"velmoraUserLocks VALUES (old.lessonID, old.username, old.machineName, old.machineIP, 'new', "
          u"'2030-01-01 00:00:00', old.lockType); END"});
-    const Said taken{"locks --delete --as anna --yes", 1,
-                     "by anna: not deleted: it was taken again in the meantime\n1 of 2 locks deleted\n"};
-    ExpectSaid(database.ConnectionString(), {taken});
-    database.Run({u"DROP TRIGGER again", LockRow(u"l2", u"anna", u"m2", 1),
-                  u"CREATE TRIGGER no BEFORE DELETE ON velmoraUserLocks WHEN old.machineName = 'm2' BEGIN SELECT "
-                  u"RAISE(ABORT, 'closed for today'); END"});
-    ExpectSaid(database.ConnectionString(), {{taken.line, 3, "closed for today"}});
-    EXPECT_EQ(database.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"2");
+    ExpectSaid(database.ConnectionString(),
+               {{"locks --delete --as anna --yes", 1,
+                 "by anna: not deleted: it was taken again in the meantime\n1 of 2 locks deleted\n"}});
 }
 
 } // namespace

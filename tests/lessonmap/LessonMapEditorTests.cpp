@@ -47,6 +47,8 @@ TEST_F(LessonMapEditorTest, ShowsALessonAndItsCurrentStoryboard) {
     editor->SetLesson(lesson);
     EXPECT_EQ(Heard(), "selected -");
     EXPECT_EQ(lesson->CurrentSBID(), u"gone") << "the record of a page that no node shows is kept";
+    editor->SetCurrentSBID(u"");
+    EXPECT_EQ(lesson->CurrentSBID(), u"") << "until the host takes it away";
 
     editor->SetLesson(nullptr);
     EXPECT_EQ(Heard(), "");
@@ -279,6 +281,9 @@ TEST_F(LessonMapEditorTest, ChecksGoWithTheBoxesAndTheLesson) {
 TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
     const auto key = [this](int code) { return [this, code] { editor->KeyDown(code); }; };
     const auto release = [this](MouseButton button) { return [this, button] { editor->MouseUp(button); }; };
+    const auto settle = [this] {
+        if (window->running.contains(TreeTimer::Checkstate)) editor->OnTimer(TreeTimer::Checkstate);
+    };
     const auto duringADrag = [this](std::function<void()> act) {
         return [this, act = std::move(act)] {
             DragTo(u"d", u"a");
@@ -337,12 +342,9 @@ TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
              editor->MouseUp(MouseButton::Left);
          },
          "changed 2, selected a, changed 2, selected d", ""},
-        {"box clicked", [&] { editor->Click(window->AtBox(At(u"d")), false), editor->OnTimer(TreeTimer::Checkstate); },
-         "checked", "checked"},
-        {"double click", [&] { editor->DblClick(window->At(At(u"d")), false), editor->OnTimer(TreeTimer::Checkstate); },
-         "checked", "checked"},
-        {"three bursts of space", [&] { key(32)(), key(32)(), key(32)(), editor->OnTimer(TreeTimer::Checkstate); },
-         "checked", "checked"},
+        {"box clicked", [&] { editor->Click(window->AtBox(At(u"d")), false), settle(); }, "checked", "checked"},
+        {"double click", [&] { editor->DblClick(window->At(At(u"d")), false), settle(); }, "checked", "checked"},
+        {"three bursts of space", [&] { key(32)(), key(32)(), key(32)(), settle(); }, "checked", "checked"},
     };
     for (const bool isLocked : {false, true}) {
         for (const auto& [what, act, told, toldWhenLocked] : cases) {

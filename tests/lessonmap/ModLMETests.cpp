@@ -53,6 +53,7 @@ TEST_F(LessonMap, IsBuiltWithTheDefaultMapFirstAndRepaired) {
         EXPECT_EQ(Print(*sample), stored) << maps;
         EXPECT_EQ(sample->Maps()->DefaultMap()->Name(), tree.First()->Key()) << maps;
     }
+    modLME::SaveMapLayouts(tree, nullptr);
     EXPECT_FALSE(modLME::BuildMap(nullptr, pictures, lesson, csTitle, false));
     EXPECT_FALSE(Build(nullptr));
     EXPECT_TRUE(tree.IsEmpty());
