@@ -192,7 +192,7 @@ void LessonMapEditor::MoveCurrent(StoryboardMovementTypes movement) {
     if (IsStill(was)) Raise(MapChanged, mctStoryboardMoved);
 }
 
-// The user's doing: nobody else can be told of a failure.
+// The user's doing: nobody else can be told of a failure. Whoever ends the drag tells the selection.
 void LessonMapEditor::OnDrop(Node& dragged, const DropTarget& target) {
     const auto self = shared_from_this();
     const LessonRef was = lesson;
@@ -201,7 +201,6 @@ void LessonMapEditor::OnDrop(Node& dragged, const DropTarget& target) {
     TellFailures(u"Drop", [&] {
         const OperationGuard busy(*this);
         const NotificationGuard silence(*this);
-        isDropped = true;
         KeepEdit([&] {
             const TreeUpdate update(*tree);
             DropNode(*tree, dragged, target);
@@ -211,7 +210,6 @@ void LessonMapEditor::OnDrop(Node& dragged, const DropTarget& target) {
         if (CurrentSBID() != sbidBeforeDrag) RecordSelection();
     });
     if (isKept && IsStill(was)) Raise(MapChanged, mctStoryboardMoved);
-    if (isDropped && CurrentSBID() != sbidBeforeDrag) TellFailures(u"Drop", [&] { TellSelection(was); });
 }
 
 void LessonMapEditor::SetAllChecks(bool checked) {

@@ -140,8 +140,7 @@ private:
     LessonMapEditorCaptionStyles captionStyle = csTitle;
     LMEDragDropSupport drag;
     LMESubclasser subclasser;
-    bool isClosed = false, isBusy = false, isFrozen = false, isExpanding = false, isCollapsing = false,
-         isDropped = false;
+    bool isClosed = false, isBusy = false, isFrozen = false, isExpanding = false, isCollapsing = false;
     int suspendedNotifications = 0;
     mutable int depth = 0; // of events and questions to the lesson's objects within each other
     Text sbidBeforeDrag;

@@ -50,7 +50,7 @@ void LessonMapEditor::OnMouseDown(MouseButton button) {
 
 void LessonMapEditor::OnMouseMove(MouseButton button) {
     const auto self = shared_from_this();
-    if (button != MouseButton::Left || locked || !allowDragDrop) return;
+    if (button != MouseButton::Left) return;
     if (drag.Active()) {
         drag.OnItemDrag();
         return;
@@ -60,7 +60,7 @@ void LessonMapEditor::OnMouseMove(MouseButton button) {
         if (Node* const node = window->HitTest(window->Pointer()).node) tree->Select(node);
     });
     // The host heard of the selection and may have done anything.
-    if (!drag.ShouldBeginDrag() || locked || !allowDragDrop || isBusy) return;
+    if (!drag.ShouldBeginDrag() || isBusy) return;
     sbidBeforeDrag = CurrentSBID();
     subclasser.SetActive(false);
     drag.BeginDrag();
@@ -71,7 +71,6 @@ void LessonMapEditor::OnMouseUp(MouseButton button) {
     if (button == MouseButton::Left) {
         const bool wasDrag = drag.Active();
         const LessonRef was = lesson;
-        isDropped = false;
         if (wasDrag) {
             drag.FinishDrag();
         } else {
@@ -79,8 +78,8 @@ void LessonMapEditor::OnMouseUp(MouseButton button) {
         }
         // Setting it stops a check event that is due, so only when it is off.
         if (!subclasser.Active() && suspendedNotifications == 0) subclasser.SetActive(true);
-        // A drop that was refused has selected its target all the same.
-        if (wasDrag && !isDropped && IsStill(was) && CurrentSBID() != sbidBeforeDrag) {
+        // Also a drop that was refused has selected its target.
+        if (wasDrag && IsStill(was) && CurrentSBID() != sbidBeforeDrag) {
             TellFailures(u"Select", [this] { OnSelectionChanged(); });
         }
     } else if (button == MouseButton::Right && !drag.Active() && !locked) {

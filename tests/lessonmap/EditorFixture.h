@@ -52,12 +52,12 @@ protected:
     // The button stays down; either node may go under way.
     void DragTo(const Text& from, const Text& to, int part = 10) {
         window->MoveTo(window->At(At(from)));
-        editor->MouseDown(MouseButton::Left);
+        editor->OnMouseDown(MouseButton::Left);
         window->MoveTo(window->At(At(from), 95));
-        editor->MouseMove(MouseButton::Left);
+        editor->OnMouseMove(MouseButton::Left);
         if (!editor || !tree->Find(to)) return;
         window->MoveTo(window->At(At(to), part));
-        editor->MouseMove(MouseButton::Left);
+        editor->OnMouseMove(MouseButton::Left);
     }
     std::shared_ptr<Storyboard> Page(const Text& sbid) { return lesson->Storyboards()->Item(sbid); }
     std::shared_ptr<ContentStoryboard> NewPage(const Text& sbid) {

@@ -279,8 +279,8 @@ TEST_F(LessonMapEditorTest, ChecksGoWithTheBoxesAndTheLesson) {
 }
 
 TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
-    const auto key = [this](int code) { return [this, code] { editor->KeyDown(code); }; };
-    const auto release = [this](MouseButton button) { return [this, button] { editor->MouseUp(button); }; };
+    const auto key = [this](int code) { return [this, code] { editor->OnKeyDown(code); }; };
+    const auto release = [this](MouseButton button) { return [this, button] { editor->OnMouseUp(button); }; };
     const auto settle = [this] {
         if (window->running.contains(TreeTimer::Checkstate)) editor->OnTimer(TreeTimer::Checkstate);
     };
@@ -289,7 +289,7 @@ TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
             DragTo(u"d", u"a");
             act();
             if (editor->IsDragging()) Hear("dragging");
-            editor->KeyPress(27);
+            editor->OnKeyPress(27);
             tree->Select(&At(u"e"));
         };
     };
@@ -300,50 +300,52 @@ TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
     } cases[] = {
         {"delete", key(46), "delete", ""},
         {"another key", key(45), "", ""},
-        {"delete on a map", [&] { tree->Select(&At(u"A")), editor->KeyDown(46); }, "selected -", "selected -"},
+        {"delete on a map", [&] { tree->Select(&At(u"A")), editor->OnKeyDown(46); }, "selected -", "selected -"},
         {"right button", release(MouseButton::Right), "menu", ""},
         {"no button", release(MouseButton::None), "", ""},
         {"delete in a drag", duringADrag(key(46)), "dragging, selected e", "selected e"},
-        {"another key in a drag", duringADrag([&] { EXPECT_FALSE(editor->KeyPress(28)); }), "dragging, selected e",
+        {"another key in a drag", duringADrag([&] { EXPECT_FALSE(editor->OnKeyPress(28)); }), "dragging, selected e",
          "selected e"},
         {"right button in a drag", duringADrag(release(MouseButton::Right)), "dragging, selected e", "selected e"},
-        {"right press in a drag", duringADrag([&] { editor->MouseDown(MouseButton::Right); }), "selected e",
+        {"right press in a drag", duringADrag([&] { editor->OnMouseDown(MouseButton::Right); }), "selected e",
          "selected e"},
-        {"escape", duringADrag([&] { EXPECT_EQ(editor->KeyPress(27), !editor->Locked()); }), "selected e",
+        {"left press in a drag", duringADrag([&] { editor->OnMouseDown(MouseButton::Left); }), "dragging, selected e",
+         "selected e"},
+        {"escape", duringADrag([&] { EXPECT_EQ(editor->OnKeyPress(27), !editor->Locked()); }), "selected e",
          "selected e"},
         {"locked in a drag", duringADrag([&] { editor->SetLocked(true); }), "selected e", "selected e"},
         {"dragging forbidden in a drag", duringADrag([&] { editor->SetAllowDragDrop(false); }), "selected e",
          "selected e"},
         {"moved with the right button",
          [&] {
-             editor->MouseDown(MouseButton::Right);
+             editor->OnMouseDown(MouseButton::Right);
              window->MoveTo(window->At(At(u"e")));
-             editor->MouseMove(MouseButton::Right);
-             editor->MouseMove(MouseButton::Left);
+             editor->OnMouseMove(MouseButton::Right);
+             editor->OnMouseMove(MouseButton::Left);
          },
          "", ""},
         {"pressed, released, moved",
          [&] {
              window->MoveTo(window->At(At(u"d")));
-             editor->MouseDown(MouseButton::Left);
-             editor->MouseUp(MouseButton::Left);
+             editor->OnMouseDown(MouseButton::Left);
+             editor->OnMouseUp(MouseButton::Left);
              window->MoveTo(window->At(At(u"e")));
-             editor->MouseMove(MouseButton::Left);
+             editor->OnMouseMove(MouseButton::Left);
              if (editor->IsDragging()) Hear("dragging");
          },
          "", ""},
-        {"dropped", [&] { DragTo(u"d", u"b"), editor->MouseUp(MouseButton::Left); }, "changed 2, selected b", ""},
-        {"dropped on itself", [&] { DragTo(u"d", u"d"), editor->MouseUp(MouseButton::Left); }, "", ""},
+        {"dropped", [&] { DragTo(u"d", u"b"), editor->OnMouseUp(MouseButton::Left); }, "changed 2, selected b", ""},
+        {"dropped on itself", [&] { DragTo(u"d", u"d"), editor->OnMouseUp(MouseButton::Left); }, "", ""},
         {"dropped twice, there and back",
          [&] {
              DragTo(u"d", u"a");
-             editor->MouseUp(MouseButton::Left);
+             editor->OnMouseUp(MouseButton::Left);
              DragTo(u"a", u"d");
-             editor->MouseUp(MouseButton::Left);
+             editor->OnMouseUp(MouseButton::Left);
          },
          "changed 2, selected a, changed 2, selected d", ""},
-        {"box clicked", [&] { editor->Click(window->AtBox(At(u"d")), false), settle(); }, "checked", "checked"},
-        {"double click", [&] { editor->DblClick(window->At(At(u"d")), false), settle(); }, "checked", "checked"},
+        {"box clicked", [&] { editor->OnClick(window->AtBox(At(u"d")), false), settle(); }, "checked", "checked"},
+        {"double click", [&] { editor->OnDblClick(window->At(At(u"d")), false), settle(); }, "checked", "checked"},
         {"three bursts of space", [&] { key(32)(), key(32)(), key(32)(), settle(); }, "checked", "checked"},
     };
     for (const bool isLocked : {false, true}) {
@@ -378,10 +380,10 @@ TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
     const auto isOpen = [this] { return std::pair(At(u"b").IsExpanded(), At(u"c").IsExpanded()); };
     for (const bool withKeys : {false, true, false, true}) {
         editor->CollapseAll();
-        editor->NodeExpanded(At(u"a"), withKeys);
+        editor->OnExpanded(At(u"a"), withKeys);
         EXPECT_EQ(isOpen(), std::pair(withKeys, withKeys));
         editor->ExpandAll();
-        editor->NodeCollapsed(At(u"a"), withKeys);
+        editor->OnCollapsed(At(u"a"), withKeys);
         EXPECT_EQ(isOpen(), std::pair(!withKeys, !withKeys));
     }
     // Resting on a closed node during a drag opens it.
@@ -422,11 +424,11 @@ TEST_F(LessonMapEditorTest, AReleasedEditorSaysNothingMore) {
     const std::function<void()> triggers[] = {
         [this] { editor->SetCurrentSBID(u"b"); },
         [this] { editor->MoveCurrent(smtNextMap); },
-        [this] { editor->KeyDown(46); },
-        [this] { editor->MouseUp(MouseButton::Right); },
+        [this] { editor->OnKeyDown(46); },
+        [this] { editor->OnMouseUp(MouseButton::Right); },
         [this] { editor->SetCheckboxes(true); },
         [this] { editor->SetLocked(true); },
-        [this] { editor->Click(window->AtBox(At(u"a")), false), editor->OnTimer(TreeTimer::Checkstate); },
+        [this] { editor->OnClick(window->AtBox(At(u"a")), false), editor->OnTimer(TreeTimer::Checkstate); },
         [this] { editor->TellFailures(u"Test", [] { throw Error(5, u"failed"); }); },
     };
     for (const auto& trigger : triggers) {
