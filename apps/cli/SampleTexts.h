@@ -76,7 +76,7 @@ inline constexpr SamplePage SamplePages[] = {
     {u"Check yourself: 10 questions", u"test"},
     {u"Where to go next", u"menu"},
     {u"Γλωσσάριο & \"terms\"", u"text"},
-    {u"Party time 🎉", u"fireworks"}, // a type without a picture of its own
+    {u"Party time ♫", u"fireworks"}, // a type without a picture of its own
 };
 inline constexpr TextView SampleMaps[] = {u"Extras", u"Дополнительно", u"補足", u"For teachers"};
 

@@ -152,6 +152,7 @@ def manual():
            "Each class is followed by its traps, and by what was decided here where the documentation is silent. Which calls",
            "raise errors or events is described for the [hierarchy](hierarchy.md), the [lesson map](lesson-map.md), the",
            "[lock list](locks.md), and the [validator and the picker](validator-and-picker.md).",
+           "[pictures.md](pictures.md) shows every control in light and high-contrast colours.",
            "Arguments in brackets may be left out. [errors.md](errors.md) lists the error numbers,",
            "[connections.md](connections.md) the connection strings.", "",
            "    tools/wine ocx_tests.exe --gtest_filter='TypeLibraryTest.*'     compares the libraries with the snapshots",
