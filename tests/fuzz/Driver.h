@@ -99,7 +99,6 @@ void DriveHierarchy(Input input);
 void DriveHierarchyOn(Input input, const test::TestDatabase& database); // with the tables, whatever their rows
 void DriveLessonMap(Input input);
 void DriveLocks(Input input);
-void DriveValidation(Input input);
 // The first byte chooses a course file, what follows changes it.
 void DriveFile(Input input);
 

@@ -15,7 +15,6 @@ std::span<const Target> Targets() {
         {"hierarchy", DriveHierarchy, 60, 200},
         {"lessonmap", DriveLessonMap, 300, 200},
         {"locks", DriveLocks, 60, 60},
-        {"validation", DriveValidation, 60, 30},
         {"file", DriveFile, 300, 30},
     };
     return targets;

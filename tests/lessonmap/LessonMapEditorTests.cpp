@@ -264,9 +264,10 @@ TEST_F(LessonMapEditorTest, MovesUpdatesAndRefreshes) {
 TEST_F(LessonMapEditorTest, ChecksGoWithTheBoxesAndTheLesson) {
     Open("A: a( b( c ) d ) e | B: f | C: g");
     editor->SetCheckboxes(true);
-    for (const char16_t* key : {u"a", u"c", u"f", u"A"}) At(key).SetChecked(true);
-    EXPECT_EQ(editor->CheckedStoryboardCount(), 3) << "a map is no storyboard";
-    EXPECT_EQ(Print(*editor->GetCheckedLesson()), "A: a( c ) | B: f");
+    for (const char16_t* key : {u"a", u"c", u"e", u"f", u"A"}) At(key).SetChecked(true);
+    EXPECT_EQ(editor->CheckedStoryboardCount(), 4) << "a map is no storyboard";
+    EXPECT_EQ(Print(*editor->GetCheckedLesson()), "A: a( c ) e | B: f");
+    EXPECT_EQ(editor->GetCheckedLesson()->Maps()->DefaultMap()->Name(), u"A");
     editor->UncheckAllStoryboards();
     EXPECT_EQ(Print(*editor->GetCheckedLesson()), "A:");
     editor->CheckAllStoryboards();
@@ -412,7 +413,12 @@ TEST_F(LessonMapEditorTest, TheDisplayIsLockedForWhicheverWindow) {
     // A tree that a host fills by itself.
     tree->Select(&tree->Add(nullptr, Place::LastChild, u"x"));
     EXPECT_EQ(Heard(), "selected -");
+    // One without a window, and how it ends.
     auto made = LessonMapEditor::Create();
+    made->AfterSelectionChange.Add([this](const auto&) { Hear("told"); });
+    made->SetLesson(MakeLesson("A: a"));
+    made->SetCurrentSBID(u"a");
+    EXPECT_EQ(Heard(), "told, told");
     const std::weak_ptr<LessonMapEditor> known = made;
     const std::weak_ptr<NodeTree> itsTree = made->tvwObject();
     made.reset();

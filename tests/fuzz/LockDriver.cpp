@@ -1,13 +1,9 @@
-// Hosts that do something of their own inside the events of the lock list, the validator and the catalog picker.
+// The lock list on rows that change, with a host that does something of its own inside the events.
 #include "fuzz/Driver.h"
 
-#include "controls/ComboBox.h"
-#include "data/Schema.h"
 #include "hierarchy/EditorFixture.h"
 #include "locks/LockManager.h"
 #include "locks/LockRules.h"
-#include "validation/DatabaseValidator.h"
-#include "validation/SQLDBPicker.h"
 
 namespace dax::fuzz {
 
@@ -158,142 +154,8 @@ private:
         std::make_unique<LockManager>(list, [] { return DateTime{2026, 3, 1, 12, 0, 0}; });
 };
 
-// A content database, a connector, and files that are neither.
-struct Places {
-    test::TestDatabase content{Engine::SQLite}, connector{Engine::SQLite};
-    test::TempFolder folder;
-    std::vector<Text> paths;
-    Places() {
-        test::CreateTables(content);
-        std::vector<Text> statements = Schema::CreateStatements(Schema::Database::Connector, Engine::SQLite);
-        for (const char16_t* row :
-             {u"velmoraDBUsers (userID, username, superUser) VALUES (1, 'ann', 1)",
-              u"velmoraDBUsers (userID, username, superUser) VALUES (2, 'o''hara', 0)",
-              u"velmoraDBUsers (userID, username, superUser) VALUES (3, 'bob', NULL)",
-              u"velmoraDBList (dbID, dbCatalogName, username, password, dbTitle) VALUES (1, 'a', 'u', 'p', 'Title')",
-              u"velmoraDBList (dbID, dbCatalogName, username, password, dbTitle) VALUES (2, 'b', 'u', 'p', 'Title')",
-              u"velmoraDBList (dbID, dbTitle) VALUES (3, NULL)",
-              u"velmoraDBUserRights (userID, dbID, rights) VALUES (2, 2, 2)"})
-            statements.push_back(Text(u"INSERT INTO ") + row);
-        connector.Run(statements);
-        paths = {content.Name(),
-                 connector.Name(),
-                 folder.File(u"none.db"),
-                 folder.Write(u"text.db", "no database"),
-                 folder.Write(u"empty.db", ""),
-                 u""};
-    }
-};
-
-class ValidationDriver {
-public:
-    explicit ValidationDriver(Input input) : bytes(input) {
-        validator->Changed.Add([this] { CallBack(); });
-        validator->ProcessMessages = [this] { CallBack(); };
-        MakePicker();
-    }
-
-    void Run() {
-        while (!bytes.AtEnd()) {
-            if (!validator) validator = std::make_shared<DatabaseValidator>();
-            if (!picker) MakePicker();
-            Step();
-            Require(found.empty(), found);
-        }
-    }
-
-private:
-    const Text& Any() { return places().paths[bytes.Below(places().paths.size())]; }
-    static const Places& places() {
-        static const Places made;
-        return made;
-    }
-    void MakePicker() {
-        picker = std::make_unique<SQLDBPicker>(list);
-        picker->CatalogChanged.Add(
-            [this](const Text& catalog, const Text&, const Text&, const Text& title, const Text&) {
-                if (catalog != picker->DBCatalog() || title != picker->Title()) found = "what is told is not so";
-                CallBack();
-            });
-    }
-    void CallBack() {
-        try {
-            if (depth < 3 && bytes.Below(3) == 0) Step();
-        } catch (const Finding& finding) {
-            found = finding.what(); // the validator would make it an outcome of its own
-        }
-        if (bytes.Below(20) == 19) validator.reset();
-        if (bytes.Below(20) == 19) picker.reset();
-    }
-
-    void Step() {
-        ++depth;
-        const auto hold = validator; // as whoever calls one has to
-        try {
-            if (const auto what = bytes.Below(12); what < 6 && hold)
-                Validate(*hold, what);
-            else if (what >= 6 && picker)
-                Pick(what);
-        } catch (const Error& error) {
-            Require(!error.Description().empty(), "an error has a text");
-        }
-        --depth;
-    }
-
-    void Validate(DatabaseValidator& valid, size_t what) {
-        const Text path = Any(), other = Any();
-        const bool isMDB = bytes.Below(2) == 0;
-        switch (what) {
-        case 0:
-        case 1:
-        case 2: {
-            const bool isValid = valid.ValidateDataConnection(path, isMDB ? path : other, isMDB);
-            Require(!isValid || path == places().content.Name(), "only a content database is valid");
-            break;
-        }
-        case 3: {
-            const bool isValid = valid.ValidateCommonConnection(path, u"s", other, bytes.OneOf(names));
-            Require(!isValid || path == places().connector.Name(), "only a connector is valid");
-            break;
-        }
-        case 4:
-            bytes.Below(2) ? valid.ShowDesignSample(u"Name") : valid.LeaveDesignMode();
-            break;
-        default:
-            (void)valid.ValidateSupportsTalk(path);
-            valid.ClearDisplay();
-        }
-    }
-
-    // The picker may be gone after each call.
-    void Pick(size_t what) {
-        static constexpr const char16_t* catalogs[] = {u"a", u"b", u"", u"none"};
-        if (what < 9) {
-            const Text path = Any(), user = bytes.OneOf(names);
-            picker->LoadPicker(path, user, bytes.OneOf(catalogs));
-        } else if (what == 9) {
-            list->SetListIndex(static_cast<int>(bytes.Below(5)) - 1);
-        } else if (what == 10) {
-            picker->UpdateConnectionHistory(bytes.OneOf(names), u"ip", u"os", u"1");
-        } else {
-            bytes.Below(2) ? picker->Clear() : picker->SetDesignMode(bytes.Below(2) == 0);
-        }
-        if (!picker) return;
-        Require(list->ListIndex() < list->ListCount(), "what is chosen is in the list");
-        Require(picker->DBCatalog().empty() || !picker->ConnectionString().empty(), "a catalog has a connection");
-    }
-
-    Bytes bytes;
-    int depth = 0;
-    std::string found; // inside an event
-    std::shared_ptr<DatabaseValidator> validator = std::make_shared<DatabaseValidator>();
-    std::shared_ptr<MemoryComboBox> list = std::make_shared<MemoryComboBox>();
-    std::unique_ptr<SQLDBPicker> picker;
-};
-
 } // namespace
 
 void DriveLocks(Input input) { LockDriver(input).Run(); }
-void DriveValidation(Input input) { ValidationDriver(input).Run(); }
 
 } // namespace dax::fuzz
