@@ -79,7 +79,6 @@ constexpr std::array<Dialect, 6> dialects = {{
     {
         .engine = Engine::SQLServer,
         .name = u"SQL Server",
-        .fetchesFromServer = true,
         .settings = serverSettings,
         .fractionDigits = 3,
         .openQuote = u'[',
@@ -140,7 +139,6 @@ constexpr std::array<Dialect, 6> dialects = {{
     {
         .engine = Engine::Other,
         .name = u"the database",
-        .fetchesFromServer = true,
         .valueMarks = ValueMarks::WhereNeeded,
         .fractionDigits = 3,
         .howToGetDriver = u"Check its name in the connection string, or install it.",

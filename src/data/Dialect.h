@@ -44,9 +44,7 @@ struct Dialect {
     TextView name;          // as people call it
     bool isBuiltIn = false; // reached without a driver
 
-    // Waiting; true where the driver asks the server for rows while they are fetched, and has not read them all before.
     Waiting waiting = Waiting::OnThread;
-    bool fetchesFromServer = false;
 
     // Connecting: the options forced upon the driver, the statements run first, a query that must give `answer`.
     std::span<const DriverOption> driverOptions = {};

@@ -36,23 +36,6 @@ Value FromText(TextView text, FieldType type) {
 
 } // namespace
 
-void StoredRows::Read(Statement& rows, size_t columnCount) {
-    columns = columnCount;
-    for (; rows.Next(); ++count) {
-        for (size_t column = 0; column < columns; ++column) {
-            const bool isThere = rows.AppendField(column, texts);
-            places.push_back(uint64_t{texts.size()} * 2 + (isThere ? 0 : 1));
-        }
-    }
-}
-
-std::optional<TextView> StoredRows::Field(size_t row, size_t column) const {
-    const uint64_t* const place = &places[row * columns + column];
-    if ((place[1] & 1) != 0) return {};
-    const auto begin = static_cast<size_t>(place[0] / 2), end = static_cast<size_t>(place[1] / 2);
-    return TextView(texts).substr(begin, end - begin);
-}
-
 void RecordsetState::Open(const Text& source, Connection& newConnection, CursorTypes, LockTypes lock, int options) {
     (void)newConnection.Opened(); // throws when it is closed
     connection = &newConnection;

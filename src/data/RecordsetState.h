@@ -2,24 +2,11 @@
 #pragma once
 
 #include "data/Recordset.h"
-#include "data/Session.h"
+#include "data/StoredRows.h"
 
 #include <optional>
 
 namespace dax {
-
-// All rows of a client-side cursor: one long text and where each value ends in it.
-class StoredRows {
-public:
-    void Read(Statement& rows, size_t columnCount);
-    size_t Count() const { return count; }
-    std::optional<TextView> Field(size_t row, size_t column) const; // nothing for NULL
-
-private:
-    size_t columns = 0, count = 0;
-    std::vector<uint64_t> places = {0}; // behind the first: twice where each value ends, and 1 more when it is NULL
-    Text texts;
-};
 
 class RecordsetState {
 public:

@@ -23,15 +23,16 @@ void StayLoaded() {
 
 } // namespace
 
+struct CallThread::Call {
+    std::function<void()> job;
+    std::exception_ptr failure;
+    bool isDone = false;
+};
+
 struct CallThread::State {
-    struct Call {
-        std::function<void()> job;
-        std::exception_ptr failure;
-        bool isDone = false;
-    };
     std::mutex mutex;
     std::condition_variable hasWork, hasEnded;
-    std::deque<std::shared_ptr<Call>> calls;
+    std::deque<Ticket> calls;
     bool isClosed = false;
     uint64_t awaited = 0, lastAwaited = 0; // numbers of jobs; 0: nobody waits
 };
@@ -55,7 +56,7 @@ void CallThread::Work(const std::shared_ptr<State>& state) {
     for (;;) {
         state->hasWork.wait(lock, [&] { return !state->calls.empty() || state->isClosed; });
         if (state->calls.empty()) return;
-        const std::shared_ptr<State::Call> call = std::move(state->calls.front());
+        const Ticket call = std::move(state->calls.front());
         state->calls.pop_front();
         lock.unlock();
         try {
@@ -70,13 +71,18 @@ void CallThread::Work(const std::shared_ptr<State>& state) {
     }
 }
 
-bool CallThread::Run(std::function<void()> job, Time end) {
-    const auto call = std::make_shared<State::Call>();
+CallThread::Ticket CallThread::Start(std::function<void()> job) {
+    auto call = std::make_shared<Call>();
     call->job = std::move(job);
-    std::unique_lock lock(state->mutex);
-    if (isGivenUp) return false;
+    const std::scoped_lock lock(state->mutex);
     state->calls.push_back(call);
     state->hasWork.notify_one();
+    return call;
+}
+
+bool CallThread::Wait(const Ticket& call, Time end) {
+    std::unique_lock lock(state->mutex);
+    if (isGivenUp) return false;
     state->awaited = ++state->lastAwaited;
     state->hasEnded.wait_until(lock, end, [&] { return call->isDone || isGivenUp; });
     state->awaited = 0;
@@ -89,14 +95,6 @@ bool CallThread::Run(std::function<void()> job, Time end) {
     lock.unlock();
     if (call->failure) std::rethrow_exception(call->failure);
     return true;
-}
-
-void CallThread::Leave(std::function<void()> job) {
-    auto call = std::make_shared<State::Call>();
-    call->job = std::move(job);
-    const std::scoped_lock lock(state->mutex);
-    state->calls.push_back(std::move(call));
-    state->hasWork.notify_one();
 }
 
 void CallThread::GiveUp() {

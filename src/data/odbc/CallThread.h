@@ -23,11 +23,15 @@ public:
     CallThread(const CallThread&) = delete;
     CallThread& operator=(const CallThread&) = delete;
 
-    // Runs the job there and throws what it throws. False when it had not ended by then, which gives the thread up, or
-    // when the thread was given up before or meanwhile. What the job captured is gone when this returns true.
-    bool Run(std::function<void()> job, Time end);
+    // A job that was started.
+    struct Call;
+    using Ticket = std::shared_ptr<Call>;
     // Without waiting; also on a thread that was given up.
-    void Leave(std::function<void()> job);
+    Ticket Start(std::function<void()> job);
+    // Waits for the job, once, and throws what it has thrown. False when it has not ended by then, which gives the
+    // thread up, or when the thread was given up before or meanwhile. What the job captured is gone when this is true.
+    bool Wait(const Ticket& call, Time end);
+    bool Run(std::function<void()> job, Time end) { return !isGivenUp && Wait(Start(std::move(job)), end); }
     // From any thread.
     bool IsGivenUp() const { return isGivenUp; }
     // The number of the job that somebody waits for; 0: none.

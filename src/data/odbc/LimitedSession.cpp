@@ -1,9 +1,12 @@
 #include "data/odbc/LimitedSession.h"
 
 #include "base/Error.h"
+#include "data/StoredRows.h"
 #include "data/odbc/OdbcStatement.h"
 
 #include <algorithm>
+#include <exception>
+#include <utility>
 
 namespace dax {
 
@@ -14,8 +17,30 @@ struct HeldStatement {
     std::shared_ptr<OdbcConnection> connection;
     std::unique_ptr<OdbcStatement> statement;
     bool isToClose = false; // it gives rows, or has failed in the midst of several
-    bool hasRow = false;
+    int64_t rowCount = -1;
 };
+
+// Rows that the thread has read, and why it could not go on.
+struct Block {
+    StoredRows rows;
+    bool isLast = false;
+    std::exception_ptr failure;
+
+    void Fill(OdbcStatement& statement, size_t rowsAtMost) {
+        constexpr size_t unitsAtMost = 65536;
+        rows.Clear();
+        isLast = true;
+        try {
+            isLast = !rows.Read(statement, statement.Columns().size(), rowsAtMost, unitsAtMost);
+        } catch (...) {
+            failure = std::current_exception(); // told behind the rows
+        }
+    }
+};
+
+// Each block may hold more rows than the one before it: whoever wants the first row waits for no other, and whoever
+// reads them all waits seldom.
+constexpr size_t growth = 4, mostRows = 1024;
 
 bool IsQuery(TextView statement) { return LowerAscii(TrimBlanks(statement).substr(0, 6)) == u"select"; }
 
@@ -33,22 +58,29 @@ public:
     }
     ~LimitedStatement() override { owner.Free(std::move(held)); }
 
-    int64_t RowCount() const override { return owner.IsLost() ? -1 : held->statement->RowCount(); }
+    int64_t RowCount() const override { return owner.IsLost() ? -1 : held->rowCount; }
     const std::vector<Column>& OpenRows() override {
-        Run([native = held] { native->statement->OpenRows(); });
-        return Alive().Columns();
+        const auto first = std::make_shared<Block>();
+        Run([native = held, first] {
+            native->statement->OpenRows();
+            first->Fill(*native->statement, 1);
+        });
+        block = first;
+        spare = std::make_shared<Block>();
+        row = SIZE_MAX; // before the first
+        nextRows = growth;
+        return held->statement->Columns();
     }
     bool Next() override {
-        if (!owner.Quirks().fetchesFromServer) return Alive().Next();
-        Run([native = held] {
-            OdbcStatement& rows = *native->statement;
-            native->hasRow = rows.Next();
-            for (size_t column = 0; native->hasRow && column < rows.Columns().size(); ++column) rows.IsNull(column);
-        });
-        return held->hasRow;
+        if (++row < block->rows.Count()) return true;
+        owner.RequireAlive();
+        if (!block->isLast) TakeBlock();
+        if (row < block->rows.Count()) return true;
+        if (block->failure) std::rethrow_exception(block->failure);
+        return false;
     }
-    bool IsNull(size_t column) override { return Alive().IsNull(column); }
-    TextView FieldText(size_t column) override { return Alive().FieldText(column); }
+    bool IsNull(size_t column) override { return !block->rows.Field(row, column); }
+    TextView FieldText(size_t column) override { return block->rows.Field(row, column).value_or(TextView()); }
     void Close() noexcept override {
         if (owner.IsLost() || !held->isToClose) return; // each hop to the thread takes as long as a short statement
         try {
@@ -75,25 +107,40 @@ protected:
                 native->isToClose = true;
                 native->statement->Run(text, own, types);
                 native->isToClose = native->statement->GivesRows();
+                native->rowCount = native->statement->RowCount();
             },
             IsQuery(adapted) ? LimitedSession::Pending::Reading : LimitedSession::Pending::Changes);
     }
     void RunBatch(std::span<const Text> adapted) override {
         Run(
-            [native = held, own = std::vector<Text>(adapted.begin(), adapted.end())] {
+            [native = held, all = OdbcStatement::Joined(adapted)] {
                 native->isToClose = true;
-                native->statement->RunBatch(own);
+                native->statement->RunJoined(all);
                 native->isToClose = false;
             },
             LimitedSession::Pending::Changes);
     }
 
 private:
+    void TakeBlock() {
+        if (!ahead) ReadAhead();
+        Wait(std::exchange(ahead, nullptr));
+        std::swap(block, spare);
+        row = 0;
+        if (!block->isLast && block->rows.Count() > 1) ReadAhead(); // while these are used
+    }
+    void ReadAhead() {
+        ahead = owner.Start([native = held, into = spare, rows = nextRows] { into->Fill(*native->statement, rows); });
+        nextRows = std::min(nextRows * growth, mostRows);
+    }
     // `alone`: what it means outside of a transaction.
     void Run(std::function<void()> job, LimitedSession::Pending alone = LimitedSession::Pending::Reading) {
         owner.RequireAlive();
+        Wait(owner.Start(std::move(job)), alone);
+    }
+    void Wait(const CallThread::Ticket& call, LimitedSession::Pending alone = LimitedSession::Pending::Reading) {
         try {
-            owner.Run(std::move(job), owner.InTransaction() ? LimitedSession::Pending::Transaction : alone);
+            owner.Wait(call, owner.InTransaction() ? LimitedSession::Pending::Transaction : alone);
         } catch (const Error&) {
             if (owner.IsLost() && owner.StopsStatements()) LimitedSession::StopLater(Stop());
             throw;
@@ -104,13 +151,11 @@ private:
             if (native->statement) native->statement->Cancel();
         };
     }
-    OdbcStatement& Alive() {
-        owner.RequireAlive();
-        return *held->statement;
-    }
-
     LimitedSession& owner;
     std::shared_ptr<HeldStatement> held;
+    std::shared_ptr<Block> block, spare; // the spare one is the thread's while it reads ahead
+    size_t row = 0, nextRows = 0;
+    CallThread::Ticket ahead;
 };
 
 } // namespace
@@ -161,14 +206,19 @@ void LimitedSession::ThrowTimeout(Time since, Pending pending) const {
 
 void LimitedSession::Run(std::function<void()> job, Pending pending) {
     RequireAlive();
+    Wait(Start(std::move(job)), pending);
+}
+
+void LimitedSession::Wait(const CallThread::Ticket& call, Pending pending) {
+    RequireAlive();
     const Time now = Time::clock::now();
-    if (calls.Run(std::move(job), EndOfCall(now))) return;
+    if (calls.Wait(call, EndOfCall(now))) return;
     ThrowTimeout(isOpening ? began : now, isOpening ? Pending::Opening : pending);
 }
 
 void LimitedSession::Free(std::shared_ptr<void> held) noexcept {
     try {
-        calls.Leave([own = std::move(held)] {});
+        calls.Start([own = std::move(held)] {});
         const Time now = Time::clock::now();
         if (!IsLost()) calls.Run([] {}, commandLimit.count() == 0 ? now + connectLimit : EndOfCall(now));
     } catch (const std::exception&) { // no memory to wait with

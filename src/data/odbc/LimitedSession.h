@@ -37,8 +37,11 @@ public:
     bool IsLost() const { return calls.IsGivenUp(); }
     // Throws when it is lost; otherwise nothing of the driver's is in use on the thread.
     void RequireAlive() const;
-    // Waits for the job, which must capture what CallThread asks for.
+    // Waits for the job, which must capture what CallThread asks for. Start does not wait; Wait does, for what Start
+    // has returned.
     void Run(std::function<void()> job, Pending pending);
+    CallThread::Ticket Start(std::function<void()> job) { return calls.Start(std::move(job)); }
+    void Wait(const CallThread::Ticket& call, Pending pending);
     // Lets go of what only the thread may free, and waits for that unless the connection is lost.
     void Free(std::shared_ptr<void> held) noexcept;
     // Runs a job, beside the one that is waited for, that is to stop that one. When it has not ended within the limit

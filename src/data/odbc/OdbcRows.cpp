@@ -109,17 +109,23 @@ bool OdbcRows::IsNull(size_t column) {
 
 TextView OdbcRows::FieldText(size_t column) {
     Buffer& buffer = buffers[column];
-    if (!buffer.isLoaded) Load(column);
-    if (buffer.length <= 0) return {};
-    const char* bytes = buffer.whole.empty() ? buffer.bytes.data() : buffer.whole.data();
-    if (valueType == SQL_C_WCHAR)
-        return {reinterpret_cast<const char16_t*>(bytes), static_cast<size_t>(buffer.length / unitSize)};
-    if (!buffer.isDecoded) {
-        buffer.decoded.clear();
-        AppendUtf8(buffer.decoded, {bytes, static_cast<size_t>(buffer.length)});
-        buffer.isDecoded = true;
-    }
+    if (buffer.isLoaded && buffer.isDecoded) return buffer.decoded;
+    buffer.decoded.clear();
+    AppendField(column, buffer.decoded);
+    buffer.isDecoded = true;
     return buffer.decoded;
+}
+
+bool OdbcRows::AppendField(size_t column, Text& text) {
+    Buffer& buffer = buffers[column];
+    if (!buffer.isLoaded) Load(column);
+    if (buffer.length <= 0) return buffer.length != SQL_NULL_DATA;
+    const char* const bytes = buffer.whole.empty() ? buffer.bytes.data() : buffer.whole.data();
+    if (valueType == SQL_C_WCHAR)
+        text.append(reinterpret_cast<const char16_t*>(bytes), static_cast<size_t>(buffer.length / unitSize));
+    else
+        AppendUtf8(text, {bytes, static_cast<size_t>(buffer.length)});
+    return true;
 }
 
 // The length first, then all of it at once: fetching a long text in small pieces costs quadratic time in some drivers.

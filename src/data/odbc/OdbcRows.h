@@ -16,12 +16,14 @@ public:
     bool IsNull(size_t column);
     // Valid until the next row; NULL is empty.
     TextView FieldText(size_t column);
+    // The same behind a text that collects many; false, and nothing, for NULL.
+    bool AppendField(size_t column, Text& text);
 
 private:
     struct Buffer {
         std::vector<char> bytes; // what is bound
         std::vector<char> whole; // what was fetched because it was longer than that
-        Text decoded;            // of a driver that speaks UTF-8
+        Text decoded;            // the value as a text
         SQLLEN length = 0;       // bytes, or SQL_NULL_DATA, or SQL_NO_TOTAL
         bool isBound = false;
         bool isLoaded = false;  // the value of the current row stands in bytes or whole

@@ -62,12 +62,16 @@ void OdbcStatement::Run(TextView adapted, std::span<const Value> values, std::sp
     Unbind();
 }
 
-void OdbcStatement::RunBatch(std::span<const Text> adapted) {
+Text OdbcStatement::Joined(std::span<const Text> adapted) {
     Text batch;
     for (const Text& statement : adapted) {
         if (!batch.empty()) batch += u";\n";
         batch += statement;
     }
+    return batch;
+}
+
+void OdbcStatement::RunJoined(const Text& batch) {
     Send(batch);
     // Each statement has its own result, and a late one its own error.
     for (SQLRETURN result = SQL_SUCCESS; result != SQL_NO_DATA;) {
@@ -90,6 +94,7 @@ const std::vector<Column>& OdbcStatement::Columns() const { return rows->Columns
 bool OdbcStatement::Next() { return rows->Next(); }
 bool OdbcStatement::IsNull(size_t column) { return rows->IsNull(column); }
 TextView OdbcStatement::FieldText(size_t column) { return rows->FieldText(column); }
+bool OdbcStatement::AppendField(size_t column, Text& text) { return rows->AppendField(column, text); }
 
 void OdbcStatement::Send(TextView text) {
     if (owner.IsNarrow()) {

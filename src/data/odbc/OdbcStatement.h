@@ -24,6 +24,7 @@ public:
     bool Next() override;
     bool IsNull(size_t column) override;
     TextView FieldText(size_t column) override;
+    bool AppendField(size_t column, Text& text) override;
     void Close() noexcept override;
     void Cancel() noexcept override { SQLCancel(Handle()); }
 
@@ -33,7 +34,10 @@ public:
 
     const Dialect& Quirks() const override { return owner.Quirks(); }
     void Run(TextView adapted, std::span<const Value> values, std::span<const int> codes) override;
-    void RunBatch(std::span<const Text> adapted) override;
+    void RunBatch(std::span<const Text> adapted) override { RunJoined(Joined(adapted)); }
+    // Several statements as the engine takes them in one call.
+    static Text Joined(std::span<const Text> adapted);
+    void RunJoined(const Text& batch);
 
 private:
     struct Parameter {
