@@ -238,10 +238,10 @@ ConnectionKeywords WithFileDataSource(const ConnectionKeywords& host) {
     return keywords;
 }
 
-// Strings that are ODBC's own already: the engine's options are forced, the provider's words taken out.
+// Strings that are ODBC's own already, with what a file data source adds: the engine's options are forced, the
+// provider's words taken out.
 ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine, Engine known, int timeout,
                             int commandTimeout) {
-    keywords = WithFileDataSource(Flattened(keywords));
     const auto gather = [&](std::initializer_list<TextView> words, TextView to) {
         const Text value = keywords.Last(words);
         for (const TextView word : words) keywords.Remove(word);
@@ -394,22 +394,23 @@ ConnectionTarget TranslateConnectionString(const Text& connectionString, const M
     const ConnectionKeywords keywords(text);
     const Text provider = keywords.Last({u"Provider"});
     const Text lower = LowerAscii(provider);
-    ConnectionTarget target;
-    const ConnectionKeywords all = Flattened(keywords);
-    if (const int timeout = ToNumber(all.Last({u"Connect Timeout", u"Connection Timeout"}), 0); timeout > 0)
-        target.timeout = timeout;
-    target.commandTimeout = ToNumber(all.Last({u"Command Timeout"}), target.commandTimeout);
-    const int timeout = target.timeout, commandTimeout = target.commandTimeout;
     const auto serves = [&](std::initializer_list<TextView> prefixes) {
         return std::any_of(prefixes.begin(), prefixes.end(),
                            [&](TextView prefix) { return lower.starts_with(prefix); });
     };
+    const bool isOdbc = provider.empty() || serves({u"msdasql"});
+    const ConnectionKeywords all = isOdbc ? WithFileDataSource(Flattened(keywords)) : Flattened(keywords);
+    ConnectionTarget target;
+    if (const int timeout = ToNumber(all.Last({u"Connect Timeout", u"Connection Timeout"}), 0); timeout > 0)
+        target.timeout = timeout;
+    target.commandTimeout = ToNumber(all.Last({u"Command Timeout"}), target.commandTimeout);
+    const int timeout = target.timeout, commandTimeout = target.commandTimeout;
     if (serves({u"microsoft.jet.oledb", u"microsoft.ace.oledb"}))
         target = AccessTarget(keywords.Last({u"Data Source", u"DBQ"}), keywords, machine);
     else if (serves({u"sqloledb", u"sqlncli", u"msoledbsql"}))
         target = SQLServerTarget(keywords, lower, machine);
-    else if (provider.empty() || serves({u"msdasql"}))
-        target = OdbcTarget(keywords, machine, known, timeout, commandTimeout);
+    else if (isOdbc)
+        target = OdbcTarget(all, machine, known, timeout, commandTimeout);
     else
         Refuse(u"The provider \"" + provider +
                u"\" cannot be used here. Name an ODBC driver instead (\"Driver={…};Server=…;Database=…\"), a data "

@@ -15,6 +15,7 @@ struct DriverOption {
     TextView value;      // instead of the host's; empty: the host's number, but for these bits
     uint32_t setBits = 0, clearedBits = 0;
     bool isHexadecimal = false;
+    bool isDefault = false; // only when the string says nothing
 };
 
 // A statement that a session begins with, for the same reason.

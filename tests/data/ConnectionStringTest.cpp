@@ -35,9 +35,10 @@ TEST(ConnectionStringTest, ServerStringsBecomeOdbcStrings) {
         Text odbc;
     };
     const test::TempFolder folder;
-    const Text file =
-        folder.Write(u"a.dsn", "x=1\r\n[odbc]\r\nDriver={MariaDB}\r\n;y=2\r\n Server = h\nDatabase=c\n[z]\ny=3");
-    const Text postgres = u"Protocol=7.4-2;LFConversion=0;IgnoreTimeout=0;UseDeclareFetch=0;";
+    const Text file = folder.Write(
+        u"a.dsn", "x=1\r\n[odbc]\r\nDriver={MariaDB}\r\n;y=2\r\n Server = h\nDatabase=c\nConnect Timeout=4\n[z]\ny=3");
+    const Text postgres = u"Protocol=7.4-2;LFConversion=0;IgnoreTimeout=0;UseDeclareFetch=0;KeepaliveTime=30;"
+                          u"KeepaliveInterval=10;";
     const std::vector<Case> cases = {
         {u"Provider=SQLOLEDB.1;Data Source=srv;Initial Catalog=cat;User ID=u;Password='a;b\"}'",
          {u"SQL Server", u"ODBC Driver 17 for SQL Server"},
@@ -90,7 +91,7 @@ TEST(ConnectionStringTest, ServerStringsBecomeOdbcStrings) {
         {u"FILEDSN=" + file + u";Database=d",
          {},
          Engine::MariaDB,
-         u"Driver={MariaDB};Server=h;Database=d;CONN_TIMEOUT=20;READ_TIMEOUT=35;WRITE_TIMEOUT=35;OPTION=67108866;AUTO_"
+         u"Driver={MariaDB};Server=h;Database=d;CONN_TIMEOUT=9;READ_TIMEOUT=35;WRITE_TIMEOUT=35;OPTION=67108866;AUTO_"
          u"RECONNECT=0;CHARSET=utf8mb4;"},
         {u"FILEDSN=" + file.substr(0, file.size() - 4) + u";Command Timeout=0;READ_TIMEOUT=7;DSN=x",
          {},

@@ -36,6 +36,7 @@ Text WriteBits(uint32_t bits, int base) {
 }
 
 void Force(ConnectionKeywords& keywords, const DriverOption& option) {
+    if (option.isDefault) return keywords.SetIfMissing(option.keyword, option.value);
     const int base = option.isHexadecimal ? 16 : 10;
     uint32_t bits = ReadBits(keywords.Last({option.keyword}), base);
     for (TextView rest = option.otherNames; !rest.empty();) {
