@@ -96,7 +96,7 @@ TEST(ConnectionStringTest, ServerStringsBecomeOdbcStrings) {
         {u"FILEDSN=" + file.substr(0, file.size() - 4) + u";Command Timeout=0;READ_TIMEOUT=7;DSN=x",
          {},
          Engine::MariaDB,
-         u"Driver={MariaDB};Server=h;READ_TIMEOUT=7;Database=c;CONN_TIMEOUT=20;WRITE_TIMEOUT=0;OPTION=67108866;AUTO_"
+         u"Driver={MariaDB};Server=h;READ_TIMEOUT=7;Database=c;CONN_TIMEOUT=9;WRITE_TIMEOUT=0;OPTION=67108866;AUTO_"
          u"RECONNECT=0;CHARSET=utf8mb4;"},
         {u"DSN=unknown;UID=\"{a\";PWD=' b';X='c;d';Y=e f;Z=",
          {},
