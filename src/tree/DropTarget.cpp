@@ -11,13 +11,15 @@ namespace {
 
 constexpr int scrollBand = 32;
 
-DropTarget NextTo(Node* node, bool after) { return {node, after, false, node, after}; }
+DropTarget NextTo(Node* node, bool after) {
+    return {.node = node, .insertAfter = after, .markNode = node, .markAfter = after};
+}
 
 DropTarget FindOnRoot(const NodeTree& tree, Node* root, const Node& dragged) {
     Node* const child = root->FirstChild();
     if (child && child == &dragged) return {};
     if (root == tree.First()) {
-        if (child && root->IsExpanded()) return {root, false, false, child, false};
+        if (child && root->IsExpanded()) return {.node = root, .markNode = child};
         return NextTo(root, true);
     }
     if (child && !root->IsExpanded()) return NextTo(root, false);
@@ -50,7 +52,7 @@ DropTarget FindDropTarget(const NodeTree& tree, const TreeHit& hit, const Rect& 
 
 DropTarget FindDropInto(const TreeHit& hit, const Node& dragged) {
     if (!hit.node || modTVW::IsInBranch(hit.node, &dragged) || hit.node->FirstChild() == &dragged) return {};
-    return {hit.node, false, true, nullptr, false};
+    return {.node = hit.node, .isInto = true};
 }
 
 void DropNode(NodeTree& tree, Node& node, const DropTarget& target) {

@@ -49,7 +49,7 @@ void LMESubclasser::OnDblClick(Point point, bool isCtrlDown) {
 void LMESubclasser::OnKeyDown(int keyCode) {
     if (!isActive || !window || !window->HasCheckBoxes() || keyCode != spaceKey) return;
     // The top visible row, not the selected one: the fixed point is deliberate.
-    if (const TreeHit hit = window->HitTest({0, 0}); hit.node) Toggle(*hit.node, true);
+    if (const TreeHit hit = window->HitTest(Point()); hit.node) Toggle(*hit.node, true);
 }
 
 void LMESubclasser::OnTimer(TreeTimer timer) {

@@ -238,7 +238,6 @@ void NodeTree::EndUpdate(bool isUnwinding) {
     Tell([](TreeListener& listener) { listener.UpdateEnded(); });
     const bool isOther = isSelectedBeforeGone || selected != selectedBefore;
     const bool wasOrIs = selected || selectedBefore;
-    selectedBefore = nullptr;
     if (!isOther || !wasOrIs) return;
     Tell([](TreeListener& listener) { listener.SelectionMoved(); });
     if (!isUnwinding) selectionChanged.Raise(); // nothing may follow: the tree may be gone

@@ -80,16 +80,22 @@ TEST(LessonPropertyStore, MakesCollectionsOnDemand) {
     EXPECT_EQ(store.Peek(u"7", scratch), properties);
     EXPECT_FALSE(store.Get(u"1000"));
     // Kept in one byte a unit or in two, in a common block or a long one.
-    const Text titles[] = {{},  u"\u00FF\u0080", u"\u0100", u"\U0001D11E", Text(9000, u'x'), Text(9000, u'\u4E2D'),
+    const Text titles[] = {{},  u"\u00FF\u0080", u"\u0100", u"\U0001D11E", Text(20'000, u'x'), Text(20'000, u'\u4E2D'),
                            u"z"};
-    for (const Text& title : titles) store.Add(u"\u00E9" + title, u"Note=" + title, title, u"\u00E8", 0);
     for (const Text& title : titles) {
-        EXPECT_EQ(GetText(*store.Peek(u"\u00E9" + title, scratch), u"Note", {}), title);
-        const auto found = store.Get(u"\u00E9" + title);
-        ASSERT_TRUE(found) << ToUtf8(title);
-        EXPECT_EQ(GetText(*found, u"Title", {}) + GetText(*found, u"Identifier", {}) + GetText(*found, u"Note", {}),
-                  title + u"\u00E8" + title);
+        for (const int wide : {0, 1, 2, 3, 4}) { // which of the texts has it; 0: all
+            const auto text = [&](int place) { return wide == 0 || wide == place ? title : Text(u"y"); };
+            const Text id = ToText(wide) + u"." + text(1) + ToText(static_cast<int>(title.size()));
+            const Text unique = id + (title.empty() ? u"" : Text(1, title.front()));
+            store.Add(unique, u"Note=" + text(2), text(3), text(4), 0);
+            EXPECT_EQ(GetText(*store.Peek(unique, scratch), u"Note", {}), text(2));
+            const auto found = store.Get(unique);
+            ASSERT_TRUE(found) << ToUtf8(unique.substr(0, 20));
+            EXPECT_TRUE(GetText(*found, u"Title", {}) == text(3) && GetText(*found, u"Identifier", {}) == text(4) &&
+                        GetText(*found, u"Note", {}) == text(2));
+        }
     }
+    EXPECT_TRUE(store.Get(u"0"));
     EXPECT_FALSE(store.Peek(u"", scratch));
 }
 

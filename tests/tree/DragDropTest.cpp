@@ -165,6 +165,7 @@ TEST_F(TreeInput, WhatBeginsADrag) {
     support.BeginDrag(); // nothing is under the press
     EXPECT_FALSE(support.Active());
     window.MoveTo(label);
+    support.OnMouseDown();
     support.CancelDrag();
     EXPECT_FALSE(support.ShouldBeginDrag()) << "without a press";
     support.BeginDrag();

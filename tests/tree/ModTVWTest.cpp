@@ -48,6 +48,9 @@ TEST_F(ModTVW, WalksAndNumbers) {
     keys.Add(u"a2");
     AddSubtreeKeys(&a, keys);
     EXPECT_EQ(Joined(keys), u"a2 a a1 a21 ");
+    EXPECT_EQ(GetSortPosition(&b), 2);
+    EXPECT_TRUE(MoveTreeNode(tree, &b, gmtUp));
+    EXPECT_EQ(GetSortPosition(&b), 1);
     EXPECT_EQ(MakeUniqueKey(tree, u""), u"key");
     EXPECT_EQ(MakeUniqueKey(tree, u"new"), u"new");
     tree.Add(&b, Place::LastChild, u"a_1");

@@ -74,6 +74,18 @@ TEST(NodeTree, KeysAreUniqueExceptTheEmptyOne) {
     EXPECT_EQ(tree.Count(), 4);
     b.SetKey(u"");
     EXPECT_FALSE(tree.Find(u"c"));
+    // Many that change theirs, and go.
+    std::vector<Node*> nodes;
+    for (int i = 0; i < 500; ++i) nodes.push_back(&tree.Add(&a, Place::LastChild, ToText(i)));
+    for (size_t i = 0; i < nodes.size(); ++i) nodes[i]->SetKey(u"n" + ToText(i % 3 ? i : i + 1000));
+    for (size_t i = 0; i < nodes.size(); i += 2) tree.Remove(*nodes[i]);
+    for (size_t i = 0; i < nodes.size(); ++i) {
+        EXPECT_EQ(tree.Find(u"n" + ToText(i % 3 ? i : i + 1000)), i % 2 ? nodes[i] : nullptr);
+        EXPECT_FALSE(tree.Find(ToText(i)));
+    }
+    tree.Number();
+    EXPECT_EQ(nodes[499]->Position(), 251);
+    EXPECT_EQ(nodes[499]->Depth(), 1);
 }
 
 class Recorder : public TreeListener {
@@ -85,8 +97,11 @@ public:
     void NodeAdded(Node& node) override { said += u"+" + node.Key(); }
     void NodeRemoving(Node& node) override { said += u"-" + node.Key(); }
     void AllRemoving() override { said += u"0"; }
+    void NodeMoving(Node& node) override { said += u"<" + node.Key(); }
     void NodeMoved(Node& node) override { said += u">" + node.Key(); }
-    void NodeChanged(Node& node, NodeAspect) override { said += u"~" + node.Key(); }
+    void NodeChanged(Node& node, NodeAspect aspect) override {
+        said += u"~" + node.Key() + (aspect == NodeAspect::Expanded ? Text() : ToText(static_cast<int>(aspect)));
+    }
     void SelectionMoved() override { said += u"!"; }
     Text Take() { return std::exchange(said, {}); }
 
@@ -105,9 +120,19 @@ TEST(NodeTree, ListenersHearEveryChangeAndOneSelection) {
     EXPECT_EQ(recorder.Take(), u"+r+a+b");
     tree.Select(&b); // opens its ancestors
     EXPECT_EQ(recorder.Take(), u"(~a~r)!");
-    b.SetCaption(u"x");
-    b.SetCaption(u"x");
-    EXPECT_EQ(recorder.Take(), u"~b");
+    for (int round = 0; round < 2; ++round) {
+        b.SetCaption(u"x");
+        b.SetTag(u"y");
+        b.SetImage(3);
+        b.SetChecked(true);
+        b.SetKey(u"d");
+    }
+    EXPECT_EQ(recorder.Take(), u"~b1~b2~b3~b5~d0");
+    b.SetKey(u"b");
+    tree.Move(b, &r, Place::FirstChild);
+    tree.Move(b, &b, Place::After);
+    tree.Move(b, &a, Place::LastChild);
+    EXPECT_EQ(recorder.Take(), u"~b0(<b>b)(<b>b)");
     {
         const TreeUpdate update(tree);
         tree.Select(&a);
