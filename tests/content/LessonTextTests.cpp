@@ -101,21 +101,5 @@ TEST(LessonText, SavesAHostsLesson) {
     EXPECT_EQ(LessonText::Save(lesson), saved);
 }
 
-TEST(LessonText, DeepAndWide) {
-    for (const bool isDeep : {false, true}) {
-        Text text(u"lesson\t1\n");
-        Text layout(u"map\tMain\tdefault\n");
-        for (int i = 1; i <= 20'000; ++i) {
-            text += u"storyboard\ts" + ToText(i) + u"\ttext\t\tTitle\n";
-            layout += u"page\t" + ToText(isDeep ? i : 1) + u"\ts" + ToText(i) + u"\n";
-        }
-        text += layout;
-        EXPECT_TRUE(Again(text) == text);
-    }
-    Text maps(u"lesson\t1\n");
-    for (int i = 0; i < 20'000; ++i) maps += u"map\tsame\n";
-    EXPECT_TRUE(Again(maps) == maps);
-}
-
 } // namespace
 } // namespace dax
