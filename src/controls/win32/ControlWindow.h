@@ -41,6 +41,8 @@ public:
 
     // Called with true when the window or one of its children gets the focus, with false when the focus leaves.
     std::function<void(bool)> FocusChanged;
+    // Called when the window has come to a monitor of another resolution.
+    std::function<void()> DpiChanged;
 
     // Called when the system's colours or fonts have changed, which a host need not have named others for.
     std::function<void()> SystemLookChanged;

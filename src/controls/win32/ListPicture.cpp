@@ -37,12 +37,12 @@ RECT DrawSortArrow(HDC dc, RECT header, bool isDescending) {
 } // namespace
 
 std::vector<int> ListViewWindow::ColumnWidths(HDC dc, int width) const {
-    std::vector<int> widths = SharedWidths(dc, width);
-    if (!handle || isWidthShared) return widths;
-    for (size_t column = 0; column < widths.size(); ++column)
-        if (const LRESULT shown = SendMessageW(handle, LVM_GETCOLUMNWIDTH, column, 0); shown > 0)
-            widths[column] = static_cast<int>(shown);
-    return widths;
+    std::vector<int> shown = SharedWidths(dc, width);
+    if (!handle || widths == Widths::Shared) return shown;
+    for (size_t column = 0; column < shown.size(); ++column)
+        if (const LRESULT current = SendMessageW(handle, LVM_GETCOLUMNWIDTH, column, 0); current > 0)
+            shown[column] = static_cast<int>(current);
+    return shown;
 }
 
 void ListViewWindow::DrawPicture(HDC dc, const RECT& place, HFONT font) const {

@@ -24,6 +24,7 @@ public:
     int Scale(int padding) const {
         return MulDiv(padding, std::max<int>(metrics.tmHeight, LetterHeight), LetterHeight);
     }
+    int Height() const { return metrics.tmHeight; }
     int CaptionWidth(const Text& caption) { return Width(caption) + Scale(CaptionPadding); }
 
     int Width(const Text& text) {
@@ -130,7 +131,11 @@ HWND ListViewWindow::Create(HWND parent) {
 
 void ListViewWindow::SetFont(HFONT font) {
     const HFONT former = std::exchange(markedFont, CreateItalicFont(font));
-    if (handle) SendMessageW(handle, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+    if (handle) {
+        const int height = TextMeasure(ListContext(handle).Get()).Height();
+        SendMessageW(handle, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+        FollowFont(height);
+    }
     if (former) DeleteObject(former);
 }
 
@@ -169,7 +174,7 @@ void ListViewWindow::SetColors(COLORREF text, COLORREF background) {
 void ListViewWindow::Fit(int width, int height) {
     if (!handle) return;
     MoveWindow(handle, 0, 0, width, height, TRUE);
-    if (isWidthShared) ShareWidth();
+    if (widths == Widths::Shared) ShareWidth();
 }
 
 // Where there is room for all captions, each column gets its own and a share of what is left; else the shares alone
@@ -177,7 +182,7 @@ void ListViewWindow::Fit(int width, int height) {
 std::vector<int> ListViewWindow::SharedWidths(HDC dc, int width) const {
     TextMeasure measure(dc);
     int sum = 0, rest = width;
-    std::vector<int> captions, widths;
+    std::vector<int> captions, shares;
     for (const ListColumn& column : model->Columns()) {
         sum += ShareOf(column.key);
         captions.push_back(measure.CaptionWidth(column.caption));
@@ -186,10 +191,10 @@ std::vector<int> ListViewWindow::SharedWidths(HDC dc, int width) const {
     for (size_t column = 0; column < captions.size(); ++column) {
         const int share = ShareOf(model->Columns()[column].key);
         const int least = static_cast<int>(column) == sortColumn ? captions[column] : 0;
-        widths.push_back(rest >= 0 ? captions[column] + MulDiv(rest, share, sum)
+        shares.push_back(rest >= 0 ? captions[column] + MulDiv(rest, share, sum)
                                    : std::max(least, MulDiv(width, share, sum)));
     }
-    return widths;
+    return shares;
 }
 
 void ListViewWindow::ShareWidth() {
@@ -198,9 +203,20 @@ void ListViewWindow::ShareWidth() {
     const int frame = 2 * GetSystemMetrics(SM_CXEDGE);
     const int width = client.right - client.left - frame - GetSystemMetrics(SM_CXVSCROLL);
     if (width <= 0) return;
-    const std::vector<int> widths = SharedWidths(ListContext(handle).Get(), width);
-    for (size_t column = 0; column < widths.size(); ++column)
-        SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, widths[column]);
+    const std::vector<int> shares = SharedWidths(ListContext(handle).Get(), width);
+    for (size_t column = 0; column < shares.size(); ++column)
+        SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, shares[column]);
+}
+
+void ListViewWindow::FollowFont(int formerHeight) {
+    const int height = TextMeasure(ListContext(handle).Get()).Height();
+    if (height == formerHeight) return;
+    if (widths != Widths::OfUser) ShareWidth(); // from which the system fits the columns as it did at first
+    if (widths == Widths::Fitted) AutosizeColumns();
+    for (size_t column = 0; widths == Widths::OfUser && column < model->Columns().size(); ++column) {
+        const auto width = static_cast<int>(SendMessageW(handle, LVM_GETCOLUMNWIDTH, column, 0));
+        SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, MulDiv(width, height, formerHeight));
+    }
 }
 
 void ListViewWindow::ColumnsChanged() {
@@ -216,7 +232,7 @@ void ListViewWindow::ColumnsChanged() {
         SendMessageW(handle, LVM_INSERTCOLUMNW, index, reinterpret_cast<LPARAM>(&column));
     }
     sortColumn = -1;
-    isWidthShared = true;
+    widths = Widths::Shared;
     ShareWidth();
     access.Reordered();
 }
@@ -246,7 +262,7 @@ void ListViewWindow::ItemsChanged() {
 void ListViewWindow::AutosizeColumns() {
     constexpr size_t many = 1000;
     if (!handle) return;
-    isWidthShared = false;
+    widths = Widths::Fitted;
     const ListContext context(handle);
     TextMeasure measure(context.Get());
     const size_t rows = model->Items().size(), columns = model->Columns().size();
@@ -282,7 +298,7 @@ void ListViewWindow::ShowSortArrow(int column, bool isDescending) {
         SendMessageW(header, HDM_SETITEMW, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item));
     }
     if (column < 0 || column >= static_cast<int>(model->Columns().size())) return;
-    if (isWidthShared) return ShareWidth();
+    if (widths == Widths::Shared) return ShareWidth();
     const ListContext context(handle);
     const int least = TextMeasure(context.Get()).CaptionWidth(model->Columns()[static_cast<size_t>(column)].caption);
     if (SendMessageW(handle, LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(column), 0) < least)
@@ -324,7 +340,7 @@ void ListViewWindow::ReadSelection() {
 }
 
 LRESULT ListViewWindow::HandleNotification(const NMHDR& header) {
-    if (header.code == HDN_ENDTRACKW) isWidthShared = false; // of the list's header
+    if (header.code == HDN_ENDTRACKW) widths = Widths::OfUser; // of the list's header
     if (header.hwndFrom != handle) return 0;
     switch (header.code) {
     case LVN_GETDISPINFOW:

@@ -53,12 +53,16 @@ private:
     LRESULT FindRow(const NMLVFINDITEMW& find) const;
     void ReadSelection();
     void ShareWidth();
+    // Widens or narrows the columns with their letters, which were so high before.
+    void FollowFont(int formerHeight);
+
+    enum class Widths { Shared, Fitted, OfUser }; // what has decided on the columns' widths
 
     std::shared_ptr<ListModel> model;
     ListAccess access{*model};
     HWND handle = nullptr;
     COLORREF textColor = 0x000000, backColor = 0xFFFFFF;
-    bool isWidthShared = true;
+    Widths widths = Widths::Shared;
     int sortColumn = -1;        // -1: none
     HFONT markedFont = nullptr; // for rows with a mark
 };

@@ -13,7 +13,8 @@ namespace dax {
 namespace {
 
 constexpr UINT destroyLater = WM_APP + 0x3D1;
-constexpr UINT retryDelay = 20; // milliseconds
+constexpr UINT retryDelay = 20;                // milliseconds
+constexpr UINT dpiChangedAfterParent = 0x02E3; // WM_DPICHANGED_AFTERPARENT, which older headers lack
 constexpr UINT_PTR focusSubclass = 1;
 constexpr wchar_t hiddenParentClass[] = L"DAXHiddenParent";
 std::atomic<long> liveCount = 0;
@@ -188,6 +189,9 @@ LRESULT WindowBase::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     case WM_SIZE:
         OnSize(LOWORD(lParam), HIWORD(lParam));
+        return 0;
+    case dpiChangedAfterParent:
+        if (const auto changed = DpiChanged) changed();
         return 0;
     case WM_ERASEBKGND:
         return 1; // everything is painted from a buffer

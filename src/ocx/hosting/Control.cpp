@@ -15,6 +15,7 @@ Control::Control(const ClassEntry& entry, std::unique_ptr<ControlWindow> created
     window->FocusChanged = [this](bool isInside) { FocusMoved(isInside); };
     window->SystemLookChanged = [this] { OnAmbientPropertyChange(DISPID_UNKNOWN); };
     window->PropertyChanged = [this](const Text& name) { PropertyChanged(name); };
+    window->DpiChanged = [this] { OnAmbientPropertyChange(DISPID_UNKNOWN); };
 }
 
 Control::~Control() = default;
@@ -37,6 +38,7 @@ void Control::Destroy() {
     window->FocusChanged = nullptr;
     window->SystemLookChanged = nullptr;
     window->PropertyChanged = nullptr;
+    window->DpiChanged = nullptr;
     InPlaceDeactivate();
     site.Set(nullptr);
     events.DisconnectAll();

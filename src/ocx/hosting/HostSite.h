@@ -27,7 +27,8 @@ private:
     ComPtr<IOleInPlaceSite> inPlace;
 };
 
-// The pixels per inch of the screen or, where the system tells, of the monitor that the window is on.
+// The pixels per inch that the host has set on the window or one around it; else those of the monitor that the window
+// is on or, where the system does not tell, of the screen.
 int DpiOf(HWND window);
 
 SIZEL PixelsToHimetric(SIZE pixels, int dpi);

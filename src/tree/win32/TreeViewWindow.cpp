@@ -118,6 +118,8 @@ void TreeViewWindow::SetCheckBoxes(bool on, HIMAGELIST pictures) {
 void TreeViewWindow::DropBoxes(HIMAGELIST successors) {
     const auto boxes = SendMessageW(handle, TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(successors));
     if (boxes) ImageList_Destroy(reinterpret_cast<HIMAGELIST>(boxes));
+    // Not every system lays its rows out anew for boxes of another width; for a font each does.
+    SendMessageW(handle, WM_SETFONT, static_cast<WPARAM>(SendMessageW(handle, WM_GETFONT, 0, 0)), FALSE);
 }
 
 void TreeViewWindow::SetSingleExpand(bool on) {
