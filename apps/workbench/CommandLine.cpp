@@ -10,19 +10,31 @@ Options ParseArguments(const std::vector<std::wstring>& arguments) {
     Options options;
     for (size_t i = 0; i < arguments.size(); ++i) {
         const std::wstring& argument = arguments[i];
-        std::wstring* value = argument == L"--connector" ? &options.connector
-                              : argument == L"--user"    ? &options.user
-                              : argument == L"--shots"   ? &options.shots
-                              : argument == L"--start"   ? &options.start
-                                                         : nullptr;
+        std::wstring number;
+        std::wstring* value = argument == L"--connector"                         ? &options.connector
+                              : argument == L"--user"                            ? &options.user
+                              : argument == L"--shots"                           ? &options.shots
+                              : argument == L"--start"                           ? &options.start
+                              : argument == L"--report"                          ? &options.report
+                              : argument == L"--only"                            ? &options.only
+                              : argument == L"--group"                           ? &options.group
+                              : argument == L"--record"                          ? &options.record
+                              : argument == L"--limit" || argument == L"--first" ? &number
+                              : argument == L"--connection"                      ? &options.connections.emplace_back()
+                                                                                 : nullptr;
         if (value) {
             if (i + 1 >= arguments.size()) {
                 options.problem = argument + L" lacks its value.";
                 return options;
             }
             *value = arguments[++i];
+            if (value != &number) continue;
+            int& target = argument == L"--limit" ? options.limit : options.firstCheck;
+            target = static_cast<int>(std::wcstol(number.c_str(), nullptr, 10));
         } else if (argument == L"--registered") {
             options.registered = true;
+        } else if (argument == L"--selftest") {
+            options.selfTest = true;
         } else if (argument == L"--help" || argument == L"-h" || argument == L"/?") {
             options.help = true;
         } else if (argument.starts_with(L"--")) {
@@ -51,6 +63,12 @@ std::wstring Usage() {
            L"  --start DIR             goes from the connector to the record of the connection, a picture of each "
            L"step\n"
            L"                          (it changes a lesson, and deletes the locks that were left over), and quits\n"
+           L"  --selftest              checks that the controls work on this machine, and writes a report\n"
+           L"    --report FILE         its place; without it, it is among your documents, and is shown\n"
+           L"    --connection STRING   tests the database, too, in an empty catalog of its own; may be repeated\n"
+           L"    --only GROUP          one group of checks: machine, registration, creation, start, editing, input,\n"
+           L"                          pictures, accessibility, cycles, drivers, connection\n"
+           L"    --limit SECONDS       how long a check may take\n"
            L"  --registered            uses the registered controls, not the library beside this program\n"
            L"  --help                  this text\n";
 }

@@ -14,6 +14,17 @@ struct Options {
     std::wstring start; // the same for the steps of an application's start
     bool registered = false;
     bool help = false;
+
+    bool selfTest = false;
+    std::vector<std::wstring> connections; // of databases to be tested, too
+    std::wstring report;                   // empty: among the user's documents, and shown in the end
+    std::wstring only;                     // the one group of checks; empty: all
+    int limit = 0;                         // seconds that a check may take; 0: each its own
+    // Of a process that runs one group for the self-test.
+    std::wstring group, record;
+    int firstCheck = 0; // by its number
+    int connection = 0; // in `connections`
+
     std::wstring problem; // in words; empty when the arguments make sense
 };
 

@@ -1,5 +1,7 @@
 #include "CommandLine.h"
 #include "automation/ControlLibrary.h"
+#include "selftest/Checks.h"
+#include "selftest/SelfTest.h"
 #include "ui/Frame.h"
 
 #include <commctrl.h>
@@ -18,6 +20,8 @@ std::vector<std::wstring> Arguments() {
 
 int RunWorkbench(const dax::workbench::Options& options) {
     using namespace dax::workbench;
+    if (!options.group.empty()) return selftest::RunGroup(options);
+    if (options.selfTest) return selftest::RunSelfTest(options);
     const ControlLibrary library(options.registered);
     Frame frame(options, library);
     if (!frame.Create(true)) {

@@ -1,6 +1,7 @@
 #include "ui/Frame.h"
 
 #include "automation/ControlHost.h"
+#include "selftest/SelfTest.h"
 #include "ui/Ids.h"
 #include "ui/Input.h"
 
@@ -57,8 +58,12 @@ bool Frame::Create(bool visible) {
                   place))
         return false;
     style.SetDpi(DpiOf(Handle()));
-    SetWindowPos(Handle(), nullptr, 0, 0, style.Scale(1120), style.Scale(800),
-                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    RECT desk{0, 0, style.Scale(1120), style.Scale(800)};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &desk, 0);
+    const SIZE most{desk.right - desk.left, desk.bottom - desk.top};
+    const bool isLarger = most.cx < style.Scale(1120) || most.cy < style.Scale(800);
+    SetWindowPos(Handle(), nullptr, desk.left, desk.top, std::min<int>(most.cx, style.Scale(1120)),
+                 std::min<int>(most.cy, style.Scale(800)), (isLarger ? 0 : SWP_NOMOVE) | SWP_NOZORDER | SWP_NOACTIVATE);
     if (!Build() || !Show(0)) return false;
     if (visible) {
         ShowWindow(Handle(), SW_SHOW);
@@ -76,12 +81,13 @@ void Frame::BuildMenu() {
         entries.push_back(
             {idShowFirst + static_cast<int>(i), L"&" + number + L" " + pages[i].entry->title + L"\tCtrl+" + number});
     }
-    for (const MenuEntry& entry : {MenuEntry(), MenuEntry{idNextPage, L"&Next page\tCtrl+Tab, Ctrl+Page Down"},
-                                   MenuEntry{idPreviousPage, L"Pre&vious page\tCtrl+Shift+Tab, Ctrl+Page Up"},
-                                   MenuEntry{idPageList, L"&List of pages\tEsc"}, MenuEntry(),
-                                   MenuEntry{idCopyEvents, L"&Copy events and calls\tCtrl+C, in their list"},
-                                   MenuEntry{idEventsClear, L"Clea&r events and calls\tDel, in their list"},
-                                   MenuEntry(), MenuEntry{idExit, L"E&xit\tAlt+F4"}})
+    for (const MenuEntry& entry :
+         {MenuEntry(), MenuEntry{idNextPage, L"&Next page\tCtrl+Tab, Ctrl+Page Down"},
+          MenuEntry{idPreviousPage, L"Pre&vious page\tCtrl+Shift+Tab, Ctrl+Page Up"},
+          MenuEntry{idPageList, L"&List of pages\tEsc"}, MenuEntry(),
+          MenuEntry{idCopyEvents, L"&Copy events and calls\tCtrl+C, in their list"},
+          MenuEntry{idEventsClear, L"Clea&r events and calls\tDel, in their list"}, MenuEntry(),
+          MenuEntry{idSelfTest, L"&Self-test\u2026\tCtrl+Shift+T"}, MenuEntry(), MenuEntry{idExit, L"E&xit\tAlt+F4"}})
         entries.push_back(entry);
     FillMenu(program, entries);
     pageMenu = CreatePopupMenu();
@@ -277,6 +283,7 @@ bool Frame::HandleKey(const MSG& message) {
         const bool back = message.wParam == VK_PRIOR || (message.wParam == VK_TAB && GetKeyState(VK_SHIFT) < 0);
         return GoTo(back ? idPreviousPage : idNextPage);
     }
+    if (control && message.wParam == 'T' && GetKeyState(VK_SHIFT) < 0) return GoTo(idSelfTest);
     return control && message.wParam == 'C' && message.hwnd == log.Window() && GoTo(idCopyEvents);
 }
 
@@ -315,11 +322,31 @@ bool Frame::GoTo(int id) {
     case idEventsClear:
         log.Clear();
         return true;
+    case idSelfTest:
+        SelfTest();
+        return true;
     case idExit:
         PostMessageW(Handle(), WM_CLOSE, 0, 0);
         return true;
     default:
         return false;
+    }
+}
+
+void Frame::SelfTest() {
+    const Question question{L"Run the self-test?",
+                            L"It checks whether the controls work on this machine, in windows of its own, and then "
+                            L"shows a report. It works with the mouse and the keyboard: leave both alone until then, "
+                            L"which takes about a minute.",
+                            {{IDOK, L"&Run the self-test"}, {IDCANCEL, L"&Cancel"}},
+                            IDOK,
+                            IDCANCEL};
+    if (context.busy || Ask(question) != IDOK) return;
+    try {
+        selftest::StartSelfTest(options);
+        ShowStatus(L"The self-test is running; its report is shown when it has ended.");
+    } catch (const HostError& error) {
+        ShowStatus(L"The self-test cannot be started: " + error.Text());
     }
 }
 

@@ -20,6 +20,12 @@ public:
     // Goes through the start of an application and pictures each step; says what each picture shows.
     int TakeStart(const std::wstring& folder);
 
+    // The steps of a start in their order, each with its page. Throws HostError when a page cannot be shown.
+    using PlacedStep = std::pair<size_t, StartStep>;
+    std::vector<PlacedStep> StartSteps();
+    // Takes one and pictures it; the picture's name. Throws HostError when it fails.
+    std::wstring TakeStep(const PlacedStep& placed, const std::wstring& folder);
+
 private:
     struct Shown {
         const PageEntry* entry;
@@ -41,6 +47,7 @@ private:
     bool HandleKey(const MSG& message);
     bool PressDefault(const MSG& message);
     bool GoTo(int id); // a command of the first menu; false: of a page
+    void SelfTest();
     void BuildMenu();
     void FillPageMenu() const;
     std::vector<MenuEntry> LogMenu() const;

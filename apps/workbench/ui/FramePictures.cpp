@@ -21,26 +21,35 @@ void Frame::DispatchPending() {
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) HandleMessage(message);
 }
 
+std::vector<Frame::PlacedStep> Frame::StartSteps() {
+    std::map<int, PlacedStep> steps;
+    for (size_t i = 0; i < pages.size(); ++i) {
+        if (!Show(i) || !Current()->Problem().empty())
+            throw HostError(E_FAIL, L"A page cannot be shown. " + Current()->Problem());
+        for (const StartStep& step : Current()->Steps()) steps[step.place] = {i, step};
+    }
+    std::vector<PlacedStep> ordered;
+    for (const auto& [place, one] : steps) ordered.push_back(one);
+    return ordered;
+}
+
+std::wstring Frame::TakeStep(const PlacedStep& placed, const std::wstring& folder) {
+    const auto& [page, step] = placed;
+    Show(page);
+    Current()->TakeFocus();
+    step.enter();
+    DispatchPending();
+    const std::wstring name = L"start-" + std::to_wstring(step.place + 100).substr(1) + L"-" + step.name + L".png";
+    SavePicture(Handle(), folder + L"\\" + name);
+    if (!Current()->Failure().empty()) throw HostError(E_FAIL, step.name + L": " + Current()->Failure());
+    return name;
+}
+
 int Frame::TakeStart(const std::wstring& folder) {
     try {
         MakeFolder(folder);
-        std::map<int, std::pair<size_t, StartStep>> steps;
-        for (size_t i = 0; i < pages.size(); ++i) {
-            if (!Show(i) || !Current()->Problem().empty())
-                throw HostError(E_FAIL, L"A page cannot be shown. " + Current()->Problem());
-            for (const StartStep& step : Current()->Steps()) steps[step.place] = {i, step};
-        }
-        for (const auto& [place, one] : steps) {
-            const auto& [page, step] = one;
-            Show(page);
-            Current()->TakeFocus();
-            step.enter();
-            DispatchPending();
-            const std::wstring name = L"start-" + std::to_wstring(place + 100).substr(1) + L"-" + step.name + L".png";
-            SavePicture(Handle(), folder + L"\\" + name);
-            if (!Current()->Failure().empty()) throw HostError(E_FAIL, step.name + L": " + Current()->Failure());
-            Say(name + L"  " + step.text + L"\n", false);
-        }
+        for (const PlacedStep& placed : StartSteps())
+            Say(TakeStep(placed, folder) + L"  " + placed.second.text + L"\n", false);
     } catch (const HostError& error) {
         Say(L"DAXWorkbench: " + error.Text() + L"\n", true);
         return 1;

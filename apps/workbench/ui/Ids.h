@@ -95,6 +95,7 @@ enum Ids : int {
     idPageList,
     idRefresh,
     idCopyEvents,
+    idSelfTest,
     idExit,
     idShowFirst = 420, // shows page n
 

@@ -42,7 +42,23 @@ Bitmap Capture(HWND window, int& width, int& height, BYTE*& pixels) {
     return bitmap;
 }
 
+UINT Stride(int width) { return (static_cast<UINT>(width) * 3 + 3) & ~3u; }
+
 } // namespace
+
+Pixels CapturePixels(HWND window) {
+    int width = 0;
+    int height = 0;
+    BYTE* rows = nullptr;
+    const Bitmap bitmap = Capture(window, width, height, rows);
+    if (!bitmap) throw HostError(E_FAIL, L"The window's picture could not be taken.");
+    Pixels pixels;
+    for (int y = 0; y < height; ++y) {
+        const BYTE* row = rows + static_cast<size_t>(y) * Stride(width);
+        pixels.insert(pixels.end(), row, row + static_cast<size_t>(width) * 3);
+    }
+    return pixels;
+}
 
 void SavePicture(HWND window, const std::wstring& path) {
     int width = 0;
@@ -57,7 +73,7 @@ void SavePicture(HWND window, const std::wstring& path) {
     ComPtr<IWICBitmapFrameEncode> frame;
     WICPixelFormatGUID format = GUID_WICPixelFormat24bppBGR;
     const UINT rows = static_cast<UINT>(height);
-    const UINT stride = (static_cast<UINT>(width) * 3 + 3) & ~3u;
+    const UINT stride = Stride(width);
     HRESULT result = S_OK;
     const auto then = [&result](auto&& step) {
         if (SUCCEEDED(result)) result = step();

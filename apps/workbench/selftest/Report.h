@@ -1,0 +1,31 @@
+// The one file that the self-test leaves: a page that can be read anywhere and mailed as it is.
+#pragma once
+
+#include "selftest/Results.h"
+
+namespace dax::workbench::selftest {
+
+struct ReportGroup {
+    std::wstring title;
+    Findings findings;
+    ULONGLONG milliseconds = 0;
+};
+
+struct Counts {
+    int passed = 0, failed = 0, skipped = 0;
+};
+Counts CountResults(const std::vector<ReportGroup>& groups);
+// "12 passed, 0 failed, 3 skipped"
+std::wstring Describe(const Counts& counts);
+
+struct Report {
+    std::vector<ReportGroup> groups;
+    ULONGLONG milliseconds = 0;
+    // Folders whose names tell who uses the machine; another name stands in their place.
+    std::vector<std::pair<std::wstring, std::wstring>> hiddenFolders;
+};
+
+// As HTML in UTF-8, the pictures inside it.
+std::string WriteHtml(const Report& report);
+
+} // namespace dax::workbench::selftest
