@@ -69,7 +69,7 @@ def windows_files(bits, version, installed):
         texts[f"include/{name}.h"] = read(generated, f"{name}.h").split(b"\n", 1)[1]
     texts["LICENSE.txt"] = read("LICENSE")
     texts["README.txt"] = readme("windows.txt", BITS=bits, VERSION=version, REGISTRATION=REGISTRATION[installed])
-    for name in () if installed else ("register.cmd", "unregister.cmd"):
+    for name in ("selftest.cmd",) if installed else ("selftest.cmd", "register.cmd", "unregister.cmd"):
         texts[name] = read("package", name)
     return files | {name: windows_text(data) for name, data in texts.items()}
 
