@@ -1,11 +1,9 @@
-// Each control in a host of our own and in the system's: its place, focus and keys, colours, font and DPI, design mode.
+// Each control in a host of our own: its place, focus and keys, colours, font and DPI, design mode.
 #include "ControlCases.h"
-#include "Scripts.h"
 
 #include <commctrl.h>
 
 #include <cmath>
-#include <iostream>
 
 namespace dax::test {
 
@@ -379,32 +377,12 @@ TEST_P(ControlInHost, FollowsTheHostsColoursFontAndDpi) {
         SendMessageW(hosted.window, WM_SYSCOLORCHANGE, 0, 0);
         EXPECT_EQ(look(), before);
     }
-    std::cout << DpiOf(hosted.window) << " DPI\n";
     SIZEL natural{};
     EXPECT_HRESULT_SUCCEEDED(hosted.object->GetExtent(DVASPECT_CONTENT, &natural));
     EXPECT_NEAR(natural.cx, MulDiv(GetParam().natural.cx, 2540, 96), 20) << "as large on every screen";
     if (GetParam().child == L"SysTreeView32") {
         EXPECT_GE(SendMessageW(hosted.child, TVM_GETITEMHEIGHT, 0, 0), MulDiv(16, DpiOf(hosted.window), 96));
     }
-}
-
-// The system reads its DPI when a program begins.
-TEST(HighDpi, EveryControlFollowsIt) {
-    const auto setDpi = [](DWORD dpi) {
-        HKEY key = nullptr;
-        RegOpenKeyExW(HKEY_CURRENT_USER, L"Control Panel\\Desktop", 0, KEY_ALL_ACCESS, &key);
-        if (dpi)
-            RegSetValueExW(key, L"LogPixels", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&dpi), sizeof dpi);
-        else
-            RegDeleteValueW(key, L"LogPixels");
-        RegCloseKey(key);
-    };
-    setDpi(144);
-    const auto outcome = RunProgram(L"ocx_tests.exe", L"--gtest_filter=All/ControlInHost.*Colours*");
-    setDpi(0);
-    EXPECT_EQ(outcome.code, 0u) << outcome.output;
-    if (outcome.output.find("144 DPI") == std::string::npos) GTEST_SKIP() << "this system takes no DPI from a program";
-    EXPECT_NE(outcome.output.find("[  PASSED  ] 7 tests."), std::string::npos);
 }
 
 TEST_P(ControlInHost, ShowsASampleInDesignModeAndNothingOfItAfterwards) {
@@ -435,51 +413,6 @@ TEST_P(ControlInHost, ShowsASampleInDesignModeAndNothingOfItAfterwards) {
         object->Close(OLECLOSE_NOSAVE);
         object->SetClientSite(nullptr);
     }
-}
-
-// The system's container has no ambient properties and hands on no keys, but many programs use it.
-TEST_P(ControlInHost, LivesInTheSystemsContainer) {
-    const HMODULE library = LoadLibraryW(L"atl.dll"); // has no import library everywhere
-    const auto find = [library](const char* name) {
-        return reinterpret_cast<void (*)()>(GetProcAddress(library, name));
-    };
-    const auto init = reinterpret_cast<BOOL(WINAPI*)()>(find("AtlAxWinInit"));
-    const auto create =
-        reinterpret_cast<HRESULT(WINAPI*)(LPCOLESTR, HWND, IStream*, IUnknown**, IUnknown**, REFIID, IUnknown*)>(
-            find("AtlAxCreateControlEx"));
-    static const BOOL isReady = init && init(); // once
-    ASSERT_TRUE(create && isReady);
-    const auto kept = Create(GetParam());
-    for (const auto& [name, value] : GetParam().kept) Put(kept.Get(), name, value);
-    ComPtr<IStream> stream;
-    ASSERT_HRESULT_SUCCEEDED(CreateStreamOnHGlobal(nullptr, TRUE, stream.Out()));
-    EXPECT_HRESULT_SUCCEEDED(Query<IPersistStreamInit>(kept.Get(), IID_IPersistStreamInit)->Save(stream.Get(), TRUE));
-    EXPECT_HRESULT_SUCCEEDED(stream->Seek({}, STREAM_SEEK_SET, nullptr));
-    const HWND host = CreateWindowExW(0, L"AtlAxWin", L"", WS_POPUP | WS_VISIBLE, 0, 0, 300, 120, nullptr, nullptr,
-                                      GetModuleHandleW(nullptr), nullptr);
-    HWND inner = nullptr;
-    {
-        ComPtr<IUnknown> container, control;
-        CLSID clsid{};
-        wchar_t* text = nullptr;
-        Query<IPersistStreamInit>(kept.Get(), IID_IPersistStreamInit)->GetClassID(&clsid);
-        StringFromCLSID(clsid, &text);
-        ASSERT_HRESULT_SUCCEEDED(create(text, host, stream.Get(), container.Out(), control.Out(), IID_NULL, nullptr));
-        CoTaskMemFree(text);
-        const auto loaded = Query<IDispatch>(control.Get(), IID_IDispatch);
-        for (const auto& [name, value] : GetParam().kept)
-            EXPECT_EQ(Call(loaded.Get(), name).boolVal, value.boolVal) << ToUtf8(FromWide(name));
-        inner = GetWindow(host, GW_CHILD);
-        ASSERT_TRUE(inner);
-        for (const SIZE& size : {SIZE{200, 80}, SIZE{300, 120}}) {
-            MoveWindow(host, 0, 0, size.cx, size.cy, TRUE);
-            RECT place{};
-            GetClientRect(inner, &place);
-            EXPECT_TRUE(place.right == size.cx && place.bottom == size.cy);
-        }
-    }
-    DestroyWindow(host);
-    EXPECT_TRUE(PumpUntil([inner] { return !IsWindow(inner); }));
 }
 
 } // namespace dax::test

@@ -1,10 +1,7 @@
-// The lifetime of each control: what a host keeps of it, every way to let go, inside events and calls too, and what a
-// thousand cycles of creation and release leave behind.
+// The lifetime of each control: what a host keeps of it, every way to let go, inside events and calls too.
 #include "ControlCases.h"
-#include "ResourceCounts.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace dax::test {
 
@@ -270,44 +267,6 @@ TEST_P(ControlLife, HostsMayLetGoInAnyOrder) {
             EXPECT_EQ(hosted.site.deactivations, 1) << "once, whatever the order";
             EXPECT_EQ(hosted.site.uiActivations, hosted.site.uiDeactivations);
         }
-}
-
-// A control without a window costs little, so that it is created a thousand times; one with a window, its data and all
-// that a host does with it shows what a window holds, and fewer tell as surely: what each life leaves would count.
-// DAX_CYCLES=1000 makes as many of them, which takes minutes.
-TEST_P(ControlLife, CreateReleaseCyclesLeakNothing) {
-    const TestSite form;
-    const auto run = [&](int count) {
-        for (int i = 0; i < count; ++i) {
-            HostedControl hosted(GetParam(), i % 2 ? OLEIVERB_UIACTIVATE : OLEIVERB_INPLACEACTIVATE, &form);
-            hosted.Fill();
-            hosted.AmbientChanged(DISPID_AMBIENT_BACKCOLOR, Variant(int32_t{0x00FF00}));
-            const RECT moved{20, 30, 320, 90}, visible{0, 0, 100, 300};
-            hosted.inPlace->SetObjectRects(&moved, &visible);
-            Picture(hosted.control.Get(), 60, 40);
-        }
-        for (int i = 0; i < std::min(100 * count, 1000); ++i) {
-            TestSite site(&form);
-            Sink sink([](DISPID, const std::vector<Text>&) {});
-            const auto control = Create(GetParam());
-            const auto object = Query<IOleObject>(control.Get(), IID_IOleObject);
-            object->SetClientSite(&site);
-            sink.Connect(control.Get());
-            sink.Disconnect();
-            object->SetClientSite(nullptr);
-        }
-        PumpPending();
-        return ResourceCounts();
-    };
-    run(2); // whatever the system makes once
-    const char* const wanted = std::getenv("DAX_CYCLES");
-    const int cycles = wanted ? std::max(10, std::atoi(wanted)) : 10;
-    const ResourceCounts before = run(1), after = run(cycles);
-    EXPECT_EQ(after.windows, before.windows);
-    EXPECT_LT(after.objects, before.objects + 5);
-    EXPECT_LT(after.handles, before.handles + 5);
-    EXPECT_LT(after.bytes, before.bytes + static_cast<size_t>(cycles) * 64)
-        << "in all the cycles less than one small block in each";
 }
 
 } // namespace dax::test

@@ -2,9 +2,6 @@
 #include "windows/ScreenReader.h"
 #include "windows/TreeControlHost.h"
 
-#include "panels/win32/LockInfoWindow.h"
-#include "validation/win32/DatabaseValidatorWindow.h"
-
 #include <gmock/gmock.h>
 
 #include <functional>
@@ -181,30 +178,6 @@ TEST(Accessibility, TellsWhatChanges) {
         ProcessPendingMessages();
         EXPECT_EQ(events.heard, each.heard);
     }
-}
-
-TEST(Accessibility, PanelsTellTheirTexts) {
-    const HostWindow host;
-    const auto names = [](WindowBase& panel) {
-        const ScreenReader reader(panel.Handle());
-        std::vector<std::string> all;
-        for (const LONG each : reader.Elements()) {
-            EXPECT_EQ(reader.Role(each), ROLE_SYSTEM_STATICTEXT);
-            EXPECT_EQ(reader.StateWords(each), " fixed");
-            all.push_back(reader.Name(each));
-        }
-        return all;
-    };
-    LockInfoWindow locks;
-    locks.InitProperties();
-    locks.Create(host.handle, {0, 0, 200, 80});
-    EXPECT_THAT(names(locks), ElementsAre("no locks"));
-    DatabaseValidatorWindow validator;
-    validator.InitProperties();
-    validator.Create(host.handle, {0, 100, 300, 200});
-    EXPECT_THAT(names(validator), ElementsAre());
-    validator.Validator()->ValidateDataConnection(u"", u"", true);
-    EXPECT_THAT(names(validator), ElementsAre("no file selected", ::testing::StartsWith("You must select")));
 }
 
 // A host may hold the object as long as it likes, and let go of the control while it uses it.

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <optional>
-#include <sstream>
 #include <tuple>
 
 namespace dax::test {
@@ -196,32 +195,6 @@ TEST_P(StartTest, FromTheConnectorToTheRecord) {
         PostMessageW(program.Frame(), WM_SYSCOMMAND, SC_CLOSE, 0); // as the title's button does
     EXPECT_EQ(program.ExitCode(), 0) << program.Said();
     start.ExpectDone({});
-}
-
-TEST(StartPicturesTest, ShowEachStepOfAStartThatReallyHappens) {
-    const TypicalStart start(Engine::SQLite);
-    start.Content().Run(
-        {u"UPDATE velmoraLessons SET lessonData = (SELECT lessonData FROM velmoraLessons WHERE lessonID "
-         u"= 'l1') WHERE lessonID = 'l2'"});
-    const TempFolder folder;
-    Workbench program(
-        {L"--connector", Wide(start.Connector()), L"--user", L"anna", L"--start", Wide(folder.File(u"p"))});
-    ASSERT_EQ(program.ExitCode(), 0) << program.Said();
-    std::istringstream lines(program.Said());
-    std::vector<unsigned char> former;
-    int count = 0;
-    for (std::string line; std::getline(lines, line); ++count) {
-        const Image image = ReadImage(Wide(folder.File(u"p\\" + FromUtf8(line.substr(0, line.find(' '))))));
-        EXPECT_GE(image.Colours(8), 8u) << line;
-        EXPECT_NE(image.pixels, former) << line;
-        former = image.pixels;
-    }
-    EXPECT_EQ(count, 11);
-    EXPECT_EQ(
-        start.Content().Ask(u"SELECT lessonData LIKE '%A page of today%page%s3%page%s2%' FROM velmoraLessons WHERE "
-                            u"lessonID = 'l2'"),
-        u"1");
-    EXPECT_EQ(start.Content().Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"1");
 }
 
 // Each way on files; a server each for the way in.
