@@ -1,8 +1,9 @@
 """What tools/package packs works where it is unpacked, from there alone: each archive holds what it should; the command
 line of each system works where no ODBC driver can be reached, also beside other programs on the same file; the C++
 samples compile against the packed headers; the controls are used without registration, then registered, then
-unregistered again, in a Wine prefix of their own; the self-test passes there, and fails where something is wrong; the installers do what installers.py says; and the manual's commands say
-what the manual says. The 32-bit programs are run where 32-bit Wine can be had."""
+unregistered again, in a Wine prefix of their own; the self-test passes there, and fails where something is wrong; the
+installers do what installers.py says; and the manual's commands say what the manual says. The 32-bit programs are run
+where 32-bit Wine can be had."""
 import fcntl
 import os
 import re
@@ -55,7 +56,7 @@ def wine(bits, what, *command, **more):
     # An empty folder of programs: nothing that the build left may help, or be registered, here. The folders are named
     # win32 and win64, by which tools/wine knows how many bits a program has.
     environment = dict(NO_DRIVERS, DAX_WINE_PREFIX=os.path.join(WORK, f"win{bits}", "wine"), DAX_WINE_DISPLAY="none",
-                       DAX_WINE_BIN=os.path.join(WORK, "none"), DAX_WINE_TIMEOUT="300")
+                       DAX_WINE_BIN=os.path.join(WORK, "none"), DAX_WINE_TIMEOUT="540")
     return run(f"{what} ({bits} bit)", [os.path.join(ROOT, "tools", "wine"), *command], cwd=windows(bits), env=environment,
                **more)
 
