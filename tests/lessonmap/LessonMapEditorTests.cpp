@@ -479,6 +479,36 @@ struct Bag : PropertyBag {
     std::map<Text, Value> values;
 };
 
+// Nothing recurses over the depth of a map, and nothing walks over all siblings for each of them.
+TEST_F(LessonMapEditorTest, LargeLessonsWideAndDeep) {
+    constexpr int count = 20'000;
+    const auto layout = [](const Lesson& of, int map) {
+        return std::static_pointer_cast<ContentMap>(of.Maps()->Item(map))->Layout();
+    };
+    for (const bool isDeep : {false, true}) {
+        std::string text = "A:";
+        for (int i = 0; i < count; ++i) text += " s" + std::to_string(i) + (isDeep ? "(" : "");
+        Open(text + " | B:");
+        ASSERT_EQ(tree->Count(), count + 2);
+        EXPECT_EQ(editor->FindNextSBID(u"s19999", ftTitle, true, true), u"s19999");
+        editor->CheckAllStoryboards();
+        EXPECT_EQ(editor->CheckedStoryboards().size(), static_cast<size_t>(count));
+        EXPECT_EQ(layout(*editor->GetCheckedLesson(), 0).size(), static_cast<size_t>(count));
+        editor->CollapseAll();
+        editor->ExpandAll();
+        editor->SetCurrentSBID(u"s0");
+        editor->MoveCurrent(smtNextMap);
+        EXPECT_EQ(layout(*lesson, 1)[0].sbid, u"s0");
+        editor->MoveCurrent(smtPreviousMap);
+        EXPECT_EQ(layout(*lesson, 0).size(), static_cast<size_t>(count));
+        editor->RemoveStoryboard(editor->CurrentStoryboard(), false);
+        editor->Refresh();
+        EXPECT_EQ(tree->Count(), count + 1);
+        editor->RemoveStoryboard(Page(tree->First()->FirstChild()->Key()), true);
+        EXPECT_EQ(lesson->Storyboards()->Count(), tree->Count() - 2);
+    }
+}
+
 TEST_F(LessonMapEditorTest, PropertiesAreKeptAndTold) {
     Bag bag;
     editor->WriteProperties(bag);
