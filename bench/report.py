@@ -1,5 +1,5 @@
 """Draws what was measured: report.html with plots by gnuplot, and each plot as a picture, beside the results.
-usage: bench_report.py FOLDER RESULT.json..."""
+usage: report.py FOLDER RESULT.json..."""
 import html
 import os
 import re
@@ -7,7 +7,7 @@ import subprocess
 import sys
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from bench_table import read  # noqa: E402
+from table import read  # noqa: E402
 
 SIZED = re.compile(r"^(\w+) (\d+) (lessons|locks), (.*)$")
 COLOURS = {"own interface": "#888888", "own interface, rows only": "#888888", "Qt": "#d08020"}
@@ -104,7 +104,7 @@ def main():
     plots = [time_plot(*name, series) for name, series in shapes(groups).items()
              if max(len(sizes) for sizes in series.values()) > 1]
     plots += ratio_plot(groups) + memory_plot(groups)
-    table = subprocess.run([sys.executable, os.path.join(os.path.dirname(__file__), "bench_table.py"), *results],
+    table = subprocess.run([sys.executable, os.path.join(os.path.dirname(__file__), "table.py"), *results],
                            capture_output=True, text=True, check=False).stdout
     page = ["<!DOCTYPE html><html lang=en><meta charset=utf-8><title>DAXControls: measured</title>",
             "<style>body{font-family:sans-serif;max-width:60em;margin:2em auto}svg{width:100%;height:auto}"
