@@ -5,6 +5,9 @@ import re
 from project import BINARY, CODE, files, finish, includes, read
 
 LIMIT = 600  # lines of a file; sources aim at 500, headers at 120
+# Lines of tests (seeds and data do not count) to those of src and apps, in percent. The aim is a third, 33; until that is
+# reached, the number is lowered whenever the share has fallen, and never raised.
+SHARE = 45
 # Written in pieces, so that this file does not hold what it looks for.
 WORDS = [
     (re.compile(r"(?<![\w.$}\"])/(?:wo" + r"rk|fa" + r"rm|ho" + r"me|ro" + r"ot)/\w"), "a path of one machine"),
@@ -48,7 +51,7 @@ def check_code(name, text):
 
 problems = []
 headers = set(files(".h"))
-lines = {"product": 0, "tests": 0}
+lines = {"src": 0, "apps": 0, "tests": 0}
 names = files()
 for name in names:
     if name.endswith(BINARY):
@@ -61,7 +64,10 @@ for name in names:
     problems += check_text(name, text)
     if name.endswith(CODE):
         problems += check_code(name, text)
-        count = sum(1 for line in text.splitlines() if line.strip())
-        lines["tests" if name.startswith(("tests/", "bench/")) else "product"] += count
-share = 100 * lines["tests"] / max(1, sum(lines.values()))
-finish(problems, f"{len(names)} files; {lines['product']} lines of code, {lines['tests']} of tests ({share:.0f} %)")
+        folder = name.split("/")[0]
+        lines[folder] = lines.get(folder, 0) + text.count("\n")
+product = lines["src"] + lines["apps"]
+share = 100 * lines["tests"] / product
+if share > SHARE:
+    problems.append(f"tests have {lines['tests']} lines, {share:.1f} % of the {product} of src and apps; the limit is {SHARE} %")
+finish(problems, f"{len(names)} files; {product} lines of code, {lines['tests']} of tests ({share:.1f} %, limit {SHARE} %)")

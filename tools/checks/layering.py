@@ -1,6 +1,7 @@
 """Modules use only the modules below them, windows stay in their own folders, and no includes run in a circle.
 
 The modules and their arrows are read from CMakeLists.txt (dax_module NAME USED...), so there is one table of them."""
+import graphlib
 import os
 import re
 
@@ -76,27 +77,6 @@ def check_system(name, what):
     return None
 
 
-def find_circle(graph):
-    """A list of files that include each other in a circle, or an empty one."""
-    state = {}
-    for start in graph:
-        path = [(start, iter(graph[start]))] if start not in state else []
-        state.setdefault(start, "open")
-        while path:
-            name, rest = path[-1]
-            follower = next(rest, None)
-            if follower is None:
-                state[name] = "done"
-                path.pop()
-            elif state.get(follower) == "open":
-                names = [entry for entry, _ in path]
-                return names[names.index(follower):] + [follower]
-            elif follower not in state:
-                state[follower] = "open"
-                path.append((follower, iter(graph[follower])))
-    return []
-
-
 modules, problems = read_modules()
 names = files(*CODE, folders=["src", "apps", "tests", "bench"])
 known = set(names)
@@ -112,7 +92,8 @@ for name in names:
             graph[name].append(target)
         if wrong:
             problems.append(f"{name}: includes {what}: {wrong}")
-circle = find_circle(graph)
-if circle:
-    problems.append("a circle of includes: " + " -> ".join(circle))
+try:
+    graphlib.TopologicalSorter(graph).prepare()
+except graphlib.CycleError as circle:
+    problems.append("a circle of includes: " + " <- ".join(circle.args[1]))
 finish(problems, f"{len(names)} files in {len(modules)} modules")
