@@ -8,10 +8,15 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 option(DAX_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
 option(DAX_JOINED "Compile the files of a module several at a time, which takes half the time from nothing" ON)
 
+# What was compiled in another clone is taken from the cache. But ccache does not make names with a blank in them relative
+# in the lists of headers that it keeps: a clone would watch the headers of another. There, only the same place counts.
 find_program(CCACHE ccache)
 if(CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}
-                                  CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros)
+  if(NOT CMAKE_SOURCE_DIR MATCHES "[ \t]")
+    list(APPEND CMAKE_CXX_COMPILER_LAUNCHER CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1)
+  endif()
+  list(APPEND CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
 endif()
 
 # Files on disk and calls of ODBC take the time here: the third level of optimising only takes longer to compile.
