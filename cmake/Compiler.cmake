@@ -7,6 +7,7 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 option(DAX_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
 option(DAX_JOINED "Compile the files of a module several at a time, which takes half the time from nothing" ON)
+option(DAX_LINT "Let clang-tidy read every file of the products as it is compiled; the target is lint" OFF)
 
 # What was compiled in another clone is taken from the cache. But ccache does not make names with a blank in them relative
 # in the lists of headers that it keeps: a clone would watch the headers of another. There, only the same place counts.
@@ -58,4 +59,26 @@ endif()
 # same names.
 function(dax_joined target)
   set_target_properties(${target} PROPERTIES UNITY_BUILD ${DAX_JOINED} UNITY_BUILD_BATCH_SIZE 6)
+endfunction()
+
+# clang-tidy reads the files of this target in the lint presets, each once: portable files natively, those of Windows with
+# the cross compiler's headers, but for GCC's own, for which Clang has others. Without precompiled headers, which show
+# that each file includes what it uses. The warnings are the compilers' own affair.
+function(dax_lint target)
+  if(NOT DAX_LINT)
+    return()
+  endif()
+  # The rules are a part of the command, so that files are read again when they change.
+  file(SHA256 ${CMAKE_SOURCE_DIR}/.clang-tidy rules)
+  set_property(DIRECTORY ${CMAKE_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/.clang-tidy)
+  set(tidy clang-tidy --quiet --extra-arg=-Wno-everything --extra-arg=-Wno-unknown-warning-option
+           --extra-arg=-DDAX_RULES=${rules})
+  if(CMAKE_CROSSCOMPILING)
+    set(folders ${CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES})
+    list(FILTER folders EXCLUDE REGEX "/gcc/.*/include(-fixed)?$")
+    list(TRANSFORM folders PREPEND --extra-arg=-isystem)
+    list(APPEND tidy --extra-arg=--target=${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32 --extra-arg=-nostdinc++ ${folders})
+  endif()
+  set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY "${tidy}" DISABLE_PRECOMPILE_HEADERS ON)
+  set_property(GLOBAL APPEND PROPERTY DAX_LINT_OBJECTS $<TARGET_OBJECTS:${target}>)
 endfunction()

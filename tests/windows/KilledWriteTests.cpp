@@ -25,6 +25,7 @@ Text Variable(const wchar_t* name) {
 // `whileItRuns`, when given, gets the process.
 DWORD RunVictim(const Text& suite, const Text& connectionString, int rows,
                 const std::function<void(HANDLE)>& whileItRuns = {}) {
+    SetEnvironmentVariableW(L"GTEST_TOTAL_SHARDS", nullptr); // the victim is in no shard
     SetEnvironmentVariableW(databaseVariable, Wide(connectionString));
     SetEnvironmentVariableW(rowsVariable, Wide(ToText(rows)));
     std::vector<wchar_t> program(2000);

@@ -2,7 +2,8 @@
     python3 tools/lib/schemas.py FOLDER     FOLDER holds the program dax
     python3 tools/lib/schemas.py --tables   prints the tables for docs/command-line.md
 Every command with --json must have a schema in docs/json, and its output must be valid; its help names every key, and
-docs/command-line.md has the table of the schema. Used by tools/checks/package.py with the program that was packed."""
+docs/command-line.md has the table of the schema. tools/test package uses it with
+the program that was packed."""
 import glob
 import json
 import os

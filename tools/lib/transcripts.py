@@ -4,7 +4,7 @@
 A line "$ COMMAND" is run by bash in a folder that the commands of a page share. A line "..." stands for any lines.
 $POSTGRES and $MARIADB are connection strings of empty databases (tools/servers), $CLUSTER1 to $CLUSTER3 those of the
 nodes of a cluster (tools/servers start --cluster), whose folder is $CLUSTER.
-Used by tools/checks/package.py with the program that was packed."""
+tools/test package uses it with the program that was packed."""
 import glob
 import os
 import re

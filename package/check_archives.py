@@ -1,27 +1,28 @@
 """What tools/package packs works where it is unpacked, from there alone: each archive holds what it should; the command
 line of each system works where no ODBC driver can be reached, also beside other programs on the same file; the C++
-samples compile against the packed headers; the controls are used without registration, then registered, then
-unregistered again, in a Wine prefix of their own; the self-test passes there, and fails where something is wrong; the
-installers do what installers.py says; and the manual's commands say what the manual says. The 32-bit programs are run
-where 32-bit Wine can be had."""
+samples compile against the packed headers; the controls are used without registration, then registered, then unregistered
+again, in a Wine prefix of their own; the self-test passes there, and fails where something is wrong.
+    python3 package/check_archives.py unpack     unpacks what is in dist, in build/package, for the others
+    python3 package/check_archives.py linux|win64|win32"""
 import fcntl
 import os
 import re
 import shutil
 import struct
 import subprocess
-import tarfile
+import sys
 import tempfile
 import threading
 import time
-import zipfile
 
-import installers
-from project import ROOT, finish
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tools", "checks"))
+from project import ROOT, finish  # noqa: E402
+
+import msi  # noqa: E402
 
 WORK = os.path.join(ROOT, "build", "package")
-FOLDER = "daxcontrols-3.3"
-LINUX = os.path.join(WORK, "linux", FOLDER)
+FOLDER = f"daxcontrols-{msi.version_of_project()}"
+LINUX = os.path.join(WORK, "linux", f"{FOLDER}-linux")
 MACHINES = {64: (0x8664, "x86_64-w64-mingw32-g++-posix"), 32: (0x14C, "i686-w64-mingw32-g++-posix")}
 PROGRAMS = {"daxControls33.ocx", "contentObjects.dll", "DAXWorkbench.exe", "dax.exe", "daxscript.exe"}
 EVERYWHERE = {"docs/reference.md", "docs/command-line.md", "docs/daxscript.md", "docs/json/tree.schema.json", "docs/schema.md", "docs/self-test.md", "docs/images/GroupEditor.png"}
@@ -49,7 +50,7 @@ def run(what, command, expected=0, says="", **more):
 
 
 def windows(bits):
-    return os.path.join(WORK, f"win{bits}", FOLDER)
+    return os.path.join(WORK, f"win{bits}", f"{FOLDER}-win{bits}")
 
 
 def wine(bits, what, *command, **more):
@@ -62,11 +63,10 @@ def wine(bits, what, *command, **more):
 
 
 def unpack():
-    for bits in MACHINES:
-        with zipfile.ZipFile(os.path.join(ROOT, "dist", f"{FOLDER}-win{bits}.zip")) as archive:
-            archive.extractall(os.path.join(WORK, f"win{bits}"))
-    with tarfile.open(os.path.join(ROOT, "dist", f"{FOLDER}-linux.tar.gz")) as archive:
-        archive.extractall(os.path.join(WORK, "linux"))
+    shutil.rmtree(WORK, ignore_errors=True)
+    os.makedirs(os.path.join(WORK, "none"))
+    for system, ending in (("linux", "tar.gz"), ("win64", "zip"), ("win32", "zip")):
+        shutil.unpack_archive(os.path.join(ROOT, "dist", f"{FOLDER}-{system}.{ending}"), os.path.join(WORK, system))
 
 
 def check_files(folder, wanted):
@@ -279,48 +279,21 @@ def use_on_windows(bits):
          "course.db", expected=1)
 
 
-def has_wine32():
-    """As tools/setup has found out."""
-    subprocess.run([os.path.join(ROOT, "tools", "setup"), "wine32"], stdin=subprocess.DEVNULL, capture_output=True,
-                   check=False)
-    try:
-        with open(os.path.join(ROOT, "build", "setup", "wine32"), encoding="utf-8") as answer:
-            return answer.read().strip() == "available"
-    except OSError:
-        return False
+def main():
+    part = sys.argv[1]
+    if part == "unpack":
+        unpack()
+    elif part == "linux":
+        check_files(LINUX, LINUX_FILES)
+        use_on_linux()
+    else:
+        bits = int(part[3:])
+        check_files(windows(bits), WINDOWS_FILES)
+        check_programs(bits)
+        if not problems:
+            msi.skip_without_wine(bits)
+            use_on_windows(bits)
+    finish(problems, f"{part}: done")
 
 
-def check_manual():
-    """With servers of their own, since some pages show PostgreSQL and a cluster, of which a node is killed."""
-    servers = os.path.join(ROOT, "tools", "servers")
-    place, cluster = os.path.join(WORK, "servers"), os.path.join(WORK, "cluster")
-    try:
-        said = run("the servers for the manual", [servers, "start", place])
-        said += run("the cluster for the manual", [servers, "start", "--cluster", cluster])
-        environment = dict(os.environ, **dict(re.findall(r"^export (\w+)='(.*)'$", said, re.M)))
-        for what in ("transcripts", "schemas"):
-            run(f"the manual's {what}", ["python3", os.path.join(ROOT, "tools", "lib", f"{what}.py"), LINUX],
-                env=environment)
-    finally:
-        run("ending the servers", [servers, "stop", place])
-        run("ending the cluster", [servers, "stop", cluster])
-
-
-shutil.rmtree(WORK, ignore_errors=True)
-os.makedirs(os.path.join(WORK, "none"))
-run("tools/package", [os.path.join(ROOT, "tools", "package")])
-used = [64, 32] if has_wine32() else [64]
-if not problems:
-    unpack()
-    check_files(LINUX, LINUX_FILES)
-    for one in MACHINES:
-        check_files(windows(one), WINDOWS_FILES)
-        check_programs(one)
-if not problems:
-    use_on_linux()
-    for one in used:
-        use_on_windows(one)
-    installers.check(run, problems, {one: windows(one) for one in used})
-    check_manual()
-finish(problems, "unpacked, compiled against, used, registered and unregistered, installed and uninstalled (" +
-       " and ".join(f"{one} bit" for one in used) + "); the manual's commands say what it says")
+main()

@@ -1,4 +1,5 @@
-"""Makes Windows Installer packages with wixl, for tools/package. The same files give the same bytes.
+"""Makes Windows Installer packages with wixl, for CPack (package/Installer.cmake), of a folder of files, into another, for
+64 or 32 bits. The same files give the same bytes.
 
 An installer replaces any other of its architecture; those of both architectures may be installed together. What the
 registry has only once for both, such as the names of the classes on 64-bit Windows, belongs to components that both
@@ -9,11 +10,12 @@ import re
 import shutil
 import struct
 import subprocess
+import sys
 import tempfile
 import uuid
 from xml.sax.saxutils import quoteattr
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 # Frozen: by these Windows knows an earlier version, and what the two architectures share.
 UPGRADE = {64: uuid.UUID("f63dcd22-75de-488d-bf26-b3301920b8dc"), 32: uuid.UUID("20a0aa5e-48f5-46ee-94a3-318cca5ff53c")}
 SHARED = uuid.UUID("442d6208-81a6-45ab-a3d0-11e10137bdbe")
@@ -32,19 +34,49 @@ def guid(namespace, name):
     return braced(uuid.uuid5(namespace, name))
 
 
-def list_registration(folder, into):
-    """What the 64-bit libraries in the folder register, as they list it themselves: (key, name, value)."""
-    entries = []
-    for library in LIBRARIES:
-        file = os.path.join(into, f"{library}.txt")
-        environment = dict(os.environ, DAX_WINE_DISPLAY="none", DAX_WINE_BIN=os.path.join(into, "none"),
-                           DAX_WINE_PREFIX=os.path.join(ROOT, "build", "wine-list"), DAX_WINE_TIMEOUT="300")
-        subprocess.run([os.path.join(ROOT, "tools", "wine"), "regsvr32", "/s", "/n",
-                        "/i:list=Z:" + file.replace("/", "\\"), os.path.join(folder, library)], env=environment,
-                       stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, check=True)
+def version_of_project():
+    with open(os.path.join(ROOT, "CMakeLists.txt"), encoding="utf-8") as file:
+        return re.search(r"VERSION (\S+) LANGUAGES", file.read()).group(1)
+
+
+def registration():
+    """What the 64-bit libraries register, as they list it themselves: (key, name, value). Kept until they change."""
+    entries, place = [], os.path.join(ROOT, "build", "win64", "registration")
+    os.makedirs(place, exist_ok=True)
+    for name in LIBRARIES:
+        library, file = os.path.join(ROOT, "build", "win64", "bin", name), os.path.join(place, f"{name}.txt")
+        if not os.path.exists(file) or os.path.getmtime(file) < os.path.getmtime(library):
+            environment = dict(os.environ, DAX_WINE_DISPLAY="none", DAX_WINE_BIN=place, DAX_WINE_TIMEOUT="300",
+                               DAX_WINE_PREFIX=os.path.join(ROOT, "build", "wine-list"))
+            subprocess.run([os.path.join(ROOT, "tools", "wine"), "regsvr32", "/s", "/n",
+                            "/i:list=Z:" + file.replace("/", "\\"), library], env=environment, stdin=subprocess.DEVNULL,
+                           stdout=subprocess.DEVNULL, check=True)
         with open(file, encoding="utf-8") as lines:
             entries += [tuple(line.rstrip("\n").split("\t")) for line in lines]
     return entries
+
+
+def skip_without_wine(bits):
+    """Ends a check that cannot run here, as tools/setup has found out."""
+    if bits == 32:
+        subprocess.run([os.path.join(ROOT, "tools", "setup"), "wine32"], stdin=subprocess.DEVNULL, check=True)
+        with open(os.path.join(ROOT, "build", "setup", "wine32"), encoding="utf-8") as answer:
+            said = answer.read().strip()
+        if said != "available":
+            print(said)
+            sys.exit(77)
+
+
+def files_of(folder):
+    """What an installer installs of the files of a package: {name: content}. It registers by itself."""
+    found = {}
+    for place, _, names in os.walk(folder):
+        for name in names:
+            if name not in ("register.cmd", "unregister.cmd"):
+                path = os.path.join(place, name)
+                with open(path, "rb") as file:
+                    found[os.path.relpath(path, folder)] = file.read()
+    return found
 
 
 class Tree:
@@ -177,7 +209,7 @@ def settle(path, digest):
             re.finditer(re.escape(uuid.UUID("f29f85e0-4ff9-1068-ab91-08002b27b3d9").bytes_le), data)
             if data[found.start() - 28:found.start() - 26] == b"\xfe\xff"]
     if len(sets) != 1:
-        raise SystemExit(f"pack: {os.path.basename(path)} has {len(sets)} summaries")
+        raise SystemExit(f"installer: {os.path.basename(path)} has {len(sets)} summaries")
     section = sets[0] + struct.unpack_from("<I", data, sets[0] + 44)[0]
     code = guid(uuid.NAMESPACE_OID, digest).encode()
     settled = 0
@@ -190,12 +222,12 @@ def settle(path, digest):
         elif kind in (11, 12, 13) and struct.unpack_from("<I", data, at)[0] == 64:  # times: printed, created, saved
             struct.pack_into("<Q", data, at + 4, 119600064000000000)  # 1 January 1980
     if settled != 1:
-        raise SystemExit(f"pack: the package code of {path} was not found")
+        raise SystemExit(f"installer: the package code of {path} was not found")
     with open(path, "wb") as file:
         file.write(data)
 
 
-def build(path, bits, version, files, entries):
+def build(path, bits, version, files):
     """`files` are the contents by their names in the folder of the installation."""
     with tempfile.TemporaryDirectory() as place:
         with open(os.path.join(ROOT, "apps", "workbench", "DAXWorkbench.ico"), "rb") as icon:
@@ -205,7 +237,7 @@ def build(path, bits, version, files, entries):
             with open(os.path.join(place, name), "wb") as file:
                 file.write(data)
             os.utime(os.path.join(place, name), (315532800, 315532800))
-        digest, conditions, text = source(bits, version, files, entries)
+        digest, conditions, text = source(bits, version, files, registration())
         description = os.path.join(place, "description.wxs")
         with open(description, "w", encoding="utf-8") as file:
             file.write(text)
@@ -217,6 +249,12 @@ def build(path, bits, version, files, entries):
         for command in commands:
             said = subprocess.run(command, cwd=place, stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False)
             if said.returncode != 0 or said.stderr.strip():
-                raise SystemExit(f"pack: {command[0]} could not make {path}: {said.stderr.strip()}")
+                raise SystemExit(f"installer: {command[0]} could not make {path}: {said.stderr.strip()}")
         settle(made, digest)
         shutil.move(made, path)
+
+
+if __name__ == "__main__":
+    folder, target, bits = sys.argv[1], sys.argv[2], int(sys.argv[3])
+    build(os.path.join(target, f"daxcontrols-{version_of_project()}-{PLATFORM[bits]}.msi"), bits, version_of_project(),
+          files_of(folder))

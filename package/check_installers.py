@@ -1,17 +1,21 @@
 """The installers that tools/package makes work: in Wine prefixes of their own, a machine is installed, used by a script,
 repaired, upgraded and uninstalled. What an installer enters in the registry is what regsvr32 enters; what is left behind
-is nothing; each architecture leaves the other alone. package.py runs this, with what it has unpacked."""
+is nothing; each architecture leaves the other alone.
+    python3 package/check_installers.py 64|32     after check_archives.py unpack"""
+import glob
 import os
 import re
 import shutil
+import subprocess
 import sys
+import tempfile
 
-from project import ROOT
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tools", "checks"))
+from project import ROOT, finish  # noqa: E402
 
-sys.path.insert(0, os.path.join(ROOT, "tools", "lib"))
 import msi  # noqa: E402
-import pack  # noqa: E402
 
+WORK = os.path.join(ROOT, "build", "package")
 LATER = "99.1"
 EDITOR = "{71E754E9-42AA-4718-8DAD-CEB4BEEB08F0}"
 USER, CATALOG, LESSON = "anna", "velmora_safety", "SAF-2"
@@ -21,11 +25,13 @@ NAMES = re.compile(r"\\classes\\wow6432node\\(daxcontrols|contentobjects)\.")
 BOOKS = re.compile(r"Software\\(Classes\\Installer|Microsoft\\Windows\\CurrentVersion\\(Installer|Uninstall)|DAXControls)"
                    r"(\\|$)", re.I)
 
+problems = []
+
 
 class Machine:
-    def __init__(self, run, problems, bits, name, unpacked, like=None):
-        """`run` runs a command and notes what goes wrong. `like` is a machine to begin as a copy of."""
-        self.run, self.problems, self.bits, self.name = run, problems, bits, f"{name}, {bits} bit"
+    def __init__(self, bits, name, unpacked, like=None):
+        """`like` is a machine to begin as a copy of."""
+        self.bits, self.name = bits, f"{name}, {bits} bit"
         # tools/wine takes a program's bits from the folder above it.
         self.prefix = os.path.join(ROOT, "build", "package", f"win{bits}", f"machine-{name}")
         self.drive = os.path.join(self.prefix, "drive_c")
@@ -37,11 +43,18 @@ class Machine:
             self.system("cmd", "/c", "exit")  # the first start of all settles what a new machine has in its registry
         self.new = self.state()
 
-    def wine(self, what, program, *words, **more):
+    def wine(self, what, program, *words, expected=0, says=""):
         environment = dict(os.environ, DAX_WINE_PREFIX=self.prefix, DAX_WINE_DISPLAY="none", DAX_WINE_TIMEOUT="300",
                            DAX_WINE_BIN=os.path.join(self.prefix, "none"))
-        return self.run(f"{what} ({self.name})", [os.path.join(ROOT, "tools", "wine"), program, *words],
-                        cwd=self.prefix, env=environment, **more)
+        # Into a file: what a program leaves behind, such as Wine's services, would keep a pipe open.
+        with tempfile.TemporaryFile("w+", errors="replace") as output:
+            code = subprocess.run([os.path.join(ROOT, "tools", "wine"), program, *words], cwd=self.prefix, env=environment,
+                                  stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT, check=False,
+                                  timeout=600).returncode
+            output.seek(0)
+            said = output.read()
+        if (expected is not None and code != expected) or says not in said:
+            problems.append(f"{what} ({self.name}): exit code {code}, said: {said.strip()[-1500:]}")
 
     def system(self, program, *words, **more):
         return self.wine(f"{program} {' '.join(words)}", os.path.join(self.drive, "windows", "system32", f"{program}.exe"),
@@ -90,7 +103,7 @@ class Machine:
                 self.expect(what, one, other)
             return
         one, other = (set(side.items()) if isinstance(side, dict) else set(side) for side in (found, expected))
-        self.problems.append(f"{self.name}: {what}: too much: {sorted(one - other)[:12]}, lacking: {sorted(other - one)[:12]}")
+        problems.append(f"{self.name}: {what}: too much: {sorted(one - other)[:12]}, lacking: {sorted(other - one)[:12]}")
 
     def versions(self):
         """The installed products, as the system's list of programs shows them."""
@@ -113,13 +126,13 @@ class Machine:
                   LESSON, says=f"10. recorded for {USER}")
 
 
-def later_package(bits, entries, place):
+def later_package(bits, unpacked, place):
     """The next version: one sample less, one file more."""
-    files = pack.windows_files(bits, LATER, True)
+    files = msi.files_of(unpacked)
     del files["samples/locks.vbs"]
     files["docs/news.md"] = b"# News\r\n"
     path = os.path.join(place, f"daxcontrols-{LATER}-{msi.PLATFORM[bits]}.msi")
-    msi.build(path, bits, LATER, files, entries)
+    msi.build(path, bits, LATER, files)
     return path
 
 
@@ -135,15 +148,15 @@ def registered(machine, unpacked):
     return machine.added()
 
 
-def one_architecture(machine, package, later, entered):
+def one_architecture(machine, unpacked, package, later, entered):
     bits, folder = machine.bits, machine.folder(machine.bits)
-    wanted = set(pack.windows_files(bits, pack.version_of_project(), True))
+    wanted = set(msi.files_of(unpacked))
     machine.system("msiexec", "/i", package, "/qn")
     machine.expect("the registry after the installer, beside that after regsvr32", machine.added(), entered)
     machine.expect("the files installed", files_below(folder), wanted)
     links = [name for name in machine.files() if name.endswith(f"DAXControls Workbench ({bits}-bit).lnk")]
     if len(links) != 1 or "Start Menu" not in links[0]:
-        machine.problems.append(f"{machine.name}: start-menu entries: {links}")
+        problems.append(f"{machine.name}: start-menu entries: {links}")
         return
     machine.use(bits)
     installed = machine.added(), machine.files()
@@ -169,7 +182,7 @@ def one_architecture(machine, package, later, entered):
     machine.expect("after uninstalling", machine.state(), machine.new)
 
 
-def both(machine, packages):
+def both(machine, unpacked, packages):
     """On 64-bit Windows; each goes as if the other had never come."""
     help_folder = {(key, name) for key, name in machine.registry() if key.endswith("helpdir")}
 
@@ -185,23 +198,30 @@ def both(machine, packages):
         alone[first] = step("the first", "/i", packages[first])
         step("the second", "/i", packages[second])
         machine.expect("both installed", machine.versions(),
-                       [f"DAXControls {pack.version_of_project()} ({bits}-bit)" for bits in (32, 64)])
+                       [f"DAXControls {msi.version_of_project()} ({bits}-bit)" for bits in (32, 64)])
         for bits in packages:
             machine.expect(f"the files of both, {bits} bit", files_below(machine.folder(bits)),
-                           set(pack.windows_files(bits, pack.version_of_project(), True)))
+                           set(msi.files_of(unpacked[bits])))
         machine.use(64)
         machine.expect(f"{first} bit, after {second} bit came and went", step("", "/x", packages[second]), alone[first])
         machine.expect(f"after {first} bit has gone, too", step("", "/x", packages[first]), machine.new)
 
 
-def check(run, problems, unpacked):
-    """`unpacked` are the folders of the unpacked archives by their bits."""
-    dist, version, entries = os.path.join(ROOT, "dist"), pack.version_of_project(), pack.registration()
-    packages = {bits: os.path.join(dist, f"daxcontrols-{version}-{msi.PLATFORM[bits]}.msi") for bits in msi.PLATFORM}
-    for bits, folder in unpacked.items():
-        new = Machine(run, problems, bits, "new", folder)
-        entered = registered(Machine(run, problems, bits, "regsvr32", folder, new), folder)
-        one_architecture(Machine(run, problems, bits, "installer", folder, new), packages[bits],
-                         later_package(bits, entries, os.path.dirname(folder)), entered)
-        if bits == 64:
-            both(Machine(run, problems, 64, "both", folder, new), packages)
+def main():
+    """In the folders that check_archives.py has unpacked."""
+    bits, version = int(sys.argv[1]), msi.version_of_project()
+    msi.skip_without_wine(bits)
+    packages = {each: os.path.join(ROOT, "dist", f"daxcontrols-{version}-{msi.PLATFORM[each]}.msi") for each in (64, 32)}
+    folders = {each: os.path.join(WORK, f"win{each}", f"daxcontrols-{version}-win{each}") for each in (64, 32)}
+    for folder in glob.glob(os.path.join(WORK, f"win{bits}", "machine-*")):
+        shutil.rmtree(folder)
+    new = Machine(bits, "new", folders[bits])
+    entered = registered(Machine(bits, "regsvr32", folders[bits], new), folders[bits])
+    one_architecture(Machine(bits, "installer", folders[bits], new), folders[bits], packages[bits],
+                     later_package(bits, folders[bits], os.path.join(WORK, f"win{bits}")), entered)
+    if bits == 64:
+        both(Machine(64, "both", folders[64], new), folders, packages)
+    finish(problems, f"installed, used, repaired, upgraded and uninstalled, {bits} bit")
+
+
+main()
