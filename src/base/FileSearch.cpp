@@ -21,13 +21,13 @@ bool Matches(TextView name, TextView pattern) {
     std::vector<bool> reached(name.size() + 1);
     reached[0] = true;
     for (const char16_t unit : pattern) {
+        if (unit == u'*') { // every place from the first one on
+            std::fill(std::find(reached.begin(), reached.end(), true), reached.end(), true);
+            continue;
+        }
         std::vector<bool> next(reached.size());
         for (size_t at = 0; at < reached.size(); ++at) {
             const bool isAtEnd = at == name.size();
-            if (unit == u'*') {
-                next[at] = reached[at] || (at > 0 && next[at - 1]);
-                continue;
-            }
             if (!reached[at]) continue;
             if (unit == u'?' && (isAtEnd || name[at] == u'.')) next[at] = true;
             if (!isAtEnd && (unit == u'?' || unit == name[at])) next[at + 1] = true;
@@ -39,8 +39,7 @@ bool Matches(TextView name, TextView pattern) {
 
 bool IsListed(TextView name, TextView pattern) {
     if (Matches(name, pattern)) return true;
-    return pattern.ends_with(u".*") && name.find(u'.') == TextView::npos &&
-           Matches(name, pattern.substr(0, pattern.size() - 2));
+    return pattern.ends_with(u".*") && Matches(name, pattern.substr(0, pattern.size() - 2));
 }
 
 } // namespace

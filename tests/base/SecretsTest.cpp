@@ -34,6 +34,8 @@ TEST(SecretsTest, MasksEveryPasswordAndNothingElse) {
         {u"pwd=a\rb;PWD='", u"pwd=••••\rb;PWD=••••", u"a"},
         {u"X;Password=''", u"X;Password=••••", u""},
         {u"PWD=''abc", u"PWD=••••", u"abc"},
+        {u"'PWD=''a;b'';X=y'", u"'PWD=••••;X=y'", u"a;b"},
+        {u"PWD=pwd=a;x", u"PWD=••••;x", u"pwd=a"},
         {u"PWD=\"a\"", u"PWD=••••", u"a"},
         {u"PWD={a}bc;d;PWD=", u"PWD=••••;d;PWD=", u"a"},
         {u"'x;PWD=••••' is gone", u"'x;PWD=••••' is gone", u""},
@@ -49,6 +51,7 @@ TEST(SecretsTest, MasksEveryPasswordAndNothingElse) {
     const Text known[] = {u"ab", u"", u"geheim", u"four"};
     EXPECT_EQ(ToUtf8(MaskPasswords(u"\"geheim2\" of ab, not abc or cab", known)), "\"••••2\" of ••••, not abc or cab");
     EXPECT_EQ(ToUtf8(MaskPasswords(u"ab, nfours, ab", known)), "••••, n••••s, ••••");
+    EXPECT_EQ(ToUtf8(MaskPasswords(u"cab, abc", known)), "cab, abc");
 }
 
 } // namespace
