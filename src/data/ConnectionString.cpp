@@ -262,8 +262,7 @@ ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine,
     if (target.driver.empty() && dataSource.empty() && keywords.Last({u"FILEDSN"}).empty())
         Refuse(u"The connection string names neither a Provider nor a Driver nor a data source (DSN). Use for example "
                u"\"Driver={PostgreSQL Unicode};Server=…;Database=…;UID=…;PWD=…\", or just the path of a SQLite file.");
-    target.engine = EngineFromName(target.driver.empty() && !dataSource.empty() ? machine.driverOfDataSource(dataSource)
-                                                                                : target.driver);
+    target.engine = EngineFromName(dataSource.empty() ? target.driver : machine.driverOfDataSource(dataSource));
     if (target.engine == Engine::Other) target.engine = known;
     if (target.engine == Engine::SQLite) return SQLiteTarget(keywords, dataSource, machine);
     const Dialect& dialect = DialectOf(target.engine);

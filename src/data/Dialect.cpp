@@ -98,7 +98,6 @@ constexpr std::array<Dialect, 6> dialects = {{
         .valueMarks = ValueMarks::WhereNeeded,
         .adapts = true,
         .datesAsText = true,
-        .fractionDigits = 9,
         // Changes nothing, and makes the transaction one that writes.
         .holdWriters = u"UPDATE velmoraLessons SET lessonID = lessonID WHERE 1 = 0",
     },

@@ -39,17 +39,17 @@ void GroupEditor::OnKeyPress(int keyCode) {
 
 void GroupEditor::OnMouseDown(MouseButton button) {
     const auto self = shared_from_this();
-    if (button == MouseButton::Left && allowDragDrop && !isLocked && !dragDrop.Active()) dragDrop.OnMouseDown();
+    if (button == MouseButton::Left && allowDragDrop && !isLocked) dragDrop.OnMouseDown();
     if (button == MouseButton::Right) CancelDrag();
 }
 
 void GroupEditor::OnMouseMove(MouseButton button, Point point) {
-    if (button != MouseButton::Left || isLocked || !allowDragDrop || !window) return;
+    if (button != MouseButton::Left) return;
     const auto self = shared_from_this();
-    if (!dragDrop.Active() && dragDrop.ShouldBeginDrag()) {
+    if (dragDrop.ShouldBeginDrag()) {
         if (Node* const node = window->HitTest(point).node) tree.Select(node);
-        // A listener may have changed everything.
-        if (isLocked || !allowDragDrop || !window || !dragDrop.ShouldBeginDrag()) return;
+        // A listener may have changed everything, and whatever forbids a drag cancels what was pressed.
+        if (!dragDrop.ShouldBeginDrag()) return;
         subclasser.SetActive(false);
         dragDrop.BeginDrag();
         if (!dragDrop.Active()) subclasser.SetActive(true);

@@ -39,11 +39,9 @@ IDCollection GroupEditor::GetChildLessonIDCollection(const Text& lessonID) const
 Text GroupEditor::FindLesson(const Text& text, FindTypes, bool wrapAround) {
     const Text wanted = FoldCase(text);
     const Node* const start = tree.Selected() ? tree.Selected() : tree.First();
-    bool hasWrapped = false;
     for (const Node* node = modTVW::GetNextNode(start); node != start; node = modTVW::GetNextNode(node)) {
         if (!node) {
-            if (hasWrapped || !wrapAround) return {};
-            hasWrapped = true;
+            if (!wrapAround) return {};
             node = tree.First();
             if (node == start) return {};
         }

@@ -149,34 +149,6 @@ TEST_P(ServerTest, OptionsOfTheHostSpoilNothing) {
     EXPECT_TRUE(FailureOfOpen(plain + u";ConnSettings={SET search_path = public, pg_catalog}").Tells("backslash"));
 }
 
-#ifdef __linux__
-class HandleTest : public test::EngineTest {
-protected:
-    static long OpenFiles() {
-        const std::filesystem::directory_iterator files("/proc/self/fd");
-        return std::distance(begin(files), end(files));
-    }
-};
-INSTANTIATE_TEST_SUITE_P(Engines, HandleTest, ::testing::ValuesIn(test::AllEngines()), test::EngineName);
-
-TEST_P(HandleTest, NothingStaysOpenOnAnyPath) {
-    database->Run({u"CREATE TABLE t (a integer)", u"INSERT INTO t VALUES (1)"});
-    const long before = OpenFiles();
-    for (int i = 0; i < 3; ++i) {
-        Connection connection;
-        connection.Open(database->ConnectionString());
-        connection.BeginTrans();
-        connection.Execute(u"INSERT INTO t VALUES (2)");
-        Recordset open, failing;
-        open.Open(u"SELECT a FROM t", connection);
-        EXPECT_THROW(failing.Open(u"SELECT b FROM t", database->ConnectionString()), Error);
-        EXPECT_THROW(connection.Execute(u"SELEKT"), Error);
-        open.Close();
-    }
-    EXPECT_EQ(OpenFiles(), before);
-}
-#endif
-
 } // namespace
 
 } // namespace dax

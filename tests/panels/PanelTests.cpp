@@ -3,6 +3,7 @@
 
 #include "base/modGeneric.h"
 #include "hierarchy/EditorFixture.h"
+#include "support/FakeSurface.h"
 
 #include <gmock/gmock.h>
 
@@ -11,45 +12,8 @@
 namespace dax {
 namespace {
 
+using test::FakeSurface;
 using ::testing::ElementsAre;
-
-// Ten pixels a character at 8 points, more at larger sizes; remembers what was drawn.
-class RecordingSurface : public Surface {
-public:
-    explicit RecordingSurface(int newHeight, int newWidth = 400) : width(newWidth), height(newHeight) {}
-    int Width() const override { return width; }
-    int Height() const override { return height; }
-    void Clear() override { drawn.clear(); }
-    void SetBold(bool bold) override { isBold = bold; }
-    void SetFontSize(double points) override { size = points == 0 ? 8 : points; }
-    int DrawText(const Text& text, Rect& rect, uint32_t flags) override {
-        const int lineHeight = static_cast<int>(size * 2);
-        if (flags & DrawTextFlags::CalcRect) return lineHeight;
-        drawn.push_back({ToUtf8(text), rect, isBold, size, flags});
-        return lineHeight;
-    }
-    int TextWidth(const Text& text) override { return static_cast<int>(text.size()) * 10; }
-
-    std::vector<std::string> Lines() const {
-        std::vector<std::string> lines;
-        for (const auto& line : drawn) lines.push_back((line.isBold ? "*" : "") + line.text);
-        return lines;
-    }
-
-    struct Drawn {
-        std::string text;
-        Rect place;
-        bool isBold;
-        double size;
-        uint32_t flags;
-    };
-    std::vector<Drawn> drawn;
-    bool isBold = false;
-    double size = 8;
-
-private:
-    int width, height;
-};
 
 class PanelTest : public ::testing::Test {
 protected:
@@ -71,7 +35,7 @@ protected:
 
     template <typename Info>
     std::vector<std::string> LinesOf(const Info& info) {
-        RecordingSurface surface(1000);
+        FakeSurface surface(1000);
         info.Paint(surface);
         EXPECT_TRUE(!surface.isBold && surface.size == 8) << "the next one to paint begins as this one did";
         for (const auto& line : surface.drawn) EXPECT_EQ(line.place.left, 0);
@@ -95,7 +59,7 @@ TEST_F(PanelTest, LessonInfoTellsEachKindAtTheLevelThatFits) {
     info.Changed = [&] { ++changes; };
     editor->SetCurrentLessonID(u"l1");
     info.UpdateFrom(editor.get());
-    RecordingSurface roomy(1000);
+    FakeSurface roomy(1000);
     info.Paint(roomy);
     EXPECT_THAT(roomy.Lines(), ElementsAre("Birds", "*lesson", "identifier: id l1", "1 active storyboard",
                                            "modified 1 March", "by ann", "exported ", "by (unknown)", "*public"));
@@ -105,14 +69,14 @@ TEST_F(PanelTest, LessonInfoTellsEachKindAtTheLevelThatFits) {
     }
     const int whole = MeasurePanel(roomy, info.Layout(1)), less = MeasurePanel(roomy, info.Layout(2));
     EXPECT_EQ(whole, roomy.drawn.back().place.top + 16) << "measured as it is painted";
-    RecordingSurface exact(whole), lower(whole - 1), low(less - 1), lowest(1);
+    FakeSurface exact(whole), lower(whole - 1), low(less - 1), lowest(1);
     info.Paint(exact);
     EXPECT_EQ(exact.Lines(), roomy.Lines());
     info.Paint(lower);
     EXPECT_THAT(lower.Lines(), ElementsAre("Birds", "*lesson", "identifier: id l1", "1 active storyboard",
                                            "modified 1 March", "*public"));
     EXPECT_EQ(less, lower.drawn.back().place.top + 16);
-    for (RecordingSurface* surface : {&low, &lowest}) {
+    for (FakeSurface* surface : {&low, &lowest}) {
         info.Paint(*surface);
         EXPECT_THAT(surface->Lines(), ElementsAre("Birds", "*lesson", "modified 1 March", "*public"));
     }
@@ -129,7 +93,7 @@ TEST_F(PanelTest, LessonInfoTellsEachKindAtTheLevelThatFits) {
     EXPECT_EQ(info.Texts().identifierLine, u"identifier: (no identifier)");
     EXPECT_THAT(LinesOf(info, u"g1"), ElementsAre("Animals", "*group", "identifier: id g1", "contains 1 group",
                                                   "2 lessons", "2  storyboards", "*public"));
-    RecordingSurface tight(MeasurePanel(roomy, info.Layout(1)) - 1), tighter(MeasurePanel(roomy, info.Layout(2)) - 1);
+    FakeSurface tight(MeasurePanel(roomy, info.Layout(1)) - 1), tighter(MeasurePanel(roomy, info.Layout(2)) - 1);
     info.Paint(tight);
     EXPECT_THAT(tight.Lines(),
                 ElementsAre("Animals", "*group", "identifier: id g1", "contains 1 group", "2 lessons", "*public"));
@@ -203,7 +167,7 @@ TEST_F(PanelTest, LockInfoStandsBesideItsSuffixAndSaysWhatFails) {
     summary.editLessonText = u"ann";
     summary.editGuideCount = 1;
     summary.editGuideText = u"bob";
-    RecordingSurface surface(200, 300), narrow(200, 10);
+    FakeSurface surface(200, 300), narrow(200, 10);
     PaintPanel(surface, summary.Layout());
     ASSERT_EQ(surface.drawn.size(), 4u);
     EXPECT_EQ(surface.drawn[0].place.right, 300);

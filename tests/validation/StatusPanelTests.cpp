@@ -1,60 +1,51 @@
-// The layout of the status panel on a surface whose letters are all alike: 5 pixels wide (6 bold), lines of 10 (12).
+// The layout of the status panel.
+#include "support/FakeSurface.h"
 #include "validation/StatusPanel.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdio>
+#include <gmock/gmock.h>
 
 namespace dax {
 
 namespace {
 
-class PlainSurface : public Surface {
-public:
-    int Width() const override { return 240; }
-    int Height() const override { return 200; }
-    void Clear() override { drawn += "clear;"; }
-    void SetBold(bool bold) override { isBold = bold; }
-    void SetFontSize(double) override {}
-    int TextWidth(const Text& text) override { return static_cast<int>(text.size()) * (isBold ? 6 : 5); }
-    int DrawText(const Text& text, Rect& rect, uint32_t flags) override {
-        const int perLine = std::max(rect.Width() / (isBold ? 6 : 5), 1);
-        const int length = static_cast<int>(text.size());
-        const int lines = flags & DrawTextFlags::WordBreak ? (length + perLine - 1) / perLine : 1;
-        if (!(flags & DrawTextFlags::CalcRect)) {
-            char line[200];
-            std::snprintf(line, sizeof line, "%s%.5s@%d,%d-%d,%d:%x;", isBold ? "*" : "", ToUtf8(text).c_str(),
-                          rect.left, rect.top, rect.right, rect.bottom, flags);
-            drawn += line;
-        } else {
-            measuredFlags = flags;
-        }
-        return lines * (isBold ? 12 : 10);
-    }
-    std::string drawn;
-    uint32_t measuredFlags = 0;
+using testing::ElementsAre;
 
-private:
-    bool isBold = true; // as the one who painted before has left it
-};
+std::vector<int> TopsOf(const test::FakeSurface& surface) {
+    std::vector<int> tops;
+    for (const auto& line : surface.drawn) {
+        EXPECT_EQ(line.place.left, 42) << "beside the picture";
+        EXPECT_EQ(line.place.right, std::max(42, surface.Width()));
+        EXPECT_GE(line.place.bottom, line.place.top);
+        EXPECT_EQ((line.flags & DrawTextFlags::WordBreak) != 0, !line.isBold);
+        tops.push_back(line.place.top);
+    }
+    return tops;
+}
 
 } // namespace
 
 TEST(StatusPanel, ParagraphsStandBelowEachOther) {
-    PlainSurface surface;
-    const Text long50(50, u'm'); // 50 * 5 = 250 pixels on a column of 240 - 42 = 198: two lines
-    PaintStatusPanel(surface, {u"title", long50, u"detail", u"text", StatusPicture::Critical}, {});
-    // 2 + 12 + 4 = 18; 18 + 20 + 2 * 10 - 4 = 54; 54 + 12 + 4 = 70
-    EXPECT_EQ(surface.drawn, "clear;*title@42,2-240,200:44800;mmmmm@42,18-240,200:44810;"
-                             "*detai@42,54-240,200:44800;text@42,70-240,200:44810;");
-    EXPECT_EQ(surface.measuredFlags, 0x44C10u);
+    const StatusDisplay display{u"title", Text(50, u'm'), u"detail", u"text", StatusPicture::Critical};
+    test::FakeSurface surface(200, 342), narrow(20, 30);
+    PaintStatusPanel(surface, display, {});
+    EXPECT_THAT(surface.Lines(), ElementsAre("*title", std::string(50, 'm'), "*detail", "text"));
+    // A line of 16 and 4 below it; two lines for 50 letters on 300 pixels, and twice the height of a line less 4.
+    EXPECT_THAT(TopsOf(surface), ElementsAre(2, 22, 82, 102));
+    EXPECT_FALSE(surface.isBold);
+    PaintStatusPanel(narrow, display, {});
+    EXPECT_EQ(TopsOf(narrow).size(), 4u) << "also where there is no room";
 }
 
 TEST(StatusPanel, ALoneMessageIsCentredOnThePicture) {
-    PlainSurface surface;
+    test::FakeSurface surface(200);
+    surface.isBold = true; // as the one who painted before has left it
     PaintStatusPanel(surface, {u"", u"validating", u"", u"", StatusPicture::Busy}, {});
-    EXPECT_EQ(surface.drawn, "clear;valid@42,13-240,200:44810;"); // 2 + (32 - 10) / 2
+    EXPECT_THAT(surface.Lines(), ElementsAre("validating"));
+    EXPECT_THAT(TopsOf(surface), ElementsAre(10)); // 2 + (32 - 16) / 2
+    const StatusPanelMetrics usual, large = StatusPanelMetrics::ForDpi(144);
+    EXPECT_EQ(StatusPanelMetrics::ForDpi(96).columnGap, usual.columnGap);
+    EXPECT_THAT((std::vector{large.pictureWidth, large.pictureHeight, large.margin, large.columnGap, large.titleGap}),
+                ElementsAre(48, 48, 3, 12, 6));
 }
 
 } // namespace dax

@@ -7,55 +7,55 @@ namespace dax {
 namespace {
 
 struct Rule {
-    Engine engine;     // Other: every engine
-    TextView state;    // the beginning of the SQLSTATE
-    SQLINTEGER native; // 0: any
-    TextView fragment; // of the message; empty: any
+    Engine engine; // Other: every engine
     int32_t number;
+    TextView state{};    // the beginning of the SQLSTATE
+    TextView fragment{}; // of the message; empty: any
+    SQLINTEGER native{}; // 0: any
 };
 
 // The first rule that fits decides. Engines that report everything as HY000 tell more by native number and text.
 constexpr Rule rules[] = {
-    {Engine::PostgreSQL, u"", 0, u"password authentication failed", ErrorNumbers::Authentication},
-    {Engine::PostgreSQL, u"", 0, u"no password supplied", ErrorNumbers::Authentication},
-    {Engine::PostgreSQL, u"28", 0, u"", ErrorNumbers::Authentication},
-    {Engine::PostgreSQL, u"42P01", 0, u"", ErrorNumbers::NoTable},
-    {Engine::PostgreSQL, u"42501", 0, u"", ErrorNumbers::Permission},
-    {Engine::PostgreSQL, u"25006", 0, u"", ErrorNumbers::Permission},
-    {Engine::PostgreSQL, u"55P03", 0, u"", ErrorNumbers::Timeout},
-    {Engine::PostgreSQL, u"57014", 0, u"", ErrorNumbers::Timeout},
-    {Engine::MariaDB, u"", 1205, u"", ErrorNumbers::Timeout},
-    {Engine::MariaDB, u"", 1044, u"", ErrorNumbers::Permission},
-    {Engine::MariaDB, u"", 1142, u"", ErrorNumbers::Permission},
-    {Engine::MariaDB, u"", 1143, u"", ErrorNumbers::Permission},
-    {Engine::MariaDB, u"", 1290, u"", ErrorNumbers::Permission},
-    {Engine::MariaDB, u"", 1406, u"", ErrorNumbers::DataOverflow},
+    {Engine::PostgreSQL, ErrorNumbers::Authentication, u"", u"password authentication failed"},
+    {Engine::PostgreSQL, ErrorNumbers::Authentication, u"", u"no password supplied"},
+    {Engine::PostgreSQL, ErrorNumbers::Authentication, u"28"},
+    {Engine::PostgreSQL, ErrorNumbers::NoTable, u"42P01"},
+    {Engine::PostgreSQL, ErrorNumbers::Permission, u"42501"},
+    {Engine::PostgreSQL, ErrorNumbers::Permission, u"25006"},
+    {Engine::PostgreSQL, ErrorNumbers::Timeout, u"55P03"},
+    {Engine::PostgreSQL, ErrorNumbers::Timeout, u"57014"},
+    {Engine::MariaDB, ErrorNumbers::Timeout, u"", u"", 1205},
+    {Engine::MariaDB, ErrorNumbers::Permission, u"", u"", 1044},
+    {Engine::MariaDB, ErrorNumbers::Permission, u"", u"", 1142},
+    {Engine::MariaDB, ErrorNumbers::Permission, u"", u"", 1143},
+    {Engine::MariaDB, ErrorNumbers::Permission, u"", u"", 1290},
+    {Engine::MariaDB, ErrorNumbers::DataOverflow, u"", u"", 1406},
     // State and number are lost for a late statement of several in one call.
-    {Engine::MariaDB, u"HY000", 0, u"Duplicate entry", ErrorNumbers::Integrity},
-    {Engine::MariaDB, u"HY000", 0, u"foreign key constraint fails", ErrorNumbers::Integrity},
-    {Engine::MariaDB, u"HY000", 0, u"cannot be null", ErrorNumbers::Integrity},
-    {Engine::MariaDB, u"HY000", 0, u"doesn't exist", ErrorNumbers::NoTable},
-    {Engine::MariaDB, u"HY000", 0, u"SQL syntax", ErrorNumbers::SyntaxOrColumn},
-    {Engine::MariaDB, u"HY000", 0, u"Lock wait timeout", ErrorNumbers::Timeout},
-    {Engine::SQLServer, u"", 1222, u"", ErrorNumbers::Timeout},
-    {Engine::SQLServer, u"", 229, u"", ErrorNumbers::Permission},
-    {Engine::Other, u"42S02", 0, u"", ErrorNumbers::NoTable},
-    {Engine::Other, u"42", 0, u"", ErrorNumbers::SyntaxOrColumn},
-    {Engine::Other, u"23", 0, u"", ErrorNumbers::Integrity},
-    {Engine::Other, u"28", 0, u"", ErrorNumbers::Authentication},
-    {Engine::Other, u"22001", 0, u"", ErrorNumbers::DataOverflow},
-    {Engine::Other, u"22003", 0, u"", ErrorNumbers::DataOverflow},
-    {Engine::Other, u"22", 0, u"", ErrorNumbers::DataMismatch},
-    {Engine::Other, u"HYT", 0, u"", ErrorNumbers::Timeout},
+    {Engine::MariaDB, ErrorNumbers::Integrity, u"HY000", u"Duplicate entry"},
+    {Engine::MariaDB, ErrorNumbers::Integrity, u"HY000", u"foreign key constraint fails"},
+    {Engine::MariaDB, ErrorNumbers::Integrity, u"HY000", u"cannot be null"},
+    {Engine::MariaDB, ErrorNumbers::NoTable, u"HY000", u"doesn't exist"},
+    {Engine::MariaDB, ErrorNumbers::SyntaxOrColumn, u"HY000", u"SQL syntax"},
+    {Engine::MariaDB, ErrorNumbers::Timeout, u"HY000", u"Lock wait timeout"},
+    {Engine::SQLServer, ErrorNumbers::Timeout, u"", u"", 1222},
+    {Engine::SQLServer, ErrorNumbers::Permission, u"", u"", 229},
+    {Engine::Other, ErrorNumbers::NoTable, u"42S02"},
+    {Engine::Other, ErrorNumbers::SyntaxOrColumn, u"42"},
+    {Engine::Other, ErrorNumbers::Integrity, u"23"},
+    {Engine::Other, ErrorNumbers::Authentication, u"28"},
+    {Engine::Other, ErrorNumbers::DataOverflow, u"22001"},
+    {Engine::Other, ErrorNumbers::DataOverflow, u"22003"},
+    {Engine::Other, ErrorNumbers::DataMismatch, u"22"},
+    {Engine::Other, ErrorNumbers::Timeout, u"HYT"},
 };
 
 // What the engine's own words do not tell a person: what has happened to his work, and what he can do.
 struct Advice {
-    Engine engine;     // Other: every engine
-    TextView state;    // the beginning of the SQLSTATE; empty: any
-    SQLINTEGER native; // 0: any
-    TextView fragment; // of the message; empty: any
+    Engine engine; // Other: every engine
     TextView sentence;
+    TextView state{}; // the others as in a rule
+    TextView fragment{};
+    SQLINTEGER native{};
 };
 
 constexpr TextView metAnother =
@@ -65,20 +65,20 @@ constexpr TextView lostServer =
     u"The connection to the server was lost, and with it what was not committed. Check that "
     u"the server is running and can be reached, and try again.";
 constexpr Advice advices[] = {
-    {Engine::MariaDB, u"", 1213, u"", metAnother},
-    {Engine::MariaDB, u"", 0, u"Deadlock found", metAnother},
-    {Engine::PostgreSQL, u"40", 0, u"", metAnother},
-    {Engine::MariaDB, u"", 1047, u"",
+    {Engine::MariaDB, metAnother, u"", u"", 1213},
+    {Engine::MariaDB, metAnother, u"", u"Deadlock found"},
+    {Engine::PostgreSQL, metAnother, u"40"},
+    {Engine::MariaDB,
      u"This server has lost touch with most of its cluster and takes no statements until it is back. Connect to "
-     u"another "
-     u"node, or ask the administrator."},
-    {Engine::MariaDB, u"", 2006, u"", lostServer},
-    {Engine::MariaDB, u"", 2013, u"", lostServer},
-    {Engine::MariaDB, u"", 0, u"Lost connection to server", lostServer},
-    {Engine::PostgreSQL, u"57P0", 0, u"", lostServer},
-    {Engine::PostgreSQL, u"", 0, u"server closed the connection", lostServer},
-    {Engine::PostgreSQL, u"", 0, u"internal SAVEPOINT failed", lostServer},
-    {Engine::Other, u"08S01", 0, u"", lostServer},
+     u"another node, or ask the administrator.",
+     u"", u"", 1047},
+    {Engine::MariaDB, lostServer, u"", u"", 2006},
+    {Engine::MariaDB, lostServer, u"", u"", 2013},
+    {Engine::MariaDB, lostServer, u"", u"Lost connection to server"},
+    {Engine::PostgreSQL, lostServer, u"57P0"},
+    {Engine::PostgreSQL, lostServer, u"", u"server closed the connection"},
+    {Engine::PostgreSQL, lostServer, u"", u"internal SAVEPOINT failed"},
+    {Engine::Other, lostServer, u"08S01"},
 };
 
 template <typename Rule>
