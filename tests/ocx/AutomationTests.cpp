@@ -62,7 +62,7 @@ TEST_F(AutomationTest, FailuresCarryNumberDescriptionAndSource) {
     try {
         Call(picker.Get(), L"LoadPicker", {Variant(u"Provider=Nonsense"), Variant(u"a"), Variant(u"")});
         ADD_FAILURE() << "no provider of that name can be there";
-    } catch (const Failure& failure) {
+    } catch (const CallFailure& failure) {
         EXPECT_EQ(failure.code, E_FAIL);
         EXPECT_EQ(failure.source, u"DAXControls.SQLDBPicker");
         EXPECT_NE(failure.description.find(u"Nonsense"), Text::npos);
@@ -70,7 +70,7 @@ TEST_F(AutomationTest, FailuresCarryNumberDescriptionAndSource) {
     try {
         Call(picker.Get(), L"DBCatalog", {Variant(u"x")}, DISPATCH_PROPERTYPUT);
         ADD_FAILURE() << "the property is read-only";
-    } catch (const Failure& failure) {
+    } catch (const CallFailure& failure) {
         EXPECT_EQ(failure.code, DISP_E_MEMBERNOTFOUND);
     }
     Call(picker.Get(), L"Enabled", {Variant(false)}, DISPATCH_PROPERTYPUT);

@@ -74,7 +74,7 @@ struct HostTree {
             };
         } else {
             nodes->members[L"Item"] = [find](const auto& arguments, WORD) {
-                if (!find(arguments)) throw Failure{HRESULT(0x800A8B11), u"element not found", u""};
+                if (!find(arguments)) throw CallFailure{HRESULT(0x800A8B11), u"element not found", u""};
                 return ObjectVariant(find(arguments));
             };
         }
@@ -143,7 +143,7 @@ TEST_F(ContentLessonTest, ATextBecomesALessonAndATextAgain) {
     try {
         Load(u"lesson\t1\nstoryboard\ta\n");
         ADD_FAILURE() << "fields are missing";
-    } catch (const Failure& failure) {
+    } catch (const CallFailure& failure) {
         EXPECT_TRUE(failure.description.starts_with(u"Line 2")) << ToUtf8(failure.description);
     }
     EXPECT_EQ(NumberOf(Call(pages.Get(), L"Count")), 3) << "a text that is none changes nothing";
@@ -208,12 +208,12 @@ TEST_F(ContentLessonTest, AHostsOwnPagesAndMapsAreKeptAsTheyAre) {
     EXPECT_EQ(Get(maps.Get(), L"Item", {Variant(u"host's")}).Get(), map);
     EXPECT_NE(CodeOf([&] { Saved(); }), S_OK) << "only the host knows the layout";
     host.before = [](const std::string& call) {
-        if (call == "Title") throw Failure{HRESULT(0x800A03E9), u"no title today", u""};
+        if (call == "Title") throw CallFailure{HRESULT(0x800A03E9), u"no title today", u""};
     };
     try {
         Saved();
         ADD_FAILURE() << "the page fails";
-    } catch (const Failure& failure) {
+    } catch (const CallFailure& failure) {
         EXPECT_EQ(failure.code, HRESULT(0x800A03E9));
         EXPECT_EQ(failure.description, u"no title today");
     }

@@ -127,7 +127,7 @@ TEST_F(HierarchyControlTest, PanelsSayWhyAnEditorOfAnotherThreadIsNotForThem) {
             Text said;
             try {
                 Call(panel.Get(), L"UpdateFrom", {Variant(editor.Get())});
-            } catch (const Failure& failure) {
+            } catch (const CallFailure& failure) {
                 said = failure.description;
             }
             EXPECT_NE(said.find(u"another thread"), Text::npos) << ToUtf8(said);

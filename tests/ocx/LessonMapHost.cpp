@@ -19,10 +19,10 @@ Variant Find(const List& list, const Variant& index) {
         for (const auto& [name, object] : list) {
             if (name == TextOf(index)) return Variant(static_cast<IDispatch*>(object.Get()));
         }
-        throw Failure{HRESULT(0x800A0005), u"no such element", u""}; // as many collections say it
+        throw CallFailure{HRESULT(0x800A0005), u"no such element", u""}; // as many collections say it
     }
     const auto place = static_cast<size_t>(NumberOf(index));
-    if (place >= list.size()) throw Failure{HRESULT(0x800A0009), u"", u""};
+    if (place >= list.size()) throw CallFailure{HRESULT(0x800A0009), u"", u""};
     return Variant(static_cast<IDispatch*>(list[place].second.Get()));
 }
 

@@ -9,7 +9,7 @@
 
 namespace dax::test {
 
-// An automation object whose members are functions. What a function throws (Failure) is the failure of the call.
+// An automation object whose members are functions. What a function throws (CallFailure) is the failure of the call.
 class FakeDispatch final : public IDispatch {
 public:
     using Arguments = std::vector<Variant>; // as written; the value of a put is the last one
@@ -58,7 +58,7 @@ public:
             Variant answer = called(arguments, kind);
             if (result) std::swap(static_cast<VARIANT&>(answer), *result);
             return S_OK;
-        } catch (const Failure& failure) {
+        } catch (const CallFailure& failure) {
             if (failure.description.empty() || !exception) return failure.code;
             *exception = {};
             exception->scode = failure.code;

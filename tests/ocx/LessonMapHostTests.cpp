@@ -57,7 +57,7 @@ TEST_F(LessonMapHostTest, EveryFailureOfAHostsObjectIsAnError) {
                                                                      : *host.pages[0].second.Get();
                 FakeDispatch::Member& faulty = thing.members[member];
                 faulty = [fault](const auto&, WORD) -> Variant {
-                    if (fault == 1) throw Failure{E_FAIL, u"on purpose", u""};
+                    if (fault == 1) throw CallFailure{E_FAIL, u"on purpose", u""};
                     return fault == 2 ? Variant(u"not what it should be") : Variant();
                 };
                 if (fault == 0) thing.members.erase(member);

@@ -226,7 +226,7 @@ TEST_F(LessonMapTest, InAWindowTheTreeIsFoundAndFailuresOfTheUsersDoingAreTold) 
     Put(tree.Get(), L"SelectedItem", Variant(last.Get()), DISPATCH_PROPERTYPUTREF);
     hosted.heard.clear();
     host.before = [](const std::string& call) {
-        if (call == "CurrentSBID") throw Failure{HRESULT(0x800A04D2), u"on purpose", u""};
+        if (call == "CurrentSBID") throw CallFailure{HRESULT(0x800A04D2), u"on purpose", u""};
     };
     hosted.Press(VK_UP);
     EXPECT_EQ(hosted.heard, std::vector<DISPID>{7});

@@ -56,7 +56,7 @@ Variant Call(IDispatch* object, const wchar_t* member, std::initializer_list<Var
     LPOLESTR names[] = {name.data()};
     DISPID dispid = 0;
     const HRESULT known = object ? object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &dispid) : E_POINTER;
-    if (FAILED(known)) throw Failure{known, u"", u""};
+    if (FAILED(known)) throw CallFailure{known, u"", u""};
     std::vector<Variant> reversed(std::make_reverse_iterator(arguments.end()),
                                   std::make_reverse_iterator(arguments.begin()));
     DISPID put = DISPID_PROPERTYPUT;
@@ -70,8 +70,8 @@ Variant Call(IDispatch* object, const wchar_t* member, std::initializer_list<Var
     const HRESULT code =
         object->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters, &result, &info, nullptr);
     if (SUCCEEDED(code)) return result;
-    const Failure failure{code == DISP_E_EXCEPTION ? info.scode : code, FromBstr(info.bstrDescription),
-                          FromBstr(info.bstrSource)};
+    const CallFailure failure{code == DISP_E_EXCEPTION ? info.scode : code, FromBstr(info.bstrDescription),
+                              FromBstr(info.bstrSource)};
     SysFreeString(info.bstrDescription);
     SysFreeString(info.bstrSource);
     SysFreeString(info.bstrHelpFile);
@@ -87,7 +87,7 @@ HRESULT CodeOf(const std::function<void()>& call) {
     try {
         call();
         return S_OK;
-    } catch (const Failure& failure) {
+    } catch (const CallFailure& failure) {
         return failure.code;
     }
 }

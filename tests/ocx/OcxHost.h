@@ -53,8 +53,8 @@ inline constexpr const wchar_t* Controls[] = {
 
 ComPtr<IDispatch> Create(const wchar_t* progID);
 
-// A call by name, the arguments in their written order. Throws Failure when it fails.
-struct Failure {
+// A call by name, the arguments in their written order. Throws CallFailure when it fails.
+struct CallFailure {
     HRESULT code;
     Text description, source;
 };
