@@ -1,19 +1,13 @@
 // Failures crossing into COM: the one place where an exception becomes an HRESULT with error information.
 #pragma once
 
-#include "base/Text.h"
+#include "base/Error.h"
 
 #include <ole2.h>
 
 #include <exception>
 
 namespace dax {
-
-// What hosts know of collections.
-namespace ErrorNumbers {
-inline constexpr int32_t InvalidCall = 5;
-inline constexpr int32_t OutOfRange = 9;
-} // namespace ErrorNumbers
 
 // A failed COM call of ours.
 class ComError : public std::exception {

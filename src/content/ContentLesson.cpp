@@ -5,13 +5,6 @@
 
 namespace dax {
 
-namespace {
-
-// What hosts know of collections: no such element, a key that is there already.
-constexpr int32_t invalidCall = 5, keyExists = 457;
-
-} // namespace
-
 ContentStoryboard::ContentStoryboard() : sbid(Utility::NewIdentifier()) {}
 
 ContentStoryboard::ContentStoryboard(Text sbid, Text title, Text identifier, Text storyboardType)
@@ -24,11 +17,11 @@ std::shared_ptr<Storyboard> ContentStoryboards::Item(const Text& sbid) const {
 }
 
 void ContentStoryboards::Add(const std::shared_ptr<Storyboard>& storyboard) {
-    if (!storyboard) throw Error(invalidCall, u"There is no storyboard to add.");
+    if (!storyboard) throw Error(ErrorNumbers::InvalidCall, u"There is no storyboard to add.");
     const Text sbid = storyboard->SBID();
-    if (sbid.empty()) throw Error(invalidCall, u"A storyboard without SBID cannot be added.");
+    if (sbid.empty()) throw Error(ErrorNumbers::InvalidCall, u"A storyboard without SBID cannot be added.");
     const auto [place, isNew] = places.try_emplace(sbid);
-    if (!isNew) throw Error(keyExists, u"The lesson has a storyboard '" + sbid + u"' already.");
+    if (!isNew) throw Error(ErrorNumbers::KeyExists, u"The lesson has a storyboard '" + sbid + u"' already.");
     place->second = order.insert(order.end(), storyboard);
 }
 
@@ -54,14 +47,16 @@ std::shared_ptr<StoryboardMap> ContentMaps::Item(const Text& name) const {
 }
 
 void ContentMaps::Add(const std::shared_ptr<StoryboardMap>& map) {
-    if (!map) throw Error(invalidCall, u"There is no map to add.");
-    if (!byIdentity.emplace(map->Identity(), map).second) throw Error(keyExists, u"The lesson has that map already.");
+    if (!map) throw Error(ErrorNumbers::InvalidCall, u"There is no map to add.");
+    if (!byIdentity.emplace(map->Identity(), map).second)
+        throw Error(ErrorNumbers::KeyExists, u"The lesson has that map already.");
     maps.push_back(map);
 }
 
 void ContentMaps::SetDefaultMap(const std::shared_ptr<StoryboardMap>& map) {
     const auto found = byIdentity.find(map ? map->Identity() : nullptr);
-    if (found == byIdentity.end()) throw Error(invalidCall, u"The default map must be one of the lesson's maps.");
+    if (found == byIdentity.end())
+        throw Error(ErrorNumbers::InvalidCall, u"The default map must be one of the lesson's maps.");
     defaultMap = found->second;
 }
 

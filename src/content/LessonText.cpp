@@ -12,7 +12,6 @@ namespace dax::LessonText {
 namespace {
 
 constexpr TextView header = u"lesson\t1";
-constexpr int32_t invalidFormat = 321;
 constexpr std::array<std::pair<char16_t, char16_t>, 4> escapes{
     {{u'\\', u'\\'}, {u'\t', u't'}, {u'\n', u'n'}, {u'\r', u'r'}}};
 
@@ -78,7 +77,7 @@ private:
                 Refuse(u"Unknown record '" + keyword + u"'");
             }
         } catch (const Error& error) {
-            if (error.Number() == invalidFormat) throw;
+            if (error.Number() == ErrorNumbers::InvalidFormat) throw;
             Refuse(error.Description());
         }
         if (hasField) Refuse(u"Too many fields");
@@ -131,11 +130,11 @@ private:
         for (const auto& [plain, escaped] : escapes) {
             if (letter == TextView(&escaped, 1)) return plain;
         }
-        Refuse(u"An escape that is none");
+        Refuse(u"Invalid escape sequence");
     }
 
     [[noreturn]] void Refuse(const Text& reason) const {
-        throw Error(invalidFormat, u"Line " + ToText(number) + u": " + reason);
+        throw Error(ErrorNumbers::InvalidFormat, u"Line " + ToText(number) + u": " + reason);
     }
 
     TextView rest, line;

@@ -13,7 +13,6 @@ namespace dax {
 namespace {
 
 constexpr int KeyDelete = 46, KeyF5 = 116;
-constexpr int32_t SubscriptOutOfRange = 9;
 
 // Where the columns stand in the select list of the lock query.
 enum LockColumns : size_t {
@@ -269,7 +268,7 @@ bool LockManager::IncludeLock(const LockRow& row, KeyedCollection* group) const 
 
 const LockRecord& LockManager::RecordAt(int32_t tag) const {
     if (tag < 0 || static_cast<size_t>(tag) >= records.size())
-        throw dax::Error(SubscriptOutOfRange, u"Subscript out of range: a list item refers to no lock record.");
+        throw dax::Error(ErrorNumbers::OutOfRange, u"Subscript out of range: a list item refers to no lock record.");
     return records[static_cast<size_t>(tag)];
 }
 

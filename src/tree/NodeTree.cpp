@@ -9,9 +9,6 @@ namespace dax {
 
 namespace {
 
-// What hosts know of tree views: a key is given twice, a number of elements is too big.
-constexpr int32_t duplicateKey = 35602;
-constexpr int32_t overflow = 6;
 constexpr size_t firstBuckets = 64;
 
 uint32_t HashOf(TextView key) { return static_cast<uint32_t>(std::hash<TextView>()(key)); }
@@ -31,7 +28,7 @@ NodeTree::~NodeTree() {
 Node& NodeTree::Add(Node* relative, Place place, TextView key, TextView caption, int image, TextView tag) {
     const uint32_t hash = HashOf(key);
     CheckKey(key, hash);
-    if (count == INT32_MAX) throw Error(overflow, u"The tree holds as many nodes as can be counted.");
+    if (count == INT32_MAX) throw Error(ErrorNumbers::Overflow, u"The tree holds as many nodes as can be counted.");
     Node* const node = new Node;
     try {
         node->texts = NodeTexts(key, caption, tag);
@@ -202,7 +199,7 @@ void NodeTree::ReserveKey() {
 
 void NodeTree::CheckKey(TextView key, uint32_t hash) const {
     if (key.empty() || !Find(key, hash)) return;
-    throw Error(duplicateKey, u"Two nodes cannot have the same key: '" + Text(Shorten(key, 100)) + u"'.");
+    throw Error(ErrorNumbers::DuplicateKey, u"Two nodes cannot have the same key: '" + Text(Shorten(key, 100)) + u"'.");
 }
 
 // No ancestor of the selected node is collapsed: either they expand, or the topmost collapsed one is selected.

@@ -8,51 +8,32 @@ import sys
 
 from project import ROOT, files, finish, read
 
+sys.path.insert(0, os.path.join(ROOT, "tools", "lib"))
+import errors  # noqa: E402
+
 ENGINES = ("SQLite", "PostgreSQL", "MariaDB")
 problems = []
 
 
-def raised_numbers():
-    """{number: where} of all that the source raises, wherever its number is defined."""
-    sources = files(".h", ".cpp", folders=["src"])
-    texts = {name: read(name) for name in sources}
-    named = {}
-    for name, text in texts.items():
-        for block in re.findall(r"namespace ErrorNumbers \{(.*?)\n\}", text, re.S):
-            named.update({f"ErrorNumbers::{word}": (int(number), name)
-                          for word, number in re.findall(r"int32_t (\w+) = (-?\d+);", block)})
-    found = dict(named.values())
-    passed_on = re.compile(r"code|number|result|\w+\.Number\(\)|(HostsNumber|NumberOf)\(.*")
-    for name, text in texts.items():
-        local = {word: int(number) for line in re.findall(r"constexpr int32_t ([^;]*);", text)
-                 for word, number in re.findall(r"(\w+) = (-?\d+)", line)}
-        for argument in re.findall(r"\b(?:throw|return) (?:dax::)?Error\(\s*([^,;]+),", text):
-            if argument in local or re.fullmatch(r"-?\d+", argument):
-                found.setdefault(local.get(argument) or int(argument), name)
-            elif argument not in named and not passed_on.fullmatch(argument):
-                problems.append(f"{name}: which number is raised by Error({argument}, …)?")
-    return found
-
-
 def check_error_numbers():
-    """Every number of the source, in both of its forms, and no other, is in the tables; and every code of the shell."""
-    raised, page = raised_numbers(), read("docs/errors.md")
-    rows = {int(number): int(hexadecimal, 16)
-            for number, hexadecimal in re.findall(r"^\| (-?\d+) \| (\w+) \|", page, re.M)}
-    for number in sorted(set(raised) - set(rows)):
-        problems.append(f"docs/errors.md: {number} is missing, which {raised[number]} raises")
-    for number in sorted(set(rows) - set(raised)):
-        problems.append(f"docs/errors.md: nothing raises {number}")
-    for number, hexadecimal in rows.items():
-        if number % (1 << 32) != hexadecimal:
-            problems.append(f"docs/errors.md: {number} is not {hexadecimal:X}")
-    codes = set()
-    for name in files(".h", ".cpp", folders=["src/com", "src/ocx"]):
-        for line in re.findall(r"^.*(?:\breturn\b|\bComError\(|\bNothing\().*$", read(name), re.M):
-            codes.update(re.findall(r"(?<![=!]= )\b(?:[A-Z]+_)?E_[A-Z]+\b", line))
-    listed = set(re.findall(r"^\| `(\w+)` \|", page, re.M))
-    for code in sorted(codes ^ listed):
-        problems.append(f"docs/errors.md and the COM shell: {code} is only in one of them")
+    """Whatever is raised has a name of the table, every name is used, and the page comes from the table."""
+    named, codes = set(errors.numbers()), set()
+    used = set()
+    passed_on = re.compile(r"code|number|result|\w+\.Number\(\)|(HostsNumber|NumberOf)\(.*")
+    for name, text in [*errors.sources(), *errors.sources("apps")]:
+        used.update(re.findall(r"\bErrorNumbers::(\w+)", text))
+        for argument in re.findall(r"\b(?:throw|return) (?:dax::)?Error\(\s*([^,;]+),", text):
+            if not argument.startswith("ErrorNumbers::") and not passed_on.fullmatch(argument):
+                problems.append(f"{name}: Error({argument}, …): use a name of src/base/ErrorNumbers.h")
+        if name.startswith(("src/com", "src/ocx")):
+            for line in re.findall(r"^.*(?:\breturn\b|\bComError\(|\bNothing\().*$", text, re.M):
+                codes.update(re.findall(r"(?<![=!]= )\b(?:[A-Z]+_)?E_[A-Z]+\b", line))
+    for name in sorted(named - used):
+        problems.append(f"src/base/ErrorNumbers.h: nothing raises {name}")
+    for code in sorted(codes ^ set(errors.codes())):
+        problems.append(f"src/base/ErrorNumbers.h and the COM shell: {code} is only in one of them")
+    if errors.page() != read("docs/errors.md"):
+        problems.append("docs/errors.md: not up to date; run python3 tools/lib/errors.py")
 
 
 def all_tests():

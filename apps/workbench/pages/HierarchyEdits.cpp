@@ -1,10 +1,12 @@
 // Loading, saving and editing on the hierarchy page.
 #include "pages/HierarchyPage.h"
 
+#include "base/ErrorNumbers.h"
 #include "pages/EditLocks.h"
 #include "ui/Input.h"
 
 #include <algorithm>
+#include <string>
 #include <utility>
 
 namespace dax::workbench {
@@ -12,7 +14,6 @@ namespace dax::workbench {
 namespace {
 
 constexpr wchar_t editorName[] = L"GroupEditor";
-constexpr wchar_t conflictNumber[] = L"-2147221503"; // of the Error event: another author has changed the hierarchy
 constexpr long typeGroup = 0, typeLesson = 1;
 constexpr long everywhere = 1 | 2 | 4; // titles, identifiers, lessonIDs
 
@@ -66,7 +67,7 @@ bool HierarchyPage::Save() {
         ShowResult(isSaved ? L"Saved." : L"Nothing was saved: " + failure, isSaved ? Tone::Good : Tone::Bad);
         EnableTools();
     });
-    if (!isSaved && failureNumber == conflictNumber) OfferToLoad();
+    if (!isSaved && failureNumber == std::to_wstring(ErrorNumbers::Conflict)) OfferToLoad();
     return isSaved;
 }
 

@@ -14,8 +14,6 @@ namespace dax {
 
 namespace {
 
-// As hosts know them.
-constexpr int32_t NoSuchMember = 438, KeyIsThere = 457;
 // A host's array or enumeration could be without end.
 constexpr int32_t MostElements = 1'000'000;
 
@@ -67,7 +65,7 @@ public:
                 throw Error(ErrorNumbers::InvalidCall, u"An identifier is its own key.");
             places.reserve(places.size() + 1);
             if (!identifiers.Add(id))
-                throw Error(KeyIsThere, u"'" + id + u"' is an element of this collection already.");
+                throw Error(ErrorNumbers::KeyExists, u"'" + id + u"' is an element of this collection already.");
             places.push_back(&*std::prev(identifiers.end()));
         });
     }
@@ -110,7 +108,7 @@ int32_t HostsNumber(int32_t code) {
         return ErrorNumbers::TypeMismatch;
     case DISP_E_MEMBERNOTFOUND:
     case DISP_E_UNKNOWNNAME:
-        return NoSuchMember;
+        return ErrorNumbers::NoSuchMember;
     default:
         return HRESULT_FACILITY(code) == FACILITY_CONTROL && code < 0 ? HRESULT_CODE(code) : code;
     }
@@ -182,12 +180,13 @@ private:
         std::unordered_set<Text> read;
         const auto add = [&](const Variant& element) {
             if (read.size() >= MostElements)
-                throw Error(ErrorNumbers::Automation, u"A collection of the host has no end.");
+                throw Error(ErrorNumbers::Automation, u"The collection has more than 1,000,000 elements.");
             read.insert(TextFrom(PlainOf(element)));
         };
         if (host.Has(L"length")) {
             const int32_t length = NumberFrom(host.Get(L"length"));
-            if (length > MostElements) throw Error(ErrorNumbers::Automation, u"An array of the host is too long.");
+            if (length > MostElements)
+                throw Error(ErrorNumbers::Automation, u"The array has more than 1,000,000 elements.");
             for (int32_t i = 0; i < length; ++i) {
                 const std::wstring name = std::to_wstring(i);
                 if (host.Has(name.c_str())) add(host.Get(name.c_str()));
@@ -195,7 +194,8 @@ private:
         } else {
             const auto enumerator = EnumeratorOf();
             if (!enumerator)
-                throw Error(NoSuchMember, u"A collection of the host has neither Exists nor Item nor an enumeration.");
+                throw Error(ErrorNumbers::NoSuchMember,
+                            u"A collection of the host has neither Exists nor Item nor an enumeration.");
             for (;;) {
                 Variant element;
                 const HRESULT result = enumerator->Next(1, &element, nullptr);

@@ -12,7 +12,6 @@ namespace dax {
 
 namespace {
 
-constexpr int32_t noSuchMember = 438; // as hosts count it
 // IDispatchEx; not every system library has it.
 constexpr IID scriptedID{0xa6ef9860, 0xc720, 0x11d0, {0x93, 0x37, 0x00, 0xa0, 0xc9, 0x0d, 0xca, 0xa9}};
 // A host could enumerate for ever.
@@ -22,7 +21,9 @@ constexpr size_t mostElements = 1'000'000;
 constexpr std::array<uint32_t, 10> missing{0x800A0005, 0x800A0009, 0x80070057, 0x8002000B, 0x80070490,
                                            0x800A8B11, 0x800A0CC1, 0x80131577, 0x80131508, 0x80131502};
 
-[[noreturn]] void RefuseKind() { throw Error(ErrorNumbers::TypeMismatch, u"An object of the host answered amiss."); }
+[[noreturn]] void RefuseKind() {
+    throw Error(ErrorNumbers::TypeMismatch, u"A host object returned a value of the wrong type.");
+}
 
 Text Written(HRESULT code) {
     constexpr char16_t digits[] = u"0123456789ABCDEF";
@@ -70,7 +71,8 @@ std::optional<DISPID> HostObject::Seek(const wchar_t* member) const {
 
 DISPID HostObject::Find(const wchar_t* member) const {
     const auto dispid = Seek(member);
-    if (!dispid) throw Error(noSuchMember, u"An object of the host has no member '" + FromWide(member) + u"'.");
+    if (!dispid)
+        throw Error(ErrorNumbers::NoSuchMember, u"An object of the host has no member '" + FromWide(member) + u"'.");
     return *dispid;
 }
 
@@ -126,7 +128,7 @@ bool HostObject::Enumerate(std::vector<ComPtr<IDispatch>>& elements) const {
         if (FAILED(result)) Fail(L"_NewEnum", result);
         if (result != S_OK || fetched == 0) return true;
         if (elements.size() == mostElements)
-            throw Error(ErrorNumbers::Automation, u"A collection of the host has no end.");
+            throw Error(ErrorNumbers::Automation, u"The collection has more than 1,000,000 elements.");
         elements.push_back(ObjectFrom(element));
     }
 }

@@ -13,10 +13,7 @@ constexpr IID ownNodeID{0x76f0dc1f, 0x688e, 0x494f, {0x94, 0xd1, 0xf4, 0x46, 0x7
 
 const ClassEntry nodeEntry{&CLSID_Node, &IID__Node, nullptr, L"Node", L"", nullptr, 0};
 
-[[noreturn]] void RefuseGone() {
-    constexpr int32_t elementNotFound = 35601; // as hosts know it of tree views
-    throw Error(elementNotFound, u"The node is not in the tree any more.");
-}
+[[noreturn]] void RefuseGone() { throw Error(ErrorNumbers::ElementNotFound, u"The node is not in the tree any more."); }
 
 } // namespace
 

@@ -12,9 +12,6 @@ namespace dax {
 
 namespace {
 
-// What hosts know of tree views.
-constexpr int32_t indexOutOfBounds = 35600, elementNotFound = 35601;
-
 const ClassEntry treeEntry{&CLSID_TreeView, &IID__TreeView, nullptr, L"TreeView", L"", nullptr, 0};
 const ClassEntry nodesEntry{&CLSID_Nodes, &IID__Nodes, nullptr, L"Nodes", L"", nullptr, 0};
 
@@ -60,7 +57,7 @@ public:
 private:
     Node& Named(const VARIANT& index) const {
         Node* const node = owner->Resolve(index);
-        if (!node) throw Error(elementNotFound, u"Element not found");
+        if (!node) throw Error(ErrorNumbers::ElementNotFound, u"Element not found");
         return *node;
     }
 
@@ -192,12 +189,12 @@ Node* TreeObjects::Resolve(const VARIANT& reference) {
     }
     if (plain.vt != VT_BSTR) return AtPlace(NumberFrom(plain));
     Node* const node = tree->Find(FromBstr(plain.bstrVal));
-    if (!node) throw Error(elementNotFound, u"Element not found");
+    if (!node) throw Error(ErrorNumbers::ElementNotFound, u"Element not found");
     return node;
 }
 
 Node* TreeObjects::AtPlace(int64_t place) {
-    if (place < 1 || place > tree->Count()) throw Error(indexOutOfBounds, u"Index out of bounds");
+    if (place < 1 || place > tree->Count()) throw Error(ErrorNumbers::IndexOutOfBounds, u"Index out of bounds");
     if (!lastAsked || place < lastPlace) {
         lastAsked = tree->FirstInCollection();
         lastPlace = 1;
