@@ -19,7 +19,7 @@ Error CurrentError() {
     } catch (const std::exception& error) {
         return Error(ErrorNumbers::Unspecified, FromUtf8(error.what()));
     } catch (...) {
-        return Error(ErrorNumbers::Unspecified, u"An unknown failure.");
+        return Error(ErrorNumbers::Unspecified, u"An unknown error occurred.");
     }
 }
 

@@ -19,9 +19,9 @@ std::shared_ptr<Storyboard> ContentStoryboards::Item(const Text& sbid) const {
 void ContentStoryboards::Add(const std::shared_ptr<Storyboard>& storyboard) {
     if (!storyboard) throw Error(ErrorNumbers::InvalidCall, u"There is no storyboard to add.");
     const Text sbid = storyboard->SBID();
-    if (sbid.empty()) throw Error(ErrorNumbers::InvalidCall, u"A storyboard without SBID cannot be added.");
+    if (sbid.empty()) throw Error(ErrorNumbers::InvalidCall, u"A storyboard without an SBID cannot be added.");
     const auto [place, isNew] = places.try_emplace(sbid);
-    if (!isNew) throw Error(ErrorNumbers::KeyExists, u"The lesson has a storyboard '" + sbid + u"' already.");
+    if (!isNew) throw Error(ErrorNumbers::KeyExists, u"The lesson already has a storyboard '" + sbid + u"'.");
     place->second = order.insert(order.end(), storyboard);
 }
 
@@ -49,7 +49,7 @@ std::shared_ptr<StoryboardMap> ContentMaps::Item(const Text& name) const {
 void ContentMaps::Add(const std::shared_ptr<StoryboardMap>& map) {
     if (!map) throw Error(ErrorNumbers::InvalidCall, u"There is no map to add.");
     if (!byIdentity.emplace(map->Identity(), map).second)
-        throw Error(ErrorNumbers::KeyExists, u"The lesson has that map already.");
+        throw Error(ErrorNumbers::KeyExists, u"The lesson already has this map.");
     maps.push_back(map);
 }
 

@@ -66,7 +66,7 @@ void ContentMap::SetLayout(std::vector<LayoutEntry> entries) {
     for (const LayoutEntry& entry : entries) {
         if (entry.sbid.empty()) Refuse(u"A storyboard of the map has no SBID.");
         if (entry.depth < 1 || entry.depth > deepest) {
-            Refuse(u"The storyboard '" + entry.sbid + u"' lies under none at depth " + ToText(entry.depth) + u".");
+            Refuse(u"The storyboard '" + entry.sbid + u"' has no parent at depth " + ToText(entry.depth) + u".");
         }
         if (!seen.insert(entry.sbid).second) Refuse(u"The storyboard '" + entry.sbid + u"' occurs twice in the map.");
         deepest = entry.depth + 1;

@@ -40,7 +40,7 @@ public:
     explicit Reader(TextView text) : rest(text) {}
 
     std::shared_ptr<ContentLesson> Read() {
-        if (!NextLine() || line != header) Refuse(u"The text is no lesson of a known kind");
+        if (!NextLine() || line != header) Refuse(u"The text is not a lesson in a known format.");
         while (NextLine()) {
             if (!line.empty()) ReadRecord();
         }
@@ -74,13 +74,13 @@ private:
             } else if (keyword == u"current") {
                 lesson->SetCurrentSBID(Field());
             } else {
-                Refuse(u"Unknown record '" + keyword + u"'");
+                Refuse(u"Unknown record '" + keyword + u"'.");
             }
         } catch (const Error& error) {
             if (error.Number() == ErrorNumbers::InvalidFormat) throw;
             Refuse(error.Description());
         }
-        if (hasField) Refuse(u"Too many fields");
+        if (hasField) Refuse(u"Too many fields.");
     }
 
     void ReadMap() {
@@ -89,16 +89,16 @@ private:
         map = std::make_shared<ContentMap>(Field());
         lesson->Maps()->Add(map);
         if (!hasField) return;
-        if (Field() != u"default") Refuse(u"A map is 'default' or nothing");
-        if (lesson->Maps()->DefaultMap()) Refuse(u"A second default map");
+        if (Field() != u"default") Refuse(u"The second field of a map can only be 'default'.");
+        if (lesson->Maps()->DefaultMap()) Refuse(u"A lesson can have only one default map.");
         lesson->Maps()->SetDefaultMap(map);
     }
 
     void ReadPage() {
-        if (!map) Refuse(u"A page before the first map");
+        if (!map) Refuse(u"A page stands before the first map.");
         const Text digits = Field();
         const auto depth = ReadNumber<int32_t>(digits);
-        if (!depth || *depth < 1) Refuse(u"No depth: '" + digits + u"'");
+        if (!depth || *depth < 1) Refuse(u"'" + digits + u"' is not a depth.");
         layout.push_back({Field(), *depth});
     }
 
@@ -114,7 +114,7 @@ private:
 
     // The next field of the line; the keyword is the first.
     Text Field() {
-        if (!hasField) Refuse(u"A field is missing");
+        if (!hasField) Refuse(u"A field is missing.");
         const size_t end = line.find(u'\t');
         const TextView field = line.substr(0, end);
         hasField = end != TextView::npos;
@@ -130,7 +130,7 @@ private:
         for (const auto& [plain, escaped] : escapes) {
             if (letter == TextView(&escaped, 1)) return plain;
         }
-        Refuse(u"Invalid escape sequence");
+        Refuse(u"Invalid escape sequence.");
     }
 
     [[noreturn]] void Refuse(const Text& reason) const {

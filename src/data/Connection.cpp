@@ -10,7 +10,7 @@ Connection::Connection() = default;
 Connection::~Connection() { Close(); }
 
 void Connection::Open(const Text& connectionString) {
-    if (session) throw Error(ErrorNumbers::Unspecified, u"The connection is open already.");
+    if (session) throw Error(ErrorNumbers::Unspecified, u"The connection is already open.");
     try {
         session = dax::Session::Open(connectionString);
     } catch (const Error& error) {

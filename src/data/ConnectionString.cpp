@@ -61,7 +61,7 @@ void RefuseUrl(TextView text) {
     };
     for (const auto& [word, form] : forms)
         if (scheme.find(word) != Text::npos)
-            Refuse(u"A connection string is no URL (\"" + scheme + u"://…\"). Use " + Text(form) + u" instead.");
+            Refuse(u"A connection string is not a URL (\"" + scheme + u"://…\"). Use " + Text(form) + u" instead.");
 }
 
 constexpr TextView blanks = u" \t\r\n";
@@ -260,8 +260,9 @@ ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine,
     target.driver = keywords.Last({u"Driver"});
     const Text dataSource = keywords.Last({u"DSN"});
     if (target.driver.empty() && dataSource.empty() && keywords.Last({u"FILEDSN"}).empty())
-        Refuse(u"The connection string names neither a Provider nor a Driver nor a data source (DSN). Use for example "
-               u"\"Driver={PostgreSQL Unicode};Server=…;Database=…;UID=…;PWD=…\", or just the path of a SQLite file.");
+        Refuse(
+            u"The connection string contains neither a Provider nor a Driver nor a data source (DSN). Use for example "
+            u"\"Driver={PostgreSQL Unicode};Server=…;Database=…;UID=…;PWD=…\", or just the path of a SQLite file.");
     target.engine = EngineFromName(dataSource.empty() ? target.driver : machine.driverOfDataSource(dataSource));
     if (target.engine == Engine::Other) target.engine = known;
     if (target.engine == Engine::SQLite) return SQLiteTarget(keywords, dataSource, machine);
@@ -301,8 +302,7 @@ ConnectionKeywords::ConnectionKeywords(TextView text) {
             for (++at;; ++at) {
                 if (at >= text.size())
                     Refuse(u"The value of \"" + keyword +
-                           u"\" in the connection string begins with a quote or brace "
-                           u"that does not end.");
+                           u"\" in the connection string begins with a quote or brace that is not closed.");
                 if (text[at] == close && (at + 1 >= text.size() || text[++at] != close)) break;
                 value.push_back(text[at]);
             }
@@ -310,8 +310,8 @@ ConnectionKeywords::ConnectionKeywords(TextView text) {
             at = std::min(text.find_first_not_of(blanks, at), text.size());
             if (at < text.size() && text[at] != u';')
                 Refuse(u"The value of \"" + keyword +
-                       u"\" in the connection string goes on behind the quote or brace that ends it. Put all of it "
-                       u"between the marks, and double those in it.");
+                       u"\" in the connection string continues after its closing quote or brace. Put the whole value "
+                       u"between the marks, and double each mark inside it.");
         } else {
             const size_t end = std::min(text.find(u';', at), text.size());
             value = Trimmed(text.substr(at, end - at));

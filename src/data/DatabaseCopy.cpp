@@ -145,7 +145,7 @@ void RequireNoZeros(std::span<const RowField> row, const Schema::Table& table) {
         if (row[i].text.find(u'\0') == TextView::npos) continue;
         throw Error(ErrorNumbers::DataMismatch,
                     u"The value of " + Text(table.columns[i].name) + u" in the row '" + Text(row[0].text) +
-                        u"' has a character of the number zero, which the other engine cannot keep. Remove it first.");
+                        u"' contains a NUL character, which the other engine cannot store. Remove it first.");
     }
 }
 
@@ -190,7 +190,7 @@ auto At(const DatabaseCopy::Place& place, TextView table, Action action) {
 
 DatabaseCopy::DatabaseCopy(Place fromPlace, Place toPlace) : from(std::move(fromPlace)), to(std::move(toPlace)) {
     if (AreSame(from.connectionString, to.connectionString))
-        throw Error(ErrorNumbers::Automation, u"'" + to.shown + u"' is the database that would be copied.");
+        throw Error(ErrorNumbers::Automation, u"'" + to.shown + u"' is the source itself. Give another target.");
     At(from, {}, [&] { ReadSource(); });
     At(to, {}, [&] { ReadTarget(); });
 }
@@ -230,7 +230,7 @@ void DatabaseCopy::ReadSource() {
                 tables.push_back({&table});
             else if (!table.isOptional)
                 throw Error(ErrorNumbers::Automation,
-                            u"The table " + Text(table.name) + u" is missing, so the database is not whole.");
+                            u"The table " + Text(table.name) + u" is missing, so the database is incomplete.");
         }
     }
     if (tables.empty())

@@ -165,7 +165,7 @@ void RequireBlindNames(Connection& connection) {
     setting.Open(u"SELECT @@lower_case_table_names AS blind", connection);
     if (setting.FieldText(0) != u"0") return;
     throw Error(ErrorNumbers::Automation,
-                u"This server tells table names apart by case, which the program cannot work with. Start it with "
+                u"This server distinguishes upper and lower case in table names, which is not supported. Start it with "
                 u"lower_case_table_names=1 (before the first table is made) and try again.");
 }
 

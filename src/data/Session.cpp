@@ -76,10 +76,9 @@ void RunProbe(Statement& statement, const Dialect& dialect) {
     const bool answersWell = statement.Next() && statement.FieldText(0) == dialect.answer;
     statement.Close();
     if (!answersWell)
-        throw Error(
-            ErrorNumbers::Unspecified,
-            u"The server does not read texts as it must: a backslash in one is an escape for it, or letters are "
-            u"taken for others. Texts would be stored wrongly, so the connection was closed.");
+        throw Error(ErrorNumbers::Unspecified,
+                    u"The server reads texts in another way than required: it takes a backslash as an escape "
+                    u"character, or misreads letters. Texts would be stored wrongly, so the connection was closed.");
 }
 
 std::unique_ptr<Session> Connect(const ConnectionTarget& target, LimitedSession::Time began) {

@@ -79,7 +79,7 @@ void LessonMapEditor::AddStoryboard(const StoryboardRef& storyboard) {
         const OperationGuard busy(*this);
         const NotificationGuard silence(*this);
         sbid = added->SBID();
-        if (sbid.empty()) Refuse(u"A storyboard without SBID cannot be added.");
+        if (sbid.empty()) Refuse(u"A storyboard without an SBID cannot be added.");
         const auto storyboards = StoryboardsOf(*was);
         if (tree->IsEmpty()) Refuse(u"The lesson has no map that could take the storyboard.");
         if (const Node* const node = tree->Find(sbid); node && !node->Parent()) {

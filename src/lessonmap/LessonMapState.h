@@ -14,7 +14,7 @@ public:
     explicit OperationGuard(LessonMapEditor& editor) : editor(editor) {
         if (editor.isBusy) {
             throw dax::Error(ErrorNumbers::Automation,
-                             u"The lesson map is being changed: it cannot do that meanwhile.");
+                             u"The lesson map is being changed; this call is possible only after that has finished.");
         }
         editor.isBusy = true;
     }
@@ -65,7 +65,7 @@ class LessonMapEditor::DepthGuard {
 public:
     explicit DepthGuard(int& depth) : depth(depth) {
         if (depth >= deepest)
-            throw dax::Error(ErrorNumbers::Automation, u"The lesson's objects call back without end.");
+            throw dax::Error(ErrorNumbers::Automation, u"The lesson's objects call each other endlessly.");
         ++depth;
     }
     ~DepthGuard() { --depth; }

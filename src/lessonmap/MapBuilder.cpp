@@ -102,7 +102,7 @@ void MapBuilder::AddMap(StoryboardMap& map) {
     const Text newName = map.Name();
     if (newName != key) {
         Node* const root = tree.Find(key);
-        if (!root) Refuse(u"The map '" + key + u"' took its own node away.");
+        if (!root) Refuse(u"The map '" + key + u"' removed its own node.");
         root->SetKey(u""); // the name may be the one it had
         key = UniqueName(newName);
         root->SetKey(key);
@@ -162,7 +162,7 @@ void MapBuilder::CheckRoots() const {
         if (!root || root->Key() != name) Refuse(u"The map '" + name + u"' is not where it was put.");
         root = root->Next();
     }
-    if (root) Refuse(u"A map put '" + root->Key() + u"' beside the maps.");
+    if (root) Refuse(u"A map added '" + root->Key() + u"' at the level of the maps.");
 }
 
 } // namespace dax

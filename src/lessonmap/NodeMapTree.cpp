@@ -14,7 +14,7 @@ NodeMapTree::~NodeMapTree() { tree.RemoveListener(*this); }
 
 Node* NodeMapTree::NodeOf(NodeRef ref) const {
     if (areNodesGone || ref == NodeRef::None) {
-        throw Error(ErrorNumbers::Automation, u"The nodes of the map were taken away meanwhile.");
+        throw Error(ErrorNumbers::Automation, u"The nodes of the map were removed meanwhile.");
     }
     return reinterpret_cast<Node*>(static_cast<std::uintptr_t>(ref));
 }

@@ -28,7 +28,7 @@ NodeTree::~NodeTree() {
 Node& NodeTree::Add(Node* relative, Place place, TextView key, TextView caption, int image, TextView tag) {
     const uint32_t hash = HashOf(key);
     CheckKey(key, hash);
-    if (count == INT32_MAX) throw Error(ErrorNumbers::Overflow, u"The tree holds as many nodes as can be counted.");
+    if (count == INT32_MAX) throw Error(ErrorNumbers::Overflow, u"The tree cannot hold more nodes.");
     Node* const node = new Node;
     try {
         node->texts = NodeTexts(key, caption, tag);

@@ -114,7 +114,7 @@ TEST_P(CommandsTest, CopiesToAFileAndBack) {
         Text from, to;
         std::string said;
     } failures[] = {
-        {back, back, "is the database that would be copied"},
+        {back, back, "is the source itself"},
         {back, note, "a.txt' is not a database file"},
         {note, folder.File(u"new.db"), "is not a database file, or it is encrypted. Nothing was copied."},
         {folder.File(u"none.db"), folder.File(u"new.db"), "none.db' does not exist."},

@@ -137,7 +137,7 @@ TEST(SQLiteTest, WorkEndsInTimeOrWhenCancelled) {
     limited.Open(u"Provider=Microsoft.Jet.OLEDB.4.0;Command Timeout=1;Data Source=" + database.Name());
     const Failure late = FailureOf([&] { limited.Execute(endless); });
     EXPECT_EQ(late.Number(), ErrorNumbers::Timeout) << late.what();
-    EXPECT_TRUE(late.Tells("'" + ToUtf8(database.Name()) + "' was ended because it took longer than 1 second"))
+    EXPECT_TRUE(late.Tells("'" + ToUtf8(database.Name()) + "' was stopped because it took longer than 1 second"))
         << late.what();
     EXPECT_LT(late.seconds, 4);
     Connection connection;

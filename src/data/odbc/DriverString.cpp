@@ -13,8 +13,8 @@ constexpr TextView cutBlanks = u" \t\n\v\f\r";
 
 [[noreturn]] void RefuseValue(const Text& keyword, const Dialect& dialect, TextView reason) {
     throw Error(ErrorNumbers::Unspecified, u"The value of \"" + keyword + u"\" in the connection string " +
-                                               Text(reason) + u", which the driver for " + Text(dialect.name) +
-                                               u" cannot be given in any form. Use another value.");
+                                               Text(reason) + u", which cannot be passed to the driver for " +
+                                               Text(dialect.name) + u". Use another value.");
 }
 
 bool IsOneOf(TextView keyword, std::initializer_list<TextView> words) {
@@ -55,7 +55,7 @@ bool NeedsBraces(const Text& keyword, const Text& value, const Dialect& dialect)
     switch (dialect.valueMarks) {
     case ValueMarks::Secrets:
         if (IsOneOf(keyword, {u"PWD", u"Password", u"ConnSettings", u"A6", u"pqopt"})) return true;
-        if (value.find(u';') != Text::npos) RefuseValue(keyword, dialect, u"has a semicolon in it");
+        if (value.find(u';') != Text::npos) RefuseValue(keyword, dialect, u"contains a semicolon");
         // It looks for the closing brace of such a value, which must be its end.
         if (value.front() == u'{' && value.find_first_of(u"{}", 1) != value.size() - 1)
             RefuseValue(keyword, dialect, u"begins with a brace");
@@ -78,7 +78,7 @@ Text WriteForDriver(ConnectionKeywords keywords, const Dialect& dialect) {
     for (const DriverOption& option : dialect.driverOptions) Force(keywords, option);
     Text text;
     for (const auto& [keyword, value] : keywords.Items()) {
-        if (value.find(u'\0') != Text::npos) RefuseValue(keyword, dialect, u"has a NUL character in it");
+        if (value.find(u'\0') != Text::npos) RefuseValue(keyword, dialect, u"contains a NUL character");
         const bool braces = NeedsBraces(keyword, value, dialect);
         text += keyword + (braces ? u"={" : u"=");
         for (const char16_t unit : value) {

@@ -85,7 +85,7 @@ Engine OdbcConnection::EngineConnectedTo() const {
 std::unique_ptr<Statement> OdbcConnection::NewStatement() { return std::make_unique<OdbcStatement>(*this); }
 
 void OdbcConnection::Begin() {
-    if (inTransaction) throw Error(ErrorNumbers::Unspecified, u"A transaction is open already on this connection.");
+    if (inTransaction) throw Error(ErrorNumbers::Unspecified, u"A transaction is already open on this connection.");
     CheckOdbc(SQLSetConnectAttr(connection.Get(), SQL_ATTR_AUTOCOMMIT, AsPointer(SQL_AUTOCOMMIT_OFF), 0),
               SQL_HANDLE_DBC, connection.Get(), *dialect);
     inTransaction = true;

@@ -58,9 +58,8 @@ struct Advice {
     SQLINTEGER native{};
 };
 
-constexpr TextView metAnother =
-    u"Another transaction changed the same rows at the same moment, so the server has taken "
-    u"this one back. Try again, or load again to see what has changed.";
+constexpr TextView metAnother = u"Another transaction changed the same rows at the same moment, so the server rolled "
+                                u"this one back. Try again, or load again to see what has changed.";
 constexpr TextView lostServer =
     u"The connection to the server was lost, and with it what was not committed. Check that "
     u"the server is running and can be reached, and try again.";
@@ -69,8 +68,8 @@ constexpr Advice advices[] = {
     {Engine::MariaDB, metAnother, u"", u"Deadlock found"},
     {Engine::PostgreSQL, metAnother, u"40"},
     {Engine::MariaDB,
-     u"This server has lost touch with most of its cluster and takes no statements until it is back. Connect to "
-     u"another node, or ask the administrator.",
+     u"This server has lost its connection to most of its cluster and accepts no statements until it is "
+     u"restored. Connect to another node, or ask the administrator.",
      u"", u"", 1047},
     {Engine::MariaDB, lostServer, u"", u"", 2006},
     {Engine::MariaDB, lostServer, u"", u"", 2013},
@@ -172,7 +171,7 @@ bool DriverIsMissing(const Diagnostic& diagnostic) {
 void ThrowOdbcError(SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dialect) {
     Diagnostic diagnostic = ReadDiagnostic(kind, handle, dialect);
     if (diagnostic.message.empty())
-        diagnostic.message = u"The ODBC driver for " + Text(dialect.name) + u" failed without saying why.";
+        diagnostic.message = u"The ODBC driver for " + Text(dialect.name) + u" failed without a message.";
     ThrowDiagnostic(diagnostic, dialect.engine);
 }
 

@@ -45,7 +45,7 @@ void OdbcStatement::Check(SQLRETURN result) {
     if (SQL_SUCCEEDED(result) || result == SQL_NO_DATA) return;
     Diagnostic diagnostic = ReadDiagnostic(SQL_HANDLE_STMT, handle.Get(), owner.Quirks());
     if (diagnostic.message.empty())
-        diagnostic.message = u"The ODBC driver for " + Text(owner.Quirks().name) + u" failed without saying why.";
+        diagnostic.message = u"The ODBC driver for " + Text(owner.Quirks().name) + u" failed without a message.";
     ThrowDiagnostic(diagnostic, owner.Quirks().engine);
 }
 

@@ -83,7 +83,8 @@ void SQLiteConnection::Run(const char* statement) {
 void SQLiteConnection::Check(int result) {
     if ((result & 0xFF) == SQLITE_OK || result == SQLITE_ROW || result == SQLITE_DONE) return;
     if ((result & 0xFF) == SQLITE_INTERRUPT && std::exchange(ranTooLong, false))
-        throw Error(ErrorNumbers::Timeout, u"The statement on '" + path + u"' was ended because it took longer than " +
+        throw Error(ErrorNumbers::Timeout, u"The statement on '" + path +
+                                               u"' was stopped because it took longer than " +
                                                ToText(longestWork.count()) +
                                                u" seconds, which \"Command Timeout\" in the connection string allows.");
     throw SQLiteError(file.get(), result, path);
@@ -110,7 +111,7 @@ void SQLiteConnection::RequireTransaction() const {
 }
 
 void SQLiteConnection::Begin() {
-    if (inTransaction) throw Error(ErrorNumbers::Unspecified, u"A transaction is open already on this connection.");
+    if (inTransaction) throw Error(ErrorNumbers::Unspecified, u"A transaction is already open on this connection.");
     const SQLiteWaiting waiting(wait);
     Run("BEGIN");
     inTransaction = true;

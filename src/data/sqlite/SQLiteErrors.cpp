@@ -56,10 +56,10 @@ Text SentenceOf(sqlite3* file, int result, const Text& message, const Text& path
     case SQLITE_BUSY:
     case SQLITE_PROTOCOL:
         return u"The database file " + name +
-               u" is locked by another program or by another connection. Wait until that is done, or close it, and "
+               u" is locked by another program or another connection. Wait until that has finished, or close it, and "
                u"try again.";
     case SQLITE_LOCKED:
-        return u"A table of " + name + u" is still being read on the same connection, so it cannot be changed now (" +
+        return u"A table of " + name + u" is still being read on the same connection and cannot be changed now (" +
                message + u").";
     case SQLITE_READONLY:
         if (result == SQLITE_READONLY_DBMOVED)

@@ -74,8 +74,7 @@ void SQLiteStatement::Run(TextView adapted, std::span<const Value> parameters, s
     // The engine reads a text up to the first zero: literals that have one go as parameters.
     if (adapted.find(u'\0') != TextView::npos) {
         const auto parametrized = parameters.empty() ? TakeLiteralsWithZeros(adapted) : std::nullopt;
-        if (!parametrized)
-            throw SQLiteSyntaxError(u"A statement has a character of the number zero outside a text in apostrophes.");
+        if (!parametrized) throw SQLiteSyntaxError(u"The statement contains a NUL character outside a quoted text.");
         return Run(parametrized->statement, parametrized->values, {});
     }
     Owner().RequireTransaction();
@@ -180,7 +179,7 @@ void SQLiteStatement::Step(sqlite3_stmt* statement) {
 
 const std::vector<Column>& SQLiteStatement::OpenRows() {
     (void)Owner();
-    if (!handle) throw Error(ErrorNumbers::Unspecified, u"The statement gives no rows.");
+    if (!handle) throw Error(ErrorNumbers::Unspecified, u"The statement returns no rows.");
     columns.clear();
     const int count = sqlite3_column_count(handle.get());
     for (int i = 0; i < count; ++i) columns.push_back(Describe(i));

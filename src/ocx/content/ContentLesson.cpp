@@ -72,7 +72,7 @@ public:
             if (const auto* name = std::get_if<Text>(&wanted)) return GivenObject(Maps()->Item(*name));
             const Value number = ToValue(indexOrName, int64_t{});
             const auto* index = std::get_if<int64_t>(&number);
-            if (!index) throw Error(ErrorNumbers::TypeMismatch, u"A map has a number or a name.");
+            if (!index) throw Error(ErrorNumbers::TypeMismatch, u"A map is given by its number or its name.");
             return GivenObject(Maps()->Item(static_cast<int32_t>(*index)));
         });
     }

@@ -71,7 +71,7 @@ class HostNodes final : public MapTree {
 public:
     // `nodes` may be null where only the nodes below the root are read.
     HostNodes(IDispatch* nodes, IDispatch* root) : nodes(nodes) {
-        if (!root) throw Error(ErrorNumbers::InvalidCall, u"There is no node of the map.");
+        if (!root) throw Error(ErrorNumbers::InvalidCall, u"The map's node is missing.");
         held.emplace_back(root);
         knowsKeys = nodes && this->nodes.Has(L"Contains");
     }
@@ -96,7 +96,7 @@ private:
     HostObject At(NodeRef node) const {
         const auto place = static_cast<size_t>(node);
         if (place == 0 || place > held.size())
-            throw Error(ErrorNumbers::InvalidCall, u"The host's tree has added no node.");
+            throw Error(ErrorNumbers::InvalidCall, u"The host's tree did not add the node.");
         return held[place - 1];
     }
     NodeRef Hold(const Variant& answer) const {
@@ -123,7 +123,7 @@ public:
     }
     STDMETHODIMP FillTree(IDispatch* nodes, IDispatch* mapRoot) override {
         return Run([&] {
-            if (!nodes) throw Error(ErrorNumbers::InvalidCall, u"There are no nodes to fill.");
+            if (!nodes) throw Error(ErrorNumbers::InvalidCall, u"The nodes to be filled are missing.");
             HostNodes tree(nodes, mapRoot);
             Inside()->FillTree(tree, tree.Root());
         });

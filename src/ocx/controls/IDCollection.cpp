@@ -62,10 +62,10 @@ public:
         return Run([&] {
             const Text id = FromBstr(identifier);
             if (!IsLeftOut(key) && TextFrom(PlainOf(key)) != id)
-                throw Error(ErrorNumbers::InvalidCall, u"An identifier is its own key.");
+                throw Error(ErrorNumbers::InvalidCall, u"The key of an identifier must be the identifier itself.");
             places.reserve(places.size() + 1);
             if (!identifiers.Add(id))
-                throw Error(ErrorNumbers::KeyExists, u"'" + id + u"' is an element of this collection already.");
+                throw Error(ErrorNumbers::KeyExists, u"'" + id + u"' is already an element of this collection.");
             places.push_back(&*std::prev(identifiers.end()));
         });
     }
@@ -195,11 +195,11 @@ private:
             const auto enumerator = EnumeratorOf();
             if (!enumerator)
                 throw Error(ErrorNumbers::NoSuchMember,
-                            u"A collection of the host has neither Exists nor Item nor an enumeration.");
+                            u"The collection has neither Exists nor Item nor an enumerator.");
             for (;;) {
                 Variant element;
                 const HRESULT result = enumerator->Next(1, &element, nullptr);
-                if (FAILED(result)) throw Error(result, u"A collection of the host cannot be enumerated.");
+                if (FAILED(result)) throw Error(result, u"The collection cannot be enumerated.");
                 if (result != S_OK) break;
                 add(element);
             }

@@ -7,7 +7,7 @@ namespace dax {
 NodeObjects& HostMap::Maker() const {
     if (!nodeObjects)
         throw Error(ErrorNumbers::Automation,
-                    u"The map '" + Name() + u"' is the host's own: only the host can read it.");
+                    u"The map '" + Name() + u"' belongs to the host, and only the host can read it.");
     return *nodeObjects;
 }
 
@@ -28,7 +28,7 @@ std::shared_ptr<Storyboard> HostStoryboards::Item(const Text& sbid) const {
 
 void HostStoryboards::Add(const std::shared_ptr<Storyboard>& storyboard) {
     IDispatch* const added = HostObjectOf(storyboard);
-    if (!added) throw Error(ErrorNumbers::Automation, u"The storyboard is no object that a host could hold.");
+    if (!added) throw Error(ErrorNumbers::Automation, u"The storyboard is not a COM object.");
     Call(L"Add", {Variant(added)});
 }
 
@@ -48,7 +48,7 @@ std::shared_ptr<StoryboardMap> HostMaps::MapFrom(const Variant& value) const {
 void HostMaps::Add(const std::shared_ptr<StoryboardMap>& map) {
     ComPtr<IDispatch> added = HostObjectOf(map);
     if (!added && map && support.makeMap) added = support.makeMap(*map);
-    if (!added) throw Error(ErrorNumbers::Automation, u"The map is no object that a host could hold.");
+    if (!added) throw Error(ErrorNumbers::Automation, u"The map is not a COM object.");
     Call(L"Add", {Variant(added.Get())});
 }
 

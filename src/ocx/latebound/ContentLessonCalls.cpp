@@ -35,7 +35,7 @@ Text Written(HRESULT code) {
 // `description` may be empty.
 [[noreturn]] void Fail(const wchar_t* member, HRESULT code, const Text& description = {}) {
     if (!description.empty()) throw Error(code, description);
-    throw Error(code, u"'" + FromWide(member) + u"' of an object of the host has failed (" + Written(code) + u").");
+    throw Error(code, u"'" + FromWide(member) + u"' of a host object failed (" + Written(code) + u").");
 }
 
 Variant Checked(const wchar_t* member, DispatchResult result) {
@@ -71,8 +71,7 @@ std::optional<DISPID> HostObject::Seek(const wchar_t* member) const {
 
 DISPID HostObject::Find(const wchar_t* member) const {
     const auto dispid = Seek(member);
-    if (!dispid)
-        throw Error(ErrorNumbers::NoSuchMember, u"An object of the host has no member '" + FromWide(member) + u"'.");
+    if (!dispid) throw Error(ErrorNumbers::NoSuchMember, u"A host object has no member '" + FromWide(member) + u"'.");
     return *dispid;
 }
 
@@ -138,7 +137,7 @@ std::vector<ComPtr<IDispatch>> HostObject::Elements() const {
     if (Enumerate(elements)) return elements;
     const int32_t count = NumberFrom(Call(L"Count"));
     if (count > 0 && static_cast<size_t>(count) > mostElements)
-        throw Error(ErrorNumbers::Automation, u"A collection of the host is too long.");
+        throw Error(ErrorNumbers::Automation, u"The collection has more than 1,000,000 elements.");
     for (int32_t i = 0; i < count; ++i) elements.push_back(ObjectFrom(Call(L"Item", {Variant(i)})));
     return elements;
 }

@@ -13,7 +13,7 @@ constexpr IID ownNodeID{0x76f0dc1f, 0x688e, 0x494f, {0x94, 0xd1, 0xf4, 0x46, 0x7
 
 const ClassEntry nodeEntry{&CLSID_Node, &IID__Node, nullptr, L"Node", L"", nullptr, 0};
 
-[[noreturn]] void RefuseGone() { throw Error(ErrorNumbers::ElementNotFound, u"The node is not in the tree any more."); }
+[[noreturn]] void RefuseGone() { throw Error(ErrorNumbers::ElementNotFound, u"The node is no longer in the tree."); }
 
 } // namespace
 
@@ -33,9 +33,9 @@ Node& NodeObject::RequireNode() const {
 
 Node& NodeObject::NodeBehind(IUnknown* object, const TreeObjects& wanted) {
     const auto own = Query<OwnNode>(object, ownNodeID);
-    if (!own) throw Error(ErrorNumbers::TypeMismatch, u"The object is no node of this tree.");
+    if (!own) throw Error(ErrorNumbers::TypeMismatch, u"The object is not a node of this tree.");
     const NodeObject& found = own->Object();
-    if (found.owner.get() != &wanted) throw Error(ErrorNumbers::TypeMismatch, u"The node is one of another tree.");
+    if (found.owner.get() != &wanted) throw Error(ErrorNumbers::TypeMismatch, u"The node belongs to another tree.");
     return found.RequireNode();
 }
 

@@ -13,7 +13,7 @@ HIMAGELIST HandleFrom(const Variant& value) {
     if (IsLeftOut(value)) return nullptr;
     Variant number;
     if (FAILED(VariantChangeType(&number, const_cast<Variant*>(&value), 0, VT_I8)))
-        Refuse(u"The handle of the image list is no number.");
+        Refuse(u"The handle of the image list is not a number.");
     return reinterpret_cast<HIMAGELIST>(static_cast<INT_PTR>(number.llVal));
 }
 
@@ -34,7 +34,7 @@ std::vector<Text> KeysFrom(const Variant& value) {
     if (!array || SafeArrayGetDim(array) != 1 || FAILED(SafeArrayGetVartype(array, &kind)) ||
         (kind != VT_VARIANT && kind != VT_BSTR) || FAILED(SafeArrayGetLBound(array, 1, &first)) ||
         FAILED(SafeArrayGetUBound(array, 1, &last)))
-        Refuse(u"The keys of the pictures are an array of texts, or a text with commas.");
+        Refuse(u"The keys of the pictures must be an array of texts, or a text with commas.");
     std::vector<Text> keys;
     for (LONG i = first; i <= last; ++i) {
         Variant element;

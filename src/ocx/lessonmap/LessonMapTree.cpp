@@ -164,7 +164,7 @@ ComPtr<IDispatch> TreeObjects::Nodes(const MapTree& nodes) {
 std::shared_ptr<TreeObjects> TreeObjects::Of(const MapTree& nodes) {
     const auto* const own = dynamic_cast<const NodeMapTree*>(&nodes);
     if (own && &own->Nodes() == tree.get()) return shared_from_this();
-    if (!own || !own->Shared()) throw Error(ErrorNumbers::Automation, u"The nodes are those of another tree.");
+    if (!own || !own->Shared()) throw Error(ErrorNumbers::Automation, u"The nodes belong to another tree.");
     auto objects = aside.lock();
     if (!objects || objects->tree != own->Shared()) {
         objects = std::make_shared<TreeObjects>(own->Shared(), host);
