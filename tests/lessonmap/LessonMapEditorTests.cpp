@@ -99,30 +99,64 @@ TEST_F(LessonMapEditorTest, Selection) {
     EXPECT_EQ(lesson->CurrentSBID(), u"");
 }
 
-TEST_F(LessonMapEditorTest, AddsStoryboards) {
+TEST_F(LessonMapEditorTest, AddsAndRemovesInShownAndHiddenMaps) {
+    const char *pages = "A: a( b ) d | B: c", *branches = "A: a( b( c ) d e ) f | B: g";
     const struct {
-        Text selected, sbid;
-        const char* shown;
+        bool isDefaultOnly;
+        const char* before;
+        Text selected;
+        const char* action; // "missing": the lesson does not have the page any more, a map lists it
+        Text sbid;
+        const char* after; // with all maps shown
         const char* told;
+        int left; // storyboards of the lesson
     } cases[] = {
-        {u"B", u"n", "A: n a( b ) d | B: c", "changed 1, selected n"},
-        {u"b", u"n", "A: a( b n ) d | B: c", "changed 1, selected n"},
-        {u"b", u"c", "A: a( b ) d | B: c", "selected c"}, // it is shown already
-        {u"c", u"c", "A: a( b ) d | B: c", ""},
+        {false, pages, u"B", "add", u"n", "A: n a( b ) d | B: c", "changed 1, selected n", 5},
+        {false, pages, u"b", "add", u"n", "A: a( b n ) d | B: c", "changed 1, selected n", 5},
+        {false, pages, u"b", "add", u"c", pages, "selected c", 4}, // shown already
+        {false, pages, u"c", "add", u"c", pages, "", 4},
+        {false, pages, u"c", "add missing", u"d", pages, "changed 1, selected d", 4},
+        {false, branches, u"c", "remove branch", u"a", "A: f | B: g", "changed 3, selected f", 2},
+        {false, branches, u"f", "remove branch", u"a", "A: f | B: g", "changed 3", 2},
+        {false, branches, u"a", "remove", u"a", "A: b( c ) d e f | B: g", "changed 3, selected b", 6},
+        {false, branches, u"g", "remove", u"g", "A: a( b( c ) d e ) f | B:", "changed 3, selected -", 6},
+        {false, branches, u"g", "remove branch", u"x", branches, "", 7},
+        {true, "A: a | B: b( c d ) e", u"", "remove", u"b", "A: a | B: c d e", "changed 3", 4},
+        {true, "A: a | B: b( c d ) e", u"", "remove branch", u"b", "A: a | B: e", "changed 3", 2},
+        {true, "A: a b( x ) | B: b( c )", u"", "remove branch", u"b", "A: a | B: c", "changed 3", 2},
+        {true, "A: a | B: e | A: b( a )", u"", "remove branch", u"b", "A: a | B: e | A_1:", "changed 3", 2},
+        {true, "A: a | B: b( c ) | C: d", u"", "add", u"b", "A: b a | B: c | C: d", "changed 1, selected b", 4},
+        {true, "A: a | B: a( c )", u"", "add", u"a", "A: a | B: c", "selected a", 2}, // shown already
+        {true, "A: a | B: b( c )", u"", "add missing", u"b", "A: b a | B: c", "changed 1, selected b", 3},
+        {true, "A: a | B: b( c )", u"", "remove missing", u"b", "A: a | B: c", "changed 3", 2},
+        {true, "A: a | B: b( c )", u"", "remove", u"x", "A: a | B: b( c )", "", 3},
     };
-    for (const auto& [selected, sbid, shown, told] : cases) {
-        Open("A: a( b ) d | B: c");
+    for (const auto& [isDefaultOnly, before, selected, action, sbid, after, told, left] : cases) {
+        SCOPED_TRACE(std::string(action) + " " + ToUtf8(sbid) + " in " + before);
+        editor->SetShowDefaultMapOnly(isDefaultOnly);
+        Open(before);
         Select(selected);
-        const auto page = NewPage(sbid);
-        editor->AddStoryboard(page);
-        EXPECT_EQ(Shown(), shown) << ToUtf8(selected);
-        EXPECT_EQ(Heard(), told) << ToUtf8(selected);
-        EXPECT_EQ(lesson->CurrentSBID(), sbid);
-        EXPECT_EQ(Page(sbid) == page, sbid == u"n");
-        EXPECT_EQ(At(sbid).Caption(), sbid == u"n" ? u"New n" : u"Title of c");
+        const auto known = Page(sbid), page = std::static_pointer_cast<Storyboard>(NewPage(sbid));
+        const std::string what = action;
+        if (what.ends_with("missing")) lesson->Storyboards()->Remove(sbid);
+        if (what.starts_with("add")) {
+            editor->AddStoryboard(page);
+            EXPECT_EQ(lesson->CurrentSBID(), sbid);
+            const bool isNew = !known || what == "add missing"; // else the lesson's own is taken
+            EXPECT_EQ(Page(sbid), isNew ? page : known);
+            EXPECT_EQ(At(sbid).Caption(), isNew ? u"New " + sbid : u"Title of " + sbid);
+            EXPECT_EQ(At(sbid).Image(), editor->ImageList().IndexOfType(isNew ? u"video" : u"text"));
+        } else {
+            editor->RemoveStoryboard(page, what == "remove branch");
+        }
+        EXPECT_EQ(Heard(), told);
+        editor->SetShowDefaultMapOnly(false);
+        editor->OrphanedStoryboards(); // writes the layouts back
+        EXPECT_EQ(Shown(), after);
+        EXPECT_EQ(lesson->Storyboards()->Count(), left);
     }
-    EXPECT_EQ(At(u"c").Image(), editor->ImageList().IndexOfType(u"text"));
-    // An orphan of the lesson finds its place.
+    // An orphan of the lesson finds its place, or goes.
+    Open(pages);
     lesson->Storyboards()->Add(NewPage(u"o"));
     ASSERT_EQ(editor->OrphanedStoryboards().size(), 1u);
     editor->AddStoryboard(Page(u"o"));
@@ -130,90 +164,19 @@ TEST_F(LessonMapEditorTest, AddsStoryboards) {
     EXPECT_EQ(Heard(), "changed 1, selected o");
     for (const auto& refused : {NewPage(u""), NewPage(u"B")}) {
         EXPECT_THROW(editor->AddStoryboard(refused), Error);
-        EXPECT_EQ(Shown(), "A: a( b ) d | B: c o");
+        EXPECT_EQ(Shown(), "A: o a( b ) d | B: c");
         EXPECT_EQ(Page(refused->SBID()), nullptr);
     }
     editor->AddStoryboard(nullptr);
     EXPECT_EQ(Heard(), "");
-    lesson->Storyboards()->Remove(u"d"); // a map lists it still
-    editor->AddStoryboard(NewPage(u"d"));
-    EXPECT_EQ(Heard(), "changed 1, selected d");
-}
-
-TEST_F(LessonMapEditorTest, RemovesStoryboardsAndSelectsANeighbour) {
-    const struct {
-        Text selected, sbid;
-        bool includeChildren;
-        const char* shown;
-        const char* told;
-        int left; // storyboards of the lesson
-    } cases[] = {
-        {u"c", u"a", true, "A: f | B: g", "changed 3, selected f", 2},
-        {u"f", u"a", true, "A: f | B: g", "changed 3", 2},
-        {u"a", u"a", false, "A: b( c ) d e f | B: g", "changed 3, selected b", 6},
-        {u"g", u"g", false, "A: a( b( c ) d e ) f | B:", "changed 3, selected -", 6},
-        {u"g", u"unknown", true, "A: a( b( c ) d e ) f | B: g", "", 7},
-    };
-    for (const auto& [selected, sbid, includeChildren, shown, told, left] : cases) {
-        Open("A: a( b( c ) d e ) f | B: g");
-        Select(selected);
-        editor->RemoveStoryboard(NewPage(sbid), includeChildren);
-        EXPECT_EQ(Shown(), shown) << ToUtf8(sbid);
-        EXPECT_EQ(Heard(), told) << ToUtf8(sbid);
-        EXPECT_EQ(lesson->Storyboards()->Count(), left) << ToUtf8(sbid);
-    }
-    lesson->Storyboards()->Add(NewPage(u"o"));
-    editor->RemoveStoryboard(Page(u"o"), false);
-    EXPECT_EQ(Heard(), "changed 3") << "an orphan";
-    EXPECT_EQ(Page(u"o"), nullptr);
     // A map keeps its name beside an orphan of that name, which is no part of the tree.
     lesson->Storyboards()->Add(NewPage(u"A"));
     editor->Refresh();
-    EXPECT_EQ(Shown(), "A: a( b( c ) d e ) f | B: g");
     EXPECT_EQ(editor->FindNextSBID(u"New A", ftTitle, true, true), u"");
     editor->RemoveStoryboard(Page(u"A"), false);
     EXPECT_EQ(Page(u"A"), nullptr);
-    EXPECT_EQ(Shown(), "A: a( b( c ) d e ) f | B: g");
-}
-
-TEST_F(LessonMapEditorTest, HiddenMapsAreEditedToo) {
-    const struct {
-        const char *before, *action;
-        Text sbid;
-        const char* after; // with all maps shown
-        const char* told;
-        int left; // storyboards of the lesson
-    } cases[] = {
-        {"A: a | B: b( c d ) e", "remove", u"b", "A: a | B: c d e", "changed 3", 4},
-        {"A: a | B: b( c d ) e", "remove branch", u"b", "A: a | B: e", "changed 3", 2},
-        {"A: a b( x ) | B: b( c )", "remove branch", u"b", "A: a | B: c", "changed 3", 2},
-        {"A: a | B: e | A: b( a )", "remove branch", u"b", "A: a | B: e | A_1:", "changed 3", 2},
-        {"A: a | B: b( c ) | C: d", "add", u"b", "A: b a | B: c | C: d", "changed 1, selected b", 4},
-        {"A: a | B: a( c )", "add", u"a", "A: a | B: c", "selected a", 2}, // shown already
-        {"A: a | B: b( c )", "add missing", u"b", "A: b a | B: c", "changed 1, selected b", 3},
-        {"A: a | B: b( c )", "remove missing", u"b", "A: a | B: c", "changed 3", 2},
-        {"A: a | B: b( c )", "remove", u"x", "A: a | B: b( c )", "", 3},
-    };
-    for (const auto& [before, action, sbid, after, told, left] : cases) {
-        Open(before);
-        lesson = MakeLesson(before);
-        editor->SetShowDefaultMapOnly(true);
-        editor->SetLesson(lesson);
-        heard.clear();
-        const std::string what = action;
-        const auto page = Page(sbid) ? Page(sbid) : NewPage(sbid);
-        if (what.ends_with("missing")) lesson->Storyboards()->Remove(sbid); // and B still lists it
-        if (what.starts_with("add")) {
-            editor->AddStoryboard(page);
-        } else {
-            editor->RemoveStoryboard(page, what == "remove branch");
-        }
-        EXPECT_EQ(Heard(), told) << before;
-        editor->SetShowDefaultMapOnly(false);
-        editor->OrphanedStoryboards(); // writes the layouts back
-        EXPECT_EQ(Shown(), after) << before;
-        EXPECT_EQ(lesson->Storyboards()->Count(), left) << before;
-    }
+    EXPECT_EQ(Heard(), "changed 3");
+    EXPECT_EQ(Shown(), "A: o a( b ) d | B: c");
     // What is hidden and shown again is the current page again.
     Open("A: a | B: b");
     editor->SetCurrentSBID(u"b");
