@@ -12,6 +12,8 @@ namespace {
 constexpr const char16_t* ids[] = {u"a", u"b", u"c", u"d", u"e", u"f", u"g", u"h", u"\u00E9\U0001D11E", u"it's", u" "};
 constexpr const char16_t* titles[] = {u"", u"O'Neil", u"\\;--#", u"\U0001D11E \u00E4", u"{fn ?}", u"#1/2/2000#"};
 constexpr const char16_t* elsewhere[] = {u"", u"none/such.db", u"Driver={none}", u"Provider=none;PWD=secret"};
+// A letter for each byte: add, update, remove, move, select, save, load.
+constexpr char actions[] = {'a', 'a', 'a', 'a', 'u', 'r', 'r', 'm', 'm', 'm', 'm', 's', 's', 'S', 'S', 'l'};
 constexpr int types[] = {ltGroup, ltLesson, ltUnknown, ltInvalid, ltDatabase, 7};
 
 struct Model {
@@ -79,45 +81,32 @@ private:
     void Step() {
         if (!heard.editor) return;
         ++depth;
-        switch (bytes.Below(16)) {
-        case 0:
-        case 1:
-        case 2:
-        case 3:
+        switch (bytes.OneOf(actions)) {
+        case 'a':
             Add();
             break;
-        case 4:
+        case 'u':
             Update();
             break;
-        case 5:
-        case 6:
+        case 'r':
             Remove();
             break;
-        case 7:
-        case 8:
-        case 9:
-        case 10:
+        case 'm':
             Move();
             break;
-        case 11:
-        case 12:
+        case 's':
             Select();
             break;
-        case 13:
-        case 14:
+        case 'S':
             bytes.Below(2) ? Save() : editor.ExpandAll();
             break;
         default:
-            switch (bytes.Below(6)) {
-            case 0:
-                Clear();
-                break;
-            case 1:
-                if (callsBack) editor.SetConnectionString(bytes.OneOf(elsewhere));
-                break;
-            default:
+            if (const size_t which = bytes.Below(6); which > 1)
                 Load();
-            }
+            else if (which == 0)
+                Clear();
+            else if (callsBack)
+                editor.SetConnectionString(bytes.OneOf(elsewhere));
         }
         --depth;
     }

@@ -16,6 +16,9 @@ constexpr const char* lessons[] = {"M: p1 p2( p3 ) p4 | N: p5 | O:",
                                    "M: p1 | M: p2"};
 constexpr const char16_t* pages[] = {u"p1", u"p2", u"p3", u"p4", u"p5", u"q1", u"q2", u"q3", u"M", u"temp2"};
 constexpr int keys[] = {13, 27, 32, 38, 40, 46, 93, 113};
+// A letter for each byte: move, add, remove, check, check all, select, rebuild, expand, drag, click, key, property.
+constexpr char actions[] = {'m', 'm', 'm', 'm', 'a', 'a', 'a', 'r', 'r', 'c',
+                            'C', 's', 's', 'b', 'e', 'd', 'd', 'l', 'k', 'p'};
 
 // What of the model still holds after a step.
 enum class Known { All, Shape, Nothing };
@@ -87,7 +90,7 @@ private:
         ++depth;
         Known known = Known::Nothing;
         try {
-            known = Do(bytes.Below(20));
+            known = Do(bytes.OneOf(actions));
         } catch (const Error&) {
             // A listener that calls back may be refused; a host alone never is.
             if (!callsBack) throw;
@@ -96,12 +99,9 @@ private:
         return known;
     }
 
-    Known Do(size_t what) {
-        switch (what) {
-        case 0:
-        case 1:
-        case 2:
-        case 3: {
+    Known Do(char action) {
+        switch (action) {
+        case 'm': {
             const auto movement = static_cast<StoryboardMovementTypes>(bytes.Below(8)); // 0 and 7 are none
             const bool can = editor->CanMoveCurrent(movement);
             if (!callsBack) Require(can == model.Move(movement), "CanMoveCurrent");
@@ -109,13 +109,10 @@ private:
             editor->MoveCurrent(movement);
             return Known::All;
         }
-        case 4:
-        case 5:
-        case 6:
+        case 'a':
             Add();
             return Known::All;
-        case 7:
-        case 8: {
+        case 'r': {
             const auto page = AnyPage();
             const bool withChildren = bytes.Below(2) == 0;
             const bool isHidden = editor->ShowDefaultMapOnly() && !model.Has(page->SBID()); // maybe with others below
@@ -123,32 +120,30 @@ private:
             editor->RemoveStoryboard(page, withChildren);
             return isHidden ? Known::Nothing : Known::All;
         }
-        case 9:
+        case 'c':
             if (Node* const node = AnyNode()) node->SetChecked(!node->IsChecked());
             return Known::Shape;
-        case 10:
+        case 'C':
             bytes.Below(2) ? editor->CheckAllStoryboards() : editor->UncheckAllStoryboards();
             return Known::Shape;
-        case 11:
-        case 12: {
+        case 's': {
             Node* const node = AnyNode();
             model.selected = modTVW::GetNodeKey(node);
             tree->Select(node);
             return Known::All;
         }
-        case 13:
+        case 'b':
             bytes.Below(2) ? editor->Refresh() : editor->SetCaptionStyle(csIdentifier);
             return Known::All;
-        case 14:
+        case 'e':
             bytes.Below(2) ? editor->CollapseAll() : editor->ExpandAll();
             return Known::Shape;
-        case 15:
-        case 16:
+        case 'd':
             return Drag();
-        case 17:
+        case 'l':
             if (Node* const node = AnyNode()) Click(*node);
             return Known::Shape;
-        case 18:
+        case 'k':
             editor->OnKeyDown(bytes.OneOf(keys));
             if (editor) editor->OnKeyPress(bytes.OneOf(keys));
             if (editor) editor->OnMouseUp(MouseButton::Right);
