@@ -241,29 +241,6 @@ TEST_F(LockManagerWindowTest, SeveralRowsAreSelectedAndDeleted) {
     EXPECT_EQ(host.Take(), "S1 ");
 }
 
-// At the size that it asks for, every caption is whole and nothing has to be scrolled sideways.
-TEST_F(LockManagerWindowTest, TheFirstSightIsWholeAtEveryDpi) {
-    for (const int dpi : {96, 144, 192}) {
-        SCOPED_TRACE(dpi);
-        const LockHost host(database->ConnectionString(), dpi);
-        const HDC dc = GetDC(host.Header());
-        SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(host.Header(), WM_GETFONT, 0, 0)));
-        RECT last{};
-        for (size_t index = 0; index < host.control->Locks()->Columns().size(); ++index) {
-            const Text& caption = host.control->Locks()->Columns()[index].caption;
-            SIZE text{};
-            GetTextExtentPoint32W(dc, Wide(caption), static_cast<int>(caption.size()), &text);
-            SendMessageW(host.Header(), HDM_GETITEMRECT, index, reinterpret_cast<LPARAM>(&last));
-            EXPECT_LT(text.cx + MulDiv(6, dpi, 96), last.right - last.left) << ToUtf8(caption);
-        }
-        ReleaseDC(host.Header(), dc);
-        RECT client;
-        GetClientRect(host.List(), &client);
-        EXPECT_LE(last.right, client.right);
-        EXPECT_FALSE(GetWindowLongW(host.List(), GWL_STYLE) & WS_HSCROLL);
-    }
-}
-
 // However many rows there are, and whatever they are written in; and soon.
 TEST_F(LockManagerWindowTest, ColumnsFitEveryCell) {
     const Text cells[] = {u"W",

@@ -1,7 +1,6 @@
-// Both information panels as they are drawn, pixel for pixel.
+// The lesson panel as it is drawn, pixel for pixel.
 #include "hierarchy/EditorFixture.h"
 #include "panels/win32/LessonInfoWindow.h"
-#include "panels/win32/LockInfoWindow.h"
 #include "windows/HostWindow.h"
 
 namespace dax::test {
@@ -99,42 +98,6 @@ TEST_F(PanelWindowTest, TitleAndClassificationAreNeverCut) {
             DeleteDC(dc);
             DeleteObject(font);
         }
-}
-
-TEST_F(PanelWindowTest, LocksStandInUpToFourLines) {
-    const auto lock = [](const Text& user, int type) {
-        return u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
-               u"lockType) VALUES ('a', '" +
-               user + u"', 'PC', '10.0.0.1', 's', '2026-03-01 10:00:00', " + ToText(type) + u")";
-    };
-    const HostWindow host;
-    for (const int dpi : {96, 192}) {
-        SCOPED_TRACE(dpi);
-        database->Run({u"DELETE FROM velmoraUserLocks"});
-        editor.editor->SetCurrentLessonID(u"a");
-        LockInfoWindow panel;
-        panel.SetAmbient(At(dpi));
-        panel.InitProperties();
-        const SIZE size = panel.PreferredSize(dpi);
-        panel.Create(host.handle, {0, 0, size.cx, size.cy});
-        // What the window shows is what a picture of it shows.
-        const auto lines = [&](GroupEditor* source) {
-            panel.Info()->UpdateFrom(source);
-            const std::vector<uint32_t> shown = WindowPixels(panel.Handle());
-            const MemoryBitmap bitmap(size.cx, size.cy);
-            panel.Draw(bitmap.Context(), {0, 0, size.cx, size.cy});
-            EXPECT_EQ(std::count_if(shown.begin(), shown.end(), [](uint32_t p) { return p != 0xFFFFFF; }),
-                      Inked(bitmap, {0, 0, size.cx, size.cy}));
-            const Drawing drawing(panel, size.cx, size.cy);
-            EXPECT_LT(drawing.bands.back().bottom, size.cy) << "all lines fit the size that it asks for";
-            return drawing.bands.size();
-        };
-        EXPECT_EQ(lines(editor.editor.get()), 1u);
-        EXPECT_EQ(lines(nullptr), 1u) << "no data";
-        database->Run({lock(u"tquenby", 1), lock(u"ann", 3), lock(u"bob", 4), lock(u"cyd", 4), lock(u"dan", 2)});
-        EXPECT_EQ(lines(editor.editor.get()), 4u);
-        EXPECT_EQ(panel.Info()->LockCount(), 5);
-    }
 }
 
 } // namespace dax::test

@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 
 #include <functional>
-#include <set>
 
 namespace dax::test {
 
@@ -27,19 +26,11 @@ std::vector<uint32_t> PixelsIn(HWND window, const RECT& place) {
     return found;
 }
 
-// What a row shows as its picture; a quarter before that lies its box.
+// What a row shows as its picture.
 std::vector<uint32_t> PictureOf(const TreeControlHost& host, TextView key, int size) {
     const RECT label = ItemPlace(host.TreeHandle(), ItemOf(&host.At(key)), true);
     return PixelsIn(host.TreeHandle(), {label.left - size, label.top, label.left - 1, label.bottom});
 }
-std::vector<uint32_t> BoxOf(const LessonMapHost& host, TextView key) {
-    POINT at = host.On(key, RowPart::Box);
-    ScreenToClient(host.TreeHandle(), &at);
-    return PixelsIn(host.TreeHandle(), {at.x - 8, at.y - 5, at.x + 3, at.y + 5});
-}
-
-// The colours in a picture: more than a few when there is one.
-size_t Colors(const std::vector<uint32_t>& pixels) { return std::set(pixels.begin(), pixels.end()).size(); }
 
 } // namespace
 
@@ -216,37 +207,6 @@ TEST(TreeControlWindow, TheFrozenDisplayIsWhatWasThere) {
     EXPECT_EQ(GetFocus(), host.TreeHandle());
     ProcessPendingMessages();
     EXPECT_NE(WindowPixels(host.control->Handle()), before);
-}
-
-// Each row has a picture, each type of page one of its own, and so have the two states of a box.
-TEST(TreeControlWindow, ShowsPicturesAndBoxesAtEveryDpi) {
-    for (const int dpi : {96, 192}) {
-        SCOPED_TRACE(dpi);
-        const int size = MulDiv(16, dpi, 96);
-        LessonMapHost host(true, MulDiv(360, dpi, 96), dpi);
-        SetWindowPos(host.host.handle, nullptr, 0, 0, 2000, 2000, SWP_NOZORDER);
-        host.Open("M: a b c d e f g h i j k l m n");
-        const PictureKeys keys;
-        std::set<std::vector<uint32_t>> pictures{PictureOf(host, u"M", size)};
-        Text sbid = u"a";
-        for (const Text& key : keys.Keys()) {
-            if (key == PictureKeys::Root) continue;
-            const auto page = std::dynamic_pointer_cast<ContentStoryboard>(host.lesson->Storyboards()->Item(sbid));
-            page->SetStoryboardType(key == PictureKeys::Undefined ? u"" : key);
-            host.Editor().UpdateSBID(sbid);
-            ++sbid[0];
-        }
-        host.At(u"b").SetChecked(true);
-        ProcessPendingMessages();
-        for (sbid = u"a"; sbid != u"o"; ++sbid[0]) {
-            const auto picture = PictureOf(host, sbid, size);
-            EXPECT_GE(Colors(picture), 4u) << ToUtf8(sbid);
-            pictures.insert(picture);
-        }
-        EXPECT_EQ(pictures.size(), keys.Keys().size());
-        EXPECT_NE(BoxOf(host, u"a"), BoxOf(host, u"b"));
-        EXPECT_EQ(BoxOf(host, u"a"), BoxOf(host, u"c"));
-    }
 }
 
 TEST(TreeControlWindow, ShowsAHostsOwnPictures) {

@@ -171,29 +171,6 @@ TEST(TreeViewWindow, FollowsWhatTheUserDoes) {
     }
 }
 
-TEST(TreeViewWindow, SingleExpansionKeepsOneBranchOpen) {
-    TreeHost host;
-    FillSample(host.tree);
-    modTVW::SetAllExpanded(host.tree, false);
-    host.At(u"root").SetExpanded(true);
-    host.view->SetSingleExpand(true);
-    UserInput input(host.window);
-    const auto click = [&](TextView key) {
-        const POINT point = PointOf(host.Window(), host.At(key), RowPart::Label);
-        input.Do([&](UserInput& user) { user.Click(point); });
-        EXPECT_MIRROR(host.Window(), host.tree, false);
-        std::string open;
-        for (const Text& each : modTVW::GetExpandedKeys(host.tree)) open += ToUtf8(each) + " ";
-        return open;
-    };
-    EXPECT_EQ(click(u"a"), "root a ");
-    EXPECT_EQ(click(u"c"), "root a c ");
-    EXPECT_EQ(click(u"e"), "root a c ");
-    EXPECT_EQ(click(u"f"), "root f ");
-    EXPECT_EQ(click(u"h"), "root f ");
-    EXPECT_EQ(click(u"i"), "root ");
-}
-
 TEST(TreeViewWindow, ShowsCaptionsOfAnyLength) {
     TreeHost host;
     Node& node = host.tree.Add(nullptr, Place::LastChild, u"n");

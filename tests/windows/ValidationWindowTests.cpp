@@ -143,14 +143,6 @@ TEST(SQLDBPickerWindow, WorksBeforeAndAfterItsWindowAndShowsItsNameInDesignMode)
     }
     EXPECT_EQ(window.Handle(), nullptr);
     EXPECT_EQ(window.Picker()->Title(), u"Beta");
-    window.Create(nullptr, {0, 0, 200, 30}); // under a hidden parent
-    ASSERT_NE(window.Handle(), nullptr);
-    EXPECT_FALSE(IsWindowVisible(window.Handle()));
-    EXPECT_EQ(WindowText(GetWindow(window.Handle(), GW_CHILD)), u"Beta");
-    const MemoryBitmap bitmap(200, 40);
-    window.Draw(bitmap.Context(), {0, 0, 200, 40});
-    EXPECT_GT(Inked(bitmap, {0, 0, 200, 40}), 100);
-
     SQLDBPickerWindow designed;
     designed.SetAmbient(At(96, false));
     designed.InitProperties();

@@ -1,13 +1,8 @@
 #include "Driver.h"
 
 #include "../../apps/workbench/ui/Ids.h"
-#include "com/ComPtr.h"
 
 #include <commctrl.h>
-#include <initguid.h>
-#include <wincodec.h>
-
-#include <set>
 
 namespace dax::test {
 
@@ -81,6 +76,17 @@ std::wstring WorkbenchPath() {
     return path.substr(0, path.find_last_of(L'\\') + 1) + L"DAXWorkbench.exe";
 }
 
+std::string ReadBytes(const std::wstring& path) {
+    const HANDLE file =
+        CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
+    std::string bytes(file == INVALID_HANDLE_VALUE ? 0 : GetFileSize(file, nullptr), '\0');
+    DWORD count = 0;
+    if (!ReadFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr)) count = 0;
+    CloseHandle(file);
+    bytes.resize(count);
+    return bytes;
+}
+
 Workbench::Workbench(const std::vector<std::wstring>& arguments, const std::wstring& program) : outputPath(TempFile()) {
     SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
     output = CreateFileW(outputPath.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
@@ -114,16 +120,7 @@ int Workbench::ExitCode() {
     return static_cast<int>(code);
 }
 
-std::string Workbench::Said() const {
-    const HANDLE file = CreateFileW(outputPath.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                    OPEN_EXISTING, 0, nullptr);
-    std::string text(65536, '\0');
-    DWORD count = 0;
-    if (!ReadFile(file, text.data(), static_cast<DWORD>(text.size()), &count, nullptr)) count = 0;
-    CloseHandle(file);
-    text.resize(count);
-    return text;
-}
+std::string Workbench::Said() const { return ReadBytes(outputPath); }
 
 bool Workbench::Until(const std::function<bool()>& condition) {
     const ULONGLONG end = GetTickCount64() + patience;
@@ -302,50 +299,6 @@ HWND Workbench::Focus() {
     GUITHREADINFO info{};
     info.cbSize = sizeof info;
     return GetGUIThreadInfo(GetWindowThreadProcessId(Frame(), nullptr), &info) ? info.hwndFocus : nullptr;
-}
-
-size_t Image::Colours(size_t enough) const {
-    std::set<unsigned> seen;
-    for (size_t i = 0; i + 2 < pixels.size() && seen.size() < enough; i += 3)
-        seen.insert(static_cast<unsigned>(pixels[i] << 16 | pixels[i + 1] << 8 | pixels[i + 2]));
-    return seen.size();
-}
-
-std::vector<unsigned char> Image::Part(int left, int top, int right, int bottom) const {
-    std::vector<unsigned char> part;
-    for (int y = height * top / 100; y < height * bottom / 100; ++y)
-        part.insert(part.end(), pixels.begin() + (y * width + width * left / 100) * 3,
-                    pixels.begin() + (y * width + width * right / 100) * 3);
-    return part;
-}
-
-Image ReadImage(const std::wstring& path) {
-    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    Image image;
-    {
-        ComPtr<IWICImagingFactory> factory;
-        ComPtr<IWICBitmapDecoder> decoder;
-        ComPtr<IWICBitmapFrameDecode> frame;
-        ComPtr<IWICFormatConverter> plain;
-        UINT width = 0, height = 0;
-        if (SUCCEEDED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
-                                       factory.OutVoid())) &&
-            SUCCEEDED(factory->CreateDecoderFromFilename(path.c_str(), nullptr, GENERIC_READ,
-                                                         WICDecodeMetadataCacheOnLoad, decoder.Out())) &&
-            SUCCEEDED(decoder->GetFrame(0, frame.Out())) && SUCCEEDED(frame->GetSize(&width, &height)) &&
-            SUCCEEDED(factory->CreateFormatConverter(plain.Out())) &&
-            SUCCEEDED(plain->Initialize(frame.Get(), GUID_WICPixelFormat24bppBGR, WICBitmapDitherTypeNone, nullptr, 0,
-                                        WICBitmapPaletteTypeCustom))) {
-            image.pixels.resize(static_cast<size_t>(width) * height * 3);
-            if (SUCCEEDED(plain->CopyPixels(nullptr, width * 3, static_cast<UINT>(image.pixels.size()),
-                                            image.pixels.data()))) {
-                image.width = static_cast<int>(width);
-                image.height = static_cast<int>(height);
-            }
-        }
-    }
-    CoUninitialize();
-    return image;
 }
 
 } // namespace dax::test

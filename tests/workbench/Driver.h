@@ -74,17 +74,7 @@ private:
     HWND frame = nullptr;
 };
 
-struct Image {
-    int width = 0;
-    int height = 0;
-    std::vector<unsigned char> pixels; // three bytes each
-
-    size_t Colours(size_t enough) const; // counts no further than that
-    // The pixels within edges in hundredths of the width and the height.
-    std::vector<unsigned char> Part(int left, int top, int right, int bottom) const;
-};
-
-// Empty when the file cannot be read as a picture.
-Image ReadImage(const std::wstring& path);
+// Empty when the file cannot be read.
+std::string ReadBytes(const std::wstring& path);
 
 } // namespace dax::test
