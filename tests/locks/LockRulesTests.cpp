@@ -103,8 +103,12 @@ TEST(LockRules, DatesComeAsTextToo) {
                             u"2026/2/28 1:05:09 PM", u"2026.02.28 13.05.09"})
         EXPECT_EQ(LockRules::ToDate(text), (DateTime{2026, 2, 28, 13, 5, 9})) << ToUtf8(text);
     EXPECT_EQ(LockRules::ToDate(Text(u"2026-02-28")), (DateTime{2026, 2, 28}));
+    EXPECT_EQ(LockRules::ToDate(Text(u"2026.12.31 23.59.59")), (DateTime{2026, 12, 31, 23, 59, 59}));
+    EXPECT_EQ(LockRules::ToDate(Text(u"2026.01.01 0.0")), (DateTime{2026, 1, 1}));
     for (const Text text :
-         {u"", u"yesterday", u"2026-13-01", u"2026-02-28 25:00:00", u"1 2 3 4 5 6 7", u"99999999999999999999-01-01"})
+         {u"", u"yesterday", u"2026-13-01", u"2026-02-28 25:00:00", u"1 2 3 4 5 6 7", u"99999999999999999999-01-01",
+          u"2026.02.28 24.00.00", u"2026.02.28 23.60.00", u"2026.02.28 23.00.60", u"2026.00.10", u"2026.13.01",
+          u"2026.01.00", u"2026.01.32", u"2026.01"})
         EXPECT_FALSE(LockRules::ToDate(text)) << ToUtf8(text);
 }
 
