@@ -8,9 +8,15 @@
 
 #include <ocidl.h>
 
+#include <concepts>
 #include <type_traits>
 
 namespace dax {
+
+template <typename Interface>
+Interface* ToInterface(ComPtr<Interface> object) {
+    return object.Detach();
+}
 
 // An object of one of the library's classes. Runs on one thread, as its apartment promises.
 class ClassObject : public IProvideClassInfo2, public ISupportErrorInfo {
@@ -54,24 +60,27 @@ protected:
     }
 
     // What every documented member runs inside.
-    template <typename Action>
-    HRESULT Run(Action&& action) noexcept {
+    template <std::invocable Action>
+    HRESULT Call(Action&& action) noexcept {
         return Guard([&] {
             EnsureReady();
             action();
         });
     }
 
-    // The same for a member with a result.
-    template <typename Result, typename Action>
-    HRESULT Answer(Result* result, Action&& action) noexcept {
+    // The same for a member with a result. What is no pointer to an interface becomes one by an overload of
+    // ToInterface.
+    template <typename Result, std::invocable Action>
+    HRESULT Get(Result* result, Action&& action) noexcept {
         if (!result) return E_POINTER;
         *result = {};
-        return Run([&] {
+        return Call([&] {
             if constexpr (std::is_same_v<Result, BSTR>)
                 *result = ToBstr(action());
             else if constexpr (std::is_same_v<Result, VARIANT_BOOL>)
                 *result = action() ? VARIANT_TRUE : VARIANT_FALSE;
+            else if constexpr (std::is_pointer_v<Result> && !std::is_pointer_v<decltype(action())>)
+                *result = ToInterface(action());
             else
                 *result = static_cast<Result>(action());
         });
@@ -98,7 +107,7 @@ private:
 
 // An object with the dual interface `Interface`; `Base` is ClassObject or something on top of it.
 template <typename Interface, typename Base = ClassObject>
-class Automation : public Interface, public Base {
+class DualObject : public Interface, public Base {
 public:
     STDMETHODIMP QueryInterface(REFIID iid, void** object) override { return this->FindInterface(iid, object); }
     STDMETHODIMP_(ULONG) AddRef() override { return this->AddReference(); }
@@ -132,7 +141,7 @@ public:
 
 protected:
     template <typename... Arguments>
-    explicit Automation(const ClassEntry& entry, Arguments&&... arguments)
+    explicit DualObject(const ClassEntry& entry, Arguments&&... arguments)
         : Base(entry, std::forward<Arguments>(arguments)...), typeInfo(Module::TypeInfo(*entry.defaultInterface)) {}
 
     void* Find(REFIID iid) override {

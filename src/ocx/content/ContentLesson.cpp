@@ -18,35 +18,30 @@ using LessonStateRef = std::shared_ptr<LessonState>;
 const ClassEntry storyboardsEntry{&CLSID_Storyboards, &IID__Storyboards, nullptr, L"Storyboards", L"", nullptr, 0};
 const ClassEntry mapsEntry{&CLSID_StoryboardMaps, &IID__StoryboardMaps, nullptr, L"StoryboardMaps", L"", nullptr, 0};
 
-template <typename Face>
-IDispatch* GivenObject(const std::shared_ptr<Face>& face) {
-    return Given(HostObjectOf(face));
-}
-
-class StoryboardsObject final : public Automation<_Storyboards> {
+class StoryboardsObject final : public DualObject<_Storyboards> {
 public:
-    explicit StoryboardsObject(LessonStateRef state) : Automation(storyboardsEntry), state(std::move(state)) {}
+    explicit StoryboardsObject(LessonStateRef state) : DualObject(storyboardsEntry), state(std::move(state)) {}
 
     STDMETHODIMP get_Count(LONG* value) override {
-        return Answer(value, [this] { return Storyboards().Count(); });
+        return Get(value, [this] { return Storyboards().Count(); });
     }
     STDMETHODIMP get_Item(BSTR sbid, IDispatch** value) override {
-        return Answer(value, [&] { return GivenObject(Storyboards().Item(FromBstr(sbid))); });
+        return Get(value, [&] { return Storyboards().Item(FromBstr(sbid)); });
     }
     STDMETHODIMP Add(IDispatch* storyboard) override {
-        return Run([&] {
+        return Call([&] {
             const auto held = HoldStoryboard(storyboard);
             Storyboards().Add(held);
         });
     }
     STDMETHODIMP Remove(BSTR sbid) override {
-        return Run([&] {
+        return Call([&] {
             const auto collection = state->lesson->Storyboards(); // the storyboard's end may come back here
             collection->Remove(FromBstr(sbid));
         });
     }
     STDMETHODIMP get__NewEnum(IUnknown** value) override {
-        return Answer(value, [this] {
+        return Get(value, [this] {
             std::vector<ComPtr<IDispatch>> objects;
             for (const auto& each : Storyboards().All()) objects.emplace_back(HostObjectOf(each));
             return EnumerateObjects(std::move(objects));
@@ -59,35 +54,35 @@ private:
     const LessonStateRef state;
 };
 
-class MapsObject final : public Automation<_StoryboardMaps> {
+class MapsObject final : public DualObject<_StoryboardMaps> {
 public:
-    explicit MapsObject(LessonStateRef state) : Automation(mapsEntry), state(std::move(state)) {}
+    explicit MapsObject(LessonStateRef state) : DualObject(mapsEntry), state(std::move(state)) {}
 
     STDMETHODIMP get_Count(LONG* value) override {
-        return Answer(value, [this] { return Maps()->Count(); });
+        return Get(value, [this] { return Maps()->Count(); });
     }
     STDMETHODIMP get_Item(VARIANT indexOrName, IDispatch** value) override {
-        return Answer(value, [&] {
+        return Get(value, [&] {
             const Value wanted = ToValue(indexOrName);
-            if (const auto* name = std::get_if<Text>(&wanted)) return GivenObject(Maps()->Item(*name));
+            if (const auto* name = std::get_if<Text>(&wanted)) return Maps()->Item(*name);
             const Value number = ToValue(indexOrName, int64_t{});
             const auto* index = std::get_if<int64_t>(&number);
             if (!index) throw Error(ErrorNumbers::TypeMismatch, u"A map is given by its number or its name.");
-            return GivenObject(Maps()->Item(static_cast<int32_t>(*index)));
+            return Maps()->Item(static_cast<int32_t>(*index));
         });
     }
     STDMETHODIMP Add(IDispatch* map) override {
-        return Run([&] { Maps()->Add(HoldMap(map)); });
+        return Call([&] { Maps()->Add(HoldMap(map)); });
     }
     STDMETHODIMP get_DefaultMap(IDispatch** value) override {
-        return Answer(value, [this] { return GivenObject(Maps()->DefaultMap()); });
+        return Get(value, [this] { return Maps()->DefaultMap(); });
     }
     STDMETHODIMP put_DefaultMap(IDispatch* value) override { return putref_DefaultMap(value); }
     STDMETHODIMP putref_DefaultMap(IDispatch* value) override {
-        return Run([&] { Maps()->SetDefaultMap(value ? HoldMap(value) : nullptr); });
+        return Call([&] { Maps()->SetDefaultMap(value ? HoldMap(value) : nullptr); });
     }
     STDMETHODIMP get__NewEnum(IUnknown** value) override {
-        return Answer(value, [this] {
+        return Get(value, [this] {
             const auto maps = Maps();
             std::vector<ComPtr<IDispatch>> objects;
             objects.reserve(static_cast<size_t>(maps->Count()));
@@ -118,30 +113,30 @@ std::shared_ptr<ContentLesson> WithObjects(const ContentLesson& read) {
     return lesson;
 }
 
-class LessonObject final : public Automation<_Lesson> {
+class LessonObject final : public DualObject<_Lesson> {
 public:
-    explicit LessonObject(const ClassEntry& entry) : Automation(entry) {}
+    explicit LessonObject(const ClassEntry& entry) : DualObject(entry) {}
 
     STDMETHODIMP get_Maps(_StoryboardMaps** value) override {
-        return Answer(value, [this] { return new MapsObject(state); });
+        return Get(value, [this] { return new MapsObject(state); });
     }
     STDMETHODIMP get_Storyboards(_Storyboards** value) override {
-        return Answer(value, [this] { return new StoryboardsObject(state); });
+        return Get(value, [this] { return new StoryboardsObject(state); });
     }
     STDMETHODIMP get_CurrentSBID(BSTR* value) override {
-        return Answer(value, [this] { return state->lesson->CurrentSBID(); });
+        return Get(value, [this] { return state->lesson->CurrentSBID(); });
     }
     STDMETHODIMP put_CurrentSBID(BSTR value) override {
-        return Run([&] { state->lesson->SetCurrentSBID(FromBstr(value)); });
+        return Call([&] { state->lesson->SetCurrentSBID(FromBstr(value)); });
     }
     STDMETHODIMP Load(BSTR lessonText) override {
-        return Run([&] {
+        return Call([&] {
             auto loaded = WithObjects(*LessonText::Load(FromBstr(lessonText)));
             const auto before = std::exchange(state->lesson, std::move(loaded)); // goes last: it may come back here
         });
     }
     STDMETHODIMP Save(BSTR* lessonText) override {
-        return Answer(lessonText, [this] {
+        return Get(lessonText, [this] {
             const auto lesson = state->lesson;
             return LessonText::Save(*lesson);
         });

@@ -3,7 +3,7 @@
 
 #include "ContentObjects.h"
 
-#include "com/ClassObject.h"
+#include "com/Forwarding.h"
 #include "content/ContentLesson.h"
 #include "ocx/latebound/ContentLessonAdapters.h"
 
@@ -19,12 +19,5 @@ std::shared_ptr<StoryboardMap> HoldMap(IDispatch* object);
 // A new automation object round one that was read from a text, held likewise.
 std::shared_ptr<Storyboard> HoldNewStoryboard(std::shared_ptr<ContentStoryboard> storyboard);
 std::shared_ptr<StoryboardMap> HoldNewMap(std::shared_ptr<ContentMap> map);
-
-// A counted reference for a host to receive; null for null.
-template <typename Interface>
-Interface* Given(Interface* object) {
-    if (object) object->AddRef();
-    return object;
-}
 
 } // namespace dax

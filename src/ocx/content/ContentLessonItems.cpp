@@ -7,7 +7,7 @@ namespace dax {
 
 namespace {
 
-// By these our own objects know each other, whatever else a host has handed in.
+// Private IIDs that identify this library's objects among those that a host passes.
 constexpr IID ownStoryboardID{0x41ea4f92, 0xa57e, 0x4277, {0x93, 0x96, 0x8d, 0xa9, 0x35, 0x3d, 0x67, 0xb4}};
 constexpr IID ownMapID{0xdddb5e0e, 0x8e23, 0x420d, {0xa4, 0x9c, 0x44, 0x73, 0x83, 0x5a, 0x49, 0xbd}};
 
@@ -35,35 +35,22 @@ private:
 using StoryboardHolder = Holder<ContentStoryboard, ownStoryboardID>;
 using MapHolder = Holder<ContentMap, ownMapID>;
 
-class StoryboardObject final : public Automation<_Storyboard, StoryboardHolder> {
+class StoryboardObject final : public Forwarding<DualObject<_Storyboard, StoryboardHolder>, ContentStoryboard> {
 public:
     StoryboardObject(const ClassEntry& entry, std::shared_ptr<ContentStoryboard> storyboard)
-        : Automation(entry, std::move(storyboard)) {}
+        : Forwarding(entry, std::move(storyboard)) {}
 
-    STDMETHODIMP get_SBID(BSTR* value) override {
-        return Answer(value, [this] { return Inside()->SBID(); });
-    }
-    STDMETHODIMP put_SBID(BSTR value) override {
-        return Run([&] { Inside()->SetSBID(FromBstr(value)); });
-    }
-    STDMETHODIMP get_Title(BSTR* value) override {
-        return Answer(value, [this] { return Inside()->Title(); });
-    }
-    STDMETHODIMP put_Title(BSTR value) override {
-        return Run([&] { Inside()->SetTitle(FromBstr(value)); });
-    }
-    STDMETHODIMP get_Identifier(BSTR* value) override {
-        return Answer(value, [this] { return Inside()->Identifier(); });
-    }
-    STDMETHODIMP put_Identifier(BSTR value) override {
-        return Run([&] { Inside()->SetIdentifier(FromBstr(value)); });
-    }
-    STDMETHODIMP get_StoryboardType(BSTR* value) override {
-        return Answer(value, [this] { return Inside()->StoryboardType(); });
-    }
-    STDMETHODIMP put_StoryboardType(BSTR value) override {
-        return Run([&] { Inside()->SetStoryboardType(FromBstr(value)); });
-    }
+    STDMETHODIMP get_SBID(BSTR* value) override { return Get(value, &Core::SBID); }
+    STDMETHODIMP put_SBID(BSTR value) override { return Put(&Core::SetSBID, value); }
+    STDMETHODIMP get_Title(BSTR* value) override { return Get(value, &Core::Title); }
+    STDMETHODIMP put_Title(BSTR value) override { return Put(&Core::SetTitle, value); }
+    STDMETHODIMP get_Identifier(BSTR* value) override { return Get(value, &Core::Identifier); }
+    STDMETHODIMP put_Identifier(BSTR value) override { return Put(&Core::SetIdentifier, value); }
+    STDMETHODIMP get_StoryboardType(BSTR* value) override { return Get(value, &Core::StoryboardType); }
+    STDMETHODIMP put_StoryboardType(BSTR value) override { return Put(&Core::SetStoryboardType, value); }
+
+private:
+    Core& Target() const override { return *Inside(); }
 };
 
 // The nodes of a host's tree, as a map fills and reads them. A reference is the place in `held`, counted from 1.
@@ -111,29 +98,28 @@ private:
     mutable std::vector<HostObject> held;
 };
 
-class MapObject final : public Automation<_StoryboardMap, MapHolder> {
+class MapObject final : public Forwarding<DualObject<_StoryboardMap, MapHolder>, ContentMap> {
 public:
-    MapObject(const ClassEntry& entry, std::shared_ptr<ContentMap> map) : Automation(entry, std::move(map)) {}
+    MapObject(const ClassEntry& entry, std::shared_ptr<ContentMap> map) : Forwarding(entry, std::move(map)) {}
 
-    STDMETHODIMP get_Name(BSTR* value) override {
-        return Answer(value, [this] { return Inside()->Name(); });
-    }
-    STDMETHODIMP put_Name(BSTR value) override {
-        return Run([&] { Inside()->SetName(FromBstr(value)); });
-    }
+    STDMETHODIMP get_Name(BSTR* value) override { return Get(value, &Core::Name); }
+    STDMETHODIMP put_Name(BSTR value) override { return Put(&Core::SetName, value); }
     STDMETHODIMP FillTree(IDispatch* nodes, IDispatch* mapRoot) override {
-        return Run([&] {
+        return Call([&] {
             if (!nodes) throw Error(ErrorNumbers::InvalidCall, u"The nodes to be filled are missing.");
             HostNodes tree(nodes, mapRoot);
             Inside()->FillTree(tree, tree.Root());
         });
     }
     STDMETHODIMP ReadLayout(IDispatch* mapRoot) override {
-        return Run([&] {
+        return Call([&] {
             const HostNodes tree(nullptr, mapRoot);
             Inside()->ReadLayout(tree, tree.Root());
         });
     }
+
+private:
+    Core& Target() const override { return *Inside(); }
 };
 
 // Held by a lesson: the host's reference, and straight access to what stands behind it.
@@ -170,21 +156,6 @@ const ClassEntry& EntryOf(const CLSID& clsid) {
     throw ComError(CLASS_E_CLASSNOTAVAILABLE);
 }
 
-// The own object behind a reference, or null.
-template <typename Core>
-ComPtr<Own<Core>> OwnObject(IDispatch* object, const IID& iid) {
-    ComPtr<Own<Core>> own;
-    if (FAILED(object->QueryInterface(iid, own.OutVoid()))) return {};
-    return own;
-}
-
-template <typename Interface>
-ComPtr<IDispatch> Adopted(Interface* object) { // whose first reference is ours
-    const ComPtr<IDispatch> result(object);
-    object->Release();
-    return result;
-}
-
 } // namespace
 
 IUnknown* CreateStoryboard(const ClassEntry& entry) {
@@ -197,25 +168,25 @@ IUnknown* CreateStoryboardMap(const ClassEntry& entry) {
 
 std::shared_ptr<Storyboard> HoldStoryboard(IDispatch* object) {
     if (!object) throw Error(ErrorNumbers::InvalidCall, u"There is no storyboard to add.");
-    if (const auto own = OwnObject<ContentStoryboard>(object, ownStoryboardID))
+    if (const auto own = Query<Own<ContentStoryboard>>(object, ownStoryboardID))
         return std::make_shared<OwnStoryboard>(object, own->Inside());
     return std::make_shared<HostStoryboard>(object);
 }
 
 std::shared_ptr<StoryboardMap> HoldMap(IDispatch* object) {
     if (!object) throw Error(ErrorNumbers::InvalidCall, u"There is no map to add.");
-    if (const auto own = OwnObject<ContentMap>(object, ownMapID))
+    if (const auto own = Query<Own<ContentMap>>(object, ownMapID))
         return std::make_shared<OwnMap>(object, own->Inside());
     return std::make_shared<HostMap>(object, nullptr);
 }
 
 std::shared_ptr<Storyboard> HoldNewStoryboard(std::shared_ptr<ContentStoryboard> storyboard) {
-    const auto object = Adopted(static_cast<_Storyboard*>(new StoryboardObject(EntryOf(CLSID_Storyboard), storyboard)));
+    const ComPtr<IDispatch> object = MakeCom<StoryboardObject>(EntryOf(CLSID_Storyboard), storyboard);
     return std::make_shared<OwnStoryboard>(object.Get(), std::move(storyboard));
 }
 
 std::shared_ptr<StoryboardMap> HoldNewMap(std::shared_ptr<ContentMap> map) {
-    const auto object = Adopted(static_cast<_StoryboardMap*>(new MapObject(EntryOf(CLSID_StoryboardMap), map)));
+    const ComPtr<IDispatch> object = MakeCom<MapObject>(EntryOf(CLSID_StoryboardMap), map);
     return std::make_shared<OwnMap>(object.Get(), std::move(map));
 }
 

@@ -14,18 +14,18 @@ namespace dax {
 
 namespace {
 
-class UtilityObject final : public Automation<_Utility> {
+class UtilityObject final : public DualObject<_Utility> {
 public:
-    explicit UtilityObject(const ClassEntry& entry) : Automation(entry) {}
+    explicit UtilityObject(const ClassEntry& entry) : DualObject(entry) {}
 
     STDMETHODIMP NewIdentifier(BSTR* identifier) override {
-        return Answer(identifier, [] { return dax::Utility::NewIdentifier(); });
+        return Get(identifier, [] { return dax::Utility::NewIdentifier(); });
     }
 };
 
 IUnknown* CreateUtility(const ClassEntry& entry) { return static_cast<_Utility*>(new UtilityObject(entry)); }
 
-IUnknown* CreatePropertyCollection(const ClassEntry&) { return NewPropertyCollectionObject(NewPropertyCollection()); }
+IUnknown* CreatePropertyCollection(const ClassEntry&) { return ToInterface(NewPropertyCollection()); }
 
 const ClassEntry classes[] = {
     {&CLSID_Utility, &IID__Utility, nullptr, L"Utility", L"DAX content utility", CreateUtility, 0},

@@ -9,6 +9,6 @@
 namespace dax {
 
 // Returns one reference; null for null. Changes through the object are changes of `properties`.
-IDispatch* NewPropertyCollectionObject(std::shared_ptr<PropertyCollection> properties);
+IDispatch* ToInterface(std::shared_ptr<PropertyCollection> properties);
 
 } // namespace dax

@@ -32,18 +32,18 @@ ModuleConstants ReadModule() {
     return result;
 }
 
-class ConstantsObject final : public Automation<_Constants> {
+class ConstantsObject final : public DualObject<_Constants> {
 public:
-    explicit ConstantsObject(const ClassEntry& entry) : Automation(entry) {}
+    explicit ConstantsObject(const ClassEntry& entry) : DualObject(entry) {}
 
     STDMETHODIMP get_OCXPath(BSTR* value) override {
-        return Answer(value, [] { return ReadModule().OCXPath(); });
+        return Get(value, [] { return ReadModule().OCXPath(); });
     }
     STDMETHODIMP get_OCXVersion(BSTR* value) override {
-        return Answer(value, [] { return ReadModule().OCXVersion(); });
+        return Get(value, [] { return ReadModule().OCXVersion(); });
     }
     STDMETHODIMP get_OCXFilename(BSTR* value) override {
-        return Answer(value, [] { return ReadModule().OCXFilename(); });
+        return Get(value, [] { return ReadModule().OCXFilename(); });
     }
 };
 

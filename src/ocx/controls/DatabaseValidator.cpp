@@ -8,52 +8,35 @@ namespace dax {
 
 namespace {
 
-class DatabaseValidatorControl final : public ControlOf<_DatabaseValidator, DatabaseValidatorWindow> {
+class DatabaseValidatorControl final
+    : public ControlOf<_DatabaseValidator, DatabaseValidatorWindow, dax::DatabaseValidator> {
 public:
     explicit DatabaseValidatorControl(const ClassEntry& entry) : ControlOf(entry) {
         changedListener = validator->Changed.Add([this] { ViewChanged(); });
     }
 
-    STDMETHODIMP get_CommonConnectionString(BSTR* value) override {
-        return Answer(value, [this] { return validator->CommonConnectionString(); });
-    }
-    STDMETHODIMP get_DataConnectionString(BSTR* value) override {
-        return Answer(value, [this] { return validator->DataConnectionString(); });
-    }
-    STDMETHODIMP get_CatalogName(BSTR* value) override {
-        return Answer(value, [this] { return validator->CatalogName(); });
-    }
-    STDMETHODIMP get_MDBMode(VARIANT_BOOL* value) override {
-        return Answer(value, [this] { return validator->MDBMode(); });
-    }
-    STDMETHODIMP get_ErrorType(::ValidationErrorTypes* value) override {
-        return Answer(value, [this] { return validator->ErrorType(); });
-    }
-    STDMETHODIMP get_ErrorNumber(LONG* value) override {
-        return Answer(value, [this] { return validator->ErrorNumber(); });
-    }
-    STDMETHODIMP get_ErrorDescription(BSTR* value) override {
-        return Answer(value, [this] { return validator->ErrorDescription(); });
-    }
+    STDMETHODIMP get_CommonConnectionString(BSTR* value) override { return Get(value, &Core::CommonConnectionString); }
+    STDMETHODIMP get_DataConnectionString(BSTR* value) override { return Get(value, &Core::DataConnectionString); }
+    STDMETHODIMP get_CatalogName(BSTR* value) override { return Get(value, &Core::CatalogName); }
+    STDMETHODIMP get_MDBMode(VARIANT_BOOL* value) override { return Get(value, &Core::MDBMode); }
+    STDMETHODIMP get_ErrorType(::ValidationErrorTypes* value) override { return Get(value, &Core::ErrorType); }
+    STDMETHODIMP get_ErrorNumber(LONG* value) override { return Get(value, &Core::ErrorNumber); }
+    STDMETHODIMP get_ErrorDescription(BSTR* value) override { return Get(value, &Core::ErrorDescription); }
 
     STDMETHODIMP ValidateDataConnection(BSTR connection, BSTR catalog, VARIANT_BOOL isMDB,
                                         VARIANT_BOOL* isValid) override {
-        return Answer(isValid, [&] {
-            return validator->ValidateDataConnection(FromBstr(connection), FromBstr(catalog), isMDB != VARIANT_FALSE);
-        });
+        return Get(isValid, &Core::ValidateDataConnection, connection, catalog, isMDB);
     }
     STDMETHODIMP ValidateSupportsTalk(BSTR connection, VARIANT_BOOL* isSupported) override {
-        return Answer(isSupported, [&] { return validator->ValidateSupportsTalk(FromBstr(connection)); });
+        return Get(isSupported, &Core::ValidateSupportsTalk, connection);
     }
     STDMETHODIMP ValidateCommonConnection(BSTR connection, BSTR dataSource, BSTR catalog, BSTR user,
                                           VARIANT_BOOL* isValid) override {
-        return Answer(isValid, [&] {
-            return validator->ValidateCommonConnection(FromBstr(connection), FromBstr(dataSource), FromBstr(catalog),
-                                                       FromBstr(user));
-        });
+        return Get(isValid, &Core::ValidateCommonConnection, connection, dataSource, catalog, user);
     }
 
 private:
+    Core& Target() const override { return *validator; }
     ~DatabaseValidatorControl() override = default;
 
     const std::shared_ptr<dax::DatabaseValidator> validator = View().Validator();

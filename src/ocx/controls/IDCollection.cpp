@@ -33,33 +33,33 @@ VARIANT GiveText(const Text& text) {
 
 using TextEnumerator = Enumerator<IEnumVARIANT, IID_IEnumVARIANT, VARIANT, Text, GiveText>;
 
-class IDCollectionObject final : public Automation<_IDCollection> {
+class IDCollectionObject final : public DualObject<_IDCollection> {
 public:
     explicit IDCollectionObject(IDCollection collected)
-        : Automation(collectionClass), identifiers(std::move(collected)) {
+        : DualObject(collectionClass), identifiers(std::move(collected)) {
         for (const Text& id : identifiers) places.push_back(&id);
     }
 
     bool Contains(const Text& id) const { return identifiers.Contains(id); }
 
     STDMETHODIMP get_Count(LONG* value) override {
-        return Answer(value, [this] { return places.size(); });
+        return Get(value, [this] { return places.size(); });
     }
     STDMETHODIMP get_Item(VARIANT index, BSTR* value) override {
-        return Answer(value, [&] {
+        return Get(value, [&] {
             const Variant plain = PlainOf(index);
             return plain.vt == VT_BSTR ? KeyFrom(plain) : *places[PlaceFrom(plain)];
         });
     }
     STDMETHODIMP get__NewEnum(IUnknown** value) override {
-        return Answer(value, [this] {
+        return Get(value, [this] {
             IEnumVARIANT* result = nullptr;
             Check(TextEnumerator::Create({identifiers.begin(), identifiers.end()}, &result));
             return result;
         });
     }
     STDMETHODIMP Add(BSTR identifier, VARIANT key) override {
-        return Run([&] {
+        return Call([&] {
             const Text id = FromBstr(identifier);
             if (!IsLeftOut(key) && TextFrom(PlainOf(key)) != id)
                 throw Error(ErrorNumbers::InvalidCall, u"The key of an identifier must be the identifier itself.");
@@ -70,7 +70,7 @@ public:
         });
     }
     STDMETHODIMP Remove(VARIANT index) override {
-        return Run([&] {
+        return Call([&] {
             const Variant plain = PlainOf(index);
             const Text id = plain.vt == VT_BSTR ? KeyFrom(plain) : *places[PlaceFrom(plain)];
             places.erase(std::find_if(places.begin(), places.end(), [&](const Text* each) { return *each == id; }));
@@ -80,7 +80,7 @@ public:
 
 private:
     void* Find(REFIID iid) override {
-        return iid == OwnCollection ? static_cast<_IDCollection*>(this) : Automation::Find(iid);
+        return iid == OwnCollection ? static_cast<_IDCollection*>(this) : DualObject::Find(iid);
     }
 
     Text KeyFrom(const Variant& index) const {
@@ -227,9 +227,7 @@ private:
 
 } // namespace
 
-_IDCollection* NewIDCollectionObject(IDCollection identifiers) {
-    return new IDCollectionObject(std::move(identifiers));
-}
+_IDCollection* ToInterface(IDCollection identifiers) { return new IDCollectionObject(std::move(identifiers)); }
 
 std::shared_ptr<KeyedCollection> KeysOf(IDispatch* collection) {
     return collection ? std::make_shared<HostsKeys>(collection) : nullptr;

@@ -10,7 +10,7 @@
 namespace dax {
 
 // Returns one reference.
-_IDCollection* NewIDCollectionObject(IDCollection identifiers);
+_IDCollection* ToInterface(IDCollection identifiers);
 
 // A host's collection, null for null; nothing is asked of it before the first key is. One of ours, live; a dictionary,
 // by Exists; whatever has an Item, by its key: a failure that says that there is no such item, and an item that is

@@ -7,27 +7,21 @@ namespace dax {
 
 namespace {
 
-class LessonInfoControl final : public ControlOf<_LessonInfo, LessonInfoWindow> {
+class LessonInfoControl final : public ControlOf<_LessonInfo, LessonInfoWindow, LessonInfo> {
 public:
     explicit LessonInfoControl(const ClassEntry& entry) : ControlOf(entry) {}
 
-    STDMETHODIMP get_ShowIdentifier(VARIANT_BOOL* value) override {
-        return Answer(value, [this] { return info->ShowIdentifier(); });
-    }
-    STDMETHODIMP put_ShowIdentifier(VARIANT_BOOL value) override {
-        return Run([&] {
-            info->SetShowIdentifier(value != VARIANT_FALSE);
-            ViewChanged();
-        });
-    }
+    STDMETHODIMP get_ShowIdentifier(VARIANT_BOOL* value) override { return Get(value, &Core::ShowIdentifier); }
+    STDMETHODIMP put_ShowIdentifier(VARIANT_BOOL value) override { return Change(&Core::SetShowIdentifier, value); }
     STDMETHODIMP UpdateFrom(_GroupEditor* ge) override {
-        return Run([&] {
+        return Call([&] {
             info->UpdateFrom(HierarchyOf(ge).get());
             ViewChanged();
         });
     }
 
 private:
+    Core& Target() const override { return *info; }
     const std::shared_ptr<LessonInfo> info = View().Info();
 };
 

@@ -9,29 +9,26 @@ namespace {
 
 constexpr DISPID PanelErrorEvent = 1;
 
-class LockInfoControl final : public ControlOf<_LockInfo, LockInfoWindow> {
+class LockInfoControl final : public ControlOf<_LockInfo, LockInfoWindow, LockInfo> {
 public:
     explicit LockInfoControl(const ClassEntry& entry) : ControlOf(entry) {
         errorListener = info->Error.Add([this](int32_t number, const Text& description) {
-            Fire(PanelErrorEvent, {Variant(number), Variant(description)});
+            Fire(PanelErrorEvent, {number, description});
         });
     }
 
     STDMETHODIMP UpdateFrom(_GroupEditor* ge) override {
-        return Run([&] {
+        return Call([&] {
             const auto editor = HierarchyOf(ge); // a listener of Error may release its control
             info->UpdateFrom(editor.get());
             ViewChanged();
         });
     }
-    STDMETHODIMP get_LockCount(LONG* value) override {
-        return Answer(value, [this] { return info->LockCount(); });
-    }
-    STDMETHODIMP get_ConnectionString(BSTR* value) override {
-        return Answer(value, [this] { return info->ConnectionString(); });
-    }
+    STDMETHODIMP get_LockCount(LONG* value) override { return Get(value, &Core::LockCount); }
+    STDMETHODIMP get_ConnectionString(BSTR* value) override { return Get(value, &Core::ConnectionString); }
 
 private:
+    Core& Target() const override { return *info; }
     ~LockInfoControl() override = default;
 
     const std::shared_ptr<LockInfo> info = View().Info();

@@ -9,151 +9,80 @@ namespace {
 
 constexpr DISPID SelectionChangedEvent = 1, DeleteRequestEvent = 2, LockErrorEvent = 3;
 
-class LockManagerControl final : public ControlOf<_LockManager, LockManagerWindow> {
+class LockManagerControl final : public ControlOf<_LockManager, LockManagerWindow, dax::LockManager> {
 public:
     explicit LockManagerControl(const ClassEntry& entry) : ControlOf(entry) {
         selectionListener = manager->SelectionChanged.Add(
-            [this](dax::LockDeleteTypes deletable) { Raise(SelectionChangedEvent, {Variant(int32_t{deletable})}); });
+            [this](dax::LockDeleteTypes deletable) { FireChange(SelectionChangedEvent, {deletable}); });
         deleteListener = manager->DeleteRequest.Add(
-            [this](dax::LockDeleteTypes deletable) { Raise(DeleteRequestEvent, {Variant(int32_t{deletable})}); });
+            [this](dax::LockDeleteTypes deletable) { FireChange(DeleteRequestEvent, {deletable}); });
         errorListener = manager->Error.Add([this](int32_t number, const Text& description, const Text& occuredWhen,
                                                   const Text& routine, int32_t& action) {
             long answer = action;
-            Raise(LockErrorEvent, {Variant(number), Variant(description), Variant(occuredWhen), Variant(routine),
-                                   Variant::ByReference(answer)});
+            FireChange(LockErrorEvent, {number, description, occuredWhen, routine, Variant::ByReference(answer)});
             action = answer;
         });
     }
 
-    STDMETHODIMP get_ConnectionString(BSTR* value) override {
-        return Answer(value, [this] { return manager->connectionString; });
-    }
-    STDMETHODIMP put_ConnectionString(BSTR value) override {
-        return Run([&] { manager->connectionString = FromBstr(value); });
-    }
-    STDMETHODIMP get_MDBMode(VARIANT_BOOL* value) override {
-        return Answer(value, [this] { return manager->mdbMode; });
-    }
-    STDMETHODIMP put_MDBMode(VARIANT_BOOL value) override {
-        return Run([&] { manager->mdbMode = value != VARIANT_FALSE; });
-    }
-    STDMETHODIMP get_Username(BSTR* value) override {
-        return Answer(value, [this] { return manager->username; });
-    }
-    STDMETHODIMP put_Username(BSTR value) override {
-        return Run([&] { manager->username = FromBstr(value); });
-    }
-    STDMETHODIMP get_IsAdministrator(VARIANT_BOOL* value) override {
-        return Answer(value, [this] { return manager->isAdministrator; });
-    }
-    STDMETHODIMP put_IsAdministrator(VARIANT_BOOL value) override {
-        return Run([&] { manager->isAdministrator = value != VARIANT_FALSE; });
-    }
-    STDMETHODIMP get_SessionID(BSTR* value) override {
-        return Answer(value, [this] { return manager->sessionID; });
-    }
-    STDMETHODIMP put_SessionID(BSTR value) override {
-        return Run([&] { manager->sessionID = FromBstr(value); });
-    }
-    STDMETHODIMP get_LessonID(BSTR* value) override {
-        return Answer(value, [this] { return manager->lessonID; });
-    }
-    STDMETHODIMP put_LessonID(BSTR value) override {
-        return Run([&] { manager->lessonID = FromBstr(value); });
-    }
+    STDMETHODIMP get_ConnectionString(BSTR* value) override { return Get(value, &Core::connectionString); }
+    STDMETHODIMP put_ConnectionString(BSTR value) override { return Put(&Core::connectionString, value); }
+    STDMETHODIMP get_MDBMode(VARIANT_BOOL* value) override { return Get(value, &Core::mdbMode); }
+    STDMETHODIMP put_MDBMode(VARIANT_BOOL value) override { return Put(&Core::mdbMode, value); }
+    STDMETHODIMP get_Username(BSTR* value) override { return Get(value, &Core::username); }
+    STDMETHODIMP put_Username(BSTR value) override { return Put(&Core::username, value); }
+    STDMETHODIMP get_IsAdministrator(VARIANT_BOOL* value) override { return Get(value, &Core::isAdministrator); }
+    STDMETHODIMP put_IsAdministrator(VARIANT_BOOL value) override { return Put(&Core::isAdministrator, value); }
+    STDMETHODIMP get_SessionID(BSTR* value) override { return Get(value, &Core::sessionID); }
+    STDMETHODIMP put_SessionID(BSTR value) override { return Put(&Core::sessionID, value); }
+    STDMETHODIMP get_LessonID(BSTR* value) override { return Get(value, &Core::lessonID); }
+    STDMETHODIMP put_LessonID(BSTR value) override { return Put(&Core::lessonID, value); }
     STDMETHODIMP get_GroupIDCollection(IDispatch** value) override {
-        return Answer(value, [this] {
-            if (groupObject) groupObject->AddRef();
-            return groupObject.Get();
-        });
+        return Get(value, [this] { return groupObject; });
     }
     STDMETHODIMP put_GroupIDCollection(IDispatch* value) override { return putref_GroupIDCollection(value); }
     STDMETHODIMP putref_GroupIDCollection(IDispatch* value) override {
-        return Run([&] {
+        return Call([&] {
             manager->groupIDCollection = KeysOf(value);
             groupObject = ComPtr<IDispatch>(value);
         });
     }
-    STDMETHODIMP get_LockDisplayType(::LockDisplayTypes* value) override {
-        return Answer(value, [this] { return manager->lockDisplayType; });
-    }
-    STDMETHODIMP put_LockDisplayType(::LockDisplayTypes value) override {
-        return Run([&] { manager->lockDisplayType = static_cast<dax::LockDisplayTypes>(value); });
-    }
-    STDMETHODIMP get_ShowIdentifier(VARIANT_BOOL* value) override {
-        return Answer(value, [this] { return manager->showIdentifier; });
-    }
-    STDMETHODIMP put_ShowIdentifier(VARIANT_BOOL value) override {
-        return Run([&] { manager->showIdentifier = value != VARIANT_FALSE; });
-    }
+    STDMETHODIMP get_LockDisplayType(::LockDisplayTypes* value) override { return Get(value, &Core::lockDisplayType); }
+    STDMETHODIMP put_LockDisplayType(::LockDisplayTypes value) override { return Put(&Core::lockDisplayType, value); }
+    STDMETHODIMP get_ShowIdentifier(VARIANT_BOOL* value) override { return Get(value, &Core::showIdentifier); }
+    STDMETHODIMP put_ShowIdentifier(VARIANT_BOOL value) override { return Put(&Core::showIdentifier, value); }
     STDMETHODIMP get_ExpectNoSessionIDRecords(VARIANT_BOOL* value) override {
-        return Answer(value, [this] { return manager->expectNoSessionIDRecords; });
+        return Get(value, &Core::expectNoSessionIDRecords);
     }
     STDMETHODIMP put_ExpectNoSessionIDRecords(VARIANT_BOOL value) override {
-        return Run([&] { manager->expectNoSessionIDRecords = value != VARIANT_FALSE; });
+        return Put(&Core::expectNoSessionIDRecords, value);
     }
 
-    STDMETHODIMP get_LockCount(LONG* value) override {
-        return Answer(value, [this] { return manager->LockCount(); });
-    }
-    STDMETHODIMP get_DeletableLockCount(LONG* value) override {
-        return Answer(value, [this] { return manager->DeletableLockCount(); });
-    }
-    STDMETHODIMP get_SelectedLockCount(LONG* value) override {
-        return Answer(value, [this] { return manager->SelectedLockCount(); });
-    }
+    STDMETHODIMP get_LockCount(LONG* value) override { return Get(value, &Core::LockCount); }
+    STDMETHODIMP get_DeletableLockCount(LONG* value) override { return Get(value, &Core::DeletableLockCount); }
+    STDMETHODIMP get_SelectedLockCount(LONG* value) override { return Get(value, &Core::SelectedLockCount); }
     STDMETHODIMP get_SelectedDeletableLockCount(LONG* value) override {
-        return Answer(value, [this] { return manager->SelectedDeletableLockCount(); });
+        return Get(value, &Core::SelectedDeletableLockCount);
     }
-    STDMETHODIMP get_InvalidLockCount(LONG* value) override {
-        return Answer(value, [this] { return manager->InvalidLockCount(); });
-    }
-    STDMETHODIMP get_ValidLockCount(LONG* value) override {
-        return Answer(value, [this] { return manager->ValidLockCount(); });
-    }
+    STDMETHODIMP get_InvalidLockCount(LONG* value) override { return Get(value, &Core::InvalidLockCount); }
+    STDMETHODIMP get_ValidLockCount(LONG* value) override { return Get(value, &Core::ValidLockCount); }
     STDMETHODIMP get_SelectedInvalidLockCount(LONG* value) override {
-        return Answer(value, [this] { return manager->SelectedInvalidLockCount(); });
+        return Get(value, &Core::SelectedInvalidLockCount);
     }
-    STDMETHODIMP get_SelectedValidLockCount(LONG* value) override {
-        return Answer(value, [this] { return manager->SelectedValidLockCount(); });
-    }
+    STDMETHODIMP get_SelectedValidLockCount(LONG* value) override { return Get(value, &Core::SelectedValidLockCount); }
     STDMETHODIMP get_SelectedLockDeleteType(::LockDeleteTypes* value) override {
-        return Answer(value, [this] { return manager->SelectedLockDeleteType(); });
+        return Get(value, &Core::SelectedLockDeleteType);
     }
 
-    STDMETHODIMP Refresh() override {
-        return Run([&] {
-            manager->Refresh();
-            ViewChanged();
-        });
-    }
+    STDMETHODIMP Refresh() override { return Change(&Core::Refresh); }
     STDMETHODIMP RebuildDisplay(VARIANT_BOOL autosizeColumns) override {
-        return Run([&] {
-            manager->RebuildDisplay(autosizeColumns != VARIANT_FALSE);
-            ViewChanged();
-        });
+        return Change(&Core::RebuildDisplay, autosizeColumns);
     }
-    STDMETHODIMP AutosizeColumns() override {
-        return Run([&] {
-            manager->AutosizeColumns();
-            ViewChanged();
-        });
-    }
-    STDMETHODIMP DeleteSelected() override {
-        return Run([&] {
-            manager->DeleteSelected();
-            ViewChanged();
-        });
-    }
+    STDMETHODIMP AutosizeColumns() override { return Change(&Core::AutosizeColumns); }
+    STDMETHODIMP DeleteSelected() override { return Change(&Core::DeleteSelected); }
 
 private:
+    Core& Target() const override { return *manager; }
     ~LockManagerControl() override = default;
-
-    void Raise(DISPID event, std::initializer_list<Variant> arguments) {
-        const SelfReference self(*this);
-        ViewChanged();
-        Fire(event, arguments);
-    }
 
     const std::shared_ptr<LockManager> manager = View().Manager();
     ComPtr<IDispatch> groupObject;

@@ -10,79 +10,40 @@ namespace {
 
 constexpr DISPID CatalogChangedEvent = 1;
 
-class SQLDBPickerControl final : public ControlOf<_SQLDBPicker, SQLDBPickerWindow> {
+class SQLDBPickerControl final : public ControlOf<_SQLDBPicker, SQLDBPickerWindow, dax::SQLDBPicker> {
 public:
     explicit SQLDBPickerControl(const ClassEntry& entry) : ControlOf(entry) {
         changedListener =
             picker->CatalogChanged.Add([this](const Text& catalog, const Text& login, const Text& password,
                                               const Text& title, const Text& description) {
-                const SelfReference self(*this);
-                ViewChanged();
-                Fire(CatalogChangedEvent,
-                     {Variant(catalog), Variant(login), Variant(password), Variant(title), Variant(description)});
+                FireChange(CatalogChangedEvent, {catalog, login, password, title, description});
             });
     }
 
-    STDMETHODIMP get_ConnectionString(BSTR* value) override {
-        return Answer(value, [this] { return picker->ConnectionString(); });
-    }
-    STDMETHODIMP get_DBCatalog(BSTR* value) override {
-        return Answer(value, [this] { return picker->DBCatalog(); });
-    }
-    STDMETHODIMP get_DBUsername(BSTR* value) override {
-        return Answer(value, [this] { return picker->DBUsername(); });
-    }
-    STDMETHODIMP get_DBPassword(BSTR* value) override {
-        return Answer(value, [this] { return picker->DBPassword(); });
-    }
-    STDMETHODIMP get_Title(BSTR* value) override {
-        return Answer(value, [this] { return picker->Title(); });
-    }
-    STDMETHODIMP get_DefaultCatalog(BSTR* value) override {
-        return Answer(value, [this] { return picker->DefaultCatalog(); });
-    }
-    STDMETHODIMP get_Username(BSTR* value) override {
-        return Answer(value, [this] { return picker->Username(); });
-    }
-    STDMETHODIMP get_IsAdmin(VARIANT_BOOL* value) override {
-        return Answer(value, [this] { return picker->IsAdmin(); });
-    }
-    STDMETHODIMP get_IsReadOnly(VARIANT_BOOL* value) override {
-        return Answer(value, [this] { return picker->IsReadOnly(); });
-    }
-    STDMETHODIMP get_IsSuperuser(VARIANT_BOOL* value) override {
-        return Answer(value, [this] { return picker->IsSuperuser(); });
-    }
-    STDMETHODIMP get_Enabled(VARIANT_BOOL* value) override {
-        return Answer(value, [this] { return picker->Enabled(); });
-    }
-    STDMETHODIMP put_Enabled(VARIANT_BOOL value) override {
-        return Run([&] {
-            picker->SetEnabled(value != VARIANT_FALSE);
-            ViewChanged();
-        });
-    }
+    STDMETHODIMP get_ConnectionString(BSTR* value) override { return Get(value, &Core::ConnectionString); }
+    STDMETHODIMP get_DBCatalog(BSTR* value) override { return Get(value, &Core::DBCatalog); }
+    STDMETHODIMP get_DBUsername(BSTR* value) override { return Get(value, &Core::DBUsername); }
+    STDMETHODIMP get_DBPassword(BSTR* value) override { return Get(value, &Core::DBPassword); }
+    STDMETHODIMP get_Title(BSTR* value) override { return Get(value, &Core::Title); }
+    STDMETHODIMP get_DefaultCatalog(BSTR* value) override { return Get(value, &Core::DefaultCatalog); }
+    STDMETHODIMP get_Username(BSTR* value) override { return Get(value, &Core::Username); }
+    STDMETHODIMP get_IsAdmin(VARIANT_BOOL* value) override { return Get(value, &Core::IsAdmin); }
+    STDMETHODIMP get_IsReadOnly(VARIANT_BOOL* value) override { return Get(value, &Core::IsReadOnly); }
+    STDMETHODIMP get_IsSuperuser(VARIANT_BOOL* value) override { return Get(value, &Core::IsSuperuser); }
+    STDMETHODIMP get_Enabled(VARIANT_BOOL* value) override { return Get(value, &Core::Enabled); }
+    STDMETHODIMP put_Enabled(VARIANT_BOOL value) override { return Change(&Core::SetEnabled, value); }
 
     STDMETHODIMP LoadPicker(BSTR connectionString, BSTR username, BSTR defaultCatalog,
                             VARIANT_BOOL* isLoaded) override {
-        return Answer(isLoaded, [&] {
-            return picker->LoadPicker(FromBstr(connectionString), FromBstr(username), FromBstr(defaultCatalog));
-        });
+        return Get(isLoaded, &Core::LoadPicker, connectionString, username, defaultCatalog);
     }
-    STDMETHODIMP Clear() override {
-        return Run([this] {
-            picker->Clear();
-            ViewChanged();
-        });
-    }
+    STDMETHODIMP Clear() override { return Change(&Core::Clear); }
     STDMETHODIMP UpdateConnectionHistory(BSTR machineName, BSTR machineIP, BSTR osVersion, BSTR appVersion) override {
-        return Run([&] {
-            picker->UpdateConnectionHistory(FromBstr(machineName), FromBstr(machineIP), FromBstr(osVersion),
-                                            FromBstr(appVersion));
-        });
+        return Call(&Core::UpdateConnectionHistory, machineName, machineIP, osVersion, appVersion);
     }
 
 private:
+    Core& Target() const override { return *picker; }
     ~SQLDBPickerControl() override = default;
 
     const std::shared_ptr<dax::SQLDBPicker> picker = View().Picker();

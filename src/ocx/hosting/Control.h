@@ -2,8 +2,8 @@
 // it only forwards its own properties and methods.
 #pragma once
 
-#include "com/ClassObject.h"
 #include "com/ConnectionPoint.h"
+#include "com/Forwarding.h"
 #include "controls/win32/ControlWindow.h"
 #include "ocx/hosting/HostSite.h"
 #include "ocx/hosting/Pictures.h"
@@ -159,19 +159,43 @@ private:
     bool isReady = false, isDirty = false, isInPlaceActive = false, isUIActive = false;
 };
 
-// A control with the dual interface `Interface` round a window of class `Window`.
-template <typename Interface, typename Window>
-class ControlOf : public Automation<Interface, Control> {
+// A control with the dual interface `Interface` round a window of class `Window`; its members forward to `Core`.
+template <typename Interface, typename Window, typename Core>
+class ControlOf : public Forwarding<DualObject<Interface, Control>, Core> {
 protected:
     explicit ControlOf(const ClassEntry& entry) : ControlOf(entry, std::make_unique<Window>()) {}
 
-    Window& View() { return view; }
+    Window& View() const { return view; }
+
+    // As Call and Get, of members that change what the control shows.
+    template <typename Member, typename... Arguments>
+    HRESULT Change(Member member, const Arguments&... arguments) noexcept {
+        return this->Call([&] {
+            this->Invoke(member, arguments...);
+            this->ViewChanged();
+        });
+    }
+    template <typename Result, typename Member, typename... Arguments>
+    HRESULT GetChange(Result* result, Member member, const Arguments&... arguments) noexcept {
+        return this->Get(result, [&] {
+            auto returned = this->Invoke(member, arguments...);
+            this->ViewChanged();
+            return returned;
+        });
+    }
+
+    // Raises an event that comes with a change of what the control shows.
+    void FireChange(DISPID event, std::initializer_list<Variant> arguments = {}) {
+        const typename Control::SelfReference self(*this);
+        this->ViewChanged();
+        this->Fire(event, arguments);
+    }
 
 private:
     ControlOf(const ClassEntry& entry, std::unique_ptr<Window> created)
         : ControlOf{entry, *created, std::move(created)} {} // braces: in this order
     ControlOf(const ClassEntry& entry, Window& view, std::unique_ptr<ControlWindow> owned)
-        : Automation<Interface, Control>(entry, std::move(owned)), view(view) {}
+        : Forwarding<DualObject<Interface, Control>, Core>(entry, std::move(owned)), view(view) {}
 
     Window& view;
 };

@@ -15,7 +15,7 @@ ComPtr<IDataObject> Control::Snapshot() {
 HRESULT Control::GetClipboardData(DWORD, IDataObject** data) {
     if (!data) return E_POINTER;
     *data = nullptr;
-    return Run([&] {
+    return Call([&] {
         const ComPtr<IDataObject> snapshot = Snapshot();
         *data = snapshot.Get();
         (*data)->AddRef();
@@ -25,14 +25,14 @@ HRESULT Control::GetClipboardData(DWORD, IDataObject** data) {
 HRESULT Control::GetData(FORMATETC* wanted, STGMEDIUM* medium) {
     if (!wanted || !medium) return E_POINTER;
     *medium = {};
-    return Run([&] { Check(Snapshot()->GetData(wanted, medium)); });
+    return Call([&] { Check(Snapshot()->GetData(wanted, medium)); });
 }
 
 HRESULT Control::GetDataHere(FORMATETC*, STGMEDIUM*) { return DV_E_FORMATETC; }
 
 HRESULT Control::QueryGetData(FORMATETC* wanted) {
     HRESULT result = S_OK;
-    const HRESULT asked = Run([&] { result = Snapshot()->QueryGetData(wanted); });
+    const HRESULT asked = Call([&] { result = Snapshot()->QueryGetData(wanted); });
     return FAILED(asked) ? asked : result;
 }
 
@@ -46,7 +46,7 @@ HRESULT Control::GetCanonicalFormatEtc(FORMATETC* wanted, FORMATETC* result) {
 HRESULT Control::EnumFormatEtc(DWORD direction, IEnumFORMATETC** result) {
     if (!result) return E_POINTER;
     *result = nullptr;
-    return Run([&] { Check(Snapshot()->EnumFormatEtc(direction, result)); });
+    return Call([&] { Check(Snapshot()->EnumFormatEtc(direction, result)); });
 }
 
 HRESULT Control::DAdvise(FORMATETC* wanted, DWORD flags, IAdviseSink* sink, DWORD* cookie) {

@@ -18,7 +18,7 @@ HRESULT Control::ActivateInPlace() {
     isInPlaceActive = true;
     host->OnInPlaceActivate();
 
-    const HRESULT result = Run([&] {
+    const HRESULT result = Call([&] {
         HWND parent = nullptr;
         RECT position{}, visible{};
         OLEINPLACEFRAMEINFO info{};

@@ -31,7 +31,7 @@ HRESULT Control::Load(IStream* stream) {
 
 HRESULT Control::Save(IStream* stream, BOOL isClearing) {
     if (!stream) return E_POINTER;
-    return Run([&] {
+    return Call([&] {
         StreamBag bag;
         window->WriteProperties(bag);
         bag.Save(*stream);
@@ -42,7 +42,7 @@ HRESULT Control::Save(IStream* stream, BOOL isClearing) {
 HRESULT Control::GetSizeMax(ULARGE_INTEGER* size) {
     if (!size) return E_POINTER;
     *size = {};
-    return Run([&] {
+    return Call([&] {
         ComPtr<IStream> memory;
         Check(CreateStreamOnHGlobal(nullptr, TRUE, memory.Out()));
         StreamBag bag;
@@ -87,7 +87,7 @@ HRESULT Control::Load(IPropertyBag* hostBag, IErrorLog* log) {
 
 HRESULT Control::Save(IPropertyBag* hostBag, BOOL isClearing, BOOL) {
     if (!hostBag) return E_POINTER;
-    return Run([&] {
+    return Call([&] {
         HostBag bag(*hostBag, nullptr);
         window->WriteProperties(bag);
         if (isClearing) isDirty = false;

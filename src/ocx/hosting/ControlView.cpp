@@ -21,7 +21,7 @@ HRESULT Control::Draw(DWORD aspect, LONG, void*, DVTARGETDEVICE*, HDC, HDC dc, L
                       BOOL(CALLBACK*)(ULONG_PTR), ULONG_PTR) {
     if (aspect != DVASPECT_CONTENT && aspect != DVASPECT_DOCPRINT) return DV_E_DVASPECT;
     if (!bounds || !dc) return E_POINTER;
-    return Run([&] {
+    return Call([&] {
         const RECT place = Drawable(*bounds);
         if (IsRectEmpty(&place) && (place.left == place.right || place.top == place.bottom)) return;
         if (GetObjectType(dc) == OBJ_METADC) {

@@ -6,6 +6,7 @@
 #include "ocx/latebound/ContentLessonCalls.h"
 
 #include <functional>
+#include <type_traits>
 
 namespace dax {
 
@@ -99,6 +100,17 @@ template <typename Face>
 IDispatch* HostObjectOf(const std::shared_ptr<Face>& face) {
     const auto* const object = dynamic_cast<const HostObject*>(face.get());
     return object ? object->Object() : nullptr;
+}
+
+// The same with a counted reference, for the host to receive.
+template <typename Face>
+IDispatch* ToInterface(const std::shared_ptr<Face>& face) {
+    return ComPtr<IDispatch>(HostObjectOf(face)).Detach();
+}
+
+// Null for null.
+inline std::shared_ptr<Storyboard> FromInterface(std::type_identity<std::shared_ptr<Storyboard>>, IDispatch* object) {
+    return object ? std::make_shared<HostStoryboard>(object) : nullptr;
 }
 
 } // namespace dax

@@ -17,167 +17,96 @@ enum Events : DISPID { afterSelectionChange = 2, itemChecked, mapChanged, delete
 
 using StoryboardRef = LessonMapEditor::StoryboardRef;
 
-StoryboardRef StoryboardOf(IDispatch* object) { return object ? std::make_shared<HostStoryboard>(object) : nullptr; }
-
-template <typename Face>
-IDispatch* GivenObject(const std::shared_ptr<Face>& face) {
-    IDispatch* const object = HostObjectOf(face);
-    if (object) object->AddRef();
-    return object;
-}
-
-class LessonMapEditorControl final : public ControlOf<_LessonMapEditor, LessonMapEditorWindow> {
+class LessonMapEditorControl final : public ControlOf<_LessonMapEditor, LessonMapEditorWindow, dax::LessonMapEditor> {
 public:
     explicit LessonMapEditorControl(const ClassEntry& entry) : ControlOf(entry) {
-        selectionListener = editor->AfterSelectionChange.Add([this](const StoryboardRef& storyboard) {
-            const SelfReference self(*this);
-            ViewChanged();
-            Fire(afterSelectionChange, {Variant(HostObjectOf(storyboard))});
-        });
-        checkListener = editor->ItemChecked.Add([this] { Tell(itemChecked); });
-        mapListener = editor->MapChanged.Add([this](dax::MapChangeTypes change) {
-            const SelfReference self(*this);
-            ViewChanged();
-            Fire(mapChanged, {Variant(int32_t{change})});
-        });
-        deleteListener = editor->DeleteRequest.Add([this] { Tell(deleteRequest); });
-        menuListener = editor->ContextMenuRequest.Add([this] { Tell(contextMenuRequest); });
+        selectionListener = editor->AfterSelectionChange.Add(
+            [this](const StoryboardRef& storyboard) { FireChange(afterSelectionChange, {HostObjectOf(storyboard)}); });
+        checkListener = editor->ItemChecked.Add([this] { Fire(itemChecked, {}); });
+        mapListener = editor->MapChanged.Add([this](dax::MapChangeTypes change) { FireChange(mapChanged, {change}); });
+        deleteListener = editor->DeleteRequest.Add([this] { Fire(deleteRequest, {}); });
+        menuListener = editor->ContextMenuRequest.Add([this] { Fire(contextMenuRequest, {}); });
         errorListener = editor->Error.Add([this](int32_t number, const Text& description, const Text& module) {
-            const SelfReference self(*this);
-            ViewChanged();
-            Fire(error, {Variant(number), Variant(TextView(description)), Variant(TextView(module))});
+            FireChange(error, {number, description, module});
         });
     }
 
     STDMETHODIMP get_tvwObject(_TreeView** value) override {
-        return Answer(value, [this] { return nodes->NewView(); });
+        return Get(value, [this] { return nodes->NewView(); });
     }
-    STDMETHODIMP get_Lesson(IDispatch** value) override {
-        return Answer(value, [this] { return GivenObject(editor->Lesson()); });
-    }
+    STDMETHODIMP get_Lesson(IDispatch** value) override { return Get(value, &Core::Lesson); }
     STDMETHODIMP put_Lesson(IDispatch* value) override { return putref_Lesson(value); }
     STDMETHODIMP putref_Lesson(IDispatch* value) override {
-        return Run([&] { editor->SetLesson(LessonOf(value)); });
+        return Call([&] { editor->SetLesson(LessonOf(value)); });
     }
-    STDMETHODIMP get_CurrentStoryboard(IDispatch** value) override {
-        return Answer(value, [this] { return GivenObject(editor->CurrentStoryboard()); });
-    }
+    STDMETHODIMP get_CurrentStoryboard(IDispatch** value) override { return Get(value, &Core::CurrentStoryboard); }
     STDMETHODIMP put_CurrentStoryboard(IDispatch* value) override { return putref_CurrentStoryboard(value); }
-    STDMETHODIMP putref_CurrentStoryboard(IDispatch* value) override {
-        return Run([&] { editor->SetCurrentStoryboard(StoryboardOf(value)); });
-    }
-    STDMETHODIMP get_CurrentSBID(BSTR* value) override {
-        return Answer(value, [this] { return editor->CurrentSBID(); });
-    }
-    STDMETHODIMP put_CurrentSBID(BSTR value) override {
-        return Run([&] { editor->SetCurrentSBID(FromBstr(value)); });
-    }
+    STDMETHODIMP putref_CurrentStoryboard(IDispatch* value) override { return Put(&Core::SetCurrentStoryboard, value); }
+    STDMETHODIMP get_CurrentSBID(BSTR* value) override { return Get(value, &Core::CurrentSBID); }
+    STDMETHODIMP put_CurrentSBID(BSTR value) override { return Put(&Core::SetCurrentSBID, value); }
 
-    STDMETHODIMP CheckAllStoryboards() override {
-        return Run([this] { editor->CheckAllStoryboards(); });
-    }
-    STDMETHODIMP UncheckAllStoryboards() override {
-        return Run([this] { editor->UncheckAllStoryboards(); });
-    }
+    STDMETHODIMP CheckAllStoryboards() override { return Call(&Core::CheckAllStoryboards); }
+    STDMETHODIMP UncheckAllStoryboards() override { return Call(&Core::UncheckAllStoryboards); }
     STDMETHODIMP get_CheckedStoryboards(_StoryboardCollection** value) override {
-        return Answer(value, [this] { return NewStoryboardCollection(editor->CheckedStoryboards()); });
+        return Get(value, &Core::CheckedStoryboards);
     }
-    STDMETHODIMP get_CheckedStoryboardCount(LONG* value) override {
-        return Answer(value, [this] { return editor->CheckedStoryboardCount(); });
-    }
+    STDMETHODIMP get_CheckedStoryboardCount(LONG* value) override { return Get(value, &Core::CheckedStoryboardCount); }
     STDMETHODIMP GetCheckedLesson(IDispatch** lesson) override {
-        return Answer(lesson, [this]() -> IDispatch* {
+        return Get(lesson, [this]() -> IDispatch* {
             const auto checked = editor->GetCheckedLesson();
             if (!checked) return nullptr;
-            const auto object = MakeLessonObject(*checked);
-            object->AddRef();
-            return object.Get();
+            return MakeLessonObject(*checked).Detach();
         });
     }
     STDMETHODIMP GetChildStoryboardCount(BSTR sbid, LONG* count) override {
-        return Answer(count, [&] { return editor->GetChildStoryboardCount(FromBstr(sbid)); });
+        return Get(count, &Core::GetChildStoryboardCount, sbid);
     }
     STDMETHODIMP get_OrphanedStoryboards(_StoryboardCollection** value) override {
-        return Answer(value, [this] { return NewStoryboardCollection(editor->OrphanedStoryboards()); });
+        return Get(value, &Core::OrphanedStoryboards);
     }
 
-    STDMETHODIMP get_AllowDragDrop(VARIANT_BOOL* value) override {
-        return Answer(value, [this] { return editor->AllowDragDrop(); });
-    }
-    STDMETHODIMP put_AllowDragDrop(VARIANT_BOOL value) override {
-        return Run([&] { editor->SetAllowDragDrop(value != VARIANT_FALSE); });
-    }
+    STDMETHODIMP get_AllowDragDrop(VARIANT_BOOL* value) override { return Get(value, &Core::AllowDragDrop); }
+    STDMETHODIMP put_AllowDragDrop(VARIANT_BOOL value) override { return Put(&Core::SetAllowDragDrop, value); }
     STDMETHODIMP get_CaptionStyle(::LessonMapEditorCaptionStyles* value) override {
-        return Answer(value, [this] { return editor->CaptionStyle(); });
+        return Get(value, &Core::CaptionStyle);
     }
     STDMETHODIMP put_CaptionStyle(::LessonMapEditorCaptionStyles value) override {
-        return Run([&] { editor->SetCaptionStyle(static_cast<dax::LessonMapEditorCaptionStyles>(value)); });
+        return Put(&Core::SetCaptionStyle, value);
     }
-    STDMETHODIMP get_Checkboxes(VARIANT_BOOL* value) override {
-        return Answer(value, [this] { return editor->Checkboxes(); });
-    }
-    STDMETHODIMP put_Checkboxes(VARIANT_BOOL value) override {
-        return Run([&] { editor->SetCheckboxes(value != VARIANT_FALSE); });
-    }
-    STDMETHODIMP get_Locked(VARIANT_BOOL* value) override {
-        return Answer(value, [this] { return editor->Locked(); });
-    }
-    STDMETHODIMP put_Locked(VARIANT_BOOL value) override {
-        return Run([&] { editor->SetLocked(value != VARIANT_FALSE); });
-    }
-    STDMETHODIMP get_ShowDefaultMapOnly(VARIANT_BOOL* value) override {
-        return Answer(value, [this] { return editor->ShowDefaultMapOnly(); });
-    }
+    STDMETHODIMP get_Checkboxes(VARIANT_BOOL* value) override { return Get(value, &Core::Checkboxes); }
+    STDMETHODIMP put_Checkboxes(VARIANT_BOOL value) override { return Put(&Core::SetCheckboxes, value); }
+    STDMETHODIMP get_Locked(VARIANT_BOOL* value) override { return Get(value, &Core::Locked); }
+    STDMETHODIMP put_Locked(VARIANT_BOOL value) override { return Put(&Core::SetLocked, value); }
+    STDMETHODIMP get_ShowDefaultMapOnly(VARIANT_BOOL* value) override { return Get(value, &Core::ShowDefaultMapOnly); }
     STDMETHODIMP put_ShowDefaultMapOnly(VARIANT_BOOL value) override {
-        return Run([&] { editor->SetShowDefaultMapOnly(value != VARIANT_FALSE); });
+        return Put(&Core::SetShowDefaultMapOnly, value);
     }
 
-    STDMETHODIMP LockDisplay() override {
-        return Run([this] { editor->LockDisplay(); });
-    }
-    STDMETHODIMP UnlockDisplay() override {
-        return Run([this] { editor->UnlockDisplay(); });
-    }
-    STDMETHODIMP ExpandAll() override {
-        return Run([this] { editor->ExpandAll(); });
-    }
-    STDMETHODIMP CollapseAll() override {
-        return Run([this] { editor->CollapseAll(); });
-    }
-    STDMETHODIMP Refresh() override {
-        return Run([this] { editor->Refresh(); });
-    }
-    STDMETHODIMP AddStoryboard(IDispatch* storyboard) override {
-        return Run([&] { editor->AddStoryboard(StoryboardOf(storyboard)); });
-    }
-    STDMETHODIMP UpdateStoryboard(IDispatch* storyboard) override {
-        return Run([&] { editor->UpdateStoryboard(StoryboardOf(storyboard)); });
-    }
-    STDMETHODIMP UpdateSBID(BSTR sbid) override {
-        return Run([&] { editor->UpdateSBID(FromBstr(sbid)); });
-    }
+    STDMETHODIMP LockDisplay() override { return Call(&Core::LockDisplay); }
+    STDMETHODIMP UnlockDisplay() override { return Call(&Core::UnlockDisplay); }
+    STDMETHODIMP ExpandAll() override { return Call(&Core::ExpandAll); }
+    STDMETHODIMP CollapseAll() override { return Call(&Core::CollapseAll); }
+    STDMETHODIMP Refresh() override { return Call(&Core::Refresh); }
+    STDMETHODIMP AddStoryboard(IDispatch* storyboard) override { return Call(&Core::AddStoryboard, storyboard); }
+    STDMETHODIMP UpdateStoryboard(IDispatch* storyboard) override { return Call(&Core::UpdateStoryboard, storyboard); }
+    STDMETHODIMP UpdateSBID(BSTR sbid) override { return Call(&Core::UpdateSBID, sbid); }
     STDMETHODIMP RemoveStoryboard(IDispatch* storyboard, VARIANT_BOOL includeChildren) override {
-        return Run([&] { editor->RemoveStoryboard(StoryboardOf(storyboard), includeChildren != VARIANT_FALSE); });
+        return Call(&Core::RemoveStoryboard, storyboard, includeChildren);
     }
     STDMETHODIMP CanMoveCurrent(::StoryboardMovementTypes movement, VARIANT_BOOL* canMove) override {
-        return Answer(canMove,
-                      [&] { return editor->CanMoveCurrent(static_cast<dax::StoryboardMovementTypes>(movement)); });
+        return Get(canMove, &Core::CanMoveCurrent, movement);
     }
-    STDMETHODIMP MoveCurrent(::StoryboardMovementTypes movement) override {
-        return Run([&] { editor->MoveCurrent(static_cast<dax::StoryboardMovementTypes>(movement)); });
-    }
+    STDMETHODIMP MoveCurrent(::StoryboardMovementTypes movement) override { return Call(&Core::MoveCurrent, movement); }
     STDMETHODIMP FindNextSBID(BSTR criteria, ::FindTypes findType, VARIANT_BOOL exactMatch, VARIANT_BOOL wrapSearch,
                               BSTR* sbid) override {
-        return Answer(sbid, [&] {
-            return editor->FindNextSBID(FromBstr(criteria), static_cast<dax::FindTypes>(findType),
-                                        exactMatch != VARIANT_FALSE, wrapSearch != VARIANT_FALSE);
-        });
+        return Get(sbid, &Core::FindNextSBID, criteria, findType, exactMatch, wrapSearch);
     }
     STDMETHODIMP SetImageList(VARIANT imageList, VARIANT keys) override {
-        return Run([&] { UsePictures(imageList, keys); });
+        return Call([&] { UsePictures(imageList, keys); });
     }
 
 private:
+    Core& Target() const override { return *editor; }
     ~LessonMapEditorControl() override { treeHost->control = nullptr; }
 
     // The tree as hosts hold it, who may hold it longer than the control.
@@ -204,11 +133,6 @@ private:
         if (!View().SetPictures(pictures.images, pictures.keys))
             throw Error(ErrorNumbers::TypeMismatch, u"There is no such image list.");
         imageList = object;
-    }
-
-    void Tell(DISPID event) {
-        const SelfReference self(*this);
-        Fire(event, {});
     }
 
     // The same face for the same object: setting a lesson once more is no other lesson.

@@ -1,12 +1,12 @@
 // One node of a tree as an automation object.
 #pragma once
 
-#include "com/ClassObject.h"
+#include "com/Forwarding.h"
 #include "ocx/lessonmap/LessonMapTree.h"
 
 namespace dax {
 
-// By this a tree knows the objects of its own nodes.
+// A private interface that identifies the objects of this library's nodes.
 struct OwnNode : IUnknown {
     virtual NodeObject& Object() = 0;
 };
@@ -17,7 +17,7 @@ protected:
     void* Find(REFIID iid) override;
 };
 
-class NodeObject final : public Automation<_Node, NodeBase> {
+class NodeObject final : public Forwarding<DualObject<_Node, NodeBase>, Node> {
 public:
     NodeObject(std::shared_ptr<TreeObjects> owner, Node& node);
 
@@ -26,25 +26,25 @@ public:
     void NodeGone() { node = nullptr; }
     NodeObject& Object() override { return *this; }
 
-    STDMETHODIMP get_Text(BSTR* value) override;
-    STDMETHODIMP put_Text(BSTR value) override;
-    STDMETHODIMP get_Key(BSTR* value) override;
-    STDMETHODIMP put_Key(BSTR value) override;
-    STDMETHODIMP get_Tag(BSTR* value) override;
-    STDMETHODIMP put_Tag(BSTR value) override;
+    STDMETHODIMP get_Text(BSTR* value) override { return Get(value, &Core::Caption); }
+    STDMETHODIMP put_Text(BSTR value) override { return Put(&Core::SetCaption, value); }
+    STDMETHODIMP get_Key(BSTR* value) override { return Get(value, &Core::Key); }
+    STDMETHODIMP put_Key(BSTR value) override { return Put(&Core::SetKey, value); }
+    STDMETHODIMP get_Tag(BSTR* value) override { return Get(value, &Core::Tag); }
+    STDMETHODIMP put_Tag(BSTR value) override { return Put(&Core::SetTag, value); }
     STDMETHODIMP get_Image(VARIANT* value) override;
     STDMETHODIMP put_Image(VARIANT value) override;
-    STDMETHODIMP get_Expanded(VARIANT_BOOL* value) override;
-    STDMETHODIMP put_Expanded(VARIANT_BOOL value) override;
-    STDMETHODIMP get_Checked(VARIANT_BOOL* value) override;
-    STDMETHODIMP put_Checked(VARIANT_BOOL value) override;
-    STDMETHODIMP get_Selected(VARIANT_BOOL* value) override;
+    STDMETHODIMP get_Expanded(VARIANT_BOOL* value) override { return Get(value, &Core::IsExpanded); }
+    STDMETHODIMP put_Expanded(VARIANT_BOOL value) override { return Put(&Core::SetExpanded, value); }
+    STDMETHODIMP get_Checked(VARIANT_BOOL* value) override { return Get(value, &Core::IsChecked); }
+    STDMETHODIMP put_Checked(VARIANT_BOOL value) override { return Put(&Core::SetChecked, value); }
+    STDMETHODIMP get_Selected(VARIANT_BOOL* value) override { return Get(value, &Core::IsSelected); }
     STDMETHODIMP put_Selected(VARIANT_BOOL value) override;
-    STDMETHODIMP get_Parent(_Node** value) override;
-    STDMETHODIMP get_Child(_Node** value) override;
+    STDMETHODIMP get_Parent(_Node** value) override { return Related(value, &Node::Parent); }
+    STDMETHODIMP get_Child(_Node** value) override { return Related(value, &Node::FirstChild); }
     STDMETHODIMP get_Children(LONG* value) override;
-    STDMETHODIMP get_Next(_Node** value) override;
-    STDMETHODIMP get_Previous(_Node** value) override;
+    STDMETHODIMP get_Next(_Node** value) override { return Related(value, &Node::Next); }
+    STDMETHODIMP get_Previous(_Node** value) override { return Related(value, &Node::Previous); }
     STDMETHODIMP get_FirstSibling(_Node** value) override;
     STDMETHODIMP get_LastSibling(_Node** value) override;
     STDMETHODIMP get_Root(_Node** value) override;
@@ -54,23 +54,15 @@ public:
 
 private:
     ~NodeObject() override;
-    Node& RequireNode() const; // throws Error when the node is gone
-    // A relation that answers a node, or null.
+    Node& Target() const override; // throws Error when the node is gone
+    // A relation that leads to a node, or null.
     template <typename Relation>
     HRESULT Related(_Node** value, Relation relation) {
-        return Answer(value, [&] { return owner->ObjectOf(relation(RequireNode())); });
+        return Get(value, [&] { return owner->ObjectOf(std::invoke(relation, Target())); });
     }
 
     const std::shared_ptr<TreeObjects> owner;
     Node* node; // null: it is gone
 };
-
-// A reference that a maker has answered.
-template <typename Interface>
-ComPtr<Interface> Owned(Interface* made) {
-    ComPtr<Interface> result;
-    *result.Out() = made;
-    return result;
-}
 
 } // namespace dax

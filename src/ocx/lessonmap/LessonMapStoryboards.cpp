@@ -18,23 +18,19 @@ const ClassEntry collectionEntry{&CLSID_StoryboardCollection,
                                  nullptr,
                                  0};
 
-class StoryboardCollectionObject final : public Automation<_StoryboardCollection> {
+class StoryboardCollectionObject final : public DualObject<_StoryboardCollection> {
 public:
     explicit StoryboardCollectionObject(std::vector<std::shared_ptr<Storyboard>> storyboards)
-        : Automation(collectionEntry), storyboards(std::move(storyboards)) {}
+        : DualObject(collectionEntry), storyboards(std::move(storyboards)) {}
 
     STDMETHODIMP get_Count(LONG* value) override {
-        return Answer(value, [this] { return storyboards.size(); });
+        return Get(value, [this] { return storyboards.size(); });
     }
     STDMETHODIMP get_Item(VARIANT index, IDispatch** value) override {
-        return Answer(value, [&] {
-            IDispatch* const found = HostObjectOf(storyboards[PlaceOf(index)]);
-            if (found) found->AddRef();
-            return found;
-        });
+        return Get(value, [&] { return storyboards[PlaceOf(index)]; });
     }
     STDMETHODIMP get__NewEnum(IUnknown** value) override {
-        return Answer(value, [this] {
+        return Get(value, [this] {
             std::vector<ComPtr<IDispatch>> objects;
             for (const auto& each : storyboards) objects.emplace_back(HostObjectOf(each));
             return EnumerateObjects(std::move(objects));
@@ -64,7 +60,7 @@ private:
 
 } // namespace
 
-_StoryboardCollection* NewStoryboardCollection(std::vector<std::shared_ptr<Storyboard>> storyboards) {
+_StoryboardCollection* ToInterface(std::vector<std::shared_ptr<Storyboard>> storyboards) {
     return new StoryboardCollectionObject(std::move(storyboards));
 }
 

@@ -11,6 +11,6 @@
 namespace dax {
 
 // Returns one reference.
-_StoryboardCollection* NewStoryboardCollection(std::vector<std::shared_ptr<Storyboard>> storyboards);
+_StoryboardCollection* ToInterface(std::vector<std::shared_ptr<Storyboard>> storyboards);
 
 } // namespace dax

@@ -15,19 +15,19 @@ namespace {
 const ClassEntry treeEntry{&CLSID_TreeView, &IID__TreeView, nullptr, L"TreeView", L"", nullptr, 0};
 const ClassEntry nodesEntry{&CLSID_Nodes, &IID__Nodes, nullptr, L"Nodes", L"", nullptr, 0};
 
-class NodesObject final : public Automation<_Nodes> {
+class NodesObject final : public DualObject<_Nodes> {
 public:
-    explicit NodesObject(std::shared_ptr<TreeObjects> owner) : Automation(nodesEntry), owner(std::move(owner)) {}
+    explicit NodesObject(std::shared_ptr<TreeObjects> owner) : DualObject(nodesEntry), owner(std::move(owner)) {}
 
     STDMETHODIMP get_Count(LONG* value) override {
-        return Answer(value, [this] { return owner->Tree().Count(); });
+        return Get(value, [this] { return owner->Tree().Count(); });
     }
     STDMETHODIMP get_Item(VARIANT index, _Node** value) override {
-        return Answer(value, [&] { return owner->ObjectOf(&Named(index)); });
+        return Get(value, [&] { return owner->ObjectOf(&Named(index)); });
     }
     STDMETHODIMP Add(VARIANT relative, VARIANT relationship, VARIANT key, VARIANT text, VARIANT image, VARIANT,
                      _Node** added) override {
-        return Answer(added, [&] {
+        return Get(added, [&] {
             Node* const beside = owner->Resolve(relative);
             const int32_t relation = IsLeftOut(relationship) ? nrNext : NumberFrom(PlainOf(relationship));
             const int picture = IsLeftOut(image) ? 0 : owner->PictureOf(image);
@@ -37,19 +37,19 @@ public:
         });
     }
     STDMETHODIMP Remove(VARIANT index) override {
-        return Run([&] { owner->Tree().Remove(Named(index)); });
+        return Call([&] { owner->Tree().Remove(Named(index)); });
     }
     STDMETHODIMP Clear() override {
-        return Run([this] { owner->Tree().Clear(); });
+        return Call([this] { owner->Tree().Clear(); });
     }
     STDMETHODIMP Contains(BSTR key, VARIANT_BOOL* isThere) override {
-        return Answer(isThere, [&] { return owner->Tree().Find(FromBstr(key)) != nullptr; });
+        return Get(isThere, [&] { return owner->Tree().Find(FromBstr(key)) != nullptr; });
     }
     STDMETHODIMP get__NewEnum(IUnknown** value) override {
-        return Answer(value, [this] {
+        return Get(value, [this] {
             std::vector<ComPtr<IDispatch>> nodes;
             for (Node* node = owner->Tree().FirstInCollection(); node; node = node->NextInCollection())
-                nodes.emplace_back(Owned(owner->ObjectOf(node)).Get());
+                nodes.emplace_back(ComPtr<_Node>::Adopt(owner->ObjectOf(node)));
             return EnumerateObjects(std::move(nodes));
         });
     }
@@ -81,43 +81,36 @@ private:
     const std::shared_ptr<TreeObjects> owner;
 };
 
-class TreeObject final : public Automation<_TreeView> {
+class TreeObject final : public DualObject<_TreeView> {
 public:
-    explicit TreeObject(std::shared_ptr<TreeObjects> owner) : Automation(treeEntry), owner(std::move(owner)) {}
+    explicit TreeObject(std::shared_ptr<TreeObjects> owner) : DualObject(treeEntry), owner(std::move(owner)) {}
 
     STDMETHODIMP get_Nodes(_Nodes** value) override {
-        return Answer(value, [this] { return owner->NewNodes(); });
+        return Get(value, [this] { return owner->NewNodes(); });
     }
     STDMETHODIMP get_SelectedItem(_Node** value) override {
-        return Answer(value, [this] { return owner->ObjectOf(owner->Tree().Selected()); });
+        return Get(value, [this] { return owner->ObjectOf(owner->Tree().Selected()); });
     }
     STDMETHODIMP put_SelectedItem(_Node* value) override { return putref_SelectedItem(value); }
     STDMETHODIMP putref_SelectedItem(_Node* value) override {
-        return Run([&] {
-            const Variant node(static_cast<IDispatch*>(value));
-            owner->Tree().Select(owner->Resolve(node));
-        });
+        return Call([&] { owner->Tree().Select(owner->Resolve(Variant(value))); });
     }
     STDMETHODIMP get_ImageList(IDispatch** value) override {
-        return Answer(value, [this] {
-            const auto list = owner->Host() ? owner->Host()->ImageList() : ComPtr<IDispatch>();
-            if (list) list->AddRef();
-            return list.Get();
-        });
+        return Get(value, [this] { return owner->Host() ? owner->Host()->ImageList() : ComPtr<IDispatch>(); });
     }
     STDMETHODIMP put_ImageList(IDispatch* value) override { return putref_ImageList(value); }
     STDMETHODIMP putref_ImageList(IDispatch* value) override {
-        return Run([&] {
+        return Call([&] {
             if (owner->Host()) owner->Host()->SetImageList(value);
         });
     }
     STDMETHODIMP get_hWnd(LONG* value) override {
         // The system's handles have no more than 32 bits that count.
-        return Answer(
-            value, [this] { return owner->Host() ? reinterpret_cast<INT_PTR>(owner->Host()->Handle()) : INT_PTR{0}; });
+        return Get(value,
+                   [this] { return owner->Host() ? reinterpret_cast<INT_PTR>(owner->Host()->Handle()) : INT_PTR{0}; });
     }
     STDMETHODIMP HitTest(LONG x, LONG y, _Node** found) override {
-        return Answer(found, [&] {
+        return Get(found, [&] {
             const TreeWindow* const window = owner->Host() ? owner->Host()->Window() : nullptr;
             return owner->ObjectOf(window ? window->HitTest({x, y}).node : nullptr);
         });
@@ -156,10 +149,7 @@ _Node* TreeObjects::ObjectOf(Node* node) {
     return place->second;
 }
 
-ComPtr<IDispatch> TreeObjects::Nodes(const MapTree& nodes) {
-    const ComPtr<_Nodes> made = Owned(Of(nodes)->NewNodes());
-    return ComPtr<IDispatch>(made.Get());
-}
+ComPtr<IDispatch> TreeObjects::Nodes(const MapTree& nodes) { return ComPtr<_Nodes>::Adopt(Of(nodes)->NewNodes()); }
 
 std::shared_ptr<TreeObjects> TreeObjects::Of(const MapTree& nodes) {
     const auto* const own = dynamic_cast<const NodeMapTree*>(&nodes);
@@ -176,8 +166,7 @@ std::shared_ptr<TreeObjects> TreeObjects::Of(const MapTree& nodes) {
 ComPtr<IDispatch> TreeObjects::NodeOf(const MapTree& nodes, MapTree::NodeRef node) {
     const auto objects = Of(nodes);
     if (node == MapTree::NodeRef::None) return {};
-    const ComPtr<_Node> made = Owned(objects->ObjectOf(static_cast<const NodeMapTree&>(nodes).NodeOf(node)));
-    return ComPtr<IDispatch>(made.Get());
+    return ComPtr<_Node>::Adopt(objects->ObjectOf(static_cast<const NodeMapTree&>(nodes).NodeOf(node)));
 }
 
 Node* TreeObjects::Resolve(const VARIANT& reference) {
