@@ -12,9 +12,9 @@ namespace dax {
 // An argument as COM passes it, as a core's member takes it. For pointers to interfaces an overload of
 // FromInterface(std::type_identity<To>, Pointer) does it.
 template <typename To, typename From>
-To FromAutomation(const From& value) {
+auto FromAutomation(const From& value) {
     if constexpr (std::is_same_v<From, BSTR>)
-        return FromBstr(value);
+        return FromBstr(value); // also where the member takes a view, which must not be one of a temporary
     else if constexpr (std::is_same_v<To, bool>)
         return value != VARIANT_FALSE;
     else if constexpr (std::is_pointer_v<From>)

@@ -1,7 +1,8 @@
 // The classes as scripts and programs without a container use them, registered or not.
-#include "OcxHost.h"
+#include "ControlCases.h"
 
 #include <set>
+#include <thread>
 #include <tuple>
 
 namespace dax::test {
@@ -30,90 +31,42 @@ std::set<std::wstring> ClassKeys() {
 
 } // namespace
 
-TEST_F(AutomationTest, ConstantsTellWhereTheLibraryIs) {
-    const auto constants = Create(L"DAXControls.Constants");
-    const std::wstring folder = BinFolder();
-    EXPECT_EQ(TextOf(Call(constants.Get(), L"OCXPath")), FromWide(folder.substr(0, folder.size() - 1)));
-    EXPECT_EQ(TextOf(Call(constants.Get(), L"OCXFilename")), FromWide(folder + L"daxControls33.ocx"));
-    EXPECT_TRUE(TextOf(Call(constants.Get(), L"OCXVersion")).starts_with(u"3.3 (Build 0001)  Visual"));
-}
-
-TEST_F(AutomationTest, ValidatorKeepsTheOutcome) {
-    const auto validator = Create(L"DAXControls.DatabaseValidator");
-    for (const wchar_t* property : {L"CommonConnectionString", L"DataConnectionString", L"CatalogName"})
-        EXPECT_EQ(TextOf(Call(validator.Get(), property)), u"") << ToUtf8(FromWide(property));
-    EXPECT_FALSE(IsTrue(
-        Call(validator.Get(), L"ValidateDataConnection", {Variant(u"conn"), Variant(u"C:\\no\\file"), Variant(true)})));
-    EXPECT_EQ(TextOf(Call(validator.Get(), L"DataConnectionString")), u"conn");
-    EXPECT_EQ(TextOf(Call(validator.Get(), L"CatalogName")), u"C:\\no\\file");
-    EXPECT_TRUE(IsTrue(Call(validator.Get(), L"MDBMode")));
-    EXPECT_EQ(NumberOf(Call(validator.Get(), L"ErrorType")), 2);
-    EXPECT_EQ(NumberOf(Call(validator.Get(), L"ErrorNumber")), 75);
-    EXPECT_EQ(TextOf(Call(validator.Get(), L"ErrorDescription")), u"file not found.");
-    EXPECT_FALSE(IsTrue(Call(validator.Get(), L"ValidateSupportsTalk", {Variant(u"")})));
-    EXPECT_FALSE(IsTrue(Call(validator.Get(), L"ValidateCommonConnection",
-                             {Variant(u"x"), Variant(u""), Variant(u"catalog"), Variant(u"user")})));
-    EXPECT_EQ(NumberOf(Call(validator.Get(), L"ErrorType")), 9);
-}
-
-TEST_F(AutomationTest, FailuresCarryNumberDescriptionAndSource) {
-    const auto picker = Create(L"DAXControls.SQLDBPicker");
-    EXPECT_FALSE(IsTrue(Call(picker.Get(), L"LoadPicker", {Variant(u""), Variant(u"a"), Variant(u"")})));
-    try {
-        Call(picker.Get(), L"LoadPicker", {Variant(u"Provider=Nonsense"), Variant(u"a"), Variant(u"")});
-        ADD_FAILURE() << "no provider of that name can be there";
-    } catch (const CallFailure& failure) {
-        EXPECT_EQ(failure.code, E_FAIL);
-        EXPECT_EQ(failure.source, u"DAXControls.SQLDBPicker");
-        EXPECT_NE(failure.description.find(u"Nonsense"), Text::npos);
-    }
-    try {
-        Call(picker.Get(), L"DBCatalog", {Variant(u"x")}, DISPATCH_PROPERTYPUT);
-        ADD_FAILURE() << "the property is read-only";
-    } catch (const CallFailure& failure) {
-        EXPECT_EQ(failure.code, DISP_E_MEMBERNOTFOUND);
-    }
-    Call(picker.Get(), L"Enabled", {Variant(false)}, DISPATCH_PROPERTYPUT);
-    EXPECT_FALSE(IsTrue(Call(picker.Get(), L"Enabled")));
-}
-
-TEST_F(AutomationTest, EveryClassAnswersTheInterfacesHostsAskFor) {
-    for (const wchar_t* name : Controls) {
-        const auto object = Create(name);
-        const auto identity = Query<IUnknown>(object.Get(), IID_IUnknown);
+TEST_F(AutomationTest, EveryControlHasTheInterfacesAndTheRegistryEntriesOfItsClass) {
+    const auto textOf = [](IEnumOLEVERB* list) {
+        std::wstring all;
+        for (OLEVERB verb{}; list->Next(1, &verb, nullptr) == S_OK; CoTaskMemFree(verb.lpszVerbName))
+            all += std::to_wstring(verb.lVerb) + verb.lpszVerbName + std::to_wstring(verb.fuFlags) +
+                   std::to_wstring(verb.grfAttribs);
+        return all;
+    };
+    for (const ControlCase& row : ControlCases()) {
+        const auto object = Create(row);
+        const auto identity = object.As<IUnknown>(IID_IUnknown);
         for (const IID* iid : {&IID_IOleObject, &IID_IOleControl, &IID_IOleInPlaceObject, &IID_IOleInPlaceActiveObject,
                                &IID_IViewObject2, &IID_IDataObject, &IID_IPersistStream, &IID_IPersistStreamInit,
                                &IID_IPersistStorage, &IID_IPersistPropertyBag, &IID_IConnectionPointContainer,
                                &IID_IProvideClassInfo2, &IID_ISupportErrorInfo}) {
-            const auto found = Query<IUnknown>(object.Get(), *iid);
+            const auto found = object.As<IUnknown>(*iid);
             ASSERT_TRUE(found);
-            EXPECT_EQ(Query<IUnknown>(found.Get(), IID_IUnknown).Get(), identity.Get()) << "one identity";
+            EXPECT_EQ(found.As<IUnknown>(IID_IUnknown).Get(), identity.Get()) << "one identity";
         }
-        ComPtr<IUnknown> inner;
         CLSID clsid{};
-        CLSIDFromProgID(name, &clsid);
-        const auto control = Query<IOleObject>(object.Get(), IID_IOleObject);
+        object.As<IPersist>(IID_IPersist)->GetClassID(&clsid);
+        const auto control = object.As<IOleObject>(IID_IOleObject);
         for (const DWORD form : {USERCLASSTYPE_FULL, USERCLASSTYPE_SHORT, USERCLASSTYPE_APPNAME}) {
-            LPOLESTR said = nullptr, registered = nullptr;
-            EXPECT_HRESULT_SUCCEEDED(control->GetUserType(form, &said));
+            LPOLESTR own = nullptr, registered = nullptr;
+            EXPECT_HRESULT_SUCCEEDED(control->GetUserType(form, &own));
             EXPECT_HRESULT_SUCCEEDED(OleRegGetUserType(clsid, form, &registered));
-            EXPECT_STREQ(said, registered) << form;
-            CoTaskMemFree(said);
+            EXPECT_STREQ(own, registered) << form;
+            CoTaskMemFree(own);
             CoTaskMemFree(registered);
         }
-        const auto verbsOf = [](IEnumOLEVERB* list) {
-            std::wstring all;
-            for (OLEVERB verb{}; list->Next(1, &verb, nullptr) == S_OK; CoTaskMemFree(verb.lpszVerbName))
-                for (const auto& part : {std::to_wstring(verb.lVerb), std::wstring(verb.lpszVerbName),
-                                         std::to_wstring(verb.fuFlags), std::to_wstring(verb.grfAttribs)})
-                    all += part + L' ';
-            return all;
-        };
         ComPtr<IEnumOLEVERB> verbs, registered;
+        ComPtr<IUnknown> inner;
         EXPECT_HRESULT_SUCCEEDED(control->EnumVerbs(verbs.Out()));
         ASSERT_HRESULT_SUCCEEDED(OleRegEnumVerbs(clsid, registered.Out()));
-        EXPECT_EQ(verbsOf(verbs.Get()), L"0 &Activate 0 2 ");
-        EXPECT_EQ(verbsOf(registered.Get()), L"0 &Activate 0 2 ");
+        EXPECT_EQ(textOf(verbs.Get()), L"0&Activate02");
+        EXPECT_EQ(textOf(registered.Get()), L"0&Activate02");
         EXPECT_EQ(CoCreateInstance(clsid, object.Get(), CLSCTX_INPROC_SERVER, IID_IUnknown, inner.OutVoid()),
                   CLASS_E_NOAGGREGATION);
     }
@@ -128,11 +81,11 @@ void ExpectEmptied(const char* member, const Call& call) {
 
 // What a member has nothing for it empties, so that no host releases what was never there.
 TEST_F(AutomationTest, EveryPointerThatAMemberGivesBackIsSet) {
-    for (const wchar_t* name : Controls) {
-        const auto control = Create(name);
-        const auto object = Query<IOleObject>(control.Get(), IID_IOleObject);
-        const auto view = Query<IViewObject2>(control.Get(), IID_IViewObject2);
-        const auto points = Query<IConnectionPointContainer>(control.Get(), IID_IConnectionPointContainer);
+    for (const ControlCase& row : ControlCases()) {
+        const auto control = Create(row);
+        const auto object = control.As<IOleObject>(IID_IOleObject);
+        const auto view = control.As<IViewObject2>(IID_IViewObject2);
+        const auto points = control.As<IConnectionPointContainer>(IID_IConnectionPointContainer);
         ExpectEmptied<IMoniker>("GetMoniker", [&](auto out) { object->GetMoniker(1, 1, out); });
         ExpectEmptied<IOleClientSite>("GetClientSite", [&](auto out) { object->GetClientSite(out); });
         ExpectEmptied<IEnumSTATDATA>("EnumAdvise", [&](auto out) { object->EnumAdvise(out); });
@@ -157,57 +110,60 @@ TEST_F(AutomationTest, EveryPointerThatAMemberGivesBackIsSet) {
 }
 
 TEST_F(AutomationTest, AnEnumeratorAloneKeepsItsLibrary) {
-    using Taking = std::function<ComPtr<IUnknown>(IDispatch*)>;
-    const auto newEnum = [](const wchar_t* collection) -> Taking {
-        return [=](IDispatch* object) {
-            return ComPtr<IUnknown>(Call(ObjectOf(Call(object, collection)).Get(), L"_NewEnum").punkVal);
-        };
+    using Take = std::function<ComPtr<IUnknown>(ObjectRef)>;
+    const auto newEnum = [](const wchar_t* collection) -> Take {
+        return [=](ObjectRef object) { return ComPtr<IUnknown>(Call(Get(object, collection), L"_NewEnum").punkVal); };
     };
-    const Taking points = [](IDispatch* object) {
+    const auto points = [](ObjectRef object) {
         ComPtr<IEnumConnectionPoints> result;
-        const auto container = Query<IConnectionPointContainer>(object, IID_IConnectionPointContainer);
+        const auto container = object.As<IConnectionPointContainer>(IID_IConnectionPointContainer);
         EXPECT_HRESULT_SUCCEEDED(container->EnumConnectionPoints(result.Out()));
-        return ComPtr<IUnknown>(result.Get());
+        return result;
     };
-    const Taking connections = [&](IDispatch* object) {
+    const Take connections = [&](ObjectRef object) {
         ComPtr<IConnectionPoint> point;
         ComPtr<IEnumConnections> all, clone;
-        Query<IEnumConnectionPoints>(points(object).Get(), IID_IEnumConnectionPoints)->Next(1, point.Out(), nullptr);
+        points(object)->Next(1, point.Out(), nullptr);
         EXPECT_HRESULT_SUCCEEDED(point->EnumConnections(all.Out()));
         EXPECT_HRESULT_SUCCEEDED(all->Clone(clone.Out()));
-        return ComPtr<IUnknown>(clone.Get());
+        return clone;
     };
-    const std::tuple<const wchar_t*, const wchar_t*, Taking> rows[] = {
-        {L"daxControls33.ocx", Controls[6], newEnum(L"CheckedStoryboards")},
-        {L"daxControls33.ocx", Controls[6], points},
-        {L"daxControls33.ocx", Controls[6], connections},
+    const std::tuple<const wchar_t*, const wchar_t*, Take> rows[] = {
+        {L"daxControls33.ocx", L"DAXControls.LessonMapEditor", newEnum(L"CheckedStoryboards")},
+        {L"daxControls33.ocx", L"DAXControls.LessonMapEditor", points},
+        {L"daxControls33.ocx", L"DAXControls.LessonMapEditor", connections},
         {L"contentObjects.dll", L"ContentObjects.Lesson", newEnum(L"Maps")},
     };
-    for (const auto& row : rows) {
-        const auto& [library, className, take] = row;
-        ComPtr<IUnknown> left = take(Create(className).Get());
-        ASSERT_TRUE(left) << &row - rows;
+    for (const auto& [library, className, take] : rows) {
+        ComPtr<IUnknown> left = take(Create(className));
+        ASSERT_TRUE(left);
         PumpPending();
-        EXPECT_EQ(CallLibrary(library, "DllCanUnloadNow"), S_FALSE) << &row - rows;
+        EXPECT_EQ(CallLibrary(library, "DllCanUnloadNow"), S_FALSE);
         left.Reset();
         EXPECT_TRUE(PumpUntil([name = library] { return CallLibrary(name, "DllCanUnloadNow") == S_OK; }));
     }
 }
 
 // A host's form: one object with an interface for the events of each of its controls.
-class Form final : public TestDispatch<> {
+class Form final : public StackObject<> {
 public:
-    GUID events[2]{};
-    std::vector<DISPID> heard[2];
+    class Listener final : public StackObject<> {
+    public:
+        STDMETHODIMP Invoke(DISPID event, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+            heard.push_back(event);
+            return S_OK;
+        }
+        GUID events{};
+        std::vector<DISPID> heard;
+    };
+    Listener listeners[2];
 
 private:
     void* Find(REFIID iid) override {
-        for (size_t i = 0; i < 2; ++i)
-            if (events[i] == iid) return static_cast<IDispatch*>(&ears[i]);
-        return nullptr;
+        for (Listener& each : listeners)
+            if (each.events == iid) return static_cast<IDispatch*>(&each);
+        return StackObject::Find(iid);
     }
-    Sink ears[2]{Sink([this](DISPID event, const auto&) { heard[0].push_back(event); }),
-                 Sink([this](DISPID event, const auto&) { heard[1].push_back(event); })};
 };
 
 TEST_F(AutomationTest, OneObjectHearsEachControlByItsOwnInterface) {
@@ -216,20 +172,54 @@ TEST_F(AutomationTest, OneObjectHearsEachControlByItsOwnInterface) {
     ComPtr<IConnectionPoint> points[2];
     DWORD cookies[2]{};
     for (size_t i = 0; i < 2; ++i) {
-        const auto info = Query<IProvideClassInfo2>(controls[i].Get(), IID_IProvideClassInfo2);
-        const auto container = Query<IConnectionPointContainer>(controls[i].Get(), IID_IConnectionPointContainer);
-        EXPECT_HRESULT_SUCCEEDED(info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &form.events[i]));
-        EXPECT_HRESULT_SUCCEEDED(container->FindConnectionPoint(form.events[i], points[i].Out()));
+        GUID& events = form.listeners[i].events;
+        const auto info = controls[i].As<IProvideClassInfo2>(IID_IProvideClassInfo2);
+        const auto container = controls[i].As<IConnectionPointContainer>(IID_IConnectionPointContainer);
+        EXPECT_HRESULT_SUCCEEDED(info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &events));
+        EXPECT_HRESULT_SUCCEEDED(container->FindConnectionPoint(events, points[i].Out()));
         EXPECT_HRESULT_SUCCEEDED(points[i]->Advise(&form, &cookies[i]));
     }
-    Call(controls[0].Get(), L"Clear");
-    EXPECT_EQ(form.heard[0], std::vector<DISPID>{1});
-    EXPECT_TRUE(form.heard[1].empty());
-    Put(controls[1].Get(), L"ConnectionString", Variant(u"Provider=Nonsense"));
-    Call(controls[1].Get(), L"Refresh");
-    EXPECT_EQ(form.heard[0].size(), 1u);
-    EXPECT_EQ(form.heard[1].front(), 3) << "the failure";
+    Call(controls[0], L"Clear");
+    Put(controls[1], L"ConnectionString", u"Provider=Nonsense");
+    Call(controls[1], L"Refresh");
+    EXPECT_EQ(form.listeners[0].heard, std::vector<DISPID>{1});
+    EXPECT_EQ(form.listeners[1].heard.front(), 3) << "the failure";
     for (size_t i = 0; i < 2; ++i) EXPECT_HRESULT_SUCCEEDED(points[i]->Unadvise(cookies[i]));
+}
+
+TEST_F(AutomationTest, PanelsReportThatAnEditorIsOneOfAnotherThread) {
+    ComPtr<IStream> stream;
+    const HANDLE isMarshaled = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    DWORD threadId = 0;
+    std::thread owner([&] {
+        threadId = GetCurrentThreadId();
+        OleInitialize(nullptr);
+        {
+            const auto editor = Create(L"DAXControls.GroupEditor");
+            EXPECT_HRESULT_SUCCEEDED(CoMarshalInterThreadInterfaceInStream(IID_IDispatch, editor.Get(), stream.Out()));
+            SetEvent(isMarshaled);
+            for (MSG message; GetMessageW(&message, nullptr, 0, 0) > 0;) DispatchMessageW(&message);
+        }
+        OleUninitialize();
+    });
+    WaitForSingleObject(isMarshaled, INFINITE);
+    {
+        ComPtr<IDispatch> editor;
+        EXPECT_HRESULT_SUCCEEDED(CoUnmarshalInterface(stream.Get(), IID_IDispatch, editor.OutVoid()));
+        EXPECT_EQ(NumberOf(Call(editor, L"NodeCount")), 0) << "itself it can be used";
+        for (const wchar_t* name : {L"DAXControls.LessonInfo", L"DAXControls.LockInfo"}) {
+            Text description;
+            try {
+                Call(Create(name), L"UpdateFrom", {editor});
+            } catch (const Failure& failure) {
+                description = failure.description;
+            }
+            EXPECT_NE(description.find(u"another thread"), Text::npos) << ToUtf8(description);
+        }
+    }
+    PostThreadMessageW(threadId, WM_QUIT, 0, 0);
+    owner.join();
+    CloseHandle(isMarshaled);
 }
 
 TEST_F(AutomationTest, UnregistrationLeavesNothing) {
@@ -239,9 +229,7 @@ TEST_F(AutomationTest, UnregistrationLeavesNothing) {
     Register(true);
     const auto with = ClassKeys();
     for (const wchar_t* key :
-         {L"\\DAXControls.DatabaseValidator", L"\\DAXControls.SQLDBPicker", L"\\DAXControls.GroupEditor",
-          L"\\DAXControls.LockManager", L"\\DAXControls.LessonInfo", L"\\DAXControls.LockInfo",
-          L"\\DAXControls.Constants", L"\\ContentObjects.Utility", L"\\ContentObjects.PropertyCollection",
+         {L"\\DAXControls.GroupEditor", L"\\DAXControls.Constants", L"\\ContentObjects.Utility",
           L"CLSID\\{0B88A5EE-D833-44E2-A2A1-00AAD7D928A7}", L"TypeLib\\{8F5DC3A9-0CAF-4686-81C3-214347ED9D6A}"})
         EXPECT_TRUE(with.contains(key) && !without.contains(key)) << ToUtf8(FromWide(key));
     Register(false);
@@ -251,17 +239,19 @@ TEST_F(AutomationTest, UnregistrationLeavesNothing) {
 
 TEST_F(AutomationTest, WorksWithoutRegistrationThroughTheShippedManifests) {
     Register(false);
-    for (const auto& [manifest, progID, member] :
-         {std::tuple{L"daxControls33.manifest", L"DAXControls.Constants", L"OCXVersion"},
-          std::tuple{L"daxControls33.manifest", L"DAXControls.SQLDBPicker", L"DBCatalog"},
-          std::tuple{L"daxControls33.manifest", L"DAXControls.GroupEditor", L"DatabaseTitle"},
-          std::tuple{L"daxControls33.manifest", L"DAXControls.LessonMapEditor", L"CurrentSBID"},
-          std::tuple{L"contentObjects.manifest", L"ContentObjects.Lesson", L"Save"},
-          std::tuple{L"daxControls33.manifest", L"DAXControls.LockManager", L"ConnectionString"},
-          std::tuple{L"daxControls33.manifest", L"DAXControls.LockInfo", L"ConnectionString"},
-          std::tuple{L"contentObjects.manifest", L"ContentObjects.Utility", L"NewIdentifier"},
-          std::tuple{L"contentObjects.manifest", L"ContentObjects.PropertyCollection", L"Save"}}) {
-        const std::wstring source = BinFolder() + manifest;
+    const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*> rows[] = {
+        {L"daxControls33", L"DAXControls.Constants", L"OCXVersion"},
+        {L"daxControls33", L"DAXControls.SQLDBPicker", L"DBCatalog"},
+        {L"daxControls33", L"DAXControls.GroupEditor", L"DatabaseTitle"},
+        {L"daxControls33", L"DAXControls.LessonMapEditor", L"CurrentSBID"},
+        {L"daxControls33", L"DAXControls.LockManager", L"ConnectionString"},
+        {L"daxControls33", L"DAXControls.LockInfo", L"ConnectionString"},
+        {L"contentObjects", L"ContentObjects.Lesson", L"Save"},
+        {L"contentObjects", L"ContentObjects.Utility", L"NewIdentifier"},
+        {L"contentObjects", L"ContentObjects.PropertyCollection", L"Save"},
+    };
+    for (const auto& [manifest, progID, member] : rows) {
+        const std::wstring source = BinFolder() + manifest + L".manifest";
         ACTCTXW context{};
         context.cbSize = sizeof context;
         context.lpSource = source.c_str();
@@ -269,18 +259,25 @@ TEST_F(AutomationTest, WorksWithoutRegistrationThroughTheShippedManifests) {
         ASSERT_NE(handle, INVALID_HANDLE_VALUE) << GetLastError();
         ULONG_PTR cookie = 0;
         ASSERT_TRUE(ActivateActCtx(handle, &cookie));
-        {
-            const auto object = Create(progID);
-            EXPECT_TRUE(object);
-            if (object) {
-                EXPECT_EQ(Call(object.Get(), member).vt, VT_BSTR);
-            }
-        }
+        EXPECT_EQ(CodeOf([&] { Call(Create(progID), member); }), S_OK) << ToUtf8(FromWide(progID));
         CoFreeUnusedLibraries();
         DeactivateActCtx(0, cookie);
         ReleaseActCtx(handle);
     }
     Register(true);
+}
+
+TEST_F(AutomationTest, TheEditorFindsTheContentObjectsBesideItWithoutTheirRegistration) {
+    const auto lesson = Create(L"ContentObjects.Lesson"), editor = Create(L"DAXControls.LessonMapEditor");
+    Call(lesson, L"Load", {u"lesson\t1\nstoryboard\ta\t\t\t\nmap\tM\tdefault\npage\t1\ta\n"});
+    Put(editor, L"Lesson", lesson);
+    Call(editor, L"CheckAllStoryboards");
+    ASSERT_HRESULT_SUCCEEDED(CallLibrary(L"contentObjects.dll", "DllUnregisterServer"));
+    EXPECT_FALSE(Create(L"ContentObjects.Lesson"));
+    Text part;
+    EXPECT_EQ(CodeOf([&] { part = GetText(Get(editor, L"GetCheckedLesson"), L"Save"); }), S_OK);
+    ASSERT_HRESULT_SUCCEEDED(CallLibrary(L"contentObjects.dll", "DllRegisterServer"));
+    EXPECT_EQ(part, GetText(lesson, L"Save"));
 }
 
 } // namespace dax::test

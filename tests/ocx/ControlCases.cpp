@@ -23,30 +23,27 @@ Action Presses(WPARAM key) {
 
 const Variant Nonsense(u"Provider=Nonsense");
 
-void Validate(HostedControl& hosted) {
-    hosted.Do(L"ValidateDataConnection", {Variant(u""), Variant(u""), Variant(true)});
-}
+void Validate(HostedControl& hosted) { hosted.Do(L"ValidateDataConnection", {u"", u"", true}); }
 
 void FillPanel(HostedControl& hosted) {
     const auto editor = Create(L"DAXControls.GroupEditor");
-    Put(editor.Get(), Connection, Variant(hosted.data->course.ConnectionString()));
-    Call(editor.Get(), L"LoadDatabase");
-    hosted.Do(L"UpdateFrom", {Variant(editor.Get())});
+    Put(editor, Connection, hosted.data->course.ConnectionString());
+    Call(editor, L"LoadDatabase");
+    hosted.Do(L"UpdateFrom", {editor});
 }
 
 void FillPicker(HostedControl& hosted) {
-    hosted.Do(L"LoadPicker",
-              {Variant(hosted.data->connector.ConnectionString()), Variant(u"admin"), Variant(u"course")});
+    hosted.Do(L"LoadPicker", {hosted.data->connector.ConnectionString(), u"admin", u"course"});
 }
 
 void FillEditor(HostedControl& hosted) {
-    hosted.Set(Connection, Variant(hosted.data->course.ConnectionString()));
+    hosted.Set(Connection, hosted.data->course.ConnectionString());
     hosted.Do(L"LoadDatabase");
     hosted.Set(L"CurrentLessonID", Variant(u"d"));
 }
 
 void FillLocks(HostedControl& hosted) {
-    hosted.Set(Connection, Variant(hosted.data->course.ConnectionString()));
+    hosted.Set(Connection, hosted.data->course.ConnectionString());
     hosted.Set(L"Username", Variant(u"ann"));
     hosted.Do(L"Refresh");
 }
@@ -64,17 +61,17 @@ void SelectAllAndFail(HostedControl& hosted) {
 
 void FillMap(HostedControl& hosted) {
     const auto lesson = Create(L"ContentObjects.Lesson");
-    Call(lesson.Get(), L"Load",
+    Call(lesson, L"Load",
          {Variant(u"lesson\t1\nstoryboard\ta\ttext\tA\tfirst\nstoryboard\tb\ttext\tB\tsecond\nstoryboard\tc\ttext\tC\t"
                   u"third\nmap\tM\tdefault\npage\t1\ta\npage\t1\tb\npage\t1\tc\ncurrent\ta\n")});
-    Put(hosted.control.Get(), L"Lesson", Variant(lesson.Get()), DISPATCH_PROPERTYPUTREF);
+    Put(hosted.control, L"Lesson", lesson, DISPATCH_PROPERTYPUTREF);
 }
 
 // What a host that has the focus elsewhere asks for: the panel reads a database that is not there.
 void UpdatesFromNothing(HostedControl& hosted) {
     const auto editor = Create(L"DAXControls.GroupEditor");
-    Put(editor.Get(), Connection, Nonsense);
-    hosted.Do(L"UpdateFrom", {Variant(editor.Get())});
+    Put(editor, Connection, Nonsense);
+    hosted.Do(L"UpdateFrom", {editor});
 }
 
 // As the row before leaves nothing to delete for the next.
@@ -87,7 +84,7 @@ void AddsAndSelectsAll(HostedControl& hosted) {
 Action LoadsFor(const char16_t* user) {
     return [user](HostedControl& hosted) {
         const Variant source(hosted.data->connector.ConnectionString());
-        hosted.Do(L"LoadPicker", {source, Variant(user), Variant(u"other")});
+        hosted.Do(L"LoadPicker", {source, Variant(user), u"other"});
     };
 }
 
@@ -96,7 +93,7 @@ Action Moves(int32_t movement) {
 }
 
 std::vector<ControlCase> MakeCases() {
-    const Variant no(false), yes(true);
+    const Variant no = false, yes = true;
     ControlCase validator{"DatabaseValidator", L"", {360, 120}, Validate};
     ControlCase picker{"SQLDBPicker", L"ComboBox", {200, 0}, FillPicker};
     ControlCase editor{"GroupEditor", L"SysTreeView32", {240, 320}, FillEditor};
@@ -115,7 +112,7 @@ std::vector<ControlCase> MakeCases() {
     map.keys = {{VK_DOWN, 2}, {VK_UP, 2}, {VK_END, 2}, {VK_DELETE, 5}};
 
     editor.kept = {{L"AllowDragDrop", no}, {L"Locked", yes}, {L"SingleExpand", yes}};
-    map.kept = {{L"AllowDragDrop", no}, {L"CaptionStyle", Variant(7)}, {L"Checkboxes", yes}, {L"Locked", yes}};
+    map.kept = {{L"AllowDragDrop", no}, {L"CaptionStyle", 7}, {L"Checkboxes", yes}, {L"Locked", yes}};
     map.kept.push_back({L"ShowDefaultMapOnly", yes});
 
     picker.events = {{1, LoadsFor(u"admin")}, {1, LoadsFor(u"stranger")}, {1, Presses(VK_DOWN)}};
@@ -157,26 +154,23 @@ const std::vector<ControlCase>& ControlCases() {
 
 void PrintTo(const ControlCase& row, std::ostream* out) { *out << row.name; }
 
-ComPtr<IDispatch> Create(const ControlCase& row) {
-    const std::string name(row.name);
-    return Create((L"DAXControls." + std::wstring(name.begin(), name.end())).c_str());
-}
+ComPtr<IDispatch> Create(const ControlCase& row) { return Create(L"DAXControls." + ToWide(FromUtf8(row.name))); }
 
 HostedControl::HostedControl(const ControlCase& row, LONG verb, const TestSite* beside)
     : what(row), site(beside), control(Create(row)) {
     if (beside) OffsetRect(&site.place, 0, 120);
     object = test::Place(control.Get(), site, verb);
-    inPlace = Query<IOleInPlaceObject>(control.Get(), IID_IOleInPlaceObject);
+    inPlace = control.As<IOleInPlaceObject>(IID_IOleInPlaceObject);
     child = window = WindowOf(control.Get());
     if (!row.child.empty()) child = FindWindowExW(window, nullptr, row.child.c_str(), nullptr);
     EXPECT_TRUE(window && child);
-    sink.Connect(control.Get());
+    sink.Connect(control);
 }
 
 HostedControl::~HostedControl() {
     onEvent = nullptr;
     site.called = nullptr;
-    LetGo();
+    Close();
 }
 
 void HostedControl::Fill() {
@@ -184,6 +178,10 @@ void HostedControl::Fill() {
     data = &sample;
     what.fill(*this);
     heard.clear();
+}
+
+void HostedControl::DoVerb(LONG verb) {
+    EXPECT_HRESULT_SUCCEEDED(object->DoVerb(verb, nullptr, &site, 0, site.window, nullptr));
 }
 
 bool HostedControl::Press(WPARAM key) {
@@ -200,14 +198,14 @@ bool HostedControl::Press(WPARAM key) {
 }
 
 void HostedControl::Do(const wchar_t* member, std::initializer_list<Variant> arguments) const {
-    Call(control.Get(), member, arguments); // as a host does, which has no reference but its own
+    Call(control, member, arguments); // as a host does, which has no reference but its own
 }
 
-void HostedControl::Set(const wchar_t* property, const Variant& value) const { Put(control.Get(), property, value); }
+void HostedControl::Set(const wchar_t* property, const Variant& value) const { Put(control, property, value); }
 
 void HostedControl::AmbientChanged(DISPID dispid, const Variant& value) {
     site.ambients[dispid] = value;
-    const auto ole = Query<IOleControl>(control.Get(), IID_IOleControl);
+    const auto ole = control.As<IOleControl>(IID_IOleControl);
     EXPECT_HRESULT_SUCCEEDED(ole->OnAmbientPropertyChange(dispid));
 }
 
@@ -218,7 +216,7 @@ RECT HostedControl::Place() const {
     return place;
 }
 
-void HostedControl::LetGo() {
+void HostedControl::Close() {
     sink.Disconnect();
     if (object) {
         object->Close(OLECLOSE_NOSAVE);
@@ -231,8 +229,8 @@ void HostedControl::LetGo() {
 }
 
 bool HostedControl::IsGone() const {
-    return PumpUntil([this] { return !IsWindow(window) && !IsWindow(child); }) && site.references == 1 &&
-           sink.references == 1;
+    return PumpUntil([this] { return !IsWindow(window) && !IsWindow(child); }) && site.IsReleased() &&
+           sink.IsReleased();
 }
 
 } // namespace dax::test

@@ -1,4 +1,5 @@
-// The lifetime of each control: what a host keeps of it, every way to let go, inside events and calls too.
+// The lifetime of each control: what a host keeps of it, every way to release it, inside events and calls too, and what
+// a thousand cycles of creation and release leave behind.
 #include "ControlCases.h"
 
 #include <algorithm>
@@ -21,36 +22,32 @@ public:
         EXPECT_HRESULT_SUCCEEDED(StgCreateDocfileOnILockBytes(
             bytes.Get(), STGM_CREATE | STGM_READWRITE | STGM_SHARE_EXCLUSIVE, 0, storage.Out()));
     }
-    void Save(IDispatch* control) {
-        const auto persist = Query<IPersistStreamInit>(control, IID_IPersistStreamInit);
+    void Save(ObjectRef control) {
         if (form == Bag) {
-            EXPECT_HRESULT_SUCCEEDED(
-                Query<IPersistPropertyBag>(control, IID_IPersistPropertyBag)->Save(&bag, TRUE, TRUE));
-        }
-        if (form == Stream) {
+            EXPECT_EQ(control.As<IPersistPropertyBag>(IID_IPersistPropertyBag)->Save(&bag, TRUE, TRUE), S_OK);
+        } else if (form == Storage) {
+            const auto persist = control.As<IPersistStorage>(IID_IPersistStorage);
+            EXPECT_HRESULT_SUCCEEDED(persist->Save(storage.Get(), FALSE));
+            EXPECT_HRESULT_SUCCEEDED(persist->SaveCompleted(nullptr));
+        } else {
             ULARGE_INTEGER size{};
             STATSTG state{};
+            const auto persist = control.As<IPersistStreamInit>(IID_IPersistStreamInit);
             EXPECT_HRESULT_SUCCEEDED(persist->GetSizeMax(&size));
             EXPECT_HRESULT_SUCCEEDED(persist->Save(stream.Get(), TRUE));
             EXPECT_HRESULT_SUCCEEDED(stream->Stat(&state, STATFLAG_NONAME));
             EXPECT_EQ(size.QuadPart, state.cbSize.QuadPart);
             EXPECT_HRESULT_SUCCEEDED(stream->Write("after", 5, nullptr));
         }
-        if (form == Storage) {
-            const auto stored = Query<IPersistStorage>(control, IID_IPersistStorage);
-            EXPECT_HRESULT_SUCCEEDED(stored->Save(storage.Get(), FALSE));
-            EXPECT_HRESULT_SUCCEEDED(stored->SaveCompleted(nullptr));
-        }
     }
-    HRESULT Load(IDispatch* control) {
-        if (form == Bag) return Query<IPersistPropertyBag>(control, IID_IPersistPropertyBag)->Load(&bag, nullptr);
-        if (form == Storage) return Query<IPersistStorage>(control, IID_IPersistStorage)->Load(storage.Get());
-        EXPECT_HRESULT_SUCCEEDED(stream->Seek({}, STREAM_SEEK_SET, nullptr));
-        const HRESULT result = Query<IPersistStreamInit>(control, IID_IPersistStreamInit)->Load(stream.Get());
-        if (FAILED(result)) return result;
+    HRESULT Load(ObjectRef control) {
+        if (form == Bag) return control.As<IPersistPropertyBag>(IID_IPersistPropertyBag)->Load(&bag, nullptr);
+        if (form == Storage) return control.As<IPersistStorage>(IID_IPersistStorage)->Load(storage.Get());
         char rest[5] = {};
-        EXPECT_HRESULT_SUCCEEDED(stream->Read(rest, 5, nullptr));
-        EXPECT_EQ(std::string(rest, 5), "after") << "reads what is its own, and no more";
+        EXPECT_HRESULT_SUCCEEDED(stream->Seek({}, STREAM_SEEK_SET, nullptr));
+        const HRESULT result = control.As<IPersistStreamInit>(IID_IPersistStreamInit)->Load(stream.Get());
+        EXPECT_HRESULT_SUCCEEDED(stream->Read(rest, FAILED(result) ? 0 : 5, nullptr));
+        EXPECT_TRUE(FAILED(result) || std::string(rest, 5) == "after") << "reads what is its own, and no more";
         return result;
     }
 
@@ -64,29 +61,21 @@ private:
 };
 
 bool IsDirty(const ComPtr<IDispatch>& control) {
-    return Query<IPersistStreamInit>(control.Get(), IID_IPersistStreamInit)->IsDirty() == S_OK;
+    return control.As<IPersistStreamInit>(IID_IPersistStreamInit)->IsDirty() == S_OK;
 }
 
-bool Has(const ComPtr<IDispatch>& control, const std::pair<const wchar_t*, Variant>& property) {
-    const Variant value = Call(control.Get(), property.first);
-    return value.vt == property.second.vt &&
-           (value.vt == VT_BOOL ? value.boolVal == property.second.boolVal : value.lVal == property.second.lVal);
-}
-
-DISPID DispidOf(IDispatch* object, std::wstring name) {
-    LPOLESTR names[] = {name.data()};
-    DISPID dispid = DISPID_UNKNOWN;
-    EXPECT_HRESULT_SUCCEEDED(object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_NEUTRAL, &dispid));
-    return dispid;
+bool Has(ObjectRef control, const std::pair<const wchar_t*, Variant>& property) {
+    const Variant value = Call(control, property.first);
+    return value.vt == property.second.vt && value.Long() == property.second.Long();
 }
 
 // Hears which property has changed.
-class ChangeListener final : public TestDispatch<IPropertyNotifySink> {
+class ChangeListener final : public StackObject<Implements<IPropertyNotifySink, IID_IPropertyNotifySink>> {
 public:
-    explicit ChangeListener(IDispatch* control) {
-        const auto container = Query<IConnectionPointContainer>(control, IID_IConnectionPointContainer);
+    explicit ChangeListener(ObjectRef control) {
+        const auto container = Query<IConnectionPointContainer>(control.Get(), IID_IConnectionPointContainer);
         EXPECT_HRESULT_SUCCEEDED(container->FindConnectionPoint(IID_IPropertyNotifySink, point.Out()));
-        TestDispatch<> without;
+        StackObject<> without;
         EXPECT_EQ(point->Advise(&without, &cookie), CONNECT_E_CANNOTCONNECT);
         EXPECT_HRESULT_SUCCEEDED(point->Advise(static_cast<IDispatch*>(this), &cookie));
     }
@@ -96,9 +85,6 @@ public:
     DISPID last = DISPID_UNKNOWN;
 
 private:
-    void* Find(REFIID iid) override {
-        return iid == IID_IPropertyNotifySink ? static_cast<IPropertyNotifySink*>(this) : nullptr;
-    }
     ComPtr<IConnectionPoint> point;
     DWORD cookie = 0;
 };
@@ -114,16 +100,18 @@ TEST_P(ControlLife, IsKeptInBagStreamAndStorage) {
         EXPECT_FALSE(IsDirty(first.control));
         first.object->Close(OLECLOSE_SAVEIFDIRTY);
         EXPECT_EQ(first.site.saves, 0);
-        ChangeListener changes(first.control.Get());
+        ChangeListener changes(first.control);
         for (const auto& property : kept) {
             EXPECT_FALSE(Has(first.control, property)) << "is the default";
-            Put(first.control.Get(), property.first, property.second);
-            EXPECT_EQ(changes.last, DispidOf(first.control.Get(), property.first));
+            Put(first.control, property.first, property.second);
+            DISPID dispid = DISPID_UNKNOWN;
+            EXPECT_HRESULT_SUCCEEDED(FindMember(first.control.Get(), property.first, dispid));
+            EXPECT_EQ(changes.last, dispid);
         }
         EXPECT_EQ(IsDirty(first.control), !kept.empty());
         first.object->Close(OLECLOSE_SAVEIFDIRTY);
         EXPECT_EQ(first.site.saves, kept.empty() ? 0 : 1);
-        keeping.Save(first.control.Get());
+        keeping.Save(first.control);
         EXPECT_FALSE(IsDirty(first.control));
         std::vector<std::wstring> names;
         for (const auto& [name, value] : kept) names.emplace_back(name);
@@ -133,13 +121,13 @@ TEST_P(ControlLife, IsKeptInBagStreamAndStorage) {
 
         TestSite site;
         const auto other = Create(GetParam());
-        const auto object = Query<IOleObject>(other.Get(), IID_IOleObject);
+        const auto object = other.As<IOleObject>(IID_IOleObject);
         object->SetClientSite(&site);
-        EXPECT_HRESULT_SUCCEEDED(keeping.Load(other.Get()));
+        EXPECT_HRESULT_SUCCEEDED(keeping.Load(other));
         EXPECT_FALSE(IsDirty(other));
-        EXPECT_EQ(keeping.Load(other.Get()), CO_E_ALREADYINITIALIZED);
+        EXPECT_EQ(keeping.Load(other), CO_E_ALREADYINITIALIZED);
         for (const auto& property : kept) EXPECT_TRUE(Has(other, property)) << ToUtf8(FromWide(property.first));
-        first.object->DoVerb(OLEIVERB_SHOW, nullptr, &first.site, 0, first.site.window, nullptr);
+        first.DoVerb(OLEIVERB_SHOW);
         object->DoVerb(OLEIVERB_SHOW, nullptr, &site, 0, site.window, nullptr);
         const HWND window = WindowOf(other.Get());
         const HWND child = !GetParam().child.empty() ? GetWindow(window, GW_CHILD) : window;
@@ -148,7 +136,7 @@ TEST_P(ControlLife, IsKeptInBagStreamAndStorage) {
         object->SetClientSite(nullptr);
     }
     const auto control = Create(GetParam());
-    const auto persist = Query<IPersistStreamInit>(control.Get(), IID_IPersistStreamInit);
+    const auto persist = control.As<IPersistStreamInit>(IID_IPersistStreamInit);
     ComPtr<IStream> garbage;
     ASSERT_HRESULT_SUCCEEDED(CreateStreamOnHGlobal(nullptr, TRUE, garbage.Out()));
     garbage->Write("garbage!garbage!", 16, nullptr);
@@ -163,9 +151,9 @@ TEST_P(ControlLife, AHostMayDoAnythingInsideEachEvent) {
     enum Action { Freezes, Deactivates, Releases };
     constexpr long Leave = 0;
     for (const EventCase& row : GetParam().events)
-        for (const auto deed : {Freezes, Deactivates, Releases}) {
+        for (const auto action : {Freezes, Deactivates, Releases}) {
             SCOPED_TRACE(testing::Message() << "event " << row.event << ", row " << &row - &GetParam().events[0]
-                                            << ", answer " << row.answer << ", deed " << deed);
+                                            << ", answer " << row.answer << ", action " << action);
             HostedControl hosted(GetParam());
             hosted.Fill();
             if (row.arrange) row.arrange(hosted);
@@ -175,18 +163,17 @@ TEST_P(ControlLife, AHostMayDoAnythingInsideEachEvent) {
                 if (event != row.event) return;
                 if (++events > 1) hosted.sink.answer = Leave; // else what failed would be tried for ever
                 if (events > 1) return;
-                if (deed == Deactivates) hosted.inPlace->InPlaceDeactivate();
-                if (deed == Releases) hosted.LetGo();
+                if (action == Deactivates) hosted.inPlace->InPlaceDeactivate();
+                if (action == Releases) hosted.Close();
             };
-            if (deed == Freezes) Query<IOleControl>(hosted.control.Get(), IID_IOleControl)->FreezeEvents(TRUE);
+            if (action == Freezes) hosted.control.As<IOleControl>(IID_IOleControl)->FreezeEvents(TRUE);
             row.cause(hosted);
-            EXPECT_TRUE(PumpUntil([&] { return deed == Freezes || events > 0; }));
-            if (deed == Freezes) {
+            EXPECT_TRUE(PumpUntil([&] { return action == Freezes || events > 0; }));
+            if (action == Freezes) {
                 EXPECT_EQ(events, 0);
-            } else if (deed == Deactivates) {
+            } else if (action == Deactivates) {
                 EXPECT_TRUE(hosted.site.uiDeactivations == 1 && hosted.site.deactivations == 1);
-                EXPECT_HRESULT_SUCCEEDED(
-                    hosted.object->DoVerb(OLEIVERB_UIACTIVATE, nullptr, &hosted.site, 0, hosted.site.window, nullptr));
+                hosted.DoVerb(OLEIVERB_UIACTIVATE);
                 EXPECT_TRUE(IsWindowVisible(hosted.child));
             } else {
                 EXPECT_EQ(events, 1);
@@ -196,14 +183,14 @@ TEST_P(ControlLife, AHostMayDoAnythingInsideEachEvent) {
         }
 }
 
-TEST_P(ControlLife, AHostMayLetGoInsideEachCallOfItsSite) {
+TEST_P(ControlLife, AHostMayCloseInsideEachCallOfItsSite) {
     std::set<std::string> calls;
     const auto run = [&](const std::string& last) {
         TestSite site;
         auto control = Create(GetParam());
-        auto object = Query<IOleObject>(control.Get(), IID_IOleObject);
+        auto object = control.As<IOleObject>(IID_IOleObject);
         HWND window = nullptr;
-        const auto letGo = [&] {
+        const auto close = [&] {
             if (!object) return;
             window = WindowOf(control.Get());
             control.Reset();
@@ -214,7 +201,7 @@ TEST_P(ControlLife, AHostMayLetGoInsideEachCallOfItsSite) {
         };
         site.called = [&](const std::string& call) {
             if (last.empty()) calls.insert(call);
-            if (call == last) letGo();
+            if (call == last) close();
         };
         const std::function<void()> steps[] = {
             [&] { object->SetClientSite(&site); },
@@ -224,13 +211,13 @@ TEST_P(ControlLife, AHostMayLetGoInsideEachCallOfItsSite) {
                 if (site.activeObject) site.activeObject->TranslateAccelerator(&key);
             },
             [&] { SetFocus(site.window); },
-            [&] { Query<IOleInPlaceObject>(control.Get(), IID_IOleInPlaceObject)->InPlaceDeactivate(); },
+            [&] { control.As<IOleInPlaceObject>(IID_IOleInPlaceObject)->InPlaceDeactivate(); },
         };
         for (const auto& step : steps)
             if (object) step();
-        letGo();
+        close();
         EXPECT_TRUE(PumpUntil([&] { return !window || !IsWindow(window); }));
-        EXPECT_EQ(site.references, 1u);
+        EXPECT_TRUE(site.IsReleased());
         EXPECT_EQ(site.activations, site.deactivations);
         EXPECT_EQ(site.uiActivations, site.uiDeactivations);
     };
@@ -242,7 +229,7 @@ TEST_P(ControlLife, AHostMayLetGoInsideEachCallOfItsSite) {
     }
 }
 
-TEST_P(ControlLife, HostsMayLetGoInAnyOrder) {
+TEST_P(ControlLife, HostsMayCloseInAnyOrder) {
     enum Step { Close, NoSite, Deactivate, DestroyHost, Release };
     const std::vector<Step> orders[] = {{Close, NoSite, Release},      {NoSite, Close, Release},
                                         {Deactivate, NoSite, Release}, {Release},

@@ -43,56 +43,59 @@ void OcxTest::TearDown() {
         EXPECT_TRUE(PumpUntil([library] { return CallLibrary(library, "DllCanUnloadNow") == S_OK; })) << "is in use";
 }
 
-ComPtr<IDispatch> Create(const wchar_t* progID) {
+ComPtr<IDispatch> Create(const std::wstring& progID) {
     CLSID clsid{};
     ComPtr<IDispatch> object;
-    if (SUCCEEDED(CLSIDFromProgID(progID, &clsid)))
+    if (SUCCEEDED(CLSIDFromProgID(progID.c_str(), &clsid)))
         CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.OutVoid());
     return object;
 }
 
-Variant Call(IDispatch* object, const wchar_t* member, std::initializer_list<Variant> arguments, WORD kind) {
-    std::wstring name = member;
-    LPOLESTR names[] = {name.data()};
+Variant Call(ObjectRef object, const wchar_t* member, std::span<const Variant> arguments, WORD kind) {
     DISPID dispid = 0;
-    const HRESULT known = object ? object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &dispid) : E_POINTER;
-    if (FAILED(known)) throw CallFailure{known, u"", u""};
-    std::vector<Variant> reversed(std::make_reverse_iterator(arguments.end()),
-                                  std::make_reverse_iterator(arguments.begin()));
-    DISPID put = DISPID_PROPERTYPUT;
-    DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
-    if (kind & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) {
-        parameters.rgdispidNamedArgs = &put;
-        parameters.cNamedArgs = 1;
-    }
-    Variant result;
-    EXCEPINFO info{};
-    const HRESULT code =
-        object->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters, &result, &info, nullptr);
-    if (SUCCEEDED(code)) return result;
-    const CallFailure failure{code == DISP_E_EXCEPTION ? info.scode : code, FromBstr(info.bstrDescription),
-                              FromBstr(info.bstrSource)};
-    SysFreeString(info.bstrDescription);
-    SysFreeString(info.bstrSource);
-    SysFreeString(info.bstrHelpFile);
-    throw failure;
+    const HRESULT known = FindMember(object.Get(), member, dispid);
+    if (FAILED(known)) throw Failure{known, u"", u""};
+    DispatchResult result = InvokeMember(object.Get(), dispid, kind, arguments);
+    if (FAILED(result.code)) throw Failure{result.code, result.description, result.source};
+    return std::move(result.value);
 }
 
-Text TextOf(const Variant& value) { return value.vt == VT_BSTR ? FromBstr(value.bstrVal) : u"(no text)"; }
-ComPtr<IDispatch> ObjectOf(const Variant& value) { return value.vt == VT_DISPATCH ? value.pdispVal : nullptr; }
-void Put(IDispatch* object, const wchar_t* property, const Variant& value, WORD kind) {
-    Call(object, property, {value}, kind);
+Variant Call(ObjectRef object, const wchar_t* member, std::initializer_list<Variant> arguments) {
+    return Call(object, member, {arguments.begin(), arguments.size()}, DISPATCH_METHOD | DISPATCH_PROPERTYGET);
 }
+
+ComPtr<IDispatch> Get(ObjectRef object, const wchar_t* member, std::initializer_list<Variant> arguments) {
+    const Variant value = Call(object, member, arguments);
+    return value.vt == VT_DISPATCH ? value.pdispVal : nullptr;
+}
+
+Text GetText(ObjectRef object, const wchar_t* member) { return TextOf(Call(object, member)); }
+
+void Put(ObjectRef object, const wchar_t* property, const Variant& value, WORD kind) {
+    Call(object, property, {&value, 1}, kind);
+}
+
 HRESULT CodeOf(const std::function<void()>& call) {
     try {
         call();
         return S_OK;
-    } catch (const CallFailure& failure) {
+    } catch (const Failure& failure) {
         return failure.code;
     }
 }
-bool IsTrue(const Variant& value) { return value.vt == VT_BOOL && value.boolVal == VARIANT_TRUE; }
+
+Text TextOf(const Variant& value) { return value.vt == VT_BSTR ? FromBstr(value.bstrVal) : u"(no text)"; }
+
 int32_t NumberOf(const Variant& value) { return value.vt == VT_I4 ? value.lVal : INT32_MIN; }
+
+std::vector<Variant> Enumerated(ObjectRef collection) {
+    const Variant returned = Call(collection, L"_NewEnum");
+    std::vector<Variant> elements;
+    const auto enumerator = Query<IEnumVARIANT>(returned.punkVal, IID_IEnumVARIANT);
+    for (Variant element; enumerator && enumerator->Next(1, &element, nullptr) == S_OK; element = Variant())
+        elements.push_back(element);
+    return elements;
+}
 
 void PumpPending() {
     MSG message;
@@ -113,38 +116,22 @@ bool PumpUntil(const std::function<bool()>& condition) {
     }
 }
 
-void Sink::Connect(IUnknown* object) {
-    GUID events{};
-    const auto info = Query<IProvideClassInfo2>(object, IID_IProvideClassInfo2);
-    const auto container = Query<IConnectionPointContainer>(object, IID_IConnectionPointContainer);
-    ASSERT_TRUE(info && container);
-    ASSERT_HRESULT_SUCCEEDED(info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &events));
-    ASSERT_HRESULT_SUCCEEDED(container->FindConnectionPoint(events, point.Out()));
-    ASSERT_HRESULT_SUCCEEDED(point->Advise(this, &cookie));
+void Sink::Connect(ObjectRef object) {
+    connection = EventConnection(object.Get(), [this](const ReceivedEvent& event) { Hear(event); });
+    EXPECT_TRUE(connection);
 }
 
-void Sink::Disconnect() {
-    const ComPtr<IConnectionPoint> former = std::move(point);
-    if (former) former->Unadvise(cookie);
-}
-
-HRESULT Sink::Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*, EXCEPINFO*, UINT*) {
-    std::vector<Text> arguments;
-    for (UINT i = parameters->cArgs; i-- > 0;) {
-        VARIANT& argument = parameters->rgvarg[i];
-        Variant text;
-        EXPECT_HRESULT_SUCCEEDED(VariantCopyInd(&text, &argument));
-        if (text.vt == VT_DISPATCH)
-            text = text.pdispVal ? Call(text.pdispVal, L"SBID") : Variant(u"");
-        else
-            EXPECT_HRESULT_SUCCEEDED(VariantChangeType(&text, &text, 0, VT_BSTR));
-        arguments.push_back(TextOf(text));
+void Sink::Hear(const ReceivedEvent& event) const {
+    HeardEvent heard{event.dispid, ToUtf8(FromWide(event.name)), {}};
+    std::vector<VARIANT*> references;
+    for (VARIANT* argument : ReceivedArguments(event.call)) {
+        Variant value = Dereferenced(*argument);
+        if (value.vt == VT_DISPATCH) value = value.pdispVal ? Call(value.pdispVal, L"SBID") : Variant();
+        heard.arguments.push_back(FromWide(value.Text()));
+        if (argument->vt == (VT_I4 | VT_BYREF)) references.push_back(argument);
     }
-    const Listener called = listener;
-    called(dispid, arguments);
-    for (UINT i = 0; i < parameters->cArgs; ++i)
-        if (parameters->rgvarg[i].vt == (VT_I4 | VT_BYREF)) *parameters->rgvarg[i].plVal = answer;
-    return S_OK;
+    listener(heard);
+    for (VARIANT* const reference : references) *reference->plVal = answer;
 }
 
 } // namespace dax::test

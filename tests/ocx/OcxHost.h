@@ -1,14 +1,11 @@
-// What the tests of the control library share: the library itself, registered; automation by name; a host's site.
+// What the tests of the control library share: the library itself, registered; automation by name; objects of a host.
 #pragma once
 
 #if defined(__GNUC__)
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // COM interfaces have no destructors by contract
 #endif
 
-#include "TestDispatch.h"
-
-#include "com/ComPtr.h"
-#include "com/Variant.h"
+#include "com/EventSink.h"
 
 #include <gtest/gtest.h>
 
@@ -44,48 +41,59 @@ protected:
     void TearDown() override;
 };
 
-// Every visible control.
-inline constexpr const wchar_t* Controls[] = {
-    L"DAXControls.DatabaseValidator", L"DAXControls.SQLDBPicker", L"DAXControls.GroupEditor",
-    L"DAXControls.LockManager",       L"DAXControls.LessonInfo",  L"DAXControls.LockInfo",
-    L"DAXControls.LessonMapEditor",
-};
-
-ComPtr<IDispatch> Create(const wchar_t* progID);
+ComPtr<IDispatch> Create(const std::wstring& progID);
 
 // A call by name, the arguments in their written order. Throws CallFailure when it fails.
 struct CallFailure {
     HRESULT code;
     Text description, source;
 };
-Variant Call(IDispatch* object, const wchar_t* member, std::initializer_list<Variant> arguments = {},
-             WORD kind = DISPATCH_METHOD | DISPATCH_PROPERTYGET);
-Text TextOf(const Variant& value);
-ComPtr<IDispatch> ObjectOf(const Variant& value);
-void Put(IDispatch* object, const wchar_t* property, const Variant& value, WORD kind = DISPATCH_PROPERTYPUT);
+using ObjectRef = const ComPtr<IDispatch>&;
+Variant Call(ObjectRef object, const wchar_t* member, std::span<const Variant> arguments, WORD kind);
+Variant Call(ObjectRef object, const wchar_t* member, std::initializer_list<Variant> arguments = {});
+ComPtr<IDispatch> Get(ObjectRef object, const wchar_t* member, std::initializer_list<Variant> arguments = {});
+Text GetText(ObjectRef object, const wchar_t* member);
+void Put(ObjectRef object, const wchar_t* property, const Variant& value, WORD kind = DISPATCH_PROPERTYPUT);
 // The code of the failure of a call; S_OK when it works.
 HRESULT CodeOf(const std::function<void()>& call);
-bool IsTrue(const Variant& value);
+Text TextOf(const Variant& value);
 int32_t NumberOf(const Variant& value);
+// What For Each would give.
+std::vector<Variant> Enumerated(ObjectRef collection);
 
-// Hears every event of an object, the arguments as text; an object by its SBID.
-class Sink final : public TestDispatch<> {
+// An object of a host on the stack or inside another one, which sees who still refers to it.
+template <typename... Rows>
+class StackObject : public DispatchObject<Rows...> {
 public:
-    using Listener = std::function<void(DISPID event, const std::vector<Text>& arguments)>;
+    bool IsReleased() const { return this->References() == 1; }
+
+private:
+    void Destroy() override {}
+};
+
+struct HeardEvent {
+    DISPID dispid;
+    std::string name;
+    std::vector<Text> arguments; // an object by its SBID
+};
+
+// Hears every event of an object.
+class Sink {
+public:
+    using Listener = std::function<void(const HeardEvent&)>;
     explicit Sink(Listener listener) : listener(std::move(listener)) {}
 
-    void Connect(IUnknown* object); // to its default events
-    void Disconnect();
-
-    STDMETHODIMP Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*, EXCEPINFO*,
-                        UINT*) override;
+    void Connect(ObjectRef object); // to its default events
+    void Disconnect() { connection.Disconnect(); }
+    bool IsReleased() const { return connection.IsReleased(); }
 
     long answer = 0; // what an argument by reference is set to
 
 private:
+    void Hear(const ReceivedEvent& event) const;
+
     Listener listener;
-    ComPtr<IConnectionPoint> point;
-    DWORD cookie = 0;
+    EventConnection connection;
 };
 
 } // namespace dax::test

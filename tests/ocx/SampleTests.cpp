@@ -55,6 +55,12 @@ const SampleRun Runs[] = {
     {L"daxscript.exe", L"identifiers.js", Make<Course>, L"", 0,
      "G1-02  Title b\nG2-01  Title c\n2 groups, 2 identifiers given\n", Identifiers, u"#a G1-02 G2-01 #d"},
     {L"daxscript.exe", L"identifiers.js", nullptr, L"", 1, "LoadDatabase has failed\n"},
+    {L"daxscript.exe", L"lesson-map.vbs", nullptr, L"", 0,
+     "selected: A tour\nthe maps have changed: 1\nselected: Where are we?\nthe maps have changed: 2\n"
+     "selected: Welcome\nthe maps have changed: 2\n"
+     "Main (2)\n  A tour\n    Where are we?\nExtras (2)\n  Welcome\n  What to remember\n"
+     "the script's map: s1 s3\nchecked: s4\nlesson\t1\nstoryboard\ts4\tquestion\t\tWhere are we?\n"
+     "map\tMain\tdefault\npage\t1\ts4\n\ndone\n"},
     // Each line of these compares what was described with what is.
     {L"daxscript.exe", L"behaviour-hierarchy.vbs", Make<Course>, L"", 0, "...\neverything is as described\n"},
     {L"daxscript.exe", L"behaviour-locks.vbs", Make<Course>, L"ann", 0, "...\neverything is as described\n"},

@@ -11,16 +11,8 @@ TestSite::TestSite(const TestSite* beside) : hasOwnWindow(!beside) {
 }
 
 TestSite::~TestSite() {
-    EXPECT_EQ(references, 1u) << "the control still refers to its site";
+    EXPECT_TRUE(IsReleased()) << "the control still refers to its site";
     if (hasOwnWindow && IsWindow(window)) DestroyWindow(window);
-}
-
-void* TestSite::Find(REFIID iid) {
-    if (iid == IID_IOleClientSite) return static_cast<IOleClientSite*>(this);
-    if (iid == IID_IOleWindow || iid == IID_IOleInPlaceSite) return static_cast<IOleInPlaceSite*>(this);
-    if (iid == IID_IOleControlSite) return static_cast<IOleControlSite*>(this);
-    if (iid == IID_IOleInPlaceFrame || iid == IID_IOleInPlaceUIWindow) return static_cast<IOleInPlaceFrame*>(this);
-    return nullptr;
 }
 
 HRESULT TestSite::Tell(const char* call) {

@@ -2,9 +2,6 @@
 #pragma once
 
 #include "OcxHost.h"
-#include "TestDispatch.h"
-
-#include <olectl.h>
 
 #include <functional>
 #include <map>
@@ -13,7 +10,10 @@
 
 namespace dax::test {
 
-class TestSite final : public TestDispatch<IOleClientSite, IOleInPlaceSite, IOleControlSite, IOleInPlaceFrame> {
+class TestSite final : public StackObject<Implements<IOleClientSite, IID_IOleClientSite>,
+                                          Implements<IOleInPlaceSite, IID_IOleInPlaceSite, IID_IOleWindow>,
+                                          Implements<IOleControlSite, IID_IOleControlSite>,
+                                          Implements<IOleInPlaceFrame, IID_IOleInPlaceFrame, IID_IOleInPlaceUIWindow>> {
 public:
     // With a window of its own, 400 by 300 pixels inside, or in that of another site.
     explicit TestSite(const TestSite* beside = nullptr);
@@ -71,14 +71,13 @@ public:
     STDMETHODIMP Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*, UINT*) override;
 
 private:
-    void* Find(REFIID iid) override;
     HRESULT Tell(const char* call);
     HRESULT Count(int& calls, const char* call) { return ++calls, Tell(call); }
     const bool hasOwnWindow;
 };
 
 // A host's bag, which keeps what is written.
-class TestBag final : public TestDispatch<IPropertyBag> {
+class TestBag final : public StackObject<Implements<IPropertyBag, IID_IPropertyBag>> {
 public:
     std::vector<std::wstring> names; // in the order of writing
     std::map<std::wstring, Variant> values;
