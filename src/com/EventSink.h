@@ -1,8 +1,8 @@
 // Receives the events of an object through its default source interface, whatever that interface is.
 #pragma once
 
-#include "com/ComObject.h"
 #include "com/Dispatch.h"
+#include "com/DispatchObject.h"
 
 #include <ocidl.h>
 

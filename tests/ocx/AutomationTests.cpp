@@ -211,7 +211,7 @@ TEST_F(AutomationTest, PanelsReportThatAnEditorIsOneOfAnotherThread) {
             Text description;
             try {
                 Call(Create(name), L"UpdateFrom", {editor});
-            } catch (const Failure& failure) {
+            } catch (const CallFailure& failure) {
                 description = failure.description;
             }
             EXPECT_NE(description.find(u"another thread"), Text::npos) << ToUtf8(description);

@@ -9,7 +9,7 @@
 
 namespace dax::test {
 
-// What a member throws (Failure) is the failure of the call.
+// What a member throws (CallFailure) is the failure of the call.
 class FakeDispatch final : public DispatchObject<> {
 public:
     using Arguments = std::vector<Variant>; // as written; of a put its value
@@ -41,7 +41,7 @@ public:
         try {
             called(arguments).MoveTo(result);
             return S_OK;
-        } catch (const Failure& failure) {
+        } catch (const CallFailure& failure) {
             if (failure.description.empty() || !exception) return failure.code;
             *exception = {};
             exception->scode = failure.code;

@@ -12,10 +12,10 @@ Variant Find(const List& list, const Variant& index) {
         for (const auto& [name, object] : list) {
             if (name == TextOf(index)) return object;
         }
-        throw Failure{HRESULT(0x800A0005), u"no such element", u""}; // as many collections report it
+        throw CallFailure{HRESULT(0x800A0005), u"no such element", u""}; // as many collections report it
     }
     const auto place = static_cast<size_t>(NumberOf(index));
-    if (place >= list.size()) throw Failure{HRESULT(0x800A0009), u"", u""};
+    if (place >= list.size()) throw CallFailure{HRESULT(0x800A0009), u"", u""};
     return list[place].second;
 }
 

@@ -105,7 +105,7 @@ TEST_F(HostObjectTest, EveryFailureOfALessonIsAnError) {
                 if (isShownBefore) SetLesson(host.lesson);
                 FakeDispatch& object = choose(host);
                 object.members[member] = [fault](const auto&) -> Variant {
-                    if (fault == Failing) throw Failure{E_FAIL, u"on purpose", u""};
+                    if (fault == Failing) throw CallFailure{E_FAIL, u"on purpose", u""};
                     return fault == Text ? Variant(u"not what it should be") : Variant();
                 };
                 if (fault == Missing) object.members.erase(member);
@@ -243,7 +243,7 @@ TEST_F(HostObjectTest, FailuresOfTheUsersDoingAreTold) {
     Put(tree, L"SelectedItem", last, DISPATCH_PROPERTYPUTREF);
     hosted.heard.clear();
     host.before = [](const std::string& member) {
-        if (member == "CurrentSBID") throw Failure{HRESULT(0x800A04D2), u"on purpose", u""};
+        if (member == "CurrentSBID") throw CallFailure{HRESULT(0x800A04D2), u"on purpose", u""};
     };
     hosted.Press(VK_UP);
     EXPECT_EQ(hosted.heard, std::vector<DISPID>{7});
@@ -310,7 +310,7 @@ TEST_F(HostObjectTest, ALessonKeepsAHostsPagesAndMaps) {
     EXPECT_EQ(Get(pages, L"Item", {u"a"}).Get(), host.pages[0].second.Get());
     EXPECT_EQ(GetText(lesson, L"Save"), u"lesson\t1\nstoryboard\ta\tText\tid a\ttitle a\n");
     host.before = [](const std::string& member) {
-        if (member == "Title") throw Failure{HRESULT(0x800A03E9), u"no title today", u""};
+        if (member == "Title") throw CallFailure{HRESULT(0x800A03E9), u"no title today", u""};
     };
     EXPECT_EQ(CodeOf([&] { GetText(lesson, L"Save"); }), HRESULT(0x800A03E9));
     host.before = [](const std::string&) {};
@@ -350,7 +350,7 @@ TEST_F(HostObjectTest, AMapFillsAndReadsAnyTree) {
             nodes->members[L"Contains"] = contains;
         else
             nodes->members[L"Item"] = [&](const auto& arguments) -> Variant {
-                if (!contains(arguments)) throw Failure{HRESULT(0x800A8B11), u"element not found", u""};
+                if (!contains(arguments)) throw CallFailure{HRESULT(0x800A8B11), u"element not found", u""};
                 return tree[TextOf(arguments.at(0))].object;
             };
         nodes->members[L"Add"] = [&](const auto& arguments) {
@@ -414,7 +414,7 @@ TEST_F(HostObjectTest, AGroupOfLocksIsAnyCollection) {
     for (const auto& [code, count, number] : items) {
         own->members[L"Item"] = [&, code = code](const auto& arguments) -> Variant {
             if (TextOf(arguments.at(0)) == u"b") return u"b";
-            if (FAILED(code)) throw Failure{code, u"", u""};
+            if (FAILED(code)) throw CallFailure{code, u"", u""};
             return {};
         };
         EXPECT_EQ(shown(), count) << code;

@@ -69,7 +69,7 @@ protected:
     static std::string Outcome(const std::function<Variant()>& call) {
         try {
             return ToUtf8(FromWide(DescribeValue(call())));
-        } catch (const Failure& failure) {
+        } catch (const CallFailure& failure) {
             char code[16];
             std::snprintf(code, sizeof code, "%08lX", static_cast<unsigned long>(failure.code));
             return code;
@@ -541,7 +541,7 @@ TEST_F(MemberTest, FailuresCarryDescriptionAndSource) {
     try {
         Call(picker, L"LoadPicker", {u"Provider=Nonsense", u"a", u""});
         ADD_FAILURE() << "no provider of that name can be there";
-    } catch (const Failure& failure) {
+    } catch (const CallFailure& failure) {
         EXPECT_EQ(failure.code, E_FAIL);
         EXPECT_EQ(failure.source, u"DAXControls.SQLDBPicker");
         EXPECT_NE(failure.description.find(u"Nonsense"), Text::npos);

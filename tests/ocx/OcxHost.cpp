@@ -54,9 +54,9 @@ ComPtr<IDispatch> Create(const std::wstring& progID) {
 Variant Call(ObjectRef object, const wchar_t* member, std::span<const Variant> arguments, WORD kind) {
     DISPID dispid = 0;
     const HRESULT known = FindMember(object.Get(), member, dispid);
-    if (FAILED(known)) throw Failure{known, u"", u""};
+    if (FAILED(known)) throw CallFailure{known, u"", u""};
     DispatchResult result = InvokeMember(object.Get(), dispid, kind, arguments);
-    if (FAILED(result.code)) throw Failure{result.code, result.description, result.source};
+    if (FAILED(result.code)) throw CallFailure{result.code, result.description, result.source};
     return std::move(result.value);
 }
 
@@ -79,7 +79,7 @@ HRESULT CodeOf(const std::function<void()>& call) {
     try {
         call();
         return S_OK;
-    } catch (const Failure& failure) {
+    } catch (const CallFailure& failure) {
         return failure.code;
     }
 }

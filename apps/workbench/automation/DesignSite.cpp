@@ -1,6 +1,6 @@
 #include "automation/DesignSite.h"
 
-#include "com/ComObject.h"
+#include "com/DispatchObject.h"
 
 #include <ocidl.h>
 #include <olectl.h>
