@@ -1,7 +1,7 @@
 #include "Engine.h"
 
-#include "Diagnosis.h"
 #include "Output.h"
+#include "ScriptText.h"
 #include "com/ComError.h"
 #include "com/ComObject.h"
 #include "com/Dispatch.h"

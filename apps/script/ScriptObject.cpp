@@ -1,7 +1,7 @@
 #include "ScriptObject.h"
 
-#include "Diagnosis.h"
 #include "Output.h"
+#include "ScriptText.h"
 #include "com/ComError.h"
 
 #include <algorithm>
@@ -160,7 +160,7 @@ Variant ScriptObject::ConnectObject(const Arguments& arguments) {
         events = EventConnection(object.Get(), [&engine = engine, prefix = TextOf(arguments[1])](const auto& event) {
             engine.Call(prefix + event.name, event.parameters, event.call);
         });
-    } catch (const ComError&) { // told below, as an object without events is
+    } catch (const ComError&) { // reported below, as an object without events is
     }
     if (!events) throw ScriptError(DISP_E_TYPEMISMATCH, L"The object raises no events that a script can hear.");
     connections.push_back({std::move(object), std::move(events)});

@@ -1,4 +1,5 @@
-// Bases of our COM objects: counting, interfaces, class and error information, automation through the type library.
+// Bases of the library's COM objects: reference count, interfaces, class and error information, IDispatch through the
+// type library.
 #pragma once
 
 #include "com/ComError.h"
@@ -105,7 +106,7 @@ private:
     ReferenceCount references;
 };
 
-// An object with the dual interface `Interface`; `Base` is ClassObject or something on top of it.
+// An object with the dual interface `Interface`; `Base` is ClassObject or a class derived from it.
 template <typename Interface, typename Base = ClassObject>
 class DualObject : public Interface, public Base {
 public:

@@ -11,16 +11,16 @@ namespace dax {
 
 namespace {
 
-CONNECTDATA GiveConnection(const ConnectionPoint::Connection& held) {
+CONNECTDATA CopyConnection(const ConnectionPoint::Connection& held) {
     return {ComPtr(held.sink).Detach(), held.cookie};
 }
 
-IConnectionPoint* GivePoint(const ComPtr<IConnectionPoint>& held) { return ComPtr(held).Detach(); }
+IConnectionPoint* CopyPoint(const ComPtr<IConnectionPoint>& held) { return ComPtr(held).Detach(); }
 
 using ConnectionEnumerator =
-    Enumerator<IEnumConnections, IID_IEnumConnections, CONNECTDATA, ConnectionPoint::Connection, GiveConnection>;
+    Enumerator<IEnumConnections, IID_IEnumConnections, CONNECTDATA, ConnectionPoint::Connection, CopyConnection>;
 using PointEnumerator = Enumerator<IEnumConnectionPoints, IID_IEnumConnectionPoints, IConnectionPoint*,
-                                   ComPtr<IConnectionPoint>, GivePoint>;
+                                   ComPtr<IConnectionPoint>, CopyPoint>;
 
 } // namespace
 

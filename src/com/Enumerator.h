@@ -1,4 +1,4 @@
-// One enumerator for all kinds: a list taken when the enumeration begins, handed out piece by piece.
+// One template for all enumerators: of a list as it was when the enumeration began.
 #pragma once
 
 #include "com/ComObject.h"
@@ -10,34 +10,34 @@
 
 namespace dax {
 
-// `Held` is what the list keeps, `Element` what the interface hands out; `Give(const Held&)` makes the one from the
+// `Stored` is the type in the list, `Element` the type that the interface returns; `Copy` converts the one into the
 // other, with whatever reference or memory the receiver has to free.
-template <typename Interface, const IID& iid, typename Element, typename Held, Element (*Give)(const Held&)>
+template <typename Interface, const IID& iid, typename Element, typename Stored, Element (*Copy)(const Stored&)>
 class Enumerator final : public ComObject<Implements<Interface, iid>> {
 public:
-    using List = std::shared_ptr<const std::vector<Held>>;
+    using List = std::shared_ptr<const std::vector<Stored>>;
 
     explicit Enumerator(List list, size_t next = 0) : list(std::move(list)), next(next) {}
 
     // Fails with E_OUTOFMEMORY only.
-    static HRESULT Create(std::vector<Held> elements, Interface** result) {
+    static HRESULT Create(std::vector<Stored> elements, Interface** result) {
         if (!result) return E_POINTER;
-        *result = new (std::nothrow) Enumerator(std::make_shared<const std::vector<Held>>(std::move(elements)));
+        *result = new (std::nothrow) Enumerator(std::make_shared<const std::vector<Stored>>(std::move(elements)));
         return *result ? S_OK : E_OUTOFMEMORY;
     }
 
     STDMETHODIMP Next(ULONG count, Element* elements, ULONG* fetched) override {
         if (fetched) *fetched = 0;
         if (!elements || (!fetched && count != 1)) return E_POINTER;
-        ULONG given = 0;
+        ULONG copied = 0;
         try {
-            for (; given < count && next < list->size(); ++given) elements[given] = Give((*list)[next++]);
+            for (; copied < count && next < list->size(); ++copied) elements[copied] = Copy((*list)[next++]);
         } catch (...) {
-            if (fetched) *fetched = given;
+            if (fetched) *fetched = copied;
             return E_OUTOFMEMORY;
         }
-        if (fetched) *fetched = given;
-        return given == count ? S_OK : S_FALSE;
+        if (fetched) *fetched = copied;
+        return copied == count ? S_OK : S_FALSE;
     }
     STDMETHODIMP Skip(ULONG count) override {
         const size_t left = list->size() - next;

@@ -1,4 +1,4 @@
-// What one COM library (a DLL) is made of: its classes, its type library, its life.
+// What one COM library (a DLL) consists of: its classes, its type library, its lifetime.
 #pragma once
 
 #include "com/ComPtr.h"
@@ -53,8 +53,8 @@ void Lock();
 void Unlock();
 bool IsUsed();
 
-// From the type libraries inside the DLL, registered or not: its own, and one of foreign objects that it hands out.
-// Throws ComError.
+// From the type libraries inside the DLL, registered or not: its own, and that of the objects of another library which
+// it returns. Throws ComError.
 ComPtr<ITypeInfo> TypeInfo(const GUID& guid);
 
 } // namespace Module

@@ -11,7 +11,7 @@ namespace {
 
 std::atomic<long> users;
 std::mutex guard;
-// Held only while there are users: the DLL's own, and the one of foreign objects that it hands out.
+// Loaded only while there are users: the DLL's own, and that of the objects of another library which it returns.
 ComPtr<ITypeLib> typeLibraries[2];
 const char here = 0;
 

@@ -27,7 +27,7 @@ def check_error_numbers():
                 problems.append(f"{name}: Error({argument}, …): use a name of src/base/ErrorNumbers.h")
         # DispatchObject is for hosts: no object of the libraries is one.
         if name.startswith(("src/com", "src/ocx")) and name != "src/com/DispatchObject.h":
-            for line in re.findall(r"^.*(?:\breturn\b|\bComError\(|\bNothing\().*$", text, re.M):
+            for line in re.findall(r"^.*(?:\breturn\b|\bComError\(|\bReturnNone\().*$", text, re.M):
                 codes.update(re.findall(r"(?<![=!]= )\b(?:[A-Z]+_)?E_[A-Z]+\b", line))
     for name in sorted(named - used):
         problems.append(f"src/base/ErrorNumbers.h: nothing raises {name}")

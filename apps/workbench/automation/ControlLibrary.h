@@ -12,7 +12,7 @@ namespace dax::workbench {
 class ControlLibrary {
 public:
     // The libraries beside the program come first, so that what lies together is used together;
-    // `registeredOnly` leaves them aside.
+    // `registeredOnly` ignores them.
     explicit ControlLibrary(bool registeredOnly);
     ControlLibrary(const ControlLibrary&) = delete;
     ControlLibrary& operator=(const ControlLibrary&) = delete;

@@ -9,7 +9,7 @@ namespace dax::workbench {
 
 namespace {
 
-// The form's side: it answers that the control is being designed, and leaves all else to the control.
+// The form's site: its only ambient property is that the control is in design mode.
 class Form final : public DispatchObject<Implements<IOleClientSite, IID_IOleClientSite>> {
 public:
     STDMETHODIMP SaveObject() override { return E_NOTIMPL; }

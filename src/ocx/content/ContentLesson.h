@@ -5,7 +5,7 @@
 
 #include "com/Forwarding.h"
 #include "content/ContentLesson.h"
-#include "ocx/latebound/ContentLessonAdapters.h"
+#include "ocx/latebound/HostLesson.h"
 
 namespace dax {
 

@@ -1,4 +1,4 @@
-// A property collection as an automation object: the class of the content object library, which the controls hand out
+// A property collection as an automation object: the class of the content object library, which the controls return
 // as well.
 #pragma once
 

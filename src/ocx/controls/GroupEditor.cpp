@@ -14,8 +14,8 @@ namespace {
 constexpr DISPID AfterSelectionChangeEvent = 1, DataChangedEvent = 2, DeleteRequestEvent = 3, ErrorEvent = 4,
                  DblClickEvent = 5;
 
-// Only an editor of ours has this interface: it is then the default one of a GroupEditorControl.
-constexpr IID OwnEditor{0xb1a7b9f4, 0x52fd, 0x4b0c, {0x9d, 0x25, 0x0e, 0x6e, 0x51, 0x8c, 0x0a, 0x43}};
+// The private IID of a GroupEditorControl; it leads to its default interface.
+constexpr IID PrivateEditorID{0xb1a7b9f4, 0x52fd, 0x4b0c, {0x9d, 0x25, 0x0e, 0x6e, 0x51, 0x8c, 0x0a, 0x43}};
 
 class GroupEditorControl final : public ControlOf<_GroupEditor, GroupEditorWindow, GroupEditor> {
 public:
@@ -108,7 +108,7 @@ private:
     ~GroupEditorControl() override = default;
 
     void* Find(REFIID iid) override {
-        return iid == OwnEditor ? static_cast<_GroupEditor*>(this) : ControlOf::Find(iid);
+        return iid == PrivateEditorID ? static_cast<_GroupEditor*>(this) : ControlOf::Find(iid);
     }
 
     const std::shared_ptr<GroupEditor> editor = View().Editor();
@@ -119,7 +119,7 @@ private:
 
 std::shared_ptr<GroupEditor> HierarchyOf(_GroupEditor* editor) {
     if (!editor) return nullptr;
-    const auto own = Query<_GroupEditor>(editor, OwnEditor);
+    const auto own = Query<_GroupEditor>(editor, PrivateEditorID);
     if (!own) {
         // Every proxy has that interface, and nothing else has: the editor itself is elsewhere.
         const bool isElsewhere = static_cast<bool>(Query<IUnknown>(editor, IID_IClientSecurity));

@@ -3,7 +3,7 @@
 #include "base/Error.h"
 #include "com/ClassObject.h"
 #include "com/Enumerator.h"
-#include "ocx/latebound/ContentLessonCalls.h"
+#include "ocx/latebound/HostObject.h"
 
 #include <algorithm>
 #include <optional>
@@ -17,13 +17,13 @@ namespace {
 // A host's array or enumeration could be without end.
 constexpr int32_t MostElements = 1'000'000;
 
-// Only a collection of ours has this interface: it is then the default one of an IDCollectionObject.
-constexpr IID OwnCollection{0x7d1e5d0b, 0x3c0f, 0x4c59, {0xa6, 0x0d, 0x61, 0x0f, 0x53, 0x2d, 0x8e, 0x17}};
+// The private IID of an IDCollectionObject; it leads to its default interface.
+constexpr IID PrivateCollectionID{0x7d1e5d0b, 0x3c0f, 0x4c59, {0xa6, 0x0d, 0x61, 0x0f, 0x53, 0x2d, 0x8e, 0x17}};
 
 const ClassEntry collectionClass{
     &CLSID_IDCollection, &IID__IDCollection, nullptr, L"IDCollection", L"DAX identifiers", nullptr, 0};
 
-VARIANT GiveText(const Text& text) {
+VARIANT CopyText(const Text& text) {
     VARIANT result;
     VariantInit(&result);
     result.bstrVal = ToBstr(text);
@@ -31,7 +31,7 @@ VARIANT GiveText(const Text& text) {
     return result;
 }
 
-using TextEnumerator = Enumerator<IEnumVARIANT, IID_IEnumVARIANT, VARIANT, Text, GiveText>;
+using TextEnumerator = Enumerator<IEnumVARIANT, IID_IEnumVARIANT, VARIANT, Text, CopyText>;
 
 class IDCollectionObject final : public DualObject<_IDCollection> {
 public:
@@ -80,7 +80,7 @@ public:
 
 private:
     void* Find(REFIID iid) override {
-        return iid == OwnCollection ? static_cast<_IDCollection*>(this) : DualObject::Find(iid);
+        return iid == PrivateCollectionID ? static_cast<_IDCollection*>(this) : DualObject::Find(iid);
     }
 
     Text KeyFrom(const Variant& index) const {
@@ -141,7 +141,7 @@ private:
     enum class Way { Unknown, Own, Exists, Item, Elements };
 
     void FindWay() {
-        own = Query<_IDCollection>(host.Object(), OwnCollection);
+        own = Query<_IDCollection>(host.Object(), PrivateCollectionID);
         if (own)
             way = Way::Own;
         else if (host.Has(L"Exists"))
@@ -169,7 +169,7 @@ private:
         try {
             return !IsNothing(host.TryGetItem(L"Item", Variant(key)));
         } catch (const Error& error) {
-            // A list that knows places only.
+            // A list whose Item takes only a number.
             if (HostsNumber(error.Number()) != ErrorNumbers::TypeMismatch || !EnumeratorOf()) throw;
         }
         ReadElements();

@@ -1,4 +1,4 @@
-// Collections of identifiers as automation objects: those that the library hands out, and those that hosts hand in.
+// Collections of identifiers as automation objects: those that the library returns, and those that hosts pass.
 #pragma once
 
 #include "DAXControls.h"

@@ -1,6 +1,6 @@
 #include "ocx/hosting/Control.h"
 
-#include "ocx/hosting/Bags.h"
+#include "ocx/hosting/PropertyBags.h"
 
 #include <olectl.h>
 
@@ -33,7 +33,7 @@ void* Control::Find(REFIID iid) {
     return found ? found : ClassObject::Find(iid);
 }
 
-// Hosts let go in any order; whatever they have left out is made up for here.
+// Hosts release a control in any order; the steps that they have left out are taken here.
 void Control::Destroy() {
     window->FocusChanged = nullptr;
     window->SystemLookChanged = nullptr;
@@ -53,7 +53,7 @@ void Control::EnsureReady() {
     window->Create(nullptr, {0, 0, size.cx, size.cy});
 }
 
-// Comes as late as possible, when the host has said in which mode the control lives: hosts create, place and load in
+// Comes as late as possible, when the mode of the control is known: hosts create, place and load in
 // different orders.
 void Control::Become(PropertyBag* bag) {
     isReady = true;

@@ -6,7 +6,7 @@
 #include "com/Forwarding.h"
 #include "controls/win32/ControlWindow.h"
 #include "ocx/hosting/HostSite.h"
-#include "ocx/hosting/Pictures.h"
+#include "ocx/hosting/Metafile.h"
 
 #include <initializer_list>
 #include <memory>
@@ -31,7 +31,7 @@ public:
     STDMETHODIMP SetHostNames(LPCOLESTR, LPCOLESTR) override { return S_OK; }
     STDMETHODIMP Close(DWORD saveOption) override;
     STDMETHODIMP SetMoniker(DWORD, IMoniker*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetMoniker(DWORD, DWORD, IMoniker** moniker) override { return Nothing(moniker, E_NOTIMPL); }
+    STDMETHODIMP GetMoniker(DWORD, DWORD, IMoniker** moniker) override { return ReturnNone(moniker, E_NOTIMPL); }
     STDMETHODIMP InitFromData(IDataObject*, BOOL, DWORD) override { return E_NOTIMPL; }
     STDMETHODIMP GetClipboardData(DWORD, IDataObject** data) override;
     STDMETHODIMP DoVerb(LONG verb, LPMSG message, IOleClientSite*, LONG, HWND, LPCRECT place) override;
@@ -69,9 +69,9 @@ public:
     STDMETHODIMP Draw(DWORD aspect, LONG, void*, DVTARGETDEVICE*, HDC, HDC dc, LPCRECTL bounds, LPCRECTL,
                       BOOL(CALLBACK*)(ULONG_PTR), ULONG_PTR) override;
     STDMETHODIMP GetColorSet(DWORD, LONG, void*, DVTARGETDEVICE*, HDC, LOGPALETTE** colors) override {
-        return Nothing(colors, S_FALSE);
+        return ReturnNone(colors, S_FALSE);
     }
-    STDMETHODIMP Freeze(DWORD, LONG, void*, DWORD* key) override { return Nothing(key, E_NOTIMPL); }
+    STDMETHODIMP Freeze(DWORD, LONG, void*, DWORD* key) override { return ReturnNone(key, E_NOTIMPL); }
     STDMETHODIMP Unfreeze(DWORD) override { return E_NOTIMPL; }
     STDMETHODIMP SetAdvise(DWORD aspects, DWORD flags, IAdviseSink* sink) override;
     STDMETHODIMP GetAdvise(DWORD* aspects, DWORD* flags, IAdviseSink** sink) override;
@@ -120,9 +120,9 @@ protected:
     void ViewChanged();
 
 private:
-    // What a member answers that has nothing to give: the caller's variable is emptied all the same.
+    // The result of a member that has nothing to return; the caller's variable is cleared all the same.
     template <typename Result>
-    static HRESULT Nothing(Result* result, HRESULT code) {
+    static HRESULT ReturnNone(Result* result, HRESULT code) {
         if (!result) return E_POINTER;
         *result = {};
         return code;

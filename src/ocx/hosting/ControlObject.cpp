@@ -14,7 +14,7 @@ namespace dax {
 HRESULT Control::SetClientSite(IOleClientSite* client) {
     return Guard([&] {
         if (client == site.Client()) return;
-        InPlaceDeactivate(); // the former host hears of it; the window goes to the new one when it is shown there
+        InPlaceDeactivate(); // the former site is notified; the window goes to the new one when it is shown there
         site.Set(client);
         if (client && isReady) ReadAmbient();
     });
@@ -62,8 +62,8 @@ HRESULT Control::DoVerb(LONG verb, LPMSG, IOleClientSite*, LONG, HWND, LPCRECT w
 
 namespace {
 
-// A text that the caller frees.
-LPOLESTR Given(const wchar_t* text) {
+// A copy that the caller frees.
+LPOLESTR CopyToTaskMemory(const wchar_t* text) {
     const size_t size = (std::wcslen(text) + 1) * sizeof(wchar_t);
     const auto copy = static_cast<LPOLESTR>(CoTaskMemAlloc(size));
     if (!copy) throw ComError(E_OUTOFMEMORY);
@@ -71,9 +71,11 @@ LPOLESTR Given(const wchar_t* text) {
     return copy;
 }
 
-OLEVERB GiveVerb(const ControlVerb& verb) { return {verb.number, Given(verb.name), verb.menuFlags, verb.attributes}; }
+OLEVERB CopyVerb(const ControlVerb& verb) {
+    return {verb.number, CopyToTaskMemory(verb.name), verb.menuFlags, verb.attributes};
+}
 
-using VerbEnumerator = Enumerator<IEnumOLEVERB, IID_IEnumOLEVERB, OLEVERB, ControlVerb, GiveVerb>;
+using VerbEnumerator = Enumerator<IEnumOLEVERB, IID_IEnumOLEVERB, OLEVERB, ControlVerb, CopyVerb>;
 
 } // namespace
 
@@ -92,19 +94,19 @@ HRESULT Control::GetUserType(DWORD form, LPOLESTR* name) {
     const wchar_t* const text = form == USERCLASSTYPE_SHORT     ? Entry().name
                                 : form == USERCLASSTYPE_APPNAME ? ThisLibrary().name
                                                                 : Entry().description;
-    return Guard([&] { *name = Given(text); });
+    return Guard([&] { *name = CopyToTaskMemory(text); });
 }
 
 HRESULT Control::SetExtent(DWORD aspect, SIZEL* size) {
     if (!size) return E_POINTER;
     if (aspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
     if (size->cx < 0 || size->cy < 0) return E_INVALIDARG;
-    extent = *size; // only told back: where the control is drawn, the host says in pixels
+    extent = *size; // only returned again: the host gives the place to draw in pixels
     return S_OK;
 }
 
 HRESULT Control::GetExtent(DWORD aspect, SIZEL* size) {
-    if (aspect != DVASPECT_CONTENT) return Nothing(size, DV_E_DVASPECT);
+    if (aspect != DVASPECT_CONTENT) return ReturnNone(size, DV_E_DVASPECT);
     if (!size) return E_POINTER;
     return Guard([&] {
         const bool isSet = extent.cx > 0 && extent.cy > 0;

@@ -1,6 +1,6 @@
 // The control's design-time properties in a host's stream, storage or property bag.
-#include "ocx/hosting/Bags.h"
 #include "ocx/hosting/Control.h"
+#include "ocx/hosting/PropertyBags.h"
 
 namespace dax {
 

@@ -2,7 +2,7 @@
 #include "com/ComError.h"
 #include "controls/win32/GdiSurface.h"
 #include "ocx/hosting/Control.h"
-#include "ocx/hosting/Pictures.h"
+#include "ocx/hosting/Metafile.h"
 
 #include <cstdlib>
 

@@ -1,4 +1,4 @@
-// The place in a host where a control stands: the interfaces of its site, and what it says about itself.
+// The site of a control in its host: its interfaces and its ambient properties.
 #pragma once
 
 #include "com/ComPtr.h"
@@ -10,7 +10,7 @@ namespace dax {
 
 class HostSite {
 public:
-    // Null: no host any more. Lets go of everything of the former one.
+    // Null: no host any more. Releases everything of the former one.
     void Set(IOleClientSite* client);
     explicit operator bool() const { return static_cast<bool>(client); }
 
@@ -19,7 +19,7 @@ public:
     // Of a site that can show windows in place; kept until Set.
     IOleInPlaceSite* InPlace();
 
-    // Defaults for what the host does not say.
+    // Defaults for what the host does not supply.
     Ambient ReadAmbient() const;
 
 private:

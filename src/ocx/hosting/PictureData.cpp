@@ -13,9 +13,9 @@ namespace {
 
 FORMATETC FormatOf(CLIPFORMAT format, DWORD medium) { return {format, nullptr, DVASPECT_CONTENT, -1, medium}; }
 
-FORMATETC GiveFormat(const FORMATETC& held) { return held; }
+FORMATETC CopyFormat(const FORMATETC& held) { return held; }
 
-using FormatEnumerator = Enumerator<IEnumFORMATETC, IID_IEnumFORMATETC, FORMATETC, FORMATETC, GiveFormat>;
+using FormatEnumerator = Enumerator<IEnumFORMATETC, IID_IEnumFORMATETC, FORMATETC, FORMATETC, CopyFormat>;
 
 // Memory that the receiver frees. Throws ComError.
 HGLOBAL Shared(const void* data, size_t size) {

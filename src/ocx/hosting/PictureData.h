@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/Text.h"
-#include "ocx/hosting/Pictures.h"
+#include "ocx/hosting/Metafile.h"
 
 namespace dax {
 

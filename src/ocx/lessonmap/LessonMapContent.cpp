@@ -5,7 +5,7 @@
 #include "base/Error.h"
 #include "com/Library.h"
 #include "lessonmap/NodeMapTree.h"
-#include "ocx/lessonmap/LessonMapTree.h"
+#include "ocx/lessonmap/TreeObjects.h"
 
 namespace dax {
 

@@ -4,10 +4,10 @@
 #include "lessonmap/win32/LessonMapEditorWindow.h"
 #include "ocx/controls/ControlClasses.h"
 #include "ocx/hosting/Control.h"
+#include "ocx/lessonmap/HostPictures.h"
 #include "ocx/lessonmap/LessonMapContent.h"
-#include "ocx/lessonmap/LessonMapPictures.h"
-#include "ocx/lessonmap/LessonMapStoryboards.h"
-#include "ocx/lessonmap/LessonMapTree.h"
+#include "ocx/lessonmap/StoryboardCollection.h"
+#include "ocx/lessonmap/TreeObjects.h"
 
 namespace dax {
 
@@ -135,7 +135,7 @@ private:
         imageList = object;
     }
 
-    // The same face for the same object: setting a lesson once more is no other lesson.
+    // The same adapter for the same object: setting a lesson once more does not make it another one.
     std::shared_ptr<Lesson> LessonOf(IDispatch* object) const {
         if (!object) return nullptr;
         auto former = editor->Lesson();

@@ -3,7 +3,7 @@
 
 #include "DAXControls.h"
 
-#include "ocx/latebound/ContentLessonAdapters.h"
+#include "ocx/latebound/HostLesson.h"
 #include "tree/TreeWindow.h"
 
 #include <memory>
@@ -13,7 +13,7 @@ namespace dax {
 
 class NodeObject;
 
-// What the control knows of its tree beside the nodes.
+// What a control tells about its tree besides the nodes.
 class TreeHost {
 public:
     virtual ~TreeHost() = default;
@@ -24,7 +24,8 @@ public:
     virtual void SetImageList(IDispatch* list) = 0;
 };
 
-// Holds the tree. A node has one object as long as somebody holds it; when the node goes, the object answers errors.
+// Owns the tree. A node has one object as long as it is referenced; when the node is removed, the object returns
+// errors.
 class TreeObjects final : public NodeObjects, public std::enable_shared_from_this<TreeObjects>, private TreeListener {
 public:
     explicit TreeObjects(std::shared_ptr<NodeTree> tree, std::shared_ptr<TreeHost> host = nullptr);

@@ -1,4 +1,4 @@
-#include "Diagnosis.h"
+#include "ScriptText.h"
 
 #include <windows.h>
 

@@ -1,4 +1,4 @@
-#include "ocx/latebound/ContentLessonCalls.h"
+#include "ocx/latebound/HostObject.h"
 
 #include "base/Error.h"
 #include "com/ComError.h"
@@ -18,14 +18,14 @@ constexpr IID scriptedID{0xa6ef9860, 0xc720, 0x11d0, {0x93, 0x37, 0x00, 0xa0, 0x
 constexpr size_t mostElements = 1'000'000;
 // How collections say that they have no such element: invalid call, subscript out of range, invalid argument, bad
 // index, element not found, no such element in a tree, no such item of a database, and what managed collections say.
-constexpr std::array<uint32_t, 10> missing{0x800A0005, 0x800A0009, 0x80070057, 0x8002000B, 0x80070490,
-                                           0x800A8B11, 0x800A0CC1, 0x80131577, 0x80131508, 0x80131502};
+constexpr std::array<uint32_t, 10> notFoundCodes{0x800A0005, 0x800A0009, 0x80070057, 0x8002000B, 0x80070490,
+                                                 0x800A8B11, 0x800A0CC1, 0x80131577, 0x80131508, 0x80131502};
 
-[[noreturn]] void RefuseKind() {
+[[noreturn]] void ThrowWrongType() {
     throw Error(ErrorNumbers::TypeMismatch, u"A host object returned a value of the wrong type.");
 }
 
-Text Written(HRESULT code) {
+Text Hexadecimal(HRESULT code) {
     constexpr char16_t digits[] = u"0123456789ABCDEF";
     Text text;
     for (int shift = 28; shift >= 0; shift -= 4) text += digits[(static_cast<uint32_t>(code) >> shift) & 15];
@@ -35,7 +35,7 @@ Text Written(HRESULT code) {
 // `description` may be empty.
 [[noreturn]] void Fail(const wchar_t* member, HRESULT code, const Text& description = {}) {
     if (!description.empty()) throw Error(code, description);
-    throw Error(code, u"'" + FromWide(member) + u"' of a host object failed (" + Written(code) + u").");
+    throw Error(code, u"'" + FromWide(member) + u"' of a host object failed (" + Hexadecimal(code) + u").");
 }
 
 Variant Checked(const wchar_t* member, DispatchResult result) {
@@ -43,7 +43,7 @@ Variant Checked(const wchar_t* member, DispatchResult result) {
     return std::move(result.value);
 }
 
-VARIANT GiveObject(const ComPtr<IDispatch>& held) {
+VARIANT CopyObject(const ComPtr<IDispatch>& held) {
     VARIANT element;
     VariantInit(&element);
     element.vt = VT_DISPATCH;
@@ -51,7 +51,7 @@ VARIANT GiveObject(const ComPtr<IDispatch>& held) {
     return element;
 }
 
-using ObjectEnumerator = Enumerator<IEnumVARIANT, IID_IEnumVARIANT, VARIANT, ComPtr<IDispatch>, GiveObject>;
+using ObjectEnumerator = Enumerator<IEnumVARIANT, IID_IEnumVARIANT, VARIANT, ComPtr<IDispatch>, CopyObject>;
 
 } // namespace
 
@@ -94,7 +94,7 @@ Variant HostObject::Get(const wchar_t* property) const {
 
 Variant HostObject::TryGetItem(const wchar_t* member, const Variant& index) const {
     DispatchResult result = Invoke(Find(member), DISPATCH_METHOD | DISPATCH_PROPERTYGET, {index});
-    for (const uint32_t each : missing) {
+    for (const uint32_t each : notFoundCodes) {
         if (static_cast<uint32_t>(result.code) == each) return {};
     }
     return Checked(member, std::move(result));
@@ -149,30 +149,30 @@ bool IsLeftOut(const VARIANT& argument) {
 
 Variant PlainOf(const VARIANT& argument) {
     Variant plain;
-    if (FAILED(VariantCopyInd(&plain, const_cast<VARIANT*>(&argument)))) RefuseKind();
+    if (FAILED(VariantCopyInd(&plain, const_cast<VARIANT*>(&argument)))) ThrowWrongType();
     return plain;
 }
 
 Text TextFrom(const Variant& value) {
     if (IsLeftOut(value)) return {};
     Variant text;
-    if (FAILED(VariantChangeType(&text, const_cast<Variant*>(&value), 0, VT_BSTR))) RefuseKind();
+    if (FAILED(VariantChangeType(&text, const_cast<Variant*>(&value), 0, VT_BSTR))) ThrowWrongType();
     return FromBstr(text.bstrVal);
 }
 
 int32_t NumberFrom(const Variant& value) {
     Variant number;
-    if (FAILED(VariantChangeType(&number, const_cast<Variant*>(&value), 0, VT_I4))) RefuseKind();
+    if (FAILED(VariantChangeType(&number, const_cast<Variant*>(&value), 0, VT_I4))) ThrowWrongType();
     return number.lVal;
 }
 
 ComPtr<IDispatch> ObjectFrom(const Variant& value) {
     const Variant plain = PlainOf(value);
     if (plain.vt == VT_EMPTY || plain.vt == VT_NULL) return {};
-    if (plain.vt != VT_DISPATCH && plain.vt != VT_UNKNOWN) RefuseKind();
+    if (plain.vt != VT_DISPATCH && plain.vt != VT_UNKNOWN) ThrowWrongType();
     if (!plain.punkVal) return {};
     auto object = Query<IDispatch>(plain.punkVal, IID_IDispatch);
-    if (!object) RefuseKind();
+    if (!object) ThrowWrongType();
     return object;
 }
 

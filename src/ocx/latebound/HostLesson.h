@@ -3,7 +3,7 @@
 #pragma once
 
 #include "content/Lesson.h"
-#include "ocx/latebound/ContentLessonCalls.h"
+#include "ocx/latebound/HostObject.h"
 
 #include <functional>
 #include <type_traits>

@@ -1,4 +1,4 @@
-// What the text of a script tells about an error in it.
+// The text of a script, searched for what explains an error.
 #pragma once
 
 #include <optional>

@@ -1,4 +1,4 @@
-#include "ocx/latebound/ContentLessonAdapters.h"
+#include "ocx/latebound/HostLesson.h"
 
 #include "base/Error.h"
 

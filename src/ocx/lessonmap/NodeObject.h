@@ -2,7 +2,7 @@
 #pragma once
 
 #include "com/Forwarding.h"
-#include "ocx/lessonmap/LessonMapTree.h"
+#include "ocx/lessonmap/TreeObjects.h"
 
 namespace dax {
 

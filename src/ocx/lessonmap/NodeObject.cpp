@@ -1,4 +1,4 @@
-#include "ocx/lessonmap/LessonMapNode.h"
+#include "ocx/lessonmap/NodeObject.h"
 
 #include "base/Error.h"
 #include "tree/modTVW.h"
@@ -13,7 +13,7 @@ constexpr IID ownNodeID{0x76f0dc1f, 0x688e, 0x494f, {0x94, 0xd1, 0xf4, 0x46, 0x7
 
 const ClassEntry nodeEntry{&CLSID_Node, &IID__Node, nullptr, L"Node", L"", nullptr, 0};
 
-[[noreturn]] void RefuseGone() { throw Error(ErrorNumbers::ElementNotFound, u"The node is no longer in the tree."); }
+[[noreturn]] void ThrowRemoved() { throw Error(ErrorNumbers::ElementNotFound, u"The node is no longer in the tree."); }
 
 } // namespace
 
@@ -27,7 +27,7 @@ NodeObject::~NodeObject() {
 }
 
 Node& NodeObject::Target() const {
-    if (!node) RefuseGone();
+    if (!node) ThrowRemoved();
     return *node;
 }
 

@@ -1,8 +1,8 @@
-#include "ocx/lessonmap/LessonMapStoryboards.h"
+#include "ocx/lessonmap/StoryboardCollection.h"
 
 #include "base/Error.h"
 #include "com/ClassObject.h"
-#include "ocx/latebound/ContentLessonAdapters.h"
+#include "ocx/latebound/HostLesson.h"
 
 #include <unordered_map>
 

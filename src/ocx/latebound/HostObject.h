@@ -10,8 +10,8 @@
 
 namespace dax {
 
-// Whatever such a call does wrong is an Error: a member that is missing, that fails, that answers something of another
-// kind.
+// Whatever such a call does wrong is an Error: a member that is missing, that fails, that returns a value of
+// another type.
 class HostObject {
 public:
     explicit HostObject(IDispatch* object) : object(object) {}
@@ -46,7 +46,7 @@ private:
 bool IsLeftOut(const VARIANT& argument);
 Variant PlainOf(const VARIANT& argument);
 
-// What a call has answered. Nothing is the empty text and no object.
+// What a call has returned. Empty is the empty text and no object.
 Text TextFrom(const Variant& value);
 int32_t NumberFrom(const Variant& value);
 ComPtr<IDispatch> ObjectFrom(const Variant& value);

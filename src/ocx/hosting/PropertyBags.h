@@ -13,7 +13,7 @@ namespace dax {
 
 class HostBag final : public PropertyBag {
 public:
-    // `log` may be null; it hears what cannot be read.
+    // `log` may be null; what cannot be read is reported to it.
     HostBag(IPropertyBag& bag, IErrorLog* log) : bag(bag), log(log) {}
 
     Value ReadProperty(const Text& name, const Value& defaultValue) override;

@@ -1,4 +1,4 @@
-#include "ocx/hosting/Bags.h"
+#include "ocx/hosting/PropertyBags.h"
 
 #include "com/ComError.h"
 #include "com/Variant.h"

@@ -1,7 +1,7 @@
-#include "ocx/lessonmap/LessonMapPictures.h"
+#include "ocx/lessonmap/HostPictures.h"
 
 #include "base/Error.h"
-#include "ocx/latebound/ContentLessonCalls.h"
+#include "ocx/latebound/HostObject.h"
 
 namespace dax {
 

@@ -1,6 +1,6 @@
-#include "ocx/lessonmap/LessonMapTree.h"
+#include "ocx/lessonmap/TreeObjects.h"
 
-#include "ocx/lessonmap/LessonMapNode.h"
+#include "ocx/lessonmap/NodeObject.h"
 
 #include "base/Error.h"
 #include "lessonmap/NodeMapTree.h"

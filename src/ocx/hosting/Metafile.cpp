@@ -1,4 +1,4 @@
-#include "ocx/hosting/Pictures.h"
+#include "ocx/hosting/Metafile.h"
 
 #include "com/ComError.h"
 #include "ocx/hosting/HostSite.h"
