@@ -12,11 +12,7 @@ namespace {
 
 class TypeLibraryTest : public OcxTest {};
 
-std::string Take(BSTR text) {
-    const std::string result = ToUtf8(FromBstr(text));
-    SysFreeString(text);
-    return result;
-}
+std::string Utf8(const Bstr& text) { return ToUtf8(FromBstr(text.Get())); }
 
 std::string GuidText(const GUID& guid) {
     wchar_t text[40];
@@ -32,10 +28,10 @@ public:
     std::string Walk() {
         TLIBATTR* attributes = nullptr;
         library->GetLibAttr(&attributes);
-        BSTR help = nullptr;
-        library->GetDocumentation(MEMBERID_NIL, nullptr, &help, nullptr, nullptr);
+        Bstr help;
+        library->GetDocumentation(MEMBERID_NIL, nullptr, help.Out(), nullptr, nullptr);
         out << "library " << GuidText(attributes->guid) << ' ' << attributes->wMajorVerNum << '.'
-            << attributes->wMinorVerNum << " \"" << Take(help) << "\"\n";
+            << attributes->wMinorVerNum << " \"" << Utf8(help) << "\"\n";
         library->ReleaseTLibAttr(attributes);
         for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
             ComPtr<ITypeInfo> type;
@@ -47,20 +43,16 @@ public:
 
 private:
     static std::string Name(ITypeInfo* type, MEMBERID member, std::string* help = nullptr) {
-        BSTR name = nullptr, text = nullptr;
-        type->GetDocumentation(member, &name, &text, nullptr, nullptr);
-        const std::string helpText = Take(text);
-        if (help) *help = helpText;
-        return Take(name);
+        Bstr name, text;
+        type->GetDocumentation(member, name.Out(), text.Out(), nullptr, nullptr);
+        if (help) *help = Utf8(text);
+        return Utf8(name);
     }
 
     // The value that a compiler puts in for an argument that is left out.
     static std::string Default(const PARAMDESC& description) {
         if (!(description.wParamFlags & PARAMFLAG_FHASDEFAULT)) return {};
-        Variant text;
-        EXPECT_HRESULT_SUCCEEDED(
-            VariantChangeType(&text, &description.pparamdescex->varDefaultValue, VARIANT_ALPHABOOL, VT_BSTR));
-        return " default " + ToUtf8(TextOf(text));
+        return " default " + ToUtf8(FromWide(DescribeValue(description.pparamdescex->varDefaultValue)));
     }
 
     static std::string TypeName(ITypeInfo* type, const TYPEDESC& description) {
@@ -110,7 +102,10 @@ private:
         UINT count = 0;
         type->GetNames(function->memid, names, 16, &count);
         std::vector<std::string> words;
-        for (UINT i = 0; i < count; ++i) words.push_back(Take(names[i]));
+        for (UINT i = 0; i < count; ++i) {
+            words.push_back(ToUtf8(FromBstr(names[i])));
+            SysFreeString(names[i]);
+        }
         // Compiled hosts call by the place in the table of functions, whatever the size of a pointer.
         out << "  member " << function->memid << " slot " << function->oVft / static_cast<SHORT>(sizeof(void*))
             << " flags " << function->wFuncFlags << " kind " << function->invkind << ' '
