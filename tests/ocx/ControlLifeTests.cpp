@@ -1,5 +1,4 @@
-// The lifetime of each control: what a host keeps of it, every way to release it, inside events and calls too, and what
-// a thousand cycles of creation and release leave behind.
+// The lifetime of each control: what a host keeps of it, every way to release it, inside events and calls too.
 #include "ControlCases.h"
 
 #include <algorithm>

@@ -22,15 +22,16 @@ HWND AddChild(HWND parent, const wchar_t* className, const wchar_t* text, DWORD 
                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleW(nullptr), nullptr);
 }
 
-// What the system says to frames only.
+BOOL CALLBACK SendTo(HWND child, LPARAM message) {
+    const MSG& sent = *reinterpret_cast<const MSG*>(message);
+    SendMessageW(child, sent.message, sent.wParam, sent.lParam);
+    return TRUE;
+}
+
+// What the system sends to frames only.
 void SendToChildren(HWND frame, UINT message, WPARAM wParam, LPARAM lParam) {
-    const MSG said{frame, message, wParam, lParam, 0, {}};
-    const auto send = [](HWND child, LPARAM what) -> BOOL {
-        const MSG& one = *reinterpret_cast<const MSG*>(what);
-        SendMessageW(child, one.message, one.wParam, one.lParam);
-        return TRUE;
-    };
-    EnumChildWindows(frame, send, reinterpret_cast<LPARAM>(&said));
+    const MSG sent{frame, message, wParam, lParam, 0, {}};
+    EnumChildWindows(frame, SendTo, reinterpret_cast<LPARAM>(&sent));
 }
 
 } // namespace
