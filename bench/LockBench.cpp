@@ -51,10 +51,10 @@ void FillBarely(benchmark::State& state) {
     for (auto _ : state) {
         ListModel list;
         list.SetColumns(shown.list->Columns());
-        for (const ListItem& row : shown.list->Items()) {
-            const size_t item = list.AddItem(row.cells.empty() ? Text() : row.cells[0]);
-            for (size_t column = 1; column < row.cells.size(); ++column)
-                list.SetCell(item, static_cast<int>(column), row.cells[column]);
+        for (size_t row = 0; row < shown.list->Items().size(); ++row) {
+            const size_t item = list.AddItem(shown.list->Cell(row, 0));
+            for (size_t column = 1; column < shown.list->CellCount(row); ++column)
+                list.SetCell(item, static_cast<int>(column), shown.list->Cell(row, column));
         }
         benchmark::DoNotOptimize(list);
     }

@@ -81,7 +81,7 @@ void LockList::Read(const Text& sortKey, bool isDescending) {
     locks.clear();
     const auto cell = [this](size_t item, TextView key) {
         const int column = list->ColumnIndex(key);
-        return column < 0 ? Text() : list->Cell(item, static_cast<size_t>(column));
+        return column < 0 ? Text() : Text(list->Cell(item, static_cast<size_t>(column)));
     };
     for (size_t item = 0; item < list->Items().size(); ++item) {
         const LockRecord& record = manager.Records().at(static_cast<size_t>(list->Items()[item].tag));

@@ -4,6 +4,12 @@
 
 namespace dax {
 
+namespace {
+
+constexpr size_t unitsOfBlock = 16 * 1024;
+
+} // namespace
+
 void ListModel::SetColumns(std::vector<ListColumn> newColumns) {
     columns = std::move(newColumns);
     if (listener) listener->ColumnsChanged();
@@ -14,8 +20,12 @@ int ListModel::ColumnIndex(TextView key) const {
     return found == columns.end() ? -1 : static_cast<int>(found - columns.begin());
 }
 
+// Their memory is kept: a list that is cleared is mostly filled again at once.
 void ListModel::ClearItems() {
     items.clear();
+    cells.clear();
+    for (Text& block : blocks) block.clear();
+    currentBlock = 0;
     Changed();
 }
 
@@ -24,28 +34,58 @@ void ListModel::EndFilling() {
     Changed();
 }
 
-size_t ListModel::AddItem(Text firstCell) {
-    ListItem item;                                          // whole before the list has it
-    item.cells.resize(std::max<size_t>(columns.size(), 1)); // at once: growing for each cell takes longer
-    item.cells[0] = std::move(firstCell);
-    items.push_back(std::move(item));
+size_t ListModel::AddItem(TextView firstCell) {
+    const TextView kept = Kept(firstCell);
+    ListItem& item = items.emplace_back();
+    try {
+        WidenItem(item, std::max<size_t>(columns.size(), 1)); // at once: room for all cells in one place
+    } catch (...) {
+        items.pop_back();
+        throw;
+    }
+    cells[item.firstCell] = kept;
     Changed();
     return items.size() - 1;
 }
 
-void ListModel::SetCell(size_t item, int column, Text text) {
+void ListModel::SetCell(size_t item, int column, TextView text) {
     if (column < 0) return;
-    auto& cells = items[item].cells;
+    const TextView kept = Kept(text);
     const auto place = static_cast<size_t>(column);
-    if (cells.size() <= place) cells.resize(place + 1);
-    cells[place] = std::move(text);
+    if (items[item].cellCount <= place) WidenItem(items[item], place + 1);
+    cells[items[item].firstCell + place] = kept;
     Changed();
 }
 
-const Text& ListModel::Cell(size_t item, size_t column) const {
-    static const Text none;
-    if (item >= items.size() || column >= items[item].cells.size()) return none;
-    return items[item].cells[column];
+TextView ListModel::Cell(size_t item, size_t column) const {
+    if (item >= items.size() || column >= items[item].cellCount) return {};
+    return cells[items[item].firstCell + column];
+}
+
+// Its cells move to the end; where they stood remains unused.
+void ListModel::WidenItem(ListItem& item, size_t count) {
+    const size_t first = cells.size();
+    cells.resize(first + count);
+    std::copy_n(cells.begin() + static_cast<ptrdiff_t>(item.firstCell), item.cellCount,
+                cells.begin() + static_cast<ptrdiff_t>(first));
+    item.firstCell = first;
+    item.cellCount = count;
+}
+
+// A block never grows beyond what was reserved for it, so what was kept in it stays where it is.
+TextView ListModel::Kept(TextView text) {
+    if (text.empty()) return {};
+    while (currentBlock < blocks.size() && blocks[currentBlock].capacity() - blocks[currentBlock].size() < text.size())
+        ++currentBlock;
+    if (currentBlock == blocks.size()) {
+        Text block;
+        block.reserve(std::max(unitsOfBlock, text.size()));
+        blocks.push_back(std::move(block));
+    }
+    Text& block = blocks[currentBlock];
+    const size_t begin = block.size();
+    block.append(text);
+    return TextView(block).substr(begin);
 }
 
 void ListModel::AutosizeColumns() {

@@ -17,7 +17,7 @@ struct ListColumn {
 };
 
 struct ListItem {
-    std::vector<Text> cells; // by the position of the column; shorter than the columns when cells are empty
+    size_t firstCell = 0, cellCount = 0; // of those of the model, see ListModel::Cell
     int32_t tag = 0;
     bool isSelected = false;
     Text mark{}; // what sets the row apart, for screen readers; such a row is shown in italics. Empty for the others
@@ -34,6 +34,10 @@ public:
 
 class ListModel {
 public:
+    ListModel() = default;
+    ListModel(const ListModel&) = delete;
+    ListModel& operator=(const ListModel&) = delete;
+
     // At most one; null for none.
     void SetListener(ListModelListener* newListener) { listener = newListener; }
 
@@ -46,8 +50,8 @@ public:
     // Changes are told once at the end of a filling; between the two the window shows what it showed.
     void BeginFilling() { ++filling; }
     void EndFilling();
-    size_t AddItem(Text firstCell);
-    void SetCell(size_t item, int column, Text text); // nothing for column -1
+    size_t AddItem(TextView firstCell);
+    void SetCell(size_t item, int column, TextView text); // nothing for column -1
     void SetTag(size_t item, int32_t tag) {
         items[item].tag = tag;
         ++revision;
@@ -64,15 +68,22 @@ public:
     const std::vector<ListItem>& Items() const { return items; }
     // Grows with every change, selection included, so that what was counted can be kept until then.
     uint64_t Revision() const { return revision; }
-    const Text& Cell(size_t item, size_t column) const; // empty beyond the cells there are
+    TextView Cell(size_t item, size_t column) const; // valid until ClearItems; empty beyond the cells there are
+    size_t CellCount(size_t item) const { return items[item].cellCount; }
 
     void AutosizeColumns();
 
 private:
     void Changed();
+    TextView Kept(TextView text);
+    void WidenItem(ListItem& item, size_t count);
 
     std::vector<ListColumn> columns;
     std::vector<ListItem> items;
+    std::vector<TextView> cells; // those of one item stand together, by the position of the column
+    std::vector<Text>
+        blocks; // their texts, many in one: a text of its own for each takes most of the time of a filling
+    size_t currentBlock = 0;
     ListModelListener* listener = nullptr;
     int filling = 0;
     uint64_t revision = 0;

@@ -239,12 +239,12 @@ void LockManager::FillRow(Operation& operation, const LockRow& row, size_t index
 void LockManager::ShowRow(Operation& operation, const LockRow& row, size_t index, const CellColumns& columns) {
     using LockRules::RequiredText;
     std::optional<size_t> item;
-    operation.Do([&] { item = lvwLocks->AddItem(Text(row.lessonTitle.value_or(u"(deleted)"))); });
+    operation.Do([&] { item = lvwLocks->AddItem(row.lessonTitle.value_or(u"(deleted)")); });
     if (!item) return;
     lvwLocks->SetTag(*item, static_cast<int32_t>(index));
     if (records[index].invalid) lvwLocks->SetMark(*item, u"invalid");
     const auto setCell = [&](int column, const auto& text) {
-        operation.Do([&] { lvwLocks->SetCell(*item, column, Text(text())); });
+        operation.Do([&] { lvwLocks->SetCell(*item, column, text()); });
     };
     if (showIdentifier) setCell(columns.identifier, [&] { return row.lessonIdentifier.value_or(TextView()); });
     setCell(columns.type, [&] { return LockRules::LockTypeText(row.lockType); });

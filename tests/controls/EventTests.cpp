@@ -98,10 +98,10 @@ TEST(ListModel, TellsItsWindowOfEveryChange) {
     EXPECT_EQ(std::exchange(window.told, {}), "widths ");
     Text cells;
     for (size_t item = 0; item < 4; ++item) {
-        for (size_t column = 0; column < 4; ++column) cells += list.Cell(item, column) + u",";
+        for (size_t column = 0; column < 4; ++column) cells.append(list.Cell(item, column)) += u',';
     }
     EXPECT_EQ(cells, u"a,f,,,c,,d,,e,,,,,,,,");
-    EXPECT_EQ(list.Items()[1].cells.size(), 3u);
+    EXPECT_EQ(list.CellCount(1), 3u);
     list.ClearItems();
     EXPECT_EQ(window.told, "items ");
     EXPECT_TRUE(list.Items().empty());

@@ -292,7 +292,7 @@ TEST_F(LockManagerWindowTest, AScreenReaderFindsColumnsAndRows) {
         const size_t index = static_cast<size_t>(&each - all.data());
         EXPECT_EQ(reader.Role(each), index < columns ? ROLE_SYSTEM_COLUMNHEADER : ROLE_SYSTEM_LISTITEM);
         EXPECT_EQ(reader.Name(each),
-                  ToUtf8(index < columns ? locks.Columns()[index].caption : locks.Cell(index - columns, 0)));
+                  ToUtf8(index < columns ? TextView(locks.Columns()[index].caption) : locks.Cell(index - columns, 0)));
         const RECT place = reader.Place(each);
         EXPECT_EQ(reader.At({place.left + 5, (place.top + place.bottom) / 2}), each);
     }

@@ -12,7 +12,7 @@ namespace {
 constexpr size_t mostLines = 10;
 
 Text ToCore(const std::wstring& text) { return {text.begin(), text.end()}; }
-std::wstring FromCore(const Text& text) { return {text.begin(), text.end()}; }
+std::wstring FromCore(TextView text) { return {text.begin(), text.end()}; }
 
 } // namespace
 

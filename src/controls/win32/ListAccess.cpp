@@ -31,15 +31,16 @@ LONG ListAccess::State(Element element) const {
 }
 
 Text ListAccess::Name(Element element) const {
-    return IsColumn(element) ? model.Columns()[ColumnOf(element)].caption : model.Cell(RowOf(element), 0);
+    return IsColumn(element) ? model.Columns()[ColumnOf(element)].caption : Text(model.Cell(RowOf(element), 0));
 }
 
 Text ListAccess::Description(Element element) const {
     Text all;
     if (!IsRow(element)) return all;
     for (size_t column = 1; column < model.Columns().size(); ++column) {
-        const Text& cell = model.Cell(RowOf(element), column);
-        if (!cell.empty()) all += (all.empty() ? u"" : u"; ") + model.Columns()[column].caption + u": " + cell;
+        const TextView cell = model.Cell(RowOf(element), column);
+        if (cell.empty()) continue;
+        all.append(all.empty() ? u"" : u"; ").append(model.Columns()[column].caption).append(u": ").append(cell);
     }
     const Text& mark = model.Items()[RowOf(element)].mark;
     if (!mark.empty()) all += (all.empty() ? u"" : u"; ") + mark;

@@ -11,10 +11,10 @@ namespace {
 
 constexpr int CellMargin = 4;
 
-void DrawCell(HDC dc, const Text& text, RECT cell) {
+void DrawCell(HDC dc, TextView text, RECT cell) {
     cell.left += CellMargin;
     cell.right -= CellMargin / 2;
-    DrawTextW(dc, Wide(text), static_cast<int>(text.size()), &cell,
+    DrawTextW(dc, Units(text), static_cast<int>(text.size()), &cell,
               DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
 }
 

@@ -27,10 +27,10 @@ public:
     int Height() const { return metrics.tmHeight; }
     int CaptionWidth(const Text& caption) { return Width(caption) + Scale(CaptionPadding); }
 
-    int Width(const Text& text) {
+    int Width(TextView text) {
         int width = 0;
         for (const char16_t unit : text) {
-            if (!IsAlwaysTheSame(unit)) return Measure(Wide(text), std::min<size_t>(text.size(), 4096));
+            if (!IsAlwaysTheSame(unit)) return Measure(Units(text), std::min<size_t>(text.size(), 4096));
             int16_t& known = widths[unit];
             if (known < 0) known = static_cast<int16_t>(Measure(reinterpret_cast<const wchar_t*>(&unit), 1));
             width += known;
@@ -307,7 +307,7 @@ void ListViewWindow::ShowSortArrow(int column, bool isDescending) {
 
 void ListViewWindow::FillDisplay(LVITEMW& item) const {
     if (!(item.mask & LVIF_TEXT) || item.cchTextMax <= 0) return;
-    const Text& cell = model->Cell(static_cast<size_t>(item.iItem), static_cast<size_t>(item.iSubItem));
+    const TextView cell = model->Cell(static_cast<size_t>(item.iItem), static_cast<size_t>(item.iSubItem));
     const TextView shown = Shorten(cell, static_cast<size_t>(item.cchTextMax) - 1);
     std::copy(shown.begin(), shown.end(), item.pszText);
     item.pszText[shown.size()] = 0;
@@ -321,9 +321,9 @@ LRESULT ListViewWindow::FindRow(const NMLVFINDITEMW& find) const {
     const size_t start = find.iStart < 0 ? 0 : static_cast<size_t>(find.iStart);
     for (size_t step = 0; step < count; ++step) {
         const size_t row = (start + step) % count;
-        const Text& cell = model->Cell(row, 0);
+        const TextView cell = model->Cell(row, 0);
         const int length = static_cast<int>(std::min(cell.size(), wanted.size()));
-        if (cell.size() >= wanted.size() && CompareStringW(LOCALE_USER_DEFAULT, NORM_IGNORECASE, Wide(cell), length,
+        if (cell.size() >= wanted.size() && CompareStringW(LOCALE_USER_DEFAULT, NORM_IGNORECASE, Units(cell), length,
                                                            Wide(wanted), length) == CSTR_EQUAL)
             return static_cast<LRESULT>(row);
     }

@@ -12,6 +12,10 @@ namespace dax {
 static_assert(sizeof(wchar_t) == sizeof(char16_t));
 
 inline const wchar_t* Wide(const Text& text) { return reinterpret_cast<const wchar_t*>(text.c_str()); }
+// Without a zero behind it: with its length.
+inline const wchar_t* Units(TextView text) {
+    return reinterpret_cast<const wchar_t*>(text.empty() ? u"" : text.data());
+}
 inline Text FromWide(const wchar_t* text) { return reinterpret_cast<const char16_t*>(text); }
 
 // The module (program or control library) that this code is part of: owner of its window classes.
