@@ -1,7 +1,7 @@
 """The installers that tools/package makes work: in Wine prefixes of their own, a machine is installed, used by a script,
 repaired, upgraded and uninstalled. What an installer enters in the registry is what regsvr32 enters; what is left behind
 is nothing; each architecture leaves the other alone.
-    python3 package/check_installers.py 64|32     after check_archives.py unpack"""
+    python3 package/check_installers.py 64|32"""
 import glob
 import os
 import re
@@ -208,11 +208,17 @@ def both(machine, unpacked, packages):
 
 
 def main():
-    """In the folders that check_archives.py has unpacked."""
+    """What is installed is compared with the archives, unpacked once more: other checks work in their own folders."""
     bits, version = int(sys.argv[1]), msi.version_of_project()
     msi.skip_without_wine(bits)
     packages = {each: os.path.join(ROOT, "dist", f"daxcontrols-{version}-{msi.PLATFORM[each]}.msi") for each in (64, 32)}
-    folders = {each: os.path.join(WORK, f"win{each}", f"daxcontrols-{version}-win{each}") for each in (64, 32)}
+    place = os.path.join(WORK, f"installer{bits}")
+    shutil.rmtree(place, ignore_errors=True)
+    folders = {}
+    for each in (64, 32):
+        name = f"daxcontrols-{version}-win{each}"
+        shutil.unpack_archive(os.path.join(ROOT, "dist", f"{name}.zip"), os.path.join(place, f"win{each}"))
+        folders[each] = os.path.join(place, f"win{each}", name)
     for folder in glob.glob(os.path.join(WORK, f"win{bits}", "machine-*")):
         shutil.rmtree(folder)
     new = Machine(bits, "new", folders[bits])
