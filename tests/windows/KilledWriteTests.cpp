@@ -28,7 +28,8 @@ DWORD RunVictim(const Text& suite, const Text& connectionString, int rows,
     SetEnvironmentVariableW(L"GTEST_TOTAL_SHARDS", nullptr); // the victim is in no shard
     SetEnvironmentVariableW(databaseVariable, Wide(connectionString));
     SetEnvironmentVariableW(rowsVariable, Wide(ToText(rows)));
-    SetEnvironmentVariableW(L"GTEST_TOTAL_SHARDS", nullptr); // the victim is in none of this run's shards
+    for (const wchar_t* shard : {L"GTEST_TOTAL_SHARDS", L"GTEST_SHARD_INDEX"}) // the victim is in none
+        SetEnvironmentVariableW(shard, nullptr);
     std::vector<wchar_t> program(2000);
     GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
     Text command = u"\"" + FromWide(program.data()) + u"\" --gtest_also_run_disabled_tests --gtest_filter=" + suite +
