@@ -343,7 +343,8 @@ TEST_F(HostileLesson, HiddenMapsLeaveTheirRootAlone) {
 // A drop in the midst of an operation is refused; the target is selected all the same, and told when no edit is under
 // way, else at its end. A drag does not begin there.
 TEST_F(HostileLesson, DropsDuringAnOperationAreRefused) {
-    const std::string refused = "error The lesson map is being changed: it cannot do that meanwhile. Drop, ";
+    const std::string refused =
+        "error The lesson map is being changed; this call is possible only after that has finished. Drop, ";
     const std::tuple<std::function<void()>, std::string, const char*> cases[] = {
         {[&] { editor->UpdateSBID(u"c"); }, "changed 2, selected a", "A: c a( b ) | B: d"},
         {[&] { editor->CheckedStoryboards(); }, refused + "selected a", "A: a( b ) c | B: d"},
