@@ -159,6 +159,10 @@ size_t WriteCharacter(char32_t character, char16_t* to) {
 Text MadeWellFormed(TextView text) {
     Text result(text);
     for (size_t i = 0; i < result.size();) {
+        if (!IsSurrogate(result[i])) {
+            ++i;
+            continue;
+        }
         const char32_t character = CharacterAt(result, i);
         i += WriteCharacter(IsSurrogate(character) ? char32_t{Replacement} : character, result.data() + i);
     }

@@ -3,6 +3,8 @@
 #include "base/Dates.h"
 #include "data/Session.h"
 
+#include <algorithm>
+
 namespace dax {
 
 namespace {
@@ -82,51 +84,90 @@ private:
     Text beginning, text;
 };
 
-// An array for each column: the engine reads one long literal much faster than as many short ones.
+// An array for each column: the engine reads one long parameter much faster than many short literals. An array of texts
+// is one text with separators, which the engine splits faster than it reads an array's literal; rows whose texts have
+// such a unit themselves are sent as literals.
 class ArrayWriter final : public RowWriter {
 public:
     ArrayWriter(Session& session, const Text& table, const std::vector<RowColumn>& ofTable)
-        : statement(session.NewStatement()),
-          beginning(u"INSERT INTO " + table + u" (" + Names(ofTable) + u") SELECT * FROM unnest("), columns(ofTable),
-          arrays(ofTable.size()) {}
+        : statement(session.NewStatement()), beginning(u"INSERT INTO " + table + u" (" + Names(ofTable) + u") SELECT "),
+          columns(ofTable), arrays(ofTable.size()) {}
 
     void Put(std::span<const RowField> row) override {
         size_t rowUnits = 0;
-        for (const RowField& field : row) rowUnits += field.text.size() + 4;
-        if (waiting > 0 && (units + rowUnits > mostUnitsOfArrays || waiting == mostRows)) Finish();
+        bool hasSeparator = false;
+        for (const RowField& field : row) {
+            rowUnits += field.text.size() + 4;
+            hasSeparator =
+                hasSeparator || (field.kind == RowField::Kind::Text && std::ranges::any_of(field.text, IsSeparator));
+        }
+        if (waiting > 0 && (units + rowUnits > mostUnitsOfArrays || waiting == mostRows || hasSeparator == isSeparated))
+            Send();
+        isSeparated = !hasSeparator;
         for (size_t i = 0; i < row.size(); ++i) {
-            if (waiting > 0) arrays[i] += u',';
-            Append(row[i], arrays[i]);
+            if (IsSplit(i)) {
+                if (waiting > 0) arrays[i] += separator;
+                AppendPlain(row[i], arrays[i]);
+            } else {
+                arrays[i] += waiting > 0 ? u',' : u'{';
+                AppendLiteral(row[i], arrays[i]);
+            }
         }
         ++waiting;
         units += rowUnits;
     }
 
     void Finish() override {
-        if (waiting == 0) return;
-        text = beginning;
-        std::vector<Value> values;
-        for (size_t i = 0; i < arrays.size(); ++i) {
-            const RowField::Kind kind = columns[i].kind;
-            text.append(i == 0 ? u"" : u", ")
-                .append(kind == RowField::Kind::Number ? u"CAST(? AS bigint[])"
-                        : kind == RowField::Kind::Date ? u"CAST(? AS timestamp[])"
-                                                       : u"CAST(? AS text[])");
-            values.emplace_back(u"{" + arrays[i] + u"}");
-            arrays[i].clear();
-        }
-        text += u')';
-        waiting = units = 0;
-        statement->Execute(text, values);
+        if (waiting > 0) Send();
+        statement->Await();
         statement->Close();
     }
 
 private:
-    static void Append(const RowField& field, Text& array) {
+    static constexpr char16_t separator = 1, markOfNull = 2;
+    static bool IsSeparator(char16_t unit) { return unit == separator || unit == markOfNull; }
+
+    bool IsSplit(size_t column) const { return isSeparated && columns[column].kind == RowField::Kind::Text; }
+
+    // The engine stores these rows while the next ones are read.
+    void Send() {
+        Text text = beginning;
+        std::vector<Value> values;
+        for (size_t i = 0; i < arrays.size(); ++i) {
+            const RowField::Kind kind = columns[i].kind;
+            const bool isSplit = IsSplit(i) && !arrays[i].empty(); // one empty text would be split into none
+            if (!isSplit) arrays[i] += arrays[i].empty() ? u"{\"\"}" : u"}";
+            text.append(i == 0 ? u"unnest(" : u", unnest(")
+                .append(isSplit                          ? u"string_to_array(CAST(? AS text), chr(1), chr(2))"
+                        : kind == RowField::Kind::Number ? u"CAST(? AS bigint[])"
+                        : kind == RowField::Kind::Date   ? u"CAST(? AS timestamp[])"
+                                                         : u"CAST(? AS text[])")
+                .append(u")");
+            const size_t length = arrays[i].size();
+            values.emplace_back(std::move(arrays[i]));
+            arrays[i] = Text();
+            arrays[i].reserve(
+                std::min(length + length / 4, mostUnitsOfArrays)); // the next rows are likely to be as long
+        }
+        waiting = units = 0;
+        statement->Start(text, std::move(values));
+    }
+
+    static void AppendPlain(const RowField& field, Text& array) {
+        if (field.kind == RowField::Kind::Null)
+            array += markOfNull;
+        else if (field.kind == RowField::Kind::Number)
+            AppendNumber(array, field.number);
+        else if (field.kind == RowField::Kind::Date)
+            array += FormatDate(field.date);
+        else
+            array += field.text;
+    }
+    static void AppendLiteral(const RowField& field, Text& array) {
         if (field.kind == RowField::Kind::Null) {
             array += u"NULL";
         } else if (field.kind == RowField::Kind::Number) {
-            array += ToText(field.number);
+            AppendNumber(array, field.number);
         } else {
             array += u'"';
             if (field.kind == RowField::Kind::Date)
@@ -148,10 +189,11 @@ private:
     }
 
     std::unique_ptr<Statement> statement;
-    Text beginning, text;
+    Text beginning;
     std::vector<RowColumn> columns;
     std::vector<Text> arrays;
     size_t waiting = 0, units = 0;
+    bool isSeparated = true; // the rows that wait
 };
 
 class ParameterWriter final : public RowWriter {

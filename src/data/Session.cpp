@@ -96,6 +96,7 @@ void Observe(TextView statement) {
 
 void Statement::Execute(TextView statement, std::span<const Value> parameters, std::span<const int> codes) {
     const Dialect& dialect = Quirks();
+    Await();
     Close();
     Text storage;
     TextView adapted = statement;
@@ -109,7 +110,17 @@ void Statement::Execute(TextView statement, std::span<const Value> parameters, s
         Run(adapted, parameters, codes);
 }
 
+void Statement::Start(TextView statement, std::vector<Value> parameters) {
+    const Dialect& dialect = Quirks();
+    Await();
+    Close();
+    Text adapted = PassesUnchanged(statement, dialect) ? Text(statement) : AdaptStatement(statement, dialect);
+    Observe(adapted);
+    RunAhead(std::move(adapted), std::move(parameters));
+}
+
 void Statement::ExecuteBatch(std::span<const Text> adapted) {
+    Await();
     Close();
     for (const Text& statement : adapted) Observe(statement);
     RunBatch(adapted);

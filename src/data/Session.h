@@ -34,6 +34,11 @@ public:
     // Fits the statement to the engine, tells the observer, runs it. `codes`, when given, are those of the columns that
     // the parameters go to: an engine with strict types wants them for NULL and for texts.
     void Execute(TextView statement, std::span<const Value> parameters = {}, std::span<const int> codes = {});
+    // The same, but may return before the engine has done it, so that the next one can be prepared meanwhile. Await
+    // waits for it and throws what went wrong; so does the next statement. Until then nothing else may be asked of this
+    // one.
+    void Start(TextView statement, std::vector<Value> parameters);
+    virtual void Await() {}
     // Several that were fitted already, in one call where the engine takes that; all are done, or Error of the first
     // that failed.
     void ExecuteBatch(std::span<const Text> adapted);
@@ -66,6 +71,7 @@ protected:
     virtual const Dialect& Quirks() const = 0;
     // The text as it is, behind what ran before.
     virtual void Run(TextView adapted, std::span<const Value> parameters, std::span<const int> codes) = 0;
+    virtual void RunAhead(Text adapted, std::vector<Value> parameters) { Run(adapted, parameters, {}); }
     virtual void RunBatch(std::span<const Text> adapted);
 };
 

@@ -58,6 +58,9 @@ public:
     }
     ~LimitedStatement() override { owner.Free(std::move(held)); }
 
+    void Await() override {
+        if (started) Wait(std::exchange(started, nullptr), LimitedSession::Pending::Changes);
+    }
     int64_t RowCount() const override { return owner.IsLost() ? -1 : held->rowCount; }
     const std::vector<Column>& OpenRows() override {
         const auto first = std::make_shared<Block>();
@@ -101,15 +104,12 @@ public:
 protected:
     const Dialect& Quirks() const override { return owner.Quirks(); }
     void Run(TextView adapted, std::span<const Value> values, std::span<const int> codes) override {
-        Run(
-            [native = held, text = Text(adapted), own = std::vector<Value>(values.begin(), values.end()),
-             types = std::vector<int>(codes.begin(), codes.end())] {
-                native->isToClose = true;
-                native->statement->Run(text, own, types);
-                native->isToClose = native->statement->GivesRows();
-                native->rowCount = native->statement->RowCount();
-            },
+        Run(Job(Text(adapted), {values.begin(), values.end()}, {codes.begin(), codes.end()}),
             IsQuery(adapted) ? LimitedSession::Pending::Reading : LimitedSession::Pending::Changes);
+    }
+    void RunAhead(Text adapted, std::vector<Value> values) override {
+        owner.RequireAlive();
+        started = owner.Start(Job(std::move(adapted), std::move(values), {}));
     }
     void RunBatch(std::span<const Text> adapted) override {
         Run(
@@ -122,6 +122,14 @@ protected:
     }
 
 private:
+    std::function<void()> Job(Text adapted, std::vector<Value> values, std::vector<int> codes) const {
+        return [native = held, text = std::move(adapted), own = std::move(values), types = std::move(codes)] {
+            native->isToClose = true;
+            native->statement->Run(text, own, types);
+            native->isToClose = native->statement->GivesRows();
+            native->rowCount = native->statement->RowCount();
+        };
+    }
     void TakeBlock() {
         if (!ahead) ReadAhead();
         Wait(std::exchange(ahead, nullptr));
@@ -155,7 +163,7 @@ private:
     std::shared_ptr<HeldStatement> held;
     std::shared_ptr<Block> block, spare; // the spare one is the thread's while it reads ahead
     size_t row = 0, nextRows = 0;
-    CallThread::Ticket ahead;
+    CallThread::Ticket ahead, started; // to read rows, to run a statement
 };
 
 } // namespace

@@ -129,7 +129,7 @@ void OdbcStatement::Bind(SQLUSMALLINT position, const Value& value, SQLSMALLINT 
         Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_DOUBLE, SQL_DOUBLE, 15, 0,
                                &parameter.fraction, 0, nullptr));
     } else if (const Text* text = std::get_if<Text>(&value)) {
-        parameter.text = *text;
+        parameter.text = owner.IsNarrow() ? *text : MadeWellFormed(*text);
         BindText(position, parameter, columnType);
     } else if (const DateTime* date = std::get_if<DateTime>(&value)) {
         if (dialect.datesAsText) {
@@ -163,7 +163,6 @@ void OdbcStatement::BindText(SQLUSMALLINT position, Parameter& parameter, SQLSMA
         parameter.length = static_cast<SQLLEN>(parameter.utf8.size());
         data = parameter.utf8.data();
     } else {
-        parameter.text = MadeWellFormed(parameter.text);
         parameter.length = static_cast<SQLLEN>(parameter.text.size() * sizeof(char16_t));
         data = parameter.text.data();
     }
