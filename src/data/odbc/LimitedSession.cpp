@@ -69,6 +69,7 @@ public:
             first->Fill(*native->statement, 1);
         });
         block = first;
+        ahead = nullptr; // read what was left of the rows before, if those were not read to their end
         spare = std::make_shared<Block>();
         row = SIZE_MAX; // before the first
         nextRows = growth;
