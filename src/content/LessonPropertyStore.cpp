@@ -72,8 +72,10 @@ const LessonPropertyStore::Entry* LessonPropertyStore::Find(TextView lessonID) c
         }
         std::ranges::sort(places, {}, &Place::hash);
     }
-    for (const Place& place : std::ranges::equal_range(places, HashOf(lessonID), {}, &Place::hash)) {
-        const Entry& entry = entries[place.entry];
+    const uint32_t hash = HashOf(lessonID);
+    auto place = std::ranges::lower_bound(places, hash, {}, &Place::hash);
+    for (; place != places.end() && place->hash == hash; ++place) {
+        const Entry& entry = entries[place->entry];
         if (entry.idLength == lessonID.size() && PackedText::IsPacked(lessonID, entry.bytes, entry.isWide))
             return &entry;
     }

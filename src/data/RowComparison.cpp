@@ -46,7 +46,7 @@ uint64_t HashOf(const RowField& field) {
     case RowField::Kind::Number:
         return Mixed(kind, static_cast<uint64_t>(field.number));
     case RowField::Kind::Date:
-        return Mixed(kind, static_cast<uint64_t>(field.date.second + 60 * (field.date.minute + 60 * field.date.day)));
+        return Mixed(Mixed(kind, static_cast<uint64_t>(field.date.second)), static_cast<uint64_t>(field.date.day));
     case RowField::Kind::Text:
         return Mixed(kind, std::hash<TextView>()(field.text));
     }

@@ -271,6 +271,7 @@ std::shared_ptr<dax::Lesson> LessonMapEditor::GetCheckedLesson() {
         const std::vector<CheckedPlace> places = ChoosePlaces(*root, isChosen);
         if (places.empty() && root != tree->First()) continue;
         std::vector<LayoutEntry> layout;
+        layout.reserve(places.size());
         for (const CheckedPlace& place : places) layout.push_back({place.key, place.depth});
         const auto map = std::make_shared<ContentMap>(root->Key());
         map->SetLayout(std::move(layout));
