@@ -103,7 +103,6 @@ std::vector<ControlCase> MakeCases() {
     ControlCase map{"LessonMapEditor", L"SysTreeView32", {240, 320}, FillMap};
 
     for (ControlCase* each : {&validator, &picker, &info, &lockInfo}) each->isSampleShown = true;
-    for (ControlCase* each : {&validator, &picker}) each->isNameShown = true;
     picker.takesHostColors = false;
 
     picker.keys = {{VK_DOWN, 1}, {VK_UP, 1}, {VK_END, 1}};

@@ -68,7 +68,6 @@ struct ControlCase {
     std::vector<std::pair<const wchar_t*, Variant>> kept{}; // what a host keeps, with other values than the defaults
     std::vector<EventCase> events{};
     bool isSampleShown = false;  // in design mode
-    bool isNameShown = false;    // with it, the control's name on its form
     bool takesHostColors = true; // else it is in the system's
 };
 

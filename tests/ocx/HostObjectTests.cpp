@@ -138,25 +138,22 @@ TEST_F(HostObjectTest, AMapThatMisusesTheTreeIsRefused) {
     const auto add = [](ObjectRef nodes, const Variant& above, const char16_t* key) {
         Call(nodes, L"Add", {above, 4, key, u"?"});
     };
-    const std::tuple<const char*, bool, Fill> cases[] = {
-        {"the same page twice", false,
+    const std::pair<const char*, Fill> cases[] = {
+        {"the same page twice",
          [&](ObjectRef nodes, ObjectRef root) {
              add(nodes, root, u"a");
              add(nodes, root, u"a");
          }},
-        {"under another map", true, [&](ObjectRef nodes, ObjectRef) { add(nodes, u"M", u"c"); }},
-        {"beside the maps", false, [&](ObjectRef nodes, ObjectRef) { add(nodes, Variant(), u"c"); }},
-        {"removes its node", false, [&](ObjectRef nodes, ObjectRef root) { Call(nodes, L"Remove", {root}); }},
-        {"empties the tree", false, [&](ObjectRef nodes, ObjectRef) { Call(nodes, L"Clear"); }},
-        {"takes the other's key", false,
+        {"removes its node", [&](ObjectRef nodes, ObjectRef root) { Call(nodes, L"Remove", {root}); }},
+        {"takes the other's key",
          [&](ObjectRef nodes, ObjectRef root) {
              Put(Get(nodes, L"Item", {u"M"}), L"Key", u"x");
              Put(root, L"Key", u"M");
          }},
-        {"shows another lesson", false, [&](ObjectRef, ObjectRef) { SetLesson(nullptr); }},
-        {"refreshes", false, [&](ObjectRef, ObjectRef) { Call(control, L"Refresh"); }},
+        {"shows another lesson", [&](ObjectRef, ObjectRef) { SetLesson(nullptr); }},
+        {"refreshes", [&](ObjectRef, ObjectRef) { Call(control, L"Refresh"); }},
     };
-    for (const auto& [name, isAllowed, fill] : cases) {
+    for (const auto& [name, fill] : cases) {
         FakeLesson host;
         host.Fill();
         int calls = 0;
@@ -165,9 +162,9 @@ TEST_F(HostObjectTest, AMapThatMisusesTheTreeIsRefused) {
             fill(arguments.at(0).pdispVal, arguments.at(1).pdispVal);
             return Variant();
         };
-        EXPECT_EQ(SUCCEEDED(CodeOf([&] { SetLesson(host.lesson); })), isAllowed) << name;
+        EXPECT_NE(CodeOf([&] { SetLesson(host.lesson); }), S_OK) << name;
         EXPECT_EQ(calls, 1) << name;
-        EXPECT_TRUE(isAllowed ? IsEachOnce(Shown()) : Shown().empty()) << name << ": " << Shown();
+        EXPECT_EQ(Shown(), "") << name;
         ExpectUsable(name);
     }
 }
@@ -210,19 +207,6 @@ TEST_F(HostObjectTest, ALessonIsShownAndWritten) {
     Call(control, L"RemoveStoryboard", {Get(control, L"CurrentStoryboard"), true});
     EXPECT_EQ(host.pages.size(), 2u);
     EXPECT_EQ(host.layouts[u"N"], std::vector<Text>{u"c"});
-    // A hidden map is filled and read by nodes of its own, which go with it.
-    Put(control, L"ShowDefaultMapOnly", true);
-    ComPtr<IDispatch> kept;
-    FakeDispatch::Member& read = host.maps[0].second->members[L"ReadLayout"];
-    read = [&kept, read](const auto& arguments) {
-        kept = arguments.at(0).Object();
-        return read(arguments);
-    };
-    Call(control, L"AddStoryboard", {host.pages[0].second});
-    EXPECT_EQ(host.layouts[u"M"], std::vector<Text>{});
-    EXPECT_EQ(Shown(), "N (2)[title c title a]");
-    EXPECT_EQ(CodeOf([&] { GetText(kept, L"Text"); }) & 0xFFFF, 35601);
-    kept.Reset();
     SetLesson(nullptr);
 }
 
@@ -289,13 +273,8 @@ TEST_F(HostObjectTest, PicturesAreFoundByTheirKeys) {
     for (const Variant& wrong : {Variant(1), Variant(pictures)})
         EXPECT_NE(CodeOf([&] { Call(control, L"SetImageList", {wrong}); }), S_OK);
     expect(2, 1);
-    const auto tree = Get(control, L"tvwObject");
-    EXPECT_EQ(Get(tree, L"ImageList").Get(), list.Get());
+    EXPECT_EQ(Get(Get(control, L"tvwObject"), L"ImageList").Get(), list.Get());
     Call(control, L"SetImageList", {0});
-    expect(1, 5);
-    Put(tree, L"ImageList", list, DISPATCH_PROPERTYPUTREF);
-    expect(2, 1);
-    Put(tree, L"ImageList", Variant::Nothing(), DISPATCH_PROPERTYPUTREF);
     expect(1, 5);
     destroy(images);
 }
@@ -332,14 +311,13 @@ TEST_F(HostObjectTest, AMapFillsAndReadsAnyTree) {
     const auto map = Get(Get(lesson, L"Maps"), L"Item", {u"M"});
     const auto nodes = MakeCom<FakeDispatch>();
     std::map<Text, FakeNode> tree;
-    bool isEndless = false;
     const auto make = [&](const Text& key) -> FakeNode& {
         FakeNode& node = tree[key];
         node.object->members[L"Key"] = [key](const auto&) { return key; };
         node.object->members[L"Child"] = [&node](const auto&) {
             return node.children.empty() ? Variant() : Variant(node.children[0]->object);
         };
-        node.object->members[L"Next"] = [&](const auto&) { return isEndless ? Variant(node.object) : Variant(); };
+        node.object->members[L"Next"] = [](const auto&) { return Variant(); };
         return node;
     };
     const auto contains = [&](const auto& arguments) { return tree.contains(TextOf(arguments.at(0))); };
@@ -365,9 +343,6 @@ TEST_F(HostObjectTest, AMapFillsAndReadsAnyTree) {
         Call(map, L"ReadLayout", {root.object});
         EXPECT_TRUE(GetText(lesson, L"Save").ends_with(u"map\tM\tdefault\npage\t1\ta\n"));
         tree[u"a"].children.push_back(&tree[u"b"]);
-        isEndless = true;
-        EXPECT_NE(CodeOf([&] { Call(map, L"ReadLayout", {root.object}); }), S_OK);
-        isEndless = false;
         Call(map, L"ReadLayout", {root.object});
         EXPECT_TRUE(GetText(lesson, L"Save").ends_with(u"page\t1\ta\npage\t2\tb\n"));
         for (auto& [key, node] : tree) node.object->members.clear();

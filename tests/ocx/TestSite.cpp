@@ -72,14 +72,15 @@ HWND WindowOf(IUnknown* control) {
     return window;
 }
 
-std::vector<DWORD> DrawnPicture(int width, int height, const std::function<void(HDC)>& draw) {
+std::vector<DWORD> Picture(IUnknown* control, int width, int height) {
     BITMAPINFO info{};
     info.bmiHeader = {sizeof info.bmiHeader, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
     void* bits = nullptr;
     const HDC dc = CreateCompatibleDC(nullptr);
     const HBITMAP bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
     const HGDIOBJ former = SelectObject(dc, bitmap);
-    draw(dc);
+    const RECT bounds{0, 0, width, height};
+    EXPECT_HRESULT_SUCCEEDED(OleDraw(control, DVASPECT_CONTENT, dc, &bounds));
     GdiFlush();
     const auto* pixels = static_cast<const DWORD*>(bits);
     std::vector<DWORD> result(pixels, pixels + width * height);
@@ -88,17 +89,6 @@ std::vector<DWORD> DrawnPicture(int width, int height, const std::function<void(
     DeleteObject(bitmap);
     DeleteDC(dc);
     return result;
-}
-
-std::vector<DWORD> Picture(IUnknown* control, int width, int height) {
-    return DrawnPicture(width, height, [&](HDC dc) {
-        const RECT bounds{0, 0, width, height};
-        EXPECT_HRESULT_SUCCEEDED(OleDraw(control, DVASPECT_CONTENT, dc, &bounds));
-    });
-}
-
-size_t PixelsUnlike(const std::vector<DWORD>& picture, DWORD color) {
-    return static_cast<size_t>(std::count_if(picture.begin(), picture.end(), [color](DWORD p) { return p != color; }));
 }
 
 } // namespace dax::test

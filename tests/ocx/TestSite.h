@@ -97,10 +97,7 @@ ComPtr<IOleObject> Place(IDispatch* control, TestSite& site, LONG verb = OLEIVER
 
 // Null while the control is not active.
 HWND WindowOf(IUnknown* control);
-// What is drawn, as rows of pixels.
-std::vector<DWORD> DrawnPicture(int width, int height, const std::function<void(HDC)>& draw);
-// A picture of the control.
+// What the control draws, as rows of pixels.
 std::vector<DWORD> Picture(IUnknown* control, int width, int height);
-size_t PixelsUnlike(const std::vector<DWORD>& picture, DWORD color);
 
 } // namespace dax::test
