@@ -3,6 +3,8 @@
 #include "FakeLesson.h"
 #include "Scripts.h"
 
+#include <commctrl.h>
+
 namespace dax::test {
 
 namespace {
@@ -236,12 +238,8 @@ TEST_F(HostObjectTest, FailuresOfTheUsersDoingAreTold) {
 }
 
 TEST_F(HostObjectTest, PicturesAreFoundByTheirKeys) {
-    const auto create = reinterpret_cast<HANDLE(WINAPI*)(int, int, UINT, int, int)>(
-        reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(L"comctl32"), "ImageList_Create")));
-    const auto destroy = reinterpret_cast<BOOL(WINAPI*)(HANDLE)>(
-        reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(L"comctl32"), "ImageList_Destroy")));
-    ASSERT_TRUE(create && destroy);
-    const HANDLE images = create(16, 16, 0, 4, 0);
+    const HIMAGELIST images = ImageList_Create(16, 16, 0, 4, 0);
+    ASSERT_TRUE(images);
     const long handle = static_cast<long>(reinterpret_cast<INT_PTR>(images));
     Show(u"map\tM\tdefault\npage\t1\ta\n");
     const auto expect = [this](int root, int page) {
@@ -249,7 +247,7 @@ TEST_F(HostObjectTest, PicturesAreFoundByTheirKeys) {
         EXPECT_EQ(NumberOf(Call(Node(u"a"), L"Image")), page);
     };
     expect(1, 5);
-    if (reinterpret_cast<HANDLE>(static_cast<INT_PTR>(handle)) == images) { // scripts have no wider numbers
+    if (reinterpret_cast<HIMAGELIST>(static_cast<INT_PTR>(handle)) == images) { // scripts have no wider numbers
         Call(control, L"SetImageList", {handle, u"text,_custom,_undefined,_root"});
         expect(4, 1);
     }
@@ -276,7 +274,7 @@ TEST_F(HostObjectTest, PicturesAreFoundByTheirKeys) {
     EXPECT_EQ(Get(Get(control, L"tvwObject"), L"ImageList").Get(), list.Get());
     Call(control, L"SetImageList", {0});
     expect(1, 5);
-    destroy(images);
+    ImageList_Destroy(images);
 }
 
 TEST_F(HostObjectTest, ALessonKeepsAHostsPagesAndMaps) {

@@ -46,12 +46,10 @@ const SampleRun Runs[] = {
      "the course: 7 entries\n  Title g: 2 lessons, 0 storyboards\n  Title h: 1 lessons, 0 storyboards\n"
      "added: What's new\\The first one\n3 changes\nread back: The first one [NEW-1], 9 entries\n",
      NewRows, u"The first one 2 1"},
-    {L"daxscript.exe", L"hierarchy.vbs", nullptr, L"", 1, "LoadDatabase has failed: "},
     {L"daxscript.exe", L"locks.vbs", Make<Course>, L"ann", 0,
      "all: 6 locks, 1 invalid, 3 deletable\nann: 3 locks, 1 invalid, 3 deletable\n"
      "left over: 1 locks, 1 invalid, 1 deletable\nTitle g: 2 locks, 0 invalid, 2 deletable\n"
      "in the panel: 2\nwithout an editor: 0\n"},
-    {L"daxscript.exe", L"locks.vbs", nullptr, L"ann", 1, "error when updating the lock display: "},
     {L"daxscript.exe", L"identifiers.js", Make<Course>, L"", 0,
      "G1-02  Title b\nG2-01  Title c\n2 groups, 2 identifiers given\n", Identifiers, u"#a G1-02 G2-01 #d"},
     {L"daxscript.exe", L"identifiers.js", nullptr, L"", 1, "LoadDatabase has failed\n"},
@@ -69,7 +67,6 @@ const SampleRun Runs[] = {
      "...\neverything is as described\n"},
     {L"cscript.exe", L"identifiers.js", Make<Course>, L"", 0,
      "G1-02  Title b\nG2-01  Title c\n2 groups, 2 identifiers given\n", Identifiers, u"#a G1-02 G2-01 #d"},
-    {L"cscript.exe", L"identifiers.js", nullptr, L"", 1, "LoadDatabase has failed\n"},
     {L"automation.exe", L"", Make<Course>, L"", 0,
      "valid\n  Title g: 2 entries\n  Title h: 1 entries\nadded: Title g\\Added in C++\nsaved\n", NewRows,
      u"Added in C++ 2 1"},
@@ -101,12 +98,6 @@ BOOL CALLBACK KeepTree(HWND child, LPARAM found) {
     if (std::wstring_view(name) != L"SysTreeView32") return TRUE;
     *reinterpret_cast<HWND*>(found) = child;
     return FALSE;
-}
-
-HWND TreeIn(HWND window) {
-    HWND tree = nullptr;
-    EnumChildWindows(window, KeepTree, reinterpret_cast<LPARAM>(&tree));
-    return tree;
 }
 
 } // namespace
@@ -141,12 +132,13 @@ TEST_F(SampleTest, TheContainerProgramHearsTheUser) {
     auto running = std::async(std::launch::async, [&course] {
         return RunProgram(L"container.exe", Quoted(course.Name())); //
     });
-    HWND window = nullptr;
+    HWND window = nullptr, tree = nullptr;
     ASSERT_TRUE(PumpUntil([&] {
         window = FindWindowW(L"DAXContainerSample", ToWide(course.Name()).c_str());
-        return window && IsWindowVisible(window) && TreeIn(window);
+        if (window) EnumChildWindows(window, KeepTree, reinterpret_cast<LPARAM>(&tree));
+        return tree && IsWindowVisible(window);
     }));
-    for (const WPARAM key : {VK_DOWN, VK_DOWN, VK_DELETE}) PostMessageW(TreeIn(window), WM_KEYDOWN, key, 1);
+    for (const WPARAM key : {VK_DOWN, VK_DOWN, VK_DELETE}) PostMessageW(tree, WM_KEYDOWN, key, 1);
     PostMessageW(window, WM_CLOSE, 0, 0);
     const Outcome outcome = running.get();
     EXPECT_EQ(outcome.output, "selected: velmora database\n7 entries\nselected: Title g\nselected: Title h\n"
