@@ -34,16 +34,6 @@ inline Ambient At(int dpi, bool userMode = true) {
     return ambient;
 }
 
-// Pixels of a rectangle that are not of the background.
-inline int Inked(const MemoryBitmap& bitmap, const Rect& place, uint32_t background = 0xFFFFFF) {
-    int count = 0;
-    const uint32_t* pixels = bitmap.Pixels();
-    for (int y = std::max(place.top, 0); y < std::min(place.bottom, bitmap.Height()); ++y)
-        for (int x = std::max(place.left, 0); x < std::min(place.right, bitmap.Width()); ++x)
-            if ((pixels[y * bitmap.Width() + x] & 0xFFFFFF) != background) ++count;
-    return count;
-}
-
 // What stands in a window's client area now (0x00RRGGBB, top row first).
 inline std::vector<uint32_t> WindowPixels(HWND window) {
     RECT client;

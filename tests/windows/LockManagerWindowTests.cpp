@@ -37,9 +37,9 @@ std::vector<Text> SampleLocks() {
 }
 
 struct LockHost {
-    explicit LockHost(const Text& connection = {}, int dpi = 96) : host(900, 400) {
-        control->SetAmbient(At(dpi));
-        const SIZE size = control->PreferredSize(dpi);
+    explicit LockHost(const Text& connection) : host(900, 400) {
+        control->SetAmbient(At(96));
+        const SIZE size = control->PreferredSize(96);
         control->Create(host.handle, {0, 0, size.cx, size.cy});
         control->InitProperties();
         LockManager& manager = *control->Manager();
@@ -137,8 +137,6 @@ TEST_F(LockManagerWindowTest, HeadersSortAndShowHow) {
         {u"lockdate", "Ducks Bees Cats Eels Ants ", "lockdate up "},
         {u"age", "Ants Eels Cats Bees Ducks ", "age down "}, // the same order by nature: only the direction turns
         {u"title", "Ants Bees Cats Ducks Eels ", "title up "},
-        {u"lockdate", "Ducks Bees Cats Eels Ants ", "lockdate up "},
-        {u"lockdate", "Ants Eels Cats Bees Ducks ", "lockdate down "},
     };
     const auto click = [&](TextView column) { input.Do([&](UserInput& user) { user.Click(host.OnHeader(column)); }); };
     for (const auto& each : clicks) {
@@ -152,7 +150,7 @@ TEST_F(LockManagerWindowTest, HeadersSortAndShowHow) {
         EXPECT_GE(SendMessageW(host.List(), LVM_GETCOLUMNWIDTH, column, 0),
                   SendMessageW(host.List(), LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(Wide(caption))) + 20)
             << "whole beside the arrow, however narrow the column was";
-        SendMessageW(host.List(), LVM_SETCOLUMNWIDTH, host.Column(clicks[(&each - clicks + 1) % 7].column), 30);
+        SendMessageW(host.List(), LVM_SETCOLUMNWIDTH, host.Column(clicks[(&each - clicks + 1) % 5].column), 30);
     }
     host.control->Manager()->showIdentifier = false;
     host.control->Manager()->RebuildDisplay();
@@ -188,11 +186,7 @@ TEST_F(LockManagerWindowTest, SeveralRowsAreSelectedAndDeleted) {
     };
     const auto click = [&](WPARAM row) { return [&host, row](UserInput& user) { user.Click(host.OnRow(row)); }; };
     const auto rightClick = [&](WPARAM row) {
-        return [&host, row](UserInput& user) {
-            user.Move(host.OnRow(row));
-            user.Button(MOUSEEVENTF_RIGHTDOWN);
-            user.Button(MOUSEEVENTF_RIGHTUP);
-        };
+        return [&host, row](UserInput& user) { user.RightClick(host.OnRow(row)); };
     };
     const auto type = [](WORD key) { return [key](UserInput& user) { user.Type(key); }; };
     POINT below = host.OnRow(4);
@@ -209,13 +203,11 @@ TEST_F(LockManagerWindowTest, SeveralRowsAreSelectedAndDeleted) {
         {"Ctrl+click on another's", with(VK_CONTROL, click(4)), "Ants* Bees Cats* Ducks Eels* ", "S2 "},
         {"Delete", type(VK_DELETE), "Ants* Bees Cats* Ducks Eels* ", "X2 "},
         {"Ctrl+click takes back", with(VK_CONTROL, click(4)), "Ants* Bees Cats* Ducks Eels ", "S0 "},
-        {"Delete", type(VK_DELETE), "Ants* Bees Cats* Ducks Eels ", "X0 "},
         {"click", click(1), "Ants Bees* Cats Ducks Eels ", "S2 "},
         {"Shift+click", with(VK_SHIFT, click(3)), "Ants Bees* Cats* Ducks* Eels ", "S2 "},
         {"Shift+Up", with(VK_SHIFT, type(VK_UP)), "Ants Bees* Cats* Ducks Eels ", ""},
         {"a letter", type('E'), "Ants Bees Cats Ducks Eels* ", ""},
         {"click below the rows", [below](UserInput& user) { user.Click(below); }, "Ants Bees Cats Ducks Eels ", "S1 "},
-        {"Delete and nothing selected", type(VK_DELETE), "Ants Bees Cats Ducks Eels ", ""},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.what);

@@ -23,7 +23,6 @@ public:
     virtual std::string Shape() const = 0;
     virtual bool IsDragging() const = 0;
     virtual void SetLocked(bool on) = 0;
-    virtual void SetAllowDragDrop(bool on) = 0;
 
     void Hear(const std::string& what) {
         heard += (heard.empty() ? "" : ", ") + what;
@@ -57,9 +56,9 @@ public:
     std::string releaseAt; // the control is released inside the event that begins with this
 
 protected:
-    void Show(WindowBase& window, int height, int dpi) {
-        window.SetAmbient(test::At(dpi));
-        window.Create(host.handle, {0, 0, MulDiv(300, dpi, 96), height});
+    void Show(WindowBase& window, int height) {
+        window.SetAmbient(test::At(96));
+        window.Create(host.handle, {0, 0, 300, height});
         window.InitProperties();
         SetFocus(window.Handle());
         ProcessPendingMessages();
@@ -67,19 +66,18 @@ protected:
 };
 
 struct EditorHost : TreeControlHost {
-    explicit EditorHost(int height = 360, int dpi = 96) {
+    explicit EditorHost(int height = 360) {
         Editor().AfterSelectionChange.Add([this](const Text& id) { Hear("selected " + ToUtf8(id)); });
         Editor().DataChanged.Add([this] { Hear("changed"); });
         Editor().DeleteRequest.Add([this] { Hear("delete"); });
         Editor().DblClick.Add([this] { Hear("double"); });
-        Show(*control, height, dpi);
+        Show(*control, height);
     }
     WindowBase* Control() const override { return control.get(); }
     void Release() override { control.reset(); }
     NodeTree& Model() const override { return Editor().Tree(); }
     bool IsDragging() const override { return Editor().DragDrop().Active(); }
     void SetLocked(bool on) override { Editor().SetLocked(on); }
-    void SetAllowDragDrop(bool on) override { Editor().SetAllowDragDrop(on); }
 
     // root(g(a b s(c d)) h(e f) i), open but for h.
     void OpenSample() override {
@@ -107,7 +105,7 @@ struct EditorHost : TreeControlHost {
 };
 
 struct LessonMapHost : TreeControlHost {
-    explicit LessonMapHost(bool hasBoxes = false, int height = 360, int dpi = 96) {
+    explicit LessonMapHost(bool hasBoxes = false, int height = 360) {
         Editor().SetCheckboxes(hasBoxes);
         Editor().BeforeSelectionChange.Add([this](const auto&, const auto&, bool&) { Hear("before"); });
         Editor().AfterSelectionChange.Add(
@@ -116,14 +114,13 @@ struct LessonMapHost : TreeControlHost {
         Editor().MapChanged.Add([this](MapChangeTypes type) { Hear("changed " + std::to_string(type)); });
         Editor().DeleteRequest.Add([this] { Hear("delete"); });
         Editor().ContextMenuRequest.Add([this] { Hear("menu"); });
-        Show(*control, height, dpi);
+        Show(*control, height);
     }
     WindowBase* Control() const override { return control.get(); }
     void Release() override { control.reset(); }
     NodeTree& Model() const override { return *Editor().tvwObject(); }
     bool IsDragging() const override { return Editor().IsDragging(); }
     void SetLocked(bool on) override { Editor().SetLocked(on); }
-    void SetAllowDragDrop(bool on) override { Editor().SetAllowDragDrop(on); }
 
     void Open(const std::string& text) {
         lesson = MakeLesson(text);
@@ -171,11 +168,7 @@ inline Act Holding(std::initializer_list<WORD> keys, const Act& act) {
     };
 }
 inline Act RightClick(TextView key) {
-    return [=](TreeControlHost& host, UserInput& user) {
-        user.Move(host.On(key));
-        user.Button(MOUSEEVENTF_RIGHTDOWN);
-        user.Button(MOUSEEVENTF_RIGHTUP);
-    };
+    return [=](TreeControlHost& host, UserInput& user) { user.RightClick(host.On(key)); };
 }
 inline Act Drag(TextView from, TextView to) { // and drop; the control may go meanwhile
     return [=](TreeControlHost& host, UserInput& user) {

@@ -154,6 +154,10 @@ std::wstring Workbench::FieldText(int page, int id) {
     return text;
 }
 
+bool Workbench::Shows(int page, int id, const std::wstring& text) {
+    return Until([&] { return FieldText(page, id).starts_with(text); });
+}
+
 HWND Workbench::Inside(HWND parent, const wchar_t* className) {
     Search search{0, className, nullptr};
     Until([&] {

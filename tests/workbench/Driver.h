@@ -33,6 +33,8 @@ public:
     // A field of page n, null as long as the page does not exist.
     HWND Field(int page, int id);
     std::wstring FieldText(int page, int id);
+    // Waits until the field's text begins so.
+    bool Shows(int page, int id, const std::wstring& text);
     // The first window of that class anywhere below, as inside a control; waits until there is one.
     HWND Inside(HWND parent, const wchar_t* className);
     // What the last line of the event log says, its columns with blanks between; with `control`, of that control's.
@@ -59,7 +61,7 @@ public:
     std::string QuestionText(); // of all that it shows, buttons included
     // The texts of all fields, labels and buttons that are shown.
     std::vector<std::wstring> Labels();
-    // The same, and gives the answer with that number; false when nobody asked.
+    // Gives the answer with that number; false when nobody asked.
     bool Answer(int button);
     // The window that has the focus in the program.
     HWND Focus();

@@ -21,27 +21,27 @@ enum class By { Keys, Mouse };
 
 class StartTest : public ::testing::TestWithParam<std::tuple<Engine, By>> {
 protected:
-    bool Shows(int page, int field, const std::wstring& text) {
-        return running->Until([&] { return running->FieldText(page, field).starts_with(text); });
-    }
+    bool Shows(int page, int field, const std::wstring& text) { return running->Shows(page, field, text); }
     bool Logs(const std::wstring& control, const std::wstring& line) {
         return running->Until([&] { return running->LastLogged(control).starts_with(control + L" " + line); });
+    }
+    // By keys that are down together, or by the mouse.
+    void Either(std::initializer_list<WORD> keys, const std::function<void()>& click) {
+        if (by == By::Keys)
+            running->Type(keys);
+        else
+            click();
     }
     void Go(Pages page) {
         const HWND list = GetDlgItem(running->Frame(), idPages);
         const int height = static_cast<int>(SendMessageW(list, LB_GETITEMHEIGHT, 0, 0));
-        if (by == By::Keys)
-            running->Type({VK_CONTROL, static_cast<WORD>(L'1' + page)});
-        else
-            running->Click(list, 10, height * page + height / 2);
+        Either({VK_CONTROL, static_cast<WORD>(L'1' + page)},
+               [&] { running->Click(list, 10, height * page + height / 2); });
         EXPECT_TRUE(running->Until([&] { return IsWindowVisible(running->Field(page, idHeading)); }));
     }
     // By the underlined letter, or by a click.
     void Push(Pages page, int button, WORD letter) {
-        if (by == By::Keys)
-            running->Type({VK_MENU, letter});
-        else
-            running->Click(running->Field(page, button), 5, 5);
+        Either({VK_MENU, letter}, [&] { running->Click(running->Field(page, button), 5, 5); });
     }
     // In a drop-down list.
     void Choose(HWND combo, int row) {
@@ -84,10 +84,7 @@ TEST_P(StartTest, FromTheConnectorToTheRecord) {
     if (isByKeys) program.Type({VK_MENU, 'P'});
     EXPECT_TRUE(!isByKeys || Focused(picker));
     for (const int row : {1, 0}) {
-        if (isByKeys)
-            program.Type({static_cast<WORD>(row ? VK_DOWN : VK_UP)});
-        else
-            Choose(combo, row);
+        Either({static_cast<WORD>(row ? VK_DOWN : VK_UP)}, [&] { Choose(combo, row); });
         ASSERT_TRUE(Logs(L"SQLDBPicker", L"CatalogChanged DBCatalog = \"" + (row ? L"second" : Wide(start.Catalog()))));
     }
     if (isByKeys) program.Type({VK_TAB}); // out of the control
@@ -127,10 +124,7 @@ TEST_P(StartTest, FromTheConnectorToTheRecord) {
     EXPECT_TRUE(Logs(L"LockInfo", L"UpdateFrom done, LockCount 0")) << "a connection test is no lock";
     EXPECT_TRUE(Logs(L"LessonInfo", L"UpdateFrom done"));
 
-    if (isByKeys)
-        program.Type({VK_RETURN});
-    else
-        program.Click(tree, 90, 2 * row + row / 2, 2);
+    Either({VK_RETURN}, [&] { program.Click(tree, 90, 2 * row + row / 2, 2); });
     ASSERT_TRUE(Shows(mapPage, idCounts, L"3 pages in 1 map")) << program.Said();
     EXPECT_TRUE(Shows(mapPage, idResult, L"Opened."));
     const HWND map = program.Inside(program.Field(mapPage, idMap), WC_TREEVIEWW);
@@ -143,15 +137,9 @@ TEST_P(StartTest, FromTheConnectorToTheRecord) {
     }
     ASSERT_TRUE(Shows(mapPage, idTitle, L"Welcome"));
     EXPECT_NE(program.FieldText(mapPage, idResult), L"Opened.") << "that was before";
-    if (isByKeys)
-        program.Type({VK_MENU, VK_DOWN});
-    else
-        program.ClickTool(mapPage, idDown);
+    Either({VK_MENU, VK_DOWN}, [&] { program.ClickTool(mapPage, idDown); });
     ASSERT_TRUE(Logs(L"LessonMapEditor", L"MoveCurrent"));
-    if (isByKeys)
-        program.Type({VK_CONTROL, 'S'});
-    else
-        program.ClickTool(mapPage, idSave);
+    Either({VK_CONTROL, 'S'}, [&] { program.ClickTool(mapPage, idSave); });
     EXPECT_TRUE(Shows(mapPage, idResult, L"Saved."));
 
     Go(locksPage);
@@ -189,10 +177,8 @@ TEST_P(StartTest, FromTheConnectorToTheRecord) {
     Go(connectorPage);
     Push(connectorPage, idRecord, 'R');
     EXPECT_TRUE(Shows(connectorPage, idResult, L"Connection recorded for anna"));
-    if (isByKeys)
-        program.Type({VK_MENU, VK_F4});
-    else
-        PostMessageW(program.Frame(), WM_SYSCOMMAND, SC_CLOSE, 0); // as the title's button does
+    // As the title's button does.
+    Either({VK_MENU, VK_F4}, [&] { PostMessageW(program.Frame(), WM_SYSCOMMAND, SC_CLOSE, 0); });
     EXPECT_EQ(program.ExitCode(), 0) << program.Said();
     start.ExpectDone({});
 }

@@ -89,9 +89,7 @@ TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
     content.Run({u"UPDATE velmoraUserLocks SET lockType = 1, machineName = 'desk' WHERE lessonID = 'l2'"});
     Workbench program({Content()});
     ASSERT_TRUE(program.Show(page));
-    const auto shows = [&](int field, const wchar_t* text) {
-        return program.Until([&] { return program.FieldText(page, field).starts_with(text); });
-    };
+    const auto shows = [&](int field, const wchar_t* text) { return program.Shows(page, field, text); };
     const auto title = [&](TextView id) {
         return ToUtf8(content.Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE lessonID = '" + Text(id) + u"'"));
     };
@@ -224,9 +222,7 @@ TEST_F(WorkbenchTest, AsksBeforeLocksAreDeletedAndWhenTheyCannotBeRead) {
     constexpr int page = 4;
     Workbench program({Content()});
     ASSERT_TRUE(program.Show(page));
-    const auto shows = [&](int field, const wchar_t* text) {
-        return program.Until([&] { return program.FieldText(page, field).starts_with(text); });
-    };
+    const auto shows = [&](int field, const wchar_t* text) { return program.Shows(page, field, text); };
     ASSERT_TRUE(shows(idResult, L"3 locks listed.")) << program.Said();
     const HWND list = program.Inside(program.Field(page, idLocks), WC_LISTVIEWW);
     program.Click(list, 20, 40);
