@@ -136,7 +136,6 @@ TEST_F(LockManagerWindowTest, HeadersSortAndShowHow) {
         {u"title", "Eels Ducks Cats Bees Ants ", "title down "},
         {u"lockdate", "Ducks Bees Cats Eels Ants ", "lockdate up "},
         {u"age", "Ants Eels Cats Bees Ducks ", "age down "}, // the same order by nature: only the direction turns
-        {u"title", "Ants Bees Cats Ducks Eels ", "title up "},
     };
     const auto click = [&](TextView column) { input.Do([&](UserInput& user) { user.Click(host.OnHeader(column)); }); };
     for (const auto& each : clicks) {
@@ -150,7 +149,7 @@ TEST_F(LockManagerWindowTest, HeadersSortAndShowHow) {
         EXPECT_GE(SendMessageW(host.List(), LVM_GETCOLUMNWIDTH, column, 0),
                   SendMessageW(host.List(), LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(Wide(caption))) + 20)
             << "whole beside the arrow, however narrow the column was";
-        SendMessageW(host.List(), LVM_SETCOLUMNWIDTH, host.Column(clicks[(&each - clicks + 1) % 5].column), 30);
+        SendMessageW(host.List(), LVM_SETCOLUMNWIDTH, host.Column(clicks[(&each - clicks + 1) % 4].column), 30);
     }
     host.control->Manager()->showIdentifier = false;
     host.control->Manager()->RebuildDisplay();

@@ -3,48 +3,33 @@
 
 #include "controls/win32/Windows.h"
 
-#include <gtest/gtest.h>
+#include "../../apps/workbench/selftest/ScreenReader.h"
 
-#include <oleacc.h>
+#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 namespace dax::test {
 
-class ScreenReader {
-public:
-    explicit ScreenReader(HWND window) {
-        CoInitialize(nullptr);
-        EXPECT_EQ(AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT), IID_IAccessible,
-                                             reinterpret_cast<void**>(&object)),
-                  S_OK);
-    }
-    ~ScreenReader() {
-        object->Release();
-        CoUninitialize();
-    }
-    ScreenReader(const ScreenReader&) = delete;
-    ScreenReader& operator=(const ScreenReader&) = delete;
-    IAccessible* operator->() const { return object; }
+// COM as long as it lives.
+struct ComApartment {
+    ComApartment() { CoInitialize(nullptr); }
+    ~ComApartment() { CoUninitialize(); }
+    ComApartment(const ComApartment&) = delete;
+    ComApartment& operator=(const ComApartment&) = delete;
+};
 
-    static VARIANT Child(LONG id) {
-        VARIANT child{};
-        child.vt = VT_I4;
-        child.lVal = id;
-        return child;
-    }
+class ScreenReader : ComApartment, public workbench::selftest::ScreenReader {
+public:
+    explicit ScreenReader(HWND window) : workbench::selftest::ScreenReader(window) { EXPECT_EQ(Opened(), S_OK); }
 
     // Asked twice: as a list, and one step after the other.
     std::vector<LONG> Elements() const {
-        LONG count = 0;
-        EXPECT_EQ(object->get_accChildCount(&count), S_OK);
-        std::vector<VARIANT> children(static_cast<size_t>(count) + 1);
-        EXPECT_EQ(AccessibleChildren(object, 0, count + 1, children.data(), &count), S_FALSE);
-        std::vector<LONG> listed, walked;
-        for (LONG index = 0; index < count; ++index) listed.push_back(children[static_cast<size_t>(index)].lVal);
+        const std::vector<LONG> listed = workbench::selftest::ScreenReader::Elements();
+        std::vector<LONG> walked;
         VARIANT at = Child(CHILDID_SELF), next{};
-        for (LONG way = NAVDIR_FIRSTCHILD; object->accNavigate(way, at, &next) == S_OK; way = NAVDIR_NEXT)
+        for (LONG way = NAVDIR_FIRSTCHILD; (*this)->accNavigate(way, at, &next) == S_OK; way = NAVDIR_NEXT)
             walked.push_back((at = next).lVal);
         EXPECT_EQ(listed, walked);
         return listed;
@@ -56,27 +41,25 @@ public:
         return 0;
     }
 
-    std::string Name(LONG id) const { return Ask(&IAccessible::get_accName, id); }
-    std::string Value(LONG id) const { return Ask(&IAccessible::get_accValue, id); }
-    std::string Description(LONG id) const { return Ask(&IAccessible::get_accDescription, id); }
-    std::string Action(LONG id) const { return Ask(&IAccessible::get_accDefaultAction, id); }
-    LONG Role(LONG id) const { return Number(&IAccessible::get_accRole, id); }
-    LONG State(LONG id) const { return Number(&IAccessible::get_accState, id); }
-    HRESULT Act(LONG id) const { return object->accDoDefaultAction(Child(id)); }
-    HRESULT Select(LONG id, LONG flags = SELFLAG_TAKESELECTION) const { return object->accSelect(flags, Child(id)); }
+    std::string Name(LONG id) const { return Utf8(workbench::selftest::ScreenReader::Name(id)); }
+    std::string Value(LONG id) const { return Utf8(workbench::selftest::ScreenReader::Value(id)); }
+    std::string Description(LONG id) const { return Utf8(workbench::selftest::ScreenReader::Description(id)); }
+    std::string Action(LONG id) const { return Utf8(workbench::selftest::ScreenReader::Action(id)); }
+    HRESULT Act(LONG id) const { return (*this)->accDoDefaultAction(Child(id)); }
+    HRESULT Select(LONG id, LONG flags = SELFLAG_TAKESELECTION) const { return (*this)->accSelect(flags, Child(id)); }
     LONG Step(LONG from, LONG direction) const {
         VARIANT found{};
-        return object->accNavigate(direction, Child(from), &found) == S_OK ? found.lVal : 0;
+        return (*this)->accNavigate(direction, Child(from), &found) == S_OK ? found.lVal : 0;
     }
     // Where the system says that the element is, and what it says is there.
     RECT Place(LONG id) const {
         LONG left, top, width, height;
-        object->accLocation(&left, &top, &width, &height, Child(id));
+        (*this)->accLocation(&left, &top, &width, &height, Child(id));
         return {left, top, left + width, top + height};
     }
     LONG At(POINT point) const {
         VARIANT found{};
-        return object->accHitTest(point.x, point.y, &found) == S_OK ? found.lVal : -1;
+        return (*this)->accHitTest(point.x, point.y, &found) == S_OK ? found.lVal : -1;
     }
     std::string StateWords(LONG id) const {
         static constexpr std::pair<LONG, const char*> words[] = {
@@ -91,22 +74,7 @@ public:
     }
 
 private:
-    template <typename Method>
-    std::string Ask(Method method, LONG id) const {
-        BSTR text = nullptr;
-        (object->*method)(Child(id), &text);
-        std::string all = text ? ToUtf8(FromWide(text)) : std::string();
-        SysFreeString(text);
-        return all;
-    }
-    template <typename Method>
-    LONG Number(Method method, LONG id) const {
-        VARIANT number{};
-        EXPECT_EQ((object->*method)(Child(id), &number), S_OK);
-        return number.lVal;
-    }
-
-    IAccessible* object = nullptr;
+    static std::string Utf8(const std::wstring& text) { return ToUtf8(FromWide(text.c_str())); }
 };
 
 // What this process tells screen readers while it lives: the event, and the name of what it is about.

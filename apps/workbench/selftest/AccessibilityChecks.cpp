@@ -1,76 +1,34 @@
 // What screen readers get of each control, by the system's accessibility interface.
 #include "selftest/Checks.h"
 #include "selftest/FilledForm.h"
+#include "selftest/ScreenReader.h"
 
 #include <commctrl.h>
-#include <oleacc.h>
 
 namespace dax::workbench::selftest {
 
 namespace {
 
-// The elements of a window, as a screen reader asks for them.
-class Reader {
+// The elements of a window; throws HostError when it has none.
+class Reader : public ScreenReader {
 public:
-    explicit Reader(HWND window) {
-        const HRESULT result =
-            AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT), IID_IAccessible, object.OutVoid());
-        Require(SUCCEEDED(result) && object,
-                L"The window reports nothing to screen readers: " + DescribeResult(result));
-        object->get_accChildCount(&count);
+    explicit Reader(HWND window) : ScreenReader(window) {
+        Require(SUCCEEDED(Opened()), L"The window reports nothing to screen readers: " + DescribeResult(Opened()));
+        operator->()->get_accChildCount(&count);
     }
 
     long Count() const { return count; }
-    std::wstring Name(long child) const { return Take(&IAccessible::get_accName, child); }
-    std::wstring Value(long child) const { return Take(&IAccessible::get_accValue, child); }
-    long Role(long child) const { return Number(&IAccessible::get_accRole, child); }
-    long State(long child) const { return Number(&IAccessible::get_accState, child); }
-
     // The element of that name; throws HostError when there is none, with all that there are.
     long Find(const std::wstring& name) const {
         std::wstring all;
-        for (const long child : Children()) {
+        for (const long child : Elements()) {
             if (Name(child) == name) return child;
             all += (all.empty() ? L"" : L", ") + Name(child);
         }
         throw HostError(E_FAIL, L"Screen readers find no '" + name + L"', but: " + all + L".");
     }
-    std::vector<long> Children() const {
-        std::vector<VARIANT> children(static_cast<size_t>(count) + 1);
-        long found = 0;
-        AccessibleChildren(object.Get(), 0, count, children.data(), &found);
-        std::vector<long> numbers;
-        for (long i = 0; i < found; ++i) {
-            VARIANT& child = children[static_cast<size_t>(i)];
-            if (child.vt == VT_I4) numbers.push_back(child.lVal);
-            VariantClear(&child);
-        }
-        return numbers;
-    }
 
 private:
-    static VARIANT Child(long number) {
-        VARIANT child{};
-        child.vt = VT_I4;
-        child.lVal = number;
-        return child;
-    }
-    template <class Method>
-    std::wstring Take(Method method, long child) const {
-        BSTR text = nullptr;
-        (object.Get()->*method)(Child(child), &text);
-        const std::wstring taken = text ? std::wstring(text, SysStringLen(text)) : std::wstring();
-        SysFreeString(text);
-        return taken;
-    }
-    template <class Method>
-    long Number(Method method, long child) const {
-        VARIANT number{};
-        (object.Get()->*method)(Child(child), &number);
-        return number.vt == VT_I4 ? number.lVal : -1;
-    }
-
-    ComPtr<IAccessible> object;
     long count = 0;
 };
 
@@ -119,7 +77,7 @@ std::wstring ReadLocks(FilledForm& filled) {
 std::wstring ReadPanel(FilledForm& filled, const wchar_t* control, const std::wstring& expected) {
     const Reader reader(GetWindow(filled.Control(control).Window(), GW_CHILD));
     std::wstring all;
-    for (const long line : reader.Children()) {
+    for (const long line : reader.Elements()) {
         Require(reader.Role(line) == ROLE_SYSTEM_STATICTEXT && (reader.State(line) & STATE_SYSTEM_READONLY),
                 L"A line is not reported as a text.");
         all += (all.empty() ? L"" : L" / ") + reader.Name(line);
