@@ -39,12 +39,7 @@ protected:
 
     ComPtr<IDispatch> CreateHeard(const wchar_t* progID) {
         auto object = Create(progID);
-        sinks.push_back(std::make_unique<Sink>([this](const HeardEvent& event) {
-            heard += event.name + "(";
-            for (const Text& argument : event.arguments)
-                heard += (&argument == event.arguments.data() ? "" : ", ") + ToUtf8(argument);
-            heard += ") ";
-        }));
+        sinks.push_back(std::make_unique<Sink>([this](const HeardEvent& event) { heard += event.Described() + " "; }));
         sinks.back()->Connect(object);
         return object;
     }
@@ -128,8 +123,9 @@ void MemberTest::CallGroupEditor() {
                     {L"AddLesson", {u"n", u"Néw", u"#n", 1}, "", "DataChanged() AfterSelectionChange(n) "},
                     {L"CanMoveCurrent", {2}, "True"},
                     {L"MoveCurrent", {2}, "", "DataChanged() "}});
-    ExpectValues(editor, {{L"CurrentLessonID", u"n"}, {L"NodeCount", 8}, {L"CanUndo", yes}, {L"CanRedo", no}});
+    ExpectValues(editor, {{L"CurrentLessonID", u"n"}, {L"NodeCount", 8}, {L"CanUndo", yes}});
     Expect(editor, {{L"Undo", {}, "", "DataChanged() "},
+                    {L"CanRedo", {}, "True"},
                     {L"Redo", {}, "", "DataChanged() "},
                     {L"UpdateLesson", {u"d", u"Last", u"#z", 0}, "", "DataChanged() "},
                     {L"RemoveLesson", {u"g", no}, "", "DataChanged() "},
@@ -156,13 +152,16 @@ void MemberTest::CallIdentifiers(ObjectRef ids) {
     Expect(ids, {{L"Item", {3}, "h"}, // the group itself comes last
                  {L"Item", {u"c"}, "c"},
                  {L"Item", {0}, "800A0009"},
+                 {L"Item", {4}, "800A0009"},
                  {L"Item", {u"a"}, "800A0005"},
                  {L"Item", {ids}, "800A000D"},
                  {L"Add", {u"a"}},
                  {L"Add", {u"a"}, "800A01C9"},
+                 {L"Add", {u"x", u"y"}, "800A0005"},
                  {L"Remove", {1}},
                  {L"Remove", {u"h"}},
                  {L"Remove", {u"n"}, "800A0005"},
+                 {L"Remove", {9}, "800A0009"},
                  {L"Count", {}, "2"},
                  {L"_NewEnum", {}, "[object]"}});
     Text all;

@@ -116,6 +116,12 @@ bool PumpUntil(const std::function<bool()>& condition) {
     }
 }
 
+std::string HeardEvent::Described() const {
+    std::string list;
+    for (const Text& argument : arguments) list += (&argument == arguments.data() ? "" : ", ") + ToUtf8(argument);
+    return name + "(" + list + ")";
+}
+
 void Sink::Connect(ObjectRef object) {
     connection = EventConnection(object.Get(), [this](const ReceivedEvent& event) { Hear(event); });
     EXPECT_TRUE(connection);

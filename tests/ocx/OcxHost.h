@@ -75,6 +75,8 @@ struct HeardEvent {
     DISPID dispid;
     std::string name;
     std::vector<Text> arguments; // an object by its SBID
+
+    std::string Described() const; // "Name(first, second)"
 };
 
 // Hears every event of an object.
