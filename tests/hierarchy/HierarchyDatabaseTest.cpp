@@ -139,6 +139,34 @@ TEST(HierarchyDatabase, ProgressIsToldForEveryThousandRows) {
     EXPECT_THAT(told, testing::ElementsAre(std::pair{1000, 2347}, std::pair{2000, 2347}, std::pair{2347, 2347}));
 }
 
+// How long all takes is for the bench to say; no call may go as deep as the tree.
+TEST(HierarchyDatabase, AChainOfManyLessons) {
+    const test::TestDatabase database(Engine::SQLite);
+    test::CreateTables(database);
+    database.Run({u"WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i + 1 < 30000) INSERT INTO "
+                  u"velmoraLessons (lessonID, lessonIdentifier, parentID, indentLevel, sortPosition, lessonType, "
+                  u"lessonProperties) SELECT 'k' || i, 'L', CASE i WHEN 0 THEN '' ELSE 'k' || (i - 1) END, i + 1, i, "
+                  u"i % 2, 'StoryboardCount=1' FROM n"});
+    test::HeardEditor heard;
+    GroupEditor& editor = *heard.editor;
+    editor.SetConnectionString(database.ConnectionString());
+    ASSERT_TRUE(editor.LoadDatabase()) << ToUtf8(heard.error);
+    EXPECT_EQ(editor.GetChildLessonCount(u"k0"), 29'999);
+    EXPECT_EQ(editor.GetChildLessonIDCollection(u"").Count(), 30'000u);
+    EXPECT_EQ(GetNumber(*editor.GetAggregateProperties(u""), u"StoryboardCount", 0), 15'000);
+    EXPECT_EQ(GetText(*editor.GetLessonTokens(u"k29999"), u"LessonIdentifierPath", {}).size(), 59'999u);
+    editor.SetCurrentLessonID(u"k29999");
+    editor.ExpandAll();
+    editor.CollapseAll();
+    editor.SetCurrentLessonID(u"k29999");
+    editor.MoveCurrent(gmtOutdent);
+    editor.RemoveLesson(u"k0", false);
+    EXPECT_EQ(editor.NodeCount(), 30'000);
+    editor.RemoveLesson(u"k20000", true);
+    EXPECT_LT(editor.NodeCount(), 30'000);
+    EXPECT_FALSE(editor.Clear());
+}
+
 TEST(HierarchyDatabase, AMissingOneIsToldAndLeavesTheRoot) {
     test::HeardEditor heard;
     heard.editor->SetConnectionString(u"DSN=none such");
