@@ -128,10 +128,11 @@ TEST(ConnectionStringTest, ServerStringsBecomeOdbcStrings) {
                                                                                      : seconds == 15 ? 30
                                                                                                      : seconds);
     }
-    const std::pair<Text, Text> servers[] = {{u"Driver={MariaDB};Server=h;Port=1", u"h:1"},
-                                             {u"Driver={MariaDB};Server=h", u"h"},
-                                             {u"DSN=books", u"books"},
-                                             {u"Provider=SQLOLEDB;Address=a", u"a"}};
+    const std::pair<Text, Text> servers[] = {
+        {u"Driver={MariaDB};Server=h;Port=1", u"h:1"},
+        {u"Driver={MariaDB};Server=h;UID=" + Text(300, u'u'), u"h"}, // no file's name
+        {u"DSN=books", u"books"},
+        {u"Provider=SQLOLEDB;Address=a", u"a"}};
     for (const auto& [text, server] : servers) EXPECT_EQ(translated(text).server, server);
 }
 

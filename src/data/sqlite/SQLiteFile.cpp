@@ -58,7 +58,8 @@ FileKind KindOfFile(const Text& path) noexcept {
         case fs::file_type::not_found:
             return FileKind::Missing;
         case fs::file_type::none:
-            return FileKind::Unknown; // not allowed to look, or a name that the system does not take
+            // Longer than any name, as a connection string may be; or not allowed to look.
+            return failure == std::errc::filename_too_long ? FileKind::Missing : FileKind::Unknown;
         case fs::file_type::directory:
             return FileKind::Directory;
         case fs::file_type::regular:
