@@ -77,7 +77,7 @@ TEST_P(DataTest, AnyTextComesBackAsItWas) {
         u"",      u"'",         u"''\\''",         u"\\",          u"C:\\new\\'x'", u"a?b{c}d",
         u"漢字😀", u"%_\"`[x]#", u" blanks round ", u"\r\n\t;-- x", u"#2024/05/06#", u"'2024/05/06'"};
     texts.insert(texts.end(), {Text(8001, u'\''), Text{0xFFFD, 0xE000, 0xDBFF, 0xDFFF, 0xFEFF, 0xFFFF}});
-    for (const size_t length : {1, 3, 255, 256, 257, 511, 4000, 4001, 8190, 8200, 20000, 40000})
+    for (const size_t length : {1, 3, 255, 256, 257, 511, 4000, 4001, 8190, 8200, 20000, 40000, 1'000'000})
         texts.push_back(RandomText(random, length));
     for (size_t i = 0; i < texts.size(); ++i) Insert(ToText(static_cast<long long>(i)), texts[i]);
     for (size_t i = 0; i < texts.size(); ++i)
@@ -101,13 +101,6 @@ TEST_P(DataTest, AnyTextComesBackAsItWas) {
         }
         EXPECT_EQ(seen, texts.size() * 2);
     }
-}
-
-TEST_P(DataTest, LongTextsAndLoneSurrogates) {
-    Text longText(1'000'000, u'x');
-    for (size_t i = 0; i < longText.size(); i += 7) longText[i] = i % 2 ? u'\'' : u'é';
-    Insert(u"long", longText);
-    EXPECT_TRUE(Story(u"long") == longText);
     Insert(u"lone", Text{u'a', 0xD83D, u'b', 0xDE00});
     EXPECT_TRUE(Story(u"lone") == (Text{u'a', 0xFFFD, u'b', 0xFFFD}));
 }
@@ -143,7 +136,8 @@ TEST_P(DataTest, NullIsNotEmpty) {
 }
 
 TEST_P(DataTest, ParametersOfEveryKind) {
-    const Value number = int64_t{5}, date = DateTime{2024, 2, 29, 23, 59, 7};
+    const DateTime moment{2024, 2, 29, 23, 59, 7};
+    const Value number = int64_t{5}, date = moment;
     EXPECT_EQ(Run(u"INSERT INTO things (thingID, amount, made, story) VALUES (?, ?, ?, ?)",
                   {Text(u"a"), number, date, Text(300, u'é')}),
               1);
@@ -161,19 +155,11 @@ TEST_P(DataTest, ParametersOfEveryKind) {
     rows.MoveNext();
     EXPECT_EQ(rows.Field(0), Value(int64_t{1}));
     EXPECT_TRUE(IsNull(rows.Field(1)));
+    rows.Close();
     test::FailureOf([&] { Run(u"INSERT INTO things (thingID) VALUES (?)", {}); });
-}
-
-TEST_P(DataTest, DatesAreFoundAgainToTheSecond) {
-    const DateTime date{2024, 2, 29, 23, 59, 7, 0};
-    connection.Execute(u"INSERT INTO things (thingID, made) VALUES ('literal', " + modDB::FormatSQLDate(date, true) +
-                       u")");
-    Run(u"INSERT INTO things (thingID, made) VALUES (?, ?)", {Text(u"parameter"), date});
-    Recordset recordset;
-    recordset.Open(u"SELECT made FROM things", connection);
-    for (; !recordset.Eof(); recordset.MoveNext()) EXPECT_EQ(std::get<DateTime>(recordset.Field(0)), date);
-    recordset.Close();
-    EXPECT_EQ(Run(u"DELETE FROM things WHERE made = ?", {DateTime{2024, 2, 29, 23, 59, 8, 0}}), 0);
+    // A date is found again, to the second, however it was written.
+    connection.Execute(u"UPDATE things SET made = " + modDB::FormatSQLDate(moment, true) + u" WHERE thingID = 'b'");
+    EXPECT_EQ(Run(u"DELETE FROM things WHERE made = ?", {DateTime{2024, 2, 29, 23, 59, 8}}), 0);
     EXPECT_EQ(Run(u"DELETE FROM things WHERE made = ?", {date}), 2);
 }
 

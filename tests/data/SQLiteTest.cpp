@@ -62,11 +62,16 @@ TEST(SQLiteTest, PathsOfEveryKindOpen) {
         EXPECT_GT(FailureOfOpen(path).Description().size(), path.size()) << ToUtf8(path);
 }
 
-TEST(SQLiteTest, WhatIsNoFileIsRefusedAtOnce) {
+TEST(SQLiteTest, WhatIsNoDatabaseFileIsRefusedAtOnce) {
     const test::TempFolder folder;
-    std::vector<Text> paths = {folder.File(u"")};
+    std::vector<std::pair<Text, std::string>> cases = {
+        {folder.File(u""), "is a folder"},
+        {folder.File(u"missing ü.db"), "does not exist"},
+        {folder.Write(u"text.db", std::string(5000, 'x')), "is not a database"},
+        {folder.Write(u"a.db", std::string("\0\1\0\0Standard Jet DB", 19) + std::string(4000, '\0')), "Access"},
+    };
 #ifdef _WIN32
-    for (const Text name : {u"NUL", u"\\\\.\\pipe\\dax", u"CON"}) paths.push_back(name);
+    for (const Text name : {u"NUL", u"\\\\.\\pipe\\dax", u"CON"}) cases.emplace_back(name, "not a database file");
 #else
     ASSERT_EQ(mkfifo((folder.Path() / "fifo").c_str(), 0600), 0);
     sockaddr_un address{};
@@ -75,16 +80,16 @@ TEST(SQLiteTest, WhatIsNoFileIsRefusedAtOnce) {
     const int end = socket(AF_UNIX, SOCK_STREAM, 0);
     ASSERT_EQ(bind(end, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     for (const Text& path : {folder.File(u"fifo"), folder.File(u"socket"), Text(u"/dev/null"), Text(u"/dev/zero")})
-        paths.push_back(path);
+        cases.emplace_back(path, "not a database file");
 #endif
-    for (const Text& path : paths)
-        for (const Text& string :
-             {path, u"Driver=SQLite3;Database=" + path, u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + path}) {
-            const Failure refusal = FailureOfOpen(string);
-            EXPECT_TRUE(refusal.Tells("not a database file") || refusal.Tells("does not exist"))
-                << ToUtf8(string) << ": " << refusal.what();
-            EXPECT_LT(refusal.seconds, 1) << ToUtf8(string);
+    for (const auto& [path, words] : cases)
+        for (const Text prefix : {u"", u"Driver=SQLite3;Database=", u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source="}) {
+            const Failure refusal = FailureOfOpen(prefix + path);
+            EXPECT_TRUE(refusal.Tells(words) || (words[0] == 'n' && refusal.Tells("does not exist")))
+                << ToUtf8(prefix + path) << ": " << refusal.what();
+            EXPECT_LT(refusal.seconds, 1) << ToUtf8(path);
         }
+    EXPECT_FALSE(fs::exists(folder.Path() / u8"missing ü.db")) << "must not be created";
 #ifndef _WIN32
     close(end);
 #endif
@@ -303,11 +308,9 @@ TEST(SQLiteTest, AFileThatMayNotBeWrittenIsReadAndOneThatMayNotBeReadIsRefused) 
     const fs::path file(database.Name());
     const auto as = [&](fs::perms permissions, const std::function<bool()>& check) {
         fs::permissions(file, permissions);
-        const pid_t child = fork();
-        if (child == 0) _exit(geteuid() == 0 && setuid(65534) != 0 ? 2 : check() ? 0 : 1); // root may do all
-        int status = 0;
-        waitpid(child, &status, 0);
-        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        return test::StatusOfChild([&] {
+                   return geteuid() == 0 && setuid(65534) != 0 ? 2 : check() ? 0 : 1; // root may do all
+               }) == 0;
     };
     EXPECT_TRUE(as(fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read, [&] {
         Connection connection;

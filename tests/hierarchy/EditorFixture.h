@@ -48,6 +48,17 @@ inline std::map<Text, Text> ReadRows(const Text& connectionString) {
     return all;
 }
 
+// A node and all behind it as text: key(children).
+inline Text ShapeFrom(const Node* node) {
+    Text shape;
+    for (; node; node = node->Next()) {
+        shape += node->Key();
+        if (node->FirstChild()) shape += u"(" + ShapeFrom(node->FirstChild()) + u")";
+        if (node->Next()) shape += u" ";
+    }
+    return shape;
+}
+
 // An editor with an ear on every event.
 struct HeardEditor {
     HeardEditor() {
@@ -62,27 +73,7 @@ struct HeardEditor {
         });
     }
     Text Take() { return std::exchange(heard, {}); }
-    // The tree as text: key(children).
-    Text Shape() const {
-        Text shape;
-        for (const Node* node = editor->Tree().First(); node;) {
-            shape += node->Key();
-            if (node->FirstChild()) {
-                shape += u"(";
-                node = node->FirstChild();
-                continue;
-            }
-            while (node && !node->Next()) {
-                node = node->Parent();
-                if (node) shape += u")";
-            }
-            if (node) {
-                shape += u" ";
-                node = node->Next();
-            }
-        }
-        return shape;
-    }
+    Text Shape() const { return ShapeFrom(editor->Tree().First()); }
 
     std::shared_ptr<GroupEditor> editor = GroupEditor::Create();
     Text heard, error;

@@ -7,12 +7,8 @@
 
 #ifndef _WIN32
 #include <csignal>
-#include <cstdlib>
 #include <random>
-#include <sys/time.h>
 #include <sys/wait.h>
-#include <thread>
-#include <unistd.h>
 #endif
 
 namespace dax {
@@ -203,28 +199,22 @@ void KilledSave::KillAtManyPoints() {
     }
     ASSERT_NE(states[0], states[1]);
     const size_t total = sent;
-    // Many more by hand.
-    const char* const wanted = std::getenv("DAX_KILLS");
-    const int kills = wanted ? std::atoi(wanted) : GetParam() == Engine::MariaDB ? 12 : 40;
+    const int kills = test::KillCount(GetParam() == Engine::MariaDB ? 12 : 40);
     std::mt19937 random(3);
     int current = 1;
     ASSERT_NO_FATAL_FAILURE(edit(current));
     for (int kill = 0; kill < kills; ++kill) {
         const bool isBeforeStatement = kill % 2 == 0;
         const size_t fatal = 1 + random() % total;
-        const itimerval timer{{0, 0}, {0, 1 + static_cast<long>(random()) % std::clamp(took, 1000L, 900'000L)}};
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
+        const long moment = 1 + static_cast<long>(random()) % std::clamp(took, 1000L, 900'000L);
+        const int status = test::StatusOfChild([&] {
             SetStatementObserver([&](TextView) {
                 if (isBeforeStatement && --sent == total - fatal) raise(SIGKILL);
             });
-            if (!isBeforeStatement) setitimer(ITIMER_REAL, &timer, nullptr);
+            if (!isBeforeStatement) test::EndAfter(moment);
             editor->SaveDatabase();
-            _exit(7); // not killed, or not yet
-        }
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
+            return 7; // not killed, or not yet
+        });
         test::AwaitNoSessions(*database);
         const std::map<Text, Text> rows = Rows();
         if (isBeforeStatement) {

@@ -15,22 +15,22 @@ namespace dax::test {
 
 namespace {
 
-Text WithPort(Text connectionString, const std::string& port) {
-    const size_t begin = connectionString.find(u"Port=") + 5;
-    return connectionString.replace(begin, connectionString.find(u';', begin) - begin, FromUtf8(port));
-}
-
 std::string PortIn(const Text& connectionString) {
     const size_t begin = connectionString.find(u"Port=") + 5;
     return ToUtf8(connectionString.substr(begin, connectionString.find(u';', begin) - begin));
 }
 
-int ConnectTo(const std::string& port, int flags = 0) {
-    const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | flags, 0);
+sockaddr_in Loopback(int port) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<uint16_t>(std::stoi(port)));
+    address.sin_port = htons(static_cast<uint16_t>(port));
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
+int ConnectTo(const std::string& port, int flags = 0) {
+    const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | flags, 0);
+    sockaddr_in address = Loopback(std::stoi(port));
     (void)!connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
     return socket;
 }
@@ -59,14 +59,12 @@ SilentServer::~SilentServer() {
 }
 
 Text SilentServer::ThroughIt(const Text& connectionString, const Text& more) const {
-    return WithPort(connectionString, port) + u";" + more;
+    return connectionString + u";Port=" + FromUtf8(port) + u";" + more;
 }
 
 void SilentServer::Listen(int backlog) {
     listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    sockaddr_in address = Loopback(0);
     socklen_t size = sizeof address;
     if (bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0 || listen(listener, backlog) != 0 ||
         getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0)

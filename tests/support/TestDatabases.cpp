@@ -9,6 +9,12 @@
 #include <random>
 #include <thread>
 
+#ifndef _WIN32
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
 #ifdef __SANITIZE_ADDRESS__
 // The drivers lose up to a kilobyte for each connection; the leak check is for our own.
 extern "C" const char* __lsan_default_suppressions() { return "leak:libmaodbc\nleak:psqlodbcw"; }
@@ -24,26 +30,14 @@ std::string UniqueName() {
 }
 
 const char* VariableOf(Engine engine) {
-    switch (engine) {
-    case Engine::PostgreSQL:
-        return "DAX_TEST_POSTGRES";
-    case Engine::MariaDB:
-        return "DAX_TEST_MARIADB";
-    default:
-        return nullptr;
-    }
+    return engine == Engine::PostgreSQL ? "DAX_TEST_POSTGRES"
+           : engine == Engine::MariaDB  ? "DAX_TEST_MARIADB"
+                                        : nullptr;
 }
 
-// The string of the administrator with another database.
+// Of a keyword that stands twice the last one counts.
 Text WithDatabase(const Text& connectionString, const Text& database) {
-    Text result;
-    for (size_t begin = 0; begin < connectionString.size();) {
-        const size_t end = std::min(connectionString.find(u';', begin), connectionString.size());
-        const Text item = connectionString.substr(begin, end - begin);
-        if (!LowerAscii(item).starts_with(u"database=")) result += item + u";";
-        begin = end + 1;
-    }
-    return result + u"Database=" + database;
+    return connectionString + u";Database=" + database;
 }
 
 } // namespace
@@ -81,16 +75,7 @@ Failure FailureOfOpen(const Text& connectionString) {
 std::vector<Engine> AllEngines() { return {Engine::SQLite, Engine::PostgreSQL, Engine::MariaDB}; }
 
 std::string EngineName(const ::testing::TestParamInfo<Engine>& info) {
-    switch (info.param) {
-    case Engine::SQLite:
-        return "SQLite";
-    case Engine::PostgreSQL:
-        return "PostgreSQL";
-    case Engine::MariaDB:
-        return "MariaDB";
-    default:
-        return "Other";
-    }
+    return info.param == Engine::SQLite ? "SQLite" : info.param == Engine::PostgreSQL ? "PostgreSQL" : "MariaDB";
 }
 
 std::string SkipReason(Engine engine) {
@@ -161,6 +146,28 @@ void AwaitNoSessions(const TestDatabase& database) {
     }
     ADD_FAILURE() << "a session of another does not end";
 }
+
+#ifndef _WIN32
+
+int StatusOfChild(const std::function<int()>& work) {
+    const pid_t child = fork();
+    if (child == 0) _exit(work());
+    int status = 0;
+    EXPECT_TRUE(child > 0 && waitpid(child, &status, 0) == child);
+    return status;
+}
+
+void EndAfter(long microseconds) {
+    const itimerval timer{{0, 0}, {0, microseconds}};
+    setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+int KillCount(int usual) {
+    const char* const wanted = std::getenv("DAX_KILLS");
+    return wanted ? std::atoi(wanted) : usual;
+}
+
+#endif
 
 void EngineTest::SetUp() {
     DAX_NEEDS_ENGINE(GetParam());

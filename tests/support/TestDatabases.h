@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -90,6 +91,15 @@ private:
 
 // What a dead session had begun may still be going on in the server: waits until there is none but its own.
 void AwaitNoSessions(const TestDatabase& database);
+
+#ifndef _WIN32
+// What the work came to, as waitpid tells it, in a process of its own that ends with it and with this exit code.
+int StatusOfChild(const std::function<int()>& work);
+// This process is ended by a signal then: with what it has open, and in the midst of whatever it does.
+void EndAfter(long microseconds);
+// How often a test kills; DAX_KILLS, when it is set: many more by hand.
+int KillCount(int usual);
+#endif
 
 // A test that runs once for each engine, on a database of its own; skipped where there is no server.
 // INSTANTIATE_TEST_SUITE_P(Engines, MyTest, ::testing::ValuesIn(AllEngines()), EngineName);
