@@ -133,7 +133,7 @@ public:
     bool hasFailed = false;
 
 private:
-    ~Site() = default;
+    ~Site() override = default;
 
     std::wstring pending;
     HRESULT pendingCode = S_OK;

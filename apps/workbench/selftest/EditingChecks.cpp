@@ -4,6 +4,8 @@
 #include "selftest/StartChecks.h"
 #include "selftest/TestForm.h"
 
+#include <commctrl.h>
+
 namespace dax::workbench::selftest {
 
 namespace {

@@ -29,6 +29,7 @@ std::vector<Frame::PlacedStep> Frame::StartSteps() {
         for (const StartStep& step : Current()->Steps()) steps[step.place] = {i, step};
     }
     std::vector<PlacedStep> ordered;
+    ordered.reserve(steps.size());
     for (const auto& [place, one] : steps) ordered.push_back(one);
     return ordered;
 }
