@@ -27,28 +27,19 @@ std::wstring TempFile() {
 }
 
 struct Search {
-    DWORD process;
+    DWORD process; // 0: any window; else one that this process shows
     const wchar_t* className;
     HWND found;
 };
 
-// A top-level window of the process; it becomes visible when all that is in it has been made.
-BOOL CALLBACK FindVisible(HWND window, LPARAM parameter) {
+BOOL CALLBACK Find(HWND window, LPARAM parameter) {
     auto* search = reinterpret_cast<Search*>(parameter);
     DWORD owner = 0;
     wchar_t name[64] = L"";
     GetWindowThreadProcessId(window, &owner);
     GetClassNameW(window, name, 64);
-    if (owner != search->process || std::wstring(name) != search->className || !IsWindowVisible(window)) return TRUE;
-    search->found = window;
-    return FALSE;
-}
-
-BOOL CALLBACK FindClass(HWND window, LPARAM parameter) {
-    auto* search = reinterpret_cast<Search*>(parameter);
-    wchar_t name[64] = L"";
-    GetClassNameW(window, name, 64);
     if (std::wstring(name) != search->className) return TRUE;
+    if (search->process && (owner != search->process || !IsWindowVisible(window))) return TRUE;
     search->found = window;
     return FALSE;
 }
@@ -132,13 +123,9 @@ bool Workbench::Until(const std::function<bool()>& condition) {
     return true;
 }
 
+// It becomes visible when all that is in it has been made.
 HWND Workbench::Frame() {
-    Until([this] {
-        Search search{process.dwProcessId, frameClass, nullptr};
-        if (!frame) EnumWindows(FindVisible, reinterpret_cast<LPARAM>(&search));
-        if (search.found) frame = search.found;
-        return frame != nullptr;
-    });
+    if (!frame) frame = Popup(frameClass);
     return frame;
 }
 
@@ -161,7 +148,7 @@ bool Workbench::Shows(int page, int id, const std::wstring& text) {
 HWND Workbench::Inside(HWND parent, const wchar_t* className) {
     Search search{0, className, nullptr};
     Until([&] {
-        EnumChildWindows(parent, FindClass, reinterpret_cast<LPARAM>(&search));
+        EnumChildWindows(parent, Find, reinterpret_cast<LPARAM>(&search));
         return search.found != nullptr;
     });
     return search.found;
@@ -277,7 +264,7 @@ void Workbench::ClickTool(int page, int id) {
 HWND Workbench::Popup(const wchar_t* className) {
     Search search{process.dwProcessId, className, nullptr};
     Until([&] {
-        EnumWindows(FindVisible, reinterpret_cast<LPARAM>(&search));
+        EnumWindows(Find, reinterpret_cast<LPARAM>(&search));
         return search.found != nullptr;
     });
     return search.found;
