@@ -76,7 +76,7 @@ void UpdatesFromNothing(HostedControl& hosted) {
 
 // As the row before leaves nothing to delete for the next.
 void AddsAndSelectsAll(HostedControl& hosted) {
-    hosted.data->course.AddLock(u"a", u"ann", 1, 1);
+    hosted.data->course.Run({LockRow(u"a", u"ann", u"P1", 1)});
     hosted.Do(L"Refresh");
     SelectAll(hosted);
 }

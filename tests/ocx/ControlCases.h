@@ -2,7 +2,6 @@
 // comes about.
 #pragma once
 
-#include "Connector.h"
 #include "Course.h"
 #include "TestSite.h"
 

@@ -1,9 +1,7 @@
-// A small course with locks in a SQLite file.
+// A small course with locks, and a connector database that lists it; both in SQLite files.
 #pragma once
 
-#include "support/TestDatabases.h"
-
-#include "data/Schema.h"
+#include "cli/CourseRows.h"
 
 namespace dax::test {
 
@@ -13,37 +11,33 @@ class Course : public TestDatabase {
 public:
     Course() : TestDatabase(Engine::SQLite) {
         Run(Schema::CreateStatements(Schema::Database::Content, Engine::SQLite));
-        AddRow(u"g", u"", 1, 1, 0);
-        AddRow(u"h", u"", 1, 2, 0);
-        AddRow(u"d", u"", 1, 3, 1);
-        AddRow(u"a", u"g", 2, 1, 1);
-        AddRow(u"b", u"g", 2, 2, 1);
-        AddRow(u"c", u"h", 2, 1, 1);
-        AddLock(u"a", u"ann", 1, 1);
-        AddLock(u"b", u"ann", 2, 2);
-        AddLock(u"c", u"bob", 1, 3);
-        AddLock(u"c", u"bob", 1, 4);
-        AddLock(u"d", u"bob", 4, 5);
-        AddLock(u"gone", u"ann", 1, 6);
-    }
-    void AddRow(const Text& id, const Text& parent, int level, int position, int type) const {
-        Run({u"INSERT INTO velmoraLessons (lessonID, lessonTitle, lessonIdentifier, lessonProperties, parentID, "
-             u"indentLevel, sortPosition, lessonType) VALUES ('" +
-             id + u"', 'Title " + id + u"', '#" + id + u"', '', '" + parent + u"', " + ToText(level) + u", " +
-             ToText(position) + u", " + ToText(type) + u")"});
-    }
-    void AddLock(const Text& lesson, const Text& user, int type, int hour) const {
-        Run({u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
-             u"lockType) VALUES ('" +
-             lesson + u"', '" + user + u"', 'PC', '10.0.0.1', 's', '2026-03-01 0" + ToText(hour) + u":00:00', " +
-             ToText(type) + u")"});
+        const auto row = [](const Text& id, TextView parent, int level, int position, int type) {
+            return LessonRow(id, u"Title " + id, u"#" + id, parent, level, position, type);
+        };
+        Run({row(u"g", u"", 1, 1, 0), row(u"h", u"", 1, 2, 0), row(u"d", u"", 1, 3, 1), row(u"a", u"g", 2, 1, 1),
+             row(u"b", u"g", 2, 2, 1), row(u"c", u"h", 2, 1, 1), u"UPDATE velmoraLessons SET lessonProperties = ''"});
+        Run({LockRow(u"a", u"ann", u"P1", 1), LockRow(u"b", u"ann", u"P2", 2), LockRow(u"c", u"bob", u"P3", 1),
+             LockRow(u"c", u"bob", u"P4", 1), LockRow(u"d", u"bob", u"P5", 4), LockRow(u"gone", u"ann", u"P6", 1)});
     }
     // The rows below a parent, in their order.
     Text Below(const Text& parent) const {
         return Ask(u"SELECT group_concat(lessonID, ' ') FROM (SELECT lessonID FROM velmoraLessons WHERE parentID = '" +
                    parent + u"' ORDER BY sortPosition)");
     }
-    Text LocksLeft() const { return Ask(u"SELECT Count(*) FROM velmoraUserLocks"); }
+};
+
+// "admin" is a super user, "anna" may write to the catalog "course" only, "nobody" has no rights.
+class Connector : public TestDatabase {
+public:
+    Connector() : TestDatabase(Engine::SQLite) {
+        Run(Schema::CreateStatements(Schema::Database::Connector, Engine::SQLite));
+        Run({u"INSERT INTO velmoraDBUsers (userID, username, superUser) VALUES (1, 'admin', 1), (2, 'anna', 0), "
+             u"(3, 'nobody', 0)",
+             u"INSERT INTO velmoraDBList (dbID, dbCatalogName, username, password, dbTitle, dbDescription) VALUES "
+             u"(1, 'course', 'login1', 'secret1', 'A course', 'the first'), "
+             u"(2, 'other', 'login2', 'secret2', 'Ünother', 'the second')",
+             u"INSERT INTO velmoraDBUserRights (userID, dbID, rights) VALUES (2, 1, 0)"});
+    }
 };
 
 } // namespace dax::test

@@ -1,8 +1,6 @@
-// Every member of every interface through COM, once with each kind of argument. What a member computes is tested where
-// it is computed.
-#include "Connector.h"
+// Every member of every interface through COM, once. What a member computes is tested where it is computed.
 #include "Course.h"
-#include "TestSite.h"
+#include "OcxHost.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -11,6 +9,7 @@
 #include <memory>
 #include <regex>
 #include <set>
+#include <sstream>
 
 namespace dax::test {
 
@@ -18,14 +17,11 @@ namespace {
 
 struct MemberCase {
     // A name followed by "=" puts a value, by ":=" a reference.
-    const wchar_t* member;
+    std::wstring member;
     std::vector<Variant> arguments = {};
     std::string expected = ""; // the result as text, its beginning before "*", or the code of a failure
     std::string events = "";   // heard meanwhile
 };
-
-using Property = std::pair<const wchar_t*, Variant>;
-using Names = std::vector<const wchar_t*>;
 
 class MemberTest : public OcxTest {
 protected:
@@ -46,11 +42,10 @@ protected:
 
     void Expect(ObjectRef object, const std::vector<MemberCase>& rows) {
         for (const MemberCase& row : rows) {
-            std::wstring name = row.member;
-            const std::string full = InterfaceName(object) + "." + ToUtf8(FromWide(name));
-            const bool isReference = name.ends_with(L":="), isPut = name.ends_with(L"=");
+            const std::string full = InterfaceName(object) + "." + ToUtf8(FromWide(row.member));
+            const bool isReference = row.member.ends_with(L":="), isPut = row.member.ends_with(L"=");
             called.insert(full);
-            name.resize(name.size() - (isReference ? 2 : isPut ? 1 : 0));
+            const std::wstring name = row.member.substr(0, row.member.size() - (isReference ? 2 : isPut ? 1 : 0));
             const WORD kind = isReference ? DISPATCH_PROPERTYPUTREF
                               : isPut     ? DISPATCH_PROPERTYPUT
                                           : DISPATCH_METHOD | DISPATCH_PROPERTYGET;
@@ -62,22 +57,37 @@ protected:
         }
     }
 
-    // Each reads as its value.
-    void ExpectValues(ObjectRef object, const std::vector<Property>& rows) {
-        for (const auto& [name, value] : rows) Expect(object, {{name, {}, ToUtf8(FromWide(DescribeValue(value)))}});
+    // Members without arguments that raise no event: "Name=result; Name=result".
+    void ExpectAnswers(ObjectRef object, const std::string& rows) {
+        const std::regex row("(\\w+)=([^;]*)(; )?");
+        for (std::sregex_iterator each(rows.begin(), rows.end(), row), end; each != end; ++each)
+            Expect(object, {{ToWide(FromUtf8(each->str(1))), {}, each->str(2)}});
     }
-    // Each takes its value and reads as it afterwards.
-    void ExpectKept(ObjectRef object, const std::vector<Property>& rows) {
-        for (const auto& [name, value] : rows) Expect(object, {{(std::wstring(name) + L"=").c_str(), {value}}});
-        ExpectValues(object, rows);
-    }
-    // Each returns an object.
-    void ExpectObjects(ObjectRef object, const Names& names) {
-        for (const wchar_t* name : names) Expect(object, {{name, {}, "[object]"}});
-    }
-    // Each does its work without a result and an event.
-    void ExpectDone(ObjectRef object, const Names& names) {
-        for (const wchar_t* name : names) Expect(object, {{name}});
+
+    // Each property that can be set keeps another value than the one that it has. What is current must exist.
+    void ExpectKept(ObjectRef object) {
+        ComPtr<ITypeInfo> type;
+        ASSERT_HRESULT_SUCCEEDED(object->GetTypeInfo(0, LOCALE_NEUTRAL, type.Out()));
+        FUNCDESC* function = nullptr;
+        for (UINT i = 0; SUCCEEDED(type->GetFuncDesc(i, &function)); ++i) {
+            Bstr text;
+            type->GetDocumentation(function->memid, text.Out(), nullptr, nullptr, nullptr);
+            const std::wstring name(text.Wide());
+            const bool isPut = function->invkind == INVOKE_PROPERTYPUT && !name.starts_with(L"Current");
+            type->ReleaseFuncDesc(function);
+            Variant value = isPut ? Call(object, name.c_str()) : Variant();
+            if (value.vt == VT_BOOL)
+                value = Variant(!value.Bool());
+            else if (value.vt == VT_I4)
+                value = Variant(value.lVal + 1);
+            else if (value.vt == VT_BSTR)
+                value = Variant(value.Text() + L"ä");
+            else
+                continue;
+            Put(object, name.c_str(), value);
+            called.insert(InterfaceName(object) + "." + ToUtf8(FromWide(name)) + "=");
+            Expect(object, {{name, {}, ToUtf8(FromWide(value.Text()))}});
+        }
     }
 
     static std::string Outcome(const std::function<Variant()>& call) {
@@ -99,7 +109,6 @@ protected:
     }
 
     void CallGroupEditor();
-    void CallIdentifiers(ObjectRef ids);
     void CallLocksAndPanels();
     void CallValidatorAndPicker();
     void CallLesson();
@@ -117,19 +126,16 @@ protected:
 
 void MemberTest::CallGroupEditor() {
     const auto editor = CreateHeard(L"DAXControls.GroupEditor");
-    ExpectKept(editor, {{L"ConnectionString", connection}, {L"ConflictCheck", no}});
-    Expect(editor, {{L"LoadDatabase", {}, "True", "AfterSelectionChange() "},
+    Expect(editor, {{L"ConnectionString=", {connection}},
+                    {L"LoadDatabase", {}, "True", "AfterSelectionChange() "},
                     {L"CurrentLessonID=", {u"b"}, "", "AfterSelectionChange(b) "},
                     {L"AddLesson", {u"n", u"Néw", u"#n", 1}, "", "DataChanged() AfterSelectionChange(n) "},
                     {L"CanMoveCurrent", {2}, "True"},
-                    {L"MoveCurrent", {2}, "", "DataChanged() "}});
-    ExpectValues(editor, {{L"CurrentLessonID", u"n"}, {L"NodeCount", 8}, {L"CanUndo", yes}});
-    Expect(editor, {{L"Undo", {}, "", "DataChanged() "},
-                    {L"CanRedo", {}, "True"},
+                    {L"MoveCurrent", {2}, "", "DataChanged() "},
+                    {L"Undo", {}, "", "DataChanged() "},
                     {L"Redo", {}, "", "DataChanged() "},
                     {L"UpdateLesson", {u"d", u"Last", u"#z", 0}, "", "DataChanged() "},
                     {L"RemoveLesson", {u"g", no}, "", "DataChanged() "},
-                    {L"SaveDatabase", {}, "True"},
                     {L"GetLessonTitle", {u"n"}, "Néw"},
                     {L"GetLessonIdentifier", {u"d"}, "#z"},
                     {L"GetLessonType", {u"nobody"}, "-1"},
@@ -139,19 +145,12 @@ void MemberTest::CallGroupEditor() {
                     {L"GetLessonProperties", {u"nobody"}, "[nothing]"},
                     {L"GetAggregateProperties", {u"h"}, "[object]"},
                     {L"GetLessonTokens", {u"a"}, "[object]"}});
-    ExpectKept(editor,
-               {{L"DatabaseTitle", u"The course"}, {L"AllowDragDrop", no}, {L"Locked", yes}, {L"SingleExpand", yes}});
-    ExpectDone(editor, {L"LockDisplay", L"UnlockDisplay", L"ExpandAll", L"CollapseAll"});
+    ExpectAnswers(editor, "SaveDatabase=True; CurrentLessonID=b; NodeCount=7; CanUndo=True; CanRedo=False; "
+                          "LockDisplay=; UnlockDisplay=; ExpandAll=; CollapseAll=");
     EXPECT_EQ(course.Below(u"h"), u"n c");
-    CallIdentifiers(Get(editor, L"GetChildLessonIDCollection", {u"h"}));
-    Expect(editor, {{L"Clear", {}, "False", "AfterSelectionChange() "},
-                    {L"SaveDatabase", {}, "False", "Error(-2147221504, No database open., SaveDatabase) "}});
-}
-
-void MemberTest::CallIdentifiers(ObjectRef ids) {
+    const auto ids = Get(editor, L"GetChildLessonIDCollection", {u"h"});
     Expect(ids, {{L"Item", {3}, "h"}, // the group itself comes last
                  {L"Item", {u"c"}, "c"},
-                 {L"Item", {0}, "800A0009"},
                  {L"Item", {4}, "800A0009"},
                  {L"Item", {u"a"}, "800A0005"},
                  {L"Item", {ids}, "800A000D"},
@@ -161,77 +160,59 @@ void MemberTest::CallIdentifiers(ObjectRef ids) {
                  {L"Remove", {1}},
                  {L"Remove", {u"h"}},
                  {L"Remove", {u"n"}, "800A0005"},
-                 {L"Remove", {9}, "800A0009"},
                  {L"Count", {}, "2"},
                  {L"_NewEnum", {}, "[object]"}});
     Text all;
     for (const Variant& each : Enumerated(ids)) all += TextOf(each);
     EXPECT_EQ(all, u"ca");
+    Expect(editor, {{L"Clear", {}, "False", "AfterSelectionChange() "},
+                    {L"SaveDatabase", {}, "False", "Error(-2147221504, No database open., SaveDatabase) "}});
+    ExpectKept(editor);
 }
 
 void MemberTest::CallLocksAndPanels() {
-    const auto editor = Create(L"DAXControls.GroupEditor");
-    Put(editor, L"ConnectionString", connection);
+    const auto editor = Create(L"DAXControls.GroupEditor"), locks = CreateHeard(L"DAXControls.LockManager");
+    for (const auto& each : {editor, locks}) Put(each, L"ConnectionString", connection);
     Call(editor, L"LoadDatabase");
-    const auto group = Get(editor, L"GetChildLessonIDCollection", {u"h"});
-    const auto locks = CreateHeard(L"DAXControls.LockManager");
-    ExpectKept(locks, {{L"ConnectionString", connection},
-                       {L"Username", u"ann"},
-                       {L"SessionID", u"another"},
-                       {L"LessonID", u"a"},
-                       {L"MDBMode", no},
-                       {L"ShowIdentifier", no},
-                       {L"ExpectNoSessionIDRecords", no}});
+    Put(locks, L"Username", u"ann");
     Expect(locks, {{L"GroupIDCollection=", {Variant::Nothing()}},
-                   {L"GroupIDCollection:=", {group}},
-                   {L"GroupIDCollection", {}, "[object]"},
+                   {L"GroupIDCollection:=", {Get(editor, L"GetChildLessonIDCollection", {u"h"})}},
                    {L"RebuildDisplay", {yes}, "", "SelectionChanged(1) "}});
-    ExpectValues(locks, {{L"LockCount", 6}, {L"DeletableLockCount", 3}, {L"InvalidLockCount", 2}});
-    ExpectValues(locks, {{L"ValidLockCount", 4}, {L"SelectedLockDeleteType", 1}, {L"SelectedLockCount", 0}});
-    ExpectValues(locks, {{L"SelectedDeletableLockCount", 0}, {L"SelectedInvalidLockCount", 0}});
-    ExpectValues(locks, {{L"SelectedValidLockCount", 0}});
-    ExpectKept(locks, {{L"IsAdministrator", yes}, {L"LockDisplayType", 3}});
-    Expect(locks, {{L"Refresh", {}, "", "SelectionChanged(1) "}});
-    ExpectValues(locks, {{L"LockCount", 3}, {L"DeletableLockCount", 3}}); // of c in the group, and of the lesson a
-    ExpectDone(locks, {L"AutosizeColumns", L"DeleteSelected"});
+    ExpectAnswers(locks, "GroupIDCollection=[object]; LockCount=6; DeletableLockCount=3; InvalidLockCount=2; "
+                         "ValidLockCount=4; SelectedLockDeleteType=1; SelectedLockCount=0; "
+                         "SelectedDeletableLockCount=0; SelectedInvalidLockCount=0; SelectedValidLockCount=0; "
+                         "AutosizeColumns=; DeleteSelected=");
+    Put(locks, L"LockDisplayType", 3);
+    Expect(locks, {{L"Refresh", {}, "", "SelectionChanged(1) "}, {L"LockCount", {}, "2"}});
+    ExpectKept(locks);
     const auto info = Create(L"DAXControls.LessonInfo"), lockInfo = CreateHeard(L"DAXControls.LockInfo");
-    Expect(info, {{L"UpdateFrom", {editor}}, {L"UpdateFrom", {Variant::Nothing()}}, {L"UpdateFrom", {lockInfo}, "8*"}});
-    ExpectKept(info, {{L"ShowIdentifier", no}});
-    Expect(lockInfo, {{L"UpdateFrom", {editor}}, {L"UpdateFrom", {lockInfo}, "8*"}});
-    ExpectValues(lockInfo, {{L"LockCount", 5}, {L"ConnectionString", connection}});
+    for (const auto& panel : {info, lockInfo})
+        Expect(panel, {{L"UpdateFrom", {editor}}, {L"UpdateFrom", {lockInfo}, "8*"}});
+    ExpectKept(info);
+    Expect(lockInfo, {{L"LockCount", {}, "5"}, {L"ConnectionString", {}, ToUtf8(course.ConnectionString())}});
 }
 
 void MemberTest::CallValidatorAndPicker() {
     const Connector connector;
     const auto validator = Create(L"DAXControls.DatabaseValidator");
     Expect(validator, {{L"ValidateDataConnection", {u"conn", u"C:\\no\\file", yes}, "False"}});
-    ExpectValues(validator, {{L"DataConnectionString", u"conn"},
-                             {L"CatalogName", u"C:\\no\\file"},
-                             {L"MDBMode", yes},
-                             {L"ErrorType", 2},
-                             {L"ErrorNumber", 75},
-                             {L"ErrorDescription", u"file not found."}});
+    ExpectAnswers(validator, "DataConnectionString=conn; CatalogName=C:\\no\\file; MDBMode=True; ErrorType=2; "
+                             "ErrorNumber=75; ErrorDescription=file not found.");
     Expect(validator, {{L"ValidateSupportsTalk", {u""}, "False"},
-                       {L"ValidateCommonConnection", {u"x", u"", u"catalog", u"user"}, "False"}});
-    ExpectValues(validator, {{L"CommonConnectionString", u"x"}, {L"ErrorType", 9}});
+                       {L"ValidateCommonConnection", {u"x", u"", u"catalog", u"user"}, "False"},
+                       {L"CommonConnectionString", {}, "x"}});
     const auto picker = CreateHeard(L"DAXControls.SQLDBPicker");
     Expect(picker, {{L"LoadPicker",
                      {connector.ConnectionString(), u"anna", u"course"},
                      "True",
                      "CatalogChanged(course, login1, secret1, A course, the first) "},
                     {L"UpdateConnectionHistory", {u"PC", u"10.0.0.1", u"os", u"app"}},
-                    {L"DBCatalog=", {u"x"}, "80020003"}}); // read-only
-    ExpectValues(picker, {{L"ConnectionString", connector.ConnectionString()},
-                          {L"DBCatalog", u"course"},
-                          {L"DBUsername", u"login1"},
-                          {L"DBPassword", u"secret1"},
-                          {L"Title", u"A course"},
-                          {L"DefaultCatalog", u"course"},
-                          {L"Username", u"anna"}});
-    ExpectValues(picker, {{L"IsAdmin", no}, {L"IsReadOnly", no}, {L"IsSuperuser", no}});
-    ExpectKept(picker, {{L"Enabled", no}});
-    ExpectDone(picker, {L"Clear"});
-    called.erase("_SQLDBPicker.DBCatalog=");
+                    {L"ConnectionString", {}, ToUtf8(connector.ConnectionString())}});
+    ExpectAnswers(picker, "DBCatalog=course; DBUsername=login1; DBPassword=secret1; Title=A course; "
+                          "DefaultCatalog=course; Username=anna; IsAdmin=False; IsReadOnly=False; IsSuperuser=False; "
+                          "Clear=");
+    EXPECT_EQ(CodeOf([&] { Put(picker, L"DBCatalog", u"x"); }), DISP_E_MEMBERNOTFOUND) << "read-only";
+    ExpectKept(picker);
     EXPECT_EQ(connector.Ask(u"SELECT machineName FROM velmoraConnectionHistory"), u"PC");
     const std::wstring folder = BinFolder();
     Expect(Create(L"DAXControls.Constants"), {{L"OCXPath", {}, ToUtf8(FromWide(folder.substr(0, folder.size() - 1)))},
@@ -254,13 +235,15 @@ void MemberTest::CallLesson() {
                page = Create(L"ContentObjects.Storyboard"), other = Create(L"ContentObjects.Storyboard");
     EXPECT_NE(GetText(page, L"SBID"), GetText(other, L"SBID")) << "a new page has an identity of its own";
     Expect(lesson, {{L"Load", {FromUtf8(sample)}},
+                    {L"Load", {u"lesson\t1\nstoryboard\ta\n"}, "800A0141"}, // changes nothing
                     {L"Save", {}, sample},
                     {L"CurrentSBID", {}, "s2"},
-                    {L"Load", {u"lesson\t1\nstoryboard\ta\n"}, "800A0141"}, // changes nothing
-                    {L"Save", {}, sample}});
-    ExpectObjects(lesson, {L"Storyboards", L"Maps"});
+                    {L"CurrentSBID=", {u"s1"}},
+                    {L"Storyboards", {}, "[object]"},
+                    {L"Maps", {}, "[object]"}});
     const auto pages = Get(lesson, L"Storyboards"), maps = Get(lesson, L"Maps");
-    ExpectKept(page, {{L"SBID", u"s4"}, {L"Title", u"Néw"}, {L"Identifier", u"#4"}, {L"StoryboardType", u"video"}});
+    for (const auto& each : {page, map, Create(L"ContentObjects.PropertyCollection")}) ExpectKept(each);
+    Put(page, L"SBID", u"s4");
     Expect(pages, {{L"Count", {}, "3"},
                    {L"Item", {u"s2"}, "[object]"},
                    {L"Item", {u"none"}, "[nothing]"},
@@ -271,16 +254,14 @@ void MemberTest::CallLesson() {
                    {L"Remove", {u"s3"}},
                    {L"_NewEnum", {}, "[object]"}});
     EXPECT_EQ(Get(pages, L"Item", {u"s4"}).Get(), page.Get()) << "not a copy";
-    ExpectKept(map, {{L"Name", u"Third"}});
+    Put(map, L"Name", u"Third");
     Expect(map, {{L"FillTree", {Variant::Nothing(), Variant::Nothing()}, "800A0005"},
                  {L"ReadLayout", {Variant::Nothing()}, "800A0005"}});
     Expect(maps, {{L"Count", {}, "2"},
                   {L"Item", {0}, "[object]"},
-                  {L"Item", {u"Extra"}, "[object]"},
                   {L"Item", {u""}, "[nothing]"},
                   {L"Add", {map}},
                   {L"Add", {map}, "800A01C9"},
-                  {L"Add", {Variant::Nothing()}, "800A0005"},
                   {L"DefaultMap:=", {map}},
                   {L"DefaultMap=", {Variant::Nothing()}, "800A0005"},
                   {L"DefaultMap", {}, "[object]"},
@@ -289,9 +270,7 @@ void MemberTest::CallLesson() {
     for (const Variant& each : Enumerated(pages)) order += ToUtf8(GetText(each.Object(), L"SBID")) + " ";
     for (const Variant& each : Enumerated(maps)) order += ToUtf8(GetText(each.Object(), L"Name")) + " ";
     EXPECT_EQ(order, "s1 s2 s4 Main Extra Third ");
-    Expect(lesson, {{L"CurrentSBID=", {u"s4"}},
-                    {L"Save", {}, "lesson\t1\nstoryboard\ts1\ttext\tINTRO\tWelcome\n*"},
-                    {L"Load", {u"lesson\t1\n"}}});
+    Call(lesson, L"Load", {u"lesson\t1\n"});
     Expect(pages, {{L"Count", {}, "0"}}); // a collection follows its lesson
     Expect(Create(L"ContentObjects.Utility"), {{L"NewIdentifier", {}, "*"}});
 }
@@ -311,15 +290,19 @@ void MemberTest::CallLessonMap() {
                     {L"CurrentStoryboard=", {page(u"b")}, "", "AfterSelectionChange(b) "},
                     {L"GetChildStoryboardCount", {u"a"}, "1"},
                     {L"FindNextSBID", {u"TITLE", 4, no, no}, "c"}});
-    ExpectDone(editor, {L"CheckAllStoryboards"});
-    ExpectValues(editor, {{L"CurrentSBID", u"b"}, {L"CheckedStoryboardCount", 3}});
-    ExpectObjects(editor, {L"Lesson", L"CurrentStoryboard", L"OrphanedStoryboards", L"CheckedStoryboards",
-                           L"GetCheckedLesson", L"tvwObject"});
-    ExpectKept(editor, {{L"AllowDragDrop", no}, {L"CaptionStyle", 1}, {L"Checkboxes", yes}, {L"Locked", no}});
-    ExpectKept(editor, {{L"ShowDefaultMapOnly", yes}});
-    ExpectKept(editor, {{L"ShowDefaultMapOnly", no}});
-    ExpectDone(editor, {L"UncheckAllStoryboards", L"LockDisplay", L"UnlockDisplay", L"ExpandAll"});
-    Expect(editor, {{L"CollapseAll", {}, "", "AfterSelectionChange() "},
+    ExpectAnswers(editor, "CurrentSBID=b; CheckAllStoryboards=; CheckedStoryboardCount=3; Lesson=[object]; "
+                          "CurrentStoryboard=[object]; OrphanedStoryboards=[object]; CheckedStoryboards=[object]; "
+                          "GetCheckedLesson=[object]; tvwObject=[object]; LockDisplay=; UnlockDisplay=; ExpandAll=");
+    const auto checked = Get(editor, L"CheckedStoryboards");
+    Expect(checked, {{L"Count", {}, "3"},
+                     {L"Item", {2}, "[object]"},
+                     {L"Item", {0}, "800A0009"},
+                     {L"Item", {u"x"}, "800A0005"},
+                     {L"_NewEnum", {}, "[object]"}});
+    EXPECT_EQ(Get(checked, L"Item", {u"c"}).Get(), page(u"c").Get());
+    EXPECT_EQ(Enumerated(checked).size(), 3u);
+    Expect(editor, {{L"UncheckAllStoryboards"},
+                    {L"CollapseAll", {}, "", "AfterSelectionChange() "},
                     {L"CurrentSBID=", {u"b"}, "", "AfterSelectionChange(b) "},
                     {L"AddStoryboard", {page(u"lost")}, "", "MapChanged(1) AfterSelectionChange(lost) "},
                     {L"UpdateStoryboard", {page(u"lost")}},
@@ -331,18 +314,9 @@ void MemberTest::CallLessonMap() {
                     {L"SetImageList", {0, u"text"}},
                     {L"SetImageList", {u"none"}, "800A000D"}});
     EXPECT_EQ(Get(editor, L"CurrentStoryboard").Get(), page(u"a").Get());
-    Call(editor, L"CheckAllStoryboards");
-    const auto checked = Get(editor, L"CheckedStoryboards");
-    Expect(checked, {{L"Count", {}, "3"},
-                     {L"Item", {2}, "[object]"},
-                     {L"Item", {u"c"}, "[object]"},
-                     {L"Item", {0}, "800A0009"},
-                     {L"Item", {u"x"}, "800A0005"},
-                     {L"_NewEnum", {}, "[object]"}});
-    EXPECT_EQ(Get(checked, L"Item", {u"c"}).Get(), page(u"c").Get());
-    EXPECT_EQ(Enumerated(checked).size(), 3u);
     CallTree(Get(editor, L"tvwObject"));
     Expect(editor, {{L"Lesson=", {Variant::Nothing()}}, {L"GetCheckedLesson", {}, "[nothing]"}});
+    ExpectKept(editor);
 }
 
 void MemberTest::CallTree(ObjectRef tree) {
@@ -353,18 +327,17 @@ void MemberTest::CallTree(ObjectRef tree) {
                   {L"hWnd", {}, "*"},
                   {L"HitTest", {30, -30}, "[nothing]"}});
     const auto nodes = Get(tree, L"Nodes"), a = Get(nodes, L"Item", {u"a"});
+    ExpectKept(Get(nodes, L"Item", {u"c"}));
     Expect(tree, {{L"SelectedItem=", {Get(nodes, L"Item", {u"b"})}, "", "AfterSelectionChange(b) "},
                   {L"SelectedItem:=", {a}, "", "AfterSelectionChange(a) "},
                   {L"SelectedItem", {}, "[object]"}});
-    ExpectKept(a, {{L"Text", u"ä"}, {L"Tag", u"kept"}, {L"Key", u"A"}, {L"Selected", yes}, {L"Expanded", no}});
-    ExpectKept(a, {{L"Key", u"a"}, {L"Checked", no}, {L"Image", 5}});
-    Expect(a, {{L"Image=", {u"video"}}, {L"EnsureVisible", {}, "*"}});
-    ExpectValues(a, {{L"Image", 7}, {L"Children", 1}, {L"Index", 2}, {L"FullPath", u"M (2)\\ä"}});
-    ExpectValues(a, {{L"Next", Variant::Nothing()}, {L"Previous", Variant::Nothing()}});
-    ExpectObjects(a, {L"Parent", L"Child", L"FirstSibling", L"LastSibling", L"Root"});
+    Expect(a, {{L"Image=", {u"video"}}, {L"EnsureVisible", {}, "*"}, {L"Image", {}, "7"}});
+    ExpectAnswers(a, "Children=1; Index=2; FullPath=M (2)\\title a; Next=[nothing]; Previous=[nothing]");
     for (const auto& [relation, key] : {std::pair{L"Parent", u"M"}, std::pair{L"Child", u"b"}, std::pair{L"Root", u"M"},
-                                        std::pair{L"FirstSibling", u"a"}, std::pair{L"LastSibling", u"a"}})
+                                        std::pair{L"FirstSibling", u"a"}, std::pair{L"LastSibling", u"a"}}) {
+        Expect(a, {{relation, {}, "[object]"}});
         EXPECT_EQ(GetText(Get(a, relation), L"Key"), key);
+    }
     Expect(nodes, {{L"Count", {}, "5"},
                    {L"Contains", {u"b"}, "True"},
                    {L"Item", {6}, "800A8B10"},
@@ -377,36 +350,30 @@ void MemberTest::CallTree(ObjectRef tree) {
                    {L"_NewEnum", {}, "[object]"}});
     EXPECT_EQ(Get(nodes, L"Item", {2}).Get(), a.Get()) << "one object for a node";
     EXPECT_EQ(Enumerated(nodes).size(), 7u);
-    Expect(nodes, {{L"Remove", {u"a"}, "", "AfterSelectionChange() "}, {L"Remove", {u"a"}, "800A8B11"}});
+    Expect(nodes, {{L"Remove", {u"a"}, "", "AfterSelectionChange() "}});
     Expect(a, {{L"Text", {}, "800A8B11"}}); // it is not in the tree any more
     Expect(nodes, {{L"Clear", {}, "", "AfterSelectionChange() "}, {L"Count", {}, "0"}});
 }
 
 void MemberTest::CallProperties() {
     const auto made = Create(L"ContentObjects.PropertyCollection"), read = Create(L"ContentObjects.PropertyCollection");
-    Variant date, small, money;
+    Variant date, money;
     date.vt = VT_DATE;
     date.date = 46082.25; // 1 March 2026, 6 o'clock
-    small.vt = VT_UI1;
-    small.bVal = 200;
     money.vt = VT_CY;
     money.cyVal.int64 = 15000;
-    Expect(made, {{L"Name=", {u"mine"}},
-                  {L"SetValue", {u"StoryboardCount", 7}},
+    Expect(made, {{L"SetValue", {u"StoryboardCount", 7}},
                   {L"SetValue", {u"Classification", u"sécret\r\n"}},
                   {L"SetValue", {u"IsDone", yes}},
                   {L"SetValue", {u"ModifiedDate", date}},
-                  {L"SetValue", {u"Small", small}},
                   {L"SetValue", {u"Price", money}},
                   {L"SetValue", {u"Object", made}, "800A000D"}});
     const Text text = GetText(made, L"Save");
     Expect(read, {{L"Load", {text}},
                   {L"Save", {}, ToUtf8(text)},
-                  {L"Name", {}, "mine"},
                   {L"GetValue", {u"storyboardcount", u"default"}, "7"},
                   {L"GetValue", {u"Classification"}, "sécret\r\n"},
                   {L"GetValue", {u"IsDone"}, "True"},
-                  {L"GetValue", {u"Small"}, "200"},
                   {L"GetValue", {u"Absent", u"default"}, "default"},
                   {L"GetValue", {u"Absent", made}, "[object]"},
                   {L"GetValue", {u"Absent"}, ""}});
@@ -414,7 +381,6 @@ void MemberTest::CallProperties() {
     EXPECT_EQ(Call(read, L"GetValue", {u"Price"}).dblVal, 1.5);
 
     // Those of an editor are live.
-    course.Run({u"UPDATE velmoraLessons SET lessonProperties = '" + text + u"' WHERE lessonID = 'a'"});
     const auto editor = Create(L"DAXControls.GroupEditor");
     Put(editor, L"ConnectionString", connection);
     Call(editor, L"LoadDatabase");

@@ -1,5 +1,4 @@
 // The samples as they stand: what they say and the rows that come of it.
-#include "Connector.h"
 #include "Course.h"
 #include "Scripts.h"
 
