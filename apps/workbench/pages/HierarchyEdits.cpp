@@ -19,17 +19,10 @@ constexpr long everywhere = 1 | 2 | 4; // titles, identifiers, lessonIDs
 
 } // namespace
 
-bool HierarchyPage::MayLose(const std::wstring& question) {
-    Apply();
-    if (!isChanged || !context.options.shots.empty()) return true;
-    const int answer = context.ask(AskToSave(question));
-    return answer == IDNO || (answer == IDYES && Save());
-}
-
-bool HierarchyPage::MayClose() { return MayLose(L"Save the changes of the hierarchy?"); }
+bool HierarchyPage::MayClose() { return ConfirmDiscard(L"Save the changes of the hierarchy?"); }
 
 bool HierarchyPage::Load() {
-    if (!editor || context.busy || !MayLose(L"Save the changes of the hierarchy before it is loaded again?"))
+    if (!editor || context.busy || !ConfirmDiscard(L"Save the changes of the hierarchy before it is loaded again?"))
         return false;
     Read();
     return true;
@@ -81,14 +74,6 @@ void HierarchyPage::OfferToLoad() {
     if (context.ask(question) == IDYES) Read();
 }
 
-void HierarchyPage::Edit(const std::function<void()>& work) {
-    if (!editor) return;
-    Run([&] {
-        work();
-        ShowSelection();
-    });
-}
-
 void HierarchyPage::Add(bool isGroup) {
     Edit([&] {
         const Automation utility = context.library.CreateObject(L"ContentObjects.Utility");
@@ -101,34 +86,19 @@ void HierarchyPage::Add(bool isGroup) {
     });
 }
 
-void HierarchyPage::Apply() {
-    if (!editor || context.busy || !IsTyped()) return;
-    Edit([this] { Update(); });
-}
-
-void HierarchyPage::Update() {
-    const Entry typed = Typed();
-    const Entry before = std::exchange(shown, typed); // nothing is typed any more for those who hear of the change
-    try {
-        // A field may show less than there is, as of a title with several lines.
-        const auto stored = [&](const wchar_t* question) { return Editor().Call(question, {typed.lessonID}); };
-        Call(*editor, editorName, L"UpdateLesson",
-             {typed.lessonID, typed.title == before.title ? stored(L"GetLessonTitle") : Variant(typed.title),
-              typed.identifier == before.identifier ? stored(L"GetLessonIdentifier") : Variant(typed.identifier),
-              typed.type == before.type ? stored(L"GetLessonType") : Variant(static_cast<long>(typed.type))});
-    } catch (const HostError&) {
-        shown = before;
-        throw;
-    }
-    isChanged = true;
-    ShowResult(L"Updated; not yet saved.", Tone::Plain);
+void HierarchyPage::Store(const Entry& typed, const Entry& before) {
+    const auto stored = [this](const wchar_t* question) { return Editor().Call(question, {shownID}); };
+    Call(*editor, editorName, L"UpdateLesson",
+         {shownID, typed.title == before.title ? stored(L"GetLessonTitle") : Variant(typed.title),
+          typed.identifier == before.identifier ? stored(L"GetLessonIdentifier") : Variant(typed.identifier),
+          typed.type == before.type ? stored(L"GetLessonType") : Variant(static_cast<long>(typed.type))});
 }
 
 void HierarchyPage::FocusTree() const {
     if (editor) SetFocus(editor->Window());
 }
 
-void HierarchyPage::TakeBack(bool isUndo) {
+void HierarchyPage::UndoOrRedo(bool isUndo) {
     Edit([&] {
         Call(*editor, editorName, isUndo ? L"Undo" : L"Redo");
         ShowResult(isUndo ? L"Undone; not yet saved." : L"Done again; not yet saved.", Tone::Plain);

@@ -169,26 +169,17 @@ std::vector<MenuEntry> HierarchyPage::Menu() const {
 int HierarchyPage::DefaultButton() const {
     if (HasFocus(idTree)) return 0; // Enter is the control's
     if (HasFocus(idSearch) || HasFocus(idFind)) return idFind;
-    return HasFocus(idTitle) || HasFocus(idIdentifier) || HasFocus(idType) ? idUpdate : idLoad;
+    return HasFieldFocus() ? idUpdate : idLoad;
 }
 
 void HierarchyPage::Command(int id, int notification) {
-    if (!editor) return;
-    const bool isEntryField = id == idTitle || id == idIdentifier || id == idType;
-    if (isEntryField && notification != 0) {
-        const bool isLeft = notification == (id == idType ? CBN_KILLFOCUS : EN_KILLFOCUS);
-        if (isLeft)
-            Apply();
-        else if (!context.busy)
-            tools.Enable(idSave, isChanged || IsTyped());
-        return;
-    }
+    if (!editor || HandleFieldNotification(id, notification)) return;
     if (notification == 0) Apply();
     if (id == idBrowse && Browse(idConnection)) Load();
     if (id == idLoad) Load();
     if (id == idSave) Save();
     if (id == idAddGroup || id == idAddLesson) Add(id == idAddGroup);
-    if (id == idUndo || id == idRedo) TakeBack(id == idUndo);
+    if (id == idUndo || id == idRedo) UndoOrRedo(id == idUndo);
     if (id == idUpdate) FocusTree(); // what was typed is applied
     if (id == idFind && notification == BN_CLICKED) Find();
     if (id == idSearchFor) FocusField(idSearch);
@@ -219,8 +210,6 @@ void HierarchyPage::Heard(const ControlEvent& event) {
     }
 }
 
-void HierarchyPage::ClearResult() { ShowResult(isChanged ? L"Not yet saved." : L"", Tone::Plain); }
-
 void HierarchyPage::Start() {
     SetField(idConnection, context.options.file);
     if (!context.options.file.empty() && context.options.shots.empty()) Load();
@@ -247,14 +236,14 @@ void HierarchyPage::ShowSelection() {
     const std::wstring id = CurrentID();
     const long type = Editor().Call(L"GetLessonType", {id}).Long();
     const bool isEntry = !id.empty();
-    if (shown.lessonID != id && IsTyped()) Update(); // the selection has moved on without the fields being left
+    if (shownID != id && IsTyped()) Update(); // the selection has moved on without the fields being left
     context.selection.lessonID = id;
     context.selection.title = Editor().Call(L"GetLessonTitle", {id}).Text();
     context.selection.isLesson = isEntry && type == typeLesson;
     SetField(idTitle, isEntry ? context.selection.title : L"");
     SetField(idIdentifier, Editor().Call(L"GetLessonIdentifier", {id}).Text());
     SetChoice(idType, !isEntry ? -1 : type == typeGroup || type == typeLesson ? static_cast<int>(type) : 2);
-    shown.lessonID = id;
+    shownID = id;
     shown = Typed();
     ShowPanels();
     EnableTools();
@@ -281,7 +270,7 @@ void HierarchyPage::ShowPanels() {
 void HierarchyPage::EnableTools() {
     const bool isThere = Editor().Get(L"NodeCount").Long() > 0;
     const bool isEntry = isThere && !CurrentID().empty();
-    for (int id : {idTitle, idIdentifier, idType, idUpdate}) EnableWindow(Field(id), isEntry);
+    EnableFields(isEntry);
     for (int id : {idAddGroup, idAddLesson, idExpandAll, idCollapseAll, idFreeze}) tools.Enable(id, isThere);
     tools.Enable(idRemove, isEntry);
     tools.Enable(idSave, isChanged);

@@ -154,20 +154,11 @@ std::vector<MenuEntry> LessonMapPage::Menu() const {
 
 int LessonMapPage::DefaultButton() const {
     if (HasFocus(idMap)) return 0;
-    return HasFocus(idTitle) || HasFocus(idIdentifier) || HasFocus(idType) ? idUpdate : idFind;
+    return HasFieldFocus() ? idUpdate : idFind;
 }
 
 void LessonMapPage::Command(int id, int notification) {
-    if (!editor) return;
-    const bool isEntryField = id == idTitle || id == idIdentifier || id == idType;
-    if (isEntryField && notification != 0) {
-        const bool isLeft = notification == (id == idType ? CBN_KILLFOCUS : EN_KILLFOCUS);
-        if (isLeft)
-            Apply();
-        else if (!context.busy)
-            tools.Enable(idSave, isChanged || IsTyped());
-        return;
-    }
+    if (!editor || HandleFieldNotification(id, notification)) return;
     if (notification == 0) Apply();
     if (id == idRefresh) Refresh();
     if (id == idSave) Save();
@@ -203,7 +194,7 @@ void LessonMapPage::Heard(const ControlEvent& event) {
     if (event.name == L"ContextMenuRequest") Later(idContextMenu);
 }
 
-// The control tells of a right click by its event; where it was, the system tells.
+// The control reports a right click by its event, and the system where it was.
 void LessonMapPage::RightClicked(HWND window, POINT at) {
     if (window != Field(idMap) && !IsChild(Field(idMap), window)) return FormPage::RightClicked(window, at);
     menuPlace = at;
@@ -213,7 +204,7 @@ void LessonMapPage::RightClicked(HWND window, POINT at) {
 void LessonMapPage::OpenLesson() {
     Apply();
     if (!editor || context.busy || !context.selection.isLesson) return;
-    if (!MayLose(L"Save the changes of the lesson that is open before another one is opened?")) return;
+    if (!ConfirmDiscard(L"Save the changes of the lesson that is open before another one is opened?")) return;
     Run([this] {
         const Selection& selection = context.selection;
         Opened next{ConnectionFor(selection.source), selection.lessonID, selection.title, {}};
@@ -242,30 +233,18 @@ void LessonMapPage::AddDefaultMap(const Automation& lesson) const {
     maps.Set(L"DefaultMap", map.Object());
 }
 
-void LessonMapPage::Edit(const std::function<void()>& work) {
-    if (!editor) return;
-    if (!opened.lesson) {
+void LessonMapPage::EditLesson(const std::function<void()>& work) {
+    if (opened.lesson)
+        Edit(work);
+    else if (editor)
         ShowResult(L"Open a lesson first, by a double click on the hierarchy page.", Tone::Plain);
-        return;
-    }
-    Run([&] {
-        work();
-        ShowSelection();
-    });
 }
 
 void LessonMapPage::Refresh() {
-    Edit([this] { Call(*editor, editorName, L"Refresh"); });
+    EditLesson([this] { Call(*editor, editorName, L"Refresh"); });
 }
 
-bool LessonMapPage::MayLose(const std::wstring& question) {
-    Apply();
-    if (!isChanged || !context.options.shots.empty()) return true;
-    const int answer = context.ask(AskToSave(question));
-    return answer == IDNO || (answer == IDYES && Save());
-}
-
-bool LessonMapPage::MayClose() { return MayLose(L"Save the changes of the lesson?"); }
+bool LessonMapPage::MayClose() { return ConfirmDiscard(L"Save the changes of the lesson?"); }
 
 bool LessonMapPage::Save() {
     Apply();
@@ -280,7 +259,7 @@ bool LessonMapPage::Save() {
 }
 
 void LessonMapPage::Add() {
-    Edit([this] {
+    EditLesson([this] {
         const Automation storyboard = context.library.CreateObject(L"ContentObjects.Storyboard");
         storyboard.Set(L"Title", L"New page");
         storyboard.Set(L"StoryboardType", L"text");
@@ -289,31 +268,16 @@ void LessonMapPage::Add() {
     });
 }
 
-void LessonMapPage::Apply() {
-    if (!editor || context.busy || !IsTyped()) return;
-    Edit([this] { Update(); });
-}
-
-void LessonMapPage::Update() {
+void LessonMapPage::Store(const Entry& typed, const Entry& before) {
     const Automation storyboard = shownPage;
-    const Entry typed = Typed();
-    const Entry before = std::exchange(shown, typed); // nothing is typed any more for those who hear of the change
-    try {
-        // A field may show less than there is, as of a title with several lines.
-        if (typed.title != before.title) storyboard.Set(L"Title", typed.title);
-        if (typed.identifier != before.identifier) storyboard.Set(L"Identifier", typed.identifier);
-        if (typed.type >= 0 && typed.type != before.type) {
-            wchar_t name[64] = L"";
-            SendMessageW(Field(idType), CB_GETLBTEXT, static_cast<WPARAM>(typed.type), reinterpret_cast<LPARAM>(name));
-            storyboard.Set(L"StoryboardType", name);
-        }
-        Call(*editor, editorName, L"UpdateStoryboard", {storyboard.Object()});
-    } catch (const HostError&) {
-        shown = before;
-        throw;
+    if (typed.title != before.title) storyboard.Set(L"Title", typed.title);
+    if (typed.identifier != before.identifier) storyboard.Set(L"Identifier", typed.identifier);
+    if (typed.type >= 0 && typed.type != before.type) {
+        wchar_t name[64] = L"";
+        SendMessageW(Field(idType), CB_GETLBTEXT, static_cast<WPARAM>(typed.type), reinterpret_cast<LPARAM>(name));
+        storyboard.Set(L"StoryboardType", name);
     }
-    isChanged = true;
-    ShowResult(L"Updated; not yet saved.", Tone::Plain);
+    Call(*editor, editorName, L"UpdateStoryboard", {storyboard.Object()});
 }
 
 void LessonMapPage::Remove() {
@@ -324,7 +288,7 @@ void LessonMapPage::Remove() {
         context.ask(AskToRemove(storyboard.Get(L"Title").Text(),
                                 Editor().Call(L"GetChildStoryboardCount", {storyboard.Get(L"SBID")}).Long(), L"pages"));
     if (answer != IDYES && answer != IDNO) return;
-    Edit([&] {
+    EditLesson([&] {
         Call(*editor, editorName, L"RemoveStoryboard", {storyboard.Object(), answer == IDYES});
         isChanged = true;
         ShowResult(L"Removed; not yet saved.", Tone::Plain);
@@ -332,11 +296,11 @@ void LessonMapPage::Remove() {
 }
 
 void LessonMapPage::Move(int tool) {
-    Edit([&] { Call(*editor, editorName, L"MoveCurrent", {static_cast<long>(tool - idUp + 1)}); });
+    EditLesson([&] { Call(*editor, editorName, L"MoveCurrent", {static_cast<long>(tool - idUp + 1)}); });
 }
 
 void LessonMapPage::Display(int tool) {
-    Edit([&] {
+    EditLesson([&] {
         if (tool == idExpandAll) Call(*editor, editorName, L"ExpandAll");
         if (tool == idCollapseAll) Call(*editor, editorName, L"CollapseAll");
         if (tool == idCheckAll) Call(*editor, editorName, L"CheckAllStoryboards");
@@ -351,7 +315,7 @@ void LessonMapPage::Display(int tool) {
 void LessonMapPage::Find() {
     const std::wstring wanted = FieldText(idSearch);
     if (wanted.empty()) return FocusField(idSearch);
-    Edit([&] {
+    EditLesson([&] {
         const std::wstring found =
             Call(*editor, editorName, L"FindNextSBID", {wanted, everywhere, Checked(idExact), Checked(idWrap)}).Text();
         if (!found.empty()) Editor().Set(L"CurrentSBID", found);
@@ -388,7 +352,7 @@ void LessonMapPage::ShowSelection() {
     SetField(idTitle, storyboard ? storyboard.Get(L"Title").Text() : L"");
     SetField(idIdentifier, storyboard ? storyboard.Get(L"Identifier").Text() : L"");
     SelectType(storyboard ? storyboard.Get(L"StoryboardType").Text() : L"");
-    for (int id : {idTitle, idIdentifier, idType, idUpdate}) EnableWindow(Field(id), static_cast<bool>(storyboard));
+    EnableFields(static_cast<bool>(storyboard));
     shownPage = storyboard;
     shown = Typed();
     ShowCounts();
