@@ -21,7 +21,7 @@ add_library(dax_sqlite_compiled STATIC ${DAX_SQLITE_SOURCE}/sqlite3.c)
 target_compile_definitions(dax_sqlite_compiled PRIVATE
   SQLITE_THREADSAFE=1             # as the system's library: Cancel interrupts from another thread
   SQLITE_ENABLE_COLUMN_METADATA   # as the system's library: the same functions are there
-  SQLITE_OMIT_LOAD_EXTENSION      # a course file from a stranger must not make us load a library
+  SQLITE_OMIT_LOAD_EXTENSION      # an untrusted course file must not make us load a library
   SQLITE_TRUSTED_SCHEMA=0         # nor may its views and triggers call functions with effects outside the file
   SQLITE_USE_URI=0                # a path is a path: no parameters in it
   SQLITE_OMIT_SHARED_CACHE        # each connection has its own cache; sharing only costs checks

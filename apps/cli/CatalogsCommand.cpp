@@ -94,8 +94,8 @@ ExitCode Pick(const Arguments& arguments) {
     const bool isHidden = masked != found && IsTerminal(stdout) && !arguments.Has(u"--show-password");
     Print(isHidden ? masked : found);
     if (isHidden)
-        Complain(u"dax pick: The password is not shown on a terminal. Programs that read the output get it; "
-                 u"--show-password shows it.");
+        PrintError(u"dax pick: The password is not shown on a terminal. Programs that read the output get it; "
+                   u"--show-password shows it.");
     return Success;
 }
 

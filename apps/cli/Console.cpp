@@ -89,9 +89,9 @@ void Announce(TextView line) {
     }
 }
 
-void Complain(TextView line) { WriteLine(stderr, MaskPasswords(line, Secrets())); }
+void PrintError(TextView line) { WriteLine(stderr, MaskPasswords(line, Secrets())); }
 
-void KeepSecret(const Text& password) {
+void AddSecret(const Text& password) {
     if (password.empty()) return;
     const Text quoted = modDB::QuoteSQLString(password); // as statements write it
     Secrets().push_back(quoted.substr(1, quoted.size() - 2));
@@ -143,11 +143,11 @@ void Progress::Report(size_t done) {
     if (now < next) return;
     next = now + ReportInterval;
     if (total == 0) {
-        Complain(what + u": " + ToText(static_cast<long long>(done)));
+        PrintError(what + u": " + ToText(static_cast<long long>(done)));
         return;
     }
     const size_t percent = std::min<size_t>(100, done * 100 / total);
-    Complain(what + u": " + ToText(static_cast<long long>(percent)) + u" %");
+    PrintError(what + u": " + ToText(static_cast<long long>(percent)) + u" %");
 }
 
 } // namespace dax::cli

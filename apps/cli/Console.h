@@ -13,7 +13,7 @@ class OutputError : public std::exception {
 public:
     OutputError(Text text, bool closed) : message(std::move(text)), isClosed(closed) {}
     const Text& Message() const { return message; }
-    bool IsClosed() const { return isClosed; } // nobody reads any more, which is no failure
+    bool IsClosed() const { return isClosed; } // the reader closed the pipe, which is no failure
 
 private:
     Text message;
@@ -22,11 +22,11 @@ private:
 
 void Print(TextView line); // standard output; throws OutputError
 void PrintBytes(std::string_view bytes);
-void Announce(TextView line); // the same for what was changed, which the error then tells
-void Complain(TextView line); // standard error, without passwords
+void Announce(TextView line);   // the same for what was changed, which the error then reports
+void PrintError(TextView line); // standard error, without passwords
 
 // A password that nothing on standard error may show, wherever it comes from.
-void KeepSecret(const Text& password);
+void AddSecret(const Text& password);
 
 // Many lines for standard output, written in large pieces.
 class Output {

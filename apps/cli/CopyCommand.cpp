@@ -63,11 +63,11 @@ ExitCode Copy(const Arguments& arguments) {
         if (file) file->Put();
         Announce(told);
     } catch (const Error& error) { // which names the place of the two
-        Complain(u"dax copy: " + error.Description() +
-                 (copy && copy->IsInDoubt() ? u" It is not known whether the copy was stored: all of it, or nothing. "
-                                              u"Look into '" +
-                                                  to.shown + u"'."
-                                            : Text(u" Nothing was copied.")));
+        PrintError(u"dax copy: " + error.Description() +
+                   (copy && copy->IsInDoubt() ? u" It is not known whether the copy was stored: all of it, or nothing. "
+                                                u"Look into '" +
+                                                    to.shown + u"'."
+                                              : Text(u" Nothing was copied.")));
         return Failure;
     }
     return Success;

@@ -33,8 +33,8 @@ ExitCode Create(const Arguments& arguments) {
     try {
         NewDatabase database(target, kind, PlaceOptions(arguments));
         database.Finish();
-    } catch (const TakenError& error) {
-        Complain(u"dax create: " + error.Description());
+    } catch (const TargetExistsError& error) {
+        PrintError(u"dax create: " + error.Description());
         return Refused;
     }
     Announce(u"Made an empty " + Text(isConnector ? u"connector" : u"content") + u" database: " + target.shown);

@@ -62,7 +62,7 @@ ExitCode Find(const Arguments& arguments) {
     if (!isJson && count > 0) output.Line(last);
     output.Finish();
     if (count > 0) return Success;
-    Complain(u"dax find: No entry has '" + arguments.Place(1) + u"' in its title, identifier or lessonID.");
+    PrintError(u"dax find: No entry has '" + arguments.Place(1) + u"' in its title, identifier or lessonID.");
     return Refused;
 }
 

@@ -57,7 +57,7 @@ ExitCode Info(const Arguments& arguments) {
         output.Finish();
     }
     if (failure.empty()) return Success;
-    Complain(u"dax info: The locks could not be read: " + failure);
+    PrintError(u"dax info: The locks could not be read: " + failure);
     return Failure;
 }
 

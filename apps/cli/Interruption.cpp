@@ -31,13 +31,13 @@ InterruptState& State() {
     return *state;
 }
 
-// The work has not heard of it.
+// The work has not noticed it.
 void Abandon() {
     InterruptState& state = State();
     const std::scoped_lock lock(state.mutex); // kept: nothing begins or finishes any more
     if (state.current && InterruptState::IsFinishing(*state.current)) return;
     if (state.current) {
-        Complain(u"dax: Interrupted. " + InterruptState::MessageOf(*state.current));
+        PrintError(u"dax: Interrupted. " + InterruptState::MessageOf(*state.current));
         InterruptState::Undo(*state.current);
     }
     EndInterrupted();

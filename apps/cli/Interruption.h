@@ -27,7 +27,7 @@ void WatchInterrupts();
 void CheckInterrupt();
 
 // Work that leaves nothing behind when it is interrupted. While it exists Ctrl+C no longer ends the program but is
-// heard by CheckInterrupt. When that takes some seconds, because a server does not answer, or at the second Ctrl+C,
+// noticed by CheckInterrupt. When that takes some seconds, because a server does not answer, or at the second Ctrl+C,
 // `undo` is called on another thread and the program ends; an open transaction ends with it.
 class Unfinished {
 public:

@@ -87,7 +87,7 @@ void LockList::Read(const Text& sortKey, bool isDescending) {
         const LockRecord& record = manager.Records().at(static_cast<size_t>(list->Items()[item].tag));
         if (!Fits(record)) continue;
         locks.push_back({record, cell(item, u"title"), cell(item, u"identifier"), cell(item, u"locktype"),
-                         cell(item, u"lockdate"), cell(item, u"age"), item, LockFate::None});
+                         cell(item, u"lockdate"), cell(item, u"age"), item, LockOutcome::None});
     }
 }
 
@@ -103,7 +103,7 @@ std::optional<Text> LockList::Delete(const Text& user, bool isAdministrator) {
     for (ListedLock& lock : locks) {
         const bool isDeletable = LockRules::IsDeletableLock(lock.record, isAdministrator, user);
         isAnyDeletable = isAnyDeletable || isDeletable;
-        lock.fate = isDeletable ? LockFate::None : LockFate::Protected;
+        lock.outcome = isDeletable ? LockOutcome::None : LockOutcome::Protected;
         list->SetSelected(lock.item, true);
     }
     if (!isAnyDeletable) return {};
@@ -114,30 +114,30 @@ std::optional<Text> LockList::Delete(const Text& user, bool isAdministrator) {
     manager.DeleteSelected();
     if (failure && failedIn != u"Refresh") throw Error(*failure);
     if (!failure) {
-        NoteFates(before);
+        SetOutcomes(before);
         return {};
     }
     for (ListedLock& lock : locks) {
-        if (lock.fate == LockFate::None) lock.fate = LockFate::Deleted;
+        if (lock.outcome == LockOutcome::None) lock.outcome = LockOutcome::Deleted;
     }
     return failure->Description();
 }
 
-void LockList::NoteFates(const std::vector<LockRecord>& before) {
-    std::unordered_set<Text> former, still, anew;
+void LockList::SetOutcomes(const std::vector<LockRecord>& before) {
+    std::unordered_set<Text> former, remaining, lockedAgain;
     for (const LockRecord& record : before) former.insert(ExactIdentity(record));
     for (const LockRecord& record : manager.Records()) {
         if (former.contains(ExactIdentity(record))) {
-            still.insert(ExactIdentity(record));
+            remaining.insert(ExactIdentity(record));
         } else {
-            anew.insert(Identity(record));
+            lockedAgain.insert(Identity(record));
         }
     }
     for (ListedLock& lock : locks) {
-        if (lock.fate == LockFate::Protected) continue;
-        lock.fate = still.contains(ExactIdentity(lock.record)) ? LockFate::StillThere
-                    : anew.contains(Identity(lock.record))     ? LockFate::TakenAnew
-                                                               : LockFate::Deleted;
+        if (lock.outcome == LockOutcome::Protected) continue;
+        lock.outcome = remaining.contains(ExactIdentity(lock.record)) ? LockOutcome::NotDeleted
+                       : lockedAgain.contains(Identity(lock.record))  ? LockOutcome::LockedAgain
+                                                                      : LockOutcome::Deleted;
     }
 }
 

@@ -1,4 +1,4 @@
-// The locks of a content database that somebody asked for: chosen, sorted, deleted.
+// The locks of a content database as asked for on the command line: chosen, sorted, deleted.
 #pragma once
 
 #include "Target.h"
@@ -16,13 +16,13 @@ struct LockFilter {
     bool onlyInvalid = false;
 };
 
-enum class LockFate { None, Deleted, Protected, StillThere, TakenAnew };
+enum class LockOutcome { None, Deleted, Protected, NotDeleted, LockedAgain };
 
 struct ListedLock {
     LockRecord record;
     Text title, identifier, type, date, age; // as the lock list shows them
     size_t item = 0;                         // its place in the list
-    LockFate fate = LockFate::None;
+    LockOutcome outcome = LockOutcome::None;
 };
 
 class LockList {
@@ -36,13 +36,13 @@ public:
     size_t OddValues() const { return oddValues; }
 
     size_t CountDeletable(const Text& user, bool isAdministrator) const;
-    // Deletes what may be deleted, in one transaction, and notes each lock's fate. Throws Error; then nothing was
+    // Deletes what may be deleted, in one transaction, and notes each lock's outcome. Throws Error; then nothing was
     // deleted. Returns the reason when the locks were deleted but could not be read again.
     std::optional<Text> Delete(const Text& user, bool isAdministrator);
 
 private:
     bool Fits(const LockRecord& record) const;
-    void NoteFates(const std::vector<LockRecord>& before);
+    void SetOutcomes(const std::vector<LockRecord>& before);
 
     LockFilter filter;
     std::shared_ptr<ListModel> list = std::make_shared<ListModel>();

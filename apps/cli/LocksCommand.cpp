@@ -45,15 +45,15 @@ void CheckRights(const Arguments& arguments) {
     }
 }
 
-Text FateText(LockFate fate) {
-    switch (fate) {
-    case LockFate::Deleted:
+Text OutcomeText(LockOutcome outcome) {
+    switch (outcome) {
+    case LockOutcome::Deleted:
         return u"deleted";
-    case LockFate::Protected:
+    case LockOutcome::Protected:
         return u"not deleted: it belongs to another user";
-    case LockFate::StillThere:
+    case LockOutcome::NotDeleted:
         return u"not deleted: the database did not find it under its exact values";
-    case LockFate::TakenAnew:
+    case LockOutcome::LockedAgain:
         return u"not deleted: it was taken again in the meantime";
     default:
         return u"";
@@ -105,8 +105,9 @@ void PrintJson(const std::vector<ListedLock>& locks) {
         lock.Add(u"lockDate", record.lockDate.year > 0 ? Value(record.lockDate) : Value()).Add(u"age", locks[i].age);
         lock.Add(u"user", record.username).Add(u"machine", record.machineName).Add(u"ip", record.machineIP);
         lock.Add(u"sessionID", record.sessionID).Add(u"valid", !record.invalid);
-        if (locks[i].fate != LockFate::None) {
-            lock.Add(u"deleted", locks[i].fate == LockFate::Deleted).Add(u"outcome", FateText(locks[i].fate));
+        if (locks[i].outcome != LockOutcome::None) {
+            lock.Add(u"deleted", locks[i].outcome == LockOutcome::Deleted)
+                .Add(u"outcome", OutcomeText(locks[i].outcome));
         }
         output.Line(lock.Result() + (i + 1 < locks.size() ? u"," : u""));
     }
@@ -119,7 +120,7 @@ bool IsConfirmed(size_t deletable, size_t listed) {
     if (deletable < listed) {
         question += u" of " + ToText(static_cast<long long>(listed)) + u", the rest being held by other users";
     }
-    Complain(question + u"? Type y and Enter to go on.");
+    PrintError(question + u"? Type y and Enter to go on.");
     std::string answer;
     std::getline(std::cin, answer);
     if (answer.ends_with('\r')) answer.pop_back();
@@ -132,7 +133,7 @@ ExitCode Delete(LockList& list, const Arguments& arguments) {
     if (!isJson) PrintTable(locks);
     const size_t deletable = list.CountDeletable(arguments.Value(u"--as"), arguments.Has(u"--admin"));
     if (deletable > 0 && !arguments.Has(u"--yes") && !IsConfirmed(deletable, locks.size())) {
-        Complain(u"dax locks: Nothing was deleted. With --yes the command does not ask.");
+        PrintError(u"dax locks: Nothing was deleted. With --yes the command does not ask.");
         return Refused;
     }
     std::optional<Text> unread;
@@ -144,21 +145,21 @@ ExitCode Delete(LockList& list, const Arguments& arguments) {
         throw Error(error.Number(), error.Description() + u"\nNothing was deleted.");
     }
     const auto deleted = std::count_if(locks.begin(), locks.end(),
-                                       [](const ListedLock& lock) { return lock.fate == LockFate::Deleted; });
+                                       [](const ListedLock& lock) { return lock.outcome == LockOutcome::Deleted; });
     if (isJson) {
         PrintJson(locks);
     } else {
         Output output;
         output.Line(u"");
         for (const ListedLock& lock : locks) {
-            if (lock.fate == LockFate::Deleted) continue;
+            if (lock.outcome == LockOutcome::Deleted) continue;
             output.Line(OneLine(lock.title) + u", " + OneLine(lock.type) + u" by " + OneLine(lock.record.username) +
-                        u": " + FateText(lock.fate));
+                        u": " + OutcomeText(lock.outcome));
         }
         output.Line(ToText(deleted) + u" of " + CountText(static_cast<int64_t>(locks.size()), u"lock") + u" deleted");
         output.Finish();
     }
-    if (unread) Complain(u"dax locks: The list could not be read again: " + *unread);
+    if (unread) PrintError(u"dax locks: The list could not be read again: " + *unread);
     return static_cast<size_t>(deleted) == locks.size() ? Success : Refused;
 }
 
@@ -186,7 +187,7 @@ ExitCode Locks(const Arguments& arguments) {
     const std::vector<ListedLock>& locks = list.Locks();
     if (!lesson.empty() && locks.empty()) course->Find(lesson); // says what is wrong with the name
     if (list.OddValues() > 0) {
-        Complain(u"dax locks: Some locks lack values that every lock should have. They are shown without them.");
+        PrintError(u"dax locks: Some locks lack values that every lock should have. They are shown without them.");
     }
     if (arguments.Has(u"--delete")) return Delete(list, arguments);
     if (arguments.Has(u"--json")) {

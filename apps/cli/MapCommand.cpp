@@ -29,7 +29,7 @@ ExitCode Find(LessonPages& pages, const Arguments& arguments) {
         Print(list.Result());
     } else {
         for (const Text& sbid : found) Print(pages.Describe(sbid));
-        if (found.empty()) Complain(u"dax map: No storyboard fits.");
+        if (found.empty()) PrintError(u"dax map: No storyboard fits.");
     }
     return found.empty() ? Refused : Success;
 }

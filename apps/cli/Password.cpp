@@ -50,7 +50,7 @@ std::optional<Text> ReadPassword(const Arguments& arguments, const Text& prefix)
     if (arguments.Has(environment)) password = FromEnvironment(arguments.Value(environment));
     if (arguments.Has(file)) password = FromFile(arguments.Value(file));
     if (arguments.Has(prompt)) password = FromPrompt();
-    if (password) KeepSecret(*password);
+    if (password) AddSecret(*password);
     return password;
 }
 

@@ -66,7 +66,7 @@ void FillConnector(NewDatabase& database, const Arguments& arguments, const Text
 Text LoginPassword(const Arguments& arguments) {
     const auto hidden = ReadPassword(arguments, u"--login-password");
     if (hidden && arguments.Has(u"--password")) throw UsageError(u"Give the login's password only once.");
-    if (arguments.Has(u"--password")) KeepSecret(arguments.Value(u"--password"));
+    if (arguments.Has(u"--password")) AddSecret(arguments.Value(u"--password"));
     return hidden ? *hidden : arguments.Value(u"--password", u"sample");
 }
 
@@ -88,8 +88,8 @@ ExitCode Sample(const Arguments& arguments) {
         } else {
             FillCourse(database, lessons, target.shown);
         }
-    } catch (const TakenError& error) {
-        Complain(u"dax sample: " + error.Description());
+    } catch (const TargetExistsError& error) {
+        PrintError(u"dax sample: " + error.Description());
         return Refused;
     }
     return Success;

@@ -31,7 +31,7 @@ const auto& Cycle(const List& list, size_t index) {
 Text Number(size_t number) { return ToText(static_cast<long long>(number)); }
 
 TextView LessonTitle(size_t number) {
-    for (const RareTitle& rare : RareTitles)
+    for (const SupplementaryTitle& rare : SupplementaryTitles)
         if (number >= LaterLesson && number % std::size(LessonTitles) == rare.place) return rare.title;
     return Cycle(LessonTitles, number);
 }

@@ -49,11 +49,12 @@ inline constexpr TextView LessonTitles[] = {
 };
 
 // Of later lessons, in the places of others: with characters beyond the first 65,536, which not every system draws.
-struct RareTitle {
+struct SupplementaryTitle {
     size_t place;
     TextView title;
 };
-inline constexpr RareTitle RareTitles[] = {{4, u"はじめに：𠮷野家の例"}, {15, u"Party time 🎉👩‍🏫"}};
+inline constexpr SupplementaryTitle SupplementaryTitles[] = {{4, u"はじめに：𠮷野家の例"},
+                                                             {15, u"Party time 🎉👩‍🏫"}};
 
 struct SamplePage {
     TextView title, type;

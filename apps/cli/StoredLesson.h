@@ -5,7 +5,7 @@
 
 namespace dax::cli {
 
-// Why nothing is changed on which somebody works.
+// Why a lesson is not changed while somebody edits it.
 inline constexpr TextView LockedNotice = u"saving now could overwrite their work, or they could overwrite yours. "
                                          u"Nothing was saved. With --force it is saved all the same.";
 

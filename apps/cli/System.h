@@ -12,7 +12,7 @@ namespace dax::cli {
 // a failed write.
 void PrepareStreams();
 bool IsTerminal(std::FILE* stream);
-// As whoever reads no further expects it of a program whose output is a pipe.
+// Ends as the system expects of a program whose pipe was closed by its reader.
 int EndWithClosedOutput();
 // Asks, and answers a line of the standard input without its end; on a terminal what is typed does not appear. Nothing
 // at the end of the input.

@@ -70,7 +70,7 @@ PlaceOptions::PlaceOptions(const Arguments& arguments)
     : replaces(arguments.Has(ForceOption.name)), makesCatalog(arguments.Has(NewCatalogOption.name)) {}
 
 Target ParseTarget(const Text& argument) {
-    // An address is no path; whoever opens it says what to give instead.
+    // A URL is no path; opening it fails with an error that says what to give instead.
     if (argument.find(u"://") != Text::npos) return {MaskPasswords(argument), argument, false};
     if (!IsConnectionString(argument))
         return {MaskPasswords(argument), argument.empty() ? argument : Absolute(argument), true};
@@ -142,12 +142,13 @@ void NewDatabase::PrepareFile(bool force) {
     const std::filesystem::path path(target.connection);
     std::error_code failure;
     if (std::filesystem::is_directory(path, failure)) {
-        throw TakenError(ErrorNumbers::PathFileAccess,
-                         u"'" + target.shown + u"' is a folder. Give the path of a file.");
+        throw TargetExistsError(ErrorNumbers::PathFileAccess,
+                                u"'" + target.shown + u"' is a folder. Give the path of a file.");
     }
     if (std::filesystem::exists(path, failure) && !force) {
-        throw TakenError(ErrorNumbers::PathFileAccess,
-                         u"'" + target.shown + u"' exists already. Choose another name, or replace it with --force.");
+        throw TargetExistsError(ErrorNumbers::PathFileAccess,
+                                u"'" + target.shown +
+                                    u"' exists already. Choose another name, or replace it with --force.");
     }
     file.emplace(target);
     target.connection = file->Path();
@@ -158,10 +159,11 @@ void NewDatabase::PrepareCatalog(Schema::Database kind, bool force) {
     for (const Schema::Table& table : Schema::Tables(kind)) {
         if (!HasTable(connection, table.name)) continue;
         if (!force) {
-            throw TakenError(ErrorNumbers::Automation,
-                             u"'" + target.shown + u"' has a table " + Text(table.name) +
-                                 u" already. Use an empty catalog, or replace the tables and all their rows with "
-                                 u"--force.");
+            throw TargetExistsError(
+                ErrorNumbers::Automation,
+                u"'" + target.shown + u"' has a table " + Text(table.name) +
+                    u" already. Use an empty catalog, or replace the tables and all their rows with "
+                    u"--force.");
         }
         connection.Execute(u"DROP TABLE " + Text(table.name));
     }

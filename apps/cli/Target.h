@@ -74,7 +74,7 @@ private:
 };
 
 // The place is taken: nothing was changed.
-class TakenError : public Error {
+class TargetExistsError : public Error {
 public:
     using Error::Error;
 };

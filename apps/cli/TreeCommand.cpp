@@ -30,7 +30,7 @@ Text Describe(const Node& node, const Counts& counts, bool showsIDs) {
     return line;
 }
 
-// Flat, one entry per line and each with its parent, so that a deep chain does no harm to whoever reads it.
+// Flat, one entry per line and each with its parent, so that a parser of the output needs no stack for a deep chain.
 void PrintJson(const Node& top, size_t levels, const Counts& counts, Output& output) {
     const int32_t topLevel = top.Depth();
     bool isFirst = true;

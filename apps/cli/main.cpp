@@ -74,24 +74,24 @@ ExitCode RunCommand(const Command& command, std::span<const Text> words, bool is
             return Success;
         }
         if (isTraced || arguments.Has(TraceOption))
-            SetStatementObserver([](TextView statement) { Complain(statement); });
+            SetStatementObserver([](TextView statement) { PrintError(statement); });
         try {
             return command.run(arguments);
         } catch (const Error& error) {
-            Complain(prefix + PlaceOf(arguments) + error.Description());
+            PrintError(prefix + PlaceOf(arguments) + error.Description());
             return Failure;
         }
     } catch (const Refusal& refusal) {
-        Complain(prefix + refusal.Message());
+        PrintError(prefix + refusal.Message());
         return Refused;
     } catch (const UsageError& error) {
-        Complain(prefix + error.Message() + u"\n'dax help " + Text(command.name) + u"' explains the command.");
+        PrintError(prefix + error.Message() + u"\n'dax help " + Text(command.name) + u"' explains the command.");
         return WrongUsage;
     } catch (const Interrupted& interrupted) {
-        Complain(prefix + u"Interrupted. " + interrupted.Message());
+        PrintError(prefix + u"Interrupted. " + interrupted.Message());
         EndInterrupted();
     } catch (const OutputError& error) {
-        if (!error.IsClosed()) Complain(prefix + error.Message());
+        if (!error.IsClosed()) PrintError(prefix + error.Message());
         return error.IsClosed() ? static_cast<ExitCode>(EndWithClosedOutput()) : Failure;
     }
 }
@@ -101,7 +101,7 @@ ExitCode Dispatch(std::span<const Text> words) {
     const bool isTracedFirst = !words.empty() && words[0] == TraceOption;
     if (isTracedFirst) words = words.subspan(1);
     if (words.empty()) {
-        Complain(Overview());
+        PrintError(Overview());
         return WrongUsage;
     }
     if (words[0] == u"--help" || words[0] == u"-h" || words[0] == u"help") return ShowHelp(words.subspan(1));
@@ -114,21 +114,21 @@ ExitCode Dispatch(std::span<const Text> words) {
 
 ExitCode Run(std::span<const Text> words) {
     for (const Text& word : words)
-        for (const Text& password : PasswordsIn(word)) KeepSecret(password);
+        for (const Text& password : PasswordsIn(word)) AddSecret(password);
     try {
         return Dispatch(words);
     } catch (const UsageError& error) {
-        Complain(u"dax: " + error.Message());
+        PrintError(u"dax: " + error.Message());
         return WrongUsage;
     } catch (const OutputError& error) {
         if (error.IsClosed()) return static_cast<ExitCode>(EndWithClosedOutput());
-        Complain(u"dax: " + error.Message());
+        PrintError(u"dax: " + error.Message());
     } catch (const Error& error) {
-        Complain(u"dax: " + error.Description());
+        PrintError(u"dax: " + error.Description());
     } catch (const std::bad_alloc&) {
-        Complain(u"dax: There is not enough memory.");
+        PrintError(u"dax: There is not enough memory.");
     } catch (const std::exception& error) {
-        Complain(u"dax: " + FromUtf8(error.what()));
+        PrintError(u"dax: " + FromUtf8(error.what()));
     }
     return Failure;
 }
@@ -150,8 +150,8 @@ int RunMain(int count, Unit** words, const Convert& toText) {
                 return FromUtf8(utf8) == texts.back();
         }();
         if (isText) continue;
-        Complain(u"dax: Argument " + ToText(i) + u" is not valid " + (sizeof(Unit) == 1 ? u"UTF-8" : u"UTF-16") +
-                 u". Set the terminal to UTF-8, or put the text into a file of commands in UTF-8.");
+        PrintError(u"dax: Argument " + ToText(i) + u" is not valid " + (sizeof(Unit) == 1 ? u"UTF-8" : u"UTF-16") +
+                   u". Set the terminal to UTF-8, or put the text into a file of commands in UTF-8.");
         return WrongUsage;
     }
     return Run(texts);

@@ -120,7 +120,7 @@ public:
 
     std::map<std::wstring, ComPtr<IDispatch>> objects;
     // What the caller of the engine got: the errors on the way to it are those of the script.
-    void Settle(bool hasCallFailed, const std::wstring& otherwise) {
+    void HandleResult(bool hasCallFailed, const std::wstring& otherwise) {
         if (hasCallFailed) {
             hasFailed = true;
             PrintErrorLine(pending.empty() ? otherwise : pending);
@@ -172,8 +172,8 @@ bool Engine::Run(const std::wstring& text) {
     if (SUCCEEDED(result))
         result = parse->ParseScriptText(text.c_str(), nullptr, nullptr, nullptr, 0, 0, SCRIPTTEXT_ISVISIBLE, nullptr,
                                         nullptr);
-    site->Settle(FAILED(result),
-                 site->path + L": the script has failed (" + Hexadecimal(static_cast<unsigned long>(result)) + L")");
+    site->HandleResult(FAILED(result), site->path + L": the script has failed (" +
+                                           Hexadecimal(static_cast<unsigned long>(result)) + L")");
     return !site->hasFailed;
 }
 
@@ -188,7 +188,7 @@ bool Engine::Takes(const std::wstring& procedure, std::span<const std::wstring> 
     };
     const std::wstring description = procedure + L" takes " + count(declared->parameters) + L", but the event has " +
                                      count(parameters.size()) + names + (names.empty() ? L"." : L").");
-    site->Settle(true, site->MessageAt(declared->line, 1, {DISP_E_BADPARAMCOUNT, {}, FromWide(description), {}}));
+    site->HandleResult(true, site->MessageAt(declared->line, 1, {DISP_E_BADPARAMCOUNT, {}, FromWide(description), {}}));
     return false;
 }
 
@@ -212,7 +212,7 @@ void Engine::Call(const std::wstring& procedure, std::span<const std::wstring> p
         passed[i].pvarVal = &arguments[i];
     }
     const DispatchResult result = InvokeMember(dispatch.Get(), dispid, DISPATCH_METHOD, passed);
-    site->Settle(FAILED(result.code), Message(site->path + L", in " + procedure, result));
+    site->HandleResult(FAILED(result.code), Message(site->path + L", in " + procedure, result));
 
     for (size_t i = 0; i < given.size(); ++i) {
         if (given[i]->vt & VT_BYREF) WriteBack(arguments[i], *given[i]);

@@ -23,7 +23,7 @@ void Print(DWORD stream, std::wstring_view text) {
     for (size_t done = 0; done < line.size(); done += written)
         if (!WriteFile(handle, line.data() + done, static_cast<DWORD>(line.size() - done), &written, nullptr) ||
             written == 0)
-            return; // nobody reads any more
+            return; // the reader closed the pipe
 }
 
 } // namespace

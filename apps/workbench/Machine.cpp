@@ -28,7 +28,7 @@ std::wstring FirstAddress() {
     return address;
 }
 
-// The true version; the documented call tells every program that it runs on the system it was made for.
+// The true version; the documented call reports at most the version that the program's manifest names.
 std::wstring SystemVersion() {
     using GetVersion = LONG(WINAPI*)(OSVERSIONINFOW*);
     const auto get = reinterpret_cast<GetVersion>(

@@ -28,8 +28,8 @@ int RunWorkbench(const dax::workbench::Options& options) {
         Say(L"DAXWorkbench: its window cannot be created.\n", true);
         return 1;
     }
-    if (!options.start.empty()) return frame.TakeStart(options.start);
-    return options.shots.empty() ? frame.Run() : frame.TakePictures(options.shots);
+    if (!options.start.empty()) return frame.CaptureStart(options.start);
+    return options.shots.empty() ? frame.Run() : frame.CapturePictures(options.shots);
 }
 
 } // namespace

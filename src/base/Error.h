@@ -10,7 +10,8 @@ namespace dax {
 
 class Error : public std::exception {
 public:
-    // A password in the description is masked (base/Secrets.h), whoever wrote it: drivers repeat what they were given.
+    // A password in the description is masked (base/Secrets.h), also in texts of drivers, which repeat what they were
+    // given.
     Error(int32_t number, const Text& description);
     int32_t Number() const { return number; }
     const Text& Description() const { return description; }

@@ -91,7 +91,7 @@ inline constexpr int32_t DuplicateKey = 35602;
 // E_POINTER = 80004003: there is no place for the result
 // E_UNEXPECTED = 8000FFFF: an unknown failure inside the library
 // INPLACE_E_NOTUNDOABLE = 800401A0: a container asks for its last activation to be undone
-// OLE_E_ADVISENOTSUPPORTED = 80040003: a container wants to be told of what a control does not tell
+// OLE_E_ADVISENOTSUPPORTED = 80040003: a container asks for notifications that a control does not send
 // OLE_E_NOCONNECTION = 80040004: such a registration does not exist
 // OLE_E_NOTRUNNING = 80040005: the control cannot be activated without a container
 

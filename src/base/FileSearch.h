@@ -9,7 +9,7 @@ namespace dax {
 
 struct FoundEntry {
     bool isFolder = false;
-    bool isReadOnly = false; // the attribute on Windows; elsewhere nobody has the right to write it
+    bool isReadOnly = false; // the attribute on Windows; elsewhere: no write permission for anyone
 };
 
 // Asks about the entries that a listing of `path` finds, in their order, until one is taken; false when none is. The

@@ -8,7 +8,7 @@ namespace dax::PackedText {
 // Above U+00FF.
 bool NeedsTwoBytes(TextView text);
 inline size_t BytesOf(size_t units, bool isWide) { return units * (isWide ? sizeof(char16_t) : 1); }
-// Both tell where the text ends: Pack returns it, Unpack moves `from` there.
+// Both yield where the text ends: Pack returns it, Unpack moves `from` there.
 char* Pack(TextView text, bool isWide, char* to);
 Text Unpack(const char*& from, size_t units, bool isWide);
 // Whether as many units as the text has are the same.

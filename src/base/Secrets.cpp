@@ -58,7 +58,7 @@ Password ValueAt(TextView text, size_t at) {
     const char16_t first = at < text.size() ? text[at] : u';';
     if (first == u'"' || first == u'\'' || first == u'{') {
         Password found = Quoted(text, at);
-        // What follows a closing mark directly belongs to the value as far as anybody can tell.
+        // What follows a closing mark directly cannot be told from the value and counts as part of it.
         while (found.end < text.size() && TextReader::IsWordUnit(text[found.end])) ++found.end;
         return found;
     }

@@ -10,7 +10,7 @@ namespace dax::modGeneric {
 // may hold wildcards (see FileSearch.h); of a folder's path with a separator at its end, every file in it is found.
 // False also for no path, and when looking failed (an impossible path, a drive that is not there).
 bool FileExists(const Text& path) noexcept;
-// The attribute of the file or folder alone, on Windows; elsewhere the same means that nobody has the right to write
+// The attribute of the file or folder alone, on Windows; elsewhere the same means that nobody has permission to write
 // it. The folder it lies in does not count. With wildcards, of the first entry found; false when there is none.
 bool IsFileReadOnly(const Text& path) noexcept;
 Text MakeValidFileName(Text name, const Text& replacement);

@@ -79,7 +79,7 @@ public:
     // Null when the value is not an object with IDispatch.
     ComPtr<IDispatch> Object() const;
 
-    // Passes the value to the caller of a member, who may want none.
+    // Passes the value to the caller of a member, whose pointer may be null.
     void MoveTo(VARIANT* result);
 };
 

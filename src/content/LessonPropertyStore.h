@@ -47,7 +47,7 @@ private:
     char* free = nullptr;
     size_t freeBytes = 0;
     std::deque<Entry> entries;         // grows without copying or spare room
-    mutable std::vector<Place> places; // of the entries by the hashes of their IDs; too few until somebody asks
+    mutable std::vector<Place> places; // of the entries by the hashes of their IDs; incomplete until the first lookup
     std::unordered_map<const Entry*, std::shared_ptr<PropertyCollection>> made;
 };
 

@@ -7,7 +7,7 @@
 
 namespace dax {
 
-// A tree as a map sees it, whoever owns the nodes.
+// A tree as a map sees it, independent of who owns the nodes.
 class MapTree {
 public:
     enum class NodeRef : std::uintptr_t { None = 0 };

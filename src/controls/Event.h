@@ -40,7 +40,7 @@ private:
 };
 
 // A listener may do anything while it is called: add or remove listeners, raise the event again, destroy the
-// component. Listeners added during a call hear the next one; after destruction no further listener is called.
+// component. Listeners added during a call receive the next one; after destruction no further listener is called.
 template <typename... Arguments>
 class Event {
 public:

@@ -1,4 +1,4 @@
-// The rows and columns of a report list. The model is the truth; a window mirrors it and tells it what is selected.
+// The rows and columns of a report list. The model is the truth; a window mirrors it and reports the selection to it.
 #pragma once
 
 #include "base/Text.h"
@@ -23,7 +23,7 @@ struct ListItem {
     Text mark{}; // what sets the row apart, for screen readers; such a row is shown in italics. Empty for the others
 };
 
-// A window hears what changed.
+// A window is notified of what changed.
 class ListModelListener {
 public:
     virtual ~ListModelListener() = default;

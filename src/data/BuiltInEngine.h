@@ -5,7 +5,7 @@
 
 namespace dax {
 
-// Its name and version, as it tells them itself.
+// Its name and version, as the engine reports them.
 Text BuiltInEngine();
 
 } // namespace dax

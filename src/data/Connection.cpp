@@ -48,7 +48,7 @@ int64_t Connection::ExecuteWith(TextView statement, std::span<const Value> param
 
 void Connection::ExecuteAll(std::span<const Text> statements, const std::function<void(size_t)>& progress) {
     Statement& many = Scratch();
-    const Dialect& dialect = session->Quirks();
+    const Dialect& dialect = session->SqlDialect();
     std::vector<Text> batch;
     size_t units = 0, done = 0;
     const auto report = [&](size_t count) {
@@ -100,6 +100,6 @@ void Connection::Cancel() noexcept {
     if (scratch) scratch->Cancel();
 }
 
-Engine Connection::Kind() const { return Opened().Quirks().engine; }
+Engine Connection::Kind() const { return Opened().SqlDialect().engine; }
 
 } // namespace dax

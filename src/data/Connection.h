@@ -42,11 +42,11 @@ public:
     bool IsOpen() const;
 
     // Runs one statement; adapted to the engine first, sent verbatim to Access and SQL Server.
-    // Returns the number of rows affected, -1 where the engine does not tell.
+    // Returns the number of rows affected, -1 where the engine does not report it.
     int64_t Execute(const Text& statement, int options = adCmdText | adExecuteNoRecords);
     // The same for many, in order, several per round trip where the engine takes them. Stops at the first that
     // fails; run inside a transaction, since some before it may have been done.
-    // `progress`, when given, hears the number of statements done so far.
+    // `progress`, when given, receives the number of statements done so far.
     void ExecuteAll(std::span<const Text> statements, const std::function<void(size_t)>& progress = {});
 
     void BeginTrans();

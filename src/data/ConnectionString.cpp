@@ -288,7 +288,7 @@ ConnectionKeywords::ConnectionKeywords(TextView text) {
     size_t at = 0;
     while (at < text.size()) {
         const size_t equals = text.find(u'=', at), semicolon = text.find(u';', at);
-        if (equals == TextView::npos || semicolon < equals) { // a word without a value tells nothing
+        if (equals == TextView::npos || semicolon < equals) { // a word without a value has no meaning
             if (semicolon == TextView::npos) break;
             at = semicolon + 1;
             continue;

@@ -52,7 +52,7 @@ bool LooksLikeUrl(TextView text);
 
 struct ConnectionTarget {
     Engine engine = Engine::Other;
-    Text odbcString;         // without the password it would still tell it: never show it
+    Text odbcString;         // contains the password also where it was given apart: never show it
     Text driver;             // as named in the string; empty for a data source, and where none is needed
     Text path;               // of the database file, as the host wrote it; empty for a server
     Text server{};           // as people know it: with its port, or the name of the data source; empty for a file
@@ -68,10 +68,10 @@ struct Machine {
     std::function<Text(TextView dataSource, TextView keyword)> settingOfDataSource;
 };
 
-// A bare path names a SQLite file, and so do strings and data sources of its drivers, which nobody needs any more. A
+// A bare path names a SQLite file, and so do strings and data sources of its drivers, which are not needed any more. A
 // Jet or ACE string names an Access file, or a SQLite file in its place. Throws Error for an empty string, for a
-// provider that nobody here can serve, and for a file that needs a missing driver. `known` is the engine behind a
-// driver whose name does not tell it.
+// provider for which there is no replacement, and for a file that needs a missing driver. `known` is the engine behind
+// a driver whose name does not show it.
 ConnectionTarget TranslateConnectionString(const Text& connectionString, const Machine& machine,
                                            Engine known = Engine::Other);
 

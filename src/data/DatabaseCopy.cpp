@@ -19,8 +19,8 @@ struct CopyRules {
     TextView beginReading[2]; // before the transaction that reads: all tables as at one moment, and no writing
     bool tablesAreTransacted; // making a table belongs to the transaction
     bool keepsZeros;          // a text may have the character of the number zero
-    TextView lastDrawn;       // the last number that velmoraAutonumbers has drawn; NULL or an error where none is known
-    TextView drawAbove;       // makes it draw above the number that is put in the place of "?"; empty where a row does
+    TextView lastGenerated;   // the last number that velmoraAutonumbers has drawn; NULL or an error where none is known
+    TextView generateAbove;   // makes it draw above the number that is put in the place of "?"; empty where a row does
     TextView beforeRows = {}, afterRows = {}; // let numbers be given to it
     TextView steadyOrder = {};                // a table that is read twice comes in the same order
     bool comesByKey = false;                  // rows come in the order of their key, wherever they were put
@@ -78,7 +78,7 @@ bool IsAmong(TextView name, const std::vector<Text>& names) {
     return std::ranges::any_of(names, [&](const Text& known) { return EqualNoCase(known, name); });
 }
 
-// One and the same, as far as the strings tell.
+// The same database, as far as the strings show it.
 bool AreSame(const Text& one, const Text& other) {
     if (one == other) return true;
     if (one.find(u'=') != Text::npos || other.find(u'=') != Text::npos) return false;
@@ -240,9 +240,9 @@ void DatabaseCopy::ReadSource() {
     for (CopiedTable& copied : tables) {
         ReadColumns(source, *copied.table, beyondSource);
         copied.rows = NumberOf(source, u"SELECT Count(*) FROM " + Text(copied.table->name)).value_or(0);
-        if (!CounterOf(*copied.table) || sourceRules->lastDrawn.empty()) continue;
+        if (!CounterOf(*copied.table) || sourceRules->lastGenerated.empty()) continue;
         try {
-            lastDrawn = NumberOf(source, Text(sourceRules->lastDrawn)).value_or(0);
+            lastGenerated = NumberOf(source, Text(sourceRules->lastGenerated)).value_or(0);
         } catch (const Error&) { // the highest number of a row counts
         }
     }
@@ -264,7 +264,7 @@ void DatabaseCopy::ReadTarget() {
         }
     }
     for (const Text& name : names) {
-        if (!TablePublication::IsRemains(name) &&
+        if (!TablePublication::IsLeftoverTable(name) &&
             !std::ranges::any_of(present, [&](const auto* table) { return EqualNoCase(table->name, name); }))
             beyondTarget.push_back(name);
     }
@@ -290,7 +290,8 @@ void DatabaseCopy::Write(const std::function<void(size_t done)>& progress) {
     for (CopiedTable& copied : tables) WriteRows(copied, next);
     timeOfWriting = std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - began);
     for (const CopiedTable& copied : tables) Compare(copied, next);
-    if (isPublished) At(to, {}, [&] { target.CommitTrans(); }); // of the temporary tables: nobody sees it
+    if (isPublished)
+        At(to, {}, [&] { target.CommitTrans(); }); // of the temporary tables: other connections see nothing of it
     progress(done);
 }
 
@@ -327,19 +328,19 @@ void DatabaseCopy::WriteRows(CopiedTable& copied, const std::function<void()>& n
     }
     At(to, table.name, [&] {
         writer->Finish();
-        if (draws) GoOnDrawing(copied);
+        if (draws) AdvanceGenerator(copied);
     });
     if (rows != copied.rows) At(from, table.name, [&] { ThrowOtherRows(copied.rows, rows); });
 }
 
-void DatabaseCopy::GoOnDrawing(const CopiedTable& copied) {
-    lastDrawn = std::max(lastDrawn, highestNumber);
-    if (!targetRules->drawAbove.empty() && lastDrawn > 0) {
-        Text statement(targetRules->drawAbove);
-        statement.replace(statement.find(u'?'), 1, ToText(lastDrawn));
+void DatabaseCopy::AdvanceGenerator(const CopiedTable& copied) {
+    lastGenerated = std::max(lastGenerated, highestNumber);
+    if (!targetRules->generateAbove.empty() && lastGenerated > 0) {
+        Text statement(targetRules->generateAbove);
+        statement.replace(statement.find(u'?'), 1, ToText(lastGenerated));
         target.Execute(statement);
-    } else if (lastDrawn > highestNumber && !isPublished) {
-        for (const Text& statement : TablePublication::DrawNumber(*copied.table, copied.table->name, lastDrawn))
+    } else if (lastGenerated > highestNumber && !isPublished) {
+        for (const Text& statement : TablePublication::GenerateNumber(*copied.table, copied.table->name, lastGenerated))
             target.Execute(statement);
     }
     if (!targetRules->afterRows.empty()) target.Execute(Text(targetRules->afterRows));
@@ -375,7 +376,7 @@ std::vector<TablePublication::Part> DatabaseCopy::PartsToPublish() const {
     std::vector<TablePublication::Part> parts;
     for (const CopiedTable& copied : tables)
         parts.push_back({copied.table, copied.isMade, copied.rows, true,
-                         CounterOf(*copied.table) && lastDrawn > highestNumber ? lastDrawn : 0});
+                         CounterOf(*copied.table) && lastGenerated > highestNumber ? lastGenerated : 0});
     for (const Schema::Table* table : present)
         if (!IsOfCopy(table->name, tables)) parts.push_back({table, false, 0, false});
     return parts;
@@ -393,14 +394,14 @@ void DatabaseCopy::Finish() {
                 target.CommitTrans();
             }
         } catch (const Error&) {
-            isInDoubt = !TargetAnswers();
-            if (isPublished && !isInDoubt) target.Execute(TablePublication::DropRemains(parts));
+            isInDoubt = !IsTargetConnected();
+            if (isPublished && !isInDoubt) target.Execute(TablePublication::DropLeftoverTable(parts));
             throw;
         }
     });
 }
 
-bool DatabaseCopy::TargetAnswers() noexcept {
+bool DatabaseCopy::IsTargetConnected() noexcept {
     try {
         target.RollbackTrans();
         return NumberOf(target, u"SELECT 1").has_value();

@@ -20,9 +20,9 @@ struct CopiedTable {
 };
 
 // The rows go in one transaction, together with the tables where the engine can do that; where making a table ends a
-// transaction, TablePublication makes what is missing. So until Finish nobody sees anything of the copy, and whatever
-// ends it before leaves the target as it was. The source is read within one transaction that can change nothing; a row
-// that another program writes meanwhile is not copied.
+// transaction, TablePublication makes what is missing. So until Finish other connections see nothing of the copy, and
+// whatever ends it before leaves the target as it was. The source is read within one transaction that can change
+// nothing; a row that another program writes meanwhile is not copied.
 class DatabaseCopy {
 public:
     struct Place {
@@ -46,8 +46,8 @@ public:
     const std::vector<Text>& BeyondSource() const { return beyondSource; }
     const std::vector<Text>& BeyondTarget() const { return beyondTarget; }
 
-    // Writes everything, then reads source and target side by side and compares every value. `progress` hears the rows
-    // written and compared so far, of twice RowsInAll in the end.
+    // Writes everything, then reads source and target side by side and compares every value. `progress` receives the
+    // rows written and compared so far, of twice RowsInAll in the end.
     void Write(const std::function<void(size_t done)>& progress);
     // Makes it last.
     void Finish();
@@ -61,8 +61,8 @@ private:
     void WriteRows(CopiedTable& copied, const std::function<void()>& next);
     void Compare(const CopiedTable& copied, const std::function<void()>& next);
     TableReader ReaderOfSource(const CopiedTable& copied);
-    void GoOnDrawing(const CopiedTable& copied);
-    bool TargetAnswers() noexcept;
+    void AdvanceGenerator(const CopiedTable& copied);
+    bool IsTargetConnected() noexcept;
     std::vector<TablePublication::Part> PartsToPublish() const;
     Text NameInTarget(const CopiedTable& copied) const;
 
@@ -73,7 +73,7 @@ private:
     std::vector<CopiedTable> tables;
     std::vector<const Schema::Table*> present; // of ours in the target
     std::vector<Text> beyondSource, beyondTarget;
-    int64_t lastDrawn = 0, highestNumber = 0; // of velmoraAutonumbers; of its rows
+    int64_t lastGenerated = 0, highestNumber = 0; // of velmoraAutonumbers; of its rows
     Text taken;
     bool isPublished = false; // by TablePublication, since tables are missing
     bool isInDoubt = false;

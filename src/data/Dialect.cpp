@@ -12,7 +12,7 @@ constexpr DriverOption postgresOptions[] = {
     {.keyword = u"LFConversion", .otherNames = u"C5", .value = u"0"}, // or "\n" is read as "\r\n"
     {.keyword = u"IgnoreTimeout", .otherNames = u"D9", .value = u"0"},
     {.keyword = u"UseDeclareFetch", .otherNames = u"B6", .value = u"0"}, // fetching would wait for the server
-    // A connection whose server is gone ends by itself, also one that nobody waits for any more.
+    // A connection whose server is gone ends by itself, also one that no call waits for any more.
     {.keyword = u"KeepaliveTime", .otherNames = u"", .value = u"30", .isDefault = true},
     {.keyword = u"KeepaliveInterval", .otherNames = u"", .value = u"10", .isDefault = true},
     {.keyword = u"AB", .otherNames = u"", .value = u"", .clearedBits = 8, .isHexadecimal = true}, // reads NULL as ''
@@ -71,7 +71,7 @@ constexpr std::array<Dialect, 6> dialects = {{
     {
         .engine = Engine::Access,
         .name = u"Microsoft Access",
-        // Its driver wants its calls on one thread.
+        // Its driver requires all its calls on one thread.
         .waiting = Waiting::InDriver,
         .openQuote = u'[',
         .closeQuote = u']',

@@ -1,4 +1,4 @@
-// What each engine wants and cannot: one row per engine. Nothing else asks which engine it is.
+// The differences between the engines: one row per engine. No other code asks which engine it is.
 #pragma once
 
 #include "data/Connection.h"
@@ -23,7 +23,7 @@ struct SessionSetting {
     TextView statement;
     TextView otherwise = {}; // where the engine does not know it
     TextView asQuery = {};   // where the driver was told to let only queries through
-    bool isProbed = false;   // when all are refused, the probe tells whether it can be done without
+    bool isProbed = false;   // when all are refused, the probe shows whether it is needed at all
 };
 
 // Which values stand between braces in a string for the driver, and which it cannot be told at all.
@@ -34,9 +34,9 @@ enum class ValueMarks {
     Trimmed,     // as Standard, but the driver cuts blanks off the ends all the same
 };
 
-// Who sees to it that nobody waits for the server longer than the connection string allows.
+// What keeps calls from waiting for the server longer than the connection string allows.
 enum class Waiting {
-    InDriver, // the driver, or nobody: its calls stay on the caller's thread
+    InDriver, // the driver, or nothing: its calls stay on the caller's thread
     OnThread, // we do: its calls run on a thread of the connection
 };
 

@@ -39,7 +39,7 @@ Value FromText(TextView text, FieldType type) {
 void RecordsetState::Open(const Text& source, Connection& newConnection, CursorTypes, LockTypes lock, int options) {
     (void)newConnection.Opened(); // throws when it is closed
     connection = &newConnection;
-    // Every cursor reads forward; what the kinds of cursor add, nobody here uses. Rows are written by generated
+    // Every cursor reads forward; what the other cursor types add is not needed here. Rows are written by generated
     // statements, which no driver gets wrong.
     const bool isTable = options != adOptionUnspecified && (options & adCmdTable) != 0;
     isUpdatable = lock != adLockReadOnly;
@@ -174,7 +174,7 @@ void RecordsetState::Update() {
 }
 
 Text RecordsetState::Quoted(size_t column) const {
-    const Dialect& dialect = connection->Opened().Quirks();
+    const Dialect& dialect = connection->Opened().SqlDialect();
     Text quoted(1, dialect.openQuote);
     for (const char16_t unit : columns[column].name) {
         quoted.push_back(unit);
@@ -209,7 +209,7 @@ void RecordsetState::UpdateRow() {
         values.push_back(value);
         codes.push_back(columns[column].code);
     }
-    const bool datesAsText = connection->Opened().Quirks().datesAsText;
+    const bool datesAsText = connection->Opened().SqlDialect().datesAsText;
     for (const size_t column : KeyColumns()) {
         conditions += (conditions.empty() ? u"" : u" AND ") + Quoted(column);
         const auto text = FieldTextOrNull(column);

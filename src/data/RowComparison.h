@@ -20,7 +20,7 @@ struct RowDifference {
     Text identifier; // of the row: its key columns, or all where there is no key
 };
 
-// `columns` are those of the rows, `isKey` tells which of them identify a row. `source` and `target` begin to read
+// `columns` are those of the rows, `isKey` says which of them identify a row. `source` and `target` begin to read
 // their table; they are called again when the two orders differ so much that the rows that wait for their counterpart
 // would need more memory than `mostUnits` (in UTF-16 units): then each pass compares a part of the rows. Rows that
 // appear several times must appear as often in both. The first difference by the order of the source, within the part.

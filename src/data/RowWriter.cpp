@@ -21,7 +21,7 @@ Text Names(const std::vector<RowColumn>& columns) {
 class LiteralWriter final : public RowWriter {
 public:
     LiteralWriter(Session& session, const Text& table, const std::vector<RowColumn>& columns)
-        : statement(session.NewStatement()), longestLiteral(session.Quirks().longestLiteral),
+        : statement(session.NewStatement()), longestLiteral(session.SqlDialect().longestLiteral),
           beginning(u"INSERT INTO " + table + u" (" + Names(columns) + u") VALUES ") {}
 
     void Put(std::span<const RowField> row) override {
@@ -235,9 +235,10 @@ private:
 
 std::unique_ptr<RowWriter> NewStatementWriter(Session& session, const Text& table,
                                               const std::vector<RowColumn>& columns) {
-    if (session.Quirks().engine == Engine::PostgreSQL) return std::make_unique<ArrayWriter>(session, table, columns);
+    if (session.SqlDialect().engine == Engine::PostgreSQL)
+        return std::make_unique<ArrayWriter>(session, table, columns);
     // An engine whose statements are sent as they are may take plain literals for texts of one code page.
-    if (session.Quirks().adapts) return std::make_unique<LiteralWriter>(session, table, columns);
+    if (session.SqlDialect().adapts) return std::make_unique<LiteralWriter>(session, table, columns);
     return std::make_unique<ParameterWriter>(session, table, columns);
 }
 

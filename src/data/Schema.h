@@ -40,7 +40,8 @@ std::vector<Text> CreateStatements(Database database, Engine engine);
 // The same for one of the tables, under that name.
 std::vector<Text> CreateStatements(const Table& table, Engine engine, TextView name);
 
-// The documented statements spell one table in two ways. Throws Error for a server that tells names apart by case.
+// The documented statements spell one table in two ways. Throws Error for a server whose table names are
+// case-sensitive.
 void RequireBlindNames(Connection& connection);
 
 // The same for people: with a heading, each statement ended by a semicolon.

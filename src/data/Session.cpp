@@ -95,7 +95,7 @@ void Observe(TextView statement) {
 }
 
 void Statement::Execute(TextView statement, std::span<const Value> parameters, std::span<const int> codes) {
-    const Dialect& dialect = Quirks();
+    const Dialect& dialect = SqlDialect();
     Await();
     Close();
     Text storage;
@@ -111,12 +111,12 @@ void Statement::Execute(TextView statement, std::span<const Value> parameters, s
 }
 
 void Statement::Start(TextView statement, std::vector<Value> parameters) {
-    const Dialect& dialect = Quirks();
+    const Dialect& dialect = SqlDialect();
     Await();
     Close();
     Text adapted = PassesUnchanged(statement, dialect) ? Text(statement) : AdaptStatement(statement, dialect);
     Observe(adapted);
-    RunAhead(std::move(adapted), std::move(parameters));
+    RunAsync(std::move(adapted), std::move(parameters));
 }
 
 void Statement::ExecuteBatch(std::span<const Text> adapted) {
@@ -143,11 +143,11 @@ std::unique_ptr<Session> Session::Open(const Text& connectionString) {
     const auto began = LimitedSession::Time::clock::now();
     std::unique_ptr<Session> session = Connect(target, began);
     // A driver by another name: once more, with what must be forced upon it.
-    if (const Dialect& found = session->Quirks(); found.engine != target.engine && !found.isBuiltIn) {
+    if (const Dialect& found = session->SqlDialect(); found.engine != target.engine && !found.isBuiltIn) {
         session.reset();
         session = Connect(TargetHere(connectionString, found.engine), began);
     }
-    const Dialect& dialect = session->Quirks();
+    const Dialect& dialect = session->SqlDialect();
     const std::unique_ptr<Statement> statement = session->NewStatement();
     RunSettings(*statement, dialect);
     if (!dialect.probe.empty()) RunProbe(*statement, dialect);

@@ -31,8 +31,8 @@ class Statement {
 public:
     virtual ~Statement() = default;
 
-    // Fits the statement to the engine, tells the observer, runs it. `codes`, when given, are those of the columns that
-    // the parameters go to: an engine with strict types wants them for NULL and for texts.
+    // Adapts the statement to the engine, notifies the observer, runs it. `codes`, when given, are those of the columns
+    // that the parameters go to: an engine with strict types needs them for NULL and for texts.
     void Execute(TextView statement, std::span<const Value> parameters = {}, std::span<const int> codes = {});
     // The same, but may return before the engine has done it, so that the next one can be prepared meanwhile. Await
     // waits for it and throws what went wrong; so does the next statement. Until then nothing else may be asked of this
@@ -43,7 +43,7 @@ public:
     // that failed.
     void ExecuteBatch(std::span<const Text> adapted);
 
-    // Rows that the last statement changed, -1 where the engine does not tell.
+    // Rows that the last statement changed, -1 where the engine does not report it.
     virtual int64_t RowCount() const = 0;
 
     // Describes the columns; Error when the statement has no rows to give. Then Next stands on the first row, and on
@@ -68,10 +68,10 @@ public:
     virtual void Cancel() noexcept = 0;
 
 protected:
-    virtual const Dialect& Quirks() const = 0;
+    virtual const Dialect& SqlDialect() const = 0;
     // The text as it is, behind what ran before.
     virtual void Run(TextView adapted, std::span<const Value> parameters, std::span<const int> codes) = 0;
-    virtual void RunAhead(Text adapted, std::vector<Value> parameters) { Run(adapted, parameters, {}); }
+    virtual void RunAsync(Text adapted, std::vector<Value> parameters) { Run(adapted, parameters, {}); }
     virtual void RunBatch(std::span<const Text> adapted);
 };
 
@@ -84,7 +84,7 @@ public:
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    virtual const Dialect& Quirks() const = 0;
+    virtual const Dialect& SqlDialect() const = 0;
     // Ends before its session does.
     virtual std::unique_ptr<Statement> NewStatement() = 0;
 

@@ -34,7 +34,8 @@ void Fill(const Part& part, TextView name, Text& statement) {
     statement.append(u"INSERT INTO ").append(name).append(u" (" + columns + u") SELECT " + columns + u" FROM ");
     statement.append(TemporaryName(*part.table)).append(u";\n");
     if (part.numberToBeDrawn > 0)
-        for (const Text& draw : DrawNumber(*part.table, name, part.numberToBeDrawn)) statement.append(draw + u";\n");
+        for (const Text& draw : GenerateNumber(*part.table, name, part.numberToBeDrawn))
+            statement.append(draw + u";\n");
 }
 
 } // namespace
@@ -54,11 +55,11 @@ Text Statement(const std::vector<Part>& parts) {
                      u"DECLARE EXIT HANDLER FOR SQLEXCEPTION BEGIN\n"
                      u"ROLLBACK;\n"
                      u"IF isPublic THEN" +
-                     Listed(parts, u" DROP TABLE ", FinalName) + u"; ELSE " + DropRemains(parts) +
+                     Listed(parts, u" DROP TABLE ", FinalName) + u"; ELSE " + DropLeftoverTable(parts) +
                      u"; END IF;\n"
                      u"RESIGNAL;\n"
                      u"END;\n" +
-                     DropRemains(parts) + u";\n";
+                     DropLeftoverTable(parts) + u";\n";
     for (const Part& part : parts)
         if (part.isMade)
             for (const Text& create : Schema::CreateStatements(*part.table, Engine::MariaDB, StagingName(*part.table)))
@@ -83,9 +84,9 @@ Text Statement(const std::vector<Part>& parts) {
     return statement.append(u"COMMIT;\nEND");
 }
 
-Text DropRemains(const std::vector<Part>& parts) { return Listed(parts, u"DROP TABLE IF EXISTS ", StagingName); }
+Text DropLeftoverTable(const std::vector<Part>& parts) { return Listed(parts, u"DROP TABLE IF EXISTS ", StagingName); }
 
-bool IsRemains(TextView table) {
+bool IsLeftoverTable(TextView table) {
     const Text lower = LowerAscii(table);
     if (!lower.starts_with(stagingPrefix)) return false;
     for (const Schema::Database kind : {Schema::Database::Content, Schema::Database::Connector})
@@ -94,7 +95,7 @@ bool IsRemains(TextView table) {
     return false;
 }
 
-std::vector<Text> DrawNumber(const Schema::Table& table, TextView name, int64_t number) {
+std::vector<Text> GenerateNumber(const Schema::Table& table, TextView name, int64_t number) {
     const auto counter = std::ranges::find(table.columns, Schema::ColumnType::Counter, &Schema::Column::type);
     const Text column(counter->name), digits = ToText(number);
     return {u"INSERT INTO " + Text(name) + u" (" + column + u") VALUES (" + digits + u")",

@@ -5,9 +5,9 @@
 
 namespace dax {
 
-// The rows are first put into temporary tables, which nobody else sees and which vanish with the connection. Then one
-// statement makes the tables under other names, copies the rows, and gives all tables their names in one step. The
-// server carries it out whether or not the client still lives, and drops what it has made when something fails.
+// The rows are first put into temporary tables, which other connections do not see and which vanish with this one. Then
+// one statement makes the tables under other names, copies the rows, and gives all tables their names in one step. The
+// server carries it out even when the client has ended, and drops what it has made when something fails.
 namespace TablePublication {
 
 struct Part {
@@ -24,11 +24,11 @@ Text MakeTemporary(const Part& part);
 
 Text Statement(const std::vector<Part>& parts);
 // Of those that are made, what a server that crashed within the statement, or that was told to end it, has left.
-Text DropRemains(const std::vector<Part>& parts);
-bool IsRemains(TextView table);
+Text DropLeftoverTable(const std::vector<Part>& parts);
+bool IsLeftoverTable(TextView table);
 
 // Draws a number for the counter of the table and gives it up.
-std::vector<Text> DrawNumber(const Schema::Table& table, TextView name, int64_t number);
+std::vector<Text> GenerateNumber(const Schema::Table& table, TextView name, int64_t number);
 
 } // namespace TablePublication
 

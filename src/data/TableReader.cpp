@@ -59,7 +59,7 @@ Text Joined(const std::vector<Text>& names, TextView before) {
     return joined;
 }
 
-// A server that does not tell names apart by case may still list them in small letters.
+// A server whose names are case-insensitive may still list them in lower case.
 std::vector<Text> KeyColumnsOf(Session& session, const Text& table) {
     const std::vector<Text> keys = session.KeyColumns(table);
     return keys.empty() ? session.KeyColumns(LowerAscii(table)) : keys;
@@ -83,39 +83,39 @@ Text OrderByKey(Engine engine, const Schema::Table& table) {
 
 TableReader::TableReader(Session& session, const Schema::Table& table, const Text& name, Order order)
     : statement(session.NewStatement()), columns(table.columns), keys(KeyColumnsOf(session, name)),
-      way(WayOf(session, keys)), row(table.columns.size()) {
+      mode(ReadModeOf(session, keys)), row(table.columns.size()) {
     for (const Schema::Column& column : columns) query.append(query.empty() ? u"SELECT " : u", ").append(column.name);
     query += u" FROM " + name;
-    if (way == Way::ByKey) {
+    if (mode == ReadMode::ByKey) {
         const auto isKey = [&](const Schema::Column& column) { return EqualNoCase(column.name, keys.front()); };
         keyColumn = static_cast<size_t>(std::ranges::find_if(columns, isKey) - columns.begin());
-        if (keyColumn == columns.size()) way = Way::ByNumber;
+        if (keyColumn == columns.size()) mode = ReadMode::ByNumber;
     }
-    if (order == Order::ByKey) query += OrderByKey(session.Quirks().engine, table);
-    if (way == Way::Whole) {
+    if (order == Order::ByKey) query += OrderByKey(session.SqlDialect().engine, table);
+    if (mode == ReadMode::Whole) {
         statement->Execute(query);
         statement->OpenRows();
-    } else if (way == Way::Cursor) {
+    } else if (mode == ReadMode::Cursor) {
         statement->Execute(u"CLOSE ALL");
         statement->Execute(u"DECLARE dax_rows NO SCROLL CURSOR FOR " + query);
     }
 }
 
-TableReader::Way TableReader::WayOf(Session& session, const std::vector<Text>& keys) {
-    if (session.Quirks().engine == Engine::PostgreSQL) return Way::Cursor;
-    if (session.Quirks().engine != Engine::MariaDB) return Way::Whole;
-    return keys.size() == 1 ? Way::ByKey : Way::ByNumber;
+TableReader::ReadMode TableReader::ReadModeOf(Session& session, const std::vector<Text>& keys) {
+    if (session.SqlDialect().engine == Engine::PostgreSQL) return ReadMode::Cursor;
+    if (session.SqlDialect().engine != Engine::MariaDB) return ReadMode::Whole;
+    return keys.size() == 1 ? ReadMode::ByKey : ReadMode::ByNumber;
 }
 
 bool TableReader::Next() {
-    if (way != Way::Whole && got == asked) OpenPortion();
+    if (mode != ReadMode::Whole && got == asked) OpenPortion();
     if (!statement->Next()) return false;
     ++got;
     for (size_t i = 0; i < row.size(); ++i) {
         row[i] = ReadField(*statement, i, columns[i].type);
         units += row[i].text.size();
     }
-    if (way == Way::ByKey && got == asked) lastKey = statement->FieldText(keyColumn);
+    if (mode == ReadMode::ByKey && got == asked) lastKey = statement->FieldText(keyColumn);
     return true;
 }
 
@@ -126,9 +126,9 @@ void TableReader::OpenPortion() {
     before += got;
     got = units = 0;
     const Text count = ToText(static_cast<long long>(asked));
-    if (way == Way::Cursor)
+    if (mode == ReadMode::Cursor)
         statement->Execute(u"FETCH FORWARD " + count + u" FROM dax_rows");
-    else if (way == Way::ByKey)
+    else if (mode == ReadMode::ByKey)
         statement->Execute(
             query + (before == 0 ? Text() : u" WHERE " + keys.front() + u" > " + modDB::QuoteSQLString(lastKey)) +
             u" ORDER BY " + keys.front() + u" LIMIT " + count);

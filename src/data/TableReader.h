@@ -23,8 +23,8 @@ public:
 private:
     // Drivers of some engines fetch all rows of a query before they give the first: there several queries give a part
     // each, from a cursor, behind the key that came last, or behind the number of rows that came before.
-    enum class Way { Whole, Cursor, ByKey, ByNumber };
-    static Way WayOf(Session& session, const std::vector<Text>& keys);
+    enum class ReadMode { Whole, Cursor, ByKey, ByNumber };
+    static ReadMode ReadModeOf(Session& session, const std::vector<Text>& keys);
     void OpenPortion();
 
     std::unique_ptr<Statement> statement;
@@ -32,7 +32,7 @@ private:
     Text query;
     std::vector<Text> keys; // of the table as it is
     size_t keyColumn = 0;
-    Way way;
+    ReadMode mode;
     std::vector<RowField> row;
     Text lastKey;
     size_t asked = 0, got = 0, units = 0, before = 0; // rows and units of this portion, rows of those before

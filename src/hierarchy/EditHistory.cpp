@@ -38,7 +38,7 @@ void EditHistory::Clear() {
 }
 
 void EditHistory::Saved() {
-    ++saves; // also for an edit that is open: a host may save whenever it hears of a change
+    ++saves; // also for an edit that is open: a host may save in its handler of a change
     stored.clear();
 }
 

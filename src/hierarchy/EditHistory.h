@@ -88,7 +88,7 @@ private:
     void NodeMoved(Node& node) override;
     void NodeChanged(Node& node, NodeAspect aspect) override;
 
-    // Nobody hears of a step that is undone or done again before it is whole: no edit begins within it.
+    // While a step is undone or redone no event is raised before its end: no edit begins within it.
     bool IsRecording() const { return depth > 0; }
     void Begin();
     void End();

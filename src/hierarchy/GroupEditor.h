@@ -11,7 +11,7 @@
 
 namespace dax {
 
-// Always held by a shared pointer: a listener of an event may do anything, let go of the editor included.
+// Always held by a shared pointer: a listener of an event may do anything, including releasing the editor.
 class GroupEditor : public std::enable_shared_from_this<GroupEditor> {
 public:
     static std::shared_ptr<GroupEditor> Create(PropertyCollectionFactory factory = NewPropertyCollection);
@@ -94,7 +94,7 @@ public:
     const LMEDragDropSupport& DragDrop() const { return dragDrop; }
     void SetProgress(HierarchyProgress newProgress) { progress = std::move(newProgress); }
 
-    // What the window hears. Buttons: 1 left, 2 right; keys and characters by their system codes.
+    // Input that the window receives. Buttons: 1 left, 2 right; keys and characters by their system codes.
     void OnDblClick();
     void OnKeyDown(int keyCode);
     void OnKeyPress(int keyCode);

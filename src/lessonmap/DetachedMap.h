@@ -18,7 +18,7 @@ public:
     const NodeTree& Tree() const { return *tree; }
     // Null when the map does not list the page.
     Node* Find(const Text& sbid) const;
-    // With its branch, or with its children in its place. The map hears of it in WriteBack.
+    // With its branch, or with its children in its place. The map is changed by WriteBack.
     void Remove(Node& page, bool includeChildren);
     void WriteBack();
 

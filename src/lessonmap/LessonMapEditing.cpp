@@ -109,14 +109,14 @@ void LessonMapEditor::AddStoryboard(const StoryboardRef& storyboard) {
             modLME::UpdateMapCaptions(*tree);
             if (isNew) KeepEdit([] {});
             RecordSelection();
-            Recaption(sbid, *added);
+            UpdateCaption(sbid, *added);
         }
     }
-    if (isNew && IsStill(was)) Raise(MapChanged, mctStoryboardAdded);
-    if (sbid != sbidBefore) TellSelection(was);
+    if (isNew && IsCurrentLesson(was)) Raise(MapChanged, mctStoryboardAdded);
+    if (sbid != sbidBefore) RaiseSelectionChange(was);
 }
 
-void LessonMapEditor::Recaption(const Text& sbid, const Storyboard& storyboard) {
+void LessonMapEditor::UpdateCaption(const Text& sbid, const Storyboard& storyboard) {
     const auto images = imageList; // the host may set another one meanwhile
     Node* const node = tree->Find(sbid);
     if (node && node->Parent()) modLME::SetStoryboardCaption(&storyboard, *node, captionStyle, *images);
@@ -125,13 +125,13 @@ void LessonMapEditor::Recaption(const Text& sbid, const Storyboard& storyboard) 
 void LessonMapEditor::UpdateStoryboard(const StoryboardRef& storyboard) {
     const auto self = shared_from_this();
     const DepthGuard guard(depth);
-    if (const StoryboardRef kept = storyboard) Recaption(kept->SBID(), *kept);
+    if (const StoryboardRef kept = storyboard) UpdateCaption(kept->SBID(), *kept);
 }
 
 void LessonMapEditor::UpdateSBID(const Text& sbid) {
     const auto self = shared_from_this();
     const DepthGuard guard(depth);
-    if (const StoryboardRef found = modLME::FindStoryboard(lesson, sbid)) Recaption(sbid, *found);
+    if (const StoryboardRef found = modLME::FindStoryboard(lesson, sbid)) UpdateCaption(sbid, *found);
 }
 
 void LessonMapEditor::RemoveStoryboard(const StoryboardRef& storyboard, bool includeChildren) {
@@ -150,7 +150,7 @@ void LessonMapEditor::RemoveStoryboard(const StoryboardRef& storyboard, bool inc
         const Node* const shown = tree->Find(sbid);
         bool isKnown = (shown && shown->Parent()) || storyboards->Item(sbid);
         if (!isKnown && !showDefaultMapOnly) return;
-        // The maps let go of the pages before the lesson does: a failure in between leaves orphans, nothing worse.
+        // The maps drop the pages before the lesson does: a failure in between leaves orphans, nothing worse.
         KeepEdit([&] {
             Node* const node = tree->Find(sbid);
             const bool isShown = node && node->Parent();
@@ -171,8 +171,8 @@ void LessonMapEditor::RemoveStoryboard(const StoryboardRef& storyboard, bool inc
             if (storyboards->Item(each)) storyboards->Remove(each);
         }
     }
-    if (IsStill(was)) Raise(MapChanged, mctStoryboardDeleted);
-    if (isOther) TellSelection(was);
+    if (IsCurrentLesson(was)) Raise(MapChanged, mctStoryboardDeleted);
+    if (isOther) RaiseSelectionChange(was);
 }
 
 bool LessonMapEditor::CanMoveCurrent(StoryboardMovementTypes movement) const {
@@ -189,10 +189,10 @@ void LessonMapEditor::MoveCurrent(StoryboardMovementTypes movement) {
         KeepEdit([&] { modLME::MoveNode(*tree, tree->Selected(), movement); });
         ShowSelected();
     }
-    if (IsStill(was)) Raise(MapChanged, mctStoryboardMoved);
+    if (IsCurrentLesson(was)) Raise(MapChanged, mctStoryboardMoved);
 }
 
-// The user's doing: nobody else can be told of a failure. Whoever ends the drag tells the selection.
+// Started by the user: no caller receives a failure. EndDrag raises the event of the selection.
 void LessonMapEditor::OnDrop(Node& dragged, const DropTarget& target) {
     const auto self = shared_from_this();
     const LessonRef was = lesson;
@@ -209,7 +209,7 @@ void LessonMapEditor::OnDrop(Node& dragged, const DropTarget& target) {
         isKept = true;
         if (CurrentSBID() != sbidBeforeDrag) RecordSelection();
     });
-    if (isKept && IsStill(was)) Raise(MapChanged, mctStoryboardMoved);
+    if (isKept && IsCurrentLesson(was)) Raise(MapChanged, mctStoryboardMoved);
 }
 
 void LessonMapEditor::SetAllChecks(bool checked) {

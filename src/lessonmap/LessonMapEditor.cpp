@@ -86,8 +86,8 @@ void LessonMapEditor::SetLesson(std::shared_ptr<dax::Lesson> newLesson) {
         SelectQuietly(record.empty() ? sbidBefore : record);
         if (isRepaired) SaveLayouts();
     }
-    if (isRepaired && IsStill(newLesson)) Raise(MapChanged, mctMapsInitialized);
-    TellSelection(newLesson);
+    if (isRepaired && IsCurrentLesson(newLesson)) Raise(MapChanged, mctMapsInitialized);
+    RaiseSelectionChange(newLesson);
 }
 
 // The lesson's record of a storyboard that no node shows stays as it is.
@@ -127,9 +127,9 @@ void LessonMapEditor::SetCurrentSBID(const Text& sbid) {
     };
     if (!wanted.empty() && !find()) return;
     was->SetCurrentSBID(wanted);
-    if (!IsStill(was)) return;
+    if (!IsCurrentLesson(was)) return;
     Node* const node = find();
-    if (node || wanted.empty()) tree->Select(node); // tells the host through the subclasser
+    if (node || wanted.empty()) tree->Select(node); // notifies the host through the subclasser
 }
 
 void LessonMapEditor::RecordSelection() {
@@ -138,10 +138,10 @@ void LessonMapEditor::RecordSelection() {
     if (was) was->SetCurrentSBID(CurrentSBID());
 }
 
-void LessonMapEditor::TellSelection(const LessonRef& was) {
-    if (!IsStill(was)) return;
+void LessonMapEditor::RaiseSelectionChange(const LessonRef& was) {
+    if (!IsCurrentLesson(was)) return;
     const StoryboardRef storyboard = CurrentStoryboard();
-    if (IsStill(was)) Raise(AfterSelectionChange, storyboard);
+    if (IsCurrentLesson(was)) Raise(AfterSelectionChange, storyboard);
 }
 
 void LessonMapEditor::OnSelectionChanged() {
@@ -150,7 +150,7 @@ void LessonMapEditor::OnSelectionChanged() {
     const LessonRef was = lesson;
     const DepthGuard guard(depth);
     RecordSelection();
-    TellSelection(was);
+    RaiseSelectionChange(was);
 }
 
 void LessonMapEditor::Refresh() {
@@ -160,23 +160,23 @@ void LessonMapEditor::Refresh() {
     Build();
 }
 
-void LessonMapEditor::TellError(const dax::Error& failure, const char16_t* deed) {
+void LessonMapEditor::RaiseError(const dax::Error& failure, const char16_t* deed) {
     Raise(Error, failure.Number(), failure.Description(), Text(deed));
 }
 
-void LessonMapEditor::TellProperty(const Text& name) { Raise(PropertyChanged, name); }
+void LessonMapEditor::RaisePropertyChanged(const Text& name) { Raise(PropertyChanged, name); }
 
 void LessonMapEditor::SetAllowDragDrop(bool isAllowed) {
     const auto self = shared_from_this();
     const bool isNew = std::exchange(allowDragDrop, isAllowed) != isAllowed;
     if (!isAllowed) EndDrag();
-    if (isNew) TellProperty(u"AllowDragDrop");
+    if (isNew) RaisePropertyChanged(u"AllowDragDrop");
 }
 
 void LessonMapEditor::SetCaptionStyle(LessonMapEditorCaptionStyles style) {
     const auto self = shared_from_this();
     if (std::exchange(captionStyle, style) == style) return;
-    TellProperty(u"CaptionStyle");
+    RaisePropertyChanged(u"CaptionStyle");
     if (lesson) Refresh();
 }
 
@@ -185,20 +185,20 @@ void LessonMapEditor::SetCheckboxes(bool isOn) {
     if (std::exchange(checkboxes, isOn) == isOn) return;
     if (!isOn) SetAllChecks(false);
     Raise(CheckboxesChanged);
-    TellProperty(u"Checkboxes");
+    RaisePropertyChanged(u"Checkboxes");
 }
 
 void LessonMapEditor::SetLocked(bool isLocked) {
     const auto self = shared_from_this();
     const bool isNew = std::exchange(locked, isLocked) != isLocked;
     if (isLocked) EndDrag();
-    if (isNew) TellProperty(u"Locked");
+    if (isNew) RaisePropertyChanged(u"Locked");
 }
 
 void LessonMapEditor::SetShowDefaultMapOnly(bool isOnly) {
     const auto self = shared_from_this();
     if (std::exchange(showDefaultMapOnly, isOnly) == isOnly) return;
-    TellProperty(u"ShowDefaultMapOnly");
+    RaisePropertyChanged(u"ShowDefaultMapOnly");
     const LessonRef was = lesson;
     if (!was) return;
     const OperationGuard busy(*this);
@@ -260,7 +260,7 @@ void LessonMapEditor::CollapseAll() {
         if (tree->Selected() == selected) return;
         RecordSelection();
     }
-    TellSelection(was);
+    RaiseSelectionChange(was);
 }
 
 Text LessonMapEditor::FindNextSBID(const Text& criteria, FindTypes findType, bool exactMatch, bool wrapSearch) const {

@@ -77,7 +77,7 @@ public:
     template <typename Action>
     void TellFailures(const char16_t* deed, const Action& action);
 
-    // What the window tells: clicks and keys, and that a node was opened or closed by the user.
+    // Input from the window: clicks and keys, and nodes expanded or collapsed by the user.
     void OnExpanded(Node& node, bool areCtrlAndShiftDown);
     void OnCollapsed(Node& node, bool areCtrlAndShiftDown);
     void OnKeyDown(int keyCode);
@@ -96,7 +96,8 @@ public:
     Event<MapChangeTypes> MapChanged;          // the lesson has the new layout already
     Event<> DeleteRequest;                     // the host decides and calls RemoveStoryboard
     Event<> ContextMenuRequest;
-    // Number, description, what the user did: the lesson's objects have failed in something that no caller hears of.
+    // Number, description, what the user did: the lesson's objects have failed in an operation without a caller that
+    // could receive the error.
     Event<int32_t, Text, Text> Error;
     Event<> CheckboxesChanged;   // for the window: show or hide the boxes
     Event<Text> PropertyChanged; // the name of a property that the bag keeps; before the tree follows
@@ -111,7 +112,7 @@ private:
 
     LessonMapEditor();
     void Close();
-    bool IsStill(const LessonRef& was) const { return !isClosed && lesson == was; }
+    bool IsCurrentLesson(const LessonRef& was) const { return !isClosed && lesson == was; }
     bool Build();
     void SaveLayouts() const;
     template <typename Action>
@@ -121,14 +122,14 @@ private:
     void SetAllChecks(bool checked);
     void FreezeDisplay(bool frozen);
     void EndDrag();
-    void TellProperty(const Text& name);
-    void Recaption(const Text& sbid, const Storyboard& storyboard);
+    void RaisePropertyChanged(const Text& name);
+    void UpdateCaption(const Text& sbid, const Storyboard& storyboard);
     std::vector<Text> CheckedKeys() const;
     void OnSelectionChanged();
     void OnDrop(Node& dragged, const DropTarget& target);
     void RecordSelection();
-    void TellSelection(const LessonRef& was);
-    void TellError(const dax::Error& failure, const char16_t* deed);
+    void RaiseSelectionChange(const LessonRef& was);
+    void RaiseError(const dax::Error& failure, const char16_t* deed);
     template <typename TheEvent, typename... Arguments>
     void Raise(const TheEvent& event, const Arguments&... arguments);
 
@@ -155,7 +156,7 @@ void LessonMapEditor::TellFailures(const char16_t* deed, const Action& action) {
     } catch (...) {
         failure = CurrentError();
     }
-    if (failure) TellError(*failure, deed);
+    if (failure) RaiseError(*failure, deed);
 }
 
 } // namespace dax

@@ -59,7 +59,7 @@ void LessonMapEditor::OnMouseMove(MouseButton button) {
     TellFailures(u"Select", [this] {
         if (Node* const node = window->HitTest(window->Pointer()).node) tree->Select(node);
     });
-    // The host heard of the selection and may have done anything.
+    // The host's handler of the selection may have done anything.
     if (!drag.ShouldBeginDrag() || isBusy) return;
     sbidBeforeDrag = CurrentSBID();
     subclasser.SetActive(false);
@@ -79,7 +79,7 @@ void LessonMapEditor::OnMouseUp(MouseButton button) {
         // Setting it stops a check event that is due, so only when it is off.
         if (!subclasser.Active() && suspendedNotifications == 0) subclasser.SetActive(true);
         // Also a drop that was refused has selected its target.
-        if (wasDrag && IsStill(was) && CurrentSBID() != sbidBeforeDrag) {
+        if (wasDrag && IsCurrentLesson(was) && CurrentSBID() != sbidBeforeDrag) {
             TellFailures(u"Select", [this] { OnSelectionChanged(); });
         }
     } else if (button == MouseButton::Right && !drag.Active() && !locked) {

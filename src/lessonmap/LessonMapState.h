@@ -97,7 +97,7 @@ void LessonMapEditor::KeepEdit(const Action& edit) {
     std::rethrow_exception(failure);
 }
 
-// A listener may call back, and be called again for that, without end: at some depth the host hears no more.
+// A listener may call back, and be called again for that, without end: beyond some depth no event is raised.
 template <typename TheEvent, typename... Arguments>
 void LessonMapEditor::Raise(const TheEvent& event, const Arguments&... arguments) {
     if (isClosed || depth >= deepestEvent) return;

@@ -54,7 +54,7 @@ private:
     std::vector<KeyedStoryboard> storyboards;
     std::unordered_set<Text> sbids;
     std::vector<std::shared_ptr<StoryboardMap>> maps; // those to be shown
-    std::optional<std::unordered_set<Text>> listed;   // the pages of these, when somebody has asked
+    std::optional<std::unordered_set<Text>> listed;   // their pages, after the first question
     std::vector<Text> roots;
     std::unordered_map<Text, int32_t> lastNumbers; // by name: where the search for a free number goes on
     bool isChanged = false;

@@ -21,7 +21,7 @@ public:
 
     // For a host's map, which gets the nodes themselves.
     NodeTree& Nodes() const { return tree; }
-    const std::shared_ptr<NodeTree>& Shared() const { return shared; } // null: the tree is somebody else's
+    const std::shared_ptr<NodeTree>& Shared() const { return shared; } // null: the tree is not owned
     Node* NodeOf(NodeRef ref) const;
     static NodeRef RefOf(const Node* node) { return NodeRef{reinterpret_cast<std::uintptr_t>(node)}; }
 

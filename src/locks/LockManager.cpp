@@ -53,7 +53,7 @@ LockRow ReadRow(const Recordset& recordset) {
     return row;
 }
 
-// The window hears of the rows once, at the end, whatever the way out.
+// The window is notified of the rows once, at the end, also after an exception.
 struct Filling {
     explicit Filling(std::shared_ptr<ListModel> filled) : list(std::move(filled)) { list->BeginFilling(); }
     ~Filling() { list->EndFilling(); }

@@ -1,4 +1,4 @@
-// The list of user locks of one content database: filtered, sorted, counted, and cleared by whoever may.
+// The list of user locks of one content database: filtered, sorted, counted, and deleted by those who may.
 #pragma once
 
 #include "base/IDCollection.h"

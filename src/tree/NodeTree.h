@@ -87,8 +87,8 @@ private:
     bool isSelectedBeforeGone = false;
 };
 
-// While one exists, changes belong together: listeners hear of the beginning and the end, and a new selection is told
-// once, at the end.
+// While one exists, changes belong together: listeners are notified of the beginning and the end, and a new selection
+// is reported once, at the end.
 class TreeUpdate {
 public:
     explicit TreeUpdate(NodeTree& tree);

@@ -1,5 +1,5 @@
 // What a tree component needs of the window that shows its tree. The window itself mirrors the NodeTree as a
-// TreeListener; these are the things that only a window can tell or do. Points and rectangles are pixels of the
+// TreeListener; these are the things that only a window knows or can do. Points and rectangles are pixels of the
 // window's client area.
 #pragma once
 

@@ -79,7 +79,7 @@ std::optional<std::string> ReadHiddenLine(TextView question) {
         hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         isHidden = tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden) == 0;
     }
-    Complain(question); // after which nobody types what could appear
+    PrintError(question); // after which nobody types what could appear
     std::string line;
     const bool isRead = static_cast<bool>(std::getline(std::cin, line));
     if (isHidden) std::cerr << '\n';

@@ -53,7 +53,7 @@ void EndInterrupted() noexcept {
 std::optional<std::string> ReadHiddenLine(TextView question) {
     const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
     if (!GetConsoleMode(input, &shown)) {
-        Complain(question);
+        PrintError(question);
         std::string line;
         if (!std::getline(std::cin, line)) return {};
         return line;
@@ -61,7 +61,7 @@ std::optional<std::string> ReadHiddenLine(TextView question) {
     hiding = input;
     SetConsoleMode(input,
                    (shown & ~static_cast<DWORD>(ENABLE_ECHO_INPUT)) | ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT);
-    Complain(question);
+    PrintError(question);
     wchar_t typed[1024];
     DWORD length = 0;
     const BOOL isRead = ReadConsoleW(input, typed, static_cast<DWORD>(std::size(typed)), &length, nullptr);

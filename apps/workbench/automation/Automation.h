@@ -12,7 +12,7 @@
 
 namespace dax::workbench {
 
-// What the host has to tell its user: a control that cannot be created, or a call that failed.
+// What the host has to show its user: a control that cannot be created, or a call that failed.
 class HostError : public ComError {
 public:
     HostError(HRESULT code, std::wstring description) : ComError(code), text(std::move(description)) {}

@@ -24,7 +24,7 @@ std::wstring Hexadecimal(uintptr_t number) {
     return text;
 }
 
-// Where in which module, for whoever has to find it.
+// The address and its module, to find the code.
 std::wstring PlaceOf(const void* address) {
     HMODULE module = nullptr;
     if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,

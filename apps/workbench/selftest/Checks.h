@@ -52,7 +52,7 @@ struct Group {
 const std::vector<Group>& Groups();
 
 // Runs the checks of the group that the options name; the exit code of the process. What a check throws ends that check
-// alone. A crash or a check that never ends ends the process, and the record tells where.
+// alone. A crash or a check that never ends ends the process, and the record shows where.
 int RunGroup(const Options& options);
 
 std::vector<Check> MachineChecks(const Setting& setting);

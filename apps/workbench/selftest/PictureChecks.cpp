@@ -38,7 +38,7 @@ std::wstring ShowAt(const Setting& setting, int dpi) {
     return {};
 }
 
-// The text of a validation tells its time, which is another one each time; without a file there is none.
+// The text of a validation contains the time, which differs each time; without a file there is none.
 Pixels TimelessPixels(FilledForm& filled, const std::wstring& control) {
     HostedControl& hosted = filled.Control(control.c_str());
     if (control == L"DatabaseValidator") hosted.Control().Call(L"ValidateDataConnection", {L"", L"", true});

@@ -106,7 +106,7 @@ private:
         html += "</table>\n";
     }
 
-    // First, so that nobody has to look for them.
+    // First, where they are seen.
     void AddFailures() {
         bool isFirst = true;
         for (const ReportGroup& group : report.groups)

@@ -21,7 +21,7 @@ std::wstring Describe(const Counts& counts);
 struct Report {
     std::vector<ReportGroup> groups;
     ULONGLONG milliseconds = 0;
-    // Folders whose names tell who uses the machine; another name stands in their place.
+    // Folders whose names contain the user's name; they are replaced by a neutral name.
     std::vector<std::pair<std::wstring, std::wstring>> hiddenFolders;
 };
 

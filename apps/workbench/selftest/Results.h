@@ -1,5 +1,5 @@
 // What the checks of the self-test have found. A check runs in a process of its own group, which may end at any point:
-// each step is in a file before the next begins, and the process that wrote it need not live to tell.
+// each step is in a file before the next begins, so that it survives a crash of its process.
 #pragma once
 
 #include <windows.h>

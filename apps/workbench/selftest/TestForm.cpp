@@ -110,7 +110,7 @@ void TestForm::Remove(HostedControl& control) {
 void TestForm::ChangeDpi(int dpi) {
     resolution = dpi;
     SetPropW(Handle(), dpiProperty, reinterpret_cast<HANDLE>(static_cast<INT_PTR>(dpi)));
-    Arrange(); // as hosts do before the system tells the windows in theirs
+    Arrange(); // as hosts do before the system sends the messages to their windows
     for (const Placed& one : controls)
         if (const HWND inside = GetWindow(one.control->Window(), GW_CHILD))
             SendMessageW(inside, dpiChangedAfterParent, 0, 0);

@@ -14,7 +14,7 @@ namespace dax::workbench::selftest {
 struct HostedControl {
     std::unique_ptr<ControlHost> host;
     std::vector<std::wstring> events; // each with its arguments
-    ControlEventHandler answer;       // hears each event, too, and may answer it
+    ControlEventHandler answer;       // receives each event, too, and may answer it
 
     const Automation& Control() const { return host->Control(); }
     HWND Window() const { return host->Window(); }

@@ -123,7 +123,7 @@ private:
         time += 10;
         (input.type == INPUT_MOUSE ? input.mi.time : input.ki.time) = time;
         SendInput(1, &input, sizeof input);
-        // What had the focus may be gone when a key comes up, and then nobody hears it.
+        // What had the focus may be gone when a key comes up, and then no window receives it.
         if (input.type == INPUT_MOUSE || !(input.ki.dwFlags & KEYEVENTF_KEYUP))
             Wait(before);
         else

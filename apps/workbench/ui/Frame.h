@@ -16,9 +16,9 @@ public:
     int Run();
     // Takes every page through its states and pictures each into that folder. Returns the exit code; what went
     // wrong is said on the standard error.
-    int TakePictures(const std::wstring& folder);
+    int CapturePictures(const std::wstring& folder);
     // Goes through the start of an application and pictures each step; says what each picture shows.
-    int TakeStart(const std::wstring& folder);
+    int CaptureStart(const std::wstring& folder);
 
     // The steps of a start in their order, each with its page. Throws HostError when a page cannot be shown.
     using PlacedStep = std::pair<size_t, StartStep>;

@@ -46,7 +46,7 @@ std::wstring Frame::TakeStep(const PlacedStep& placed, const std::wstring& folde
     return name;
 }
 
-int Frame::TakeStart(const std::wstring& folder) {
+int Frame::CaptureStart(const std::wstring& folder) {
     try {
         MakeFolder(folder);
         for (const PlacedStep& placed : StartSteps())
@@ -58,7 +58,7 @@ int Frame::TakeStart(const std::wstring& folder) {
     return 0;
 }
 
-int Frame::TakePictures(const std::wstring& folder) {
+int Frame::CapturePictures(const std::wstring& folder) {
     int code = 0;
     try {
         MakeFolder(folder);

@@ -1,4 +1,4 @@
-// Numbers of resources and child windows; whoever drives the program from outside finds its windows by these.
+// Numbers of resources and child windows; programs that drive the workbench from outside find its windows by these.
 #pragma once
 
 namespace dax::workbench {
@@ -99,7 +99,7 @@ enum Ids : int {
     idExit,
     idShowFirst = 420, // shows page n
 
-    idLabel = 499, // texts that nobody asks for by number
+    idLabel = 499, // texts that are never looked up by number
 };
 
 } // namespace dax::workbench

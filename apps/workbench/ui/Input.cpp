@@ -77,7 +77,7 @@ bool IsFile(const std::wstring& text) {
 std::wstring ConnectionFor(const std::wstring& text) {
     const auto hidden = Hidden().find(text);
     const std::wstring& whole = hidden == Hidden().end() ? text : hidden->second;
-    // An address is no path; whoever opens it says what to give instead.
+    // A URL is no path; opening it fails with an error that says what to give instead.
     if (!IsFile(whole) || whole.find(L"://") != std::wstring::npos) return whole;
     const std::wstring path = AbsolutePath(whole);
     if (HasExtension(path, L".mdb") || HasExtension(path, L".accdb"))

@@ -19,7 +19,7 @@ struct Question {
     // The last one changes nothing: it is also what closing the box means.
     std::vector<Choice> choices;
     int byDefault;  // what Enter means
-    int unattended; // what is answered while a start is pictured and nobody can be asked
+    int unattended; // what is answered while a start is pictured and no user can be asked
     bool isWarning = false;
 };
 

@@ -190,7 +190,8 @@ public:
     STDMETHODIMP accSelect(LONG flags, VARIANT child) override {
         return On(child, [&](LONG element) {
             if (flags & SELFLAG_TAKEFOCUS) SetFocus(handle);
-            if (!model || element == CHILDID_SELF || !model->Has(element)) return S_OK; // the host heard of the focus
+            if (!model || element == CHILDID_SELF || !model->Has(element))
+                return S_OK; // the host's handler of the focus may have changed the model
             return model->Select(element, flags) ? S_OK : E_INVALIDARG;
         });
     }

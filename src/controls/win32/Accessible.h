@@ -26,7 +26,7 @@ public:
     static bool IsAsked(LPARAM lParam);
     LRESULT Answer(WPARAM wParam);
 
-    // Objects that somebody holds still; their code must not be unloaded.
+    // Objects with references left; their code must not be unloaded.
     static long LiveCount();
 
     virtual std::vector<Element> Elements() = 0; // in their order
@@ -46,7 +46,7 @@ public:
     virtual std::vector<Element> Selected() { return {}; }
     virtual Element Neighbour(Element from, LONG direction); // TheWhole: there is none
 
-    // What the user can do; listeners of the host hear of it and may do anything.
+    // What the user can do; the host's event handlers run and may do anything.
     virtual bool Select(Element, LONG /*flags*/) { return false; }
     virtual Text Action(Element) const { return {}; }
     virtual void Act(Element) {}

@@ -10,7 +10,7 @@ namespace dax {
 
 class ComboBoxWindow : public MemoryComboBox {
 public:
-    // The window belongs to its parent and goes with it; the list stays. The parent hands on what it hears.
+    // The window belongs to its parent and goes with it; the list stays. The parent forwards its messages.
     HWND Create(HWND parent);
     HWND Handle() const { return handle; }
     void HandleGone() { handle = nullptr; }

@@ -78,7 +78,7 @@ std::vector<ListAccess::Element> ListAccess::Selected() {
     return all;
 }
 
-// The list tells its parent of changes by whomever; that somebody has chosen, it tells of clicks alone.
+// The list notifies its parent of every change of the selection, but of a choice only when it was clicked.
 bool ListAccess::Select(Element element, LONG flags) {
     if (!IsRow(element) || (flags & SELFLAG_EXTENDSELECTION)) return false;
     const auto row = static_cast<LPARAM>(RowOf(element));
@@ -109,7 +109,7 @@ void ListAccess::Changed(const NMLISTVIEW& change) const {
     if (gone & LVIS_SELECTED) Tell(EVENT_OBJECT_SELECTIONREMOVE, row);
 }
 
-void ListAccess::FocusCame() {
+void ListAccess::OnFocusGained() {
     if (const Element row = Focused(); row != TheWhole) Tell(EVENT_OBJECT_FOCUS, row);
 }
 

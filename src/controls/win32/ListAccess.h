@@ -16,7 +16,7 @@ public:
     void Reordered() const { Tell(EVENT_OBJECT_REORDER, TheWhole); }
     void Changed(const NMLISTVIEW& change) const; // a row's focus or selection, or all rows'
     void SeveralChanged() const { Tell(EVENT_OBJECT_SELECTIONWITHIN, TheWhole); }
-    void FocusCame();
+    void OnFocusGained();
 
     std::vector<Element> Elements() override;
     LONG Count() const override { return Columns() + Rows(); }
@@ -32,7 +32,7 @@ public:
     bool Select(Element element, LONG flags) override;
 
 private:
-    // Rows have the numbers that the system tells in its events: their places from 1.
+    // Rows have the numbers that the system uses in its events: their places from 1.
     static constexpr Element FirstColumn = 0x1000'0000;
 
     LONG Rows() const { return static_cast<LONG>(model.Items().size()); }

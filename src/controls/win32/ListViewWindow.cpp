@@ -20,7 +20,7 @@ class TextMeasure {
 public:
     explicit TextMeasure(HDC context) : dc(context) { GetTextMetricsW(dc, &metrics); }
 
-    // The font tells the resolution: the monitor's may differ from the system's.
+    // The font gives the resolution: the monitor's may differ from the system's.
     int Scale(int padding) const {
         return MulDiv(padding, std::max<int>(metrics.tmHeight, LetterHeight), LetterHeight);
     }
@@ -139,7 +139,8 @@ void ListViewWindow::SetFont(HFONT font) {
     if (former) DeleteObject(former);
 }
 
-// Paler than the other rows, but still easy to read; in high contrast only the italics tell them from the others.
+// Paler than the other rows, but still easy to read; in high contrast only the italics distinguish them from the
+// others.
 COLORREF ListViewWindow::MarkedColor() const {
     HIGHCONTRASTW contrast{};
     contrast.cbSize = sizeof contrast;
@@ -361,7 +362,7 @@ LRESULT ListViewWindow::HandleNotification(const NMHDR& header) {
         access.SeveralChanged();
         return 0;
     case NM_SETFOCUS:
-        access.FocusCame();
+        access.OnFocusGained();
         return 0;
     case LVN_COLUMNCLICK:
         ColumnClick.Raise(static_cast<size_t>(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem));

@@ -19,7 +19,7 @@ public:
     ListViewWindow(const ListViewWindow&) = delete;
     ListViewWindow& operator=(const ListViewWindow&) = delete;
 
-    // The window belongs to its parent and goes with it; the rows stay. The parent hands on what it hears.
+    // The window belongs to its parent and goes with it; the rows stay. The parent forwards its messages.
     HWND Create(HWND parent);
     HWND Handle() const { return handle; }
     void HandleGone();

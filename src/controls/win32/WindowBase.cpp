@@ -235,7 +235,7 @@ LRESULT WindowBase::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_SYSCOLORCHANGE:
     case WM_SETTINGCHANGE:
     case WM_THEMECHANGED:
-        return LookChanged(message, wParam, lParam);
+        return AppearanceChanged(message, wParam, lParam);
     case WM_GETOBJECT:
         if (const auto answer = Answer(handle, wParam, lParam)) return *answer;
         [[fallthrough]];
@@ -265,8 +265,8 @@ void WindowBase::FocusMoved(HWND focus) {
     if (const auto listener = FocusChanged) listener(isInside);
 }
 
-// The children do not hear of colours by themselves, nor does the control where its host's frame does not say it.
-LRESULT WindowBase::LookChanged(UINT message, WPARAM wParam, LPARAM lParam) {
+// Changes of system colours reach top-level windows only; a host's frame need not forward them to the control.
+LRESULT WindowBase::AppearanceChanged(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_SYSCOLORCHANGE)
         for (HWND child = GetWindow(handle, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
             SendMessageW(child, message, wParam, lParam);
@@ -296,10 +296,10 @@ LRESULT CALLBACK WindowBase::ChildProcedure(HWND window, UINT message, WPARAM wP
     }
     if (message == WM_GETOBJECT)
         if (const auto answer = self->Answer(window, wParam, lParam)) return *answer;
-    // The child comes first, so that it has done its work when the host hears of the focus.
+    // The child comes first, so that it is ready when the host's handler of the focus runs.
     const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
     if (message != WM_SETFOCUS && message != WM_KILLFOCUS) return result;
-    // The control may be gone by now; its window then no longer knows it. (GetWindowSubclass would tell as well, but
+    // The control may be gone by now; its window then no longer knows it. (GetWindowSubclass would show it as well, but
     // mingw-w64 does not import it.)
     const HWND parent = GetAncestor(window, GA_PARENT);
     if (!parent || GetWindowLongPtrW(parent, GWLP_USERDATA) != static_cast<LONG_PTR>(reference)) return result;

@@ -74,7 +74,7 @@ private:
     std::optional<LRESULT> Answer(HWND asked, WPARAM wParam, LPARAM lParam); // to WM_GETOBJECT
     bool IsInside(HWND window) const;
     void FocusMoved(HWND focus);
-    LRESULT LookChanged(UINT message, WPARAM wParam, LPARAM lParam);
+    LRESULT AppearanceChanged(UINT message, WPARAM wParam, LPARAM lParam);
     void Place();
     void DropFonts();
     void LeaveHiddenParent();

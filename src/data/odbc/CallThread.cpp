@@ -11,7 +11,7 @@ namespace dax {
 
 namespace {
 
-// Nobody can tell when a driver returns to a thread that was given up: its code must stay where it is until the
+// It is not known when a driver returns to a thread that was given up: its code must stay where it is until the
 // process ends, also when the host unloads the library.
 void StayLoaded() {
 #ifdef _WIN32
@@ -34,7 +34,7 @@ struct CallThread::State {
     std::condition_variable hasWork, hasEnded;
     std::deque<Ticket> calls;
     bool isClosed = false;
-    uint64_t awaited = 0, lastAwaited = 0; // numbers of jobs; 0: nobody waits
+    uint64_t awaited = 0, lastAwaited = 0; // numbers of jobs; 0: no call waits
 };
 
 CallThread::CallThread() : state(std::make_shared<State>()), thread([own = state] { Work(own); }) {}

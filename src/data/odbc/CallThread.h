@@ -34,7 +34,7 @@ public:
     bool Run(std::function<void()> job, Time end) { return !isGivenUp && Wait(Start(std::move(job)), end); }
     // From any thread.
     bool IsGivenUp() const { return isGivenUp; }
-    // The number of the job that somebody waits for; 0: none.
+    // The number of the job that is waited for; 0: none.
     uint64_t Awaited() const;
     // Gives the thread up unless that job has ended by then. From any thread.
     void GiveUpAfter(uint64_t awaited, Time end);

@@ -92,7 +92,7 @@ public:
                 native->isToClose = false;
                 native->statement->Close();
             });
-        } catch (const std::exception&) { // the next call tells
+        } catch (const std::exception&) { // the next call reports it
         }
     }
     void Cancel() noexcept override {
@@ -103,12 +103,12 @@ public:
     }
 
 protected:
-    const Dialect& Quirks() const override { return owner.Quirks(); }
+    const Dialect& SqlDialect() const override { return owner.SqlDialect(); }
     void Run(TextView adapted, std::span<const Value> values, std::span<const int> codes) override {
         Run(Job(Text(adapted), {values.begin(), values.end()}, {codes.begin(), codes.end()}),
             IsQuery(adapted) ? LimitedSession::Pending::Reading : LimitedSession::Pending::Changes);
     }
-    void RunAhead(Text adapted, std::vector<Value> values) override {
+    void RunAsync(Text adapted, std::vector<Value> values) override {
         owner.RequireAlive();
         started = owner.Start(Job(std::move(adapted), std::move(values), {}));
     }
@@ -116,7 +116,7 @@ protected:
         Run(
             [native = held, all = OdbcStatement::Joined(adapted)] {
                 native->isToClose = true;
-                native->statement->RunJoined(all);
+                native->statement->RunBatchText(all);
                 native->isToClose = false;
             },
             LimitedSession::Pending::Changes);
@@ -127,7 +127,7 @@ private:
         return [native = held, text = std::move(adapted), own = std::move(values), types = std::move(codes)] {
             native->isToClose = true;
             native->statement->Run(text, own, types);
-            native->isToClose = native->statement->GivesRows();
+            native->isToClose = native->statement->ReturnsRows();
             native->rowCount = native->statement->RowCount();
         };
     }
@@ -179,7 +179,7 @@ LimitedSession::LimitedSession(const ConnectionTarget& target, Time began)
         throw;
     }
     connection = std::move(*opened);
-    dialect = &connection->Quirks();
+    dialect = &connection->SqlDialect();
 }
 
 LimitedSession::~LimitedSession() { Free(std::move(connection)); }

@@ -20,7 +20,7 @@ public:
     // Rolls back within the limit of one call.
     ~LimitedSession() override;
 
-    const Dialect& Quirks() const override { return *dialect; }
+    const Dialect& SqlDialect() const override { return *dialect; }
     std::unique_ptr<Statement> NewStatement() override;
     void Begin() override;
     void Commit() override;
@@ -47,7 +47,7 @@ public:
     // Runs a job, beside the one that is waited for, that is to stop that one. When it has not ended within the limit
     // for connecting, which a driver may have to do for this, the connection is lost.
     void Cancel(std::function<void()> stop) noexcept;
-    // The same for what a lost connection has left running on a server that may still hear it; waits for nothing.
+    // The same for what a lost connection has left running on a server that may still be reachable; waits for nothing.
     static void StopLater(std::function<void()> stop) noexcept;
 
 protected:

@@ -10,7 +10,7 @@ namespace dax {
 
 namespace {
 
-// Our own limit, where there is one, ends first and tells more.
+// Our own limit, where there is one, ends first, with a better message.
 int LoginLimit(const ConnectionTarget& target) {
     return target.timeout + (DialectOf(target.engine).waiting == Waiting::OnThread ? secondsForDriver : 0);
 }
@@ -112,7 +112,7 @@ void OdbcConnection::EndTransaction() {
               connection.Get(), *dialect);
 }
 
-// Without its name some drivers tell of the tables of all catalogs.
+// Without its name some drivers list the tables of all catalogs.
 Text OdbcConnection::CatalogName() const {
     SQLINTEGER length = 0;
     if (IsNarrow()) {

@@ -12,18 +12,18 @@ class OdbcStatement;
 class OdbcConnection final : public Session {
 public:
     // Connects; throws Error with what a person can do about it. A driver of an unknown name may turn out to serve an
-    // engine that we know, which Quirks tells then.
+    // engine that we know, which SqlDialect tells then.
     explicit OdbcConnection(const ConnectionTarget& target);
     ~OdbcConnection() override;
 
     SQLHDBC Handle() const { return connection.Get(); }
-    const Dialect& Quirks() const override { return *dialect; }
+    const Dialect& SqlDialect() const override { return *dialect; }
     // Texts go to the driver as UTF-8 through the narrow functions.
     bool IsNarrow() const { return dialect->narrowOnUnix && ManagerIsUnix(); }
     // Seconds that the driver is to give a statement; 0 where it is not told.
     int StatementLimit() const { return statementLimit; }
     // True when the driver hands out long columns in any order, bound ones too.
-    bool GetsDataFreely() const { return getsDataFreely; }
+    bool ReadsInAnyOrder() const { return getsDataFreely; }
 
     std::unique_ptr<Statement> NewStatement() override;
     void Begin() override;

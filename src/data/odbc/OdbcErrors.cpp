@@ -14,7 +14,7 @@ struct Rule {
     SQLINTEGER native{}; // 0: any
 };
 
-// The first rule that fits decides. Engines that report everything as HY000 tell more by native number and text.
+// The first rule that fits decides. For engines that report everything as HY000, native number and text decide.
 constexpr Rule rules[] = {
     {Engine::PostgreSQL, ErrorNumbers::Authentication, u"", u"password authentication failed"},
     {Engine::PostgreSQL, ErrorNumbers::Authentication, u"", u"no password supplied"},
@@ -49,7 +49,7 @@ constexpr Rule rules[] = {
     {Engine::Other, ErrorNumbers::Timeout, u"HYT"},
 };
 
-// What the engine's own words do not tell a person: what has happened to his work, and what he can do.
+// What the engine's message lacks: what has happened to the user's work, and what to do.
 struct Advice {
     Engine engine; // Other: every engine
     TextView sentence;
@@ -149,7 +149,7 @@ void ThrowOpenError(SQLHDBC connection, const Dialect& dialect) {
     Diagnostic diagnostic = ReadDiagnostic(SQL_HANDLE_DBC, connection, dialect);
     if (diagnostic.message.empty()) ThrowOdbcError(SQL_HANDLE_DBC, connection, dialect);
     int32_t number = NumberOf(diagnostic, dialect.engine);
-    // SQL Server says first that the login failed, and then that it failed for want of the catalog.
+    // SQL Server says first that the login failed, and then that it failed because the catalog is missing.
     constexpr SQLINTEGER serverCannotOpenCatalog = 4060;
     if (dialect.engine == Engine::SQLServer) {
         Diagnostic other;

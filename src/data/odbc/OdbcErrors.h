@@ -19,7 +19,7 @@ int32_t NumberOf(const Diagnostic& diagnostic, Engine engine);
 // True when the manager found no such driver or could not load it.
 bool DriverIsMissing(const Diagnostic& diagnostic);
 
-// The driver's words, after what a person can do where these do not tell.
+// The driver's message, after what the user can do where the message does not say it.
 [[noreturn]] void ThrowDiagnostic(const Diagnostic& diagnostic, Engine engine);
 [[noreturn]] void ThrowOdbcError(SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dialect);
 

@@ -30,7 +30,7 @@ SQLSMALLINT TypeOfText(size_t length) { return length <= 255 ? SQL_WVARCHAR : SQ
 } // namespace
 
 OdbcStatement::OdbcStatement(OdbcConnection& connection) : owner(connection), handle(connection.Handle()) {
-    if (!handle) ThrowOdbcError(SQL_HANDLE_DBC, connection.Handle(), connection.Quirks());
+    if (!handle) ThrowOdbcError(SQL_HANDLE_DBC, connection.Handle(), connection.SqlDialect());
     // Braces in our texts are never ODBC escapes. A driver that cannot be told looks only outside quotes anyway.
     SQLSetStmtAttr(handle.Get(), SQL_ATTR_NOSCAN, reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(SQL_NOSCAN_ON)),
                    0);
@@ -43,10 +43,10 @@ OdbcStatement::~OdbcStatement() = default;
 
 void OdbcStatement::Check(SQLRETURN result) {
     if (SQL_SUCCEEDED(result) || result == SQL_NO_DATA) return;
-    Diagnostic diagnostic = ReadDiagnostic(SQL_HANDLE_STMT, handle.Get(), owner.Quirks());
+    Diagnostic diagnostic = ReadDiagnostic(SQL_HANDLE_STMT, handle.Get(), owner.SqlDialect());
     if (diagnostic.message.empty())
-        diagnostic.message = u"The ODBC driver for " + Text(owner.Quirks().name) + u" failed without a message.";
-    ThrowDiagnostic(diagnostic, owner.Quirks().engine);
+        diagnostic.message = u"The ODBC driver for " + Text(owner.SqlDialect().name) + u" failed without a message.";
+    ThrowDiagnostic(diagnostic, owner.SqlDialect().engine);
 }
 
 void OdbcStatement::Run(TextView adapted, std::span<const Value> values, std::span<const int> codes) {
@@ -71,7 +71,7 @@ Text OdbcStatement::Joined(std::span<const Text> adapted) {
     return batch;
 }
 
-void OdbcStatement::RunJoined(const Text& batch) {
+void OdbcStatement::RunBatchText(const Text& batch) {
     Send(batch);
     // Each statement has its own result, and a late one its own error.
     for (SQLRETURN result = SQL_SUCCESS; result != SQL_NO_DATA;) {
@@ -85,7 +85,7 @@ const std::vector<Column>& OdbcStatement::OpenRows() {
     return rows->Columns();
 }
 
-bool OdbcStatement::GivesRows() const {
+bool OdbcStatement::ReturnsRows() const {
     SQLSMALLINT columns = 0;
     return SQL_SUCCEEDED(SQLNumResultCols(Handle(), &columns)) && columns > 0;
 }
@@ -107,7 +107,7 @@ void OdbcStatement::Send(TextView text) {
 }
 
 void OdbcStatement::Bind(SQLUSMALLINT position, const Value& value, SQLSMALLINT columnType) {
-    const Dialect& dialect = owner.Quirks();
+    const Dialect& dialect = owner.SqlDialect();
     Parameter& parameter = parameters.emplace_back();
     if (const bool* truth = std::get_if<bool>(&value)) {
         parameter.small = *truth ? 1 : 0;

@@ -1,4 +1,4 @@
-// One ODBC statement handle: sends a text with its parameters, tells what came of it.
+// One ODBC statement handle: sends a text with its parameters, reports the result.
 #pragma once
 
 #include "data/odbc/OdbcConnection.h"
@@ -19,7 +19,7 @@ public:
     int64_t RowCount() const override;
     const std::vector<Column>& OpenRows() override;
     // True when what ran last gives rows, which are to be closed.
-    bool GivesRows() const;
+    bool ReturnsRows() const;
     const std::vector<Column>& Columns() const; // of the rows that are open
     bool Next() override;
     bool IsNull(size_t column) override;
@@ -32,12 +32,12 @@ public:
     OdbcConnection& Owner() const { return owner; }
     void Check(SQLRETURN result);
 
-    const Dialect& Quirks() const override { return owner.Quirks(); }
+    const Dialect& SqlDialect() const override { return owner.SqlDialect(); }
     void Run(TextView adapted, std::span<const Value> values, std::span<const int> codes) override;
-    void RunBatch(std::span<const Text> adapted) override { RunJoined(Joined(adapted)); }
+    void RunBatch(std::span<const Text> adapted) override { RunBatchText(Joined(adapted)); }
     // Several statements as the engine takes them in one call.
     static Text Joined(std::span<const Text> adapted);
-    void RunJoined(const Text& batch);
+    void RunBatchText(const Text& batch);
 
 private:
     struct Parameter {

@@ -53,7 +53,7 @@ void SQLiteConnection::Open(const ConnectionTarget&) {
     file.reset(opened);
     Check(result);
     sqlite3_busy_handler(opened, SQLiteIsBusy, &wait);
-    if (longestWork.count() > 0) sqlite3_progress_handler(opened, stepsBetweenLooks, HasWorkedTooLong, this);
+    if (longestWork.count() > 0) sqlite3_progress_handler(opened, stepsBetweenLooks, HasTimedOut, this);
 }
 
 void SQLiteConnection::Protect() {
@@ -91,7 +91,7 @@ void SQLiteConnection::Check(int result) {
 }
 
 // Called by the engine again and again while it works, within one call of ours or the next.
-int SQLiteConnection::HasWorkedTooLong(void* connection) {
+int SQLiteConnection::HasTimedOut(void* connection) {
     auto& self = *static_cast<SQLiteConnection*>(connection);
     const auto now = WaitClock::now();
     if (self.watchedWork != self.works) {

@@ -1,5 +1,5 @@
 // An open SQLite file and its transaction, by SQLite's own interface. Files come from strangers: nothing in one may
-// reach beyond it, and nobody waits for ever.
+// reach beyond it, and no call waits for ever.
 #pragma once
 
 #include "data/ConnectionString.h"
@@ -17,7 +17,7 @@ public:
     explicit SQLiteConnection(const ConnectionTarget& target);
     ~SQLiteConnection() override;
 
-    const Dialect& Quirks() const override { return dialect; }
+    const Dialect& SqlDialect() const override { return dialect; }
     std::unique_ptr<Statement> NewStatement() override;
     void Begin() override;
     void Commit() override;
@@ -44,7 +44,7 @@ private:
     void Apply(const FileSettings& settings);
     // Runs a statement without rows that is part of no caller's statement text.
     void Run(const char* statement);
-    static int HasWorkedTooLong(void* connection);
+    static int HasTimedOut(void* connection);
 
     const Text path;
     const Dialect& dialect;

@@ -49,7 +49,7 @@ Text SystemsWords(sqlite3* file) {
     return u" (the system says: " + FromUtf8(std::system_category().message(code)) + u")";
 }
 
-// What a person can do about it; the engine's own words where those tell all that is known.
+// What the user can do about it; the engine's own message where nothing more is known.
 Text SentenceOf(sqlite3* file, int result, const Text& message, const Text& path) {
     const Text name = u"'" + path + u"'";
     switch (result & 0xFF) {

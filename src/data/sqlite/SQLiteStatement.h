@@ -27,7 +27,7 @@ public:
     void Abandon() noexcept;
 
 protected:
-    const Dialect& Quirks() const override { return Owner().Quirks(); }
+    const Dialect& SqlDialect() const override { return Owner().SqlDialect(); }
     void Run(TextView adapted, std::span<const Value> parameters, std::span<const int> codes) override;
 
 private:
@@ -52,7 +52,7 @@ private:
     SQLiteStatementHandle handle;
     std::string utf8; // the text that was sent last, whose memory is used again
     int64_t changes = -1;
-    bool hasRow = false, isFresh = false; // a row is there, which nobody has asked for yet
+    bool hasRow = false, isFresh = false; // a row is there, and not yet fetched by the caller
     std::atomic<bool> isRunning = false;
     uint64_t row = 0;
     std::vector<Column> columns;

@@ -11,7 +11,7 @@ GroupEditorWindow::GroupEditorWindow() : WindowBase(L"DAXGroupEditor") {
         if (PropertyChanged) PropertyChanged(name);
     });
     editor->AttachWindow(treeView.get());
-    // The tree is the window's; the editor may live longer, held by whoever is calling it.
+    // The tree is the window's; the editor may outlive it, held by a caller.
     GroupEditor* const target = editor.get();
     treeView->MouseDown.Add([target](MouseButton button, Point) { target->OnMouseDown(button); });
     treeView->MouseMove.Add([target](MouseButton button, Point point) { target->OnMouseMove(button, point); });

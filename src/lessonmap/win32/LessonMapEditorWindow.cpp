@@ -28,9 +28,9 @@ LessonMapEditorWindow::LessonMapEditorWindow() : WindowBase(L"DAXLessonMapEditor
     propertyListener = editor->PropertyChanged.Add([this](const Text& name) {
         if (PropertyChanged && !isReading) PropertyChanged(name);
     });
-    boxListener = editor->CheckboxesChanged.Add([this] { UseBoxes(); });
+    boxListener = editor->CheckboxesChanged.Add([this] { ApplyCheckBoxes(); });
     editor->SetWindow(treeView.get());
-    // The tree is the window's; the editor may live longer, held by whoever is calling it.
+    // The tree is the window's; the editor may outlive it, held by a caller.
     LessonMapEditor* const target = editor.get();
     treeView->MouseDown.Add([target](MouseButton button, Point) { target->OnMouseDown(button); });
     treeView->MouseMove.Add([target](MouseButton button, Point) { target->OnMouseMove(button); });
@@ -77,7 +77,7 @@ SIZE LessonMapEditorWindow::PreferredSize(int dpi) const { return {MulDiv(240, d
 void LessonMapEditorWindow::OnCreate() {
     UsePictures();
     if (const HWND child = treeView->Create(Handle())) TrackFocus(child);
-    UseBoxes();
+    ApplyCheckBoxes();
     OnFont();
     OnAmbient();
 }
@@ -96,11 +96,11 @@ void LessonMapEditorWindow::UsePictures() {
         treeView->SetImages(pictures);
         if (former) ImageList_Destroy(former);
     }
-    UseBoxes();
+    ApplyCheckBoxes();
 }
 
 // The system draws its boxes for 96 dpi: ours take their place, and go with the tree's boxes.
-void LessonMapEditorWindow::UseBoxes() {
+void LessonMapEditorWindow::ApplyCheckBoxes() {
     treeView->SetCheckBoxes(editor->Checkboxes(), editor->Checkboxes() ? CreateCheckPictures(Scale(16)) : nullptr);
 }
 

@@ -37,7 +37,7 @@ private:
     Accessible* AccessOf(HWND window) override { return window == Handle() ? nullptr : &treeView->Access(); }
     void Paint(HDC dc, SIZE size, bool isView) override;
     void UsePictures();
-    void UseBoxes();
+    void ApplyCheckBoxes();
 
     std::shared_ptr<LessonMapEditor> editor = LessonMapEditor::Create();
     std::shared_ptr<NodeTree> nodes = editor->tvwObject();

@@ -116,7 +116,7 @@ protected:
 
     // Nothing while the host has frozen events. The control may be gone afterwards, unless a member is running.
     void Fire(DISPID event, std::initializer_list<Variant> arguments);
-    // What the control shows has changed; hosts that draw it themselves hear of it.
+    // What the control shows has changed; hosts that draw it themselves are notified.
     void ViewChanged();
 
 private:

@@ -50,7 +50,7 @@ HRESULT Control::ActivateUI() {
     const ComPtr<IOleInPlaceSite> host(site.InPlace());
     isUIActive = true;
     if (host) host->OnUIActivate();
-    if (!isUIActive) return E_FAIL; // the host did not want it after all
+    if (!isUIActive) return E_FAIL; // the host refused it after all
     const HWND handle = window->Handle(), focus = GetFocus();
     if (handle && focus != handle && !IsChild(handle, focus)) SetFocus(handle);
     const ComPtr<IOleInPlaceUIWindow> windows[] = {ComPtr<IOleInPlaceUIWindow>(frame.Get()), document};
@@ -74,7 +74,7 @@ HRESULT Control::UIDeactivate() {
     return S_OK;
 }
 
-// What cannot be seen must not hear keys: the focus goes to the host.
+// An invisible control must not receive keys: the focus goes to the host.
 void Control::HideWindow() {
     const HWND handle = window->Handle(), focus = GetFocus();
     if (handle && focus && (focus == handle || IsChild(handle, focus))) SetFocus(GetParent(handle));

@@ -27,7 +27,7 @@ HRESULT Control::Draw(DWORD aspect, LONG, void*, DVTARGETDEVICE*, HDC, HDC dc, L
         if (GetObjectType(dc) == OBJ_METADC) {
             const SIZE size{std::abs(place.right - place.left), std::abs(place.bottom - place.top)};
             const Metafile picture = Record(LayoutFor(size, 0));
-            PlayOlder(dc, picture, place, whole ? Whole(*whole) : place);
+            PlayWindowsFormat(dc, picture, place, whole ? Whole(*whole) : place);
             return;
         }
         const DeviceContextState state(dc);

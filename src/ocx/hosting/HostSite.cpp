@@ -44,7 +44,7 @@ void ReadSystemLook(Ambient& ambient) {
     if (!SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0)) return;
     const LOGFONTW& font = metrics.lfMessageFont;
     if (font.lfFaceName[0]) ambient.fontName = FromWide(font.lfFaceName);
-    // A positive height is that of the line, and tells no size.
+    // A positive height is that of the line, which is not the size of the font.
     if (font.lfHeight < 0) ambient.fontSize = -72.0 * font.lfHeight / DpiOf(nullptr);
     ambient.isBold = font.lfWeight > FW_MEDIUM;
     ambient.isItalic = font.lfItalic != 0;

@@ -28,7 +28,7 @@ private:
 };
 
 // The pixels per inch that the host has set on the window or one around it; else those of the monitor that the window
-// is on or, where the system does not tell, of the screen.
+// is on or, where the system cannot say it, of the screen.
 int DpiOf(HWND window);
 
 SIZEL PixelsToHimetric(SIZE pixels, int dpi);

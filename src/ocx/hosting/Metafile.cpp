@@ -100,14 +100,14 @@ Metafile RecordMetafile(SIZE pixels, const std::function<void(HDC, SIZE)>& drawi
     return recorded;
 }
 
-OlderMetafile OlderFrom(const Metafile& picture) {
+WindowsMetafile ToWindowsFormat(const Metafile& picture) {
     const HDC screen = GetDC(nullptr);
     std::vector<BYTE> bits(GetWinMetaFileBits(picture.get(), 0, nullptr, MM_ANISOTROPIC, screen));
     const UINT size = bits.empty() ? 0
                                    : GetWinMetaFileBits(picture.get(), static_cast<UINT>(bits.size()), bits.data(),
                                                         MM_ANISOTROPIC, screen);
     ReleaseDC(nullptr, screen);
-    OlderMetafile older(size ? SetMetaFileBitsEx(size, bits.data()) : nullptr);
+    WindowsMetafile older(size ? SetMetaFileBitsEx(size, bits.data()) : nullptr);
     if (!older) throw ComError(E_OUTOFMEMORY);
     return older;
 }
@@ -116,8 +116,8 @@ void Play(HDC dc, const Metafile& picture, const RECT& place) {
     if (!PlayEnhMetaFile(dc, picture.get(), &place)) throw ComError(E_FAIL);
 }
 
-void PlayOlder(HDC dc, const Metafile& picture, const RECT& place, const RECT& whole) {
-    const OlderMetafile older = OlderFrom(picture);
+void PlayWindowsFormat(HDC dc, const Metafile& picture, const RECT& place, const RECT& whole) {
+    const WindowsMetafile older = ToWindowsFormat(picture);
     Player player{place, whole};
     const DeviceContextState state(dc);
     if (!EnumMetaFile(dc, older.get(), Player::Play, reinterpret_cast<LPARAM>(&player))) throw ComError(E_FAIL);

@@ -37,19 +37,19 @@ struct MetafileDeleter {
 };
 using Metafile = std::unique_ptr<std::remove_pointer_t<HENHMETAFILE>, MetafileDeleter>;
 
-struct OlderDeleter {
+struct WindowsMetafileDeleter {
     void operator()(HMETAFILE file) const { DeleteMetaFile(file); }
 };
-using OlderMetafile = std::unique_ptr<std::remove_pointer_t<HMETAFILE>, OlderDeleter>;
+using WindowsMetafile = std::unique_ptr<std::remove_pointer_t<HMETAFILE>, WindowsMetafileDeleter>;
 
 // What is drawn in so many pixels of a screen, as texts, lines and shapes. Throws ComError.
 Metafile RecordMetafile(SIZE pixels, const std::function<void(HDC, SIZE)>& drawing);
 // Of the older kind. Throws ComError.
-OlderMetafile OlderFrom(const Metafile& picture);
+WindowsMetafile ToWindowsFormat(const Metafile& picture);
 // Filling a place. Throw ComError.
 void Play(HDC dc, const Metafile& picture, const RECT& place);
 // Into a metafile of the older kind, of which nothing can be asked; `whole` is what it shows altogether, in its units
 // as the place is.
-void PlayOlder(HDC dc, const Metafile& picture, const RECT& place, const RECT& whole);
+void PlayWindowsFormat(HDC dc, const Metafile& picture, const RECT& place, const RECT& whole);
 
 } // namespace dax

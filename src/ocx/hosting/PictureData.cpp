@@ -52,7 +52,7 @@ public:
                 medium->tymed = TYMED_ENHMF;
                 return S_OK;
             case CF_METAFILEPICT: {
-                OlderMetafile older = OlderFrom(picture);
+                WindowsMetafile older = ToWindowsFormat(picture);
                 const METAFILEPICT described{MM_ANISOTROPIC, size.cx, size.cy, older.get()};
                 medium->hMetaFilePict = Shared(&described, sizeof described);
                 older.release(); // NOLINT(bugprone-unused-return-value): the receiver's, with the memory

@@ -4,7 +4,7 @@
 
 namespace dax {
 
-NodeObjects& HostMap::Maker() const {
+NodeObjects& HostMap::Objects() const {
     if (!nodeObjects)
         throw Error(ErrorNumbers::Automation,
                     u"The map '" + Name() + u"' belongs to the host, and only the host can read it.");
@@ -12,13 +12,13 @@ NodeObjects& HostMap::Maker() const {
 }
 
 void HostMap::FillTree(MapTree& nodes, MapTree::NodeRef mapRoot) {
-    const auto collection = Maker().Nodes(nodes);
-    const auto root = Maker().NodeOf(nodes, mapRoot);
+    const auto collection = Objects().Nodes(nodes);
+    const auto root = Objects().NodeOf(nodes, mapRoot);
     Call(L"FillTree", {Variant(collection.Get()), Variant(root.Get())});
 }
 
 void HostMap::ReadLayout(const MapTree& nodes, MapTree::NodeRef mapRoot) {
-    Call(L"ReadLayout", {Variant(Maker().NodeOf(nodes, mapRoot).Get())});
+    Call(L"ReadLayout", {Variant(Objects().NodeOf(nodes, mapRoot).Get())});
 }
 
 std::shared_ptr<Storyboard> HostStoryboards::Item(const Text& sbid) const {

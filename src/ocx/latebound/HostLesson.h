@@ -41,7 +41,7 @@ public:
     const void* Identity() const override { return ObjectIdentity(); }
 
 private:
-    NodeObjects& Maker() const;
+    NodeObjects& Objects() const;
 
     std::shared_ptr<NodeObjects> nodeObjects;
 };

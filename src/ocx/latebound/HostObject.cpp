@@ -61,7 +61,7 @@ std::optional<DISPID> HostObject::Seek(const wchar_t* member) const {
     const ComPtr<IDispatch> kept = object;
     DISPID dispid = 0;
     if (SUCCEEDED(FindMember(kept.Get(), member, dispid))) return dispid;
-    // Objects of some script engines tell their names in this way only.
+    // Objects of some script engines give their names in this way only.
     const auto scripted = Query<IDispatchEx>(kept.Get(), scriptedID);
     if (!scripted) return {};
     const Bstr name(FromWide(member));

@@ -24,7 +24,7 @@ public:
     bool Has(const wchar_t* member) const { return Seek(member).has_value(); }
     // Arguments in their written order. Without any, a property or else a method; with some, either.
     Variant Call(const wchar_t* member, std::initializer_list<Variant> arguments = {}) const;
-    // A property that is no method, not even to engines that cannot tell: an element of a script's array.
+    // A property that is no method, not even for engines that do not distinguish them: an element of a script's array.
     Variant Get(const wchar_t* property) const;
     // As Call, but nothing when the object says that it has no such element.
     Variant TryGetItem(const wchar_t* member, const Variant& index) const;

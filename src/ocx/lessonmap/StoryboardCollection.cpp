@@ -55,7 +55,7 @@ private:
     }
 
     const std::vector<std::shared_ptr<Storyboard>> storyboards;
-    std::unordered_map<Text, size_t> places; // by SBID, when somebody has asked for one
+    std::unordered_map<Text, size_t> places; // by SBID, filled at the first lookup
 };
 
 } // namespace

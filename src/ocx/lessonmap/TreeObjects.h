@@ -13,7 +13,7 @@ namespace dax {
 
 class NodeObject;
 
-// What a control tells about its tree besides the nodes.
+// What a control knows about its tree besides the nodes.
 class TreeHost {
 public:
     virtual ~TreeHost() = default;

@@ -63,7 +63,7 @@ DragImage::~DragImage() {
 }
 
 void DragImage::Show(POINT clientPoint) {
-    // The image lives in coordinates of the window, its frame included.
+    // The image is in coordinates of the window, its frame included.
     POINT point = last = clientPoint;
     ClientToScreen(owner, &point);
     RECT window;

@@ -10,7 +10,7 @@ namespace dax {
 
 namespace {
 
-// The system's own trees number their items from 1 and tell events under these numbers: ours must not be among them.
+// The system's own trees number their items from 1 and raise events with these numbers: ours must not be among them.
 constexpr LONG FirstElement = 0x1000'0000;
 // More changes of nodes than these in one update, and the whole is told to be another.
 constexpr int ChangesToldSingly = 8;
@@ -117,10 +117,10 @@ TreeAccess::Element TreeAccess::Neighbour(Element from, LONG direction) {
     }
 }
 
-// The window is asked, as the user asks it, and its parent hears of it in the same way.
+// Done through the window, as by the user, so that its parent is notified in the same way.
 bool TreeAccess::Select(Element element, LONG flags) {
     if (flags & (SELFLAG_EXTENDSELECTION | SELFLAG_ADDSELECTION | SELFLAG_REMOVESELECTION)) return false;
-    view.Settle();
+    view.ApplyChanges();
     SendMessageW(Window(), TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(TreeItems::ItemOf(NodeOf(element))));
     return true;
 }
@@ -141,7 +141,7 @@ void TreeAccess::Act(Element element) {
         view.PressButton(NodeOf(element));
 }
 
-void TreeAccess::FocusCame() {
+void TreeAccess::OnFocusGained() {
     if (tree.Selected() && IsHeard(EVENT_OBJECT_FOCUS)) Tell(EVENT_OBJECT_FOCUS, ElementOf(tree.Selected()));
 }
 
@@ -192,7 +192,7 @@ void TreeAccess::NodeChanged(Node& node, NodeAspect aspect) {
 
 void TreeAccess::SelectionMoved() {
     if (IsHeard(EVENT_OBJECT_SELECTION)) Tell(EVENT_OBJECT_SELECTION, ElementOf(tree.Selected()));
-    if (HasFocus()) FocusCame();
+    if (HasFocus()) OnFocusGained();
 }
 
 } // namespace dax

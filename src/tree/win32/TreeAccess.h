@@ -17,7 +17,7 @@ public:
 
     void Bind(); // the window is there; follows the model from then on
     void Unbind();
-    void FocusCame();
+    void OnFocusGained();
 
     std::vector<Element> Elements() override;
     LONG Count() const override { return tree.Count(); }
@@ -53,7 +53,7 @@ private:
     NodeTree& tree;
     TreeViewWindow& view;
     bool isBound = false;
-    // Numbers are given when somebody asks or listens, and never again.
+    // Numbers are assigned at the first use, and never reused.
     std::unordered_map<Element, Node*> nodes;
     std::unordered_map<const Node*, Element> elements;
     Element last = 0;

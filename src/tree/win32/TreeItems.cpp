@@ -65,7 +65,7 @@ void TreeItems::Bind(HWND newWindow) {
     procedure = reinterpret_cast<WNDPROC>(GetClassLongPtrW(window, GCLP_WNDPROC));
     tree.AddListener(*this);
     isStale = true;
-    Settle();
+    ApplyChanges();
 }
 
 void TreeItems::Unbind() {
@@ -77,7 +77,7 @@ void TreeItems::Unbind() {
     }
     window = nullptr;
     holds = 0;
-    isUpdating = isOff = isStale = hasItems = isPosted = isSystemBusy = knowsRows = false;
+    isUpdating = isOff = isStale = hasItems = isPosted = isInSystemProcedure = knowsRows = false;
     itemChanges = 0;
     changed.clear();
     tree.RemoveListener(*this);
@@ -92,29 +92,29 @@ Node* TreeItems::NodeOf(HTREEITEM item) const {
     return Send(TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&query)) ? NodeOf(query) : nullptr;
 }
 
-// All is invalid from now on, so that whoever wants to see the window has it painted, and thereby settled.
+// All is invalid from now on, so that whatever makes the window visible has it painted, and thereby updated.
 void TreeItems::TurnDrawingOff(const Node* added) {
     if (isOff) return;
     RememberView(added);
     isOff = true;
     InvalidateRect(window, nullptr, TRUE);
     Send(WM_SETREDRAW, FALSE, 0);
-    SettleLater();
+    PostPendingUpdate();
 }
 
-void TreeItems::SettleLater() {
-    if (!isPosted && window) isPosted = PostMessageW(window, SettleMessage, 0, 0) != 0;
+void TreeItems::PostPendingUpdate() {
+    if (!isPosted && window) isPosted = PostMessageW(window, UpdateMessage, 0, 0) != 0;
 }
 
-void TreeItems::SetIsSystemBusy(bool isBusy) {
-    isSystemBusy = isBusy;
-    if (!isBusy && !IsSettled()) SettleLater();
+void TreeItems::SetIsInSystemProcedure(bool isBusy) {
+    isInSystemProcedure = isBusy;
+    if (!isBusy && !IsUpToDate()) PostPendingUpdate();
 }
 
-void TreeItems::Settle() {
+void TreeItems::ApplyChanges() {
     if (!window || isUpdating || holds > 0 || mirroring > 0) return;
     const Mirroring guard(*this);
-    if (isStale && hasItems && isSystemBusy) {
+    if (isStale && hasItems && isInSystemProcedure) {
         if (std::exchange(isOff, false)) Send(WM_SETREDRAW, TRUE, 0); // the former rows until then
         return;
     }
@@ -143,7 +143,7 @@ void TreeItems::HoldDrawing(bool hold) {
     if (!window) return;
     const HWND parent = GetParent(window);
     if (hold) {
-        Settle();
+        ApplyChanges();
         if (holds++ > 0) return;
         isParentOff = GetWindowLongW(parent, GWL_STYLE) & WS_VISIBLE;
         if (isParentOff) SendMessageW(parent, WM_SETREDRAW, FALSE, 0);
@@ -154,7 +154,7 @@ void TreeItems::HoldDrawing(bool hold) {
         return;
     }
     if (holds == 0 || --holds > 0) return;
-    Settle();
+    ApplyChanges();
     if (!isParentOff) return;
     SendMessageW(parent, WM_SETREDRAW, TRUE, 0);
     RedrawWindow(parent, nullptr, nullptr, RDW_ERASE | RDW_FRAME | RDW_INVALIDATE | RDW_ALLCHILDREN);
@@ -264,17 +264,17 @@ void TreeItems::UpdateStarted() {
 void TreeItems::UpdateEnded() {
     isUpdating = false;
     if (holds > 0) return;
-    const bool isSettled = IsSettled();
-    if (isSettled || (!isOff && !isStale && !isPosted && !isSystemBusy)) Settle();
-    if (!isSettled) SettleLater();
-    if (IsSettled()) knowsRows = false;
+    const bool isUpToDate = IsUpToDate();
+    if (isUpToDate || (!isOff && !isStale && !isPosted && !isInSystemProcedure)) ApplyChanges();
+    if (!isUpToDate) PostPendingUpdate();
+    if (IsUpToDate()) knowsRows = false;
 }
 
 bool TreeItems::SwitchToRebuild(Node* moved) {
     if (isStale || ++itemChanges <= MostItemChanges(tree.Count())) return isStale;
     isStale = true;
     changed.clear();
-    if (isSystemBusy) return true;
+    if (isInSystemProcedure) return true;
     const Mirroring guard(*this);
     if (moved) RemoveItem(*moved); // the window has it in its former place
     RemoveAllItems(moved);
@@ -366,7 +366,7 @@ void TreeItems::NodeChanged(Node& node, NodeAspect aspect) {
 }
 
 void TreeItems::SelectionMoved() {
-    if (IsSettled() && !isUpdating && holds == 0) ShowSelection();
+    if (IsUpToDate() && !isUpdating && holds == 0) ShowSelection();
 }
 
 // No sooner than the rows stand: the window would open the way to what is selected only for a while.
@@ -388,11 +388,11 @@ void TreeItems::ShowCheck(const Node& node) {
     Send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
 }
 
-void TreeItems::FillAnew() {
+void TreeItems::Refill() {
     if (!window) return;
     RememberView();
     isStale = true;
-    SettleLater();
+    PostPendingUpdate();
     InvalidateRect(window, nullptr, TRUE);
 }
 

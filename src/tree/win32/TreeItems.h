@@ -12,11 +12,11 @@
 namespace dax {
 
 // Items come and go at once, with drawing off. Switching it on again costs the system a look at every row, and each
-// change of an item another, so those wait until the window is settled: before it paints or answers anything, or by a
+// change of an item another, so those wait until the window is updated: before it paints or answers anything, or by a
 // message posted to it. However many changes there are until then, they cost no more than refilling the window.
 class TreeItems : private TreeListener {
 public:
-    static constexpr UINT SettleMessage = WM_APP + 0x3D2; // to the window, which is then told that it came
+    static constexpr UINT UpdateMessage = WM_APP + 0x3D2; // to the window, which is then told that it came
 
     explicit TreeItems(NodeTree& model) : tree(model) {}
     ~TreeItems() override { Unbind(); }
@@ -28,9 +28,9 @@ public:
     void Unbind(); // forgets the items; the window is going or gone
 
     // Shows what has changed, scrolled as little as possible: the first row in view stays the first.
-    void Settle();
-    void SettleMessageCame() { isPosted = false; }
-    bool IsSettled() const { return !isOff && !isStale && changed.empty(); }
+    void ApplyChanges();
+    void OnPendingUpdate() { isPosted = false; }
+    bool IsUpToDate() const { return !isOff && !isStale && changed.empty(); }
     // Drawing goes off at the parent window first, then at the tree, and on again in the reverse order. Calls nest.
     void HoldDrawing(bool hold);
     // With the changes that wait, if there are any: the row of the selected node comes into view.
@@ -38,19 +38,19 @@ public:
     // While a drag goes on the pointer decides what is in view, not the selected node.
     void SetIsDragging(bool isDragging) { followsSelection = !isDragging; }
     // Set while the tree's own procedure is at work, which may hold items: only those of removed nodes go meanwhile.
-    void SetIsSystemBusy(bool isBusy);
+    void SetIsInSystemProcedure(bool isBusy);
     unsigned Removals() const { return removals; } // grows whenever items have gone
 
     // True while a change of the model is being shown: what the window notifies then is an echo.
     bool IsMirroring() const { return mirroring > 0; }
     static Node* NodeOf(const TVITEMW& item) { return reinterpret_cast<Node*>(item.lParam); }
     Node* NodeOf(HTREEITEM item) const; // null for none
-    // May be null unless the window is settled.
+    // May be null unless the window is up to date.
     static HTREEITEM ItemOf(const Node& node) { return static_cast<HTREEITEM>(node.windowItem); }
 
     void ShowCheck(const Node& node); // as the model has it, whatever the window made of a click
     void SetHasCheckBoxes(bool has) { hasCheckBoxes = has; }
-    void FillAnew(); // after the boxes came or went
+    void Refill(); // after the boxes came or went
 
 private:
     class Mirroring;
@@ -78,7 +78,7 @@ private:
     }
     void RememberView(const Node* added = nullptr);
     void TurnDrawingOff(const Node* added = nullptr);
-    void SettleLater();
+    void PostPendingUpdate();
     void Note(const Node& node, Aspect aspect);
     bool SwitchToRebuild(Node* moved = nullptr); // one more item came, went or moved; true when none need be any more
     bool ShowChanges();                          // true when rows came or went
@@ -106,9 +106,9 @@ private:
     int mirroring = 0, holds = 0, itemChanges = 0;
     unsigned removals = 0;
     bool knowsRows = false, isUpdating = false, isOff = false, isParentOff = false;
-    bool isStale = false;  // the window is refilled when it settles; nodes may have no items until then
+    bool isStale = false;  // the window is refilled when it is updated; nodes may have no items until then
     bool hasItems = false; // any, stale ones included
-    bool isPosted = false, isSystemBusy = false, followsSelection = true, mustShowSelected = false;
+    bool isPosted = false, isInSystemProcedure = false, followsSelection = true, mustShowSelected = false;
     bool hasCheckBoxes = false;
 };
 

@@ -17,9 +17,9 @@ void TreeItems::RememberView(const Node* added) {
 
 void TreeItems::ShowSelectedRow() {
     mustShowSelected = true;
-    if (!IsSettled() || !window) return;
+    if (!IsUpToDate() || !window) return;
     RememberView();
-    Settle();
+    ApplyChanges();
 }
 
 void TreeItems::Scroll(bool mustShowSelection) {

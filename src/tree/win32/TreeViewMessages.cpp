@@ -1,4 +1,4 @@
-// What the tree window hears, turned into changes of the model and into events.
+// Messages of the tree window, turned into changes of the model and into events.
 #include "tree/win32/TreeViewWindow.h"
 
 #include "tree/modTVW.h"
@@ -69,7 +69,7 @@ LRESULT TreeViewWindow::HandleNotification(const NMHDR& header) {
         Click.Raise(reinterpret_cast<const BoxPress&>(header).point, false);
         return 0;
     case NM_SETFOCUS:
-        access.FocusCame();
+        access.OnFocusGained();
         return 0;
     case NM_CUSTOMDRAW:
         return CustomDraw(*reinterpret_cast<NMTVCUSTOMDRAW*>(const_cast<NMHDR*>(&header)));
@@ -89,7 +89,7 @@ void TreeViewWindow::PressButton(Node& node) {
 }
 
 void TreeViewWindow::PressBox(Node& node) {
-    Settle();
+    ApplyChanges();
     if (!node.windowItem) return;
     SendMessageW(handle, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(TreeItems::ItemOf(node)));
     const auto row = RowRect(node);
@@ -153,30 +153,30 @@ LRESULT CALLBACK TreeViewWindow::Procedure(HWND window, UINT message, WPARAM wPa
     }
     const RevisionCheck before(self->revision);
     try {
-        self->SettleBefore(message);
+        self->ApplyUpdatesBefore(message);
         if (const auto answer = self->Before(message, wParam, lParam)) return *answer;
     } catch (...) {
         return 0; // no exception may cross the system's frames; a listener of the host has failed
     }
     if (!before.Exists()) return 0;
-    return self->LetSystem(window, message, wParam, lParam);
+    return self->CallSystemProcedure(window, message, wParam, lParam);
 }
 
 // While the tree's own procedure is at work only what asks for rows and paints them is worth the trouble.
-void TreeViewWindow::SettleBefore(UINT message) {
-    if (items.IsSettled() || message == WM_DESTROY || message == WM_SETREDRAW) return;
+void TreeViewWindow::ApplyUpdatesBefore(UINT message) {
+    if (items.IsUpToDate() || message == WM_DESTROY || message == WM_SETREDRAW) return;
     const bool isAboutRows = message == WM_PAINT || (message >= TV_FIRST && message < TV_FIRST + 0x100);
-    if (systemDepth == 0 || isAboutRows) Settle();
+    if (systemDepth == 0 || isAboutRows) ApplyChanges();
 }
 
-LRESULT TreeViewWindow::LetSystem(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT TreeViewWindow::CallSystemProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     const RevisionCheck before(revision);
     const bool hasImage = message == WM_PAINT && dragImage && dragImage->IsShown();
     if (hasImage) dragImage->Hide();
-    if (systemDepth++ == 0) items.SetIsSystemBusy(true);
+    if (systemDepth++ == 0) items.SetIsInSystemProcedure(true);
     const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
     if (!before.Exists()) return result;
-    if (--systemDepth == 0) items.SetIsSystemBusy(false);
+    if (--systemDepth == 0) items.SetIsInSystemProcedure(false);
     if (handle) After(message, lParam);
     if (hasImage && dragImage) dragImage->ShowAgain();
     return result;
@@ -191,9 +191,9 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
         return 0;
     }
     switch (message) {
-    case TreeItems::SettleMessage:
-        items.SettleMessageCame();
-        Settle();
+    case TreeItems::UpdateMessage:
+        items.OnPendingUpdate();
+        ApplyChanges();
         return 0;
     case WM_GETDLGCODE:
         return DLGC_WANTARROWS | DLGC_WANTCHARS;

@@ -111,7 +111,7 @@ void TreeViewWindow::SetCheckBoxes(bool on, HIMAGELIST pictures) {
     if (!on || pictures) DropBoxes(pictures);
     if (!isOther) return;
     if (!on) SetStyle(handle, CheckStyle, on);
-    items.FillAnew();
+    items.Refill();
 }
 
 // The system neither takes its boxes back nor frees their pictures.
@@ -152,7 +152,7 @@ TreeHit TreeViewWindow::HitTest(Point point) const {
 
 std::optional<Rect> TreeViewWindow::RowRect(const Node& node) const {
     if (!handle) return {};
-    SendMessageW(handle, TVM_GETCOUNT, 0, 0); // as any question, this settles the window
+    SendMessageW(handle, TVM_GETCOUNT, 0, 0); // as any query, this updates the window
     if (!node.windowItem) return {};
     const auto row = ItemRect(handle, node, false);
     if (!row) return {};
@@ -162,7 +162,7 @@ std::optional<Rect> TreeViewWindow::RowRect(const Node& node) const {
 // The mark is drawn by us after each painting: the system's own cannot be taken away everywhere.
 void TreeViewWindow::SetInsertMark(Node* node, bool after) {
     if (node == markNode && after == isMarkAfter) return;
-    Settle();
+    ApplyChanges();
     InvalidateMark();
     markNode = node;
     isMarkAfter = after;
@@ -192,7 +192,7 @@ void TreeViewWindow::DrawInsertMark() const {
 
 void TreeViewWindow::SetDropHighlight(Node* node) {
     if (!handle || node == highlighted) return;
-    Settle();
+    ApplyChanges();
     const Node* const former = std::exchange(highlighted, node);
     SendMessageW(handle, TVM_SELECTITEM, TVGN_DROPHILITE,
                  reinterpret_cast<LPARAM>(node ? TreeItems::ItemOf(*node) : nullptr));
@@ -222,7 +222,7 @@ void TreeViewWindow::BeginDragImage(Node& node, Point pointer) {
 void TreeViewWindow::ShowDragImage(bool visible, Point pointer) {
     if (!dragImage) return;
     if (!visible) return dragImage->Hide();
-    Settle();
+    ApplyChanges();
     UpdateWindow(handle);
     dragImage->Show(ToPoint(pointer));
 }
@@ -253,17 +253,17 @@ void TreeViewWindow::StopTimer(TreeTimer timer) {
 
 void TreeViewWindow::EnsureVisible(Node& node) {
     if (node.IsSelected()) return items.ShowSelectedRow();
-    Settle();
+    ApplyChanges();
     if (handle && node.windowItem)
         SendMessageW(handle, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(TreeItems::ItemOf(node)));
 }
 
 // What is drawn and moved under a drag's image would be torn by it.
-void TreeViewWindow::Settle() {
-    if (items.IsSettled()) return;
+void TreeViewWindow::ApplyChanges() {
+    if (items.IsUpToDate()) return;
     const bool hasImage = dragImage && dragImage->IsShown();
     if (hasImage) dragImage->Hide();
-    items.Settle();
+    items.ApplyChanges();
     if (hasImage) dragImage->ShowAgain();
 }
 
@@ -272,7 +272,7 @@ void TreeViewWindow::FreezeDisplay(bool frozen) {
     if (frozen) {
         capture = WindowCapture(handle);
         ShowWindow(handle, SW_HIDE);
-        UpdateWindow(GetParent(handle)); // nobody may look at the messages before the tree is back
+        UpdateWindow(GetParent(handle)); // no message may be dispatched before the tree is back
         return;
     }
     capture = {};

@@ -1,4 +1,4 @@
-// A tree view in a real window, or without one, bound to a NodeTree. It tells what the user does and shows what the
+// A tree view in a real window, or without one, bound to a NodeTree. It reports what the user does and shows what the
 // model holds; the component decides what it means.
 #pragma once
 
@@ -23,7 +23,7 @@ public:
     TreeViewWindow(const TreeViewWindow&) = delete;
     TreeViewWindow& operator=(const TreeViewWindow&) = delete;
 
-    // The window belongs to its parent and goes with it; the model stays. The parent hands on what it hears.
+    // The window belongs to its parent and goes with it; the model stays. The parent forwards its messages.
     HWND Create(HWND parent);
     HWND Handle() const { return handle; }
     void HandleGone();
@@ -36,7 +36,7 @@ public:
     LRESULT HandleNotification(const NMHDR& header);
     Accessible& Access() { return access; }
     // Before items are used: see TreeItems.
-    void Settle();
+    void ApplyChanges();
     // As a click would do, with all that follows; a listener may release the component.
     void PressBox(Node& node);
     void PressButton(Node& node);
@@ -89,8 +89,8 @@ private:
     std::optional<LRESULT> Before(UINT message, WPARAM wParam, LPARAM lParam);
     void After(UINT message, LPARAM lParam);
     LRESULT CustomDraw(NMTVCUSTOMDRAW& draw) const;
-    void SettleBefore(UINT message);
-    LRESULT LetSystem(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+    void ApplyUpdatesBefore(UINT message);
+    LRESULT CallSystemProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     void ItemExpanded(const NMTREEVIEWW& change);
     void SelectionChanged(const NMTREEVIEWW& change);
     LRESULT SingleExpand(const NMTREEVIEWW& change);

@@ -43,7 +43,7 @@ std::vector<Text> DatabaseValidatorWindow::Paragraphs() const {
     return paragraphs;
 }
 
-// The texts are the window's text as well, for screen readers and for whoever looks from another program.
+// The texts are the window's text as well, for screen readers and other programs.
 void DatabaseValidatorWindow::ShowTexts() {
     if (!Handle()) return;
     Text all;
