@@ -23,7 +23,7 @@ Author::Author(int number, const Text& connectionString)
     editor->SetConnectionString(connectionString);
     editor->Error.Add([this](int32_t code, const Text& description, const Text& method) {
         heard += method;
-        if (code == 0 || description.empty()) PrintError("an Error event that says nothing");
+        if (code == 0 || description.empty()) ReportFault("an Error event that says nothing");
     });
     for (LockManager* locker : {&manager, &sweeper}) {
         locker->connectionString = connectionString;
@@ -32,7 +32,7 @@ Author::Author(int number, const Text& connectionString)
         locker->SetupColumns();
         locker->Error.Add([this](int32_t code, const Text& description, const Text&, const Text& routine, int32_t&) {
             heard += routine;
-            if (code == 0 || description.empty()) PrintError("an Error event that says nothing");
+            if (code == 0 || description.empty()) ReportFault("an Error event that says nothing");
         });
     }
     manager.lockDisplayType = ldtUserLocks;
@@ -40,7 +40,7 @@ Author::Author(int number, const Text& connectionString)
     sweeper.isAdministrator = true;
 }
 
-void Author::PrintError(const std::string& what) {
+void Author::ReportFault(const std::string& what) {
     hasComplained = true;
     if (complaints.size() < 20) complaints.push_back(ToUtf8(name) + ": " + what);
 }
@@ -50,7 +50,7 @@ bool Author::Reports(const char16_t* method, const std::function<bool()>& call) 
     heard.clear();
     const bool isDone = call();
     if (heard != (isDone ? u"" : method))
-        PrintError(ToUtf8(method) + (isDone ? " succeeded" : " failed") + " and raised \"" + ToUtf8(heard) + "\"");
+        ReportFault(ToUtf8(method) + (isDone ? " succeeded" : " failed") + " and raised \"" + ToUtf8(heard) + "\"");
     if (!isDone) ++refused;
     return isDone;
 }
@@ -99,7 +99,7 @@ bool Author::Settle() {
         Saved();
         return true;
     }
-    if (!isAsIn(false)) PrintError("neither the rows from before a save that failed nor those from after it");
+    if (!isAsIn(false)) ReportFault("neither the rows from before a save that failed nor those from after it");
     for (const auto& [id, title] : stored) CheckTitle(id, title);
     if (random() % 3 != 0) return SaveTree(); // with what is pending in the editor
     pending.reset();                          // given up: the tree is loaded again
@@ -115,8 +115,8 @@ void Author::CheckTitle(const Text& id, const Text& title) {
     std::from_chars(said.data() + blank + 1, said.data() + said.size(), save);
     const auto row = rows.find(id);
     if (title != Title(save) || save > version || (row != rows.end() && save < row->second.born))
-        PrintError("the title \"" + said + "\" of " + ToUtf8(id) +
-                   " was never saved (saves: " + std::to_string(version) + ")");
+        ReportFault("the title \"" + said + "\" of " + ToUtf8(id) +
+                    " was never saved (saves: " + std::to_string(version) + ")");
 }
 
 Text Author::Random(const IDCollection& ids) {
@@ -138,11 +138,11 @@ bool Author::LoadTree() {
     for (const Text& id : all) {
         if (!IsOwnEntry(id)) continue;
         ++mine;
-        if (!rows.contains(id)) PrintError(ToUtf8(id) + " was never saved, or it was removed, and it is there");
+        if (!rows.contains(id)) ReportFault(ToUtf8(id) + " was never saved, or it was removed, and it is there");
         CheckTitle(id, editor->GetLessonTitle(id));
     }
     if (mine != rows.size())
-        PrintError(std::to_string(rows.size()) + " rows were saved, and there are " + std::to_string(mine));
+        ReportFault(std::to_string(rows.size()) + " rows were saved, and there are " + std::to_string(mine));
     return true;
 }
 
@@ -202,7 +202,7 @@ bool Author::EditPages() {
         const Text stored = found.Eof() ? Text(u"(no row)") : Text(found.FieldText(0));
         found.Close();
         if (stored != row.pages && stored != row.tried)
-            PrintError("the pages of " + ToUtf8(*id) + " are not those that were saved: " + ToUtf8(stored));
+            ReportFault("the pages of " + ToUtf8(*id) + " are not those that were saved: " + ToUtf8(stored));
         const auto lesson = stored.empty() ? std::make_shared<ContentLesson>() : LessonText::Load(stored);
         pageEditor->SetLesson(lesson);
         pageEditor->AddStoryboard(std::make_shared<ContentStoryboard>());
@@ -215,7 +215,7 @@ bool Author::EditPages() {
         row.pages = stored;
         row.tried = text;
         if (connection.Execute(u"UPDATE velmoraLessons SET lessonData = " + QuoteSQLString(text) + where) != 1)
-            PrintError(ToUtf8(*id) + " is not there to be updated");
+            ReportFault(ToUtf8(*id) + " is not there to be updated");
         row.pages = text;
         row.tried.reset();
     });
@@ -247,7 +247,7 @@ bool Author::ListLocks() {
     std::set<Text> listed;
     for (const LockRecord& record : manager.Records()) listed.insert(record.sessionID);
     if (static_cast<size_t>(manager.LockCount()) != listed.size())
-        PrintError("the list shows other locks than were read");
+        ReportFault("the list shows other locks than were read");
     size_t kept = 0, unclear = 0;
     for (auto lock = locks.begin(); lock != locks.end();) {
         auto& [session, said] = *lock;
@@ -257,12 +257,12 @@ bool Author::ListLocks() {
         if (isThere) said.isUnclear = false;
         // Whoever sweeps takes those on lessons that are gone.
         if (!isThere && !said.isUnclear && !wasToGo && isOnLesson)
-            PrintError("the lock " + ToUtf8(session) + " is lost");
+            ReportFault("the lock " + ToUtf8(session) + " is lost");
         lock = isThere ? std::next(lock) : locks.erase(lock);
     }
     unclearDeletes.clear();
-    if (kept > 0 && unclear > 0) PrintError("some locks of one failed delete went and some did not");
-    if (!listed.empty()) PrintError("the lock " + ToUtf8(*listed.begin()) + " was cleared, and it is there");
+    if (kept > 0 && unclear > 0) ReportFault("some locks of one failed delete went and some did not");
+    if (!listed.empty()) ReportFault("the lock " + ToUtf8(*listed.begin()) + " was cleared, and it is there");
     return true;
 }
 
@@ -283,7 +283,7 @@ bool Author::ClearLocks() {
     if (heard.empty()) return true;
     // What follows the deletion may fail, too.
     if (heard != u"DeleteSelected" && heard != u"Refresh")
-        PrintError("one failure is told as \"" + ToUtf8(heard) + "\"");
+        ReportFault("one failure is told as \"" + ToUtf8(heard) + "\"");
     ++refused;
     return false;
 }
@@ -303,9 +303,10 @@ bool Author::SweepLocks() {
 }
 
 void Author::Verify() {
-    if (!LoadTree() || !ListLocks() || !SweepLocks() || !ListLocks()) PrintError("the server does not work at the end");
+    if (!LoadTree() || !ListLocks() || !SweepLocks() || !ListLocks())
+        ReportFault("the server does not work at the end");
     for (const auto& [session, lock] : locks) {
-        if (!rows.contains(lock.lessonID)) PrintError("a lock on a lesson that is gone cannot be cleared");
+        if (!rows.contains(lock.lessonID)) ReportFault("a lock on a lesson that is gone cannot be cleared");
     }
     Asks([this] {
         Recordset found;
@@ -315,7 +316,7 @@ void Author::Verify() {
             if (row == rows.end()) continue;
             const Text stored(found.FieldText(1));
             if (stored != row->second.pages && stored != row->second.tried)
-                PrintError("the pages of " + ToUtf8(row->first) + " are not those that were saved");
+                ReportFault("the pages of " + ToUtf8(row->first) + " are not those that were saved");
         }
     });
 }

@@ -55,7 +55,7 @@ private:
         std::set<Text> removed;
     };
 
-    void PrintError(const std::string& what);
+    void ReportFault(const std::string& what);
     bool Reports(const char16_t* method, const std::function<bool()>& call);
     bool Asks(const std::function<void()>& statements);
     void CheckTitle(const Text& id, const Text& title);
