@@ -3,6 +3,9 @@
 #ifndef _WIN32
 
 #include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -20,11 +23,13 @@ OwnServer::OwnServer(Kind kind) {
     // The tool's input ends when we do, whatever the reason; then it stops the server.
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) throw std::runtime_error("no socket pair");
+    errors = folder.Path() / "errors";
     child = fork();
     if (child == 0) {
         setsid(); // what ends the test's whole group must not end the tool before it has stopped the server
         dup2(ends[1], STDIN_FILENO);
         dup2(ends[1], STDOUT_FILENO);
+        dup2(open(errors.c_str(), O_CREAT | O_WRONLY | O_APPEND | O_CLOEXEC, 0644), STDERR_FILENO);
         if (kind == Kind::Cluster)
             execl(tool.c_str(), tool.c_str(), "own", "--cluster", place.c_str(), nullptr);
         else
@@ -52,7 +57,7 @@ OwnServer::~OwnServer() {
 std::string OwnServer::ReadLine() {
     std::string line;
     for (int letter = std::fgetc(answers); letter != '\n'; letter = std::fgetc(answers)) {
-        if (letter == EOF) throw std::runtime_error("the server ended: " + line);
+        if (letter == EOF) Fail("the server ended: " + line);
         line += static_cast<char>(letter);
     }
     return line;
@@ -61,7 +66,12 @@ std::string OwnServer::ReadLine() {
 void OwnServer::Order(const std::string& order) {
     if (send(channel, order.data(), order.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(order.size()) ||
         ReadLine() != "done")
-        throw std::runtime_error("the server does not obey: " + order);
+        Fail("the server does not obey: " + order);
+}
+
+void OwnServer::Fail(const std::string& what) const {
+    std::ifstream said(errors);
+    throw std::runtime_error(what + "\n" + std::string(std::istreambuf_iterator<char>(said), {}));
 }
 
 } // namespace dax::test

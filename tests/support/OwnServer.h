@@ -10,7 +10,7 @@
 namespace dax::test {
 
 // Goes with its data at the end, also when the program that has it is killed. Throws std::runtime_error when the
-// server does not do as it is told.
+// server does not do as it is told, with what tools/servers said on its standard error.
 class OwnServer {
 public:
     enum class Kind { PostgreSQL, Cluster };
@@ -32,8 +32,10 @@ public:
 private:
     std::string ReadLine();
     void Order(const std::string& order);
+    [[noreturn]] void Fail(const std::string& what) const;
 
     TempFolder folder;
+    std::filesystem::path errors;
     int child = 0, channel = -1;
     FILE* answers = nullptr;
     std::vector<Text> connectionStrings;

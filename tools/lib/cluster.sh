@@ -52,7 +52,7 @@ try_node() {
     node_ports "$1"
     # A node that founded the cluster and died may be told to found it again only by "new".
     [ "${#found[@]}" = 0 ] || members=''
-    exec_as_node_user setsid mariadbd --no-defaults --datadir="$data/d" --socket="$data/s" --port="$client" \
+    exec_as_node_user setsid mariadbd --no-defaults --datadir="$data/d" --tmpdir="$data" --socket="$data/s" --port="$client" \
         --bind-address=127.0.0.1 --skip-name-resolve --lower-case-table-names=1 --character-set-server=utf8mb4 \
         --collation-server=utf8mb4_general_ci --max-allowed-packet=256M --innodb-flush-log-at-trx-commit=0 \
         --binlog-format=ROW --innodb-autoinc-lock-mode=2 --wsrep-on=ON --wsrep-sst-method=rsync \
@@ -79,21 +79,24 @@ make_node() {
     local data=$place/node$1
     mkdir "$data"
     [ "$(id -u)" != 0 ] || chown nobody:nogroup "$data"
-    (exec_as_node_user mariadb-install-db --no-defaults --datadir="$data/d" --skip-test-db \
-        --auth-root-authentication-method=normal) >>"$dir/cluster.log" 2>&1
+    (exec_as_node_user mariadb-install-db --no-defaults --datadir="$data/d" --tmpdir="$data" --skip-test-db \
+        --auth-root-authentication-method=normal) >>"$dir/cluster.log" 2>&1 && return 0
+    warn "the data of node $1 of the cluster could not be made: $(grep ERROR "$dir/cluster.log")"
+    return 1
 }
 
-# Four ports in a row, so that two nodes never choose the same one.
+# Four ports in a row for each node, all taken at once, so that two nodes never choose the same one.
 free_ports() {
     python3 -c '
 import random, socket
 while True:
-    first, taken = random.randrange(12000, 31990), []
+    first, taken = random.randrange(12000, 31980), []
     try:
-        for port in range(first, first + 4):
+        for port in range(first, first + 12):
             taken.append(socket.socket())
             taken[-1].bind(("127.0.0.1", port))
-        print(*range(first, first + 4))
+        for node in range(first, first + 12, 4):
+            print(*range(node, node + 4))
         break
     except OSError:
         pass'
@@ -103,12 +106,17 @@ start_cluster() {
     local node client group incremental full
     : >"$dir/cluster.log"
     transfer_scripts
-    for node in 1 2 3; do
-        make_node "$node"
-        free_ports >"$place/node$node/ports"
-    done
+    for node in 1 2 3; do make_node "$node" || return 1; done
+    node=0
+    while read -r client group incremental full; do
+        node=$((node + 1))
+        say "$client $group $incremental $full" >"$place/node$node/ports"
+    done < <(free_ports)
     launch_node 1 new || return 1
-    node_sql 1 "CREATE USER dax@'127.0.0.1' IDENTIFIED BY '$password'; GRANT ALL ON *.* TO dax@'127.0.0.1';" || return 1
+    if ! node_sql 1 "CREATE USER dax@'127.0.0.1' IDENTIFIED BY '$password'; GRANT ALL ON *.* TO dax@'127.0.0.1';"; then
+        warn "the first node of the cluster did not accept its administrator"
+        return 1
+    fi
     for node in 2 3; do launch_node "$node" || return 1; done
     for node in 1 2 3; do
         node_ports "$node"
