@@ -13,14 +13,14 @@ namespace {
 
 using Path = std::filesystem::path;
 
+Path PathOf(const Text& name, const char* ending = "") {
+    const std::string utf8 = ToUtf8(name) + ending;
+    return std::u8string(utf8.begin(), utf8.end());
+}
+
 std::string ReadFile(const Path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
-}
-
-Path PathOf(const Text& name) {
-    const std::string utf8 = ToUtf8(name);
-    return std::u8string(utf8.begin(), utf8.end());
 }
 
 // A file and, in WAL mode, the log that lies beside it with what was written last.
@@ -39,12 +39,10 @@ struct Course {
         for (const Text& statement : test::SampleRows()) open.Execute(statement);
         for (int i = 0; i < 30; ++i) {
             open.Execute(test::RowStatement(u"k" + ToText(i), u"K", u"g", 2, 10 + i, 1, Text(200, u'p')));
-            open.Execute(u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, "
-                         u"lockDate, lockType) VALUES ('k" +
-                         ToText(i) + u"', 'ann', 'PC', '10.0.0.1', 's', '2026-01-02 03:04:05', 1)");
+            open.Execute(test::LockStatement(u"k" + ToText(i), u"'ann'", 1));
         }
         file = ReadFile(PathOf(database.Name()));
-        log = ReadFile(PathOf(database.Name()) += "-wal");
+        log = ReadFile(PathOf(database.Name(), "-wal"));
     }
 };
 
@@ -61,7 +59,7 @@ public:
             Change(!log.empty() && bytes.Below(2) ? log : file, course.pageSize / 2);
         }
         std::ofstream(PathOf(name), std::ios::binary) << file;
-        if (!log.empty()) std::ofstream(PathOf(name) += "-wal", std::ios::binary) << log;
+        if (!log.empty()) std::ofstream(PathOf(name, "-wal"), std::ios::binary) << log;
     }
 
     void Run() {
@@ -74,32 +72,17 @@ public:
     }
 
 private:
-    // A byte, at the file's head, at a page's or anywhere; a page in the place of another; the end gone.
+    // The end gone, a page in the place of another, or a byte changed: at the file's head, at a page's or anywhere.
     void Change(std::string& content, size_t pageSize) {
-        const size_t pages = content.size() / pageSize;
-        const auto anywhere = [&] { return bytes.Below(256) * 256 + bytes.Below(256); };
-        size_t place = 0;
-        switch (bytes.Below(8)) {
-        case 0:
-            return content.resize(pageSize + anywhere() % (content.size() - pageSize + 1));
-        case 1: {
-            const std::string page = content.substr(bytes.Below(pages) * pageSize, pageSize);
-            content.replace(bytes.Below(pages) * pageSize, pageSize, page);
-            return;
-        }
-        case 2:
-        case 3:
-            place = bytes.Below(100);
-            break;
-        case 4:
-        case 5:
-            place = bytes.Below(pages) * pageSize + bytes.Below(32);
-            break;
-        default:
-            place = anywhere();
-        }
+        const size_t pages = content.size() / pageSize, kind = bytes.Below(8);
+        const size_t anywhere = bytes.Below(256) * 256 + bytes.Below(256);
+        if (kind == 0) return content.resize(pageSize + anywhere % (content.size() - pageSize + 1));
+        const size_t page = bytes.Below(pages) * pageSize;
+        if (kind == 1)
+            return (void)content.replace(page, pageSize, content.substr(anywhere % pages * pageSize, pageSize));
+        const size_t place = kind < 4 ? anywhere % 100 : kind < 6 ? page + anywhere % 32 : anywhere % content.size();
         static constexpr char marks[] = {0, 1, 2, '\x7F', '\x80', '\xFE', '\xFF', 13};
-        content[place % content.size()] = bytes.Below(2) ? bytes.OneOf(marks) : static_cast<char>(bytes.Below(256));
+        content[place] = bytes.Below(2) ? bytes.OneOf(marks) : static_cast<char>(bytes.Below(256));
     }
 
     void Validate() {

@@ -5,88 +5,72 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <random>
-#include <sstream>
+#include <set>
 #include <vector>
 
 namespace dax::fuzz {
 
 namespace {
 
-using Chosen = std::vector<uint8_t>;
-
 unsigned Setting(const char* name, unsigned usual) {
     const char* const value = std::getenv(name);
     return value ? static_cast<unsigned>(std::strtoul(value, nullptr, 10)) : usual;
 }
 
-std::vector<Chosen> SeedsOf(const Target& target) {
-    std::vector<std::filesystem::path> files;
-    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(DAX_FUZZ_SEEDS) / target.name))
-        files.push_back(entry.path());
-    std::sort(files.begin(), files.end());
-    std::vector<Chosen> seeds;
-    for (const auto& file : files) {
+std::vector<std::string> SeedsOf(const Target& target) {
+    const std::filesystem::directory_iterator folder(std::filesystem::path(DAX_FUZZ_SEEDS) / target.name);
+    std::vector<std::string> seeds;
+    for (const auto& file : std::set<std::filesystem::path>(begin(folder), end(folder))) {
         std::ifstream stream(file, std::ios::binary);
         seeds.emplace_back(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
     }
     return seeds;
 }
 
-// A few changes: a byte, a piece left out, a piece of this seed or another put in, a mark that means something.
-Chosen Changed(const std::vector<Chosen>& seeds, std::mt19937& random) {
-    const auto below = [&random](size_t number) { return static_cast<std::ptrdiff_t>(random() % number); };
-    Chosen input = seeds[random() % seeds.size()];
-    for (auto changes = 1 + below(4); changes > 0; --changes) {
-        const auto place = input.begin() + below(input.size() + 1);
-        const auto rest = static_cast<size_t>(input.end() - place);
-        const Chosen& other = seeds[random() % seeds.size()];
-        const auto from = other.begin() + below(other.size() + 1);
-        switch (below(4)) {
-        case 0:
-            if (rest > 0) *place = static_cast<uint8_t>(random());
-            break;
-        case 1:
-            input.erase(place, place + below(std::min<size_t>(rest, 20) + 1));
-            break;
-        case 2: {
-            const Chosen piece(from, from + below(std::min<size_t>(static_cast<size_t>(other.end() - from), 40) + 1));
-            input.insert(place, piece.begin(), piece.end());
-            break;
-        }
-        default:
-            input.insert(place, static_cast<uint8_t>("'\"`{}[]#;=\\\n\t/*-~ "[below(18)]));
-        }
+std::string MadeUp(size_t length, std::mt19937& random) {
+    std::string input(length, ' ');
+    for (char& byte : input) byte = static_cast<char>(random());
+    return input;
+}
+
+// A few changes: something left out, a byte put in, a mark that means something, or a piece of this seed or another.
+std::string Changed(const std::vector<std::string>& seeds, std::mt19937& random) {
+    std::string input = seeds[random() % seeds.size()];
+    for (auto changes = 1 + random() % 4; changes > 0; --changes) {
+        const std::string& other = seeds[random() % seeds.size()];
+        const std::string pieces[] = {"",
+                                      MadeUp(1, random),
+                                      {"'\"`{}[]#;=\\\n\t/*-~ "[random() % 18]},
+                                      other.substr(random() % (other.size() + 1), random() % 40)};
+        const std::string& piece = pieces[random() % 4];
+        const size_t gone = piece.empty() ? 1 + random() % 20 : random() % 2;
+        input.replace(random() % (input.size() + 1), gone, piece);
     }
     return input;
 }
 
+Input BytesOf(const std::string& input) { return {reinterpret_cast<const uint8_t*>(input.data()), input.size()}; }
+
 // What went wrong; empty when nothing did.
-std::string Drive(const Target& target, Input input) {
+std::string FindingOf(const Target& target, const std::string& input) {
     try {
-        target.drive(input);
+        target.drive(BytesOf(input));
         return {};
     } catch (const std::exception& finding) {
         return finding.what();
     }
 }
 
-void ExpectNothing(const Target& target, const Chosen& input, const std::string& which) {
-    std::string finding = Drive(target, input);
-    if (finding.empty()) return;
+void ExpectNothing(const Target& target, const std::string& input) {
+    if (FindingOf(target, input).empty()) return;
     // The shortest beginning that is enough.
-    size_t length = 0;
-    for (std::string same; length < input.size() && same.empty(); ++length) {
-        same = Drive(target, Input(input).first(length));
-        if (!same.empty()) finding = same;
+    std::string start;
+    for (; start.size() < input.size() && FindingOf(target, start).empty(); start += input[start.size()]) {
     }
-    std::ostringstream bytes;
-    for (size_t i = 0; i < length; ++i) bytes << (i ? "," : "") << static_cast<int>(input[i]);
-    FAIL() << which << ": " << bytes.str() << "\n" << std::string(input.begin(), input.end()) << "\n" << finding;
+    FAIL() << testing::PrintToString(start) << "\n" << FindingOf(target, start);
 }
 
 class Fuzz : public ::testing::TestWithParam<Target> {};
@@ -95,16 +79,13 @@ INSTANTIATE_TEST_SUITE_P(Targets, Fuzz, ::testing::ValuesIn(Targets().begin(), T
 
 TEST_P(Fuzz, BreaksNoPromise) {
     const Target& target = GetParam();
-    const std::vector<Chosen> seeds = SeedsOf(target);
+    const std::vector<std::string> seeds = SeedsOf(target);
     ASSERT_FALSE(seeds.empty());
-    for (size_t i = 0; i < seeds.size(); ++i)
-        ASSERT_NO_FATAL_FAILURE(ExpectNothing(target, seeds[i], "seed " + std::to_string(i)));
+    for (const std::string& seed : seeds) ASSERT_NO_FATAL_FAILURE(ExpectNothing(target, seed));
     std::mt19937 random(Setting("DAX_FUZZ_SEED", 1));
     for (unsigned i = 0; i < target.inputs * Setting("DAX_FUZZ_INPUTS", 1); ++i) {
-        Chosen input(2 + random() % target.longest);
-        for (uint8_t& byte : input) byte = static_cast<uint8_t>(random());
-        if (i % 3) input = Changed(seeds, random);
-        ASSERT_NO_FATAL_FAILURE(ExpectNothing(target, input, "input " + std::to_string(i)));
+        const std::string input = i % 3 ? Changed(seeds, random) : MadeUp(2 + random() % target.longest, random);
+        ASSERT_NO_FATAL_FAILURE(ExpectNothing(target, input)) << "input " << i;
     }
 }
 
@@ -115,10 +96,7 @@ INSTANTIATE_TEST_SUITE_P(Engines, FuzzOnEngine, ::testing::ValuesIn(test::AllEng
 TEST_P(FuzzOnEngine, HierarchyFollowsItsModel) {
     test::CreateTables(*database);
     std::mt19937 random(Setting("DAX_FUZZ_SEED", 1));
-    Chosen input(1500);
-    for (uint8_t& byte : input) byte = static_cast<uint8_t>(random());
-    input[0] = 1;
-    EXPECT_NO_THROW(DriveHierarchyOn(input, *database));
+    EXPECT_NO_THROW(DriveHierarchyOn(BytesOf("\1" + MadeUp(1500, random)), *database));
 }
 
 } // namespace

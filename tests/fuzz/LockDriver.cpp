@@ -11,7 +11,8 @@ namespace {
 
 constexpr const char16_t* users[] = {u"'ann'", u"'o''hara'", u"NULL", u"''", u"'\u00E9\U0001D11E'"};
 constexpr const char16_t* dates[] = {u"'2026-03-01 11:00:00'", u"'2026-03-01'", u"NULL", u"'yesterday'", u"12"};
-constexpr const char16_t* types[] = {u"1", u"5", u"-2", u"NULL", u"77", u"'x'"};
+constexpr const char16_t* sessions[] = {u"s", u"kept"};
+constexpr int types[] = {1, 5, -2, 77, 78, 79}; // the last two become none and a word
 constexpr const char16_t* lessons[] = {u"l1", u"l2", u"kept", u"gone", u"g"};
 constexpr const char16_t* names[] = {u"ann", u"o'hara", u""};
 constexpr int keys[] = {46, 116, 13};
@@ -20,54 +21,31 @@ const test::TestDatabase& Locks() {
     static const test::TestDatabase database(Engine::SQLite);
     static const bool isMade = [] {
         test::CreateTables(database);
-        std::vector<Text> statements;
         for (const Text id : {u"l1", u"l2", u"kept", u"g"})
-            statements.push_back(test::RowStatement(id, id, u"", 1, 1, id == u"g" ? ltGroup : ltLesson));
-        statements.push_back(u"CREATE TRIGGER refuse BEFORE DELETE ON velmoraUserLocks WHEN OLD.lessonID = 'kept' AND "
-                             u"OLD.machineIP = 'x' BEGIN SELECT RAISE(ABORT, 'kept'); END");
-        database.Run(statements);
+            database.Run({test::RowStatement(id, id, u"", 1, 1, id == u"g" ? ltGroup : ltLesson)});
+        database.Run({u"CREATE TRIGGER refuse BEFORE DELETE ON velmoraUserLocks WHEN OLD.lessonID = 'kept' AND "
+                      u"OLD.sessionID = 'kept' BEGIN SELECT RAISE(ABORT, 'kept'); END"});
         return true;
     }();
     (void)isMade;
     return database;
 }
 
-class LockDriver {
+class LockDriver : public ControlDriver<LockManager> {
 public:
-    explicit LockDriver(Input input) : bytes(input), callsBack(bytes.Below(3) != 0) {
-        manager->connectionString = Reachable();
-        manager->username = u"ann";
-        manager->SetupColumns();
-        const auto callBack = [this] {
-            if (callsBack && depth < 3 && bytes.Below(3) == 0) Step();
-            if (callsBack && bytes.Below(40) == 39) manager.reset();
-        };
-        manager->SelectionChanged.Add([callBack](LockDeleteTypes) { callBack(); });
-        manager->DeleteRequest.Add([callBack](LockDeleteTypes) { callBack(); });
-        manager->Error.Add([this, callBack](int32_t number, const Text& text, const Text&, const Text&, int32_t& act) {
+    LockDriver(Input input, const std::shared_ptr<ListModel>& shown)
+        : ControlDriver(input, std::make_shared<LockManager>(shown, [] { return DateTime{2026, 3, 1, 12, 0, 0}; })),
+          list(shown) {
+        control->connectionString = Reachable();
+        control->username = u"ann";
+        control->SetupColumns();
+        CallBackIn(control->SelectionChanged, control->DeleteRequest);
+        control->Error.Add([this](int32_t number, const Text& text, const Text&, const Text&, int32_t& act) {
             Require(number != 0 && !text.empty(), "an error has a number and a text");
             static constexpr int32_t actions[] = {0, actIgnore, actIgnore, actIgnore, actRetry, actAbort};
             act = bytes.OneOf(actions);
-            callBack();
+            CallBack();
         });
-    }
-
-    void Run() {
-        while (!bytes.AtEnd() && manager) {
-            if (bytes.Below(3) == 0) ChangeRows();
-            Step();
-            Check();
-        }
-        if (!manager) return;
-        // Whatever came before: shown is what there is.
-        callsBack = false;
-        manager->Error.Add([](int32_t, const Text&, const Text&, const Text&, int32_t& act) { act = actIgnore; });
-        manager->connectionString = Reachable();
-        manager->lockDisplayType = ldtAllLocks;
-        manager->RebuildDisplay();
-        Check();
-        Require(ToText(manager->LockCount()) == Locks().Ask(u"SELECT Count(*) FROM velmoraUserLocks"),
-                "every lock is shown");
     }
 
 private:
@@ -76,66 +54,68 @@ private:
 
     void ChangeRows() {
         std::vector<Text> statements;
-        if (bytes.Below(2) == 0) {
-            statements.push_back(u"UPDATE velmoraUserLocks SET machineIP = ''");
-            statements.push_back(u"DELETE FROM velmoraUserLocks");
-        }
-        for (auto rows = bytes.Below(4); rows > 0; --rows) {
-            statements.push_back(
-                u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, "
-                u"lockType) VALUES ('" +
-                Text(bytes.OneOf(lessons)) + u"', " + bytes.OneOf(users) + u", 'PC', " +
-                (bytes.Below(2) ? u"'x'" : u"'10.0.0.1'") + u", 's', " + bytes.OneOf(dates) + u", " +
-                bytes.OneOf(types) + u")");
-        }
+        if (bytes.Below(2) == 0)
+            statements = {u"UPDATE velmoraUserLocks SET sessionID = ''", u"DELETE FROM velmoraUserLocks"};
+        for (auto rows = bytes.Below(4); rows > 0; --rows)
+            statements.push_back(test::LockStatement(bytes.OneOf(lessons), bytes.OneOf(users), bytes.OneOf(types),
+                                                     bytes.OneOf(sessions), bytes.OneOf(dates)));
+        statements.push_back(u"UPDATE velmoraUserLocks SET lockType = CASE lockType WHEN 78 THEN NULL ELSE 'x' END "
+                             u"WHERE lockType >= 78");
         Locks().Run(statements);
     }
 
-    void Step() {
-        if (!manager) return;
-        ++depth;
+    void Round() override {
+        if (bytes.Below(3) == 0) ChangeRows();
+        Step();
+        Check();
+    }
+
+    // Whatever came before: shown is what there is.
+    void Finish() override {
+        callsBack = false;
+        control->Error.Add([](int32_t, const Text&, const Text&, const Text&, int32_t& act) { act = actIgnore; });
+        control->connectionString = Reachable();
+        control->lockDisplayType = ldtAllLocks;
+        control->RebuildDisplay();
+        Check();
+        RequireEqual(ToText(control->LockCount()), Locks().Ask(u"SELECT Count(*) FROM velmoraUserLocks"), "the list");
+    }
+
+    void Do() override {
         switch (bytes.Below(10)) {
         case 0:
         case 1:
-            manager->Refresh();
-            break;
+            return control->Refresh();
         case 2:
-            manager->RebuildDisplay(bytes.Below(2) == 0);
-            break;
+            return control->RebuildDisplay(bytes.Below(2) == 0);
         case 3:
-            manager->DeleteSelected();
-            break;
+            return control->DeleteSelected();
         case 4:
         case 5:
             for (size_t item = 0; item < list->Items().size(); ++item) list->SetSelected(item, bytes.Below(2) == 0);
-            manager->ListClicked();
-            break;
+            return control->ListClicked();
         case 6:
-            manager->ColumnClicked(bytes.Below(9));
-            break;
+            return control->ColumnClicked(bytes.Below(9));
         case 7:
-            manager->KeyDown(bytes.OneOf(keys));
-            break;
+            return control->KeyDown(bytes.OneOf(keys));
         case 8:
-            manager->lockDisplayType = static_cast<LockDisplayTypes>(bytes.Below(6));
-            manager->username = bytes.OneOf(names);
-            manager->lessonID = bytes.OneOf(lessons);
-            manager->isAdministrator = bytes.Below(2) == 0;
-            break;
+            control->lockDisplayType = static_cast<LockDisplayTypes>(bytes.Below(6));
+            control->username = bytes.OneOf(names);
+            control->lessonID = bytes.OneOf(lessons);
+            control->isAdministrator = bytes.Below(2) == 0;
+            return;
         default:
-            manager->showIdentifier = bytes.Below(2) == 0;
-            manager->connectionString = bytes.Below(4) ? Reachable() : bytes.Below(2) ? Text() : Text(u"none/such.db");
+            control->showIdentifier = bytes.Below(2) == 0;
+            control->connectionString = bytes.Below(4) ? Reachable() : bytes.Below(2) ? Text() : Text(u"none/such.db");
         }
-        --depth;
     }
 
     void Check() const {
-        if (!manager) return;
+        if (!control) return;
         LockCounts counted;
         for (const ListItem& item : list->Items()) {
-            Require(item.tag >= 0 && static_cast<size_t>(item.tag) < manager->Records().size(), "a row has a record");
-            const LockRecord& record = manager->Records()[static_cast<size_t>(item.tag)];
-            const bool isDeletable = LockRules::IsDeletableLock(record, manager->isAdministrator, manager->username);
+            const LockRecord& record = control->Records().at(static_cast<size_t>(item.tag));
+            const bool isDeletable = LockRules::IsDeletableLock(record, control->isAdministrator, control->username);
             ++counted.locks;
             counted.deletable += isDeletable;
             counted.selected += item.isSelected;
@@ -143,19 +123,14 @@ private:
             counted.invalid += record.invalid;
             counted.selectedInvalid += record.invalid && item.isSelected;
         }
-        Require(manager->Counts() == counted, "the locks are counted right");
+        Require(control->Counts() == counted, "the locks are counted right");
     }
 
-    Bytes bytes;
-    bool callsBack;
-    int depth = 0;
-    std::shared_ptr<ListModel> list = std::make_shared<ListModel>();
-    std::unique_ptr<LockManager> manager =
-        std::make_unique<LockManager>(list, [] { return DateTime{2026, 3, 1, 12, 0, 0}; });
+    std::shared_ptr<ListModel> list;
 };
 
 } // namespace
 
-void DriveLocks(Input input) { LockDriver(input).Run(); }
+void DriveLocks(Input input) { LockDriver(input, std::make_shared<ListModel>()).Run(); }
 
 } // namespace dax::fuzz

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/Enumerations.h"
-#include "base/Text.h"
+#include "tree/modTVW.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -17,6 +17,11 @@ namespace dax::test {
 class ReferenceTree {
 public:
     ReferenceTree() { children[u""]; }
+    // As it stands in a tree; a node without a key is the root.
+    explicit ReferenceTree(const NodeTree& tree) : ReferenceTree() {
+        for (const Node* node = tree.First(); node; node = modTVW::GetNextNode(node))
+            if (!node->Key().empty()) Insert(node->Key(), modTVW::GetNodeKey(node->Parent()), SIZE_MAX);
+    }
     void Insert(const Text& key, const Text& under, size_t at) {
         auto& list = children[under];
         list.insert(list.begin() + static_cast<ptrdiff_t>(std::min(at, list.size())), key);
@@ -36,6 +41,7 @@ public:
         list.insert(list.begin() + static_cast<ptrdiff_t>(std::min(at, list.size())), key);
         parents[key] = under;
     }
+    bool Has(const Text& key) const { return parents.contains(key); }
     size_t Index(const Text& key) const {
         const auto& list = children.at(parents.at(key));
         return static_cast<size_t>(std::find(list.begin(), list.end(), key) - list.begin());
