@@ -1,11 +1,14 @@
-// A top-level window to put controls into, and a look at what they paint.
+// A top-level window to put controls into, a look at what they paint, and at what they leave behind.
 #pragma once
 
 #include "controls/win32/ControlWindow.h"
 #include "controls/win32/GdiSurface.h"
 
+#include "../../apps/workbench/selftest/ResourceCounts.h"
+
+#include <gtest/gtest.h>
+
 #include <algorithm>
-#include <cstring>
 #include <vector>
 
 namespace dax::test {
@@ -34,18 +37,32 @@ inline Ambient At(int dpi, bool userMode = true) {
     return ambient;
 }
 
-// What stands in a window's client area now (0x00RRGGBB, top row first).
-inline std::vector<uint32_t> WindowPixels(HWND window) {
+// What stands in a part of a window's client area now (0x00RRGGBB, top row first).
+inline std::vector<uint32_t> WindowPixels(HWND window, RECT place) {
     RECT client;
     GetClientRect(window, &client);
-    const MemoryBitmap bitmap(client.right, client.bottom);
+    IntersectRect(&place, &place, &client);
+    const MemoryBitmap bitmap(place.right - place.left, place.bottom - place.top);
     const HDC dc = GetDC(window);
-    BitBlt(bitmap.Context(), 0, 0, client.right, client.bottom, dc, 0, 0, SRCCOPY);
+    BitBlt(bitmap.Context(), 0, 0, bitmap.Width(), bitmap.Height(), dc, place.left, place.top, SRCCOPY);
     ReleaseDC(window, dc);
-    const uint32_t* const pixels = bitmap.Pixels();
-    std::vector<uint32_t> all(pixels, pixels + static_cast<size_t>(client.right) * static_cast<size_t>(client.bottom));
+    std::vector<uint32_t> all(bitmap.Pixels(), bitmap.Pixels() + bitmap.Width() * bitmap.Height());
     for (uint32_t& pixel : all) pixel &= 0xFFFFFF;
     return all;
+}
+
+inline std::vector<uint32_t> WindowPixels(HWND window) { return WindowPixels(window, {0, 0, 4096, 4096}); }
+
+// What it does leaves no window and no GDI object behind, but for what the system makes the first times and keeps.
+template <typename Cycle>
+void ExpectNothingLeft(const Cycle& cycle) {
+    using Counts = workbench::selftest::ResourceCounts;
+    for (int count = 0; count < 3; ++count) cycle();
+    const int windows = Counts::CountWindows(), objects = Counts::CountGdiObjects();
+    EXPECT_GT(objects, 0);
+    cycle();
+    EXPECT_EQ(Counts::CountWindows(), windows);
+    EXPECT_EQ(Counts::CountGdiObjects(), objects);
 }
 
 } // namespace dax::test

@@ -24,25 +24,13 @@ class ScreenReader : ComApartment, public workbench::selftest::ScreenReader {
 public:
     explicit ScreenReader(HWND window) : workbench::selftest::ScreenReader(window) { EXPECT_EQ(Opened(), S_OK); }
 
-    // Asked twice: as a list, and one step after the other.
-    std::vector<LONG> Elements() const {
-        const std::vector<LONG> listed = workbench::selftest::ScreenReader::Elements();
-        std::vector<LONG> walked;
-        VARIANT at = Child(CHILDID_SELF), next{};
-        for (LONG way = NAVDIR_FIRSTCHILD; (*this)->accNavigate(way, at, &next) == S_OK; way = NAVDIR_NEXT)
-            walked.push_back((at = next).lVal);
-        EXPECT_EQ(listed, walked);
-        return listed;
-    }
     // The first element of that name; 0 for none.
     LONG Find(TextView name) const {
         for (const LONG each : Elements())
             if (Name(each) == ToUtf8(name)) return each;
         return 0;
     }
-
     std::string Name(LONG id) const { return Utf8(workbench::selftest::ScreenReader::Name(id)); }
-    std::string Value(LONG id) const { return Utf8(workbench::selftest::ScreenReader::Value(id)); }
     std::string Description(LONG id) const { return Utf8(workbench::selftest::ScreenReader::Description(id)); }
     std::string Action(LONG id) const { return Utf8(workbench::selftest::ScreenReader::Action(id)); }
     HRESULT Act(LONG id) const { return (*this)->accDoDefaultAction(Child(id)); }
@@ -61,16 +49,22 @@ public:
         VARIANT found{};
         return (*this)->accHitTest(point.x, point.y, &found) == S_OK ? found.lVal : -1;
     }
-    std::string StateWords(LONG id) const {
+    // Its level, if it has one, its name, and its states.
+    std::string Told(LONG id) const {
         static constexpr std::pair<LONG, const char*> words[] = {
             {STATE_SYSTEM_EXPANDED, " open"},     {STATE_SYSTEM_COLLAPSED, " closed"},
             {STATE_SYSTEM_SELECTED, " selected"}, {STATE_SYSTEM_FOCUSED, " focused"},
             {STATE_SYSTEM_CHECKED, " checked"},   {STATE_SYSTEM_INVISIBLE, " hidden"},
-            {STATE_SYSTEM_OFFSCREEN, " beyond"},  {STATE_SYSTEM_READONLY, " fixed"}};
-        std::string text;
+            {STATE_SYSTEM_OFFSCREEN, " beyond"}};
+        std::string text = Utf8(Value(id)) + " " + Name(id);
         for (const auto& [bit, word] : words)
             if (State(id) & bit) text += word;
         return text;
+    }
+    std::vector<std::string> ToldOfAll() const {
+        std::vector<std::string> all;
+        for (const LONG each : Elements()) all.push_back(Told(each));
+        return all;
     }
 
 private:
@@ -80,16 +74,8 @@ private:
 // What this process tells screen readers while it lives: the event, and the name of what it is about.
 class HeardEvents {
 public:
-    explicit HeardEvents(const ScreenReader& reader) : asked(reader) {
-        current = this;
-        hook = SetWinEventHook(EVENT_OBJECT_CREATE, EVENT_OBJECT_NAMECHANGE, nullptr, Hear, GetCurrentProcessId(),
-                               GetCurrentThreadId(), WINEVENT_OUTOFCONTEXT);
-        EXPECT_NE(hook, nullptr);
-    }
-    ~HeardEvents() {
-        UnhookWinEvent(hook);
-        current = nullptr;
-    }
+    explicit HeardEvents(const ScreenReader& reader) : asked(reader) { current = this; }
+    ~HeardEvents() { UnhookWinEvent(hook); }
     HeardEvents(const HeardEvents&) = delete;
     HeardEvents& operator=(const HeardEvents&) = delete;
 
@@ -97,23 +83,18 @@ public:
 
 private:
     static void CALLBACK Hear(HWINEVENTHOOK, DWORD event, HWND, LONG object, LONG child, DWORD, DWORD) {
-        static constexpr std::pair<DWORD, const char*> words[] = {{EVENT_OBJECT_DESTROY, "gone"},
-                                                                  {EVENT_OBJECT_REORDER, "order"},
-                                                                  {EVENT_OBJECT_FOCUS, "focus"},
-                                                                  {EVENT_OBJECT_SELECTION, "select"},
-                                                                  {EVENT_OBJECT_SELECTIONADD, "add"},
-                                                                  {EVENT_OBJECT_SELECTIONREMOVE, "remove"},
-                                                                  {EVENT_OBJECT_SELECTIONWITHIN, "within"},
-                                                                  {EVENT_OBJECT_STATECHANGE, "state"},
-                                                                  {EVENT_OBJECT_NAMECHANGE, "name"}};
-        if (!current || object != static_cast<LONG>(OBJID_CLIENT)) return;
-        for (const auto& [number, word] : words)
-            if (number == event && (child || event == EVENT_OBJECT_REORDER || event == EVENT_OBJECT_SELECTIONWITHIN))
-                current->heard += std::string(word) + (child ? " " + current->asked.Name(child) : "") + ", ";
+        if (object != static_cast<LONG>(OBJID_CLIENT)) return;
+        const char* const word = event == EVENT_OBJECT_FOCUS         ? "focus "
+                                 : event == EVENT_OBJECT_STATECHANGE ? "state "
+                                 : event == EVENT_OBJECT_NAMECHANGE  ? "name "
+                                                                     : nullptr;
+        if (word && child) current->heard += word + current->asked.Name(child) + ", ";
+        if (event == EVENT_OBJECT_REORDER) current->heard += "order, ";
     }
 
     const ScreenReader& asked;
-    HWINEVENTHOOK hook;
+    HWINEVENTHOOK hook = SetWinEventHook(EVENT_OBJECT_CREATE, EVENT_OBJECT_NAMECHANGE, nullptr, Hear,
+                                         GetCurrentProcessId(), GetCurrentThreadId(), WINEVENT_OUTOFCONTEXT);
     static inline HeardEvents* current = nullptr;
 };
 

@@ -4,14 +4,21 @@
 #include "hierarchy/win32/GroupEditorWindow.h"
 #include "lessonmap/SampleLesson.h"
 #include "lessonmap/win32/LessonMapEditorWindow.h"
+#include "tree/modTreeviewAPI.h"
 #include "windows/HostWindow.h"
-#include "windows/TreeWindowRows.h"
 #include "windows/UserInput.h"
 
+#include <cstring>
 #include <memory>
 #include <string>
 
 namespace dax::test {
+
+// A part of a row, or a place beside it.
+enum class RowPart { Box, Button, Label, LabelTop, LabelBottom, BehindLabel, BehindWindow, Above, Below };
+
+class TreeControlHost;
+using Act = std::function<void(TreeControlHost&, UserInput&)>; // what a user does to either
 
 class TreeControlHost {
 public:
@@ -19,9 +26,11 @@ public:
     virtual WindowBase* Control() const = 0;
     virtual void Release() = 0;
     virtual NodeTree& Model() const = 0;
+    virtual void Open(const std::string& text) = 0; // all open
     virtual void OpenSample() = 0;
     virtual std::string Shape() const = 0;
     virtual bool IsDragging() const = 0;
+    virtual bool HasBoxes() const { return false; }
     virtual void SetLocked(bool on) = 0;
 
     void Hear(const std::string& what) {
@@ -30,19 +39,92 @@ public:
         Release();
         SetFocus(host.handle);
     }
+    void Do(const Act& act) {
+        UserInput input(host.handle);
+        input.Do([&](UserInput& user) { act(*this, user); });
+    }
     std::string Take() { return std::exchange(heard, {}); }
     Node& At(TextView key) const { return key.empty() ? *Model().First() : *Model().Find(key); }
-    HWND TreeHandle() const { return GetWindow(Control()->Handle(), GW_CHILD); }
-    POINT On(TextView key, RowPart part = RowPart::Label) const { return PointOf(TreeHandle(), At(key), part); }
+    HWND Tree() const { return GetWindow(Control()->Handle(), GW_CHILD); }
+
+    // What the tree's window answers.
+    LRESULT Ask(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {
+        return SendMessageW(Tree(), message, wParam, lParam);
+    }
+    static HTREEITEM ItemOf(const Node* node) { return node ? static_cast<HTREEITEM>(node->windowItem) : nullptr; }
+    HTREEITEM Next(WPARAM relation, const Node* from = nullptr) const {
+        return reinterpret_cast<HTREEITEM>(Ask(TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(ItemOf(from))));
+    }
+    RECT Place(const Node& node, bool isCaption = true) const {
+        const HTREEITEM item = ItemOf(&node);
+        RECT rect{};
+        std::memcpy(&rect, &item, sizeof item);
+        EXPECT_TRUE(Ask(TVM_GETITEMRECT, isCaption, reinterpret_cast<LPARAM>(&rect)));
+        return rect;
+    }
+    // In screen coordinates.
+    POINT On(TextView key, RowPart part = RowPart::Label) const {
+        const RECT label = Place(At(key));
+        POINT point{label.left + 2, (label.top + label.bottom) / 2};
+        if (part == RowPart::LabelTop || part == RowPart::BehindWindow) point.y = label.top + 1;
+        if (part == RowPart::LabelBottom) point.y = label.bottom - 2;
+        if (part == RowPart::BehindLabel) point = {label.right + 20, label.top + 1};
+        if (part == RowPart::BehindWindow) point.x += 400;
+        if (part == RowPart::Above) point.y = label.top - 15;
+        if (part == RowPart::Below) point.y = label.bottom + 30;
+        const unsigned wanted = part == RowPart::Box      ? TVHT_ONITEMSTATEICON
+                                : part == RowPart::Button ? TVHT_ONITEMBUTTON
+                                                          : 0;
+        for (TVHITTESTINFO hit{}; wanted && point.x >= 0; --point.x) {
+            hit.pt = point;
+            Ask(TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+            if (!(hit.flags & wanted)) continue;
+            point.x -= 3;
+            break;
+        }
+        EXPECT_GE(point.x, 0);
+        ClientToScreen(Tree(), &point);
+        return point;
+    }
+
+    // The window shows what the model holds: every node, and the open ones one below the other.
+    void ExpectMirror() const {
+        EXPECT_EQ(Ask(TVM_GETCOUNT), Model().Count());
+        EXPECT_EQ(Next(TVGN_ROOT), ItemOf(Model().First()));
+        EXPECT_EQ(Next(TVGN_CARET), ItemOf(Model().Selected()));
+        std::vector<wchar_t> caption(260);
+        for (const Node* node = Model().First(); node; node = modTVW::GetNextNode(node)) {
+            SCOPED_TRACE(ToUtf8(Shorten(node->Caption(), 259)));
+            TVITEMW item{};
+            item.mask = TVIF_HANDLE | TVIF_STATE | TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
+            item.hItem = ItemOf(node);
+            item.stateMask = ~0u;
+            item.pszText = caption.data();
+            item.cchTextMax = static_cast<int>(caption.size());
+            EXPECT_TRUE(Ask(TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item)));
+            EXPECT_EQ(FromWide(item.pszText), Shorten(node->Caption(), 259));
+            EXPECT_TRUE(item.iImage == node->Image() && item.iSelectedImage == node->Image());
+            EXPECT_EQ((item.state & TVIS_SELECTED) != 0, node->IsSelected());
+            EXPECT_EQ(item.state >> 12 == 2, HasBoxes() && node->IsChecked());
+            if (node->FirstChild()) {
+                EXPECT_EQ((item.state & TVIS_EXPANDED) != 0, node->IsExpanded());
+            }
+            EXPECT_EQ(Next(TVGN_PARENT, node), ItemOf(node->Parent()));
+            EXPECT_EQ(Next(TVGN_CHILD, node), ItemOf(node->FirstChild()));
+            EXPECT_EQ(Next(TVGN_NEXT, node), ItemOf(node->Next()));
+        }
+        const LONG height = static_cast<LONG>(Ask(TVM_GETITEMHEIGHT));
+        LONG top = Model().IsEmpty() ? 0 : Place(*Model().First(), false).top;
+        for (const Node* row = Model().First(); row; row = modTreeviewAPI::NextVisible(*row), top += height)
+            ASSERT_EQ(Place(*row, false).top, top) << ToUtf8(row->Caption());
+    }
 
     // The row that is marked as the one to drop on, and whether the system shows anything of a drag.
     std::string Highlighted() const {
         std::string keys;
-        for (const Node* node = Model().First(); node; node = modTVW::GetNextNode(node)) {
-            const auto item = reinterpret_cast<WPARAM>(node->windowItem);
-            if (SendMessageW(TreeHandle(), TVM_GETITEMSTATE, item, TVIS_DROPHILITED) & TVIS_DROPHILITED)
+        for (const Node* node = Model().First(); node; node = modTVW::GetNextNode(node))
+            if (Ask(TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(ItemOf(node)), TVIS_DROPHILITED) & TVIS_DROPHILITED)
                 keys += node->Key().empty() ? "root" : ToUtf8(node->Key());
-        }
         return keys;
     }
     void ExpectNoDrag() const {
@@ -54,57 +136,60 @@ public:
     HostWindow host{420, 460};
     std::string heard;
     std::string releaseAt; // the control is released inside the event that begins with this
+};
+
+template <typename Window>
+class TreeHostOf : public TreeControlHost {
+public:
+    WindowBase* Control() const override { return control.get(); }
+    void Release() override { control.reset(); }
+    void SetLocked(bool on) override { Editor().SetLocked(on); }
+    auto& Editor() const { return *control->Editor(); }
+
+    std::unique_ptr<Window> control = std::make_unique<Window>();
 
 protected:
-    void Show(WindowBase& window, int height) {
-        window.SetAmbient(test::At(96));
-        window.Create(host.handle, {0, 0, 300, height});
-        window.InitProperties();
-        SetFocus(window.Handle());
+    void Show(int height) {
+        control->SetAmbient(test::At(96));
+        control->Create(host.handle, {0, 0, 300, height});
+        control->InitProperties();
+        SetFocus(control->Handle());
         ProcessPendingMessages();
     }
 };
 
-struct EditorHost : TreeControlHost {
+struct EditorHost : TreeHostOf<GroupEditorWindow> {
     explicit EditorHost(int height = 360) {
         Editor().AfterSelectionChange.Add([this](const Text& id) { Hear("selected " + ToUtf8(id)); });
         Editor().DataChanged.Add([this] { Hear("changed"); });
         Editor().DeleteRequest.Add([this] { Hear("delete"); });
         Editor().DblClick.Add([this] { Hear("double"); });
-        Show(*control, height);
+        Show(height);
     }
-    WindowBase* Control() const override { return control.get(); }
-    void Release() override { control.reset(); }
     NodeTree& Model() const override { return Editor().Tree(); }
     bool IsDragging() const override { return Editor().DragDrop().Active(); }
-    void SetLocked(bool on) override { Editor().SetLocked(on); }
 
-    // root(g(a b s(c d)) h(e f) i), open but for h.
-    void OpenSample() override {
+    // As a map of a lesson; its name stands for the database.
+    void Open(const std::string& text) override {
         Editor().Clear();
         {
             const TreeUpdate update(Model());
-            Node& root = Model().Add(nullptr, Place::LastChild, u"", u"the database", 1);
-            const std::tuple<const char16_t*, const char16_t*, int> entries[] = {
-                {u"g", u"", 2},  {u"a", u"g", 3}, {u"b", u"g", 3}, {u"s", u"g", 2}, {u"c", u"s", 3},
-                {u"d", u"s", 4}, {u"h", u"", 2},  {u"e", u"h", 3}, {u"f", u"h", 3}, {u"i", u"", 3}};
-            for (const auto& [key, parent, image] : entries) {
-                Node* const above = Model().Find(parent);
-                Model().Add(above ? above : &root, Place::LastChild, key, Text(u"entry ") + key, image);
+            std::vector<Node*> path{&Model().Add(nullptr, Place::LastChild, u"", u"the database", 1)};
+            const auto map = std::dynamic_pointer_cast<ContentMap>(MakeLesson(text)->Maps()->Item(0));
+            for (const LayoutEntry& entry : map->Layout()) {
+                path.resize(static_cast<size_t>(entry.depth));
+                path.push_back(&Model().Add(path.back(), Place::LastChild, entry.sbid, u"entry " + entry.sbid, 3));
             }
             modTVW::SetAllExpanded(Model(), true);
-            At(u"h").SetExpanded(false);
         }
         ProcessPendingMessages();
         heard.clear();
     }
+    void OpenSample() override { Open(": g( a b s( c d ) ) h( e f ) i"); }
     std::string Shape() const override { return Print(Model()); }
-    GroupEditor& Editor() const { return *control->Editor(); }
-
-    std::unique_ptr<GroupEditorWindow> control = std::make_unique<GroupEditorWindow>();
 };
 
-struct LessonMapHost : TreeControlHost {
+struct LessonMapHost : TreeHostOf<LessonMapEditorWindow> {
     explicit LessonMapHost(bool hasBoxes = false, int height = 360) {
         Editor().SetCheckboxes(hasBoxes);
         Editor().BeforeSelectionChange.Add([this](const auto&, const auto&, bool&) { Hear("before"); });
@@ -114,15 +199,13 @@ struct LessonMapHost : TreeControlHost {
         Editor().MapChanged.Add([this](MapChangeTypes type) { Hear("changed " + std::to_string(type)); });
         Editor().DeleteRequest.Add([this] { Hear("delete"); });
         Editor().ContextMenuRequest.Add([this] { Hear("menu"); });
-        Show(*control, height);
+        Show(height);
     }
-    WindowBase* Control() const override { return control.get(); }
-    void Release() override { control.reset(); }
     NodeTree& Model() const override { return *Editor().tvwObject(); }
     bool IsDragging() const override { return Editor().IsDragging(); }
-    void SetLocked(bool on) override { Editor().SetLocked(on); }
+    bool HasBoxes() const override { return Editor().Checkboxes(); }
 
-    void Open(const std::string& text) {
+    void Open(const std::string& text) override {
         lesson = MakeLesson(text);
         Editor().SetLesson(nullptr); // nothing stays from the lesson before
         Editor().SetLesson(lesson);
@@ -142,20 +225,18 @@ struct LessonMapHost : TreeControlHost {
             if (node->IsChecked()) keys += ToUtf8(node->Key());
         return keys;
     }
-    LessonMapEditor& Editor() const { return *control->Editor(); }
 
-    std::unique_ptr<LessonMapEditorWindow> control = std::make_unique<LessonMapEditorWindow>();
     std::shared_ptr<ContentLesson> lesson;
 };
-
-// What a user does to either.
-using Act = std::function<void(TreeControlHost&, UserInput&)>;
 
 inline Act Click(TextView key, RowPart part = RowPart::Label) {
     return [=](TreeControlHost& host, UserInput& user) { user.Click(host.On(key, part)); };
 }
 inline Act Twice(TextView key, RowPart part = RowPart::Label) {
     return [=](TreeControlHost& host, UserInput& user) { user.DoubleClick(host.On(key, part)); };
+}
+inline Act RightClick(TextView key) {
+    return [=](TreeControlHost& host, UserInput& user) { user.RightClick(host.On(key)); };
 }
 inline Act Type(WORD key) {
     return [=](TreeControlHost&, UserInput& user) { user.Type(key); };
@@ -167,14 +248,21 @@ inline Act Holding(std::initializer_list<WORD> keys, const Act& act) {
         for (const WORD key : keys) user.KeyUp(key);
     };
 }
-inline Act RightClick(TextView key) {
-    return [=](TreeControlHost& host, UserInput& user) { user.RightClick(host.On(key)); };
-}
-inline Act Drag(TextView from, TextView to) { // and drop; the control may go meanwhile
+// The drag begins where it was pressed, and stays at the end; the control may go meanwhile.
+inline Act DragTo(TextView from, TextView to, RowPart part = RowPart::LabelTop) {
     return [=](TreeControlHost& host, UserInput& user) {
-        const POINT start = host.On(from), end = host.On(to, RowPart::LabelTop);
+        const POINT start = host.On(from), end = host.On(to, part);
         user.Press(start);
+        user.Move({start.x + GetSystemMetrics(SM_CXDRAG) + 1, start.y});
         user.Move(end);
+    };
+}
+inline Act LetGo() {
+    return [](TreeControlHost&, UserInput& user) { user.Release(); };
+}
+inline Act Drag(TextView from, TextView to) {
+    return [=](TreeControlHost& host, UserInput& user) {
+        DragTo(from, to)(host, user);
         user.Release();
     };
 }

@@ -1,16 +1,13 @@
-#include "Driver.h"
-
 #include "../../apps/workbench/ui/Ids.h"
+#include "Driver.h"
 #include "cli/TypicalStart.h"
 
 #include <commctrl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <objbase.h>
 
 #include <algorithm>
 #include <cctype>
-#include <tuple>
 
 namespace dax::test {
 
@@ -30,23 +27,23 @@ protected:
 };
 
 TEST_F(WorkbenchTest, TakesAPictureOfEveryPageInItsStates) {
-    const std::wstring shots = Wide(folder.File(u"shots"));
-    Workbench program({Content(), L"--connector", Wide(start.Connector()), L"--user", L"anna", L"--shots", shots});
+    const Text shots = folder.File(u"shots");
+    Workbench program(
+        {Content(), L"--connector", Wide(start.Connector()), L"--user", L"anna", L"--shots", Wide(shots)});
     ASSERT_EQ(program.ExitCode(), 0) << program.Said();
     // Each control's own picture is another one in another state.
-    const std::pair<const wchar_t*, const wchar_t*> states[] = {
-        {L"validator-valid", L"validator-missing"}, {L"connector-loaded", L"connector-nouser"},
-        {L"hierarchy-lesson", L"hierarchy-group"},  {L"lessonmap-opened", L"lessonmap-checked"},
-        {L"locks-all", L"locks-selected"},          {L"hierarchy-lesson", L"hierarchy-maximised"},
+    const std::pair<const char*, const char*> states[] = {
+        {"validator-valid", "validator-missing"}, {"connector-loaded", "connector-nouser"},
+        {"hierarchy-lesson", "hierarchy-group"},  {"lessonmap-opened", "lessonmap-checked"},
+        {"locks-all", "locks-selected"},          {"hierarchy-lesson", "hierarchy-maximised"},
     };
-    const auto read = [&](const wchar_t* name) {
-        const std::string bytes = ReadBytes(shots + L"\\" + name + L".png");
-        EXPECT_TRUE(bytes.starts_with("\x89PNG") && bytes.size() > 4000) << ::testing::PrintToString(name);
+    const auto read = [&](const std::string& name) {
+        const std::string bytes = ReadBytes(std::filesystem::path(Wide(shots)) / (name + ".png"));
+        EXPECT_TRUE(bytes.starts_with("\x89PNG") && bytes.size() > 4000) << name;
         return bytes;
     };
-    for (const auto& [one, other] : states)
-        EXPECT_NE(read(one), read(other)) << ::testing::PrintToString(std::wstring(one));
-    EXPECT_EQ(read(L"hierarchy-restored"), read(L"hierarchy-lesson")) << "all is painted again";
+    for (const auto& [one, other] : states) EXPECT_NE(read(one), read(other)) << one;
+    EXPECT_EQ(read("hierarchy-restored"), read("hierarchy-lesson")) << "all is painted again";
     // Pictures change nothing.
     EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraLessons"), u"6");
     EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"3");
@@ -75,8 +72,8 @@ TEST_F(WorkbenchTest, RefusesArgumentsInWords) {
 
 // Away from the control library it depends on the machine: the registered controls, or advice.
 TEST_F(WorkbenchTest, AwayFromTheLibraryItUsesTheRegisteredControlsOrSaysHow) {
-    const std::wstring alone = Wide(folder.File(u"DAXWorkbench.exe"));
-    ASSERT_TRUE(CopyFileW(WorkbenchPath().c_str(), alone.c_str(), TRUE));
+    const std::filesystem::path alone = folder.Path() / "DAXWorkbench.exe";
+    std::filesystem::copy_file(WorkbenchPath(), alone);
     CLSID id;
     const bool registered = SUCCEEDED(CLSIDFromProgID(L"DAXControls.DatabaseValidator", &id));
     Workbench program({L"--shots", Wide(folder.File(u"shots"))}, alone);
@@ -85,89 +82,85 @@ TEST_F(WorkbenchTest, AwayFromTheLibraryItUsesTheRegisteredControlsOrSaysHow) {
 }
 
 TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
-    constexpr int page = 2;
     content.Run({u"UPDATE velmoraUserLocks SET lockType = 1, machineName = 'desk' WHERE lessonID = 'l2'"});
     Workbench program({Content()});
-    ASSERT_TRUE(program.Show(page));
-    const auto shows = [&](int field, const wchar_t* text) { return program.Shows(page, field, text); };
+    ASSERT_TRUE(program.Show(hierarchyPage)) << program.Said();
+    const auto shows = [&](int field, const wchar_t* text) { return program.Shows(hierarchyPage, field, text); };
     const auto title = [&](TextView id) {
-        return ToUtf8(content.Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE lessonID = '" + Text(id) + u"'"));
+        return content.Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE lessonID = '" + Text(id) + u"'");
     };
     ASSERT_TRUE(shows(idResult, L"6 entries loaded.")) << program.Said();
-    const HWND tree = program.Inside(program.Field(page, idTree), WC_TREEVIEWW);
-    const int row = static_cast<int>(SendMessageW(tree, TVM_GETITEMHEIGHT, 0, 0));
+    const HWND tree = program.Inside(program.Field(hierarchyPage, idTree), WC_TREEVIEWW);
+    const int height = static_cast<int>(SendMessageW(tree, TVM_GETITEMHEIGHT, 0, 0));
+    const auto click = [&](int row, bool isRight = false) {
+        program.Click(tree, row == 3 ? 90 : 60, row * height + height / 2, 1, isRight);
+    };
     const auto clickGroup = [&] {
-        program.Click(tree, 60, row + row / 2); // the one below the database
+        click(1); // the one below the database
         return shows(idIdentifier, L"G-1");
     };
     ASSERT_TRUE(clickGroup());
-    EXPECT_TRUE(program.Until([&] { return program.Focus() == tree; }));
-    program.Press(tree, VK_RIGHT);
-    program.Press(tree, VK_DOWN);
+    EXPECT_TRUE(program.HasFocus(tree));
+    program.Type({VK_RIGHT});
+    program.Type({VK_DOWN});
     ASSERT_TRUE(shows(idTitle, L"O'Neil's \"first\""));
-    EXPECT_EQ(program.FieldText(page, idIdentifier), L"L-1");
+    EXPECT_EQ(program.FieldText(hierarchyPage, idIdentifier), L"L-1");
+    program.Type({VK_MENU, VK_DOWN}); // one entry down
 
     // What is typed takes effect by Enter, and by whatever the user goes on to.
-    program.Press(tree, VK_DOWN, true);
-    ASSERT_TRUE(program.Fill(page, idTitle, L"Alpha of today"));
-    program.Press(program.Field(page, idTitle), VK_RETURN);
-    EXPECT_TRUE(shows(idResult, L"Updated; not yet saved."));
-    EXPECT_TRUE(program.Until([&] { return program.Focus() == tree; }));
-    program.Command(page, idSave);
-    EXPECT_TRUE(shows(idResult, L"Saved."));
-    EXPECT_EQ(content.Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE parentID = 'g1' AND sortPosition = 2"),
-              u"Alpha of today");
     const struct {
         const wchar_t* typed;
         std::function<void()> goOn;
     } ways[] = {
+        {L"Enter", [&] { program.Type({VK_RETURN}); }},
         {L"another entry", [&] { clickGroup(); }},
-        {L"another page", [&] { program.Show(3); }},
-        {L"saving",
-         [&] {
-             program.Type({VK_CONTROL, 'S'});
-         }},
+        {L"another page", [&] { program.Show(mapPage); }},
+        {L"saving", [] {}},
         {L"loading",
          [&] {
              program.Type({VK_F5});
-             program.Answer(IDYES);
-             shows(idResult, L"6 entries loaded.");
+             EXPECT_TRUE(program.Answer(IDYES));
+             EXPECT_TRUE(shows(idResult, L"6 entries loaded."));
              clickGroup();
-             program.Press(tree, VK_RIGHT);
+             program.Type({VK_RIGHT});
          }},
     };
     for (const auto& way : ways) {
-        program.Show(page);
-        program.Click(tree, 90, 3 * row + row / 2);
-        ASSERT_TRUE(shows(idIdentifier, L"L-1")) << way.typed;
-        ASSERT_TRUE(program.Fill(page, idTitle, way.typed));
+        SCOPED_TRACE(::testing::PrintToString(way.typed));
+        program.Show(hierarchyPage);
+        click(3);
+        ASSERT_TRUE(shows(idIdentifier, L"L-1"));
+        ASSERT_TRUE(program.Fill(hierarchyPage, idTitle, way.typed));
         way.goOn();
-        program.Command(page, idSave);
-        EXPECT_TRUE(program.Until([&] {
-            return title(u"l1") == ToUtf8(Text(way.typed, way.typed + std::wcslen(way.typed)));
-        })) << way.typed;
+        program.Show(hierarchyPage);
+        program.Type({VK_CONTROL, 'S'});
+        EXPECT_TRUE(program.Until([&] { return Wide(title(u"l1")) == way.typed; }));
     }
+    EXPECT_EQ(title(u"l1"), content.Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE parentID = 'g1' AND "
+                                        u"sortPosition = 2"))
+        << "the movement was saved as well";
 
-    program.Click(tree, 90, 3 * row + row / 2);
+    click(3);
     ASSERT_TRUE(shows(idIdentifier, L"L-1"));
-    ASSERT_TRUE(program.Fill(page, idTitle, L"mine"));
+    ASSERT_TRUE(program.Fill(hierarchyPage, idTitle, L"mine"));
     program.Type({VK_RETURN});
-    EXPECT_TRUE(program.Until([&] { return program.Focus() == tree; })) << "though the other page has a button like it";
-    for (const auto& [key, text, said] : {std::tuple('Z', L"loading", L"Undone"), std::tuple('Y', L"mine", L"Done")}) {
-        program.Type({VK_CONTROL, static_cast<WORD>(key)});
-        EXPECT_TRUE(shows(idTitle, text));
-        EXPECT_TRUE(shows(idResult, said));
-    }
+    EXPECT_TRUE(shows(idResult, L"Updated; not yet saved."));
+    EXPECT_TRUE(program.HasFocus(tree)) << "though the other page has a button like it";
+    program.Type({VK_CONTROL, 'Z'});
+    EXPECT_TRUE(shows(idTitle, L"loading") && shows(idResult, L"Undone"));
+    program.Type({VK_CONTROL, 'Y'});
+    EXPECT_TRUE(shows(idTitle, L"mine") && shows(idResult, L"Done"));
     // Another author was faster.
     content.Run({u"UPDATE velmoraLessons SET lessonTitle = 'theirs' WHERE lessonID = 'l3'"});
     for (const int answer : {IDCANCEL, IDYES}) {
-        program.Command(page, idSave);
+        program.ClickTool(hierarchyPage, idSave);
         EXPECT_THAT(program.QuestionText(), HasSubstr("theirs"));
         EXPECT_TRUE(program.Answer(answer));
         EXPECT_TRUE(shows(idResult, answer == IDYES ? L"6 entries loaded." : L"Nothing was saved"));
-        EXPECT_EQ(program.FieldText(page, idTitle) == L"mine", answer == IDCANCEL) << "the edits stay till then";
+        EXPECT_EQ(program.FieldText(hierarchyPage, idTitle) == L"mine", answer == IDCANCEL)
+            << "the edits stay till then";
     }
-    EXPECT_EQ(title(u"l1") + title(u"l3"), "loadingtheirs");
+    EXPECT_EQ(title(u"l1") + title(u"l3"), u"loadingtheirs");
 
     // A group goes with what is in it only when that is said; Enter is the way out.
     ASSERT_TRUE(clickGroup());
@@ -177,19 +170,16 @@ TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
     program.Type({VK_RETURN});
     EXPECT_TRUE(program.Until([&] { return IsWindowEnabled(program.Frame()); }));
     // The menu of the Menu key, and the right button's, which selects what it is pressed on.
+    EXPECT_TRUE(program.HasFocus(tree));
     program.Type({VK_APPS});
-    EXPECT_TRUE(program.Popup(L"#32768"));
+    EXPECT_TRUE(program.HasMenu(true));
     program.Type({VK_ESCAPE});
-    POINT at{60, 5 * row + row / 2};
-    ClientToScreen(tree, &at);
-    SetCursorPos(at.x, at.y); // the menu's message has the pointer's place
-    ScreenToClient(tree, &at);
-    PostMessageW(tree, WM_RBUTTONDOWN, MK_RBUTTON, MAKELPARAM(at.x, at.y));
-    PostMessageW(tree, WM_RBUTTONUP, 0, MAKELPARAM(at.x, at.y));
-    EXPECT_TRUE(program.Popup(L"#32768"));
+    EXPECT_TRUE(program.HasMenu(false));
+    click(5, true);
+    EXPECT_TRUE(program.HasMenu(true));
     EXPECT_TRUE(shows(idIdentifier, L"DUP"));
     program.Type({'N'});
-    EXPECT_TRUE(program.Until([&] { return program.Focus() == program.Field(page, idTitle); })) << "to be renamed";
+    EXPECT_TRUE(program.HasFocus(program.Field(hierarchyPage, idTitle))) << "to be renamed";
 
     ASSERT_TRUE(clickGroup());
     program.Type({VK_DELETE});
@@ -206,7 +196,7 @@ TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
 // A letter twice would lead to either field by turns, and one of a menu would hide behind a field's.
 TEST_F(WorkbenchTest, EveryUnderlinedLetterStandsForOneThing) {
     Workbench program({Content()});
-    for (int page = 0; page < 6; ++page) {
+    for (int page = 0; page <= pageCount; ++page) { // and the page of the controls in design mode
         ASSERT_TRUE(program.Show(page));
         std::string letters = "gh"; // the menus'
         for (const std::wstring& text : program.Labels())
@@ -219,14 +209,13 @@ TEST_F(WorkbenchTest, EveryUnderlinedLetterStandsForOneThing) {
 }
 
 TEST_F(WorkbenchTest, AsksBeforeLocksAreDeletedAndWhenTheyCannotBeRead) {
-    constexpr int page = 4;
     Workbench program({Content()});
-    ASSERT_TRUE(program.Show(page));
-    const auto shows = [&](int field, const wchar_t* text) { return program.Shows(page, field, text); };
+    ASSERT_TRUE(program.Show(locksPage));
+    const auto shows = [&](int field, const wchar_t* text) { return program.Shows(locksPage, field, text); };
     ASSERT_TRUE(shows(idResult, L"3 locks listed.")) << program.Said();
-    const HWND list = program.Inside(program.Field(page, idLocks), WC_LISTVIEWW);
+    const HWND list = program.Inside(program.Field(locksPage, idLocks), WC_LISTVIEWW);
     program.Click(list, 20, 40);
-    ASSERT_TRUE(program.Until([&] { return program.Focus() == list; }));
+    ASSERT_TRUE(program.HasFocus(list));
     program.Type({VK_CONTROL, 'A'});
     program.Type({VK_DELETE});
     EXPECT_THAT(program.QuestionText(), AllOf(HasSubstr("1 of the 3 selected is valid"), HasSubstr("Delete 3 locks")));
@@ -234,10 +223,10 @@ TEST_F(WorkbenchTest, AsksBeforeLocksAreDeletedAndWhenTheyCannotBeRead) {
     EXPECT_TRUE(program.Until([&] { return IsWindowEnabled(program.Frame()); }));
     EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"3");
     content.Run({u"ALTER TABLE velmoraUserLocks RENAME TO elsewhere"});
-    PostMessageW(program.Field(page, idLoad), BM_CLICK, 0, 0);
+    program.Type({VK_F5});
     EXPECT_TRUE(program.Answer(IDABORT));
     EXPECT_TRUE(shows(idResult, L"Refresh: "));
-    PostMessageW(program.Field(page, idLoad), BM_CLICK, 0, 0);
+    program.Type({VK_F5});
     ASSERT_TRUE(program.Question());
     content.Run({u"ALTER TABLE elsewhere RENAME TO velmoraUserLocks"});
     EXPECT_TRUE(program.Answer(IDRETRY));

@@ -1,0 +1,277 @@
+// Both tree controls under a user's mouse and keyboard.
+#include "windows/TreeControlHost.h"
+
+namespace dax::test {
+
+TEST(TreeInput, BoxesAreTickedByBranchOneByOneAndByTheTopRow) {
+    const struct {
+        const char* what;
+        Act act;
+        const char* checked;
+    } cases[] = {
+        {"click", Click(u"c", RowPart::Box), "cde"},
+        {"click again", Click(u"c", RowPart::Box), ""},
+        {"Ctrl+click", Holding({VK_CONTROL}, Click(u"c", RowPart::Box)), "c"},
+        {"Space: the branch of the top row, whatever is selected", Type(VK_SPACE), "Aabcdef"},
+        {"Space again", Type(VK_SPACE), ""},
+        {"double click on the caption", Twice(u"c"), "cde"},
+        {"double click on the box: there and back", Twice(u"c", RowPart::Box), "cde"},
+        {"click on a leaf", Click(u"h", RowPart::Box), "cdeh"},
+    };
+    LessonMapHost host(true);
+    host.OpenSample();
+    host.Editor().SetCurrentSBID(u"h");
+    host.Take();
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        host.At(u"c").SetExpanded(true); // a double click folds it
+        host.Do(each.act);
+        EXPECT_EQ(host.Checked(), each.checked);
+        host.ExpectMirror();
+        EXPECT_TRUE(UserInput::Await([&] { return host.Take().find("checked") != std::string::npos; }));
+    }
+    // A burst is told once. The keys come faster than any message in between.
+    for (int count = 0; count < 5; ++count) SendMessageW(host.Tree(), WM_KEYDOWN, VK_SPACE, 0x390001);
+    EXPECT_TRUE(UserInput::Await([&] { return !host.heard.empty(); }));
+    EXPECT_EQ(host.Take(), "checked");
+    // Space is the tree's own key while it has boxes.
+    for (const bool isOn : {true, false}) {
+        host.Editor().SetCheckboxes(isOn);
+        EXPECT_EQ(host.control->TranslateKey({host.Tree(), WM_KEYDOWN, VK_SPACE, 1, 0, {}}), isOn);
+    }
+}
+
+TEST(TreeInput, KeysAndButtonsMeanWhatTheyShould) {
+    struct Case {
+        const char* what;
+        Act act;
+        const char *heard, *heardWhenLocked;
+    };
+    const Case ofPages[] = {
+        {"click", Click(u"b"), "selected b", "selected b"},
+        {"down", Type(VK_DOWN), "selected c", "selected c"},
+        {"Delete", Type(VK_DELETE), "delete", ""},
+        {"right click", RightClick(u"c"), "menu", ""},
+        {"Menu key", Type(VK_APPS), "menu", ""},
+        {"Shift+F10", Holding({VK_SHIFT}, Type(VK_F10)), "menu", ""},
+        {"a map", Type(VK_HOME), "selected -", "selected -"},
+        {"Enter", Type(VK_RETURN), "", ""},
+        {"to the page before", Click(u"a"), "selected a", "selected a"},
+        {"its map is folded", Click(u"A", RowPart::Button), "selected -", "selected -"},
+        {"and opened", Click(u"A", RowPart::Button), "", ""},
+    };
+    const Case ofGroups[] = {
+        {"click", Click(u"a"), "selected a", "selected a"},
+        {"down", Type(VK_DOWN), "selected b", "selected b"},
+        {"Delete", Type(VK_DELETE), "delete", "delete"},
+        {"Enter", Type(VK_RETURN), "", "double"},
+        {"double click", Twice(u"d"), "selected d, double", "selected d, double"},
+        {"the first row", Type(VK_HOME), "selected ", "selected "},
+        {"Space", Type(VK_SPACE), "", ""},
+    };
+    const auto run = [](TreeControlHost& host, const auto& cases) {
+        host.OpenSample();
+        for (const bool isLocked : {false, true}) {
+            host.SetLocked(isLocked);
+            for (const Case& each : cases) {
+                SCOPED_TRACE(testing::Message() << each.what << (isLocked ? ", locked" : ""));
+                host.Do(each.act);
+                EXPECT_EQ(host.Take(), isLocked ? each.heardWhenLocked : each.heard);
+                host.ExpectMirror();
+            }
+        }
+    };
+    EditorHost groups;
+    run(groups, ofGroups);
+    LessonMapHost pages;
+    run(pages, ofPages);
+    EXPECT_EQ(pages.lesson->CurrentSBID(), pages.Editor().CurrentSBID());
+}
+
+TEST(TreeInput, CtrlAndShiftOpenAndCloseWholeBranches) {
+    LessonMapHost host;
+    host.Open("A: a( b( c( d ) ) e( f ) ) | B: g( h )");
+    const struct {
+        std::initializer_list<WORD> keys;
+        const char* open;
+    } cases[] = {{{VK_CONTROL, VK_SHIFT}, "ABg"},
+                 {{}, "AaBg"},
+                 {{}, "ABg"},
+                 {{VK_CONTROL, VK_SHIFT}, "AabceBg"},
+                 {{VK_SHIFT}, "AbceBg"}}; // one node alone
+    for (const auto& each : cases) {
+        host.Do(Holding(each.keys, Click(u"a", RowPart::Button)));
+        host.ExpectMirror();
+        std::string open;
+        for (const Text& key : modTVW::GetExpandedKeys(host.Model()))
+            if (host.At(key).FirstChild()) open += ToUtf8(key);
+        EXPECT_EQ(open, each.open) << &each - cases;
+    }
+}
+
+TEST(TreeInput, TheHostMayLetGoOfItUnderTheMouse) {
+    const struct {
+        bool arePages;
+        const char* event;
+        Act act;
+        bool isLocked = false;
+    } cases[] = {
+        {false, "selected", Click(u"a")},     {false, "selected", Drag(u"d", u"a")}, // when the drag selects the entry
+        {false, "double", Twice(u"b"), true}, {false, "changed", Drag(u"i", u"a")},
+        {true, "menu", RightClick(u"b")},     {true, "checked", Click(u"c", RowPart::Box)},
+        {true, "changed", Drag(u"f", u"a")},
+    };
+    const long living = WindowBase::LiveCount();
+    ExpectNothingLeft([&] {
+        for (const auto& each : cases) {
+            SCOPED_TRACE(testing::Message() << each.event << " case " << &each - cases);
+            std::unique_ptr<TreeControlHost> host;
+            if (each.arePages)
+                host = std::make_unique<LessonMapHost>(true);
+            else
+                host = std::make_unique<EditorHost>();
+            host->OpenSample();
+            host->Model().Select(&host->At(u"b"));
+            host->SetLocked(each.isLocked);
+            host->Take();
+            host->releaseAt = each.event;
+            host->Do(each.act);
+            EXPECT_TRUE(UserInput::Await([&] { return host->Control() == nullptr; })) << host->heard;
+            EXPECT_TRUE(UserInput::Await([&] { return WindowBase::LiveCount() == living; }));
+        }
+    });
+}
+
+// Where drops go is tested without a window; here, that rows are found, marked and left.
+TEST(TreeInput, RowsAreDroppedBesideOthersIntoThemOrNowhere) {
+    struct Case {
+        const char16_t *from, *to;
+        RowPart part;
+        const char* target; // empty: no place to drop
+        const char* shape;
+        bool isIntoIt = false; // with Ctrl
+    };
+    constexpr const char *groups = ": g( a b s( c d ) ) h( e f ) i", *pages = "A: a b c( d e ) f | B: g h | C:";
+    const Case ofGroups[] = {
+        {u"i", u"a", RowPart::LabelTop, "a", ": g( i a b s( c d ) ) h( e f )"},
+        {u"i", u"b", RowPart::LabelBottom, "b", ": g( a b i s( c d ) ) h( e f )"},
+        {u"g", u"c", RowPart::LabelTop, "", groups}, // its own branch
+        {u"a", u"i", RowPart::LabelTop, "i", ": g( b s( c d ) ) h( e f ) i( a )", true},
+    };
+    const Case ofPages[] = {
+        {u"f", u"g", RowPart::BehindLabel, "g", "A: a b c( d e ) | B: f g h | C:"},
+        {u"f", u"g", RowPart::BehindWindow, "", pages},
+        {u"d", u"C", RowPart::Label, "C", "A: a b c( e ) f | B: g h | C: d"}, // into an empty map
+        {u"b", u"C", RowPart::Below, "C", "A: a c( d e ) f | B: g h | C: b"},
+        {u"f", u"A", RowPart::Above, "", pages},
+    };
+    // What was dropped on is selected, in both trees.
+    const auto run = [](TreeControlHost& host, const auto& cases, const auto& told) {
+        for (const Case& each : cases) {
+            SCOPED_TRACE(testing::Message() << "row " << &each - cases << ": " << ToUtf8(each.from));
+            host.OpenSample();
+            host.Do(DragTo(each.from, each.to, each.part));
+            EXPECT_TRUE(host.IsDragging());
+            const std::vector<uint32_t> marked = WindowPixels(host.Tree());
+            if (each.isIntoIt) {
+                host.Do([](TreeControlHost&, UserInput& user) { user.KeyDown(VK_CONTROL); });
+                EXPECT_NE(WindowPixels(host.Tree()), marked) << "the mark goes without a move of the pointer";
+            }
+            EXPECT_EQ(host.Highlighted(), each.target);
+            EXPECT_EQ(GetCapture(), host.Tree());
+            EXPECT_EQ(host.Take(), "selected " + ToUtf8(each.from));
+            host.Do(LetGo());
+            if (each.isIntoIt) host.Do([](TreeControlHost&, UserInput& user) { user.KeyUp(VK_CONTROL); });
+            EXPECT_EQ(host.Shape(), each.shape);
+            EXPECT_EQ(host.Take(), *each.target ? told(std::string(each.target)) : "");
+            host.ExpectMirror();
+            host.ExpectNoDrag();
+        }
+    };
+    EditorHost editor;
+    run(editor, ofGroups, [](const std::string& target) { return "selected " + target + ", changed"; });
+    LessonMapHost map;
+    run(map, ofPages,
+        [](const std::string& target) { return "changed 2, selected " + (target[0] < 'a' ? "-" : target); });
+}
+
+// Nothing of the marks and of the picture of the row is left.
+TEST(TreeInput, ADragIsCancelled) {
+    const Act rightButton = [](TreeControlHost&, UserInput& user) {
+        user.Button(MOUSEEVENTF_RIGHTDOWN);
+        user.Button(MOUSEEVENTF_RIGHTUP);
+    };
+    const auto run = [&](TreeControlHost&& host, const std::string& heardOfRightButton) {
+        const std::tuple<const char*, Act, std::string> cases[] = {{"Escape", Type(VK_ESCAPE), ""},
+                                                                   {"right button", rightButton, heardOfRightButton},
+                                                                   {"the mouse is taken away", nullptr, ""}};
+        for (const auto& [what, act, heard] : cases) {
+            SCOPED_TRACE(what);
+            host.OpenSample();
+            host.Do(Click(u"f"));
+            const std::string shape = host.Shape();
+            const std::vector<uint32_t> clean = WindowPixels(host.Tree());
+            host.Do(DragTo(u"f", u"a"));
+            EXPECT_NE(WindowPixels(host.Tree()), clean);
+            host.Do(Type(VK_DELETE));
+            EXPECT_EQ(host.Take(), "selected f") << "no deletion during a drag";
+            act ? host.Do(act) : void(ReleaseCapture());
+            host.ExpectNoDrag();
+            EXPECT_EQ(host.Take(), heard);
+            host.Do(LetGo());
+            EXPECT_EQ(WindowPixels(host.Tree()), clean);
+            EXPECT_EQ(host.Shape(), shape) << "nothing is dropped any more";
+            EXPECT_EQ(host.Take(), "");
+        }
+    };
+    run(EditorHost(), "");
+    run(LessonMapHost(), "menu"); // its coming up is one without a drag
+}
+
+TEST(TreeInput, RestingOpensANodeAndEdgesScroll) {
+    {
+        EditorHost groups;
+        groups.OpenSample();
+        groups.At(u"h").SetExpanded(false);
+        groups.Do(DragTo(u"a", u"h"));
+        EXPECT_TRUE(UserInput::Await([&] { return groups.At(u"h").IsExpanded(); }));
+        groups.ExpectMirror();
+        groups.Do(LetGo());
+    }
+    LessonMapHost host(false, 150);
+    std::string lesson = "A:";
+    for (int n = 0; n < 30; ++n) lesson += " p" + std::to_string(n) + std::string(75, 'm');
+    host.Open(lesson);
+    const auto page = [](int n) { return u"p" + ToText(n) + Text(75, u'm'); };
+    host.Do(DragTo(page(1), page(2)));
+    RECT client;
+    GetClientRect(host.Tree(), &client);
+    const POINT start{GetScrollPos(host.Tree(), SB_HORZ), GetScrollPos(host.Tree(), SB_VERT)};
+    const auto isScrolled = [&](bool right, bool down) {
+        return (GetScrollPos(host.Tree(), SB_HORZ) > start.x) == right &&
+               (GetScrollPos(host.Tree(), SB_VERT) > start.y) == down;
+    };
+    const struct {
+        POINT pointer; // near an edge, or a little outside of it
+        bool right, down;
+    } cases[] = {{{client.right / 2, client.bottom - 6}, false, true},
+                 {{client.right - 6, client.bottom / 2}, true, true},
+                 {{-4, -4}, false, false}};
+    for (const auto& each : cases) {
+        host.Do([&](TreeControlHost&, UserInput& user) {
+            POINT point = each.pointer;
+            ClientToScreen(host.Tree(), &point);
+            user.Move(point);
+        });
+        EXPECT_TRUE(UserInput::Await([&] { return isScrolled(each.right, each.down); })) << &each - cases;
+    }
+    // The row under the pointer is another one now, and so is the place to drop.
+    host.Do([&](TreeControlHost&, UserInput& user) { user.Move(host.On(page(3), RowPart::LabelTop)); });
+    EXPECT_EQ(host.Highlighted(), ToUtf8(page(3)));
+    host.Do(LetGo());
+    EXPECT_EQ(host.At(page(3)).Previous(), &host.At(page(1)));
+    host.ExpectMirror();
+    host.ExpectNoDrag();
+}
+
+} // namespace dax::test
