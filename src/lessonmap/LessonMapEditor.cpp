@@ -44,6 +44,7 @@ void LessonMapEditor::Close() {
 }
 
 void LessonMapEditor::SetWindow(TreeWindow* newWindow) {
+    EndDrag();
     window = newWindow;
     drag.Bind(isClosed ? nullptr : tree.get(), newWindow);
     subclasser.RegisterWindows(isClosed ? nullptr : tree.get(), newWindow);

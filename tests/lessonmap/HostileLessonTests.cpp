@@ -18,9 +18,11 @@ struct FaultInjector {
     int countdown = -1; // calls until it happens; negative: never
     bool isLasting = false;
     std::function<void()> act;
+    int done = 0;
     void Tick() {
         if (countdown < 0 || countdown-- > 0) return;
         if (isLasting) countdown = 0;
+        ++done;
         act();
     }
 };
@@ -43,10 +45,12 @@ struct OddMap : ContentMap {
         ContentMap::FillTree(nodes, root);
     }
     void ReadLayout(const MapTree& nodes, MapTree::NodeRef root) override {
+        if (keepsLayout) throw Error(5, u"failed");
         ContentMap::ReadLayout(nodes, root);
         faults.Tick();
     }
     FaultInjector& faults;
+    bool keepsLayout = false;
     std::function<void(MapTree&, MapTree::NodeRef)> onFill;
 };
 
@@ -106,72 +110,80 @@ struct OddLesson : Lesson {
 
 class HostileLesson : public EditorFixture {
 protected:
-    HostileLesson() { odd = std::make_shared<OddLesson>(faults); }
     ~HostileLesson() override { faults.countdown = -1; }
 
     // Everything begins anew: editor, window, lesson.
     void Begin() {
         faults.countdown = -1;
-        faults.isLasting = false;
         MakeEditor();
-        const auto tick = [this] { faults.Tick(); };
-        editor->AfterSelectionChange.Add([tick](const auto&) { tick(); });
-        editor->MapChanged.Add([tick](auto) { tick(); });
+        Disturb(editor->AfterSelectionChange);
+        Disturb(editor->MapChanged);
+        Disturb(editor->DeleteRequest);
+        Disturb(editor->ContextMenuRequest);
+        Disturb(editor->CheckboxesChanged);
+        Disturb(editor->PropertyChanged);
+        Disturb(editor->ItemChecked);
+        Disturb(editor->Error);
         odd = std::make_shared<OddLesson>(faults);
+        other = std::make_shared<OddLesson>(faults);
         editor->SetLesson(odd);
         editor->SetCurrentSBID(u"c");
         tree->Find(u"b")->SetChecked(true);
         heard.clear();
     }
     // Afterwards the editor must work as ever.
-    void ExpectUsable(const std::string& where) {
+    void ExpectUsable() {
         faults.countdown = -1;
         if (!editor) return;
         lesson = MakeLesson("A: a( b ) | B:");
         editor->SetLesson(nullptr);
+        editor->SetLocked(false);
         editor->SetShowDefaultMapOnly(false);
         editor->SetLesson(lesson);
         editor->AddStoryboard(NewPage(u"n"));
-        ASSERT_EQ(Shown(), "A: n a( b ) | B:") << where;
-        std::string told;
-        const Subscription listener =
-            editor->AfterSelectionChange.Add([&told](const auto& page) { told += ToUtf8(page->SBID()); });
+        ASSERT_EQ(Shown(), "A: n a( b ) | B:");
+        heard.clear();
         editor->SetCurrentSBID(u"b");
         tree->Select(tree->Find(u"a"));
-        ASSERT_EQ(told, "ba") << where;
+        ASSERT_EQ(heard, "selected b, selected a");
     }
 
     FaultInjector faults;
-    std::shared_ptr<OddLesson> odd;
+    std::shared_ptr<OddLesson> odd, other;
     int added = 0;
+
+private:
+    template <typename TheEvent>
+    void Disturb(TheEvent& event) {
+        event.Add([this](const auto&...) { faults.Tick(); });
+        event.Add([this](const auto&...) { ASSERT_TRUE(editor) << "told of a released editor"; });
+    }
 };
 
 // Each operation, disturbed at each of the calls that content objects and listeners get during it.
 TEST_F(HostileLesson, AnyCallMayDoAnything) {
-    const std::pair<const char*, std::function<void()>> deeds[] = {
-        {"fail", [] { throw Error(5, u"failed"); }},
+    const auto on = [this](const char16_t* key, void (*act)(NodeTree&, Node&)) {
+        return [=, this] {
+            if (Node* node = key ? tree->Find(key) : tree->First()) act(*tree, *node);
+        };
+    };
+    const auto fail = [] { throw Error(5, u"failed"); };
+    const auto select = [this] { editor->SetCurrentSBID(editor->CurrentSBID() == u"a" ? u"c" : u"a"); };
+    const struct {
+        const char* name;
+        std::function<void()> act;
+        bool isLasting = false;
+    } deeds[] = {
+        {"fail", fail},
+        {"fail always", fail, true},
         {"clear", [this] { tree->Clear(); }},
-        {"remove",
-         [this] {
-             if (Node* node = tree->Find(u"a")) tree->Remove(*node);
-         }},
-        {"remove map",
-         [this] {
-             if (Node* node = tree->First()) tree->Remove(*node);
-         }},
-        {"add beside",
-         [this] {
-             if (!tree->Find(u"x")) tree->Add(nullptr, Place::Before, u"x");
-         }},
-        {"add below",
-         [this] {
-             if (tree->First()) tree->Add(tree->First(), Place::FirstChild, u"");
-         }},
-        {"move",
-         [this] {
-             if (tree->Find(u"c")) tree->Move(*tree->Find(u"c"), nullptr, Place::LastChild);
-         }},
-        {"select", [this] { editor->SetCurrentSBID(editor->CurrentSBID() == u"a" ? u"c" : u"a"); }},
+        {"remove", on(u"a", [](NodeTree& nodes, Node& node) { nodes.Remove(node); })},
+        {"remove map", on(nullptr, [](NodeTree& nodes, Node& node) { nodes.Remove(node); })},
+        {"add beside", on(nullptr, [](NodeTree& nodes, Node& node) { nodes.Add(&node, Place::Before, u""); })},
+        {"add below", on(nullptr, [](NodeTree& nodes, Node& node) { nodes.Add(&node, Place::FirstChild, u""); })},
+        {"move", on(u"c", [](NodeTree& nodes, Node& node) { nodes.Move(node, nullptr, Place::LastChild); })},
+        {"select", select},
+        {"select always", select, true},
         {"no lesson", [this] { editor->SetLesson(nullptr); }},
         {"other lesson", [this] { editor->SetLesson(MakeLesson("A: c | B: a")); }},
         {"refresh", [this] { editor->Refresh(); }},
@@ -183,23 +195,16 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
         {"rename", [this] { odd->first->ContentMap::SetName(u"R" + ToText(++added)); }},
         {"swap maps", [this] { odd->maps->SetDefaultMap(odd->second); }},
         {"images", [this] { editor->SetImageList(PictureKeys({u"_custom"})); }},
-        {"release",
-         [this] {
-             editor.reset();
-             window.reset();
-         }},
+        {"release", [this] { editor.reset(), window.reset(); }},
     };
     // The editor may be released under way: only its own reference keeps it.
+    const auto addOdd = [this](const Text& sbid) { return std::make_shared<OddPage>(faults, sbid); };
     const std::pair<const char*, std::function<void()>> operations[] = {
-        {"Lesson",
-         [this] {
-             const auto other = std::make_shared<OddLesson>(faults);
-             if (editor) editor->SetLesson(other);
-         }},
+        {"Lesson", [this] { editor->SetLesson(other); }},
         {"Refresh", [this] { editor->Refresh(); }},
-        {"AddStoryboard", [this] { editor->AddStoryboard(std::make_shared<OddPage>(faults, u"n")); }},
-        {"RemoveStoryboard", [this] { editor->RemoveStoryboard(std::make_shared<OddPage>(faults, u"c"), false); }},
-        {"Remove branch", [this] { editor->RemoveStoryboard(std::make_shared<OddPage>(faults, u"a"), true); }},
+        {"AddStoryboard", [&] { editor->AddStoryboard(addOdd(u"n")); }},
+        {"RemoveStoryboard", [&] { editor->RemoveStoryboard(addOdd(u"c"), false); }},
+        {"Remove branch", [&] { editor->RemoveStoryboard(addOdd(u"a"), true); }},
         {"MoveCurrent", [this] { editor->MoveCurrent(smtNextMap); }},
         {"CurrentSBID", [this] { editor->SetCurrentSBID(u"b"); }},
         {"select", [this] { editor->tvwObject()->Select(tree->Find(u"d")); }},
@@ -210,6 +215,12 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
         {"FindNextSBID", [this] { editor->FindNextSBID(u"nothing", ftTitle, false, true); }},
         {"UpdateSBID", [this] { editor->UpdateSBID(u"c"); }},
         {"ShowDefaultMapOnly", [this] { editor->SetShowDefaultMapOnly(true); }},
+        {"Locked", [this] { editor->SetLocked(true); }},
+        {"Checkboxes", [this] { editor->SetCheckboxes(true); }},
+        {"delete key", [this] { editor->OnKeyDown(46); }},
+        {"right button", [this] { editor->OnMouseUp(MouseButton::Right); }},
+        {"box", [this] { editor->OnClick(window->AtBox(At(u"a")), false), editor->OnTimer(TreeTimer::Checkstate); }},
+        {"a failure", [&] { editor->TellFailures(u"Test", fail); }},
         {"drag",
          [this] {
              DragTo(u"d", u"a");
@@ -218,28 +229,18 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
     };
     int disturbed = 0;
     for (const auto& [operation, run] : operations) {
-        for (const auto& [deed, act] : deeds) {
-            for (const bool isLasting : {false, true}) {
-                const bool isAlways = isLasting && (deed == std::string("fail") || deed == std::string("select"));
-                if (isLasting && !isAlways) continue;
-                for (int call = 0; call < 200; ++call) {
-                    const std::string where = std::string(operation) + ": " + deed + " at call " + std::to_string(call);
-                    Begin();
-                    faults.act = act;
-                    faults.isLasting = isLasting;
-                    faults.countdown = call;
-                    try {
-                        run();
-                    } catch (const Error&) {
-                    }
-                    const bool isOver = faults.countdown >= 0 && !isLasting;
-                    const bool isNeverReached = isLasting && faults.countdown > 0;
-                    ExpectUsable(where);
-                    if (HasFatalFailure()) return;
-                    if (isOver || isNeverReached) break;
-                    ++disturbed;
-                    ASSERT_LT(call, 199) << where;
+        for (const auto& [deed, act, isLasting] : deeds) {
+            for (int call = 0; call == 0 || faults.done > 0; ++call) {
+                SCOPED_TRACE(std::string(operation) + ": " + deed + " at call " + std::to_string(call));
+                Begin();
+                faults = {call, isLasting, act};
+                try {
+                    run();
+                } catch (const Error&) {
                 }
+                ASSERT_NO_FATAL_FAILURE(ExpectUsable());
+                ASSERT_LT(call, 200);
+                ++disturbed;
             }
         }
     }
@@ -247,45 +248,37 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
 }
 
 TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
-    const auto addRoot = [](NodeTree& nodes, Place place) { nodes.Add(nodes.First(), place, u"x"); };
-    const auto fillWith = [](OddMap& map, std::vector<Text> keys) {
-        map.onFill = [keys](MapTree& nodes, MapTree::NodeRef root) {
+    using Fill = std::function<void(MapTree&, MapTree::NodeRef)>;
+    const auto fill = [this](std::shared_ptr<OddMap> OddLesson::*map, const Fill& how) {
+        return [=, this] { ((*odd).*map)->onFill = how; };
+    };
+    const auto with = [](const std::vector<Text>& keys) {
+        return [keys](MapTree& nodes, MapTree::NodeRef root) {
             for (const Text& key : keys) nodes.AddChild(root, key, key);
         };
     };
+    const auto add = [this](Place place, const Text& key) {
+        return [=, this](MapTree& nodes, MapTree::NodeRef) {
+            tree->Add(tree->First(), place, key);
+            EXPECT_TRUE(nodes.Contains(key));
+        };
+    };
+    const auto rename = [this](auto&, auto) { odd->second->ContentMap::SetName(u"A"); };
+    const auto firstMap = &OddLesson::first, secondMap = &OddLesson::second;
     const struct {
         const char* name;
         std::function<void()> arrange;
         const char* shown; // null: refused, and nothing is shown
         bool isRepaired = false;
     } cases[] = {
-        {"the same page twice",
-         [&] {
-             fillWith(*odd->first, {u"a", u"a"});
-         },
-         nullptr},
-        {"no key",
-         [&] {
-             fillWith(*odd->second, {u"", u"d"});
-         },
-         "A: a( b ) c | B:  d"},
-        {"the key of a map", [&] { fillWith(*odd->second, {u"A"}); }, nullptr},
-        {"the other map's root",
-         [&] {
-             odd->second->onFill = [this](MapTree& nodes, MapTree::NodeRef) {
-                 tree->Add(tree->First(), Place::FirstChild, u"d");
-                 EXPECT_TRUE(nodes.Contains(u"d"));
-             };
-         },
-         "A: d a( b ) c | B:"},
-        {"renamed to the other's name",
-         [&] { odd->second->onFill = [this](auto&, auto) { odd->second->ContentMap::SetName(u"A"); }; },
-         "A: a( b ) c | A_1:", true},
+        {"the same page twice", fill(firstMap, with({u"a", u"a"})), nullptr},
+        {"no key", fill(secondMap, with({u"", u"d"})), "A: a( b ) c | B:  d"},
+        {"the key of a map", fill(secondMap, with({u"A"})), nullptr},
+        {"the other map's root", fill(secondMap, add(Place::FirstChild, u"d")), "A: d a( b ) c | B:"},
+        {"a root of its own", fill(secondMap, add(Place::After, u"x")), nullptr},
+        {"a root before the maps", fill(firstMap, add(Place::Before, u"x")), nullptr},
+        {"renamed to the other's name", fill(secondMap, rename), "A: a( b ) c | A_1:", true},
         {"renamed to a page", [&] { odd->second->ContentMap::SetName(u"a"); }, "A: a( b ) c | a_1: d", true},
-        {"a root of its own",
-         [&] { odd->second->onFill = [this, addRoot](auto&, auto) { addRoot(*tree, Place::After); }; }, nullptr},
-        {"a root before the maps",
-         [&] { odd->first->onFill = [this, addRoot](auto&, auto) { addRoot(*tree, Place::Before); }; }, nullptr},
         {"no maps", [&] { odd->maps = nullptr; }, nullptr},
         {"no first map", [&] { odd->maps->onItem = [](int32_t) { return nullptr; }; }, nullptr},
         {"fewer than none", [&] { odd->maps->count = -5; }, "A: a( b ) c"},
@@ -301,42 +294,41 @@ TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
         {"no default map, whatever is set", [&] { odd->maps->isDefaultHidden = true; }, "A: a( b ) c | B: d"},
     };
     for (const auto& [name, arrange, shown, isRepaired] : cases) {
+        SCOPED_TRACE(name);
         Begin();
         editor->SetLesson(nullptr);
-        odd = std::make_shared<OddLesson>(faults);
-        heard.clear();
+        odd = other;
         arrange();
         if (shown) {
-            ASSERT_NO_THROW(editor->SetLesson(odd)) << name;
-            EXPECT_EQ(Print(*tree), shown) << name;
-            EXPECT_EQ(heard.find("changed 0") != std::string::npos, isRepaired) << name;
+            ASSERT_NO_THROW(editor->SetLesson(odd));
+            EXPECT_EQ(heard.find("changed 0") != std::string::npos, isRepaired);
             editor->Refresh();
-            EXPECT_EQ(Print(*tree), shown) << name;
+            EXPECT_EQ(Print(*tree), shown);
         } else {
-            EXPECT_THROW(editor->SetLesson(odd), Error) << name;
-            EXPECT_TRUE(tree->IsEmpty()) << name;
-            EXPECT_THROW(editor->AddStoryboard(NewPage(u"n")), Error) << name;
+            EXPECT_THROW(editor->SetLesson(odd), Error);
+            EXPECT_TRUE(tree->IsEmpty());
+            EXPECT_THROW(editor->AddStoryboard(NewPage(u"n")), Error);
         }
-        ExpectUsable(name);
+        ExpectUsable();
     }
 }
 
 // What a hidden map does with the tree of its own in which it is edited.
 TEST_F(HostileLesson, HiddenMapsLeaveTheirRootAlone) {
-    const std::function<void(NodeTree&)> disturb[] = {
+    void (*const disturb[])(NodeTree&) = {
         [](NodeTree& nodes) { nodes.Add(nullptr, Place::After, u"x"); },
         [](NodeTree& nodes) { nodes.Add(nullptr, Place::Before, u"x"); },
         [](NodeTree& nodes) { nodes.Move(*nodes.First(), &nodes.Add(nullptr, Place::After, u"x"), Place::FirstChild); },
         [](NodeTree& nodes) { nodes.First()->SetKey(u"x"); },
     };
-    for (const auto& act : disturb) {
+    for (const auto act : disturb) {
         Begin();
         editor->SetShowDefaultMapOnly(true);
-        odd->second->onFill = [&](MapTree& nodes, auto) { act(dynamic_cast<NodeMapTree&>(nodes).Nodes()); };
+        odd->second->onFill = [act](MapTree& nodes, auto) { act(dynamic_cast<NodeMapTree&>(nodes).Nodes()); };
         EXPECT_THROW(editor->RemoveStoryboard(odd->pages->Item(u"d"), false), Error);
         EXPECT_EQ(odd->pages->Count(), 4);
         EXPECT_EQ(Print("B", odd->second->Layout()), "B: d");
-        ExpectUsable("hidden map");
+        ExpectUsable();
     }
 }
 
@@ -361,7 +353,7 @@ TEST_F(HostileLesson, DropsDuringAnOperationAreRefused) {
         EXPECT_EQ(Print(*tree), shown);
         EXPECT_EQ(Heard(), told);
         EXPECT_EQ(odd->current, u"a");
-        ExpectUsable("drop");
+        ExpectUsable();
     }
     Begin();
     faults.act = [this] { DragTo(u"c", u"a"); };
@@ -373,13 +365,9 @@ TEST_F(HostileLesson, DropsDuringAnOperationAreRefused) {
 TEST_F(HostileLesson, OneMapThatFailsDoesNotKeepTheOthersFromTheirLayout) {
     Begin();
     // The layout of the first map is asked for in vain; the second has the page afterwards.
-    class Failing : public OddMap {
-    public:
-        using OddMap::OddMap;
-        void ReadLayout(const MapTree&, MapTree::NodeRef) override { throw Error(5, u"failed"); }
-    };
-    const auto failing = std::make_shared<Failing>(faults, u"F");
+    const auto failing = std::make_shared<OddMap>(faults, u"F");
     failing->SetLayout({{u"e", 1}});
+    failing->keepsLayout = true;
     odd->pages->Add(NewPage(u"e"));
     odd->maps->Add(failing);
     odd->maps->SetDefaultMap(failing);
@@ -396,23 +384,18 @@ TEST_F(HostileLesson, OneMapThatFailsDoesNotKeepTheOthersFromTheirLayout) {
     EXPECT_EQ(Heard(), "error failed Drop");
     EXPECT_EQ(Print(*tree), "F: e | A: a( b ) c | B: d");
     EXPECT_EQ(editor->CurrentSBID(), u"e");
-    ExpectUsable("failing map");
+    ExpectUsable();
 }
 
-// A host that answers every event by changing the same thing again hears no more of it at some depth.
+// A host that answers every move by another one hears no more of it at some depth.
 TEST_F(HostileLesson, EndlessAnswersEnd) {
     Begin();
-    editor->AfterSelectionChange.Add(
-        [this](const auto&) { editor->SetCurrentSBID(editor->CurrentSBID() == u"a" ? u"c" : u"a"); });
-    editor->SetCurrentSBID(u"b");
-    editor->MapChanged.Add([this](auto) { editor->MoveCurrent(editor->CanMoveCurrent(smtUp) ? smtUp : smtDown); });
     editor->SetCurrentSBID(u"a");
+    const Subscription endless =
+        editor->MapChanged.Add([this](auto) { editor->MoveCurrent(editor->CanMoveCurrent(smtUp) ? smtUp : smtDown); });
     editor->MoveCurrent(smtDown);
     EXPECT_EQ(tree->Count(), 6);
-    EXPECT_NE(editor->CurrentSBID(), u"");
-    lesson = MakeLesson("A: a c");
-    editor->SetLesson(lesson);
-    EXPECT_EQ(Shown(), "A: a c");
+    EXPECT_EQ(editor->CurrentSBID(), u"a");
 }
 
 } // namespace
