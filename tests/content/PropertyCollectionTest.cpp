@@ -14,10 +14,9 @@ TEST(PropertyCollection, NamesMatchWithoutCase) {
     properties.SetValue(u"TITLE", Text(u"b"));
     EXPECT_EQ(GetText(properties, u"title", {}), u"b");
     EXPECT_EQ(properties.ValueNames(), std::vector<Text>{u"Title"});
-    EXPECT_EQ(properties.GetValue(u"Tit", int64_t(7)), Value(int64_t(7)));
     properties.SetValue(u"n", Text(u"12"));
-    EXPECT_EQ(GetNumber(properties, u"n", -1), 12);
-    EXPECT_EQ(GetNumber(properties, u"Title", -1), -1);
+    for (const auto& [name, number] : {std::pair(u"n", 12), {u"Title", -1}, {u"Tit", -1}})
+        EXPECT_EQ(GetNumber(properties, name, -1), number);
 }
 
 TEST(PropertyCollection, TakesTextsOfOthers) {
