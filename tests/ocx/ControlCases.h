@@ -3,7 +3,7 @@
 #pragma once
 
 #include "Course.h"
-#include "TestSite.h"
+#include "HostedControl.h"
 
 namespace dax::test {
 
@@ -11,42 +11,6 @@ namespace dax::test {
 struct SampleData {
     const Connector connector;
     const Course course;
-};
-
-struct ControlCase;
-
-// A control on a site, with its events heard. At the end the host releases it in the usual order.
-class HostedControl {
-public:
-    explicit HostedControl(const ControlCase& what, LONG verb = OLEIVERB_UIACTIVATE, const TestSite* beside = nullptr);
-    ~HostedControl();
-
-    void Fill();
-    void DoVerb(LONG verb);
-    // A key as a host's loop hands it on: first offered to the control, then to the window. True: the control used it.
-    bool Press(WPARAM key);
-    void Do(const wchar_t* member, std::initializer_list<Variant> arguments = {}) const;
-    void Set(const wchar_t* property, const Variant& value) const;
-    void AmbientChanged(DISPID dispid, const Variant& value);
-    RECT Place() const; // of the window, in the host's
-    // Closes the control and releases everything the host has of it.
-    void Close();
-    // After Close: the windows are gone, or go soon, and the control refers to nothing of the host's.
-    bool IsGone() const;
-
-    const ControlCase& what;
-    const SampleData* data = nullptr; // since Fill
-    TestSite site;
-    ComPtr<IDispatch> control;
-    ComPtr<IOleObject> object;
-    ComPtr<IOleInPlaceObject> inPlace;
-    HWND window = nullptr, child = nullptr; // the child that has the focus, or else the window
-    std::function<void(DISPID)> onEvent;
-    std::vector<DISPID> heard;
-    Sink sink{[this](const HeardEvent& event) {
-        heard.push_back(event.dispid);
-        if (const auto listener = onEvent) listener(event.dispid);
-    }};
 };
 
 using Action = std::function<void(HostedControl&)>;
