@@ -1,6 +1,7 @@
-// The longest sample, and faulty scripts, run by the real script host.
+// Faulty scripts, run by the real script host.
 #include "Scripts.h"
-#include "cli/TypicalStart.h"
+
+#include "support/TestDatabases.h"
 
 namespace dax::test {
 
@@ -9,32 +10,6 @@ namespace {
 class ScriptTest : public OcxTest {};
 
 } // namespace
-
-TEST_F(ScriptTest, TheTypicalStartGoesFromTheConnectorToTheRecord) {
-    for (const Engine engine : AllEngines()) {
-        if (!SkipReason(engine).empty()) continue; // a file needs no server
-        const TypicalStart start(engine);
-        const auto outcome = RunScript(Sample(L"typical-start.vbs"),
-                                       Quoted(start.Connector()) + L"anna " + Quoted(start.Catalog()) + L" L-1");
-        EXPECT_EQ(outcome.errors, "");
-        EXPECT_EQ(outcome.output, "1. the connector is valid\n"
-                                  "2. picked: Kurs 語 [" +
-                                      ToUtf8(start.Catalog()) +
-                                      "], the start\n"
-                                      "3. the catalog is valid\n"
-                                      "4. loaded: 7 nodes\n"
-                                      "5. selected: Grundlagen 語, locks: 1\n"
-                                      "5. selected: O'Neil's \"first\", locks: 0\n"
-                                      "6. page: Welcome\n"
-                                      "7. the map has changed: 2\n"
-                                      "8. saved\n"
-                                      "9. the user wants to delete 2 locks\n"
-                                      "9. left over: 0 locks\n"
-                                      "10. recorded for anna\n");
-        EXPECT_EQ(outcome.code, 0u);
-        start.ExpectDone(u"workstation");
-    }
-}
 
 TEST_F(ScriptTest, FaultsNameTheirPlace) {
     const TempFolder folder;

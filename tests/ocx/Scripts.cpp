@@ -8,43 +8,36 @@
 
 namespace dax::test {
 
-namespace {
-
-HANDLE OpenForOutput(const Text& path) {
-    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-    return CreateFileW(ToWide(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, 0, nullptr);
-}
-
-std::string ContentsOf(const Text& path) {
-    std::ifstream file(std::filesystem::path(ToWide(path)), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-} // namespace
-
 Outcome RunProgram(const wchar_t* program, const std::wstring& arguments) {
     const TempFolder folder;
-    const Text output = folder.File(u"output"), errors = folder.File(u"errors");
+    const std::filesystem::path outputs[] = {folder.Path() / "output", folder.Path() / "errors"};
+    HANDLE files[2];
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    for (int i = 0; i < 2; ++i)
+        files[i] =
+            CreateFileW(outputs[i].c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, 0, nullptr);
     STARTUPINFOW start{};
     start.cb = sizeof start;
     start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdOutput = OpenForOutput(output);
-    start.hStdError = OpenForOutput(errors);
+    start.hStdOutput = files[0];
+    start.hStdError = files[1];
     PROCESS_INFORMATION process{};
-    const std::filesystem::path file = std::filesystem::path(BinFolder()) / program;
-    std::wstring command = L"\"" + file.wstring() + L"\" " + arguments;
+    std::wstring command = L"\"" + (std::filesystem::path(BinFolder()) / program).wstring() + L"\" " + arguments;
     Outcome outcome;
-    const BOOL isStarted =
-        CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process);
-    CloseHandle(start.hStdOutput);
-    CloseHandle(start.hStdError);
-    if (!isStarted) return outcome;
-    EXPECT_EQ(WaitForSingleObject(process.hProcess, 120000), WAIT_OBJECT_0);
-    GetExitCodeProcess(process.hProcess, &outcome.code);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    outcome.output = ContentsOf(output);
-    outcome.errors = ContentsOf(errors);
+    if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process)) {
+        EXPECT_EQ(WaitForSingleObject(process.hProcess, 120000), WAIT_OBJECT_0);
+        GetExitCodeProcess(process.hProcess, &outcome.code);
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
+    }
+    for (const HANDLE file : files) CloseHandle(file);
+    const auto contents = [](const std::filesystem::path& path) {
+        std::ifstream file(path, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    outcome.output = contents(outputs[0]);
+    outcome.errors = contents(outputs[1]);
+    std::erase(outcome.output, '\r');
     return outcome;
 }
 
