@@ -14,8 +14,7 @@ public:
     using Arguments = std::vector<Variant>; // as written; of a put its value
 
     // What a call does instead: its result, or the CallFailure that it throws. Empty: the real object does it.
-    std::function<std::optional<Variant>(const std::string& member, const Arguments& arguments)> instead =
-        [](const std::string&, const Arguments&) { return std::nullopt; };
+    std::function<std::optional<Variant>(const std::string& member, const Arguments& arguments)> instead;
     std::string missing; // a member that no object has
 
     HostObjects() = default;
@@ -54,7 +53,7 @@ private:
             for (const VARIANT* argument : ReceivedArguments(*parameters)) arguments.push_back(Dereferenced(*argument));
             DispatchResult done;
             try {
-                if (auto other = all.instead(member->second, arguments))
+                if (auto other = all.instead ? all.instead(member->second, arguments) : std::nullopt)
                     done.value = *other;
                 else
                     done = CallReal(dispid, kind, std::move(arguments));

@@ -83,7 +83,7 @@ TEST_F(SampleTest, SaysAndWritesWhatItShould) {
         if (run.file == File::Connector) database = std::make_unique<Connector>();
         if (run.file == File::Course) database = std::make_unique<Course>();
         std::wstring program = run.host, arguments;
-        if (*run.arguments) arguments = L"\"" + Sample(run.arguments) + L"\" ";
+        if (*run.arguments) arguments = L"\"" + DataFile(run.arguments).wstring() + L"\" ";
         if (program == L"cscript.exe") { // the system's
             wchar_t system[MAX_PATH] = {};
             GetSystemDirectoryW(system, MAX_PATH);
@@ -110,16 +110,16 @@ TEST_F(SampleTest, EverythingIsAsDescribed) {
     for (const auto& [script, more] : {std::pair{L"behaviour-hierarchy.vbs", std::wstring()},
                                        std::pair{L"behaviour-databases.vbs", Quoted(connector.Name()) + L"admin other"},
                                        std::pair{L"behaviour-locks.vbs", std::wstring(L"ann")}}) {
-        const Outcome outcome = RunScript(Sample(script), Quoted(course.Name()) + more);
+        const Outcome outcome = RunScript(DataFile(script), Quoted(course.Name()) + more);
         EXPECT_THAT(outcome.output, testing::EndsWith("\neverything is as described\n")) << outcome.errors;
         EXPECT_EQ(outcome.code, 0u);
     }
-    EXPECT_EQ(RunScript(Sample(L"behaviour-locks.vbs"), Quoted(course.Name()) + L"stranger").code, 1u);
+    EXPECT_EQ(RunScript(DataFile(L"behaviour-locks.vbs"), Quoted(course.Name()) + L"stranger").code, 1u);
 }
 
 TEST_F(SampleTest, TheTypicalStartGoesFromTheConnectorToTheRecord) {
     const TypicalStart start(Engine::SQLite); // the other engines: by the workbench
-    const auto outcome = RunScript(Sample(L"typical-start.vbs"),
+    const auto outcome = RunScript(DataFile(L"typical-start.vbs"),
                                    Quoted(start.Connector()) + L"anna " + Quoted(start.Catalog()) + L" L-1");
     EXPECT_EQ(outcome.errors, "");
     EXPECT_EQ(outcome.output, "1. the connector is valid\n"

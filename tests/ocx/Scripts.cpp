@@ -2,7 +2,6 @@
 
 #include "support/TestDatabases.h"
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -45,7 +44,7 @@ Outcome RunScript(const std::wstring& script, const std::wstring& arguments) {
     return RunProgram(L"daxscript.exe", L"\"" + script + L"\" " + arguments);
 }
 
-std::wstring Sample(const wchar_t* name) { return BinFolder() + L"ocx_data\\" + name; }
+std::filesystem::path DataFile(const std::wstring& name) { return BinFolder() + L"ocx_data\\" + name; }
 
 std::wstring Quoted(const Text& text) { return L"\"" + ToWide(text) + L"\" "; }
 

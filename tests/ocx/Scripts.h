@@ -3,6 +3,8 @@
 
 #include "OcxHost.h"
 
+#include <filesystem>
+
 namespace dax::test {
 
 struct Outcome {
@@ -14,7 +16,7 @@ struct Outcome {
 Outcome RunProgram(const wchar_t* program, const std::wstring& arguments);
 Outcome RunScript(const std::wstring& script, const std::wstring& arguments = L"");
 
-std::wstring Sample(const wchar_t* name); // the path of a sample
+std::filesystem::path DataFile(const std::wstring& name); // a sample or a snapshot
 std::wstring Quoted(const Text& text);
 
 } // namespace dax::test
