@@ -4,17 +4,16 @@
 
 namespace dax::test {
 
-TestSite::TestSite(const TestSite* beside) : hasOwnWindow(!beside) {
-    window = beside ? beside->window
-                    : CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN | WS_VISIBLE, 0, 0,
-                                      420, 340, nullptr, nullptr, nullptr, nullptr);
+TestSite::TestSite()
+    : window(CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN | WS_VISIBLE, 0, 0, 420, 340,
+                             nullptr, nullptr, nullptr, nullptr)) {
     ambients[DISPID_AMBIENT_USERMODE] = Variant(true);
     ambients[DISPID_AMBIENT_DISPLAYNAME] = Variant(u"Control1");
 }
 
 TestSite::~TestSite() {
     EXPECT_TRUE(IsReleased()) << "the control still refers to its site";
-    if (hasOwnWindow && IsWindow(window)) DestroyWindow(window);
+    if (IsWindow(window)) DestroyWindow(window);
 }
 
 HRESULT TestSite::Count(const char* call) {
@@ -39,10 +38,9 @@ HRESULT TestSite::Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS*, VARIANT
     return VariantCopy(result, &found->second);
 }
 
-HostedControl::HostedControl(const ControlCase& row, std::optional<LONG> verb, const TestSite* beside)
-    : what(row), site(beside), control(Create(row)), object(control.As<IOleObject>(IID_IOleObject)),
+HostedControl::HostedControl(const ControlCase& row, std::optional<LONG> verb)
+    : what(row), control(Create(row)), object(control.As<IOleObject>(IID_IOleObject)),
       inPlace(control.As<IOleInPlaceObject>(IID_IOleInPlaceObject)) {
-    if (beside) OffsetRect(&site.place, 0, 120);
     if (!verb) return;
     Place(*verb);
     EXPECT_TRUE(window && child);

@@ -13,8 +13,7 @@ class TestSite final : public StackObject<Implements<IOleClientSite, IID_IOleCli
                                           Implements<IOleControlSite, IID_IOleControlSite>,
                                           Implements<IOleInPlaceFrame, IID_IOleInPlaceFrame, IID_IOleInPlaceUIWindow>> {
 public:
-    // With a window of its own, 400 by 300 pixels inside, or in that of another site.
-    explicit TestSite(const TestSite* beside = nullptr);
+    TestSite(); // with a window, about 400 by 300 pixels inside
     ~TestSite();
 
     HWND window = nullptr;
@@ -76,7 +75,6 @@ public:
 
 private:
     HRESULT Count(const char* call);
-    const bool hasOwnWindow;
 };
 
 struct ControlCase;
@@ -86,8 +84,7 @@ struct SampleData;
 class HostedControl {
 public:
     // Without a verb it is not placed yet.
-    explicit HostedControl(const ControlCase& what, std::optional<LONG> verb = OLEIVERB_UIACTIVATE,
-                           const TestSite* beside = nullptr);
+    explicit HostedControl(const ControlCase& what, std::optional<LONG> verb = OLEIVERB_UIACTIVATE);
     ~HostedControl();
 
     void Fill();
