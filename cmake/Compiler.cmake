@@ -12,7 +12,9 @@ option(DAX_LINT "Let clang-tidy read every file of the products as it is compile
 # What was compiled in another clone is taken from the cache. But ccache does not make names with a blank in them relative
 # in the lists of headers that it keeps: a clone would watch the headers of another. There, only the same place counts.
 find_program(CCACHE ccache)
-if(CCACHE)
+if(DAX_LINT)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_SOURCE_DIR}/cmake/preprocess.sh)
+elseif(CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros)
   if(NOT CMAKE_SOURCE_DIR MATCHES "[ \t]")
     list(APPEND CMAKE_CXX_COMPILER_LAUNCHER CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1)
@@ -63,7 +65,7 @@ endfunction()
 
 # clang-tidy reads the files of this target in the lint presets, each once: portable files natively, those of Windows with
 # the cross compiler's headers, but for GCC's own, for which Clang has others. Without precompiled headers, which show
-# that each file includes what it uses. The warnings are the compilers' own affair.
+# that each file includes what it uses. The warnings are the compilers' own affair: here they only list headers.
 function(dax_lint target)
   if(NOT DAX_LINT)
     return()
