@@ -1,4 +1,5 @@
-// dax_soak [--cluster] MINUTES: authors at work for so long. Ends with 1, and what is wrong, when anything is.
+// dax_soak [--cluster] [MINUTES]: authors at work for so long, else one minute. Ends with 1, and what is wrong, when
+// anything is.
 #include "soak/Soak.h"
 
 #include <cstdlib>
@@ -6,9 +7,10 @@
 
 int main(int count, char** arguments) {
     const bool isOnCluster = count > 1 && std::string_view(arguments[1]) == "--cluster";
-    const double minutes = count == (isOnCluster ? 3 : 2) ? std::atof(arguments[count - 1]) : 0;
-    if (minutes <= 0) {
-        std::cerr << "dax_soak [--cluster] MINUTES\n";
+    const int known = isOnCluster ? 2 : 1;
+    const double minutes = count > known ? std::atof(arguments[known]) : 1;
+    if (minutes <= 0 || count > known + 1) {
+        std::cerr << "dax_soak [--cluster] [MINUTES]\n";
         return 2;
     }
     try {

@@ -85,33 +85,15 @@ make_node() {
     return 1
 }
 
-# Four ports in a row for each node, all taken at once, so that two nodes never choose the same one.
-free_ports() {
-    python3 -c '
-import random, socket
-while True:
-    first, taken = random.randrange(12000, 31980), []
-    try:
-        for port in range(first, first + 12):
-            taken.append(socket.socket())
-            taken[-1].bind(("127.0.0.1", port))
-        for node in range(first, first + 12, 4):
-            print(*range(node, node + 4))
-        break
-    except OSError:
-        pass'
-}
-
 start_cluster() {
-    local node client group incremental full
+    local node ports client group incremental full
     : >"$dir/cluster.log"
     transfer_scripts
-    for node in 1 2 3; do make_node "$node" || return 1; done
-    node=0
-    while read -r client group incremental full; do
-        node=$((node + 1))
-        say "$client $group $incremental $full" >"$place/node$node/ports"
-    done < <(free_ports)
+    read -ra ports < <(free_ports 12) # taken at once, so that two nodes never choose the same one
+    for node in 1 2 3; do
+        make_node "$node" || return 1
+        say "${ports[*]:(node - 1) * 4:4}" >"$place/node$node/ports"
+    done
     launch_node 1 new || return 1
     if ! node_sql 1 "CREATE USER dax@'127.0.0.1' IDENTIFIED BY '$password'; GRANT ALL ON *.* TO dax@'127.0.0.1';"; then
         warn "the first node of the cluster did not accept its administrator"
