@@ -57,17 +57,20 @@ inline std::string Print(const std::string& name, const std::vector<LayoutEntry>
     return text;
 }
 
-inline std::string Print(const NodeTree& tree) {
+// Of nodes beside each other, from the first one on.
+inline std::string Print(const Node* top) {
     std::string text;
-    for (const Node* root = tree.First(); root; root = root->Next()) {
+    for (; top; top = top->Next()) {
         std::vector<LayoutEntry> layout;
-        for (const Node* node = modTVW::GetNextNode(root, root); node; node = modTVW::GetNextNode(node, root)) {
-            layout.push_back({node->Key(), modTVW::GetIndentLevel(node)});
+        for (const Node* node = modTVW::GetNextNode(top, top); node; node = modTVW::GetNextNode(node, top)) {
+            layout.push_back({node->Key(), modTVW::GetIndentLevel(node) - modTVW::GetIndentLevel(top)});
         }
-        text += (text.empty() ? "" : " | ") + Print(ToUtf8(root->Key()), layout);
+        text += (text.empty() ? "" : " | ") + Print(ToUtf8(top->Key()), layout);
     }
     return text;
 }
+
+inline std::string Print(const NodeTree& tree) { return Print(tree.First()); }
 
 // The maps of the lesson as they are stored, in its own order.
 inline std::string Print(const Lesson& lesson) {

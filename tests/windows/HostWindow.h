@@ -1,10 +1,11 @@
-// A top-level window to put controls into, a look at what they paint, and at what they leave behind.
+// A top-level window to put controls into, a look at what they paint, and the user's mouse and keyboard.
 #pragma once
 
 #include "controls/win32/ControlWindow.h"
 #include "controls/win32/GdiSurface.h"
+#include "controls/win32/MessagePump.h"
 
-#include "../../apps/workbench/selftest/ResourceCounts.h"
+#include "../../apps/workbench/selftest/UserInput.h"
 
 #include <gtest/gtest.h>
 
@@ -53,16 +54,25 @@ inline std::vector<uint32_t> WindowPixels(HWND window, RECT place) {
 
 inline std::vector<uint32_t> WindowPixels(HWND window) { return WindowPixels(window, {0, 0, 4096, 4096}); }
 
-// What it does leaves no window and no GDI object behind, but for what the system makes the first times and keeps.
-template <typename Cycle>
-void ExpectNothingLeft(const Cycle& cycle) {
-    using Counts = workbench::selftest::ResourceCounts;
-    for (int count = 0; count < 3; ++count) cycle();
-    const int windows = Counts::CountWindows(), objects = Counts::CountGdiObjects();
-    EXPECT_GT(objects, 0);
-    cycle();
-    EXPECT_EQ(Counts::CountWindows(), windows);
-    EXPECT_EQ(Counts::CountGdiObjects(), objects);
-}
+class UserInput : public workbench::selftest::UserInput {
+public:
+    explicit UserInput(HWND topLevel) : workbench::selftest::UserInput(topLevel, ProcessPendingMessages) {}
+
+    void Do(const std::function<void(UserInput&)>& script) {
+        EXPECT_EQ(Play([&](workbench::selftest::UserInput&) { script(*this); }), 0) << "input that never came";
+    }
+
+    // Without any input: pumps until the condition holds.
+    static bool Await(const std::function<bool()>& condition) {
+        constexpr unsigned patience = 30'000; // milliseconds
+        const ULONGLONG end = GetTickCount64() + patience;
+        while (!condition()) {
+            if (GetTickCount64() > end) return false;
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, 100, QS_ALLINPUT);
+            ProcessPendingMessages();
+        }
+        return true;
+    }
+};
 
 } // namespace dax::test

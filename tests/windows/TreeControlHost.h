@@ -6,7 +6,6 @@
 #include "lessonmap/win32/LessonMapEditorWindow.h"
 #include "tree/modTreeviewAPI.h"
 #include "windows/HostWindow.h"
-#include "windows/UserInput.h"
 
 #include <cstring>
 #include <memory>
@@ -15,7 +14,7 @@
 namespace dax::test {
 
 // A part of a row, or a place beside it.
-enum class RowPart { Box, Button, Label, LabelTop, LabelBottom, BehindLabel, BehindWindow, Above, Below };
+enum class RowPart { Box, Button, Label, LabelTop, LabelBottom, BehindLabel, BehindWindow, AboveWindow, Below };
 
 class TreeControlHost;
 using Act = std::function<void(TreeControlHost&, UserInput&)>; // what a user does to either
@@ -26,9 +25,9 @@ public:
     virtual WindowBase* Control() const = 0;
     virtual void Release() = 0;
     virtual NodeTree& Model() const = 0;
-    virtual void Open(const std::string& text) = 0; // all open
-    virtual void OpenSample() = 0;
-    virtual std::string Shape() const = 0;
+    virtual void Open(const std::string& text) = 0; // maps or groups, all open
+    void OpenSample() { Open("A: a b c( d e ) f | B: g h"); }
+    virtual std::string Shape() const = 0; // as text for Open
     virtual bool IsDragging() const = 0;
     virtual bool HasBoxes() const { return false; }
     virtual void SetLocked(bool on) = 0;
@@ -70,7 +69,7 @@ public:
         if (part == RowPart::LabelBottom) point.y = label.bottom - 2;
         if (part == RowPart::BehindLabel) point = {label.right + 20, label.top + 1};
         if (part == RowPart::BehindWindow) point.x += 400;
-        if (part == RowPart::Above) point.y = label.top - 15;
+        if (part == RowPart::AboveWindow) point.y = -15;
         if (part == RowPart::Below) point.y = label.bottom + 30;
         const unsigned wanted = part == RowPart::Box      ? TVHT_ONITEMSTATEICON
                                 : part == RowPart::Button ? TVHT_ONITEMBUTTON
@@ -169,24 +168,30 @@ struct EditorHost : TreeHostOf<GroupEditorWindow> {
     NodeTree& Model() const override { return Editor().Tree(); }
     bool IsDragging() const override { return Editor().DragDrop().Active(); }
 
-    // As a map of a lesson; its name stands for the database.
+    // The maps become groups.
     void Open(const std::string& text) override {
+        const auto lesson = MakeLesson(text);
         Editor().Clear();
         {
             const TreeUpdate update(Model());
-            std::vector<Node*> path{&Model().Add(nullptr, Place::LastChild, u"", u"the database", 1)};
-            const auto map = std::dynamic_pointer_cast<ContentMap>(MakeLesson(text)->Maps()->Item(0));
-            for (const LayoutEntry& entry : map->Layout()) {
-                path.resize(static_cast<size_t>(entry.depth));
-                path.push_back(&Model().Add(path.back(), Place::LastChild, entry.sbid, u"entry " + entry.sbid, 3));
+            Node& root = Model().Add(nullptr, Place::LastChild, u"", u"the database", 1);
+            const auto add = [&](Node* parent, const Text& key) {
+                return &Model().Add(parent, Place::LastChild, key, u"entry " + key, 3);
+            };
+            for (int32_t i = 0; i < lesson->Maps()->Count(); ++i) {
+                const auto map = std::dynamic_pointer_cast<ContentMap>(lesson->Maps()->Item(i));
+                std::vector<Node*> path{add(&root, map->Name())};
+                for (const LayoutEntry& entry : map->Layout()) {
+                    path.resize(static_cast<size_t>(entry.depth));
+                    path.push_back(add(path.back(), entry.sbid));
+                }
             }
             modTVW::SetAllExpanded(Model(), true);
         }
         ProcessPendingMessages();
         heard.clear();
     }
-    void OpenSample() override { Open(": g( a b s( c d ) ) h( e f ) i"); }
-    std::string Shape() const override { return Print(Model()); }
+    std::string Shape() const override { return Print(Model().First()->FirstChild()); }
 };
 
 struct LessonMapHost : TreeHostOf<LessonMapEditorWindow> {
@@ -213,7 +218,6 @@ struct LessonMapHost : TreeHostOf<LessonMapEditorWindow> {
         ProcessPendingMessages();
         heard.clear();
     }
-    void OpenSample() override { Open("A: a b c( d e ) f | B: g h | C:"); }
     // The tree, which the lesson's maps must hold as well.
     std::string Shape() const override {
         const std::string shown = Print(Model()), stored = Print(*lesson);

@@ -36,14 +36,10 @@ BOOL CALLBACK Find(HWND window, LPARAM parameter) {
 BOOL CALLBACK AddText(HWND window, LPARAM texts) {
     wchar_t text[4096] = L"";
     SendMessageW(window, WM_GETTEXT, 4096, reinterpret_cast<LPARAM>(text));
-    if (IsWindowVisible(window)) reinterpret_cast<std::vector<std::wstring>*>(texts)->push_back(text);
+    const std::wstring line = text;
+    if (IsWindowVisible(window))
+        *reinterpret_cast<std::string*>(texts) += ToUtf8(Text(line.begin(), line.end())) + "\n";
     return TRUE;
-}
-
-std::vector<std::wstring> TextsIn(HWND window) {
-    std::vector<std::wstring> texts;
-    EnumChildWindows(window, AddText, reinterpret_cast<LPARAM>(&texts));
-    return texts;
 }
 
 } // namespace
@@ -128,7 +124,11 @@ HWND Workbench::Popup(const wchar_t* className) {
     return search.found;
 }
 
-std::vector<std::wstring> Workbench::Labels() { return TextsIn(Frame()); }
+std::string Workbench::TextsIn(HWND window) {
+    std::string texts;
+    EnumChildWindows(window, AddText, reinterpret_cast<LPARAM>(&texts));
+    return texts;
+}
 
 void Workbench::Type(std::initializer_list<WORD> keys) {
     Until([this] {
@@ -152,14 +152,8 @@ void Workbench::Type(std::initializer_list<WORD> keys) {
     SendInput(static_cast<UINT>(strokes.size()), strokes.data(), sizeof(INPUT));
 }
 
-void Workbench::Write(const wchar_t* text) {
-    for (; *text; ++text) {
-        const SHORT key = VkKeyScanW(*text);
-        if (HIBYTE(key) & 1)
-            Type({VK_SHIFT, LOBYTE(key)});
-        else
-            Type({LOBYTE(key)});
-    }
+void Workbench::Write(const std::string& text) {
+    for (const char unit : text) Type({LOBYTE(VkKeyScanA(unit))});
 }
 
 void Workbench::Click(HWND window, int x, int y, int count, bool isRight) {
@@ -224,13 +218,6 @@ bool Workbench::HasMenu(bool isOpen) {
 HWND Workbench::Question() {
     const HWND question = Popup(L"#32770");
     return question && HasFocus(question) ? question : nullptr;
-}
-
-std::string Workbench::QuestionText() {
-    std::string all;
-    for (const std::wstring& text : TextsIn(Question())) all += ToUtf8(Text(text.begin(), text.end())) + "\n";
-    std::erase(all, '&');
-    return all;
 }
 
 bool Workbench::Answer(int button) {

@@ -12,7 +12,7 @@
 
 namespace dax::test {
 
-enum Pages { validatorPage, connectorPage, hierarchyPage, mapPage, locksPage, pageCount };
+enum Pages { validatorPage, connectorPage, hierarchyPage, mapPage, locksPage, designPage, pageCount };
 
 std::wstring Wide(const Text& text);
 // The program beside the test program.
@@ -42,13 +42,13 @@ public:
     bool Shows(int page, int id, const std::wstring& text);
     // The first window of that class anywhere below, as inside a control; waits until there is one.
     HWND Inside(HWND parent, const wchar_t* className);
-    // The texts of all fields, labels and buttons that are shown.
-    std::vector<std::wstring> Labels();
+    // The texts of all fields, labels and buttons that the window shows, a line each.
+    static std::string TextsIn(HWND window);
 
     // The keys go down together and come up again, on the keyboard that all programs share; the program has to be in
     // the foreground, which is waited for.
     void Type(std::initializer_list<WORD> keys);
-    void Write(const wchar_t* text); // the same with a text
+    void Write(const std::string& text); // small letters and signs, one after the other
     // Clicks of a button of the mouse at a point of the window.
     void Click(HWND window, int x, int y, int count = 1, bool isRight = false);
     // Clicks a button of the page's toolbar.
@@ -63,7 +63,6 @@ public:
     bool HasMenu(bool isOpen);
     // Waits for a question that takes the keys; null when it does not come.
     HWND Question();
-    std::string QuestionText(); // of all that it shows, buttons included
     // Gives the answer with that number; false when nobody asked.
     bool Answer(int button);
 

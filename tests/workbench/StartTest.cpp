@@ -41,7 +41,7 @@ TEST_P(StartTest, FromTheConnectorToTheRecord) {
     if (GetParam() != Engine::SQLite) return; // from here on all engines are alike
     program.Type({VK_CONTROL, 'F'});
     EXPECT_TRUE(program.HasFocus(program.Field(hierarchyPage, idSearch)));
-    program.Write(L"L-1");
+    program.Write("l-1");
     program.Type({VK_RETURN});
     EXPECT_TRUE(shows(hierarchyPage, idResult, L"Found."));
     program.Type({VK_TAB});
@@ -54,7 +54,7 @@ TEST_P(StartTest, FromTheConnectorToTheRecord) {
     program.Type({VK_RETURN});
     ASSERT_TRUE(shows(mapPage, idCounts, L"3 pages in 1 map")) << program.Said();
     program.Type({VK_CONTROL, 'F'});
-    program.Write(L"INTRO");
+    program.Write("intro");
     program.Type({VK_RETURN});
     ASSERT_TRUE(shows(mapPage, idTitle, L"Welcome"));
     program.Type({VK_MENU, VK_DOWN});

@@ -154,7 +154,7 @@ TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
     content.Run({u"UPDATE velmoraLessons SET lessonTitle = 'theirs' WHERE lessonID = 'l3'"});
     for (const int answer : {IDCANCEL, IDYES}) {
         program.ClickTool(hierarchyPage, idSave);
-        EXPECT_THAT(program.QuestionText(), HasSubstr("theirs"));
+        EXPECT_THAT(Workbench::TextsIn(program.Question()), HasSubstr("theirs"));
         EXPECT_TRUE(program.Answer(answer));
         EXPECT_TRUE(shows(idResult, answer == IDYES ? L"6 entries loaded." : L"Nothing was saved"));
         EXPECT_EQ(program.FieldText(hierarchyPage, idTitle) == L"mine", answer == IDCANCEL)
@@ -165,7 +165,7 @@ TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
     // A group goes with what is in it only when that is said; Enter is the way out.
     ASSERT_TRUE(clickGroup());
     program.Type({VK_DELETE});
-    EXPECT_THAT(program.QuestionText(),
+    EXPECT_THAT(Workbench::TextsIn(program.Question()),
                 AllOf(HasSubstr("Remove all 3"), HasSubstr("Keep the 3, one level up"), HasSubstr("boris on desk")));
     program.Type({VK_RETURN});
     EXPECT_TRUE(program.Until([&] { return IsWindowEnabled(program.Frame()); }));
@@ -196,12 +196,12 @@ TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
 // A letter twice would lead to either field by turns, and one of a menu would hide behind a field's.
 TEST_F(WorkbenchTest, EveryUnderlinedLetterStandsForOneThing) {
     Workbench program({Content()});
-    for (int page = 0; page <= pageCount; ++page) { // and the page of the controls in design mode
+    for (int page = 0; page < pageCount; ++page) {
         ASSERT_TRUE(program.Show(page));
+        const std::string texts = Workbench::TextsIn(program.Frame());
         std::string letters = "gh"; // the menus'
-        for (const std::wstring& text : program.Labels())
-            if (const size_t mark = text.find(L'&'); mark != std::wstring::npos && mark + 1 < text.size())
-                letters += static_cast<char>(std::tolower(text[mark + 1]));
+        for (size_t at = 0; (at = texts.find('&', at)) != std::string::npos;)
+            letters += static_cast<char>(std::tolower(texts.at(++at)));
         std::sort(letters.begin(), letters.end());
         EXPECT_EQ(std::adjacent_find(letters.begin(), letters.end()), letters.end()) << page << ": " << letters;
         EXPECT_GE(letters.size(), 3u);
@@ -218,7 +218,8 @@ TEST_F(WorkbenchTest, AsksBeforeLocksAreDeletedAndWhenTheyCannotBeRead) {
     ASSERT_TRUE(program.HasFocus(list));
     program.Type({VK_CONTROL, 'A'});
     program.Type({VK_DELETE});
-    EXPECT_THAT(program.QuestionText(), AllOf(HasSubstr("1 of the 3 selected is valid"), HasSubstr("Delete 3 locks")));
+    EXPECT_THAT(Workbench::TextsIn(program.Question()),
+                AllOf(HasSubstr("1 of the 3 selected is valid"), HasSubstr("Delete 3 locks")));
     program.Type({VK_RETURN}); // which deletes nothing then
     EXPECT_TRUE(program.Until([&] { return IsWindowEnabled(program.Frame()); }));
     EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"3");
