@@ -37,9 +37,7 @@ public:
         return true;
     }
     Piece Kind() const { return kind; }
-    size_t Begin() const { return begin; }
     TextView Units() const { return statement.substr(begin, end - begin); }
-    TextView Rest() const { return statement.substr(begin); }
 
 private:
     Piece KindAt(size_t at) const {

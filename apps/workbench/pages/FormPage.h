@@ -128,7 +128,6 @@ private:
     std::wstring problem;
     std::vector<std::pair<HWND, int>> framed;
     Tone resultTone = Tone::Plain;
-    int headingBottom = 0;
 };
 
 // The outcome of a validation in one line: the answer, the error's name and number.
