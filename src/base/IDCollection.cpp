@@ -28,13 +28,9 @@ Text IDCollection::NextOf(const Text& id) const {
 
 bool IDCollection::Insert(const Text& id, std::list<Text>::iterator before) {
     if (places.contains(id)) return false;
-    const auto item = items.insert(before, id);
-    try {
-        places.emplace(*item, item);
-    } catch (...) {
-        items.erase(item);
-        throw;
-    }
+    std::list<Text> made(1, id);
+    places.emplace(made.front(), made.begin()); // may fail; then nothing has changed
+    items.splice(before, made);
     return true;
 }
 

@@ -17,7 +17,6 @@ struct Password {
 constexpr TextView slashes = u"://";
 
 bool IsBlank(char16_t unit) { return unit == u' ' || unit == u'\t'; }
-bool IsLineEnd(char16_t unit) { return unit == u'\n' || unit == u'\r'; }
 
 bool EndsInSecretWord(TextView text) {
     while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
@@ -33,8 +32,7 @@ Password Quoted(TextView text, size_t begin) {
     const char16_t close = text[begin] == u'{' ? u'}' : text[begin];
     size_t at = begin + 1;
     if (close != u'}' && at < text.size() && text[at] == close) {
-        const bool isEmpty = at + 1 == text.size() || text[at + 1] == u';';
-        if (isEmpty) return {begin, at + 1, {}};
+        if (text.substr(at + 1).starts_with(u';')) return {begin, at + 1, {}}; // empty
         const size_t end = text.find(Text(2, close), at + 1);
         if (end == TextView::npos) return {begin, text.size(), Text(text.substr(at + 1))};
         return {begin, end + 2, Text(text.substr(at + 1, end - at - 1))};
@@ -59,12 +57,12 @@ Password ValueAt(TextView text, size_t at) {
     if (first == u'"' || first == u'\'' || first == u'{') {
         Password found = Quoted(text, at);
         // What follows a closing mark directly cannot be told from the value and counts as part of it.
-        while (found.end < text.size() && TextReader::IsWordUnit(text[found.end])) ++found.end;
+        const TextView rest = text.substr(found.end);
+        found.end += static_cast<size_t>(std::ranges::find_if_not(rest, TextReader::IsWordUnit) - rest.begin());
         return found;
     }
-    size_t end = at;
     if (text.substr(at).starts_with(PasswordMask)) return {at, at, {}}; // what follows is a message
-    while (end < text.size() && text[end] != u';' && !IsLineEnd(text[end])) ++end;
+    size_t end = std::min(text.find_first_of(u";\r\n", at), text.size());
     while (end > at && IsBlank(text[end - 1])) --end;
     return {at, end, Text(text.substr(at, end - at))};
 }
@@ -82,7 +80,7 @@ Password OfUrl(TextView text, size_t at) {
 std::vector<Password> Find(TextView text) {
     std::vector<Password> found;
     for (size_t at = 0; (at = text.find_first_of(u"=:", at)) != TextView::npos;) {
-        Password password{at + 1, at + 1, {}};
+        Password password{};
         if (text.substr(at).starts_with(slashes)) {
             password = OfUrl(text, at + slashes.size());
         } else if (text[at] == u'=' && EndsInSecretWord(text.substr(0, at))) {

@@ -33,13 +33,9 @@ Lead LeadOf(unsigned char byte) {
     return {};
 }
 
-// Writes where there is room and returns how many bytes that took.
+// Writes a character that is not ASCII where there is room, and returns how many bytes that took.
 size_t WriteUtf8(char32_t point, char* utf8) {
     size_t taken = 0;
-    if (point < 0x80) {
-        utf8[0] = static_cast<char>(point);
-        return 1;
-    }
     if (point < 0x800) {
         utf8[taken++] = static_cast<char>(0xC0 | (point >> 6));
     } else {
