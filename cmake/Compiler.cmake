@@ -47,14 +47,14 @@ endif()
 
 # The large headers of the C++ library and of Windows are compiled once, not once per file.
 file(WRITE ${CMAKE_BINARY_DIR}/Precompiled.cpp "// Carries a precompiled header.\n")
-function(dax_precompiled_header name header)
+function(dax_precompiled_header name header settings)
   add_library(${name} STATIC ${CMAKE_BINARY_DIR}/Precompiled.cpp)
-  target_link_libraries(${name} PRIVATE dax_settings)
+  target_link_libraries(${name} PRIVATE ${settings})
   target_precompile_headers(${name} PRIVATE ${CMAKE_SOURCE_DIR}/cmake/${header})
 endfunction()
-dax_precompiled_header(dax_precompiled Precompiled.h)
+dax_precompiled_header(dax_precompiled Precompiled.h dax_settings)
 if(WIN32)
-  dax_precompiled_header(dax_precompiled_win32 PrecompiledWindows.h)
+  dax_precompiled_header(dax_precompiled_win32 PrecompiledWindows.h dax_settings)
 endif()
 
 # The files of a library are compiled several at a time. Programs' are not: their commands and pages have parts of the

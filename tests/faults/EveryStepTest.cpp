@@ -1,9 +1,9 @@
 // A fault at every step of the built-in engine, in its calls to the system and in its memory, once or for good: what
 // was to be done is done, or it is told and nothing is done; nothing is held, and what is done next works.
 #include "data/DatabaseCopy.h"
+#include "faults/SQLiteFaults.h"
 #include "hierarchy/EditorFixture.h"
 #include "locks/LockManager.h"
-#include "support/SQLiteFaults.h"
 #include "validation/DatabaseValidator.h"
 
 #include <algorithm>
@@ -29,24 +29,19 @@ public:
         }
         database->Run(statements);
         EXPECT_EQ(database->Ask(Text(u"PRAGMA journal_mode = ") + journal), journal);
-        std::ifstream file(Path(), std::ios::binary);
-        bytes.assign(std::istreambuf_iterator<char>(file), {});
+        bytes = test::ReadFile(Name());
         rows = test::ReadRows(Name());
     }
     const Text& Name() const { return database->Name(); }
     void Restore() const {
-        for (const char* ending : {"-journal", "-wal", "-shm"}) std::filesystem::remove(Path() += ending);
-        std::ofstream(Path(), std::ios::binary) << bytes;
+        for (const Text ending : {u"-journal", u"-wal", u"-shm"}) std::filesystem::remove(Name() + ending);
+        std::ofstream(std::filesystem::path(Name()), std::ios::binary) << bytes;
     }
     Text Locks() const { return database->Ask(u"SELECT Count(*) FROM velmoraUserLocks"); }
 
     std::map<Text, Text> rows;
 
 private:
-    std::filesystem::path Path() const {
-        const std::string utf8 = ToUtf8(Name());
-        return std::u8string(utf8.begin(), utf8.end());
-    }
     std::unique_ptr<test::TestDatabase> database = std::make_unique<test::TestDatabase>(Engine::SQLite);
     std::string bytes;
 };
@@ -224,18 +219,18 @@ TEST_P(EveryStep, FailsAndIsDoneOrTold) {
             const bool isDone = work->Do();
             const bool wasHit = faults.Stop();
             EXPECT_TRUE(wasHit || isDone);
-            EXPECT_EQ(faults.OpenFiles(), 0U);
+            EXPECT_EQ(SQLiteFaults::openFiles, 0U);
             work->mayBeDone = isLasting && Text(journal) == u"wal" && kind == SQLiteFaults::Kind::Calls;
             work->Check(isDone);
             return wasHit;
         };
         run(SQLiteFaults::Kind::Calls, 0, false); // the engine now holds what it keeps
-        const size_t held = faults.Allocations();
+        const size_t held = SQLiteFaults::allocations;
         for (const auto kind : {SQLiteFaults::Kind::Calls, SQLiteFaults::Kind::Memory}) {
             for (const bool isLasting : {false, true}) {
                 for (size_t number = 1; run(kind, number, isLasting); number += isAll ? 1 : 1 + number / 40) {
                     ++faultCount;
-                    ASSERT_EQ(faults.Allocations(), held);
+                    ASSERT_EQ(SQLiteFaults::allocations, held);
                     ASSERT_FALSE(HasFailure())
                         << (kind == SQLiteFaults::Kind::Calls ? "call " : "allocation ") << number
                         << (isLasting ? " and all after it, " : ", ") << ToUtf8(journal);

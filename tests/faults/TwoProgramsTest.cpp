@@ -31,10 +31,7 @@ protected:
         for (const std::string& command : commands) line += " \"" + command + "\"";
         return std::system(line.c_str()) == 0;
     }
-    std::string Said() const {
-        std::ifstream file(said);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string Said() const { return test::ReadFile(said); }
     // Does `work` while the shell is behind these commands and has not yet committed.
     template <typename Work>
     void WhileTheShellHolds(const std::string& begin, const std::string& statement, Work work) {

@@ -5,44 +5,31 @@
 #include "validation/DatabaseValidator.h"
 
 #include <chrono>
-#include <fstream>
 
 namespace dax::fuzz {
 
 namespace {
 
-using Path = std::filesystem::path;
-
-Path PathOf(const Text& name, const char* ending = "") {
-    const std::string utf8 = ToUtf8(name) + ending;
-    return std::u8string(utf8.begin(), utf8.end());
-}
-
-std::string ReadFile(const Path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 // A file and, in WAL mode, the log that lies beside it with what was written last.
 struct Course {
     std::string file, log;
     size_t pageSize;
-    Course(size_t pageSize, const char16_t* journal) : pageSize(pageSize) {
+    Course(size_t pageSize, const Text& journal) : pageSize(pageSize) {
+        std::vector<Text> statements = Schema::CreateStatements(Schema::Database::Content, Engine::SQLite);
+        statements.insert(statements.begin(), {u"PRAGMA page_size = " + ToText(pageSize),
+                                               u"PRAGMA auto_vacuum = " + ToText(pageSize == 512 ? 1 : 0)});
+        statements.push_back(u"PRAGMA journal_mode = " + journal);
+        for (const Text& row : test::SampleRows()) statements.push_back(row);
+        for (int i = 0; i < 30; ++i) {
+            statements.push_back(test::RowStatement(u"k" + ToText(i), u"K", u"g", 2, 10 + i, 1, Text(200, u'p')));
+            statements.push_back(test::LockStatement(u"k" + ToText(i), u"'ann'", 1));
+        }
         const test::TestDatabase database(Engine::SQLite);
         Connection open; // keeps the log from being taken into the file
         open.Open(database.Name());
-        open.Execute(u"PRAGMA page_size = " + ToText(pageSize));
-        open.Execute(u"PRAGMA auto_vacuum = " + ToText(pageSize == 512 ? 1 : 0));
-        for (const Text& statement : Schema::CreateStatements(Schema::Database::Content, Engine::SQLite))
-            open.Execute(statement);
-        open.Execute(Text(u"PRAGMA journal_mode = ") + journal);
-        for (const Text& statement : test::SampleRows()) open.Execute(statement);
-        for (int i = 0; i < 30; ++i) {
-            open.Execute(test::RowStatement(u"k" + ToText(i), u"K", u"g", 2, 10 + i, 1, Text(200, u'p')));
-            open.Execute(test::LockStatement(u"k" + ToText(i), u"'ann'", 1));
-        }
-        file = ReadFile(PathOf(database.Name()));
-        log = ReadFile(PathOf(database.Name(), "-wal"));
+        for (const Text& statement : statements) open.Execute(statement);
+        file = test::ReadFile(database.Name());
+        log = test::ReadFile(database.Name() + u"-wal");
     }
 };
 
@@ -58,8 +45,8 @@ public:
             isChanged = true;
             Change(!log.empty() && bytes.Below(2) ? log : file, course.pageSize / 2);
         }
-        std::ofstream(PathOf(name), std::ios::binary) << file;
-        if (!log.empty()) std::ofstream(PathOf(name, "-wal"), std::ios::binary) << log;
+        folder.Write(u"course.db", file);
+        if (!log.empty()) folder.Write(u"course.db-wal", log);
     }
 
     void Run() {

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <random>
 #include <set>
 #include <vector>
@@ -23,10 +22,8 @@ unsigned Setting(const char* name, unsigned usual) {
 std::vector<std::string> SeedsOf(const Target& target) {
     const std::filesystem::directory_iterator folder(std::filesystem::path(DAX_FUZZ_SEEDS) / target.name);
     std::vector<std::string> seeds;
-    for (const auto& file : std::set<std::filesystem::path>(begin(folder), end(folder))) {
-        std::ifstream stream(file, std::ios::binary);
-        seeds.emplace_back(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
-    }
+    for (const auto& file : std::set<std::filesystem::path>(begin(folder), end(folder)))
+        seeds.push_back(test::ReadFile(file));
     return seeds;
 }
 

@@ -219,9 +219,8 @@ private:
 void DriveHierarchyOn(Input input, const test::TestDatabase& database) { HierarchyDriver(input, database).Run(); }
 
 void DriveHierarchy(Input input) {
-    static const test::TestDatabase database(Engine::SQLite);
-    static const bool isMade = (test::CreateTables(database), true);
-    if (isMade) DriveHierarchyOn(input, database);
+    static const test::EmptyCourse course;
+    DriveHierarchyOn(input, course);
 }
 
 } // namespace dax::fuzz

@@ -11,31 +11,26 @@ namespace {
 
 constexpr const char16_t* users[] = {u"'ann'", u"'o''hara'", u"NULL", u"''", u"'\u00E9\U0001D11E'"};
 constexpr const char16_t* dates[] = {u"'2026-03-01 11:00:00'", u"'2026-03-01'", u"NULL", u"'yesterday'", u"12"};
-constexpr const char16_t* sessions[] = {u"s", u"kept"};
 constexpr int types[] = {1, 5, -2, 77, 78, 79}; // the last two become none and a word
 constexpr const char16_t* lessons[] = {u"l1", u"l2", u"kept", u"gone", u"g"};
 constexpr const char16_t* names[] = {u"ann", u"o'hara", u""};
 constexpr int keys[] = {46, 116, 13};
 
-const test::TestDatabase& Locks() {
-    static const test::TestDatabase database(Engine::SQLite);
-    static const bool isMade = [] {
-        test::CreateTables(database);
+// With a lock that cannot be deleted.
+struct LockedCourse : test::EmptyCourse {
+    LockedCourse() {
         for (const Text id : {u"l1", u"l2", u"kept", u"g"})
-            database.Run({test::RowStatement(id, id, u"", 1, 1, id == u"g" ? ltGroup : ltLesson)});
-        database.Run({u"CREATE TRIGGER refuse BEFORE DELETE ON velmoraUserLocks WHEN OLD.lessonID = 'kept' AND "
-                      u"OLD.sessionID = 'kept' BEGIN SELECT RAISE(ABORT, 'kept'); END"});
-        return true;
-    }();
-    (void)isMade;
-    return database;
-}
+            Run({test::RowStatement(id, id, u"", 1, 1, id == u"g" ? ltGroup : ltLesson)});
+        Run({u"CREATE TRIGGER refuse BEFORE DELETE ON velmoraUserLocks WHEN OLD.lessonID = 'kept' AND "
+             u"OLD.sessionID = 'kept' BEGIN SELECT RAISE(ABORT, 'kept'); END"});
+    }
+};
 
 class LockDriver : public ControlDriver<LockManager> {
 public:
-    LockDriver(Input input, const std::shared_ptr<ListModel>& shown)
+    LockDriver(Input input, const test::TestDatabase& course, const std::shared_ptr<ListModel>& shown)
         : ControlDriver(input, std::make_shared<LockManager>(shown, [] { return DateTime{2026, 3, 1, 12, 0, 0}; })),
-          list(shown) {
+          database(course), list(shown) {
         control->connectionString = Reachable();
         control->username = u"ann";
         control->SetupColumns();
@@ -50,7 +45,7 @@ public:
 
 private:
     // A lock that somebody else holds is not waited for.
-    static Text Reachable() { return u"Driver=SQLite3;Timeout=1;Database=" + Locks().Name(); }
+    Text Reachable() const { return u"Driver=SQLite3;Timeout=1;Database=" + database.Name(); }
 
     void ChangeRows() {
         std::vector<Text> statements;
@@ -58,10 +53,10 @@ private:
             statements = {u"UPDATE velmoraUserLocks SET sessionID = ''", u"DELETE FROM velmoraUserLocks"};
         for (auto rows = bytes.Below(4); rows > 0; --rows)
             statements.push_back(test::LockStatement(bytes.OneOf(lessons), bytes.OneOf(users), bytes.OneOf(types),
-                                                     bytes.OneOf(sessions), bytes.OneOf(dates)));
+                                                     bytes.Below(2) ? u"kept" : u"s", bytes.OneOf(dates)));
         statements.push_back(u"UPDATE velmoraUserLocks SET lockType = CASE lockType WHEN 78 THEN NULL ELSE 'x' END "
                              u"WHERE lockType >= 78");
-        Locks().Run(statements);
+        database.Run(statements);
     }
 
     void Round() override {
@@ -78,7 +73,7 @@ private:
         control->lockDisplayType = ldtAllLocks;
         control->RebuildDisplay();
         Check();
-        RequireEqual(ToText(control->LockCount()), Locks().Ask(u"SELECT Count(*) FROM velmoraUserLocks"), "the list");
+        RequireEqual(ToText(control->LockCount()), database.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), "the list");
     }
 
     void Do() override {
@@ -126,11 +121,15 @@ private:
         Require(control->Counts() == counted, "the locks are counted right");
     }
 
+    const test::TestDatabase& database;
     std::shared_ptr<ListModel> list;
 };
 
 } // namespace
 
-void DriveLocks(Input input) { LockDriver(input, std::make_shared<ListModel>()).Run(); }
+void DriveLocks(Input input) {
+    static const LockedCourse course;
+    LockDriver(input, course, std::make_shared<ListModel>()).Run();
+}
 
 } // namespace dax::fuzz

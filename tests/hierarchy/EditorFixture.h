@@ -16,6 +16,10 @@ inline void CreateTables(const TestDatabase& database) {
     database.Run(Schema::CreateStatements(Schema::Database::Content, database.Kind()));
 }
 
+struct EmptyCourse : TestDatabase {
+    EmptyCourse() : TestDatabase(Engine::SQLite) { CreateTables(*this); }
+};
+
 // INSERT of one row; values as SQL.
 inline Text RowStatement(const Text& id, const Text& title, const Text& parent, int indent, int position, int type,
                          const Text& properties = {}) {

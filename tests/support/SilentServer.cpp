@@ -44,15 +44,11 @@ SilentServer::SilentServer(Kind kind) {
 
 SilentServer::SilentServer(const Text& connectionString) : realPort(PortIn(connectionString)) {
     Listen(100);
-    thread = std::thread([this] { Serve(); });
+    thread = std::jthread([this](const std::stop_token& stop) { Serve(stop); });
 }
 
 SilentServer::~SilentServer() {
-    {
-        const std::scoped_lock lock(mutex);
-        isEnding = true;
-    }
-    if (thread.joinable()) thread.join();
+    thread = {}; // ends it
     Recover();
     for (const int filler : fillers) close(filler);
     close(listener);
@@ -70,11 +66,6 @@ void SilentServer::Listen(int backlog) {
         getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0)
         throw std::runtime_error("no port to listen on");
     port = std::to_string(ntohs(address.sin_port));
-}
-
-void SilentServer::FallSilent() {
-    const std::scoped_lock lock(mutex);
-    isSilent = true;
 }
 
 void SilentServer::FallSilentAt(std::string bytes, bool handedOn) {
@@ -104,13 +95,11 @@ bool SilentServer::HandOn(int from, int to, bool isClients) {
     return (isSilent && !isHandedOn) || send(to, bytes.data(), seen.size(), MSG_NOSIGNAL) == count;
 }
 
-void SilentServer::Serve() {
-    for (;;) {
-        std::vector<pollfd> waits;
+void SilentServer::Serve(const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+        std::vector<pollfd> waits{{listener, POLLIN, 0}};
         {
             const std::scoped_lock lock(mutex);
-            if (isEnding) return;
-            waits.push_back({listener, POLLIN, 0});
             for (const Pair& pair : pairs)
                 for (const int end : {pair.client, pair.server}) waits.push_back({end, POLLIN, 0});
         }

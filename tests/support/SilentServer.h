@@ -30,7 +30,10 @@ public:
     Text ThroughIt(const Text& connectionString, const Text& more) const;
 
     // From now on nothing is handed on, either way.
-    void FallSilent();
+    void FallSilent() {
+        const std::scoped_lock lock(mutex);
+        isSilent = true;
+    }
     // The same from the moment when a client sends these bytes; the server still gets them, or not.
     void FallSilentAt(std::string bytes, bool handedOn);
     // Breaks what was silent, and serves new clients again.
@@ -41,17 +44,17 @@ private:
         int client, server;
     };
     void Listen(int backlog);
-    void Serve();
+    void Serve(const std::stop_token& stop);
     bool HandOn(int from, int to, bool isClients);
 
     std::string port, realPort, fatal;
     int listener = -1;
-    bool isEnding = false, isHandedOn = false;
+    bool isHandedOn = false;
     std::atomic<bool> isSilent = false;
     std::vector<Pair> pairs;
     std::vector<int> fillers;
     std::mutex mutex;
-    std::thread thread;
+    std::jthread thread;
 };
 
 } // namespace dax::test

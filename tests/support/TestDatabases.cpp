@@ -35,11 +35,6 @@ const char* VariableOf(Engine engine) {
                                         : nullptr;
 }
 
-// Of a keyword that stands twice the last one counts.
-Text WithDatabase(const Text& connectionString, const Text& database) {
-    return connectionString + u";Database=" + database;
-}
-
 } // namespace
 
 TempFolder::TempFolder() : path(std::filesystem::temp_directory_path() / UniqueName()) {
@@ -51,18 +46,14 @@ TempFolder::~TempFolder() {
     std::filesystem::remove_all(path, ignored);
 }
 
-Text TempFolder::File(const Text& name) const {
-    const std::u8string utf8 = path.u8string();
-    Text folder = FromUtf8({reinterpret_cast<const char*>(utf8.data()), utf8.size()});
-    folder.push_back(static_cast<char16_t>(std::filesystem::path::preferred_separator));
-    return folder + name;
+Text TempFolder::Write(const Text& name, const std::string& bytes) const {
+    std::ofstream(path / name, std::ios::binary) << bytes;
+    return File(name);
 }
 
-Text TempFolder::Write(const Text& name, const std::string& bytes) const {
-    const std::string utf8 = ToUtf8(name);
-    std::ofstream stream(path / std::u8string(utf8.begin(), utf8.end()), std::ios::binary);
-    stream << bytes;
-    return File(name);
+std::string ReadFile(const std::filesystem::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 Failure FailureOfOpen(const Text& connectionString) {
@@ -90,15 +81,14 @@ TestDatabase::TestDatabase(Engine kind)
 TestDatabase::TestDatabase(Engine kind, const Text& administratorsString)
     : engine(kind), adminString(administratorsString) {
     if (engine == Engine::SQLite) {
-        name = folder.Write(u"test.db", "");
-        connectionString = name;
+        connectionString = name = folder.Write(u"test.db", "");
         return;
     }
     name = FromUtf8(UniqueName());
     Connection admin;
     admin.Open(adminString);
     admin.Execute(u"CREATE DATABASE " + name);
-    connectionString = WithDatabase(adminString, name);
+    connectionString = ConnectionStringThrough(adminString);
 }
 
 TestDatabase::~TestDatabase() {
@@ -111,10 +101,6 @@ TestDatabase::~TestDatabase() {
     } catch (const std::exception& error) {
         ADD_FAILURE() << "the database of the test could not be dropped: " << error.what();
     }
-}
-
-Text TestDatabase::ConnectionStringThrough(const Text& administratorsString) const {
-    return WithDatabase(administratorsString, name);
 }
 
 void TestDatabase::Run(const std::vector<Text>& statements) const {

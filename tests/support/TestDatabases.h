@@ -23,13 +23,16 @@ public:
     TempFolder& operator=(const TempFolder&) = delete;
     const std::filesystem::path& Path() const { return path; }
     // The path of a file in it, in the form in which hosts write paths.
-    Text File(const Text& name) const;
+    Text File(const Text& name) const { return (path / name).u16string(); }
     // The same, with the file written.
     Text Write(const Text& name, const std::string& bytes) const;
 
 private:
     std::filesystem::path path;
 };
+
+// All bytes of a file; none when it is not there.
+std::string ReadFile(const std::filesystem::path& path);
 
 struct Failure : Error {
     Failure(const Error& error, double after) : Error(error), seconds(after) {}
@@ -75,7 +78,9 @@ public:
     Engine Kind() const { return engine; }
     const Text& ConnectionString() const { return connectionString; }
     // The same database through another administrator's string: another node of the cluster.
-    Text ConnectionStringThrough(const Text& administratorsString) const;
+    Text ConnectionStringThrough(const Text& administratorsString) const {
+        return administratorsString + u";Database=" + name; // of a keyword that stands twice the last one counts
+    }
     // The catalog's name, or the path of the file.
     const Text& Name() const { return name; }
     // Runs statements on a connection of its own.

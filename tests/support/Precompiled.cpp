@@ -1,2 +1,0 @@
-// The file that carries the precompiled header of the test programs.
-#include "support/Precompiled.h"
