@@ -5,8 +5,8 @@
 
 namespace dax::test {
 
-// g(a b) h(c) d: two groups, four lessons. Locks, all of session "s": ann edits a and reads b, bob edits c twice and
-// reads his own guide of d; nobody knows the lesson "gone" that ann edits.
+// g(a b) h(c) d: two groups, four lessons, of which b and c have no identifier. Locks, all of session "s": ann edits a
+// and reads b, bob edits c twice and reads his own guide of d; nobody knows the lesson "gone" that ann edits.
 class Course : public TestDatabase {
 public:
     Course() : TestDatabase(Engine::SQLite) {
@@ -15,7 +15,8 @@ public:
             return LessonRow(id, u"Title " + id, u"#" + id, parent, level, position, type);
         };
         Run({row(u"g", u"", 1, 1, 0), row(u"h", u"", 1, 2, 0), row(u"d", u"", 1, 3, 1), row(u"a", u"g", 2, 1, 1),
-             row(u"b", u"g", 2, 2, 1), row(u"c", u"h", 2, 1, 1), u"UPDATE velmoraLessons SET lessonProperties = ''"});
+             row(u"b", u"g", 2, 2, 1), row(u"c", u"h", 2, 1, 1), u"UPDATE velmoraLessons SET lessonProperties = ''",
+             u"UPDATE velmoraLessons SET lessonIdentifier = '' WHERE lessonID IN ('b', 'c')"});
         Run({LockRow(u"a", u"ann", u"P1", 1), LockRow(u"b", u"ann", u"P2", 2), LockRow(u"c", u"bob", u"P3", 1),
              LockRow(u"c", u"bob", u"P4", 1), LockRow(u"d", u"bob", u"P5", 4), LockRow(u"gone", u"ann", u"P6", 1)});
     }

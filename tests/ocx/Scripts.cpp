@@ -40,8 +40,8 @@ Outcome RunProgram(const wchar_t* program, const std::wstring& arguments) {
     return outcome;
 }
 
-Outcome RunScript(const std::wstring& script, const std::wstring& arguments) {
-    return RunProgram(L"daxscript.exe", L"\"" + script + L"\" " + arguments);
+Outcome RunScript(const std::filesystem::path& script, const std::wstring& arguments) {
+    return RunProgram(L"daxscript.exe", L"\"" + script.wstring() + L"\" " + arguments);
 }
 
 std::filesystem::path DataFile(const std::wstring& name) { return BinFolder() + L"ocx_data\\" + name; }

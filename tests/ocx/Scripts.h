@@ -14,7 +14,7 @@ struct Outcome {
 
 // A program beside this one, or wherever its full path says; fails when it does not end within two minutes.
 Outcome RunProgram(const wchar_t* program, const std::wstring& arguments);
-Outcome RunScript(const std::wstring& script, const std::wstring& arguments = L"");
+Outcome RunScript(const std::filesystem::path& script, const std::wstring& arguments = L"");
 
 std::filesystem::path DataFile(const std::wstring& name); // a sample or a snapshot
 std::wstring Quoted(const Text& text);
