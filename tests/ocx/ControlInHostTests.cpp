@@ -99,39 +99,23 @@ TEST_P(ControlInHost, GivesAPictureAndText) {
     ComPtr<IDataObject> data;
     ASSERT_HRESULT_SUCCEEDED(hosted.object->GetClipboardData(0, data.Out()));
     hosted.Close(); // the data lives on
+    STGMEDIUM medium{};
+    FORMATETC format{CF_ENHMETAFILE, nullptr, DVASPECT_CONTENT, -1, TYMED_ENHMF};
+    ASSERT_HRESULT_SUCCEEDED(data->GetData(&format, &medium));
+    EXPECT_GT(GetEnhMetaFileBits(medium.hEnhMetaFile, 0, nullptr), 100u);
+    ReleaseStgMedium(&medium);
+    format.cfFormat = CF_METAFILEPICT;
+    format.tymed = TYMED_MFPICT;
+    EXPECT_HRESULT_SUCCEEDED(data->GetData(&format, &medium));
+    ReleaseStgMedium(&medium);
+    format.cfFormat = CF_UNICODETEXT;
+    format.tymed = TYMED_HGLOBAL;
     const std::string name = GetParam().name;
-    size_t formats = 0;
-    std::wstring words;
-    ComPtr<IEnumFORMATETC> list;
-    ASSERT_HRESULT_SUCCEEDED(data->EnumFormatEtc(DATADIR_GET, list.Out()));
-    for (FORMATETC format{}; list->Next(1, &format, nullptr) == S_OK; ++formats) {
-        STGMEDIUM medium{};
-        EXPECT_HRESULT_SUCCEEDED(data->GetData(&format, &medium));
-        EXPECT_EQ(medium.tymed, format.tymed);
-        if (format.cfFormat == CF_ENHMETAFILE) {
-            EXPECT_GT(GetEnhMetaFileBits(medium.hEnhMetaFile, 0, nullptr), 100u);
-        }
-        if (format.cfFormat == CF_UNICODETEXT) words = static_cast<const wchar_t*>(GlobalLock(medium.hGlobal));
-        ReleaseStgMedium(&medium);
-    }
-    EXPECT_EQ(formats, name.ends_with("Info") ? 3u : 2u);
-    const wchar_t* const expected = name == "LessonInfo" ? L"4 lessons" : name == "LockInfo" ? L"reading guide" : L"";
-    EXPECT_NE(words.find(expected), std::wstring::npos) << ToUtf8(FromWide(words));
-}
-
-TEST_P(ControlInHost, SizesComeBackAndPlacesMayComeFirst) {
-    HostedControl hosted(GetParam(), {});
-    EXPECT_HRESULT_SUCCEEDED(hosted.inPlace->SetObjectRects(&hosted.site.place, nullptr)) << "before there is a window";
-    SIZEL natural{}, size{5080, 2540}, read{};
-    EXPECT_HRESULT_SUCCEEDED(hosted.object->GetExtent(DVASPECT_CONTENT, &natural));
-    EXPECT_EQ(natural.cx, MulDiv(GetParam().natural.cx, 2540, 96));
-    EXPECT_HRESULT_SUCCEEDED(hosted.object->SetExtent(DVASPECT_CONTENT, &size));
-    EXPECT_HRESULT_SUCCEEDED(hosted.object->GetExtent(DVASPECT_CONTENT, &read));
-    EXPECT_TRUE(read.cx == size.cx && read.cy == size.cy);
-    EXPECT_EQ(hosted.object->SetExtent(DVASPECT_ICON, &size), DV_E_DVASPECT);
-    DWORD status = 0;
-    EXPECT_HRESULT_SUCCEEDED(hosted.object->GetMiscStatus(DVASPECT_CONTENT, &status));
-    EXPECT_EQ(status, 131473u);
+    EXPECT_EQ(data->GetData(&format, &medium), name.ends_with("Info") ? S_OK : DV_E_FORMATETC);
+    if (!medium.hGlobal) return;
+    const std::wstring words = static_cast<const wchar_t*>(GlobalLock(medium.hGlobal));
+    EXPECT_NE(words.find(name == "LessonInfo" ? L"4 lessons" : L"reading guide"), std::wstring::npos);
+    ReleaseStgMedium(&medium);
 }
 
 TEST_P(ControlInHost, IsActivatedByAClickAndLeavesOthersKeysToTheHost) {
@@ -186,19 +170,14 @@ TEST_P(ControlInHost, FollowsTheHostsColoursAndFont) {
     EXPECT_EQ(FontHeight(hosted.window), -std::lround(18.0 * GetDeviceCaps(dc, LOGPIXELSX) / 72));
     EXPECT_EQ(FontHeight(hosted.child), FontHeight(hosted.window));
     ReleaseDC(hosted.window, dc);
-    NONCLIENTMETRICSW metrics{};
-    metrics.cbSize = sizeof metrics;
-    ASSERT_TRUE(SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0));
-    const LONG former = std::exchange(metrics.lfMessageFont.lfHeight, -23);
-    ASSERT_TRUE(SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof metrics, &metrics, 0));
-    hosted.SetAmbient(DISPID_AMBIENT_FONT, Variant());
-    EXPECT_EQ(FontHeight(hosted.window), -23) << "of the system's messages, as the host names none";
-    metrics.lfMessageFont.lfHeight = former;
-    EXPECT_TRUE(SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof metrics, &metrics, 0));
 }
 
 TEST_P(ControlInHost, ShowsASampleInDesignModeAndNothingOfItAfterwards) {
     HostedControl hosted(GetParam(), {});
+    SIZEL natural{};
+    EXPECT_HRESULT_SUCCEEDED(hosted.object->GetExtent(DVASPECT_CONTENT, &natural));
+    EXPECT_EQ(natural.cx, MulDiv(GetParam().natural.cx, 2540, 96));
+    EXPECT_HRESULT_SUCCEEDED(hosted.inPlace->SetObjectRects(&hosted.site.place, nullptr)) << "before there is a window";
     hosted.site.ambients[DISPID_AMBIENT_USERMODE] = false;
     hosted.Place(OLEIVERB_INPLACEACTIVATE);
     const auto sample = hosted.Picture(300, 150);

@@ -28,21 +28,9 @@ bool Has(ObjectRef control, const std::pair<const wchar_t*, Variant>& property) 
 // Hears which property has changed.
 class ChangeListener final : public StackObject<Implements<IPropertyNotifySink, IID_IPropertyNotifySink>> {
 public:
-    explicit ChangeListener(ObjectRef control) {
-        const auto container = Query<IConnectionPointContainer>(control.Get(), IID_IConnectionPointContainer);
-        EXPECT_HRESULT_SUCCEEDED(container->FindConnectionPoint(IID_IPropertyNotifySink, point.Out()));
-        StackObject<> without;
-        EXPECT_EQ(point->Advise(&without, &cookie), CONNECT_E_CANNOTCONNECT);
-        EXPECT_HRESULT_SUCCEEDED(point->Advise(static_cast<IDispatch*>(this), &cookie));
-    }
-    ~ChangeListener() { point->Unadvise(cookie); }
     STDMETHODIMP OnChanged(DISPID dispid) override { return last = dispid, S_OK; }
     STDMETHODIMP OnRequestEdit(DISPID) override { return S_OK; }
     DISPID last = DISPID_UNKNOWN;
-
-private:
-    ComPtr<IConnectionPoint> point;
-    DWORD cookie = 0;
 };
 
 } // namespace
@@ -70,7 +58,12 @@ TEST_P(ControlLife, IsKeptInBagStreamAndStorage) {
         HostedControl first(GetParam(), OLEIVERB_INPLACEACTIVATE), second(GetParam(), {});
         first.object->Close(OLECLOSE_SAVEIFDIRTY);
         EXPECT_EQ(first.site.calls["SaveObject"], 0);
-        ChangeListener changes(first.control);
+        ChangeListener changes;
+        ComPtr<IConnectionPoint> point;
+        DWORD cookie = 0;
+        first.control.As<IConnectionPointContainer>(IID_IConnectionPointContainer)
+            ->FindConnectionPoint(IID_IPropertyNotifySink, point.Out());
+        EXPECT_HRESULT_SUCCEEDED(point->Advise(static_cast<IDispatch*>(&changes), &cookie));
         for (const auto& property : kept) {
             EXPECT_FALSE(Has(first.control, property)) << "is the default";
             Put(first.control, property.first, property.second);
@@ -78,6 +71,7 @@ TEST_P(ControlLife, IsKeptInBagStreamAndStorage) {
             EXPECT_HRESULT_SUCCEEDED(FindMember(first.control.Get(), property.first, dispid));
             EXPECT_EQ(changes.last, dispid);
         }
+        EXPECT_HRESULT_SUCCEEDED(point->Unadvise(cookie));
         EXPECT_EQ(inStream(first.control)->IsDirty(), kept.empty() ? S_FALSE : S_OK);
         first.object->Close(OLECLOSE_SAVEIFDIRTY);
         EXPECT_EQ(first.site.calls["SaveObject"], kept.empty() ? 0 : 1);

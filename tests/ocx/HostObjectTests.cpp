@@ -1,7 +1,6 @@
 // Objects that a host passes to the controls and to a lesson: what is asked of them, and what comes of those that fail.
 #include "ControlCases.h"
 #include "HostObjects.h"
-#include "Scripts.h"
 
 #include <commctrl.h>
 
@@ -215,7 +214,7 @@ TEST_F(HostObjectTest, AGroupOfLocksIsAnyCollection) {
     Call(editor, L"LoadDatabase");
     std::string error;
     Sink failing([&](const HeardEvent& event) {
-        if (event.name == "Error") error = ToUtf8(event.arguments[0]);
+        if (event.text.starts_with("Error(")) error = event.text.substr(6, event.text.find(',') - 6);
     });
     failing.Connect(locks);
     Put(locks, L"LockDisplayType", 3);

@@ -1,5 +1,10 @@
 #include "OcxHost.h"
 
+#include "support/TestDatabases.h"
+
+#include <fstream>
+#include <iterator>
+
 namespace dax::test {
 
 std::wstring BinFolder() {
@@ -116,28 +121,62 @@ bool PumpUntil(const std::function<bool()>& condition) {
     }
 }
 
-std::string HeardEvent::Described() const {
-    std::string list;
-    for (const Text& argument : arguments) list += (&argument == arguments.data() ? "" : ", ") + ToUtf8(argument);
-    return name + "(" + list + ")";
-}
-
 void Sink::Connect(ObjectRef object) {
-    connection = EventConnection(object.Get(), [this](const ReceivedEvent& event) { Hear(event); });
+    connection = EventConnection(object.Get(), [this](const ReceivedEvent& event) {
+        std::string text = ToUtf8(FromWide(event.name)) + "(";
+        const char* separator = "";
+        std::vector<VARIANT*> references;
+        for (VARIANT* argument : ReceivedArguments(event.call)) {
+            Variant value = Dereferenced(*argument);
+            if (value.vt == VT_DISPATCH) value = value.pdispVal ? Call(value.pdispVal, L"SBID") : Variant();
+            text += std::exchange(separator, ", ") + ToUtf8(FromWide(value.Text()));
+            if (argument->vt == (VT_I4 | VT_BYREF)) references.push_back(argument);
+        }
+        listener({event.dispid, text + ")"});
+        for (VARIANT* const reference : references) *reference->plVal = answer;
+    });
     EXPECT_TRUE(connection);
 }
 
-void Sink::Hear(const ReceivedEvent& event) const {
-    HeardEvent heard{event.dispid, ToUtf8(FromWide(event.name)), {}};
-    std::vector<VARIANT*> references;
-    for (VARIANT* argument : ReceivedArguments(event.call)) {
-        Variant value = Dereferenced(*argument);
-        if (value.vt == VT_DISPATCH) value = value.pdispVal ? Call(value.pdispVal, L"SBID") : Variant();
-        heard.arguments.push_back(FromWide(value.Text()));
-        if (argument->vt == (VT_I4 | VT_BYREF)) references.push_back(argument);
+Outcome RunProgram(const wchar_t* program, const std::wstring& arguments) {
+    const TempFolder folder;
+    const std::filesystem::path outputs[] = {folder.Path() / "output", folder.Path() / "errors"};
+    HANDLE files[2];
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    for (int i = 0; i < 2; ++i)
+        files[i] =
+            CreateFileW(outputs[i].c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, 0, nullptr);
+    STARTUPINFOW start{};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdOutput = files[0];
+    start.hStdError = files[1];
+    PROCESS_INFORMATION process{};
+    std::wstring command = L"\"" + (std::filesystem::path(BinFolder()) / program).wstring() + L"\" " + arguments;
+    Outcome outcome;
+    if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process)) {
+        EXPECT_EQ(WaitForSingleObject(process.hProcess, 120000), WAIT_OBJECT_0);
+        GetExitCodeProcess(process.hProcess, &outcome.code);
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
     }
-    listener(heard);
-    for (VARIANT* const reference : references) *reference->plVal = answer;
+    for (const HANDLE file : files) CloseHandle(file);
+    const auto contents = [](const std::filesystem::path& path) {
+        std::ifstream file(path, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    outcome.output = contents(outputs[0]);
+    outcome.errors = contents(outputs[1]);
+    std::erase(outcome.output, '\r');
+    return outcome;
 }
+
+Outcome RunScript(const std::filesystem::path& script, const std::wstring& arguments) {
+    return RunProgram(L"daxscript.exe", L"\"" + script.wstring() + L"\" " + arguments);
+}
+
+std::filesystem::path DataFile(const std::wstring& name) { return BinFolder() + L"ocx_data\\" + name; }
+
+std::wstring Quoted(const Text& text) { return L"\"" + ToWide(text) + L"\" "; }
 
 } // namespace dax::test

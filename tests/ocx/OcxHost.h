@@ -1,4 +1,5 @@
-// What the tests of the control library share: the library itself, registered; automation by name; objects of a host.
+// What the tests of the control library share: the library itself, registered; automation by name; objects of a host;
+// programs and scripts.
 #pragma once
 
 #if defined(__GNUC__)
@@ -12,6 +13,7 @@
 #include <ocidl.h>
 #include <olectl.h>
 
+#include <filesystem>
 #include <functional>
 #include <initializer_list>
 #include <string>
@@ -73,10 +75,7 @@ private:
 
 struct HeardEvent {
     DISPID dispid;
-    std::string name;
-    std::vector<Text> arguments; // an object by its SBID
-
-    std::string Described() const; // "Name(first, second)"
+    std::string text; // "Name(first, second)"; an object by its SBID
 };
 
 // Hears every event of an object.
@@ -92,10 +91,20 @@ public:
     long answer = 0; // what an argument by reference is set to
 
 private:
-    void Hear(const ReceivedEvent& event) const;
-
     Listener listener;
     EventConnection connection;
 };
+
+struct Outcome {
+    DWORD code = 0xFFFF;
+    std::string output, errors;
+};
+
+// A program beside this one, or wherever its full path says; fails when it does not end within two minutes.
+Outcome RunProgram(const wchar_t* program, const std::wstring& arguments);
+Outcome RunScript(const std::filesystem::path& script, const std::wstring& arguments = L"");
+
+std::filesystem::path DataFile(const std::wstring& name); // a sample or a snapshot
+std::wstring Quoted(const Text& text);
 
 } // namespace dax::test

@@ -1,5 +1,5 @@
 // What compilers of hosts see: the type libraries inside the files, member by member, against checked-in snapshots.
-#include "Scripts.h"
+#include "OcxHost.h"
 
 #include <fstream>
 #include <iterator>
