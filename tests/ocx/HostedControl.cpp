@@ -93,22 +93,17 @@ void HostedControl::SetAmbient(DISPID dispid, const Variant& value) {
 }
 
 std::vector<DWORD> HostedControl::Picture(int width, int height) const {
-    BITMAPINFO info{};
-    info.bmiHeader = {sizeof info.bmiHeader, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    void* bits = nullptr;
+    std::vector<DWORD> pixels(static_cast<size_t>(width * height));
     const HDC dc = CreateCompatibleDC(nullptr);
-    const HBITMAP bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    const HGDIOBJ former = SelectObject(dc, bitmap);
+    const HBITMAP bitmap = CreateBitmap(width, height, 1, 32, nullptr);
+    SelectObject(dc, bitmap);
     const RECT bounds{0, 0, width, height};
     EXPECT_HRESULT_SUCCEEDED(OleDraw(control.Get(), DVASPECT_CONTENT, dc, &bounds));
-    GdiFlush();
-    const auto* pixels = static_cast<const DWORD*>(bits);
-    std::vector<DWORD> result(pixels, pixels + width * height);
-    for (DWORD& pixel : result) pixel &= 0xFFFFFF;
-    SelectObject(dc, former);
-    DeleteObject(bitmap);
+    GetBitmapBits(bitmap, width * height * 4, pixels.data());
     DeleteDC(dc);
-    return result;
+    DeleteObject(bitmap);
+    for (DWORD& pixel : pixels) pixel &= 0xFFFFFF;
+    return pixels;
 }
 
 void HostedControl::Close() {

@@ -96,11 +96,11 @@ private:
 };
 
 struct Outcome {
-    DWORD code = 0xFFFF;
+    int code = -1;
     std::string output, errors;
 };
 
-// A program beside this one, or wherever its full path says; fails when it does not end within two minutes.
+// A program beside this one, or wherever its full path says.
 Outcome RunProgram(const wchar_t* program, const std::wstring& arguments);
 Outcome RunScript(const std::filesystem::path& script, const std::wstring& arguments = L"");
 
