@@ -92,15 +92,6 @@ private:
 
 class HostObjectTest : public OcxTest {
 protected:
-    void SetUp() override {
-        OcxTest::SetUp();
-        control = Create(L"DAXControls.LessonMapEditor");
-    }
-    void TearDown() override {
-        control.Reset();
-        OcxTest::TearDown();
-    }
-
     void SetLesson(ObjectRef value) { Put(control, L"Lesson", value, DISPATCH_PROPERTYPUTREF); }
     // A lesson of the library with the pages a, b and c in the maps that the records describe.
     static ComPtr<IDispatch>
@@ -115,21 +106,15 @@ protected:
     ComPtr<IDispatch> Nodes() { return Get(Get(control, L"tvwObject"), L"Nodes"); }
     ComPtr<IDispatch> Node(const char16_t* key) { return Get(Nodes(), L"Item", {key}); }
 
-    // The texts of all nodes: "above[below beside] top".
-    std::string Shown() { return NumberOf(Call(Nodes(), L"Count")) == 0 ? "" : Written(Get(Nodes(), L"Item", {1})); }
-
-    ComPtr<IDispatch> control;
-    HostObjects host;
-
-private:
-    static std::string Written(ComPtr<IDispatch> node) {
-        std::string text;
-        for (; node; node = Get(node, L"Next")) {
-            text += (text.empty() ? "" : " ") + ToUtf8(GetText(node, L"Text"));
-            if (const auto child = Get(node, L"Child")) text += "[" + Written(child) + "]";
-        }
-        return text;
+    // The paths of all nodes, in the order of adding.
+    std::string Shown() {
+        std::string paths;
+        for (const Variant& node : Enumerated(Nodes())) paths += ToUtf8(GetText(node.Object(), L"FullPath")) + ";";
+        return paths;
     }
+
+    HostObjects host;
+    const ComPtr<IDispatch> control = Create(L"DAXControls.LessonMapEditor");
 };
 
 } // namespace
@@ -178,7 +163,7 @@ TEST_F(HostObjectTest, EveryFailureOfALessonIsAnError) {
                 SetLesson(nullptr);
                 SetLesson(Lesson());
                 Put(control, L"CurrentSBID", u"b");
-                EXPECT_EQ(Shown(), "M (2)[title a title b] N (1)[title c]") << where;
+                EXPECT_EQ(Shown(), "M (2);M (2)\\title a;M (2)\\title b;N (1);N (1)\\title c;") << where;
                 EXPECT_EQ(GetText(Get(control, L"CurrentStoryboard"), L"SBID"), u"b") << where;
                 SetLesson(nullptr);
             }
@@ -191,7 +176,7 @@ TEST_F(HostObjectTest, ALessonWithoutMapsGetsOne) {
     Call(control, L"AddStoryboard", {Get(Get(Lesson(), L"Storyboards"), L"Item", {u"a"})});
     SetLesson(nullptr);
     SetLesson(lesson);
-    EXPECT_EQ(Shown(), "key (1)[title a]") << "the new map keeps the layout";
+    EXPECT_EQ(Shown(), "key (1);key (1)\\title a;") << "the new map keeps the layout";
 }
 
 TEST_F(HostObjectTest, FailuresOfTheUsersDoingAreTold) {

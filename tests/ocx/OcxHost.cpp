@@ -13,14 +13,10 @@ std::wstring BinFolder() {
     return path.substr(0, path.find_last_of(L"\\/") + 1);
 }
 
+// They stay loaded: loading and unloading them makes and frees objects of the system.
 HRESULT CallLibrary(const wchar_t* file, const char* entryPoint) {
-    const HMODULE library = LoadLibraryW((BinFolder() + file).c_str());
-    if (!library) return HRESULT_FROM_WIN32(GetLastError());
-    using EntryPoint = HRESULT(STDAPICALLTYPE*)();
-    const auto function = reinterpret_cast<EntryPoint>(reinterpret_cast<void*>(GetProcAddress(library, entryPoint)));
-    const HRESULT result = function ? function() : E_NOTIMPL;
-    FreeLibrary(library);
-    return result;
+    const auto found = reinterpret_cast<void*>(GetProcAddress(LoadLibraryW((BinFolder() + file).c_str()), entryPoint));
+    return found ? reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(found)() : E_NOTIMPL;
 }
 
 namespace {
@@ -37,13 +33,11 @@ void Register(bool isRegistered) {
 void OcxTest::SetUpTestSuite() {
     ASSERT_HRESULT_SUCCEEDED(OleInitialize(nullptr));
     Register(true);
-    // Loading and unloading them makes and frees objects of the system: they stay loaded from now on.
-    for (const wchar_t* library : Libraries) ASSERT_TRUE(LoadLibraryW((BinFolder() + library).c_str()));
 }
 
 void OcxTest::TearDownTestSuite() { OleUninitialize(); }
 
-void OcxTest::TearDown() {
+OcxTest::~OcxTest() {
     for (const wchar_t* library : Libraries)
         EXPECT_TRUE(PumpUntil([library] { return CallLibrary(library, "DllCanUnloadNow") == S_OK; })) << "is in use";
 }

@@ -38,9 +38,9 @@ class OcxTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite();
     static void TearDownTestSuite();
-    void SetUp() override { PumpPending(); }
+    OcxTest() { PumpPending(); }
     // Whatever a test has done: no window and no use of the libraries is left.
-    void TearDown() override;
+    ~OcxTest() override;
 };
 
 ComPtr<IDispatch> Create(const std::wstring& progID);
