@@ -75,7 +75,7 @@ TEST_F(AutomationTest, PanelsReportThatAnEditorIsOneOfAnotherThread) {
     {
         ComPtr<IDispatch> editor;
         EXPECT_HRESULT_SUCCEEDED(CoUnmarshalInterface(stream.Get(), IID_IDispatch, editor.OutVoid()));
-        EXPECT_EQ(NumberOf(Call(editor, L"NodeCount")), 0) << "itself it can be used";
+        EXPECT_EQ(Call(editor, L"NodeCount").Long(), 0) << "itself it can be used";
         for (const wchar_t* name : {L"DAXControls.LessonInfo", L"DAXControls.LockInfo"}) {
             try {
                 Call(Create(name), L"UpdateFrom", {editor});

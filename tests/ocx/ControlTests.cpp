@@ -87,56 +87,50 @@ TEST_P(ControlTest, StandsWhereTheHostPutsItHidesAndComesBack) {
     expectAt(hosted.site.place);
 }
 
-TEST_P(ControlTest, PrintsTextsAsTextsInAnyResolution) {
+TEST_P(ControlTest, GivesTextsAndPicturesThatArePrintedInAnyResolution) {
     HostedControl hosted(GetParam());
     hosted.Fill();
     const auto view = hosted.control.As<IViewObject2>(IID_IViewObject2);
-    const auto draw = [&view](HDC dc, const RECTL& bounds, const RECTL* whole = nullptr) {
+    const auto draw = [&view](HDC dc, const RECTL& bounds, const RECTL* whole) {
         EXPECT_HRESULT_SUCCEEDED(
             view->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, dc, &bounds, whole, nullptr, 0));
     };
-    for (const RECTL& bounds : {RECTL{0, 0, 200, 150}, RECTL{0, 0, 1250, 938}}) { // of 96 and of 600 dots per inch
-        const HDC recording = CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr);
-        draw(recording, bounds);
-        const HENHMETAFILE file = CloseEnhMetaFile(recording);
+    const auto expectTexts = [](HENHMETAFILE file) {
         int texts = 0;
         EnumEnhMetaFile(nullptr, file, CountText, &texts, nullptr);
         EXPECT_GT(texts, 0);
         EXPECT_LT(GetEnhMetaFileBits(file, 0, nullptr), 100000u);
-        DeleteEnhMetaFile(file);
-    }
-    const RECTL older{0, 0, 5292, 3969};
-    const HDC recording = CreateMetaFileW(nullptr);
-    SetMapMode(recording, MM_ANISOTROPIC);
-    draw(recording, older, &older);
-    const HMETAFILE file = CloseMetaFile(recording);
-    EXPECT_GT(GetMetaFileBitsEx(file, 0, nullptr), 100u);
-    DeleteMetaFile(file);
-}
+    };
+    const HDC recording = CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr), older = CreateMetaFileW(nullptr);
+    draw(recording, {0, 0, 1250, 938}, nullptr); // of 600 dots per inch
+    const HENHMETAFILE file = CloseEnhMetaFile(recording);
+    expectTexts(file);
+    DeleteEnhMetaFile(file);
+    SetMapMode(older, MM_ANISOTROPIC);
+    const RECTL whole{0, 0, 5292, 3969};
+    draw(older, whole, &whole);
+    const HMETAFILE olderFile = CloseMetaFile(older);
+    EXPECT_GT(GetMetaFileBitsEx(olderFile, 0, nullptr), 100u);
+    DeleteMetaFile(olderFile);
 
-TEST_P(ControlTest, GivesAPictureAndText) {
-    HostedControl hosted(GetParam());
-    hosted.Fill();
     ComPtr<IDataObject> data;
     ASSERT_HRESULT_SUCCEEDED(hosted.object->GetClipboardData(0, data.Out()));
     hosted.Close(); // the data lives on
-    STGMEDIUM medium{};
-    FORMATETC format{CF_ENHMETAFILE, nullptr, DVASPECT_CONTENT, -1, TYMED_ENHMF};
-    ASSERT_HRESULT_SUCCEEDED(data->GetData(&format, &medium));
-    EXPECT_GT(GetEnhMetaFileBits(medium.hEnhMetaFile, 0, nullptr), 100u);
-    ReleaseStgMedium(&medium);
-    format.cfFormat = CF_METAFILEPICT;
-    format.tymed = TYMED_MFPICT;
-    EXPECT_HRESULT_SUCCEEDED(data->GetData(&format, &medium));
-    ReleaseStgMedium(&medium);
-    format.cfFormat = CF_UNICODETEXT;
-    format.tymed = TYMED_HGLOBAL;
+    const auto get = [&](CLIPFORMAT kind, DWORD medium) {
+        FORMATETC format{kind, nullptr, DVASPECT_CONTENT, -1, medium};
+        STGMEDIUM given{};
+        EXPECT_EQ(data->GetData(&format, &given), data->QueryGetData(&format));
+        return given;
+    };
+    STGMEDIUM picture = get(CF_ENHMETAFILE, TYMED_ENHMF), olderPicture = get(CF_METAFILEPICT, TYMED_MFPICT),
+              text = get(CF_UNICODETEXT, TYMED_HGLOBAL);
+    expectTexts(picture.hEnhMetaFile);
+    EXPECT_TRUE(olderPicture.hMetaFilePict);
     const std::string name = GetParam().name;
-    EXPECT_EQ(data->GetData(&format, &medium), name.ends_with("Info") ? S_OK : DV_E_FORMATETC);
-    if (!medium.hGlobal) return;
-    const std::wstring words = static_cast<const wchar_t*>(GlobalLock(medium.hGlobal));
-    EXPECT_NE(words.find(name == "LessonInfo" ? L"4 lessons" : L"reading guide"), std::wstring::npos);
-    ReleaseStgMedium(&medium);
+    const std::wstring words = text.hGlobal ? static_cast<const wchar_t*>(GlobalLock(text.hGlobal)) : L"";
+    const wchar_t* const expected = name == "LessonInfo" ? L"4 lessons" : name == "LockInfo" ? L"reading guide" : L"";
+    EXPECT_NE(words.find(expected), std::wstring::npos) << ToUtf8(FromWide(words));
+    for (STGMEDIUM* given : {&picture, &olderPicture, &text}) ReleaseStgMedium(given);
 }
 
 TEST_P(ControlTest, IsActivatedByAClickAndLeavesOthersKeysToTheHost) {

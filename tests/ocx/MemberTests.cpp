@@ -149,7 +149,7 @@ void MemberTest::CallGroupEditor() {
     ExpectCalls(ids, "Item(3)=g; Item(a)=a; Item(4)=800A0009; Item(c)=800A0005; Add(c)=; Add(c)=800A01C9; "
                      "Add(x, y)=800A0005; Remove(1)=; Remove(g)=; Remove(n)=800A0005; Count=2; _NewEnum=[object]");
     Text all;
-    for (const Variant& each : Enumerated(ids)) all += TextOf(each);
+    for (const Variant& each : Enumerated(ids)) all += FromWide(each.Text());
     EXPECT_EQ(all, u"bc");
 }
 

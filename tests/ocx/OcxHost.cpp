@@ -68,7 +68,7 @@ ComPtr<IDispatch> Get(ObjectRef object, const wchar_t* member, std::initializer_
     return value.vt == VT_DISPATCH ? value.pdispVal : nullptr;
 }
 
-Text GetText(ObjectRef object, const wchar_t* member) { return TextOf(Call(object, member)); }
+Text GetText(ObjectRef object, const wchar_t* member) { return FromWide(Call(object, member).Text()); }
 
 void Put(ObjectRef object, const wchar_t* property, const Variant& value, WORD kind) {
     Call(object, property, {&value, 1}, kind);
@@ -82,10 +82,6 @@ HRESULT CodeOf(const std::function<void()>& call) {
         return failure.code;
     }
 }
-
-Text TextOf(const Variant& value) { return value.vt == VT_BSTR ? FromBstr(value.bstrVal) : u"(no text)"; }
-
-int32_t NumberOf(const Variant& value) { return value.vt == VT_I4 ? value.lVal : INT32_MIN; }
 
 std::vector<Variant> Enumerated(ObjectRef collection) {
     const Variant returned = Call(collection, L"_NewEnum");
@@ -105,14 +101,11 @@ void PumpPending() {
 }
 
 bool PumpUntil(const std::function<bool()>& condition) {
-    const ULONGLONG end = GetTickCount64() + 30000;
-    for (;;) {
+    for (const ULONGLONG end = GetTickCount64() + 30000; GetTickCount64() < end; Sleep(5)) {
         PumpPending();
         if (condition()) return true;
-        const ULONGLONG now = GetTickCount64();
-        if (now >= end) return false;
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(end - now < 50 ? end - now : 50), QS_ALLINPUT);
     }
+    return false;
 }
 
 void Sink::Connect(ObjectRef object) {

@@ -58,8 +58,6 @@ Text GetText(ObjectRef object, const wchar_t* member);
 void Put(ObjectRef object, const wchar_t* property, const Variant& value, WORD kind = DISPATCH_PROPERTYPUT);
 // The code of the failure of a call; S_OK when it works.
 HRESULT CodeOf(const std::function<void()>& call);
-Text TextOf(const Variant& value);
-int32_t NumberOf(const Variant& value);
 // What For Each would give.
 std::vector<Variant> Enumerated(ObjectRef collection);
 

@@ -1,4 +1,4 @@
-// Scripts and samples as users run them, by the real hosts: what they say, and the rows that come of it.
+// Scripts and samples as users run them, by the real hosts: what they say.
 #include "Course.h"
 #include "OcxHost.h"
 #include "cli/TypicalStart.h"
@@ -24,31 +24,20 @@ struct SampleRun {
     const wchar_t* more; // behind the path of the file
     int code;
     const char* output;
-    TextView question = {}; // asked of the file afterwards
-    TextView answer = {};
 };
-
-constexpr TextView Identifiers = u"SELECT group_concat(lessonIdentifier, ' ') FROM (SELECT lessonIdentifier FROM "
-                                 u"velmoraLessons WHERE lessonType = 1 ORDER BY lessonID)";
-constexpr TextView NewRow = u"SELECT lesson.indentLevel || ' ' || parent.sortPosition FROM velmoraLessons lesson JOIN "
-                            u"velmoraLessons parent ON lesson.parentID = parent.lessonID WHERE "
-                            u"lesson.lessonTitle = 'The first one'";
 
 const SampleRun Runs[] = {
     {L"catalogs.vbs", L"admin other", 0,
-     "chosen: Ünother [other], the second\nadministrator: True, super user: True\ndone\n",
-     u"SELECT lastCatalog FROM velmoraConnectionHistory", u"other"},
+     "chosen: Ünother [other], the second\nadministrator: True, super user: True\ndone\n"},
     {L"catalogs.vbs", L"stranger", 1, "chosen:  [], \nunknown user: stranger\n"},
     {L"hierarchy.vbs", L"", 0,
      "the course: 7 entries\n  Title g: 2 lessons, 0 storyboards\n  Title h: 1 lessons, 0 storyboards\n"
-     "added: What's new\\The first one\n3 changes\nread back: The first one [NEW-1], 9 entries\n",
-     NewRow, u"2 1"},
+     "added: What's new\\The first one\n3 changes\nread back: The first one [NEW-1], 9 entries\n"},
     {L"locks.vbs", L"ann", 0,
      "all: 6 locks, 1 invalid, 3 deletable\nann: 3 locks, 1 invalid, 3 deletable\n"
      "left over: 1 locks, 1 invalid, 1 deletable\nTitle g: 2 locks, 0 invalid, 2 deletable\n"
      "in the panel: 2\nwithout an editor: 0\n"},
-    {L"identifiers.js", L"", 0, "G1-02  Title b\nG2-01  Title c\n2 groups, 2 identifiers given\n", Identifiers,
-     u"#a G1-02 G2-01 #d"},
+    {L"identifiers.js", L"", 0, "G1-02  Title b\nG2-01  Title c\n2 groups, 2 identifiers given\n"},
     {L"lesson-map.vbs", L"", 0,
      "selected: A tour\nthe maps have changed: 1\nselected: Where are we?\nthe maps have changed: 2\n"
      "selected: Welcome\nthe maps have changed: 2\n"
@@ -59,7 +48,7 @@ const SampleRun Runs[] = {
 
 } // namespace
 
-TEST_F(SampleTest, SaysAndWritesWhatItShould) {
+TEST_F(SampleTest, SaysWhatItShould) {
     for (const SampleRun& run : Runs) {
         SCOPED_TRACE(ToUtf8(FromWide(run.script)));
         const std::wstring script = L"\"" + DataFile(run.script).wstring() + L"\" ";
@@ -71,8 +60,6 @@ TEST_F(SampleTest, SaysAndWritesWhatItShould) {
                                     : RunProgram(L"C:\\windows\\system32\\cscript.exe", L"//nologo " + arguments);
         EXPECT_EQ(outcome.output, run.output) << outcome.errors;
         EXPECT_EQ(outcome.code, run.code);
-        if (run.question.empty()) continue;
-        EXPECT_EQ(file->Ask(Text(run.question)), run.answer);
     }
 }
 

@@ -26,7 +26,7 @@ Named NameOf(Described* described, Number number) {
 std::string GuidText(const GUID& guid) {
     wchar_t text[40];
     StringFromGUID2(guid, text, 40);
-    return ToUtf8(FromWide(std::wstring_view(text)));
+    return ToUtf8(FromWide(text));
 }
 
 std::string TypeName(ITypeInfo* type, const TYPEDESC& description) {
