@@ -12,17 +12,11 @@
 
 namespace dax::test {
 
-// COM as long as it lives.
-struct ComApartment {
-    ComApartment() { CoInitialize(nullptr); }
-    ~ComApartment() { CoUninitialize(); }
-    ComApartment(const ComApartment&) = delete;
-    ComApartment& operator=(const ComApartment&) = delete;
-};
-
-class ScreenReader : ComApartment, public workbench::selftest::ScreenReader {
+class ScreenReader : public workbench::selftest::ScreenReader {
 public:
-    explicit ScreenReader(HWND window) : workbench::selftest::ScreenReader(window) { EXPECT_EQ(Opened(), S_OK); }
+    explicit ScreenReader(HWND window) : workbench::selftest::ScreenReader((CoInitialize(nullptr), window)) {
+        EXPECT_EQ(Opened(), S_OK);
+    }
 
     // The first element of that name; 0 for none.
     LONG Find(TextView name) const {
@@ -31,8 +25,6 @@ public:
         return 0;
     }
     std::string Name(LONG id) const { return Utf8(workbench::selftest::ScreenReader::Name(id)); }
-    std::string Description(LONG id) const { return Utf8(workbench::selftest::ScreenReader::Description(id)); }
-    std::string Action(LONG id) const { return Utf8(workbench::selftest::ScreenReader::Action(id)); }
     HRESULT Act(LONG id) const { return (*this)->accDoDefaultAction(Child(id)); }
     HRESULT Select(LONG id, LONG flags = SELFLAG_TAKESELECTION) const { return (*this)->accSelect(flags, Child(id)); }
     LONG Step(LONG from, LONG direction) const {

@@ -149,7 +149,6 @@ public:
 
 protected:
     void Show(int height) {
-        control->SetAmbient(test::At(96));
         control->Create(host.handle, {0, 0, 300, height});
         control->InitProperties();
         SetFocus(control->Handle());

@@ -1,11 +1,8 @@
 // The tree's window in both controls: it shows what its model holds, whatever is done to it, and in the same place.
 #include "data/Schema.h"
-#include "lessonmap/win32/StoryboardPictures.h"
 #include "support/TestDatabases.h"
-#include "tree/win32/TreeStyle.h"
 #include "windows/TreeControlHost.h"
 
-#include <chrono>
 #include <random>
 
 namespace dax::test {
@@ -13,17 +10,11 @@ namespace dax::test {
 namespace {
 
 // All that is done to a tree, by the host or by loading.
-class RandomEdits {
-public:
-    RandomEdits(NodeTree& edited, unsigned seed) : tree(edited), random(seed) {}
-    void Step() {
-        if (Pick(10) > 0) return Single();
-        const TreeUpdate update(tree);
-        // Sometimes so many that the window is filled anew at the end.
-        for (size_t count = Pick(4) ? 12 : 250; count > 0; --count) Single();
-    }
+struct RandomEdits {
+    NodeTree& tree;
+    std::mt19937 random;
+    int last = 0;
 
-private:
     size_t Pick(size_t count) { return random() % count; }
     Node* Any() {
         if (tree.IsEmpty()) return nullptr;
@@ -62,30 +53,20 @@ private:
         }
     }
 
-    NodeTree& tree;
-    std::mt19937 random;
-    int last = 0;
-};
-
-// The fastest of five, all that follows included, in milliseconds: others may use the machine.
-double Fastest(const std::function<void(int)>& act) {
-    using Clock = std::chrono::steady_clock;
-    double fastest = 1e9;
-    for (int turn = 0; turn < 5; ++turn) {
-        const auto start = Clock::now();
-        act(turn);
-        ProcessPendingMessages();
-        fastest = std::min(fastest, std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+    void Step() {
+        if (Pick(10) > 0) return Single();
+        const TreeUpdate update(tree);
+        // Sometimes so many that the window is filled anew at the end.
+        for (size_t count = Pick(4) ? 12 : 250; count > 0; --count) Single();
     }
-    return fastest;
-}
+};
 
 } // namespace
 
 TEST(TreeWindow, MirrorsEveryChangeOfTheModel) {
     for (unsigned seed = 1; seed <= 3; ++seed) {
         LessonMapHost host;
-        RandomEdits edits(host.Model(), seed);
+        RandomEdits edits{host.Model(), std::mt19937(seed)};
         for (int step = 0; step < 40 && !testing::Test::HasFailure(); ++step) {
             SCOPED_TRACE(testing::Message() << "seed " << seed << ", step " << step);
             edits.Step();
@@ -135,11 +116,10 @@ TEST(TreeWindow, ShowsCaptionsOfAnyLength) {
 }
 
 TEST(TreeWindow, TheAuthorKeepsTheirPlace) {
-    enum class View { Same, Down }; // the first row; or the selected one is the last
     struct Case {
         const char* what;
         std::function<void()> act;
-        View view = View::Same;
+        bool isLast = false; // the selected row is the last in view, else the first row is as before
     };
     // 26 maps or groups A to Z, each with seven entries, the third of them with two below it.
     std::string text;
@@ -152,9 +132,8 @@ TEST(TreeWindow, TheAuthorKeepsTheirPlace) {
             SCOPED_TRACE(each.what);
             host.Open(text);
             const LRESULT rows = host.Ask(TVM_GETVISIBLECOUNT);
-            const Node* first = &host.At(each.view == View::Same ? u"l6" : u"m4");
-            for (LRESULT row = 1; each.view == View::Down && row < rows; ++row)
-                first = modTreeviewAPI::PreviousVisible(*first);
+            const Node* first = &host.At(each.isLast ? u"m4" : u"l6");
+            for (LRESULT row = 1; each.isLast && row < rows; ++row) first = modTreeviewAPI::PreviousVisible(*first);
             host.Model().Select(nullptr); // not every system scrolls to what is selected
             host.Ask(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(TreeControlHost::ItemOf(first)));
             host.Model().Select(&host.At(u"m4"));
@@ -165,7 +144,7 @@ TEST(TreeWindow, TheAuthorKeepsTheirPlace) {
             const LONG height = static_cast<LONG>(host.Ask(TVM_GETITEMHEIGHT));
             const LONG place = host.Place(last, false).top / height;
             EXPECT_TRUE(place >= 0 && place < rows) << "the selected row is in view";
-            EXPECT_EQ(each.view == View::Down ? place + 1 - rows : host.Place(host.At(key), false).top, 0);
+            EXPECT_EQ(each.isLast ? place + 1 - rows : host.Place(host.At(key), false).top, 0);
             host.ExpectMirror();
         }
     };
@@ -174,9 +153,9 @@ TEST(TreeWindow, TheAuthorKeepsTheirPlace) {
     const auto page = [&](const char16_t* sbid) { return pages.lesson->Storyboards()->Item(sbid); };
     const auto added = std::make_shared<ContentStoryboard>(u"new", u"new", u"", u"text");
     run(pages, {{"refresh", [&] { map.Refresh(); }},
-                {"add below", [&] { map.AddStoryboard(added); }, View::Down},
+                {"add below", [&] { map.AddStoryboard(added); }, true},
                 {"remove a page alone", [&] { map.RemoveStoryboard(page(u"m2"), false); }},
-                {"move below", [&] { map.MoveCurrent(smtDown); }, View::Down},
+                {"move below", [&] { map.MoveCurrent(smtDown); }, true},
                 {"drop", [&] { pages.Do(Drag(u"m4", u"m0")); }}});
 
     EditorHost hierarchy;
@@ -268,14 +247,15 @@ TEST(TreeWindow, ShowsAHostsOwnPictures) {
         DeleteObject(bitmap);
     }
     EXPECT_TRUE(host.control->SetPictures(list, PictureKeys({u"_root", u"text"})));
-    ImageList_Destroy(list);          // the control has a copy
-    for (const int dpi : {192, 96}) { // as large as the host made them
-        host.control->SetAmbient(At(dpi));
-        for (const auto& [key, color] : pictures) {
-            const auto pixels = picture(key);
-            EXPECT_GT(std::count(pixels.begin(), pixels.end(), color), 100) << ToUtf8(key);
-        }
+    ImageList_Destroy(list); // the control has a copy
+    Ambient large;
+    large.dpi = 192;
+    host.control->SetAmbient(large);
+    for (const auto& [key, color] : pictures) { // as large as the host made them
+        const auto pixels = picture(key);
+        EXPECT_GT(std::count(pixels.begin(), pixels.end(), color), 100) << ToUtf8(key);
     }
+    host.control->SetAmbient({});
     EXPECT_TRUE(host.control->SetPictures(nullptr, {}));
     EXPECT_EQ(picture(u"a"), ours);
 }
@@ -296,13 +276,6 @@ TEST(TreeWindow, TheSelectionStaysVisibleWithoutTheFocus) {
             EXPECT_TRUE((color == COLOR_HIGHLIGHT) == hasFocus ? count > 200 : count == 0) << count;
         }
     }
-    constexpr INT elements[] = {COLOR_3DHIGHLIGHT, COLOR_3DDKSHADOW};
-    const COLORREF former[] = {GetSysColor(elements[0]), GetSysColor(elements[1])};
-    const COLORREF alike[] = {RGB(0xC0, 0xC0, 0xC0), RGB(0xFF, 0xFF, 0xFF)}; // as in high contrast
-    ASSERT_TRUE(SetSysColors(2, elements, alike));
-    EXPECT_EQ(ColorsWithoutFocus().text, GetSysColor(COLOR_WINDOW));
-    EXPECT_EQ(ColorsWithoutFocus().background, GetSysColor(COLOR_WINDOWTEXT));
-    EXPECT_TRUE(SetSysColors(2, elements, former));
 }
 
 } // namespace dax::test

@@ -16,7 +16,7 @@ namespace {
 constexpr DWORD patience = 60'000; // milliseconds; only a fault uses them up
 
 struct Search {
-    DWORD process; // 0: any window; else one that this process shows
+    DWORD process; // which shows the window
     const wchar_t* className;
     HWND found;
 };
@@ -27,8 +27,7 @@ BOOL CALLBACK Find(HWND window, LPARAM parameter) {
     wchar_t name[64] = L"";
     GetWindowThreadProcessId(window, &owner);
     GetClassNameW(window, name, 64);
-    if (std::wstring(name) != search->className) return TRUE;
-    if (search->process && (owner != search->process || !IsWindowVisible(window))) return TRUE;
+    if (name != std::wstring(search->className) || owner != search->process || !IsWindowVisible(window)) return TRUE;
     search->found = window;
     return FALSE;
 }
@@ -94,7 +93,7 @@ bool Workbench::Until(const std::function<bool()>& condition) {
 
 // It becomes visible when all that is in it has been made.
 HWND Workbench::Frame() {
-    if (!frame) frame = Popup(frameClass);
+    if (!frame) frame = Inside(GetDesktopWindow(), frameClass);
     return frame;
 }
 
@@ -102,9 +101,7 @@ HWND Workbench::Field(int page, int id) { return GetDlgItem(GetDlgItem(Frame(), 
 
 std::wstring Workbench::FieldText(int page, int id) {
     wchar_t text[4096] = L"";
-    DWORD_PTR length = 0;
-    SendMessageTimeoutW(Field(page, id), WM_GETTEXT, 4096, reinterpret_cast<LPARAM>(text), SMTO_NORMAL, patience,
-                        &length);
+    SendMessageW(Field(page, id), WM_GETTEXT, 4096, reinterpret_cast<LPARAM>(text));
     return text;
 }
 
@@ -113,14 +110,11 @@ bool Workbench::Shows(int page, int id, const std::wstring& text) {
 }
 
 HWND Workbench::Inside(HWND parent, const wchar_t* className) {
-    Search search{0, className, nullptr};
-    Until([&] { return !EnumChildWindows(parent, Find, reinterpret_cast<LPARAM>(&search)); });
-    return search.found;
-}
-
-HWND Workbench::Popup(const wchar_t* className) {
     Search search{process.dwProcessId, className, nullptr};
-    Until([&] { return !EnumWindows(Find, reinterpret_cast<LPARAM>(&search)); });
+    Until([&] {
+        EnumChildWindows(parent, Find, reinterpret_cast<LPARAM>(&search));
+        return search.found != nullptr;
+    });
     return search.found;
 }
 
@@ -216,7 +210,7 @@ bool Workbench::HasMenu(bool isOpen) {
 }
 
 HWND Workbench::Question() {
-    const HWND question = Popup(L"#32770");
+    const HWND question = Inside(GetDesktopWindow(), L"#32770");
     return question && HasFocus(question) ? question : nullptr;
 }
 

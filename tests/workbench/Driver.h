@@ -40,7 +40,7 @@ public:
     std::wstring FieldText(int page, int id);
     // Waits until the field's text begins so.
     bool Shows(int page, int id, const std::wstring& text);
-    // The first window of that class anywhere below, as inside a control; waits until there is one.
+    // The first visible window of that class anywhere below, as inside a control; waits until there is one.
     HWND Inside(HWND parent, const wchar_t* className);
     // The texts of all fields, labels and buttons that the window shows, a line each.
     static std::string TextsIn(HWND window);
@@ -70,7 +70,6 @@ public:
     bool Until(const std::function<bool()>& condition);
 
 private:
-    HWND Popup(const wchar_t* className);
     GUITHREADINFO State();
 
     const TempFolder folder;

@@ -27,7 +27,7 @@ TEST(WorkbenchInputTest, TellsFilesFromConnectionStrings) {
          L"Provider=P;Data Source='a;\"b';Initial Catalog=\"c\"\"d\"", L"a;\"b", L"c\"d"},
     };
     for (const auto& one : cases) {
-        const ::testing::ScopedTrace trace(__FILE__, __LINE__, ::testing::PrintToString(one.typed));
+        SCOPED_TRACE(::testing::PrintToString(one.typed));
         EXPECT_EQ(ConnectionFor(one.typed), one.connection);
         EXPECT_EQ(FileOf(one.typed), one.file);
         EXPECT_EQ(CatalogOf(one.typed), one.catalog);
