@@ -45,7 +45,6 @@ void LMEDragDropSupport::BeginDrag() {
     dragged = window->HitTest(pressed).node;
     if (!dragged) return;
     isActive = true;
-    target = {};
     window->BeginDragImage(*dragged, window->Pointer());
     window->StartTimer(TreeTimer::AutoExpand, expandDelay);
     window->StartTimer(TreeTimer::Autoscroll, scrollDelay);

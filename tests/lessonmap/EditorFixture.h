@@ -51,6 +51,7 @@ protected:
     Node& At(const Text& key) { return *tree->Find(key); }
     // The button stays down; either node may go under way.
     void DragTo(const Text& from, const Text& to, int part = 10) {
+        if (!tree->Find(from)) return;
         window->MoveTo(window->At(At(from)));
         editor->OnMouseDown(MouseButton::Left);
         window->MoveTo(window->At(At(from), 95));

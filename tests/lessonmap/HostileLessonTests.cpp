@@ -13,7 +13,7 @@ using test::EditorFixture;
 using test::MakeLesson;
 using test::Print;
 
-// Content objects that do something unexpected at one of the calls they get.
+// What content objects do at one of the calls they get, instead of only answering.
 struct FaultInjector {
     int countdown = -1; // calls until it happens; negative: never
     bool isLasting = false;
@@ -26,54 +26,46 @@ struct FaultInjector {
         act();
     }
 };
+FaultInjector faults;
 
 struct OddPage : ContentStoryboard {
-    OddPage(FaultInjector& faults, const Text& sbid) : ContentStoryboard(sbid, u"T", u"I", u"text"), faults(faults) {}
+    explicit OddPage(const Text& sbid) : ContentStoryboard(sbid, u"T", u"I", u"text") {}
     Text SBID() const override { return faults.Tick(), ContentStoryboard::SBID(); }
     Text Title() const override { return faults.Tick(), ContentStoryboard::Title(); }
     Text StoryboardType() const override { return faults.Tick(), ContentStoryboard::StoryboardType(); }
-    FaultInjector& faults;
 };
 
 struct OddMap : ContentMap {
-    OddMap(FaultInjector& faults, const Text& name) : ContentMap(name), faults(faults) {}
+    using ContentMap::ContentMap;
     Text Name() const override { return faults.Tick(), ContentMap::Name(); }
     void SetName(const Text& name) override { faults.Tick(), ContentMap::SetName(name); }
     void FillTree(MapTree& nodes, MapTree::NodeRef root) override {
         faults.Tick();
-        if (onFill) return onFill(nodes, root);
-        ContentMap::FillTree(nodes, root);
+        onFill ? onFill(nodes, root) : ContentMap::FillTree(nodes, root);
     }
     void ReadLayout(const MapTree& nodes, MapTree::NodeRef root) override {
         if (keepsLayout) throw Error(5, u"failed");
         ContentMap::ReadLayout(nodes, root);
         faults.Tick();
     }
-    FaultInjector& faults;
     bool keepsLayout = false;
     std::function<void(MapTree&, MapTree::NodeRef)> onFill;
 };
 
 struct OddMaps : ContentMaps {
-    explicit OddMaps(FaultInjector& faults) : faults(faults) {}
-    int32_t Count() const override { return faults.Tick(), count ? *count : ContentMaps::Count(); }
+    int32_t Count() const override { return faults.Tick(), count.value_or(ContentMaps::Count()); }
     std::shared_ptr<StoryboardMap> Item(int32_t index) const override {
-        faults.Tick();
-        return onItem ? onItem(index) : ContentMaps::Item(index);
+        return faults.Tick(), onItem ? onItem(index) : ContentMaps::Item(index);
     }
     std::shared_ptr<StoryboardMap> DefaultMap() const override {
-        faults.Tick();
-        return isDefaultHidden ? nullptr : stray ? stray : ContentMaps::DefaultMap();
+        return faults.Tick(), defaultMap.value_or(ContentMaps::DefaultMap());
     }
-    FaultInjector& faults;
     std::optional<int32_t> count;
     std::function<std::shared_ptr<StoryboardMap>(int32_t)> onItem;
-    bool isDefaultHidden = false;
-    std::shared_ptr<StoryboardMap> stray;
+    std::optional<std::shared_ptr<StoryboardMap>> defaultMap;
 };
 
 struct OddPages : ContentStoryboards {
-    explicit OddPages(FaultInjector& faults) : faults(faults) {}
     std::shared_ptr<Storyboard> Item(const Text& sbid) const override {
         return faults.Tick(), ContentStoryboards::Item(sbid);
     }
@@ -84,13 +76,11 @@ struct OddPages : ContentStoryboards {
         all.push_back(nullptr);
         return all;
     }
-    FaultInjector& faults;
 };
 
 struct OddLesson : Lesson {
-    explicit OddLesson(FaultInjector& faults)
-        : faults(faults), maps(std::make_shared<OddMaps>(faults)), pages(std::make_shared<OddPages>(faults)) {
-        for (const char16_t* sbid : {u"a", u"b", u"c", u"d"}) pages->Add(std::make_shared<OddPage>(faults, sbid));
+    OddLesson() {
+        for (const char16_t* sbid : {u"a", u"b", u"c", u"d"}) pages->Add(std::make_shared<OddPage>(sbid));
         first->SetLayout({{u"a", 1}, {u"b", 2}, {u"c", 1}});
         second->SetLayout({{u"d", 1}});
         maps->Add(first);
@@ -100,17 +90,15 @@ struct OddLesson : Lesson {
     std::shared_ptr<dax::Storyboards> Storyboards() const override { return faults.Tick(), pages; }
     Text CurrentSBID() const override { return faults.Tick(), current; }
     void SetCurrentSBID(const Text& sbid) override { faults.Tick(), current = sbid; }
-    FaultInjector& faults;
-    std::shared_ptr<OddMap> first = std::make_shared<OddMap>(faults, u"A"),
-                            second = std::make_shared<OddMap>(faults, u"B");
-    std::shared_ptr<OddMaps> maps;
-    std::shared_ptr<OddPages> pages;
+    std::shared_ptr<OddMap> first = std::make_shared<OddMap>(u"A"), second = std::make_shared<OddMap>(u"B");
+    std::shared_ptr<OddMaps> maps = std::make_shared<OddMaps>();
+    std::shared_ptr<OddPages> pages = std::make_shared<OddPages>();
     Text current;
 };
 
 class HostileLesson : public EditorFixture {
 protected:
-    ~HostileLesson() override { faults.countdown = -1; }
+    ~HostileLesson() override { faults = {}; }
 
     // Everything begins anew: editor, window, lesson.
     void Begin() {
@@ -124,8 +112,8 @@ protected:
         Disturb(editor->PropertyChanged);
         Disturb(editor->ItemChecked);
         Disturb(editor->Error);
-        odd = std::make_shared<OddLesson>(faults);
-        other = std::make_shared<OddLesson>(faults);
+        odd = std::make_shared<OddLesson>();
+        other = std::make_shared<OddLesson>();
         editor->SetLesson(odd);
         editor->SetCurrentSBID(u"c");
         tree->Find(u"b")->SetChecked(true);
@@ -148,7 +136,6 @@ protected:
         ASSERT_EQ(heard, "selected b, selected a");
     }
 
-    FaultInjector faults;
     std::shared_ptr<OddLesson> odd, other;
     int added = 0;
 
@@ -176,6 +163,7 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
     } deeds[] = {
         {"fail", fail},
         {"fail always", fail, true},
+        {"begin without a lesson", {}},
         {"clear", [this] { tree->Clear(); }},
         {"remove", on(u"a", [](NodeTree& nodes, Node& node) { nodes.Remove(node); })},
         {"remove map", on(nullptr, [](NodeTree& nodes, Node& node) { nodes.Remove(node); })},
@@ -198,13 +186,13 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
         {"release", [this] { editor.reset(), window.reset(); }},
     };
     // The editor may be released under way: only its own reference keeps it.
-    const auto addOdd = [this](const Text& sbid) { return std::make_shared<OddPage>(faults, sbid); };
+    const auto page = [](const Text& sbid) { return std::make_shared<OddPage>(sbid); };
     const std::pair<const char*, std::function<void()>> operations[] = {
         {"Lesson", [this] { editor->SetLesson(other); }},
         {"Refresh", [this] { editor->Refresh(); }},
-        {"AddStoryboard", [&] { editor->AddStoryboard(addOdd(u"n")); }},
-        {"RemoveStoryboard", [&] { editor->RemoveStoryboard(addOdd(u"c"), false); }},
-        {"Remove branch", [&] { editor->RemoveStoryboard(addOdd(u"a"), true); }},
+        {"AddStoryboard", [&] { editor->AddStoryboard(page(u"n")); }},
+        {"RemoveStoryboard", [&] { editor->RemoveStoryboard(page(u"c"), false); }},
+        {"Remove branch", [&] { editor->RemoveStoryboard(page(u"a"), true); }},
         {"MoveCurrent", [this] { editor->MoveCurrent(smtNextMap); }},
         {"CurrentSBID", [this] { editor->SetCurrentSBID(u"b"); }},
         {"select", [this] { editor->tvwObject()->Select(tree->Find(u"d")); }},
@@ -219,7 +207,10 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
         {"Checkboxes", [this] { editor->SetCheckboxes(true); }},
         {"delete key", [this] { editor->OnKeyDown(46); }},
         {"right button", [this] { editor->OnMouseUp(MouseButton::Right); }},
-        {"box", [this] { editor->OnClick(window->AtBox(At(u"a")), false), editor->OnTimer(TreeTimer::Checkstate); }},
+        {"box",
+         [this] {
+             editor->OnClick({34, 30}, false), editor->OnTimer(TreeTimer::Checkstate);
+         }},
         {"a failure", [&] { editor->TellFailures(u"Test", fail); }},
         {"drag",
          [this] {
@@ -233,7 +224,8 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
             for (int call = 0; call == 0 || faults.done > 0; ++call) {
                 SCOPED_TRACE(std::string(operation) + ": " + deed + " at call " + std::to_string(call));
                 Begin();
-                faults = {call, isLasting, act};
+                if (!act) editor->SetLesson(nullptr);
+                faults = {act ? call : -1, isLasting, act};
                 try {
                     run();
                 } catch (const Error&) {
@@ -289,9 +281,9 @@ TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
              odd->maps->onItem = [this](int32_t) { return odd->first; };
          },
          "A: a( b ) c"},
-        {"a default map of elsewhere", [&] { odd->maps->stray = std::make_shared<OddMap>(faults, u"S"); },
+        {"a default map of elsewhere", [&] { odd->maps->defaultMap = std::make_shared<OddMap>(u"S"); },
          "S: | A: a( b ) c | B: d"},
-        {"no default map, whatever is set", [&] { odd->maps->isDefaultHidden = true; }, "A: a( b ) c | B: d"},
+        {"no default map, whatever is set", [&] { odd->maps->defaultMap = nullptr; }, "A: a( b ) c | B: d"},
     };
     for (const auto& [name, arrange, shown, isRepaired] : cases) {
         SCOPED_TRACE(name);
@@ -337,18 +329,22 @@ TEST_F(HostileLesson, HiddenMapsLeaveTheirRootAlone) {
 TEST_F(HostileLesson, DropsDuringAnOperationAreRefused) {
     const std::string refused =
         "error The lesson map is being changed; this call is possible only after that has finished. Drop, ";
-    const std::tuple<std::function<void()>, std::string, const char*> cases[] = {
-        {[&] { editor->UpdateSBID(u"c"); }, "changed 2, selected a", "A: c a( b ) | B: d"},
-        {[&] { editor->CheckedStoryboards(); }, refused + "selected a", "A: a( b ) c | B: d"},
-        {[&] { editor->RemoveStoryboard(odd->pages->Item(u"d"), false); }, refused + "changed 3, selected a",
+    const struct {
+        std::function<void()> operation;
+        int call; // the one that the drop comes in
+        std::string told;
+        const char* shown;
+    } cases[] = {
+        {[&] { editor->UpdateSBID(u"c"); }, 0, "changed 2, selected a", "A: c a( b ) | B: d"},
+        {[&] { editor->CheckedStoryboards(); }, 0, refused + "selected a", "A: a( b ) c | B: d"},
+        {[&] { editor->RemoveStoryboard(odd->pages->Item(u"d"), false); }, 2, refused + "changed 3, selected a",
          "A: a( b ) c | B:"},
     };
-    for (const auto& [operation, told, shown] : cases) {
+    for (const auto& [operation, call, told, shown] : cases) {
         Begin();
         DragTo(u"c", u"a");
         Heard();
-        faults.act = [this] { editor->OnMouseUp(MouseButton::Left); };
-        faults.countdown = told == refused + "changed 3, selected a" ? 2 : 0;
+        faults = {call, false, [this] { editor->OnMouseUp(MouseButton::Left); }};
         operation();
         EXPECT_EQ(Print(*tree), shown);
         EXPECT_EQ(Heard(), told);
@@ -356,8 +352,7 @@ TEST_F(HostileLesson, DropsDuringAnOperationAreRefused) {
         ExpectUsable();
     }
     Begin();
-    faults.act = [this] { DragTo(u"c", u"a"); };
-    faults.countdown = 0;
+    faults = {0, false, [this] { DragTo(u"c", u"a"); }};
     editor->CheckedStoryboards();
     EXPECT_FALSE(editor->IsDragging());
 }
@@ -365,7 +360,7 @@ TEST_F(HostileLesson, DropsDuringAnOperationAreRefused) {
 TEST_F(HostileLesson, OneMapThatFailsDoesNotKeepTheOthersFromTheirLayout) {
     Begin();
     // The layout of the first map is asked for in vain; the second has the page afterwards.
-    const auto failing = std::make_shared<OddMap>(faults, u"F");
+    const auto failing = std::make_shared<OddMap>(u"F");
     failing->SetLayout({{u"e", 1}});
     failing->keepsLayout = true;
     odd->pages->Add(NewPage(u"e"));

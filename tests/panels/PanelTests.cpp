@@ -135,8 +135,7 @@ TEST_F(PanelTest, LockInfoCountsAndNames) {
             EXPECT_EQ(info.LockCount(), count);
         }
     }
-    LinesOf(info, u"l2");
-    EXPECT_EQ(info.LockCount(), 0) << "the locks of another lesson";
+    EXPECT_EQ(LinesOf(info, u"l2"), "no locks") << "those of another lesson";
     LinesOf(info, u"l1");
     info.UpdateFrom(nullptr);
     EXPECT_EQ(info.LockCount(), 0);
@@ -144,23 +143,20 @@ TEST_F(PanelTest, LockInfoCountsAndNames) {
 }
 
 TEST_F(PanelTest, LockInfoStandsBesideItsSuffixAndSaysWhatFails) {
-    LockSummary summary;
-    summary.editLessonCount = 1;
-    summary.editLessonText = u"ann";
-    summary.editGuideCount = 1;
-    summary.editGuideText = u"bob";
-    FakeSurface surface(200, 300), narrow(200, 10);
-    PaintPanel(surface, summary.Layout());
-    ASSERT_EQ(surface.drawn.size(), 4u);
-    EXPECT_EQ(surface.drawn[0].place.right, 300);
-    EXPECT_EQ(surface.drawn[1].place.right, 300 - 10 * static_cast<int>(std::string(": editing lesson").size()));
-    EXPECT_EQ(surface.drawn[2].place.top, 16 + 16 / 2 + 1) << "half a line and a pixel between lesson and guide";
-    PaintPanel(narrow, summary.Layout());
-    EXPECT_EQ(narrow.drawn[1].place.right, 0);
-
+    database.Run({test::LockStatement(u"l1", u"'ann'", 1), test::LockStatement(u"l1", u"'bob'", 3)});
     LockInfo info;
     std::set<int32_t> numbers;
     info.Error.Add([&](int32_t number, const Text&) { numbers.insert(number); });
+    LinesOf(info, u"l1");
+    FakeSurface surface(200, 300), narrow(200, 10);
+    info.Paint(surface);
+    ASSERT_EQ(surface.drawn.size(), 6u);
+    EXPECT_EQ(surface.drawn[0].place.right, 300);
+    EXPECT_EQ(surface.drawn[1].place.right, 300 - 10 * static_cast<int>(std::string(": editing lesson").size()));
+    EXPECT_EQ(surface.drawn[3].place.top, 2 * 16 + 16 / 2 + 1) << "half a line and a pixel between lesson and guide";
+    info.Paint(narrow);
+    EXPECT_EQ(narrow.drawn[1].place.right, 0);
+
     info.UpdateFrom(nullptr);
     EXPECT_FALSE(info.Summary().isAvailable);
     EXPECT_TRUE(numbers.empty());
@@ -168,8 +164,7 @@ TEST_F(PanelTest, LockInfoStandsBesideItsSuffixAndSaysWhatFails) {
     EXPECT_EQ(LinesOf(info, u"l1"), "lock data not available");
     EXPECT_EQ(numbers.size(), 1u);
     editor->SetConnectionString(u"");
-    info.UpdateFrom(editor.get());
-    EXPECT_EQ(LinesOf(info), "lock data not available") << "without a connection the display stays";
+    EXPECT_EQ(LinesOf(info, u"l1"), "lock data not available") << "without a connection the display stays";
 }
 
 TEST_F(PanelTest, ASampleIsShownUntilItIsCleared) {

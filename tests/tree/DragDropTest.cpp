@@ -271,8 +271,6 @@ TEST(CheckBoxes, WhatChecksThem) {
         for (const auto& [act, before, after, isTold] : cases) {
             const bool isOn = &state == states;
             Forest forest;
-            int told = 0;
-            forest.subclasser.CheckStateChanged().Add([&] { ++told; });
             if (before == u"p") forest.p.SetChecked(true);
             forest.tree.Select(&forest.q);
             state(forest);
@@ -283,30 +281,31 @@ TEST(CheckBoxes, WhatChecksThem) {
             EXPECT_EQ(keys, isOn ? after : before);
             EXPECT_THAT(forest.window.Told(), EndsWith(isOn && isTold ? "start:50" : ""));
             EXPECT_EQ(forest.window.running.contains(TreeTimer::Checkstate), isOn && isTold);
-            if (!isOn || !isTold) continue;
-            forest.subclasser.OnTimer(TreeTimer::Autoscroll);
-            EXPECT_EQ(told, 0);
-            forest.subclasser.OnTimer(TreeTimer::Checkstate);
-            EXPECT_EQ(told, 1);
-            EXPECT_TRUE(forest.window.running.empty());
-            act(forest);
-            forest.subclasser.SetActive(true); // stops what is due
-            EXPECT_TRUE(forest.window.running.empty());
         }
     }
 }
 
-TEST_F(TreeInput, SelectionIsToldWhileActive) {
-    int told = 0;
-    subclasser.SelectionChanged().Add([&] { ++told; });
-    tree.Select(&q);
-    subclasser.SetActive(false);
-    tree.Select(&r);
+TEST_F(TreeInput, ChecksAndSelectionAreToldWhileActive) {
+    int checks = 0, selections = 0;
+    subclasser.CheckStateChanged().Add([&] { ++checks; });
+    subclasser.SelectionChanged().Add([&] { ++selections; });
+    subclasser.OnDblClick(window.At(p), false);
+    subclasser.OnTimer(TreeTimer::Autoscroll);
+    EXPECT_EQ(checks, 0);
+    subclasser.OnTimer(TreeTimer::Checkstate);
+    EXPECT_EQ(checks, 1);
+    for (const bool isActive : {true, false}) { // either stops what is due
+        subclasser.OnDblClick(window.At(p), false);
+        subclasser.SetActive(isActive);
+        EXPECT_TRUE(window.running.empty());
+        EXPECT_EQ(subclasser.Active(), isActive);
+        tree.Select(isActive ? &q : &r);
+    }
     subclasser.SetActive(true);
     tree.Select(&r);
     subclasser.RegisterWindows(nullptr, nullptr);
     tree.Select(&q);
-    EXPECT_EQ(told, 1);
+    EXPECT_EQ(selections, 1);
 }
 
 } // namespace
