@@ -71,7 +71,6 @@ void EditHistory::SetTexts(Node& node, const Text& caption, const Text& tag, int
 }
 
 void EditHistory::MarkAdded(const Text& id) {
-    stored.try_emplace(id, false);
     AddPending(added, id);
     RemovePending(deleted, id);
 }

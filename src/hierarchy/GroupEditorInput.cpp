@@ -13,7 +13,6 @@ constexpr int deleteKey = 46, enterKey = 13, escapeKey = 27;
 
 void GroupEditor::AttachWindow(TreeWindow* newWindow) {
     window = newWindow;
-    subclasser.RegisterWindows(&tree, window);
     dragDrop.Bind(&tree, window);
     if (!window) return;
     window->SetSingleExpand(isSingleExpand);
@@ -52,7 +51,6 @@ void GroupEditor::OnMouseMove(MouseButton button, Point point) {
         if (!dragDrop.ShouldBeginDrag()) return;
         subclasser.SetActive(false);
         dragDrop.BeginDrag();
-        if (!dragDrop.Active()) subclasser.SetActive(true);
     }
     if (dragDrop.Active()) dragDrop.OnItemDrag();
 }
@@ -70,7 +68,6 @@ void GroupEditor::OnCollapsed(Node& node) {
 void GroupEditor::OnTimer(TreeTimer timer) {
     const auto self = shared_from_this();
     dragDrop.OnTimer(timer);
-    subclasser.OnTimer(timer);
 }
 
 void GroupEditor::CancelDrag() { dragDrop.CancelDrag(); }

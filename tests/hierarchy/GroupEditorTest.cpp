@@ -32,7 +32,7 @@ TEST_F(EditorOnFile, LoadsAndReselects) {
     EXPECT_EQ(editor->CurrentLessonID(), u"c");
     editor->SetCurrentLessonID(u"unknown");
     EXPECT_FALSE(editor->Tree().Selected());
-    EXPECT_FALSE(editor->Clear());
+    EXPECT_FALSE(editor->Clear() || editor->GetLessonProperties(u"a"));
     EXPECT_FALSE(editor->SaveDatabase());
     EXPECT_EQ(Take(), u"S S ESaveDatabase ");
     EXPECT_EQ(ToText(errorNumber) + error, u"-2147221504No database open.");
@@ -180,6 +180,13 @@ TEST_F(EditorOnFile, UndoInTheMidstOfThings) {
     editor->Undo();
     EXPECT_EQ(Shape() + editor->CurrentLessonID(), u"(g(a b s(c d)) h)c");
     EXPECT_TRUE(At(u"s").IsExpanded());
+    // Gone for one save, there for the next, and taken back to the beginning: the row is still there.
+    editor->RemoveLesson(u"h", true);
+    ASSERT_TRUE(editor->SaveDatabase());
+    editor->AddLesson(u"h", u"again", u"", ltLesson);
+    ASSERT_TRUE(editor->SaveDatabase());
+    while (editor->CanUndo()) editor->Undo();
+    EXPECT_TRUE(editor->SaveDatabase()) << ToUtf8(error);
     // A host that saves at every change.
     Subscription listener = editor->DataChanged.Add([this] { EXPECT_TRUE(editor->SaveDatabase()) << ToUtf8(error); });
     const auto rows = [this] { return test::ReadRows(database.ConnectionString()); };

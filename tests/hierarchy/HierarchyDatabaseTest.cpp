@@ -1,9 +1,19 @@
-// Loading and saving on every engine: the rows, odd rows. Random edits and failures in the middle have tests of their
-// own.
+// Loading and saving on every engine: the rows, odd rows, and saves that fail for real, at every statement and at the
+// commit: nothing is saved, nothing pending is lost. Random edits have tests of their own.
 
 #include "hierarchy/EditorFixture.h"
 
+#include "support/SilentServer.h"
 #include "tree/modTVW.h"
+
+#include <chrono>
+#include <span>
+
+#ifndef _WIN32
+#include <csignal>
+#include <random>
+#include <sys/wait.h>
+#endif
 
 namespace dax {
 namespace {
@@ -62,39 +72,32 @@ TEST_P(HierarchyOnEngine, SavesWhatTheTreeSays) {
 
 TEST_P(HierarchyOnEngine, OddRows) {
     using test::RowStatement;
-    database->Run({RowStatement(u"orphan", u"", u"none", 5, 1, 1), RowStatement(u"self", u"", u"self", 1, 1, 0),
+    database->Run({u"ALTER TABLE velmoraLessons DROP COLUMN lessonType",
+                   u"ALTER TABLE velmoraLessons ADD COLUMN lessonType VARCHAR(20)", // a number may be a text
+                   RowStatement(u"orphan", u"", u"none", 5, 1, 1), RowStatement(u"self", u"", u"self", 1, 1, 0),
                    RowStatement(u"x", u"", u"y", 2, 1, 0), RowStatement(u"y", u"", u"x", 2, 2, 0),
                    RowStatement(u"late", u"", u"parent", 1, 2, 1), RowStatement(u"parent", u"", u"", 3, 1, 0),
-                   RowStatement(u"type", u"", u"", 4, 1, -2147483647),
+                   RowStatement(u"-2147483647", u"", u"", 4, 1, -2147483647),
                    u"INSERT INTO velmoraLessons (lessonID) VALUES ('null')",
                    RowStatement(u"long", Text(1'000'000, u'ä'), u"null", 9, 1, 1)});
+    const std::pair<Text, LessonTypes> types[] = {{u" 1", ltLesson},   {u"0.5", ltGroup},          {u"1.5", ltUnknown},
+                                                  {u"one", ltUnknown}, {u"1e20", ltUnknown},       {u"null", ltUnknown},
+                                                  {u"long", ltLesson}, {u"-2147483647", ltUnknown}};
+    for (const auto& [text, type] : std::span(types).first(5))
+        database->Run({u"INSERT INTO velmoraLessons (lessonID, lessonType) VALUES ('" + text + u"', '" + text + u"')"});
     ASSERT_TRUE(editor->LoadDatabase()) << ToUtf8(error);
-    EXPECT_EQ(editor->NodeCount(), 10);
+    EXPECT_EQ(editor->NodeCount(), 15);
+    for (const auto& [id, type] : types) EXPECT_EQ(editor->GetLessonType(id), type) << ToUtf8(id);
+    for (const char16_t* id : {u"null", u"one"})
+        EXPECT_EQ(GetNumber(*editor->GetLessonProperties(id), u"LessonType", -5), ltGroup);
+    EXPECT_EQ(GetNumber(*editor->GetLessonProperties(u"1.5"), u"LessonType", -5), 2);
     for (const char16_t* top : {u"orphan", u"self", u"x", u"late", u"parent"}) {
         EXPECT_EQ(modTVW::GetIndentLevel(editor->Tree().Find(top)), 1) << ToUtf8(top);
     }
     EXPECT_EQ(editor->Tree().Find(u"y")->Parent()->Key(), u"x");
-    EXPECT_EQ(editor->GetLessonType(u"null"), ltUnknown); // no type
-    EXPECT_EQ(GetNumber(*editor->GetLessonProperties(u"null"), u"LessonType", -5), ltGroup);
-    EXPECT_EQ(editor->GetLessonType(u"type"), ltUnknown);
     EXPECT_EQ(editor->GetLessonTitle(u"long").size(), 1'000'000u);
     ASSERT_TRUE(editor->SaveDatabase()) << ToUtf8(error);
     EXPECT_TRUE(Rows()[u"orphan"].starts_with(u"|id orphan||1|"));
-}
-
-TEST_P(HierarchyOnEngine, NumbersMayStandInColumnsOfText) {
-    const std::pair<Text, LessonTypes> types[] = {
-        {u" 1", ltLesson}, {u"0.5", ltGroup}, {u"1.5", ltUnknown}, {u"one", ltUnknown}, {u"1e20", ltUnknown}};
-    database->Run({u"DROP TABLE velmoraLessons",
-                   u"CREATE TABLE velmoraLessons (lessonID VARCHAR(9), lessonTitle VARCHAR(9), lessonIdentifier "
-                   u"VARCHAR(9), lessonProperties VARCHAR(9), parentID VARCHAR(9), indentLevel INTEGER, sortPosition "
-                   u"INTEGER, lessonType VARCHAR(9))"});
-    for (const auto& [text, type] : types)
-        database->Run({u"INSERT INTO velmoraLessons (lessonID, lessonType) VALUES ('" + text + u"', '" + text + u"')"});
-    ASSERT_TRUE(editor->LoadDatabase()) << ToUtf8(error);
-    for (const auto& [text, type] : types) EXPECT_EQ(editor->GetLessonType(text), type) << ToUtf8(text);
-    EXPECT_EQ(GetNumber(*editor->GetLessonProperties(u"one"), u"LessonType", -5), ltGroup);
-    EXPECT_EQ(GetNumber(*editor->GetLessonProperties(u"1.5"), u"LessonType", -5), 2);
 }
 
 TEST_P(HierarchyOnEngine, RowsWithoutAnIdentifierOfTheirOwnAreNamed) {
@@ -158,6 +161,163 @@ TEST(HierarchyDatabase, AChainOfManyLessons) {
     EXPECT_EQ(told[30], std::pair(sent, sent));
     EXPECT_FALSE(editor.Clear());
 }
+
+class HierarchyFault : public HierarchyOnEngine {
+protected:
+    // The sample and as many lessons more; one is removed, two are added, all are renamed.
+    void Edit(int more) {
+        std::vector<Text> rows = test::SampleRows();
+        for (int i = 0; i < more; ++i) rows.push_back(test::RowStatement(u"k" + ToText(i), u"", u"", 1, 10 + i, 1));
+        database->Run(rows);
+        ASSERT_TRUE(editor->LoadDatabase());
+        editor->RemoveLesson(u"h", true);
+        editor->AddLesson(u"n1", u"", u"", ltGroup);
+        editor->AddLesson(u"n2", u"", u"", ltLesson);
+        for (const Text& id : editor->GetChildLessonIDCollection(u""))
+            editor->UpdateLesson(id, u"changed", u"", editor->GetLessonType(id));
+        before = Rows();
+        Take();
+    }
+    void ExpectNotSaved(bool isSaved, const Text& why) {
+        EXPECT_FALSE(isSaved) << ToUtf8(why);
+        EXPECT_EQ(Take(), u"ESaveDatabase ") << ToUtf8(why);
+        EXPECT_TRUE(errorNumber != 0 && !error.empty());
+    }
+    void ExpectSavedAtLast() {
+        ASSERT_TRUE(editor->SaveDatabase()) << ToUtf8(error);
+        ExpectSaved();
+        const auto after = Rows();
+        ASSERT_TRUE(editor->SaveDatabase()) << "nothing is pending: no row is inserted twice";
+        EXPECT_EQ(Rows(), after);
+    }
+    void ExpectSaved() const {
+        const auto after = Rows();
+        EXPECT_EQ(after.size(), before.size() + 1);
+        EXPECT_FALSE(after.contains(u"h"));
+        for (const auto& [id, row] : after) EXPECT_TRUE(row.starts_with(u"changed|")) << ToUtf8(id);
+    }
+    std::map<Text, Text> before;
+};
+INSTANTIATE_TEST_SUITE_P(Engines, HierarchyFault, ::testing::ValuesIn(test::AllEngines()), test::EngineName);
+
+// Each statement, and the commit. What the built-in engine refuses is among the random edits.
+TEST_P(HierarchyFault, TheServerRefusesOneStatement) {
+    if (GetParam() == Engine::SQLite) return;
+    ASSERT_NO_FATAL_FAILURE(Edit(0));
+    const Text check = u"ALTER TABLE velmoraLessons ADD CONSTRAINT fault CHECK (lessonID <> '";
+    const Text foreignKey = u"ALTER TABLE needs ADD CONSTRAINT fault FOREIGN KEY (lessonID) REFERENCES velmoraLessons "
+                            u"(lessonID)";
+    std::vector<Text> refusals = {foreignKey, check + u"n1')", check + u"n2')"};
+    if (GetParam() == Engine::PostgreSQL) refusals.push_back(foreignKey + u" DEFERRABLE INITIALLY DEFERRED");
+    for (const Text id : {u"a", u"b", u"c", u"d", u"g", u"s", u"n1", u"n2"})
+        refusals.push_back(check + id + u"' OR lessonTitle <> 'changed')");
+    database->Run({u"CREATE TABLE needs AS SELECT lessonID FROM velmoraLessons WHERE lessonID = 'h'"});
+    for (const Text& refusal : refusals) {
+        database->Run({refusal});
+        ExpectNotSaved(editor->SaveDatabase(), refusal);
+        ASSERT_EQ(Rows(), before) << ToUtf8(refusal);
+        database->Run({refusal.substr(0, refusal.find(u" ADD ")) + u" DROP CONSTRAINT fault"});
+    }
+    ExpectSavedAtLast();
+}
+
+TEST_P(HierarchyFault, SomebodyElseWrites) {
+    ASSERT_NO_FATAL_FAILURE(Edit(0));
+    Connection other;
+    other.Open(database->ConnectionString());
+    other.BeginTrans();
+    other.Execute(u"UPDATE velmoraLessons SET lessonTitle = 'theirs' WHERE lessonID = 'a'");
+    ExpectNotSaved(editor->SaveDatabase(), u"a lock");
+    EXPECT_EQ(errorNumber, ErrorNumbers::Timeout) << ToUtf8(error);
+    other.RollbackTrans();
+    EXPECT_EQ(Rows(), before);
+    ExpectSavedAtLast();
+}
+
+#ifndef _WIN32
+// A child process saves and dies by a signal that it cannot answer: just before a statement is sent, or whenever the
+// time has come, also in the midst of a statement or of the commit.
+TEST_P(HierarchyFault, AKilledSaveIsDoneOrNot) {
+    using Clock = std::chrono::steady_clock;
+    std::mt19937 random(3);
+    for (const Text journal : {u"delete", u"wal"}) {
+        const auto begin = [&] {
+            SetUp();
+            if (GetParam() == Engine::SQLite) database->Ask(u"PRAGMA journal_mode = " + journal);
+            Edit(120);
+        };
+        ASSERT_NO_FATAL_FAILURE(begin());
+        size_t total = 0;
+        SetStatementObserver([&](TextView) { ++total; });
+        const auto began = Clock::now();
+        ASSERT_TRUE(editor->SaveDatabase());
+        const auto took = static_cast<long>((Clock::now() - began) / std::chrono::microseconds(1));
+        SetStatementObserver({});
+        ASSERT_NO_FATAL_FAILURE(begin());
+        for (int kills = test::KillCount(GetParam() == Engine::MariaDB ? 12 : 40); kills > 0; --kills) {
+            const bool isBeforeStatement = kills % 2 == 0;
+            size_t fatal = 1 + random() % total;
+            const long moment = 1 + static_cast<long>(random()) % std::clamp(took, 1000L, 900'000L);
+            SCOPED_TRACE("before statement " + std::to_string(fatal) + ", or after " + std::to_string(moment) + " us");
+            const int status = test::StatusOfChild([&] {
+                SetStatementObserver([&](TextView) {
+                    if (isBeforeStatement && --fatal == 0) raise(SIGKILL);
+                });
+                if (!isBeforeStatement) test::EndAfter(moment);
+                editor->SaveDatabase();
+                return 7; // not killed, or not yet
+            });
+            test::AwaitNoSessions(*database);
+            ASSERT_TRUE(WIFSIGNALED(status) || !isBeforeStatement);
+            if (Rows() == before) continue;
+            ASSERT_FALSE(isBeforeStatement);
+            ExpectSaved(); // when the time came
+            ASSERT_FALSE(HasFailure());
+            ASSERT_NO_FATAL_FAILURE(begin());
+        }
+        ExpectSavedAtLast();
+        if (GetParam() != Engine::SQLite) return; // the servers have logs of their own
+        EXPECT_EQ(database->Ask(u"PRAGMA journal_mode"), journal);
+    }
+}
+
+// The network falls silent: within a batch, and at the commit, which the server hears of or not.
+TEST_P(HierarchyFault, TheServerFallsSilent) {
+    if (GetParam() == Engine::SQLite) return; // there is none
+    ASSERT_NO_FATAL_FAILURE(Edit(200));
+    test::SilentServer proxy(database->ConnectionString());
+    editor->SetConnectionString(proxy.ThroughIt(database->ConnectionString(), u"Connect Timeout=2;Command Timeout=1"));
+    const struct {
+        const char *bytes, *consequence;
+        bool isHandedOn;
+    } cases[] = {{"lessonID = 'k150'", "not committed is lost", false},
+                 {"lessonID = 'k150'", "not committed is lost", true},
+                 {"COMMIT", "load again to see", false},
+                 {"COMMIT", "load again to see", true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.bytes);
+        const Text shape = Shape();
+        proxy.FallSilentAt(c.bytes, c.isHandedOn);
+        const auto begin = std::chrono::steady_clock::now();
+        const bool isSaved = editor->SaveDatabase();
+        EXPECT_LE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(8));
+        ExpectNotSaved(isSaved, u"a silent server");
+        EXPECT_EQ(errorNumber, ErrorNumbers::Timeout);
+        const std::string told = ToUtf8(error);
+        EXPECT_NE(told.find("'127.0.0.1:" + proxy.Port() + "' did not answer within 1 second. "), std::string::npos)
+            << told;
+        EXPECT_NE(told.find(c.consequence), std::string::npos) << told;
+        EXPECT_EQ(Shape(), shape);
+        proxy.Recover();
+        if (c.isHandedOn && told.find("not committed") == std::string::npos)
+            ExpectSaved();
+        else
+            ASSERT_EQ(Rows(), before);
+    }
+    ASSERT_TRUE(editor->LoadDatabase()) << "shows what was stored";
+    EXPECT_TRUE(editor->SaveDatabase()) << ToUtf8(error);
+}
+#endif
 
 } // namespace
 } // namespace dax

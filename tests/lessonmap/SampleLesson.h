@@ -12,38 +12,29 @@ namespace dax::test {
 // A storyboard per word, titled "Title of WORD" with the identifier "ID-WORD"; the first map is the default one.
 inline std::shared_ptr<ContentLesson> MakeLesson(const std::string& text) {
     const auto lesson = std::make_shared<ContentLesson>();
-    std::istringstream words(text);
-    std::shared_ptr<ContentMap> map;
-    std::vector<LayoutEntry> layout;
-    int32_t depth = 1;
-    const auto finish = [&] {
-        if (map) map->SetLayout(std::move(layout));
-        layout.clear();
-    };
-    for (std::string word; words >> word;) {
-        if (word == "|") continue;
-        if (word == ")") {
-            --depth;
-            continue;
+    std::istringstream maps(text);
+    for (std::string part, word; std::getline(maps, part, '|');) {
+        std::istringstream words(part);
+        words >> word;
+        const auto map = std::make_shared<ContentMap>(FromUtf8(word.substr(0, word.find(':'))));
+        lesson->Maps()->Add(map);
+        if (lesson->Maps()->Count() == 1) lesson->Maps()->SetDefaultMap(map);
+        std::vector<LayoutEntry> layout;
+        for (int32_t depth = 1; words >> word;) {
+            if (word == ")") {
+                --depth;
+                continue;
+            }
+            const Text sbid = FromUtf8(word.substr(0, word.find('(')));
+            if (!lesson->Storyboards()->Item(sbid)) {
+                lesson->Storyboards()->Add(
+                    std::make_shared<ContentStoryboard>(sbid, u"Title of " + sbid, u"ID-" + sbid, u"text"));
+            }
+            layout.push_back({sbid, depth});
+            depth += word.ends_with('(');
         }
-        if (word.back() == ':') {
-            finish();
-            map = std::make_shared<ContentMap>(FromUtf8(word.substr(0, word.size() - 1)));
-            lesson->Maps()->Add(map);
-            if (lesson->Maps()->Count() == 1) lesson->Maps()->SetDefaultMap(map);
-            continue;
-        }
-        const bool isOpening = word.back() == '(';
-        if (isOpening) word.pop_back();
-        const Text sbid = FromUtf8(word);
-        if (!lesson->Storyboards()->Item(sbid)) {
-            lesson->Storyboards()->Add(
-                std::make_shared<ContentStoryboard>(sbid, u"Title of " + sbid, u"ID-" + sbid, u"text"));
-        }
-        layout.push_back({sbid, depth});
-        depth += isOpening;
+        map->SetLayout(std::move(layout));
     }
-    finish();
     return lesson;
 }
 
