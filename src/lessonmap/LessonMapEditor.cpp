@@ -15,8 +15,7 @@ LessonMapEditor::LessonMapEditor() {
     subclasser.CheckStateChanged().Add([this] {
         if (suspendedNotifications == 0) Raise(ItemChecked);
     });
-    SetWindow(nullptr);
-    subclasser.SetActive(true);
+    SetWindow(nullptr); // which switches the notifications on
 }
 
 // The reference that hosts hold closes the editor when it goes; operations under way hold the other one.

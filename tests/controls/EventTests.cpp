@@ -68,34 +68,26 @@ TEST(ListModel, TellsItsWindowOfEveryChange) {
     ListModel list;
     list.SetListener(&window);
     list.SetColumns({{u"x", {}, {}}, {u"y", {}, {}}, {u"z", {}, {}}});
-    for (const auto& [key, index] : {std::pair(u"z", 2), {u"x", 0}, {u"w", -1}, {u"y", 1}, {u"z", 2}, {u"z", 2}})
+    for (const auto& [key, index] : {std::pair(u"z", 2), {u"x", 0}, {u"w", -1}, {u"y", 1}, {u"z", 2}})
         EXPECT_EQ(list.ColumnIndex(key), index);
-    const std::pair<std::function<void()>, const char*> changes[] = {
-        {[&] { EXPECT_EQ(list.AddItem(u"a"), 0u); }, "items "},
-        {[&] { EXPECT_EQ(list.AddItem(u"b"), 1u); }, "items "},
-        {[&] { list.SetCell(1, 0, u"c"); }, "items "},
-        {[&] { list.SetCell(0, 1, u"f"); }, "items "},
-        {[&] { list.SetCell(1, 2, u"d"); }, "items "},
-        {[&] { list.SetTag(1, 7); }, ""},
-        {[&] { list.SetMark(1, u"m"); }, ""},
-        {[&] { list.SetSelected(1, true); }, ""},
-        {[&] {
-             list.BeginFilling();
-             list.AddItem(u"e");
-             list.EndFilling();
-         },
-         "items "},
-    };
-    window.told.clear();
-    for (const auto& [change, told] : changes) {
+    for (const size_t index : {0, 1}) EXPECT_EQ(list.AddItem(u"a"), index);
+    list.SetCell(1, 0, u"c");
+    list.SetCell(0, 1, u"f");
+    list.SetCell(1, 2, u"d");
+    list.SetCell(1, -1, u"nothing");
+    EXPECT_EQ(std::exchange(window.told, {}), "columns items items items items items ");
+    const std::function<void()> quiet[] = {[&] { list.SetTag(1, 7); }, [&] { list.SetMark(1, u"m"); },
+                                           [&] { list.SetSelected(1, true); }, [&] { list.BeginFilling(); },
+                                           [&] { list.AddItem(u"e"); }};
+    for (const auto& change : quiet) {
         const uint64_t before = list.Revision();
         change();
-        EXPECT_GT(list.Revision(), before);
-        EXPECT_EQ(std::exchange(window.told, {}), told);
+        EXPECT_EQ(list.Revision() > before, &change != &quiet[3]) << &change - quiet;
+        EXPECT_EQ(window.told, "");
     }
-    list.SetCell(1, -1, u"nothing");
+    list.EndFilling();
     list.AutosizeColumns();
-    EXPECT_EQ(std::exchange(window.told, {}), "widths ");
+    EXPECT_EQ(std::exchange(window.told, {}), "items widths ");
     Text cells;
     for (size_t item = 0; item < 4; ++item) {
         for (size_t column = 0; column < 4; ++column) cells.append(list.Cell(item, column)) += u',';
@@ -105,7 +97,6 @@ TEST(ListModel, TellsItsWindowOfEveryChange) {
     list.ClearItems();
     EXPECT_EQ(window.told, "items ");
     EXPECT_TRUE(list.Items().empty());
-    EXPECT_EQ(ListModel().Cell(0, 0), u"");
 }
 
 } // namespace dax
