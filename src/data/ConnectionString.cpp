@@ -73,8 +73,9 @@ TextView Trimmed(TextView text) {
 }
 
 bool IsBarePath(TextView text) {
-    const bool drive = text.size() > 2 && text[1] == u':' && (text[2] == u'\\' || text[2] == u'/');
-    return text.find(u'=') == TextView::npos || text.front() == u'/' || text.starts_with(u"\\\\") || drive;
+    const TextView behindDrive = text.substr(1, 2);
+    return text.find(u'=') == TextView::npos || text.front() == u'/' || text.starts_with(u"\\\\") ||
+           behindDrive == u":\\" || behindDrive == u":/";
 }
 
 ConnectionTarget SQLiteTarget(const Text& path) {
@@ -211,10 +212,9 @@ ConnectionKeywords WithFileDataSource(const ConnectionKeywords& host) {
     if (name.empty()) return host;
     std::ifstream stream;
     for (const Text& path : {name, name + u".dsn", u"/etc/ODBCDataSources/" + name}) {
-        if (KindOfFile(PathHere(path)) != FileKind::Unknown) continue; // and never a pipe, which may wait for ever
-        stream.open(std::filesystem::path(PathHere(path)));
-        if (stream) break;
-        stream.clear();
+        // Never a pipe, which may wait for ever.
+        if (!stream.is_open() && KindOfFile(PathHere(path)) == FileKind::Unknown)
+            stream.open(std::filesystem::path(PathHere(path)));
     }
     if (!stream.is_open()) {
         if (!ManagerIsUnix() && name.find_first_of(u"/\\") == Text::npos) return host; // in a folder that it knows
@@ -229,8 +229,7 @@ ConnectionKeywords WithFileDataSource(const ConnectionKeywords& host) {
         if (trimmed.starts_with(u"[")) isInside = EqualNoCase(trimmed, u"[ODBC]");
         if (!isInside || trimmed.starts_with(u";") || equals == TextView::npos) continue;
         TextView value = Trimmed(trimmed.substr(equals + 1));
-        if (value.size() > 1 && value.front() == u'{' && value.back() == u'}')
-            value = value.substr(1, value.size() - 2);
+        if (value.starts_with(u'{') && value.ends_with(u'}')) value = value.substr(1, value.size() - 2);
         keywords.Set(Trimmed(trimmed.substr(0, equals)), value);
     }
     for (const auto& [keyword, value] : host.Items()) keywords.Set(keyword, value);
@@ -285,28 +284,29 @@ ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine,
 } // namespace
 
 ConnectionKeywords::ConnectionKeywords(TextView text) {
-    size_t at = 0;
-    while (at < text.size()) {
+    for (size_t at = 0;;) {
         const size_t equals = text.find(u'=', at), semicolon = text.find(u';', at);
-        if (equals == TextView::npos || semicolon < equals) { // a word without a value has no meaning
-            if (semicolon == TextView::npos) break;
+        if (semicolon <= equals) { // a word without a value has no meaning
+            if (semicolon == TextView::npos) return;
             at = semicolon + 1;
             continue;
         }
         const Text keyword(Trimmed(text.substr(at, equals - at)));
         at = std::min(text.find_first_not_of(blanks, equals + 1), text.size());
         Text value;
-        const char16_t open = at < text.size() ? text[at] : u';';
-        if (open == u'\'' || open == u'"' || open == u'{') {
-            const char16_t close = open == u'{' ? u'}' : open;
-            for (++at;; ++at) {
-                if (at >= text.size())
+        const TextView mark = text.substr(at, 1);
+        if (mark == u"'" || mark == u"\"" || mark == u"{") {
+            const TextView close = mark == u"{" ? u"}" : mark;
+            for (;;) {
+                const size_t end = text.find(close, ++at);
+                if (end == TextView::npos)
                     Refuse(u"The value of \"" + keyword +
                            u"\" in the connection string begins with a quote or brace that is not closed.");
-                if (text[at] == close && (at + 1 >= text.size() || text[++at] != close)) break;
-                value.push_back(text[at]);
+                value.append(text.substr(at, end - at));
+                at = end + 1;
+                if (text.substr(at, 1) != close) break;
+                value += close; // a doubled mark stands for itself
             }
-            if (text[at] == close) ++at; // the last of all
             at = std::min(text.find_first_not_of(blanks, at), text.size());
             if (at < text.size() && text[at] != u';')
                 Refuse(u"The value of \"" + keyword +
@@ -376,9 +376,8 @@ ConnectionKeywords Flattened(const ConnectionKeywords& keywords) {
 }
 
 bool LooksLikeUrl(TextView text) {
-    const size_t end = text.find(u"://");
-    return end != TextView::npos && end > 1 && // one letter is a drive
-           LowerAscii(text.substr(0, end)).find_first_not_of(u"abcdefghijklmnopqrstuvwxyz0123456789+-.:") == Text::npos;
+    const size_t slash = LowerAscii(text).find_first_not_of(u"abcdefghijklmnopqrstuvwxyz0123456789+-.:");
+    return slash != TextView::npos && slash > 2 && text.substr(slash - 1, 3) == u"://"; // one letter is a drive
 }
 
 ConnectionTarget TranslateConnectionString(const Text& connectionString, const Machine& machine, Engine known) {

@@ -234,10 +234,7 @@ void RecordsetState::UpdateRow() {
 std::vector<size_t> RecordsetState::KeyColumns() {
     std::vector<size_t> found;
     bool isComplete = true;
-    Text name = table;
-    if (const size_t dot = name.rfind(u'.'); dot != Text::npos) name.erase(0, dot + 1);
-    std::erase_if(name, [](char16_t unit) { return unit == u'[' || unit == u']' || unit == u'"' || unit == u'`'; });
-    for (const Text& column : connection->Opened().KeyColumns(name)) {
+    for (const Text& column : connection->Opened().KeyColumns(table)) {
         const auto isKey = [&](const Column& each) { return EqualNoCase(each.name, column); };
         const auto place = std::ranges::find_if(columns, isKey);
         isComplete = isComplete && place != columns.end();

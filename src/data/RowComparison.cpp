@@ -104,10 +104,10 @@ public:
 
     std::optional<RowDifference> Difference() const {
         if (source.rows.empty() && target.rows.empty()) return std::nullopt;
-        if (source.rows.empty()) return Whole(RowDifference::Kind::Additional, First(target));
+        if (source.rows.empty()) return RowDifference{RowDifference::Kind::Additional, 0, Identifier(First(target))};
         const KeptRow& row = First(source);
         const KeptRow* other = CounterpartOf(row);
-        if (!other) return Whole(RowDifference::Kind::Missing, row);
+        if (!other) return RowDifference{RowDifference::Kind::Missing, 0, Identifier(row)};
         size_t column = 0;
         while (AreEqual(row.Fields()[column], other->Fields()[column])) ++column;
         return RowDifference{RowDifference::Kind::Value, column, Identifier(row)};
@@ -145,27 +145,16 @@ private:
         return *std::ranges::min_element(side.rows, {}, [](const auto& kept) { return kept.second->Place(); })->second;
     }
 
-    // That of the same key; without a key the one that has the most values in common, if any.
+    // That of the same key; none without a key.
     const KeptRow* CounterpartOf(const KeptRow& row) const {
-        const KeptRow* best = nullptr;
-        size_t most = 0;
         for (const auto& [hash, kept] : target.rows) {
-            size_t equal = 0;
-            bool isOfKey = true;
-            for (size_t i = 0; i < columns.size(); ++i) {
-                const bool isEqual = AreEqual(row.Fields()[i], kept->Fields()[i]);
-                equal += isEqual;
-                isOfKey = isOfKey && (isEqual || !isKey[i]);
-            }
-            if (!isOfKey || equal < most || (equal == 0 && !hasKey)) continue;
-            if (best && equal == most && best->Place() < kept->Place()) continue;
-            best = kept.get();
-            most = equal;
+            bool isOfKey = hasKey;
+            for (size_t i = 0; i < columns.size() && isOfKey; ++i)
+                isOfKey = !isKey[i] || AreEqual(row.Fields()[i], kept->Fields()[i]);
+            if (isOfKey) return kept.get();
         }
-        return best;
+        return nullptr;
     }
-
-    RowDifference Whole(RowDifference::Kind kind, const KeptRow& row) const { return {kind, 0, Identifier(row)}; }
 
     Text Identifier(const KeptRow& row) const {
         Text identifier;
@@ -177,8 +166,8 @@ private:
                 identifier.append(ToText(field.number));
                 continue;
             }
-            identifier.append(u"'").append(Shorten(field.text, mostUnitsOfIdentifier));
-            identifier.append(field.text.size() > mostUnitsOfIdentifier ? u"…'" : u"'");
+            const TextView shown = Shorten(field.text, mostUnitsOfIdentifier);
+            identifier.append(u"'").append(shown).append(shown.size() < field.text.size() ? u"…'" : u"'");
         }
         return identifier;
     }

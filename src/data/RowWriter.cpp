@@ -43,7 +43,7 @@ public:
             Append(field);
         }
         text += u')';
-        if (longestLiteral > 0 && longest > longestLiteral) Finish();
+        if (longest > longestLiteral) Finish();
     }
 
     void Finish() override {
@@ -156,10 +156,6 @@ private:
     static void AppendPlain(const RowField& field, Text& array) {
         if (field.kind == RowField::Kind::Null)
             array += markOfNull;
-        else if (field.kind == RowField::Kind::Number)
-            AppendNumber(array, field.number);
-        else if (field.kind == RowField::Kind::Date)
-            array += FormatDate(field.date);
         else
             array += field.text;
     }

@@ -30,7 +30,7 @@ public:
             const char16_t close = statement[begin] == u'[' ? u']' : statement[begin];
             // A doubled closing quote stands for itself.
             for (end = statement.find(close, begin + 1);
-                 end != TextView::npos && end + 1 < statement.size() && statement[end + 1] == close;)
+                 end != TextView::npos && statement.substr(end + 1).starts_with(close);)
                 end = statement.find(close, end + 2);
             Finish(1, false);
         }
@@ -175,7 +175,7 @@ Text AdaptStatement(TextView statement, const Dialect& dialect) {
     // No date can stand before TOP, so its place is the same in the result.
     result.erase(top->begin, top->end - top->begin);
     size_t end = result.size();
-    while (end > 0 && (TextReader::IsBlank(result[end - 1]) || result[end - 1] == u';')) --end;
+    while (TextReader::IsBlank(result[end - 1]) || result[end - 1] == u';') --end;
     result.insert(end, u" LIMIT " + Text(top->count));
     return result;
 }
@@ -209,30 +209,20 @@ std::optional<Parametrized> TakeLiteralsWithZeros(TextView statement) {
 }
 
 Text TableOf(TextView statement) {
-    Text table;
-    bool afterFrom = false;
+    bool isNext = false;
     Pieces pieces(statement);
     while (pieces.Next()) {
-        if (pieces.Kind() == Piece::Name && afterFrom && table.empty()) table = pieces.Units();
         if (pieces.Kind() != Piece::Plain) continue;
         const TextView units = pieces.Units();
-        for (size_t i = 0; i < units.size();) {
-            size_t end = i;
-            while (end < units.size() && (TextReader::IsWordUnit(units[end]) || units[end] == u'.')) ++end;
-            if (end == i) {
-                if (units[i] == u',' && afterFrom) return {};
-                ++i;
-                continue;
-            }
-            const TextView word = units.substr(i, end - i);
-            i = end;
-            if (EqualNoCase(word, u"JOIN") || EqualNoCase(word, u"UNION")) return {};
-            if (EqualNoCase(word, u"WHERE") || EqualNoCase(word, u"ORDER") || EqualNoCase(word, u"LIMIT")) return table;
-            if (afterFrom && table.empty()) table = word;
-            if (EqualNoCase(word, u"FROM")) afterFrom = true;
+        for (size_t begin = 0, end = 0; end < units.size(); begin = end + 1) {
+            end = begin;
+            while (end < units.size() && TextReader::IsWordUnit(units[end])) ++end;
+            const TextView word = units.substr(begin, end - begin);
+            if (isNext && !word.empty()) return Text(word);
+            isNext = isNext || EqualNoCase(word, u"FROM");
         }
     }
-    return table;
+    return {};
 }
 
 } // namespace dax

@@ -27,7 +27,7 @@ std::optional<Parametrized> TakeLongLiterals(TextView statement, size_t longest)
 // The same for the literals that have a character of the number zero; nothing also when one stands anywhere else.
 std::optional<Parametrized> TakeLiteralsWithZeros(TextView statement);
 
-// The table that a simple SELECT reads; empty when there are several or none.
+// The table that a simple SELECT reads: the first name behind FROM.
 Text TableOf(TextView statement);
 
 } // namespace dax

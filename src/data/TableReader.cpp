@@ -1,29 +1,16 @@
 #include "data/TableReader.h"
 
 #include "base/Dates.h"
+#include "base/Numbers.h"
 #include "data/modDB.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace dax {
 
 namespace {
 
 constexpr size_t firstPortion = 64, mostRowsOfPortion = 2000, unitsAtATime = 2'000'000;
-
-std::optional<int64_t> WholeNumber(TextView text) {
-    char digits[20];
-    if (text.empty() || text.size() > sizeof digits) return std::nullopt;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] > 0x7F) return std::nullopt;
-        digits[i] = static_cast<char>(text[i]);
-    }
-    int64_t number = 0;
-    const auto [end, error] = std::from_chars(digits, digits + text.size(), number);
-    if (error != std::errc() || end != digits + text.size()) return std::nullopt;
-    return number;
-}
 
 RowField ReadField(Statement& statement, size_t column, Schema::ColumnType type) {
     using enum Schema::ColumnType;
@@ -40,7 +27,7 @@ RowField ReadField(Statement& statement, size_t column, Schema::ColumnType type)
     field.kind = RowField::Kind::Text;
     field.text = statement.FieldText(column);
     if (isNumber) {
-        if (const auto number = WholeNumber(field.text)) {
+        if (const auto number = ReadNumber<int64_t>(field.text)) {
             field.kind = RowField::Kind::Number;
             field.number = *number;
         }

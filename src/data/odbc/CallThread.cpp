@@ -92,7 +92,6 @@ bool CallThread::Wait(const Ticket& call, Time end) {
         GiveUp();
         return false;
     }
-    lock.unlock();
     if (call->failure) std::rethrow_exception(call->failure);
     return true;
 }

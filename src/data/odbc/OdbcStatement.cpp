@@ -1,6 +1,5 @@
 #include "data/odbc/OdbcStatement.h"
 
-#include "base/Dates.h"
 #include "base/Error.h"
 #include "data/odbc/OdbcRows.h"
 
@@ -18,9 +17,10 @@ bool IsTextType(SQLSMALLINT type) {
     case SQL_WCHAR:
     case SQL_WVARCHAR:
     case SQL_WLONGVARCHAR:
+    case SQL_UNKNOWN_TYPE:
         return true;
     default:
-        return type == 0;
+        return false;
     }
 }
 
@@ -41,13 +41,7 @@ OdbcStatement::OdbcStatement(OdbcConnection& connection) : owner(connection), ha
 
 OdbcStatement::~OdbcStatement() = default;
 
-void OdbcStatement::Check(SQLRETURN result) {
-    if (SQL_SUCCEEDED(result) || result == SQL_NO_DATA) return;
-    Diagnostic diagnostic = ReadDiagnostic(SQL_HANDLE_STMT, handle.Get(), owner.SqlDialect());
-    if (diagnostic.message.empty())
-        diagnostic.message = u"The ODBC driver for " + Text(owner.SqlDialect().name) + u" failed without a message.";
-    ThrowDiagnostic(diagnostic, owner.SqlDialect().engine);
-}
+void OdbcStatement::Check(SQLRETURN result) { CheckOdbc(result, SQL_HANDLE_STMT, handle.Get(), owner.SqlDialect()); }
 
 void OdbcStatement::Run(TextView adapted, std::span<const Value> values, std::span<const int> codes) {
     for (size_t i = 0; i < values.size(); ++i)
@@ -107,51 +101,41 @@ void OdbcStatement::Send(TextView text) {
 }
 
 void OdbcStatement::Bind(SQLUSMALLINT position, const Value& value, SQLSMALLINT columnType) {
-    const Dialect& dialect = owner.SqlDialect();
     Parameter& parameter = parameters.emplace_back();
+    const auto bind = [&](SQLSMALLINT own, SQLSMALLINT type, void* data, int digits = {}, SQLULEN size = {}) {
+        Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, own, type, size, static_cast<SQLSMALLINT>(digits),
+                               data, 0, data ? nullptr : &parameter.length));
+    };
     if (const bool* truth = std::get_if<bool>(&value)) {
         parameter.small = *truth ? 1 : 0;
-        Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_SLONG,
-                               columnType == SQL_BIT ? SQL_BIT : SQL_INTEGER, 10, 0, &parameter.small, 0, nullptr));
+        bind(SQL_C_SLONG, columnType == SQL_BIT ? SQL_BIT : SQL_INTEGER, &parameter.small);
     } else if (const int64_t* number = std::get_if<int64_t>(&value)) {
+        parameter.number = *number;
+        parameter.small = static_cast<SQLINTEGER>(*number);
         // The driver of Access refuses numbers of 64 bits.
-        if (*number >= INT32_MIN && *number <= INT32_MAX) {
-            parameter.small = static_cast<SQLINTEGER>(*number);
-            Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_SLONG, SQL_INTEGER, 10, 0,
-                                   &parameter.small, 0, nullptr));
-        } else {
-            parameter.number = *number;
-            Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_SBIGINT, SQL_BIGINT, 19, 0,
-                                   &parameter.number, 0, nullptr));
-        }
+        if (parameter.small == *number)
+            bind(SQL_C_SLONG, SQL_INTEGER, &parameter.small);
+        else
+            bind(SQL_C_SBIGINT, SQL_BIGINT, &parameter.number);
     } else if (const double* fraction = std::get_if<double>(&value)) {
         parameter.fraction = *fraction;
-        Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_DOUBLE, SQL_DOUBLE, 15, 0,
-                               &parameter.fraction, 0, nullptr));
+        bind(SQL_C_DOUBLE, SQL_DOUBLE, &parameter.fraction);
     } else if (const Text* text = std::get_if<Text>(&value)) {
         parameter.text = owner.IsNarrow() ? *text : MadeWellFormed(*text);
         BindText(position, parameter, columnType);
     } else if (const DateTime* date = std::get_if<DateTime>(&value)) {
-        if (dialect.datesAsText) {
-            parameter.text = FormatDate(*date);
-            BindText(position, parameter, 0);
-            return;
-        }
+        const int digits = owner.SqlDialect().fractionDigits;
         uint32_t unit = 1;
-        for (int digit = dialect.fractionDigits; digit < 9; ++digit) unit *= 10;
+        for (int digit = digits; digit < 9; ++digit) unit *= 10;
         parameter.date = {static_cast<SQLSMALLINT>(date->year),    static_cast<SQLUSMALLINT>(date->month),
                           static_cast<SQLUSMALLINT>(date->day),    static_cast<SQLUSMALLINT>(date->hour),
                           static_cast<SQLUSMALLINT>(date->minute), static_cast<SQLUSMALLINT>(date->second),
                           date->fraction - date->fraction % unit};
-        const int digits = dialect.fractionDigits;
-        Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP,
-                               static_cast<SQLULEN>(digits == 0 ? 19 : 20 + digits), static_cast<SQLSMALLINT>(digits),
-                               &parameter.date, sizeof parameter.date, nullptr));
+        bind(SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, &parameter.date, digits,
+             static_cast<SQLULEN>(digits == 0 ? 19 : 20 + digits));
     } else {
         parameter.length = SQL_NULL_DATA;
-        Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, SQL_C_WCHAR,
-                               columnType == 0 ? SQLSMALLINT{SQL_WVARCHAR} : columnType, 1, 0, nullptr, 0,
-                               &parameter.length));
+        bind(SQL_C_WCHAR, columnType == SQL_UNKNOWN_TYPE ? SQLSMALLINT{SQL_WVARCHAR} : columnType, nullptr, {}, 1);
     }
 }
 

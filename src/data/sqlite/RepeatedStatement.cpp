@@ -16,8 +16,8 @@ bool ChangesRows(TextView statement) {
 }
 
 bool HasWord(TextView text, TextView word) {
-    for (size_t i = 0; i + word.size() <= text.size(); ++i) {
-        if (i > 0 && TextReader::IsWordUnit(text[i - 1])) continue;
+    for (size_t i = 1; i + word.size() <= text.size(); ++i) { // each begins with another word
+        if (TextReader::IsWordUnit(text[i - 1])) continue;
         TextReader reader(text.substr(i));
         if (!TextReader::IsBlank(text[i]) && reader.Word(word)) return true;
     }
@@ -46,7 +46,7 @@ bool StatementShape::Read(TextView statement) {
             break;
         case u'-':
         case u'/':
-            if (at + 1 < statement.size() && (statement[at + 1] == u'-' || statement[at + 1] == u'*')) return false;
+            if (statement.substr(at, 2) == u"--" || statement.substr(at, 2) == u"/*") return false;
             ++at;
             break;
         case u'?':
@@ -58,30 +58,24 @@ bool StatementShape::Read(TextView statement) {
         case u'\0':
             return false;
         default:
-            if (!TextReader::IsDigit(unit))
+            if (TextReader::IsDigit(unit))
+                TakeNumber(statement, at, copied);
+            else
                 ++at;
-            else if (!TakeNumber(statement, at, copied))
-                return false;
         }
     }
-    CopyUpTo(statement, statement.size(), copied);
+    words.append(statement.substr(copied));
     return !literals.empty();
 }
 
 bool StatementShape::MayRepeat() const { return !HasWord(words, u"BY"); }
 
-void StatementShape::CopyUpTo(TextView statement, size_t end, size_t& copied) {
-    words.append(statement.substr(copied, end - copied));
-    copied = end;
-}
-
 bool StatementShape::TakeText(TextView statement, size_t& at, size_t& copied) {
-    if (at > 0 && TextReader::IsWordUnit(statement[at - 1])) return false; // x'00'
-    CopyUpTo(statement, at, copied);
+    if (TextReader::IsWordUnit(statement[at - 1])) return false; // x'00'
+    words.append(statement.substr(copied, at - copied));
     const size_t begin = at + 1;
     size_t end = statement.find(u'\'', begin);
-    while (end != TextView::npos && end + 1 < statement.size() && statement[end + 1] == u'\'')
-        end = statement.find(u'\'', end + 2);
+    while (end != TextView::npos && statement.substr(end + 1).starts_with(u'\'')) end = statement.find(u'\'', end + 2);
     if (end == TextView::npos) return false;
     literals.push_back({statement.substr(begin, end - begin), true, 0});
     words.push_back(u'?');
@@ -89,24 +83,23 @@ bool StatementShape::TakeText(TextView statement, size_t& at, size_t& copied) {
     return at == statement.size() || !TextReader::IsWordUnit(statement[at]);
 }
 
-// Digits of a name or of a number of another form stay where they are.
-bool StatementShape::TakeNumber(TextView statement, size_t& at, size_t& copied) {
+// Digits of a name, or of a number that is larger or of another form, stay where they are.
+void StatementShape::TakeNumber(TextView statement, size_t& at, size_t& copied) {
     const size_t begin = at;
     while (at < statement.size() && TextReader::IsDigit(statement[at])) ++at;
-    const auto joins = [](char16_t unit) { return TextReader::IsWordUnit(unit) || unit == u'.'; };
-    const bool isPart = (begin > 0 && joins(statement[begin - 1])) || (at < statement.size() && joins(statement[at]));
-    if (isPart) {
-        while (at < statement.size() && joins(statement[at])) ++at;
-        return true;
+    const auto joins = [&](size_t place) {
+        return place < statement.size() && (TextReader::IsWordUnit(statement[place]) || statement[place] == u'.');
+    };
+    if (joins(begin - 1) || joins(at) || at - begin > mostDigits) {
+        while (joins(at)) ++at;
+        return;
     }
-    if (at - begin > mostDigits) return false;
     sqlite3_int64 number = 0;
     for (size_t i = begin; i < at; ++i) number = number * 10 + (statement[i] - u'0');
-    CopyUpTo(statement, begin, copied);
+    words.append(statement.substr(copied, begin - copied));
     literals.push_back({{}, false, number});
     words.push_back(u'?');
     copied = at;
-    return true;
 }
 
 int StatementShape::Bind(sqlite3_stmt* compiled) {

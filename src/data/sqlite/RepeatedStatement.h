@@ -28,8 +28,7 @@ private:
         sqlite3_int64 number = 0;
     };
     bool TakeText(TextView statement, size_t& at, size_t& copied);
-    bool TakeNumber(TextView statement, size_t& at, size_t& copied);
-    void CopyUpTo(TextView statement, size_t end, size_t& copied);
+    void TakeNumber(TextView statement, size_t& at, size_t& copied);
 
     Text words, single;
     std::vector<Literal> literals;
