@@ -1,5 +1,6 @@
 #include "base/PackedText.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -36,7 +37,7 @@ char* Pack(TextView text, bool isWide, char* to) {
         char16_t units[blockUnits];
         char packed[blockUnits];
         std::memcpy(units, text.data(), sizeof units);
-        for (size_t k = 0; k < blockUnits; ++k) packed[k] = static_cast<char>(units[k]);
+        std::ranges::transform(units, packed, [](char16_t unit) { return static_cast<char>(unit); });
         std::memcpy(to, packed, sizeof packed);
     }
     for (const char16_t unit : text) *to++ = static_cast<char>(unit);

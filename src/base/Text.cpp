@@ -66,8 +66,8 @@ size_t CopyAscii(const From* from, size_t length, To* to) {
         From units[block]; // not in place: compilers take all of a block at once where nothing can overlap
         To copied[block];
         std::memcpy(units, from + i, sizeof units);
-        for (size_t k = 0; k < block; ++k)
-            copied[k] = static_cast<To>(static_cast<std::make_unsigned_t<From>>(units[k]));
+        std::ranges::transform(
+            units, copied, [](From unit) { return static_cast<To>(static_cast<std::make_unsigned_t<From>>(unit)); });
         std::memcpy(to + i, copied, sizeof copied);
     }
     for (; i < length && static_cast<std::make_unsigned_t<From>>(from[i]) < 0x80; ++i) to[i] = static_cast<To>(from[i]);

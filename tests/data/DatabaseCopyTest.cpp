@@ -250,7 +250,7 @@ TEST_P(CopyEndTest, FailsAndLeavesTheTargetAsItWas) {
 // By a signal that cannot be answered, at any moment of the writing or of the last step.
 TEST_P(CopyEndTest, KilledLeavesTheTargetAsItWasOrDone) {
     using Clock = std::chrono::steady_clock;
-    const int kills = test::KillCount(8);
+    const int kills = test::Setting("DAX_KILLS", 8);
     std::mt19937 random(7);
     for (const auto& missing : starts) {
         Prepare(missing);

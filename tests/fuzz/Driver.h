@@ -124,8 +124,8 @@ protected:
 struct Target {
     const char* name;
     void (*drive)(Input);
-    unsigned inputs; // at each test run, besides the seeds
-    size_t longest;  // of an input made up
+    int inputs;     // at each test run, besides the seeds
+    size_t longest; // of an input made up
 };
 std::span<const Target> Targets();
 

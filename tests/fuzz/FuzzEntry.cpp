@@ -1,5 +1,5 @@
 // For a fuzzer that guides itself by coverage: the program `fuzzer` of a build with clang (tests/CMakeLists.txt), run
-// as `DAX_FUZZ_TARGET=statement fuzzer -only_ascii=1 FOLDER tests/fuzz/seeds/statement`.
+// as `DAX_FUZZ_TARGET=statement fuzzer FOLDER tests/fuzz/seeds/statement`.
 #include "fuzz/Driver.h"
 
 #include <cstdlib>

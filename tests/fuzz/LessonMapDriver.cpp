@@ -36,24 +36,20 @@ struct Model : test::ReferenceTree {
 
     bool IsPage(const Text& key) const { return Has(key) && !parents.at(key).empty(); }
 
-    std::optional<std::pair<Text, size_t>> Destination(StoryboardMovementTypes movement) const {
-        if (!IsPage(selected)) return {};
+    bool Move(StoryboardMovementTypes movement) {
+        if (!IsPage(selected)) return false;
         const std::vector<Text>& maps = children.at({});
         Text map = selected;
         while (IsPage(map)) map = parents.at(map);
         const size_t index = Index(map);
-        if (movement == smtPreviousMap && index > 0) return {{maps[index - 1], SIZE_MAX}};
-        if (movement == smtNextMap && index + 1 < maps.size()) return {{maps[index + 1], 0}};
-        const auto to = ReferenceTree::Destination(selected, movement);
-        // Within the hierarchy of its map: not into the map before or behind, and not beside a map.
-        const Text parent = parents.at(selected);
-        if (to && parent == map && to->first != parent && movement != smtIndent) return {};
-        return to;
-    }
-    bool Move(StoryboardMovementTypes movement) {
-        const auto to = Destination(movement);
-        if (to) Place(selected, to->first, to->second);
-        return to.has_value();
+        auto to = Destination(selected, movement);
+        if (movement == smtPreviousMap && index > 0) to = {{maps[index - 1], SIZE_MAX}};
+        if (movement == smtNextMap && index + 1 < maps.size()) to = {{maps[index + 1], 0}};
+        // Else within the hierarchy of its map: not into the map before or behind, and not beside a map.
+        const bool staysInMap = movement < smtNextMap && movement != smtIndent && parents.at(selected) == map;
+        if (!to || (staysInMap && to->first != map)) return false;
+        Place(selected, to->first, to->second);
+        return true;
     }
     // True when it came into the tree or the lesson.
     bool Add(const Text& page) {

@@ -77,23 +77,21 @@ private:
     }
 
     void Do() override {
-        switch (bytes.Below(10)) {
+        switch (bytes.Below(8)) {
         case 0:
-        case 1:
             return control->Refresh();
-        case 2:
+        case 1:
             return control->RebuildDisplay(bytes.Below(2) == 0);
-        case 3:
+        case 2:
             return control->DeleteSelected();
-        case 4:
-        case 5:
+        case 3:
             for (size_t item = 0; item < list->Items().size(); ++item) list->SetSelected(item, bytes.Below(2) == 0);
             return control->ListClicked();
-        case 6:
+        case 4:
             return control->ColumnClicked(bytes.Below(9));
-        case 7:
+        case 5:
             return control->KeyDown(bytes.OneOf(keys));
-        case 8:
+        case 6:
             control->lockDisplayType = static_cast<LockDisplayTypes>(bytes.Below(6));
             control->username = bytes.OneOf(names);
             control->lessonID = bytes.OneOf(lessons);

@@ -9,24 +9,19 @@
 #include "data/modDB.h"
 #include "lessonmap/LessonMapEditor.h"
 
+#include <algorithm>
+
 namespace dax::fuzz {
 
 namespace {
 
-// The input as a text: UTF-8, in which ~ and four hexadecimal digits are one unit, whichever. A line end at the end is
-// the file's, not the text's.
+// The input as a text: UTF-8, in which half a surrogate pair stands for what is none. A line end at the end is the
+// file's, not the text's.
 Text TextOf(Input input) {
     if (!input.empty() && input.back() == '\n') input = input.first(input.size() - 1);
-    std::string rest(input.begin(), input.end());
-    Text text;
-    for (size_t mark = rest.find('~'); mark != std::string::npos; mark = rest.find('~')) {
-        const bool isUnit = rest.substr(mark + 1, 4).find_first_not_of("0123456789ABCDEF") == std::string::npos &&
-                            mark + 5 <= rest.size();
-        text += FromUtf8(rest.substr(0, mark));
-        text += isUnit ? static_cast<char16_t>(std::stoul(rest.substr(mark + 1, 4), nullptr, 16)) : u'~';
-        rest.erase(0, mark + (isUnit ? 5 : 1));
-    }
-    return text + FromUtf8(rest);
+    Text text = FromUtf8({reinterpret_cast<const char*>(input.data()), input.size()});
+    std::ranges::replace(text, u'\uFFFD', u'\xD83D');
+    return text;
 }
 
 Text Quoted(const Text& content, char16_t open, char16_t close) {
@@ -45,43 +40,32 @@ struct Statement {
         static constexpr const char16_t* inside[] = {u"#2024/05/06#", u"--", u"/* ",   u"?", u"'",
                                                      u"\"",           u"]",  u"\xD83D"};
         static constexpr const char16_t* plain[] = {u"a", u"=", u"-", u"/", u"#", u"#a#", u"\u00E9", u"?", u";", u"1"};
+        enum Kind { LineComment, Comment, Name, BracketedName, Literal, Open, Date, Plain };
+        static constexpr Kind kinds[] = {LineComment, Comment, Name,  BracketedName, Literal, Literal, Literal, Open,
+                                         Date,        Date,    Plain, Plain,         Plain,   Plain,   Plain,   Plain};
         while (!bytes.AtEnd() && !isOpen) {
-            const size_t kind = bytes.Below(20);
+            const Kind kind = bytes.OneOf(kinds);
             Text text;
             for (size_t left = bytes.Below(4); left > 0; --left) text += bytes.OneOf(inside);
-            if (kind < 4) {
-                text = kind == 0   ? u"--" + text + u"\n"
-                       : kind == 1 ? u"/*" + text + u"*/"
-                       : kind == 2 ? Quoted(text, u'"', u'"')
-                                   : Quoted(text, u'[', u']');
-                hasComments = hasComments || kind < 2;
-                Add(text, text, text);
-            } else if (kind < 8) {
-                const Text literal = Quoted(text, u'\'', u'\'');
-                const bool isLong = literal.size() > longest + 2;
-                if (isLong) values.emplace_back(text);
-                Add(literal, literal, isLong ? u"?" : literal);
-            } else if (kind < 11) {
-                Add(u"#2024-2-29 1:2:3.04 pm#", u"'2024-02-29 13:02:03.04'", u"#2024-2-29 1:2:3.04 pm#");
-                hasSigns = true;
-            } else if (kind < 19) {
-                text = bytes.OneOf(plain);
-                hasSigns = hasSigns || text.find_first_of(u"#;") != Text::npos;
-                hasMarks = hasMarks || text == u"?";
-                Add(text, text, text);
-            } else {
-                isOpen = true;
-                text = u"'" + Quoted(text, u' ', u'\'');
-                text.pop_back();
-                Add(text, text, text);
-            }
+            Text piece = kind == LineComment     ? u"--" + text + u"\n"
+                         : kind == Comment       ? u"/*" + text + u"*/"
+                         : kind == Name          ? Quoted(text, u'"', u'"')
+                         : kind == BracketedName ? Quoted(text, u'[', u']')
+                         : kind == Date          ? u"#2024-2-29 1:2:3.04 pm#"
+                         : kind == Plain         ? bytes.OneOf(plain)
+                                                 : Quoted(text, u'\'', u'\'');
+            isOpen = kind == Open;
+            if (isOpen) piece.pop_back();
+            hasComments = hasComments || kind <= Comment;
+            hasSigns = hasSigns || (kind >= Date && piece.find_first_of(u"#;") != Text::npos);
+            hasMarks = hasMarks || piece == u"?";
+            const bool isLong = kind == Literal && piece.size() > longest + 2;
+            if (isLong) values.emplace_back(text);
+            written += u" " + piece;
+            adapted += u" " + (kind == Date ? u"'2024-02-29 13:02:03.04'" : piece);
+            parametrized += u" " + (isLong ? u"?" : piece);
         }
-        Add(u"z", u"z", u"z");
-    }
-    void Add(const Text& one, const Text& two, const Text& three) {
-        written += u" " + one;
-        adapted += u" " + two;
-        parametrized += u" " + three;
+        for (Text* const text : {&written, &adapted, &parametrized}) *text += u" z";
     }
     static constexpr size_t longest = 5;
 };

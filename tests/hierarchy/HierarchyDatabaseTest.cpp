@@ -254,7 +254,7 @@ TEST_P(HierarchyFault, AKilledSaveIsDoneOrNot) {
         const auto took = static_cast<long>((Clock::now() - began) / std::chrono::microseconds(1));
         SetStatementObserver({});
         ASSERT_NO_FATAL_FAILURE(begin());
-        for (int kills = test::KillCount(GetParam() == Engine::MariaDB ? 12 : 40); kills > 0; --kills) {
+        for (int kills = test::Setting("DAX_KILLS", GetParam() == Engine::MariaDB ? 12 : 40); kills > 0; --kills) {
             const bool isBeforeStatement = kills % 2 == 0;
             size_t fatal = 1 + random() % total;
             const long moment = 1 + static_cast<long>(random()) % std::clamp(took, 1000L, 900'000L);

@@ -4,8 +4,6 @@
 
 #include <cstdlib>
 #include <fcntl.h>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -69,10 +67,7 @@ void OwnServer::Order(const std::string& order) {
         Fail("the server does not obey: " + order);
 }
 
-void OwnServer::Fail(const std::string& what) const {
-    std::ifstream said(errors);
-    throw std::runtime_error(what + "\n" + std::string(std::istreambuf_iterator<char>(said), {}));
-}
+void OwnServer::Fail(const std::string& what) const { throw std::runtime_error(what + "\n" + ReadFile(errors)); }
 
 } // namespace dax::test
 

@@ -116,21 +116,16 @@ Text TestDatabase::Ask(const Text& query) const {
 }
 
 void AwaitNoSessions(const TestDatabase& database) {
-    if (database.Kind() == Engine::SQLite) return;
-    Connection watcher;
-    watcher.Open(database.ConnectionString());
+    const Text others = database.Kind() == Engine::PostgreSQL
+                            ? u"SELECT Count(*) FROM pg_stat_activity WHERE datname = current_database() AND pid <> "
+                              u"pg_backend_pid() AND backend_type = 'client backend'"
+                            : u"SELECT Count(*) FROM information_schema.processlist WHERE db = database() AND id <> "
+                              u"connection_id()";
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    for (Recordset others; std::chrono::steady_clock::now() < end; others.Close()) {
-        others.Open(database.Kind() == Engine::PostgreSQL
-                        ? u"SELECT Count(*) FROM pg_stat_activity WHERE datname = current_database() AND pid <> "
-                          u"pg_backend_pid() AND backend_type = 'client backend'"
-                        : u"SELECT Count(*) FROM information_schema.processlist WHERE db = database() AND id <> "
-                          u"connection_id()",
-                    watcher);
-        if (others.FieldText(0) == u"0") return;
+    while (database.Kind() != Engine::SQLite && database.Ask(others) != u"0") {
+        if (std::chrono::steady_clock::now() > end) FAIL() << "a session of another does not end";
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    ADD_FAILURE() << "a session of another does not end";
 }
 
 #ifndef _WIN32
@@ -148,12 +143,12 @@ void EndAfter(long microseconds) {
     setitimer(ITIMER_REAL, &timer, nullptr);
 }
 
-int KillCount(int usual) {
-    const char* const wanted = std::getenv("DAX_KILLS");
-    return wanted ? std::atoi(wanted) : usual;
-}
-
 #endif
+
+int Setting(const char* variable, int usual) {
+    const char* const value = std::getenv(variable);
+    return value ? std::atoi(value) : usual;
+}
 
 void EngineTest::SetUp() {
     DAX_NEEDS_ENGINE(GetParam());

@@ -44,16 +44,14 @@ struct Failure : Error {
 template <typename Action>
 Failure FailureOf(Action action) {
     const auto begin = std::chrono::steady_clock::now();
-    const auto seconds = [&] {
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    };
+    Error error(0, u"no error");
     try {
         action();
-    } catch (const Error& error) {
-        return {error, seconds()};
+        ADD_FAILURE() << "no error";
+    } catch (const Error& thrown) {
+        error = thrown;
     }
-    ADD_FAILURE() << "no error";
-    return {Error(0, u"no error"), seconds()};
+    return {error, std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count()};
 }
 
 // Of opening a connection, which then is not open.
@@ -102,9 +100,9 @@ void AwaitNoSessions(const TestDatabase& database);
 int StatusOfChild(const std::function<int()>& work);
 // This process is ended by a signal then: with what it has open, and in the midst of whatever it does.
 void EndAfter(long microseconds);
-// How often a test kills; DAX_KILLS, when it is set: many more by hand.
-int KillCount(int usual);
 #endif
+// A variable of the environment, where it is set: DAX_KILLS, DAX_FUZZ_INPUTS.
+int Setting(const char* variable, int usual);
 
 // A test that runs once for each engine, on a database of its own; skipped where there is no server.
 // INSTANTIATE_TEST_SUITE_P(Engines, MyTest, ::testing::ValuesIn(AllEngines()), EngineName);
