@@ -25,15 +25,14 @@ protected:
 TEST_F(LessonMap, IsBuiltWithTheDefaultMapFirstAndRepaired) {
     const struct {
         const char* maps;
-        int defaultMap; // index, -1 for none
+        int defaultMap; // index, 0 for none: then the first becomes it
         bool defaultOnly, isChanged;
         const char* tree;
         const char* stored;
     } cases[] = {
-        {"", -1, false, true, "key:", "key:"},
+        {"", 0, false, true, "key:", "key:"},
         {"A: a b( c ) | B: d", 0, false, false, "A: a b( c ) | B: d", "A: a b( c ) | B: d"},
         {"A: a | B: d", 1, false, false, "B: d | A: a", "A: a | B: d"},
-        {"A: a | B: d", -1, false, false, "A: a | B: d", "A: a | B: d"},
         {"A: a | B: d", 1, true, false, "B: d", "A: a | B: d"},
         {"A: a | A: b | A: c", 1, false, true, "A: b | A_1: a | A_2: c", "A_1: a | A: b | A_2: c"},
         {": a | key: b", 0, false, true, "key: a | key_1: b", "key: a | key_1: b"},
@@ -42,11 +41,8 @@ TEST_F(LessonMap, IsBuiltWithTheDefaultMapFirstAndRepaired) {
         {"A: a b( c ) | B: b( d ) a", 0, false, false, "A: a b( c ) | B: d", "A: a b( c ) | B: b( d ) a"},
     };
     for (const auto& [maps, defaultMap, defaultOnly, isChanged, shown, stored] : cases) {
-        const auto sample = MakeLesson("");
-        const auto source = MakeLesson(maps);
-        for (const auto& page : source->Storyboards()->All()) sample->Storyboards()->Add(page);
-        for (int32_t i = 0; i < source->Maps()->Count(); ++i) sample->Maps()->Add(source->Maps()->Item(i));
-        if (defaultMap >= 0) sample->Maps()->SetDefaultMap(sample->Maps()->Item(defaultMap));
+        const auto sample = MakeLesson(maps);
+        if (defaultMap > 0) sample->Maps()->SetDefaultMap(sample->Maps()->Item(defaultMap));
         EXPECT_EQ(Build(sample, defaultOnly), isChanged) << maps;
         EXPECT_EQ(Print(tree), shown) << maps;
         EXPECT_EQ(Print(*sample), stored) << maps;

@@ -9,7 +9,7 @@
 
 namespace dax::test {
 
-// A storyboard per word, titled "Title of WORD" with the identifier "ID-WORD"; the first map is the default one.
+// A storyboard per word, titled "Title of WORD" with the identifier "ID-WORD"; no map is the default one.
 inline std::shared_ptr<ContentLesson> MakeLesson(const std::string& text) {
     const auto lesson = std::make_shared<ContentLesson>();
     std::istringstream maps(text);
@@ -18,7 +18,6 @@ inline std::shared_ptr<ContentLesson> MakeLesson(const std::string& text) {
         words >> word;
         const auto map = std::make_shared<ContentMap>(FromUtf8(word.substr(0, word.find(':'))));
         lesson->Maps()->Add(map);
-        if (lesson->Maps()->Count() == 1) lesson->Maps()->SetDefaultMap(map);
         std::vector<LayoutEntry> layout;
         for (int32_t depth = 1; words >> word;) {
             if (word == ")") {
