@@ -73,9 +73,10 @@ TEST(ListModel, TellsItsWindowOfEveryChange) {
     for (const size_t index : {0, 1}) EXPECT_EQ(list.AddItem(u"a"), index);
     list.SetCell(1, 0, u"c");
     list.SetCell(0, 1, u"f");
+    list.SetCell(0, 3, u"g"); // a column more than the list has
     list.SetCell(1, 2, u"d");
     list.SetCell(1, -1, u"nothing");
-    EXPECT_EQ(std::exchange(window.told, {}), "columns items items items items items ");
+    EXPECT_EQ(std::exchange(window.told, {}), "columns items items items items items items ");
     const std::function<void()> quiet[] = {[&] { list.SetTag(1, 7); }, [&] { list.SetMark(1, u"m"); },
                                            [&] { list.SetSelected(1, true); }, [&] { list.BeginFilling(); },
                                            [&] { list.AddItem(u"e"); }};
@@ -92,7 +93,7 @@ TEST(ListModel, TellsItsWindowOfEveryChange) {
     for (size_t item = 0; item < 4; ++item) {
         for (size_t column = 0; column < 4; ++column) cells.append(list.Cell(item, column)) += u',';
     }
-    EXPECT_EQ(cells, u"a,f,,,c,,d,,e,,,,,,,,");
+    EXPECT_EQ(cells, u"a,f,,g,c,,d,,e,,,,,,,,");
     EXPECT_EQ(list.CellCount(1), 3u);
     list.ClearItems();
     EXPECT_EQ(window.told, "items ");

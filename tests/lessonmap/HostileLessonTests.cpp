@@ -123,6 +123,7 @@ protected:
     void ExpectUsable() {
         faults.countdown = -1;
         if (!editor) return;
+        ASSERT_FALSE(editor->IsDragging() && (editor->Locked() || !editor->AllowDragDrop()));
         lesson = MakeLesson("A: a( b ) | B:");
         editor->SetLesson(nullptr);
         editor->SetLocked(false);
@@ -183,6 +184,8 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
         {"rename", [this] { odd->first->ContentMap::SetName(u"R" + ToText(++added)); }},
         {"swap maps", [this] { odd->maps->SetDefaultMap(odd->second); }},
         {"images", [this] { editor->SetImageList(PictureKeys({u"_custom"})); }},
+        {"lock", [this] { editor->SetLocked(true); }},
+        {"forbid drags", [this] { editor->SetAllowDragDrop(false); }},
         {"release", [this] { editor.reset(), window.reset(); }},
     };
     // The editor may be released under way: only its own reference keeps it.
@@ -212,6 +215,7 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
              editor->OnClick({34, 30}, false), editor->OnTimer(TreeTimer::Checkstate);
          }},
         {"a failure", [&] { editor->TellFailures(u"Test", fail); }},
+        {"begin of a drag", [this] { DragTo(u"d", u"a"); }},
         {"drag",
          [this] {
              DragTo(u"d", u"a");
