@@ -16,7 +16,7 @@ TEST(LockRules, AgesReadAsAPersonSaysThem) {
     const std::pair<DateTime, Text> cases[] = {
         {{2026, 3, 1, 0, 0, 30}, u"0 seconds"},
         {{2026, 3, 1, 0, 0, 29}, u"1 second"},
-        {{2026, 2, 28, 23, 59, 29}, u"1 minute, 1 second"},
+        {{2026, 2, 28, 23, 59, 30}, u"1 minute, 0 seconds"},
         {{2026, 2, 28, 23, 55, 30}, u"5 minutes"},
         {{2026, 2, 28, 23, 0, 31}, u"59 minutes"},
         {{2026, 2, 28, 23, 0, 30}, u"1 hour, 0 minutes"},
