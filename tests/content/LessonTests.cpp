@@ -162,17 +162,11 @@ TEST(LessonText, RefusesWithTheLine) {
 // Nothing where a list should be, null in a list, and no more asked for than the list counts.
 TEST(LessonText, SavesAHostsLesson) {
     struct HostsMaps : ContentMaps {
-        std::shared_ptr<StoryboardMap> Item(int32_t index) const override {
-            if (index >= count) throw Error(9, u"There is no such element.");
-            return ContentMaps::Item(index);
-        }
         int32_t Count() const override { return count; }
         int32_t count = 1;
     };
     struct HostsPages : ContentStoryboards {
-        std::vector<std::shared_ptr<Storyboard>> All() const override {
-            return {nullptr, std::make_shared<ContentStoryboard>(u"s")};
-        }
+        std::vector<std::shared_ptr<Storyboard>> All() const override { return {nullptr, Page(u"s")}; }
     };
     struct HostsLesson : ContentLesson {
         std::shared_ptr<StoryboardMaps> Maps() const override { return maps; }
@@ -185,10 +179,12 @@ TEST(LessonText, SavesAHostsLesson) {
     lesson.maps = std::make_shared<HostsMaps>();
     lesson.maps->Add(std::make_shared<ContentMap>(u"a\rb"));
     const Text saved = u"lesson\t1\nstoryboard\ts\t\t\t\nmap\ta\\rb\n";
-    EXPECT_EQ(LessonText::Save(lesson), saved);
     EXPECT_EQ(Again(saved), saved);
-    lesson.maps->count = 3;
-    EXPECT_EQ(LessonText::Save(lesson), saved);
+    for (const int32_t count : {3, 1}) { // two that are not there; one too many
+        lesson.maps->count = count;
+        EXPECT_EQ(LessonText::Save(lesson), saved);
+        lesson.maps->Add(std::make_shared<ContentMap>(u"more"));
+    }
 }
 
 } // namespace
