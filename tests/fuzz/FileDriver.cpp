@@ -35,9 +35,7 @@ struct Course {
 
 class FileDriver {
 public:
-    // A line end at the end is the seed file's.
-    explicit FileDriver(Input input)
-        : bytes(!input.empty() && input.back() == '\n' ? input.first(input.size() - 1) : input) {
+    explicit FileDriver(Input input) : bytes(input) {
         static const Course courses[] = {{512, u"delete"}, {4096, u"delete"}, {1024, u"wal"}};
         const Course& course = bytes.OneOf(courses);
         std::string file = course.file, log = course.log;

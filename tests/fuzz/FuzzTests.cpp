@@ -16,8 +16,10 @@ namespace {
 std::vector<std::string> SeedsOf(const Target& target) {
     const std::filesystem::directory_iterator folder(std::filesystem::path(DAX_FUZZ_SEEDS) / target.name);
     std::vector<std::string> seeds;
-    for (const auto& file : std::set<std::filesystem::path>(begin(folder), end(folder)))
+    for (const auto& file : std::set<std::filesystem::path>(begin(folder), end(folder))) {
         seeds.push_back(test::ReadFile(file));
+        seeds.back().pop_back(); // the line's end
+    }
     return seeds;
 }
 

@@ -14,7 +14,6 @@ namespace {
 
 constexpr const char16_t* ids[] = {u"a", u"b", u"c", u"d", u"e", u"f", u"g", u"h", u"\u00E9\U0001D11E", u"it's", u" "};
 constexpr const char16_t* titles[] = {u"", u"O'Neil", u"\\;--#", u"\U0001D11E \u00E4", u"{fn ?}", u"#1/2/2000#"};
-constexpr const char16_t* elsewhere[] = {u"", u"none/such.db", u"Driver={none}", u"Provider=none;PWD=secret"};
 // A letter for each byte: add, update, remove, move, select, save or expand, load or clear.
 constexpr char actions[] = {'a', 'a', 'a', 'a', 'u', 'r', 'r', 'm', 'm', 'm', 'm', 's', 's', 'S', 'S', 'l'};
 constexpr int types[] = {ltGroup, ltLesson, ltUnknown, ltInvalid, ltDatabase, 7};
@@ -70,7 +69,7 @@ private:
     }
 
     void Finish() override {
-        if (Save()) Load();
+        if (Save() && control) Load();
     }
 
     void Do() override {
@@ -115,7 +114,8 @@ private:
             return bytes.Below(2) ? (void)Save() : editor.ExpandAll();
         default:
             if (const size_t which = bytes.Below(6); which > 1) return Load();
-            if (callsBack) return editor.SetConnectionString(bytes.OneOf(elsewhere));
+            if (callsBack)
+                return editor.SetConnectionString(bytes.Below(2) ? u"Provider=none;PWD=secret" : u"none/such.db");
             editor.Clear();
             model = loaded = {};
             current.clear();

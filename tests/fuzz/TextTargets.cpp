@@ -15,10 +15,8 @@ namespace dax::fuzz {
 
 namespace {
 
-// The input as a text: UTF-8, in which half a surrogate pair stands for what is none. A line end at the end is the
-// file's, not the text's.
+// The input as a text: UTF-8, in which half a surrogate pair stands for what is none.
 Text TextOf(Input input) {
-    if (!input.empty() && input.back() == '\n') input = input.first(input.size() - 1);
     Text text = FromUtf8({reinterpret_cast<const char*>(input.data()), input.size()});
     std::ranges::replace(text, u'\uFFFD', u'\xD83D');
     return text;

@@ -1,5 +1,7 @@
 #include "support/SilentServer.h"
 
+#include "data/ConnectionString.h"
+
 #ifndef _WIN32
 
 #include <algorithm>
@@ -14,11 +16,6 @@
 namespace dax::test {
 
 namespace {
-
-std::string PortIn(const Text& connectionString) {
-    const size_t begin = connectionString.find(u"Port=") + 5;
-    return ToUtf8(connectionString.substr(begin, connectionString.find(u';', begin) - begin));
-}
 
 sockaddr_in Loopback(int port) {
     sockaddr_in address{};
@@ -37,13 +34,19 @@ int ConnectTo(const std::string& port, int flags = 0) {
 
 } // namespace
 
-SilentServer::SilentServer(Kind kind) {
-    Listen(kind == Kind::Full ? 0 : 100);
+SilentServer::SilentServer(Kind kind) : listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_in address = Loopback(0);
+    socklen_t size = sizeof address;
+    if (bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
+        listen(listener, kind == Kind::Full ? 0 : 100) != 0 ||
+        getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0)
+        throw std::runtime_error("no port to listen on");
+    port = std::to_string(ntohs(address.sin_port));
     for (int i = 0; kind == Kind::Full && i < 4; ++i) fillers.push_back(ConnectTo(port, SOCK_NONBLOCK));
 }
 
-SilentServer::SilentServer(const Text& connectionString) : realPort(PortIn(connectionString)) {
-    Listen(100);
+SilentServer::SilentServer(const Text& connectionString) : SilentServer(Kind::Accepts) {
+    realPort = ToUtf8(ConnectionKeywords(connectionString).First({u"Port"}));
     thread = std::jthread([this](const std::stop_token& stop) { Serve(stop); });
 }
 
@@ -56,16 +59,6 @@ SilentServer::~SilentServer() {
 
 Text SilentServer::ThroughIt(const Text& connectionString, const Text& more) const {
     return connectionString + u";Port=" + FromUtf8(port) + u";" + more;
-}
-
-void SilentServer::Listen(int backlog) {
-    listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address = Loopback(0);
-    socklen_t size = sizeof address;
-    if (bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0 || listen(listener, backlog) != 0 ||
-        getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0)
-        throw std::runtime_error("no port to listen on");
-    port = std::to_string(ntohs(address.sin_port));
 }
 
 void SilentServer::FallSilentAt(std::string bytes, bool handedOn) {

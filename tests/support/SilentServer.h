@@ -43,7 +43,6 @@ private:
     struct Pair {
         int client, server;
     };
-    void Listen(int backlog);
     void Serve(const std::stop_token& stop);
     bool HandOn(int from, int to, bool isClients);
 

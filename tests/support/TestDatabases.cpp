@@ -1,6 +1,7 @@
 #include "support/TestDatabases.h"
 
 #include "base/Value.h"
+#include "data/Dialect.h"
 #include "data/Recordset.h"
 
 #include <chrono>
@@ -65,9 +66,7 @@ Failure FailureOfOpen(const Text& connectionString) {
 
 std::vector<Engine> AllEngines() { return {Engine::SQLite, Engine::PostgreSQL, Engine::MariaDB}; }
 
-std::string EngineName(const ::testing::TestParamInfo<Engine>& info) {
-    return info.param == Engine::SQLite ? "SQLite" : info.param == Engine::PostgreSQL ? "PostgreSQL" : "MariaDB";
-}
+std::string EngineName(const ::testing::TestParamInfo<Engine>& info) { return ToUtf8(DialectOf(info.param).name); }
 
 std::string SkipReason(Engine engine) {
     const char* variable = VariableOf(engine);
