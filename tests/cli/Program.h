@@ -1,11 +1,7 @@
-// Runs the real program "dax" as a process: the one that DAX_BIN names, or the one beside the test program.
+// Runs the real program "dax", which lies beside the test program, as a process.
 #pragma once
 
-#include "base/Text.h"
-
-#include <filesystem>
-#include <string>
-#include <vector>
+#include "support/TestDatabases.h"
 
 namespace dax::test {
 
@@ -15,6 +11,7 @@ struct Outcome {
 };
 
 std::filesystem::path ProgramPath();
+size_t CountFiles(const TempFolder& folder);
 
 // `input` is what the program reads from its standard input.
 Outcome RunDax(const std::vector<Text>& words, const std::string& input = {});
@@ -26,6 +23,7 @@ struct Said {
     std::string line;
     int exitCode;
     std::string said; // a part of what goes to either stream
+    std::string input = {};
 };
 void ExpectSaid(const Text& database, std::initializer_list<Said> cases);
 #ifndef _WIN32
