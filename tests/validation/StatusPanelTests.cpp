@@ -6,44 +6,33 @@
 
 namespace dax {
 
-namespace {
-
 using testing::ElementsAre;
 
-std::vector<int> TopsOf(const test::FakeSurface& surface) {
-    std::vector<int> tops;
-    for (const auto& line : surface.drawn) {
-        EXPECT_EQ(line.place.left, 42) << "beside the picture";
-        EXPECT_EQ(line.place.right, std::max(42, surface.Width()));
-        EXPECT_GE(line.place.bottom, line.place.top);
-        EXPECT_EQ((line.flags & DrawTextFlags::WordBreak) != 0, !line.isBold);
-        tops.push_back(line.place.top);
-    }
-    return tops;
-}
-
-} // namespace
-
-TEST(StatusPanel, ParagraphsStandBelowEachOther) {
+TEST(StatusPanel, ParagraphsStandBelowEachOtherAndALoneOneBesideThePicture) {
     const StatusDisplay display{u"title", Text(50, u'm'), u"detail", u"text", StatusPicture::Critical};
-    test::FakeSurface surface(200, 342), narrow(20, 30);
-    PaintStatusPanel(surface, display, {});
-    EXPECT_THAT(surface.Lines(), ElementsAre("*title", std::string(50, 'm'), "*detail", "text"));
+    const auto paint = [](const StatusDisplay& shown, int height, int width) {
+        test::FakeSurface surface(height, width);
+        surface.isBold = true; // as the one who painted before has left it
+        PaintStatusPanel(surface, shown, {});
+        EXPECT_FALSE(surface.isBold);
+        std::vector<std::string> lines;
+        for (const auto& line : surface.drawn) {
+            EXPECT_EQ(line.place.left, 42) << "beside the picture";
+            EXPECT_EQ(line.place.right, std::max(42, width));
+            EXPECT_GE(line.place.bottom, line.place.top);
+            EXPECT_EQ((line.flags & DrawTextFlags::WordBreak) != 0, !line.isBold);
+            lines.push_back((line.isBold ? "*" : "") + line.text + " " + std::to_string(line.place.top));
+        }
+        return lines;
+    };
     // A line of 16 and 4 below it; two lines for 50 letters on 300 pixels, and twice the height of a line less 4.
-    EXPECT_THAT(TopsOf(surface), ElementsAre(2, 22, 82, 102));
-    EXPECT_FALSE(surface.isBold);
-    PaintStatusPanel(narrow, display, {});
-    EXPECT_EQ(TopsOf(narrow).size(), 4u) << "also where there is no room";
-}
-
-TEST(StatusPanel, ALoneMessageIsCentredOnThePicture) {
-    test::FakeSurface surface(200);
-    surface.isBold = true; // as the one who painted before has left it
-    PaintStatusPanel(surface, {u"", u"validating", u"", u"", StatusPicture::Busy}, {});
-    EXPECT_THAT(surface.Lines(), ElementsAre("validating"));
-    EXPECT_THAT(TopsOf(surface), ElementsAre(10)); // 2 + (32 - 16) / 2
-    const StatusPanelMetrics usual, large = StatusPanelMetrics::ForDpi(144);
-    EXPECT_EQ(StatusPanelMetrics::ForDpi(96).columnGap, usual.columnGap);
+    EXPECT_THAT(paint(display, 200, 342),
+                ElementsAre("*title 2", std::string(50, 'm') + " 22", "*detail 82", "text 102"));
+    EXPECT_EQ(paint(display, 20, 30).size(), 4u) << "also where there is no room";
+    EXPECT_THAT(paint({u"", u"validating", u"", u"", StatusPicture::Busy}, 200, 400),
+                ElementsAre("validating 10")); // 2 + (32 - 16) / 2
+    const StatusPanelMetrics large = StatusPanelMetrics::ForDpi(144);
+    EXPECT_EQ(StatusPanelMetrics::ForDpi(96).columnGap, StatusPanelMetrics().columnGap);
     EXPECT_THAT((std::vector{large.pictureWidth, large.pictureHeight, large.margin, large.columnGap, large.titleGap}),
                 ElementsAre(48, 48, 3, 12, 6));
 }
