@@ -119,9 +119,6 @@ obey_cluster() {
         case $order in
         kill) end_process "$dir/node$node.pid" KILL ;;
         start) launch_node "$node" || result=failed ;;
-        pause) kill -STOP "$(cat "$dir/node$node.pid")" ;;
-        resume) kill -CONT "$(cat "$dir/node$node.pid")" ;;
-        bootstrap) node_sql "$node" "SET GLOBAL wsrep_provider_options='pc.bootstrap=YES'" || result=failed ;;
         *) fail "unknown order: $order" ;;
         esac
         say "$result"
