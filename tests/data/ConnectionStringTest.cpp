@@ -6,7 +6,6 @@
 #include "support/TestDatabases.h"
 
 namespace dax {
-
 namespace {
 
 using test::FailureOf;
@@ -263,5 +262,4 @@ TEST(ConnectionStringTest, WhatCannotBeServedSaysWhy) {
 }
 
 } // namespace
-
 } // namespace dax

@@ -20,7 +20,6 @@
 #endif
 
 namespace dax {
-
 namespace {
 
 using test::TestDatabase;
@@ -370,5 +369,4 @@ TEST(RowComparisonTest, FindsWhatDiffersInAnyOrder) {
 }
 
 } // namespace
-
 } // namespace dax

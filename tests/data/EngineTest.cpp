@@ -7,7 +7,6 @@
 #include "support/TestDatabases.h"
 
 namespace dax {
-
 namespace {
 
 using test::FailureOf;
@@ -355,5 +354,4 @@ TEST(OdbcErrorTest, DriversWordsBecomeNumbersAndAdvice) {
 }
 
 } // namespace
-
 } // namespace dax

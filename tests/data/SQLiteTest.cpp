@@ -2,6 +2,7 @@
 #include "base/Error.h"
 #include "data/Command.h"
 #include "data/Recordset.h"
+#include "data/sqlite/RepeatedStatement.h"
 #include "support/TestDatabases.h"
 
 #include <chrono>
@@ -17,7 +18,6 @@
 #endif
 
 namespace dax {
-
 namespace {
 
 namespace fs = std::filesystem;
@@ -198,35 +198,63 @@ TEST_F(SQLiteTest, ErrorsSayWhatHasHappenedToTheFile) {
 #endif
 }
 
-// The same statements once each on connections of their own, and all in a row, where they are compiled once.
+// What is compiled once for many values ("|": what may not be, since a number in it may be that of a column), and that
+// the same statements do the same once each on connections of their own and all in a row.
 TEST_F(SQLiteTest, StatementsThatRepeatDoWhatEachDoes) {
-    const std::vector<Text> forms = {
-        u"INSERT INTO t VALUES (#, '$', #, \"b\")",
-        u"INSERT INTO t (a, b) VALUES (-#, 'it''s $''')",
-        u"UPDATE t SET b = b || '$', c = # WHERE a = # OR a IN (SELECT a FROM t ORDER BY 1 LIMIT #)",
-        u"UPDATE t SET c = #.5, \"a#\" = '$' WHERE a >= # -- end",
-        u"UPDATE t SET d = x'0#', c = 0x1# WHERE a = #",
-        u"DELETE FROM t WHERE b = '$' OR a = # + 1000000000000000000#",
-        u"INSERT INTO missing VALUES (#)",
-        u"INSERT INTO t (a, b) VALUES (#, CAST(# AS varchar(5#)))",
-        u"UPDATE 't' SET 'b' = 'q#'  WHERE 'a' = '#'",
-        u"INSERT OR REPLACE INTO t (a, b) VALUES (7, '$') RETURNING a",
-        u"DELETE FROM t WHERE a = #; DELETE FROM t"};
+    const std::pair<Text, Text> cases[] = {
+        {u"INSERT INTO t VALUES (#, 'it''s $', -23, '', 5, \"b\", 7)",
+         u"INSERT INTO t VALUES (?, ?, -?, ?, ?, \"b\", ?)"},
+        {u"update t SET \"a1\" = #.5, [a2]=#, `a3` = '$' WHERE a >= 6 - 7/8",
+         u"update t SET \"a1\" = 1.5, [a2]=?, `a3` = ? WHERE a >= ? - ?/?"},
+        {u"UPDATE t SET b = b || '$', c = # WHERE a = # OR a IN (SELECT a FROM t ORDER BY 1 LIMIT #)",
+         u"UPDATE t SET b = b || ?, c = ? WHERE a = ? OR a IN (SELECT a FROM t ORDER BY ? LIMIT ?)|"},
+        {u"DELETE FROM t WHERE b = '$' OR a = # + 1000000000000000000#",
+         u"DELETE FROM t WHERE b = ? OR a = ? + 10000000000000000001"},
+        {u" DELETE FROM t WHERE a = 999999999999999999 OR a = #", u" DELETE FROM t WHERE a = ? OR a = ?"},
+        {u"INSERT INTO t (a, b) VALUES (#, CAST(# AS varchar(5#)))",
+         u"INSERT INTO t (a, b) VALUES (?, CAST(? AS varchar(?)))"},
+        {u"INSERT OR REPLACE INTO t (a, b) VALUES (7, '$') RETURNING a",
+         u"INSERT OR REPLACE INTO t (a, b) VALUES (?, ?) RETURNING a"},
+        {u"UPDATE 't' SET 'b' = 'q#'  WHERE 'a' = '#'", u"UPDATE ? SET ? = ?  WHERE ? = ?"},
+        {u"UPDATE t SET d = x'0#', c = 0x1# WHERE a = #", u""},
+        {u"DELETE FROM t WHERE a = 1e5 OR a = .5 OR a = 0x1f OR a = \u00E41", u""},
+        {u"INSERT INTO missing VALUES (#)", u"INSERT INTO missing VALUES (?)"},
+        {u"DELETE FROM by1 WHERE xBY = 1", u"DELETE FROM by1 WHERE xBY = ?"},
+        {u"DELETE FROM t WHERE by\n= 1", u"DELETE FROM t WHERE by\n= ?|"},
+        {u"UPDATE t SET \"\" = 1", u"UPDATE t SET \"\" = ?"},
+        {u"DELETE FROM t WHERE a = #; DELETE FROM t", u""},
+        {u"DELETE FROM t", u""},
+        {u"SELECT 1", u""},
+        {u"UPDATE t SET a = 'b'c", u""},
+        {u"UPDATE t SET a = 'b", u""},
+        {u"UPDATE t SET a = 'b''", u""},
+        {u"UPDATE t SET \"a = 1", u""},
+        {u"UPDATE t SET [a = 1", u""},
+        {u"UPDATE t SET a = 1 -- b", u""},
+        {u"UPDATE t SET a = 1 /* b */", u""},
+    };
+    const auto made = [](Text statement, const Text& digit) {
+        for (size_t at; (at = statement.find_first_of(u"#$")) != Text::npos;)
+            statement.replace(at, 1, statement[at] == u'#' ? digit : digit + u"漢" + digit);
+        return statement;
+    };
+    StatementShape shape;
+    for (const auto& [form, expected] : cases) {
+        const Text words = shape.Read(made(form, u"1")) ? shape.Words() + (shape.MayRepeat() ? u"" : u"|") : Text();
+        EXPECT_EQ(ToUtf8(words), ToUtf8(expected)) << ToUtf8(form);
+    }
+    for (const char16_t mark : TextView(u"?:@$#;\0", 7))
+        EXPECT_FALSE(shape.Read(Text(u"UPDATE t SET a = 1 ") + mark)) << ToUtf8(Text(1, mark));
     const auto run = [&](bool isInARow) {
-        database.Run({u"DROP TABLE IF EXISTS t", u"CREATE TABLE t (a INTEGER, b TEXT, c NUMERIC, d, a1, a2, a3)",
-                      u"INSERT INTO t (a, b) VALUES (1, 'one'), (2, 'two'), (3, '3')"});
-        Connection same;
-        same.Open(database.ConnectionString());
         std::string results;
-        for (const Text& form : forms) {
+        for (const auto& [form, expected] : cases) {
+            database.Run({u"DROP TABLE IF EXISTS t", u"CREATE TABLE t (a INTEGER, b TEXT, c NUMERIC, d, a1, a2, a3)",
+                          u"INSERT INTO t (a, b) VALUES (1, 'one'), (2, 'two'), (3, '3')"});
             for (const Text digit : {u"1", u"2", u"3", u"1"}) {
-                Text statement = form;
-                for (size_t at; (at = statement.find_first_of(u"#$")) != Text::npos;)
-                    statement.replace(at, 1, statement[at] == u'#' ? digit : digit + u"漢" + digit);
                 Connection own;
                 own.Open(database.ConnectionString());
                 try {
-                    results += std::to_string((isInARow ? same : own).Execute(statement)) + "\n";
+                    results += std::to_string((isInARow ? connection : own).Execute(made(form, digit))) + "\n";
                 } catch (const Error& error) {
                     results += error.what();
                 }
@@ -311,5 +339,4 @@ TEST_F(SQLiteTest, DataSourcesOpenTheirFiles) {
 #endif
 
 } // namespace
-
 } // namespace dax

@@ -10,7 +10,6 @@
 #include <future>
 
 namespace dax {
-
 namespace {
 
 using test::Failure;
@@ -142,7 +141,8 @@ TEST_P(ServerTest, OptionsOfTheHostSpoilNothing) {
     }
     if (isMariaDB) return;
     Connection reader; // lets no setting through as such
-    reader.Open(plain + u";ReadOnly=1;ConnSettings={SET standard_conforming_strings = off}");
+    database->Run({u"ALTER DATABASE " + database->Name() + u" SET standard_conforming_strings = off"});
+    reader.Open(plain + u";ReadOnly=1");
     EXPECT_TRUE(FailureOf([&] { reader.Execute(u"DELETE FROM t"); }).Tells("readonly"));
     // A server that does not read a backslash as told: its length is another here.
     database->Run({u"CREATE FUNCTION length(text) RETURNS integer LANGUAGE sql AS 'SELECT 1'"});
@@ -307,5 +307,4 @@ TEST_P(SilenceTest, WhileCancelling) {
 #endif
 
 } // namespace
-
 } // namespace dax

@@ -4,12 +4,10 @@
 #include "data/Constants.h"
 #include "data/Schema.h"
 #include "data/modDB.h"
-#include "data/sqlite/RepeatedStatement.h"
 
 #include <gmock/gmock.h>
 
 namespace dax {
-
 namespace {
 
 // That quotes are left alone whatever stands in them is tested with hostile inputs.
@@ -85,42 +83,6 @@ TEST(StatementTextTest, TheTableOfASimpleSelect) {
     for (const auto& [statement, table] : cases) EXPECT_EQ(ToUtf8(TableOf(statement)), ToUtf8(table));
 }
 
-// What may be compiled once for many values, and what is left alone.
-TEST(StatementTextTest, TheShapeOfARepeatedStatement) {
-    const std::pair<Text, Text> cases[] = {
-        {u"INSERT INTO t VALUES (1, 'it''s', -23, '')", u"INSERT INTO t VALUES (?, ?, -?, ?)"},
-        {u"update t1 SET \"a 1\" = 2.5, [b 2]=3, `c'4` = 5 WHERE d4e = 6 - 7/8",
-         u"update t1 SET \"a 1\" = 2.5, [b 2]=?, `c'4` = ? WHERE d4e = ? - ?/?"},
-        {u"DELETE FROM t WHERE a = '1'", u"DELETE FROM t WHERE a = ?"},
-        {u" DELETE FROM t WHERE a = 999999999999999999 OR 1", u" DELETE FROM t WHERE a = ? OR ?"},
-        {u"DELETE FROM t WHERE a = 1000000000000000000", u""},
-        {u"UPDATE t SET \"\" = 1", u"UPDATE t SET \"\" = ?"},
-        {u"DELETE FROM t WHERE a = 1e5 OR a = .5 OR a = 0x1f OR a = \u00E41", u""},
-        {u"DELETE FROM t WHERE a = 1 ORDER BY 2", u"DELETE FROM t WHERE a = ? ORDER BY ?|"},
-        {u"DELETE FROM by1 WHERE xBY = 1", u"DELETE FROM by1 WHERE xBY = ?"},
-        {u"DELETE FROM t WHERE by\n= 1", u"DELETE FROM t WHERE by\n= ?|"},
-        {u"DELETE FROM t", u""},
-        {u"SELECT 1", u""},
-        {u"UPDATE t SET a = x'00'", u""},
-        {u"UPDATE t SET a = 'b'c", u""},
-        {u"UPDATE t SET a = 'b", u""},
-        {u"UPDATE t SET a = 'b''", u""},
-        {u"UPDATE t SET \"a = 1", u""},
-        {u"UPDATE t SET [a = 1", u""},
-        {u"UPDATE t SET a = 1 -- b", u""},
-        {u"UPDATE t SET a = 1 /* b */", u""},
-    };
-    for (const auto& [statement, expected] : cases) {
-        StatementShape shape;
-        const Text words = shape.Read(statement) ? shape.Words() + (shape.MayRepeat() ? u"" : u"|") : Text();
-        EXPECT_EQ(ToUtf8(words), ToUtf8(expected)) << ToUtf8(statement);
-    }
-    for (const char16_t mark : TextView(u"?:@$#;\0", 7)) {
-        StatementShape shape;
-        EXPECT_FALSE(shape.Read(Text(u"UPDATE t SET a = 1 ") + mark)) << ToUtf8(Text(1, mark));
-    }
-}
-
 TEST(StatementTextTest, QuotesDatesAndErrorNumbers) {
     EXPECT_EQ(modDB::QuoteSQLString(u"O'Neil\\"), u"'O''Neil\\'");
     EXPECT_EQ(modDB::FormatSQLDate({2026, 3, 4, 5, 6, 7}, true), u"#2026/03/04 5:06:07#");
@@ -153,23 +115,21 @@ TEST(SchemaTextTest, WritesWhatCannotRunHereAsText) {
 }
 
 TEST(ConstantsTest, FormatsVersionAndPaths) {
-    const std::pair<ModuleConstants, Text> versions[] = {
-        {{3, 3, 42, u"beta  ", u""}, u"3.3 (Build 0042)  beta"},
-        {{3, 3, 0, u"", u""}, u"3.3 (Build 0000)"},
-        {{3, 3, 1234, u"x", u""}, u"3.3 (Build 1234)  x"},
-        {{10, 0, 12345, u"   ", u""}, u"10.0 (Build 12345)"},
+    const struct {
+        ModuleConstants module;
+        Text version, path;
+    } cases[] = {
+        {{3, 3, 42, u"beta  ", u"C:\\Program Files\\DAX\\x.ocx"}, u"3.3 (Build 0042)  beta", u"C:\\Program Files\\DAX"},
+        {{3, 3, 0, u"", u"C:\\x.ocx"}, u"3.3 (Build 0000)", u"C:\\"},
+        {{3, 3, 1234, u"x", u"\\\\server\\share\\x.ocx"}, u"3.3 (Build 1234)  x", u"\\\\server\\share"},
+        {{10, 0, 12345, u"   ", u"x.ocx"}, u"10.0 (Build 12345)", u""},
+        {{3, 4, 5, u"", u"/x.ocx"}, u"3.4 (Build 0005)", u"/"},
     };
-    for (const auto& [module, expected] : versions) EXPECT_EQ(module.OCXVersion(), expected);
-    const std::pair<Text, Text> paths[] = {
-        {u"C:\\Program Files\\DAX\\x.ocx", u"C:\\Program Files\\DAX"},
-        {u"C:\\x.ocx", u"C:\\"},
-        {u"\\\\server\\share\\x.ocx", u"\\\\server\\share"},
-        {u"x.ocx", u""},
-        {u"/x.ocx", u"/"},
-    };
-    for (const auto& [file, folder] : paths) EXPECT_EQ((ModuleConstants{0, 0, 0, u"", file}.OCXPath()), folder);
+    for (const auto& [module, version, path] : cases) {
+        EXPECT_EQ(module.OCXVersion(), version);
+        EXPECT_EQ(module.OCXPath(), path);
+    }
 }
 
 } // namespace
-
 } // namespace dax
