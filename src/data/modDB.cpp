@@ -64,7 +64,6 @@ bool TestOpenConnection(const Text& connectionString, int32_t& errorNumber, Text
     try {
         Connection connection;
         connection.Open(connectionString);
-        connection.Close();
         errorNumber = 0;
         errorDescription.clear();
         return true;

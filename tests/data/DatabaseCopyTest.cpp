@@ -212,36 +212,22 @@ protected:
 };
 INSTANTIATE_TEST_SUITE_P(Engines, CopyEndTest, ::testing::ValuesIn(test::AllEngines()), test::EngineName);
 
-TEST_P(CopyEndTest, FailsAndLeavesTheTargetAsItWas) {
-    for (const auto& missing : starts) {
-        Prepare(missing);
-        const Contents before = ContentsNow();
-        for (const int fatal : {1, 30, 60, 200}) { // in the midst of writing and of comparing, and before the end
-            Copying copy(from, *database);
-            EXPECT_EQ(copy.TakenTable(), missing.empty() ? u"" : u"velmoraLessons");
-            const auto stop = [calls = 0, fatal](size_t) mutable {
-                if (++calls == fatal) throw fatal;
-            };
-            try {
-                copy.Write(stop);
-                EXPECT_EQ(fatal, 200);
-            } catch (const int&) { // nothing of it stays
-            }
-        }
-        EXPECT_EQ(ContentsNow(), before);
-        if (missing.size() != 2 || database->Kind() != Engine::MariaDB) continue;
-        // What fails within the last step: another has made the same table meanwhile; one that exists takes no rows.
-        Copying copy(from, *database);
-        copy.Write([](size_t) {});
-        database->Run({u"CREATE TABLE talkPosts (a integer)", u"INSERT INTO talkPosts VALUES (7)"});
-        EXPECT_THAT(test::FailureOf([&] { copy.Finish(); }).what(), HasSubstr("already exists"));
-        EXPECT_FALSE(copy.IsInDoubt());
-        EXPECT_EQ(database->Ask(u"SELECT a FROM talkPosts"), u"7");
-        database->Run({u"DROP TABLE talkPosts", u"CREATE TRIGGER refuses BEFORE INSERT ON velmoraLessons FOR EACH ROW "
-                                                u"SIGNAL SQLSTATE '45000' SET MESSAGE_TEXT = 'No, thanks'"});
-        EXPECT_THAT(test::FailureOf([&] { Copying(from, *database).Do(); }).what(), HasSubstr("No, thanks"));
-        EXPECT_EQ(ContentsNow(), before);
-    }
+// What fails within the last step: another has made the same table meanwhile; a table takes no rows.
+TEST_P(CopyEndTest, FailsAtItsEndAndLeavesTheTargetAsItWas) {
+    if (GetParam() != Engine::MariaDB) return; // others have nothing to do then but to commit
+    Prepare(starts[1]);
+    const Contents before = ContentsNow();
+    Copying copy(from, *database);
+    EXPECT_EQ(copy.TakenTable(), u"velmoraLessons");
+    copy.Write([](size_t) {});
+    database->Run({u"CREATE TABLE talkPosts (a integer)", u"INSERT INTO talkPosts VALUES (7)"});
+    EXPECT_THAT(test::FailureOf([&] { copy.Finish(); }).what(), HasSubstr("already exists"));
+    EXPECT_FALSE(copy.IsInDoubt());
+    EXPECT_EQ(database->Ask(u"SELECT a FROM talkPosts"), u"7");
+    database->Run({u"DROP TABLE talkPosts", u"CREATE TRIGGER refuses BEFORE INSERT ON velmoraLessons FOR EACH ROW "
+                                            u"SIGNAL SQLSTATE '45000' SET MESSAGE_TEXT = 'No, thanks'"});
+    EXPECT_THAT(test::FailureOf([&] { Copying(from, *database).Do(); }).what(), HasSubstr("No, thanks"));
+    EXPECT_EQ(ContentsNow(), before);
 }
 
 #ifndef _WIN32

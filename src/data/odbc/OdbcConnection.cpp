@@ -5,6 +5,7 @@
 
 #include <array>
 #include <mutex>
+#include <utility>
 
 namespace dax {
 
@@ -98,11 +99,9 @@ void OdbcConnection::Commit() {
 }
 
 void OdbcConnection::Rollback() {
-    if (!inTransaction) return;
-    const SQLRETURN result = SQLEndTran(SQL_HANDLE_DBC, connection.Get(), SQL_ROLLBACK);
     // After any failure, what was not committed is lost, and autocommit may go on only when nothing is pending.
-    inTransaction = false;
-    CheckOdbc(result, SQL_HANDLE_DBC, connection.Get(), *dialect);
+    if (!std::exchange(inTransaction, false)) return;
+    CheckOdbc(SQLEndTran(SQL_HANDLE_DBC, connection.Get(), SQL_ROLLBACK), SQL_HANDLE_DBC, connection.Get(), *dialect);
     EndTransaction();
 }
 

@@ -94,15 +94,14 @@ Text WithAdvice(const Diagnostic& diagnostic, Engine engine) {
 }
 
 Text WithoutLayers(TextView message) {
-    while (!message.empty() && message.front() == u'[') {
+    while (message.starts_with(u'[')) {
         const size_t end = message.find(u']');
         if (end == TextView::npos) break;
         message.remove_prefix(end + 1);
     }
     constexpr TextView driversRemark = u";\nError while executing the query";
     if (message.ends_with(driversRemark)) message.remove_suffix(driversRemark.size());
-    while (!message.empty() && (message.back() == u'\n' || message.back() == u'\r')) message.remove_suffix(1);
-    return Text(TrimBlanks(message));
+    return Text(TrimBlanks(message.substr(0, message.find_last_not_of(u"\r\n") + 1)));
 }
 
 bool ReadRecord(SQLSMALLINT kind, SQLHANDLE handle, bool narrow, SQLSMALLINT record, Diagnostic& diagnostic) {

@@ -130,13 +130,11 @@ void OdbcRows::Load(size_t column) {
         buffer.whole.resize(whole);
     }
     // The next rows are likely to be as long.
-    const SQLLEN length = buffer.length;
-    if (length >= mostBytes || !statement.Owner().ReadsInAnyOrder()) return;
-    const SQLLEN bytes = std::max(usualBytes, length * 2 + unitSize);
+    if (buffer.length >= mostBytes || !statement.Owner().ReadsInAnyOrder()) return;
+    const SQLLEN bytes = std::max(usualBytes, buffer.length * 2 + unitSize);
     buffer.bytes.resize(static_cast<size_t>(bytes));
     statement.Check(SQLBindCol(statement.Handle(), static_cast<SQLUSMALLINT>(column + 1), valueType,
                                buffer.bytes.data(), bytes, &buffer.length));
-    buffer.length = length;
 }
 
 } // namespace dax

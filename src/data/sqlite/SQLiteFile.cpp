@@ -36,7 +36,7 @@ FileKind KindByContent(const Text& path) {
             SQLITE_OK &&
         file->pMethods->xFileSize(file, &size) == SQLITE_OK) {
         if (size == 0) kind = FileKind::Empty;
-        const int result = size == 0 ? SQLITE_OK : file->pMethods->xRead(file, head.data(), int{head.size()}, 0);
+        const int result = file->pMethods->xRead(file, head.data(), int{head.size()}, 0);
         const std::string_view text(head.data(), head.size());
         if ((result & 0xFF) == SQLITE_OK || result == SQLITE_IOERR_SHORT_READ) {
             if (text.starts_with("SQLite format 3")) kind = FileKind::SQLite;
