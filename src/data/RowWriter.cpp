@@ -4,6 +4,7 @@
 #include "data/Session.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace dax {
 
@@ -143,11 +144,7 @@ private:
                         : kind == RowField::Kind::Date   ? u"CAST(? AS timestamp[])"
                                                          : u"CAST(? AS text[])")
                 .append(u")");
-            const size_t length = arrays[i].size();
-            values.emplace_back(std::move(arrays[i]));
-            arrays[i] = Text();
-            arrays[i].reserve(
-                std::min(length + length / 4, mostUnitsOfArrays)); // the next rows are likely to be as long
+            values.emplace_back(std::exchange(arrays[i], Text()));
         }
         waiting = units = 0;
         statement->Start(text, std::move(values));
