@@ -139,6 +139,8 @@ TEST_F(SQLiteTest, WorkEndsInTimeOrWhenCancelled) {
     Expect(FailureOf([&] { limited.Execute(endless); }), ErrorNumbers::Timeout,
            "'" + ToUtf8(database.Name()) + "' was stopped because it took longer than 1 second");
     EXPECT_EQ(limited.Execute(u"SELECT 1"), 0); // has all its time
+    connection.Close();
+    connection.Open(u"Driver=SQLite3;Command Timeout=0;Database=" + database.Name()); // no limit
     std::atomic<bool> isDone = false;
     std::thread canceller([&] {
         while (!isDone) {
