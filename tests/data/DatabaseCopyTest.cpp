@@ -145,6 +145,9 @@ TEST_P(CopyTest, EveryValueArrivesAsItWas) {
 TEST_P(CopyTest, SaysWhatItCannotCopy) {
     const auto failure = [&] { return std::string(test::FailureOf([&] { Copying(*from, *to).Do(); }).what()); };
     EXPECT_THAT(failure(), HasSubstr("'FROM': It has none of the tables"));
+    Text same = from->ConnectionString(); // of a file in another spelling
+    if (from->Kind() == Engine::SQLite) same.insert(same.find_last_of(u"/\\"), u"/.");
+    EXPECT_THAT(test::FailureOf([&] { Copying(*from, same); }).what(), HasSubstr("is the source itself"));
     Make(*from, Schema::Database::Connector);
     from->Run({u"INSERT INTO velmoraDBUsers VALUES (7, 'юлия', 1)", u"INSERT INTO velmoraDBUserRights VALUES (7, 1, 2)",
                u"INSERT INTO velmoraConnectionHistory (username, machineName, lastConnect) VALUES ('a', 'B', "
