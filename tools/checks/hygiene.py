@@ -5,9 +5,8 @@ import re
 from project import BINARY, CODE, files, finish, includes, read
 
 LIMIT = 600  # lines of a file; sources aim at 500, headers at 120
-# Lines of tests (seeds and data do not count) to those of src and apps, in percent. The aim is a third, 33; until that is
-# reached, the number is lowered whenever the share has fallen, and never raised.
-SHARE = 43
+# Lines of tests (seeds and data do not count) to those of src and apps, in percent: at most a third.
+SHARE = 33
 # Written in pieces, so that this file does not hold what it looks for.
 WORDS = [
     (re.compile(r"(?<![\w.$}\"])/(?:wo" + r"rk|fa" + r"rm|ho" + r"me|ro" + r"ot)/\w"), "a path of one machine"),
