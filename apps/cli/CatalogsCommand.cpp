@@ -43,7 +43,7 @@ ExitCode Catalogs(const Arguments& arguments) {
         throw Refusal(u"The connection history takes no apostrophe in the user's or the machine's name. Leave "
                       u"--record out.");
     }
-    const auto list = std::make_shared<MemoryComboBox>();
+    const auto list = std::make_shared<ComboBox>();
     SQLDBPicker picker(list);
     Load(picker, *list, target, user, arguments.Value(u"--default"));
     const int chosen = list->ListIndex();
@@ -82,7 +82,7 @@ ExitCode Catalogs(const Arguments& arguments) {
 ExitCode Pick(const Arguments& arguments) {
     const Target target = ParseTarget(arguments);
     const Text user = arguments.Value(u"--user"), catalog = arguments.Value(u"--catalog");
-    const auto list = std::make_shared<MemoryComboBox>();
+    const auto list = std::make_shared<ComboBox>();
     SQLDBPicker picker(list);
     Load(picker, *list, target, user, catalog);
     if (!catalog.empty() && picker.DBCatalog() != catalog) {

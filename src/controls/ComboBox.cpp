@@ -2,12 +2,12 @@
 
 namespace dax {
 
-void MemoryComboBox::Clear() {
+void ComboBox::Clear() {
     items.clear();
     listIndex = -1;
 }
 
-void MemoryComboBox::SetListIndex(int index) {
+void ComboBox::SetListIndex(int index) {
     listIndex = index >= 0 && index < ListCount() ? index : -1;
     Click.Raise();
 }

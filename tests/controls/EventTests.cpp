@@ -41,7 +41,7 @@ TEST(Event, AListenerMayDestroyItsOwner) {
 }
 
 TEST(ComboBox, FindsTheFirstExactEntry) {
-    MemoryComboBox list;
+    ComboBox list;
     EXPECT_EQ(modGeneric::FindComboIndex(list, u"b"), -1);
     for (const Text item : {u"a", u"B", u"b", u"b"}) list.AddItem(item);
     for (const auto& [text, index] : {std::pair(u"a", 0), {u"b", 2}, {u"", -1}})

@@ -40,7 +40,7 @@ protected:
     }
     std::vector<std::string> Take() { return std::exchange(heard, {}); }
 
-    const std::shared_ptr<MemoryComboBox> list = std::make_shared<MemoryComboBox>();
+    const std::shared_ptr<ComboBox> list = std::make_shared<ComboBox>();
     SQLDBPicker picker{list};
     std::vector<std::string> heard;
 };

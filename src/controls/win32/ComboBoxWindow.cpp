@@ -49,22 +49,22 @@ const Text& ComboBoxWindow::ShownText() const {
 }
 
 void ComboBoxWindow::Clear() {
-    MemoryComboBox::Clear();
+    ComboBox::Clear();
     if (handle && !sample) SendMessageW(handle, CB_RESETCONTENT, 0, 0);
 }
 
 void ComboBoxWindow::AddItem(const Text& text) {
-    MemoryComboBox::AddItem(text);
+    ComboBox::AddItem(text);
     if (handle && !sample) SendMessageW(handle, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Wide(text)));
 }
 
 void ComboBoxWindow::SetListIndex(int index) {
     if (handle && !sample) SendMessageW(handle, CB_SETCURSEL, static_cast<WPARAM>(index), 0);
-    MemoryComboBox::SetListIndex(index);
+    ComboBox::SetListIndex(index);
 }
 
 void ComboBoxWindow::SetEnabled(bool enabled) {
-    MemoryComboBox::SetEnabled(enabled);
+    ComboBox::SetEnabled(enabled);
     if (handle) EnableWindow(handle, enabled);
 }
 
@@ -75,7 +75,7 @@ void ComboBoxWindow::HandleNotification(int code) {
     // Leaving an open list by Escape puts the former entry back without CBN_SELCHANGE.
     const bool isPutBack = code == CBN_SELENDCANCEL && selected != listIndex;
     if (code != CBN_SELCHANGE && !isPutBack) return;
-    MemoryComboBox::SetListIndex(selected);
+    ComboBox::SetListIndex(selected);
 }
 
 // Up to a dozen entries are shown, as wide as the widest.

@@ -8,7 +8,7 @@
 
 namespace dax {
 
-class ComboBoxWindow : public MemoryComboBox {
+class ComboBoxWindow : public ComboBox {
 public:
     // The window belongs to its parent and goes with it; the list stays. The parent forwards its messages.
     HWND Create(HWND parent);
