@@ -1,6 +1,6 @@
 // Each control in a host of our own: its place, focus, keys and pictures, what the host keeps of it, and every way to
 // release it, inside events and calls too.
-#include "ControlCases.h"
+#include "ControlHost.h"
 
 #include <algorithm>
 #include <cmath>

@@ -20,11 +20,6 @@ public:
         Run({LockRow(u"a", u"ann", u"P1", 1), LockRow(u"b", u"ann", u"P2", 2), LockRow(u"c", u"bob", u"P3", 1),
              LockRow(u"c", u"bob", u"P4", 1), LockRow(u"d", u"bob", u"P5", 4), LockRow(u"gone", u"ann", u"P6", 1)});
     }
-    // The rows below a parent, in their order.
-    Text Below(const Text& parent) const {
-        return Ask(u"SELECT group_concat(lessonID, ' ') FROM (SELECT lessonID FROM velmoraLessons WHERE parentID = '" +
-                   parent + u"' ORDER BY sortPosition)");
-    }
 };
 
 // "admin" is a super user, "anna" may write to the catalog "course" only, "nobody" has no rights.

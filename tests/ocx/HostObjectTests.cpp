@@ -1,5 +1,5 @@
 // Objects that a host passes to the controls and to a lesson: what is asked of them, and what comes of those that fail.
-#include "ControlCases.h"
+#include "ControlHost.h"
 
 #include <commctrl.h>
 

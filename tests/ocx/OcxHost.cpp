@@ -2,9 +2,6 @@
 
 #include "support/TestDatabases.h"
 
-#include <fstream>
-#include <iterator>
-
 namespace dax::test {
 
 std::wstring BinFolder() {
@@ -130,14 +127,10 @@ Outcome RunProgram(const wchar_t* program, const std::wstring& arguments) {
     const std::wstring output = (folder.Path() / "output").wstring(), errors = (folder.Path() / "errors").wstring();
     const std::wstring file = (std::filesystem::path(BinFolder()) / program).wstring();
     const std::wstring line = L"\"" + file + L"\" " + arguments + L" >\"" + output + L"\" 2>\"" + errors + L"\"";
-    const auto contents = [](const std::wstring& path) {
-        std::ifstream stream(std::filesystem::path(path), std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(stream), {});
-    };
     Outcome outcome;
     outcome.code = _wsystem((L"\"" + line + L"\"").c_str());
-    outcome.output = contents(output);
-    outcome.errors = contents(errors);
+    outcome.output = ReadFile(output);
+    outcome.errors = ReadFile(errors);
     std::erase(outcome.output, '\r');
     return outcome;
 }

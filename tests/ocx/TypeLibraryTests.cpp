@@ -1,8 +1,9 @@
 // What compilers of hosts see: the type libraries inside the files, member by member, against checked-in snapshots.
 #include "OcxHost.h"
 
+#include "support/TestDatabases.h"
+
 #include <fstream>
-#include <iterator>
 #include <sstream>
 
 namespace dax::test {
@@ -117,9 +118,7 @@ TEST_F(TypeLibraryTest, IsTheOneThatHostsWereCompiledAgainst) {
         ComPtr<ITypeLib> library;
         ASSERT_HRESULT_SUCCEEDED(LoadTypeLibEx((BinFolder() + file).c_str(), REGKIND_NONE, library.Out()));
         const std::string actual = Written(library.Get());
-        std::ifstream stream(DataFile(snapshot), std::ios::binary);
-        const std::string expected{std::istreambuf_iterator<char>(stream), {}};
-        if (actual == expected) continue;
+        if (actual == ReadFile(DataFile(snapshot))) continue;
         const auto path = DataFile(std::wstring(snapshot) + L".actual");
         std::ofstream(path, std::ios::binary) << actual;
         ADD_FAILURE() << "the type library has changed; what it is now stands in " << path;
