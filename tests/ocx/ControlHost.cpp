@@ -152,7 +152,7 @@ TestSite::~TestSite() {
     if (IsWindow(window)) DestroyWindow(window);
 }
 
-HRESULT TestSite::Count(const char* call) {
+HRESULT TestSite::Count(const std::string& call) {
     ++calls[call];
     if (const auto listener = onCall) listener(call);
     return S_OK;

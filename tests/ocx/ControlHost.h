@@ -13,7 +13,8 @@ namespace dax::test {
 class TestSite final : public StackObject<Implements<IOleClientSite, IID_IOleClientSite>,
                                           Implements<IOleInPlaceSite, IID_IOleInPlaceSite, IID_IOleWindow>,
                                           Implements<IOleControlSite, IID_IOleControlSite>,
-                                          Implements<IOleInPlaceFrame, IID_IOleInPlaceFrame, IID_IOleInPlaceUIWindow>> {
+                                          Implements<IOleInPlaceFrame, IID_IOleInPlaceFrame, IID_IOleInPlaceUIWindow>,
+                                          Implements<IPropertyNotifySink, IID_IPropertyNotifySink>> {
 public:
     TestSite(); // with a window, about 400 by 300 pixels inside
     ~TestSite();
@@ -72,11 +73,14 @@ public:
     STDMETHODIMP SetStatusText(LPCOLESTR) override { return S_OK; }
     STDMETHODIMP EnableModeless(BOOL) override { return S_OK; }
     STDMETHODIMP TranslateAccelerator(MSG*, WORD) override { return S_FALSE; }
+    // IPropertyNotifySink
+    STDMETHODIMP OnChanged(DISPID dispid) override { return Count("OnChanged " + std::to_string(dispid)); }
+    STDMETHODIMP OnRequestEdit(DISPID) override { return S_OK; }
     // IDispatch: the ambient properties
     STDMETHODIMP Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*, UINT*) override;
 
 private:
-    HRESULT Count(const char* call);
+    HRESULT Count(const std::string& call);
 };
 
 // Something for every control to show.

@@ -63,7 +63,7 @@ private:
                 done = {failure.code, {}, failure.description, u""};
             }
             if (SUCCEEDED(done.code)) done.value.MoveTo(result);
-            if (SUCCEEDED(done.code) || done.description.empty() || !exception) return done.code;
+            if (SUCCEEDED(done.code) || !exception) return done.code;
             *exception = {};
             exception->scode = done.code;
             exception->bstrDescription = ToBstr(done.description);
@@ -140,17 +140,15 @@ TEST_F(HostObjectTest, EveryFailureOfALessonIsAnError) {
                     if (fault == Misusing && called == "Item") Call(control, L"Refresh");
                     return fault == Endless ? Variant(INT32_MAX) : fault == Words ? Variant(u"words") : Variant();
                 };
+                const auto find = [&] { Call(control, L"FindNextSBID", {u"x", 1, false, true}); };
+                const auto remove = [&] { Call(control, L"RemoveStoryboard", {page, true}); };
                 const std::function<void()> actions[] = {
                     [&] { SetLesson(lesson); },
                     [&] { Put(control, L"CurrentSBID", u"b"); },
                     [&] { Call(control, L"MoveCurrent", {5}); },
-                    [&] {
-                        Call(control, L"FindNextSBID", {u"x", 1, false, true});
-                    },
                     [&] { Get(control, L"OrphanedStoryboards"); },
-                    [&] {
-                        Call(control, L"RemoveStoryboard", {page, true});
-                    },
+                    find,
+                    remove,
                 };
                 int failures = 0;
                 for (const auto& action : actions) failures += FAILED(CodeOf(action));

@@ -12,13 +12,9 @@ namespace {
 
 class TypeLibraryTest : public OcxTest {};
 
-struct Named {
-    std::string name, help;
-};
-
-// Of a type or one of its members; or of a library or one of its types.
+// The name and the help of a type or one of its members; or of a library or one of its types.
 template <typename Described, typename Number>
-Named NameOf(Described* described, Number number) {
+std::pair<std::string, std::string> NameOf(Described* described, Number number) {
     Bstr name, help;
     described->GetDocumentation(number, name.Out(), help.Out(), nullptr, nullptr);
     return {ToUtf8(FromBstr(name.Get())), ToUtf8(FromBstr(help.Get()))};
@@ -35,7 +31,7 @@ std::string TypeName(ITypeInfo* type, const TYPEDESC& description) {
     if (description.vt != VT_USERDEFINED) return "vt" + std::to_string(description.vt);
     ComPtr<ITypeInfo> referred;
     if (FAILED(type->GetRefTypeInfo(description.hreftype, referred.Out()))) return "?";
-    return NameOf(referred.Get(), MEMBERID_NIL).name;
+    return NameOf(referred.Get(), MEMBERID_NIL).first;
 }
 
 void WriteFunction(std::ostream& out, ITypeInfo* type, const FUNCDESC& function) {
@@ -59,7 +55,7 @@ void WriteFunction(std::ostream& out, ITypeInfo* type, const FUNCDESC& function)
         if (description.wParamFlags & PARAMFLAG_FHASDEFAULT) // what a compiler puts in for an argument that is left out
             out << " default " << ToUtf8(FromWide(DescribeValue(description.pparamdescex->varDefaultValue)));
     }
-    out << ") \"" << NameOf(type, function.memid).help << "\"\n";
+    out << ") \"" << NameOf(type, function.memid).second << "\"\n";
 }
 
 void WriteType(std::ostream& out, ITypeInfo* type) {
@@ -71,7 +67,7 @@ void WriteType(std::ostream& out, ITypeInfo* type) {
     for (UINT i = 0; i < attributes->cVars; ++i) {
         VARDESC* variable = nullptr;
         type->GetVarDesc(i, &variable);
-        out << "  value " << NameOf(type, variable->memid).name;
+        out << "  value " << NameOf(type, variable->memid).first;
         if (variable->varkind == VAR_CONST) out << " = " << variable->lpvarValue->lVal;
         out << '\n';
         type->ReleaseVarDesc(variable);
@@ -89,7 +85,7 @@ void WriteType(std::ostream& out, ITypeInfo* type) {
         type->GetRefTypeOfImplType(i, &reference);
         type->GetImplTypeFlags(i, &flags);
         type->GetRefTypeInfo(reference, implemented.Out());
-        out << "  implements " << NameOf(implemented.Get(), MEMBERID_NIL).name << " flags " << flags << '\n';
+        out << "  implements " << NameOf(implemented.Get(), MEMBERID_NIL).first << " flags " << flags << '\n';
     }
     type->ReleaseTypeAttr(attributes);
 }
@@ -100,7 +96,7 @@ std::string Written(ITypeLib* library) {
     TLIBATTR* attributes = nullptr;
     library->GetLibAttr(&attributes);
     out << "library " << GuidText(attributes->guid) << ' ' << attributes->wMajorVerNum << '.'
-        << attributes->wMinorVerNum << " \"" << NameOf(library, -1).help << "\"\n";
+        << attributes->wMinorVerNum << " \"" << NameOf(library, -1).second << "\"\n";
     library->ReleaseTLibAttr(attributes);
     for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
         ComPtr<ITypeInfo> type;
