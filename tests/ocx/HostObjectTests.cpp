@@ -19,8 +19,6 @@ public:
     std::function<std::optional<Variant>(const std::string& member, const Arguments& arguments)> instead;
     std::string missing; // a member that no object has
 
-    HostObjects() = default;
-    HostObjects(const HostObjects&) = delete;
     ~HostObjects() { EXPECT_TRUE(living.empty()) << "the library still refers to a host's object"; }
 
     // The same object for the same real one, and for itself. Null: an object that has every member, all of them done by
@@ -153,12 +151,12 @@ TEST_F(HostObjectTest, EveryFailureOfALessonIsAnError) {
                 int failures = 0;
                 for (const auto& action : actions) failures += FAILED(CodeOf(action));
                 const bool isNoticed = fault == Failing || (fault == Missing && member != "_NewEnum") ||
-                                       (fault == Misusing && member == "FillTree");
+                                       (fault == Misusing && member == "FillTree") ||
+                                       (fault == Endless && member == "Count");
                 EXPECT_TRUE(failures > 0 || !isNoticed) << where;
                 // Whatever it has been through, the editor works as ever.
                 host.missing.clear();
                 host.instead = nullptr;
-                SetLesson(nullptr);
                 SetLesson(Lesson());
                 Put(control, L"CurrentSBID", u"b");
                 EXPECT_EQ(Shown(), "M (2);M (2)\\title a;M (2)\\title b;N (1);N (1)\\title c;") << where;

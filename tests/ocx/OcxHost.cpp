@@ -16,11 +16,7 @@ HRESULT CallLibrary(const wchar_t* file, const char* entryPoint) {
     return found ? reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(found)() : E_NOTIMPL;
 }
 
-namespace {
-
 constexpr const wchar_t* Libraries[] = {L"daxControls33.ocx", L"contentObjects.dll"};
-
-} // namespace
 
 void Register(bool isRegistered) {
     const char* const entryPoint = isRegistered ? "DllRegisterServer" : "DllUnregisterServer";
