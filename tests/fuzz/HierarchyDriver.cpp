@@ -4,7 +4,6 @@
 #include "tree/ReferenceTree.h"
 
 #include <algorithm>
-#include <ranges>
 #include <set>
 #include <string_view>
 
@@ -39,7 +38,8 @@ struct Model : test::ReferenceTree {
     // finds the row of an entry that was removed and added again.
     bool SaveFails(const Model& saved) const {
         const auto breaks = [](const Text& id) { return id.find(u'\'') != Text::npos; };
-        return std::ranges::any_of(parents | std::views::keys, breaks) || std::ranges::any_of(deleted, breaks) ||
+        return std::ranges::any_of(parents, breaks, &std::pair<const Text, Text>::first) ||
+               std::ranges::any_of(deleted, breaks) ||
                std::ranges::any_of(added, [&](const Text& id) { return saved.Has(id); });
     }
 };
