@@ -1,7 +1,6 @@
 #include "locks/LockManager.h"
 
 #include "base/modGeneric.h"
-#include "data/modDB.h"
 #include "locks/LockQueries.h"
 #include "locks/LockRules.h"
 
@@ -89,9 +88,7 @@ struct LockManager::CellColumns {
 // One run of Refresh or DeleteSelected: does its statements one by one and asks the host about each that fails.
 class LockManager::Operation {
 public:
-    struct Leave {
-        bool isAbort;
-    };
+    struct Leave {};
 
     // `filled` is the list in the middle of whose filling the operation is; null for none.
     Operation(LockManager& manager, Text occasion, Text routine, std::shared_ptr<ListModel> filled = {})
@@ -113,7 +110,7 @@ public:
             if (!error) return true;
             const int32_t action = Ask(*error);
             if (action == actIgnore) return false;
-            if (action != actRetry) throw Leave{action == actAbort};
+            if (action != actRetry) throw Leave{}; // what is open then closes
         }
     }
 
@@ -130,7 +127,7 @@ private:
 
     // A host's code may have run: in an event, or in its collection.
     void RequireCurrent() const {
-        if (!started.IsCurrent()) throw Leave{false};
+        if (!started.IsCurrent()) throw Leave{};
     }
 
     LockManager& manager;
@@ -211,8 +208,7 @@ void LockManager::Refresh() {
             operation.Do([&] { recordset.MoveNext(); });
         }
         operation.Do([&] { recordset.Close(); });
-    } catch (const Operation::Leave& leave) {
-        if (leave.isAbort) modDB::CloseConnectionObjects(&recordset, nullptr, false);
+    } catch (const Operation::Leave&) {
         return;
     }
     SelectionChanged.Raise(SelectedLockDeleteType());
@@ -302,8 +298,7 @@ void LockManager::DeleteSelected() {
         }
         if (wasDeleted) operation.Do([&] { connection.CommitTrans(); });
         operation.Do([&] { connection.Close(); });
-    } catch (const Operation::Leave& leave) {
-        if (leave.isAbort) modDB::CloseConnectionObjects(nullptr, &connection, true);
+    } catch (const Operation::Leave&) {
         return; // leaving closes the connection, which rolls back what was not committed
     }
     if (wasDeleted) Refresh();

@@ -76,6 +76,7 @@ TEST_F(LockManagerTest, ListsFiltersAndCounts) {
     EXPECT_EQ(Column(u"title"), "Birds|Ants|Animals|(deleted)");
     EXPECT_EQ(Column(u"age"), "1 hour, 0 minutes|42 seconds|1 hour, 0 minutes|1 hour, 0 minutes");
     EXPECT_EQ(Column(u"locktype"), "editing lesson|reading lesson|closed|editing guide");
+    EXPECT_THAT(Column(u"lockdate"), HasSubstr("11:59:18"));
     EXPECT_EQ(Column(u"ip"), "10.0.0.1|10.0.0.1|10.0.0.1|10.0.0.1");
     EXPECT_EQ(selections, std::vector{ldtNoDelete});
     const auto counts = [this] {
@@ -138,6 +139,9 @@ TEST_F(LockManagerTest, ColumnsSortAndAreRebuilt) {
     manager.KeyDown(46);
     EXPECT_EQ(requests, std::vector{ldtCanDelete});
     EXPECT_EQ(LocksLeft(), u"2");
+    manager.connectionString = u"none/such.db";
+    manager.RebuildDisplay(false);
+    EXPECT_EQ(manager.LockCount(), 0) << "nothing stays of the display before";
 }
 
 TEST_F(LockManagerTest, EachAnswerToANullUserEndsAsDocumented) {
