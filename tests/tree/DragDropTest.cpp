@@ -152,11 +152,6 @@ TEST_F(TreeInput, WhatBeginsADrag) {
     ExpectTold("");
     Drag(q, window.At(p1));
     window.Told();
-    window.MoveTo(window.At(r));
-    support.OnMouseDown(); // during a drag
-    support.BeginDrag();
-    EXPECT_EQ(support.DraggedNode(), &q);
-    EXPECT_FALSE(support.ShouldBeginDrag());
     support.Bind(nullptr, nullptr);
     ExpectTold("stop stop end - light:");
     support.OnMouseDown();
