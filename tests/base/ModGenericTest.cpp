@@ -171,14 +171,13 @@ TEST(ModGenericTest, LooksAtFiles) {
     using std::filesystem::perms;
     const perms writing = perms::owner_write | perms::group_write | perms::others_write;
     for (const Text name : {u"plain.db", u"inner"}) {
-        const std::filesystem::path path(folder.File(name));
+        const Text path = folder.File(name);
         std::filesystem::permissions(path, writing, std::filesystem::perm_options::remove);
         if ((std::filesystem::status(path).permissions() & writing) != perms::none) continue; // Wine: no such folders
-        EXPECT_TRUE(IsFileReadOnly(folder.File(name))) << ToUtf8(name);
-        EXPECT_TRUE(IsFileReadOnly(folder.File(name.substr(0, 3) + u"*")));
-        EXPECT_EQ(FileExists(folder.File(name)), name == u"plain.db");
+        EXPECT_TRUE(IsFileReadOnly(path) && IsFileReadOnly(folder.File(name.substr(0, 3) + u"*"))) << ToUtf8(name);
+        EXPECT_EQ(FileExists(path), name == u"plain.db");
         std::filesystem::permissions(path, perms::owner_write, std::filesystem::perm_options::add);
-        EXPECT_FALSE(IsFileReadOnly(folder.File(name)));
+        EXPECT_FALSE(IsFileReadOnly(path));
     }
 }
 
@@ -186,8 +185,7 @@ TEST(ModGenericTest, MakesFileNamesAndPlurals) {
     EXPECT_EQ(MakeValidFileName(u"a\\b/c:d*e?f\"g<h>i|j", u"_"), u"a_b_c_d_e_f_g_h_i_j");
     EXPECT_EQ(MakeValidFileName(u"//", u""), u"");
     // In that order: what a replacement brings in is replaced when its turn comes later, and only then.
-    EXPECT_EQ(MakeValidFileName(u"\\", u"/"), u"/");
-    EXPECT_EQ(MakeValidFileName(u"\\", u":"), u":");
+    for (const Text later : {u"/", u":"}) EXPECT_EQ(MakeValidFileName(u"\\", later), later);
     EXPECT_EQ(MakeValidFileName(u"/\\", u"\\|"), u"\\\\|\\\\|");
     for (const long count : {0, 1, -1, 2}) EXPECT_EQ(Pluralize(u"lesson", count), count == 1 ? u"lesson" : u"lessons");
 }

@@ -39,8 +39,7 @@ private:
 };
 
 // A broken promise; what a fuzzer is after.
-class Finding : public std::runtime_error {
-public:
+struct Finding : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 

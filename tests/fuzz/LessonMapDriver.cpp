@@ -139,10 +139,7 @@ private:
         RequireEqual(model.checked, should.checked, "what is checked");
     }
 
-    void Do() override {
-        known = Known::Nothing;
-        known = Done(bytes.OneOf(actions));
-    }
+    void Do() override { known = Done(bytes.OneOf(actions)); }
 
     Known Done(char action) {
         switch (action) {
