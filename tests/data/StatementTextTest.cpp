@@ -112,6 +112,8 @@ TEST(SchemaTextTest, WritesWhatCannotRunHereAsText) {
         EXPECT_THAT(server, HasSubstr(part));
     EXPECT_THAT(ToUtf8(Schema::Script(Database::Content, Engine::MariaDB)), HasSubstr("lower_case_table_names=1"));
     EXPECT_THROW(Schema::CreateStatements(Database::Content, Engine::Other), Error);
+    for (const Schema::Table& table : Schema::Tables(Database::Content))
+        EXPECT_EQ(table.isOptional, table.name.starts_with(u"talk")) << ToUtf8(table.name);
 }
 
 TEST(ConstantsTest, FormatsVersionAndPaths) {
