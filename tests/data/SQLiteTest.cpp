@@ -136,8 +136,17 @@ TEST_F(SQLiteTest, WorkEndsInTimeOrWhenCancelled) {
     const Text endless = u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT max(i) FROM n";
     Connection limited;
     limited.Open(u"Provider=Microsoft.Jet.OLEDB.4.0;Command Timeout=1;Data Source=" + database.Name());
-    Expect(FailureOf([&] { limited.Execute(endless); }), ErrorNumbers::Timeout,
+    Recordset idle;
+    idle.Open(u"SELECT 1", limited);
+    std::thread other([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        idle.Cancel(); // ends nothing but its own work
+    });
+    const Failure late = FailureOf([&] { limited.Execute(endless); });
+    other.join();
+    Expect(late, ErrorNumbers::Timeout,
            "'" + ToUtf8(database.Name()) + "' was stopped because it took longer than 1 second");
+    EXPECT_GT(late.seconds, 0.9);
     EXPECT_EQ(limited.Execute(u"SELECT 1"), 0); // has all its time
     connection.Close();
     connection.Open(u"Driver=SQLite3;Command Timeout=0;Database=" + database.Name()); // no limit
