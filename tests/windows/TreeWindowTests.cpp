@@ -1,6 +1,7 @@
 // The tree's window in both controls: it shows what its model holds, whatever is done to it, and in the same place.
 #include "data/Schema.h"
 #include "support/TestDatabases.h"
+#include "tree/win32/TreeStyle.h"
 #include "windows/TreeControlHost.h"
 
 #include <random>
@@ -276,6 +277,13 @@ TEST(TreeWindow, TheSelectionStaysVisibleWithoutTheFocus) {
             EXPECT_TRUE((color == COLOR_HIGHLIGHT) == hasFocus ? count > 200 : count == 0) << count;
         }
     }
+    constexpr INT elements[] = {COLOR_3DHIGHLIGHT, COLOR_3DDKSHADOW};
+    const COLORREF former[] = {GetSysColor(elements[0]), GetSysColor(elements[1])};
+    const COLORREF alike[] = {RGB(0xC0, 0xC0, 0xC0), RGB(0xFF, 0xFF, 0xFF)}; // as in high contrast
+    ASSERT_TRUE(SetSysColors(2, elements, alike));
+    EXPECT_EQ(ColorsWithoutFocus().text, GetSysColor(COLOR_WINDOW));
+    EXPECT_EQ(ColorsWithoutFocus().background, GetSysColor(COLOR_WINDOWTEXT));
+    EXPECT_TRUE(SetSysColors(2, elements, former));
 }
 
 } // namespace dax::test

@@ -4,8 +4,6 @@
 
 #include <commctrl.h>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 
 namespace dax::test {
 
@@ -46,11 +44,6 @@ BOOL CALLBACK AddText(HWND window, LPARAM texts) {
 std::wstring Wide(const Text& text) { return {text.begin(), text.end()}; }
 
 std::filesystem::path WorkbenchPath() { return std::filesystem::path(_pgmptr).parent_path() / "DAXWorkbench.exe"; }
-
-std::string ReadBytes(const std::filesystem::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 Workbench::Workbench(const std::vector<std::wstring>& arguments, const std::filesystem::path& program) {
     SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};

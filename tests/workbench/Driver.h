@@ -17,8 +17,6 @@ enum Pages { validatorPage, connectorPage, hierarchyPage, mapPage, locksPage, de
 std::wstring Wide(const Text& text);
 // The program beside the test program.
 std::filesystem::path WorkbenchPath();
-// Empty when the file cannot be read.
-std::string ReadBytes(const std::filesystem::path& path);
 
 class Workbench {
 public:
@@ -31,7 +29,7 @@ public:
     // Waits for the program's end; its exit code, or -1 when it has not ended in a generous time.
     int ExitCode();
     // What it wrote to its standard output and error.
-    std::string Said() const { return ReadBytes(folder.Path() / "said"); }
+    std::string Said() const { return ReadFile(folder.Path() / "said"); }
 
     // Waits for the window with all that is in it; null when it does not come.
     HWND Frame();

@@ -38,7 +38,7 @@ TEST_F(WorkbenchTest, TakesAPictureOfEveryPageInItsStates) {
         {"locks-all", "locks-selected"},          {"hierarchy-lesson", "hierarchy-maximised"},
     };
     const auto read = [&](const std::string& name) {
-        const std::string bytes = ReadBytes(std::filesystem::path(Wide(shots)) / (name + ".png"));
+        const std::string bytes = ReadFile(std::filesystem::path(Wide(shots)) / (name + ".png"));
         EXPECT_TRUE(bytes.starts_with("\x89PNG") && bytes.size() > 4000) << name;
         return bytes;
     };
