@@ -208,7 +208,7 @@ TEST(TreeWindow, NoEditCostsByItsSize) {
     });
     const double checking = Fastest(
         [&](int turn) { turn % 2 ? host.Editor().UncheckAllStoryboards() : host.Editor().CheckAllStoryboards(); });
-    EXPECT_LT(checking, 4 * filling + 50);
+    EXPECT_LT(checking, 6 * filling + 100);
     EXPECT_EQ(host.Editor().CheckedStoryboardCount(), 20'000);
 }
 
