@@ -161,6 +161,7 @@ TEST_F(EditorOnFile, AListenerMayDoAnything) {
     number = editor->DataChanged.Add([this] { editor->LoadDatabase(); });
     editor->AddLesson(u"new", u"", u"", ltLesson);
     EXPECT_EQ(editor->GetLessonType(u"new"), ltInvalid);
+    EXPECT_EQ(editor->Tree().Selected(), editor->Tree().First()) << "what was loaded stays as it is";
     editor->SetCurrentLessonID(u"b");
     editor->RemoveLesson(u"g", true);
     EXPECT_EQ(Shape(), u"(g(a b s(c d)) h)");
