@@ -109,7 +109,6 @@ protected:
             IsQuery(adapted) ? LimitedSession::Pending::Reading : LimitedSession::Pending::Changes);
     }
     void RunAsync(Text adapted, std::vector<Value> values) override {
-        owner.RequireAlive();
         started = owner.Start(Job(std::move(adapted), std::move(values), {}));
     }
     void RunBatch(std::span<const Text> adapted) override {
@@ -144,7 +143,6 @@ private:
     }
     // `alone`: what it means outside of a transaction.
     void Run(std::function<void()> job, LimitedSession::Pending alone = LimitedSession::Pending::Reading) {
-        owner.RequireAlive();
         Wait(owner.Start(std::move(job)), alone);
     }
     void Wait(const CallThread::Ticket& call, LimitedSession::Pending alone = LimitedSession::Pending::Reading) {
@@ -213,10 +211,7 @@ void LimitedSession::ThrowTimeout(Time since, Pending pending) const {
                                            Text(consequences[static_cast<size_t>(pending)]));
 }
 
-void LimitedSession::Run(std::function<void()> job, Pending pending) {
-    RequireAlive();
-    Wait(Start(std::move(job)), pending);
-}
+void LimitedSession::Run(std::function<void()> job, Pending pending) { Wait(Start(std::move(job)), pending); }
 
 void LimitedSession::Wait(const CallThread::Ticket& call, Pending pending) {
     RequireAlive();

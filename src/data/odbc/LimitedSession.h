@@ -38,9 +38,12 @@ public:
     // Throws when it is lost; otherwise nothing of the driver's is in use on the thread.
     void RequireAlive() const;
     // Waits for the job, which must capture what CallThread asks for. Start does not wait; Wait does, for what Start
-    // has returned.
+    // has returned. All throw when the connection is lost.
     void Run(std::function<void()> job, Pending pending);
-    CallThread::Ticket Start(std::function<void()> job) { return calls.Start(std::move(job)); }
+    CallThread::Ticket Start(std::function<void()> job) {
+        RequireAlive();
+        return calls.Start(std::move(job));
+    }
     void Wait(const CallThread::Ticket& call, Pending pending);
     // Lets go of what only the thread may free, and waits for that unless the connection is lost.
     void Free(std::shared_ptr<void> held) noexcept;
