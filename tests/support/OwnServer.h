@@ -27,6 +27,7 @@ public:
     void Start() { Order("start\n"); }
     void KillNode(int node) { Order("kill " + std::to_string(node) + "\n"); }
     void StartNode(int node) { Order("start " + std::to_string(node) + "\n"); }
+    void ContinueFrom(int node) { Order("bootstrap " + std::to_string(node) + "\n"); }
 
 private:
     std::string ReadLine();

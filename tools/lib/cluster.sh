@@ -119,6 +119,7 @@ obey_cluster() {
         case $order in
         kill) end_process "$dir/node$node.pid" KILL ;;
         start) launch_node "$node" || result=failed ;;
+        bootstrap) node_sql "$node" "SET GLOBAL wsrep_provider_options='pc.bootstrap=YES'" || result=failed ;;
         *) fail "unknown order: $order" ;;
         esac
         say "$result"
