@@ -154,18 +154,10 @@ TEST_P(ServerTest, OptionsOfTheHostSpoilNothing) {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-// The error of an action, which ends within `least` to `most` seconds.
-template <typename Action>
-test::Failure Ended(Action action, double least, double most) {
-    const test::Failure failure = test::FailureOf(action);
-    EXPECT_TRUE(failure.seconds >= least && failure.seconds <= most) << failure.seconds << failure.what();
-    return failure;
-}
-
-class SilenceTest : public test::EngineTest {
+class SilenceTest : public ServerTest {
 protected:
     void SetUp() override {
-        EngineTest::SetUp();
+        ServerTest::SetUp();
         if (!database) return;
         database->Run({u"CREATE TABLE t (a integer)", u"INSERT INTO t VALUES (1)"});
         before = Count();
@@ -187,8 +179,9 @@ protected:
     }
     // The limit of one second ends the action, and the error names the server.
     template <typename Action>
-    static test::Failure ExpectTimeout(Action action, const test::SilentServer& server) {
-        const test::Failure error = Ended(action, 0.9, 2.5);
+    static Failure ExpectTimeout(Action action, const test::SilentServer& server) {
+        const Failure error = FailureOf(action);
+        EXPECT_TRUE(error.seconds > 0.9 && error.seconds < 2.5) << error.seconds;
         EXPECT_TRUE(error.Number() == ErrorNumbers::Timeout &&
                     error.Tells("'127.0.0.1:" + server.Port() + "' did not answer within 1 second."))
             << error.what();
@@ -249,11 +242,12 @@ TEST_P(SilenceTest, AfterTheLogin) {
         connection.Open(proxy.ThroughIt(database->ConnectionString(), u"Command Timeout=1"));
         if (c.isBegun) begin(connection);
         proxy.FallSilent();
-        const test::Failure error = ExpectTimeout([&] { c.action(connection); }, proxy);
+        const Failure error = ExpectTimeout([&] { c.action(connection); }, proxy);
         EXPECT_TRUE(error.Tells(c.consequence)) << error.what();
         EXPECT_FALSE(connection.InTransaction());
-        const test::Failure later = Ended([&] { connection.Execute(insert); }, 0, 0.3);
-        EXPECT_TRUE(later.Number() == ErrorNumbers::Timeout && later.Tells("given up")) << later.what();
+        const Failure later = FailureOf([&] { connection.Execute(insert); });
+        EXPECT_TRUE(later.Number() == ErrorNumbers::Timeout && later.Tells("given up") && later.seconds < 0.3)
+            << later.what();
         connection.Close();
         EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM t"), u"1") << "nothing of it was stored";
     }
@@ -269,7 +263,6 @@ TEST_P(SilenceTest, AfterTheLogin) {
 }
 
 TEST_P(SilenceTest, WhileCancelling) {
-    const bool isMariaDB = GetParam() == Engine::MariaDB;
     const Text wait = isMariaDB ? u"SELECT SLEEP(60)" : u"SELECT pg_sleep(60)";
     const Text waiting = isMariaDB
                              ? u"SELECT Count(*) FROM information_schema.processlist WHERE info LIKE '%SLEEP(60%' "
@@ -293,7 +286,7 @@ TEST_P(SilenceTest, WhileCancelling) {
         if (isSilent) proxy.FallSilent();
         connection.Cancel();
         if (isSilent) {
-            EXPECT_TRUE(Ended([&] { done.get(); }, 0, 30).Tells("did not answer within"));
+            EXPECT_TRUE(FailureOf([&] { done.get(); }).Tells("did not answer within"));
             continue;
         }
         try {
