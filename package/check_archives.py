@@ -277,6 +277,11 @@ def use_on_windows(bits):
         use_registered_and_not(bits, folder, prefix)
     wine(bits, "a script after unregistration", os.path.join(folder, "daxscript.exe"), "samples\\validate.vbs",
          "course.db", expected=1)
+    with open(os.path.join(prefix, "system.reg"), encoding="utf-8") as registry: # whole, since Wine has ended
+        left = re.findall(r"^\[Software\\\\Classes\\\\(?:DAXControls|ContentObjects)\..*|.*(?:daxControls33|contentObjects)\.(?:ocx|dll).*",
+                          registry.read(), re.M | re.I)
+    if left:
+        problems.append(f"unregister.cmd ({bits} bit) leaves in the registry: {left[:3]}")
 
 
 def main():
