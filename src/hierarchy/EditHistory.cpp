@@ -34,6 +34,7 @@ void EditHistory::Clear() {
     done.clear();
     undone.clear();
     open = {};
+    isOpenCut = true;
     stored.clear();
 }
 
@@ -44,6 +45,7 @@ void EditHistory::Saved() {
 
 void EditHistory::Begin() {
     if (depth++ > 0) return;
+    isOpenCut = false;
     open.saves = saves;
     open.selectedBefore = SelectedKey();
 }
@@ -51,7 +53,7 @@ void EditHistory::Begin() {
 void EditHistory::End() {
     if (--depth > 0) return;
     Step step = std::exchange(open, {});
-    if (step.changes.empty()) return;
+    if (isOpenCut || step.changes.empty()) return;
     step.selectedAfter = SelectedKey();
     try {
         done.push_back(std::move(step));

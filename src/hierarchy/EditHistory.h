@@ -110,6 +110,7 @@ private:
     std::deque<Step> done;
     std::vector<Step> undone;
     Step open;
+    bool isOpenCut = false; // the tree was loaded anew within the edit, which is not kept
     int depth = 0;
     unsigned saves = 0;
     // Whether the database has the row, for lessons that came or left since the last save. For others it follows from
