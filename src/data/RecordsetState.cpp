@@ -145,13 +145,13 @@ Value RecordsetState::Field(size_t column) {
 
 void RecordsetState::AddNew() {
     RequireOpen();
-    if (!isUpdatable || table.empty()) Refuse(u"The recordset is read-only: no row can be added.");
+    if (table.empty()) Refuse(u"The recordset is read-only: no row can be added.");
     isAdding = true;
     changes.clear();
 }
 
 void RecordsetState::SetField(TextView name, Value value) {
-    if (!isUpdatable || table.empty()) Refuse(u"The recordset is read-only: no field can be set.");
+    if (table.empty()) Refuse(u"The recordset is read-only: no field can be set.");
     const size_t column = FieldIndex(name);
     if (!isAdding) RequireRow(column);
     for (auto& change : changes) {
