@@ -78,6 +78,8 @@ TEST_F(LockManagerTest, ListsFiltersAndCounts) {
     EXPECT_EQ(Column(u"locktype"), "editing lesson|reading lesson|closed|editing guide");
     EXPECT_THAT(Column(u"lockdate"), HasSubstr("11:59:18"));
     EXPECT_EQ(Column(u"ip"), "10.0.0.1|10.0.0.1|10.0.0.1|10.0.0.1");
+    const LockRecord& first = manager.Records().at(0);
+    EXPECT_TRUE(first.lockDate == (DateTime{2026, 3, 1, 11, 0, 0}) && first.lockType == lltEditLesson);
     EXPECT_EQ(selections, std::vector{ldtNoDelete});
     const auto counts = [this] {
         return std::vector{manager.LockCount(), manager.DeletableLockCount(), manager.ValidLockCount(),
