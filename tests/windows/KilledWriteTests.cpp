@@ -35,7 +35,7 @@ DWORD RunVictim(const TestDatabase& database, int statement, const Text& title,
         _wspawnl(_P_NOWAIT, _wpgmptr, L"victim", L"--gtest_also_run_disabled_tests", L"--gtest_brief=1",
                  L"--gtest_filter=Killed.DISABLED_Victim", L"--gtest_output=", nullptr));
     if (whileItRuns) whileItRuns(process);
-    WaitForSingleObject(process, INFINITE);
+    EXPECT_EQ(WaitForSingleObject(process, 60'000), WAIT_OBJECT_0);
     DWORD exitCode = 0;
     GetExitCodeProcess(process, &exitCode);
     CloseHandle(process);
@@ -98,6 +98,7 @@ TEST_P(Killed, AllOfItIsDoneOrNothing) {
     for (int kill = 0; kill < kills; ++kill) {
         const bool isBeforeStatement = kill % 2 == 0;
         const auto statement = static_cast<int>(1 + random() % 62);
+        ResetEvent(begins); // the victim before has set it
         const DWORD code = RunVictim(database, isBeforeStatement ? statement : 0, other, [&](HANDLE process) {
             if (isBeforeStatement) return;
             EXPECT_EQ(WaitForSingleObject(begins, 60'000), WAIT_OBJECT_0);
