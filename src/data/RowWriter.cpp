@@ -44,7 +44,7 @@ public:
             Append(field);
         }
         text += u')';
-        if (longest > longestLiteral) Finish();
+        if (longestLiteral > 0 && longest > longestLiteral) Finish();
     }
 
     void Finish() override {
