@@ -13,7 +13,9 @@ set(DAX_SERVERS ${CMAKE_SOURCE_DIR}/build/test/servers)
 add_test(NAME servers.start COMMAND ${CMAKE_SOURCE_DIR}/tools/servers start ${DAX_SERVERS})
 add_test(NAME servers.stop COMMAND ${CMAKE_SOURCE_DIR}/tools/servers stop ${DAX_SERVERS})
 set_tests_properties(servers.start PROPERTIES FIXTURES_SETUP servers)
-set_tests_properties(servers.stop PROPERTIES FIXTURES_CLEANUP servers)
+# CTest begins with what others depend on, and only then looks at the costs: what takes longest must be among it.
+set_tests_properties(servers.stop PROPERTIES FIXTURES_CLEANUP servers DEPENDS
+                     "package.win64;package.win32;package.installer64;package.installer32;lint;lint.windows;native.soak")
 
 set(DAX_TEST_ENVIRONMENT "DAX_TEST_ROOT=${CMAKE_SOURCE_DIR}" DAX_WINE_DISPLAY=none DAX_WINE_TIMEOUT=840
     "LSAN_OPTIONS=suppressions='${CMAKE_SOURCE_DIR}/tools/lib/leaks.txt':print_suppressions=0"
@@ -33,10 +35,11 @@ endif()
 #   PARTS      where its tests run: native, wine64, wine32; elsewhere it is built only when it is asked for. Portable rules
 #              run natively and in 64 bit; in 32 bit what can differ there.
 #   SHARDS     its tests are divided among this many processes
+#   COST       what takes a minute of waiting begins first
 #   SERVERS    its tests use database servers
 #   DESKTOP    its tests use windows: each shard has a desktop, in a Wine prefix of its own, that one program uses at a time
 function(dax_tests name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "SERVERS;DESKTOP" "SHARDS" "LIBRARIES;PARTS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "SERVERS;DESKTOP" "SHARDS;COST" "LIBRARIES;PARTS")
   file(GLOB files CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${name}/*.cpp)
   if(NOT files)
     return()
@@ -51,6 +54,9 @@ function(dax_tests name)
   endif()
   if(NOT arg_SHARDS)
     set(arg_SHARDS 1)
+  endif()
+  if(NOT arg_COST)
+    set(arg_COST ${arg_SHARDS})
   endif()
   foreach(shard RANGE 1 ${arg_SHARDS})
     set(test ${DAX_PART}.${name})
@@ -69,7 +75,7 @@ function(dax_tests name)
                      --gtest_output=xml:result.xml)
     math(EXPR index "${shard} - 1")
     set_tests_properties(${test} PROPERTIES LABELS ${DAX_PART} FIXTURES_REQUIRED built.${DAX_PART} TIMEOUT 900
-                         COST ${arg_SHARDS} SKIP_RETURN_CODE 77)
+                         COST ${arg_COST} SKIP_RETURN_CODE 77)
     set(environment ${DAX_TEST_ENVIRONMENT} GTEST_TOTAL_SHARDS=${arg_SHARDS} GTEST_SHARD_INDEX=${index})
     if(arg_SERVERS)
       set_property(TEST ${test} APPEND PROPERTY FIXTURES_REQUIRED servers)
