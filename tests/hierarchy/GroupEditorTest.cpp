@@ -260,8 +260,10 @@ TEST_F(EditorOnFile, PropertiesAndDisplay) {
     for (int i = 0; i < 2; ++i) editor->LockDisplay();
     editor->AttachWindow(&another);
     EXPECT_TRUE(window.isFrozen && window.freezes == 1 && another.isFrozen);
-    editor->UnlockDisplay();
-    EXPECT_FALSE(another.isFrozen);
+    for (const bool isFrozen : {false, true, false}) {
+        isFrozen ? editor->LockDisplay() : editor->UnlockDisplay();
+        EXPECT_EQ(another.isFrozen, isFrozen);
+    }
     editor->AttachWindow(&window);
     editor->SetCurrentLessonID(u"a");
     const std::function<void()> showing[] = {[&] { editor->ExpandAll(); }, [&] { editor->MoveCurrent(gmtDown); },

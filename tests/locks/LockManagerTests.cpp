@@ -67,6 +67,21 @@ protected:
     std::vector<int32_t> answers;
 };
 
+TEST_F(LockManagerTest, RebuildingFitsTheColumnsWhenAskedTo) {
+    struct Window : ListModelListener {
+        void ColumnsChanged() override {}
+        void ItemsChanged() override {}
+        void AutosizeColumns() override { ++fitted; }
+        int fitted = 0;
+    } window;
+    list->SetListener(&window);
+    for (const auto& [isAsked, fitted] : {std::pair(false, 0), {true, 1}, {false, 1}}) {
+        manager.RebuildDisplay(isAsked);
+        EXPECT_EQ(window.fitted, fitted);
+    }
+    list->SetListener(nullptr);
+}
+
 TEST_F(LockManagerTest, ListsFiltersAndCounts) {
     AddLock(u"l1", u"'ann'", lltEditLesson, u"s1");
     AddLock(u"l2", u"'o''hara'", lltReadLesson, u"s2", u"#2026/03/01 11:59:18#");

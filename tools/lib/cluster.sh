@@ -28,6 +28,14 @@ exec_as_node_user() {
 
 node_sql() { mariadb --no-defaults -uroot --connect-timeout=2 --socket="$place/node$1/s" -N -e "$2" 2>/dev/null; }
 
+await_ready() {
+    for _ in $(seq 300); do
+        [ "$(node_sql "$1" "SHOW STATUS LIKE 'wsrep_ready'" | cut -f 2)" != ON ] || return 0
+        sleep 0.1
+    done
+    return 1
+}
+
 # Ports of a node: clients, group, incremental and full transfer.
 node_ports() { read -r client group incremental full <"$place/node$1/ports"; }
 
@@ -119,7 +127,9 @@ obey_cluster() {
         case $order in
         kill) end_process "$dir/node$node.pid" KILL ;;
         start) launch_node "$node" || result=failed ;;
-        bootstrap) node_sql "$node" "SET GLOBAL wsrep_provider_options='pc.bootstrap=YES'" || result=failed ;;
+        bootstrap) # it accepts statements a moment later
+            node_sql "$node" "SET GLOBAL wsrep_provider_options='pc.bootstrap=YES'" && await_ready "$node" || result=failed
+            ;;
         *) fail "unknown order: $order" ;;
         esac
         say "$result"
