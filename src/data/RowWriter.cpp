@@ -144,7 +144,9 @@ private:
                         : kind == RowField::Kind::Date   ? u"CAST(? AS timestamp[])"
                                                          : u"CAST(? AS text[])")
                 .append(u")");
+            const size_t length = arrays[i].size();
             values.emplace_back(std::exchange(arrays[i], Text()));
+            arrays[i].reserve(length + length / 4); // the next rows are likely to be as long
         }
         waiting = units = 0;
         statement->Start(text, std::move(values));

@@ -9,8 +9,8 @@ namespace dax {
 
 namespace {
 
-constexpr SQLLEN usualBytes = 512;  // bound for a column at least
-constexpr SQLLEN mostBytes = 16384; // longer texts are asked for one by one
+constexpr size_t usualBytes = 512;  // bound for a column at least
+constexpr size_t mostBytes = 32768; // longer texts are asked for one by one
 
 FieldType FieldTypeOf(SQLSMALLINT type, SQLSMALLINT digits) {
     switch (type) {
@@ -47,12 +47,20 @@ OdbcRows::OdbcRows(OdbcStatement& executed)
     for (SQLSMALLINT column = 1; column <= count; ++column) Describe(static_cast<SQLUSMALLINT>(column));
     buffers.resize(columns.size());
     SQLFreeStmt(statement.Handle(), SQL_UNBIND);
+    if (statement.Owner().ReadsInAnyOrder()) return; // a column is bound once it was asked for
+    for (size_t i = 0; i < columns.size(); ++i) {
+        const SQLULEN size = sizes[i];
+        const bool isShort = size > 0 && size < mostBytes / 8;
+        // A driver with the strict rules gives what is not bound only behind the last bound column, and in order.
+        if (!isShort) break;
+        BindColumn(i, (std::max<size_t>(size, 40) + 1) * 4);
+    }
 }
 
 void OdbcRows::Describe(SQLUSMALLINT number) {
     Column& column = columns.emplace_back();
     SQLSMALLINT length = 0, type = 0, digits = 0, nullable = 0;
-    SQLULEN size = 0;
+    SQLULEN& size = sizes.emplace_back();
     if (statement.Owner().IsNarrow()) {
         std::array<SQLCHAR, 1024> name{};
         statement.Check(SQLDescribeCol(statement.Handle(), number, name.data(), static_cast<SQLSMALLINT>(name.size()),
@@ -69,17 +77,28 @@ void OdbcRows::Describe(SQLUSMALLINT number) {
     column.type = FieldTypeOf(type, digits);
 }
 
+void OdbcRows::BindColumn(size_t index, size_t bytes) {
+    Buffer& buffer = buffers[index];
+    buffer.bytes.resize(bytes);
+    buffer.isBound = true;
+    statement.Check(SQLBindCol(statement.Handle(), static_cast<SQLUSMALLINT>(index + 1), valueType, buffer.bytes.data(),
+                               static_cast<SQLLEN>(bytes), &buffer.length));
+}
+
 bool OdbcRows::Next() {
     const SQLRETURN result = SQLFetch(statement.Handle());
     statement.Check(result);
     if (result == SQL_NO_DATA) return false;
     for (Buffer& buffer : buffers) {
-        buffer.isLoaded = !buffer.bytes.empty() && buffer.length != SQL_NO_TOTAL &&
-                          buffer.length < static_cast<SQLLEN>(buffer.bytes.size());
+        const auto room = static_cast<SQLLEN>(buffer.bytes.size());
+        buffer.isLoaded = buffer.isBound &&
+                          (buffer.length == SQL_NULL_DATA || (buffer.length >= 0 && buffer.length <= room - unitSize));
+        buffer.isDecoded = false;
         buffer.whole.clear();
     }
-    // A driver with the strict rules gives the columns only in order.
-    for (size_t i = 0; i < buffers.size() && !statement.Owner().ReadsInAnyOrder(); ++i) Load(i);
+    if (!statement.Owner().ReadsInAnyOrder())
+        for (size_t i = 0; i < buffers.size(); ++i)
+            if (!buffers[i].isLoaded) Load(i);
     return true;
 }
 
@@ -90,8 +109,10 @@ bool OdbcRows::IsNull(size_t column) {
 
 TextView OdbcRows::FieldText(size_t column) {
     Buffer& buffer = buffers[column];
+    if (buffer.isLoaded && buffer.isDecoded) return buffer.decoded;
     buffer.decoded.clear();
     AppendField(column, buffer.decoded);
+    buffer.isDecoded = true;
     return buffer.decoded;
 }
 
@@ -107,34 +128,49 @@ bool OdbcRows::AppendField(size_t column, Text& text) {
     return true;
 }
 
-// The beginning and the length, then all the rest at once: in small pieces a long text costs quadratic time in some
-// drivers.
+// The length first, then all of it at once: fetching a long text in small pieces costs quadratic time in some drivers.
 void OdbcRows::Load(size_t column) {
     Buffer& buffer = buffers[column];
     buffer.isLoaded = true;
-    buffer.whole.resize(usualBytes);
-    buffer.length = 0;
-    for (;;) {
-        SQLLEN length = 0; // of what is left
-        const SQLLEN room = static_cast<SQLLEN>(buffer.whole.size()) - buffer.length;
+    bool isEmpty = false;
+    if (!buffer.isBound) {
+        char16_t terminator = 0;
+        buffer.length = 0;
         const SQLRETURN result = SQLGetData(statement.Handle(), static_cast<SQLUSMALLINT>(column + 1), valueType,
-                                            buffer.whole.data() + buffer.length, room, &length);
+                                            &terminator, unitSize, &buffer.length);
         statement.Check(result);
-        if (result != SQL_SUCCESS_WITH_INFO || (length >= 0 && length < room)) {
-            buffer.length = length == SQL_NULL_DATA ? length : buffer.length + length;
-            break;
-        }
-        const size_t whole =
-            length == SQL_NO_TOTAL ? buffer.whole.size() * 2 : static_cast<size_t>(buffer.length + length + unitSize);
-        buffer.length += room - unitSize;
-        buffer.whole.resize(whole);
+        if (result == SQL_NO_DATA) buffer.length = 0;
+        isEmpty = buffer.length == SQL_NULL_DATA || buffer.length == 0;
     }
+    if (!isEmpty) LoadPieces(column, buffer.length > 0 ? static_cast<size_t>(buffer.length) : 0);
     // The next rows are likely to be as long.
-    if (buffer.length >= mostBytes || !statement.Owner().ReadsInAnyOrder()) return;
-    const SQLLEN bytes = std::max(usualBytes, buffer.length * 2 + unitSize);
-    buffer.bytes.resize(static_cast<size_t>(bytes));
-    statement.Check(SQLBindCol(statement.Handle(), static_cast<SQLUSMALLINT>(column + 1), valueType,
-                               buffer.bytes.data(), bytes, &buffer.length));
+    const SQLLEN length = buffer.length;
+    if (length >= static_cast<SQLLEN>(mostBytes / 2) || !statement.Owner().ReadsInAnyOrder()) return;
+    BindColumn(column, std::max(usualBytes, static_cast<size_t>(std::max<SQLLEN>(length, 0)) * 2 + 2));
+    buffer.length = length;
+}
+
+void OdbcRows::LoadPieces(size_t column, size_t known) {
+    Buffer& buffer = buffers[column];
+    buffer.whole.resize(known > 0 ? known + static_cast<size_t>(unitSize) : mostBytes);
+    for (size_t done = 0;;) {
+        SQLLEN length = 0;
+        const auto room = static_cast<SQLLEN>(buffer.whole.size() - done);
+        const SQLRETURN result = SQLGetData(statement.Handle(), static_cast<SQLUSMALLINT>(column + 1), valueType,
+                                            buffer.whole.data() + done, room, &length);
+        statement.Check(result);
+        if (result != SQL_NO_DATA && length == SQL_NULL_DATA) {
+            buffer.length = SQL_NULL_DATA;
+            return;
+        }
+        const bool more = result == SQL_SUCCESS_WITH_INFO && (length == SQL_NO_TOTAL || length > room - unitSize);
+        if (result != SQL_NO_DATA) done += static_cast<size_t>(more ? room - unitSize : length);
+        if (!more) {
+            buffer.length = static_cast<SQLLEN>(done);
+            return;
+        }
+        buffer.whole.resize(buffer.whole.size() * 2);
+    }
 }
 
 } // namespace dax

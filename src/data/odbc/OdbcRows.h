@@ -1,5 +1,4 @@
-// The rows of an executed statement: columns bound once they were asked for, every value as text in a buffer that is
-// used again.
+// The rows of an executed statement: columns bound once, every value as text in a buffer that is used again.
 #pragma once
 
 #include "data/odbc/OdbcStatement.h"
@@ -8,7 +7,7 @@ namespace dax {
 
 class OdbcRows {
 public:
-    // Describes the columns; throws when the statement has no rows to give.
+    // Describes the columns and binds them; throws when the statement has no rows to give.
     explicit OdbcRows(OdbcStatement& statement);
 
     const std::vector<Column>& Columns() const { return columns; }
@@ -22,19 +21,24 @@ public:
 
 private:
     struct Buffer {
-        std::vector<char> bytes; // what is bound, once the column was asked for
+        std::vector<char> bytes; // what is bound
         std::vector<char> whole; // what was fetched because it was longer than that
-        Text decoded;            // the value as a text, once it was asked for
+        Text decoded;            // the value as a text
         SQLLEN length = 0;       // bytes, or SQL_NULL_DATA, or SQL_NO_TOTAL
-        bool isLoaded = false;   // the value of the current row stands in bytes or whole
+        bool isBound = false;
+        bool isLoaded = false;  // the value of the current row stands in bytes or whole
+        bool isDecoded = false; // and in decoded
     };
     void Describe(SQLUSMALLINT column);
+    void BindColumn(size_t column, size_t bytes);
     void Load(size_t column);
+    void LoadPieces(size_t column, size_t known);
 
     OdbcStatement& statement;
     SQLSMALLINT valueType; // SQL_C_CHAR, which is UTF-8 then, or SQL_C_WCHAR
     SQLLEN unitSize;
     std::vector<Column> columns;
+    std::vector<SQLULEN> sizes; // of the columns, in units, 0 when not known
     std::vector<Buffer> buffers;
 };
 
