@@ -146,7 +146,8 @@ private:
                 .append(u")");
             const size_t length = arrays[i].size();
             values.emplace_back(std::exchange(arrays[i], Text()));
-            arrays[i].reserve(length + length / 4); // the next rows are likely to be as long
+            // The next rows are likely to be as long, but not as long as the longest text.
+            arrays[i].reserve(std::min(length + length / 4, mostUnitsOfArrays));
         }
         waiting = units = 0;
         statement->Start(text, std::move(values));
