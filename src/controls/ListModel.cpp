@@ -35,15 +35,10 @@ void ListModel::EndFilling() {
 }
 
 size_t ListModel::AddItem(TextView firstCell) {
-    const TextView kept = Kept(firstCell);
-    ListItem& item = items.emplace_back();
-    try {
-        WidenItem(item, std::max<size_t>(columns.size(), 1)); // at once: room for all cells in one place
-    } catch (...) {
-        items.pop_back();
-        throw;
-    }
-    cells[item.firstCell] = kept;
+    ListItem item;
+    WidenItem(item, std::max<size_t>(columns.size(), 1)); // at once: room for all cells in one place
+    cells[item.firstCell] = Kept(firstCell);
+    items.push_back(std::move(item));
     Changed();
     return items.size() - 1;
 }

@@ -69,7 +69,6 @@ public:
     // Grows with every change, selection included, so that what was counted can be kept until then.
     uint64_t Revision() const { return revision; }
     TextView Cell(size_t item, size_t column) const; // valid until ClearItems; empty beyond the cells there are
-    size_t CellCount(size_t item) const { return items[item].cellCount; }
 
     void AutosizeColumns();
 

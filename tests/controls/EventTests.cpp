@@ -94,10 +94,19 @@ TEST(ListModel, TellsItsWindowOfEveryChange) {
         for (size_t column = 0; column < 4; ++column) cells.append(list.Cell(item, column)) += u',';
     }
     EXPECT_EQ(cells, u"a,f,,g,c,,d,,e,,,,,,,,");
-    EXPECT_EQ(list.CellCount(1), 3u);
     list.ClearItems();
     EXPECT_EQ(window.told, "items ");
-    EXPECT_TRUE(list.Items().empty());
+    EXPECT_TRUE(list.Items().empty() && list.Cell(0, 0).empty());
+}
+
+TEST(ListModel, KeepsManyAndLongTextsEachTimeItIsFilled) {
+    ListModel list;
+    const auto text = [](int i) { return ToText(i) + Text(i % 1000 == 999 ? 20'000 : 0, u'l'); };
+    for (int round = 0; round < 3; ++round) {
+        list.ClearItems();
+        for (int i = 0; i < 10'000; ++i) list.AddItem(text(i));
+        for (int i = 0; i < 10'000; ++i) ASSERT_EQ(list.Cell(static_cast<size_t>(i), 0), text(i));
+    }
 }
 
 } // namespace dax
