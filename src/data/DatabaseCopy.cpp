@@ -144,8 +144,9 @@ void RequireNoZeros(std::span<const RowField> row, const Schema::Table& table) {
     for (size_t i = 0; i < row.size(); ++i) {
         if (row[i].text.find(u'\0') == TextView::npos) continue;
         throw Error(ErrorNumbers::DataMismatch,
-                    u"The value of " + Text(table.columns[i].name) + u" in the row '" + Text(row[0].text) +
-                        u"' contains a NUL character, which the other engine cannot store. Remove it first.");
+                    u"The value of " + Text(table.columns[i].name) + u" in the row " +
+                        IdentifierOf(row, ColumnsOf(table), KeysOf(table)) +
+                        u" contains a NUL character, which the other engine cannot store. Remove it first.");
     }
 }
 

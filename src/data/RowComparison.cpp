@@ -156,21 +156,7 @@ private:
         return nullptr;
     }
 
-    Text Identifier(const KeptRow& row) const {
-        Text identifier;
-        for (size_t i = 0; i < columns.size(); ++i) {
-            const RowField& field = row.Fields()[i];
-            if ((hasKey && !isKey[i]) || field.kind == RowField::Kind::Null) continue;
-            identifier.append(identifier.empty() ? u"" : u", ").append(columns[i].name).append(u" ");
-            if (field.kind == RowField::Kind::Number) {
-                identifier.append(ToText(field.number));
-                continue;
-            }
-            const TextView shown = Shorten(field.text, mostUnitsOfIdentifier);
-            identifier.append(u"'").append(shown).append(shown.size() < field.text.size() ? u"…'" : u"'");
-        }
-        return identifier;
-    }
+    Text Identifier(const KeptRow& row) const { return IdentifierOf(row.Fields(), columns, isKey); }
 
     std::span<const RowColumn> columns;
     const std::vector<bool>& isKey;
@@ -180,6 +166,23 @@ private:
 };
 
 } // namespace
+
+Text IdentifierOf(std::span<const RowField> row, std::span<const RowColumn> columns, const std::vector<bool>& isKey) {
+    const bool hasKey = std::ranges::find(isKey, true) != isKey.end();
+    Text identifier;
+    for (size_t i = 0; i < columns.size(); ++i) {
+        const RowField& field = row[i];
+        if ((hasKey && !isKey[i]) || field.kind == RowField::Kind::Null) continue;
+        identifier.append(identifier.empty() ? u"" : u", ").append(columns[i].name).append(u" ");
+        if (field.kind == RowField::Kind::Number) {
+            identifier.append(ToText(field.number));
+            continue;
+        }
+        const TextView shown = Shorten(field.text, mostUnitsOfIdentifier);
+        identifier.append(u"'").append(shown).append(shown.size() < field.text.size() ? u"…'" : u"'");
+    }
+    return identifier;
+}
 
 std::optional<RowDifference> CompareRows(std::span<const RowColumn> columns, const std::vector<bool>& isKey,
                                          const std::function<NextRow()>& source, const std::function<NextRow()>& target,

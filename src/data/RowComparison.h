@@ -13,11 +13,14 @@ namespace dax {
 // The next row, valid until the one after it; empty at the end.
 using NextRow = std::function<std::span<const RowField>()>;
 
+// Names a row in messages: its key columns with their values, or all columns where there is no key.
+Text IdentifierOf(std::span<const RowField> row, std::span<const RowColumn> columns, const std::vector<bool>& isKey);
+
 struct RowDifference {
     enum class Kind { Value, Missing, Additional };
     Kind kind;
     size_t column;   // of a value
-    Text identifier; // of the row: its key columns, or all where there is no key
+    Text identifier; // of the row
 };
 
 // `columns` are those of the rows, `isKey` says which of them identify a row. `source` and `target` begin to read

@@ -59,25 +59,29 @@ private:
         switch (field.kind) {
         case RowField::Kind::Null:
             text += u"NULL";
-            return;
+            break;
         case RowField::Kind::Number:
             text += ToText(field.number);
-            return;
+            break;
         case RowField::Kind::Date:
-            text += u'\'';
-            text += FormatDate(field.date);
+            text.append(u"'").append(FormatDate(field.date)).append(u"'");
             break;
         case RowField::Kind::Text:
-            text += u'\'';
-            for (size_t begin = 0;;) {
-                const size_t quote = field.text.find(u'\'', begin);
-                text.append(field.text.substr(begin, quote == TextView::npos ? quote : quote + 1 - begin));
-                if (quote == TextView::npos) break;
-                text += u'\'';
-                begin = quote + 1;
-            }
+            AppendText(field.text);
         }
-        text += u'\'';
+    }
+    // Drivers end a statement at a NUL character, so it is made by the server.
+    void AppendText(TextView plain) {
+        const bool hasZeros = plain.find(u'\0') != TextView::npos;
+        text += hasZeros ? u"CONCAT('" : u"'";
+        for (size_t begin = 0;;) {
+            const size_t mark = hasZeros ? plain.find_first_of(TextView(u"'\0", 2), begin) : plain.find(u'\'', begin);
+            text.append(plain.substr(begin, mark - begin));
+            if (mark == TextView::npos) break;
+            text += plain[mark] == u'\'' ? u"''" : u"', CHAR(0 USING utf8mb4), '";
+            begin = mark + 1;
+        }
+        text += hasZeros ? u"')" : u"'";
     }
 
     std::unique_ptr<Statement> statement;
