@@ -1,7 +1,7 @@
 #include "data/modDB.h"
 
 #include "base/Dates.h"
-#include "base/Secrets.h"
+#include "data/Guarded.h"
 
 #include <charconv>
 #include <iterator>
@@ -61,20 +61,7 @@ Text FormatErrorNumber(int32_t number) {
 }
 
 bool TestOpenConnection(const Text& connectionString, int32_t& errorNumber, Text& errorDescription) noexcept {
-    try {
-        Connection connection;
-        connection.Open(connectionString);
-        errorNumber = 0;
-        errorDescription.clear();
-        return true;
-    } catch (const Error& error) {
-        errorNumber = error.Number();
-        Ignoring([&] { errorDescription = error.Description(); });
-    } catch (const std::exception& error) {
-        errorNumber = ErrorNumbers::Unspecified;
-        Ignoring([&] { errorDescription = MaskPasswords(FromUtf8(error.what())); });
-    }
-    return false;
+    return Guarded(errorNumber, errorDescription, [&] { Connection().Open(connectionString); });
 }
 
 void Probe(Connection& connection, const Text& statement) {

@@ -12,8 +12,7 @@ Text QuoteSQLString(TextView text);
 Text FormatSQLDate(const DateTime& date, bool isMDB);
 Text FormatErrorNumber(int32_t number);
 
-// The connection-test convention: on success number 0, an empty description and true; every error goes into the
-// two outputs and returns false; nothing is thrown.
+// Opens and closes a connection, under the connection-test convention (data/Guarded.h).
 bool TestOpenConnection(const Text& connectionString, int32_t& errorNumber, Text& errorDescription) noexcept;
 
 // Opens `statement` as a structure probe, cancels and closes it; throws when a table or column is missing.

@@ -2,7 +2,7 @@
 
 #include "base/modGeneric.h"
 #include "data/modDB.h"
-#include "validation/Guarded.h"
+#include "validation/Probes.h"
 
 namespace dax {
 

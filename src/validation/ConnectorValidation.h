@@ -7,7 +7,7 @@
 
 namespace dax {
 
-// Follows the connection-test convention of modDB::TestOpenConnection: nothing is thrown.
+// Follows the connection-test convention (data/Guarded.h): nothing is thrown.
 bool ProbeConnectorTables(const Text& connectionString, int32_t& errorNumber, Text& errorDescription) noexcept;
 
 // For these two every error is a no.

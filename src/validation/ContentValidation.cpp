@@ -3,7 +3,7 @@
 #include "base/Enumerations.h"
 #include "content/Utility.h"
 #include "data/modDB.h"
-#include "validation/Guarded.h"
+#include "validation/Probes.h"
 
 namespace dax {
 

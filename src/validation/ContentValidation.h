@@ -7,7 +7,7 @@
 
 namespace dax {
 
-// Follow the connection-test convention of modDB::TestOpenConnection: nothing is thrown.
+// Follow the connection-test convention (data/Guarded.h): nothing is thrown.
 bool ProbeContentTables(const Text& connectionString, int32_t& errorNumber, Text& errorDescription) noexcept;
 
 // Writes one row into each of the five tables inside a transaction and rolls it back, whatever happens. Of all this

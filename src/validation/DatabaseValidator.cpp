@@ -61,10 +61,9 @@ bool DatabaseValidator::Validate(Check check, const Text& unexpectedMessage) {
         ShowBusy();
         if (ProcessMessages) ProcessMessages();
         outcome = check();
-    } catch (const std::exception& failure) {
-        const auto* error = dynamic_cast<const Error*>(&failure);
-        SetError(error ? error->Number() : ErrorNumbers::Unspecified,
-                 error ? error->Description() : MaskPasswords(FromUtf8(failure.what())));
+    } catch (...) {
+        const Error error = CurrentError();
+        SetError(error.Number(), error.Description());
         outcome = {veUnexpectedError, StatusPicture::Critical, u"unexpected error", unexpectedMessage, true};
     }
     isValidating = false;
