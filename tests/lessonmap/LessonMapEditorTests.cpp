@@ -223,10 +223,11 @@ TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
         {"moved with the right button", pressAndMove(MouseButton::Right, MouseButton::None), "", ""},
         {"pressed, released, moved", pressAndMove(MouseButton::Left, MouseButton::Left), "", ""},
         {"dropped", [&] { drop(u"d", u"b"); }, "changed 2, selected b", ""},
-        {"dropped on itself", [&] { drop(u"d", u"d"); }, "", ""},
+        {"dropped on itself", [&] { drop(u"d", u"d"), tree->Select(&At(u"e")); }, "selected e", "selected e"},
         {"there and back", [&] { drop(u"d", u"a"), drop(u"a", u"d"); }, "changed 2, selected a, changed 2, selected d",
          ""},
-        {"box clicked", [&] { editor->OnClick(window->AtBox(At(u"d")), false); }, "checked", "checked"},
+        {"box clicked", [&] { editor->OnClick(window->AtBox(At(u"d")), false), release(MouseButton::Left)(); },
+         "checked", "checked"},
         {"double click", [&] { editor->OnDblClick(window->At(At(u"d")), false); }, "checked", "checked"},
         {"three bursts of space", [&] { key(32)(), key(32)(), key(32)(); }, "checked", "checked"},
     };

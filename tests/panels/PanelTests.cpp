@@ -22,11 +22,14 @@ protected:
             return u"StoryboardCount=" + ToText(storyboards) +
                    u"\nClassification=public\nModifiedDate=1 March\nModifiedBy=ann\n";
         };
-        database.Run({test::RowStatement(u"g1", u"Animals", u"", 1, 1, ltGroup, properties(0)),
-                      test::RowStatement(u"l1", u"Birds", u"g1", 2, 1, ltLesson, properties(1)),
-                      test::RowStatement(u"l2", u"", u"g1", 2, 2, ltLesson, properties(1)),
-                      test::RowStatement(u"g2", u"Empty", u"", 1, 2, ltUnknown, u"StoryboardCount=many"),
-                      u"UPDATE velmoraLessons SET lessonIdentifier = '' WHERE lessonID = 'l2'"});
+        database.Run(
+            {test::RowStatement(u"g1", u"Animals", u"", 1, 1, ltGroup, properties(0)),
+             test::RowStatement(u"l1", u"Birds", u"g1", 2, 1, ltLesson, properties(1)),
+             test::RowStatement(u"l2", u"", u"g1", 2, 2, ltLesson, properties(1)),
+             test::RowStatement(u"l3", u"Odd", u"g1", 2, 3, ltLesson, u"StoryboardCount=many\nClassification=public"),
+             test::RowStatement(u"l4", u"Bare", u"g1", 2, 4, ltLesson, u"Classification=public"),
+             test::RowStatement(u"g2", u"Empty", u"", 1, 2, ltUnknown),
+             u"UPDATE velmoraLessons SET lessonIdentifier = '' WHERE lessonID = 'l2'"});
         editor->SetConnectionString(database.ConnectionString());
         ASSERT_TRUE(editor->LoadDatabase());
     }
@@ -64,23 +67,27 @@ TEST_F(PanelTest, LessonInfoTellsEachKindAtTheLevelThatFits) {
     const struct {
         Text lessonID;
         int level; // 1 where all fits, 2 and 3 where a pixel is wanting for the level before
+        int gaps;  // in all, in pixels
         std::string lines;
     } cases[] = {
-        {u"l1", 1,
+        {u"l1", 1, 9,
          "Birds|*lesson|identifier: id l1|1 active storyboard|modified 1 March|by ann|exported |by (unknown)|*public"},
-        {u"l1", 2, "Birds|*lesson|identifier: id l1|1 active storyboard|modified 1 March|*public"},
-        {u"l1", 3, "Birds|*lesson|modified 1 March|*public"},
-        {u"l2", 2, "(untitled)|*lesson|identifier: (no identifier)|1 active storyboard|modified 1 March|*public"},
-        {u"new", 1, "New|*lesson|identifier: n|no active storyboards|modified |by (unknown)|exported |by (unknown)|*"},
-        {u"g1", 1, "Animals|*group|identifier: id g1|contains 1 group|2 lessons|2  storyboards|*public"},
-        {u"g1", 2, "Animals|*group|identifier: id g1|contains 1 group|2 lessons|*public"},
-        {u"g1", 3, "Animals|*group|*public"},
-        {u"g2", 1, "Empty|*type 2|identifier: id g2|contains 1 group|no lessons|no  storyboards|*"},
-        {u"", 1, "Course|*content database|contains 2 groups|3 lessons|2  storyboards|*public"},
+        {u"l1", 2, 2, "Birds|*lesson|identifier: id l1|1 active storyboard|modified 1 March|*public"},
+        {u"l1", 3, 2, "Birds|*lesson|modified 1 March|*public"},
+        {u"l2", 2, 2, "(untitled)|*lesson|identifier: (no identifier)|1 active storyboard|modified 1 March|*public"},
+        {u"new", 1, 9,
+         "New|*lesson|identifier: n|no active storyboards|modified |by (unknown)|exported |by (unknown)|*"},
+        {u"l3", 2, 2, "Odd|*lesson|identifier: id l3|no active storyboards|modified |*public"},
+        {u"l4", 2, 2, "Bare|*lesson|identifier: id l4|no active storyboards|modified |*public"},
+        {u"g1", 1, 2, "Animals|*group|identifier: id g1|contains 1 group|4 lessons|2  storyboards|*public"},
+        {u"g1", 2, 2, "Animals|*group|identifier: id g1|contains 1 group|4 lessons|*public"},
+        {u"g1", 3, 0, "Animals|*group|*public"},
+        {u"g2", 1, 2, "Empty|*type 2|identifier: id g2|contains 1 group|no lessons|no  storyboards|*"},
+        {u"", 1, 2, "Course|*content database|contains 2 groups|5 lessons|2  storyboards|*public"},
     };
     LessonInfo info;
     FakeSurface roomy(1000);
-    for (auto [lessonID, level, lines] : cases) {
+    for (auto [lessonID, level, gaps, lines] : cases) {
         LinesOf(info, lessonID);
         const int before = MeasurePanel(roomy, info.Layout(std::max(level - 1, 1)));
         FakeSurface surface(level == 1 ? before : before - 1);
@@ -90,6 +97,7 @@ TEST_F(PanelTest, LessonInfoTellsEachKindAtTheLevelThatFits) {
             EXPECT_EQ(line.size, &line == &surface.drawn[0] ? 14 : 8);
             EXPECT_EQ(line.flags, DrawTextFlags::Right | DrawTextFlags::EndEllipsis | DrawTextFlags::NoPrefix);
         }
+        EXPECT_EQ(surface.drawn.back().place.top, 28 + static_cast<int>(surface.drawn.size() - 2) * 16 + gaps);
         EXPECT_EQ(MeasurePanel(roomy, info.Layout(level)), surface.drawn.back().place.top + 16) << "as it is painted";
         const size_t identifier = lines.find("|identifier: ");
         if (level > 1 || identifier == std::string::npos) continue;
