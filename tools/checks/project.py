@@ -35,5 +35,5 @@ def includes(name):
 def finish(problems, done):
     for problem in problems:
         print(problem)
-    print(f"{len(problems)} problems" if problems else done)
+    print(f"{len(problems)} problem{'s' * (len(problems) > 1)}" if problems else done)
     sys.exit(1 if problems else 0)
