@@ -5,30 +5,30 @@
 ' of the catalogs that it lists, in small letters and not the first.
 ' Exit code: 0 everything is as described, 1 something is not.
 Option Explicit
-Dim validator, picker, heard, deviations, course, connector, user, catalog, first
+Dim validator, picker, received, deviations, course, connector, user, catalog, first
 course = WScript.Arguments(0)
 connector = WScript.Arguments(1)
 user = WScript.Arguments(2)
 catalog = WScript.Arguments(3)
 deviations = 0
 
-Sub Expect(what, found, wanted)
-    If CStr(found) = CStr(wanted) Then
+Sub Expect(what, found, expected)
+    If CStr(found) = CStr(expected) Then
         WScript.Echo what & " -> " & found
     Else
-        WScript.Echo what & " -> " & found & ", BUT DESCRIBED AS " & wanted
+        WScript.Echo what & " -> " & found & ", BUT DESCRIBED AS " & expected
         deviations = deviations + 1
     End If
 End Sub
 
 Sub picker_CatalogChanged(dbCatalog, dbUser, dbPassword, title, description)
-    heard = heard & "chosen(" & dbCatalog & ") "
+    received = received & "chosen(" & dbCatalog & ") "
 End Sub
 
 ' The events since the last call.
 Function Events()
-    Events = Trim(heard)
-    heard = ""
+    Events = Trim(received)
+    received = ""
 End Function
 
 Function Outcome(isValid)

@@ -4,33 +4,33 @@
 ' Exit code: 0 everything is as described, 1 something is not.
 Option Explicit
 Const ltGroup = 0, ltLesson = 1, gmtUp = 1, gmtDown = 2, gmtIndent = 3, gmtOutdent = 4, ftTitle = 1, ftID = 4
-Dim editor, other, heard, deviations, total, file, id, answer
+Dim editor, other, received, deviations, total, file, id, answer
 file = WScript.Arguments(0)
 deviations = 0
 
-Sub Expect(what, found, wanted)
-    If CStr(found) = CStr(wanted) Then
+Sub Expect(what, found, expected)
+    If CStr(found) = CStr(expected) Then
         WScript.Echo what & " -> " & found
     Else
-        WScript.Echo what & " -> " & found & ", BUT DESCRIBED AS " & wanted
+        WScript.Echo what & " -> " & found & ", BUT DESCRIBED AS " & expected
         deviations = deviations + 1
     End If
 End Sub
 
 Sub editor_AfterSelectionChange(lessonID)
-    heard = heard & "selected(" & lessonID & ") "
+    received = received & "selected(" & lessonID & ") "
 End Sub
 Sub editor_DataChanged()
-    heard = heard & "changed "
+    received = received & "changed "
 End Sub
 Sub editor_Error(number, description, routine)
-    heard = heard & routine & "(" & number & ") "
+    received = received & routine & "(" & number & ") "
 End Sub
 
 ' The events since the last call.
 Function Events()
-    Events = Trim(heard)
-    heard = ""
+    Events = Trim(received)
+    received = ""
 End Function
 
 ' The entries of this script, in the order of the tree.

@@ -5,29 +5,29 @@
 Option Explicit
 Const ldtAllLocks = 0, ldtUserLocks = 1, ldtLessonLocks = 2, ldtGroupLocks = 3, ldtInvalidLocks = 4
 Const ldtCanDelete = 0, ldtNoDelete = 1, ldtMixed = 2, abort = 3, retry = 4
-Dim locks, heard, deviations, total, file, user, retries
+Dim locks, received, deviations, total, file, user, retries
 file = WScript.Arguments(0)
 user = WScript.Arguments(1)
 deviations = 0
 retries = 0
 
-Sub Expect(what, found, wanted)
-    If CStr(found) = CStr(wanted) Then
+Sub Expect(what, found, expected)
+    If CStr(found) = CStr(expected) Then
         WScript.Echo what & " -> " & found
     Else
-        WScript.Echo what & " -> " & found & ", BUT DESCRIBED AS " & wanted
+        WScript.Echo what & " -> " & found & ", BUT DESCRIBED AS " & expected
         deviations = deviations + 1
     End If
 End Sub
 
 Sub locks_SelectionChanged(deletable)
-    heard = heard & "selection(" & deletable & ") "
+    received = received & "selection(" & deletable & ") "
 End Sub
 Sub locks_DeleteRequest(deletable)
-    heard = heard & "delete(" & deletable & ") "
+    received = received & "delete(" & deletable & ") "
 End Sub
 Sub locks_Error(number, description, occuredWhen, routine, action)
-    heard = heard & routine & "(" & number & ", " & occuredWhen & ", " & action & ") "
+    received = received & routine & "(" & number & ", " & occuredWhen & ", " & action & ") "
     If retries > 0 Then
         retries = retries - 1
         action = retry
@@ -36,8 +36,8 @@ End Sub
 
 ' The events since the last call.
 Function Events()
-    Events = Trim(heard)
-    heard = ""
+    Events = Trim(received)
+    received = ""
 End Function
 
 Function Shown(display)
@@ -56,7 +56,7 @@ locks.Refresh
 Expect "of a missing file: events", Events, "Refresh(-2147467259, updating the lock display, 0)"
 retries = 2
 locks.Refresh
-Expect "Action 4 twice: how often it was asked", UBound(Split(Events, "Refresh(")), 3
+Expect "Action 4 twice: how often Error was raised", UBound(Split(Events, "Refresh(")), 3
 locks.ConnectionString = file
 Expect "LockCount before Refresh", locks.LockCount, 0
 locks.RebuildDisplay

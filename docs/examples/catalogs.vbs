@@ -1,4 +1,4 @@
-' Shows the catalog that the picker chooses, as a host hears of it: through the picker's event.
+' Shows the catalog that the picker chooses, as a host is notified: through the picker's event.
 '   daxscript catalogs.vbs CONNECTION USER [CATALOG]
 Option Explicit
 Dim picker, catalog

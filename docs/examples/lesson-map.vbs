@@ -4,7 +4,7 @@
 Option Explicit
 Const movesRight = 3, movesToNextMap = 5, below = 4
 
-' A map without levels: whatever is put into it stands side by side.
+' A map without levels: all its pages are siblings.
 Class FlatMap
     Public Name
     Public Pages ' the SBIDs, with blanks between them

@@ -6,7 +6,7 @@
 
 namespace dax {
 
-// Numbers that hosts know from ADO, automation, Visual Basic and tree views. They are part of the interface: hosts
+// The numbers of ADO, automation, Visual Basic and tree views. They are part of the interface: hosts
 // compare them, so none is ever changed.
 namespace ErrorNumbers {
 
@@ -14,7 +14,7 @@ namespace ErrorNumbers {
 
 // out of memory
 inline constexpr int32_t OutOfMemory = 7;
-// a value cannot be taken as the wanted type
+// a value cannot be converted to the required type
 inline constexpr int32_t TypeMismatch = 13;
 // a file cannot be read or written, or, from `DatabaseValidator`, none is selected, it is missing, or it is read-only
 inline constexpr int32_t PathFileAccess = 75;
@@ -67,21 +67,21 @@ inline constexpr int32_t DuplicateKey = 35602;
 
 } // namespace ErrorNumbers
 
-// Codes of COM's own interfaces, which come without a description. The shell returns them by the system's names.
+// Codes of COM's own interfaces, which have no description. The COM shell uses the system's names for them.
 //
 // # Of COM
 //
 // CLASS_E_CLASSNOTAVAILABLE = 80040111: the library has no such class, or the class cannot be created alone
 // CLASS_E_NOAGGREGATION = 80040110: a control was to be part of another object
-// CONNECT_E_CANNOTCONNECT = 80040202: a listener lacks the interface of the events
-// CONNECT_E_NOCONNECTION = 80040200: there is no such listener, or no such event interface
+// CONNECT_E_CANNOTCONNECT = 80040202: an event sink lacks the interface of the events
+// CONNECT_E_NOCONNECTION = 80040200: there is no such event sink, or no such event interface
 // CO_E_ALREADYINITIALIZED = 800401F1: the properties of a control are loaded for the second time
-// DISP_E_BADINDEX = 8002000B: a type description other than the first is asked for
-// DISP_E_MEMBERNOTFOUND = 80020003: an object that only listens to events is called for another member
+// DISP_E_BADINDEX = 8002000B: a type description other than the first was requested
+// DISP_E_MEMBERNOTFOUND = 80020003: another member of an object that only receives events was called
 // DISP_E_UNKNOWNINTERFACE = 80020001: a reserved argument of `IDispatch` is not IID_NULL
-// DISP_E_UNKNOWNNAME = 80020006: an object that only listens to events is asked for a member by its name
-// DV_E_DVASPECT = 8004006B: another view than the content, such as an icon, is asked for
-// DV_E_FORMATETC = 80040064: a control's data is asked for in a format that it does not have
+// DISP_E_UNKNOWNNAME = 80020006: an object that only receives events has no members to call by name
+// DV_E_DVASPECT = 8004006B: another view than the content, such as an icon, was requested
+// DV_E_FORMATETC = 80040064: a control's data was requested in a format that it does not have
 // DV_E_TYMED = 80040069: the same, on a medium that it does not have
 // E_FAIL = 80004005: the system refused something, such as a window or a drawing
 // E_INVALIDARG = 80070057: an argument is not valid, such as stored properties that are damaged
@@ -90,8 +90,8 @@ inline constexpr int32_t DuplicateKey = 35602;
 // E_OUTOFMEMORY = 8007000E: out of memory; 7 in scripts
 // E_POINTER = 80004003: there is no place for the result
 // E_UNEXPECTED = 8000FFFF: an unknown failure inside the library
-// INPLACE_E_NOTUNDOABLE = 800401A0: a container asks for its last activation to be undone
-// OLE_E_ADVISENOTSUPPORTED = 80040003: a container asks for notifications that a control does not send
+// INPLACE_E_NOTUNDOABLE = 800401A0: a container requested to undo its last activation
+// OLE_E_ADVISENOTSUPPORTED = 80040003: a container requested notifications that a control does not send
 // OLE_E_NOCONNECTION = 80040004: such a registration does not exist
 // OLE_E_NOTRUNNING = 80040005: the control cannot be activated without a container
 

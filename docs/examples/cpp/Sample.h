@@ -82,7 +82,7 @@ inline void Print(const std::wstring& line) {
     WriteFile(GetStdHandle(STD_OUTPUT_HANDLE), utf8.data(), static_cast<DWORD>(length), &written, nullptr);
 }
 
-// The first word behind the program's name.
+// The first argument of the program.
 inline std::wstring FirstArgument() {
     int count = 0;
     wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);

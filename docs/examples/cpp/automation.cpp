@@ -10,7 +10,7 @@ using namespace sample;
 
 namespace {
 
-// Early bound: the compiler knows the interfaces from the header.
+// Early bound: the header declares the interfaces.
 bool IsValid(const Text& file) {
     Pointer<_DatabaseValidator> validator;
     Check(CoCreateInstance(CLSID_DatabaseValidator, nullptr, CLSCTX_INPROC_SERVER, IID__DatabaseValidator,
@@ -24,7 +24,7 @@ bool IsValid(const Text& file) {
     return isValid != VARIANT_FALSE;
 }
 
-// Late bound: by name at run time, as scripts do. The arguments stand in reverse order.
+// Late bound: by name at run time, as scripts do. The arguments are in reverse order.
 std::wstring Call(IDispatch* object, const wchar_t* member, VARIANT* arguments, UINT count) {
     LPOLESTR name = const_cast<LPOLESTR>(member);
     DISPID dispid = DISPID_UNKNOWN;

@@ -1,7 +1,7 @@
 // A window that holds two controls in the system's own container: the hierarchy of a course on the left, the panel
-// about the selected entry on the right. The program hears the hierarchy's events and says what it hears.
+// about the selected entry on the right. The program prints the hierarchy's events.
 //   container FILE
-// Exit code: 0 the course was shown, 1 it could not be. The controls are found as automation.cpp tells.
+// Exit code: 0 the course was shown, 1 it could not be. The controls are found as automation.cpp describes.
 //   g++ -std=c++20 -static -I ../../include container.cpp -lole32 -loleaut32 -luuid
 //   cl /std:c++20 /EHsc /I ..\..\include container.cpp ole32.lib oleaut32.lib shell32.lib user32.lib
 #include "Sample.h"
@@ -30,7 +30,7 @@ public:
         *object = isKnown ? static_cast<IDispatch*>(this) : nullptr;
         return isKnown ? S_OK : E_NOINTERFACE;
     }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; } // lives as long as the window
+    STDMETHODIMP_(ULONG) AddRef() override { return 2; } // exists as long as the window
     STDMETHODIMP_(ULONG) Release() override { return 1; }
     STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
@@ -134,7 +134,7 @@ int Run(const std::wstring& file) {
     VARIANT_BOOL isLoaded = VARIANT_FALSE;
     Check(hierarchy.control->put_ConnectionString(Text(file)), L"ConnectionString");
     Check(hierarchy.control->LoadDatabase(&isLoaded), L"LoadDatabase");
-    if (!isLoaded) { // the event has told why
+    if (!isLoaded) { // the event has reported why
         DestroyWindow(window);
         return 1;
     }

@@ -265,7 +265,7 @@ begin
   Press(Map.ComServer, VK_DELETE, False);
   SendMessageW(GetFocus, WM_LBUTTONDBLCLK, MK_LBUTTON, $00080030); { on a caption: checks it and what is below it }
   Patience := GetTickCount64 + 5000;
-  while not Host.SawChecks and (GetTickCount64 < Patience) do { one event tells of all changes, a moment later }
+  while not Host.SawChecks and (GetTickCount64 < Patience) do { one event reports all changes, a moment later }
   begin
     HandleMessages;
     Sleep(10);
