@@ -107,7 +107,7 @@ void Copy(benchmark::State& state, Engine engine) {
         },
         engine == Engine::SQLite ? 1.5 : 3, &bench::Times::clock);
     for (const auto* database : {&loaded, &copied})
-        if (database->Ask(u"SELECT Count(*) FROM velmoraLessons") != ToText(rowCount))
+        if (database->Query(u"SELECT Count(*) FROM velmoraLessons") != ToText(rowCount))
             state.SkipWithError("rows are missing");
     state.SetItemsProcessed(state.iterations() * rowCount);
 }

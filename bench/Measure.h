@@ -47,7 +47,7 @@ Times Measured(Work work) {
     return {clock.count(), static_cast<double>(std::clock() - beginOfProcessor) / CLOCKS_PER_SEC};
 }
 
-// Does one and the other in turn, so that what else the machine does meets both alike. The fastest turn of each and
+// Runs both alternately, so that other load of the machine affects both the same. The fastest turn of each and
 // the median of the ratios go to the table. Nothing is promised of the ratio when `ratioAtMost` is 0.
 template <typename Plain, typename Ours>
 void InTurn(benchmark::State& state, Plain plain, Ours ours, double ratioAtMost, double Times::*compared) {

@@ -1,6 +1,6 @@
 """Prints the result of Google Benchmark as a table. A row's name is "group/what"; each row is compared with the first
 of its group, by processor time, or by the clock where a server works (marked *). Of repetitions the fastest counts.
-A name "group/first/second" stands for two rows that were measured in turn: their ratio is the median of the turns'."""
+A name "group/first/second" means two rows that were measured alternately: their ratio is the median of the turns'."""
 import json
 import re
 import sys
@@ -108,7 +108,7 @@ def main():
                 print(f"{label:<{width}}  {row.failure}")
                 continue
             if row.seconds == float("inf"):
-                continue  # its partner tells why
+                continue  # its partner has the reason
             base = base or row.seconds
             ratio = row.ratio or row.seconds / base
             mark = "*" if row.by_clock else " "

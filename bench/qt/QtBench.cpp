@@ -80,7 +80,7 @@ void Save(benchmark::State& state, int64_t size) {
 } // namespace dax
 
 int main(int count, char** arguments) {
-    const QCoreApplication application(count, arguments); // Qt's drivers want one
+    const QCoreApplication application(count, arguments); // required by Qt's drivers
     for (const auto& [size, turns] : dax::bench::sizes) {
         const std::string what = std::to_string(size) + " lessons, beside Qt/Qt/GroupEditor";
         dax::bench::Register(

@@ -22,7 +22,7 @@ Author::Author(int number, const Text& connectionString)
     : name(u"author" + ToText(number)), connectionString(connectionString), random(static_cast<unsigned>(number)) {
     editor->SetConnectionString(connectionString);
     editor->Error.Add([this](int32_t code, const Text& description, const Text& method) {
-        heard += method;
+        received += method;
         if (code == 0 || description.empty()) ReportFault("an Error event that says nothing");
     });
     for (LockManager* locker : {&manager, &sweeper}) {
@@ -31,7 +31,7 @@ Author::Author(int number, const Text& connectionString)
         locker->username = name;
         locker->SetupColumns();
         locker->Error.Add([this](int32_t code, const Text& description, const Text&, const Text& routine, int32_t&) {
-            heard += routine;
+            received += routine;
             if (code == 0 || description.empty()) ReportFault("an Error event that says nothing");
         });
     }
@@ -41,16 +41,16 @@ Author::Author(int number, const Text& connectionString)
 }
 
 void Author::ReportFault(const std::string& what) {
-    hasComplained = true;
-    if (complaints.size() < 20) complaints.push_back(ToUtf8(name) + ": " + what);
+    hasFailed = true;
+    if (faults.size() < 20) faults.push_back(ToUtf8(name) + ": " + what);
 }
 
 // What the method answers and what its event says must agree.
 bool Author::Reports(const char16_t* method, const std::function<bool()>& call) {
-    heard.clear();
+    received.clear();
     const bool isDone = call();
-    if (heard != (isDone ? u"" : method))
-        ReportFault(ToUtf8(method) + (isDone ? " succeeded" : " failed") + " and raised \"" + ToUtf8(heard) + "\"");
+    if (received != (isDone ? u"" : method))
+        ReportFault(ToUtf8(method) + (isDone ? " succeeded" : " failed") + " and raised \"" + ToUtf8(received) + "\"");
     if (!isDone) ++refused;
     return isDone;
 }
@@ -67,7 +67,7 @@ bool Author::Asks(const std::function<void()>& statements) {
 }
 
 bool Author::Work() {
-    if (!Settle() || !LoadTree()) return false;
+    if (!FinishPending() || !LoadTree()) return false;
     EditTree();
     if (!SaveTree() || !EditPages() || !TakeLock() || !ListLocks() || !ClearLocks()) return false;
     if (name == u"author0" && !SweepLocks()) return false;
@@ -75,8 +75,8 @@ bool Author::Work() {
     return true;
 }
 
-// A save that failed changed nothing, but where the server went in the midst of the commit: then all or nothing.
-bool Author::Settle() {
+// A save that failed changed nothing, unless the server stopped during the commit: then all or nothing.
+bool Author::FinishPending() {
     if (!pending) return true;
     std::map<Text, Text> stored;
     if (!Asks([&] {
@@ -114,7 +114,7 @@ void Author::CheckTitle(const Text& id, const Text& title) {
     int save = -1;
     std::from_chars(said.data() + blank + 1, said.data() + said.size(), save);
     const auto row = rows.find(id);
-    if (title != Title(save) || save > version || (row != rows.end() && save < row->second.born))
+    if (title != Title(save) || save > version || (row != rows.end() && save < row->second.added))
         ReportFault("the title \"" + said + "\" of " + ToUtf8(id) +
                     " was never saved (saves: " + std::to_string(version) + ")");
 }
@@ -241,7 +241,7 @@ bool Author::TakeLock() {
 bool Author::ListLocks() {
     if (!Reports(u"Refresh", [this] {
             manager.Refresh();
-            return heard.empty();
+            return received.empty();
         }))
         return false;
     std::set<Text> listed;
@@ -255,7 +255,7 @@ bool Author::ListLocks() {
         const bool wasToGo = unclearDeletes.contains(session);
         if (wasToGo && isOnLesson) ++(isThere ? kept : unclear);
         if (isThere) said.isUnclear = false;
-        // Whoever sweeps takes those on lessons that are gone.
+        // The sweeping author takes those on lessons that were deleted.
         if (!isThere && !said.isUnclear && !wasToGo && isOnLesson)
             ReportFault("the lock " + ToUtf8(session) + " is lost");
         lock = isThere ? std::next(lock) : locks.erase(lock);
@@ -273,17 +273,17 @@ bool Author::ClearLocks() {
         list->SetSelected(item, true);
         chosen.insert(manager.Records()[static_cast<size_t>(list->Items()[item].tag)].sessionID);
     }
-    heard.clear();
+    received.clear();
     if (locks.size() >= usualLocks) manager.DeleteSelected();
-    if (heard.starts_with(u"DeleteSelected")) {
+    if (received.starts_with(u"DeleteSelected")) {
         unclearDeletes = chosen;
     } else if (locks.size() >= usualLocks) {
         for (const Text& session : chosen) locks.erase(session);
     }
-    if (heard.empty()) return true;
+    if (received.empty()) return true;
     // What follows the deletion may fail, too.
-    if (heard != u"DeleteSelected" && heard != u"Refresh")
-        ReportFault("one failure is told as \"" + ToUtf8(heard) + "\"");
+    if (received != u"DeleteSelected" && received != u"Refresh")
+        ReportFault("one failure is reported as \"" + ToUtf8(received) + "\"");
     ++refused;
     return false;
 }
@@ -292,13 +292,13 @@ bool Author::SweepLocks() {
     return Reports(u"Refresh",
                    [this] {
                        sweeper.Refresh();
-                       return heard.empty();
+                       return received.empty();
                    }) &&
            Reports(u"DeleteSelected", [this] {
                for (size_t item = 0; item < sweepList->Items().size(); ++item) sweepList->SetSelected(item, true);
                sweeper.DeleteSelected();
-               if (heard == u"Refresh") heard = u"DeleteSelected"; // it was deleted, and cannot be shown
-               return heard.empty();
+               if (received == u"Refresh") received = u"DeleteSelected"; // it was deleted, and cannot be shown
+               return received.empty();
            });
 }
 
@@ -321,7 +321,7 @@ void Author::Verify() {
     });
 }
 
-void Author::Rest() {
+void Author::ReleaseAll() {
     editor->Clear();
     pageEditor->SetLesson(nullptr);
     for (const auto& shown : {list, sweepList}) shown->ClearItems();

@@ -1,5 +1,5 @@
 // One simulated author at work on a catalog that others change at the same time. The author remembers what was saved
-// and complains of everything that is not as it must be then.
+// and reports everything that is not as it must be then.
 #pragma once
 
 #include "hierarchy/GroupEditor.h"
@@ -14,8 +14,8 @@
 
 namespace dax::soak {
 
-// Rows belong to the author who added them: nobody else removes them or changes their pages. Everybody saves whole
-// trees, though, so that a row's title, place and parent are those of whoever saved last.
+// Rows belong to the author who added them: no other removes them or changes their pages. Everybody saves whole
+// trees, though, so that a row's title, place and parent are those of the author who saved last.
 class Author {
 public:
     Author(int number, const Text& connectionString);
@@ -23,32 +23,32 @@ public:
     // Loads the tree, edits and saves it, edits a lesson's pages, takes locks and clears some. False as soon as
     // something fails that may succeed another time; what was pending then is carried on with next time.
     bool Work();
-    // Brings to an end what is pending, when the server lets it.
-    bool Settle();
+    // Completes what is pending, when the server allows it.
+    bool FinishPending();
     // Everything that was saved must be there, nothing else of this author's, and no lock of anybody's on lessons that
-    // are gone. For a time at which nobody works.
+    // were deleted. For a time at which no author works.
     void Verify();
-    // Lets go of what is shown.
-    void Rest();
+    // Clears what is shown.
+    void ReleaseAll();
 
     size_t RowCount() const { return rows.size(); }
     size_t LockCount() const { return locks.size(); }
-    const std::vector<std::string>& Complaints() const { return complaints; }
+    const std::vector<std::string>& Faults() const { return faults; }
 
     // Read while the author works in another thread.
     std::atomic<int> rounds = 0, saves = 0, refused = 0;
-    std::atomic<bool> hasComplained = false;
+    std::atomic<bool> hasFailed = false;
 
 private:
     struct Row {
         LessonTypes type = ltLesson;
-        int born = 0;              // the save that added it
+        int added = 0;             // the save that added it
         Text pages;                // the lesson's data
-        std::optional<Text> tried; // what it may be instead: nobody knows how the update ended
+        std::optional<Text> tried; // what it may be instead: the result of the update is unknown
     };
     struct Lock {
         Text lessonID;
-        bool isUnclear = false; // nobody knows whether it was taken
+        bool isUnclear = false; // it is unknown whether it was taken
     };
     struct Edit {
         std::map<Text, Row> added;
@@ -81,14 +81,14 @@ private:
     std::shared_ptr<LessonMapEditor> pageEditor = LessonMapEditor::Create();
     std::shared_ptr<ListModel> list = std::make_shared<ListModel>(), sweepList = std::make_shared<ListModel>();
     LockManager manager{list}, sweeper{sweepList};
-    Text heard; // the methods named by the Error events of the running call
+    Text received; // the methods named by the Error events of the running call
 
     std::map<Text, Row> rows;
     std::map<Text, Lock> locks; // by session
     std::set<Text> unclearDeletes;
     std::optional<Edit> pending;
     int version = 0, lastRow = 0, lastLock = 0;
-    std::vector<std::string> complaints;
+    std::vector<std::string> faults;
 };
 
 } // namespace dax::soak

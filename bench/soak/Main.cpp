@@ -15,9 +15,9 @@ int main(int count, char** arguments) {
     }
     try {
         const dax::soak::Result result = dax::soak::Run(0, minutes, isOnCluster);
-        for (const std::string& complaint : result.complaints) std::cout << complaint << "\n";
+        for (const std::string& fault : result.faults) std::cout << fault << "\n";
         std::cout << result.summary << std::endl;
-        return result.complaints.empty() ? 0 : 1;
+        return result.faults.empty() ? 0 : 1;
     } catch (const std::exception& error) {
         std::cerr << error.what() << std::endl;
         return 1;

@@ -79,12 +79,12 @@ public:
         untilTime();
         isOver = true;
         for (std::thread& thread : threads) thread.join();
-        Rest();
+        ReleaseAll();
     }
-    // Until it holds for each author, or all is in vain.
+    // Until it holds for each author, or one has reported a fault.
     void WaitFor(const std::function<bool(size_t)>& holds) {
         for (size_t i = 0; i < authors.size(); ++i) {
-            for (int last = -1; !holds(i) && !IsInVain();) {
+            for (int last = -1; !holds(i) && !HasFailed();) {
                 const int now = Progress();
                 if (now != last) lastProgress = Clock::now();
                 last = now;
@@ -97,8 +97,8 @@ public:
             }
         }
     }
-    bool IsInVain() const {
-        return std::ranges::any_of(authors, [](const auto& author) { return author->hasComplained.load(); });
+    bool HasFailed() const {
+        return std::ranges::any_of(authors, [](const auto& author) { return author->hasFailed.load(); });
     }
     void WaitForRounds(int count) {
         std::vector<int> before;
@@ -112,13 +112,13 @@ public:
     }
     void Compare() {
         const size_t heapNow = HeapBytes(), filesNow = OpenFiles();
-        // MariaDB's driver keeps a kilobyte of each connection for good, so that on the cluster growth tells nothing.
+        // MariaDB's driver never frees a kilobyte of each connection, so that on the cluster growth means nothing.
         if (!isOnCluster && heapNow > heap + allowedGrowth)
-            result.complaints.push_back("the heap grew from " + std::to_string(heap) + " to " +
-                                        std::to_string(heapNow) + " bytes");
+            result.faults.push_back("the heap grew from " + std::to_string(heap) + " to " + std::to_string(heapNow) +
+                                    " bytes");
         if (filesNow != files)
-            result.complaints.push_back("open files: first " + std::to_string(files) + ", at last " +
-                                        std::to_string(filesNow));
+            result.faults.push_back("open files: first " + std::to_string(files) + ", at last " +
+                                    std::to_string(filesNow));
         result.summary += "heap " + std::to_string(heap) + " -> " + std::to_string(heapNow) + " bytes, open files " +
                           std::to_string(files) + " -> " + std::to_string(filesNow) + ", ";
     }
@@ -126,16 +126,16 @@ public:
     void Verify() {
         size_t rows = 0, locks = 0;
         for (const auto& author : authors) {
-            for (int tries = 0; !author->Settle() && tries < 50; ++tries) {
+            for (int tries = 0; !author->FinishPending() && tries < 50; ++tries) {
             }
             author->Verify();
         }
         for (const auto& author : authors) {
-            author->Verify(); // anew: somebody's sweeping may have taken a lock
+            author->Verify(); // again: another author's sweeping may have taken a lock
             rows += author->RowCount();
             locks += author->LockCount();
-            const auto& said = author->Complaints();
-            result.complaints.insert(result.complaints.end(), said.begin(), said.end());
+            const auto& said = author->Faults();
+            result.faults.insert(result.faults.end(), said.begin(), said.end());
         }
         Expect(u"SELECT Count(*) FROM velmoraLessons", rows, "rows");
         Expect(u"SELECT Count(*) FROM velmoraUserLocks", locks, "locks");
@@ -159,34 +159,34 @@ private:
         int rounds = 0, saves = 0, refused = 0;
         for (const auto& author : authors) rounds += author->rounds, saves += author->saves, refused += author->refused;
         return std::to_string(rounds) + " rounds, " + std::to_string(saves) + " saves, " + std::to_string(refused) +
-               " operations refused and told";
+               " operations refused with an error";
     }
     void Report() {
         if (planned <= 0 || Clock::now() - lastReport < 1min) return;
         lastReport += 1min;
         std::cout << "minute " << (lastReport - begin) / 1min << " of " << planned << ": " << Counted() << ", heap "
                   << HeapBytes() << " bytes, " << OpenFiles() << " open files, "
-                  << (IsInVain() ? "complaints" : "no complaint") << std::endl;
+                  << (HasFailed() ? "faults" : "no fault") << std::endl;
     }
     void Expect(const Text& query, size_t expected, const std::string& what) {
-        const Text found = database.Ask(query);
+        const Text found = database.Query(query);
         if (found != ToText(static_cast<long long>(expected)))
-            result.complaints.push_back(std::to_string(expected) + " " + what + " were saved, and there are " +
-                                        ToUtf8(found));
+            result.faults.push_back(std::to_string(expected) + " " + what + " were saved, and there are " +
+                                    ToUtf8(found));
     }
-    void Rest() {
-        for (const auto& author : authors) author->Rest();
+    void ReleaseAll() {
+        for (const auto& author : authors) author->ReleaseAll();
         // A connection that was closed a moment ago may not have ended yet on the server.
         const auto end = Clock::now() + 30s;
         Text left;
         do {
-            left = database.Ask(
+            left = database.Query(
                 isOnCluster ? u"SELECT Count(*) FROM information_schema.PROCESSLIST WHERE DB = "
                               u"DATABASE() AND ID <> CONNECTION_ID()"
                             : u"SELECT Count(*) FROM pg_stat_activity WHERE datname = current_database() AND pid <> "
                               u"pg_backend_pid() AND backend_type = 'client backend'");
         } while (left != u"0" && Clock::now() < end);
-        if (left != u"0") result.complaints.push_back(ToUtf8(left) + " connections are left open");
+        if (left != u"0") result.faults.push_back(ToUtf8(left) + " connections are left open");
     }
     int Progress() const {
         int sum = 0;
@@ -213,7 +213,7 @@ Result Run(int rounds, double minutes, bool isOnCluster) {
     soak.Stretch([&] {
         const auto end = Clock::now() + std::chrono::duration<double, std::ratio<60>>(minutes / 2);
         if (minutes <= 0) soak.WaitForRounds(rounds);
-        while (Clock::now() < end && !soak.IsInVain()) soak.WaitForRounds(1);
+        while (Clock::now() < end && !soak.HasFailed()) soak.WaitForRounds(1);
     });
     soak.Compare();
     soak.Verify();

@@ -8,12 +8,12 @@
 namespace dax::soak {
 
 struct Result {
-    std::vector<std::string> complaints; // empty: all is well
-    std::string summary;                 // for people
+    std::vector<std::string> faults; // empty: all is well
+    std::string summary;             // for people
 };
 
 // So many rounds of each author before the server stops and as many after it; with `minutes` that long instead.
-// A short stretch of the same goes before, so that what is held at the end can be compared with what was held then.
+// A short run of the same precedes it, so that what is held at the end can be compared with what was held then.
 // Throws std::runtime_error when the server does not start.
 Result Run(int rounds, double minutes = 0, bool isOnCluster = false);
 

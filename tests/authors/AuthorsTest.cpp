@@ -13,7 +13,7 @@
 namespace dax {
 namespace {
 
-class Authors : public test::EngineTest, protected test::HeardEditor {
+class Authors : public test::EngineTest, protected test::RecordingEditor {
 protected:
     void SetUp() override {
         EngineTest::SetUp();
@@ -27,7 +27,7 @@ INSTANTIATE_TEST_SUITE_P(Engines, Authors, ::testing::ValuesIn(test::AllEngines(
 TEST_P(Authors, ASaveThatChecksRefusesWhatAnotherHasChanged) {
     struct Case {
         std::vector<Text> elsewhere;
-        Text told; // empty: nothing that counts was changed
+        Text conflict; // empty: nothing that counts was changed
     };
     std::vector<Text> many;
     for (int i = 0; i < 12; ++i) many.push_back(test::RowStatement(u"m" + ToText(i), u"M", u"g", 2, 9, 1));
@@ -59,20 +59,20 @@ TEST_P(Authors, ASaveThatChecksRefusesWhatAnotherHasChanged) {
         database->Run(each.elsewhere);
         const auto rows = test::ReadRows(database->ConnectionString());
         const Text shape = Shape();
-        EXPECT_EQ(editor->SaveDatabase(), each.told.empty()) << ToUtf8(error);
+        EXPECT_EQ(editor->SaveDatabase(), each.conflict.empty()) << ToUtf8(error);
         EXPECT_EQ(Shape(), shape);
-        if (each.told.empty()) continue;
+        if (each.conflict.empty()) continue;
         EXPECT_EQ(errorNumber, ErrorNumbers::Conflict);
-        EXPECT_NE(error.find(each.told), Text::npos) << ToUtf8(error);
+        EXPECT_NE(error.find(each.conflict), Text::npos) << ToUtf8(error);
         EXPECT_EQ(test::ReadRows(database->ConnectionString()), rows);
         editor->SetConflictCheck(false);
         EXPECT_TRUE(editor->SaveDatabase()) << ToUtf8(error);
     }
 }
 
-// What an author was told that it is saved.
+// An author, with what the saves reported as saved.
 struct Log {
-    std::vector<std::pair<Text, Text>> marks; // an entry, and what was put behind its title
+    std::vector<std::pair<Text, Text>> marks; // an entry, and what was appended to its title
     std::vector<Text> added;
     int refusals = 0;
 };
@@ -81,8 +81,8 @@ constexpr int wanted = 30; // saves of all authors
 
 void Work(const Text& connectionString, int number, std::atomic<int>& saves, Log& log) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(2);
-    test::HeardEditor heard;
-    GroupEditor& editor = *heard.editor;
+    test::RecordingEditor recorded;
+    GroupEditor& editor = *recorded.editor;
     editor.SetConnectionString(connectionString);
     editor.SetConflictCheck(true);
     std::mt19937 random(static_cast<unsigned>(number));
@@ -126,7 +126,7 @@ void FourAuthorsLoseNothing(const std::vector<Text>& connectionStrings) {
             EXPECT_NE(rows.at(id).find(mark), Text::npos) << ToUtf8(mark) << " is lost from " << ToUtf8(rows.at(id));
     }
     for (const auto& [id, row] : rows) marks += std::ranges::count(row.substr(0, row.find(u'|')), u'.');
-    EXPECT_EQ(marks, saves) << "titles hold what nobody was told to be saved";
+    EXPECT_EQ(marks, saves) << "titles hold what no save reported as saved";
     EXPECT_GE(saves, wanted);
     std::cout << saves << " saves, " << refusals << " refused\n";
 }
@@ -158,9 +158,9 @@ protected:
         database->Run(rows);
     }
     // The rows through each node are those of one tree.
-    void ExpectRowsOf(test::HeardEditor& author) {
+    void ExpectRowsOf(test::RecordingEditor& author) {
         for (const Text& string : strings) {
-            test::HeardEditor other;
+            test::RecordingEditor other;
             other.editor->SetConnectionString(string);
             ASSERT_TRUE(other.editor->LoadDatabase()) << ToUtf8(other.error);
             EXPECT_EQ(other.Shape(), author.Shape());
@@ -170,27 +170,27 @@ protected:
     static inline std::unique_ptr<test::OwnServer> cluster;
     std::unique_ptr<test::TestDatabase> database;
     std::vector<Text> strings;
-    test::HeardEditor authors[3];
+    test::RecordingEditor authors[3];
 };
 
 TEST_F(AuthorsOnACluster, ReadWhatWasWrittenElsewhere) {
     Fill(1);
     for (int i = 0; i < 100; ++i) {
-        test::HeardEditor& writer = authors[i % 3];
+        test::RecordingEditor& writer = authors[i % 3];
         ASSERT_TRUE(writer.editor->LoadDatabase());
         writer.editor->UpdateLesson(u"e1", ToText(i), u"", ltLesson);
         ASSERT_TRUE(writer.editor->SaveDatabase()) << ToUtf8(writer.error);
-        for (test::HeardEditor& reader : authors) {
+        for (test::RecordingEditor& reader : authors) {
             ASSERT_TRUE(reader.editor->LoadDatabase());
             ASSERT_EQ(reader.editor->GetLessonTitle(u"e1"), ToText(i));
         }
     }
 }
 
-TEST_F(AuthorsOnACluster, TheLoserOfAConflictIsToldAndSavesNext) {
+TEST_F(AuthorsOnACluster, TheLoserOfAConflictGetsAnErrorAndCanSaveNext) {
     Fill(300);
-    bool wasTold = false;
-    for (int round = 0; round < 50 && !wasTold; ++round) {
+    bool hasConflict = false;
+    for (int round = 0; round < 50 && !hasConflict; ++round) {
         bool isSaved[2];
         {
             std::vector<std::jthread> saving;
@@ -203,15 +203,15 @@ TEST_F(AuthorsOnACluster, TheLoserOfAConflictIsToldAndSavesNext) {
         }
         ASSERT_TRUE(isSaved[0] || isSaved[1]) << ToUtf8(authors[0].error);
         if (isSaved[0] && isSaved[1]) continue;
-        wasTold = true;
-        test::HeardEditor& winner = authors[isSaved[0] ? 0 : 1];
-        test::HeardEditor& loser = authors[isSaved[0] ? 1 : 0];
+        hasConflict = true;
+        test::RecordingEditor& winner = authors[isSaved[0] ? 0 : 1];
+        test::RecordingEditor& loser = authors[isSaved[0] ? 1 : 0];
         EXPECT_NE(loser.error.find(u"at the same moment"), Text::npos) << ToUtf8(loser.error);
         ExpectRowsOf(winner);
         EXPECT_TRUE(modTVW::NodeExists(loser.editor->Tree(), u"n" + ToText(round * 2 + (isSaved[0] ? 1 : 0))));
         EXPECT_TRUE(loser.editor->SaveDatabase()) << ToUtf8(loser.error);
     }
-    EXPECT_TRUE(wasTold) << "no two saves met";
+    EXPECT_TRUE(hasConflict) << "no two saves met";
 }
 
 TEST_F(AuthorsOnACluster, FourLoseNothing) {
@@ -219,9 +219,9 @@ TEST_F(AuthorsOnACluster, FourLoseNothing) {
     FourAuthorsLoseNothing(strings);
 }
 
-TEST_F(AuthorsOnACluster, NodesGoAndComeBack) {
+TEST_F(AuthorsOnACluster, NodesFailAndComeBack) {
     Fill(3000);
-    test::HeardEditor& author = authors[1];
+    test::RecordingEditor& author = authors[1];
     ASSERT_TRUE(author.editor->LoadDatabase());
     const Text before = author.Shape();
     author.editor->SetCurrentLessonID(u"e7");
@@ -233,18 +233,18 @@ TEST_F(AuthorsOnACluster, NodesGoAndComeBack) {
     EXPECT_FALSE(author.editor->SaveDatabase());
     SetStatementObserver({});
     EXPECT_NE(author.error.find(u"connection to the server was lost"), Text::npos) << ToUtf8(author.error);
-    EXPECT_FALSE(author.editor->SaveDatabase()); // nobody is there
+    EXPECT_FALSE(author.editor->SaveDatabase()); // no server
     ASSERT_TRUE(authors[0].editor->LoadDatabase()) << ToUtf8(authors[0].error);
     EXPECT_EQ(authors[0].Shape(), before);
 
-    // The rest goes on without it, and has something to tell it when it comes back.
+    // The other nodes continue without it, and have changes for it when it comes back.
     authors[0].editor->UpdateLesson(u"e1", u"Meanwhile", u"", ltLesson);
     EXPECT_TRUE(authors[0].editor->SaveDatabase()) << ToUtf8(authors[0].error);
     cluster->StartNode(2);
     EXPECT_TRUE(author.editor->SaveDatabase()) << ToUtf8(author.error);
     ExpectRowsOf(author);
 
-    // Less than half of the nodes: nothing is read or written, until somebody says that it goes on from here.
+    // Less than half of the nodes: nothing is read or written until it is bootstrapped.
     cluster->KillNode(2);
     cluster->KillNode(3);
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);

@@ -47,7 +47,7 @@ TEST(SecretsTest, MasksEveryPasswordAndNothingElse) {
         EXPECT_EQ(ToUtf8(found), ToUtf8(passwords)) << ToUtf8(text);
         EXPECT_EQ(ToUtf8(Error(1, text).Description()), ToUtf8(masked));
     }
-    // What a driver says without the keyword: a short password only where it is a word of its own.
+    // Messages of drivers without the keyword: a short password only where it is a word of its own.
     const Text known[] = {u"ab", u"", u"geheim", u"four"};
     EXPECT_EQ(ToUtf8(MaskPasswords(u"\"geheim2\" of ab, not abc or cab", known)), "\"••••2\" of ••••, not abc or cab");
     EXPECT_EQ(ToUtf8(MaskPasswords(u"ab, nfours, ab", known)), "••••, n••••s, ••••");

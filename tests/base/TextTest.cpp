@@ -26,7 +26,7 @@ TEST(TextTest, ConvertsToUtf8AndBack) {
         {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},           // a surrogate
         {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"}, // beyond the last character
         {"\xFF\xFE", u"\uFFFD\uFFFD"},
-        {"\xC3\xA9\xA9", u"\u00E9\uFFFD"}, // one byte more than the first promises
+        {"\xC3\xA9\xA9", u"\u00E9\uFFFD"}, // one byte more than the first one announces
         {"\xF0\x9F\x98\x80\x80", u"\U0001F600\uFFFD"},
     };
     for (const auto& [utf8, text] : rows) {
@@ -81,7 +81,7 @@ TEST(TextTest, ComparesWithoutCaseInEveryScript) {
         {u"ø", u"o", false, false},
         {u"\U0001F600", u"", false, false},
         {u"Ä\xD83D", u"ä\xD83D", true, true},       // half a pair
-        {u"\xD801\xE000", u"\xD801", false, false}, // and another character behind it
+        {u"\xD801\xE000", u"\xD801", false, false}, // and another character after it
         {u"ァヶ！～ｦﾝ", u"ぁゖ!~をん", false, true},
         // Syllables of the first and the last letters, and what is beyond them.
         {u"\u1100\u1161\u11A8 \u1112\u1175\u11C2", u"\uAC01 \uD7A3", false, true},

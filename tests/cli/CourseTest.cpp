@@ -31,13 +31,14 @@ protected:
         return RunOn(database.ConnectionString(), line, input);
     }
     void Expect(std::initializer_list<Said> cases) const { ExpectSaid(database.ConnectionString(), cases); }
-    // Each entry behind its group, group by group.
+    // Each entry after its group, group by group.
     Text Shape() const {
-        return database.Ask(u"SELECT group_concat(parentID || '/' || lessonID, ' ') FROM (SELECT * FROM velmoraLessons "
-                            u"ORDER BY indentLevel, parentID, sortPosition)");
+        return database.Query(
+            u"SELECT group_concat(parentID || '/' || lessonID, ' ') FROM (SELECT * FROM velmoraLessons "
+            u"ORDER BY indentLevel, parentID, sortPosition)");
     }
-    Text Map() const { return database.Ask(u"SELECT lessonData FROM velmoraLessons WHERE lessonID = 'l1'"); }
-    Text Locks() const { return database.Ask(u"SELECT group_concat(machineName, '') FROM velmoraUserLocks"); }
+    Text Map() const { return database.Query(u"SELECT lessonData FROM velmoraLessons WHERE lessonID = 'l1'"); }
+    Text Locks() const { return database.Query(u"SELECT group_concat(machineName, '') FROM velmoraUserLocks"); }
 
     const TestDatabase database{Engine::SQLite};
 };
@@ -139,7 +140,7 @@ TEST_F(CourseTest, IsEditedInOneTransaction) {
 }
 
 TEST_F(CourseTest, WhatSomebodyEditsIsLeftAlone) {
-    // Reading is no editing; nobody can edit a group, so that lock is a left-over.
+    // Reading is no editing; groups cannot be edited, so that lock is a left-over.
     database.Run({LockRow(u"l1", u"юлия", u"m1", 1), LockRow(u"l1", u"anna", u"m1", 3),
                   LockRow(u"l2", u"boris", u"m1", 2), LockRow(u"g2", u"carl", u"m1", 1)});
     for (const std::string line : {"update L-1 title T", "remove l1", "move l1 down", "update G-1 title T",
@@ -170,7 +171,7 @@ TEST_F(CourseTest, MapsAreChanged) {
             {"map L-1 --rename new --title \"Newer 語\" --identifier N", 0, "Main ("},
             {"map L-1 --remove n2", 0, "Main ("},
             {"map L-1 --add First --sbid n3 --before s3", 0, "Added: n3"}});
-    // New storyboards stand behind those that were there at first.
+    // New storyboards are after those that were there at first.
     Text changed = storyboards;
     const Text first = u"storyboard\ts1\ttitle\tINTRO\tWelcome\n";
     changed.erase(changed.find(first), first.size());

@@ -11,7 +11,7 @@
 namespace dax::test {
 namespace {
 
-Text Ask(const Text& connection, const Text& query) {
+Text Query(const Text& connection, const Text& query) {
     Recordset rows;
     rows.Open(query, connection);
     return Text(rows.FieldText(0));
@@ -24,17 +24,17 @@ TEST(SampleTest, MakesTheCourseThatWasAskedFor) {
         file = folder.File(u"Kurs 語 😀 O'N " + lessons + u".db");
         ExpectSaid(file, {{"sample --lessons " + ToUtf8(lessons), 0, ""},
                           {"validate", 0, "file '" + ToUtf8(file) + "' validated on "}});
-        EXPECT_EQ(Ask(file, u"SELECT Count(*) FROM velmoraLessons WHERE lessonType = 1"), lessons);
+        EXPECT_EQ(Query(file, u"SELECT Count(*) FROM velmoraLessons WHERE lessonType = 1"), lessons);
         // Every parent is there and is a group one level higher; no two siblings share a place.
-        EXPECT_EQ(Ask(file, u"SELECT Count(*) FROM velmoraLessons c LEFT JOIN velmoraLessons p ON c.parentID = "
-                            u"p.lessonID WHERE NOT ((c.parentID = '' AND c.indentLevel = 1) OR (p.lessonType = 0 AND "
-                            u"c.indentLevel = p.indentLevel + 1))"),
+        EXPECT_EQ(Query(file, u"SELECT Count(*) FROM velmoraLessons c LEFT JOIN velmoraLessons p ON c.parentID = "
+                              u"p.lessonID WHERE NOT ((c.parentID = '' AND c.indentLevel = 1) OR (p.lessonType = 0 AND "
+                              u"c.indentLevel = p.indentLevel + 1))"),
                   u"0");
-        EXPECT_EQ(Ask(file, u"SELECT Count(*) - Count(DISTINCT parentID || sortPosition) FROM velmoraLessons"), u"0");
+        EXPECT_EQ(Query(file, u"SELECT Count(*) - Count(DISTINCT parentID || sortPosition) FROM velmoraLessons"), u"0");
     }
-    EXPECT_EQ(Ask(file, u"SELECT Count(DISTINCT lockType) FROM velmoraUserLocks WHERE lockType IN (-2,1,2,3,4,5)"),
+    EXPECT_EQ(Query(file, u"SELECT Count(DISTINCT lockType) FROM velmoraUserLocks WHERE lockType IN (-2,1,2,3,4,5)"),
               u"6");
-    EXPECT_NE(Ask(file, u"SELECT Max(indentLevel) FROM velmoraLessons"), u"1");
+    EXPECT_NE(Query(file, u"SELECT Max(indentLevel) FROM velmoraLessons"), u"1");
     EXPECT_EQ(CountFiles(folder), 3u) << "something was left beside the files";
 }
 
@@ -47,7 +47,7 @@ TEST(SampleTest, ReplacesOnlyWhenForced) {
     }
     folder.Write(u"diary.txt-journal", "left behind by a killed program");
     ExpectSaid(file, {{"create --force", 0, ""}});
-    EXPECT_EQ(Ask(file, u"SELECT Count(*) FROM velmoraLessons"), u"0");
+    EXPECT_EQ(Query(file, u"SELECT Count(*) FROM velmoraLessons"), u"0");
     EXPECT_EQ(CountFiles(folder), 1u);
     ExpectSaid(folder.File(u"none/x.db"), {{"sample", 3, "x.db' cannot be written"}});
     ExpectSaid(folder.File(u""), {{"sample --force", 1, ""}});
@@ -60,18 +60,18 @@ TEST_P(EnginesTest, HoldTheCourse) {
     const std::string force = GetParam() == Engine::SQLite ? " --force" : "";
     ExpectSaid(database->ConnectionString(), {{"sample --lessons 150" + force, 0, ""}});
     EXPECT_EQ(
-        database->Ask(u"SELECT Count(*) FROM velmoraLessons WHERE lessonTitle LIKE 'Party time 🎉👩‍🏫 %'"),
+        database->Query(u"SELECT Count(*) FROM velmoraLessons WHERE lessonTitle LIKE 'Party time 🎉👩‍🏫 %'"),
         u"1");
     ExpectSaid(database->ConnectionString(), {{"validate", 0, ToUtf8(database->Name())},
                                               {"tree", 0, "150 lessons"},
                                               {"edit move SAF-2 down --force", 0, "Saved: 1 moved"},
                                               {"sample", 1, "already"},
                                               {"create --force", 0, ""}});
-    EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM velmoraLessons"), u"0");
+    EXPECT_EQ(database->Query(u"SELECT Count(*) FROM velmoraLessons"), u"0");
     database->Run({u"DROP TABLE talkPosts"});
     ExpectSaid(database->ConnectionString(), {{"validate", 0, "discussions: not supported"}});
     if (GetParam() == Engine::SQLite) return;
-    // A catalog with a name that no engine takes as it stands; the second time it is there.
+    // A catalog with a name that must be quoted on every engine; the second time it is there.
     const Text name = database->Name() + u"-New", quote(1, GetParam() == Engine::PostgreSQL ? u'"' : u'`');
     ExpectSaid(CatalogConnection(database->ConnectionString(), name, {}, {}),
                {{"create --new-catalog", 0, ""}, {"create --new-catalog", 3, ""}, {"validate", 0, ""}});
@@ -79,7 +79,7 @@ TEST_P(EnginesTest, HoldTheCourse) {
 }
 
 // That every value arrives on every engine is tested with the copy itself.
-TEST(CopyTest, TellsWhatItCopiedOrWhyNot) {
+TEST(CopyTest, ReportsWhatItCopiedOrWhyNot) {
     const TempFolder folder;
     const TestDatabase target(Engine::SQLite);
     target.Run({u"CREATE TABLE theirs (a integer)"});
@@ -119,9 +119,10 @@ TEST(CatalogsTest, AreListedRecordedAndRefused) {
                 {"pick --user anna --catalog velmora_archive", 0, "velmora_archive"},
                 {"pick --user guest", 1, "may not open any catalog"},
                 {"pick --user anna --catalog other", 1, "may not open a catalog 'other'"}});
-    EXPECT_EQ(connector.Ask(u"SELECT Count(*) FROM velmoraConnectionHistory WHERE username = 'юлия' AND machineName = "
-                            u"'КАБИНЕТ' AND osVersion = 'OS 語' AND lastCatalog = 'velmora_languages'"),
-              u"1");
+    EXPECT_EQ(
+        connector.Query(u"SELECT Count(*) FROM velmoraConnectionHistory WHERE username = 'юлия' AND machineName = "
+                        u"'КАБИНЕТ' AND osVersion = 'OS 語' AND lastCatalog = 'velmora_languages'"),
+        u"1");
     connector.Run({u"DROP TABLE velmoraDBUsers"});
     ExpectSaid(connector.ConnectionString(), {{"catalogs --user anna", 3, "'dax validate-connector'"}});
 }

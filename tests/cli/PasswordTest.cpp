@@ -1,4 +1,4 @@
-// Passwords: none appears wherever the program is given one, and they need not stand on the command line.
+// Passwords: none appears wherever the program is given one, and they need not be on the command line.
 #include "Program.h"
 
 #include "data/ConnectionString.h"

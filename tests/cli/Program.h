@@ -15,7 +15,7 @@ size_t CountFiles(const TempFolder& folder);
 
 // `input` is what the program reads from its standard input.
 Outcome RunDax(const std::vector<Text>& words, const std::string& input = {});
-// A line as it is typed: words between blanks, or in double quotes. The database is put behind the command.
+// A line as it is typed: words between blanks, or in double quotes. The database is inserted after the command.
 std::vector<Text> Words(const std::string& line);
 Outcome RunOn(const Text& database, const std::string& line, const std::string& input = {});
 

@@ -1,4 +1,4 @@
-// What goes in and out as bytes, and Ctrl+C: in a shell, as people use the program.
+// Input and output as bytes, and Ctrl+C: in a shell, as people use the program.
 #ifndef _WIN32
 
 #include "Program.h"
@@ -51,7 +51,7 @@ TEST(StreamsTest, BytesThatCannotBeReadOrWrittenAreErrors) {
             {"printf 'lesson\\t1\\nmap\\t\\xf6\\n' | $dax lesson c.db Maß --import -", 1, "not valid UTF-8 in line 2"},
             {"nohup $dax edit c.db add lesson T id new-1 && $dax tree c.db new-1", 0, "Added: new-1"},
         });
-    // Whoever reads may stop: the program ends by the signal, or as if it had.
+    // The reader may stop: the program ends by the signal, or as if it had.
     const Outcome closed = RunShell(
         folder.Path(), "$dax sample big.db --lessons 9000 >/dev/null 2>&1; for first in '' 'trap \"\" PIPE;'; do "
                        "bash -c \"$first $dax tree big.db --ids | head -n 1; exit \\${PIPESTATUS[0]}\"; echo $?; done");

@@ -54,15 +54,15 @@ public:
     void ExpectDone(const Text& machine) const {
         const Text expected = storyboards + u"page\t1\ts3\npage\t1\ts1\npage\t2\ts2\n";
         EXPECT_EQ(
-            content->Ask(u"SELECT lessonData FROM velmoraLessons WHERE lessonID = 'l1'").substr(0, expected.size()),
+            content->Query(u"SELECT lessonData FROM velmoraLessons WHERE lessonID = 'l1'").substr(0, expected.size()),
             expected); // which page is the current one may follow
-        EXPECT_EQ(content->Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"1");
-        EXPECT_EQ(content->Ask(u"SELECT username FROM velmoraUserLocks"), u"boris");
-        EXPECT_EQ(content->Ask(u"SELECT Count(*) FROM velmoraLessons"), u"6");
-        EXPECT_EQ(connector.Ask(u"SELECT lastCatalog FROM velmoraConnectionHistory WHERE username = 'anna'" +
-                                (machine.empty() ? Text() : u" AND machineName = '" + machine + u"'")),
+        EXPECT_EQ(content->Query(u"SELECT Count(*) FROM velmoraUserLocks"), u"1");
+        EXPECT_EQ(content->Query(u"SELECT username FROM velmoraUserLocks"), u"boris");
+        EXPECT_EQ(content->Query(u"SELECT Count(*) FROM velmoraLessons"), u"6");
+        EXPECT_EQ(connector.Query(u"SELECT lastCatalog FROM velmoraConnectionHistory WHERE username = 'anna'" +
+                                  (machine.empty() ? Text() : u" AND machineName = '" + machine + u"'")),
                   content->Name());
-        EXPECT_EQ(connector.Ask(u"SELECT Count(*) FROM velmoraConnectionHistory"), u"1");
+        EXPECT_EQ(connector.Query(u"SELECT Count(*) FROM velmoraConnectionHistory"), u"1");
     }
 
 private:

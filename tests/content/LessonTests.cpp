@@ -56,7 +56,7 @@ TEST(ContentLesson, CollectionsFindRefuseAndKeepTheirOrder) {
     EXPECT_EQ(maps->Item(-1), nullptr);
 }
 
-TEST(ContentMap, WhatStandsElsewhereAlreadyIsLeftOut) {
+TEST(ContentMap, WhatIsElsewhereAlreadyIsSkipped) {
     ContentMap map;
     map.SetLayout({{u"a", 1}, {u"b", 2}, {u"c", 3}, {u"d", 2}, {u"e", 1}, {u"f", 2}});
     LayoutTree tree;
@@ -159,7 +159,7 @@ TEST(LessonText, RefusesWithTheLine) {
     }
 }
 
-// Nothing where a list should be, null in a list, and no more asked for than the list counts.
+// Nothing where a list should be, null in a list, and no element is requested beyond the list's count.
 TEST(LessonText, SavesAHostsLesson) {
     struct HostsMaps : ContentMaps {
         int32_t Count() const override { return count; }

@@ -15,17 +15,17 @@ TEST(Event, ListenersMayComeGoAndRaiseWhileItIsRaised) {
     Event<std::string&> event;
     Subscription second;
     bool isNested = false;
-    event.Add([&](std::string& heard) {
-        heard += 'a';
+    event.Add([&](std::string& received) {
+        received += 'a';
         second = {};
         event.Add([](std::string& later) { later += 'c'; });
-        if (!std::exchange(isNested, true)) event.Raise(heard);
+        if (!std::exchange(isNested, true)) event.Raise(received);
     });
-    second = event.Add([](std::string& heard) { heard += 'b'; });
-    std::string heard;
-    event.Raise(heard);
-    // The second listener was removed before its turn; those added hear only the events raised afterwards.
-    EXPECT_EQ(heard, "aac");
+    second = event.Add([](std::string& received) { received += 'b'; });
+    std::string received;
+    event.Raise(received);
+    // The second listener was removed before its turn; those added receive only the events raised afterwards.
+    EXPECT_EQ(received, "aac");
 }
 
 TEST(Event, AListenerMayDestroyItsOwner) {
@@ -58,12 +58,12 @@ TEST(ComboBox, FindsTheFirstExactEntry) {
     EXPECT_EQ(clicks, 5);
 }
 
-TEST(ListModel, TellsItsWindowOfEveryChange) {
+TEST(ListModel, NotifiesItsWindowOfEveryChange) {
     struct Window : ListModelListener {
-        void ColumnsChanged() override { told += "columns "; }
-        void ItemsChanged() override { told += "items "; }
-        void AutosizeColumns() override { told += "widths "; }
-        std::string told;
+        void ColumnsChanged() override { calls += "columns "; }
+        void ItemsChanged() override { calls += "items "; }
+        void AutosizeColumns() override { calls += "widths "; }
+        std::string calls;
     } window;
     ListModel list;
     list.SetListener(&window);
@@ -76,26 +76,26 @@ TEST(ListModel, TellsItsWindowOfEveryChange) {
     list.SetCell(0, 3, u"g"); // a column more than the list has
     list.SetCell(1, 2, u"d");
     list.SetCell(1, -1, u"nothing");
-    EXPECT_EQ(std::exchange(window.told, {}), "columns items items items items items items ");
-    const std::function<void()> quiet[] = {[&] { list.SetTag(1, 7); }, [&] { list.SetMark(1, u"m"); },
-                                           [&] { list.SetSelected(1, true); }, [&] { list.BeginFilling(); },
-                                           [&] { list.AddItem(u"e"); }};
-    for (const auto& change : quiet) {
+    EXPECT_EQ(std::exchange(window.calls, {}), "columns items items items items items items ");
+    const std::function<void()> silentChanges[] = {[&] { list.SetTag(1, 7); }, [&] { list.SetMark(1, u"m"); },
+                                                   [&] { list.SetSelected(1, true); }, [&] { list.BeginFilling(); },
+                                                   [&] { list.AddItem(u"e"); }};
+    for (const auto& change : silentChanges) {
         const uint64_t before = list.Revision();
         change();
-        EXPECT_EQ(list.Revision() > before, &change != &quiet[3]) << &change - quiet;
-        EXPECT_EQ(window.told, "");
+        EXPECT_EQ(list.Revision() > before, &change != &silentChanges[3]) << &change - silentChanges;
+        EXPECT_EQ(window.calls, "");
     }
     list.EndFilling();
     list.AutosizeColumns();
-    EXPECT_EQ(std::exchange(window.told, {}), "items widths ");
+    EXPECT_EQ(std::exchange(window.calls, {}), "items widths ");
     Text cells;
     for (size_t item = 0; item < 4; ++item) {
         for (size_t column = 0; column < 4; ++column) cells.append(list.Cell(item, column)) += u',';
     }
     EXPECT_EQ(cells, u"a,f,,g,c,,d,,e,,,,,,,,");
     list.ClearItems();
-    EXPECT_EQ(window.told, "items ");
+    EXPECT_EQ(window.calls, "items ");
     EXPECT_TRUE(list.Items().empty() && list.Cell(0, 0).empty());
 }
 

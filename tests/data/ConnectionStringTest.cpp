@@ -107,7 +107,7 @@ TEST(ConnectionStringTest, ServerStringsBecomeOdbcStrings) {
     const auto translated = [](const Text& text, Engine known = Engine::Other) {
         return TranslateConnectionString(text, Having({}), known);
     };
-    EXPECT_EQ(translated(u"DSN=unknown", Engine::MariaDB).engine, Engine::MariaDB); // as the server said of itself
+    EXPECT_EQ(translated(u"DSN=unknown", Engine::MariaDB).engine, Engine::MariaDB); // as the server reported
     const auto encrypted = [&](const Text& word) {
         return translated(u"Provider=SQLOLEDB;Data Source=s;Encrypt=" + word).odbcString.find(u"Encrypt=yes;");
     };
@@ -253,7 +253,7 @@ TEST(ConnectionStringTest, WhatCannotBeServedSaysWhy) {
 #endif
     for (const auto& [host, words] : cases) {
         const test::Failure refusal = FailureOf([&] { TranslateConnectionString(host, Having({older})); });
-        EXPECT_TRUE(refusal.Tells(words) && !refusal.Tells("secret")) << ToUtf8(host) << ": " << refusal.what();
+        EXPECT_TRUE(refusal.Mentions(words) && !refusal.Mentions("secret")) << ToUtf8(host) << ": " << refusal.what();
         EXPECT_EQ(refusal.Number(), ErrorNumbers::Unspecified);
     }
 }

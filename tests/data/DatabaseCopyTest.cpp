@@ -126,8 +126,8 @@ TEST_P(CopyTest, EveryValueArrivesAsItWas) {
             EXPECT_GE(done, last);
             last = done;
         });
-        if (to->Kind() != Engine::SQLite) { // where so much is written that nobody may read meanwhile
-            EXPECT_ANY_THROW((void)to->Ask(u"SELECT * FROM velmoraLessons")) << "seen too early";
+        if (to->Kind() != Engine::SQLite) { // where large writes lock out readers
+            EXPECT_ANY_THROW((void)to->Query(u"SELECT * FROM velmoraLessons")) << "seen too early";
         }
         copy.Finish();
     }
@@ -136,10 +136,10 @@ TEST_P(CopyTest, EveryValueArrivesAsItWas) {
         if (table.name == u"talkConfiguration") continue;
         EXPECT_TRUE(RowsOf(*from, table.name) == RowsOf(*to, table.name)) << ToUtf8(table.name);
     }
-    EXPECT_ANY_THROW((void)to->Ask(u"SELECT * FROM talkConfiguration"));
+    EXPECT_ANY_THROW((void)to->Query(u"SELECT * FROM talkConfiguration"));
     // What was drawn and deleted is not drawn again.
     to->Run({u"INSERT INTO velmoraAutonumbers (ignored) VALUES (9)"});
-    EXPECT_EQ(to->Ask(u"SELECT nextNumber FROM velmoraAutonumbers WHERE ignored = 9"), u"4");
+    EXPECT_EQ(to->Query(u"SELECT nextNumber FROM velmoraAutonumbers WHERE ignored = 9"), u"4");
 }
 
 TEST_P(CopyTest, SaysWhatItCannotCopy) {
@@ -152,7 +152,7 @@ TEST_P(CopyTest, SaysWhatItCannotCopy) {
     from->Run({u"INSERT INTO velmoraDBUsers VALUES (7, 'юлия', 1)", u"INSERT INTO velmoraDBUserRights VALUES (7, 1, 2)",
                u"INSERT INTO velmoraConnectionHistory (username, machineName, lastConnect) VALUES ('a', 'B', "
                u"'2020-01-02 03:04:05')"});
-    // A target of another layout: what it cannot hold is not lost silently.
+    // A target of another layout: what it cannot hold is reported.
     to->Run(Schema::CreateStatements(Schema::Database::Connector, to->Kind()));
     to->Run({u"DROP TABLE velmoraDBUsers",
              u"CREATE TABLE velmoraDBUsers (userID integer, username varchar(30), superUser integer CHECK (superUser "
@@ -215,7 +215,7 @@ protected:
         }
         database->Run(statements);
     }
-    // Of Prepare; none at all stands for an empty catalog.
+    // Of Prepare; none at all means an empty catalog.
     const std::vector<std::vector<TextView>> starts = {{}, {u"velmoraUserLocks", u"talkPosts"}, {u"none"}};
     const TestDatabase from{Engine::SQLite};
 };
@@ -232,7 +232,7 @@ TEST_P(CopyEndTest, FailsAtItsEndAndLeavesTheTargetAsItWas) {
     database->Run({u"CREATE TABLE talkPosts (a integer)", u"INSERT INTO talkPosts VALUES (7)"});
     EXPECT_THAT(test::FailureOf([&] { copy.Finish(); }).what(), HasSubstr("already exists"));
     EXPECT_FALSE(copy.IsInDoubt());
-    EXPECT_EQ(database->Ask(u"SELECT a FROM talkPosts"), u"7");
+    EXPECT_EQ(database->Query(u"SELECT a FROM talkPosts"), u"7");
     database->Run({u"DROP TABLE talkPosts", u"CREATE TRIGGER refuses BEFORE INSERT ON velmoraLessons FOR EACH ROW "
                                             u"SIGNAL SQLSTATE '45000' SET MESSAGE_TEXT = 'No, thanks'"});
     EXPECT_THAT(test::FailureOf([&] { Copying(from, *database).Do(); }).what(), HasSubstr("No, thanks"));
@@ -288,12 +288,12 @@ TEST_P(CopyEndTest, ALostServerLeavesTheTargetAsItWasOrDone) {
     const bool isMaria = GetParam() == Engine::MariaDB;
     const std::string rows = isMaria ? "INSERT INTO dax_rows_velmoraLessons" : "unnest(",
                       last = isMaria ? "BEGIN NOT ATOMIC" : "COMMIT";
-    for (const auto& [bytes, isHandedOn] : {std::pair(rows, true), {last, false}, {last, true}}) {
+    for (const auto& [bytes, isForwarded] : {std::pair(rows, true), {last, false}, {last, true}}) {
         Prepare({});
         test::SilentServer proxy(database->ConnectionString());
         {
-            Copying copy(from, proxy.ThroughIt(database->ConnectionString(), u"Command Timeout=1"));
-            proxy.FallSilentAt(bytes, isHandedOn);
+            Copying copy(from, proxy.ConnectionThrough(database->ConnectionString(), u"Command Timeout=1"));
+            proxy.StopAnsweringAt(bytes, isForwarded);
             EXPECT_THAT(test::FailureOf([&] { copy.Do(); }).what(),
                         ::testing::ContainsRegex("'TO': .*The server '127.0.0.1:.*" +
                                                  std::string(bytes == last ? "load again to see" : "is lost")));
@@ -301,7 +301,7 @@ TEST_P(CopyEndTest, ALostServerLeavesTheTargetAsItWasOrDone) {
         }
         proxy.Recover();
         test::AwaitNoSessions(*database);
-        EXPECT_EQ(ContentsNow().size(), bytes == last && isHandedOn ? 8u : 0u) << bytes;
+        EXPECT_EQ(ContentsNow().size(), bytes == last && isForwarded ? 8u : 0u) << bytes;
     }
 }
 
@@ -351,14 +351,14 @@ TEST(RowComparisonTest, FindsWhatDiffersInAnyOrder) {
         };
     };
     for (const auto& [source, target, hasKey, expected] : cases) {
-        for (const size_t mostUnits : {size_t{1}, size_t{1} << 20}) {
+        for (const size_t maxUnits : {size_t{1}, size_t{1} << 20}) {
             passes = 0;
-            const auto found = CompareRows(columns, {hasKey, false}, rowsOf(source), rowsOf(target), mostUnits);
+            const auto found = CompareRows(columns, {hasKey, false}, rowsOf(source), rowsOf(target), maxUnits);
             const std::string kinds[] = {"value " + std::to_string(found ? found->column : 0), "missing", "additional"};
             const std::string difference =
                 found ? kinds[static_cast<size_t>(found->kind)] + " " + ToUtf8(found->identifier) : "";
-            EXPECT_EQ(difference, expected) << ToUtf8(source) << " and " << ToUtf8(target) << ", " << mostUnits;
-            EXPECT_TRUE(mostUnits > 1 ? passes == 2 : source == target || passes > 2);
+            EXPECT_EQ(difference, expected) << ToUtf8(source) << " and " << ToUtf8(target) << ", " << maxUnits;
+            EXPECT_TRUE(maxUnits > 1 ? passes == 2 : source == target || passes > 2);
         }
     }
 }

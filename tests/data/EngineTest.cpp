@@ -26,13 +26,13 @@ protected:
         connection.Execute(u"INSERT INTO things (thingID, amount, story) VALUES (" + modDB::QuoteSQLString(id) +
                            u", 1, " + modDB::QuoteSQLString(story) + u")");
     }
-    // The first value of the first row, asked on the same connection.
+    // The first value of the first row, queried on the same connection.
     Text Answer(const Text& query) {
         Recordset recordset;
         recordset.Open(query, connection);
         return recordset.Eof() ? Text(u"<none>") : Text(recordset.FieldText(0));
     }
-    Text Story(const Text& id) {
+    Text StoredText(const Text& id) {
         return Answer(u"SELECT story FROM things WHERE thingID = " + modDB::QuoteSQLString(id));
     }
     Text Count() { return Answer(u"SELECT Count(*) FROM things"); }
@@ -80,7 +80,7 @@ TEST_P(DataTest, AnyTextComesBackAsItWas) {
         EXPECT_EQ(seen, texts.size() * 2);
     }
     Insert(u"lone", Text{u'a', 0xD83D, u'b', 0xDE00});
-    EXPECT_TRUE(Story(u"lone") == (Text{u'a', 0xFFFD, u'b', 0xFFFD}));
+    EXPECT_TRUE(StoredText(u"lone") == (Text{u'a', 0xFFFD, u'b', 0xFFFD}));
 }
 
 TEST_P(DataTest, NullIsNotEmptyWhereverTheRowsAre) {
@@ -97,7 +97,7 @@ TEST_P(DataTest, NullIsNotEmptyWhereverTheRowsAre) {
         EXPECT_EQ(rows.Field(u"STORY"), Value(Text()));
         EXPECT_EQ(rows.Field(u"Amount"), Value(int64_t{1}));
         EXPECT_EQ(rows.FieldCount(), 4u);
-        EXPECT_TRUE(FailureOf([&] { (void)rows.FieldText(4); }).Tells("no field number 4"));
+        EXPECT_TRUE(FailureOf([&] { (void)rows.FieldText(4); }).Mentions("no field number 4"));
         EXPECT_EQ(FailureOf([&] { (void)rows.Field(u"nothing"); }).Number(), ErrorNumbers::SyntaxOrColumn);
         rows.MoveNext();
         for (size_t column = 1; column < 4; ++column) {
@@ -106,17 +106,17 @@ TEST_P(DataTest, NullIsNotEmptyWhereverTheRowsAre) {
         for (int i = 0; i < 2; ++i) {
             rows.MoveNext();
             EXPECT_TRUE(rows.Eof());
-            EXPECT_TRUE(FailureOf([&] { (void)rows.Field(0); }).Tells("no current row"));
+            EXPECT_TRUE(FailureOf([&] { (void)rows.Field(0); }).Mentions("no current row"));
         }
-        EXPECT_TRUE(FailureOf([&] { rows.Open(u"SELECT 1", connection); }).Tells("already open"));
-        EXPECT_TRUE(FailureOf([&] { rows.Open(u"SELECT 1", database->ConnectionString()); }).Tells("already open"));
+        EXPECT_TRUE(FailureOf([&] { rows.Open(u"SELECT 1", connection); }).Mentions("already open"));
+        EXPECT_TRUE(FailureOf([&] { rows.Open(u"SELECT 1", database->ConnectionString()); }).Mentions("already open"));
         rows.Close();
         EXPECT_EQ(rows.FieldCount(), 0u);
-        EXPECT_TRUE(FailureOf([&] { (void)rows.Eof(); }).Tells("closed"));
+        EXPECT_TRUE(FailureOf([&] { (void)rows.Eof(); }).Mentions("closed"));
         rows.Open(u"SELECT 1", connection); // in the same place
         EXPECT_EQ(rows.RecordCount(), location == adUseClient ? 1 : -1);
     }
-    EXPECT_TRUE(FailureOf([&] { connection.Open(database->ConnectionString()); }).Tells("already open"));
+    EXPECT_TRUE(FailureOf([&] { connection.Open(database->ConnectionString()); }).Mentions("already open"));
 }
 
 TEST_P(DataTest, ParametersOfEveryKind) {
@@ -164,13 +164,13 @@ TEST_P(DataTest, RowsAreAddedAndUpdated) {
     EXPECT_FALSE(table.Eof());
     table.SetField(u"amount", int64_t{99}); // not of the row that is added
     table.AddNew();
-    EXPECT_TRUE(FailureOf([&] { table.Update(); }).Tells("No field"));
+    EXPECT_TRUE(FailureOf([&] { table.Update(); }).Mentions("No field"));
     table.SetField(u"thingID", Text(u"lost"));
     table.MoveNext(); // what was not written is lost
     table.Update();
     EXPECT_EQ(Count(), u"1");
     table.Close();
-    EXPECT_TRUE(FailureOf([&] { table.AddNew(); }).Tells("closed"));
+    EXPECT_TRUE(FailureOf([&] { table.AddNew(); }).Mentions("closed"));
 
     const auto update = [&](const Text& select, const Text& meanwhile, const std::pair<Text, Value>& set) {
         Recordset row;
@@ -181,15 +181,15 @@ TEST_P(DataTest, RowsAreAddedAndUpdated) {
         row.Update();
     };
     Insert(u"other", u"untouched");
-    // Its key tells the row, whatever another has changed in it meanwhile.
+    // The key identifies the row, whatever another has changed in it meanwhile.
     update(u"SELECT * FROM things WHERE thingID = 'o''hara'", u"UPDATE things SET amount = 5 WHERE thingID = 'o''hara'",
            {u"story", Text(9000, u'ü')});
     update(u"SELECT * FROM things WHERE thingID = 'o''hara'", {}, {u"made", {}});
-    EXPECT_EQ(Story(u"o'hara"), Text(9000, u'ü'));
-    EXPECT_EQ(Story(u"other"), u"untouched");
+    EXPECT_EQ(StoredText(u"o'hara"), Text(9000, u'ü'));
+    EXPECT_EQ(StoredText(u"other"), u"untouched");
     // Without its key all that was read does.
     update(u"SELECT amount, story FROM things WHERE thingID = 'other'", {}, {u"story", Text(u"without its key")});
-    EXPECT_EQ(Story(u"other"), u"without its key");
+    EXPECT_EQ(StoredText(u"other"), u"without its key");
     EXPECT_EQ(Answer(u"SELECT thingID FROM things WHERE made IS NULL AND amount = 5"), u"o'hara");
     connection.Execute(u"CREATE TABLE loose (name varchar(20), age integer)");
     for (const Text row : {u"'a', 1", u"'b', NULL", u"NULL, 3"})
@@ -199,18 +199,18 @@ TEST_P(DataTest, RowsAreAddedAndUpdated) {
     const Text row = u" FROM things WHERE amount = 5";
     EXPECT_TRUE(FailureOf([&] {
                     update(u"SELECT *" + row, u"DELETE" + row, {u"amount", int64_t{6}});
-                }).Tells("another user"));
+                }).Mentions("another user"));
     table.Open(u"SELECT * FROM things", connection);
-    EXPECT_TRUE(FailureOf([&] { table.AddNew(); }).Tells("read-only"));
-    EXPECT_TRUE(FailureOf([&] { table.SetField(u"amount", int64_t{1}); }).Tells("read-only"));
+    EXPECT_TRUE(FailureOf([&] { table.AddNew(); }).Mentions("read-only"));
+    EXPECT_TRUE(FailureOf([&] { table.SetField(u"amount", int64_t{1}); }).Mentions("read-only"));
 }
 
-TEST_P(DataTest, TransactionsEndAsTold) {
-    EXPECT_TRUE(FailureOf([&] { connection.CommitTrans(); }).Tells("No transaction"));
+TEST_P(DataTest, TransactionsEndAsRequested) {
+    EXPECT_TRUE(FailureOf([&] { connection.CommitTrans(); }).Mentions("No transaction"));
     connection.BeginTrans();
     Insert(u"a", u"");
-    EXPECT_TRUE(FailureOf([&] { connection.BeginTrans(); }).Tells("already open"));
-    FailureOf([&] { Insert(u"a", u"again"); }); // the transaction goes on
+    EXPECT_TRUE(FailureOf([&] { connection.BeginTrans(); }).Mentions("already open"));
+    FailureOf([&] { Insert(u"a", u"again"); }); // the transaction continues
     Insert(u"b", u"");
     connection.CommitTrans();
     EXPECT_FALSE(connection.InTransaction());
@@ -225,7 +225,7 @@ TEST_P(DataTest, TransactionsEndAsTold) {
     connection.Open(database->ConnectionString());
     EXPECT_EQ(Count(), u"2");
     Insert(u"e", u"");
-    EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM things"), u"3"); // seen from another connection
+    EXPECT_EQ(database->Query(u"SELECT Count(*) FROM things"), u"3"); // seen from another connection
     connection.BeginTrans();
     connection.Execute(u"DELETE FROM things");
     Recordset rows;
@@ -234,7 +234,7 @@ TEST_P(DataTest, TransactionsEndAsTold) {
         modDB::CloseConnectionObjects(&rows, &connection, true);
         EXPECT_FALSE(rows.IsOpen() || connection.IsOpen());
     }
-    EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM things"), u"3");
+    EXPECT_EQ(database->Query(u"SELECT Count(*) FROM things"), u"3");
 }
 
 TEST_P(DataTest, ManyStatementsGiveWhatOneByOneGives) {
@@ -246,31 +246,31 @@ TEST_P(DataTest, ManyStatementsGiveWhatOneByOneGives) {
         statements.push_back(u"UPDATE things SET story = " + modDB::QuoteSQLString(story) + u" WHERE thingID = '" +
                              ToText(static_cast<long long>(story.size())) + u"'");
     statements[7] = u"INSERT INTO things (thingID) VALUES ('600000')";
-    std::vector<size_t> heard;
+    std::vector<size_t> received;
     SetStatementObserver([&](TextView statement) { sent.emplace_back(statement); });
     connection.Close();
     connection.Open(database->ConnectionString());
     connection.BeginTrans();
     const size_t opening = sent.size();
-    connection.ExecuteAll(statements, [&](size_t done) { heard.push_back(done); });
+    connection.ExecuteAll(statements, [&](size_t done) { received.push_back(done); });
     SetStatementObserver({});
     connection.CommitTrans();
     EXPECT_GT(opening, 1u) << "what opening sends";
     EXPECT_EQ(sent.size() - opening, statements.size());
     EXPECT_NE(sent[opening].find(u"'2024-05-06 01:02:03'"), Text::npos);
     // A server takes a hundred in a call, and a long one alone.
-    EXPECT_TRUE(GetParam() == Engine::SQLite || heard == std::vector<size_t>({100, 200, 250, 251, 252}))
-        << ::testing::PrintToString(heard);
-    EXPECT_EQ(heard.back(), statements.size());
+    EXPECT_TRUE(GetParam() == Engine::SQLite || received == std::vector<size_t>({100, 200, 250, 251, 252}))
+        << ::testing::PrintToString(received);
+    EXPECT_EQ(received.back(), statements.size());
     EXPECT_EQ(Count(), u"250");
-    EXPECT_EQ(Story(u"600000"), Text(600'000, u'\''));
-    EXPECT_EQ(Story(u"4"), u"last");
+    EXPECT_EQ(StoredText(u"600000"), Text(600'000, u'\''));
+    EXPECT_EQ(StoredText(u"4"), u"last");
     // Neither is too much text sent at once.
     const std::vector<Text> large(100, u"UPDATE things SET story = '" + Text(7000, u'x') + u"' WHERE thingID = '3'");
-    heard.clear();
-    connection.ExecuteAll(large, [&](size_t done) { heard.push_back(done); });
-    EXPECT_TRUE(GetParam() == Engine::SQLite || heard == std::vector<size_t>({70, 100}))
-        << ::testing::PrintToString(heard);
+    received.clear();
+    connection.ExecuteAll(large, [&](size_t done) { received.push_back(done); });
+    EXPECT_TRUE(GetParam() == Engine::SQLite || received == std::vector<size_t>({70, 100}))
+        << ::testing::PrintToString(received);
     // A statement with an open quote must not run into the next one.
     const Text hostile[] = {u"DELETE FROM things WHERE thingID = '1'", u"DELETE FROM things WHERE thingID = 'x'y'",
                             u"DELETE FROM things WHERE thingID = 'or' OR ''=''"};
@@ -307,18 +307,19 @@ TEST_P(DataTest, ErrorsCarryTheNumbersHostsKnow) {
         FailureOf([&] { table.Open(u"missing", connection, adOpenDynamic, adLockOptimistic, adCmdTable); }).Number(),
         ErrorNumbers::NoTable);
     EXPECT_FALSE(table.IsOpen());
-    EXPECT_TRUE(FailureOf([&] { table.Open(u"DELETE FROM things WHERE 1 = 0", connection); }).Tells("returns no rows"));
+    EXPECT_TRUE(
+        FailureOf([&] { table.Open(u"DELETE FROM things WHERE 1 = 0", connection); }).Mentions("returns no rows"));
     EXPECT_EQ(Count(), u"1"); // the connection still serves
 }
 
-// What drivers say, also those that cannot run here.
-TEST(OdbcErrorTest, DriversWordsBecomeNumbersAndAdvice) {
+// Messages of drivers, also of those that cannot run here.
+TEST(OdbcErrorTest, DriverMessagesBecomeNumbersAndAdvice) {
     using namespace ErrorNumbers;
     const struct {
         Engine engine;
         Diagnostic diagnostic;
         int32_t number;
-        std::string told;
+        std::string message;
     } cases[] = {
         {Engine::PostgreSQL, {u"08001", 0, u"FATAL: password authentication failed"}, Authentication, "FATAL"},
         {Engine::PostgreSQL, {u"40001", 0, u"could not serialize"}, Unspecified, "Another transaction"},
@@ -335,7 +336,7 @@ TEST(OdbcErrorTest, DriversWordsBecomeNumbersAndAdvice) {
     for (const auto& c : cases) {
         const test::Failure failure = FailureOf([&] { ThrowDiagnostic(c.diagnostic, c.engine); });
         EXPECT_EQ(failure.Number(), c.number) << ToUtf8(c.diagnostic.state);
-        EXPECT_TRUE(failure.Tells(c.told) && failure.Tells(ToUtf8(c.diagnostic.message))) << failure.what();
+        EXPECT_TRUE(failure.Mentions(c.message) && failure.Mentions(ToUtf8(c.diagnostic.message))) << failure.what();
     }
 }
 

@@ -29,7 +29,7 @@ class SQLiteTest : public ::testing::Test {
 protected:
     SQLiteTest() { connection.Open(database.ConnectionString()); }
     static void Expect(const Failure& failure, int32_t number, const std::string& words, double most = 4) {
-        EXPECT_TRUE(failure.Number() == number && failure.Tells(words)) << failure.what();
+        EXPECT_TRUE(failure.Number() == number && failure.Mentions(words)) << failure.what();
         EXPECT_LT(failure.seconds, most) << failure.what();
     }
     void ExpectRefused(const Text& statement, int32_t number, const std::string& words) {
@@ -89,7 +89,7 @@ TEST_F(SQLiteTest, WhatIsNoDatabaseFileIsRefusedAtOnce) {
     for (const auto& [path, words] : cases)
         for (const Text prefix : {u"", u"Driver=SQLite3;Database=", u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source="}) {
             const Failure refusal = FailureOfOpen(prefix + path);
-            EXPECT_TRUE(refusal.Tells(words) || (words[0] == 'n' && refusal.Tells("does not exist")))
+            EXPECT_TRUE(refusal.Mentions(words) || (words[0] == 'n' && refusal.Mentions("does not exist")))
                 << ToUtf8(prefix + path) << ": " << refusal.what();
             EXPECT_LT(refusal.seconds, 1) << ToUtf8(path);
         }
@@ -98,14 +98,14 @@ TEST_F(SQLiteTest, WhatIsNoDatabaseFileIsRefusedAtOnce) {
 
 TEST_F(SQLiteTest, WaitsForOthersEndInTime) {
     database.Run({u"PRAGMA journal_mode = WAL", u"CREATE TABLE t (a integer)", u"INSERT INTO t VALUES (1)"});
-    const auto expectTold = [](const Failure& refusal, double least, double most) {
+    const auto expectCalls = [](const Failure& refusal, double least, double most) {
         Expect(refusal, ErrorNumbers::Timeout, "locked by another", most);
         EXPECT_GT(refusal.seconds, least);
     };
     connection.Execute(u"BEGIN IMMEDIATE");
     Connection other;
     other.Open(u"Driver=SQLite3;Timeout=300;Database=" + database.Name());
-    expectTold(FailureOf([&] { other.Execute(u"INSERT INTO t VALUES (3)"); }), 0.2, 1.8);
+    expectCalls(FailureOf([&] { other.Execute(u"INSERT INTO t VALUES (3)"); }), 0.2, 1.8);
     other.Close();
     connection.Close(); // takes back what was begun
 #ifndef _WIN32
@@ -125,11 +125,11 @@ TEST_F(SQLiteTest, WaitsForOthersEndInTime) {
     int status = 0;
     ASSERT_EQ(waitpid(stopped, &status, WUNTRACED), stopped);
     ASSERT_TRUE(WIFSTOPPED(status));
-    expectTold(FailureOfOpen(database.ConnectionString()), 1.8, 4);
+    expectCalls(FailureOfOpen(database.ConnectionString()), 1.8, 4);
     kill(stopped, SIGKILL);
     waitpid(stopped, &status, 0);
 #endif
-    EXPECT_EQ(database.Ask(u"SELECT Count(*) FROM t"), u"1");
+    EXPECT_EQ(database.Query(u"SELECT Count(*) FROM t"), u"1");
 }
 
 TEST_F(SQLiteTest, WorkEndsInTimeOrWhenCancelled) {
@@ -184,7 +184,7 @@ TEST_F(SQLiteTest, ValuesAreReadAsTheirColumnsMean) {
         }
         EXPECT_TRUE(rows.Eof());
     }
-    Recordset rows; // whose columns say nothing: the first value does
+    Recordset rows; // whose columns have no type: the first value decides
     rows.Open(u"SELECT 1 + 1, 0.5, NULL UNION ALL SELECT 'y', 2, 4", database.ConnectionString());
     EXPECT_TRUE(rows.Field(0) == Value(int64_t{2}) && rows.Field(1) == Value(0.5) && IsNull(rows.Field(2)));
     rows.MoveNext();
@@ -270,9 +270,9 @@ TEST_F(SQLiteTest, StatementsThatRepeatDoWhatEachDoes) {
                     results += error.what();
                 }
             }
-            results +=
-                ToUtf8(database.Ask(u"SELECT group_concat(quote(a) || quote(b) || quote(c) || quote(d) || quote(a1) || "
-                                    u"quote(a2) || quote(a3), ' ') FROM t"));
+            results += ToUtf8(
+                database.Query(u"SELECT group_concat(quote(a) || quote(b) || quote(c) || quote(d) || quote(a1) || "
+                               u"quote(a2) || quote(a3), ' ') FROM t"));
         }
         return results;
     };
@@ -298,16 +298,16 @@ TEST_F(SQLiteTest, ZerosInTextsErrorsInTransactionsAndStatementsForbidden) {
     connection.Execute(u"DELETE FROM t");
     ExpectRefused(u"INSERT INTO t VALUES ('x')", ErrorNumbers::Integrity, "no");
     ExpectRefused(u"INSERT INTO t VALUES ('y')", ErrorNumbers::Unspecified, "was rolled back");
-    EXPECT_TRUE(FailureOf([&] { connection.CommitTrans(); }).Tells("was rolled back"));
+    EXPECT_TRUE(FailureOf([&] { connection.CommitTrans(); }).Mentions("was rolled back"));
     connection.RollbackTrans();
-    EXPECT_EQ(database.Ask(u"SELECT Count(*) FROM t"), u"4");
+    EXPECT_EQ(database.Query(u"SELECT Count(*) FROM t"), u"4");
     connection.Execute(u"PRAGMA writable_schema = ON"); // of no effect
     ExpectRefused(u"UPDATE sqlite_master SET sql = ''", ErrorNumbers::Unspecified, "may not be modified");
     ExpectRefused(u"ATTACH 'x.db' AS x", ErrorNumbers::Unspecified, "too many attached");
-    // Its connection goes first.
+    // Its connection is destroyed first.
     rows.Open(u"SELECT a FROM t", connection);
     connection.Close();
-    EXPECT_TRUE(FailureOf([&] { rows.MoveNext(); }).Tells("closed"));
+    EXPECT_TRUE(FailureOf([&] { rows.MoveNext(); }).Mentions("closed"));
 }
 
 #ifndef _WIN32
@@ -342,7 +342,7 @@ TEST_F(SQLiteTest, DataSourcesOpenTheirFiles) {
     setenv("ODBCINI", ToUtf8(file).c_str(), 1);
     for (const Text string : {u"DSN=dax_course", u"Provider=MSDASQL;Data Source=DAX_COURSE"})
         EXPECT_NO_THROW(Connection().Open(string)) << ToUtf8(string);
-    EXPECT_TRUE(FailureOfOpen(u"DSN=other").Tells("names no database file"));
+    EXPECT_TRUE(FailureOfOpen(u"DSN=other").Mentions("names no database file"));
     unsetenv("ODBCINI");
 }
 

@@ -1,5 +1,5 @@
-// Servers: what cannot be opened, what a host may tell their drivers, and servers that do not answer, at once, after
-// the login or while something is under way: nobody waits longer than allowed, and nothing is left open.
+// Servers: what cannot be opened, driver options of a host, and servers that do not answer, at once, after
+// the login or during a call: no call waits longer than allowed, and nothing is left open.
 #include "base/Error.h"
 #include "data/Recordset.h"
 #include "data/modDB.h"
@@ -37,14 +37,14 @@ TEST_P(ServerTest, WhatCannotBeOpenedSaysWhy) {
     for (const auto& [more, number, words] : cases) {
         const Failure failure = FailureOfOpen(database->ConnectionString() + u";" + more);
         EXPECT_EQ(failure.Number(), number) << failure.what();
-        EXPECT_TRUE(failure.Tells(words)) << failure.what();
+        EXPECT_TRUE(failure.Mentions(words)) << failure.what();
     }
-    EXPECT_TRUE(FailureOfOpen(u"DSN=dax_no_such_source").Tells("not set up"));
+    EXPECT_TRUE(FailureOfOpen(u"DSN=dax_no_such_source").Mentions("not set up"));
 }
 
 #ifdef __linux__
 
-// A library whose name tells nothing: the server says what it is, and what its driver must be told is told.
+// A library with an unknown name: the server reports what it is, and its driver's required options are set.
 TEST_P(ServerTest, ADriverByAnotherNameIsServedAsItsServerNeeds) {
     std::ifstream maps("/proc/self/maps");
     std::string library, line;
@@ -56,8 +56,8 @@ TEST_P(ServerTest, ADriverByAnotherNameIsServedAsItsServerNeeds) {
     connection.Open(database->ConnectionString() + u";Driver=" + folder.File(u"theirs.so"));
     EXPECT_EQ(connection.Kind(), GetParam());
     const Text both[] = {u"CREATE TABLE t (a varchar(9))", u"INSERT INTO t VALUES ('a\\')"};
-    connection.ExecuteAll(both); // which goes in one call
-    EXPECT_EQ(database->Ask(u"SELECT a FROM t"), u"a\\");
+    connection.ExecuteAll(both); // which is sent in one call
+    EXPECT_EQ(database->Query(u"SELECT a FROM t"), u"a\\");
 }
 
 #endif
@@ -98,7 +98,7 @@ TEST_P(ServerTest, NamesAndPasswordsOfEveryKind) {
     }
 }
 
-TEST_P(ServerTest, OptionsOfTheHostSpoilNothing) {
+TEST_P(ServerTest, OptionsOfTheHostDoNoHarm) {
     const std::vector<Text> options =
         isMariaDB ? std::vector<Text>{u"CHARSET=latin1;OPTION=3",
                                       u"charset=utf8;OPTION=0",
@@ -143,10 +143,10 @@ TEST_P(ServerTest, OptionsOfTheHostSpoilNothing) {
     Connection reader; // lets no setting through as such
     database->Run({u"ALTER DATABASE " + database->Name() + u" SET standard_conforming_strings = off"});
     reader.Open(plain + u";ReadOnly=1");
-    EXPECT_TRUE(FailureOf([&] { reader.Execute(u"DELETE FROM t"); }).Tells("readonly"));
-    // A server that does not read a backslash as told: its length is another here.
+    EXPECT_TRUE(FailureOf([&] { reader.Execute(u"DELETE FROM t"); }).Mentions("readonly"));
+    // A server that does not read a backslash as set: its length is another here.
     database->Run({u"CREATE FUNCTION length(text) RETURNS integer LANGUAGE sql AS 'SELECT 1'"});
-    EXPECT_TRUE(FailureOfOpen(plain + u";ConnSettings={SET search_path = public, pg_catalog}").Tells("backslash"));
+    EXPECT_TRUE(FailureOfOpen(plain + u";ConnSettings={SET search_path = public, pg_catalog}").Mentions("backslash"));
 }
 
 #ifdef __linux__
@@ -183,7 +183,7 @@ protected:
         const Failure error = FailureOf(action);
         EXPECT_TRUE(error.seconds > 0.9 && error.seconds < 2.5) << error.seconds;
         EXPECT_TRUE(error.Number() == ErrorNumbers::Timeout &&
-                    error.Tells("'127.0.0.1:" + server.Port() + "' did not answer within 1 second."))
+                    error.Mentions("'127.0.0.1:" + server.Port() + "' did not answer within 1 second."))
             << error.what();
         return error;
     }
@@ -198,14 +198,14 @@ TEST_P(SilenceTest, WhileOpening) {
     for (const Kind kind : {Kind::Accepts, Kind::Full}) {
         const test::SilentServer server(kind);
         Connection connection;
-        ExpectTimeout([&] { connection.Open(server.ThroughIt(database->ConnectionString(), limit)); }, server);
+        ExpectTimeout([&] { connection.Open(server.ConnectionThrough(database->ConnectionString(), limit)); }, server);
         EXPECT_FALSE(connection.IsOpen());
-        EXPECT_EQ(database->Ask(u"SELECT a FROM t"), u"1") << "the next one works beside it";
+        EXPECT_EQ(database->Query(u"SELECT a FROM t"), u"1") << "the next one works beside it";
     }
     // A login that is never finished.
     test::SilentServer proxy(database->ConnectionString());
-    proxy.FallSilentAt(ToUtf8(database->Name()), true);
-    ExpectTimeout([&] { Connection().Open(proxy.ThroughIt(database->ConnectionString(), limit)); }, proxy);
+    proxy.StopAnsweringAt(ToUtf8(database->Name()), true);
+    ExpectTimeout([&] { Connection().Open(proxy.ConnectionThrough(database->ConnectionString(), limit)); }, proxy);
 }
 
 TEST_P(SilenceTest, AfterTheLogin) {
@@ -217,7 +217,7 @@ TEST_P(SilenceTest, AfterTheLogin) {
     };
     const struct {
         const char *what, *consequence;
-        bool isBegun; // before the server falls silent
+        bool isBegun; // before the server stops answering
         std::function<void(Connection&)> action;
     } cases[] = {
         {"execute", "load again to see", false, [&](Connection& connection) { connection.Execute(insert); }},
@@ -239,24 +239,24 @@ TEST_P(SilenceTest, AfterTheLogin) {
         SCOPED_TRACE(c.what);
         test::SilentServer proxy(database->ConnectionString());
         Connection connection;
-        connection.Open(proxy.ThroughIt(database->ConnectionString(), u"Command Timeout=1"));
+        connection.Open(proxy.ConnectionThrough(database->ConnectionString(), u"Command Timeout=1"));
         if (c.isBegun) begin(connection);
-        proxy.FallSilent();
+        proxy.StopAnswering();
         const Failure error = ExpectTimeout([&] { c.action(connection); }, proxy);
-        EXPECT_TRUE(error.Tells(c.consequence)) << error.what();
+        EXPECT_TRUE(error.Mentions(c.consequence)) << error.what();
         EXPECT_FALSE(connection.InTransaction());
         const Failure later = FailureOf([&] { connection.Execute(insert); });
-        EXPECT_TRUE(later.Number() == ErrorNumbers::Timeout && later.Tells("given up") && later.seconds < 0.3)
+        EXPECT_TRUE(later.Number() == ErrorNumbers::Timeout && later.Mentions("given up") && later.seconds < 0.3)
             << later.what();
         connection.Close();
-        EXPECT_EQ(database->Ask(u"SELECT Count(*) FROM t"), u"1") << "nothing of it was stored";
+        EXPECT_EQ(database->Query(u"SELECT Count(*) FROM t"), u"1") << "nothing of it was stored";
     }
-    // Closing gives the server the time of one call, and tells nothing.
+    // Closing gives the server the time of one call, and reports nothing.
     test::SilentServer proxy(database->ConnectionString());
     Connection connection;
-    connection.Open(proxy.ThroughIt(database->ConnectionString(), u"Command Timeout=1"));
+    connection.Open(proxy.ConnectionThrough(database->ConnectionString(), u"Command Timeout=1"));
     begin(connection);
-    proxy.FallSilent();
+    proxy.StopAnswering();
     const auto start = Clock::now();
     connection.Close();
     EXPECT_LE(Clock::now() - start, milliseconds(2500));
@@ -270,23 +270,23 @@ TEST_P(SilenceTest, WhileCancelling) {
                              : u"SELECT Count(*) FROM pg_stat_activity WHERE query LIKE '%sleep(60%' AND pid <> "
                                u"pg_backend_pid() AND state = 'active' AND datname = current_database()";
     const auto until = [&](const Text& count) {
-        EXPECT_TRUE(IsSoon([&] { return database->Ask(waiting) == count; })) << ToUtf8(count);
+        EXPECT_TRUE(IsSoon([&] { return database->Query(waiting) == count; })) << ToUtf8(count);
     };
     test::SilentServer proxy(database->ConnectionString());
     // A server that is only slow does not go on for nothing.
     Connection slow;
-    slow.Open(proxy.ThroughIt(database->ConnectionString(), u"Command Timeout=1"));
+    slow.Open(proxy.ConnectionThrough(database->ConnectionString(), u"Command Timeout=1"));
     ExpectTimeout([&] { slow.Execute(wait); }, proxy);
     until(u"0");
     for (const bool isSilent : {false, true}) {
         Connection connection;
-        connection.Open(proxy.ThroughIt(database->ConnectionString(), u"Command Timeout=0;Connect Timeout=1"));
+        connection.Open(proxy.ConnectionThrough(database->ConnectionString(), u"Command Timeout=0;Connect Timeout=1"));
         auto done = std::async(std::launch::async, [&] { connection.Execute(wait); });
         until(u"1");
-        if (isSilent) proxy.FallSilent();
+        if (isSilent) proxy.StopAnswering();
         connection.Cancel();
         if (isSilent) {
-            EXPECT_TRUE(FailureOf([&] { done.get(); }).Tells("did not answer within"));
+            EXPECT_TRUE(FailureOf([&] { done.get(); }).Mentions("did not answer within"));
             continue;
         }
         try {

@@ -10,7 +10,7 @@
 namespace dax {
 namespace {
 
-// That quotes are left alone whatever stands in them is tested with hostile inputs.
+// That quotes are left alone whatever is in them is tested with hostile inputs.
 TEST(StatementTextTest, AdaptsOutsideQuotesOnly) {
     const std::vector<std::pair<Text, Text>> cases = {
         {u"SELECT TOP 1 a, b FROM t", u"SELECT a, b FROM t LIMIT 1"},

@@ -1,5 +1,5 @@
 // A fault at every step of the built-in engine, in its calls to the system and in its memory, once or for good: what
-// was to be done is done, or it is told and nothing is done; nothing is held, and what is done next works.
+// was to be done is done, or an error is reported and nothing is done; nothing is leaked, and the next call works.
 #include "data/DatabaseCopy.h"
 #include "faults/SQLiteFaults.h"
 #include "hierarchy/EditorFixture.h"
@@ -16,7 +16,7 @@ using test::SQLiteFaults;
 
 constexpr int lessons = 12;
 
-// A course that can be made anew in no time.
+// A course that can be made again quickly.
 class Course {
 public:
     explicit Course(const char16_t* journal) {
@@ -26,7 +26,7 @@ public:
             statements.push_back(test::LockStatement(u"k" + ToText(i), u"'ann'", 1));
         }
         database.Run(statements);
-        EXPECT_EQ(database.Ask(Text(u"PRAGMA journal_mode = ") + journal), journal);
+        EXPECT_EQ(database.Query(Text(u"PRAGMA journal_mode = ") + journal), journal);
         bytes = test::ReadFile(Name());
         rows = Rows();
     }
@@ -36,7 +36,7 @@ public:
         std::ofstream(std::filesystem::path(Name()), std::ios::binary) << bytes;
     }
     std::map<Text, Text> Rows() const { return test::ReadRows(Name()); }
-    Text Locks() const { return database.Ask(u"SELECT Count(*) FROM velmoraUserLocks"); }
+    Text Locks() const { return database.Query(u"SELECT Count(*) FROM velmoraUserLocks"); }
 
     std::map<Text, Text> rows; // at first
 
@@ -47,30 +47,30 @@ private:
 
 // Something that is made ready on a course, done among faults, and looked at when they are over.
 struct Work {
-    std::function<bool()> act; // false: it was told that it was not done
-    // In WAL mode, when a commit stands in the log and then nothing works any more, neither to make sure of it nor to
-    // take it back: told as not done, it is found done by whoever opens the file next (`mayBeDone`). Never half of it.
+    std::function<bool()> act; // false: an error was reported
+    // In WAL mode, when a commit is in the log and then every call fails, so that it can neither be completed nor be
+    // rolled back: reported as failed, it is found done when the file is opened next (`mayBeDone`). Never half of it.
     std::function<void(bool isDone, bool mayBeDone)> check;
 };
 
 Work Loading(const Course& course) {
-    const auto heard = std::make_shared<test::HeardEditor>();
-    heard->editor->SetConnectionString(course.Name());
-    return {[heard] {
-                const bool isLoaded = heard->editor->LoadDatabase();
-                EXPECT_EQ(heard->heard.find(u"ELoadDatabase") == Text::npos, isLoaded);
-                EXPECT_TRUE(isLoaded || (heard->errorNumber != 0 && !heard->error.empty()));
+    const auto recorded = std::make_shared<test::RecordingEditor>();
+    recorded->editor->SetConnectionString(course.Name());
+    return {[recorded] {
+                const bool isLoaded = recorded->editor->LoadDatabase();
+                EXPECT_EQ(recorded->received.find(u"ELoadDatabase") == Text::npos, isLoaded);
+                EXPECT_TRUE(isLoaded || (recorded->errorNumber != 0 && !recorded->error.empty()));
                 return isLoaded;
             },
-            [heard, &course](bool isDone, bool) {
-                EXPECT_TRUE(isDone || heard->editor->LoadDatabase());
-                EXPECT_EQ(heard->editor->NodeCount(), std::ssize(course.rows) + 1);
+            [recorded, &course](bool isDone, bool) {
+                EXPECT_TRUE(isDone || recorded->editor->LoadDatabase());
+                EXPECT_EQ(recorded->editor->NodeCount(), std::ssize(course.rows) + 1);
             }};
 }
 
 Work Saving(const Course& course) {
-    const auto heard = std::make_shared<test::HeardEditor>();
-    GroupEditor& editor = *heard->editor;
+    const auto recorded = std::make_shared<test::RecordingEditor>();
+    GroupEditor& editor = *recorded->editor;
     editor.SetConnectionString(course.Name());
     EXPECT_TRUE(editor.LoadDatabase());
     editor.RemoveLesson(u"h", true);
@@ -78,22 +78,22 @@ Work Saving(const Course& course) {
     const Text title(300, u'\u00E9');
     for (const Text& id : editor.GetChildLessonIDCollection(u""))
         editor.UpdateLesson(id, title, u"", editor.GetLessonType(id));
-    heard->Take();
+    recorded->Take();
     const auto isSaved = [&course, title] {
         const std::map<Text, Text> rows = course.Rows();
         return rows.size() == course.rows.size() && rows.contains(u"n") && !rows.contains(u"h") &&
                std::ranges::all_of(rows, [&](const auto& row) { return row.second.starts_with(title + u"|"); });
     };
-    return {[heard] {
-                const bool isDone = heard->editor->SaveDatabase();
-                EXPECT_EQ(heard->Take(), isDone ? u"" : u"ESaveDatabase ");
-                EXPECT_TRUE(isDone || (heard->errorNumber != 0 && !heard->error.empty()));
+    return {[recorded] {
+                const bool isDone = recorded->editor->SaveDatabase();
+                EXPECT_EQ(recorded->Take(), isDone ? u"" : u"ESaveDatabase ");
+                EXPECT_TRUE(isDone || (recorded->errorNumber != 0 && !recorded->error.empty()));
                 return isDone;
             },
-            [heard, &course, isSaved](bool isDone, bool mayBeDone) {
+            [recorded, &course, isSaved](bool isDone, bool mayBeDone) {
                 if (!isDone && !(mayBeDone && isSaved())) {
                     EXPECT_TRUE(course.Rows() == course.rows);
-                    EXPECT_TRUE(heard->editor->SaveDatabase()) << ToUtf8(heard->error);
+                    EXPECT_TRUE(recorded->editor->SaveDatabase()) << ToUtf8(recorded->error);
                 }
                 EXPECT_TRUE(isSaved());
             }};
@@ -102,24 +102,24 @@ Work Saving(const Course& course) {
 Work DeletingLocks(const Course& course) {
     const auto list = std::make_shared<ListModel>();
     const auto manager = std::make_shared<LockManager>(list);
-    const auto told = std::make_shared<Text>();
+    const auto failedMethod = std::make_shared<Text>();
     manager->connectionString = course.Name();
     manager->isAdministrator = true;
     manager->SetupColumns();
     manager->Refresh();
     for (size_t item = 0; item < list->Items().size(); ++item) list->SetSelected(item, true);
-    manager->Error.Add([told](int32_t number, const Text& text, const Text&, const Text& routine, int32_t&) {
+    manager->Error.Add([failedMethod](int32_t number, const Text& text, const Text&, const Text& routine, int32_t&) {
         EXPECT_TRUE(number != 0 && !text.empty());
-        if (told->empty()) *told = routine;
+        if (failedMethod->empty()) *failedMethod = routine;
     });
-    return {[manager, told] {
+    return {[manager, failedMethod] {
                 manager->DeleteSelected();
-                return *told != u"DeleteSelected"; // told of Refresh: they are deleted but cannot be shown
+                return *failedMethod != u"DeleteSelected"; // reported by Refresh: they are deleted but cannot be shown
             },
-            [manager, told, &course](bool isDone, bool mayBeDone) {
+            [manager, failedMethod, &course](bool isDone, bool mayBeDone) {
                 const Text locks = course.Locks();
                 EXPECT_TRUE(locks == (isDone ? u"0" : ToText(lessons)) || (mayBeDone && locks == u"0"))
-                    << ToUtf8(*told);
+                    << ToUtf8(*failedMethod);
                 manager->Refresh();
                 EXPECT_EQ(ToText(manager->LockCount()), locks);
             }};
@@ -156,8 +156,8 @@ INSTANTIATE_TEST_SUITE_P(Works, EveryStep,
                                            Case{"DeleteLocks", DeletingLocks}, Case{"Copy", Copying}),
                          [](const auto& each) { return std::string(each.param.name); });
 
-TEST_P(EveryStep, FailsAndIsDoneOrTold) {
-    // DAX_FAULTS=all: each step; else each of the first forty, and fewer and fewer of those behind.
+TEST_P(EveryStep, AFaultIsReportedOrWithoutEffect) {
+    // DAX_FAULTS=all: each step; else each of the first forty, and fewer and fewer of those after.
     const bool isAll = std::getenv("DAX_FAULTS") != nullptr;
     SQLiteFaults faults;
     size_t faultCount = 0;

@@ -11,7 +11,7 @@
 
 namespace dax::test {
 
-// While it lives, every file that SQLite opens in this process, and all memory that it takes, goes through here. Made
+// While it exists, every file that SQLite opens in this process, and all memory that it takes, is routed here. Created
 // and ended while no connection is open; one at a time.
 class SQLiteFaults {
 public:
@@ -41,9 +41,9 @@ public:
         ours.zName = "faults";
         ours.pNext = nullptr;
         ours.xOpen = Open;
-        LetFail<&sqlite3_vfs::xDelete, SQLITE_IOERR_DELETE>(ours.xDelete);
-        LetFail<&sqlite3_vfs::xAccess, SQLITE_IOERR_ACCESS>(ours.xAccess);
-        LetFail<&sqlite3_vfs::xFullPathname, SQLITE_CANTOPEN_FULLPATH>(ours.xFullPathname);
+        InjectFault<&sqlite3_vfs::xDelete, SQLITE_IOERR_DELETE>(ours.xDelete);
+        InjectFault<&sqlite3_vfs::xAccess, SQLITE_IOERR_ACCESS>(ours.xAccess);
+        InjectFault<&sqlite3_vfs::xFullPathname, SQLITE_CANTOPEN_FULLPATH>(ours.xFullPathname);
         Require(sqlite3_vfs_register(&ours, 1));
     }
     ~SQLiteFaults() {
@@ -72,7 +72,7 @@ public:
     static inline std::atomic<size_t> openFiles = 0, allocations = 0;
 
 private:
-    // The methods of a file, ours in the place of some; its own behind them.
+    // The methods of a file, some replaced by ours, which call the originals.
     struct Methods : sqlite3_io_methods {
         const sqlite3_io_methods* real;
     };
@@ -91,7 +91,7 @@ private:
     }
     // Replaces a method, where the system has it, by one that fails or is the real one.
     template <auto method, int failure, typename Object, typename... Arguments>
-    static void LetFail(int (*&place)(Object*, Arguments...)) {
+    static void InjectFault(int (*&place)(Object*, Arguments...)) {
         if (!place) return;
         place = [](Object* object, Arguments... arguments) {
             return Fails(Kind::Calls) ? failure : (RealOf(object).*method)(object, arguments...);
@@ -126,13 +126,13 @@ private:
         made.xSync = [](sqlite3_file*, int) {
             return Fails(Kind::Calls) ? SQLITE_IOERR_FSYNC : SQLITE_OK; // the machine stays on
         };
-        LetFail<&Real::xRead, SQLITE_IOERR_READ>(made.xRead);
-        LetFail<&Real::xTruncate, SQLITE_IOERR_TRUNCATE>(made.xTruncate);
-        LetFail<&Real::xFileSize, SQLITE_IOERR_FSTAT>(made.xFileSize);
-        LetFail<&Real::xLock, SQLITE_IOERR_LOCK>(made.xLock);
-        LetFail<&Real::xCheckReservedLock, SQLITE_IOERR_CHECKRESERVEDLOCK>(made.xCheckReservedLock);
-        LetFail<&Real::xShmMap, SQLITE_IOERR_SHMMAP>(made.xShmMap);
-        LetFail<&Real::xShmLock, SQLITE_IOERR_SHMLOCK>(made.xShmLock);
+        InjectFault<&Real::xRead, SQLITE_IOERR_READ>(made.xRead);
+        InjectFault<&Real::xTruncate, SQLITE_IOERR_TRUNCATE>(made.xTruncate);
+        InjectFault<&Real::xFileSize, SQLITE_IOERR_FSTAT>(made.xFileSize);
+        InjectFault<&Real::xLock, SQLITE_IOERR_LOCK>(made.xLock);
+        InjectFault<&Real::xCheckReservedLock, SQLITE_IOERR_CHECKRESERVEDLOCK>(made.xCheckReservedLock);
+        InjectFault<&Real::xShmMap, SQLITE_IOERR_SHMMAP>(made.xShmMap);
+        InjectFault<&Real::xShmLock, SQLITE_IOERR_SHMLOCK>(made.xShmLock);
     }
 
     static inline Kind kind = Kind::Calls;

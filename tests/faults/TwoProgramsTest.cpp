@@ -1,4 +1,4 @@
-// Another SQLite program on the same file, the sqlite3 shell: nobody waits longer than told, and nothing is lost.
+// Another SQLite program on the same file, the sqlite3 shell: no call waits beyond the time-out, and nothing is lost.
 #ifndef _WIN32
 #include "hierarchy/EditorFixture.h"
 
@@ -12,17 +12,17 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-constexpr auto told = 2s, busyMachine = 5s;
+constexpr auto timeout = 2s, busyMachine = 5s;
 
-class TwoPrograms : public ::testing::TestWithParam<const char16_t*>, protected test::HeardEditor {
+class TwoPrograms : public ::testing::TestWithParam<const char16_t*>, protected test::RecordingEditor {
 protected:
     void SetUp() override {
-        EXPECT_EQ(database.Ask(Text(u"PRAGMA journal_mode = ") + GetParam()), GetParam());
+        EXPECT_EQ(database.Query(Text(u"PRAGMA journal_mode = ") + GetParam()), GetParam());
         database.Run(test::SampleRows());
         editor->SetConnectionString(database.Name());
         ASSERT_TRUE(editor->LoadDatabase());
     }
-    // The shell does this; `meanwhile` is done before it is told to commit.
+    // The shell does this; `meanwhile` is done before its commit.
     bool Shell(const std::string& statements, const std::function<void()>& meanwhile = {}) const {
         const std::filesystem::path ready = folder.Path() / "ready";
         const std::string line = "sqlite3 -batch -bail '" + ToUtf8(database.Name()) + "' >'" + said.string() + "' 2>&1";
@@ -40,13 +40,13 @@ protected:
         return pclose(shell) == 0;
     }
     std::string Said() const { return test::ReadFile(said); }
-    // Fails, because of the other program, when the time that was told is over.
+    // Fails, because of the other program, at the time-out.
     void ExpectTimeout(const std::function<bool()>& work) {
         const auto begin = Clock::now();
         EXPECT_FALSE(work());
         const auto taken = Clock::now() - begin;
-        EXPECT_GE(taken, told / 2);
-        EXPECT_LT(taken, told + busyMachine);
+        EXPECT_GE(taken, timeout / 2);
+        EXPECT_LT(taken, timeout + busyMachine);
         EXPECT_EQ(errorNumber, ErrorNumbers::Timeout) << ToUtf8(error);
     }
     bool Save(const Text& title) {
@@ -57,13 +57,13 @@ protected:
     void ExpectRows(const Text& title, const Text& locks) {
         for (const auto& [id, row] : test::ReadRows(database.Name()))
             EXPECT_TRUE(row.starts_with(title + u"|")) << ToUtf8(id);
-        EXPECT_EQ(database.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), locks);
+        EXPECT_EQ(database.Query(u"SELECT Count(*) FROM velmoraUserLocks"), locks);
     }
 
     const test::EmptyCourse database;
     const test::TempFolder folder;
     const std::filesystem::path said = folder.Path() / "said";
-    const bool isWal = Text(GetParam()) == u"wal"; // where nobody keeps readers out
+    const bool isWal = Text(GetParam()) == u"wal"; // where readers are never locked out
 };
 INSTANTIATE_TEST_SUITE_P(Journals, TwoPrograms, ::testing::Values(u"delete", u"wal"),
                          [](const auto& each) { return ToUtf8(each.param); });
@@ -73,7 +73,7 @@ const std::string addLock = "INSERT INTO velmoraUserLocks (lessonID, username, l
 TEST_P(TwoPrograms, TheOtherHoldsTheFile) {
     EXPECT_TRUE(Shell("BEGIN IMMEDIATE; " + addLock, [&] {
         EXPECT_TRUE(editor->LoadDatabase()) << ToUtf8(error);
-        EXPECT_EQ(database.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"0");
+        EXPECT_EQ(database.Query(u"SELECT Count(*) FROM velmoraUserLocks"), u"0");
         ExpectTimeout([&] { return Save(u"ours"); });
     })) << Said();
     EXPECT_TRUE(Save(u"ours")) << ToUtf8(error);
@@ -104,7 +104,7 @@ TEST_P(TwoPrograms, BothWriteAtOnce) {
     }
     shell.join();
     ExpectRows(ToText(count), ToText(count));
-    EXPECT_EQ(database.Ask(u"PRAGMA integrity_check"), u"ok");
+    EXPECT_EQ(database.Query(u"PRAGMA integrity_check"), u"ok");
 }
 
 } // namespace

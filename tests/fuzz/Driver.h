@@ -38,7 +38,7 @@ private:
     Input input;
 };
 
-// A broken promise; what a fuzzer is after.
+// A violated rule; what a fuzzer searches for.
 struct Finding : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -75,7 +75,7 @@ inline void CheckTree(const NodeTree& tree) {
 }
 
 // Rounds of something that is done to a control, in which everything is checked. In some inputs, which their first byte
-// chooses, the host does more inside the events, or lets go of the control there; then only what holds in any case is
+// chooses, the host does more inside the events, or releases the control there; then only what holds in any case is
 // looked at.
 template <typename Control>
 class ControlDriver {
@@ -119,7 +119,7 @@ protected:
     std::shared_ptr<Control> control;
 };
 
-// What can be driven. Each does what the input says, and throws a Finding where a promise is broken.
+// What can be driven. Each does what the input says, and throws a Finding where a rule is violated.
 struct Target {
     const char* name;
     void (*drive)(Input);

@@ -52,12 +52,12 @@ public:
         Validate();
         Edit();
         DeleteLocks();
-        // Nobody else has the file, so nothing is waited for; a machine may be busy.
+        // No other program has the file, so there is no wait; a machine may be busy.
         Require(std::chrono::steady_clock::now() - begin < std::chrono::seconds(60), "it ends");
     }
 
 private:
-    // The end gone, a page in the place of another, or a byte changed: at the file's head, at a page's or anywhere.
+    // Truncated, a page in the place of another, or a byte changed: at the file's head, at a page's or anywhere.
     void Change(std::string& content, size_t pageSize) {
         const size_t pages = content.size() / pageSize, kind = bytes.Below(8);
         const size_t anywhere = bytes.Below(256) * 256 + bytes.Below(256);
@@ -89,19 +89,19 @@ private:
     }
 
     void Edit() {
-        test::HeardEditor heard;
-        heard.editor->SetConnectionString(name);
-        const bool isLoaded = heard.editor->LoadDatabase();
-        Require(isLoaded || !heard.error.empty(), "it says why it does not load");
+        test::RecordingEditor recorded;
+        recorded.editor->SetConnectionString(name);
+        const bool isLoaded = recorded.editor->LoadDatabase();
+        Require(isLoaded || !recorded.error.empty(), "it says why it does not load");
         Require(isLoaded || isChanged, "a file as it was made loads");
         if (!isLoaded) return;
         const std::map<Text, Text> before = Rows();
-        heard.editor->RemoveLesson(u"h", true);
-        heard.editor->AddLesson(u"n", u"New", u"n", ltLesson);
-        for (const Text& id : heard.editor->GetChildLessonIDCollection(u""))
-            heard.editor->UpdateLesson(id, Text(300, u'\u00E9'), u"", ltLesson);
-        const bool isSaved = heard.editor->SaveDatabase();
-        Require(isSaved || !heard.error.empty(), "it says why it does not save");
+        recorded.editor->RemoveLesson(u"h", true);
+        recorded.editor->AddLesson(u"n", u"New", u"n", ltLesson);
+        for (const Text& id : recorded.editor->GetChildLessonIDCollection(u""))
+            recorded.editor->UpdateLesson(id, Text(300, u'\u00E9'), u"", ltLesson);
+        const bool isSaved = recorded.editor->SaveDatabase();
+        Require(isSaved || !recorded.error.empty(), "it says why it does not save");
         Require(isSaved || isChanged, "a file as it was made is saved");
         const std::map<Text, Text> after = Rows();
         Require(isSaved || before.empty() || after.empty() || after == before, "what was not saved changed nothing");
@@ -113,15 +113,15 @@ private:
         manager.connectionString = name;
         manager.isAdministrator = true;
         manager.SetupColumns();
-        bool isTold = false;
-        manager.Error.Add([&isTold](int32_t number, const Text& text, const Text&, const Text&, int32_t&) {
+        bool isReported = false;
+        manager.Error.Add([&isReported](int32_t number, const Text& text, const Text&, const Text&, int32_t&) {
             Require(number != 0 && !text.empty(), "an error has a number and a text");
-            isTold = true;
+            isReported = true;
         });
         manager.Refresh();
         for (size_t item = 0; item < list->Items().size(); ++item) list->SetSelected(item, true);
         manager.DeleteSelected();
-        Require(isTold || isChanged || manager.LockCount() == 0, "the locks are deleted");
+        Require(isReported || isChanged || manager.LockCount() == 0, "the locks are deleted");
     }
 
     Bytes bytes;

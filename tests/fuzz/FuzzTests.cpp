@@ -1,4 +1,4 @@
-// The seeds, and a fixed number of inputs made from them or made up, the same ones at every run. DAX_FUZZ_INPUTS asks
+// The seeds, and a fixed number of inputs made from them or made up, the same ones at every run. DAX_FUZZ_INPUTS sets
 // for so many times the number, DAX_FUZZ_SEED for other ones.
 #include "fuzz/Driver.h"
 #include "hierarchy/EditorFixture.h"
@@ -23,7 +23,7 @@ std::vector<std::string> SeedsOf(const Target& target) {
     return seeds;
 }
 
-std::string MadeUp(size_t length, std::mt19937& random) {
+std::string RandomInput(size_t length, std::mt19937& random) {
     std::string input(length, ' ');
     for (char& byte : input) byte = static_cast<char>(random());
     return input;
@@ -35,7 +35,7 @@ std::string Changed(const std::vector<std::string>& seeds, std::mt19937& random)
     for (auto changes = 1 + random() % 4; changes > 0; --changes) {
         const std::string& other = seeds[random() % seeds.size()];
         const std::string pieces[] = {"",
-                                      MadeUp(1, random),
+                                      RandomInput(1, random),
                                       {"'\"`{}[]#;=\\\n\r\t/*- "[random() % 18]},
                                       other.substr(random() % (other.size() + 1), random() % 40)};
         const std::string& piece = pieces[random() % 4];
@@ -70,26 +70,26 @@ class Fuzz : public ::testing::TestWithParam<Target> {};
 INSTANTIATE_TEST_SUITE_P(Targets, Fuzz, ::testing::ValuesIn(Targets().begin(), Targets().end()),
                          [](const auto& each) { return std::string(each.param.name); });
 
-TEST_P(Fuzz, BreaksNoPromise) {
+TEST_P(Fuzz, KeepsTheInvariants) {
     const Target& target = GetParam();
     const std::vector<std::string> seeds = SeedsOf(target);
     ASSERT_FALSE(seeds.empty());
     for (const std::string& seed : seeds) ASSERT_NO_FATAL_FAILURE(ExpectNothing(target, seed));
     std::mt19937 random(static_cast<unsigned>(test::Setting("DAX_FUZZ_SEED", 1)));
     for (int i = 0; i < target.inputs * test::Setting("DAX_FUZZ_INPUTS", 1); ++i) {
-        const std::string input = i % 3 ? Changed(seeds, random) : MadeUp(2 + random() % target.longest, random);
+        const std::string input = i % 3 ? Changed(seeds, random) : RandomInput(2 + random() % target.longest, random);
         ASSERT_NO_FATAL_FAILURE(ExpectNothing(target, input)) << "input " << i;
     }
 }
 
-// The hierarchy on the servers, where a save goes in batches: one long input each, without listeners that call back.
+// The hierarchy on the servers, where a save is sent in batches: one long input each, without listeners that call back.
 class FuzzOnEngine : public test::EngineTest {};
 INSTANTIATE_TEST_SUITE_P(Engines, FuzzOnEngine, ::testing::ValuesIn(test::AllEngines()), test::EngineName);
 
 TEST_P(FuzzOnEngine, HierarchyFollowsItsModel) {
     test::CreateTables(*database);
     std::mt19937 random(static_cast<unsigned>(test::Setting("DAX_FUZZ_SEED", 1)));
-    EXPECT_NO_THROW(DriveHierarchyOn(BytesOf("\1" + MadeUp(1500, random)), *database));
+    EXPECT_NO_THROW(DriveHierarchyOn(BytesOf("\1" + RandomInput(1500, random)), *database));
 }
 
 } // namespace

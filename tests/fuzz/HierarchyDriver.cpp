@@ -47,7 +47,7 @@ struct Model : test::ReferenceTree {
 class HierarchyDriver : public ControlDriver<GroupEditor> {
 public:
     HierarchyDriver(Input input, const test::TestDatabase& content) : ControlDriver(input, {}), database(content) {
-        control = std::move(heard.editor);
+        control = std::move(recorded.editor);
         database.Run({u"DELETE FROM velmoraLessons"});
         editor.SetConnectionString(database.ConnectionString());
         Require(editor.LoadDatabase(), "an empty table loads");
@@ -56,7 +56,7 @@ public:
 
 private:
     void Round() override {
-        heard.Take();
+        recorded.Take();
         const auto before = Description();
         const bool couldUndo = editor.CanUndo();
         isEdit = false;
@@ -150,7 +150,7 @@ private:
         for (; editor.CanUndo(); ++count) editor.Undo();
         RequireTree(loaded, "the tree with everything undone");
         if (bytes.Below(2)) {
-            Require(editor.SaveDatabase(), "a save with everything undone fails: " + ToUtf8(heard.error));
+            Require(editor.SaveDatabase(), "a save with everything undone fails: " + ToUtf8(recorded.error));
             saved = loaded;
             RequireRows("the rows that were loaded");
             model.added.clear();
@@ -185,8 +185,8 @@ private:
         const bool fails = !isOpen || model.SaveFails(saved);
         const bool isSaved = editor.SaveDatabase();
         if (callsBack) return isSaved;
-        Require(isSaved != fails, fails ? "a save that must fail" : "a save fails: " + ToUtf8(heard.error));
-        Require((heard.Take().find(u"ESaveDatabase") != Text::npos) == fails, "failures are told");
+        Require(isSaved != fails, fails ? "a save that must fail" : "a save fails: " + ToUtf8(recorded.error));
+        Require((recorded.Take().find(u"ESaveDatabase") != Text::npos) == fails, "failures are reported");
         if (isSaved) {
             model.added.clear();
             model.deleted.clear();
@@ -208,8 +208,8 @@ private:
 
     bool isOpen = true, isEdit = false; // the last step was an edit
     const test::TestDatabase& database;
-    test::HeardEditor heard;
-    GroupEditor& editor = *heard.editor;
+    test::RecordingEditor recorded;
+    GroupEditor& editor = *recorded.editor;
     Model model, saved, loaded;
     Text current;
 };

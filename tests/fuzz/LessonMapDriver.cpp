@@ -21,7 +21,7 @@ constexpr char actions[] = {'m', 'm', 'm', 'm', 'a', 'a', 'a', 'r', 'r', 'c', 'C
                             's', 's', 'b', 'e', 'd', 'd', 'l', 'k', 'p', 'n'};
 
 // What the map must be, with the rules written down a second time: the maps are the children of the root, the pages
-// stand under them.
+// are under them.
 struct Model : test::ReferenceTree {
     Text selected;
     std::set<Text> checked, pages; // pages that the lesson has, shown or not
@@ -45,7 +45,7 @@ struct Model : test::ReferenceTree {
         auto to = Destination(selected, movement);
         if (movement == smtPreviousMap && index > 0) to = {{maps[index - 1], SIZE_MAX}};
         if (movement == smtNextMap && index + 1 < maps.size()) to = {{maps[index + 1], 0}};
-        // Else within the hierarchy of its map: not into the map before or behind, and not beside a map.
+        // Else within the hierarchy of its map: not into the previous or next map, and not beside a map.
         const bool staysInMap = movement < smtNextMap && movement != smtIndent && parents.at(selected) == map;
         if (!to || (staysInMap && to->first != map)) return false;
         Place(selected, to->first, to->second);
@@ -100,7 +100,7 @@ public:
         (void)control->CheckedStoryboards();
         Check();
         model = Model(*tree, *lesson);
-        control->MapChanged.Add([this](MapChangeTypes type) { told += std::to_string(type); });
+        control->MapChanged.Add([this](MapChangeTypes type) { events += std::to_string(type); });
         CallBackIn(control->AfterSelectionChange, control->ItemChecked, control->MapChanged, control->DeleteRequest,
                    control->ContextMenuRequest);
     }
@@ -109,7 +109,7 @@ public:
 
 private:
     void Round() override {
-        told.clear();
+        events.clear();
         expected.clear();
         known = Known::Nothing;
         Step();
@@ -132,8 +132,8 @@ private:
         const Model should = std::exchange(model, Model(*tree, *lesson));
         if (known == Known::Nothing) return;
         RequireEqual(model.children, should.children, "the map");
-        RequireEqual(told, expected, "what was told of the map");
-        RequireEqual(model.pages, should.pages, "the pages, none of which comes or goes by itself");
+        RequireEqual(events, expected, "the reported changes of the map");
+        RequireEqual(model.pages, should.pages, "the pages, none of which is added or removed by itself");
         if (known == Known::Shape) return;
         RequireEqual(model.selected, should.selected, "the selected page");
         RequireEqual(model.checked, should.checked, "what is checked");
@@ -222,7 +222,7 @@ private:
         }
     }
 
-    // On the upper half of a page it goes before that; elsewhere it lands where the window's rules say.
+    // On the upper half of a page it is dropped before that; elsewhere it lands where the window's rules say.
     Known Drag() {
         control->ExpandAll();
         Node* const from = AnyNode();
@@ -243,7 +243,7 @@ private:
         }
         if (control && isCancelled) control->OnKeyPress(27);
         if (control) control->OnMouseUp(MouseButton::Left);
-        if (expected.empty()) expected = told; // a drop on the place where it was may be told, too
+        if (expected.empty()) expected = events; // a drop on its own place may be reported, too
         return isForetold ? Known::All : Known::Nothing;
     }
 
@@ -258,8 +258,8 @@ private:
         std::set<Text> seen;
         for (int32_t i = 0; i < lesson->Maps()->Count(); ++i)
             for (const auto& entry : std::dynamic_pointer_cast<ContentMap>(lesson->Maps()->Item(i))->Layout())
-                Require(seen.insert(entry.sbid).second, "no page stands in two maps, shown or not");
-        // While no page is selected the lesson may remember one that was not shown for a while.
+                Require(seen.insert(entry.sbid).second, "no page is in two maps, shown or not");
+        // While no page is selected the lesson may still have one that was not shown for a while.
         const Text current = control->CurrentSBID();
         if (!current.empty()) RequireEqual(lesson->CurrentSBID(), current, "the lesson's current page");
         for (const auto& page : control->OrphanedStoryboards())
@@ -279,7 +279,7 @@ private:
     }
 
     Known known = Known::Nothing;
-    std::string told, expected; // the types of MapChanged
+    std::string events, expected; // the types of MapChanged
     Model model;
     std::shared_ptr<ContentLesson> lesson;
     std::shared_ptr<NodeTree> tree = control->tvwObject();

@@ -44,7 +44,7 @@ public:
     }
 
 private:
-    // A lock that somebody else holds is not waited for.
+    // Does not wait for a lock that somebody else holds.
     Text Reachable() const { return u"Driver=SQLite3;Timeout=1;Database=" + database.Name(); }
 
     void ChangeRows() {
@@ -73,7 +73,8 @@ private:
         control->lockDisplayType = ldtAllLocks;
         control->RebuildDisplay();
         Check();
-        RequireEqual(ToText(control->LockCount()), database.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), "the list");
+        RequireEqual(ToText(control->LockCount()), database.Query(u"SELECT Count(*) FROM velmoraUserLocks"),
+                     "the list");
     }
 
     void Do() override {

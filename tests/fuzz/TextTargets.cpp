@@ -15,7 +15,7 @@ namespace dax::fuzz {
 
 namespace {
 
-// The input as a text: UTF-8, in which half a surrogate pair stands for what is none.
+// The input as a text: UTF-8, in which invalid bytes become half a surrogate pair.
 Text TextOf(Input input) {
     Text text = FromUtf8({reinterpret_cast<const char*>(input.data()), input.size()});
     std::ranges::replace(text, u'\uFFFD', u'\xD83D');
@@ -71,7 +71,7 @@ struct Statement {
 } // namespace
 
 void DriveConnectionString(Input input) {
-    // The last password of a kind counts, and no error tells it.
+    // The last password of a kind counts, and no error shows it.
     const Text password = u"pass-phrase";
     const Text text = TextOf(input) + u";PWD=" + password + u";Jet OLEDB:Database Password=" + password;
     const auto setting = [](TextView source, TextView keyword) { return Text(source).append(keyword); };
@@ -142,7 +142,7 @@ void DriveLesson(Input input) {
     try {
         lesson = LessonText::Load(text);
     } catch (const Error& error) {
-        Require(error.Description().starts_with(u"Line "), "a refusal tells the line: " + ToUtf8(error.Description()));
+        Require(error.Description().starts_with(u"Line "), "a refusal names the line: " + ToUtf8(error.Description()));
         return;
     }
     const Text saved = LessonText::Save(*lesson);

@@ -1,4 +1,4 @@
-// A GroupEditor on a content database of its own, and what its host hears.
+// A GroupEditor on a content database of its own, with a log of its events.
 #pragma once
 
 #include "support/TestDatabases.h"
@@ -52,7 +52,7 @@ inline std::map<Text, Text> ReadRows(const Text& connectionString) {
     return all;
 }
 
-// A node and all behind it as text: key(children).
+// A node and its next siblings as text: key(children).
 inline Text ShapeFrom(const Node* node) {
     Text shape;
     for (; node; node = node->Next()) {
@@ -64,23 +64,23 @@ inline Text ShapeFrom(const Node* node) {
 }
 
 // An editor with an ear on every event.
-struct HeardEditor {
-    HeardEditor() {
-        editor->AfterSelectionChange.Add([this](const Text& id) { heard += u"S" + id + u" "; });
-        editor->DataChanged.Add([this] { heard += u"D "; });
-        editor->DeleteRequest.Add([this] { heard += u"X "; });
-        editor->DblClick.Add([this] { heard += u"2 "; });
+struct RecordingEditor {
+    RecordingEditor() {
+        editor->AfterSelectionChange.Add([this](const Text& id) { received += u"S" + id + u" "; });
+        editor->DataChanged.Add([this] { received += u"D "; });
+        editor->DeleteRequest.Add([this] { received += u"X "; });
+        editor->DblClick.Add([this] { received += u"2 "; });
         editor->Error.Add([this](int32_t number, const Text& description, const Text& method) {
-            heard += u"E" + method + u" ";
+            received += u"E" + method + u" ";
             errorNumber = number;
             error = description;
         });
     }
-    Text Take() { return std::exchange(heard, {}); }
+    Text Take() { return std::exchange(received, {}); }
     Text Shape() const { return ShapeFrom(editor->Tree().First()); }
 
     std::shared_ptr<GroupEditor> editor = GroupEditor::Create();
-    Text heard, error;
+    Text received, error;
     int32_t errorNumber = 0;
 };
 

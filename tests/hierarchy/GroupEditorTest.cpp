@@ -8,7 +8,7 @@
 namespace dax {
 namespace {
 
-class EditorOnFile : public ::testing::Test, protected test::HeardEditor {
+class EditorOnFile : public ::testing::Test, protected test::RecordingEditor {
 protected:
     EditorOnFile() {
         test::CreateTables(database);
@@ -106,7 +106,7 @@ TEST_F(EditorOnFile, Find) {
         {u"", u"\u01B0u ti\u00EAn", false, u"b"}, // titles,
         {u"", u"K\u00DCRZEL", false, u"b"},       // identifiers
         {u"h", u"D", true, u"g"},                 // "id g"
-        {u"h", u"c", true, u"c"},                 // behind the end begins the top
+        {u"h", u"c", true, u"c"},                 // wraps around at the end
         {u"b", u"K\u00FCrzel", true, u""},        // nor is it found when it alone has the text
         {u"unknown", u"velmora", true, u""},      // the database is no entry
         {u"", u"", false, u"g"},
@@ -124,7 +124,7 @@ TEST_F(EditorOnFile, Find) {
 TEST_F(EditorOnFile, EditsAndTheirEvents) {
     const struct {
         std::function<void()> act;
-        Text heard, shape;
+        Text received, shape;
     } steps[] = {
         // The root is selected: first at the top; then after the selected one; where it is.
         {[&] { editor->AddLesson(u"n", u"N", u"nn", ltGroup); }, u"D Sn ", u"(n g(a b s(c d)) h)"},
@@ -142,9 +142,9 @@ TEST_F(EditorOnFile, EditsAndTheirEvents) {
         {[&] { editor->SetLocked(true), editor->MoveCurrent(gmtUp); }, u"", u"(n m s(c d a) h)"},
         {[&] { editor->RemoveLesson(u"n", true); }, u"D ", u"(m s(c d a) h)"}, // Locked is no bar to the host
     };
-    for (const auto& [act, told, shape] : steps) {
+    for (const auto& [act, events, shape] : steps) {
         act();
-        EXPECT_EQ(Take(), told);
+        EXPECT_EQ(Take(), events);
         EXPECT_EQ(Shape(), shape);
     }
 }
@@ -174,7 +174,7 @@ TEST_F(EditorOnFile, AListenerMayDoAnything) {
 }
 
 // That each edit is undone and done again, also over a save, is among the random edits.
-TEST_F(EditorOnFile, UndoInTheMidstOfThings) {
+TEST_F(EditorOnFile, UndoDuringOperations) {
     editor->UpdateLesson(u"b", u"O'Neil", u"id b", ltLesson);
     EXPECT_FALSE(editor->CanUndo()) << "nothing was changed";
     editor->SetCurrentLessonID(u"c"); // expands g and s
@@ -269,9 +269,9 @@ TEST_F(EditorOnFile, PropertiesAndDisplay) {
     const std::function<void()> showing[] = {[&] { editor->ExpandAll(); }, [&] { editor->MoveCurrent(gmtDown); },
                                              [&] { editor->RemoveLesson(u"s", false); }};
     for (const auto& act : showing) {
-        window.Told();
+        window.TakeCalls();
         act();
-        EXPECT_NE(window.Told().find("ensure:a"), std::string::npos) << &act - showing;
+        EXPECT_NE(window.TakeCalls().find("ensure:a"), std::string::npos) << &act - showing;
     }
     ASSERT_TRUE(editor->LoadDatabase());
     editor->ExpandAll();
@@ -290,7 +290,7 @@ TEST_F(EditorOnFile, KeysAndDoubleClicks) {
         bool isLocked;
         Input input;
         int code;
-        Text heard;
+        Text received;
     } cases[] = {
         {u"b", false, Key, 46, u"X "},       {u"b", true, Key, 46, u"X "},          {u"b", false, Key, 45, u""},
         {u"", false, Key, 46, u""},          {u"none", false, Key, 46, u""},        {u"b", true, Character, 13, u"2 "},
@@ -309,7 +309,7 @@ TEST_F(EditorOnFile, KeysAndDoubleClicks) {
     }
 }
 
-TEST_F(EditorOnFile, ADragThatComesToNothingLeavesTheNotificationsOn) {
+TEST_F(EditorOnFile, ACancelledDragLeavesTheNotificationsOn) {
     test::FakeTreeWindow window(editor->Tree());
     editor->AttachWindow(&window);
     const auto drag = [&](const Text& from, Point to, MouseButton button = MouseButton::Left,
@@ -328,7 +328,7 @@ TEST_F(EditorOnFile, ADragThatComesToNothingLeavesTheNotificationsOn) {
                                           [&] { editor->SetLocked(true); }, [&] { editor->SetAllowDragDrop(false); }};
     for (const auto& end : ends) {
         ASSERT_TRUE(drag(u"b", behindA));
-        editor->OnMouseDown(MouseButton::Left); // nor does it begin anew
+        editor->OnMouseDown(MouseButton::Left); // nor does it begin again
         editor->OnMouseUp(MouseButton::Right);
         EXPECT_TRUE(editor->DragDrop().Active());
         end();

@@ -17,7 +17,7 @@
 namespace dax {
 namespace {
 
-class HierarchyOnEngine : public test::EngineTest, protected test::HeardEditor {
+class HierarchyOnEngine : public test::EngineTest, protected test::RecordingEditor {
 protected:
     void SetUp() override {
         EngineTest::SetUp();
@@ -31,7 +31,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Engines, HierarchyOnEngine, ::testing::ValuesIn(test::AllEngines()), test::EngineName);
 
 // What these leave in the rows is among the random edits.
-TEST_P(HierarchyOnEngine, SavesByTheAgreedStatements) {
+TEST_P(HierarchyOnEngine, SavesWithTheDocumentedStatements) {
     editor->SetConnectionString(u"DSN=none such");
     EXPECT_FALSE(editor->LoadDatabase());
     EXPECT_EQ(Take(), u"ELoadDatabase ");
@@ -113,7 +113,7 @@ TEST_P(HierarchyOnEngine, RowsWithoutAnIdentifierOfTheirOwnAreNamed) {
     EXPECT_NE(error.find(u"'t'"), Text::npos) << ToUtf8(error);
 }
 
-// How long all takes is for the bench to say; no call may go as deep as the tree. Progress is told for every thousand
+// The bench measures the time; no recursion may be as deep as the tree. Progress is reported for every thousand
 // rows.
 TEST(HierarchyDatabase, AChainOfManyLessons) {
     const test::TestDatabase database(Engine::SQLite);
@@ -122,15 +122,15 @@ TEST(HierarchyDatabase, AChainOfManyLessons) {
                   u"velmoraLessons (lessonID, lessonIdentifier, parentID, indentLevel, sortPosition, lessonType, "
                   u"lessonProperties) SELECT 'k' || i, 'L', CASE i WHEN 0 THEN '' ELSE 'k' || (i - 1) END, i + 1, i, "
                   u"i % 2, 'StoryboardCount=1' FROM n"});
-    test::HeardEditor heard;
-    GroupEditor& editor = *heard.editor;
-    std::vector<std::pair<int64_t, int64_t>> told;
-    editor.SetProgress([&](int64_t done, int64_t total) { told.emplace_back(done, total); });
+    test::RecordingEditor recorded;
+    GroupEditor& editor = *recorded.editor;
+    std::vector<std::pair<int64_t, int64_t>> progress;
+    editor.SetProgress([&](int64_t done, int64_t total) { progress.emplace_back(done, total); });
     editor.SetConnectionString(database.ConnectionString());
-    ASSERT_TRUE(editor.LoadDatabase()) << ToUtf8(heard.error);
-    ASSERT_EQ(told.size(), 31u);
-    EXPECT_EQ(told[1], std::pair(int64_t{2000}, int64_t{0}));
-    EXPECT_EQ(told[30], std::pair(int64_t{30'300}, int64_t{30'300}));
+    ASSERT_TRUE(editor.LoadDatabase()) << ToUtf8(recorded.error);
+    ASSERT_EQ(progress.size(), 31u);
+    EXPECT_EQ(progress[1], std::pair(int64_t{2000}, int64_t{0}));
+    EXPECT_EQ(progress[30], std::pair(int64_t{30'300}, int64_t{30'300}));
     EXPECT_EQ(editor.GetChildLessonCount(u"k0"), 30'299);
     EXPECT_EQ(editor.GetChildLessonIDCollection(u"").Count(), 30'300u);
     EXPECT_EQ(GetNumber(*editor.GetAggregateProperties(u""), u"StoryboardCount", 0), 15'150);
@@ -143,12 +143,12 @@ TEST(HierarchyDatabase, AChainOfManyLessons) {
     editor.RemoveLesson(u"k0", false);
     editor.RemoveLesson(u"k30200", true);
     editor.AddLesson(u"new", u"", u"", ltLesson);
-    told.clear();
-    ASSERT_TRUE(editor.SaveDatabase()) << ToUtf8(heard.error);
+    progress.clear();
+    ASSERT_TRUE(editor.SaveDatabase()) << ToUtf8(recorded.error);
     const int64_t sent = editor.NodeCount() - 1 + 101 + 1; // updated, deleted, inserted
-    ASSERT_EQ(told.size(), 31u);
-    EXPECT_EQ(told[1], std::pair(int64_t{2000}, sent));
-    EXPECT_EQ(told[30], std::pair(sent, sent));
+    ASSERT_EQ(progress.size(), 31u);
+    EXPECT_EQ(progress[1], std::pair(int64_t{2000}, sent));
+    EXPECT_EQ(progress[30], std::pair(sent, sent));
     EXPECT_FALSE(editor.Clear());
 }
 
@@ -224,15 +224,15 @@ TEST_P(HierarchyFault, SomebodyElseWrites) {
 }
 
 #ifndef _WIN32
-// A child process saves and dies by a signal that it cannot answer: just before a statement is sent, or whenever the
-// time has come, also in the midst of a statement or of the commit.
-TEST_P(HierarchyFault, AKilledSaveIsDoneOrNot) {
+// A child process saves and is killed by a signal that it cannot handle: just before a statement is sent, or when the
+// time has come, also during a statement or the commit.
+TEST_P(HierarchyFault, AKilledSaveIsAllOrNothing) {
     using Clock = std::chrono::steady_clock;
     std::mt19937 random(3);
     for (const Text journal : {u"delete", u"wal"}) {
         const auto begin = [&] {
             SetUp();
-            if (GetParam() == Engine::SQLite) database->Ask(u"PRAGMA journal_mode = " + journal);
+            if (GetParam() == Engine::SQLite) database->Query(u"PRAGMA journal_mode = " + journal);
             Edit(120);
         };
         ASSERT_NO_FATAL_FAILURE(begin());
@@ -266,7 +266,7 @@ TEST_P(HierarchyFault, AKilledSaveIsDoneOrNot) {
         }
         ExpectSavedAtLast();
         if (GetParam() != Engine::SQLite) return; // the servers have logs of their own
-        EXPECT_EQ(database->Ask(u"PRAGMA journal_mode"), journal);
+        EXPECT_EQ(database->Query(u"PRAGMA journal_mode"), journal);
     }
 }
 #endif

@@ -1,4 +1,4 @@
-// An editor with its window and a list of what the host heard.
+// An editor with its window and a list of what the host received.
 #pragma once
 
 #include "lessonmap/LessonMapEditor.h"
@@ -15,7 +15,7 @@ protected:
     ~EditorFixture() override {
         if (!editor) return;
         EXPECT_EQ(window->held, 0) << "what is not drawn any more";
-        editor->SetWindow(nullptr); // the window goes first
+        editor->SetWindow(nullptr); // the window is removed first
     }
 
     void MakeEditor() {
@@ -24,29 +24,29 @@ protected:
         tree = editor->tvwObject();
         window = std::make_unique<FakeTreeWindow>(*tree);
         editor->SetWindow(window.get());
-        editor->BeforeSelectionChange.Add([this](const auto&, const auto&, bool&) { Hear("before"); });
+        editor->BeforeSelectionChange.Add([this](const auto&, const auto&, bool&) { Record("before"); });
         editor->AfterSelectionChange.Add(
-            [this](const auto& page) { Hear("selected " + (page ? ToUtf8(page->SBID()) : "-")); });
-        editor->ItemChecked.Add([this] { Hear("checked"); });
-        editor->MapChanged.Add([this](MapChangeTypes type) { Hear("changed " + std::to_string(type)); });
-        editor->DeleteRequest.Add([this] { Hear("delete"); });
-        editor->ContextMenuRequest.Add([this] { Hear("menu"); });
-        editor->CheckboxesChanged.Add([this] { Hear("boxes"); });
+            [this](const auto& page) { Record("selected " + (page ? ToUtf8(page->SBID()) : "-")); });
+        editor->ItemChecked.Add([this] { Record("checked"); });
+        editor->MapChanged.Add([this](MapChangeTypes type) { Record("changed " + std::to_string(type)); });
+        editor->DeleteRequest.Add([this] { Record("delete"); });
+        editor->ContextMenuRequest.Add([this] { Record("menu"); });
+        editor->CheckboxesChanged.Add([this] { Record("boxes"); });
         editor->Error.Add(
-            [this](int32_t, const Text& text, const Text& action) { Hear("error " + ToUtf8(text + u" " + action)); });
+            [this](int32_t, const Text& text, const Text& action) { Record("error " + ToUtf8(text + u" " + action)); });
     }
 
-    void Hear(const std::string& what) { heard += (heard.empty() ? "" : ", ") + what; }
-    std::string Heard() { return std::exchange(heard, {}); }
+    void Record(const std::string& what) { received += (received.empty() ? "" : ", ") + what; }
+    std::string Take() { return std::exchange(received, {}); }
     void Open(const std::string& text) {
         lesson = MakeLesson(text);
         editor->SetLesson(nullptr); // nothing stays from the lesson before
         editor->SetLesson(lesson);
-        heard.clear();
+        received.clear();
     }
     void Select(const Text& key) {
         tree->Select(tree->Find(key));
-        heard.clear();
+        received.clear();
     }
     Node& At(const Text& key) { return *tree->Find(key); }
     // The button stays down; either node may go under way.
@@ -74,7 +74,7 @@ protected:
     std::shared_ptr<NodeTree> tree;
     std::unique_ptr<FakeTreeWindow> window;
     std::shared_ptr<ContentLesson> lesson;
-    std::string heard;
+    std::string received;
 };
 
 } // namespace dax::test

@@ -100,26 +100,26 @@ class HostileLesson : public EditorFixture {
 protected:
     ~HostileLesson() override { faults = {}; }
 
-    // Everything begins anew: editor, window, lesson.
+    // Everything is created again: editor, window, lesson.
     void Begin() {
         faults.countdown = -1;
         MakeEditor();
-        Disturb(editor->AfterSelectionChange);
-        Disturb(editor->MapChanged);
-        Disturb(editor->DeleteRequest);
-        Disturb(editor->ContextMenuRequest);
-        Disturb(editor->CheckboxesChanged);
-        Disturb(editor->PropertyChanged);
-        Disturb(editor->ItemChecked);
-        Disturb(editor->Error);
+        AddFaults(editor->AfterSelectionChange);
+        AddFaults(editor->MapChanged);
+        AddFaults(editor->DeleteRequest);
+        AddFaults(editor->ContextMenuRequest);
+        AddFaults(editor->CheckboxesChanged);
+        AddFaults(editor->PropertyChanged);
+        AddFaults(editor->ItemChecked);
+        AddFaults(editor->Error);
         odd = std::make_shared<OddLesson>();
         other = std::make_shared<OddLesson>();
         editor->SetLesson(odd);
         editor->SetCurrentSBID(u"c");
         tree->Find(u"b")->SetChecked(true);
-        heard.clear();
+        received.clear();
     }
-    // Afterwards the editor must work as ever.
+    // Afterwards the editor must work as before.
     void ExpectUsable() {
         faults.countdown = -1;
         if (!editor) return;
@@ -131,10 +131,10 @@ protected:
         editor->SetLesson(lesson);
         editor->AddStoryboard(NewPage(u"n"));
         ASSERT_EQ(Shown(), "A: n a( b ) | B:");
-        heard.clear();
+        received.clear();
         editor->SetCurrentSBID(u"b");
         tree->Select(tree->Find(u"a"));
-        ASSERT_EQ(heard, "selected b, selected a");
+        ASSERT_EQ(received, "selected b, selected a");
     }
 
     std::shared_ptr<OddLesson> odd, other;
@@ -142,13 +142,13 @@ protected:
 
 private:
     template <typename TheEvent>
-    void Disturb(TheEvent& event) {
+    void AddFaults(TheEvent& event) {
         event.Add([this](const auto&...) { faults.Tick(); });
-        event.Add([this](const auto&...) { ASSERT_TRUE(editor) << "told of a released editor"; });
+        event.Add([this](const auto&...) { ASSERT_TRUE(editor) << "an event of a released editor"; });
     }
 };
 
-// Each operation, disturbed at each of the calls that content objects and listeners get during it.
+// Each operation, with an action at each of the calls that content objects and listeners get during it.
 TEST_F(HostileLesson, AnyCallMayDoAnything) {
     const auto on = [this](const char16_t* key, void (*act)(NodeTree&, Node&)) {
         return [=, this] {
@@ -161,7 +161,7 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
         const char* name;
         std::function<void()> act;
         bool isLasting = false;
-    } deeds[] = {
+    } actions[] = {
         {"fail", fail},
         {"fail always", fail, true},
         {"begin without a lesson", {}},
@@ -224,9 +224,9 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
     };
     int disturbed = 0;
     for (const auto& [operation, run] : operations) {
-        for (const auto& [deed, act, isLasting] : deeds) {
+        for (const auto& [action, act, isLasting] : actions) {
             for (int call = 0; call == 0 || faults.done > 0; ++call) {
-                SCOPED_TRACE(std::string(operation) + ": " + deed + " at call " + std::to_string(call));
+                SCOPED_TRACE(std::string(operation) + ": " + action + " at call " + std::to_string(call));
                 Begin();
                 if (!act) editor->SetLesson(nullptr);
                 faults = {act ? call : -1, isLasting, act};
@@ -297,7 +297,7 @@ TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
         arrange();
         if (shown) {
             ASSERT_NO_THROW(editor->SetLesson(odd));
-            EXPECT_EQ(heard.find("changed 0") != std::string::npos, isRepaired);
+            EXPECT_EQ(received.find("changed 0") != std::string::npos, isRepaired);
             editor->Refresh();
             EXPECT_EQ(Print(*tree), shown);
         } else {
@@ -328,7 +328,7 @@ TEST_F(HostileLesson, HiddenMapsLeaveTheirRootAlone) {
     }
 }
 
-// A drop in the midst of an operation is refused; the target is selected all the same, and told when no edit is under
+// A drop during an operation is refused; the target is selected all the same, and reported when no edit is in
 // way, else at its end. A drag does not begin there.
 TEST_F(HostileLesson, DropsDuringAnOperationAreRefused) {
     const std::string refused =
@@ -336,7 +336,7 @@ TEST_F(HostileLesson, DropsDuringAnOperationAreRefused) {
     const struct {
         std::function<void()> operation;
         int call; // the one that the drop comes in
-        std::string told;
+        std::string events;
         const char* shown;
     } cases[] = {
         {[&] { editor->UpdateSBID(u"c"); }, 0, "changed 2, selected a", "A: c a( b ) | B: d"},
@@ -344,14 +344,14 @@ TEST_F(HostileLesson, DropsDuringAnOperationAreRefused) {
         {[&] { editor->RemoveStoryboard(odd->pages->Item(u"d"), false); }, 2, refused + "changed 3, selected a",
          "A: a( b ) c | B:"},
     };
-    for (const auto& [operation, call, told, shown] : cases) {
+    for (const auto& [operation, call, events, shown] : cases) {
         Begin();
         DragTo(u"c", u"a");
-        Heard();
+        Take();
         faults = {call, false, [this] { editor->OnMouseUp(MouseButton::Left); }};
         operation();
         EXPECT_EQ(Print(*tree), shown);
-        EXPECT_EQ(Heard(), told);
+        EXPECT_EQ(Take(), events);
         EXPECT_EQ(odd->current, u"a");
         ExpectUsable();
     }
@@ -368,16 +368,16 @@ TEST_F(HostileLesson, OneMapThatFailsDoesNotKeepTheOthersFromTheirLayout) {
     EXPECT_EQ(Print("B", odd->second->Layout()), "B: c d");
     EXPECT_EQ(Print(*tree), "A: a( b ) c | B: d") << "what the lesson holds, each page once";
     EXPECT_EQ(editor->CurrentSBID(), u"c");
-    // A drop has no caller who could hear of it.
+    // A drop has no caller who could receive an error.
     DragTo(u"c", u"d");
     editor->OnMouseUp(MouseButton::Left);
-    EXPECT_EQ(Heard(), "error failed Drop");
+    EXPECT_EQ(Take(), "error failed Drop");
     EXPECT_EQ(Print(*tree), "A: a( b ) c | B: d");
     EXPECT_EQ(editor->CurrentSBID(), u"c");
     ExpectUsable();
 }
 
-// A host that answers every move by another one hears no more of it at some depth.
+// A host that answers every move by another one gets no more events at some depth.
 TEST_F(HostileLesson, EndlessAnswersEnd) {
     Begin();
     editor->SetCurrentSBID(u"a");

@@ -26,7 +26,7 @@ TEST_F(LessonMapEditorTest, TheCurrentStoryboard) {
     const auto select = [this](const Text& sbid) { return [=, this] { editor->SetCurrentSBID(sbid); }; };
     const struct {
         Act act;
-        const char* told;
+        const char* events;
         Text selected, record;
     } steps[] = {
         {show("A: a b | B: c", u"c"), "selected c", u"c", u"c"},
@@ -45,13 +45,13 @@ TEST_F(LessonMapEditorTest, TheCurrentStoryboard) {
         {select(u"c"), "selected c", u"c", u"c"},
         {[&] { editor->SetCurrentStoryboard(nullptr); }, "selected -", u"", u""},
         {select(u"b"), "selected b", u"b", u"b"},
-        {[&] { editor->CollapseAll(); }, "selected -", u"A", u""}, // it went up to the map, and was told once
+        {[&] { editor->CollapseAll(); }, "selected -", u"A", u""}, // it moved up to the map, and was reported once
         {[&] { editor->SetLesson(nullptr); }, "", u"", u""},
     };
-    for (const auto& [act, told, selected, record] : steps) {
-        SCOPED_TRACE(ToUtf8(selected) + " after " + told);
+    for (const auto& [act, events, selected, record] : steps) {
+        SCOPED_TRACE(ToUtf8(selected) + " after " + events);
         act();
-        EXPECT_EQ(Heard(), told);
+        EXPECT_EQ(Take(), events);
         EXPECT_EQ(modTVW::GetNodeKey(tree->Selected()), selected);
         EXPECT_EQ(lesson->CurrentSBID(), record);
         const auto page = editor->CurrentStoryboard();
@@ -70,7 +70,7 @@ TEST_F(LessonMapEditorTest, AddsAndRemovesInShownAndHiddenMaps) {
         std::string action; // "missing": the lesson does not have the page any more, a map lists it
         Text sbid;
         const char* after; // with all maps shown
-        const char* told;
+        const char* events;
         int left; // storyboards of the lesson
     } cases[] = {
         {false, pages, u"b", "add", u"n", "A: a( b n ) d | B: c", "changed 1, selected n", 5},
@@ -88,7 +88,7 @@ TEST_F(LessonMapEditorTest, AddsAndRemovesInShownAndHiddenMaps) {
         {true, "A: a | B: b( c )", u"", "remove missing", u"b", "A: a | B: c", "changed 3", 2},
         {true, "A: a | B: b( c )", u"", "remove", u"x", "A: a | B: b( c )", "", 3},
     };
-    for (const auto& [isDefaultOnly, before, selected, action, sbid, after, told, left] : cases) {
+    for (const auto& [isDefaultOnly, before, selected, action, sbid, after, events, left] : cases) {
         SCOPED_TRACE(action + " " + ToUtf8(sbid) + " in " + before);
         editor->SetShowDefaultMapOnly(isDefaultOnly);
         Open(before);
@@ -105,7 +105,7 @@ TEST_F(LessonMapEditorTest, AddsAndRemovesInShownAndHiddenMaps) {
         } else {
             editor->RemoveStoryboard(page, action == "remove branch");
         }
-        EXPECT_EQ(Heard(), told);
+        EXPECT_EQ(Take(), events);
         editor->SetShowDefaultMapOnly(false);
         editor->OrphanedStoryboards(); // writes the layouts back
         EXPECT_EQ(Shown(), after);
@@ -121,18 +121,18 @@ TEST_F(LessonMapEditorTest, AddsAndRemovesInShownAndHiddenMaps) {
     EXPECT_EQ(editor->FindNextSBID(u"New A", ftTitle, true, true), u"");
     editor->RemoveStoryboard(Page(u"A"), false);
     EXPECT_EQ(Page(u"A"), nullptr);
-    EXPECT_EQ(Heard(), "changed 3");
+    EXPECT_EQ(Take(), "changed 3");
     EXPECT_EQ(Shown(), pages);
 }
 
 TEST_F(LessonMapEditorTest, MovesUpdatesAndRefreshes) {
     Open("A: a( b ) c | B: d");
     Select(u"c");
-    window->Told();
+    window->TakeCalls();
     editor->MoveCurrent(smtNextMap);
     editor->ExpandAll();
-    EXPECT_EQ(window->Told(), "ensure:c ensure:c");
-    EXPECT_EQ(Heard(), "changed 2") << "the selection did not change";
+    EXPECT_EQ(window->TakeCalls(), "ensure:c ensure:c");
+    EXPECT_EQ(Take(), "changed 2") << "the selection did not change";
     std::static_pointer_cast<ContentStoryboard>(Page(u"b"))->SetTitle(u"Other");
     editor->UpdateSBID(u"b");
     EXPECT_EQ(At(u"b").Caption(), u"Other");
@@ -152,7 +152,7 @@ TEST_F(LessonMapEditorTest, MovesUpdatesAndRefreshes) {
     editor->SetShowDefaultMapOnly(true);
     EXPECT_EQ(Print(*tree), "A: a( b )");
     EXPECT_EQ(editor->OrphanedStoryboards().size(), 2u) << "c, and d in the map that is not shown";
-    EXPECT_EQ(Heard(), "");
+    EXPECT_EQ(Take(), "");
 }
 
 TEST_F(LessonMapEditorTest, ChecksGoWithTheBoxesAndTheLesson) {
@@ -170,7 +170,7 @@ TEST_F(LessonMapEditorTest, ChecksGoWithTheBoxesAndTheLesson) {
     editor->CheckAllStoryboards();
     editor->SetLesson(MakeLesson("A: a"));
     EXPECT_EQ(editor->CheckedStoryboardCount(), 0) << "another lesson";
-    EXPECT_EQ(Heard(), "boxes, boxes, selected -") << "no check event for what the program did";
+    EXPECT_EQ(Take(), "boxes, boxes, selected -") << "no check event for what the program did";
 }
 
 TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
@@ -185,7 +185,7 @@ TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
         return [=, this] {
             DragTo(u"d", u"a");
             act();
-            if (editor->IsDragging()) Hear("dragging");
+            if (editor->IsDragging()) Record("dragging");
             const bool wasDragging = editor->IsDragging();
             EXPECT_EQ(editor->OnKeyPress(27), wasDragging);
             tree->Select(&At(u"e"));
@@ -204,7 +204,7 @@ TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
     const struct {
         const char* what;
         Act act;
-        const char *heard, *heardWhenLocked;
+        const char *received, *receivedWhenLocked;
     } cases[] = {
         {"delete", key(46), "delete", ""},
         {"another key", key(45), "", ""},
@@ -232,7 +232,7 @@ TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
         {"three bursts of space", [&] { key(32)(), key(32)(), key(32)(); }, "checked", "checked"},
     };
     for (const bool isLocked : {false, true}) {
-        for (const auto& [what, act, told, toldWhenLocked] : cases) {
+        for (const auto& [what, act, events, eventsWhenLocked] : cases) {
             SCOPED_TRACE(what);
             Open("A: a( b c ) d | B: e");
             editor->SetWindow(window.get());
@@ -242,8 +242,8 @@ TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
             Select(u"d");
             act();
             if (window->running.contains(TreeTimer::Checkstate)) editor->OnTimer(TreeTimer::Checkstate);
-            if (editor->IsDragging()) Hear("still dragging");
-            EXPECT_EQ(Heard(), isLocked ? toldWhenLocked : told);
+            if (editor->IsDragging()) Record("still dragging");
+            EXPECT_EQ(Take(), isLocked ? eventsWhenLocked : events);
             EXPECT_EQ(lesson->CurrentSBID(), editor->CurrentSBID());
         }
     }
@@ -323,13 +323,13 @@ struct Bag : PropertyBag, std::map<Text, Value> {
     }
 };
 
-TEST_F(LessonMapEditorTest, PropertiesAreKeptAndTold) {
+TEST_F(LessonMapEditorTest, PropertiesAreKeptAndReported) {
     Bag bag;
     editor->WriteProperties(bag);
     EXPECT_TRUE(bag.empty()) << "the defaults";
-    // The host hears what it has to save, and nothing when a property is set to what it is.
-    std::string told;
-    editor->PropertyChanged.Add([&told](const Text& name) { told += ToUtf8(name) + " "; });
+    // The host is notified of what it has to save, and not when a property is set to its value.
+    std::string events;
+    editor->PropertyChanged.Add([&events](const Text& name) { events += ToUtf8(name) + " "; });
     for (int round = 0; round < 2; ++round) {
         editor->SetAllowDragDrop(false);
         editor->SetCaptionStyle(csIdentifier);
@@ -337,7 +337,7 @@ TEST_F(LessonMapEditorTest, PropertiesAreKeptAndTold) {
         editor->SetLocked(true);
         editor->SetShowDefaultMapOnly(true);
     }
-    EXPECT_EQ(told, "AllowDragDrop CaptionStyle Checkboxes Locked ShowDefaultMapOnly ");
+    EXPECT_EQ(events, "AllowDragDrop CaptionStyle Checkboxes Locked ShowDefaultMapOnly ");
     editor->WriteProperties(bag);
     const auto other = LessonMapEditor::Create();
     other->ReadProperties(bag);

@@ -87,7 +87,7 @@ TEST_F(LessonMap, CaptionsAndPictures) {
 }
 
 // That checks and selection are kept is among the random edits.
-TEST_F(LessonMap, KeepsWhatIsOpenWhenBuiltAnew) {
+TEST_F(LessonMap, KeepsWhatIsExpandedWhenRebuilt) {
     Build(MakeLesson("A: a( b( c ) ) d | B: e | C:"));
     tree.Find(u"B")->SetExpanded(false);
     tree.Find(u"a")->SetExpanded(true);
@@ -125,7 +125,7 @@ TEST_F(LessonMap, FindsTheNextMatch) {
         {u"Main", u"the ärger of the strasse", ftTitle, true, false, u""}, // only lower-cased
         {u"Main", u"the ärger of the straße", ftTitle, true, false, u"b"},
         {u"Main", u"привет", ftTitle, true, false, u"c"},
-        {u"Main", u"ärger", ftID, false, false, u"b"}, // whatever is asked for, all fields are tested
+        {u"Main", u"ärger", ftID, false, false, u"b"}, // whatever is searched for, all fields are tested
         {u"Main", u"id-C", FindTypes(0), true, false, u"c"},
         {u"Main", u"D", ftTitle, true, false, u"d"},   // an SBID
         {u"Main", u"main", ftTitle, false, true, u""}, // maps never match

@@ -38,7 +38,7 @@ protected:
         database.Run({test::LockStatement(lessonID, user, type, session, date)});
     }
 
-    Text LocksLeft() const { return database.Ask(u"SELECT Count(*) FROM velmoraUserLocks"); }
+    Text LocksLeft() const { return database.Query(u"SELECT Count(*) FROM velmoraUserLocks"); }
     void Select(size_t item, bool on = true) const { list->SetSelected(item, on); }
     // The cells of a column from the top, with bars between them.
     std::string Column(TextView key) const {
@@ -48,7 +48,7 @@ protected:
         return ToUtf8(cells);
     }
 
-    // A group of one lesson that fails when it is told to.
+    // A group of one lesson that fails on request.
     struct Group : KeyedCollection {
         bool HasKey(const Text& key) override {
             ++asked;
@@ -120,7 +120,7 @@ TEST_F(LockManagerTest, ListsFiltersAndCounts) {
     manager.connectionString.clear();
     manager.Refresh();
     EXPECT_EQ(manager.LockCount(), 0);
-    EXPECT_TRUE(selections.empty() && errors.empty()) << "without a database nothing is told";
+    EXPECT_TRUE(selections.empty() && errors.empty()) << "without a database nothing is reported";
 }
 
 TEST_F(LockManagerTest, ColumnsSortAndAreRebuilt) {
@@ -186,7 +186,7 @@ TEST_F(LockManagerTest, EachAnswerToANullUserEndsAsDocumented) {
     EXPECT_EQ(Column(u"machine"), "PC|PC") << "it goes on with the next statement";
 }
 
-TEST_F(LockManagerTest, TheGroupIsAskedRowByRowAndItsErrorsAreTrapped) {
+TEST_F(LockManagerTest, TheGroupIsQueriedRowByRowAndItsErrorsAreTrapped) {
     const auto group = std::make_shared<Group>();
     manager.groupIDCollection = group;
     manager.lessonID = u"l1";
@@ -208,7 +208,7 @@ TEST_F(LockManagerTest, TheGroupIsAskedRowByRowAndItsErrorsAreTrapped) {
         {fails, actRetry, ", 5: ", 3, "Birds|Ants"},
         {fails, actIgnore, ", 5: ", 2, "Birds|Ants"},
         {lacksMemory, actRetry, ", 7: ", 3, "Birds|Ants"},
-        {[this] { manager.Refresh(); }, 0, nullptr, 3, "Birds|Ants"}, // a host that does more than it is asked
+        {[this] { manager.Refresh(); }, 0, nullptr, 3, "Birds|Ants"}, // a host that does more than reply
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(&each - cases);
@@ -240,7 +240,7 @@ TEST_F(LockManagerTest, WhatIsListedCanBeDeletedInWhateverFormItIsStored) {
         Select(0);
         manager.DeleteSelected();
         EXPECT_EQ(LocksLeft(), u"1") << ToUtf8(date);
-        EXPECT_EQ(database.Ask(u"SELECT lockDate FROM velmoraUserLocks").substr(0, 10), u"2026-03-02");
+        EXPECT_EQ(database.Query(u"SELECT lockDate FROM velmoraUserLocks").substr(0, 10), u"2026-03-02");
         database.Run({u"DELETE FROM velmoraUserLocks"});
     }
     database.Run({u"DROP TABLE velmoraUserLocks",
@@ -274,7 +274,7 @@ TEST_F(LockManagerTest, AFailingDeleteIsRolledBackRetriedOrSkipped) {
         EXPECT_EQ(errors.size(), given.size());
         EXPECT_THAT(errors, Each(AllOf(StartsWith("DeleteSelected, deleting selected locks, "), HasSubstr("kept"))));
         EXPECT_EQ(LocksLeft(), left);
-        // No connection of the manager stands in the way.
+        // No connection of the manager is still open.
         database.Run({u"DROP TRIGGER refuse", u"DELETE FROM velmoraUserLocks"});
     }
 }

@@ -12,7 +12,7 @@ namespace {
 
 const DateTime Now{2026, 3, 1, 0, 0, 30};
 
-TEST(LockRules, AgesReadAsAPersonSaysThem) {
+TEST(LockRules, AgesAreWrittenForPeople) {
     const std::pair<DateTime, Text> cases[] = {
         {{2026, 3, 1, 0, 0, 30}, u"0 seconds"},
         {{2026, 3, 1, 0, 0, 29}, u"1 second"},
@@ -95,7 +95,7 @@ TEST(LockRules, DatesComeAsTextToo) {
         EXPECT_FALSE(LockRules::ToDate(text)) << ToUtf8(text);
 }
 
-TEST(LockQueries, TextsAreTheAgreedOnes) {
+TEST(LockQueries, TextsAreTheDocumentedOnes) {
     const auto query = [](LockDisplayTypes type, const Text& user, const Text& lesson, const Text& sort, bool down) {
         const Text text = LockQueries::BuildLockQuery(type, user, lesson, sort, down);
         const Text base = LockQueries::BuildLockQuery(ldtAllLocks, u"", u"", u"", false);

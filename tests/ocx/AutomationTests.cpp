@@ -24,11 +24,11 @@ TEST_F(AutomationTest, AnEnumeratorAloneKeepsItsLibrary) {
 class Listener final : public StackObject<> {
 public:
     STDMETHODIMP Invoke(DISPID event, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
-        return heard = event, S_OK;
+        return received = event, S_OK;
     }
     GUID events{};
     Listener* forEvents = nullptr;
-    DISPID heard = 0;
+    DISPID received = 0;
 
 private:
     void* Find(REFIID iid) override {
@@ -47,7 +47,7 @@ TEST_F(AutomationTest, EventsComeToTheInterfaceThatIsMeantForThem) {
     ASSERT_HRESULT_SUCCEEDED(points->FindConnectionPoint(form.events, point.Out()));
     EXPECT_HRESULT_SUCCEEDED(point->Advise(&form, &cookie));
     Call(editor, L"Clear");
-    EXPECT_EQ(forEvents.heard, 1);
+    EXPECT_EQ(forEvents.received, 1);
     EXPECT_HRESULT_SUCCEEDED(point->Unadvise(cookie));
 }
 

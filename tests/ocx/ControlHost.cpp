@@ -199,7 +199,7 @@ void HostedControl::Fill() {
     static const SampleData sample; // made once: databases take their time
     data = &sample;
     what.fill(*this);
-    heard.clear();
+    received.clear();
 }
 
 void HostedControl::DoVerb(LONG verb) {

@@ -91,7 +91,7 @@ struct SampleData {
 
 struct ControlCase;
 
-// A control on a site, with its events heard. At the end the host releases it in the usual order.
+// A control on a site, with its events received. At the end the host releases it in the usual order.
 class HostedControl {
 public:
     // Without a verb it is not placed yet.
@@ -109,7 +109,7 @@ public:
     std::vector<DWORD> Picture(int width, int height) const;
     // Closes the control and releases everything the host has of it.
     void Close();
-    // After Close: the windows are gone, or go soon, and the control refers to nothing of the host's.
+    // After Close: the windows are destroyed, or will be soon, and the control refers to nothing of the host's.
     bool IsGone() const;
 
     const ControlCase& what;
@@ -120,9 +120,9 @@ public:
     ComPtr<IOleInPlaceObject> inPlace;
     HWND window = nullptr, child = nullptr; // the child that has the focus, or else the window
     std::function<void(DISPID)> onEvent;
-    std::vector<DISPID> heard;
-    Sink sink{[this](const HeardEvent& event) {
-        heard.push_back(event.dispid);
+    std::vector<DISPID> received;
+    Sink sink{[this](const RecordedEvent& event) {
+        received.push_back(event.dispid);
         if (const auto listener = onEvent) listener(event.dispid);
     }};
 };
@@ -133,7 +133,7 @@ struct EventCase {
     DISPID event;
     Action cause;
     Action arrange = nullptr; // what comes before
-    long answer = 0;          // to what the event asks by reference
+    long answer = 0;          // value for the event's by-reference argument
 };
 
 // What fills a control, which keys it takes, what it keeps, and how each of its events comes about.

@@ -65,7 +65,7 @@ TEST_P(ControlTest, StandsWhereTheHostPutsItHidesAndComesBack) {
     EXPECT_EQ(GetFocus(), hosted.child);
     hosted.DoVerb(OLEIVERB_HIDE);
     EXPECT_FALSE(IsWindowVisible(hosted.window));
-    EXPECT_NE(GetFocus(), hosted.child) << "what is hidden hears no keys";
+    EXPECT_NE(GetFocus(), hosted.child) << "a hidden control receives no keys";
     hosted.DoVerb(OLEIVERB_SHOW);
     expectAt(moved);
     hosted.DoVerb(OLEIVERB_UIACTIVATE);
@@ -106,7 +106,7 @@ TEST_P(ControlTest, GivesTextsAndPicturesThatArePrintedInAnyResolution) {
 
     ComPtr<IDataObject> data;
     ASSERT_HRESULT_SUCCEEDED(hosted.object->GetClipboardData(0, data.Out()));
-    hosted.Close(); // the data lives on
+    hosted.Close(); // the data object still exists
     const auto get = [&](CLIPFORMAT kind, DWORD medium) {
         FORMATETC format{kind, nullptr, DVASPECT_CONTENT, -1, medium};
         STGMEDIUM given{};
@@ -139,11 +139,11 @@ TEST_P(ControlTest, IsActivatedByAClickAndLeavesOthersKeysToTheHost) {
 
     hosted.Fill();
     for (const auto& [key, event] : GetParam().keys) {
-        hosted.heard.clear();
+        hosted.received.clear();
         EXPECT_TRUE(hosted.Press(key)) << key;
-        EXPECT_EQ(hosted.heard, event ? std::vector<DISPID>{event} : std::vector<DISPID>()) << key;
+        EXPECT_EQ(hosted.received, event ? std::vector<DISPID>{event} : std::vector<DISPID>()) << key;
     }
-    hosted.heard.clear();
+    hosted.received.clear();
     int& offered = hosted.site.calls["TranslateAccelerator"];
     for (const WPARAM key : {VK_TAB, VK_RETURN, VK_ESCAPE, VK_F1, VK_F5, VK_DELETE, VK_INSERT}) {
         const auto isIt = [key](const auto& row) { return row.first == key; };
@@ -152,7 +152,7 @@ TEST_P(ControlTest, IsActivatedByAClickAndLeavesOthersKeysToTheHost) {
         EXPECT_FALSE(hosted.Press(key)) << key;
         EXPECT_GT(offered, before) << key;
     }
-    EXPECT_TRUE(hosted.heard.empty()) << "keys of the host's mean nothing to the control";
+    EXPECT_TRUE(hosted.received.empty()) << "keys of the host's mean nothing to the control";
     EXPECT_EQ(GetFocus(), hosted.child);
     SetFocus(hosted.site.window);
     EXPECT_FALSE(hosted.site.activeObject || hosted.site.hasFocus);

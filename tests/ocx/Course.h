@@ -6,7 +6,7 @@
 namespace dax::test {
 
 // g(a b) h(c) d: two groups, four lessons, of which b and c have no identifier. Locks, all of session "s": ann edits a
-// and reads b, bob edits c twice and reads his own guide of d; nobody knows the lesson "gone" that ann edits.
+// and reads b, bob edits c twice and reads his own guide of d; the lesson "gone" that ann edits does not exist.
 class Course : public TestDatabase {
 public:
     Course() : TestDatabase(Engine::SQLite) {

@@ -1,4 +1,4 @@
-// Objects that a host passes to the controls and to a lesson: what is asked of them, and what comes of those that fail.
+// Objects that a host passes to the controls and to a lesson: which members are called, and the effect of failures.
 #include "ControlHost.h"
 
 #include <commctrl.h>
@@ -130,7 +130,7 @@ TEST_F(HostObjectTest, EveryFailureOfALessonIsAnError) {
                 Call(pages, L"Add", {page});
                 if (isShownBefore) SetLesson(lesson);
                 if (fault == Missing) host.missing = member;
-                if (fault == Endless) host.missing = "_NewEnum"; // collections are asked for their Count
+                if (fault == Endless) host.missing = "_NewEnum"; // collections are read by their Count
                 host.instead = [&](const std::string& called, const Arguments& arguments) -> std::optional<Variant> {
                     if (called != member) return {};
                     if (fault == Failing) throw CallFailure{E_FAIL, u"on purpose", u""};
@@ -175,7 +175,7 @@ TEST_F(HostObjectTest, ALessonWithoutMapsGetsOne) {
     EXPECT_EQ(Shown(), "key (1);key (1)\\title a;") << "the new map keeps the layout";
 }
 
-TEST_F(HostObjectTest, FailuresOfTheUsersDoingAreTold) {
+TEST_F(HostObjectTest, FailuresOfUserActionsRaiseError) {
     HostedControl hosted(ControlCases().back());
     Put(hosted.control, L"Lesson", host.Of(Lesson()), DISPATCH_PROPERTYPUTREF);
     const auto tree = Get(hosted.control, L"tvwObject"), last = Get(Get(tree, L"Nodes"), L"Item", {u"c"});
@@ -186,10 +186,10 @@ TEST_F(HostObjectTest, FailuresOfTheUsersDoingAreTold) {
     EXPECT_FALSE(Call(last, L"EnsureVisible").Bool());
 
     Put(hosted.control, L"CurrentSBID", u"c");
-    hosted.heard.clear();
+    hosted.received.clear();
     host.missing = "CurrentSBID";
     hosted.Press(VK_UP);
-    EXPECT_EQ(hosted.heard, std::vector<DISPID>{7});
+    EXPECT_EQ(hosted.received, std::vector<DISPID>{7});
     hosted.Close();
 }
 
@@ -252,7 +252,7 @@ TEST_F(HostObjectTest, AGroupOfLocksIsAnyCollection) {
     for (const auto& each : {locks, editor}) Put(each, L"ConnectionString", course.ConnectionString());
     Call(editor, L"LoadDatabase");
     std::string error;
-    Sink failing([&](const HeardEvent& event) {
+    Sink failing([&](const RecordedEvent& event) {
         if (event.text.starts_with("Error(")) error = event.text.substr(6, event.text.find(',') - 6);
     });
     failing.Connect(locks);

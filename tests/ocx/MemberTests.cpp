@@ -20,7 +20,7 @@ struct MemberCase {
     std::wstring member;
     std::vector<Variant> arguments = {};
     std::string expected = ""; // the result as text, its beginning before "*", or the code of a failure
-    std::string events = "";   // heard meanwhile
+    std::string events = "";   // received meanwhile
 };
 
 class MemberTest : public OcxTest {
@@ -42,7 +42,7 @@ protected:
             const WORD kind = sign == std::wstring::npos    ? DISPATCH_METHOD | DISPATCH_PROPERTYGET
                               : row.member.ends_with(L":=") ? DISPATCH_PROPERTYPUTREF
                                                             : DISPATCH_PROPERTYPUT;
-            heard.clear();
+            received.clear();
             std::string outcome;
             try {
                 outcome = ToUtf8(FromWide(DescribeValue(Call(object, name.c_str(), row.arguments, kind))));
@@ -50,12 +50,12 @@ protected:
                 char code[16];
                 std::snprintf(code, sizeof code, "%08lX", static_cast<unsigned long>(failure.code));
                 outcome = code;
-                const bool isTold = !failure.description.empty() && failure.source.find(u'.') != Text::npos;
-                EXPECT_TRUE(isTold || HRESULT_FACILITY(failure.code) != FACILITY_CONTROL) << full;
+                const bool isDescribed = !failure.description.empty() && failure.source.find(u'.') != Text::npos;
+                EXPECT_TRUE(isDescribed || HRESULT_FACILITY(failure.code) != FACILITY_CONTROL) << full;
             }
             if (row.expected.ends_with('*')) outcome = outcome.substr(0, row.expected.size() - 1) + '*';
             EXPECT_EQ(outcome, row.expected) << full;
-            EXPECT_EQ(heard, row.events) << full;
+            EXPECT_EQ(received, row.events) << full;
         }
     }
 
@@ -111,8 +111,8 @@ protected:
     static std::set<std::string> Declared();
 
     const Course course;
-    std::string heard;
-    const Sink::Listener listener = [this](const HeardEvent& event) { heard += event.text + " "; };
+    std::string received;
+    const Sink::Listener listener = [this](const RecordedEvent& event) { received += event.text + " "; };
     // "_Interface.Member", with "=" or ":=" when it is put.
     const std::set<std::string> declared = Declared();
     std::set<std::string> called;

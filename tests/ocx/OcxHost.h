@@ -71,7 +71,7 @@ private:
     void Destroy() override {}
 };
 
-struct HeardEvent {
+struct RecordedEvent {
     DISPID dispid;
     std::string text; // "Name(first, second)"; an object by its SBID
 };
@@ -79,7 +79,7 @@ struct HeardEvent {
 // Hears every event of an object.
 class Sink {
 public:
-    using Listener = std::function<void(const HeardEvent&)>;
+    using Listener = std::function<void(const RecordedEvent&)>;
     explicit Sink(Listener listener) : listener(std::move(listener)) {}
 
     void Connect(ObjectRef object); // to its default events

@@ -1,4 +1,4 @@
-// Scripts and samples as users run them, by the real hosts: what they say.
+// Scripts and samples as users run them, by the real hosts: their output.
 #include "Course.h"
 #include "OcxHost.h"
 #include "cli/TypicalStart.h"
@@ -21,7 +21,7 @@ class ScriptTest : public OcxTest {};
 // One run of a sample, on a file of its own.
 struct SampleRun {
     const wchar_t* script;
-    const wchar_t* more; // behind the path of the file
+    const wchar_t* more; // after the path of the file
     int code;
     const char* output;
 };
@@ -92,7 +92,7 @@ TEST_F(SampleTest, TheTypicalStartGoesFromTheConnectorToTheRecord) {
     start.ExpectDone(u"workstation");
 }
 
-TEST_F(SampleTest, TheContainerProgramHearsTheUser) {
+TEST_F(SampleTest, TheContainerProgramReceivesTheEvents) {
     const Course course;
     auto running = std::async(std::launch::async, [&] { return RunProgram(L"container.exe", Quoted(course.Name())); });
     HWND window = nullptr, tree = nullptr;

@@ -61,7 +61,7 @@ protected:
     std::shared_ptr<GroupEditor> editor = GroupEditor::Create();
 };
 
-TEST_F(PanelTest, LessonInfoTellsEachKindAtTheLevelThatFits) {
+TEST_F(PanelTest, LessonInfoShowsEachKindAtTheLevelThatFits) {
     editor->SetDatabaseTitle(u"Course");
     editor->AddLesson(u"new", u"New", u"n", ltLesson); // without properties yet
     const struct {
@@ -150,7 +150,7 @@ TEST_F(PanelTest, LockInfoCountsAndNames) {
     EXPECT_EQ(changes, 3);
 }
 
-TEST_F(PanelTest, LockInfoStandsBesideItsSuffixAndSaysWhatFails) {
+TEST_F(PanelTest, LockInfoShowsItsSuffixAndReportsFailures) {
     database.Run({test::LockStatement(u"l1", u"'ann'", 1), test::LockStatement(u"l1", u"'bob'", 3)});
     LockInfo info;
     std::set<int32_t> numbers;

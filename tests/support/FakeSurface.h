@@ -1,4 +1,4 @@
-// A surface whose letters are all alike: 10 pixels wide and lines of 16 at 8 points, more at larger sizes; remembers
+// A surface with letters of one size: 10 pixels wide and lines of 16 at 8 points, more at larger sizes; records
 // what was drawn.
 #pragma once
 

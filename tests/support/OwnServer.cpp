@@ -61,10 +61,10 @@ std::string OwnServer::ReadLine() {
     return line;
 }
 
-void OwnServer::Order(const std::string& order) {
-    if (send(channel, order.data(), order.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(order.size()) ||
+void OwnServer::Send(const std::string& command) {
+    if (send(channel, command.data(), command.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(command.size()) ||
         ReadLine() != "done")
-        Fail("the server does not obey: " + order);
+        Fail("the server did not accept: " + command);
 }
 
 void OwnServer::Fail(const std::string& what) const { throw std::runtime_error(what + "\n" + ReadFile(errors)); }

@@ -1,4 +1,4 @@
-// A server of a test's own, or a cluster of three nodes, to be stopped in the midst of things and started again.
+// A server of a test's own, or a cluster of three nodes, to be stopped at any time and started again.
 #pragma once
 
 #ifndef _WIN32
@@ -10,7 +10,7 @@
 namespace dax::test {
 
 // Goes with its data at the end, also when the program that has it is killed. Throws std::runtime_error when the
-// server does not do as it is told, with what tools/servers said on its standard error.
+// server fails to start or stop, with the standard error of tools/servers.
 class OwnServer {
 public:
     enum class Kind { PostgreSQL, Cluster };
@@ -23,15 +23,15 @@ public:
 
     // The administrator's; of a cluster, that of a node, from 1.
     const Text& ConnectionString(int node = 1) const { return connectionStrings.at(static_cast<size_t>(node) - 1); }
-    void Stop() { Order("stop\n"); } // at once, as if the power failed
-    void Start() { Order("start\n"); }
-    void KillNode(int node) { Order("kill " + std::to_string(node) + "\n"); }
-    void StartNode(int node) { Order("start " + std::to_string(node) + "\n"); }
-    void ContinueFrom(int node) { Order("bootstrap " + std::to_string(node) + "\n"); }
+    void Stop() { Send("stop\n"); } // at once, as if the power failed
+    void Start() { Send("start\n"); }
+    void KillNode(int node) { Send("kill " + std::to_string(node) + "\n"); }
+    void StartNode(int node) { Send("start " + std::to_string(node) + "\n"); }
+    void ContinueFrom(int node) { Send("bootstrap " + std::to_string(node) + "\n"); }
 
 private:
     std::string ReadLine();
-    void Order(const std::string& order);
+    void Send(const std::string& command);
     [[noreturn]] void Fail(const std::string& what) const;
 
     TempFolder folder;

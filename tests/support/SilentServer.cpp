@@ -57,14 +57,14 @@ SilentServer::~SilentServer() {
     close(listener);
 }
 
-Text SilentServer::ThroughIt(const Text& connectionString, const Text& more) const {
+Text SilentServer::ConnectionThrough(const Text& connectionString, const Text& more) const {
     return connectionString + u";Port=" + FromUtf8(port) + u";" + more;
 }
 
-void SilentServer::FallSilentAt(std::string bytes, bool handedOn) {
+void SilentServer::StopAnsweringAt(std::string bytes, bool isForwardedThen) {
     const std::scoped_lock lock(mutex);
     fatal = std::move(bytes);
-    isHandedOn = handedOn;
+    isForwarded = isForwardedThen;
 }
 
 void SilentServer::Recover() {
@@ -79,13 +79,13 @@ void SilentServer::Recover() {
 }
 
 // False when that side has ended.
-bool SilentServer::HandOn(int from, int to, bool isClients) {
+bool SilentServer::Forward(int from, int to, bool isClients) {
     std::array<char, 65536> bytes;
     const ssize_t count = recv(from, bytes.data(), bytes.size(), MSG_DONTWAIT);
-    if (count <= 0) return count < 0 && errno == EAGAIN; // it was another's, who is gone
+    if (count <= 0) return count < 0 && errno == EAGAIN; // it was another one's, already closed
     const std::string_view seen(bytes.data(), static_cast<size_t>(count));
     isSilent = isClients && !fatal.empty() && seen.find(fatal) != std::string_view::npos;
-    return (isSilent && !isHandedOn) || send(to, bytes.data(), seen.size(), MSG_NOSIGNAL) == count;
+    return (isSilent && !isForwarded) || send(to, bytes.data(), seen.size(), MSG_NOSIGNAL) == count;
 }
 
 void SilentServer::Serve(const std::stop_token& stop) {
@@ -102,8 +102,8 @@ void SilentServer::Serve(const std::stop_token& stop) {
         for (size_t i = 1; i + 1 < waits.size() && !isSilent; i += 2) {
             const auto pair = std::ranges::find(pairs, waits[i].fd, &Pair::client);
             if (pair == pairs.end()) continue; // broken meanwhile
-            if ((waits[i].revents == 0 || HandOn(pair->client, pair->server, true)) &&
-                (isSilent || waits[i + 1].revents == 0 || HandOn(pair->server, pair->client, false)))
+            if ((waits[i].revents == 0 || Forward(pair->client, pair->server, true)) &&
+                (isSilent || waits[i + 1].revents == 0 || Forward(pair->server, pair->client, false)))
                 continue;
             close(pair->client);
             close(pair->server);

@@ -16,9 +16,9 @@ namespace dax::test {
 class SilentServer {
 public:
     enum class Kind { Accepts, Full };
-    // Accepts connections and is silent, or does not even accept, since its queue is full.
+    // Accepts connections and never answers, or does not even accept, since its queue is full.
     explicit SilentServer(Kind kind);
-    // Hands everything on between its clients and the server of that string.
+    // Forwards everything between its clients and the server of that string.
     explicit SilentServer(const Text& connectionString);
     // Closes all connections.
     ~SilentServer();
@@ -27,16 +27,16 @@ public:
 
     const std::string& Port() const { return port; }
     // The same string, to this server; `more` follows.
-    Text ThroughIt(const Text& connectionString, const Text& more) const;
+    Text ConnectionThrough(const Text& connectionString, const Text& more) const;
 
-    // From now on nothing is handed on, either way.
-    void FallSilent() {
+    // From now on nothing is forwarded, either way.
+    void StopAnswering() {
         const std::scoped_lock lock(mutex);
         isSilent = true;
     }
     // The same from the moment when a client sends these bytes; the server still gets them, or not.
-    void FallSilentAt(std::string bytes, bool handedOn);
-    // Breaks what was silent, and serves new clients again.
+    void StopAnsweringAt(std::string bytes, bool isForwardedThen);
+    // Closes all connections, and serves new clients again.
     void Recover();
 
 private:
@@ -44,11 +44,11 @@ private:
         int client, server;
     };
     void Serve(const std::stop_token& stop);
-    bool HandOn(int from, int to, bool isClients);
+    bool Forward(int from, int to, bool isClients);
 
     std::string port, realPort, fatal;
     int listener = -1;
-    bool isHandedOn = false;
+    bool isForwarded = false;
     std::atomic<bool> isSilent = false;
     std::vector<Pair> pairs;
     std::vector<int> fillers;

@@ -108,7 +108,7 @@ void TestDatabase::Run(const std::vector<Text>& statements) const {
     for (const Text& statement : statements) connection.Execute(statement);
 }
 
-Text TestDatabase::Ask(const Text& query) const {
+Text TestDatabase::Query(const Text& query) const {
     Recordset recordset;
     recordset.Open(query, connectionString);
     return recordset.Eof() ? Text() : Text(recordset.FieldText(0));
@@ -121,7 +121,7 @@ void AwaitNoSessions(const TestDatabase& database) {
                             : u"SELECT Count(*) FROM information_schema.processlist WHERE db = database() AND id <> "
                               u"connection_id()";
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (database.Kind() != Engine::SQLite && database.Ask(others) != u"0") {
+    while (database.Kind() != Engine::SQLite && database.Query(others) != u"0") {
         if (std::chrono::steady_clock::now() > end) FAIL() << "a session of another does not end";
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }

@@ -36,8 +36,8 @@ std::string ReadFile(const std::filesystem::path& path);
 
 struct Failure : Error {
     Failure(const Error& error, double after) : Error(error), seconds(after) {}
-    bool Tells(const std::string& words) const { return std::string(what()).find(words) != std::string::npos; }
-    double seconds; // until it was told
+    bool Mentions(const std::string& words) const { return std::string(what()).find(words) != std::string::npos; }
+    double seconds; // until it was reported
 };
 
 // What the action throws; a test whose action throws nothing has failed.
@@ -60,7 +60,7 @@ Failure FailureOfOpen(const Text& connectionString);
 // SQLite, PostgreSQL, MariaDB: the engines that run here.
 std::vector<Engine> AllEngines();
 std::string EngineName(const ::testing::TestParamInfo<Engine>& info);
-// Why the engine cannot be tested now (the variable that would tell where its server is); empty when it can.
+// Why the engine cannot be tested now (the variable that would name its server); empty when it can.
 std::string SkipReason(Engine engine);
 
 // An empty database, dropped at the end; connections to it must be closed by then.
@@ -77,14 +77,14 @@ public:
     const Text& ConnectionString() const { return connectionString; }
     // The same database through another administrator's string: another node of the cluster.
     Text ConnectionStringThrough(const Text& administratorsString) const {
-        return administratorsString + u";Database=" + name; // of a keyword that stands twice the last one counts
+        return administratorsString + u";Database=" + name; // of a repeated keyword the last one counts
     }
     // The catalog's name, or the path of the file.
     const Text& Name() const { return name; }
     // Runs statements on a connection of its own.
     void Run(const std::vector<Text>& statements) const;
     // The value of the first field of the first row, as text.
-    Text Ask(const Text& query) const;
+    Text Query(const Text& query) const;
 
 private:
     Engine engine;
@@ -92,13 +92,13 @@ private:
     Text adminString, connectionString, name;
 };
 
-// What a dead session had begun may still be going on in the server: waits until there is none but its own.
+// A killed session may still be running in the server: waits until there is none but its own.
 void AwaitNoSessions(const TestDatabase& database);
 
 #ifndef _WIN32
-// What the work came to, as waitpid tells it, in a process of its own that ends with it and with this exit code.
+// The status of the work as waitpid returns it, run in a process of its own that ends with this exit code.
 int StatusOfChild(const std::function<int()>& work);
-// This process is ended by a signal then: with what it has open, and in the midst of whatever it does.
+// This process is then killed by a signal: with what it has open, and whatever it is doing.
 void EndAfter(long microseconds);
 #endif
 // A variable of the environment, where it is set: DAX_KILLS, DAX_FUZZ_INPUTS.

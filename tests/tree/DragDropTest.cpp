@@ -30,7 +30,7 @@ struct Forest {
         support.BeginDrag();
         support.OnItemDrag();
     }
-    void ExpectTold(const char* told) { EXPECT_EQ(window.Told(), told); }
+    void ExpectCalls(const char* calls) { EXPECT_EQ(window.TakeCalls(), calls); }
 
     NodeTree tree;
     Node &m = Child(nullptr, u"m"), &p = Child(&m, u"p"), &p1 = Child(&p, u"p1"), &p2 = Child(&p, u"p2"),
@@ -54,12 +54,12 @@ TEST_F(TreeInput, ScrollBandsOfAWindow) {
         EXPECT_EQ(FindScrollBands(window.client, each.pointer), each.bands) << each.pointer.x << "," << each.pointer.y;
     }
     Drag(q, {5, 390});
-    window.Told();
+    window.TakeCalls();
     support.OnTimer(TreeTimer::Autoscroll);
-    ExpectTold("hide scroll6 show");
+    ExpectCalls("hide scroll6 show");
     window.MoveTo({150, 200});
     support.OnTimer(TreeTimer::Autoscroll);
-    ExpectTold("");
+    ExpectCalls("");
 }
 
 TEST(DragAndDrop, WhereDropsGo) {
@@ -115,7 +115,7 @@ TEST(DragAndDrop, WhereDropsGo) {
         const Node& node = *forest.tree.Find(dragged);
         forest.Drag(node, over ? forest.window.At(*forest.tree.Find(over), std::abs(part)) : Point{20, part});
         EXPECT_EQ(forest.support.Target().node != nullptr, after != nullptr);
-        EXPECT_THAT(forest.window.Told(), EndsWith(std::string(" ") + mark + " show"));
+        EXPECT_THAT(forest.window.TakeCalls(), EndsWith(std::string(" ") + mark + " show"));
         forest.support.FinishDrag();
         EXPECT_EQ(dropped, after ? after : "");
     }
@@ -149,39 +149,39 @@ TEST_F(TreeInput, WhatBeginsADrag) {
     support.OnItemDrag();
     support.FinishDrag();
     support.OnTimer(TreeTimer::Autoscroll);
-    ExpectTold("");
+    ExpectCalls("");
     Drag(q, window.At(p1));
-    window.Told();
+    window.TakeCalls();
     support.Bind(nullptr, nullptr);
-    ExpectTold("stop stop end - light:");
+    ExpectCalls("stop stop end - light:");
     support.OnMouseDown();
     EXPECT_FALSE(support.ShouldBeginDrag());
     tree.Remove(q);
 }
 
-TEST_F(TreeInput, ADragOutlivesEverythingButItsNode) {
+TEST_F(TreeInput, OnlyTheRemovalOfItsNodeEndsADrag) {
     Text dropped;
     int ended = 0;
     support.Ended().Add([&] { ++ended; });
     support.Drop().Add([&](Node& node, const DropTarget&) { dropped += node.Key(); });
     Drag(q, window.At(p1, 10));
-    ExpectTold("image:q start:800 start:60 hide start:800 light:p1 p1- show");
+    ExpectCalls("image:q start:800 start:60 hide start:800 light:p1 p1- show");
     window.MoveTo(window.At(p1, 80));
     support.OnItemDrag();
-    ExpectTold("hide light:p1 p1+ show"); // the rest goes on on the same target
+    ExpectCalls("hide light:p1 p1+ show"); // scrolling continues on the same target
     support.FinishDrag();
-    ExpectTold("stop stop end - light:");
+    ExpectCalls("stop stop end - light:");
     EXPECT_EQ(std::exchange(dropped, {}), u"q");
     EXPECT_EQ(ended, 1);
 
     Drag(q, window.At(p1));
-    tree.Remove(q); // the dragged node goes
+    tree.Remove(q); // the dragged node is removed
     EXPECT_FALSE(support.Active());
     support.FinishDrag();
     Drag(r, window.At(m)); // marked at its first child
     tree.Remove(p);
     EXPECT_TRUE(support.Active());
-    EXPECT_THAT(window.Told(), EndsWith("start:800 light: -"));
+    EXPECT_THAT(window.TakeCalls(), EndsWith("start:800 light: -"));
     support.FinishDrag();
     EXPECT_EQ(dropped, u"");
     Drag(r, window.At(s));
@@ -193,7 +193,7 @@ TEST_F(TreeInput, ADragOutlivesEverythingButItsNode) {
 }
 
 // Selecting the target may do anything: end the drag, or begin another one.
-TEST_F(TreeInput, AListenerMayTakeTheDragAway) {
+TEST_F(TreeInput, AListenerMayCancelTheDrag) {
     support.Drop().Add([](Node&, const DropTarget&) { ADD_FAILURE() << "dropped"; });
     bool begins = false;
     tree.SelectionChanged().Add([&] {
@@ -210,12 +210,12 @@ TEST_F(TreeInput, AListenerMayTakeTheDragAway) {
 }
 
 // Nothing but a collapsed node with children opens, and not under the drag's image.
-TEST_F(TreeInput, ADragOpensWhatCanBeOpened) {
+TEST_F(TreeInput, ADragExpandsNodes) {
     Text opened;
     bool isCancelled = false;
     support.AutoExpand().Add([&](Node& node) {
         opened += node.Key();
-        ExpectTold("hide");
+        ExpectCalls("hide");
         if (isCancelled) support.CancelDrag();
     });
     n.SetExpanded(false);
@@ -223,9 +223,9 @@ TEST_F(TreeInput, ADragOpensWhatCanBeOpened) {
     for (const Node* node : {&q, &p, &p1, &n, &n}) {
         window.MoveTo(window.At(*node, 10));
         support.OnItemDrag();
-        window.Told();
+        window.TakeCalls();
         support.OnTimer(TreeTimer::AutoExpand);
-        ExpectTold(node != &n ? "" : isCancelled ? "stop stop end - light:" : "show");
+        ExpectCalls(node != &n ? "" : isCancelled ? "stop stop end - light:" : "show");
         isCancelled = node == &n;
     }
     EXPECT_EQ(opened, u"nn");
@@ -243,10 +243,10 @@ TEST(CheckBoxes, WhatChecksThem) {
     const struct {
         Act act;
         TextView before, after; // who is checked, in order
-        bool isTold;
+        bool isReported;
     } cases[] = {
         {click(box, false), u"", u"pp1p2", true},
-        {click(box, false), u"p", u"", true}, // a branch goes by the check of its top
+        {click(box, false), u"p", u"", true}, // a branch follows the check of its top
         {click(box, true), u"", u"p", true},
         {click(box, true), u"p", u"", true},
         {click(label, false), u"", u"", false},
@@ -263,7 +263,7 @@ TEST(CheckBoxes, WhatChecksThem) {
                           [](Forest& forest) { forest.subclasser.SetActive(false); },
                           [](Forest& forest) { forest.subclasser.RegisterWindows(nullptr, nullptr); }};
     for (const Act& state : states) {
-        for (const auto& [act, before, after, isTold] : cases) {
+        for (const auto& [act, before, after, isReported] : cases) {
             const bool isOn = &state == states;
             Forest forest;
             if (before == u"p") forest.p.SetChecked(true);
@@ -274,13 +274,13 @@ TEST(CheckBoxes, WhatChecksThem) {
             for (const Node* node = forest.tree.First(); node; node = modTVW::GetNextNode(node))
                 if (node->IsChecked()) keys += node->Key();
             EXPECT_EQ(keys, isOn ? after : before);
-            EXPECT_THAT(forest.window.Told(), EndsWith(isOn && isTold ? "start:50" : ""));
-            EXPECT_EQ(forest.window.running.contains(TreeTimer::Checkstate), isOn && isTold);
+            EXPECT_THAT(forest.window.TakeCalls(), EndsWith(isOn && isReported ? "start:50" : ""));
+            EXPECT_EQ(forest.window.running.contains(TreeTimer::Checkstate), isOn && isReported);
         }
     }
 }
 
-TEST_F(TreeInput, ChecksAndSelectionAreToldWhileActive) {
+TEST_F(TreeInput, ChecksAndSelectionAreReportedWhileActive) {
     int checks = 0, selections = 0;
     subclasser.CheckStateChanged().Add([&] { ++checks; });
     subclasser.SelectionChanged().Add([&] { ++selections; });

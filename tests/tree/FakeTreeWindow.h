@@ -67,7 +67,7 @@ public:
         isFrozen = frozen;
         ++freezes;
     }
-    std::string Told() { return std::exchange(log, {}); }
+    std::string TakeCalls() { return std::exchange(log, {}); }
 
     NodeTree& tree;
     Rect client{0, 0, 300, 400};
@@ -90,7 +90,7 @@ private:
         return x < boxWidth + iconWidth ? OnItemIcon : OnItemLabel;
     }
 
-    std::string log; // what the window was told to do
+    std::string log; // the calls that the window received
 };
 
 } // namespace dax::test

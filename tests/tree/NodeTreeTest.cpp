@@ -9,7 +9,7 @@
 namespace dax {
 namespace {
 
-// A node keeps its texts together: one that needs more room for each unit must not spoil the others.
+// A node keeps its texts together: one that needs more room for each unit must not change the others.
 TEST(NodeTree, TextsOfEveryWidth) {
     const Text texts[] = {u"plain ü", u"漢字😀", u"", Text(1, u'\0') + u"x", Text(5000, u'a')};
     NodeTree tree;
@@ -53,7 +53,7 @@ TEST(NodeTree, DeepAndWideTrees) {
         EXPECT_EQ(tree.Selected(), isChain ? root->FirstChild() : deepest);
         modTVW::ExpandSubtree(root);
         EXPECT_EQ(modTVW::GetExpandedKeys(tree).Count(), 100'001u);
-    } // and the tree goes in one piece
+    } // and the tree is destroyed as a whole
 }
 
 TEST(NodeTree, KeysAreUniqueExceptTheEmptyOne) {
@@ -100,7 +100,7 @@ public:
     Text said;
 };
 
-TEST(NodeTree, ListenersHearEveryChangeAndOneSelection) {
+TEST(NodeTree, ListenersReceiveEveryChangeAndOneSelection) {
     NodeTree tree;
     Recorder recorder(tree);
     int selections = 0;

@@ -17,7 +17,7 @@ namespace dax::test {
 class ReferenceTree {
 public:
     ReferenceTree() { children[u""]; }
-    // As it stands in a tree; a node without a key is the root.
+    // As it is in a tree; a node without a key is the root.
     explicit ReferenceTree(const NodeTree& tree) : ReferenceTree() {
         for (const Node* node = tree.First(); node; node = modTVW::GetNextNode(node))
             if (!node->Key().empty()) Insert(node->Key(), modTVW::GetNodeKey(node->Parent()), SIZE_MAX);
@@ -28,7 +28,7 @@ public:
         children[key];
         parents[key] = under;
     }
-    void Erase(const Text key) { // a copy: the place that it came from goes
+    void Erase(const Text key) { // a copy: its original may be destroyed
         while (!children[key].empty()) Erase(children[key].front());
         Unlink(key);
         children.erase(key);
@@ -56,7 +56,7 @@ public:
             Keys(key, out);
         }
     }
-    // Takes a key out, with what is under it or putting that in its place in reverse order, and answers who is gone.
+    // Removes a key, with what is under it or replaced by that in reverse order, and returns the removed keys.
     // Where the selected one was, the next sibling is selected, else the one before, else the parent.
     std::vector<Text> Remove(const Text key, bool withChildren, Text& selected) {
         const Text parent = parents.at(key);

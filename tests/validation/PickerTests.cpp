@@ -15,7 +15,7 @@ using testing::ElementsAre;
 
 const std::string nothingChosen = "||||";
 
-// A connector with four catalogs, and a picker that tells what it does, one line for each event.
+// A connector with four catalogs, and a picker with a log of its events, one line for each.
 class Picker : public EngineTest {
 protected:
     void SetUp() override {
@@ -32,17 +32,17 @@ protected:
                        u"NULL)"});
         picker.CatalogChanged.Add(
             [this](const Text& catalog, const Text& login, const Text& password, const Text& title, const Text& about) {
-                heard.push_back(ToUtf8(catalog + u"|" + login + u"|" + password + u"|" + title + u"|" + about));
+                received.push_back(ToUtf8(catalog + u"|" + login + u"|" + password + u"|" + title + u"|" + about));
             });
     }
     bool Load(const Text& user, const Text& catalog) {
         return picker.LoadPicker(database->ConnectionString(), user, catalog);
     }
-    std::vector<std::string> Take() { return std::exchange(heard, {}); }
+    std::vector<std::string> Take() { return std::exchange(received, {}); }
 
     const std::shared_ptr<ComboBox> list = std::make_shared<ComboBox>();
     SQLDBPicker picker{list};
-    std::vector<std::string> heard;
+    std::vector<std::string> received;
 };
 INSTANTIATE_TEST_SUITE_P(Engines, Picker, testing::ValuesIn(AllEngines()), EngineName);
 
@@ -53,7 +53,7 @@ TEST_P(Picker, ListsWhatTheUserMayOpen) {
     EXPECT_EQ(list->ListCount(), 4);
     EXPECT_THAT(Take(), ElementsAre(ToUtf8(u"beta|login11|secret11|Beta \U0001F600|about 11")));
     EXPECT_TRUE(picker.IsSuperuser() && picker.IsAdmin() && !picker.IsReadOnly());
-    // By title: of two with one title the first in the list, whichever was asked for.
+    // By title: of two with one title the first in the list, whichever was requested.
     EXPECT_TRUE(Load(u"super", u"gamma"));
     EXPECT_EQ(picker.Title(), u"Same title");
     EXPECT_EQ(list->ListIndex(), modGeneric::FindComboIndex(*list, u"Same title"));
@@ -93,7 +93,7 @@ TEST_P(Picker, ListsWhatTheUserMayOpen) {
 }
 
 TEST_P(Picker, RecordsOneRowForEachUserAndMachine) {
-    const auto rows = [&] { return database->Ask(u"SELECT Count(*) FROM velmoraConnectionHistory"); };
+    const auto rows = [&] { return database->Query(u"SELECT Count(*) FROM velmoraConnectionHistory"); };
     picker.Clock = [] { return DateTime{2024, 5, 6, 17, 8, 9}; };
     Load(u"without", u"");
     picker.UpdateConnectionHistory(u"PC1", u"10.0.0.1", u"os", u"1.0");

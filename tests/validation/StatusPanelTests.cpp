@@ -8,7 +8,7 @@ namespace dax {
 
 using testing::ElementsAre;
 
-TEST(StatusPanel, ParagraphsStandBelowEachOtherAndALoneOneBesideThePicture) {
+TEST(StatusPanel, ParagraphsAreStackedAndASingleOneIsBesideThePicture) {
     const StatusDisplay display{u"title", Text(50, u'm'), u"detail", u"text", StatusPicture::Critical};
     const auto paint = [](const StatusDisplay& shown, int height, int width) {
         test::FakeSurface surface(height, width);

@@ -53,7 +53,7 @@ void CreateTables(const TestDatabase& database, Schema::Database kind) {
 std::vector<Text> Counts(const TestDatabase& content) {
     std::vector<Text> counts;
     for (const Schema::Table& table : Schema::Tables(Schema::Database::Content))
-        counts.push_back(content.Ask(u"SELECT Count(*) FROM " + Text(table.name)));
+        counts.push_back(content.Query(u"SELECT Count(*) FROM " + Text(table.name)));
     return counts;
 }
 
@@ -62,7 +62,7 @@ INSTANTIATE_TEST_SUITE_P(Engines, EveryEngine, testing::ValuesIn(AllEngines()), 
 
 } // namespace
 
-TEST(Validator, TellsWhatIsWrongWithAContentDatabase) {
+TEST(Validator, ReportsWhatIsWrongWithAContentDatabase) {
     const TempFolder folder;
     const TestDatabase good(Engine::SQLite), refusing(Engine::SQLite);
     for (const TestDatabase* database : {&good, &refusing}) CreateTables(*database, Schema::Database::Content);
@@ -122,7 +122,7 @@ TEST(Validator, NeedsEveryTableAndColumnAndWritesIntoEveryTable) {
         if (!isContent)
             database.Run({u"INSERT INTO velmoraDBUsers (userID, username, superUser) VALUES (1, 'super', 1)"});
         for (const Schema::Table& table : Schema::Tables(kind)) {
-            // Changes the table so that `what` is told, and back.
+            // Changes the table so that `what` is reported, and back.
             const auto expect = [&](const Text& damage, ValidationErrorTypes type, const Text& what,
                                     const Text& repair) {
                 SCOPED_TRACE(ToUtf8(damage));

@@ -15,20 +15,20 @@ TEST(Accessibility, EveryNodeHasItsLevelNameStateAndCheck) {
     modTreeviewAPI::SetSubtreeCheck(host.At(u"b"), true);
     host.Editor().SetCurrentSBID(u"d");
     const ScreenReader reader(host.Tree());
-    EXPECT_THAT(reader.ToldOfAll(),
+    EXPECT_THAT(reader.DescribeAll(),
                 ElementsAre("0 A (3) open", "1 Title of a", "1 Title of b closed checked",
                             "2 Title of c checked hidden", "0 B (1) open", "1 Title of d selected focused", "0 C (0)"));
     EXPECT_EQ(reader.Role(CHILDID_SELF), ROLE_SYSTEM_OUTLINE);
     EXPECT_TRUE(reader.State(CHILDID_SELF) & STATE_SYSTEM_FOCUSABLE);
     SetFocus(host.host.handle);
     host.Editor().SetCheckboxes(false);
-    EXPECT_EQ(reader.Told(reader.Find(u"Title of d")), "1 Title of d selected");
-    EXPECT_EQ(reader.Told(reader.Find(u"Title of b")), "1 Title of b closed") << "no boxes, no checks";
+    EXPECT_EQ(reader.Describe(reader.Find(u"Title of d")), "1 Title of d selected");
+    EXPECT_EQ(reader.Describe(reader.Find(u"Title of b")), "1 Title of b closed") << "no boxes, no checks";
 
     EditorHost groups(140);
     groups.OpenSample();
     groups.At(u"B").SetExpanded(false);
-    EXPECT_THAT(ScreenReader(groups.Tree()).ToldOfAll(),
+    EXPECT_THAT(ScreenReader(groups.Tree()).DescribeAll(),
                 ElementsAre("0 the database open", "1 entry A open", "2 entry a", "2 entry b", "2 entry c open",
                             "3 entry d", "3 entry e", "2 entry f beyond", "1 entry B closed beyond", "2 entry g hidden",
                             "2 entry h hidden"));
@@ -58,7 +58,7 @@ TEST(Accessibility, NodesAreFoundWhereTheyAreUntilTheyGo) {
     for (const LONG gone : {b, c, 1L, 0x20000000L}) EXPECT_EQ(reader.Act(gone), E_INVALIDARG);
 }
 
-TEST(Accessibility, ChoosesTicksAndOpensAsTheUserDoesAndTellsWhatChanges) {
+TEST(Accessibility, SelectsChecksAndExpandsAsTheUserDoesAndRaisesEvents) {
     LessonMapHost host(true);
     host.Open("A: a b( c ) | B: d | C:");
     const ScreenReader reader(host.Tree());
@@ -68,7 +68,7 @@ TEST(Accessibility, ChoosesTicksAndOpensAsTheUserDoesAndTellsWhatChanges) {
     host.Editor().SetCurrentSBID(u"d");
     SetFocus(host.host.handle);
     host.Take();
-    HeardEvents events(reader);
+    WinEvents events(reader);
     const auto act = [&](LONG id, const wchar_t* next) {
         return [&reader, id, next] {
             EXPECT_EQ(reader.Act(id), S_OK);
@@ -77,7 +77,7 @@ TEST(Accessibility, ChoosesTicksAndOpensAsTheUserDoesAndTellsWhatChanges) {
     };
     const struct {
         std::function<void()> act;
-        const char *told, *heard;
+        const char *announced, *received;
     } cases[] = {
         {[&] { reader.Select(map, SELFLAG_TAKEFOCUS | SELFLAG_TAKESELECTION); }, "focus B (1), ", "selected -"},
         {[&] { reader.Select(b); }, "focus Title of b, ", "selected b"},
@@ -89,17 +89,17 @@ TEST(Accessibility, ChoosesTicksAndOpensAsTheUserDoesAndTellsWhatChanges) {
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(&each - cases);
-        events.heard.clear();
+        events.received.clear();
         each.act();
-        EXPECT_TRUE(UserInput::Await([&] { return events.heard.find(each.told) != std::string::npos; }));
-        EXPECT_TRUE(UserInput::Await([&] { return host.heard.size() >= std::strlen(each.heard); }));
-        EXPECT_EQ(host.Take(), each.heard);
+        EXPECT_TRUE(UserInput::Await([&] { return events.received.find(each.announced) != std::string::npos; }));
+        EXPECT_TRUE(UserInput::Await([&] { return host.received.size() >= std::strlen(each.received); }));
+        EXPECT_EQ(host.Take(), each.received);
         host.ExpectMirror();
     }
     EXPECT_EQ(reader.Act(reader.Find(u"new")), DISP_E_MEMBERNOTFOUND);
 }
 
-// A host may hold the object as long as it likes, and let go of the control while it uses it.
+// A host may hold the object as long as it likes, and release the control while it uses it.
 TEST(Accessibility, TheObjectOutlivesItsWindow) {
     const long living = WindowBase::LiveCount();
     for (const char* event : {"", "selected", "checked"}) {

@@ -31,7 +31,7 @@ private:
     static constexpr DWORD TakesInput = SS_NOTIFY; // a label would let clicks fall through
 };
 
-// What stands in a part of a window's client area now (0x00RRGGBB, top row first).
+// The pixels of a part of a window's client area (0x00RRGGBB, top row first).
 inline std::vector<uint32_t> WindowPixels(HWND window, RECT place) {
     RECT client;
     GetClientRect(window, &client);

@@ -23,37 +23,37 @@ struct LockHost {
         control->InitProperties();
         manager.connectionString = database.ConnectionString();
         manager.username = u"ann";
-        manager.SelectionChanged.Add([this](LockDeleteTypes type) { heard += "S" + std::to_string(type) + " "; });
-        manager.DeleteRequest.Add([this](LockDeleteTypes type) { heard += "X" + std::to_string(type) + " "; });
+        manager.SelectionChanged.Add([this](LockDeleteTypes type) { received += "S" + std::to_string(type) + " "; });
+        manager.DeleteRequest.Add([this](LockDeleteTypes type) { received += "X" + std::to_string(type) + " "; });
         SetFocus(control->Handle());
         manager.Refresh();
         ProcessPendingMessages();
-        heard.clear();
+        received.clear();
     }
     void Do(const std::function<void(UserInput&)>& script) { UserInput(host.handle).Do(script); }
     void ClickHeader(TextView key) {
         Do([&](UserInput& user) { user.Click(OnHeader(key)); });
     }
-    std::string Take() { return std::exchange(heard, {}); }
-    LRESULT Ask(UINT message, WPARAM wParam = 0, const void* lParam = nullptr) const {
+    std::string Take() { return std::exchange(received, {}); }
+    LRESULT Send(UINT message, WPARAM wParam = 0, const void* lParam = nullptr) const {
         return SendMessageW(List(), message, wParam, reinterpret_cast<LPARAM>(lParam));
     }
     HWND List() const { return GetWindow(control->Handle(), GW_CHILD); }
-    HWND Header() const { return reinterpret_cast<HWND>(Ask(LVM_GETHEADER)); }
+    HWND Header() const { return reinterpret_cast<HWND>(Send(LVM_GETHEADER)); }
     WPARAM Column(TextView key) const { return static_cast<WPARAM>(control->Locks()->ColumnIndex(key)); }
 
-    // As the window answers, from the top; a star at what it says is selected.
+    // As the window reports, from the top; a star at what is selected.
     std::string Rows() const {
         std::string rows;
-        const auto count = static_cast<WPARAM>(Ask(LVM_GETITEMCOUNT));
+        const auto count = static_cast<WPARAM>(Send(LVM_GETITEMCOUNT));
         EXPECT_EQ(count, control->Locks()->Items().size());
         for (WPARAM row = 0; row < count; ++row) {
             wchar_t buffer[64] = L"?";
             LVITEMW item{};
             item.pszText = buffer;
             item.cchTextMax = 64;
-            Ask(LVM_GETITEMTEXTW, row, &item);
-            const bool isSelected = Ask(LVM_GETITEMSTATE, row, reinterpret_cast<void*>(LVIS_SELECTED)) != 0;
+            Send(LVM_GETITEMTEXTW, row, &item);
+            const bool isSelected = Send(LVM_GETITEMSTATE, row, reinterpret_cast<void*>(LVIS_SELECTED)) != 0;
             EXPECT_EQ(control->Locks()->Items()[row].isSelected, isSelected) << row;
             rows += ToUtf8(FromWide(buffer)) + (isSelected ? "* " : " ");
         }
@@ -76,7 +76,7 @@ struct LockHost {
     // In the last column: the whole row selects. So far below it.
     POINT OnRow(WPARAM row, LONG below = 0) const {
         RECT place{LVIR_BOUNDS, 0, 0, 0};
-        EXPECT_TRUE(Ask(LVM_GETITEMRECT, row, &place));
+        EXPECT_TRUE(Send(LVM_GETITEMRECT, row, &place));
         POINT point{place.right - 8, (place.top + place.bottom) / 2 + below};
         ClientToScreen(List(), &point);
         return point;
@@ -86,7 +86,7 @@ struct LockHost {
     HostWindow host{900, 400};
     std::unique_ptr<LockManagerWindow> control = std::make_unique<LockManagerWindow>();
     LockManager& manager = *control->Manager();
-    std::string heard;
+    std::string received;
 };
 
 } // namespace
@@ -106,13 +106,13 @@ TEST(LockManagerWindow, HeadersSortAndShowHow) {
     for (const auto& each : clicks) {
         SCOPED_TRACE(ToUtf8(each.column));
         const WPARAM column = host.Column(each.column);
-        host.Ask(LVM_SETCOLUMNWIDTH, column, reinterpret_cast<void*>(30));
+        host.Send(LVM_SETCOLUMNWIDTH, column, reinterpret_cast<void*>(30));
         host.ClickHeader(each.column);
         EXPECT_EQ(host.Rows(), each.rows);
         EXPECT_EQ(host.ArrowOf(each.column), each.arrow);
         EXPECT_EQ(host.Take(), "S1 ");
-        EXPECT_GE(host.Ask(LVM_GETCOLUMNWIDTH, column),
-                  host.Ask(LVM_GETSTRINGWIDTHW, 0, Wide(host.control->Locks()->Columns()[column].caption)) + 20)
+        EXPECT_GE(host.Send(LVM_GETCOLUMNWIDTH, column),
+                  host.Send(LVM_GETSTRINGWIDTHW, 0, Wide(host.control->Locks()->Columns()[column].caption)) + 20)
             << "whole beside the arrow, however narrow the column was";
     }
     EXPECT_EQ(host.ArrowOf(u"title"), 0);
@@ -139,7 +139,7 @@ TEST(LockManagerWindow, SeveralRowsAreSelectedAndDeleted) {
     const struct {
         const char* what;
         Script act;
-        const char *rows, *heard;
+        const char *rows, *received;
     } cases[] = {
         {"Delete and nothing selected", type(VK_DELETE), "Ants Bees Cats Ducks Eels ", ""},
         {"right click", [&](UserInput& user) { user.RightClick(host.OnRow(3)); }, "Ants Bees Cats Ducks* Eels ", "S0 "},
@@ -159,10 +159,10 @@ TEST(LockManagerWindow, SeveralRowsAreSelectedAndDeleted) {
         SCOPED_TRACE(each.what);
         host.Do(each.act);
         EXPECT_EQ(host.Rows(), each.rows);
-        EXPECT_EQ(host.Take(), each.heard);
+        EXPECT_EQ(host.Take(), each.received);
     }
 
-    // A host that does as it is asked: of what is selected it deletes what it may.
+    // A host that handles the request: of what is selected it deletes what it may.
     host.manager.DeleteRequest.Add([&](LockDeleteTypes) { host.manager.DeleteSelected(); });
     host.Do([&](UserInput& user) {
         click(0)(user);
@@ -171,7 +171,7 @@ TEST(LockManagerWindow, SeveralRowsAreSelectedAndDeleted) {
     });
     EXPECT_EQ(host.Rows(), "Bees Ducks Eels ");
     EXPECT_EQ(host.Take(), "S0 S2 X2 S1 ");
-    EXPECT_EQ(host.database.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"3");
+    EXPECT_EQ(host.database.Query(u"SELECT Count(*) FROM velmoraUserLocks"), u"3");
     host.database.Run({u"DELETE FROM velmoraUserLocks WHERE username = 'bob'"});
     host.Do(type(VK_F5));
     EXPECT_EQ(host.Rows(), "Ducks ");
@@ -192,14 +192,14 @@ TEST(LockManagerWindow, ColumnsFitEveryCell) {
     const double refreshing = Fastest([&](int) { host.manager.Refresh(); });
     EXPECT_LT(Fastest([&](int) { host.manager.RebuildDisplay(true); }), 8 * refreshing + 100);
     for (size_t row = 0; row < 5; ++row)
-        EXPECT_GE(host.Ask(LVM_GETCOLUMNWIDTH),
-                  host.Ask(LVM_GETSTRINGWIDTHW, 0, Wide(Text(host.control->Locks()->Cell(row, 0)))));
+        EXPECT_GE(host.Send(LVM_GETCOLUMNWIDTH),
+                  host.Send(LVM_GETSTRINGWIDTHW, 0, Wide(Text(host.control->Locks()->Cell(row, 0)))));
 }
 
 TEST(LockManagerWindow, AScreenReaderFindsColumnsAndRows) {
     LockHost host;
     const ScreenReader reader(host.List());
-    EXPECT_THAT(reader.ToldOfAll(),
+    EXPECT_THAT(reader.DescribeAll(),
                 testing::ElementsAre(" Title", " Identifier", " Lock Type", " Lock Date", " Lock Age", " User",
                                      " Machine", " IP Address", " Ducks", " Bees", " Cats", " Eels", " Ants"));
     const std::vector<LONG> all = reader.Elements();
@@ -215,14 +215,14 @@ TEST(LockManagerWindow, AScreenReaderFindsColumnsAndRows) {
         {cats, SELFLAG_ADDSELECTION, "Ducks Bees* Cats* Eels Ants ", "S2 "},
         {bees, SELFLAG_REMOVESELECTION, "Ducks Bees Cats* Eels Ants ", "S0 "},
     };
-    for (const auto& [row, flags, rows, heard] : cases) {
+    for (const auto& [row, flags, rows, received] : cases) {
         EXPECT_EQ(reader.Select(row, flags), S_OK);
         EXPECT_EQ(host.Rows(), rows);
-        EXPECT_EQ(host.Take(), heard) << "as from a click";
+        EXPECT_EQ(host.Take(), received) << "as from a click";
     }
     EXPECT_EQ(reader.Select(all[0]), E_INVALIDARG) << "a caption";
-    EXPECT_EQ(reader.Told(bees), " Bees focused");
-    EXPECT_EQ(reader.Told(cats), " Cats selected");
+    EXPECT_EQ(reader.Describe(bees), " Bees focused");
+    EXPECT_EQ(reader.Describe(cats), " Cats selected");
     host.database.Run({u"DELETE FROM velmoraUserLocks"});
     host.manager.Refresh();
     EXPECT_EQ(reader.Elements().size(), 8u) << "the captions";

@@ -31,7 +31,7 @@ TEST(LessonInfoWindow, TitleAndClassificationAreNeverCut) {
     const TestDatabase database(Engine::SQLite);
     CreateTables(database);
     database.Run(SampleRows());
-    HeardEditor editor;
+    RecordingEditor editor;
     editor.editor->SetConnectionString(database.ConnectionString());
     ASSERT_TRUE(editor.editor->LoadDatabase());
     editor.editor->SetCurrentLessonID(u"a");
@@ -88,7 +88,7 @@ TEST(DatabaseValidatorWindow, ATooLongTitleStaysOnOneLineAndAPathWithoutRoomIsHa
     DeleteObject(font);
 }
 
-TEST(DatabaseValidatorWindow, MayGoWhileItValidates) {
+TEST(DatabaseValidatorWindow, MayBeReleasedWhileItValidates) {
     const HostWindow host;
     auto window = std::make_unique<DatabaseValidatorWindow>();
     window->InitProperties();
@@ -100,7 +100,7 @@ TEST(DatabaseValidatorWindow, MayGoWhileItValidates) {
     EXPECT_FALSE(IsWindow(handle));
 }
 
-// Whatever the list shows is what the picker tells.
+// The list shows what the picker reports.
 TEST(SQLDBPickerWindow, KeysChooseTheCatalogAlsoInTheOpenList) {
     const TestDatabase connector(Engine::SQLite);
     connector.Run(Schema::CreateStatements(Schema::Database::Connector, Engine::SQLite));

@@ -31,7 +31,7 @@ public:
         VARIANT found{};
         return (*this)->accNavigate(direction, Child(from), &found) == S_OK ? found.lVal : 0;
     }
-    // Where the system says that the element is, and what it says is there.
+    // The place of an element, and the element at a place, as reported.
     RECT Place(LONG id) const {
         LONG left, top, width, height;
         (*this)->accLocation(&left, &top, &width, &height, Child(id));
@@ -42,7 +42,7 @@ public:
         return (*this)->accHitTest(point.x, point.y, &found) == S_OK ? found.lVal : -1;
     }
     // Its level, if it has one, its name, and its states.
-    std::string Told(LONG id) const {
+    std::string Describe(LONG id) const {
         static constexpr std::pair<LONG, const char*> words[] = {
             {STATE_SYSTEM_EXPANDED, " open"},     {STATE_SYSTEM_COLLAPSED, " closed"},
             {STATE_SYSTEM_SELECTED, " selected"}, {STATE_SYSTEM_FOCUSED, " focused"},
@@ -53,9 +53,9 @@ public:
             if (State(id) & bit) text += word;
         return text;
     }
-    std::vector<std::string> ToldOfAll() const {
+    std::vector<std::string> DescribeAll() const {
         std::vector<std::string> all;
-        for (const LONG each : Elements()) all.push_back(Told(each));
+        for (const LONG each : Elements()) all.push_back(Describe(each));
         return all;
     }
 
@@ -63,31 +63,31 @@ private:
     static std::string Utf8(const std::wstring& text) { return ToUtf8(FromWide(text.c_str())); }
 };
 
-// What this process tells screen readers while it lives: the event, and the name of what it is about.
-class HeardEvents {
+// The accessibility events of this process while it exists: the event, and the name of its element.
+class WinEvents {
 public:
-    explicit HeardEvents(const ScreenReader& reader) : asked(reader) { current = this; }
-    ~HeardEvents() { UnhookWinEvent(hook); }
-    HeardEvents(const HeardEvents&) = delete;
-    HeardEvents& operator=(const HeardEvents&) = delete;
+    explicit WinEvents(const ScreenReader& reader) : asked(reader) { current = this; }
+    ~WinEvents() { UnhookWinEvent(hook); }
+    WinEvents(const WinEvents&) = delete;
+    WinEvents& operator=(const WinEvents&) = delete;
 
-    std::string heard;
+    std::string received;
 
 private:
-    static void CALLBACK Hear(HWINEVENTHOOK, DWORD event, HWND, LONG object, LONG child, DWORD, DWORD) {
+    static void CALLBACK Record(HWINEVENTHOOK, DWORD event, HWND, LONG object, LONG child, DWORD, DWORD) {
         if (object != static_cast<LONG>(OBJID_CLIENT)) return;
         const char* const word = event == EVENT_OBJECT_FOCUS         ? "focus "
                                  : event == EVENT_OBJECT_STATECHANGE ? "state "
                                  : event == EVENT_OBJECT_NAMECHANGE  ? "name "
                                                                      : nullptr;
-        if (word && child) current->heard += word + current->asked.Name(child) + ", ";
-        if (event == EVENT_OBJECT_REORDER) current->heard += "order, ";
+        if (word && child) current->received += word + current->asked.Name(child) + ", ";
+        if (event == EVENT_OBJECT_REORDER) current->received += "order, ";
     }
 
     const ScreenReader& asked;
-    HWINEVENTHOOK hook = SetWinEventHook(EVENT_OBJECT_CREATE, EVENT_OBJECT_NAMECHANGE, nullptr, Hear,
+    HWINEVENTHOOK hook = SetWinEventHook(EVENT_OBJECT_CREATE, EVENT_OBJECT_NAMECHANGE, nullptr, Record,
                                          GetCurrentProcessId(), GetCurrentThreadId(), WINEVENT_OUTOFCONTEXT);
-    static inline HeardEvents* current = nullptr;
+    static inline WinEvents* current = nullptr;
 };
 
 } // namespace dax::test

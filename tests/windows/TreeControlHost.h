@@ -1,4 +1,4 @@
-// The window of either tree control in a host that hears every event; both are used alike.
+// The window of either tree control in a host that receives every event; both are used in the same way.
 #pragma once
 
 #include "hierarchy/win32/GroupEditorWindow.h"
@@ -32,8 +32,8 @@ public:
     virtual bool HasBoxes() const { return false; }
     virtual void SetLocked(bool on) = 0;
 
-    void Hear(const std::string& what) {
-        heard += (heard.empty() ? "" : ", ") + what;
+    void Record(const std::string& what) {
+        received += (received.empty() ? "" : ", ") + what;
         if (releaseAt.empty() || !what.starts_with(releaseAt)) return;
         Release();
         SetFocus(host.handle);
@@ -42,23 +42,23 @@ public:
         UserInput input(host.handle);
         input.Do([&](UserInput& user) { act(*this, user); });
     }
-    std::string Take() { return std::exchange(heard, {}); }
+    std::string Take() { return std::exchange(received, {}); }
     Node& At(TextView key) const { return key.empty() ? *Model().First() : *Model().Find(key); }
     HWND Tree() const { return GetWindow(Control()->Handle(), GW_CHILD); }
 
     // What the tree's window answers.
-    LRESULT Ask(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {
+    LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {
         return SendMessageW(Tree(), message, wParam, lParam);
     }
     static HTREEITEM ItemOf(const Node* node) { return node ? static_cast<HTREEITEM>(node->windowItem) : nullptr; }
     HTREEITEM Next(WPARAM relation, const Node* from = nullptr) const {
-        return reinterpret_cast<HTREEITEM>(Ask(TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(ItemOf(from))));
+        return reinterpret_cast<HTREEITEM>(Send(TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(ItemOf(from))));
     }
     RECT Place(const Node& node, bool isCaption = true) const {
         const HTREEITEM item = ItemOf(&node);
         RECT rect{};
         std::memcpy(&rect, &item, sizeof item);
-        EXPECT_TRUE(Ask(TVM_GETITEMRECT, isCaption, reinterpret_cast<LPARAM>(&rect)));
+        EXPECT_TRUE(Send(TVM_GETITEMRECT, isCaption, reinterpret_cast<LPARAM>(&rect)));
         return rect;
     }
     // In screen coordinates.
@@ -76,7 +76,7 @@ public:
                                                           : 0;
         for (TVHITTESTINFO hit{}; wanted && point.x >= 0; --point.x) {
             hit.pt = point;
-            Ask(TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+            Send(TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
             if (!(hit.flags & wanted)) continue;
             point.x -= 3;
             break;
@@ -88,7 +88,7 @@ public:
 
     // The window shows what the model holds: every node, and the open ones one below the other.
     void ExpectMirror() const {
-        EXPECT_EQ(Ask(TVM_GETCOUNT), Model().Count());
+        EXPECT_EQ(Send(TVM_GETCOUNT), Model().Count());
         EXPECT_EQ(Next(TVGN_ROOT), ItemOf(Model().First()));
         EXPECT_EQ(Next(TVGN_CARET), ItemOf(Model().Selected()));
         std::vector<wchar_t> caption(260);
@@ -100,7 +100,7 @@ public:
             item.stateMask = ~0u;
             item.pszText = caption.data();
             item.cchTextMax = static_cast<int>(caption.size());
-            EXPECT_TRUE(Ask(TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item)));
+            EXPECT_TRUE(Send(TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item)));
             EXPECT_EQ(FromWide(item.pszText), Shorten(node->Caption(), 259));
             EXPECT_TRUE(item.iImage == node->Image() && item.iSelectedImage == node->Image());
             EXPECT_EQ((item.state & TVIS_SELECTED) != 0, node->IsSelected());
@@ -112,7 +112,7 @@ public:
             EXPECT_EQ(Next(TVGN_CHILD, node), ItemOf(node->FirstChild()));
             EXPECT_EQ(Next(TVGN_NEXT, node), ItemOf(node->Next()));
         }
-        const LONG height = static_cast<LONG>(Ask(TVM_GETITEMHEIGHT));
+        const LONG height = static_cast<LONG>(Send(TVM_GETITEMHEIGHT));
         LONG top = Model().IsEmpty() ? 0 : Place(*Model().First(), false).top;
         for (const Node* row = Model().First(); row; row = modTreeviewAPI::NextVisible(*row), top += height)
             ASSERT_EQ(Place(*row, false).top, top) << ToUtf8(row->Caption());
@@ -122,7 +122,7 @@ public:
     std::string Highlighted() const {
         std::string keys;
         for (const Node* node = Model().First(); node; node = modTVW::GetNextNode(node))
-            if (Ask(TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(ItemOf(node)), TVIS_DROPHILITED) & TVIS_DROPHILITED)
+            if (Send(TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(ItemOf(node)), TVIS_DROPHILITED) & TVIS_DROPHILITED)
                 keys += node->Key().empty() ? "root" : ToUtf8(node->Key());
         return keys;
     }
@@ -133,7 +133,7 @@ public:
     }
 
     HostWindow host{420, 460};
-    std::string heard;
+    std::string received;
     std::string releaseAt; // the control is released inside the event that begins with this
 };
 
@@ -158,10 +158,10 @@ protected:
 
 struct EditorHost : TreeHostOf<GroupEditorWindow> {
     explicit EditorHost(int height = 360) {
-        Editor().AfterSelectionChange.Add([this](const Text& id) { Hear("selected " + ToUtf8(id)); });
-        Editor().DataChanged.Add([this] { Hear("changed"); });
-        Editor().DeleteRequest.Add([this] { Hear("delete"); });
-        Editor().DblClick.Add([this] { Hear("double"); });
+        Editor().AfterSelectionChange.Add([this](const Text& id) { Record("selected " + ToUtf8(id)); });
+        Editor().DataChanged.Add([this] { Record("changed"); });
+        Editor().DeleteRequest.Add([this] { Record("delete"); });
+        Editor().DblClick.Add([this] { Record("double"); });
         Show(height);
     }
     NodeTree& Model() const override { return Editor().Tree(); }
@@ -188,7 +188,7 @@ struct EditorHost : TreeHostOf<GroupEditorWindow> {
             modTVW::SetAllExpanded(Model(), true);
         }
         ProcessPendingMessages();
-        heard.clear();
+        received.clear();
     }
     std::string Shape() const override { return Print(Model().First()->FirstChild()); }
 };
@@ -196,13 +196,13 @@ struct EditorHost : TreeHostOf<GroupEditorWindow> {
 struct LessonMapHost : TreeHostOf<LessonMapEditorWindow> {
     explicit LessonMapHost(bool hasBoxes = false, int height = 360) {
         Editor().SetCheckboxes(hasBoxes);
-        Editor().BeforeSelectionChange.Add([this](const auto&, const auto&, bool&) { Hear("before"); });
+        Editor().BeforeSelectionChange.Add([this](const auto&, const auto&, bool&) { Record("before"); });
         Editor().AfterSelectionChange.Add(
-            [this](const auto& page) { Hear("selected " + (page ? ToUtf8(page->SBID()) : "-")); });
-        Editor().ItemChecked.Add([this] { Hear("checked"); });
-        Editor().MapChanged.Add([this](MapChangeTypes type) { Hear("changed " + std::to_string(type)); });
-        Editor().DeleteRequest.Add([this] { Hear("delete"); });
-        Editor().ContextMenuRequest.Add([this] { Hear("menu"); });
+            [this](const auto& page) { Record("selected " + (page ? ToUtf8(page->SBID()) : "-")); });
+        Editor().ItemChecked.Add([this] { Record("checked"); });
+        Editor().MapChanged.Add([this](MapChangeTypes type) { Record("changed " + std::to_string(type)); });
+        Editor().DeleteRequest.Add([this] { Record("delete"); });
+        Editor().ContextMenuRequest.Add([this] { Record("menu"); });
         Show(height);
     }
     NodeTree& Model() const override { return *Editor().tvwObject(); }
@@ -215,7 +215,7 @@ struct LessonMapHost : TreeHostOf<LessonMapEditorWindow> {
         Editor().SetLesson(lesson);
         Editor().ExpandAll();
         ProcessPendingMessages();
-        heard.clear();
+        received.clear();
     }
     // The tree, which the lesson's maps must hold as well.
     std::string Shape() const override {
@@ -260,7 +260,7 @@ inline Act DragTo(TextView from, TextView to, RowPart part = RowPart::LabelTop) 
         user.Move(end);
     };
 }
-inline Act LetGo() {
+inline Act ReleaseButton() {
     return [](TreeControlHost&, UserInput& user) { user.Release(); };
 }
 inline Act Drag(TextView from, TextView to) {

@@ -3,7 +3,7 @@
 
 namespace dax::test {
 
-TEST(TreeInput, BoxesAreTickedByBranchOneByOneAndByTheTopRow) {
+TEST(TreeInput, BoxesAreCheckedByBranchOneByOneAndByTheTopRow) {
     const struct {
         const char* what;
         Act act;
@@ -30,9 +30,9 @@ TEST(TreeInput, BoxesAreTickedByBranchOneByOneAndByTheTopRow) {
         host.ExpectMirror();
         EXPECT_TRUE(UserInput::Await([&] { return host.Take().find("checked") != std::string::npos; }));
     }
-    // A burst is told once. The keys come faster than any message in between.
+    // A burst is reported once. The keys come faster than any message in between.
     for (int count = 0; count < 5; ++count) SendMessageW(host.Tree(), WM_KEYDOWN, VK_SPACE, 0x390001);
-    EXPECT_TRUE(UserInput::Await([&] { return !host.heard.empty(); }));
+    EXPECT_TRUE(UserInput::Await([&] { return !host.received.empty(); }));
     EXPECT_EQ(host.Take(), "checked");
 }
 
@@ -40,7 +40,7 @@ TEST(TreeInput, KeysAndButtonsMeanWhatTheyShould) {
     struct Case {
         const char* what;
         Act act;
-        const char *heard, *heardWhenLocked;
+        const char *received, *receivedWhenLocked;
     };
     const Case ofPages[] = {
         {"click", Click(u"b"), "selected b", "selected b"},
@@ -70,7 +70,7 @@ TEST(TreeInput, KeysAndButtonsMeanWhatTheyShould) {
             for (const Case& each : cases) {
                 SCOPED_TRACE(testing::Message() << each.what << (isLocked ? ", locked" : ""));
                 host.Do(each.act);
-                EXPECT_EQ(host.Take(), isLocked ? each.heardWhenLocked : each.heard);
+                EXPECT_EQ(host.Take(), isLocked ? each.receivedWhenLocked : each.received);
                 host.ExpectMirror();
             }
         }
@@ -96,7 +96,7 @@ TEST(TreeInput, CtrlAndShiftOpenAndCloseWholeBranches) {
     }
 }
 
-TEST(TreeInput, TheHostMayLetGoOfItUnderTheMouse) {
+TEST(TreeInput, TheHostMayReleaseItDuringMouseInput) {
     const struct {
         bool arePages;
         const char* event;
@@ -119,7 +119,7 @@ TEST(TreeInput, TheHostMayLetGoOfItUnderTheMouse) {
         host->Take();
         host->releaseAt = each.event;
         host->Do(each.act);
-        EXPECT_TRUE(UserInput::Await([&] { return host->Control() == nullptr; })) << host->heard;
+        EXPECT_TRUE(UserInput::Await([&] { return host->Control() == nullptr; })) << host->received;
         EXPECT_TRUE(UserInput::Await([&] { return WindowBase::LiveCount() == living; }));
     }
 }
@@ -152,12 +152,12 @@ TEST(TreeInput, RowsAreDroppedBesideOthersIntoThemOrNowhere) {
             const std::vector<uint32_t> marked = WindowPixels(host.Tree());
             if (each.isIntoIt) {
                 host.Do([](TreeControlHost&, UserInput& user) { user.KeyDown(VK_CONTROL); });
-                EXPECT_NE(WindowPixels(host.Tree()), marked) << "the mark goes without a move of the pointer";
+                EXPECT_NE(WindowPixels(host.Tree()), marked) << "the mark disappears without a move of the pointer";
             }
             EXPECT_EQ(host.Highlighted(), each.target);
             EXPECT_EQ(GetCapture(), host.Tree());
             EXPECT_EQ(host.Take(), "selected " + ToUtf8(each.from));
-            host.Do(LetGo());
+            host.Do(ReleaseButton());
             if (each.isIntoIt) host.Do([](TreeControlHost&, UserInput& user) { user.KeyUp(VK_CONTROL); });
             EXPECT_EQ(host.Shape(), each.shape);
             EXPECT_EQ(host.Take(), *each.target ? toldBefore + "selected " + each.target + toldBehind : "");
@@ -179,7 +179,7 @@ TEST(TreeInput, ADragIsCancelled) {
         const std::tuple<const char*, Act, std::string> cases[] = {{"Escape", Type(VK_ESCAPE), ""},
                                                                    {"right button", rightButton, heardOfRightButton},
                                                                    {"the mouse is taken away", nullptr, ""}};
-        for (const auto& [what, act, heard] : cases) {
+        for (const auto& [what, act, received] : cases) {
             SCOPED_TRACE(what);
             host.OpenSample();
             host.Do(Click(u"f"));
@@ -193,8 +193,8 @@ TEST(TreeInput, ADragIsCancelled) {
             EXPECT_EQ(host.Take(), "selected f") << "no deletion during a drag";
             act ? host.Do(act) : void(ReleaseCapture());
             host.ExpectNoDrag();
-            EXPECT_EQ(host.Take(), heard);
-            host.Do(LetGo());
+            EXPECT_EQ(host.Take(), received);
+            host.Do(ReleaseButton());
             EXPECT_EQ(WindowPixels(host.Tree()), clean);
             EXPECT_EQ(host.Shape(), shape) << "nothing is dropped any more";
             EXPECT_EQ(host.Take(), "");
@@ -235,7 +235,7 @@ TEST(TreeInput, EdgesScrollDuringADrag) {
     // The row under the pointer is another one now, and so is the place to drop.
     host.Do([&](TreeControlHost&, UserInput& user) { user.Move(host.On(page(3), RowPart::LabelTop)); });
     EXPECT_EQ(host.Highlighted(), ToUtf8(page(3)));
-    host.Do(LetGo());
+    host.Do(ReleaseButton());
     EXPECT_EQ(host.At(page(3)).Previous(), &host.At(page(1)));
     host.ExpectMirror();
     host.ExpectNoDrag();

@@ -57,7 +57,7 @@ struct RandomEdits {
     void Step() {
         if (Pick(10) > 0) return Single();
         const TreeUpdate update(tree);
-        // Sometimes so many that the window is filled anew at the end.
+        // Sometimes so many that the window is refilled at the end.
         for (size_t count = Pick(4) ? 12 : 250; count > 0; --count) Single();
     }
 };
@@ -116,7 +116,7 @@ TEST(TreeWindow, ShowsCaptionsOfAnyLength) {
     }
 }
 
-TEST(TreeWindow, TheAuthorKeepsTheirPlace) {
+TEST(TreeWindow, TheScrollPositionIsKept) {
     struct Case {
         const char* what;
         std::function<void()> act;
@@ -132,17 +132,17 @@ TEST(TreeWindow, TheAuthorKeepsTheirPlace) {
         for (const Case& each : cases) {
             SCOPED_TRACE(each.what);
             host.Open(text);
-            const LRESULT rows = host.Ask(TVM_GETVISIBLECOUNT);
+            const LRESULT rows = host.Send(TVM_GETVISIBLECOUNT);
             const Node* first = &host.At(each.isLast ? u"m4" : u"l6");
             for (LRESULT row = 1; each.isLast && row < rows; ++row) first = modTreeviewAPI::PreviousVisible(*first);
             host.Model().Select(nullptr); // not every system scrolls to what is selected
-            host.Ask(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(TreeControlHost::ItemOf(first)));
+            host.Send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(TreeControlHost::ItemOf(first)));
             host.Model().Select(&host.At(u"m4"));
             const Text key = first->Key();
             each.act();
             ProcessPendingMessages();
             const Node& last = *host.Model().Selected();
-            const LONG height = static_cast<LONG>(host.Ask(TVM_GETITEMHEIGHT));
+            const LONG height = static_cast<LONG>(host.Send(TVM_GETITEMHEIGHT));
             const LONG place = host.Place(last, false).top / height;
             EXPECT_TRUE(place >= 0 && place < rows) << "the selected row is in view";
             EXPECT_EQ(each.isLast ? place + 1 - rows : host.Place(host.At(key), false).top, 0);
@@ -188,7 +188,7 @@ TEST(TreeWindow, NoEditCostsByItsSize) {
         GroupEditor& editor = host.Editor();
         host.Open(text);
         const double looking = Fastest([&](int) {
-            for (const WPARAM on : {FALSE, TRUE}) host.Ask(WM_SETREDRAW, on);
+            for (const WPARAM on : {FALSE, TRUE}) host.Send(WM_SETREDRAW, on);
         });
         const auto id = [](int turn) { return ToText(2 * turn + 1); };
         const std::pair<const char*, std::function<void(int)>> edits[] = {

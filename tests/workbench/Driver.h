@@ -29,7 +29,7 @@ public:
     // Waits for the program's end; its exit code, or -1 when it has not ended in a generous time.
     int ExitCode();
     // What it wrote to its standard output and error.
-    std::string Said() const { return ReadFile(folder.Path() / "said"); }
+    std::string Output() const { return ReadFile(folder.Path() / "said"); }
 
     // Waits for the window with all that is in it; null when it does not come.
     HWND Frame();

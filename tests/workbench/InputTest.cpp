@@ -10,7 +10,7 @@ using namespace workbench;
 
 namespace {
 
-TEST(WorkbenchInputTest, TellsFilesFromConnectionStrings) {
+TEST(WorkbenchInputTest, DistinguishesFilesFromConnectionStrings) {
     const TempFolder folder;
     const std::wstring odd = Wide(folder.Write(u"a=b.db", "x"));
     const struct {

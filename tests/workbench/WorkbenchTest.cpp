@@ -30,7 +30,7 @@ TEST_F(WorkbenchTest, TakesAPictureOfEveryPageInItsStates) {
     const Text shots = folder.File(u"shots");
     Workbench program(
         {Content(), L"--connector", Wide(start.Connector()), L"--user", L"anna", L"--shots", Wide(shots)});
-    ASSERT_EQ(program.ExitCode(), 0) << program.Said();
+    ASSERT_EQ(program.ExitCode(), 0) << program.Output();
     // Each control's own picture is another one in another state.
     const std::pair<const char*, const char*> states[] = {
         {"validator-valid", "validator-missing"}, {"connector-loaded", "connector-nouser"},
@@ -45,11 +45,11 @@ TEST_F(WorkbenchTest, TakesAPictureOfEveryPageInItsStates) {
     for (const auto& [one, other] : states) EXPECT_NE(read(one), read(other)) << one;
     EXPECT_EQ(read("hierarchy-restored"), read("hierarchy-lesson")) << "all is painted again";
     // Pictures change nothing.
-    EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraLessons"), u"6");
-    EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"3");
+    EXPECT_EQ(content.Query(u"SELECT Count(*) FROM velmoraLessons"), u"6");
+    EXPECT_EQ(content.Query(u"SELECT Count(*) FROM velmoraUserLocks"), u"3");
 }
 
-TEST_F(WorkbenchTest, RefusesArgumentsInWords) {
+TEST_F(WorkbenchTest, InvalidArgumentsGetAMessage) {
     const Text file = folder.Write(u"file.txt", "no folder");
     const struct {
         std::vector<std::wstring> arguments;
@@ -66,7 +66,7 @@ TEST_F(WorkbenchTest, RefusesArgumentsInWords) {
     for (const auto& one : cases) {
         Workbench program(one.arguments);
         EXPECT_EQ(program.ExitCode(), one.code) << one.words;
-        EXPECT_THAT(program.Said(), HasSubstr(one.words));
+        EXPECT_THAT(program.Output(), HasSubstr(one.words));
     }
 }
 
@@ -74,18 +74,18 @@ TEST_F(WorkbenchTest, UsesTheRegisteredControlsAwayFromTheLibrary) {
     const std::filesystem::path alone = folder.Path() / "DAXWorkbench.exe";
     std::filesystem::copy_file(WorkbenchPath(), alone);
     Workbench program({L"--shots", Wide(folder.File(u"shots"))}, alone);
-    EXPECT_EQ(program.ExitCode(), 0) << program.Said();
+    EXPECT_EQ(program.ExitCode(), 0) << program.Output();
 }
 
 TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
     content.Run({u"UPDATE velmoraUserLocks SET lockType = 1, machineName = 'desk' WHERE lessonID = 'l2'"});
     Workbench program({Content()});
-    ASSERT_TRUE(program.Show(hierarchyPage)) << program.Said();
+    ASSERT_TRUE(program.Show(hierarchyPage)) << program.Output();
     const auto shows = [&](int field, const wchar_t* text) { return program.Shows(hierarchyPage, field, text); };
     const auto title = [&](TextView id) {
-        return content.Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE lessonID = '" + Text(id) + u"'");
+        return content.Query(u"SELECT lessonTitle FROM velmoraLessons WHERE lessonID = '" + Text(id) + u"'");
     };
-    ASSERT_TRUE(shows(idResult, L"6 entries loaded.")) << program.Said();
+    ASSERT_TRUE(shows(idResult, L"6 entries loaded.")) << program.Output();
     const HWND tree = program.Inside(program.Field(hierarchyPage, idTree), WC_TREEVIEWW);
     const int height = static_cast<int>(SendMessageW(tree, TVM_GETITEMHEIGHT, 0, 0));
     const auto click = [&](int row, bool isRight = false) {
@@ -103,7 +103,7 @@ TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
     EXPECT_EQ(program.FieldText(hierarchyPage, idIdentifier), L"L-1");
     program.Type({VK_MENU, VK_DOWN}); // one entry down
 
-    // What is typed takes effect by Enter, and by whatever the user goes on to.
+    // What is typed takes effect by Enter, and when the user continues with anything else.
     const struct {
         const wchar_t* typed;
         std::function<void()> goOn;
@@ -132,8 +132,8 @@ TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
         program.Type({VK_CONTROL, 'S'});
         EXPECT_TRUE(program.Until([&] { return Wide(title(u"l1")) == way.typed; }));
     }
-    EXPECT_EQ(title(u"l1"), content.Ask(u"SELECT lessonTitle FROM velmoraLessons WHERE parentID = 'g1' AND "
-                                        u"sortPosition = 2"))
+    EXPECT_EQ(title(u"l1"), content.Query(u"SELECT lessonTitle FROM velmoraLessons WHERE parentID = 'g1' AND "
+                                          u"sortPosition = 2"))
         << "the movement was saved as well";
 
     click(3);
@@ -158,7 +158,7 @@ TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
     }
     EXPECT_EQ(title(u"l1") + title(u"l3"), u"loadingtheirs");
 
-    // A group goes with what is in it only when that is said; Enter is the way out.
+    // A group is removed with its content only when that is chosen; Enter cancels.
     ASSERT_TRUE(clickGroup());
     program.Type({VK_DELETE});
     EXPECT_THAT(Workbench::TextsIn(program.Question()),
@@ -181,16 +181,16 @@ TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
     program.Type({VK_DELETE});
     EXPECT_TRUE(program.Answer(IDNO));
     EXPECT_TRUE(shows(idResult, L"Removed; not yet saved."));
-    // The program does not end with changes unsaved unless it is told to.
+    // The program does not end with changes unsaved unless that is chosen.
     program.Type({VK_MENU, VK_F4});
     EXPECT_TRUE(program.Answer(IDYES));
-    EXPECT_EQ(program.ExitCode(), 0) << program.Said();
-    EXPECT_EQ(content.Ask(u"SELECT group_concat(lessonID) FROM (SELECT lessonID FROM velmoraLessons ORDER BY 1)"),
+    EXPECT_EQ(program.ExitCode(), 0) << program.Output();
+    EXPECT_EQ(content.Query(u"SELECT group_concat(lessonID) FROM (SELECT lessonID FROM velmoraLessons ORDER BY 1)"),
               u"g2,l1,l2,l3,x1");
 }
 
-// A letter twice would lead to either field by turns, and one of a menu would hide behind a field's.
-TEST_F(WorkbenchTest, EveryUnderlinedLetterStandsForOneThing) {
+// A repeated letter would alternate between two fields, and one of a menu would be hidden by a field's.
+TEST_F(WorkbenchTest, EveryUnderlinedLetterIsUnique) {
     Workbench program({Content()});
     for (int page = 0; page < pageCount; ++page) {
         ASSERT_TRUE(program.Show(page));
@@ -206,7 +206,7 @@ TEST_F(WorkbenchTest, AsksBeforeLocksAreDeletedAndWhenTheyCannotBeRead) {
     Workbench program({Content()});
     ASSERT_TRUE(program.Show(locksPage));
     const auto shows = [&](int field, const wchar_t* text) { return program.Shows(locksPage, field, text); };
-    ASSERT_TRUE(shows(idResult, L"3 locks listed.")) << program.Said();
+    ASSERT_TRUE(shows(idResult, L"3 locks listed.")) << program.Output();
     const HWND list = program.Inside(program.Field(locksPage, idLocks), WC_LISTVIEWW);
     program.Click(list, 20, 40);
     ASSERT_TRUE(program.HasFocus(list));
@@ -216,7 +216,7 @@ TEST_F(WorkbenchTest, AsksBeforeLocksAreDeletedAndWhenTheyCannotBeRead) {
                 AllOf(HasSubstr("1 of the 3 selected is valid"), HasSubstr("Delete 3 locks")));
     program.Type({VK_RETURN}); // which deletes nothing then
     EXPECT_TRUE(program.Until([&] { return IsWindowEnabled(program.Frame()); }));
-    EXPECT_EQ(content.Ask(u"SELECT Count(*) FROM velmoraUserLocks"), u"3");
+    EXPECT_EQ(content.Query(u"SELECT Count(*) FROM velmoraUserLocks"), u"3");
     content.Run({u"ALTER TABLE velmoraUserLocks RENAME TO elsewhere"});
     program.Type({VK_F5});
     EXPECT_TRUE(program.Answer(IDABORT));
@@ -240,7 +240,7 @@ TEST_P(StartTest, FromTheConnectorToTheRecord) {
     Workbench program({L"--connector", Wide(start.Connector()), L"--user", L"anna"});
     const auto shows = [&](int page, int field, const wchar_t* text) { return program.Shows(page, field, text); };
     const auto push = [&](WORD letter) { program.Type({VK_MENU, letter}); }; // the underlined one
-    ASSERT_TRUE(program.Show(connectorPage)) << program.Said();
+    ASSERT_TRUE(program.Show(connectorPage)) << program.Output();
     EXPECT_FALSE(IsWindowEnabled(program.Field(connectorPage, idOpen)));
     push('R');
     EXPECT_TRUE(shows(connectorPage, idResult, L"Nothing recorded"));
@@ -255,12 +255,12 @@ TEST_P(StartTest, FromTheConnectorToTheRecord) {
     program.Type({VK_TAB}); // out of the control
     EXPECT_TRUE(program.HasFocus(program.Field(connectorPage, idEnabled)));
     push('O');
-    ASSERT_TRUE(shows(validatorPage, idResult, L"Valid.")) << program.Said();
+    ASSERT_TRUE(shows(validatorPage, idResult, L"Valid.")) << program.Output();
     EXPECT_EQ(program.FieldText(validatorPage, idConnection).find(L"p;w"), std::wstring::npos) << "the password";
 
     EXPECT_TRUE(program.Show(hierarchyPage));
     ASSERT_TRUE(shows(hierarchyPage, idResult, L"6 entries loaded."));
-    if (GetParam() != Engine::SQLite) return; // from here on all engines are alike
+    if (GetParam() != Engine::SQLite) return; // from here on all engines are the same
     program.Type({VK_CONTROL, 'F'});
     EXPECT_TRUE(program.HasFocus(program.Field(hierarchyPage, idSearch)));
     program.Write("l-1");
@@ -274,7 +274,7 @@ TEST_P(StartTest, FromTheConnectorToTheRecord) {
     program.Type({VK_DOWN});
     ASSERT_TRUE(shows(hierarchyPage, idTitle, L"O'Neil's"));
     program.Type({VK_RETURN});
-    ASSERT_TRUE(shows(mapPage, idCounts, L"3 pages in 1 map")) << program.Said();
+    ASSERT_TRUE(shows(mapPage, idCounts, L"3 pages in 1 map")) << program.Output();
     program.Type({VK_CONTROL, 'F'});
     program.Write("intro");
     program.Type({VK_RETURN});
@@ -301,7 +301,7 @@ TEST_P(StartTest, FromTheConnectorToTheRecord) {
     push('R');
     EXPECT_TRUE(shows(connectorPage, idResult, L"Connection recorded for anna"));
     program.Type({VK_MENU, VK_F4});
-    EXPECT_EQ(program.ExitCode(), 0) << program.Said();
+    EXPECT_EQ(program.ExitCode(), 0) << program.Output();
     start.ExpectDone({});
 }
 
