@@ -22,7 +22,7 @@ elseif(CCACHE)
   list(APPEND CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
 endif()
 
-# Files on disk and calls of ODBC take the time here: the third level of optimising only takes longer to compile.
+# Files on disk and calls of ODBC take the time here: with -O3 only compiling takes longer.
 string(REPLACE "-O3" "-O2" CMAKE_CXX_FLAGS_RELEASE "${CMAKE_CXX_FLAGS_RELEASE}")
 
 add_library(dax_settings INTERFACE)
@@ -65,7 +65,7 @@ endfunction()
 
 # clang-tidy reads the files of this target in the lint presets, each once: portable files natively, those of Windows with
 # the cross compiler's headers, but for GCC's own, for which Clang has others. Without precompiled headers, which show
-# that each file includes what it uses. The warnings are the compilers' own affair: here they only list headers.
+# that each file includes what it uses. Warnings come from the compilers' own builds: here they only list headers.
 function(dax_lint target)
   if(NOT DAX_LINT)
     return()

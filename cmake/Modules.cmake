@@ -1,5 +1,5 @@
 # A module is a folder of src/: its portable files, those in folders below it, too, are the library dax_NAME, its win32/
-# folder, on Windows, the library dax_NAME_win32. New files are found by themselves.
+# folder, on Windows, the library dax_NAME_win32. New files are found automatically.
 function(dax_module name)
   file(GLOB_RECURSE files CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${name}/*.cpp)
   list(FILTER files EXCLUDE REGEX "/win32/")
@@ -43,7 +43,7 @@ function(dax_module name)
     target_link_libraries(dax_${name}_win32 ${scope} dax_${lower}_win32)
   endforeach()
   if(name STREQUAL base)
-    # Its portable files, too, use what its win32 folder asks the system for.
+    # Its portable files, too, use the system libraries of its win32 folder.
     target_link_libraries(dax_${name} PUBLIC dax_${name}_win32)
     target_link_libraries(dax_${name}_win32 ${scope} comctl32 gdi32 user32 ole32 oleaut32 uuid oleacc)
   endif()

@@ -27,7 +27,7 @@ target_compile_definitions(dax_sqlite_compiled PRIVATE
   SQLITE_OMIT_SHARED_CACHE        # each connection has its own cache; sharing only costs checks
   SQLITE_OMIT_DEPRECATED          # nothing of it is used
 )
-# A library of others: its warnings are not ours to repair, and its header is a system header. Without dllexport marks
+# Third-party code: its warnings are off, and its header is a system header. Without dllexport marks
 # and with the modules' own export lists, no module exports any of it.
 target_compile_options(dax_sqlite_compiled PRIVATE -w)
 target_include_directories(dax_sqlite_compiled SYSTEM INTERFACE ${DAX_SQLITE_SOURCE})

@@ -13,7 +13,7 @@ set(DAX_SERVERS ${CMAKE_SOURCE_DIR}/build/test/servers)
 add_test(NAME servers.start COMMAND ${CMAKE_SOURCE_DIR}/tools/servers start ${DAX_SERVERS})
 add_test(NAME servers.stop COMMAND ${CMAKE_SOURCE_DIR}/tools/servers stop ${DAX_SERVERS})
 set_tests_properties(servers.start PROPERTIES FIXTURES_SETUP servers)
-# CTest begins with what others depend on, and only then looks at the costs: what takes longest must be among it.
+# CTest begins with what others depend on, and only then regards the costs: what takes longest must be among it.
 set_tests_properties(servers.stop PROPERTIES FIXTURES_CLEANUP servers DEPENDS
                      "package.win64;package.win32;package.installer64;package.installer32;lint;lint.windows;native.soak")
 
@@ -32,10 +32,10 @@ endif()
 
 # tests/NAME/*.cpp become the program NAME_tests.
 #   LIBRARIES  what it uses
-#   PARTS      where its tests run: native, wine64, wine32; elsewhere it is built only when it is asked for. Portable rules
+#   PARTS      where its tests run: native, wine64, wine32; elsewhere it is built only on request. Portable rules
 #              run natively and in 64 bit; in 32 bit what can differ there.
 #   SHARDS     its tests are divided among this many processes
-#   COST       what takes a minute of waiting begins first
+#   COST       tests that wait for a minute begin first
 #   SERVERS    its tests use database servers
 #   DESKTOP    its tests use windows: each shard has a desktop, in a Wine prefix of its own, that one program uses at a time
 function(dax_tests name)

@@ -9,7 +9,7 @@ endif()
 function(put file name)
   file(READ "${file}" text)
   if(name MATCHES "^include/")
-    string(FIND "${text}" "\n" end) # of the line that tells where the compiler has found its source
+    string(FIND "${text}" "\n" end) # of the line with the place of the compiler's source
     math(EXPR next "${end} + 1")
     string(SUBSTRING "${text}" ${next} -1 text)
   elseif(name MATCHES "^docs/")

@@ -38,7 +38,7 @@ NO_DRIVERS = dict(os.environ, ODBCSYSINI=os.path.join(WORK, "none"), ODBCINI=os.
 
 
 def run(what, command, expected=0, says="", **more):
-    # Into a file: what a program leaves behind, such as Wine's services, would keep a pipe open.
+    # Into a file: remaining processes, such as Wine's services, would keep a pipe open.
     with tempfile.TemporaryFile("w+", errors="replace") as output:
         code = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT, check=False,
                               timeout=600, **more).returncode
@@ -55,7 +55,7 @@ def windows(bits):
 
 def wine(bits, what, *command, **more):
     # An empty folder of programs: nothing that the build left may help, or be registered, here. The folders are named
-    # win32 and win64, by which tools/wine knows how many bits a program has.
+    # win32 and win64, by which tools/wine distinguishes 64 and 32 bit.
     environment = dict(NO_DRIVERS, DAX_WINE_PREFIX=os.path.join(WORK, f"win{bits}", "wine"), DAX_WINE_DISPLAY="none",
                        DAX_WINE_BIN=os.path.join(WORK, "none"), DAX_WINE_TIMEOUT="540")
     return run(f"{what} ({bits} bit)", [os.path.join(ROOT, "tools", "wine"), *command], cwd=windows(bits), env=environment,
@@ -136,7 +136,7 @@ def sql(course, *statements):
 
 
 def two_programs(bits, journal):
-    """A native program and one under Wine on one file: told at once, waited for no longer than told, nothing lost."""
+    """A native program and one under Wine on one file: conflicts are reported, no wait exceeds its limit, nothing is lost."""
     course = os.path.join(windows(bits), f"{journal}.db")
     under_wine = dax_on_windows(bits)
     under_wine("dax sample", "sample", course)
@@ -207,7 +207,7 @@ def self_test(bits, what, shell, *words, expected=0, skipped=(), failed=()):
 
 
 def self_test_fails(bits, shell):
-    """One class crashes, one never answers, and a server is not there: each is told, and the others are tried."""
+    """One class crashes, one never answers, and a server is not there: each is reported, and the others are tried."""
     folder = windows(bits)
     with open(os.path.join(folder, "broken.cpp"), "w", encoding="utf-8") as source:
         source.write(BROKEN_LIBRARY)
@@ -272,7 +272,7 @@ def use_on_windows(bits):
     prefix = os.path.join(WORK, f"win{bits}", "wine")
     os.makedirs(prefix)
     with open(os.path.join(prefix, "dax.users"), "w", encoding="utf-8") as users:
-        # While somebody holds this lock, tools/wine leaves Wine running from one program to the next.
+        # While this lock is held, tools/wine leaves Wine running from one program to the next.
         fcntl.flock(users, fcntl.LOCK_SH)
         use_registered_and_not(bits, folder, prefix)
     wine(bits, "a script after unregistration", os.path.join(folder, "daxscript.exe"), "samples\\validate.vbs",

@@ -19,7 +19,7 @@ WORK = os.path.join(ROOT, "build", "package")
 LATER = "99.1"
 EDITOR = "{71E754E9-42AA-4718-8DAD-CEB4BEEB08F0}"
 USER, CATALOG, LESSON = "anna", "velmora_safety", "SAF-2"
-# Where the installer's own entries may lie, beside those of the classes; Windows keeps the books in the first two.
+# Where the installer's own entries may lie, beside those of the classes; Windows Installer keeps its data in the first two.
 WATCHED = re.compile(r"(system|user) software\\")  # elsewhere Wine notes what hardware it finds, at any start
 NAMES = re.compile(r"\\classes\\wow6432node\\(daxcontrols|contentobjects)\.")
 BOOKS = re.compile(r"Software\\(Classes\\Installer|Microsoft\\Windows\\CurrentVersion\\(Installer|Uninstall)|DAXControls)"
@@ -46,7 +46,7 @@ class Machine:
     def wine(self, what, program, *words, expected=0, says=""):
         environment = dict(os.environ, DAX_WINE_PREFIX=self.prefix, DAX_WINE_DISPLAY="none", DAX_WINE_TIMEOUT="300",
                            DAX_WINE_BIN=os.path.join(self.prefix, "none"))
-        # Into a file: what a program leaves behind, such as Wine's services, would keep a pipe open.
+        # Into a file: remaining processes, such as Wine's services, would keep a pipe open.
         with tempfile.TemporaryFile("w+", errors="replace") as output:
             code = subprocess.run([os.path.join(ROOT, "tools", "wine"), program, *words], cwd=self.prefix, env=environment,
                                   stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT, check=False,
@@ -111,7 +111,7 @@ class Machine:
                       if name == '"DisplayName"' and "DAXControls" in value and "\\uninstall\\" in key)
 
     def use(self, bits):
-        """The self-test finds all classes; an application's whole start, by a script that knows the controls by their
+        """The self-test finds all classes; an application's whole start, by a script that uses the controls by their
         names alone."""
         here, course = self.folder(bits), os.path.join(self.prefix, "use")
         self.system("cmd", "/c", os.path.join(here, "selftest.cmd"), "--only", "registration", "--report",
@@ -165,7 +165,7 @@ def one_architecture(machine, unpacked, package, later, entered):
         os.remove(os.path.join(folder, name))
     os.remove(os.path.join(machine.drive, links[0]))
     machine.system("reg", "delete", rf"HKLM\Software\Classes\CLSID\{EDITOR}", "/f")
-    # What "msiexec /fa" does; Wine does not know that.
+    # What "msiexec /fa" does; Wine does not support that.
     machine.system("msiexec", "/i", package, "REINSTALL=ALL", "REINSTALLMODE=amus", "/qn")
     machine.expect("after a repair", (machine.added(), machine.files()), installed)
 
@@ -183,13 +183,13 @@ def one_architecture(machine, unpacked, package, later, entered):
 
 
 def both(machine, unpacked, packages):
-    """On 64-bit Windows; each goes as if the other had never come."""
+    """On 64-bit Windows; each is removed as if the other had not been installed."""
     help_folder = {(key, name) for key, name in machine.registry() if key.endswith("helpdir")}
 
     def step(what, *words):
         machine.system("msiexec", *words, "/qn")
         registry, files = machine.state()
-        # Of this, which nothing reads, Windows holds one for both: it is that of the last one, and goes with any.
+        # Of this, which nothing reads, Windows has one for both: that of the last one, removed with either.
         return {place: value for place, value in registry.items()
                 if not place[0].endswith("\\helpdir") or place in help_folder}, files
 

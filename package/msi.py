@@ -16,7 +16,7 @@ import uuid
 from xml.sax.saxutils import quoteattr
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-# Frozen: by these Windows knows an earlier version, and what the two architectures share.
+# Frozen: these identify an earlier version, and what the two architectures share.
 UPGRADE = {64: uuid.UUID("f63dcd22-75de-488d-bf26-b3301920b8dc"), 32: uuid.UUID("20a0aa5e-48f5-46ee-94a3-318cca5ff53c")}
 SHARED = uuid.UUID("442d6208-81a6-45ab-a3d0-11e10137bdbe")
 PLATFORM = {64: "x64", 32: "x86"}
@@ -57,7 +57,7 @@ def registration():
 
 
 def skip_without_wine(bits):
-    """Ends a check that cannot run here, as tools/setup has found out."""
+    """Ends a check that cannot run here, as tools/setup has detected."""
     if bits == 32:
         subprocess.run([os.path.join(ROOT, "tools", "setup"), "wine32"], stdin=subprocess.DEVNULL, check=True)
         with open(os.path.join(ROOT, "build", "setup", "wine32"), encoding="utf-8") as answer:
@@ -171,7 +171,7 @@ def source(bits, version, files, entries):
             f'<RegistryValue Root="HKLM" Key="Software\\DAXControls\\Installed" Name="x{bits}" Type="string" '
             f'Value="{version}" KeyPath="yes"/></Component>')
     digest = hashlib.sha256(repr((version, entries, sorted(files.items()))).encode()).hexdigest()
-    # Another package of this very version is replaced, too; wixl knows no inclusive maximum.
+    # Another package of this very version is replaced, too; wixl supports no inclusive maximum.
     numbers = (version + ".0.0").split(".")[:3]
     after = ".".join(numbers[:2] + [str(int(numbers[2]) + 1)])
     program_files = "ProgramFiles64Folder" if bits == 64 else "ProgramFilesFolder"
@@ -202,7 +202,7 @@ def source(bits, version, files, entries):
 
 
 def settle(path, digest):
-    """wixl writes a random package code and the time into the summary; the same sources shall give the same file."""
+    """wixl writes a random package code and the time into the summary; the same sources must give the same file."""
     with open(path, "rb") as file:
         data = bytearray(file.read())
     sets = [found.start() - 28 for found in
@@ -243,7 +243,7 @@ def build(path, bits, version, files):
             file.write(text)
         made = os.path.join(place, "made.msi")
         commands = [["wixl", "-a", PLATFORM[bits], "-o", made, description]]
-        # wixl knows no conditions of components.
+        # wixl does not support conditions of components.
         commands += [["msibuild", made, "-q", f"UPDATE Component SET Condition = '{condition}' WHERE Component = '{name}'"]
                      for name, condition in conditions.items()]
         for command in commands:

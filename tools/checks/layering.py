@@ -19,7 +19,7 @@ STANDARD = re.compile(r"[a-z_0-9]+")  # headers of the C++ library have no endin
 
 
 def read_modules():
-    """What each module may use, itself included; and complaints about the table."""
+    """What each module may use, itself included; and errors in the table."""
     below, complaints = {}, []
     for name, used in re.findall(r"^\s*dax_(?:windows_)?module\((\w+)([^)]*)\)", read("CMakeLists.txt"), re.M):
         below[name] = {name}

@@ -17,7 +17,7 @@ EXPECTED = """1. the connector is valid
 3. the catalog is valid
 4. loaded: 146 nodes
 """
-# One of each event that the sample causes.
+# One of each event that the sample raises.
 EVENTS = ["5. selected: Übung macht den Meister 2, locks: 1", "5. the hierarchy has changed",
           "5. selected: Added in Pascal, locks: 0", "the user wants to delete what is selected", "6. page: Welcome",
           "6. pages checked: 2", "7. the map has changed: 2", "8. the maps of this program: p2 and p1,p3",

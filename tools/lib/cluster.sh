@@ -2,7 +2,7 @@
 # Three MariaDB nodes with Galera on loopback, for tools/servers. Uses its $root, $dir, $place, $password and
 # end_process.
 
-# The scripts that hand a joining node its data come in a package whose services are not wanted here: it is unpacked.
+# The scripts that transfer data to a joining node are in a package whose services are not needed here: it is unpacked.
 transfer_scripts() {
     local target=$root/build/setup/transfer fetched
     if [ ! -e "$target/wsrep_sst_rsync" ]; then
@@ -19,7 +19,7 @@ transfer_scripts() {
     cp "$target"/wsrep_sst_* "$place/scripts/"
 }
 
-# The transfer's daemon gives root's rights up, so the nodes never run as root.
+# The transfer's daemon drops root's rights, so the nodes never run as root.
 exec_as_node_user() {
     local rights=()
     [ "$(id -u)" != 0 ] || rights=(setpriv --reuid=nobody --regid=nogroup --clear-groups --)
@@ -58,7 +58,7 @@ try_node() {
         [ "$other" = "$1" ] || members+=${members:+,}127.0.0.1:$group
     done
     node_ports "$1"
-    # A node that founded the cluster and died may be told to found it again only by "new".
+    # A node that founded the cluster and was killed may found it again only by "new".
     [ "${#found[@]}" = 0 ] || members=''
     exec_as_node_user setsid mariadbd --no-defaults --datadir="$data/d" --tmpdir="$data" --socket="$data/s" --port="$client" \
         --bind-address=127.0.0.1 --skip-name-resolve --lower-case-table-names=1 --character-set-server=utf8mb4 \
@@ -74,7 +74,7 @@ try_node() {
         kill -0 "$pid" 2>/dev/null || break
         if [ "$(node_sql "$1" "SHOW STATUS LIKE 'wsrep_local_state_comment'" | cut -f 2)" = Synced ]; then
             say "$pid" >"$dir/node$1.pid"
-            disown "$pid" # its end is wanted, and no news
+            disown "$pid" # no message about its end
             return 0
         fi
         sleep 0.1
@@ -119,18 +119,18 @@ stop_cluster() {
     for node in 1 2 3; do end_process "$dir/node$node.pid" KILL; done
 }
 
-# What the input of "own --cluster" orders, until it ends.
-obey_cluster() {
-    local order node result
-    while read -r order node; do
+# Runs the commands from the input of "own --cluster", until it ends.
+run_cluster_commands() {
+    local command node result
+    while read -r command node; do
         result="done"
-        case $order in
+        case $command in
         kill) end_process "$dir/node$node.pid" KILL ;;
         start) launch_node "$node" || result=failed ;;
         bootstrap) # it accepts statements a moment later
             node_sql "$node" "SET GLOBAL wsrep_provider_options='pc.bootstrap=YES'" && await_ready "$node" || result=failed
             ;;
-        *) fail "unknown order: $order" ;;
+        *) fail "unknown command: $command" ;;
         esac
         say "$result"
     done

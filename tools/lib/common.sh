@@ -1,8 +1,8 @@
 # shellcheck shell=bash
-# What every tool shares: where the project lies, how to speak, how to be the first command on a fresh machine.
+# What every tool shares: the project's folder, messages, and the setup of a fresh machine.
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 if [ -z "${HOME:-}" ]; then
-    export HOME="$root/build/home" # compilers' caches and Wine want one
+    export HOME="$root/build/home" # compilers' caches and Wine need one
     mkdir -p "$HOME"
 fi
 # Programs of the system first: a version manager's own Python or CMake must not decide what is built.

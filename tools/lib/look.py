@@ -43,7 +43,7 @@ def join(source, target):
             for name in names:
                 setattr(joined[table], name, getattr(first[table], name))
         joined["OS/2"].recalcUnicodeRanges(joined)
-        if weight == "Regular":  # Wine asks for the system's font by its full name, and would draw bold letters from it
+        if weight == "Regular":  # Wine looks up the system's font by its full name, and would draw bold letters from it
             for record in joined["name"].names:
                 if record.nameID == 4:
                     record.string = FAMILY
@@ -68,7 +68,7 @@ def settings(dpi, high_contrast):
     keys = {
         desktop + "Desktop": {"LogPixels": f"dword:{dpi:08x}", "FontSmoothing": '"2"', "FontSmoothingType": "dword:00000001"},
         desktop + "Desktop\\WindowMetrics": {f"{name}Font": hexadecimal("", logical_font()) for name in FONTS},
-        # By the full name of each font; Tahoma for what asks for no other.
+        # By the full name of each font; Tahoma as the default.
         "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows NT\\CurrentVersion\\FontLink\\SystemLink": {
             FAMILY: links("Regular"), f"{FAMILY} Bold": links("Bold"),
             "Tahoma": links("Regular"), "Tahoma Bold": links("Bold")},

@@ -15,7 +15,7 @@ import tempfile
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 BLOCK = re.compile(r"^```console\n(.*?)^```$", re.M | re.S)
 SERVERS = ("POSTGRES", "MARIADB", "CLUSTER1", "CLUSTER2", "CLUSTER3", "CLUSTER")
-PROGRESS = re.compile(r"(?:reading|editing|saving|writing|copying)[a-z ]*: \d+(?: %)?")  # what dax says when it takes long
+PROGRESS = re.compile(r"(?:reading|editing|saving|writing|copying)[a-z ]*: \d+(?: %)?")  # progress of dax
 
 
 def pages():
@@ -38,7 +38,7 @@ def fits(said, expected):
 
 
 def commands_of(block):
-    """(command, what the page says) for each command of a block."""
+    """(command, its output on the page) for each command of a block."""
     found = []
     for line in block.splitlines():
         if line.startswith("$ "):
@@ -83,9 +83,9 @@ def main():
         with open(os.path.join(ROOT, name), encoding="utf-8") as file:
             text = file.read()
         blocks = "".join(BLOCK.findall(text))
-        lacking = [server for server in SERVERS if f"${server}" in blocks and not os.environ.get(f"DAX_TEST_{server}")]
-        if lacking:
-            problems.append(f"{name}: needs {' and '.join(lacking)}: eval \"$(tools/servers start build/db)\", for the cluster "
+        missing = [server for server in SERVERS if f"${server}" in blocks and not os.environ.get(f"DAX_TEST_{server}")]
+        if missing:
+            problems.append(f"{name}: needs {' and '.join(missing)}: eval \"$(tools/servers start build/db)\", for the cluster "
                             "eval \"$(tools/servers start --cluster build/cluster)\"")
             continue
         with tempfile.TemporaryDirectory() as folder:
