@@ -1,4 +1,4 @@
-// What the comparison of texts needs of the system: on Windows its own functions, elsewhere ours that agree with them.
+// What text comparison needs of the system: on Windows its functions, elsewhere ours with the same results.
 #pragma once
 
 #include "base/Text.h"
@@ -8,7 +8,7 @@ namespace dax {
 // Letters in lower case, whatever the process's locale, as long as their upper case leads back to them: the others
 // ("İ", the Kelvin sign) stay.
 Text LowerLetters(TextView text);
-// A letter and the marks behind it as one character, where there is one.
+// A letter and its combining marks as one character, where there is one.
 Text ComposeMarks(TextView text);
 // Each ligature as its letters: "ß" as "ss", "æ" as "ae".
 Text ExpandLigatures(TextView text);

@@ -90,7 +90,7 @@ constexpr Composites table[] = {
     {0x309A, u"はひふへほハヒフヘホ", u"ぱぴぷぺぽパピプペポ"},
 };
 
-// Characters that Unicode knows twice, and the one to use.
+// Characters that Unicode has twice, and the one to use.
 constexpr TextView same =
     u"\u0340\u0341\u0343\u0374\u037E\u0387\u1F71\u1F73\u1F75\u1F77\u1F79\u1F7B\u1F7D\u1FBB\u1FBE\u1FC9\u1FCB\u1FD3"
     u"\u1FDB\u1FE3\u1FEB\u1FEE\u1FEF\u1FF9\u1FFB\u1FFD\u2000\u2001\u2126\u212A\u212B\u2329\u232A\uF900\uF901\uF902"
@@ -119,7 +119,7 @@ constexpr TextView same =
     u"\uFA9E\uFA9F\uFAA0\uFAA1\uFAA2\uFAA3\uFAA4\uFAA5\uFAA6\uFAA7\uFAA8\uFAA9\uFAAA\uFAAB\uFAAC\uFAAD\uFAAE\uFAAF"
     u"\uFAB0\uFAB1\uFAB2\uFAB3\uFAB4\uFAB5\uFAB6\uFAB7\uFAB8\uFAB9\uFABA\uFABB\uFABC\uFABD\uFABE\uFABF\uFAC0\uFAC1"
     u"\uFAC2\uFAC3\uFAC4\uFAC5\uFAC6\uFAC7\uFAC8\uFAC9\uFACA\uFACB\uFACC\uFACD\uFACE\uFAD2\uFAD3\uFAD4\uFAD8\uFAD9";
-constexpr TextView usual =
+constexpr TextView canonical =
     u"\u0300\u0301\u0313\u02B9;"
     u"\u00B7\u03AC\u03AD\u03AE\u03AF\u03CC\u03CD\u03CE\u0386\u03B9\u0388\u0389\u0390\u038A\u03B0\u038E\u0385`"
     u"\u038C\u038F\u00B4\u2002\u2003\u03A9K\u00C5\u3008\u3009\u8C48\u66F4\u8ECA\u8CC8\u6ED1\u4E32\u53E5\u9F9C\u9F9C"
@@ -148,9 +148,9 @@ constexpr TextView usual =
     u"\u761D\u761F\u76CA\u76DB\u76F4\u774A\u7740\u78CC\u7AB1\u7BC0\u7C7B\u7D5B\u7DF4\u7F3E\u8005\u8352\u83EF\u8779"
     u"\u8941\u8986\u8996\u8ABF\u8AF8\u8ACB\u8B01\u8AFE\u8AED\u8B39\u8B8A\u8D08\u8F38\u9072\u9199\u9276\u967C\u96E3"
     u"\u9756\u97DB\u97FF\u980B\u983B\u9B12\u9F9C\u3B9D\u4018\u4039\u9F43\u9F8E";
-static_assert(same.size() == usual.size());
+static_assert(same.size() == canonical.size());
 
-// Characters that stand only for a letter and its mark, which stay two.
+// Characters that are only a letter and its mark, which stay two.
 constexpr TextView joined =
     u"\u0344\u0958\u0959\u095A\u095B\u095C\u095D\u095E\u095F\u09DC\u09DD\u09DF\u0A33\u0A36\u0A59\u0A5A\u0A5B\u0A5E"
     u"\u0B5C\u0B5D\u0F43\u0F4D\u0F52\u0F57\u0F5C\u0F69\u0F73\u0F75\u0F76\u0F78\u0F81\u0F93\u0F9D\u0FA2\u0FA7\u0FAC"
@@ -183,7 +183,7 @@ size_t PlaceIn(TextView list, char16_t unit) {
 
 bool IsWithin(char16_t unit, char16_t first, int count) { return unit >= first && unit < first + count; }
 
-// Zero when the two stay apart.
+// Zero when there is no composite.
 char16_t ComposeTwo(char16_t letter, char16_t mark) {
     if (IsWithin(letter, firstLead, leads) && IsWithin(mark, firstVowel, vowels))
         return static_cast<char16_t>(firstSyllable + ((letter - firstLead) * vowels + (mark - firstVowel)) * trails);
@@ -206,7 +206,7 @@ Text ComposeMarks(TextView text) {
             composed += parts[place];
             continue;
         }
-        if (const size_t place = PlaceIn(same, unit); place != TextView::npos) unit = usual[place];
+        if (const size_t place = PlaceIn(same, unit); place != TextView::npos) unit = canonical[place];
         const char16_t joined = composed.empty() ? u'\0' : ComposeTwo(composed.back(), unit);
         if (joined)
             composed.back() = joined;

@@ -10,8 +10,8 @@ namespace dax {
 
 class Error : public std::exception {
 public:
-    // A password in the description is masked (base/Secrets.h), also in texts of drivers, which repeat what they were
-    // given.
+    // A password in the description is masked (base/Secrets.h), also in texts of drivers, which may repeat what they
+    // were given.
     Error(int32_t number, const Text& description);
     int32_t Number() const { return number; }
     const Text& Description() const { return description; }
@@ -23,7 +23,7 @@ private:
     std::string utf8;
 };
 
-// Inside a handler: whatever was thrown, as an Error with a number that hosts know.
+// Inside a handler: whatever was thrown, as an Error with a number of ErrorNumbers.h.
 Error CurrentError();
 
 } // namespace dax

@@ -12,9 +12,9 @@ struct FoundEntry {
     bool isReadOnly = false; // the attribute on Windows; elsewhere: no write permission for anyone
 };
 
-// Asks about the entries that a listing of `path` finds, in their order, until one is taken; false when none is. The
-// last part of the path may hold wildcards: "*" any units, "?" one, or none before a dot and at the end; ".*" at the
-// end finds names that end before it, too. Case counts where it counts for the file system. Throws when looking fails.
+// Calls back with each entry that a listing of `path` finds, until one is accepted; false when none is. The last
+// part of the path may hold wildcards: "*" any units, "?" one, or none before a dot or at the end; ".*" at the end
+// finds names that end before it, too. Case matters where it does for the file system. Throws when the search fails.
 bool FindEntry(const Text& path, const std::function<bool(const FoundEntry&)>& takes);
 
 } // namespace dax

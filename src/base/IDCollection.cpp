@@ -37,7 +37,7 @@ bool IDCollection::Insert(const Text& id, std::list<Text>::iterator before) {
 bool IDCollection::Remove(const Text& id) {
     const auto place = places.find(id);
     if (place == places.end()) return false;
-    // `id` may be the very text that is removed: the list goes last.
+    // `id` may be the text that is removed: the list is changed last.
     const auto item = place->second;
     places.erase(place);
     items.erase(item);

@@ -21,7 +21,7 @@ public:
     bool Remove(const Text& id);
     // Adds a text before another one; at the end when that is not there.
     bool Insert(const Text& id, const Text& next);
-    // The text behind that one; empty when it is the last or not there.
+    // The text after that one; empty when it is the last or not there.
     Text NextOf(const Text& id) const;
     bool Contains(const Text& id) const { return places.contains(id); }
     void Clear();
@@ -38,13 +38,13 @@ private:
     std::unordered_map<TextView, std::list<Text>::iterator> places; // keyed by the texts in the list
 };
 
-// A collection that belongs to a host, of whatever kind, asked for one key at a time.
+// A host's collection of any kind, queried for one key at a time.
 class KeyedCollection {
 public:
     virtual ~KeyedCollection() = default;
     // Whether an item with that key can be fetched now. Throws Error when the collection fails instead of answering.
     virtual bool HasKey(const Text& key) = 0;
-    // Many keys will be asked for; what the collection holds may have changed since the last time.
+    // Called before a series of HasKey; the collection's content may have changed since the last series.
     virtual void BeginReading() {}
 };
 

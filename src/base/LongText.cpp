@@ -9,7 +9,7 @@ namespace dax {
 
 namespace {
 
-constexpr int64_t MostExponent = 1'000'000'000; // far beyond what any text has digits for
+constexpr int64_t MaxExponent = 1'000'000'000; // far beyond what any text has digits for
 
 class LongReader {
 public:
@@ -37,7 +37,7 @@ private:
         while (!rest.empty() && TextReader::IsBlank(rest.front())) rest.remove_prefix(1);
     }
 
-    // One of the marks that stand before or behind the digits; of signs and brackets there is one, on one side.
+    // One of the marks before or after the digits; of signs and brackets there is one, on one side.
     bool TakeMark(bool isInFront) {
         if (rest.empty()) return false;
         const char16_t unit = rest.front();
@@ -85,7 +85,7 @@ private:
         if (rest.empty() || !TextReader::IsDigit(rest.front())) return false;
         int64_t exponent = 0;
         for (; !rest.empty() && TextReader::IsDigit(rest.front()); rest.remove_prefix(1))
-            exponent = std::min(exponent * 10 + (rest.front() - u'0'), MostExponent);
+            exponent = std::min(exponent * 10 + (rest.front() - u'0'), MaxExponent);
         magnitude += isBelow ? -exponent : exponent;
         return true;
     }

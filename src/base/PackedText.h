@@ -1,4 +1,4 @@
-// Texts that many objects keep: one byte for each unit when no unit of them needs two, as nearly always.
+// Compact storage for texts: one byte for each UTF-16 unit when all are up to U+00FF, as nearly always.
 #pragma once
 
 #include "base/Text.h"

@@ -8,7 +8,7 @@
 
 namespace dax {
 
-// What stands in place of a password.
+// The text that replaces a password.
 inline constexpr TextView PasswordMask = u"\u2022\u2022\u2022\u2022";
 
 // The text without its passwords: the values of all keywords that end in "password" or "pwd", whatever their case

@@ -13,7 +13,7 @@ namespace {
 
 constexpr char16_t Replacement = 0xFFFD;
 
-// What the first byte of a sequence promises: how many bytes follow and between which bounds the first of them lies.
+// What the first byte of a sequence determines: how many bytes follow, and the bounds of the first of them.
 struct Lead {
     int following;
     unsigned char low, high;

@@ -11,7 +11,7 @@ using TextView = std::u16string_view;
 
 // A byte sequence that is no UTF-8 becomes U+FFFD, a lone surrogate likewise in the other direction.
 Text FromUtf8(std::string_view utf8);
-void AppendUtf8(Text& text, std::string_view utf8); // the same, behind what the text has
+void AppendUtf8(Text& text, std::string_view utf8); // appends
 std::string ToUtf8(TextView text);
 void ToUtf8(TextView text, std::string& utf8); // the same
 
@@ -19,7 +19,7 @@ void ToUtf8(TextView text, std::string& utf8); // the same
 Text MadeWellFormed(TextView text);
 
 inline bool IsSurrogate(char32_t unit) { return unit >= 0xD800 && unit < 0xE000; }
-// The character that begins there: of two surrogates that belong together both, of others the unit itself.
+// The code point at that place: both halves of a surrogate pair, otherwise the unit itself.
 char32_t CharacterAt(TextView text, size_t at);
 // Writes it where there is room for two units; returns how many units that took.
 size_t WriteCharacter(char32_t character, char16_t* to);

@@ -20,7 +20,7 @@ constexpr TextView wide =
 static_assert(wide.size() == lastNarrow - firstNarrow + 1);
 
 // Width and kind of kana do not count, and the sigma at the end of a word is one like the others.
-char16_t Usual(char16_t unit) {
+char16_t Canonical(char16_t unit) {
     if (unit < 0x3C2) return unit;
     if (unit == u'ς') return u'σ';
     if (unit == 0x3000) return u' ';
@@ -33,7 +33,7 @@ char16_t Usual(char16_t unit) {
 
 Text LowerCase(TextView text) { return IsAscii(text) ? LowerAscii(text) : LowerLetters(text); }
 
-// Not the system's own search: it looks over characters that its tables do not know, as if they were not there, and
+// Not the system's own search: it ignores characters that are not in its tables, and
 // under Wine its time grows with the square of the text.
 Text FoldCase(TextView text) {
     if (IsAscii(text)) return LowerAscii(text);
@@ -45,7 +45,7 @@ Text FoldCase(TextView text) {
         else if (unit == u'İ') // likewise
             folded += u"i\u0307";
         else
-            folded.push_back(Usual(unit));
+            folded.push_back(Canonical(unit));
     }
     return folded;
 }

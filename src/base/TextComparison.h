@@ -5,10 +5,10 @@
 
 namespace dax {
 
-// Letters of every script in lower case, one unit for one unit; what else a text comparison takes as equal stays apart.
+// Letters of every script in lower case, one unit for one unit; other characters that compare as equal stay different.
 Text LowerCase(TextView text);
 
-// The form in which texts are equal that a text comparison of the hosts' Basic takes as equal: case does not count, nor
+// A form that is equal for texts that compare as equal in the hosts' Basic (text comparison): case does not count, nor
 // whether a letter and its mark are one character or two, nor the width and the kind of kana; "ß" is "ss", "æ" is "ae".
 Text FoldCase(TextView text);
 

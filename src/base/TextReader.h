@@ -22,7 +22,7 @@ public:
     void SkipBlanks() {
         while (!AtEnd() && IsBlank(text[place])) ++place;
     }
-    // These return false, and a word stays unread, when something else stands there.
+    // These return false, and read nothing, when something else follows.
     bool Unit(char16_t unit) {
         if (AtEnd() || text[place] != unit) return false;
         ++place;

@@ -89,7 +89,7 @@ Text PlainDateTime(const DateTime& date, bool withTime) {
     return withTime ? whole : whole.substr(0, whole.find(u' '));
 }
 
-// A locale by its name, known to the system or not. Finding one reads files: it is kept where many dates are written.
+// A locale by its name, which the system may lack. Finding one reads files: it is kept where many dates are written.
 class Place {
 public:
     explicit Place(const char* name);
@@ -113,7 +113,7 @@ private:
 
     bool isPlain = true;
 #ifdef _WIN32
-    // The C++ library of some compilers knows the "C" locale alone on Windows; the system's C library knows all.
+    // The C++ library of some compilers has only the "C" locale on Windows; the system's C library has all.
     _locale_t locale = nullptr;
 #else
     std::locale locale;
@@ -143,7 +143,7 @@ Place::Place(const char* name) {
         isPlain = full == "C" || full.starts_with("C.") || full.find("LC_TIME=C;") != full.npos ||
                   full.find("LC_TIME=C.") != full.npos;
     } catch (const std::runtime_error&) {
-        // The system does not know it.
+        // The system has no such locale.
     }
 }
 

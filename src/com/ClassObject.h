@@ -47,7 +47,7 @@ protected:
     ULONG AddReference() { return references.Add(); }
     ULONG RemoveReference();
 
-    // No exception leaves, and the object lives until the action is done, even when a listener releases the last
+    // No exception leaves, and the object exists until the action is done, even when a listener releases the last
     // reference.
     template <typename Action>
     HRESULT Guard(Action&& action) noexcept {
@@ -69,7 +69,7 @@ protected:
         });
     }
 
-    // The same for a member with a result. What is no pointer to an interface becomes one by an overload of
+    // The same for a member with a result. A result that is not an interface pointer is converted by an overload of
     // ToInterface.
     template <typename Result, std::invocable Action>
     HRESULT Get(Result* result, Action&& action) noexcept {
@@ -135,7 +135,7 @@ public:
         if (iid != IID_NULL) return DISP_E_UNKNOWNINTERFACE; // reserved
         const typename Base::SelfReference self(*this);
         SetErrorInfo(0, nullptr);
-        // Not every script engine knows that the enumeration is a property.
+        // Some script engines call the enumeration as a method.
         if (dispid == DISPID_NEWENUM) flags |= DISPATCH_PROPERTYGET;
         return typeInfo->Invoke(static_cast<Interface*>(this), dispid, flags, parameters, result, exception, argument);
     }

@@ -24,7 +24,7 @@ inline void Check(HRESULT result) {
     if (FAILED(result)) throw ComError(result);
 }
 
-// Numbers that hosts count as their own (75) come back to them unchanged: as 800A004B.
+// Visual Basic's own numbers (75) reach hosts unchanged: as 800A004B.
 HRESULT HResultOf(int32_t errorNumber);
 
 // Sets the error information of this thread, beside the code that a call returns.

@@ -25,14 +25,14 @@ private:
     std::atomic<ULONG> count = 1;
 };
 
-// A row of the table: the base class `Type` answers for the IIDs.
+// A row of the table: the base class `Type` implements the IIDs.
 template <typename Type, const IID&... ids>
 struct Implements {
     using Interface = Type;
     static bool Has(REFIID iid) { return ((iid == ids) || ...); }
 };
 
-// The base that answers for an IID, not counted; null when none of the rows does.
+// The base that implements an IID, not counted; null when none of the rows does.
 template <typename... Rows, typename Object>
 void* FindInterface(Object* object, REFIID iid) {
     void* found = nullptr;
@@ -43,8 +43,8 @@ void* FindInterface(Object* object, REFIID iid) {
     return found;
 }
 
-// An object with the interfaces of the rows, of which the first one answers for IUnknown. Created with one reference;
-// deletes itself with the last one.
+// An object with the interfaces of the rows, of which the first one also serves as IUnknown. Created with one
+// reference; deletes itself with the last one.
 template <typename First, typename... Rows>
 class ComObject : public First::Interface, public Rows::Interface... {
 public:

@@ -83,7 +83,7 @@ HRESULT ConnectionPoint::EnumConnections(IEnumConnections** result) {
 void FireEvent(const ConnectionPoint& point, DISPID event, std::span<const Variant> arguments) {
     for (const auto& connection : point.Connections()) {
         if (!point.IsConnected(connection.cookie)) continue; // an earlier sink has disconnected it
-        // Connected as the events' own interface or as IDispatch: both are an IDispatch. Asked for it again, a sink of
+        // Connected as the events' own interface or as IDispatch: both are an IDispatch. Queried again, a sink of
         // several controls would return the one that it was made for first.
         auto* const dispatch = static_cast<IDispatch*>(connection.sink.Get());
         PackedArguments packed(arguments, DISPATCH_METHOD);

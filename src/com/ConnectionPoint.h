@@ -18,14 +18,14 @@ public:
         DWORD cookie;
         ComPtr<IUnknown> sink; // the pointer that the sink returned for this interface; it may have several
     };
-    // Sinks of events may know IDispatch alone, as scripts' do.
+    // Event sinks may implement IDispatch alone, as those of scripts do.
     enum class Kind { Events, Interface };
 
     ConnectionPoint(IConnectionPointContainer& owner, const IID& sinkInterface, Kind kind)
         : owner(owner), sinkInterface(sinkInterface), kind(kind) {}
 
     const IID& SinkInterface() const { return sinkInterface; }
-    // A copy: sinks may come and go while they are called.
+    // A copy: sinks may be added and removed while they are called.
     std::vector<Connection> Connections() const { return connections; }
     bool IsConnected(DWORD cookie) const;
     void DisconnectAll();

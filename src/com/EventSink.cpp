@@ -6,7 +6,7 @@ namespace dax {
 
 namespace {
 
-constexpr size_t MostNames = 32; // of an event and its parameters
+constexpr size_t MaxNames = 32; // of an event and its parameters
 
 // The object's default source interface; null when it declares none.
 ComPtr<ITypeInfo> DefaultSource(IUnknown* object) {
@@ -42,9 +42,9 @@ HRESULT EventSink::Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS* paramet
     const ComPtr<IDispatch> self(this); // the handler may end the connection
     try {
         ReceivedEvent event{dispid, {}, {}, *parameters, *description.Get()};
-        BSTR names[MostNames] = {};
+        BSTR names[MaxNames] = {};
         UINT known = 0;
-        if (FAILED(description->GetNames(dispid, names, MostNames, &known))) known = 0;
+        if (FAILED(description->GetNames(dispid, names, MaxNames, &known))) known = 0;
         event.name = known > 0 ? ToWide(FromBstr(names[0])) : L"event " + std::to_wstring(dispid);
         for (UINT i = 1; i < known; ++i) event.parameters.push_back(ToWide(FromBstr(names[i])));
         for (UINT i = 0; i < known; ++i) SysFreeString(names[i]);

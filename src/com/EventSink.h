@@ -51,9 +51,9 @@ public:
     ~EventConnection() { Disconnect(); }
 
     explicit operator bool() const { return static_cast<bool>(point); }
-    // A handler that is running goes on; it is not called again.
+    // A running handler is not interrupted; it is not called again.
     void Disconnect();
-    // Nobody but this refers to the sink.
+    // No other reference to the sink is left.
     bool IsReleased() const { return !sink || sink->References() == 1; }
 
 private:

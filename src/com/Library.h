@@ -35,7 +35,7 @@ const Library& ThisLibrary();
 inline constexpr DWORD ControlStatus = OLEMISC_RECOMPOSEONRESIZE | OLEMISC_CANTLINKINSIDE | OLEMISC_INSIDEOUT |
                                        OLEMISC_ACTIVATEWHENVISIBLE | OLEMISC_SETCLIENTSITEFIRST;
 
-// What a user can ask of a visible control, by its number.
+// The verbs of a visible control, by number.
 struct ControlVerb {
     LONG number;
     const wchar_t* name;
@@ -48,7 +48,7 @@ namespace Module {
 HINSTANCE Instance();
 std::wstring Path(); // of the DLL, whatever process it runs in
 
-// Every living object and every lock of a class factory counts; while one does, the DLL stays loaded.
+// Counts objects and locks of class factories; while there is one, the DLL stays loaded.
 void Lock();
 void Unlock();
 bool IsUsed();

@@ -82,7 +82,7 @@ void RegisterLibrary(Scope scope) {
         for (const RegistryEntry& entry : ClassEntries(path)) Write(scope, entry);
         ComPtr<ITypeLib> types;
         Check(LoadTypeLibEx(path.c_str(), REGKIND_NONE, types.Out()));
-        std::wstring folder = path.substr(0, path.find_last_of(L"\\/") + 1); // as installers know it
+        std::wstring folder = path.substr(0, path.find_last_of(L"\\/") + 1); // as installers use it
         Check(scope == Scope::User
                   ? OfAutomation<RegisterForUser>("RegisterTypeLibForUser")(types.Get(), path.data(), folder.data())
                   : RegisterTypeLib(types.Get(), path.data(), folder.data()));

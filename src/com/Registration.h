@@ -14,8 +14,8 @@ void RegisterLibrary(Scope scope);
 // Removes what is there, whatever is missing.
 void UnregisterLibrary(Scope scope);
 // Writes what a registration of the file `path` enters below Software\Classes, the system's part included, to a file of
-// UTF-8 text, and enters nothing: per value one line with its key, its name (empty: the default value) and its text,
-// parted by tabs. For those who make installers. Throws ComError.
+// UTF-8 text, and registers nothing: per value one line with key, name (empty: the default value) and text,
+// separated by tabs. For authors of installers. Throws ComError.
 void ListRegistration(const std::wstring& file, const std::wstring& path);
 
 } // namespace dax

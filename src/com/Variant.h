@@ -1,4 +1,4 @@
-// Texts and values on their way to automation and back: the only place where they are converted.
+// Converts texts and values to and from automation types: the only place that does.
 #pragma once
 
 #include "base/Value.h"

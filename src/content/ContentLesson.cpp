@@ -28,7 +28,7 @@ void ContentStoryboards::Add(const std::shared_ptr<Storyboard>& storyboard) {
 void ContentStoryboards::Remove(const Text& sbid) {
     const auto place = places.find(sbid);
     if (place == places.end()) return;
-    const auto gone = *place->second; // its destruction may come back here: it goes last
+    const auto gone = *place->second; // its destruction may call back: it is destroyed last
     order.erase(place->second);
     places.erase(place);
 }

@@ -10,8 +10,8 @@ namespace {
 
 using NodeRef = MapTree::NodeRef;
 
-// A host's nodes could go on for ever.
-constexpr size_t mostNodes = 1'000'000;
+// A host's nodes could be endless.
+constexpr size_t maxNodes = 1'000'000;
 
 [[noreturn]] void Refuse(const Text& description) { throw Error(ErrorNumbers::Automation, description); }
 
@@ -37,7 +37,7 @@ void ContentMap::ReadLayout(const MapTree& nodes, NodeRef mapRoot) {
     std::vector<Step> path; // ancestors of the node at hand
     Step step{nodes.FirstChild(mapRoot), 1};
     for (size_t count = 0; step.node != NodeRef::None; ++count) {
-        if (count == mostNodes) Refuse(u"The map has more nodes than it can hold.");
+        if (count == maxNodes) Refuse(u"The map has more nodes than it can hold.");
         Text key = nodes.Key(step.node);
         int32_t below = step.depth;
         if (!key.empty()) {

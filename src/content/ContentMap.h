@@ -20,7 +20,7 @@ public:
 
     Text Name() const override { return name; }
     void SetName(const Text& newName) override { name = newName; }
-    // A storyboard that the tree shows already stays where it is; what lies under it here goes one level up.
+    // A storyboard that the tree shows already stays where it is; what is under it here moves one level up.
     void FillTree(MapTree& nodes, MapTree::NodeRef mapRoot) override;
     // Nodes without a key are passed over. Throws Error, and keeps the layout, when the nodes form no tree.
     void ReadLayout(const MapTree& nodes, MapTree::NodeRef mapRoot) override;
@@ -31,7 +31,7 @@ public:
 
 private:
     Text name;
-    // Replaced as a whole, so that a tree that calls back while it is filled does no harm.
+    // Replaced as a whole, so that a tree may call back while it is filled.
     std::shared_ptr<const std::vector<LayoutEntry>> layout = std::make_shared<std::vector<LayoutEntry>>();
 };
 

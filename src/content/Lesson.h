@@ -1,5 +1,5 @@
-// A lesson as the lesson map needs it: its storyboards, its maps, and which storyboard is the current one. A host's
-// own objects may stand behind these: every call may throw Error, call back, or return null.
+// A lesson as the lesson map needs it: its storyboards, its maps, and which storyboard is the current one. The
+// objects may be a host's: every call may throw Error, call back, or return null.
 #pragma once
 
 #include "content/Storyboard.h"

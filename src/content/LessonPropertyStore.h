@@ -1,5 +1,5 @@
-// The property collections of all lessons of a database, keyed by lesson. Most are never asked for: what was loaded is
-// kept packed, a collection is made on demand, and nothing is sorted before the first question. With four
+// The property collections of all lessons of a database, keyed by lesson. Most are never used: what was loaded is
+// kept packed, a collection is made on demand, and nothing is sorted before the first lookup. With four
 // std::u16string instead, a lesson in the editor takes 636 bytes, not 377, and the load of 100,000 1.7 times as long.
 #pragma once
 
@@ -19,14 +19,14 @@ public:
     void Add(TextView lessonID, TextView properties, TextView title, TextView identifier, int32_t lessonType);
     // The same collection at every call, so that changes to it stay; null for an unknown lesson.
     std::shared_ptr<PropertyCollection> Get(TextView lessonID);
-    // For a look in passing at what was stored: the collection that Get gave, or else `scratch`, filled from the stored
+    // To read stored properties once: the collection that Get returned, or else `scratch`, filled from the stored
     // text alone; null for an unknown lesson.
     std::shared_ptr<PropertyCollection> Peek(TextView lessonID,
                                              const std::shared_ptr<PropertyCollection>& scratch) const;
     size_t Count() const { return entries.size(); }
 
 private:
-    // ID, title, identifier and stored text stand one after the other: one byte for each unit when no unit of them
+    // ID, title, identifier and stored text, one after the other: one byte for each unit when no unit of them
     // needs two, as nearly always.
     struct Entry {
         const char* bytes;

@@ -6,7 +6,7 @@
 
 namespace dax::LessonText {
 
-// Asks any lesson, a host's own too; what it throws goes on to the caller.
+// Writes any lesson, also a host's; its exceptions reach the caller.
 Text Save(const Lesson& lesson);
 // Throws Error with the number of the line that is wrong.
 std::shared_ptr<ContentLesson> Load(TextView text);

@@ -29,7 +29,7 @@ void WriteEscaped(Text& text, TextView raw, char16_t delimiter) {
     }
 }
 
-// Reads up to an unescaped delimiter; nothing when there is none. `at` stands behind it afterwards.
+// Reads up to an unescaped delimiter; nothing when there is none. `at` is after it afterwards.
 std::optional<Text> ReadEscaped(TextView line, size_t& at, char16_t delimiter) {
     const Text marks = {delimiter, u'\\'};
     Text raw;
@@ -66,7 +66,7 @@ std::optional<DateTime> ReadDate(TextView text) {
     return written == text ? date : std::nullopt;
 }
 
-// A value that is in none of the forms stands for itself, as text, so that people may write plain words.
+// A value in none of the forms is taken as text, so that users may write plain words.
 Value ReadValue(TextView text) {
     if (text.empty()) return Text();
     if (text.front() == u'"') {
@@ -81,7 +81,7 @@ Value ReadValue(TextView text) {
         return date ? Value(*date) : Value(Text(text));
     }
     if (const auto number = ReadNumber<int64_t>(text)) return *number;
-    // "inf" and "nan" are words to a person.
+    // "inf" and "nan" are plain words here.
     const TextView digits = text.substr(text.front() == u'-');
     if (!digits.empty() && digits.front() >= u'0' && digits.front() <= u'9') {
         if (const auto number = ReadNumber<double>(text)) return *number;

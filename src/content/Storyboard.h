@@ -1,4 +1,4 @@
-// One page of a lesson, as the lesson map sees it. A host's own object may stand behind it.
+// One page of a lesson, as the lesson map sees it. It may be a host's object.
 #pragma once
 
 #include "base/Text.h"

@@ -21,7 +21,7 @@ public:
     virtual NodeRef Next(NodeRef node) const = 0; // the next sibling
 };
 
-// A host's own object may stand behind it: every call may throw Error and may call back.
+// It may be a host's object: every call may throw Error and may call back.
 class StoryboardMap {
 public:
     virtual ~StoryboardMap() = default;
@@ -29,7 +29,7 @@ public:
     virtual void SetName(const Text& name) = 0;
     // Adds a node for each storyboard of the map below `mapRoot`, keyed by SBID.
     virtual void FillTree(MapTree& nodes, MapTree::NodeRef mapRoot) = 0;
-    // Takes the layout back from what stands below `mapRoot`.
+    // Reads the layout back from the nodes below `mapRoot`.
     virtual void ReadLayout(const MapTree& nodes, MapTree::NodeRef mapRoot) = 0;
     // Two references to one map have the same identity, also when each call makes a new wrapper.
     virtual const void* Identity() const { return this; }

@@ -1,4 +1,4 @@
-// What the content object library offers to everybody: new identifiers.
+// A utility of the content object library for all hosts: new identifiers.
 #pragma once
 
 #include "base/Text.h"
