@@ -23,8 +23,9 @@ void Load(SQLDBPicker& picker, const ComboBox& list, const Target& connector, co
     try {
         isKnown = picker.LoadPicker(connector.connection, user, catalog);
     } catch (const Error& error) {
-        throw Error(error.Number(), error.Description() + u"\n'dax validate-connector' tells whether it is a connector "
-                                                          u"database.");
+        throw Error(error.Number(), error.Description() +
+                                        u"\n'dax validate-connector' checks whether it is a connector "
+                                        u"database.");
     }
     if (!isKnown) throw Refusal(u"The connector does not know the user '" + user + u"'.");
     if (list.ListCount() == 0) throw Refusal(u"The user '" + user + u"' may not open any catalog of this connector.");
@@ -35,7 +36,7 @@ ExitCode Catalogs(const Arguments& arguments) {
     const Text user = arguments.Value(u"--user");
     if (!arguments.Has(u"--record")) {
         for (const TextView detail : {u"--ip", u"--os", u"--app"}) {
-            if (arguments.Has(detail)) throw UsageError(u"'" + Text(detail) + u"' goes with --record MACHINE.");
+            if (arguments.Has(detail)) throw UsageError(u"'" + Text(detail) + u"' requires --record MACHINE.");
         }
     }
     const Text machine = arguments.Value(u"--record");

@@ -11,7 +11,7 @@ namespace dax::cli {
 namespace {
 
 constexpr size_t HelpWidth = 90;
-constexpr size_t MostFewPlaces = 4; // a command that takes more takes any words
+constexpr size_t MaxFewPlaces = 4; // a command that takes more takes any words
 constexpr Option CommonOptions[] = {
     PasswordOptions[0],
     PasswordOptions[1],
@@ -37,7 +37,7 @@ UsageError UnknownOption(const Command& command, const Text& name) {
 
 // `-x`, which no command has, unless the command takes words of any kind and this is one of them.
 bool IsShortOption(const Command& command, const Text& word, size_t placesBefore) {
-    return word.size() > 1 && word.starts_with(u'-') && (command.mostPlaces <= MostFewPlaces || placesBefore == 0);
+    return word.size() > 1 && word.starts_with(u'-') && (command.maxPlaces <= MaxFewPlaces || placesBefore == 0);
 }
 
 // What follows a connection string with a blank in it may be the rest of its password, so it is not repeated then.
@@ -111,7 +111,7 @@ Arguments Command::Parse(std::span<const Text> words) const {
     }
     if (arguments.Has(u"--help")) return arguments;
     if (arguments.places.size() < fewestPlaces) throw UsageError(u"An argument is missing: " + Text(placeNames) + u".");
-    if (arguments.places.size() > mostPlaces) throw TooMany(arguments.places, mostPlaces);
+    if (arguments.places.size() > maxPlaces) throw TooMany(arguments.places, maxPlaces);
     for (const Option& option : options) {
         if (option.isRequired && !arguments.Has(option.name))
             throw UsageError(u"An option is missing: " + Shown(option) + u".");

@@ -12,9 +12,9 @@ namespace dax::cli {
 
 enum ExitCode { Success = 0, Refused = 1, WrongUsage = 2, Failure = 3 };
 
-// What the three exceptions say is put behind "dax COMMAND: ". CONTRIBUTING.md tells how messages are written.
+// The texts of the three exceptions follow "dax COMMAND: ". CONTRIBUTING.md describes how messages are written.
 
-// The command line is not one that the command understands. Says what is wrong and what would be right.
+// The command line is not valid for the command. The text says what is wrong and what would be right.
 class UsageError : public std::exception {
 public:
     explicit UsageError(Text text) : message(std::move(text)) {}
@@ -24,7 +24,7 @@ private:
     Text message;
 };
 
-// The command understood what was asked and does not do it; nothing was changed.
+// The command refuses a valid request; nothing was changed.
 class Refusal : public std::exception {
 public:
     explicit Refusal(Text text) : message(std::move(text)) {}
@@ -60,7 +60,7 @@ private:
 struct Command {
     TextView name;
     TextView placeNames; // "FILE-or-CONNECTION"
-    size_t fewestPlaces, mostPlaces;
+    size_t fewestPlaces, maxPlaces;
     TextView summary;
     std::span<const Option> options;
     ExitCode (*run)(const Arguments&);

@@ -23,7 +23,7 @@ namespace {
 constexpr std::chrono::seconds ReportInterval(1);
 constexpr size_t PieceSize = 1 << 16;
 
-// Roughly, as terminals do it: marks that stand on another letter take nothing, East Asian letters two columns. The
+// Roughly, as terminals do it: combining marks take nothing, East Asian letters two columns. The
 // two halves of a pair count one each, since nearly all that need a pair are wide.
 size_t ColumnsOf(char16_t unit) {
     const auto lies = [unit](char16_t first, char16_t last) { return unit >= first && unit <= last; };
@@ -61,7 +61,7 @@ int WriteLine(std::FILE* stream, TextView line) {
 
 void Require(int error) {
     if (error == 0) return;
-    // Windows says that an argument is invalid when the reader of a pipe is gone.
+    // Windows says that an argument is invalid when the reader of a pipe has ended.
     bool isClosed = error == EPIPE;
 #ifdef _WIN32
     isClosed = isClosed || error == EINVAL;

@@ -25,7 +25,7 @@ void PrintBytes(std::string_view bytes);
 void Announce(TextView line);   // the same for what was changed, which the error then reports
 void PrintError(TextView line); // standard error, without passwords
 
-// A password that nothing on standard error may show, wherever it comes from.
+// Registers a password that nothing on standard error may show.
 void AddSecret(const Text& password);
 
 // Many lines for standard output, written in large pieces.
@@ -45,7 +45,7 @@ size_t Columns(TextView text);
 // Filled up with blanks, or cut with an ellipsis, to exactly that many columns.
 Text Fit(TextView text, size_t columns);
 
-// Tells how far a long piece of work is, on standard error; nothing during the first second. Reporting throws
+// Reports the progress of long work on standard error; nothing during the first second. Reporting throws
 // Interrupted.
 class Progress {
 public:

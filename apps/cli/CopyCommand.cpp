@@ -28,15 +28,16 @@ Text KindOf(const DatabaseCopy& copy) {
     return copy.HasContent() ? u"content database" : u"connector database";
 }
 
-Text Told(const DatabaseCopy& copy, const Target& from, const Target& to) {
-    Text told = u"Copied the " + KindOf(copy) + u" '" + from.shown + u"' to '" + to.shown + u"': " +
-                Count(copy.RowsInAll(), u"row") + u" in " + Count(copy.Tables().size(), u"table") +
-                u"\nRead again and compared: every value is the same";
-    if (!copy.BeyondSource().empty())
-        told += u"\nNot copied, since a " + KindOf(copy) + u" has no such tables or columns: " +
-                Listed(copy.BeyondSource());
-    if (!copy.BeyondTarget().empty()) told += u"\nLeft alone in '" + to.shown + u"': " + Listed(copy.BeyondTarget());
-    return told;
+Text ResultText(const DatabaseCopy& copy, const Target& from, const Target& to) {
+    Text result = u"Copied the " + KindOf(copy) + u" '" + from.shown + u"' to '" + to.shown + u"': " +
+                  Count(copy.RowsInAll(), u"row") + u" in " + Count(copy.Tables().size(), u"table") +
+                  u"\nRead again and compared: every value is the same";
+    if (!copy.UnknownInSource().empty())
+        result += u"\nNot copied, since a " + KindOf(copy) + u" has no such tables or columns: " +
+                  Listed(copy.UnknownInSource());
+    if (!copy.UnknownInTarget().empty())
+        result += u"\nLeft alone in '" + to.shown + u"': " + Listed(copy.UnknownInTarget());
+    return result;
 }
 
 ExitCode Copy(const Arguments& arguments) {
@@ -51,17 +52,17 @@ ExitCode Copy(const Arguments& arguments) {
         if (to.isFile && !std::filesystem::exists(std::filesystem::path(to.connection), failure)) file.emplace(to);
         copy.emplace(DatabaseCopy::Place{from.connection, from.shown},
                      DatabaseCopy::Place{file ? file->Path() : to.connection, to.shown});
-        if (!copy->TakenTable().empty() && !arguments.Has(ForceOption.name))
-            throw Refusal(u"'" + to.shown + u"' has rows in " + copy->TakenTable() +
+        if (!copy->TableWithRows().empty() && !arguments.Has(ForceOption.name))
+            throw Refusal(u"'" + to.shown + u"' has rows in " + copy->TableWithRows() +
                           u" already. Give an empty database, or replace all rows with --force.");
         Progress progress(u"copying", copy->RowsInAll() * 2); // written, then compared
         copy->Write([&](size_t done) { progress.Report(done); });
         copying.Finish();
         copy->Finish();
-        const Text told = Told(*copy, from, to);
+        const Text result = ResultText(*copy, from, to);
         copy.reset(); // which closes the file
         if (file) file->Put();
-        Announce(told);
+        Announce(result);
     } catch (const Error& error) { // which names the place of the two
         PrintError(u"dax copy: " + error.Description() +
                    (copy && copy->IsInDoubt() ? u" It is not known whether the copy was stored: all of it, or nothing. "

@@ -12,7 +12,7 @@ namespace dax::cli {
 
 namespace {
 
-constexpr size_t MostNamed = 5;
+constexpr size_t MaxNamed = 5;
 
 } // namespace
 
@@ -31,7 +31,7 @@ void Course::Fail() {
     CheckInterrupt(); // which the editor reports as any other failure
     Text hint;
     if (failure.Number() == ErrorNumbers::NoTable || failure.Number() == ErrorNumbers::SyntaxOrColumn) {
-        hint = u"\n'dax validate' tells whether it is a content database.";
+        hint = u"\n'dax validate' checks whether it is a content database.";
     }
     throw Error(failure.Number(), failure.Description() + hint);
 }
@@ -60,10 +60,10 @@ Node& Course::Find(const Text& name) {
     }
     Text message = CountText(static_cast<int64_t>(found.size()), u"entry") + u" have the identifier '" + name +
                    u"'. Give the lessonID of the one that you mean:";
-    for (size_t i = 0; i < std::min(found.size(), MostNamed); ++i) {
+    for (size_t i = 0; i < std::min(found.size(), MaxNamed); ++i) {
         message += u"\n  " + found[i]->Key() + u"  " + OneLine(Shorten(found[i]->Caption(), 60));
     }
-    throw Refusal(found.size() > MostNamed ? message + u"\n  …" : message);
+    throw Refusal(found.size() > MaxNamed ? message + u"\n  …" : message);
 }
 
 std::vector<Node*> Course::WithIdentifier(const Text& identifier) {
@@ -78,7 +78,7 @@ std::vector<Node*> Course::WithIdentifier(const Text& identifier) {
         Node* const node = modTVW::GetNodeByKey(Tree(), entry->second);
         const bool isNew = node && std::find(nodes.begin(), nodes.end(), node) == nodes.end();
         if (isNew && node->Tag() == identifier) nodes.push_back(node);
-        if (nodes.size() > MostNamed) break;
+        if (nodes.size() > MaxNamed) break;
     }
     return nodes;
 }

@@ -23,7 +23,7 @@ public:
     // By lessonID or, when no entry has that, by the identifier that exactly one entry has; TopName is the root.
     // Throws Refusal when there is none, or more than one.
     Node& Find(const Text& name);
-    // The same without a complaint: null.
+    // The same, but null instead of Refusal.
     Node* TryFind(const Text& name);
     // The node has another identifier now.
     void IdentifierChanged(const Node& node);
@@ -37,7 +37,7 @@ private:
 
     std::shared_ptr<GroupEditor> editor;
     Error failure{0, {}};
-    // LessonIDs by identifier; made when first needed. Entries that went or changed are found out when looked up.
+    // LessonIDs by identifier; made when first needed. Removed or changed entries are detected at lookup.
     std::unordered_multimap<Text, Text> identifiers;
     bool hasIdentifiers = false;
 };

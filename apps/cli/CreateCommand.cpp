@@ -16,7 +16,7 @@ Engine EngineNamed(const Text& name) {
     for (const auto& [known, engine] : EngineNames) {
         if (EqualNoCase(known, name)) return engine;
     }
-    throw UsageError(u"'--print' knows access, sqlserver, sqlite, postgresql and mariadb, not '" + name + u"'.");
+    throw UsageError(u"'--print' accepts access, sqlserver, sqlite, postgresql and mariadb, not '" + name + u"'.");
 }
 
 ExitCode Create(const Arguments& arguments) {

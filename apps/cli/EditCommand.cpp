@@ -8,7 +8,7 @@ namespace dax::cli {
 
 namespace {
 
-constexpr size_t MostWords = 100;
+constexpr size_t MaxWords = 100;
 
 void DoLines(Editing& editing, const std::vector<EditLine>& lines) {
     Progress progress(u"editing", lines.size());
@@ -83,6 +83,6 @@ const Text Summary = u"Add, update, remove and move entries of the hierarchy.\n"
 
 } // namespace
 
-const Command EditCommand = {u"edit", u"FILE-or-CONNECTION [COMMAND WORD...]", 1, MostWords, Summary, Options, Edit};
+const Command EditCommand = {u"edit", u"FILE-or-CONNECTION [COMMAND WORD...]", 1, MaxWords, Summary, Options, Edit};
 
 } // namespace dax::cli

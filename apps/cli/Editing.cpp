@@ -26,7 +26,7 @@ LessonTypes TypeNamed(const Text& name) {
 
 bool IsPlace(const Text& word) { return word == u"in" || word == u"before" || word == u"after"; }
 
-// The next word of a line; `at` stands behind it afterwards. Nothing at the end and before a comment.
+// The next word of a line; `at` is after it afterwards. Nothing at the end and before a comment.
 std::optional<Text> NextWord(TextView line, size_t& at, size_t number) {
     while (at < line.size() && (line[at] == u' ' || line[at] == u'\t' || line[at] == u'\r')) ++at;
     if (at == line.size() || line[at] == u'#') return {};
@@ -220,7 +220,7 @@ void Editing::Move(Words& words) {
         if (name != where) continue;
         course.Editor().SetCurrentLessonID(node.Key());
         if (!course.Editor().CanMoveCurrent(movement)) {
-            throw Refusal(Name(node) + u" cannot move " + where + u" from where it stands.");
+            throw Refusal(Name(node) + u" cannot move " + where + u" from its place.");
         }
         changedIDs.Add(node.Key());
         course.Editor().MoveCurrent(movement);

@@ -14,8 +14,8 @@ struct EditLine {
     std::vector<Text> words;
 };
 
-// The words of each line of a file's text; lines that are empty or begin with # are left out. Words with blanks stand
-// in double quotes; in these, a backslash stands before a quote and before another backslash. Throws UsageError.
+// The words of each line of a file's text; lines that are empty or begin with # are left out. Words with blanks are
+// in double quotes, where quotes and backslashes are escaped by a backslash. Throws UsageError.
 std::vector<EditLine> ReadEditLines(TextView text);
 
 // What the commands are, for the help.
@@ -27,7 +27,7 @@ public:
 
     // Throws UsageError when it is no command, Refusal when it cannot be done.
     void Do(std::span<const Text> words);
-    // Throws Refusal when something stands in the way of saving.
+    // Throws Refusal when the result cannot be saved.
     void CheckSaving();
     // Throws Refusal, with the holders' names, when somebody has a live edit lock on what the commands change or
     // remove, or on what lies in it. Throws Error.

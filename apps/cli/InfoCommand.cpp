@@ -10,7 +10,7 @@ namespace dax::cli {
 
 namespace {
 
-constexpr size_t MostDetail = 1, LeastDetail = 3;
+constexpr size_t MaxDetail = 1, MinDetail = 3;
 
 Text LineText(const PanelLine& line) { return OneLine(line.text + line.suffix); }
 
@@ -32,7 +32,7 @@ Text PanelJson(const PanelLayout& layout) {
 }
 
 ExitCode Info(const Arguments& arguments) {
-    const auto level = static_cast<int>(arguments.Number(u"--level", MostDetail, MostDetail, LeastDetail));
+    const auto level = static_cast<int>(arguments.Number(u"--level", MaxDetail, MaxDetail, MinDetail));
     Course course(ParseTarget(arguments));
     Node& node = course.Find(arguments.HasPlace(1) ? arguments.Place(1) : Text(TopName));
     course.Tree().Select(&node);

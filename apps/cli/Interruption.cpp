@@ -23,9 +23,9 @@ struct InterruptState {
 
 namespace {
 
-constexpr std::chrono::seconds patience(5);
+constexpr std::chrono::seconds gracePeriod(5);
 
-// Never destroyed: the listening thread may use it until the program is gone.
+// Never destroyed: the listening thread may use it until the process ends.
 InterruptState& State() {
     static auto* const state = new InterruptState;
     return *state;
@@ -58,7 +58,7 @@ void OnInterrupt() {
         if (state.current && !state.isRequested) {
             state.isRequested = true;
             std::thread([] {
-                std::this_thread::sleep_for(patience);
+                std::this_thread::sleep_for(gracePeriod);
                 Abandon();
             }).detach();
             return;

@@ -26,8 +26,8 @@ void WatchInterrupts();
 // Progress::Report does.
 void CheckInterrupt();
 
-// Work that leaves nothing behind when it is interrupted. While it exists Ctrl+C no longer ends the program but is
-// noticed by CheckInterrupt. When that takes some seconds, because a server does not answer, or at the second Ctrl+C,
+// Work that can be interrupted without effects. While it exists Ctrl+C does not end the program but is
+// detected by CheckInterrupt. When that takes some seconds, because a server does not answer, or at the second Ctrl+C,
 // `undo` is called on another thread and the program ends; an open transaction ends with it.
 class Unfinished {
 public:

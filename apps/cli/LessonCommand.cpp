@@ -1,4 +1,4 @@
-// dax lesson: everything that the hierarchy knows of one entry; its storyboards and maps out of a file and into one.
+// dax lesson: everything that the hierarchy stores of one entry; its storyboards and maps out of a file and into one.
 #include "Command.h"
 #include "Console.h"
 #include "Course.h"
@@ -61,9 +61,9 @@ ExitCode Import(StoredLesson& lesson, const Arguments& arguments) {
 ExitCode ShowLesson(const Arguments& arguments) {
     const bool isExport = arguments.Has(u"--export"), isImport = arguments.Has(u"--import");
     if (isExport && isImport) throw UsageError(u"Give either --export or --import.");
-    if (arguments.Has(u"--utf-16") && !isExport) throw UsageError(u"'--utf-16' goes with --export.");
+    if (arguments.Has(u"--utf-16") && !isExport) throw UsageError(u"'--utf-16' requires --export.");
     if (arguments.Has(u"--force") && !isExport && !isImport)
-        throw UsageError(u"'--force' goes with --export or --import.");
+        throw UsageError(u"'--force' requires --export or --import.");
     if (isExport || isImport) {
         if (!arguments.HasPlace(1)) throw UsageError(u"An argument is missing: ENTRY, the lesson.");
         StoredLesson lesson(ParseTarget(arguments), arguments.Place(1));

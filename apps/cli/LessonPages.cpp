@@ -98,7 +98,7 @@ Text LessonPages::Json() const {
 
 std::vector<Text> LessonPages::Find(const Text& text, bool isExact) {
     std::vector<Text> found;
-    // The search goes on behind what is selected; with nothing selected, behind the first map's own entry.
+    // The search continues after the selected one; with nothing selected, after the first map's own entry.
     const Text selected = editor->CurrentSBID();
     editor->SetCurrentSBID({});
     for (;;) {
@@ -125,7 +125,7 @@ Text LessonPages::SbidOf(const Text& name) {
                       suggestion.Question());
     }
     Text message = CountText(static_cast<int64_t>(found.size()), u"storyboard") + u" fit '" + name +
-                   u"'. Give the SBID, which stands in braces:";
+                   u"'. Give the SBID, which is shown in braces:";
     for (const Text& each : found) message += u"\n  " + Describe(each);
     throw Refusal(message);
 }
@@ -141,7 +141,7 @@ std::shared_ptr<ContentStoryboard> LessonPages::StoryboardOf(const Text& name) {
 void LessonPages::Move(const Text& name, StoryboardMovementTypes movement) {
     const Text sbid = SbidOf(name), current = lesson->CurrentSBID();
     editor->SetCurrentSBID(sbid);
-    if (!editor->CanMoveCurrent(movement)) throw Refusal(u"The storyboard cannot move there from where it stands.");
+    if (!editor->CanMoveCurrent(movement)) throw Refusal(u"The storyboard cannot move there from its place.");
     editor->MoveCurrent(movement);
     lesson->SetCurrentSBID(current); // on which the author works; a move from here does not change it
 }

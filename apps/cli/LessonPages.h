@@ -29,7 +29,7 @@ public:
         std::optional<Text> title, identifier, type; // those that are given
     };
     // `where` is "in", "before" or "after", the target a storyboard or, for "in", a map; without a target it becomes
-    // the last of the default map. The empty SBID stands for a new one. Returns the SBID.
+    // the last of the default map. The empty SBID means a new one. Returns the SBID.
     Text Add(const Text& sbid, const Fields& fields, TextView where, const Text& target);
     void Update(const Text& name, const Fields& fields);
     void Remove(const Text& name, bool keepsChildren);

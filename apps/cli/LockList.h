@@ -1,4 +1,4 @@
-// The locks of a content database as asked for on the command line: chosen, sorted, deleted.
+// The locks of a content database as requested on the command line: chosen, sorted, deleted.
 #pragma once
 
 #include "Target.h"

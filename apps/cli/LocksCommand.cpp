@@ -24,7 +24,7 @@ constexpr SortName SortNames[] = {
 
 Text SortColumn(const Arguments& arguments) {
     if (!arguments.Has(u"--sort")) {
-        if (arguments.Has(u"--descending")) throw UsageError(u"'--descending' goes with --sort COLUMN.");
+        if (arguments.Has(u"--descending")) throw UsageError(u"'--descending' requires --sort COLUMN.");
         return {};
     }
     const Text wanted = arguments.Value(u"--sort");
@@ -37,7 +37,7 @@ Text SortColumn(const Arguments& arguments) {
 void CheckRights(const Arguments& arguments) {
     const bool isDeleting = arguments.Has(u"--delete");
     for (const TextView option : {u"--as", u"--admin", u"--yes"}) {
-        if (arguments.Has(option) && !isDeleting) throw UsageError(u"'" + Text(option) + u"' goes with --delete.");
+        if (arguments.Has(option) && !isDeleting) throw UsageError(u"'" + Text(option) + u"' requires --delete.");
     }
     if (isDeleting && !arguments.Has(u"--admin") && arguments.Value(u"--as").empty()) {
         throw UsageError(
@@ -138,7 +138,7 @@ ExitCode Delete(LockList& list, const Arguments& arguments) {
     }
     std::optional<Text> unread;
     Unfinished deleting(u"Nothing was deleted.");
-    deleting.Finish(); // it is brief, and what was deleted is told
+    deleting.Finish(); // it is brief, and what was deleted is reported
     try {
         unread = list.Delete(arguments.Value(u"--as"), arguments.Has(u"--admin"));
     } catch (const Error& error) {

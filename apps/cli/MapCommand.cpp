@@ -61,7 +61,7 @@ TextView ActionOf(const Arguments& arguments) {
                 return one.first == chosen && std::ranges::find(one.second, detail) != one.second.end();
             };
             if (arguments.Has(detail) && std::ranges::none_of(Actions, takesIt))
-                throw UsageError(u"'" + Text(detail) + u"' goes with " + Text(action) +
+                throw UsageError(u"'" + Text(detail) + u"' requires " + Text(action) +
                                  (detail == u"--force" ? u" and the other changes." : u"."));
         }
     }

@@ -1,4 +1,4 @@
-// Passwords that do not stand on the command line, where other users of the machine could read them.
+// Passwords that are not on the command line, where other users of the machine could read them.
 #pragma once
 
 #include "Command.h"

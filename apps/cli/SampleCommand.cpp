@@ -9,7 +9,7 @@ namespace dax::cli {
 
 namespace {
 
-constexpr size_t DefaultLessons = 120, MostLessons = 1000000;
+constexpr size_t DefaultLessons = 120, MaxLessons = 1000000;
 constexpr size_t StatementsAtATime = 1000;
 
 Text Count(size_t number, const Text& word) { return ToText(static_cast<long long>(number)) + u" " + word; }
@@ -75,9 +75,9 @@ ExitCode Sample(const Arguments& arguments) {
     if (isConnector && arguments.Has(u"--lessons")) throw UsageError(u"A connector has no lessons: omit --lessons.");
     for (const TextView option :
          {u"--login", u"--password", u"--login-password-env", u"--login-password-file", u"--login-password-prompt"}) {
-        if (arguments.Has(option) && !isConnector) throw UsageError(u"'" + Text(option) + u"' goes with --connector.");
+        if (arguments.Has(option) && !isConnector) throw UsageError(u"'" + Text(option) + u"' requires --connector.");
     }
-    const size_t lessons = arguments.Number(u"--lessons", DefaultLessons, 0, MostLessons);
+    const size_t lessons = arguments.Number(u"--lessons", DefaultLessons, 0, MaxLessons);
     const Target target = ParseTarget(arguments);
     const Text password = LoginPassword(arguments);
     try {

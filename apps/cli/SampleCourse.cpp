@@ -50,7 +50,7 @@ public:
         : now(start), isMDB(isAccessLike), take(receiver) {}
 
     SampleCounts Write(size_t lessons) {
-        // One lesson stands at the top, beside the groups.
+        // One lesson is at the top level, beside the groups.
         const size_t inGroups = lessons > 1 ? lessons - 1 : 0;
         const size_t topics = std::clamp<size_t>(inGroups / 20, 1, std::size(Topics));
         size_t position = 0;

@@ -57,7 +57,7 @@ SampleLesson MakeSampleLesson(size_t number, TextView code) {
         const Text sbid = SBID(number, page);
         lesson.Storyboards()->Add(std::make_shared<ContentStoryboard>(
             sbid, Text(kind.title), Text(code) + u"-" + Number(number) + u"." + Number(page + 1), Text(kind.type)));
-        // An exercise goes with the page before it.
+        // An exercise is placed under the page before it.
         const bool isInside = page > 1 && !isLast && kind.type == u"exercise";
         if (page < mainPages) {
             main.push_back({sbid, isInside ? 2 : 1});

@@ -13,7 +13,7 @@ uint64_t Scatter(uint64_t number);
 struct SampleLesson {
     Text text; // as lessonData keeps it
     Text firstSBID;
-    size_t storyboards = 0; // that stand in a map
+    size_t storyboards = 0; // that are in a map
 };
 
 // The same for the same number. Most have a second map, some a page within a page, a page that no map shows, a map

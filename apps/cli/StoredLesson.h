@@ -15,7 +15,7 @@ public:
     StoredLesson(const Target& target, const Text& lessonName);
 
     const Text& LessonID() const { return lessonID; }
-    const Text& Data() const { return data; } // as it was read; empty for a lesson that nobody has worked on
+    const Text& Data() const { return data; } // as it was read; empty for a lesson that has no content yet
     // Throws Error, and Refusal when the lesson was changed since it was read or, unless forced, somebody edits it.
     void Replace(const Text& newData, bool isForced);
 

@@ -31,7 +31,7 @@ Suggestion::Suggestion(TextView mistyped)
 
 void Suggestion::Offer(TextView candidate) {
     if (candidate.empty() || least == 0) return;
-    // The beginning of a word that is long enough to be told from others means that word.
+    // The beginning of a word that is long enough to be distinguished from others means that word.
     const bool isBeginning = word.size() >= 4 && candidate.starts_with(word);
     const size_t distance = isBeginning ? std::min<size_t>(least, 2) - 1 : Distance(word, candidate, least - 1);
     if (distance >= least) return;

@@ -8,13 +8,13 @@
 
 namespace dax::cli {
 
-// Output and input as bytes; standard streams that the caller has closed do no harm; a reader that goes away is told by
+// Output and input as bytes; standard streams may be closed; a reader that ends is reported by
 // a failed write.
 void PrepareStreams();
 bool IsTerminal(std::FILE* stream);
 // Ends as the system expects of a program whose pipe was closed by its reader.
 int EndWithClosedOutput();
-// Asks, and answers a line of the standard input without its end; on a terminal what is typed does not appear. Nothing
+// Prompts, and returns a line of the standard input without its end; on a terminal it is not echoed. Nothing
 // at the end of the input.
 std::optional<std::string> ReadHiddenLine(TextView question);
 

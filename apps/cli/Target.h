@@ -52,7 +52,7 @@ private:
 // where the engine can do that. Ctrl+C is a failure like others.
 class NewDatabase {
 public:
-    // Throws Error when the place is taken and shall not be replaced, or when it cannot be written.
+    // Throws Error when the place is taken and must not be replaced, or when it cannot be written.
     NewDatabase(Target target, Schema::Database kind, const PlaceOptions& options);
     ~NewDatabase();
     NewDatabase(const NewDatabase&) = delete;

@@ -9,7 +9,7 @@ namespace dax::cli {
 
 namespace {
 
-constexpr size_t MostLevels = 999'999'999;
+constexpr size_t MaxLevels = 999'999'999;
 
 using Counts = std::unordered_map<const Node*, Contents>;
 
@@ -55,7 +55,7 @@ void PrintJson(const Node& top, size_t levels, const Counts& counts, Output& out
 }
 
 ExitCode Tree(const Arguments& arguments) {
-    const size_t levels = arguments.Number(u"--depth", MostLevels, 0, MostLevels);
+    const size_t levels = arguments.Number(u"--depth", MaxLevels, 0, MaxLevels);
     Course course(ParseTarget(arguments));
     const Node& top = arguments.HasPlace(1) ? course.Find(arguments.Place(1)) : course.Root();
     const Counts counts = CountContents(course.Tree());

@@ -7,7 +7,7 @@ namespace dax::cli {
 
 namespace {
 
-constexpr size_t MostIndent = 50;
+constexpr size_t MaxIndent = 50;
 
 } // namespace
 
@@ -17,8 +17,8 @@ void PrintTree(const Node& top, const TreeStyle& style, const std::function<Text
     size_t depth = 0;
     for (const Node* node = &top; node;) {
         Text line;
-        continues.resize(std::min(depth, MostIndent));
-        if (depth > MostIndent) {
+        continues.resize(std::min(depth, MaxIndent));
+        if (depth > MaxIndent) {
             line = u"(" + ToText(static_cast<long long>(depth)) + u") ";
         } else if (!style.hasBoxes) {
             line.assign(4 * depth, u' ');

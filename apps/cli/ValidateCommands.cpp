@@ -62,8 +62,8 @@ const Command ValidateCommand = {u"validate",
                                  u"FILE-or-CONNECTION",
                                  1,
                                  1,
-                                 u"Tell whether a content database can be used, and why not.\n"
-                                 u"Leaves nothing behind in it.",
+                                 u"Check whether a content database can be used, and why not.\n"
+                                 u"Leaves no changes in it.",
                                  ValidateOptions,
                                  Validate};
 
@@ -71,7 +71,7 @@ const Command ValidateConnectorCommand = {u"validate-connector",
                                           u"FILE-or-CONNECTION",
                                           1,
                                           1,
-                                          u"Tell whether a user can work through a connector database, and why not.",
+                                          u"Check whether a user can work through a connector database, and why not.",
                                           ConnectorOptions,
                                           ValidateConnector};
 

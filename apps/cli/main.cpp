@@ -39,7 +39,7 @@ Text Overview() {
            u"Exit codes: 0 valid or done, 1 refused, nothing found or not all done, 2 wrong usage, 3 failure;\n"
            u"130 interrupted by Ctrl+C (on Windows C000013A).\n"
            u"'dax help COMMAND' explains one command; 'dax --trace COMMAND' shows its statements; 'dax --version'\n"
-           u"tells the version.";
+           u"prints the version.";
 }
 
 // Throws UsageError.
@@ -60,7 +60,7 @@ ExitCode ShowHelp(std::span<const Text> words) {
     return Success;
 }
 
-// As people know the place that a command works on; empty when it has none.
+// The place that a command works on, for messages; empty when it has none.
 Text PlaceOf(const Arguments& arguments) {
     return arguments.HasPlace(0) ? ParseTarget(arguments.Place(0)).shown + u": " : Text();
 }
@@ -97,7 +97,7 @@ ExitCode RunCommand(const Command& command, std::span<const Text> words, bool is
 }
 
 ExitCode Dispatch(std::span<const Text> words) {
-    // The one option that may stand before the command as well as after it.
+    // The one option that is allowed before the command as well as after it.
     const bool isTracedFirst = !words.empty() && words[0] == TraceOption;
     if (isTracedFirst) words = words.subspan(1);
     if (words.empty()) {

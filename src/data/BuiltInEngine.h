@@ -1,4 +1,4 @@
-// The engine that the product carries.
+// The engine that is part of the product.
 #pragma once
 
 #include "base/Text.h"

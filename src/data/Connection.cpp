@@ -66,7 +66,7 @@ void Connection::ExecuteAll(std::span<const Text> statements, const std::functio
     for (const Text& statement : statements) {
         Text adapted;
         const bool joins = dialect.statementsPerCall > 1 && statement.size() < longestBatch &&
-                           StandsAlone(adapted = AdaptStatement(statement, dialect)) &&
+                           IsSingleStatement(adapted = AdaptStatement(statement, dialect)) &&
                            !TakeLongLiterals(adapted, dialect.longestLiteral);
         if (!joins) {
             flush();

@@ -24,7 +24,7 @@ enum ExecuteOptions {
 
 enum class Engine { Access, SQLServer, SQLite, PostgreSQL, MariaDB, Other };
 
-class Session; // the way to the database, and what it runs; known to this module alone
+class Session; // the back end; private to this module
 class Statement;
 
 class Connection {
@@ -67,10 +67,10 @@ private:
     int64_t ExecuteWith(TextView statement, std::span<const Value> parameters);
 
     std::unique_ptr<Session> session;
-    std::unique_ptr<Statement> scratch; // goes before the session
+    std::unique_ptr<Statement> scratch; // destroyed before the session
 };
 
-// Hears every statement as it is sent (after adaption), its parameters not included. Null switches it off.
+// Called with every statement as it is sent (after adaption), without its parameters. Null: none.
 using StatementObserver = std::function<void(TextView statement)>;
 void SetStatementObserver(StatementObserver observer);
 

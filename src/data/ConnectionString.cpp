@@ -92,8 +92,8 @@ std::string OneOf(const Text& value, std::initializer_list<const char*> words) {
     return {};
 }
 
-// Of the words that the driver knows, those that make sense without it. Files are never made, whatever NoCreat says,
-// transactions are never left out, and what could spoil a file when a program is killed is not taken either.
+// Of the driver's options, those that apply without it. Files are never created, whatever NoCreat says,
+// transactions are never left out, and what could damage a file when a program is killed is ignored.
 ConnectionTarget SQLiteTarget(const ConnectionKeywords& host, const Text& dataSource, const Machine& machine) {
     const auto setting = [&](TextView keyword) {
         const Text* const own = host.Find(keyword);
@@ -130,7 +130,7 @@ ConnectionTarget AccessTarget(const Text& path, const ConnectionKeywords& host, 
         if (!value.empty()) keywords.Set(keyword, value);
     };
     pass(u"UID", host.Last({u"User ID", u"UID"}));
-    // The file's own password goes before the account's.
+    // The file's own password has precedence over the account's.
     const Text password = host.Last({u"Jet OLEDB:Database Password"});
     pass(u"PWD", password.empty() ? host.Last({u"Password", u"PWD"}) : password);
     pass(u"SystemDB", host.Last({u"Jet OLEDB:System Database", u"System Database"}));
@@ -140,7 +140,7 @@ ConnectionTarget AccessTarget(const Text& path, const ConnectionKeywords& host, 
     return {Engine::Access, WriteForDriver(keywords, DialectOf(Engine::Access)), Text(driver), path};
 }
 
-// The server as people know it; a data source where nothing names one.
+// The server for messages; the data source where no server is named.
 Text ServerIn(const ConnectionKeywords& keywords) {
     Text server = keywords.Last({u"Server", u"Servername", u"Address", u"Addr", u"Network Address"});
     const Text port = keywords.Last({u"Port"});
@@ -148,7 +148,7 @@ Text ServerIn(const ConnectionKeywords& keywords) {
     return port.empty() ? server : server + u":" + port;
 }
 
-// Encrypting as the provider would: the newest one does unless told otherwise, the older ones do when told.
+// Encrypting as the provider would: the newest one by default, the older ones on request.
 Text Encryption(const ConnectionKeywords& host, TextView provider, TextView driver) {
     const Text asked = host.Last({u"Use Encryption for Data", u"Encrypt"});
     if (EqualNoCase(asked, u"strict")) {
@@ -185,7 +185,7 @@ ConnectionTarget SQLServerTarget(const ConnectionKeywords& host, TextView provid
     pass(u"Failover_Partner", {u"Failover Partner", u"FailoverPartner", u"Failover_Partner"});
     pass(u"AttachDBFileName", {u"AttachDBFileName", u"Initial File Name"});
     const Text encryption = Encryption(host, provider, driver);
-    if (driver == u"SQL Server") { // knows no more than this
+    if (driver == u"SQL Server") { // supports no more than this
         if (encryption == u"yes") keywords.Set(u"Encrypt", encryption);
     } else {
         pass(u"Authentication", {u"Authentication"});
@@ -205,8 +205,8 @@ ConnectionTarget SQLServerTarget(const ConnectionKeywords& host, TextView provid
             ServerIn(keywords)};
 }
 
-// What stands in the section [ODBC] of a file data source, a line each, and in the string, which goes before. The Unix
-// manager finds such files through its narrow functions alone, and with them we know the driver before connecting.
+// The section [ODBC] of a file data source, a keyword per line, overridden by the string. The Unix
+// manager finds such files only through its narrow functions; read here, the driver is known before connecting.
 ConnectionKeywords WithFileDataSource(const ConnectionKeywords& host) {
     const Text name = host.Last({u"FILEDSN"});
     if (name.empty()) return host;
@@ -217,7 +217,7 @@ ConnectionKeywords WithFileDataSource(const ConnectionKeywords& host) {
             stream.open(std::filesystem::path(PathHere(path)));
     }
     if (!stream.is_open()) {
-        if (!ManagerIsUnix() && name.find_first_of(u"/\\") == Text::npos) return host; // in a folder that it knows
+        if (!ManagerIsUnix() && name.find_first_of(u"/\\") == Text::npos) return host; // in the manager's folder
         Refuse(u"The file data source '" + name + u"' cannot be read.");
     }
     ConnectionKeywords keywords;
@@ -270,7 +270,7 @@ ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine,
         if (dataSource.empty() || !option.value.empty() || keywords.Find(option.keyword)) continue;
         keywords.Set(option.keyword, machine.settingOfDataSource(dataSource, option.keyword));
     }
-    // Its driver does not listen to what ODBC says about it. It ends what we no longer wait for.
+    // Its driver ignores ODBC's attribute for it. It ends what we no longer wait for.
     if (target.engine == Engine::MariaDB) {
         keywords.SetIfMissing(u"CONN_TIMEOUT", ToText(timeout + secondsForDriver));
         const Text seconds = ToText(commandTimeout == 0 ? 0 : commandTimeout + secondsForDriver);
@@ -305,7 +305,7 @@ ConnectionKeywords::ConnectionKeywords(TextView text) {
                 value.append(text.substr(at, end - at));
                 at = end + 1;
                 if (text.substr(at, 1) != close) break;
-                value += close; // a doubled mark stands for itself
+                value += close; // a doubled mark is a literal one
             }
             at = std::min(text.find_first_not_of(blanks, at), text.size());
             if (at < text.size() && text[at] != u';')
@@ -384,7 +384,7 @@ ConnectionTarget TranslateConnectionString(const Text& connectionString, const M
     Text text(Trimmed(connectionString));
     if (text.empty()) Refuse(u"The connection string is empty.");
     RefuseUrl(text);
-    // What names a file as it stands is a path, whatever is in it, blanks round it included.
+    // A text that names an existing file is a path, whatever is in it, even blanks at its ends.
     const auto isFile = [](const Text& path) { return KindOfFile(path) != FileKind::Missing; };
     if (text.size() < connectionString.size() && isFile(connectionString)) text = connectionString;
     if (IsBarePath(text) || isFile(text))

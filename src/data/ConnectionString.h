@@ -1,4 +1,4 @@
-// The one place that knows the forms of connection strings which hosts use, and says what they open.
+// Parses all forms of connection strings that hosts use, and determines what they open.
 #pragma once
 
 #include "data/Connection.h"
@@ -14,7 +14,7 @@ namespace dax {
 class ConnectionKeywords {
 public:
     ConnectionKeywords() = default;
-    // `keyword=value;…`, a value plain or in '…', "…" or {…}, where the closing mark doubled stands for itself.
+    // `keyword=value;…`, a value plain or in '…', "…" or {…}, where a doubled closing mark is a literal one.
     // Throws Error when a quote does not end, or more than blanks follows it.
     explicit ConnectionKeywords(TextView connectionString);
 
@@ -44,7 +44,7 @@ struct FileSettings {
     std::string synchronous{}, journalMode{};    // as the engine names them; empty: its own, and the file's
 };
 
-// The same with what stands in the Extended Properties of the provider for ODBC; the string itself goes before.
+// With the Extended Properties of the provider for ODBC merged in; the string itself has precedence.
 ConnectionKeywords Flattened(const ConnectionKeywords& keywords);
 
 // True for `scheme://…`, which no connection string is and which may hold a password.
@@ -52,10 +52,10 @@ bool LooksLikeUrl(TextView text);
 
 struct ConnectionTarget {
     Engine engine = Engine::Other;
-    Text odbcString;         // contains the password also where it was given apart: never show it
+    Text odbcString;         // contains the password even if given separately: never show it
     Text driver;             // as named in the string; empty for a data source, and where none is needed
     Text path;               // of the database file, as the host wrote it; empty for a server
-    Text server{};           // as people know it: with its port, or the name of the data source; empty for a file
+    Text server{};           // for messages: with its port, or the name of the data source; empty for a file
     int timeout = 15;        // seconds that opening may take, never 0
     int commandTimeout = 30; // seconds that one call may take after that; 0: no limit
     FileSettings file{};
@@ -70,8 +70,8 @@ struct Machine {
 
 // A bare path names a SQLite file, and so do strings and data sources of its drivers, which are not needed any more. A
 // Jet or ACE string names an Access file, or a SQLite file in its place. Throws Error for an empty string, for a
-// provider for which there is no replacement, and for a file that needs a missing driver. `known` is the engine behind
-// a driver whose name does not show it.
+// provider for which there is no replacement, and for a file that needs a missing driver. `known` is the engine of
+// a driver with an unknown name.
 ConnectionTarget TranslateConnectionString(const Text& connectionString, const Machine& machine,
                                            Engine known = Engine::Other);
 

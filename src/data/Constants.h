@@ -1,4 +1,4 @@
-// What the public class Constants answers, as pure functions of the module's version resource and path.
+// The values of the public class Constants, as pure functions of the module's version resource and path.
 #pragma once
 
 #include "base/Text.h"

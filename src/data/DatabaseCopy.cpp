@@ -13,13 +13,13 @@
 
 namespace dax {
 
-// What only a copy needs to know of an engine.
+// Properties of an engine that only copying needs.
 struct CopyRules {
     Engine engine;
     TextView beginReading[2]; // before the transaction that reads: all tables as at one moment, and no writing
     bool tablesAreTransacted; // making a table belongs to the transaction
     bool keepsZeros;          // a text may have the character of the number zero
-    TextView lastGenerated;   // the last number that velmoraAutonumbers has drawn; NULL or an error where none is known
+    TextView lastGenerated;   // the last number of velmoraAutonumbers; NULL or an error where it is unknown
     TextView generateAbove;   // makes it draw above the number that is put in the place of "?"; empty where a row does
     TextView beforeRows = {}, afterRows = {}; // let numbers be given to it
     TextView steadyOrder = {};                // a table that is read twice comes in the same order
@@ -150,7 +150,7 @@ void RequireNoZeros(std::span<const RowField> row, const Schema::Table& table) {
     }
 }
 
-// What happens at a place is told with its name.
+// Errors at a place begin with its name.
 template <typename Action>
 auto At(const DatabaseCopy::Place& place, TextView table, Action action) {
     try {
@@ -237,9 +237,9 @@ void DatabaseCopy::ReadSource() {
     if (tables.empty())
         throw Error(ErrorNumbers::Automation, u"It has none of the tables of a content or a connector database.");
     for (const Text& name : names)
-        if (!IsOfCopy(name, tables)) beyondSource.push_back(name);
+        if (!IsOfCopy(name, tables)) unknownInSource.push_back(name);
     for (CopiedTable& copied : tables) {
-        ReadColumns(source, *copied.table, beyondSource);
+        ReadColumns(source, *copied.table, unknownInSource);
         copied.rows = NumberOf(source, u"SELECT Count(*) FROM " + Text(copied.table->name)).value_or(0);
         if (!CounterOf(*copied.table) || sourceRules->lastGenerated.empty()) continue;
         try {
@@ -267,7 +267,7 @@ void DatabaseCopy::ReadTarget() {
     for (const Text& name : names) {
         if (!TablePublication::IsLeftoverTable(name) &&
             !std::ranges::any_of(present, [&](const auto* table) { return EqualNoCase(table->name, name); }))
-            beyondTarget.push_back(name);
+            unknownInTarget.push_back(name);
     }
     for (CopiedTable& copied : tables) {
         copied.isMade = std::ranges::find(present, copied.table) == present.end();
@@ -355,11 +355,11 @@ TableReader DatabaseCopy::ReaderOfSource(const CopiedTable& copied) {
 
 void DatabaseCopy::Compare(const CopiedTable& copied, const std::function<void()>& next) {
     const Schema::Table& table = *copied.table;
-    const auto rowsOf = [&](const Place& place, TableReader opened, std::function<void()> told) -> NextRow {
+    const auto rowsOf = [&](const Place& place, TableReader opened, std::function<void()> onRow) -> NextRow {
         auto reader = std::make_shared<TableReader>(std::move(opened));
-        return [&place, &table, reader = std::move(reader), told = std::move(told)] {
+        return [&place, &table, reader = std::move(reader), onRow = std::move(onRow)] {
             if (!At(place, table.name, [&] { return reader->Next(); })) return std::span<const RowField>();
-            if (told) told();
+            if (onRow) onRow();
             return reader->Row();
         };
     };
@@ -388,7 +388,7 @@ void DatabaseCopy::Finish() {
     At(to, {}, [&] {
         try {
             if (isPublished) {
-                // It writes on the server what took so long to be written through the connection.
+                // It writes on the server what took long to be sent through the connection.
                 target.Opened().ExtendLimit(timeOfWriting * 4);
                 target.Execute(TablePublication::Statement(parts));
             } else {

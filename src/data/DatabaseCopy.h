@@ -22,16 +22,16 @@ struct CopiedTable {
 // The rows go in one transaction, together with the tables where the engine can do that; where making a table ends a
 // transaction, TablePublication makes what is missing. So until Finish other connections see nothing of the copy, and
 // whatever ends it before leaves the target as it was. The source is read within one transaction that can change
-// nothing; a row that another program writes meanwhile is not copied.
+// nothing; rows that other programs write meanwhile are not copied.
 class DatabaseCopy {
 public:
     struct Place {
         Text connectionString;
         Text shown; // for messages
     };
-    // Opens both and looks what there is. Throws Error, here and later, with the place in front.
+    // Opens both and reads their tables. Throws Error, here and later, with the place at its beginning.
     DatabaseCopy(Place from, Place to);
-    // Gives up what was not finished.
+    // Rolls back unless finished.
     ~DatabaseCopy();
     DatabaseCopy(const DatabaseCopy&) = delete;
     DatabaseCopy& operator=(const DatabaseCopy&) = delete;
@@ -41,17 +41,17 @@ public:
     const std::vector<CopiedTable>& Tables() const { return tables; }
     size_t RowsInAll() const;
     // The first table of the target that has rows, which Write deletes; empty when nothing would be lost.
-    const Text& TakenTable() const { return taken; }
-    // Tables, and columns as "table.column", that are none of ours and stay as they are.
-    const std::vector<Text>& BeyondSource() const { return beyondSource; }
-    const std::vector<Text>& BeyondTarget() const { return beyondTarget; }
+    const Text& TableWithRows() const { return taken; }
+    // Tables, and columns as "table.column", that are not in the schema and stay as they are.
+    const std::vector<Text>& UnknownInSource() const { return unknownInSource; }
+    const std::vector<Text>& UnknownInTarget() const { return unknownInTarget; }
 
     // Writes everything, then reads source and target side by side and compares every value. `progress` receives the
     // rows written and compared so far, of twice RowsInAll in the end.
     void Write(const std::function<void(size_t done)>& progress);
-    // Makes it last.
+    // Commits.
     void Finish();
-    // After Finish has thrown: the server was lost, and may have done all or nothing.
+    // After Finish has thrown: the connection was lost, and the server may have stored all or nothing.
     bool IsInDoubt() const { return isInDoubt; }
 
 private:
@@ -72,7 +72,7 @@ private:
     const CopyRules* targetRules = nullptr;
     std::vector<CopiedTable> tables;
     std::vector<const Schema::Table*> present; // of ours in the target
-    std::vector<Text> beyondSource, beyondTarget;
+    std::vector<Text> unknownInSource, unknownInTarget;
     int64_t lastGenerated = 0, highestNumber = 0; // of velmoraAutonumbers; of its rows
     Text taken;
     bool isPublished = false; // by TablePublication, since tables are missing

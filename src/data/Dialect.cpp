@@ -12,15 +12,15 @@ constexpr DriverOption postgresOptions[] = {
     {.keyword = u"LFConversion", .otherNames = u"C5", .value = u"0"}, // or "\n" is read as "\r\n"
     {.keyword = u"IgnoreTimeout", .otherNames = u"D9", .value = u"0"},
     {.keyword = u"UseDeclareFetch", .otherNames = u"B6", .value = u"0"}, // fetching would wait for the server
-    // A connection whose server is gone ends by itself, also one that no call waits for any more.
+    // Keep-alive: a connection whose server has stopped ends by itself, also an abandoned one.
     {.keyword = u"KeepaliveTime", .otherNames = u"", .value = u"30", .isDefault = true},
     {.keyword = u"KeepaliveInterval", .otherNames = u"", .value = u"10", .isDefault = true},
     {.keyword = u"AB", .otherNames = u"", .value = u"", .clearedBits = 8, .isHexadecimal = true}, // reads NULL as ''
 };
 
 constexpr DriverOption mariaOptions[] = {
-    // Counts rows found instead of rows changed, takes several statements in one call. Cleared: blanks behind texts,
-    // columns named with their table, no transactions, and connecting again by itself, which would go on with half a
+    // Counts rows found instead of rows changed, takes several statements in one call. Cleared: blanks after texts,
+    // columns named with their table, no transactions, and reconnecting automatically, which would continue half a
     // transaction and without the settings below, rows read while they are fetched, which would wait for the server.
     // Other drivers of this engine have words for them.
     {.keyword = u"OPTION",
@@ -126,7 +126,7 @@ constexpr std::array<Dialect, 6> dialects = {{
         .probe = u"SELECT CHAR_LENGTH('\\\\ü')",
         .answer = u"3",
         .adapts = true,
-        // The driver takes a unit whose low byte is D8 to DB for half of a pair, and reads on behind the end.
+        // The driver takes a unit whose low byte is D8 to DB for half of a pair, and reads beyond the end.
         .narrowOnUnix = true,
         // The driver needs time quadratic in the quotes inside a literal.
         .longestLiteral = 8000,

@@ -1,4 +1,4 @@
-// The differences between the engines: one row per engine. No other code asks which engine it is.
+// The differences between the engines: one row per engine. No other code depends on the engine.
 #pragma once
 
 #include "data/Connection.h"
@@ -7,28 +7,28 @@
 
 namespace dax {
 
-// What a driver is told whatever the host's string or a data source says, because texts, rows or transactions would
-// silently be wrong otherwise.
+// A driver option that is set whatever the host's string or a data source says, because texts, rows or transactions
+// would silently be wrong otherwise.
 struct DriverOption {
     TextView keyword;
-    TextView otherNames; // by which the driver knows it, or parts of it, too; apart by ';'
+    TextView otherNames; // aliases of the driver for it, or for parts of it; separated by ';'
     TextView value;      // instead of the host's; empty: the host's number, but for these bits
     uint32_t setBits = 0, clearedBits = 0;
     bool isHexadecimal = false;
-    bool isDefault = false; // only when the string says nothing
+    bool isDefault = false; // only when the string does not set it
 };
 
 // A statement that a session begins with, for the same reason.
 struct SessionSetting {
     TextView statement;
-    TextView otherwise = {}; // where the engine does not know it
-    TextView asQuery = {};   // where the driver was told to let only queries through
+    TextView otherwise = {}; // where the engine rejects it
+    TextView asQuery = {};   // where the driver is set to pass only queries
     bool isProbed = false;   // when all are refused, the probe shows whether it is needed at all
 };
 
-// Which values stand between braces in a string for the driver, and which it cannot be told at all.
+// Which values are put in braces in a string for the driver, and which cannot be passed at all.
 enum class ValueMarks {
-    WhereNeeded, // the driver is not known: only what would end a value too early
+    WhereNeeded, // the driver is unknown: only what would end a value too early
     Standard,    // whatever has a special character
     Secrets,     // passwords and statements, which would be decoded otherwise; of others the driver keeps the braces
     Trimmed,     // as Standard, but the driver cuts blanks off the ends all the same
@@ -37,17 +37,17 @@ enum class ValueMarks {
 // What keeps calls from waiting for the server longer than the connection string allows.
 enum class Waiting {
     InDriver, // the driver, or nothing: its calls stay on the caller's thread
-    OnThread, // we do: its calls run on a thread of the connection
+    OnThread, // we: its calls run on a thread of the connection
 };
 
 struct Dialect {
     Engine engine;
-    TextView name;          // as people call it
+    TextView name;          // for messages
     bool isBuiltIn = false; // reached without a driver
 
     Waiting waiting = Waiting::OnThread;
 
-    // Connecting: the options forced upon the driver, the statements run first, a query that must give `answer`.
+    // Connecting: the options that are always set, the statements run first, a query that must return `answer`.
     std::span<const DriverOption> driverOptions = {};
     ValueMarks valueMarks = ValueMarks::Standard;
     std::span<const SessionSetting> settings = {};
@@ -65,17 +65,17 @@ struct Dialect {
     bool datesAsText = false;
     int fractionDigits = 0;
 
-    // Identifiers in generated statements stand between these.
+    // Quotes around identifiers in generated statements.
     char16_t openQuote = u'"', closeQuote = u'"';
 
-    // How to get a driver, for the person who lacks it.
+    // How to get a driver, for users who have none.
     TextView howToGetDriver = {};
 
-    // Inside a transaction: a statement that holds off who else writes velmoraLessons until its end, and what stands
-    // behind the table's name in a query that does. Access has neither: there only its own locks of rows help.
+    // Inside a transaction: a statement that blocks other writers of velmoraLessons until its end, and what follows
+    // the table's name in a query that does. Access has neither: only its own row locks protect there.
     TextView holdWriters = {}, lockingRead = {};
 
-    // The driver sets the process's locale while it connects, and back, which two threads must not do at a time.
+    // The driver changes the process's locale while it connects, which two threads must not do at a time.
     bool connectsOneAtATime = false;
 };
 
@@ -83,7 +83,7 @@ struct Dialect {
 inline constexpr size_t longestBatch = 500000;
 
 const Dialect& DialectOf(Engine engine);
-// From the name of a driver, or from the name by which a server introduces itself.
+// From the name of a driver, or from the name that a server reports.
 Engine EngineFromName(TextView name);
 
 } // namespace dax

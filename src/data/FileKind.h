@@ -1,4 +1,4 @@
-// What a path names, found out without disturbing those who have the file open.
+// What a path names, determined without affecting the locks of programs that have the file open.
 #pragma once
 
 #include "base/Text.h"

@@ -9,8 +9,8 @@ namespace dax {
 
 namespace {
 
-constexpr size_t partsPerOverflow = 4, mostParts = 4096; // with so many parts memory is taken as it is needed
-constexpr size_t mostUnitsOfIdentifier = 60, unitsPerField = 32;
+constexpr size_t partsPerOverflow = 4, maxParts = 4096; // with so many parts memory is taken as it is needed
+constexpr size_t maxUnitsOfIdentifier = 60, unitsPerField = 32;
 
 using Row = std::span<const RowField>;
 
@@ -79,8 +79,8 @@ private:
 
 class Comparison {
 public:
-    Comparison(std::span<const RowColumn> columns, const std::vector<bool>& isKey, size_t mostUnits)
-        : columns(columns), isKey(isKey), hasKey(std::ranges::find(isKey, true) != isKey.end()), mostUnits(mostUnits) {}
+    Comparison(std::span<const RowColumn> columns, const std::vector<bool>& isKey, size_t maxUnits)
+        : columns(columns), isKey(isKey), hasKey(std::ranges::find(isKey, true) != isKey.end()), maxUnits(maxUnits) {}
 
     // False when memory does not suffice for so large a part.
     bool Pass(const NextRow& nextOfSource, const NextRow& nextOfTarget, size_t part, size_t parts) {
@@ -97,7 +97,7 @@ public:
             if (!one.empty() && !other.empty() && AreEqual(one, other)) continue;
             if (!one.empty()) Meet(one, source, target);
             if (!other.empty()) Meet(other, target, source);
-            if (units > mostUnits && parts < mostParts) return false;
+            if (units > maxUnits && parts < maxParts) return false;
         }
         return true;
     }
@@ -145,7 +145,7 @@ private:
         return *std::ranges::min_element(side.rows, {}, [](const auto& kept) { return kept.second->Place(); })->second;
     }
 
-    // That of the same key; none without a key.
+    // The row of the same key; none without a key.
     const KeptRow* CounterpartOf(const KeptRow& row) const {
         for (const auto& [hash, kept] : target.rows) {
             bool isOfKey = hasKey;
@@ -161,7 +161,7 @@ private:
     std::span<const RowColumn> columns;
     const std::vector<bool>& isKey;
     bool hasKey;
-    size_t mostUnits, units = 0;
+    size_t maxUnits, units = 0;
     Side source, target;
 };
 
@@ -178,7 +178,7 @@ Text IdentifierOf(std::span<const RowField> row, std::span<const RowColumn> colu
             identifier.append(ToText(field.number));
             continue;
         }
-        const TextView shown = Shorten(field.text, mostUnitsOfIdentifier);
+        const TextView shown = Shorten(field.text, maxUnitsOfIdentifier);
         identifier.append(u"'").append(shown).append(shown.size() < field.text.size() ? u"…'" : u"'");
     }
     return identifier;
@@ -186,8 +186,8 @@ Text IdentifierOf(std::span<const RowField> row, std::span<const RowColumn> colu
 
 std::optional<RowDifference> CompareRows(std::span<const RowColumn> columns, const std::vector<bool>& isKey,
                                          const std::function<NextRow()>& source, const std::function<NextRow()>& target,
-                                         size_t mostUnits) {
-    Comparison comparison(columns, isKey, mostUnits);
+                                         size_t maxUnits) {
+    Comparison comparison(columns, isKey, maxUnits);
     for (size_t part = 0, parts = 1; part < parts;) {
         if (!comparison.Pass(source(), target(), part, parts)) {
             part = 0;

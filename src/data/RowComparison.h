@@ -25,10 +25,10 @@ struct RowDifference {
 
 // `columns` are those of the rows, `isKey` says which of them identify a row. `source` and `target` begin to read
 // their table; they are called again when the two orders differ so much that the rows that wait for their counterpart
-// would need more memory than `mostUnits` (in UTF-16 units): then each pass compares a part of the rows. Rows that
+// would need more memory than `maxUnits` (in UTF-16 units): then each pass compares a part of the rows. Rows that
 // appear several times must appear as often in both. The first difference by the order of the source, within the part.
 std::optional<RowDifference> CompareRows(std::span<const RowColumn> columns, const std::vector<bool>& isKey,
                                          const std::function<NextRow()>& source, const std::function<NextRow()>& target,
-                                         size_t mostUnits = 16 * 1024 * 1024);
+                                         size_t maxUnits = 16 * 1024 * 1024);
 
 } // namespace dax

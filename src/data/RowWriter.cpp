@@ -10,8 +10,8 @@ namespace dax {
 
 namespace {
 
-constexpr size_t mostUnitsOfRows = 128 * 1024; // of a statement; a longer row goes alone
-constexpr size_t mostUnitsOfArrays = 512 * 1024, mostRows = 1000;
+constexpr size_t maxUnitsOfRows = 128 * 1024; // of a statement; a longer row is sent alone
+constexpr size_t maxUnitsOfArrays = 512 * 1024, maxRows = 1000;
 
 Text Names(const std::vector<RowColumn>& columns) {
     Text names;
@@ -32,7 +32,7 @@ public:
             if (field.kind == RowField::Kind::Text) longest = std::max(longest, field.text.size());
         }
         // Long texts become parameters: few of them in a statement.
-        if (waiting > 0 && (text.size() + units > mostUnitsOfRows || waiting == mostRows)) Finish();
+        if (waiting > 0 && (text.size() + units > maxUnitsOfRows || waiting == maxRows)) Finish();
         if (waiting++ == 0)
             text = beginning;
         else
@@ -106,7 +106,7 @@ public:
             hasSeparator =
                 hasSeparator || (field.kind == RowField::Kind::Text && std::ranges::any_of(field.text, IsSeparator));
         }
-        if (waiting > 0 && (units + rowUnits > mostUnitsOfArrays || waiting == mostRows || hasSeparator == isSeparated))
+        if (waiting > 0 && (units + rowUnits > maxUnitsOfArrays || waiting == maxRows || hasSeparator == isSeparated))
             Send();
         isSeparated = !hasSeparator;
         for (size_t i = 0; i < row.size(); ++i) {
@@ -151,7 +151,7 @@ private:
             const size_t length = arrays[i].size();
             values.emplace_back(std::exchange(arrays[i], Text()));
             // The next rows are likely to be as long, but not as long as the longest text.
-            arrays[i].reserve(std::min(length + length / 4, mostUnitsOfArrays));
+            arrays[i].reserve(std::min(length + length / 4, maxUnitsOfArrays));
         }
         waiting = units = 0;
         statement->Start(text, std::move(values));

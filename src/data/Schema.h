@@ -16,7 +16,7 @@ enum class ColumnType {
     LongText, // a text of any length
     Number,   // 32 bits
     Date,     // date and time, to the second at least
-    Counter,  // a number that the database draws itself
+    Counter,  // a number that the database generates
 };
 
 struct Column {
@@ -44,7 +44,7 @@ std::vector<Text> CreateStatements(const Table& table, Engine engine, TextView n
 // case-sensitive.
 void RequireBlindNames(Connection& connection);
 
-// The same for people: with a heading, each statement ended by a semicolon.
+// The same as a script: with a heading, each statement ended by a semicolon.
 Text Script(Database database, Engine engine);
 
 } // namespace dax::Schema

@@ -19,7 +19,7 @@ StatementObserver& Observer() {
 }
 
 // What the string means on this machine. The manager reads its files several times for each driver that it names, so
-// they are asked for once, and again when the one that is wanted was not among them.
+// they are read once, and again when a name was not among them.
 ConnectionTarget TargetHere(const Text& connectionString, Engine engine = Engine::Other) {
     static std::mutex mutex;
     static std::vector<Text> known;
@@ -37,7 +37,7 @@ ConnectionTarget TargetHere(const Text& connectionString, Engine engine = Engine
     return TranslateConnectionString(connectionString, machine, engine);
 }
 
-// In one call where the engine takes that; one by one when it refuses, to learn which one it does not know.
+// In one call where the engine takes that; one by one when it refuses, to find the one that it rejects.
 void RunSettings(Statement& statement, const Dialect& dialect) {
     const std::span<const SessionSetting> settings = dialect.settings;
     if (dialect.statementsPerCall >= settings.size() && settings.size() > 1) {
@@ -47,7 +47,7 @@ void RunSettings(Statement& statement, const Dialect& dialect) {
             statement.ExecuteBatch(all);
             return;
         } catch (const Error& error) {
-            if (error.Number() == ErrorNumbers::Timeout) throw; // the rest is told below
+            if (error.Number() == ErrorNumbers::Timeout) throw; // other errors are thrown below
         }
     }
     for (const SessionSetting& setting : settings) {
@@ -142,7 +142,7 @@ std::unique_ptr<Session> Session::Open(const Text& connectionString) {
     if (DialectOf(target.engine).isBuiltIn) return std::make_unique<SQLiteConnection>(target);
     const auto began = LimitedSession::Time::clock::now();
     std::unique_ptr<Session> session = Connect(target, began);
-    // A driver by another name: once more, with what must be forced upon it.
+    // A driver by another name: connects again, with the options that must be set.
     if (const Dialect& found = session->SqlDialect(); found.engine != target.engine && !found.isBuiltIn) {
         session.reset();
         session = Connect(TargetHere(connectionString, found.engine), began);

@@ -11,7 +11,7 @@ namespace {
 
 enum class Piece { Plain, Literal, Name, Comment, Unterminated };
 
-// Cuts a statement into pieces: quoted ones whole, with their quotes, and what stands between them.
+// Cuts a statement into pieces: quoted ones whole, with their quotes, and the text between them.
 class Pieces {
 public:
     explicit Pieces(TextView statement) : statement(statement) {}
@@ -28,7 +28,7 @@ public:
             Finish(line ? 1 : 2, line);
         } else {
             const char16_t close = statement[begin] == u'[' ? u']' : statement[begin];
-            // A doubled closing quote stands for itself.
+            // A doubled closing quote is a literal one.
             for (end = statement.find(close, begin + 1);
                  end != TextView::npos && statement.substr(end + 1).starts_with(close);)
                 end = statement.find(close, end + 2);
@@ -70,8 +70,8 @@ private:
     Piece kind = Piece::Plain;
 };
 
-// Two literals that touched would be one.
-void KeepApart(Text& result) {
+// Two adjacent literals would become one.
+void SeparateLiterals(Text& result) {
     if (!result.empty() && result.back() == u'\'') result.push_back(u' ');
 }
 
@@ -87,7 +87,7 @@ void AppendWithDates(Text& result, TextView plain) {
             continue;
         }
         result.append(plain.substr(done, open - done));
-        KeepApart(result);
+        SeparateLiterals(result);
         result.push_back(u'\'');
         result += FormatDate(*date);
         result.push_back(u'\'');
@@ -97,7 +97,7 @@ void AppendWithDates(Text& result, TextView plain) {
     result.append(plain.substr(done));
 }
 
-// The number behind SELECT TOP, and where its words begin and end in the statement.
+// The number after SELECT TOP, and where the clause begins and ends in the statement.
 struct Top {
     size_t begin = 0, end = 0;
     TextView count;
@@ -165,14 +165,14 @@ Text AdaptStatement(TextView statement, const Dialect& dialect) {
         if (pieces.Kind() == Piece::Plain) {
             AppendWithDates(result, pieces.Units());
         } else {
-            if (pieces.Units().front() == u'\'') KeepApart(result);
+            if (pieces.Units().front() == u'\'') SeparateLiterals(result);
             result.append(pieces.Units());
         }
-        // Behind a comment a LIMIT could be lost, behind an open quote it would become text.
+        // After a comment a LIMIT could be lost, after an open quote it would become text.
         whole = whole && pieces.Kind() != Piece::Unterminated && pieces.Kind() != Piece::Comment;
     }
     if (!top || !whole) return result;
-    // No date can stand before TOP, so its place is the same in the result.
+    // No date can be before TOP, so its place is the same in the result.
     result.erase(top->begin, top->end - top->begin);
     size_t end = result.size();
     while (TextReader::IsBlank(result[end - 1]) || result[end - 1] == u';') --end;
@@ -180,7 +180,7 @@ Text AdaptStatement(TextView statement, const Dialect& dialect) {
     return result;
 }
 
-bool StandsAlone(TextView statement) {
+bool IsSingleStatement(TextView statement) {
     Pieces pieces(statement);
     while (pieces.Next()) {
         switch (pieces.Kind()) {

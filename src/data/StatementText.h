@@ -1,4 +1,4 @@
-// Finished statement texts: fitting them to an engine, and looking into them without being fooled by quotes.
+// Complete statement texts: adapting them to an engine, and parsing them with regard to quotes and comments.
 #pragma once
 
 #include "data/Dialect.h"
@@ -15,19 +15,19 @@ bool PassesUnchanged(TextView statement, const Dialect& dialect);
 
 // True when the statement ends where it seems to, so that another may follow it in one call: every quote is closed,
 // there is no comment and no semicolon outside quotes.
-bool StandsAlone(TextView statement);
+bool IsSingleStatement(TextView statement);
 
-// Takes the literals of more than `longest` units out of a statement: a question mark stands for each.
-// Nothing when there is none, or when the statement has question marks of its own.
+// Takes the literals of more than `longest` units out of a statement, with a question mark in place of each.
+// Nothing when there is none, or when the statement already has question marks.
 struct Parametrized {
     Text statement;
     std::vector<Value> values;
 };
 std::optional<Parametrized> TakeLongLiterals(TextView statement, size_t longest);
-// The same for the literals that have a character of the number zero; nothing also when one stands anywhere else.
+// The same for the literals that have a character of the number zero; nothing also when one is outside literals.
 std::optional<Parametrized> TakeLiteralsWithZeros(TextView statement);
 
-// The table that a simple SELECT reads: the first name behind FROM.
+// The table that a simple SELECT reads: the first name after FROM.
 Text TableOf(TextView statement);
 
 } // namespace dax

@@ -1,4 +1,4 @@
-// Rows that were read ahead of their use: one long text, and where each value ends in it.
+// Rows that were read ahead: one long text, and where each value ends in it.
 #pragma once
 
 #include "data/Session.h"
@@ -20,7 +20,7 @@ public:
 
 private:
     size_t columns = 0, count = 0;
-    std::vector<uint64_t> places = {0}; // behind the first: twice where each value ends, and 1 more when it is NULL
+    std::vector<uint64_t> places = {0}; // after the first: twice the end of each value, plus 1 when it is NULL
     Text texts;
 };
 

@@ -15,7 +15,7 @@ struct Part {
     bool isMade = true; // otherwise it exists, and its rows are replaced
     int64_t rows = 0;
     bool isFilled = true;        // otherwise it is only emptied
-    int64_t numberToBeDrawn = 0; // and given up, so that the next one drawn is higher; 0: none
+    int64_t numberToBeDrawn = 0; // and discarded, so that the next one is higher; 0: none
 };
 
 // Where the rows are put.
@@ -23,11 +23,11 @@ Text TemporaryName(const Schema::Table& table);
 Text MakeTemporary(const Part& part);
 
 Text Statement(const std::vector<Part>& parts);
-// Of those that are made, what a server that crashed within the statement, or that was told to end it, has left.
+// Removes, of the tables that are made, what was left when the server crashed within the statement or cancelled it.
 Text DropLeftoverTable(const std::vector<Part>& parts);
 bool IsLeftoverTable(TextView table);
 
-// Draws a number for the counter of the table and gives it up.
+// Generates a number for the counter of the table and discards it.
 std::vector<Text> GenerateNumber(const Schema::Table& table, TextView name, int64_t number);
 
 } // namespace TablePublication

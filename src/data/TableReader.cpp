@@ -10,7 +10,7 @@ namespace dax {
 
 namespace {
 
-constexpr size_t firstPortion = 64, mostRowsOfPortion = 2000, unitsAtATime = 2'000'000;
+constexpr size_t firstPortion = 64, maxRowsOfPortion = 2000, unitsAtATime = 2'000'000;
 
 RowField ReadField(Statement& statement, size_t column, Schema::ColumnType type) {
     using enum Schema::ColumnType;
@@ -52,7 +52,7 @@ std::vector<Text> KeyColumnsOf(Session& session, const Text& table) {
     return keys.empty() ? session.KeyColumns(LowerAscii(table)) : keys;
 }
 
-// Empty where the engine has no word for the order of code points, and where rows come by their key anyway.
+// Empty where the engine cannot order by code points, and where rows come by their key anyway.
 Text OrderByKey(Engine engine, const Schema::Table& table) {
     const TextView collation = engine == Engine::PostgreSQL ? u" COLLATE \"C\""
                                : engine == Engine::SQLite   ? u" COLLATE BINARY"
@@ -108,7 +108,7 @@ bool TableReader::Next() {
 
 // As many rows as will probably fit into the memory that is meant for them.
 void TableReader::OpenPortion() {
-    const size_t most = got == 0 ? firstPortion : std::min(mostRowsOfPortion, asked * 2);
+    const size_t most = got == 0 ? firstPortion : std::min(maxRowsOfPortion, asked * 2);
     asked = std::clamp<size_t>(got == 0 ? most : unitsAtATime / (units / got + 1), 1, most);
     before += got;
     got = units = 0;

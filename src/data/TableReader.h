@@ -1,4 +1,4 @@
-// All rows of a table as they stand on the server or in the file, of which memory holds only a few at a time.
+// All rows of a table on the server or in the file, of which memory holds only a few at a time.
 #pragma once
 
 #include "data/RowWriter.h"
@@ -21,8 +21,8 @@ public:
     std::span<const RowField> Row() const { return row; }
 
 private:
-    // Drivers of some engines fetch all rows of a query before they give the first: there several queries give a part
-    // each, from a cursor, behind the key that came last, or behind the number of rows that came before.
+    // Drivers of some engines fetch all rows of a query before they return the first: there several queries read a part
+    // each, from a cursor, after the last key, or after the number of rows read so far.
     enum class ReadMode { Whole, Cursor, ByKey, ByNumber };
     static ReadMode ReadModeOf(Session& session, const std::vector<Text>& keys);
     void OpenPortion();

@@ -15,7 +15,7 @@ void Ignoring(Action action) noexcept {
     try {
         action();
     } catch (...) {
-        // Clean-up goes on whatever happens: the first error is the one to report, and it is known already.
+        // Clean-up continues after errors: the first error is the one to report, and the caller has it already.
     }
 }
 

@@ -1,4 +1,4 @@
-// Building statement texts and testing connections: what every other part writes its SQL with.
+// Building statement texts and testing connections; all other modules write their SQL with it.
 #pragma once
 
 #include "data/Connection.h"
@@ -18,7 +18,7 @@ bool TestOpenConnection(const Text& connectionString, int32_t& errorNumber, Text
 // Opens `statement` as a structure probe, cancels and closes it; throws when a table or column is missing.
 void Probe(Connection& connection, const Text& statement);
 
-// Clean-up for error paths: closes what is open, every error ignored; rolls the transaction back first if asked.
+// Clean-up for error paths: closes what is open, every error ignored; rolls the transaction back first if requested.
 void CloseConnectionObjects(Recordset* recordset, Connection* connection, bool rollBack) noexcept;
 
 } // namespace dax::modDB

@@ -120,8 +120,8 @@ TEST_P(CopyTest, EveryValueArrivesAsItWas) {
         EXPECT_TRUE(copy.HasContent());
         EXPECT_FALSE(copy.HasConnector());
         EXPECT_EQ(copy.RowsInAll(), titles.size() + 9);
-        EXPECT_THAT(copy.BeyondSource(), ::testing::ElementsAre(u"theirs"));
-        EXPECT_THAT(copy.BeyondTarget(), ::testing::ElementsAre(u"dax_copy_others"));
+        EXPECT_THAT(copy.UnknownInSource(), ::testing::ElementsAre(u"theirs"));
+        EXPECT_THAT(copy.UnknownInTarget(), ::testing::ElementsAre(u"dax_copy_others"));
         copy.Write([&](size_t done) {
             EXPECT_GE(done, last);
             last = done;
@@ -179,7 +179,7 @@ TEST_P(CopyTest, SaysWhatItCannotCopy) {
         EXPECT_EQ(RowsOf(*from, u"velmoraDBUsers"), RowsOf(*to, u"velmoraDBUsers"));
     }
     from->Run({u"ALTER TABLE velmoraDBList ADD COLUMN colour integer"});
-    EXPECT_THAT(Copying(*from, *to).BeyondSource(), ::testing::ElementsAre(u"velmoraDBList.colour"));
+    EXPECT_THAT(Copying(*from, *to).UnknownInSource(), ::testing::ElementsAre(u"velmoraDBList.colour"));
     from->Run({u"DROP TABLE velmoraDBList"});
     EXPECT_THAT(failure(), HasSubstr("velmoraDBList is missing"));
 }
@@ -227,7 +227,7 @@ TEST_P(CopyEndTest, FailsAtItsEndAndLeavesTheTargetAsItWas) {
     Prepare(starts[1]);
     const Contents before = ContentsNow();
     Copying copy(from, *database);
-    EXPECT_EQ(copy.TakenTable(), u"velmoraLessons");
+    EXPECT_EQ(copy.TableWithRows(), u"velmoraLessons");
     copy.Write([](size_t) {});
     database->Run({u"CREATE TABLE talkPosts (a integer)", u"INSERT INTO talkPosts VALUES (7)"});
     EXPECT_THAT(test::FailureOf([&] { copy.Finish(); }).what(), HasSubstr("already exists"));

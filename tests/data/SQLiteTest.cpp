@@ -251,7 +251,7 @@ TEST_F(SQLiteTest, StatementsThatRepeatDoWhatEachDoes) {
     };
     StatementShape shape;
     for (const auto& [form, expected] : cases) {
-        const Text words = shape.Read(made(form, u"1")) ? shape.Words() + (shape.MayRepeat() ? u"" : u"|") : Text();
+        const Text words = shape.Read(made(form, u"1")) ? shape.Template() + (shape.MayRepeat() ? u"" : u"|") : Text();
         EXPECT_EQ(ToUtf8(words), ToUtf8(expected)) << ToUtf8(form);
     }
     for (const char16_t mark : TextView(u"?:@$#;\0", 7))

@@ -55,10 +55,10 @@ TEST(StatementTextTest, AdaptsOutsideQuotesOnly) {
 
 TEST(StatementTextTest, OnlyWholeStatementsShareACall) {
     for (const TextView whole : {u"DELETE FROM t WHERE a = 'x;y'", u"UPDATE t SET a = 'it''s -- #'"})
-        EXPECT_TRUE(StandsAlone(whole)) << ToUtf8(whole);
+        EXPECT_TRUE(IsSingleStatement(whole)) << ToUtf8(whole);
     for (const TextView open : {u"DELETE FROM t WHERE a = 'it's'", u"DELETE FROM t; DROP TABLE t", u"SELECT 1 -- x",
                                 u"SELECT 1 /* x", u"SELECT \"x", u" ", u"SELECT 1 # x"})
-        EXPECT_FALSE(StandsAlone(open)) << ToUtf8(open);
+        EXPECT_FALSE(IsSingleStatement(open)) << ToUtf8(open);
 }
 
 TEST(StatementTextTest, LongLiteralsBecomeParameters) {

@@ -106,7 +106,7 @@ void DriveStatement(Input input) {
     RequireEqual(AdaptStatement(text, other), text, "a statement for an engine that needs no other");
     const Text literal = modDB::QuoteSQLString(text);
     RequireEqual(AdaptStatement(literal + u"#2024/05/06#", adapting), literal + u" '2024-05-06 00:00:00'", "a literal");
-    Require(StandsAlone(literal), "a quoted text is a literal");
+    Require(IsSingleStatement(literal), "a quoted text is a literal");
     (void)AdaptStatement(text, adapting);
     (void)TakeLongLiterals(text, Statement::longest);
 
@@ -115,7 +115,7 @@ void DriveStatement(Input input) {
     RequireEqual(AdaptStatement(made.written, adapting), made.adapted, "dates outside quotes, adapted");
     RequireEqual(AdaptStatement(u"SELECT TOP 3" + made.written, adapting),
                  mayLimit ? u"SELECT" + made.adapted + u" LIMIT 3" : u"SELECT TOP 3" + made.adapted, "TOP, adapted");
-    Require(StandsAlone(made.written) == (mayLimit && !made.hasSigns), "whether another statement may follow");
+    Require(IsSingleStatement(made.written) == (mayLimit && !made.hasSigns), "whether another statement may follow");
     const auto taken = TakeLongLiterals(made.written, Statement::longest);
     Require(taken.has_value() == (!made.values.empty() && !made.hasMarks && !made.isOpen),
             "whether there are literals");

@@ -27,7 +27,7 @@ void ShowTyping() {
     isHidden = false;
 }
 
-[[noreturn]] void DieOf(int signal) {
+[[noreturn]] void EndBySignal(int signal) {
     std::signal(signal, SIG_DFL);
     sigset_t set;
     sigemptyset(&set);
@@ -48,7 +48,7 @@ void PrepareStreams() {
 
 bool IsTerminal(std::FILE* stream) { return isatty(fileno(stream)) != 0; }
 
-int EndWithClosedOutput() { DieOf(SIGPIPE); }
+int EndWithClosedOutput() { EndBySignal(SIGPIPE); }
 
 // The signals are blocked in every thread, and one waits for them, so that it may do what a handler may not.
 void StartListening() {
@@ -70,7 +70,7 @@ void StartListening() {
 
 void EndInterrupted() noexcept {
     ShowTyping();
-    DieOf(received);
+    EndBySignal(received);
 }
 
 std::optional<std::string> ReadHiddenLine(TextView question) {
@@ -79,7 +79,7 @@ std::optional<std::string> ReadHiddenLine(TextView question) {
         hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         isHidden = tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden) == 0;
     }
-    PrintError(question); // after which nobody types what could appear
+    PrintError(question); // first, so that nothing typed after it is echoed
     std::string line;
     const bool isRead = static_cast<bool>(std::getline(std::cin, line));
     if (isHidden) std::cerr << '\n';

@@ -24,7 +24,7 @@ void ShowTyping() {
     if (const HANDLE input = hiding.exchange(nullptr)) SetConsoleMode(input, shown);
 }
 
-BOOL WINAPI Hear(DWORD event) {
+BOOL WINAPI OnConsoleEvent(DWORD event) {
     OnInterrupt();
     // The system ends a program whose window was closed as soon as this returns.
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) Sleep(INFINITE);
@@ -42,7 +42,7 @@ bool IsTerminal(std::FILE* stream) { return _isatty(_fileno(stream)) != 0; }
 
 int EndWithClosedOutput() { return 3; }
 
-void StartListening() { SetConsoleCtrlHandler(Hear, TRUE); }
+void StartListening() { SetConsoleCtrlHandler(OnConsoleEvent, TRUE); }
 
 void EndInterrupted() noexcept {
     ShowTyping();

@@ -11,7 +11,7 @@ namespace dax {
 
 namespace {
 
-// It is not known when a driver returns to a thread that was given up: its code must stay where it is until the
+// A driver may return at any time to an abandoned thread: its code must stay loaded until the
 // process ends, also when the host unloads the library.
 void StayLoaded() {
 #ifdef _WIN32
@@ -45,7 +45,7 @@ CallThread::~CallThread() {
         state->isClosed = true;
     }
     state->hasWork.notify_one();
-    if (IsGivenUp())
+    if (IsAbandoned())
         thread.detach();
     else
         thread.join();
@@ -82,24 +82,24 @@ CallThread::Ticket CallThread::Start(std::function<void()> job) {
 
 bool CallThread::Wait(const Ticket& call, Time end) {
     std::unique_lock lock(state->mutex);
-    if (isGivenUp) return false;
+    if (isAbandoned) return false;
     state->awaited = ++state->lastAwaited;
-    state->hasEnded.wait_until(lock, end, [&] { return call->isDone || isGivenUp; });
+    state->hasEnded.wait_until(lock, end, [&] { return call->isDone || isAbandoned; });
     state->awaited = 0;
     state->hasEnded.notify_all();
     if (!call->isDone) {
         lock.unlock();
-        GiveUp();
+        Abandon();
         return false;
     }
     if (call->failure) std::rethrow_exception(call->failure);
     return true;
 }
 
-void CallThread::GiveUp() {
+void CallThread::Abandon() {
     StayLoaded();
     const std::scoped_lock lock(state->mutex);
-    isGivenUp = true;
+    isAbandoned = true;
     state->hasEnded.notify_all();
 }
 
@@ -108,12 +108,12 @@ uint64_t CallThread::Awaited() const {
     return state->awaited;
 }
 
-void CallThread::GiveUpAfter(uint64_t awaited, Time end) {
+void CallThread::AbandonAfter(uint64_t awaited, Time end) {
     {
         std::unique_lock lock(state->mutex);
         if (state->hasEnded.wait_until(lock, end, [&] { return state->awaited != awaited; })) return;
     }
-    GiveUp();
+    Abandon();
 }
 
 } // namespace dax

@@ -1,4 +1,4 @@
-// The string that a driver gets: with the options that are forced upon it, and marked as that driver reads it.
+// The string passed to a driver: with the options that are always set, and quoted as that driver reads it.
 #pragma once
 
 #include "data/ConnectionString.h"
@@ -6,7 +6,7 @@
 
 namespace dax {
 
-// Throws Error, which names the keyword and never the value, when the driver cannot be told a value.
+// Throws Error, which names the keyword and never the value, when a value cannot be passed to the driver.
 Text WriteForDriver(ConnectionKeywords keywords, const Dialect& dialect);
 
 } // namespace dax

@@ -12,15 +12,15 @@ namespace dax {
 
 namespace {
 
-// What a statement holds of the driver. The thread frees it, the statement before its connection.
+// The driver's objects of a statement. The thread frees them, before those of its connection.
 struct HeldStatement {
     std::shared_ptr<OdbcConnection> connection;
     std::unique_ptr<OdbcStatement> statement;
-    bool isToClose = false; // it gives rows, or has failed in the midst of several
+    bool isToClose = false; // it returns rows, or has failed as one of several
     int64_t rowCount = -1;
 };
 
-// Rows that the thread has read, and why it could not go on.
+// Rows that the thread has read, and the error that stopped it.
 struct Block {
     StoredRows rows;
     bool isLast = false;
@@ -33,14 +33,14 @@ struct Block {
         try {
             isLast = !rows.Read(statement, statement.Columns().size(), rowsAtMost, unitsAtMost);
         } catch (...) {
-            failure = std::current_exception(); // told behind the rows
+            failure = std::current_exception(); // thrown after the rows
         }
     }
 };
 
-// Each block may hold more rows than the one before it: whoever wants the first row waits for no other, and whoever
-// reads them all waits seldom.
-constexpr size_t growth = 4, mostRows = 1024;
+// Each block may hold more rows than the one before it: a reader of the first row waits for no other, and one that
+// reads all waits seldom.
+constexpr size_t growth = 4, maxRows = 1024;
 
 bool IsQuery(TextView statement) { return LowerAscii(TrimBlanks(statement).substr(0, 6)) == u"select"; }
 
@@ -139,7 +139,7 @@ private:
     }
     void ReadAhead() {
         ahead = owner.Start([native = held, into = spare, rows = nextRows] { into->Fill(*native->statement, rows); });
-        nextRows = std::min(nextRows * growth, mostRows);
+        nextRows = std::min(nextRows * growth, maxRows);
     }
     // `alone`: what it means outside of a transaction.
     void Run(std::function<void()> job, LimitedSession::Pending alone = LimitedSession::Pending::Reading) {
@@ -236,15 +236,15 @@ void LimitedSession::Cancel(std::function<void()> stop) noexcept {
     try {
         CallThread beside;
         beside.Run(std::move(stop), end);
-    } catch (const std::exception&) { // it goes on, then
+    } catch (const std::exception&) { // it keeps running
     }
-    calls.GiveUpAfter(awaited, end);
+    calls.AbandonAfter(awaited, end);
 }
 
 void LimitedSession::StopLater(std::function<void()> stop) noexcept {
     try {
         CallThread beside;
-        beside.Run(std::move(stop), {}); // over already, so it is given up at once
+        beside.Run(std::move(stop), {}); // the time is over, so it is abandoned at once
     } catch (const std::exception&) {    // the server finds out by itself
     }
 }

@@ -6,7 +6,7 @@
 
 namespace dax {
 
-// Its calls run on a thread of its own. Whoever calls waits as long as the connection string allows, then gets a
+// Its calls run on a thread of its own. A caller waits as long as the connection string allows, then gets a
 // time-out that names the server, and the connection is lost: what the driver holds of it is left to that thread,
 // every later call fails at once, and nothing waits for it again.
 class LimitedSession final : public Session {
@@ -34,10 +34,10 @@ public:
     std::vector<Text> KeyColumns(const Text& table) override;
     std::vector<Text> TableNames() override;
 
-    bool IsLost() const { return calls.IsGivenUp(); }
+    bool IsLost() const { return calls.IsAbandoned(); }
     // Throws when it is lost; otherwise nothing of the driver's is in use on the thread.
     void RequireAlive() const;
-    // Waits for the job, which must capture what CallThread asks for. Start does not wait; Wait does, for what Start
+    // Waits for the job, which must capture what CallThread requires. Start does not wait; Wait does, for what Start
     // has returned. All throw when the connection is lost.
     void Run(std::function<void()> job, Pending pending);
     CallThread::Ticket Start(std::function<void()> job) {
@@ -45,7 +45,7 @@ public:
         return calls.Start(std::move(job));
     }
     void Wait(const CallThread::Ticket& call, Pending pending);
-    // Lets go of what only the thread may free, and waits for that unless the connection is lost.
+    // Frees on the thread what only the thread may free, and waits for that unless the connection is lost.
     void Free(std::shared_ptr<void> held) noexcept;
     // Runs a job, beside the one that is waited for, that is to stop that one. When it has not ended within the limit
     // for connecting, which a driver may have to do for this, the connection is lost.

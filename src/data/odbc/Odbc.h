@@ -53,19 +53,19 @@ using EnvironmentHandle = OdbcHandle<SQL_HANDLE_ENV>;
 using ConnectionHandle = OdbcHandle<SQL_HANDLE_DBC>;
 using StatementHandle = OdbcHandle<SQL_HANDLE_STMT>;
 
-// An environment that speaks ODBC 3; throws Error when there is no driver manager to speak of.
+// An environment of ODBC 3; throws Error when there is no usable driver manager.
 EnvironmentHandle OpenEnvironment();
 
 // What is set up on this machine; none where there is no driver manager.
 std::vector<Text> InstalledDrivers();
 // The driver of a data source; empty when there is no such source.
 Text DriverOfDataSource(TextView dataSource);
-// What a data source says for a keyword: the user's own first, then the system's; empty when it says nothing.
+// A setting of a data source: the user's first, then the system's; empty when it is not set.
 Text SettingOfDataSource(TextView dataSource, TextView keyword);
 
-// True on Linux and under Wine, whose odbc32 hands everything to the machine's unixODBC.
+// True on Linux and under Wine, whose odbc32 forwards to the machine's unixODBC.
 bool ManagerIsUnix();
-// A path as this program opens it: under Wine a Unix path, unless Windows knows the file, too, becomes a Windows one.
+// A path as this program opens it: under Wine a Unix path becomes a Windows one, unless Windows finds the file by it.
 Text PathHere(const Text& path);
 
 } // namespace dax

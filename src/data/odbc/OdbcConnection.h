@@ -11,8 +11,8 @@ class OdbcStatement;
 
 class OdbcConnection final : public Session {
 public:
-    // Connects; throws Error with what a person can do about it. A driver of an unknown name may turn out to serve an
-    // engine that we know, which SqlDialect tells then.
+    // Connects; throws Error with what the user can do about it. A driver of an unknown name may turn out to serve a
+    // known engine, which SqlDialect returns then.
     explicit OdbcConnection(const ConnectionTarget& target);
     ~OdbcConnection() override;
 
@@ -20,9 +20,9 @@ public:
     const Dialect& SqlDialect() const override { return *dialect; }
     // Texts go to the driver as UTF-8 through the narrow functions.
     bool IsNarrow() const { return dialect->narrowOnUnix && ManagerIsUnix(); }
-    // Seconds that the driver is to give a statement; 0 where it is not told.
+    // The driver's own limit for a statement in seconds; 0: none is set.
     int StatementLimit() const { return statementLimit; }
-    // True when the driver hands out long columns in any order, bound ones too.
+    // True when the driver returns long columns in any order, bound ones too.
     bool ReadsInAnyOrder() const { return getsDataFreely; }
 
     std::unique_ptr<Statement> NewStatement() override;

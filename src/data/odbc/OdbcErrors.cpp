@@ -49,7 +49,7 @@ constexpr Rule rules[] = {
     {Engine::Other, ErrorNumbers::Timeout, u"HYT"},
 };
 
-// What the engine's message lacks: what has happened to the user's work, and what to do.
+// What the engine's message lacks: what has become of the user's work, and what to do.
 struct Advice {
     Engine engine; // Other: every engine
     TextView sentence;
@@ -58,15 +58,15 @@ struct Advice {
     SQLINTEGER native{};
 };
 
-constexpr TextView metAnother = u"Another transaction changed the same rows at the same moment, so the server rolled "
-                                u"this one back. Try again, or load again to see what has changed.";
+constexpr TextView conflictAdvice = u"Another transaction changed the same rows at the same moment, so the server "
+                                    u"rolled this one back. Try again, or load again to see what has changed.";
 constexpr TextView lostServer =
     u"The connection to the server was lost, and with it what was not committed. Check that "
     u"the server is running and can be reached, and try again.";
 constexpr Advice advices[] = {
-    {Engine::MariaDB, metAnother, u"", u"", 1213},
-    {Engine::MariaDB, metAnother, u"", u"Deadlock found"},
-    {Engine::PostgreSQL, metAnother, u"40"},
+    {Engine::MariaDB, conflictAdvice, u"", u"", 1213},
+    {Engine::MariaDB, conflictAdvice, u"", u"Deadlock found"},
+    {Engine::PostgreSQL, conflictAdvice, u"40"},
     {Engine::MariaDB,
      u"This server has lost its connection to most of its cluster and accepts no statements until it is "
      u"restored. Connect to another node, or ask the administrator.",

@@ -1,4 +1,4 @@
-// From ODBC's diagnostics to the one exception, with the numbers that hosts know.
+// From ODBC's diagnostics to the one exception, with the numbers of ErrorNumbers.h.
 #pragma once
 
 #include "base/Error.h"
@@ -8,12 +8,12 @@
 namespace dax {
 
 struct Diagnostic {
-    Text state; // five characters, empty when the driver said nothing
+    Text state; // five characters, empty when the driver reported nothing
     SQLINTEGER native = 0;
     Text message; // without the bracketed names of the layers it came through
 };
 
-// The first record that is no mere warning.
+// The first record that is not a warning.
 Diagnostic ReadDiagnostic(SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dialect);
 int32_t NumberOf(const Diagnostic& diagnostic, Engine engine);
 // True when the manager found no such driver or could not load it.
@@ -23,7 +23,7 @@ bool DriverIsMissing(const Diagnostic& diagnostic);
 [[noreturn]] void ThrowDiagnostic(const Diagnostic& diagnostic, Engine engine);
 [[noreturn]] void ThrowOdbcError(SQLSMALLINT kind, SQLHANDLE handle, const Dialect& dialect);
 
-// Why a connection could not be opened. Hosts know three answers: the login was refused, the time was over, and
+// Why a connection could not be opened. Hosts distinguish three cases: the login was refused, a time-out, and
 // everything else, an unknown catalog included, whatever the engine calls it.
 [[noreturn]] void ThrowOpenError(SQLHDBC connection, const Dialect& dialect);
 

@@ -9,8 +9,8 @@ namespace dax {
 
 namespace {
 
-constexpr size_t usualBytes = 512;  // bound for a column at least
-constexpr size_t mostBytes = 32768; // longer texts are asked for one by one
+constexpr size_t usualBytes = 512; // bound for a column at least
+constexpr size_t maxBytes = 32768; // longer texts are fetched one by one
 
 FieldType FieldTypeOf(SQLSMALLINT type, SQLSMALLINT digits) {
     switch (type) {
@@ -47,11 +47,11 @@ OdbcRows::OdbcRows(OdbcStatement& executed)
     for (SQLSMALLINT column = 1; column <= count; ++column) Describe(static_cast<SQLUSMALLINT>(column));
     buffers.resize(columns.size());
     SQLFreeStmt(statement.Handle(), SQL_UNBIND);
-    if (statement.Owner().ReadsInAnyOrder()) return; // a column is bound once it was asked for
+    if (statement.Owner().ReadsInAnyOrder()) return; // a column is bound at its first use
     for (size_t i = 0; i < columns.size(); ++i) {
         const SQLULEN size = sizes[i];
-        const bool isShort = size > 0 && size < mostBytes / 8;
-        // A driver with the strict rules gives what is not bound only behind the last bound column, and in order.
+        const bool isShort = size > 0 && size < maxBytes / 8;
+        // A driver with the strict rules returns unbound columns only after the last bound one, and in order.
         if (!isShort) break;
         BindColumn(i, (std::max<size_t>(size, 40) + 1) * 4);
     }
@@ -145,14 +145,14 @@ void OdbcRows::Load(size_t column) {
     if (!isEmpty) LoadPieces(column, buffer.length > 0 ? static_cast<size_t>(buffer.length) : 0);
     // The next rows are likely to be as long.
     const SQLLEN length = buffer.length;
-    if (length >= static_cast<SQLLEN>(mostBytes / 2) || !statement.Owner().ReadsInAnyOrder()) return;
+    if (length >= static_cast<SQLLEN>(maxBytes / 2) || !statement.Owner().ReadsInAnyOrder()) return;
     BindColumn(column, std::max(usualBytes, static_cast<size_t>(std::max<SQLLEN>(length, 0)) * 2 + 2));
     buffer.length = length;
 }
 
 void OdbcRows::LoadPieces(size_t column, size_t known) {
     Buffer& buffer = buffers[column];
-    buffer.whole.resize(known > 0 ? known + static_cast<size_t>(unitSize) : mostBytes);
+    buffer.whole.resize(known > 0 ? known + static_cast<size_t>(unitSize) : maxBytes);
     for (size_t done = 0;;) {
         SQLLEN length = 0;
         const auto room = static_cast<SQLLEN>(buffer.whole.size() - done);

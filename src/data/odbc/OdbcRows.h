@@ -16,7 +16,7 @@ public:
     bool IsNull(size_t column);
     // Valid until the next row; NULL is empty.
     TextView FieldText(size_t column);
-    // The same behind a text that collects many; false, and nothing, for NULL.
+    // Appends it to a text; false, and no change, for NULL.
     bool AppendField(size_t column, Text& text);
 
 private:
@@ -26,7 +26,7 @@ private:
         Text decoded;            // the value as a text
         SQLLEN length = 0;       // bytes, or SQL_NULL_DATA, or SQL_NO_TOTAL
         bool isBound = false;
-        bool isLoaded = false;  // the value of the current row stands in bytes or whole
+        bool isLoaded = false;  // the value of the current row is in bytes or whole
         bool isDecoded = false; // and in decoded
     };
     void Describe(SQLUSMALLINT column);

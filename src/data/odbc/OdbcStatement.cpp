@@ -31,7 +31,7 @@ SQLSMALLINT TypeOfText(size_t length) { return length <= 255 ? SQL_WVARCHAR : SQ
 
 OdbcStatement::OdbcStatement(OdbcConnection& connection) : owner(connection), handle(connection.Handle()) {
     if (!handle) ThrowOdbcError(SQL_HANDLE_DBC, connection.Handle(), connection.SqlDialect());
-    // Braces in our texts are never ODBC escapes. A driver that cannot be told looks only outside quotes anyway.
+    // Braces in our texts are never ODBC escapes. A driver without the attribute looks only outside quotes anyway.
     SQLSetStmtAttr(handle.Get(), SQL_ATTR_NOSCAN, reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(SQL_NOSCAN_ON)),
                    0);
     if (owner.StatementLimit() > 0)

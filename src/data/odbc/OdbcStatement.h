@@ -18,7 +18,7 @@ public:
 
     int64_t RowCount() const override;
     const std::vector<Column>& OpenRows() override;
-    // True when what ran last gives rows, which are to be closed.
+    // True when the last statement returned rows, which are to be closed.
     bool ReturnsRows() const;
     const std::vector<Column>& Columns() const; // of the rows that are open
     bool Next() override;

@@ -8,7 +8,7 @@ namespace dax {
 
 namespace {
 
-constexpr size_t mostDigits = 18; // surely a whole number of 64 bits
+constexpr size_t maxDigits = 18; // always fits 64 bits
 
 bool ChangesRows(TextView statement) {
     TextReader reader(statement);
@@ -27,7 +27,7 @@ bool HasWord(TextView text, TextView word) {
 } // namespace
 
 bool StatementShape::Read(TextView statement) {
-    words.clear();
+    text.clear();
     literals.clear();
     if (!ChangesRows(statement)) return false;
     size_t copied = 0;
@@ -64,21 +64,21 @@ bool StatementShape::Read(TextView statement) {
                 ++at;
         }
     }
-    words.append(statement.substr(copied));
+    text.append(statement.substr(copied));
     return !literals.empty();
 }
 
-bool StatementShape::MayRepeat() const { return !HasWord(words, u"BY"); }
+bool StatementShape::MayRepeat() const { return !HasWord(text, u"BY"); }
 
 bool StatementShape::TakeText(TextView statement, size_t& at, size_t& copied) {
     if (TextReader::IsWordUnit(statement[at - 1])) return false; // x'00'
-    words.append(statement.substr(copied, at - copied));
+    text.append(statement.substr(copied, at - copied));
     const size_t begin = at + 1;
     size_t end = statement.find(u'\'', begin);
     while (end != TextView::npos && statement.substr(end + 1).starts_with(u'\'')) end = statement.find(u'\'', end + 2);
     if (end == TextView::npos) return false;
     literals.push_back({statement.substr(begin, end - begin), true, 0});
-    words.push_back(u'?');
+    text.push_back(u'?');
     at = copied = end + 1;
     return at == statement.size() || !TextReader::IsWordUnit(statement[at]);
 }
@@ -90,15 +90,15 @@ void StatementShape::TakeNumber(TextView statement, size_t& at, size_t& copied) 
     const auto joins = [&](size_t place) {
         return place < statement.size() && (TextReader::IsWordUnit(statement[place]) || statement[place] == u'.');
     };
-    if (joins(begin - 1) || joins(at) || at - begin > mostDigits) {
+    if (joins(begin - 1) || joins(at) || at - begin > maxDigits) {
         while (joins(at)) ++at;
         return;
     }
     sqlite3_int64 number = 0;
     for (size_t i = begin; i < at; ++i) number = number * 10 + (statement[i] - u'0');
-    words.append(statement.substr(copied, begin - copied));
+    text.append(statement.substr(copied, begin - copied));
     literals.push_back({{}, false, number});
-    words.push_back(u'?');
+    text.push_back(u'?');
     copied = at;
 }
 

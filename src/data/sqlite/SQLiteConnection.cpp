@@ -12,14 +12,14 @@ namespace dax {
 
 namespace {
 
-// What no course needs and a hostile file could make much of. Texts of many million units must do.
+// Limits against hostile files, which no course reaches. Texts of many million units must be possible.
 constexpr std::pair<int, int> fileLimits[] = {
     {SQLITE_LIMIT_LENGTH, 512 << 20},    {SQLITE_LIMIT_SQL_LENGTH, 512 << 20}, {SQLITE_LIMIT_COLUMN, 1000},
     {SQLITE_LIMIT_COMPOUND_SELECT, 100}, {SQLITE_LIMIT_VDBE_OP, 5'000'000},    {SQLITE_LIMIT_TRIGGER_DEPTH, 50},
     {SQLITE_LIMIT_ATTACHED, 0},          {SQLITE_LIMIT_WORKER_THREADS, 0},
 };
 
-// Steps of the engine between two looks at the clock: some milliseconds.
+// Steps of the engine between two checks of the time limit: some milliseconds.
 constexpr int stepsBetweenLooks = 100'000;
 
 } // namespace
@@ -32,7 +32,7 @@ SQLiteConnection::SQLiteConnection(const ConnectionTarget& target)
     const SQLiteWaiting waiting(wait);
     Open(target);
     Protect();
-    // A file that is none shows itself only now.
+    // A file that is no database is detected only now.
     Run("SELECT Count(*) FROM sqlite_master");
     Apply(target.file);
     wait.SetLimit(target.file.lockTimeout);

@@ -1,5 +1,5 @@
-// An open SQLite file and its transaction, by SQLite's own interface. Files come from strangers: nothing in one may
-// reach beyond it, and no call waits for ever.
+// An open SQLite file and its transaction, by SQLite's own interface. Files may be from anywhere: nothing in one may
+// affect anything else, and no call waits for ever.
 #pragma once
 
 #include "data/ConnectionString.h"
@@ -34,7 +34,7 @@ public:
     void RequireTransaction() const;
     // Throws Error for any result but success. A statement that ran too long fails as a time-out.
     void Check(int result);
-    // The next call into the engine has all its time before it.
+    // Restarts the time limit for the next call into the engine.
     void StartWork() { ++works; }
 
 private:

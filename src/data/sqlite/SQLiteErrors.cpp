@@ -43,13 +43,13 @@ int32_t NumberOfCode(int result, const Text& message) {
 }
 
 // " (the system says: ...)", when it says something.
-Text SystemsWords(sqlite3* file) {
+Text SystemErrorText(sqlite3* file) {
     const int code = file ? sqlite3_system_errno(file) : 0;
     if (code == 0) return {};
     return u" (the system says: " + FromUtf8(std::system_category().message(code)) + u")";
 }
 
-// What the user can do about it; the engine's own message where nothing more is known.
+// What the user can do about it; the engine's own message otherwise.
 Text SentenceOf(sqlite3* file, int result, const Text& message, const Text& path) {
     const Text name = u"'" + path + u"'";
     switch (result & 0xFF) {
@@ -81,11 +81,11 @@ Text SentenceOf(sqlite3* file, int result, const Text& message, const Text& path
         return u"The database file " + name + u" is damaged (" + message +
                u"). Put a copy of it in its place, or have it repaired with SQLite's own tool.";
     case SQLITE_IOERR:
-        return u"The database file " + name + u" could not be read or written" + SystemsWords(file) +
+        return u"The database file " + name + u" could not be read or written" + SystemErrorText(file) +
                u". Check the disk, or the network on which the file lies.";
     case SQLITE_CANTOPEN:
         return u"The database file " + name + u", or a file beside it that is needed, cannot be opened" +
-               SystemsWords(file) + u". Check that you may read it and may write into its folder.";
+               SystemErrorText(file) + u". Check that you may read it and may write into its folder.";
     case SQLITE_NOMEM:
         return u"There is not enough memory to work on the database file " + name + u".";
     case SQLITE_INTERRUPT:

@@ -19,11 +19,11 @@ namespace fs = std::filesystem;
 [[noreturn]] void RefuseFile(Text description) { throw Error(ErrorNumbers::Unspecified, std::move(description)); }
 
 // The first bytes, read by SQLite's own means: on Unix a program that closes a file, wherever it has opened it, gives
-// back all its locks on that file, and SQLite alone knows which it holds.
+// back all its locks on that file, and only SQLite keeps track of them.
 FileKind KindByContent(const Text& path) {
     sqlite3_vfs* const system = sqlite3_vfs_find(SQLiteFileSystem());
     if (!system) return FileKind::Unknown;
-    // SQLite's own names stand between zeros, which some file systems look at.
+    // SQLite's own names are between zeros, which some file systems read.
     const std::string name = std::string(4, '\0') + SQLiteName(path) + std::string(4, '\0');
     std::vector<std::max_align_t> memory(static_cast<size_t>(system->szOsFile) / sizeof(std::max_align_t) + 1);
     auto* const file = reinterpret_cast<sqlite3_file*>(memory.data());

@@ -10,7 +10,7 @@ namespace dax {
 // Throws Error for what cannot be a database: nothing there, a folder, a pipe or device, an Access file.
 void RequireDatabaseFile(const Text& path);
 
-// The path as a file name that SQLite takes for nothing else: it knows names of databases in memory and URIs.
+// The path in a form that SQLite cannot take for a URI or the name of a database in memory.
 std::string SQLiteName(const Text& path);
 
 } // namespace dax

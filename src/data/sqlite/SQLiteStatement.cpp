@@ -11,7 +11,7 @@ namespace dax {
 namespace {
 
 struct DeclaredType {
-    TextView word; // as it may stand anywhere in a declaration
+    TextView word; // anywhere in a declaration
     FieldType type;
 };
 
@@ -30,7 +30,7 @@ FieldType TypeOfDeclaration(TextView declaration) {
     return FieldType::Text;
 }
 
-// Bytes as a person writes them into a statement.
+// Bytes as a literal of a statement.
 void AppendBytes(const void* bytes, size_t count, Text& text) {
     constexpr TextView digits = u"0123456789ABCDEF";
     const auto* const first = static_cast<const unsigned char*>(bytes);
@@ -100,24 +100,24 @@ void SQLiteStatement::Finish(sqlite3_int64 changesBefore) {
     if (sqlite3_total_changes64(owner->Handle()) != changesBefore) changes = sqlite3_changes64(owner->Handle());
 }
 
-// True when it was done this way. What cannot be compiled without its literals goes with them.
+// True when it was run this way. What cannot be compiled without its literals is run with them.
 bool SQLiteStatement::RunRepeated(TextView text) {
     if (!shape.Read(text)) return false;
-    if (shape.Words() != lastWords) {
+    if (shape.Template() != lastTemplate) {
         repeated.reset();
-        lastWords = shape.MayRepeat() ? shape.Words() : Text();
+        lastTemplate = shape.MayRepeat() ? shape.Template() : Text();
         return false;
     }
     if (!repeated) {
         try {
-            repeated = Compile(lastWords, SQLITE_PREPARE_PERSISTENT);
+            repeated = Compile(lastTemplate, SQLITE_PREPARE_PERSISTENT);
         } catch (const Error&) {
-            lastWords.clear();
+            lastTemplate.clear();
             return false;
         }
         if (sqlite3_column_count(repeated.get()) != 0) {
             repeated.reset();
-            lastWords.clear();
+            lastTemplate.clear();
             return false;
         }
     }
@@ -194,7 +194,7 @@ Column SQLiteStatement::Describe(int column) const {
     described.name = FromUtf8(name);
     if (const char* const declared = sqlite3_column_decltype(handle.get(), column)) {
         described.type = TypeOfDeclaration(FromUtf8(declared));
-    } else if (hasRow) { // what an expression gives is known from its first value only
+    } else if (hasRow) { // the type of an expression is known from its first value only
         const int type = sqlite3_column_type(handle.get(), column);
         described.type = type == SQLITE_INTEGER ? FieldType::Integer
                          : type == SQLITE_FLOAT ? FieldType::Fraction
@@ -211,7 +211,7 @@ bool SQLiteStatement::Next() {
     }
     if (hasRow) Step(handle.get());
     if (hasRow) return true;
-    handle.reset(); // no lock stays behind
+    handle.reset(); // keeps no lock
     return false;
 }
 
@@ -232,7 +232,7 @@ const SQLiteStatement::Field& SQLiteStatement::Read(size_t column) {
     return field;
 }
 
-// The value is asked for once and then for what it is: on a connection without mutexes that is allowed, and a third of
+// The value is fetched once, then read: on a connection without mutexes that is allowed, and saves a third of
 // the calls.
 bool SQLiteStatement::Append(sqlite3_value* value, Text& text) const {
     switch (sqlite3_value_type(value)) {
@@ -269,7 +269,7 @@ void SQLiteStatement::Close() noexcept {
 }
 
 void SQLiteStatement::Cancel() noexcept {
-    // The engine would end whatever it does on this connection, so it is told only while it works for this statement.
+    // The engine would end whatever runs on this connection, so it is interrupted only while this statement runs.
     if (!owner || !isRunning) return;
     owner->Wait().Cancel();
     sqlite3_interrupt(owner->Handle());

@@ -23,7 +23,7 @@ public:
     void Close() noexcept override;
     void Cancel() noexcept override;
 
-    // The connection goes: what is asked of this from now on is an error.
+    // The connection is being closed: every later call throws Error.
     void Abandon() noexcept;
 
 protected:
@@ -58,8 +58,8 @@ private:
     std::vector<Column> columns;
     std::vector<Field> fields;
     StatementShape shape;
-    Text lastWords;                 // of the last statement that had a shape; empty: none that may repeat
-    SQLiteStatementHandle repeated; // compiled from them, once they came again
+    Text lastTemplate;              // of the last statement that can be repeated; empty: none
+    SQLiteStatementHandle repeated; // compiled from it at the second use
 };
 
 } // namespace dax

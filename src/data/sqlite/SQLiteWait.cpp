@@ -16,7 +16,7 @@ namespace {
 
 thread_local SQLiteWait* waitOfThread = nullptr;
 
-// The default file system under another name. Every call goes on to it as it stands then.
+// The default file system under another name. Every call is forwarded to the current default.
 struct ForwardingFileSystem {
     sqlite3_vfs own{};
     sqlite3_vfs* base;

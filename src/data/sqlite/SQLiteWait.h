@@ -8,7 +8,7 @@ namespace dax {
 
 using WaitClock = std::chrono::steady_clock;
 
-// The wait of one connection. SQLite waits in several places, each of which counts for itself: here all waits within
+// The wait of one connection. SQLite waits in several places, each with a limit of its own: here all waits within
 // one statement share one limit.
 class SQLiteWait {
 public:
