@@ -1,4 +1,4 @@
-// What a host says about the place where a control stands. Colours and font are the system's where it says nothing.
+// A host's ambient properties for a control. Colours and font default to the system's.
 #pragma once
 
 #include "base/Text.h"

@@ -21,7 +21,7 @@ struct AddedListener {
     size_t number;
 };
 
-// Ends a listener with its own end, or with the next assignment; either may outlive the event.
+// Removes a listener when destroyed or assigned; it may exist longer than the event.
 class Subscription {
 public:
     Subscription() = default;
@@ -54,7 +54,7 @@ public:
 
     bool IsEmpty() const { return listeners->entries.empty(); }
 
-    // Arguments of reference type let a listener answer.
+    // Through arguments of reference type a listener returns values.
     void Raise(Arguments... arguments) const {
         const std::weak_ptr<List> alive = listeners;
         const std::vector<Entry> calling = listeners->entries;

@@ -57,7 +57,7 @@ TextView ListModel::Cell(size_t item, size_t column) const {
     return cells[items[item].firstCell + column];
 }
 
-// Its cells move to the end; where they stood remains unused.
+// Its cells move to the end; their former place remains unused.
 void ListModel::WidenItem(ListItem& item, size_t count) {
     const size_t first = cells.size();
     cells.resize(first + count);

@@ -1,4 +1,4 @@
-// The rows and columns of a report list. The model is the truth; a window mirrors it and reports the selection to it.
+// The rows and columns of a report list. A window shows the model and reports the user's selection to it.
 #pragma once
 
 #include "base/Text.h"
@@ -11,7 +11,7 @@
 namespace dax {
 
 struct ListColumn {
-    Text key;     // finds the column, whatever stands before it
+    Text key;     // identifies the column, whatever its position
     Text caption; // header text
     Text tag;     // the host's own; the lock list keeps the column to sort by here
 };
@@ -28,7 +28,7 @@ class ListModelListener {
 public:
     virtual ~ListModelListener() = default;
     virtual void ColumnsChanged() = 0;
-    virtual void ItemsChanged() = 0; // rows came or went: read all of them again when painting next
+    virtual void ItemsChanged() = 0; // rows were added or removed: read all of them again when painting next
     virtual void AutosizeColumns() = 0;
 };
 
@@ -47,7 +47,7 @@ public:
     int ColumnIndex(TextView key) const;
 
     void ClearItems();
-    // Changes are told once at the end of a filling; between the two the window shows what it showed.
+    // The window is notified once, at EndFilling; until then it shows the former rows.
     void BeginFilling() { ++filling; }
     void EndFilling();
     size_t AddItem(TextView firstCell);
@@ -79,7 +79,7 @@ private:
 
     std::vector<ListColumn> columns;
     std::vector<ListItem> items;
-    std::vector<TextView> cells; // those of one item stand together, by the position of the column
+    std::vector<TextView> cells; // those of one item are adjacent, in the order of the columns
     std::vector<Text>
         blocks; // their texts, many in one: a text of its own for each takes most of the time of a filling
     size_t currentBlock = 0;

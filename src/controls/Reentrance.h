@@ -1,5 +1,5 @@
 // For objects whose listeners may change, reload or release them while they are called. There is one pattern: a call
-// that goes on after an event takes a RevisionCheck before it, and afterwards goes on only while that is current;
+// that continues after an event creates a RevisionCheck before it, and continues only while that is current;
 // where the object is shared, the call also holds it (shared_from_this, or a reference of a COM object).
 #pragma once
 
@@ -30,7 +30,7 @@ public:
 
 private:
     std::weak_ptr<uint64_t> alive;
-    const uint64_t* number; // locking `alive` would cost more where many steps ask
+    const uint64_t* number; // locking `alive` would cost more in loops
     uint64_t seen;
 };
 

@@ -34,7 +34,7 @@ void EditHistory::Clear() {
     done.clear();
     undone.clear();
     open = {};
-    isOpenCut = true;
+    isOpenDiscarded = true;
     stored.clear();
 }
 
@@ -45,7 +45,7 @@ void EditHistory::Saved() {
 
 void EditHistory::Begin() {
     if (depth++ > 0) return;
-    isOpenCut = false;
+    isOpenDiscarded = false;
     open.saves = saves;
     open.selectedBefore = SelectedKey();
 }
@@ -53,7 +53,7 @@ void EditHistory::Begin() {
 void EditHistory::End() {
     if (--depth > 0) return;
     Step step = std::exchange(open, {});
-    if (isOpenCut || step.changes.empty()) return;
+    if (isOpenDiscarded || step.changes.empty()) return;
     step.selectedAfter = SelectedKey();
     try {
         done.push_back(std::move(step));
@@ -159,7 +159,7 @@ void EditHistory::Apply(Change& change, bool undo) {
     }
 }
 
-// Between two saves the lists return exactly, order included. Over a save they follow from what the database has.
+// Between two saves the lists are restored exactly, order included. Across a save they follow from the database.
 void EditHistory::ApplyPending(Step& step, bool undo) {
     const std::vector<PendingChange> before = std::exchange(step.pending, {});
     open.pending.clear();

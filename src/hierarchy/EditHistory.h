@@ -1,4 +1,4 @@
-// What each edit of a hierarchy changed, so that it can be taken back and done again: places, texts, expansion, the
+// What each edit of a hierarchy changed, for undo and redo: places, texts, expansion, the
 // selection, and the identifiers whose rows are still to be inserted or deleted.
 #pragma once
 
@@ -12,10 +12,10 @@
 
 namespace dax {
 
-// Memory goes with what was changed, not with the size of the tree.
+// Memory grows with the number of changes, not with the size of the tree.
 class EditHistory : private TreeListener {
 public:
-    static constexpr size_t longest = 1000; // edits; the oldest ones are forgotten
+    static constexpr size_t longest = 1000; // edits; the oldest ones are dropped
 
     EditHistory(NodeTree& tree, IDCollection& added, IDCollection& deleted);
     ~EditHistory() override;
@@ -73,12 +73,12 @@ private:
         IDCollection* list;
         Text id;
         bool isAdded;
-        Text next = {}; // the identifier that stood behind a removed one
+        Text next = {}; // the identifier that followed a removed one
     };
     struct Step {
         std::vector<Change> changes;
         std::vector<PendingChange> pending; // of the last time that the edit was done or undone
-        unsigned saves = 0;                 // how often had been saved by then
+        unsigned saves = 0;                 // the number of saves before
         std::optional<Text> selectedBefore, selectedAfter;
     };
 
@@ -110,7 +110,7 @@ private:
     std::deque<Step> done;
     std::vector<Step> undone;
     Step open;
-    bool isOpenCut = false; // the tree was loaded anew within the edit, which is not kept
+    bool isOpenDiscarded = false; // the tree was reloaded within the edit, which is dropped
     int depth = 0;
     unsigned saves = 0;
     // Whether the database has the row, for lessons that came or left since the last save. For others it follows from

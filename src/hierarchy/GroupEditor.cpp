@@ -184,7 +184,7 @@ void GroupEditor::RemoveLesson(const Text& lessonID, bool includeChildren) {
     const RevisionCheck shown(revision);
     const EditHistory::Edit edit(history);
     {
-        // What was selected is told when everything stands.
+        // The selection is reported when everything is loaded.
         const TreeUpdate update(tree);
         if (includeChildren) {
             const IDCollection keys = modTVW::GetDescendantKeys(node);

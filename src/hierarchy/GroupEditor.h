@@ -24,8 +24,8 @@ public:
     bool SingleExpand() const { return isSingleExpand; }
     void SetSingleExpand(bool single);
     // When true, SaveDatabase saves nothing once another author has changed the rows of the hierarchy since they were
-    // loaded or last saved: Error with ErrorNumbers::Conflict names what he did, and the edits stay in the tree. When
-    // false, the default, the last who saves wins.
+    // loaded or last saved: Error with ErrorNumbers::Conflict names the changes, and the edits stay in the tree. When
+    // false, the default, the last save wins.
     bool ConflictCheck() const { return checksConflicts; }
     void SetConflictCheck(bool check);
     int32_t NodeCount() const { return tree.Count(); }
@@ -54,26 +54,26 @@ public:
     void MoveCurrent(GroupMovementTypes movement);
 
     // Adding, updating, removing, moving and dropping are undone and done again, the last edit first, a thousand of
-    // them. A save keeps them, loading and Clear forget them. Both raise DataChanged, and AfterSelectionChange when
-    // another entry is selected. Like a movement they are not possible while the editor is locked or a drag goes on;
+    // them. A save keeps them, loading and Clear drop them. Both raise DataChanged, and AfterSelectionChange when
+    // another entry is selected. Like a movement they are not possible while the editor is locked or during a drag;
     // then, and when there is nothing to undo, they do nothing.
     bool CanUndo() const;
     void Undo();
     bool CanRedo() const;
     void Redo();
 
-    // The empty identifier is the database's.
+    // The empty identifier is that of the database.
     Text GetLessonTitle(const Text& lessonID) const;
     Text GetLessonIdentifier(const Text& lessonID) const;
     LessonTypes GetLessonType(const Text& lessonID) const;
     int32_t GetChildLessonCount(const Text& lessonID) const; // descendants at every depth; 0 for the database
     IDCollection GetChildLessonIDCollection(const Text& lessonID) const;
     // Selects the next entry in whose title, identifier or lessonID the text occurs, whatever its case, and returns its
-    // lessonID; empty when there is none. The search begins behind the selected entry, goes down the tree whether
+    // lessonID; empty when there is none. The search begins after the selected entry, goes down the tree whether
     // expanded or not, and, when it wraps around, ends before that entry. The database itself is never found. As in the
     // lesson map, all three fields are looked at, whatever `findType` says.
     Text FindLesson(const Text& text, FindTypes findType, bool wrapAround);
-    // As loaded; null for a lesson that came later.
+    // As loaded; null for a lesson that was added later.
     std::shared_ptr<PropertyCollection> GetLessonProperties(const Text& lessonID);
     std::shared_ptr<PropertyCollection> GetAggregateProperties(const Text& lessonID) const;
     std::shared_ptr<PropertyCollection> GetLessonTokens(const Text& lessonID) const;
@@ -88,7 +88,7 @@ public:
     void ReadProperties(PropertyBag& bag);
     void WriteProperties(PropertyBag& bag) const;
 
-    // The window that mirrors Tree(); null before it goes.
+    // The window that shows Tree(); null before it is destroyed.
     void AttachWindow(TreeWindow* newWindow);
     NodeTree& Tree() { return tree; }
     const LMEDragDropSupport& DragDrop() const { return dragDrop; }
@@ -107,7 +107,7 @@ public:
 private:
     explicit GroupEditor(PropertyCollectionFactory factory);
     void MarkChanged();
-    void ShowSelected(); // its row comes into view
+    void ShowSelected(); // scrolls its row into view
     void BeginLoading();
     void EndLoading();
     void Empty();

@@ -1,4 +1,4 @@
-// What mouse and keys in the tree window mean.
+// Handles mouse and keys of the tree window.
 
 #include "hierarchy/GroupEditor.h"
 #include "tree/modTVW.h"
@@ -47,7 +47,7 @@ void GroupEditor::OnMouseMove(MouseButton button, Point point) {
     const auto self = shared_from_this();
     if (dragDrop.ShouldBeginDrag()) {
         if (Node* const node = window->HitTest(point).node) tree.Select(node);
-        // A listener may have changed everything, and whatever forbids a drag cancels what was pressed.
+        // A listener may have changed everything; whatever forbids a drag cancels the press.
         if (!dragDrop.ShouldBeginDrag()) return;
         subclasser.SetActive(false);
         dragDrop.BeginDrag();
@@ -62,7 +62,7 @@ void GroupEditor::OnMouseUp(MouseButton button) {
 }
 
 void GroupEditor::OnCollapsed(Node& node) {
-    if (!node.Parent()) CollapseAll(); // the root never stays collapsed: it folds every group instead
+    if (!node.Parent()) CollapseAll(); // the root never stays collapsed: every group is collapsed instead
 }
 
 void GroupEditor::OnTimer(TreeTimer timer) {

@@ -1,4 +1,4 @@
-// The questions about lessons.
+// The queries about lessons.
 
 #include "base/TextComparison.h"
 #include "hierarchy/GroupEditor.h"
@@ -73,7 +73,7 @@ std::shared_ptr<PropertyCollection> GroupEditor::GetAggregateProperties(const Te
         }
         ++lessons;
         const auto properties = lessonPropertyStore.Peek(id, scratch);
-        if (!properties) return; // it came after the last load
+        if (!properties) return; // it was added after the last load
         storyboards += GetNumber(*properties, u"StoryboardCount", 0);
         classification.Add(*properties);
     };

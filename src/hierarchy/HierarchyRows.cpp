@@ -53,7 +53,7 @@ void WriteUpdate(Text& statement, const Node& node) {
     statement.append(u" WHERE lessonID = '").append(node.Key()).append(u"'");
 }
 
-// Statements collected to a number worth sending; their texts' memory is used again.
+// Collects statements into batches; the memory of their texts is reused.
 class Batch {
 public:
     Batch(Connection& connection, int64_t total, const HierarchyProgress& progress)
@@ -161,7 +161,7 @@ void Save(const Text& connectionString, NodeTree& tree, const IDCollection& dele
         modDB::CloseConnectionObjects(nullptr, &connection, true);
         throw;
     }
-    // What is committed is saved, whatever closing says.
+    // What is committed is saved, even when closing fails.
     modDB::CloseConnectionObjects(nullptr, &connection, false);
     known = std::move(written);
 }

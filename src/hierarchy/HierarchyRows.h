@@ -9,12 +9,12 @@
 
 namespace dax {
 
-// Hears how far a long operation is. It must not call the component back.
+// Receives the progress of a long operation. It must not call the component back.
 using HierarchyProgress = std::function<void(int64_t done, int64_t total)>; // total 0: not known
 
 namespace HierarchyRows {
 
-// The node pictures, by their place in the picture list, from 1.
+// The node pictures, by their index in the picture list, from 1.
 enum Pictures : int { picDatabase = 1, picGroup = 2, picLesson = 3, picOther = 4 };
 
 int PictureOf(int32_t lessonType);

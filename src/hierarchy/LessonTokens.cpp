@@ -12,7 +12,7 @@ Text Safe(const Text& name) { return modGeneric::MakeValidFileName(name, u"_"); 
 
 using Field = Text (Node::*)() const;
 
-// From the top-level ancestor, the last in `line`, down to line[first]. Joined at once: a lesson may lie deep.
+// From the top-level ancestor, the last in `line`, down to line[first]. Joined in one step: a lesson may be deep.
 Text JoinPath(const std::vector<const Node*>& line, size_t first, Field field) {
     Text path;
     for (size_t i = line.size(); i-- > first;) {
@@ -29,7 +29,7 @@ void SetLessonTokens(const Node* lesson, PropertyCollection& tokens) {
     std::vector<const Node*> line; // the lesson, its parent and so on, the root left out
     for (const Node* node = lesson; node->Parent(); node = node->Parent()) line.push_back(node);
     const Node& top = *line.back();
-    // A top-level lesson stands for its own parent.
+    // A top-level lesson counts as its own parent.
     const size_t parent = line.size() > 1 ? 1 : 0;
 
     tokens.SetValue(u"LessonTitle", lesson->Caption());

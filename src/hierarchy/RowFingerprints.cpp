@@ -12,13 +12,13 @@ namespace dax {
 
 namespace {
 
-constexpr size_t mostNamed = 10;
+constexpr size_t maxNamed = 10;
 
 // Four units at a time, since every row that is loaded is hashed.
 class Hash {
 public:
     Hash& Add(TextView text) {
-        uint64_t part = text.size(); // two texts do not run together
+        uint64_t part = text.size(); // so that moving text from one field to the next changes the hash
         Mix(part);
         constexpr size_t units = sizeof part / sizeof(char16_t);
         for (; text.size() >= units; text.remove_prefix(units)) {
@@ -53,13 +53,13 @@ class Report {
 public:
     void Add(TextView title, TextView what) { AddEntry(u"'" + Text(Shorten(title, 60)) + u"'", what); }
     void AddEntry(const Text& entry, TextView what) {
-        if (++count > mostNamed) return;
+        if (++count > maxNamed) return;
         text += (text.empty() ? u"" : u", ") + entry + u" " + Text(what);
     }
     bool IsEmpty() const { return count == 0; }
     Text Sentence() const {
         Text more;
-        if (count > mostNamed) more = u" and " + ToText(static_cast<long long>(count - mostNamed)) + u" more";
+        if (count > maxNamed) more = u" and " + ToText(static_cast<long long>(count - maxNamed)) + u" more";
         return u"Another author has changed the course since it was loaded, so nothing was saved: " + text + more +
                u". Load it again to see the changes.";
     }
@@ -116,7 +116,7 @@ void RowFingerprints::Check(Connection& connection, const NodeTree& tree) {
             report.Add(node->Caption(), u"was removed");
             ++named;
         }
-        // What this author has removed as well is no longer in the tree, and nor is its title.
+        // What this author has removed, too, is not in the tree, and neither is its title.
         for (auto gone = std::ranges::count(isThere, false) - static_cast<std::ptrdiff_t>(named); gone > 0; --gone)
             report.AddEntry(u"an entry that you have removed, too,", u"was removed");
     }

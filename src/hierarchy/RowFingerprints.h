@@ -1,5 +1,5 @@
-// What the rows of velmoraLessons were like when they were last read or written, in a few bytes for each: enough to see
-// what another author has done to them since.
+// Hashes of the rows of velmoraLessons as they were last read or written, a few bytes for each: enough to detect
+// what another author has changed since.
 #pragma once
 
 #include "base/IDCollection.h"
@@ -21,9 +21,9 @@ public:
     void Add(const Row& row);
     size_t Count() const { return rows.size(); }
 
-    // Inside a transaction: holds other writers off until its end, reads the rows and compares. Throws Error with
+    // Inside a transaction: blocks other writers until its end, reads the rows and compares. Throws Error with
     // ErrorNumbers::Conflict, which names up to ten entries and what happened to each, when they are not the same.
-    // Titles of entries that are gone come from the tree.
+    // Titles of deleted entries come from the tree.
     void Check(Connection& connection, const NodeTree& tree);
 
 private:

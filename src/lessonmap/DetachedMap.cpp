@@ -42,7 +42,7 @@ void DetachedMap::WriteBack() {
 
 namespace {
 
-// Such that no page of the lesson has it.
+// A key that no page of the lesson has.
 Text RootKeyFor(const StoryboardMap& map, const Storyboards& storyboards) {
     const Text name = map.Name(), base = name.empty() ? Text(u"key") : name;
     Text key = base;

@@ -1,4 +1,4 @@
-// A map in a tree of its own, beside the one that is shown: the way to the layout of a map that is hidden.
+// A map in a tree of its own, apart from the one that is shown: for changing the layout of a hidden map.
 #pragma once
 
 #include "base/IDCollection.h"
@@ -9,9 +9,9 @@ namespace dax {
 
 class DetachedMap {
 public:
-    // Has the map fill the tree under a root with that key. Throws Error when it does not leave the root alone.
+    // Makes the map fill the tree under a root with that key. Throws Error when it changes the root.
     DetachedMap(std::shared_ptr<StoryboardMap> map, Text rootKey);
-    ~DetachedMap(); // what a host has kept of the nodes is gone from then on
+    ~DetachedMap(); // references that a host holds to the nodes become invalid
     DetachedMap(const DetachedMap&) = delete;
     DetachedMap& operator=(const DetachedMap&) = delete;
 

@@ -1,4 +1,4 @@
-// The editing part of LessonMapEditor: storyboards that come, go, move, and are checked.
+// The editing part of LessonMapEditor: adding, removing, moving and checking storyboards.
 #include "lessonmap/LessonMapEditor.h"
 
 #include "lessonmap/DetachedMap.h"
@@ -18,7 +18,7 @@ std::shared_ptr<Storyboards> StoryboardsOf(const Lesson& lesson) {
     return storyboards;
 }
 
-// The new node stands after the selected one; first in the default map when that is none or a map.
+// The new node is placed after the selected one; first in the default map when that is none or a map.
 Node& AddNode(NodeTree& tree, const Text& sbid) {
     Node* const selected = tree.Selected();
     if (selected && selected->Parent()) return tree.Add(selected, Place::After, sbid);
@@ -26,7 +26,7 @@ Node& AddNode(NodeTree& tree, const Text& sbid) {
     return tree.Add(tree.First(), Place::FirstChild, sbid);
 }
 
-// Takes the node away, its branch with it or put in its place, and returns whose nodes are gone.
+// Removes the node, with its branch or replaced by it, and returns the storyboards of the removed nodes.
 IDCollection RemoveNode(NodeTree& tree, Node& node, bool includeChildren) {
     const TreeUpdate update(tree);
     IDCollection removed;
@@ -86,7 +86,7 @@ void LessonMapEditor::AddStoryboard(const StoryboardRef& storyboard) {
             Refuse(u"The storyboard cannot be added: a map has the name '" + sbid + u"'.");
         }
         if (showDefaultMapOnly && !tree->Find(sbid)) {
-            // A page that a hidden map lists moves to the one that is shown: none stands in two maps. A map may also
+            // A page that a hidden map lists moves to the one that is shown: none is in two maps. A map may also
             // list one that the lesson does not have any more.
             IDCollection moved;
             moved.Add(sbid);
@@ -198,7 +198,7 @@ void LessonMapEditor::OnDrop(Node& dragged, const DropTarget& target) {
     const LessonRef was = lesson;
     if (!was || !dragged.Parent()) return;
     bool isKept = false;
-    TellFailures(u"Drop", [&] {
+    ReportFailures(u"Drop", [&] {
         const OperationGuard busy(*this);
         const NotificationGuard silence(*this);
         KeepEdit([&] {
@@ -215,7 +215,7 @@ void LessonMapEditor::OnDrop(Node& dragged, const DropTarget& target) {
 void LessonMapEditor::SetAllChecks(bool checked) {
     const auto self = shared_from_this();
     const NotificationGuard silence(*this);
-    const Undrawn undrawn(*this);
+    const DrawingGuard drawing(*this);
     const TreeUpdate update(*tree);
     for (Node* node = tree->FirstInCollection(); node; node = node->NextInCollection()) node->SetChecked(checked);
 }
@@ -257,7 +257,7 @@ std::shared_ptr<dax::Lesson> LessonMapEditor::GetCheckedLesson() {
     const auto checked = std::make_shared<ContentLesson>();
     const OperationGuard busy(*this);
     SaveLayouts();
-    // First who is checked and has a storyboard, which asks the host; then the places, which does not.
+    // First which are checked and have a storyboard, which calls the host; then the places, which does not.
     for (const Text& key : CheckedKeys()) {
         const StoryboardRef storyboard = modLME::FindStoryboard(was, key);
         // The new lesson keeps it under the SBID that it gives itself.

@@ -18,7 +18,7 @@ LessonMapEditor::LessonMapEditor() {
     SetWindow(nullptr); // which switches the notifications on
 }
 
-// The reference that hosts hold closes the editor when it goes; operations under way hold the other one.
+// Releasing the reference that hosts hold closes the editor; running operations hold the other one.
 std::shared_ptr<LessonMapEditor> LessonMapEditor::Create() {
     std::shared_ptr<LessonMapEditor> owner(new LessonMapEditor);
     LessonMapEditor* const editor = owner.get();
@@ -30,7 +30,7 @@ std::shared_ptr<LessonMapEditor> LessonMapEditor::Create() {
 
 void LessonMapEditor::Close() {
     isClosed = true;
-    // A raise under way calls no further listener.
+    // A running Raise calls no further listener.
     AfterSelectionChange = {};
     ItemChecked = {};
     MapChanged = {};
@@ -58,7 +58,7 @@ void LessonMapEditor::SetImageList(PictureKeys keys) {
 
 bool LessonMapEditor::Build() {
     const auto images = imageList; // the host may set another one meanwhile
-    const Undrawn undrawn(*this);
+    const DrawingGuard drawing(*this);
     return modLME::BuildMap(tree.get(), *images, lesson, captionStyle, showDefaultMapOnly);
 }
 
@@ -67,11 +67,11 @@ void LessonMapEditor::SaveLayouts() const { modLME::SaveMapLayouts(*tree, lesson
 void LessonMapEditor::SetLesson(std::shared_ptr<dax::Lesson> newLesson) {
     const auto self = shared_from_this();
     bool isRepaired = false;
-    LessonRef before; // its end may call back: it goes last
+    LessonRef before; // its destruction may call back: it is destroyed last
     {
         const OperationGuard busy(*this);
         const NotificationGuard silence(*this);
-        const Undrawn undrawn(*this);
+        const DrawingGuard drawing(*this);
         const Text sbidBefore = CurrentSBID();
         // Another lesson with the same pages keeps expansion and selection, not the checks, which are for an action on
         // that one.
@@ -160,8 +160,8 @@ void LessonMapEditor::Refresh() {
     Build();
 }
 
-void LessonMapEditor::RaiseError(const dax::Error& failure, const char16_t* deed) {
-    Raise(Error, failure.Number(), failure.Description(), Text(deed));
+void LessonMapEditor::RaiseError(const dax::Error& failure, const char16_t* operation) {
+    Raise(Error, failure.Number(), failure.Description(), Text(operation));
 }
 
 void LessonMapEditor::RaisePropertyChanged(const Text& name) { Raise(PropertyChanged, name); }

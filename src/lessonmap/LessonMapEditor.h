@@ -12,9 +12,9 @@
 
 namespace dax {
 
-// The lesson stays the host's. Its objects are asked in the midst of operations: while they are, whatever would change
-// or write back the map is refused with an Error. Failures of theirs go on to the caller; the tree stays in order.
-// Inside an event the host may do anything, also release the editor, which then ends quietly what it was doing.
+// The lesson stays the host's. Its objects are called during operations: meanwhile, whatever would change
+// or write back the map is refused with an Error. Their failures reach the caller; the tree stays consistent.
+// Inside an event the host may do anything, also release the editor, which then ends the operation without events.
 class LessonMapEditor : public std::enable_shared_from_this<LessonMapEditor> {
 public:
     using StoryboardRef = std::shared_ptr<Storyboard>;
@@ -25,8 +25,8 @@ public:
     LessonMapEditor& operator=(const LessonMapEditor&) = delete;
 
     std::shared_ptr<NodeTree> tvwObject() const { return tree; }
-    void SetWindow(TreeWindow* newWindow); // null for none, before it goes
-    // Which pictures there are; nodes get their numbers from it, again when it changes.
+    void SetWindow(TreeWindow* newWindow); // null for none, before it is destroyed
+    // The available pictures; nodes get their numbers from it, again when it changes.
     const PictureKeys& ImageList() const { return *imageList; }
     void SetImageList(PictureKeys keys);
 
@@ -73,15 +73,15 @@ public:
     Text FindNextSBID(const Text& criteria, FindTypes findType, bool exactMatch, bool wrapSearch) const;
 
     bool IsDragging() const { return drag.Active(); }
-    // Runs what the user does; what it throws is told by Error, with `deed` as its last argument.
+    // Runs an action of the user; what it throws is reported by Error, with `operation` as the last argument.
     template <typename Action>
-    void TellFailures(const char16_t* deed, const Action& action);
+    void ReportFailures(const char16_t* operation, const Action& action);
 
     // Input from the window: clicks and keys, and nodes expanded or collapsed by the user.
     void OnExpanded(Node& node, bool areCtrlAndShiftDown);
     void OnCollapsed(Node& node, bool areCtrlAndShiftDown);
     void OnKeyDown(int keyCode);
-    bool OnKeyPress(int keyCode); // true: the tree must not see the key
+    bool OnKeyPress(int keyCode); // true: the tree must not receive the key
     void OnMouseDown(MouseButton button);
     void OnMouseMove(MouseButton button);
     void OnMouseUp(MouseButton button);
@@ -93,10 +93,10 @@ public:
     Event<StoryboardRef, StoryboardRef, bool&> BeforeSelectionChange;
     Event<StoryboardRef> AfterSelectionChange; // null: nothing or a map
     Event<> ItemChecked;                       // once for a burst of checks
-    Event<MapChangeTypes> MapChanged;          // the lesson has the new layout already
+    Event<MapChangeTypes> MapChanged;          // after the lesson got the new layout
     Event<> DeleteRequest;                     // the host decides and calls RemoveStoryboard
     Event<> ContextMenuRequest;
-    // Number, description, what the user did: the lesson's objects have failed in an operation without a caller that
+    // Number, description, the user's operation: the lesson's objects have failed without a caller that
     // could receive the error.
     Event<int32_t, Text, Text> Error;
     Event<> CheckboxesChanged;   // for the window: show or hide the boxes
@@ -105,7 +105,7 @@ public:
 private:
     class OperationGuard;
     class NotificationGuard;
-    class Undrawn;
+    class DrawingGuard;
     class DepthGuard;
     static constexpr int deepestEvent = 30, deepest = 60;
     using LessonRef = std::shared_ptr<dax::Lesson>;
@@ -129,7 +129,7 @@ private:
     void OnDrop(Node& dragged, const DropTarget& target);
     void RecordSelection();
     void RaiseSelectionChange(const LessonRef& was);
-    void RaiseError(const dax::Error& failure, const char16_t* deed);
+    void RaiseError(const dax::Error& failure, const char16_t* operation);
     template <typename TheEvent, typename... Arguments>
     void Raise(const TheEvent& event, const Arguments&... arguments);
 
@@ -143,12 +143,12 @@ private:
     LMESubclasser subclasser;
     bool isClosed = false, isBusy = false, isFrozen = false, isExpanding = false, isCollapsing = false;
     int suspendedNotifications = 0;
-    mutable int depth = 0; // of events and questions to the lesson's objects within each other
+    mutable int depth = 0; // nesting of events and of calls to the lesson's objects
     Text sbidBeforeDrag;
 };
 
 template <typename Action>
-void LessonMapEditor::TellFailures(const char16_t* deed, const Action& action) {
+void LessonMapEditor::ReportFailures(const char16_t* operation, const Action& action) {
     const auto self = shared_from_this();
     std::optional<dax::Error> failure;
     try {
@@ -156,7 +156,7 @@ void LessonMapEditor::TellFailures(const char16_t* deed, const Action& action) {
     } catch (...) {
         failure = CurrentError();
     }
-    if (failure) RaiseError(*failure, deed);
+    if (failure) RaiseError(*failure, operation);
 }
 
 } // namespace dax

@@ -1,4 +1,4 @@
-// What the user does in the window of LessonMapEditor.
+// The user's input in the window of LessonMapEditor.
 #include "lessonmap/LessonMapEditor.h"
 
 #include "controls/Reentrance.h"
@@ -56,7 +56,7 @@ void LessonMapEditor::OnMouseMove(MouseButton button) {
         return;
     }
     if (!drag.ShouldBeginDrag()) return;
-    TellFailures(u"Select", [this] {
+    ReportFailures(u"Select", [this] {
         if (Node* const node = window->HitTest(window->Pointer()).node) tree->Select(node);
     });
     // The host's handler of the selection may have done anything.
@@ -80,7 +80,7 @@ void LessonMapEditor::OnMouseUp(MouseButton button) {
         if (!subclasser.Active() && suspendedNotifications == 0) subclasser.SetActive(true);
         // Also a drop that was refused has selected its target.
         if (wasDrag && IsCurrentLesson(was) && CurrentSBID() != sbidBeforeDrag) {
-            TellFailures(u"Select", [this] { OnSelectionChanged(); });
+            ReportFailures(u"Select", [this] { OnSelectionChanged(); });
         }
     } else if (button == MouseButton::Right && !drag.Active() && !locked) {
         Raise(ContextMenuRequest);

@@ -7,8 +7,8 @@
 
 namespace dax {
 
-// While content objects are asked to fill the tree, to take layouts back or to change their collections, nothing else
-// may do so: it would work on half a tree.
+// While content objects fill the tree, read layouts back or change their collections, nothing else
+// may do so: the tree is incomplete.
 class LessonMapEditor::OperationGuard {
 public:
     explicit OperationGuard(LessonMapEditor& editor) : editor(editor) {
@@ -26,7 +26,7 @@ private:
     LessonMapEditor& editor;
 };
 
-// The editor's own changes: no selection and check events of the tree. Afterwards notifications flow unless a drag is
+// The editor's own changes: no selection and check events of the tree. Afterwards notifications are on unless a drag is
 // in progress; a drag that the changes ended does not leave them off.
 class LessonMapEditor::NotificationGuard {
 public:
@@ -43,17 +43,17 @@ private:
     LessonMapEditor& editor;
 };
 
-// Nothing is drawn meanwhile. The window may go.
-class LessonMapEditor::Undrawn {
+// Suspends drawing. The window may be destroyed meanwhile.
+class LessonMapEditor::DrawingGuard {
 public:
-    explicit Undrawn(const LessonMapEditor& editor) : editor(editor), window(editor.window) {
+    explicit DrawingGuard(const LessonMapEditor& editor) : editor(editor), window(editor.window) {
         if (window) window->HoldDrawing(true);
     }
-    ~Undrawn() {
+    ~DrawingGuard() {
         if (window && window == editor.window) window->HoldDrawing(false);
     }
-    Undrawn(const Undrawn&) = delete;
-    Undrawn& operator=(const Undrawn&) = delete;
+    DrawingGuard(const DrawingGuard&) = delete;
+    DrawingGuard& operator=(const DrawingGuard&) = delete;
 
 private:
     const LessonMapEditor& editor;
@@ -76,8 +76,8 @@ private:
     int& depth;
 };
 
-// An edit of the tree, handed to the maps. When it fails, or a map does not take its part, the tree shows again what
-// the lesson holds, and the failure goes on.
+// An edit of the tree, written to the maps. When it fails, or a map refuses its part, the tree shows again what
+// the lesson holds, and the failure is rethrown.
 template <typename Action>
 void LessonMapEditor::KeepEdit(const Action& edit) {
     std::exception_ptr failure;
@@ -92,12 +92,12 @@ void LessonMapEditor::KeepEdit(const Action& edit) {
         Build();
         Node* const current = lesson ? tree->Find(lesson->CurrentSBID()) : nullptr;
         if (current && current->Parent()) tree->Select(current);
-    } catch (const dax::Error&) { // the tree is empty or shows the lesson: either does no harm
+    } catch (const dax::Error&) { // the tree is empty or shows the lesson: both are valid
     }
     std::rethrow_exception(failure);
 }
 
-// A listener may call back, and be called again for that, without end: beyond some depth no event is raised.
+// Listeners may call back recursively: beyond a certain depth no event is raised.
 template <typename TheEvent, typename... Arguments>
 void LessonMapEditor::Raise(const TheEvent& event, const Arguments&... arguments) {
     if (isClosed || depth >= deepestEvent) return;

@@ -11,7 +11,7 @@ namespace dax {
 namespace {
 
 // A host's list could be one without end.
-constexpr int32_t mostMaps = 100'000;
+constexpr int32_t maxMaps = 100'000;
 
 std::shared_ptr<StoryboardMaps> MapsOf(const Lesson& lesson) {
     auto maps = lesson.Maps();
@@ -77,7 +77,7 @@ std::vector<std::shared_ptr<StoryboardMap>> MapBuilder::ListMaps(const Lesson& l
         list.push_back(std::move(defaultMap));
     }
     const int32_t count = maps->Count();
-    if (count > mostMaps) Refuse(u"The lesson has more maps than can be shown.");
+    if (count > maxMaps) Refuse(u"The lesson has more maps than can be shown.");
     for (int32_t i = 0; i < count; ++i) {
         auto map = maps->Item(i);
         if (!map) Refuse(u"The lesson has no map number " + ToText(i) + u".");

@@ -23,7 +23,7 @@ private:
     Text selected;
 };
 
-// Throws the Error of a lesson that cannot be shown or edited.
+// Throws Error for a lesson that cannot be shown or edited.
 [[noreturn]] void Refuse(const Text& description);
 
 class MapBuilder {
@@ -35,7 +35,7 @@ public:
 
     void AddMaps(bool defaultMapOnly); // the default map first; each fills its part
     void MarkMissing();                // nodes whose storyboard the lesson does not have
-    // Throws Error when other nodes than the maps stand at the top.
+    // Throws Error when other nodes than the maps are at the top.
     void CheckRoots() const;
     bool IsLessonChanged() const { return isChanged; }
     const std::vector<KeyedStoryboard>& Storyboards() const { return storyboards; }
@@ -54,9 +54,9 @@ private:
     std::vector<KeyedStoryboard> storyboards;
     std::unordered_set<Text> sbids;
     std::vector<std::shared_ptr<StoryboardMap>> maps; // those to be shown
-    std::optional<std::unordered_set<Text>> listed;   // their pages, after the first question
+    std::optional<std::unordered_set<Text>> listed;   // their pages, after the first lookup
     std::vector<Text> roots;
-    std::unordered_map<Text, int32_t> lastNumbers; // by name: where the search for a free number goes on
+    std::unordered_map<Text, int32_t> lastNumbers; // by name: where the search for a free number continues
     bool isChanged = false;
 };
 

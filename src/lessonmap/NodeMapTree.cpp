@@ -13,7 +13,7 @@ NodeMapTree::NodeMapTree(std::shared_ptr<NodeTree> newTree) : shared(std::move(n
 NodeMapTree::~NodeMapTree() { tree.RemoveListener(*this); }
 
 Node* NodeMapTree::NodeOf(NodeRef ref) const {
-    if (areNodesGone || ref == NodeRef::None) {
+    if (areNodesRemoved || ref == NodeRef::None) {
         throw Error(ErrorNumbers::Automation, u"The nodes of the map were removed meanwhile.");
     }
     return reinterpret_cast<Node*>(static_cast<std::uintptr_t>(ref));

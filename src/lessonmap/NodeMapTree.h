@@ -8,12 +8,12 @@
 
 namespace dax {
 
-// A map may get at the tree in other ways, too: once nodes were taken away during the call, no reference is trusted
+// A map may change the tree in other ways, too: once nodes were removed during the call, no reference is valid
 // any more, and every use of one throws Error.
 class NodeMapTree : public MapTree, private TreeListener {
 public:
     explicit NodeMapTree(NodeTree& tree);
-    // A tree that is there for this call; a host that keeps one of its nodes keeps it, too.
+    // A tree shared for this call; a host that keeps one of its nodes keeps it, too.
     explicit NodeMapTree(std::shared_ptr<NodeTree> tree);
     ~NodeMapTree() override;
     NodeMapTree(const NodeMapTree&) = delete;
@@ -32,12 +32,12 @@ public:
     NodeRef Next(NodeRef node) const override { return RefOf(NodeOf(node)->Next()); }
 
 private:
-    void NodeRemoving(Node&) override { areNodesGone = true; }
-    void AllRemoving() override { areNodesGone = true; }
+    void NodeRemoving(Node&) override { areNodesRemoved = true; }
+    void AllRemoving() override { areNodesRemoved = true; }
 
     const std::shared_ptr<NodeTree> shared;
     NodeTree& tree;
-    bool areNodesGone = false;
+    bool areNodesRemoved = false;
 };
 
 } // namespace dax

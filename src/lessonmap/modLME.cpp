@@ -20,7 +20,7 @@ struct Appearance {
     int image;
 };
 
-// Asks the storyboard; no node is touched yet, since asking may change the tree.
+// Reads the storyboard; no node is changed yet, since the call may change the tree.
 Appearance AppearanceOf(const Storyboard& storyboard, LessonMapEditorCaptionStyles captionStyle,
                         const PictureKeys& imageList) {
     Text caption = captionStyle == csIdentifier ? storyboard.Identifier() : storyboard.Title();
@@ -36,14 +36,14 @@ public:
         : wanted(exactMatch ? LowerCase(text) : FoldCase(text)), findType(findType), exactMatch(exactMatch) {}
 
     bool Match(const Storyboard& storyboard) const {
-        return (IsAsked(ftTitle) && MatchField(storyboard.Title())) ||
-               (IsAsked(ftIdentifier) && MatchField(storyboard.Identifier())) ||
-               (IsAsked(ftID) && MatchField(storyboard.SBID()));
+        return (IsSearched(ftTitle) && MatchField(storyboard.Title())) ||
+               (IsSearched(ftIdentifier) && MatchField(storyboard.Identifier())) ||
+               (IsSearched(ftID) && MatchField(storyboard.SBID()));
     }
 
 private:
-    // Deliberately "or", which always holds: all three fields are tested whatever is asked for.
-    bool IsAsked(FindTypes field) const { return (findType | field) != 0; }
+    // Deliberately "or", which always holds: all three fields are tested whatever `findType` is.
+    bool IsSearched(FindTypes field) const { return (findType | field) != 0; }
     bool MatchField(const Text& field) const {
         // An exact match is of lower-cased texts and no more: "ß" and "SS" differ.
         return exactMatch ? LowerCase(field) == wanted : FoldCase(field).find(wanted) != Text::npos;
@@ -55,7 +55,7 @@ private:
 };
 
 // Tests the nodes after `from` (null: the first of all) up to `stop`. Each is found again by its key after the host
-// was asked about it, and there are no more tests than there were nodes, whatever the host does meanwhile.
+// was called, and there are no more tests than there were nodes, whatever the host does meanwhile.
 Text FindInRange(const NodeTree& tree, const std::shared_ptr<Lesson>& lesson, const Criteria& criteria,
                  const Node* from, const Text* stop) {
     int32_t left = tree.Count();
@@ -182,7 +182,7 @@ bool CanMoveNode(const NodeTree& tree, const Node* node, StoryboardMovementTypes
     return false;
 }
 
-// The node itself is relinked with its branch; no node with a passing key stands in for it meanwhile.
+// The node itself is relinked with its branch; no temporary node replaces it meanwhile.
 bool MoveNode(NodeTree& tree, Node* node, StoryboardMovementTypes movement) {
     if (!CanMoveNode(tree, node, movement)) return false;
     const TreeUpdate update(tree);

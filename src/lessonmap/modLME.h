@@ -1,6 +1,6 @@
 // The lesson map on a tree of nodes: one top-level node per map, keyed by its name, and below it a node per
-// storyboard, keyed by SBID. Content objects are a host's: whatever they throw goes on to the caller, and they may
-// change the tree while they are asked.
+// storyboard, keyed by SBID. Content objects are a host's: their exceptions reach the caller, and they may
+// change the tree while they are called.
 #pragma once
 
 #include "base/Enumerations.h"
@@ -22,7 +22,7 @@ void SetStoryboardCaption(const Storyboard* storyboard, Node& node, LessonMapEdi
 void SetStoryboardImage(const Storyboard* storyboard, Node& node, const PictureKeys& imageList);
 void UpdateMapCaptions(NodeTree& tree); // name and number of storyboards of each map
 
-// Hands each map its part of the tree. All maps are asked, also when one fails; then the first failure is thrown.
+// Passes each map its part of the tree. All maps are called, even when one fails; then the first failure is thrown.
 void SaveMapLayouts(NodeTree& tree, std::shared_ptr<Lesson> lesson);
 
 // Null: no lesson, or none of that SBID.

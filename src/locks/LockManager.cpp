@@ -13,7 +13,7 @@ namespace {
 
 constexpr int KeyDelete = 46, KeyF5 = 116;
 
-// Where the columns stand in the select list of the lock query.
+// The columns' places in the select list of the lock query.
 enum LockColumns : size_t {
     ColumnLessonID,
     ColumnUsername,
@@ -61,7 +61,7 @@ struct Filling {
     std::shared_ptr<ListModel> list;
 };
 
-// And before a host is asked in the middle of it, which may look at the list.
+// Also before a host is called in the middle of it, which may read the list.
 struct FillingPause {
     explicit FillingPause(std::shared_ptr<ListModel> filled) : list(std::move(filled)) {
         if (list) list->EndFilling();
@@ -76,7 +76,7 @@ struct FillingPause {
 
 } // namespace
 
-// Where the cells of a row go, asked for once for all rows; -1 for a column that the list has not.
+// The columns for the cells of a row, looked up once for all rows; -1 for a column that the list does not have.
 struct LockManager::CellColumns {
     explicit CellColumns(const ListModel& list)
         : identifier(list.ColumnIndex(u"identifier")), type(list.ColumnIndex(u"locktype")),
@@ -85,7 +85,7 @@ struct LockManager::CellColumns {
     int identifier, type, date, age, user, machine, ip;
 };
 
-// One run of Refresh or DeleteSelected: does its statements one by one and asks the host about each that fails.
+// One run of Refresh or DeleteSelected: runs its statements one by one and raises Error for each that fails.
 class LockManager::Operation {
 public:
     struct Leave {};
@@ -95,7 +95,7 @@ public:
         : manager(manager), occasion(std::move(occasion)), routine(std::move(routine)), filled(std::move(filled)),
           started(manager.filling) {}
 
-    // False when it failed and the host ignored it. Throws Leave when the host wants the operation left, has
+    // False when it failed and the host ignored it. Throws Leave when the host cancels the operation, has
     // released the manager, or has refilled the list from inside the event.
     template <typename Statement>
     bool Do(Statement&& statement) {
@@ -108,14 +108,14 @@ public:
             }
             RequireCurrent();
             if (!error) return true;
-            const int32_t action = Ask(*error);
+            const int32_t action = AskHost(*error);
             if (action == actIgnore) return false;
             if (action != actRetry) throw Leave{}; // what is open then closes
         }
     }
 
 private:
-    int32_t Ask(const dax::Error& error) {
+    int32_t AskHost(const dax::Error& error) {
         int32_t action = 0;
         {
             const FillingPause pause(filled);
@@ -183,7 +183,7 @@ void LockManager::Refresh() {
     now = clock();
     Operation operation(*this, u"updating the lock display", u"Refresh", lvwLocks);
     Recordset recordset;
-    const auto group = groupIDCollection; // the host may set another one while it is asked
+    const auto group = groupIDCollection; // the host may set another one during a call
     if (group) group->BeginReading();
     try {
         const Filling whole(lvwLocks);
@@ -214,7 +214,7 @@ void LockManager::Refresh() {
     SelectionChanged.Raise(SelectedLockDeleteType());
 }
 
-// Each field is a statement of its own: ignoring a NULL user leaves the user empty and goes on with the machine.
+// Each field is a statement of its own: ignoring a NULL user leaves the user empty and continues with the machine.
 void LockManager::FillRow(Operation& operation, const LockRow& row, size_t index) {
     LockRecord& record = records[index];
     operation.Do([&] { record.lessonID = LockRules::RequiredText(row, row.lessonID, u"lessonID"); });
@@ -313,7 +313,7 @@ void LockManager::KeyDown(int keyCode) {
     if (deletable != ldtNoDelete) DeleteRequest.Raise(deletable);
 }
 
-// "Lock Date" and "Lock Age" carry the same tag, so going from one to the other only turns the direction round.
+// "Lock Date" and "Lock Age" carry the same tag, so changing from one to the other only reverses the direction.
 void LockManager::ColumnClicked(size_t column) {
     if (column >= lvwLocks->Columns().size()) return;
     const Text& tag = lvwLocks->Columns()[column].tag;

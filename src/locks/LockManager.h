@@ -18,7 +18,7 @@ struct LockCounts {
     bool operator==(const LockCounts&) const = default;
 };
 
-// How a host answers the Error event; the values are those of a message box.
+// A host's reply to the Error event; the values are those of a message box.
 enum ErrorActions : int32_t { actAbort = 3, actRetry = 4, actIgnore = 5 };
 
 // Properties are plain fields: setting one touches neither the database nor the list before Refresh or
@@ -36,7 +36,7 @@ public:
     bool isAdministrator = false;
     Text sessionID;
     Text lessonID;
-    std::shared_ptr<KeyedCollection> groupIDCollection; // the group of ldtGroupLocks; asked for each of its rows
+    std::shared_ptr<KeyedCollection> groupIDCollection; // the group of ldtGroupLocks; queried for each row
     LockDisplayTypes lockDisplayType = ldtAllLocks;
     bool showIdentifier = true; // takes effect when the columns are rebuilt
     bool expectNoSessionIDRecords = true;
@@ -76,7 +76,7 @@ public:
 
     Event<LockDeleteTypes> SelectionChanged;
     Event<LockDeleteTypes> DeleteRequest; // the host decides and calls DeleteSelected
-    // Number, description, the occasion, the operation, and the host's answer (an ErrorActions value).
+    // Number, description, the context, the operation, and the host's reply (an ErrorActions value).
     Event<int32_t, const Text&, const Text&, const Text&, int32_t&> Error;
 
 private:

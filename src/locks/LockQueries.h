@@ -6,12 +6,12 @@
 
 namespace dax::LockQueries {
 
-// `sortColumn` is a column's full name or empty: no order, and then `isDescending` says nothing.
+// `sortColumn` is a column's full name, or empty for no order, when `isDescending` is ignored.
 Text BuildLockQuery(LockDisplayTypes displayType, const Text& username, const Text& lessonID, const Text& sortColumn,
                     bool isDescending);
 
 // All seven columns must match what was read, date and type in the form in which the row has them, so a lock that was
-// taken since survives. A lock that somebody else removed meanwhile is no error.
+// taken since is not deleted. A lock that was already removed is no error.
 void DeleteLockRecord(Connection& connection, const LockRecord& record);
 
 // The same condition as text, for logs and support; nothing executes it.

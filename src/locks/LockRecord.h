@@ -17,15 +17,15 @@ struct LockRecord {
     Text sessionID;
     DateTime lockDate;
     int32_t lockType = lltNone;
-    bool invalid = false; // as the rules judged the row when it was read
+    bool invalid = false; // by the lock rules, when the row was read
 
     // Date and type as the row has them, which may be in another form: what deletes the lock compares with these.
     Value storedDate{}, storedType{};
     Text storedDateText{};
 };
 
-// One row of the lock query, as the database gave it: NULL is nothing, as the last three are when the lesson is gone.
-// The texts are the recordset's own: they last until its next row.
+// One row of the lock query, as the database gave it: NULL is nothing, as the last three are when the lesson was
+// deleted. The texts belong to the recordset and are valid until its next row.
 struct LockRow {
     std::optional<TextView> lessonID, username, machineName, machineIP;
     Value lockDate, lockType;

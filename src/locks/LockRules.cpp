@@ -137,14 +137,14 @@ std::optional<DateTime> ToDate(const Value& value) {
     const auto* text = std::get_if<Text>(&value);
     if (!text) return {};
     if (const auto date = ParseDate(*text)) return date;
-    // Numbers in the order year, month, day, hour, minute, second, whatever stands between them.
+    // Numbers in the order year, month, day, hour, minute, second, whatever is between them.
     std::array<int, 6> parts{};
     size_t count = 0;
     bool inNumber = false;
     for (const char16_t unit : *text) {
         const bool isDigit = unit >= u'0' && unit <= u'9';
         if (!isDigit) {
-            // A fraction of the seconds, or the time zone, of which the table knows nothing.
+            // A fraction of the seconds, or the time zone, which the table does not have.
             if (count == parts.size() && TextView(u".,Zz+-").find(unit) != TextView::npos) break;
             inNumber = false;
             continue;

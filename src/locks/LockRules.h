@@ -21,7 +21,7 @@ bool IsGroupLock(const LockRow& row, const Text& lessonID, KeyedCollection* grou
 // that carries it was left over. Throws Error when the lock type is NULL or no number.
 bool IsInvalidLock(const LockRow& row, bool expectNoSessionIDRecords, const Text& sessionID, const DateTime& now);
 
-// The lock as messages name it: its row, lesson, user, machine and date, as far as they are there.
+// The lock as messages name it: its row, lesson, user, machine and date, as far as available.
 Text LockName(const LockRow& row);
 
 // A field that must be there. These throw Error, which names field and lock.
@@ -29,7 +29,7 @@ TextView RequiredText(const LockRow& row, const std::optional<TextView>& text, T
 int32_t RequiredLockType(const LockRow& row);
 DateTime RequiredLockDate(const LockRow& row);
 
-// Exact and case-sensitive; validity plays no part: nobody but an administrator deletes the locks of others.
+// Exact and case-sensitive; validity is ignored: only an administrator deletes the locks of others.
 bool IsDeletableLock(const LockRecord& record, bool isAdministrator, const Text& username);
 
 Text LockTypeText(const Value& lockType);

@@ -59,7 +59,7 @@ LessonInfoTexts DescribeOther(GroupEditor& editor, const Text& lessonID, int32_t
     return texts;
 }
 
-// Collects lines; a gap stands above whatever line comes next.
+// Collects lines; a gap is above whatever line comes next.
 class LayoutBuilder {
 public:
     void Add(const Text& text, double fontSize = 8, bool isBold = false) {

@@ -1,4 +1,4 @@
-// A summary of the entry selected in a GroupEditor: what it is called, what it is, how much it holds, who changed it.
+// A summary of the entry selected in a GroupEditor: title, kind, number of entries below it, who changed it.
 #pragma once
 
 #include "hierarchy/GroupEditor.h"

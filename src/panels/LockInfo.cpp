@@ -58,14 +58,14 @@ void LockSummary::CountLock(const Value& username, const Value& lockDate, const 
     }
 }
 
-void LockSummary::ConcludeLesson() {
+void LockSummary::FinishLesson() {
     if (editLessonCount > 1) editLessonText = u"(" + ToText(editLessonCount) + u" users)";
     if (readLessonCount > 0) lessonDetailText = Users(readLessonCount);
     if (editGuideCount > 1) editGuideText = u"(" + ToText(editGuideCount) + u" users)";
     if (readGuideCount > 0) guideDetailText = Users(readGuideCount);
 }
 
-void LockSummary::ConcludeGroup() {
+void LockSummary::FinishGroup() {
     if (editLessonCount > 0) editLessonText = Users(editLessonCount);
     if (readLessonCount > 0) lessonDetailText = Users(readLessonCount);
     if (editGuideCount > 1) editGuideText = Users(editGuideCount);
@@ -114,7 +114,7 @@ void LockInfo::UpdateFrom(GroupEditor* editor) {
             if (isLesson ? id != lessonID : !children.Contains(id)) continue;
             summary.CountLock(recordset.Field(1), recordset.Field(2), recordset.Field(3));
         }
-        isLesson ? summary.ConcludeLesson() : summary.ConcludeGroup();
+        isLesson ? summary.FinishLesson() : summary.FinishGroup();
     } catch (...) {
         const dax::Error error = CurrentError();
         summary.isAvailable = false;

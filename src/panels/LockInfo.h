@@ -19,17 +19,17 @@ struct LockSummary {
     bool operator==(const LockSummary&) const = default;
 
     void CountLock(const Value& username, const Value& lockDate, const Value& lockType);
-    // Replaces names by numbers of users where several hold locks. A group never names the user who edits a lesson,
-    // but does name the only one who edits a guide: deliberate.
-    void ConcludeLesson();
-    void ConcludeGroup();
+    // Replaces names by numbers of users where several hold locks. For a group the user who edits a lesson is never
+    // named, but the only one who edits a guide is: deliberate.
+    void FinishLesson();
+    void FinishGroup();
     PanelLayout Layout() const;
 };
 
 class LockInfo {
 public:
-    // Reads the locks table once; nothing while the sample is shown. With null the panel says that there is no data; an
-    // editor without a connection string leaves the display as it is. Raises Error when the database fails.
+    // Reads the locks table once; nothing while the sample is shown. With null the panel shows that there is no data;
+    // an editor without a connection string leaves the display as it is. Raises Error when the database fails.
     void UpdateFrom(GroupEditor* editor);
     // What a host sees while it is being designed, until Clear.
     void ShowDesignSample(const DateTime& now);

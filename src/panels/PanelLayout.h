@@ -1,4 +1,4 @@
-// Right-aligned lines of text: what both information panels are painted with. The layout is computed apart from the
+// Right-aligned lines of text: what both information panels are painted with. The layout is computed before the
 // drawing, so that it can be measured before it is chosen.
 #pragma once
 
@@ -10,7 +10,7 @@ namespace dax {
 
 struct PanelLine {
     Text text{};
-    Text suffix{};       // stands at the right end, never cut before `text` is
+    Text suffix{};       // at the right end, never cut before `text` is
     double fontSize = 8; // points
     bool isBold = false;
     bool hasHalfLineGap = false; // above it: half the height of a line and one pixel

@@ -32,7 +32,7 @@ DropTarget FindDropTarget(const NodeTree& tree, const TreeHit& hit, const Rect& 
                           const Node& dragged) {
     if (!hit.node) {
         Node* const last = hit.flags & HitFlags::Nowhere ? LastVisible(tree) : nullptr;
-        // The dragged branch itself is no place: the drop would be refused.
+        // A drop into the dragged branch itself is refused.
         if (!last || modTVW::IsInBranch(last, &dragged)) return {};
         return NextTo(last, true);
     }

@@ -1,4 +1,4 @@
-// Where a dragged node would go, and when a drag scrolls: pure functions of rows, pointer and node.
+// Where a dragged node would be dropped, and when a drag scrolls: pure functions of rows, pointer and node.
 #pragma once
 
 #include "controls/Surface.h"
@@ -21,7 +21,7 @@ DropTarget FindDropTarget(const NodeTree& tree, const TreeHit& hit, const Rect& 
                           const Node& dragged);
 // Into the hit node, whatever it is and however its branch is shown.
 DropTarget FindDropInto(const TreeHit& hit, const Node& dragged);
-// Carries the drop out. The selection stays, which is the target's during a drop.
+// Performs the drop. The selection stays, which is the target during a drop.
 void DropNode(NodeTree& tree, Node& node, const DropTarget& target);
 
 namespace ScrollBands {

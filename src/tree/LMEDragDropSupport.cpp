@@ -10,7 +10,7 @@ namespace dax {
 
 namespace {
 
-constexpr int expandDelay = 800; // milliseconds of rest on a collapsed node
+constexpr int expandDelay = 800; // milliseconds of hovering over a collapsed node
 constexpr int scrollDelay = 60;  // milliseconds for each line
 
 } // namespace
@@ -76,7 +76,7 @@ void LMEDragDropSupport::FinishDrag() {
         CancelDrag();
         return;
     }
-    // A listener of the selection may do anything, so that the drag may be over when it returns.
+    // A listener of the selection may do anything; the drag may be over afterwards.
     NodeTree& theTree = *tree;
     theTree.Select(to.node);
     if (!isActive || dragged != node || target.node != to.node) return;

@@ -13,7 +13,7 @@ public:
     LMEDragDropSupport(const LMEDragDropSupport&) = delete;
     LMEDragDropSupport& operator=(const LMEDragDropSupport&) = delete;
 
-    // Null takes the binding back; a drag under way ends without a drop.
+    // Null unbinds; a drag in progress ends without a drop.
     void Bind(NodeTree* tree, TreeWindow* window);
 
     bool Active() const { return isActive; } // a drag is in progress
@@ -29,11 +29,11 @@ public:
     const Node* DraggedNode() const { return dragged; }
     const DropTarget& Target() const { return target; }
 
-    // The pointer rests on a collapsed node.
+    // The pointer hovers over a collapsed node.
     Event<Node&>& AutoExpand() { return autoExpand; }
     // A drag is over, however it ended; before Drop.
     Event<>& Ended() { return ended; }
-    // The dragged node and where it goes, which is never in its own branch.
+    // The dragged node and its target, which is never in its own branch.
     Event<Node&, const DropTarget&>& Drop() { return drop; }
 
 private:

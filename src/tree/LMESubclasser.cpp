@@ -42,7 +42,7 @@ void LMESubclasser::OnDblClick(Point point, bool isCtrlDown) {
     const TreeHit hit = window->HitTest(point);
     // With Ctrl only the tree's own toggle of the box counts, so there is none beside the box.
     if (hit.node && (!isCtrlDown || (hit.flags & HitFlags::OnItemStateIcon))) Toggle(*hit.node, !isCtrlDown);
-    // Told after every double click, deliberately, whether or not it has changed a box.
+    // Raised after every double click, deliberately, whether or not it has changed a box.
     window->StartTimer(TreeTimer::Checkstate, checkstateDelay);
 }
 

@@ -1,5 +1,5 @@
-// What a tree window's notifications mean: the selection changed, boxes were checked. The window layer hands the
-// notifications in; while not Active none of them counts.
+// Turns a tree window's notifications into events: the selection changed, boxes were checked. The window layer passes
+// the notifications in; they are ignored while not Active.
 #pragma once
 
 #include "tree/TreeWindow.h"
@@ -13,20 +13,20 @@ public:
     LMESubclasser(const LMESubclasser&) = delete;
     LMESubclasser& operator=(const LMESubclasser&) = delete;
 
-    // Null takes the binding back. Without a window selection changes are told all the same.
+    // Null unbinds. Without a window selection changes are reported all the same.
     void RegisterWindows(NodeTree* tree, TreeWindow* window);
     bool Active() const { return isActive; }
     // Either value stops a check-state event that is due.
     void SetActive(bool active);
 
-    // The model is the truth about checks: these leave a branch, its top included, at the opposite of the top's
+    // The model decides about checks: these leave a branch, its top included, at the opposite of the top's
     // former check (Ctrl: the item alone), and the window shows that, whatever its own toggling would have made.
     void OnClick(Point point, bool isCtrlDown);
     void OnDblClick(Point point, bool isCtrlDown);
     void OnKeyDown(int keyCode);
     void OnTimer(TreeTimer timer);
 
-    // Old node, new node, cancel. Declared and never raised, deliberately: a host's veto is not asked.
+    // Old node, new node, cancel. Declared and never raised, deliberately: hosts cannot cancel.
     Event<Node*, Node*, bool&>& SelectionChanging() { return selectionChanging; }
     Event<>& SelectionChanged() { return selectionChanged; }
     // Once for a burst of check changes.

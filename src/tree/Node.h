@@ -45,7 +45,7 @@ public:
     int32_t Depth() const { return depth; }
     int32_t Position() const { return position; }
 
-    // For the window that mirrors the tree: its own item. The model never looks at it.
+    // For the window that shows the tree: its item. The model does not use it.
     void* windowItem = nullptr;
 
 private:

@@ -20,7 +20,7 @@ public:
     Text Get(Which which) const;
     bool Is(Which which, TextView text) const;
     bool IsEmpty(Which which) const { return lengths[which] == 0; }
-    // Throws, and changes nothing, when there is no memory or a text is too long.
+    // Throws, and changes nothing, when memory is short or a text is too long.
     void Set(Which which, TextView text);
 
 private:

@@ -45,33 +45,33 @@ Node& NodeTree::Add(Node* relative, Place place, TextView key, TextView caption,
     (lastAdded ? lastAdded->nextAdded : firstAdded) = node;
     lastAdded = node;
     ++count;
-    Tell([&](TreeListener& listener) { listener.NodeAdded(*node); });
+    Notify([&](TreeListener& listener) { listener.NodeAdded(*node); });
     return *node;
 }
 
 void NodeTree::Move(Node& node, Node* relative, Place place) {
     if (relative == &node) return;
     const TreeUpdate update(*this);
-    Tell([&](TreeListener& listener) { listener.NodeMoving(node); });
+    Notify([&](TreeListener& listener) { listener.NodeMoving(node); });
     Unlink(node);
     Link(node, relative, place);
-    Tell([&](TreeListener& listener) { listener.NodeMoved(node); });
-    fix = Fix::Reveal; // the selected node may have come into a collapsed branch
+    Notify([&](TreeListener& listener) { listener.NodeMoved(node); });
+    fix = Fix::Reveal; // the selected node may be in a collapsed branch now
 }
 
 void NodeTree::Remove(Node& node) {
     const TreeUpdate update(*this);
-    Tell([&](TreeListener& listener) { listener.NodeRemoving(node); });
-    Node* const heir = node.next ? node.next : node.previous ? node.previous : node.parent;
+    Notify([&](TreeListener& listener) { listener.NodeRemoving(node); });
+    Node* const successor = node.next ? node.next : node.previous ? node.previous : node.parent;
     Node* const wasSelected = selected;
     Unlink(node);
     Destroy(node);
-    if (wasSelected && !selected) Select(heir);
+    if (wasSelected && !selected) Select(successor);
 }
 
 void NodeTree::Clear() {
     const TreeUpdate update(*this);
-    Tell([](TreeListener& listener) { listener.AllRemoving(); });
+    Notify([](TreeListener& listener) { listener.AllRemoving(); });
     Node* node = firstAdded;
     firstTop = lastTop = firstAdded = lastAdded = selected = nullptr;
     isSelectedBeforeGone = true;
@@ -212,7 +212,7 @@ void NodeTree::FixSelection() {
         topmost = node;
         if (wanted == Fix::Reveal) {
             node->isExpanded = true;
-            Tell([&](TreeListener& listener) { listener.NodeChanged(*node, NodeAspect::Expanded); });
+            Notify([&](TreeListener& listener) { listener.NodeChanged(*node, NodeAspect::Expanded); });
         }
     }
     if (wanted == Fix::Rescue && topmost) selected = topmost;
@@ -222,7 +222,7 @@ void NodeTree::BeginUpdate() {
     if (updates++ > 0) return;
     selectedBefore = selected;
     isSelectedBeforeGone = false;
-    Tell([](TreeListener& listener) { listener.UpdateStarted(); });
+    Notify([](TreeListener& listener) { listener.UpdateStarted(); });
 }
 
 void NodeTree::EndUpdate(bool isUnwinding) {
@@ -232,12 +232,12 @@ void NodeTree::EndUpdate(bool isUnwinding) {
     }
     FixSelection();
     updates = 0;
-    Tell([](TreeListener& listener) { listener.UpdateEnded(); });
+    Notify([](TreeListener& listener) { listener.UpdateEnded(); });
     const bool isOther = isSelectedBeforeGone || selected != selectedBefore;
     const bool wasOrIs = selected || selectedBefore;
     if (!isOther || !wasOrIs) return;
-    Tell([](TreeListener& listener) { listener.SelectionMoved(); });
-    if (!isUnwinding) selectionChanged.Raise(); // nothing may follow: the tree may be gone
+    Notify([](TreeListener& listener) { listener.SelectionMoved(); });
+    if (!isUnwinding) selectionChanged.Raise(); // nothing may follow: the tree may be destroyed
 }
 
 void Node::SetKey(const Text& newKey) {
@@ -249,39 +249,39 @@ void Node::SetKey(const Text& newKey) {
     tree->RemoveKey(*this);
     texts = std::move(changed);
     if (!newKey.empty()) tree->AddKey(*this, newHash);
-    tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Key); });
+    tree->Notify([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Key); });
 }
 
 void Node::SetCaption(TextView newCaption) {
     if (texts.Is(NodeTexts::Caption, newCaption)) return;
     texts.Set(NodeTexts::Caption, newCaption);
-    tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Caption); });
+    tree->Notify([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Caption); });
 }
 
 void Node::SetTag(TextView newTag) {
     if (texts.Is(NodeTexts::Tag, newTag)) return;
     texts.Set(NodeTexts::Tag, newTag);
-    tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Tag); });
+    tree->Notify([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Tag); });
 }
 
 void Node::SetImage(int newImage) {
     if (newImage == image) return;
     image = newImage;
-    tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Image); });
+    tree->Notify([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Image); });
 }
 
 void Node::SetExpanded(bool expanded) {
     if (expanded == isExpanded) return;
     const TreeUpdate update(*tree);
     isExpanded = expanded;
-    tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Expanded); });
+    tree->Notify([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Expanded); });
     if (!expanded) tree->fix = NodeTree::Fix::Rescue;
 }
 
 void Node::SetChecked(bool checked) {
     if (checked == isChecked) return;
     isChecked = checked;
-    tree->Tell([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Checked); });
+    tree->Notify([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Checked); });
 }
 
 bool Node::IsSelected() const { return tree->Selected() == this; }

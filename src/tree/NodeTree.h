@@ -1,5 +1,5 @@
 // The model of a tree view: nodes with unique keys, their order, expansion, checks and the selected node. It is
-// complete without a window; a window mirrors it as a TreeListener.
+// complete without a window; a window follows it as a TreeListener.
 #pragma once
 
 #include "controls/Event.h"
@@ -24,7 +24,7 @@ public:
     Node& Add(Node* relative, Place place, TextView key, TextView caption = {}, int image = 0, TextView tag = {});
     // Moves the node with its branch. `relative` must not lie in that branch (see modTVW::IsInBranch).
     void Move(Node& node, Node* relative, Place place);
-    // Takes the branch away. When it held the selection, the next sibling, else the previous one, else the parent
+    // Removes the branch. When it held the selection, the next sibling, else the previous one, else the parent
     // is selected.
     void Remove(Node& node);
     void Clear();
@@ -39,7 +39,7 @@ public:
     Node* Selected() const { return selected; }
     // Expands the ancestors of the node, so that it shows. Null selects nothing.
     void Select(Node* node);
-    // A new selection, by whomever; once per update. A listener may do anything, destroy the tree included.
+    // A new selection, by program or user; once per update. A listener may do anything, even destroy the tree.
     Event<>& SelectionChanged() { return selectionChanged; }
 
     // Sets Depth and Position of every node, in one pass.
@@ -67,7 +67,7 @@ private:
     void BeginUpdate();
     void EndUpdate(bool isUnwinding);
     template <typename Call>
-    void Tell(Call call) const {
+    void Notify(Call call) const {
         for (TreeListener* listener : listeners) call(*listener);
     }
 

@@ -1,5 +1,5 @@
 // What a tree component needs of the window that shows its tree. The window itself mirrors the NodeTree as a
-// TreeListener; these are the things that only a window knows or can do. Points and rectangles are pixels of the
+// TreeListener; these members are what only a window can supply. Points and rectangles are pixels of the
 // window's client area.
 #pragma once
 
@@ -25,7 +25,7 @@ public:
 
     virtual Rect ClientRect() const = 0;
     virtual Point Pointer() const = 0; // where the pointer is now
-    // The least distances that make a press a drag, as the user has set them.
+    // The distances at which a press becomes a drag, as the user has set them.
     virtual Point DragThreshold() const = 0;
     virtual bool IsCtrlDown() const = 0;
     virtual TreeHit HitTest(Point point) const = 0;
@@ -46,7 +46,7 @@ public:
     virtual bool HasCheckBoxes() const = 0;
     virtual void SetSingleExpand(bool on) = 0;
     virtual void EnsureVisible(Node& node) = 0; // scrolls as little as possible
-    // Nothing is drawn from a call with true until the one with false that belongs to it.
+    // Suspends drawing; calls nest.
     virtual void HoldDrawing(bool hold) = 0;
     // Shows a frozen picture instead of the tree, or the tree again, with the focus if it can be seen.
     virtual void FreezeDisplay(bool frozen) = 0;

@@ -27,7 +27,7 @@ struct Destination {
     Place place;
 };
 
-// The place that a movement leads to; the movement is possible.
+// The target of a movement, which must be possible.
 Destination FindDestination(const Node& node, GroupMovementTypes movement) {
     Node* const parent = node.Parent();
     switch (movement) {
@@ -120,7 +120,7 @@ void ExpandSubtree(Node* node) { SetDescendantsExpanded(node, true); }
 
 void CollapseSubtree(Node* node) { SetDescendantsExpanded(node, false); }
 
-// A window opens many nodes fastest from the leaves up, and closes them fastest from the top down.
+// A window expands many nodes fastest from the leaves up, and collapses them fastest from the top down.
 void SetAllExpanded(NodeTree& tree, bool expanded) {
     const TreeUpdate update(tree);
     if (!expanded) {
@@ -168,8 +168,8 @@ bool CanMoveTreeNode(const NodeTree&, const Node* node, GroupMovementTypes movem
     return false;
 }
 
-// The node itself is relinked: it keeps key, texts, picture, expansion, check and selection, and no passing key can
-// collide with a node's own.
+// The node itself is relinked: it keeps key, texts, picture, expansion, check and selection, and no
+// temporary key can collide with another node's.
 bool MoveTreeNode(NodeTree& tree, Node* node, GroupMovementTypes movement) {
     if (!CanMoveTreeNode(tree, node, movement)) return false;
     const Destination to = FindDestination(*node, movement);

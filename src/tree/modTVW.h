@@ -1,5 +1,5 @@
-// Helpers for nodes of any tree, by the names under which every part knows them. "Nothing" is a null pointer; none
-// of these throws except where it says so. All are linear in the nodes that they touch, whatever the tree's shape.
+// Helpers for nodes of any tree, with documented names. "Nothing" is a null pointer; none
+// of these throws unless its comment says so. All are linear in the nodes that they touch, whatever the tree's shape.
 #pragma once
 
 #include "base/Enumerations.h"
@@ -36,7 +36,7 @@ bool CanMoveTreeNode(const NodeTree& tree, const Node* node, GroupMovementTypes 
 // Up from a first child leads to the end of the parent's previous sibling, down from a last child to the beginning of
 // the parent's next one. False, and nothing done, when the node cannot move so.
 bool MoveTreeNode(NodeTree& tree, Node* node, GroupMovementTypes movement);
-// The node's children come to stand after it, one level higher and in their order.
+// Moves the node's children after it, one level higher and in their order.
 void MoveChildrenAfter(NodeTree& tree, Node& node);
 // A drop. On a node without a parent: as its first child; else next to the target. Nothing is done when the target
 // lies in the node's own branch.

@@ -1,11 +1,11 @@
-// What the tree window can be asked, answered from the model: checks, and the rows that show, top to bottom.
+// Queries about the tree window, answered from the model: checks, and the visible rows, top to bottom.
 #pragma once
 
 #include "tree/NodeTree.h"
 
 namespace dax::modTreeviewAPI {
 
-// Where a point of the window lies, under the system's names and values.
+// The part of the window at a point, under the system's names and values.
 namespace HitFlags {
 inline constexpr unsigned Nowhere = 0x1; // below the last row
 inline constexpr unsigned OnItemIcon = 0x2;
@@ -21,7 +21,7 @@ void SetSubtreeCheck(Node& node, bool checked); // the node and its whole branch
 int32_t CountChecked(const NodeTree& tree);
 int32_t CountChecked(const Node* top); // in the branch, `top` included
 
-// Rows as an open tree shows them, whether scrolled into view or not. The node asked about is such a row.
+// Rows as an open tree shows them, whether scrolled into view or not. The given node must be such a row.
 Node* NextVisible(const Node& node);
 Node* PreviousVisible(const Node& node);
 Node* LastVisible(const NodeTree& tree); // the last row of all

@@ -49,7 +49,7 @@ bool HasListedDatabase(const Text& connectionString, const Text& username) {
 }
 
 template <typename Question>
-bool Ask(Question question) noexcept {
+bool Answer(Question question) noexcept {
     try {
         return question();
     } catch (...) {
@@ -64,11 +64,11 @@ bool ProbeConnectorTables(const Text& connectionString, int32_t& errorNumber, Te
 }
 
 bool ConnectorHasUsers(const Text& connectionString) noexcept {
-    return Ask([&] { return HasUsers(connectionString); });
+    return Answer([&] { return HasUsers(connectionString); });
 }
 
 bool UserHasListedDatabase(const Text& connectionString, const Text& username) noexcept {
-    return Ask([&] { return HasListedDatabase(connectionString, username); });
+    return Answer([&] { return HasListedDatabase(connectionString, username); });
 }
 
 } // namespace dax

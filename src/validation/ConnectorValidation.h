@@ -10,7 +10,7 @@ namespace dax {
 // Follows the connection-test convention (data/Guarded.h): nothing is thrown.
 bool ProbeConnectorTables(const Text& connectionString, int32_t& errorNumber, Text& errorDescription) noexcept;
 
-// For these two every error is a no.
+// These two return false after every error.
 bool ConnectorHasUsers(const Text& connectionString) noexcept;
 // True for a super user without looking at rights, and for a rights row of any value.
 bool UserHasListedDatabase(const Text& connectionString, const Text& username) noexcept;

@@ -11,7 +11,7 @@ using modDB::QuoteSQLString;
 
 namespace {
 
-// The fragments are joined as they stand; the table name "velmoraUserlocks" is spelled so in these statements alone.
+// The fragments are joined without change; the table name "velmoraUserlocks" is spelled so in these statements alone.
 constexpr TextView contentProbes[] = {
     u"SELECT TOP 1 nextNumber, ignored FROM velmoraAutonumbers",
     u"SELECT TOP 1 lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, sortPosition,"

@@ -14,7 +14,7 @@ bool ProbeContentTables(const Text& connectionString, int32_t& errorNumber, Text
 // only a counter value of velmoraAutonumbers may stay used up.
 bool TestContentWrite(const Text& connectionString, int32_t& errorNumber, Text& errorDescription, bool isMDB) noexcept;
 
-// Whether the optional discussion tables are there; every error is a no.
+// Whether the optional discussion tables exist; false after every error.
 bool ProbeTalkTables(const Text& connectionString) noexcept;
 
 } // namespace dax

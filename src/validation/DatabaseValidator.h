@@ -13,7 +13,7 @@ namespace dax {
 
 // Every validation starts from a clean state, shows that it is busy (Changed, then ProcessMessages once), and shows
 // its outcome (Changed). None throws. In design mode, and from within the yield of ProcessMessages, a validation
-// does nothing and returns false. Whoever calls one holds a reference: the yield may release the control.
+// does nothing and returns false. Callers must hold a reference: the yield may release the control.
 class DatabaseValidator {
 public:
     const Text& CommonConnectionString() const { return commonConnectionString; }
@@ -27,7 +27,7 @@ public:
     // `catalog` is the full path of the file in MDB mode, else a name that is only shown.
     bool ValidateDataConnection(Text connection, Text catalog, bool isMDB);
     bool ValidateCommonConnection(Text connection, Text dataSource, Text catalog, Text currentUser);
-    // Whether the discussion tables are there; changes nothing that is shown.
+    // Whether the discussion tables exist; the display does not change.
     bool ValidateSupportsTalk(const Text& connection) noexcept;
 
     const StatusDisplay& Display() const { return display; }
@@ -53,7 +53,7 @@ private:
     void Show(const Outcome& outcome);
 
     Text commonConnectionString, dataConnectionString, commonDataSource, catalogName;
-    Text shownName; // the catalog in messages, without a password that may stand in a path
+    Text shownName; // the catalog in messages, without a password that a path may contain
     bool isMDBMode = false;
     ValidationErrorTypes errorType = veNone;
     int32_t errorNumber = 0;

@@ -111,7 +111,7 @@ void SQLDBPicker::UpdateConnectionHistory(const Text& machineName, const Text& m
                                           const Text& appVersion) {
     if (connectionString.empty() || selected.catalog.empty() || isDesignMode) return;
     Recordset recordset;
-    // Both names stand between the apostrophes as they are, deliberately: hosts rely on the statement's form.
+    // Both names are put between the apostrophes unescaped, deliberately: hosts rely on the statement's form.
     recordset.Open(u"SELECT username, machineName, machineIP, osVersion, appVersion, lastConnect, lastCatalog"
                    u" FROM velmoraConnectionHistory"
                    u" WHERE username = '" +

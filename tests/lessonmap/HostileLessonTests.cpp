@@ -214,7 +214,7 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
          [this] {
              editor->OnClick({34, 30}, false), editor->OnTimer(TreeTimer::Checkstate);
          }},
-        {"a failure", [&] { editor->TellFailures(u"Test", fail); }},
+        {"a failure", [&] { editor->ReportFailures(u"Test", fail); }},
         {"begin of a drag", [this] { DragTo(u"d", u"a"); }},
         {"drag",
          [this] {

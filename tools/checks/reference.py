@@ -19,7 +19,7 @@ def check_error_numbers():
     """Whatever is raised has a name of the table, every name is used, and the page comes from the table."""
     named, codes = set(errors.numbers()), set()
     used = set()
-    passed_on = re.compile(r"code|number|result|\w+\.Number\(\)|(HostsNumber|NumberOf)\(.*")
+    passed_on = re.compile(r"code|number|result|\w+\.Number\(\)|(NumberForHost|NumberOf)\(.*")
     for name, text in [*errors.sources(), *errors.sources("apps")]:
         used.update(re.findall(r"\bErrorNumbers::(\w+)", text))
         for argument in re.findall(r"\b(?:throw|return) (?:dax::)?Error\(\s*([^,;]+),", text):

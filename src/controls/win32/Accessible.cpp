@@ -16,19 +16,19 @@ namespace {
 
 std::atomic<long> liveCount = 0;
 
-HRESULT GiveText(const Text& text, BSTR* out) {
+HRESULT ReturnText(const Text& text, BSTR* out) {
     if (text.empty()) return S_FALSE;
     *out = SysAllocStringLen(Wide(text), static_cast<UINT>(text.size()));
     return *out ? S_OK : E_OUTOFMEMORY;
 }
 
-HRESULT GiveNumber(LONG number, VARIANT* out) {
+HRESULT ReturnNumber(LONG number, VARIANT* out) {
     out->vt = VT_I4;
     out->lVal = number;
     return S_OK;
 }
 
-// Elements as they were when they were asked for; one that has gone since is unknown to the object.
+// A snapshot of elements; the object rejects one that was removed since.
 class ElementList final : public ComObject<Implements<IEnumVARIANT, IID_IEnumVARIANT>> {
 public:
     ElementList(std::vector<LONG> elements, ComPtr<IUnknown> owner, size_t next = 0)
@@ -42,7 +42,7 @@ public:
     }
     STDMETHODIMP Next(ULONG count, VARIANT* out, ULONG* fetched) override {
         ULONG given = 0;
-        for (; given < count && next < elements.size(); ++given) GiveNumber(elements[next++], &out[given]);
+        for (; given < count && next < elements.size(); ++given) ReturnNumber(elements[next++], &out[given]);
         if (fetched) *fetched = given;
         return given == count ? S_OK : S_FALSE;
     }
@@ -81,11 +81,11 @@ public:
         standard.Reset();
     }
 
-    // An enumeration of its own for each caller that asks for one.
+    // A separate enumeration for each caller.
     STDMETHODIMP QueryInterface(REFIID id, void** out) override {
         if (id != IID_IEnumVARIANT) return ComObject::QueryInterface(id, out);
         *out = nullptr;
-        return On(Self(), [&](LONG) { return GiveList(model->Elements(), this, out); });
+        return On(Self(), [&](LONG) { return ReturnList(model->Elements(), this, out); });
     }
 
     STDMETHODIMP GetTypeInfoCount(UINT* count) override {
@@ -133,20 +133,20 @@ public:
         *out = nullptr;
         return On(child, [&](LONG element) {
             if (element == CHILDID_SELF && standard) return standard->get_accName(child, out);
-            return GiveText(model->Name(element), out);
+            return ReturnText(model->Name(element), out);
         });
     }
     STDMETHODIMP get_accValue(VARIANT child, BSTR* out) override {
         *out = nullptr;
-        return On(child, [&](LONG element) { return GiveText(model->Value(element), out); });
+        return On(child, [&](LONG element) { return ReturnText(model->Value(element), out); });
     }
     STDMETHODIMP get_accDescription(VARIANT child, BSTR* out) override {
         *out = nullptr;
-        return On(child, [&](LONG element) { return GiveText(model->Description(element), out); });
+        return On(child, [&](LONG element) { return ReturnText(model->Description(element), out); });
     }
     STDMETHODIMP get_accRole(VARIANT child, VARIANT* out) override {
         out->vt = VT_EMPTY;
-        return On(child, [&](LONG element) { return GiveNumber(model->Role(element), out); });
+        return On(child, [&](LONG element) { return ReturnNumber(model->Role(element), out); });
     }
     STDMETHODIMP get_accState(VARIANT child, VARIANT* out) override {
         out->vt = VT_EMPTY;
@@ -155,7 +155,7 @@ public:
             VARIANT ofWindow{};
             if (element == CHILDID_SELF && standard && standard->get_accState(child, &ofWindow) == S_OK)
                 state |= ofWindow.lVal;
-            return GiveNumber(state, out);
+            return ReturnNumber(state, out);
         });
     }
     STDMETHODIMP get_accHelp(VARIANT child, BSTR* out) override { return NoText(child, out); }
@@ -167,16 +167,16 @@ public:
     STDMETHODIMP get_accFocus(VARIANT* out) override {
         out->vt = VT_EMPTY;
         if (!model) return CO_E_OBJNOTCONNECTED;
-        return GetFocus() == handle ? GiveNumber(model->Focused(), out) : S_FALSE;
+        return GetFocus() == handle ? ReturnNumber(model->Focused(), out) : S_FALSE;
     }
     STDMETHODIMP get_accSelection(VARIANT* out) override {
         out->vt = VT_EMPTY;
         return On(Self(), [&](LONG) {
             std::vector<LONG> selected = model->Selected();
             if (selected.empty()) return S_FALSE;
-            if (selected.size() == 1) return GiveNumber(selected[0], out);
+            if (selected.size() == 1) return ReturnNumber(selected[0], out);
             void* list = nullptr;
-            const HRESULT result = GiveList(std::move(selected), nullptr, &list);
+            const HRESULT result = ReturnList(std::move(selected), nullptr, &list);
             if (FAILED(result)) return result;
             out->vt = VT_UNKNOWN;
             out->punkVal = static_cast<IEnumVARIANT*>(list);
@@ -185,7 +185,7 @@ public:
     }
     STDMETHODIMP get_accDefaultAction(VARIANT child, BSTR* out) override {
         *out = nullptr;
-        return On(child, [&](LONG element) { return GiveText(model->Action(element), out); });
+        return On(child, [&](LONG element) { return ReturnText(model->Action(element), out); });
     }
     STDMETHODIMP accSelect(LONG flags, VARIANT child) override {
         return On(child, [&](LONG element) {
@@ -217,7 +217,7 @@ public:
             if (!isDown && element == CHILDID_SELF)
                 return standard ? standard->accNavigate(direction, start, out) : S_FALSE;
             const LONG found = model->Neighbour(element, direction);
-            return found == CHILDID_SELF ? S_FALSE : GiveNumber(found, out);
+            return found == CHILDID_SELF ? S_FALSE : ReturnNumber(found, out);
         });
     }
     STDMETHODIMP accHitTest(LONG x, LONG y, VARIANT* out) override {
@@ -227,7 +227,7 @@ public:
             ScreenToClient(handle, &point);
             RECT client;
             GetClientRect(handle, &client);
-            return PtInRect(&client, point) ? GiveNumber(model->ElementAt(point), out) : S_FALSE;
+            return PtInRect(&client, point) ? ReturnNumber(model->ElementAt(point), out) : S_FALSE;
         });
     }
     STDMETHODIMP accDoDefaultAction(VARIANT child) override {
@@ -245,10 +245,10 @@ private:
 
     static VARIANT Self() {
         VARIANT self{};
-        GiveNumber(CHILDID_SELF, &self);
+        ReturnNumber(CHILDID_SELF, &self);
         return self;
     }
-    static HRESULT GiveList(std::vector<LONG> elements, IUnknown* owner, void** out) {
+    static HRESULT ReturnList(std::vector<LONG> elements, IUnknown* owner, void** out) {
         *out = static_cast<IEnumVARIANT*>(new (std::nothrow) ElementList(std::move(elements), owner));
         return *out ? S_OK : E_OUTOFMEMORY;
     }
@@ -275,7 +275,7 @@ private:
 
     Accessible* model;
     HWND handle;
-    ComPtr<IAccessible> standard; // the system's, which knows the window among others
+    ComPtr<IAccessible> standard; // the system's object for the window
 };
 
 Accessible::~Accessible() { Disconnect(); }
@@ -294,7 +294,7 @@ void Accessible::Disconnect() {
     std::exchange(object, nullptr)->Release();
 }
 
-bool Accessible::IsAsked(LPARAM lParam) { return static_cast<LONG>(lParam) == static_cast<LONG>(OBJID_CLIENT); }
+bool Accessible::IsRequested(LPARAM lParam) { return static_cast<LONG>(lParam) == static_cast<LONG>(OBJID_CLIENT); }
 
 LRESULT Accessible::Answer(WPARAM wParam) {
     if (!window) return 0;
@@ -315,10 +315,10 @@ Accessible::Element Accessible::Neighbour(Element from, LONG direction) {
     return at == all.begin() ? TheWhole : *(at - 1);
 }
 
-bool Accessible::IsHeard(DWORD event) const { return window && IsWinEventHookInstalled(event); }
+bool Accessible::HasListener(DWORD event) const { return window && IsWinEventHookInstalled(event); }
 
-void Accessible::Tell(DWORD event, Element element) const {
-    if (IsHeard(event)) NotifyWinEvent(event, window, OBJID_CLIENT, element);
+void Accessible::RaiseEvent(DWORD event, Element element) const {
+    if (HasListener(event)) NotifyWinEvent(event, window, OBJID_CLIENT, element);
 }
 
 } // namespace dax

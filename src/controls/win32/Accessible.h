@@ -1,5 +1,5 @@
 // What a screen reader finds in a window of ours: the whole and its elements, through the system's accessibility
-// interface. The object that it gets may outlive the window: it then answers that it is no longer connected.
+// interface. The object may exist longer than the window: its members then return CO_E_OBJNOTCONNECTED.
 #pragma once
 
 #include "controls/win32/Windows.h"
@@ -21,9 +21,9 @@ public:
     Accessible& operator=(const Accessible&) = delete;
 
     void Connect(HWND window);
-    void Disconnect(); // the window is going
-    // WM_GETOBJECT may ask for other objects; what to answer when it asks for this one.
-    static bool IsAsked(LPARAM lParam);
+    void Disconnect(); // the window is being destroyed
+    // Whether WM_GETOBJECT requests this object and not another one, and the result of the message then.
+    static bool IsRequested(LPARAM lParam);
     LRESULT Answer(WPARAM wParam);
 
     // Objects with references left; their code must not be unloaded.
@@ -33,7 +33,7 @@ public:
     virtual LONG Count() const = 0;
     virtual bool Has(Element element) const = 0;
 
-    // Of an element or of the whole, with the system's own numbers. Of the whole the system knows name and place.
+    // Of an element or of the whole, with the system's own numbers. For the whole, the system supplies name and place.
     virtual LONG Role(Element element) const = 0;
     virtual LONG State(Element element) const = 0;
     virtual Text Name(Element element) const = 0;
@@ -54,8 +54,8 @@ public:
 protected:
     HWND Window() const { return window; } // null while not connected
     bool HasFocus() const { return window && GetFocus() == window; }
-    bool IsHeard(DWORD event) const; // else it need not be told
-    void Tell(DWORD event, Element element) const;
+    bool HasListener(DWORD event) const; // otherwise no event is needed
+    void RaiseEvent(DWORD event, Element element) const;
 
 private:
     HWND window = nullptr;

@@ -80,11 +80,11 @@ void ComboBoxWindow::HandleNotification(int code) {
 
 // Up to a dozen entries are shown, as wide as the widest.
 void ComboBoxWindow::PrepareDropDown() {
-    constexpr int mostRows = 12;
+    constexpr int maxRows = 12;
     RECT place;
     GetWindowRect(handle, &place);
     const int width = place.right - place.left;
-    const int rows = std::clamp(ListCount(), 1, mostRows);
+    const int rows = std::clamp(ListCount(), 1, maxRows);
     const int rowHeight = static_cast<int>(SendMessageW(handle, CB_GETITEMHEIGHT, 0, 0));
     SetWindowPos(handle, nullptr, 0, 0, width, place.bottom - place.top + rows * rowHeight + 2,
                  SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOMOVE);
@@ -103,7 +103,7 @@ void ComboBoxWindow::PrepareDropDown() {
     SendMessageW(handle, CB_SETDROPPEDWIDTH, static_cast<WPARAM>(std::max(width, widest + borders)), 0);
 }
 
-bool ComboBoxWindow::WantsKey(WPARAM key) const {
+bool ComboBoxWindow::HandlesKey(WPARAM key) const {
     switch (key) {
     case VK_UP:
     case VK_DOWN:

@@ -10,20 +10,20 @@ namespace dax {
 
 class ComboBoxWindow : public ComboBox {
 public:
-    // The window belongs to its parent and goes with it; the list stays. The parent forwards its messages.
+    // The window is destroyed with its parent; the list stays. The parent forwards its messages.
     HWND Create(HWND parent);
     HWND Handle() const { return handle; }
-    void HandleGone() { handle = nullptr; }
+    void OnHandleDestroyed() { handle = nullptr; }
     void SetFont(HFONT font);
     void FitWidth(int width);
     void HandleNotification(int code); // CBN_…; raises Click last
 
-    // Shows this text instead of the list; nothing ends it.
+    // Shows this text instead of the list, for good.
     void ShowSample(std::optional<Text> text);
     const Text& ShownText() const;
 
-    // The key belongs to the list, not to the host: arrows, paging, opening; Enter and Escape while it is open.
-    bool WantsKey(WPARAM key) const;
+    // Whether the key is for the list, not for the host: arrows, paging, opening; Enter and Escape while it is open.
+    bool HandlesKey(WPARAM key) const;
 
     void Clear() override;
     void AddItem(const Text& text) override;

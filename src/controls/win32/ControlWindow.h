@@ -33,7 +33,7 @@ public:
     // The same as texts, lines and shapes, for a context that scales them: of a printer or a metafile. The control is
     // laid out in so many of its own pixels, from the context's origin on.
     virtual void DrawScaled(HDC dc, SIZE size) = 0;
-    // What the control says, line by line; empty when it shows more than texts.
+    // The control's text, line by line; empty when it shows more than texts.
     virtual Text PlainText() const { return {}; }
 
     // Offers a keyboard message before the host sees it; true when the control has used it.
@@ -44,7 +44,7 @@ public:
     // Called when the window has come to a monitor of another resolution.
     std::function<void()> DpiChanged;
 
-    // Called when the system's colours or fonts have changed, which a host need not have named others for.
+    // Called when the system's colours or fonts have changed, which a control uses where the host sets none.
     std::function<void()> SystemLookChanged;
 
     virtual SIZE PreferredSize(int dpi) const = 0; // pixels

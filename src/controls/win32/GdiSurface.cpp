@@ -64,7 +64,7 @@ bool GdiSurface::PathsFit(const Text& text, int width) {
     return true;
 }
 
-// Whether each character has a width of its own wherever it stands: Latin, Greek and Cyrillic without marks.
+// Whether each character has a width of its own wherever it is: Latin, Greek and Cyrillic without marks.
 bool GdiSurface::IsPlain(const Text& text) {
     return std::all_of(text.begin(), text.end(), [](char16_t unit) {
         return (unit >= 0x20 && unit < 0x7F) || (unit >= 0xA0 && unit < 0x300 && unit != 0xAD) ||

@@ -12,7 +12,7 @@ namespace dax {
 
 class GdiSurface : public Surface {
 public:
-    // Colours and fonts of the context are as before when the surface goes.
+    // The destructor restores the context's colours and fonts.
     GdiSurface(HDC context, SIZE extent, HFONT normalFont, HFONT boldFont, COLORREF foreColor, COLORREF backColor,
                int dotsPerInch);
     ~GdiSurface() override;

@@ -104,13 +104,13 @@ void ListAccess::Changed(const NMLISTVIEW& change) const {
     if (change.iItem < 0) return SeveralChanged();
     const Element row = change.iItem + 1;
     const UINT come = change.uNewState & ~change.uOldState, gone = change.uOldState & ~change.uNewState;
-    if ((come & LVIS_FOCUSED) && HasFocus()) Tell(EVENT_OBJECT_FOCUS, row);
-    if (come & LVIS_SELECTED) Tell(EVENT_OBJECT_SELECTIONADD, row);
-    if (gone & LVIS_SELECTED) Tell(EVENT_OBJECT_SELECTIONREMOVE, row);
+    if ((come & LVIS_FOCUSED) && HasFocus()) RaiseEvent(EVENT_OBJECT_FOCUS, row);
+    if (come & LVIS_SELECTED) RaiseEvent(EVENT_OBJECT_SELECTIONADD, row);
+    if (gone & LVIS_SELECTED) RaiseEvent(EVENT_OBJECT_SELECTIONREMOVE, row);
 }
 
 void ListAccess::OnFocusGained() {
-    if (const Element row = Focused(); row != TheWhole) Tell(EVENT_OBJECT_FOCUS, row);
+    if (const Element row = Focused(); row != TheWhole) RaiseEvent(EVENT_OBJECT_FOCUS, row);
 }
 
 } // namespace dax

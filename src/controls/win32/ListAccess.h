@@ -13,9 +13,9 @@ class ListAccess : public Accessible {
 public:
     explicit ListAccess(const ListModel& list) : model(list) {}
 
-    void Reordered() const { Tell(EVENT_OBJECT_REORDER, TheWhole); }
+    void Reordered() const { RaiseEvent(EVENT_OBJECT_REORDER, TheWhole); }
     void Changed(const NMLISTVIEW& change) const; // a row's focus or selection, or all rows'
-    void SeveralChanged() const { Tell(EVENT_OBJECT_SELECTIONWITHIN, TheWhole); }
+    void SeveralChanged() const { RaiseEvent(EVENT_OBJECT_SELECTIONWITHIN, TheWhole); }
     void OnFocusGained();
 
     std::vector<Element> Elements() override;

@@ -103,7 +103,7 @@ ListViewWindow::~ListViewWindow() {
     if (markedFont) DeleteObject(markedFont);
 }
 
-void ListViewWindow::HandleGone() {
+void ListViewWindow::OnHandleDestroyed() {
     access.Disconnect();
     handle = nullptr;
 }
@@ -241,7 +241,7 @@ void ListViewWindow::ColumnsChanged() {
 void ListViewWindow::ItemsChanged() {
     if (!handle) return;
     const size_t count = model->Items().size();
-    if (count == 0) { // else the list would keep selection and focus of rows that are gone
+    if (count == 0) { // else the list would keep selection and focus of removed rows
         LVITEMW state{};
         state.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
         SendMessageW(handle, LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&state));
@@ -258,8 +258,8 @@ void ListViewWindow::ItemsChanged() {
     InvalidateRect(handle, nullptr, FALSE);
 }
 
-// The system sizes a list without rows of its own by the rows in sight, or asks for every cell; the widest of all is
-// found here, and the system is not asked at all where that would take long. The last column takes what is left.
+// The system sizes a virtual list by the visible rows, or queries every cell; the widest of all is
+// found here, and the system is not used where that would take long. The last column takes what is left.
 void ListViewWindow::AutosizeColumns() {
     constexpr size_t many = 1000;
     if (!handle) return;
@@ -314,7 +314,7 @@ void ListViewWindow::FillDisplay(LVITEMW& item) const {
     item.pszText[shown.size()] = 0;
 }
 
-// Whoever types letters looks for a row by the beginning of its first cell. -1: there is none.
+// Typed letters find a row by the beginning of its first cell. -1: there is none.
 LRESULT ListViewWindow::FindRow(const NMLVFINDITEMW& find) const {
     if (!(find.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL)) || !find.lvfi.psz) return -1;
     const Text wanted = FromWide(find.lvfi.psz);

@@ -1,4 +1,4 @@
-// A report list in a real window, or without one. The window keeps no rows: it asks the model for what it shows.
+// A report list in a real window, or without one. A virtual list: it reads what it shows from the model.
 #pragma once
 
 #include "controls/Event.h"
@@ -19,13 +19,13 @@ public:
     ListViewWindow(const ListViewWindow&) = delete;
     ListViewWindow& operator=(const ListViewWindow&) = delete;
 
-    // The window belongs to its parent and goes with it; the rows stay. The parent forwards its messages.
+    // The window is destroyed with its parent; the rows stay. The parent forwards its messages.
     HWND Create(HWND parent);
     HWND Handle() const { return handle; }
-    void HandleGone();
+    void OnHandleDestroyed();
     void SetFont(HFONT font);
     void SetColors(COLORREF text, COLORREF background);
-    // Also shares the width out to the columns, until they were sized by content or by the user.
+    // Also divides the width among the columns, unless they were sized by content or by the user.
     void Fit(int width, int height);
     // An arrow in the header of that column, which is widened where its caption would be cut; -1 for none.
     void ShowSortArrow(int column, bool isDescending);
@@ -53,10 +53,10 @@ private:
     LRESULT FindRow(const NMLVFINDITEMW& find) const;
     void ReadSelection();
     void ShareWidth();
-    // Widens or narrows the columns with their letters, which were so high before.
+    // Scales the columns with the font; the former height of its letters is given.
     void FollowFont(int formerHeight);
 
-    enum class Widths { Shared, Fitted, OfUser }; // what has decided on the columns' widths
+    enum class Widths { Shared, Fitted, OfUser }; // where the columns' widths come from
 
     std::shared_ptr<ListModel> model;
     ListAccess access{*model};

@@ -3,8 +3,8 @@
 
 namespace dax {
 
-// Dispatches what waits in the calling thread's queue and returns when it is empty, or after a bounded number of
-// messages when some window never ceases to post. A quit message is left for the host's own loop.
+// Dispatches the calling thread's queue and returns when it is empty, or after a bounded number of
+// messages when some window keeps posting. A quit message is left for the host's own loop.
 void ProcessPendingMessages();
 
 } // namespace dax

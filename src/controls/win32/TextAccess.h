@@ -11,7 +11,7 @@ class TextAccess : public Accessible {
 public:
     explicit TextAccess(std::function<std::vector<Text>()> source) : texts(std::move(source)) {}
 
-    void Changed() const { Tell(EVENT_OBJECT_REORDER, TheWhole); }
+    void Changed() const { RaiseEvent(EVENT_OBJECT_REORDER, TheWhole); }
 
     std::vector<Element> Elements() override;
     LONG Count() const override { return static_cast<LONG>(texts().size()); }
@@ -19,7 +19,7 @@ public:
     LONG Role(Element element) const override;
     LONG State(Element) const override;
     Text Name(Element element) const override { return texts()[static_cast<size_t>(element - 1)]; }
-    RECT Place(Element) const override; // of the panel: each text takes the room that it gets
+    RECT Place(Element) const override; // of the panel: each text has a part of it
     Element ElementAt(POINT) override { return TheWhole; }
 
 private:

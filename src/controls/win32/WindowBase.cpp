@@ -19,7 +19,7 @@ constexpr UINT_PTR focusSubclass = 1;
 constexpr wchar_t hiddenParentClass[] = L"DAXHiddenParent";
 std::atomic<long> liveCount = 0;
 
-// Counts the messages at work; outlives the control.
+// Counts nested messages; exists longer than the control.
 class DepthGuard {
 public:
     explicit DepthGuard(std::shared_ptr<int> counter) : depth(std::move(counter)) { ++*depth; }
@@ -73,7 +73,7 @@ WindowBase::~WindowBase() {
         }
     }
     LeaveHiddenParent();
-    DropFonts();
+    DeleteFonts();
 }
 
 long WindowBase::LiveCount() { return liveCount + Accessible::LiveCount(); }
@@ -131,7 +131,7 @@ HFONT WindowBase::BoldFont() {
     return boldFont;
 }
 
-void WindowBase::DropFonts() {
+void WindowBase::DeleteFonts() {
     if (font) DeleteObject(std::exchange(font, nullptr));
     if (boldFont) DeleteObject(std::exchange(boldFont, nullptr));
 }
@@ -162,7 +162,7 @@ LRESULT CALLBACK WindowBase::Procedure(HWND window, UINT message, WPARAM wParam,
             SetWindowLongPtrW(window, GWLP_USERDATA, 0);
             self->handle = nullptr;
             self->hasFocus = false;
-            self->OnGone();
+            self->OnDestroyed();
         }
     } else if (self) {
         const DepthGuard guard(self->depth);
@@ -174,7 +174,7 @@ LRESULT CALLBACK WindowBase::Procedure(HWND window, UINT message, WPARAM wParam,
         }
     } else if (message == destroyLater) {
         // In a message loop inside one of the control's messages (the tree's own, or a message box of the host) the
-        // system is still at work on the window: tried again until it has done.
+        // system still uses the window: tried again until it has finished.
         const auto pending = static_cast<UINT_PTR>(wParam);
         if (SetTimer(window, pending, retryDelay, DestroyWhenIdle)) DestroyWhenIdle(window, WM_TIMER, pending, 0);
         return 0;
@@ -245,7 +245,7 @@ LRESULT WindowBase::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 std::optional<LRESULT> WindowBase::Answer(HWND asked, WPARAM wParam, LPARAM lParam) {
-    Accessible* const access = Accessible::IsAsked(lParam) ? AccessOf(asked) : nullptr;
+    Accessible* const access = Accessible::IsRequested(lParam) ? AccessOf(asked) : nullptr;
     return access ? std::optional(access->Answer(wParam)) : std::nullopt;
 }
 
@@ -299,7 +299,7 @@ LRESULT CALLBACK WindowBase::ChildProcedure(HWND window, UINT message, WPARAM wP
     // The child comes first, so that it is ready when the host's handler of the focus runs.
     const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
     if (message != WM_SETFOCUS && message != WM_KILLFOCUS) return result;
-    // The control may be gone by now; its window then no longer knows it. (GetWindowSubclass would show it as well, but
+    // The control may be destroyed; its window then has no pointer to it. (GetWindowSubclass would show it as well, but
     // mingw-w64 does not import it.)
     const HWND parent = GetAncestor(window, GA_PARENT);
     if (!parent || GetWindowLongPtrW(parent, GWLP_USERDATA) != static_cast<LONG_PTR>(reference)) return result;

@@ -1,4 +1,4 @@
-// The window that every control of ours is: class, fonts, focus, painting, messages of its children, and an end that
+// Base of the windows of all controls: class, fonts, focus, painting, messages of its children, and destruction that
 // is safe also inside one of the control's own events.
 #pragma once
 
@@ -14,7 +14,7 @@ namespace dax {
 class WindowBase : public ControlWindow {
 public:
     // Inside a message of the window or its children the window only leaves its parent and is destroyed by a posted
-    // message, since the system is still at work on it; otherwise it is destroyed at once.
+    // message, since the system still uses it; otherwise it is destroyed at once.
     ~WindowBase() override;
     WindowBase(const WindowBase&) = delete;
     WindowBase& operator=(const WindowBase&) = delete;
@@ -30,8 +30,8 @@ public:
     void DrawScaled(HDC dc, SIZE size) override { Paint(dc, size, true); }
     bool TranslateKey(const MSG&) override { return false; }
 
-    // Windows of all controls of this module that still exist, and what screen readers still hold of them: the module
-    // must not be unloaded before they are gone.
+    // How many windows of this module's controls, and objects of theirs that screen readers hold, still exist: the
+    // module must not be unloaded before it is 0.
     static long LiveCount();
 
 protected:
@@ -42,11 +42,11 @@ protected:
     virtual void OnSize(int width, int height);
     // After the ambient properties have come or changed, once the control is placed; also called when it is placed.
     virtual void OnAmbient() {}
-    virtual void OnFont() {} // child windows take Font(); the former one goes afterwards
-    virtual void OnGone() {} // the window and its children have been destroyed
-    // `isView`: a picture of the control is wanted, its child windows included, perhaps in a context that scales.
+    virtual void OnFont() {}      // child windows take Font(); the former one is deleted afterwards
+    virtual void OnDestroyed() {} // the window and its children have been destroyed
+    // `isView`: draws a picture of the control, its child windows included, perhaps in a context that scales.
     virtual void Paint(HDC dc, SIZE size, bool isView) = 0;
-    // Messages from child windows. A handler that raises an event does so last: the control may be gone afterwards.
+    // Messages from child windows. A handler that raises an event does so last: it may destroy the control.
     virtual void OnCommand(HWND, int /*code*/) {}
     virtual LRESULT OnNotify(const NMHDR&, LPARAM) { return 0; }
     virtual LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
@@ -64,7 +64,7 @@ protected:
     static bool IsKeyDownIn(HWND child, const MSG& message) {
         return message.message == WM_KEYDOWN && message.hwnd == child;
     }
-    static bool Deliver(const MSG& message); // to its window, in the place of the host's loop; true
+    static bool Deliver(const MSG& message); // to its window, as the host's loop would; true
 
 private:
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
@@ -76,7 +76,7 @@ private:
     void FocusMoved(HWND focus);
     LRESULT AppearanceChanged(UINT message, WPARAM wParam, LPARAM lParam);
     void Place();
-    void DropFonts();
+    void DeleteFonts();
     void LeaveHiddenParent();
 
     const wchar_t* className;
@@ -87,7 +87,7 @@ private:
     std::vector<HWND> children; // whose focus is tracked
     bool hasFocus = false;
     bool isPlaced = false;
-    std::shared_ptr<int> depth = std::make_shared<int>(0); // of messages at work
+    std::shared_ptr<int> depth = std::make_shared<int>(0); // nesting of messages
 };
 
 } // namespace dax

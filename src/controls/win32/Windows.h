@@ -12,7 +12,7 @@ namespace dax {
 static_assert(sizeof(wchar_t) == sizeof(char16_t));
 
 inline const wchar_t* Wide(const Text& text) { return reinterpret_cast<const wchar_t*>(text.c_str()); }
-// Without a zero behind it: with its length.
+// Length and pointer, without a terminating zero.
 inline const wchar_t* Units(TextView text) {
     return reinterpret_cast<const wchar_t*>(text.empty() ? u"" : text.data());
 }

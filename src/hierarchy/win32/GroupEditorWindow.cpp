@@ -11,7 +11,7 @@ GroupEditorWindow::GroupEditorWindow() : WindowBase(L"DAXGroupEditor") {
         if (PropertyChanged) PropertyChanged(name);
     });
     editor->AttachWindow(treeView.get());
-    // The tree is the window's; the editor may outlive it, held by a caller.
+    // The tree belongs to the window; the editor may exist longer, held by a caller.
     GroupEditor* const target = editor.get();
     treeView->MouseDown.Add([target](MouseButton button, Point) { target->OnMouseDown(button); });
     treeView->MouseMove.Add([target](MouseButton button, Point point) { target->OnMouseMove(button, point); });
@@ -56,7 +56,7 @@ void GroupEditorWindow::OnAmbient() {
 
 void GroupEditorWindow::OnFont() { treeView->SetFont(Font()); }
 
-void GroupEditorWindow::OnGone() { treeView->HandleGone(); }
+void GroupEditorWindow::OnDestroyed() { treeView->OnHandleDestroyed(); }
 
 void GroupEditorWindow::UsePictures() {
     if (pictures && pictureDpi == CurrentAmbient().dpi) return;
@@ -68,7 +68,7 @@ void GroupEditorWindow::UsePictures() {
 }
 
 LRESULT GroupEditorWindow::OnNotify(const NMHDR& header, LPARAM) {
-    const auto keptEditor = editor; // a listener may release this window; the model goes last
+    const auto keptEditor = editor; // a listener may release this window; the model is destroyed last
     const auto keptTree = treeView;
     return keptTree->HandleNotification(header);
 }

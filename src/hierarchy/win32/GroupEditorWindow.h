@@ -12,7 +12,7 @@ public:
     GroupEditorWindow();
     ~GroupEditorWindow() override;
 
-    // Whoever calls it holds this pointer while doing so: a listener may release the window.
+    // Callers must hold this pointer during the call: a listener may release the window.
     const std::shared_ptr<GroupEditor>& Editor() const { return editor; }
 
     void InitProperties() override;
@@ -26,7 +26,7 @@ private:
     void OnSize(int width, int height) override { treeView->Fit(width, height); }
     void OnAmbient() override;
     void OnFont() override;
-    void OnGone() override;
+    void OnDestroyed() override;
     LRESULT OnNotify(const NMHDR& header, LPARAM lParam) override;
     HWND FocusTarget() const override { return treeView->Handle(); }
     Accessible* AccessOf(HWND window) override { return window == Handle() ? nullptr : &treeView->Access(); }

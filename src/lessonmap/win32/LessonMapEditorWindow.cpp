@@ -30,7 +30,7 @@ LessonMapEditorWindow::LessonMapEditorWindow() : WindowBase(L"DAXLessonMapEditor
     });
     boxListener = editor->CheckboxesChanged.Add([this] { ApplyCheckBoxes(); });
     editor->SetWindow(treeView.get());
-    // The tree is the window's; the editor may outlive it, held by a caller.
+    // The tree belongs to the window; the editor may exist longer, held by a caller.
     LessonMapEditor* const target = editor.get();
     treeView->MouseDown.Add([target](MouseButton button, Point) { target->OnMouseDown(button); });
     treeView->MouseMove.Add([target](MouseButton button, Point) { target->OnMouseMove(button); });
@@ -99,7 +99,7 @@ void LessonMapEditorWindow::UsePictures() {
     ApplyCheckBoxes();
 }
 
-// The system draws its boxes for 96 dpi: ours take their place, and go with the tree's boxes.
+// The system draws its boxes for 96 dpi: ours replace them, and are removed with them.
 void LessonMapEditorWindow::ApplyCheckBoxes() {
     treeView->SetCheckBoxes(editor->Checkboxes(), editor->Checkboxes() ? CreateCheckPictures(Scale(16)) : nullptr);
 }
@@ -110,7 +110,7 @@ LRESULT LessonMapEditorWindow::OnNotify(const NMHDR& header, LPARAM) {
     const auto keptNodes = nodes;
     const auto keptTree = treeView;
     LRESULT answer = 0;
-    keptEditor->TellFailures(u"Select", [&] { answer = keptTree->HandleNotification(header); });
+    keptEditor->ReportFailures(u"Select", [&] { answer = keptTree->HandleNotification(header); });
     return answer;
 }
 

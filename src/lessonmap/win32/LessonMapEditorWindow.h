@@ -12,7 +12,7 @@ public:
     LessonMapEditorWindow();
     ~LessonMapEditorWindow() override;
 
-    // Whoever calls it holds this pointer while doing so: a listener may release the window.
+    // Callers must hold this pointer during the call: a listener may release the window.
     const std::shared_ptr<LessonMapEditor>& Editor() const { return editor; }
 
     TreeViewWindow& Tree() const { return *treeView; }
@@ -31,7 +31,7 @@ private:
     void OnSize(int width, int height) override { treeView->Fit(width, height); }
     void OnAmbient() override;
     void OnFont() override { treeView->SetFont(Font()); }
-    void OnGone() override { treeView->HandleGone(); }
+    void OnDestroyed() override { treeView->OnHandleDestroyed(); }
     LRESULT OnNotify(const NMHDR& header, LPARAM lParam) override;
     HWND FocusTarget() const override { return treeView->Handle(); }
     Accessible* AccessOf(HWND window) override { return window == Handle() ? nullptr : &treeView->Access(); }

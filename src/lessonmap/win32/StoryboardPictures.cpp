@@ -40,7 +40,7 @@ void DrawUndefined(ShapePen& pen) {
     DrawQuestionMark(pen, {16, 16}, 1, Grey);
 }
 
-// A sheet with a mark that stands for nothing in particular.
+// A sheet with a neutral mark.
 void DrawCustom(ShapePen& pen) {
     DrawSheet(pen, Edge);
     pen.Shape({{16, 8}, {23, 16}, {16, 24}, {9, 16}}, Violet, 2, DarkViolet);
@@ -185,7 +185,7 @@ HIMAGELIST CopyPictures(HIMAGELIST images) {
     if (!ImageList_GetIconSize(images, &width, &height) || width <= 0 || height <= 0) return nullptr;
     const HIMAGELIST list = ImageList_Create(width, height, ILC_COLOR32 | ILC_MASK, count + 1, 0);
     if (!list) return nullptr;
-    // The first picture, hidden by its mask, stands for none.
+    // The first picture, hidden by its mask, is for items without one.
     ImageList_SetImageCount(list, 1);
     for (int index = 0; index < count; ++index) {
         const HICON icon = ImageList_GetIcon(images, index, ILD_TRANSPARENT);

@@ -11,7 +11,7 @@ class LockManagerWindow : public WindowBase {
 public:
     LockManagerWindow();
 
-    // Whoever calls it holds this pointer while doing so: a listener may release the window.
+    // Callers must hold this pointer during the call: a listener may release the window.
     const std::shared_ptr<LockManager>& Manager() const { return manager; }
     const std::shared_ptr<ListModel>& Locks() const { return locks; }
 
@@ -23,7 +23,7 @@ private:
     void OnSize(int width, int height) override { list->Fit(width, height); }
     void OnAmbient() override { list->SetColors(CurrentAmbient().foreColor, CurrentAmbient().backColor); }
     void OnFont() override { list->SetFont(Font()); }
-    void OnGone() override { list->HandleGone(); }
+    void OnDestroyed() override { list->OnHandleDestroyed(); }
     LRESULT OnNotify(const NMHDR& header, LPARAM lParam) override;
     HWND FocusTarget() const override { return list->Handle(); }
     Accessible* AccessOf(HWND window) override { return window == Handle() ? nullptr : &list->Access(); }

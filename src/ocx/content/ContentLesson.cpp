@@ -36,7 +36,7 @@ public:
     }
     STDMETHODIMP Remove(BSTR sbid) override {
         return Call([&] {
-            const auto collection = state->lesson->Storyboards(); // the storyboard's end may come back here
+            const auto collection = state->lesson->Storyboards(); // the storyboard's destruction may call back
             collection->Remove(FromBstr(sbid));
         });
     }
@@ -132,7 +132,7 @@ public:
     STDMETHODIMP Load(BSTR lessonText) override {
         return Call([&] {
             auto loaded = WithObjects(*LessonText::Load(FromBstr(lessonText)));
-            const auto before = std::exchange(state->lesson, std::move(loaded)); // goes last: it may come back here
+            const auto before = std::exchange(state->lesson, std::move(loaded)); // destroyed last: that may call back
         });
     }
     STDMETHODIMP Save(BSTR* lessonText) override {

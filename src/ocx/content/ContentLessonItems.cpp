@@ -71,7 +71,7 @@ public:
         return isThere == Value(true);
     }
     NodeRef AddChild(NodeRef parent, const Text& key, const Text& caption) override {
-        constexpr int32_t asChild = 4; // of the relations that trees know
+        constexpr int32_t asChild = 4; // a relation of tree views
         return Hold(nodes.Call(L"Add", {Variant(At(parent).Object()), Variant(asChild), Variant(TextView(key)),
                                         Variant(TextView(caption))}));
     }
@@ -122,7 +122,7 @@ private:
     Core& Target() const override { return *Inside(); }
 };
 
-// Held by a lesson: the host's reference, and straight access to what stands behind it.
+// Held by a lesson: the host's reference, and direct access to the object that it wraps.
 class OwnStoryboard final : public HostStoryboard {
 public:
     OwnStoryboard(IDispatch* object, std::shared_ptr<ContentStoryboard> inside)

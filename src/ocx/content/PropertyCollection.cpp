@@ -33,7 +33,7 @@ public:
             const Value found = properties->GetValue(FromBstr(name), {});
             if (!IsNull(found)) {
                 Variant::FromValue(found).MoveTo(value);
-            } else if (!IsMissing(defaultValue)) { // whatever it is: it goes back as it came
+            } else if (!IsMissing(defaultValue)) { // whatever its type, it is returned unchanged
                 Check(VariantCopyInd(value, &defaultValue));
             }
         });

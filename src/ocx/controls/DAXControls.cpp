@@ -1,7 +1,7 @@
 // The control library: one row per class.
 #include <ole2.h>
 
-#include <initguid.h> // the identifiers of the type library live in this file
+#include <initguid.h> // the identifiers of the type library are defined in this file
 
 #include "ContentObjects.h"
 #include "DAXControls.h"

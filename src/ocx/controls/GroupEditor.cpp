@@ -121,7 +121,7 @@ std::shared_ptr<GroupEditor> HierarchyOf(_GroupEditor* editor) {
     if (!editor) return nullptr;
     const auto own = Query<_GroupEditor>(editor, PrivateEditorID);
     if (!own) {
-        // Every proxy has that interface, and nothing else has: the editor itself is elsewhere.
+        // Every proxy has that interface, and nothing else has: the editor itself is in another apartment.
         const bool isElsewhere = static_cast<bool>(Query<IUnknown>(editor, IID_IClientSecurity));
         throw Error(ErrorNumbers::TypeMismatch,
                     isElsewhere ? u"The GroupEditor belongs to another thread or process. A panel can be updated only "

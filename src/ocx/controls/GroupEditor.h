@@ -1,4 +1,4 @@
-// The way from a hierarchy editor as an automation object to the editor inside it.
+// Access to the editor inside a hierarchy editor's automation object.
 #pragma once
 
 #include "DAXControls.h"

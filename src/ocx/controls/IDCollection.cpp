@@ -15,7 +15,7 @@ namespace dax {
 namespace {
 
 // A host's array or enumeration could be without end.
-constexpr int32_t MostElements = 1'000'000;
+constexpr int32_t MaxElements = 1'000'000;
 
 // The private IID of an IDCollectionObject; it leads to its default interface.
 constexpr IID PrivateCollectionID{0x7d1e5d0b, 0x3c0f, 0x4c59, {0xa6, 0x0d, 0x61, 0x0f, 0x53, 0x2d, 0x8e, 0x17}};
@@ -100,7 +100,7 @@ private:
 };
 
 // The number by which a host counts a failure.
-int32_t HostsNumber(int32_t code) {
+int32_t NumberForHost(int32_t code) {
     switch (static_cast<HRESULT>(code)) {
     case E_OUTOFMEMORY:
         return ErrorNumbers::OutOfMemory;
@@ -118,17 +118,17 @@ bool IsNothing(const Variant& item) {
     return IsLeftOut(item) || ((item.vt == VT_DISPATCH || item.vt == VT_UNKNOWN) && !item.punkVal);
 }
 
-class HostsKeys final : public KeyedCollection {
+class HostKeys final : public KeyedCollection {
 public:
-    explicit HostsKeys(IDispatch* collection) : host(collection) {}
+    explicit HostKeys(IDispatch* collection) : host(collection) {}
 
     bool HasKey(const Text& key) override {
         try {
             if (way == Way::Unknown) FindWay();
-            return Ask(key);
+            return Contains(key);
         } catch (const Error& error) {
             BeginReading(); // another attempt starts again
-            throw Error(HostsNumber(error.Number()), error.Description());
+            throw Error(NumberForHost(error.Number()), error.Description());
         }
     }
     void BeginReading() override {
@@ -152,7 +152,7 @@ private:
             ReadElements();
     }
 
-    bool Ask(const Text& key) {
+    bool Contains(const Text& key) {
         switch (way) {
         case Way::Own:
             return static_cast<IDCollectionObject*>(own.Get())->Contains(key);
@@ -170,7 +170,7 @@ private:
             return !IsNothing(host.TryGetItem(L"Item", Variant(key)));
         } catch (const Error& error) {
             // A list whose Item takes only a number.
-            if (HostsNumber(error.Number()) != ErrorNumbers::TypeMismatch || !EnumeratorOf()) throw;
+            if (NumberForHost(error.Number()) != ErrorNumbers::TypeMismatch || !EnumeratorOf()) throw;
         }
         ReadElements();
         return elements.contains(key);
@@ -179,13 +179,13 @@ private:
     void ReadElements() {
         std::unordered_set<Text> read;
         const auto add = [&](const Variant& element) {
-            if (read.size() >= MostElements)
+            if (read.size() >= MaxElements)
                 throw Error(ErrorNumbers::Automation, u"The collection has more than 1,000,000 elements.");
             read.insert(TextFrom(PlainOf(element)));
         };
         if (host.Has(L"length")) {
             const int32_t length = NumberFrom(host.Get(L"length"));
-            if (length > MostElements)
+            if (length > MaxElements)
                 throw Error(ErrorNumbers::Automation, u"The array has more than 1,000,000 elements.");
             for (int32_t i = 0; i < length; ++i) {
                 const std::wstring name = std::to_wstring(i);
@@ -230,7 +230,7 @@ private:
 _IDCollection* ToInterface(IDCollection identifiers) { return new IDCollectionObject(std::move(identifiers)); }
 
 std::shared_ptr<KeyedCollection> KeysOf(IDispatch* collection) {
-    return collection ? std::make_shared<HostsKeys>(collection) : nullptr;
+    return collection ? std::make_shared<HostKeys>(collection) : nullptr;
 }
 
 } // namespace dax

@@ -12,10 +12,10 @@ namespace dax {
 // Returns one reference.
 _IDCollection* ToInterface(IDCollection identifiers);
 
-// A host's collection, null for null; nothing is asked of it before the first key is. One of ours, live; a dictionary,
-// by Exists; whatever has an Item, by its key: a failure that says that there is no such item, and an item that is
+// A host's collection, null for null; it is not called before the first lookup. One of ours, live; a dictionary,
+// by Exists; whatever has an Item, by its key: a failure that means that there is no such item, and an item that is
 // nothing, are no; otherwise the texts that a script's array or an enumeration has when the reading begins. Every
-// other failure is an Error with the number that hosts know.
+// other failure is an Error with a number of ErrorNumbers.h.
 std::shared_ptr<KeyedCollection> KeysOf(IDispatch* collection);
 
 } // namespace dax

@@ -33,7 +33,7 @@ void* Control::Find(REFIID iid) {
     return found ? found : ClassObject::Find(iid);
 }
 
-// Hosts release a control in any order; the steps that they have left out are taken here.
+// Hosts release a control in any order; the steps that they have left out are done here.
 void Control::Destroy() {
     window->FocusChanged = nullptr;
     window->SystemLookChanged = nullptr;
@@ -47,15 +47,15 @@ void Control::Destroy() {
 }
 
 void Control::EnsureReady() {
-    if (!isReady) Become(nullptr);
+    if (!isReady) Initialize(nullptr);
     if (site || window->Handle()) return;
     const SIZE size = window->PreferredSize(dpi);
     window->Create(nullptr, {0, 0, size.cx, size.cy});
 }
 
-// Comes as late as possible, when the mode of the control is known: hosts create, place and load in
+// Called as late as possible, when the mode of the control is known: hosts create, place and load in
 // different orders.
-void Control::Become(PropertyBag* bag) {
+void Control::Initialize(PropertyBag* bag) {
     isReady = true;
     ReadAmbient();
     if (bag)

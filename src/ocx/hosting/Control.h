@@ -110,11 +110,11 @@ protected:
 
     void* Find(REFIID iid) override;
     void Destroy() override;
-    // Places the control with its default properties when no host has loaded others; without a host, its window comes
-    // to be under a hidden one.
+    // Places the control with its default properties when no host has loaded others; without a host, its window is
+    // created under a hidden one.
     void EnsureReady() override;
 
-    // Nothing while the host has frozen events. The control may be gone afterwards, unless a member is running.
+    // Does nothing while the host has frozen events. The control may then be destroyed, unless a member is running.
     void Fire(DISPID event, std::initializer_list<Variant> arguments);
     // What the control shows has changed; hosts that draw it themselves are notified.
     void ViewChanged();
@@ -136,11 +136,11 @@ private:
     DISPID DispidOf(const Text& property); // DISPID_UNKNOWN: none of that name
     Metafile Record(SIZE layout);
     ComPtr<IDataObject> Snapshot();
-    // In how many pixels it is laid out for a place of so many units; 0 dots per inch: of unknown ones. For no place:
-    // its own size.
+    // The number of pixels in which it is laid out for a place of so many units; 0 dots per inch: unknown. For no
+    // place: its own size.
     SIZE LayoutFor(SIZE target, int targetDpi) const;
     void MoveWindowTo(const RECT& place, const RECT& visible);
-    void Become(PropertyBag* bag); // null: default properties
+    void Initialize(PropertyBag* bag); // null: default properties
     void ReadAmbient();
 
     const std::unique_ptr<ControlWindow> window;
@@ -159,7 +159,7 @@ private:
     bool isReady = false, isDirty = false, isInPlaceActive = false, isUIActive = false;
 };
 
-// A control with the dual interface `Interface` round a window of class `Window`; its members forward to `Core`.
+// A control with the dual interface `Interface` for a window of class `Window`; its members forward to `Core`.
 template <typename Interface, typename Window, typename Core>
 class ControlOf : public Forwarding<DualObject<Interface, Control>, Core> {
 protected:

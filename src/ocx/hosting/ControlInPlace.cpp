@@ -5,7 +5,7 @@
 
 namespace dax {
 
-// Every call of the host may come back into the control and end what is going on; hence the looks at the flags.
+// Every call of the host may call back and deactivate the control; therefore the flags are checked again.
 HRESULT Control::ActivateInPlace() {
     const SelfReference self(*this);
     if (isInPlaceActive) {
@@ -74,7 +74,7 @@ HRESULT Control::UIDeactivate() {
     return S_OK;
 }
 
-// An invisible control must not receive keys: the focus goes to the host.
+// An invisible control must not receive keys: the host gets the focus.
 void Control::HideWindow() {
     const HWND handle = window->Handle(), focus = GetFocus();
     if (handle && focus && (focus == handle || IsChild(handle, focus))) SetFocus(GetParent(handle));
@@ -87,7 +87,7 @@ HRESULT Control::InPlaceDeactivate() {
     if (isInPlaceActive) HideWindow();
     if (!isInPlaceActive) return S_OK;
     isInPlaceActive = false;
-    // The window keeps what it shows, but leaves the host's, which may go next.
+    // The window keeps its content, but leaves the host's window, which may be destroyed next.
     if (const HWND handle = window->Handle()) {
         SetWindowRgn(handle, nullptr, FALSE);
         SetParent(handle, HWND_MESSAGE);

@@ -14,7 +14,7 @@ namespace dax {
 HRESULT Control::SetClientSite(IOleClientSite* client) {
     return Guard([&] {
         if (client == site.Client()) return;
-        InPlaceDeactivate(); // the former site is notified; the window goes to the new one when it is shown there
+        InPlaceDeactivate(); // the former site is notified; the window moves to the new one when it is shown there
         site.Set(client);
         if (client && isReady) ReadAmbient();
     });
@@ -55,7 +55,7 @@ HRESULT Control::DoVerb(LONG verb, LPMSG, IOleClientSite*, LONG, HWND, LPCRECT w
         return S_OK;
     default:
         if (verb < 0) return E_NOTIMPL;
-        const HRESULT result = ActivateUI(); // an unknown verb does what the first one does, and says so
+        const HRESULT result = ActivateUI(); // an unknown verb acts as the first one, with a result of its own
         return FAILED(result) ? result : OLEOBJ_S_INVALIDVERB;
     }
 }

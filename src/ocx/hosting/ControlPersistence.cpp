@@ -16,7 +16,7 @@ HRESULT Control::GetClassID(CLSID* clsid) {
     return S_OK;
 }
 
-// The defaults come when they are needed (see Become): the host may place the control first.
+// The defaults come when they are needed (see Initialize): the host may place the control first.
 HRESULT Control::InitNew() { return S_OK; }
 
 HRESULT Control::Load(IStream* stream) {
@@ -24,7 +24,7 @@ HRESULT Control::Load(IStream* stream) {
     if (isReady) return CO_E_ALREADYINITIALIZED;
     return Guard([&] {
         StreamBag bag = StreamBag::Load(*stream);
-        Become(&bag);
+        Initialize(&bag);
         isDirty = false;
     });
 }
@@ -80,7 +80,7 @@ HRESULT Control::Load(IPropertyBag* hostBag, IErrorLog* log) {
     if (isReady) return CO_E_ALREADYINITIALIZED;
     return Guard([&] {
         HostBag bag(*hostBag, log);
-        Become(&bag);
+        Initialize(&bag);
         isDirty = false;
     });
 }

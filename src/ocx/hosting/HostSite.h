@@ -10,7 +10,7 @@ namespace dax {
 
 class HostSite {
 public:
-    // Null: no host any more. Releases everything of the former one.
+    // Null: no host. Releases everything of the former one.
     void Set(IOleClientSite* client);
     explicit operator bool() const { return static_cast<bool>(client); }
 

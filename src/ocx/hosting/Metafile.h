@@ -9,7 +9,7 @@
 
 namespace dax {
 
-// What has been selected, mapped and clipped in a context is as before when this goes.
+// Restores a context's selected objects, mapping and clipping when destroyed.
 class DeviceContextState {
 public:
     explicit DeviceContextState(HDC dc) : dc(dc), saved(SaveDC(dc)) {}
@@ -28,7 +28,7 @@ RECT Drawable(const RECTL& bounds);
 RECT InDeviceUnits(HDC dc, const RECT& bounds);
 void UseDeviceUnits(HDC dc);
 
-// In how many of its own pixels, `dpi` to the inch, a control is laid out that is to fill `target`: about `own`, in the
+// The size in pixels, `dpi` to the inch, in which a control is laid out that is to fill `target`: about `own`, in the
 // shape of the target. Without a size of its own it becomes as large as the target really is.
 SIZE LayoutSize(SIZE own, SIZE target, int targetDpi, int dpi);
 
@@ -48,7 +48,7 @@ Metafile RecordMetafile(SIZE pixels, const std::function<void(HDC, SIZE)>& drawi
 WindowsMetafile ToWindowsFormat(const Metafile& picture);
 // Filling a place. Throw ComError.
 void Play(HDC dc, const Metafile& picture, const RECT& place);
-// Into a metafile of the older kind, of which nothing can be asked; `whole` is what it shows altogether, in its units
+// Into a metafile of the older kind, which cannot be queried; `whole` is what it shows altogether, in its units
 // as the place is.
 void PlayWindowsFormat(HDC dc, const Metafile& picture, const RECT& place, const RECT& whole);
 

@@ -55,7 +55,7 @@ public:
         Take(&number, sizeof number);
         return number;
     }
-    Text Words() {
+    Text TakeText() {
         const size_t length = Number();
         if (length > (body.size() - at) / sizeof(char16_t)) throw ComError(E_INVALIDARG);
         Text text(length, u'\0');
@@ -96,7 +96,7 @@ Value TakeValue(Reader& reader) {
         return real;
     }
     case 4:
-        return reader.Words();
+        return reader.TakeText();
     case 5: {
         DateTime date;
         for (int* part : {&date.year, &date.month, &date.day, &date.hour, &date.minute, &date.second})
@@ -132,7 +132,7 @@ StreamBag StreamBag::Load(IStream& stream) {
     Reader reader(body);
     StreamBag bag;
     for (uint32_t left = reader.Number(); left > 0; --left) {
-        Text name = reader.Words();
+        Text name = reader.TakeText();
         bag.properties.emplace_back(std::move(name), TakeValue(reader));
     }
     return bag;

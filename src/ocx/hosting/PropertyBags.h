@@ -1,4 +1,4 @@
-// Property bags over what hosts give: their own bag, or a stream.
+// Property bags for what hosts pass: their own bag, or a stream.
 #pragma once
 
 #include "com/ComPtr.h"

@@ -1,5 +1,5 @@
-// Lesson objects of a host, whatever they are made of, as the core needs them (content/Lesson.h). A host's object has
-// the members that docs/content-objects.md lists; whatever it does wrong is an Error.
+// Adapters that give a host's lesson objects the core's interfaces (content/Lesson.h). A host's object has
+// the members that docs/content-objects.md lists; every fault in it becomes an Error.
 #pragma once
 
 #include "content/Lesson.h"
@@ -46,7 +46,7 @@ private:
     std::shared_ptr<NodeObjects> nodeObjects;
 };
 
-// What the host's lesson lacks and gets from us.
+// What the host's lesson lacks and the library supplies.
 struct LessonSupport {
     std::shared_ptr<NodeObjects> nodeObjects;
     // A new map object of our own library, for a map that the core has made.
@@ -95,7 +95,7 @@ private:
     LessonSupport support;
 };
 
-// The host's object behind one of these; null for null and for what no host has made.
+// The host's object that one of these wraps; null for null and for what no host has made.
 template <typename Face>
 IDispatch* HostObjectOf(const std::shared_ptr<Face>& face) {
     const auto* const object = dynamic_cast<const HostObject*>(face.get());

@@ -15,9 +15,9 @@ namespace {
 // IDispatchEx; not every system library has it.
 constexpr IID scriptedID{0xa6ef9860, 0xc720, 0x11d0, {0x93, 0x37, 0x00, 0xa0, 0xc9, 0x0d, 0xca, 0xa9}};
 // A host could enumerate for ever.
-constexpr size_t mostElements = 1'000'000;
-// How collections say that they have no such element: invalid call, subscript out of range, invalid argument, bad
-// index, element not found, no such element in a tree, no such item of a database, and what managed collections say.
+constexpr size_t maxElements = 1'000'000;
+// How collections report that they have no such element: invalid call, subscript out of range, invalid argument, bad
+// index, element not found, no such element in a tree, no such item of a database, and errors of managed collections.
 constexpr std::array<uint32_t, 10> notFoundCodes{0x800A0005, 0x800A0009, 0x80070057, 0x8002000B, 0x80070490,
                                                  0x800A8B11, 0x800A0CC1, 0x80131577, 0x80131508, 0x80131502};
 
@@ -82,7 +82,7 @@ DispatchResult HostObject::Invoke(DISPID dispid, WORD kind, std::initializer_lis
 Variant HostObject::Call(const wchar_t* member, std::initializer_list<Variant> arguments) const {
     constexpr WORD either = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
     const DISPID dispid = Find(member);
-    // Whatever takes no argument is a property; some script engines would call its value when they are asked for both.
+    // Whatever takes no argument is a property; some script engines would call its value if both flags were given.
     DispatchResult result = Invoke(dispid, arguments.size() == 0 ? DISPATCH_PROPERTYGET : either, arguments);
     if (result.code == DISP_E_MEMBERNOTFOUND && arguments.size() == 0) result = Invoke(dispid, DISPATCH_METHOD);
     return Checked(member, std::move(result));
@@ -126,7 +126,7 @@ bool HostObject::Enumerate(std::vector<ComPtr<IDispatch>>& elements) const {
         const HRESULT result = enumerator->Next(1, &element, &fetched);
         if (FAILED(result)) Fail(L"_NewEnum", result);
         if (result != S_OK || fetched == 0) return true;
-        if (elements.size() == mostElements)
+        if (elements.size() == maxElements)
             throw Error(ErrorNumbers::Automation, u"The collection has more than 1,000,000 elements.");
         elements.push_back(ObjectFrom(element));
     }
@@ -136,7 +136,7 @@ std::vector<ComPtr<IDispatch>> HostObject::Elements() const {
     std::vector<ComPtr<IDispatch>> elements;
     if (Enumerate(elements)) return elements;
     const int32_t count = NumberFrom(Call(L"Count"));
-    if (count > 0 && static_cast<size_t>(count) > mostElements)
+    if (count > 0 && static_cast<size_t>(count) > maxElements)
         throw Error(ErrorNumbers::Automation, u"The collection has more than 1,000,000 elements.");
     for (int32_t i = 0; i < count; ++i) elements.push_back(ObjectFrom(Call(L"Item", {Variant(i)})));
     return elements;

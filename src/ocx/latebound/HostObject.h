@@ -1,4 +1,4 @@
-// An object of a host, known by nothing but the names of its members.
+// A host's object, called late bound by the names of its members.
 #pragma once
 
 #include "com/ComPtr.h"
@@ -10,7 +10,7 @@
 
 namespace dax {
 
-// Whatever such a call does wrong is an Error: a member that is missing, that fails, that returns a value of
+// Every fault in such a call is an Error: a member that is missing, that fails, that returns a value of
 // another type.
 class HostObject {
 public:
@@ -26,11 +26,11 @@ public:
     Variant Call(const wchar_t* member, std::initializer_list<Variant> arguments = {}) const;
     // A property that is no method, not even for engines that do not distinguish them: an element of a script's array.
     Variant Get(const wchar_t* property) const;
-    // As Call, but nothing when the object says that it has no such element.
+    // As Call, but nothing when the object reports that it has no such element.
     Variant TryGetItem(const wchar_t* member, const Variant& index) const;
     void Put(const wchar_t* member, const Variant& value) const;
     void PutObject(const wchar_t* member, IDispatch* value) const;
-    // What For Each would give. An object that cannot enumerate is asked for its Count and its Item, from 0.
+    // What For Each would give. Without an enumerator its Count and Item are used, from 0.
     std::vector<ComPtr<IDispatch>> Elements() const;
 
 private:

@@ -51,8 +51,8 @@ std::vector<Text> KeysOf(const HostObject& imageList) {
     if (!pictures) Refuse(u"The image list has no pictures.");
     const HostObject list(pictures.Get());
     const int32_t count = NumberFrom(list.Call(L"Count"));
-    constexpr int32_t mostPictures = 100'000;
-    if (count > mostPictures) Refuse(u"The image list has too many pictures.");
+    constexpr int32_t maxPictures = 100'000;
+    if (count > maxPictures) Refuse(u"The image list has too many pictures.");
     std::vector<Text> keys;
     for (int32_t i = 1; i <= count; ++i) {
         const auto picture = ObjectFrom(list.Call(L"Item", {Variant(i)}));

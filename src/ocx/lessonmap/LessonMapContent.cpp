@@ -42,7 +42,7 @@ HostObject Create(const CLSID& clsid) {
 ComPtr<IDispatch> MakeMapObject(StoryboardMap& map) {
     const HostObject object = Create(CLSID_StoryboardMap);
     object.Put(L"Name", Variant(TextView(map.Name())));
-    // The layout goes over in the one way that maps know: through a tree.
+    // Layouts can only be transferred through a tree.
     const auto tree = std::make_shared<NodeTree>();
     NodeMapTree nodes(*tree);
     const MapTree::NodeRef root = NodeMapTree::RefOf(&tree->Add(nullptr, Place::LastChild, u""));

@@ -109,7 +109,7 @@ private:
     Core& Target() const override { return *editor; }
     ~LessonMapEditorControl() override { treeHost->control = nullptr; }
 
-    // The tree as hosts hold it, who may hold it longer than the control.
+    // The tree for hosts, who may hold it longer than the control.
     struct ControlTree final : TreeHost {
         explicit ControlTree(LessonMapEditorControl& owner) : control(&owner) {}
         int PictureOf(const Text& key) const override {

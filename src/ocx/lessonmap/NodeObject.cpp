@@ -23,7 +23,7 @@ NodeObject::NodeObject(std::shared_ptr<TreeObjects> owner, Node& node)
     : Forwarding(nodeEntry), owner(std::move(owner)), node(&node) {}
 
 NodeObject::~NodeObject() {
-    if (node) owner->Forget(node);
+    if (node) owner->Erase(node);
 }
 
 Node& NodeObject::Target() const {

@@ -23,7 +23,7 @@ public:
 
     // Throws Error for anything but a node that is in the tree of that maker.
     static Node& NodeBehind(IUnknown* object, const TreeObjects& owner);
-    void NodeGone() { node = nullptr; }
+    void OnNodeRemoved() { node = nullptr; }
     NodeObject& Object() override { return *this; }
 
     STDMETHODIMP get_Text(BSTR* value) override { return Get(value, &Core::Caption); }
@@ -54,7 +54,7 @@ public:
 
 private:
     ~NodeObject() override;
-    Node& Target() const override; // throws Error when the node is gone
+    Node& Target() const override; // throws Error when the node was removed
     // A relation that leads to a node, or null.
     template <typename Relation>
     HRESULT Related(_Node** value, Relation relation) {
@@ -62,7 +62,7 @@ private:
     }
 
     const std::shared_ptr<TreeObjects> owner;
-    Node* node; // null: it is gone
+    Node* node; // null: it was removed
 };
 
 } // namespace dax

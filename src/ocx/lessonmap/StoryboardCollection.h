@@ -1,4 +1,4 @@
-// Storyboards of a lesson, as they were when they were asked for, as an automation collection.
+// A snapshot of storyboards of a lesson as an automation collection.
 #pragma once
 
 #include "DAXControls.h"

@@ -198,7 +198,7 @@ int TreeObjects::PictureOf(const VARIANT& numberOrKey) const {
     return host ? host->PictureOf(FromBstr(plain.bstrVal)) : 0;
 }
 
-// From where the last one was: asking for one after the other is linear.
+// Starts at the previous one, so that access in sequence is linear.
 int32_t TreeObjects::PlaceOf(const Node& node) {
     if (!lastAsked) AtPlace(1);
     Node* at = lastAsked;
@@ -235,14 +235,14 @@ void TreeObjects::NodeRemoving(Node& top) {
     for (const Node* node = &top; node && !objects.empty(); node = modTVW::GetNextNode(node, &top)) {
         const auto found = objects.find(node);
         if (found == objects.end()) continue;
-        found->second->NodeGone();
+        found->second->OnNodeRemoved();
         objects.erase(found);
     }
 }
 
 void TreeObjects::AllRemoving() {
     lastAsked = nullptr;
-    for (const auto& [node, object] : objects) object->NodeGone();
+    for (const auto& [node, object] : objects) object->OnNodeRemoved();
     objects.clear();
 }
 

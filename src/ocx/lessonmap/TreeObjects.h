@@ -13,12 +13,12 @@ namespace dax {
 
 class NodeObject;
 
-// What a control knows about its tree besides the nodes.
+// What a control supplies about its tree besides the nodes.
 class TreeHost {
 public:
     virtual ~TreeHost() = default;
     virtual int PictureOf(const Text& key) const = 0;
-    virtual TreeWindow* Window() const = 0; // null: the control is gone
+    virtual TreeWindow* Window() const = 0; // null: the control was destroyed
     virtual HWND Handle() const = 0;
     virtual ComPtr<IDispatch> ImageList() const = 0;
     virtual void SetImageList(IDispatch* list) = 0;
@@ -47,7 +47,7 @@ public:
     int PictureOf(const VARIANT& numberOrKey) const;
     int32_t PlaceOf(const Node& node);
     bool EnsureVisible(Node& node); // true when something had to be opened or scrolled
-    void Forget(const Node* node) { objects.erase(node); }
+    void Erase(const Node* node) { objects.erase(node); }
 
 private:
     Node* AtPlace(int64_t place);

@@ -1,5 +1,5 @@
-// An information panel in a real window. Panel is LessonInfo or LockInfo; AllLines(panel) are all of its lines, room or
-// not.
+// An information panel in a real window. Panel is LessonInfo or LockInfo; AllLines(panel) are all of its lines, whether
+// they fit or not.
 #pragma once
 
 #include "base/Value.h"
@@ -17,7 +17,7 @@ class PanelWindow : public WindowBase {
 public:
     ~PanelWindow() override { info->Changed = nullptr; }
 
-    // Whoever calls it holds this pointer while doing so: a listener may release the window.
+    // Callers must hold this pointer during the call: a listener may release the window.
     const std::shared_ptr<Panel>& Info() const { return info; }
 
     SIZE PreferredSize(int dpi) const override { return {MulDiv(220, dpi, 96), MulDiv(preferredHeight, dpi, 96)}; }
@@ -38,7 +38,7 @@ protected:
 
 private:
     void OnCreate() override { access.Connect(Handle()); }
-    void OnGone() override { access.Disconnect(); }
+    void OnDestroyed() override { access.Disconnect(); }
     Accessible* AccessOf(HWND) override { return &access; }
     std::vector<Text> Texts() const {
         std::vector<Text> texts;
@@ -47,7 +47,7 @@ private:
         return texts;
     }
 
-    // The sample, or the empty panel, once the control is placed and whenever the host turns from one to the other.
+    // The sample, or the empty panel, once the control is placed and whenever the host switches design mode.
     void OnAmbient() override {
         const bool isDesign = !CurrentAmbient().userMode;
         if (wasPlaced && isDesign == isDesignMode) return;

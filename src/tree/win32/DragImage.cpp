@@ -10,7 +10,7 @@ namespace {
 
 constexpr int Gap = 3, Border = 2, LongestCaption = 260;
 
-// A small opaque card: what the pixels are drawn over could not be told from them afterwards.
+// A small opaque rectangle: with transparency the background would become part of the image.
 HIMAGELIST Picture(HWND window, HIMAGELIST icons, int icon, const Text& caption, SIZE& size) {
     const Text shown(Shorten(caption, LongestCaption));
     const auto font = reinterpret_cast<HFONT>(SendMessageW(window, WM_GETFONT, 0, 0));

@@ -5,7 +5,7 @@
 
 namespace dax {
 
-void RowsInView::Remember(const NodeTree& tree, const Node* first, int count, const Node* added) {
+void RowsInView::Store(const NodeTree& tree, const Node* first, int count, const Node* added) {
     size_t used = 0;
     heldSelection = areSeveral = false;
     moved = nullptr;
@@ -24,7 +24,7 @@ void RowsInView::NodeMoved(const Node& node) {
     moved = areSeveral ? nullptr : &node;
 }
 
-void RowsInView::NodesGone() {
+void RowsInView::OnNodesRemoved() {
     moved = nullptr;
     areSeveral = true;
 }
@@ -34,7 +34,7 @@ Node* RowsInView::First(const NodeTree& tree) const {
     return other ? other : Find(tree, true);
 }
 
-// A row that has been folded away is looked for where its branch shows.
+// For a row in a collapsed branch, the visible ancestor is taken.
 Node* RowsInView::Find(const NodeTree& tree, bool withMoved) const {
     for (const Text& key : keys) {
         Node* const node = key.empty() ? tree.First() : tree.Find(key);

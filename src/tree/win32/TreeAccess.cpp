@@ -12,8 +12,8 @@ namespace {
 
 // The system's own trees number their items from 1 and raise events with these numbers: ours must not be among them.
 constexpr LONG FirstElement = 0x1000'0000;
-// More changes of nodes than these in one update, and the whole is told to be another.
-constexpr int ChangesToldSingly = 8;
+// With more changes of nodes in one update, one event for the whole tree replaces them.
+constexpr int MaxSingleEvents = 8;
 
 bool IsShown(const Node& node) {
     const Node* above = node.Parent();
@@ -90,8 +90,8 @@ std::vector<TreeAccess::Element> TreeAccess::Selected() {
     return {ElementOf(tree.Selected())};
 }
 
-// Next and previous go through the list as it is enumerated, up and down through what shows, left to the parent and
-// right to the first child.
+// Next and previous follow the enumeration, up and down the visible rows, left the parent and
+// right the first child.
 TreeAccess::Element TreeAccess::Neighbour(Element from, LONG direction) {
     const auto lastOf = [](Node* node) {
         while (node && node->LastChild()) node = node->LastChild();
@@ -125,7 +125,7 @@ bool TreeAccess::Select(Element element, LONG flags) {
     return true;
 }
 
-// With boxes the box, which the keyboard reaches on the top row alone; else the branch.
+// With check boxes the box, which the keyboard reaches on the top row alone; else the branch.
 Text TreeAccess::Action(Element element) const {
     if (element == TheWhole) return {};
     const Node& node = NodeOf(element);
@@ -142,7 +142,7 @@ void TreeAccess::Act(Element element) {
 }
 
 void TreeAccess::OnFocusGained() {
-    if (tree.Selected() && IsHeard(EVENT_OBJECT_FOCUS)) Tell(EVENT_OBJECT_FOCUS, ElementOf(tree.Selected()));
+    if (tree.Selected() && HasListener(EVENT_OBJECT_FOCUS)) RaiseEvent(EVENT_OBJECT_FOCUS, ElementOf(tree.Selected()));
 }
 
 void TreeAccess::UpdateStarted() {
@@ -153,17 +153,17 @@ void TreeAccess::UpdateStarted() {
 
 void TreeAccess::UpdateEnded() {
     isUpdating = false;
-    if (isReordered || changes > ChangesToldSingly) Reordered();
+    if (isReordered || changes > MaxSingleEvents) Reordered();
 }
 
 void TreeAccess::Reordered() {
     isReordered = true;
-    if (!isUpdating) Tell(EVENT_OBJECT_REORDER, TheWhole);
+    if (!isUpdating) RaiseEvent(EVENT_OBJECT_REORDER, TheWhole);
 }
 
 void TreeAccess::Changed(DWORD event, const Node& node) {
-    if (isUpdating && ++changes > ChangesToldSingly) return;
-    if (IsHeard(event)) Tell(event, ElementOf(&node));
+    if (isUpdating && ++changes > MaxSingleEvents) return;
+    if (HasListener(event)) RaiseEvent(event, ElementOf(&node));
 }
 
 void TreeAccess::NodeRemoving(Node& node) {
@@ -191,7 +191,7 @@ void TreeAccess::NodeChanged(Node& node, NodeAspect aspect) {
 }
 
 void TreeAccess::SelectionMoved() {
-    if (IsHeard(EVENT_OBJECT_SELECTION)) Tell(EVENT_OBJECT_SELECTION, ElementOf(tree.Selected()));
+    if (HasListener(EVENT_OBJECT_SELECTION)) RaiseEvent(EVENT_OBJECT_SELECTION, ElementOf(tree.Selected()));
     if (HasFocus()) OnFocusGained();
 }
 

@@ -15,7 +15,7 @@ public:
     TreeAccess(NodeTree& model, TreeViewWindow& window) : tree(model), view(window) {}
     ~TreeAccess() override { Unbind(); }
 
-    void Bind(); // the window is there; follows the model from then on
+    void Bind(); // after the window was created; follows the model from then on
     void Unbind();
     void OnFocusGained();
 
@@ -58,7 +58,7 @@ private:
     std::unordered_map<const Node*, Element> elements;
     Element last = 0;
     bool isUpdating = false, isReordered = false;
-    int changes = 0; // told in this update
+    int changes = 0; // reported in this update
 };
 
 } // namespace dax

@@ -12,16 +12,16 @@ namespace {
 
 constexpr int SafeDepth = 256; // of a branch that the system may delete
 
-// How many items may come, go and move one by one, or be changed, before refilling the window is faster: measured
-// with 400 to 100,000 rows. A changed item costs some systems a look at every row and the scroll bars' drawing.
-int MostItemChanges(int32_t count) { return 800 + count / 4; }
-size_t MostChanges(int32_t count) { return 8 + static_cast<size_t>(count) / 1000; }
+// How many items may be added, removed, moved or changed one by one before refilling the window is faster: measured
+// with 400 to 100,000 rows. For a changed item some systems visit every row and draw the scroll bars.
+int MaxItemChanges(int32_t count) { return 800 + count / 4; }
+size_t MaxChanges(int32_t count) { return 8 + static_cast<size_t>(count) / 1000; }
 
 UINT CheckState(const Node& node) { return INDEXTOSTATEIMAGEMASK(node.IsChecked() ? 2u : 1u); }
 
 // The tree measures every row whenever drawing is switched on again, and asking its owner for each text takes most of
-// that time: items keep their texts, but for those of any length, of which only the beginning shows.
-// Good until the next call on the thread.
+// that time: items keep their texts, except very long ones, of which only the beginning shows.
+// Valid until the next call on the thread.
 LPWSTR ItemText(const Node& node) {
     thread_local std::array<wchar_t, 260> text;
     const Text caption = node.Caption();
@@ -33,13 +33,13 @@ LPWSTR ItemText(const Node& node) {
 // The next node in pre-order that lies in the branch of `top` (null: anywhere); no recursion.
 Node* NextInBranch(const Node& node, const Node* top) { return modTVW::GetNextNode(&node, top); }
 
-void ForgetItems(Node* top) {
+void ClearItemPointers(Node* top) {
     for (Node* node = top; node; node = NextInBranch(*node, top)) node->windowItem = nullptr;
 }
 
 } // namespace
 
-// No echo meanwhile, and no opening and closing of the tree's own as the selection moves.
+// Suppresses notifications meanwhile, and the tree's own expanding and collapsing when the selection moves.
 class TreeItems::Mirroring {
 public:
     explicit Mirroring(TreeItems& items) : owner(items) {
@@ -77,7 +77,7 @@ void TreeItems::Unbind() {
     }
     window = nullptr;
     holds = 0;
-    isUpdating = isOff = isStale = hasItems = isPosted = isInSystemProcedure = knowsRows = false;
+    isUpdating = isOff = isStale = hasItems = isPosted = isInSystemProcedure = hasRowsBefore = false;
     itemChanges = 0;
     changed.clear();
     tree.RemoveListener(*this);
@@ -92,10 +92,10 @@ Node* TreeItems::NodeOf(HTREEITEM item) const {
     return Send(TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&query)) ? NodeOf(query) : nullptr;
 }
 
-// All is invalid from now on, so that whatever makes the window visible has it painted, and thereby updated.
+// Invalidates the whole window, so that it is painted, and thereby updated, when it becomes visible.
 void TreeItems::TurnDrawingOff(const Node* added) {
     if (isOff) return;
-    RememberView(added);
+    StoreView(added);
     isOff = true;
     InvalidateRect(window, nullptr, TRUE);
     Send(WM_SETREDRAW, FALSE, 0);
@@ -115,7 +115,7 @@ void TreeItems::ApplyChanges() {
     if (!window || isUpdating || holds > 0 || mirroring > 0) return;
     const Mirroring guard(*this);
     if (isStale && hasItems && isInSystemProcedure) {
-        if (std::exchange(isOff, false)) Send(WM_SETREDRAW, TRUE, 0); // the former rows until then
+        if (std::exchange(isOff, false)) Send(WM_SETREDRAW, TRUE, 0); // shows the former rows until then
         return;
     }
     const bool isAnew = isStale;
@@ -135,7 +135,7 @@ void TreeItems::ApplyChanges() {
     const bool isOther = Send(TVM_GETNEXTITEM, TVGN_CARET, 0) != selected;
     if (areOtherRows || mustShowSelected)
         Scroll(followsSelection && (isAnew || isOther || mustShowSelected || rowsBefore.HeldSelection()));
-    knowsRows = mustShowSelected = false;
+    hasRowsBefore = mustShowSelected = false;
     ShowSelection();
 }
 
@@ -147,7 +147,7 @@ void TreeItems::HoldDrawing(bool hold) {
         if (holds++ > 0) return;
         isParentOff = GetWindowLongW(parent, GWL_STYLE) & WS_VISIBLE;
         if (isParentOff) SendMessageW(parent, WM_SETREDRAW, FALSE, 0);
-        RememberView();
+        StoreView();
         isOff = true;
         const Mirroring guard(*this);
         SendMessageW(window, WM_SETREDRAW, FALSE, 0);
@@ -162,12 +162,12 @@ void TreeItems::HoldDrawing(bool hold) {
 
 void TreeItems::Note(const Node& node, Aspect aspect) {
     if (isStale || !node.windowItem) return;
-    RememberView();
+    StoreView();
     const auto known =
         std::find_if(changed.begin(), changed.end(), [&](const Change& each) { return each.node == &node; });
     if (known != changed.end()) {
         known->aspects |= aspect;
-    } else if (changed.size() < MostChanges(tree.Count())) {
+    } else if (changed.size() < MaxChanges(tree.Count())) {
         changed.push_back({&node, aspect});
     } else {
         changed.clear();
@@ -203,12 +203,12 @@ bool TreeItems::IsOpen(const Node& node) const {
     return Send(TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(node.windowItem), TVIS_EXPANDED) & TVIS_EXPANDED;
 }
 
-// An item without children can neither open nor close, and may still be what it was when it last had some.
+// An item without children can neither expand nor collapse; it may keep the state of when it last had some.
 bool TreeItems::ShowExpansion(const Node& node) {
     if (!node.FirstChild()) return false;
     const bool isOpen = IsOpen(node);
     if (isOpen == node.IsExpanded()) return false;
-    // Some systems number the rows wrongly when a branch out of sight closes, until drawing is switched on again.
+    // Some systems number the rows wrongly when a branch out of view collapses, until drawing is switched on again.
     const Node* const parent = node.Parent();
     if (changed.size() > 1 || (parent && !IsOpen(*parent))) TurnDrawingOff();
     Send(TVM_EXPAND, isOpen ? TVE_COLLAPSE : TVE_EXPAND, node);
@@ -232,8 +232,8 @@ void TreeItems::InsertItem(Node& node, HTREEITEM after) {
     hasItems = true;
 }
 
-// Many are put in in reverse, each as the first: the only order that is linear on every system. Few are put in as they
-// will be read, so that they lie side by side in memory: a look at every row takes half the time.
+// Many are inserted in reverse, each as the first: the only order that is linear on every system. Few are inserted as
+// they will be read, so that they are adjacent in memory: visiting every row takes half the time.
 void TreeItems::InsertSiblings(Node* first, Node* last) {
     constexpr int few = 64;
     int count = 0;
@@ -244,7 +244,7 @@ void TreeItems::InsertSiblings(Node* first, Node* last) {
         for (; first; first = first->Next()) InsertItem(*first, TVI_LAST);
 }
 
-// Then children open before their parents: each finds its rows as they will stay.
+// Then children expand before their parents.
 void TreeItems::InsertBranch(Node* top) {
     std::vector<Node*> open;
     if (!top) InsertSiblings(tree.First(), tree.Last());
@@ -256,27 +256,27 @@ void TreeItems::InsertBranch(Node* top) {
 }
 
 void TreeItems::UpdateStarted() {
-    RememberView();
+    StoreView();
     isUpdating = true;
 }
 
-// The first change of a burst shows at once; those that follow wait for it to be over.
+// The first change of a burst is shown at once; the following ones are shown at its end.
 void TreeItems::UpdateEnded() {
     isUpdating = false;
     if (holds > 0) return;
     const bool isUpToDate = IsUpToDate();
     if (isUpToDate || (!isOff && !isStale && !isPosted && !isInSystemProcedure)) ApplyChanges();
     if (!isUpToDate) PostPendingUpdate();
-    if (IsUpToDate()) knowsRows = false;
+    if (IsUpToDate()) hasRowsBefore = false;
 }
 
 bool TreeItems::SwitchToRebuild(Node* moved) {
-    if (isStale || ++itemChanges <= MostItemChanges(tree.Count())) return isStale;
+    if (isStale || ++itemChanges <= MaxItemChanges(tree.Count())) return isStale;
     isStale = true;
     changed.clear();
     if (isInSystemProcedure) return true;
     const Mirroring guard(*this);
-    if (moved) RemoveItem(*moved); // the window has it in its former place
+    if (moved) RemoveItem(*moved); // the window still has it in its former place
     RemoveAllItems(moved);
     return true;
 }
@@ -325,7 +325,7 @@ void TreeItems::CutDeepBranches(Node* top, const Node* except) {
 
 void TreeItems::NodeRemoving(Node& node) {
     TurnDrawingOff();
-    rowsBefore.NodesGone();
+    rowsBefore.OnNodesRemoved();
     std::erase_if(changed, [&](const Change& each) { return modTVW::IsInBranch(each.node, &node); });
     SwitchToRebuild();
     const Mirroring guard(*this);
@@ -334,14 +334,14 @@ void TreeItems::NodeRemoving(Node& node) {
 
 void TreeItems::AllRemoving() {
     TurnDrawingOff();
-    rowsBefore.NodesGone();
+    rowsBefore.OnNodesRemoved();
     changed.clear();
     isStale = true;
     const Mirroring guard(*this);
     if (hasItems) RemoveAllItems();
 }
 
-// The system knows no move: the branch is taken out and inserted again.
+// The system cannot move items: the branch is deleted and inserted again.
 void TreeItems::NodeMoved(Node& node) {
     TurnDrawingOff();
     rowsBefore.NodeMoved(node);
@@ -349,7 +349,7 @@ void TreeItems::NodeMoved(Node& node) {
     const Mirroring guard(*this);
     if (node.windowItem) {
         RemoveItem(node);
-        ForgetItems(&node);
+        ClearItemPointers(&node);
     }
     if (isRebuilding) return;
     InsertItem(node, node.Previous() ? ItemOf(*node.Previous()) : TVI_FIRST);
@@ -369,7 +369,7 @@ void TreeItems::SelectionMoved() {
     if (IsUpToDate() && !isUpdating && holds == 0) ShowSelection();
 }
 
-// No sooner than the rows stand: the window would open the way to what is selected only for a while.
+// Not before all rows exist: the window would expand ancestors of the selected one temporarily.
 void TreeItems::ShowSelection() {
     const Node* const selected = tree.Selected();
     const auto item = reinterpret_cast<LPARAM>(selected ? ItemOf(*selected) : nullptr);
@@ -390,7 +390,7 @@ void TreeItems::ShowCheck(const Node& node) {
 
 void TreeItems::Refill() {
     if (!window) return;
-    RememberView();
+    StoreView();
     isStale = true;
     PostPendingUpdate();
     InvalidateRect(window, nullptr, TRUE);

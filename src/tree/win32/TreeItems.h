@@ -1,5 +1,5 @@
-// The items of a real tree view, kept equal to a NodeTree. The model is the truth: items hold a pointer to their node
-// and a copy of its text; what they show else they ask it for.
+// The items of a real tree view, kept equal to a NodeTree. Items hold a pointer to their node and a
+// copy of its text; everything else that they show is read from it.
 #pragma once
 
 #include "controls/win32/Windows.h"
@@ -11,37 +11,37 @@
 
 namespace dax {
 
-// Items come and go at once, with drawing off. Switching it on again costs the system a look at every row, and each
+// Items are inserted and deleted at once, with drawing off. Switching it on makes the system visit every row, and each
 // change of an item another, so those wait until the window is updated: before it paints or answers anything, or by a
 // message posted to it. However many changes there are until then, they cost no more than refilling the window.
 class TreeItems : private TreeListener {
 public:
-    static constexpr UINT UpdateMessage = WM_APP + 0x3D2; // to the window, which is then told that it came
+    static constexpr UINT UpdateMessage = WM_APP + 0x3D2; // posted to the window; see OnPendingUpdate
 
     explicit TreeItems(NodeTree& model) : tree(model) {}
     ~TreeItems() override { Unbind(); }
     TreeItems(const TreeItems&) = delete;
     TreeItems& operator=(const TreeItems&) = delete;
 
-    // Fills the window from the model and follows the model from then on.
+    // Fills the window from the model and follows its changes from then on.
     void Bind(HWND newWindow);
-    void Unbind(); // forgets the items; the window is going or gone
+    void Unbind(); // forgets the items; the window is being or was destroyed
 
     // Shows what has changed, scrolled as little as possible: the first row in view stays the first.
     void ApplyChanges();
     void OnPendingUpdate() { isPosted = false; }
     bool IsUpToDate() const { return !isOff && !isStale && changed.empty(); }
-    // Drawing goes off at the parent window first, then at the tree, and on again in the reverse order. Calls nest.
+    // Drawing is switched off at the parent window first, then at the tree, and on in reverse order. Calls nest.
     void HoldDrawing(bool hold);
     // With the changes that wait, if there are any: the row of the selected node comes into view.
     void ShowSelectedRow();
-    // While a drag goes on the pointer decides what is in view, not the selected node.
+    // During a drag the pointer decides what is in view, not the selected node.
     void SetIsDragging(bool isDragging) { followsSelection = !isDragging; }
-    // Set while the tree's own procedure is at work, which may hold items: only those of removed nodes go meanwhile.
+    // Set while the tree's own procedure runs, which may hold items: only those of removed nodes are deleted meanwhile.
     void SetIsInSystemProcedure(bool isBusy);
-    unsigned Removals() const { return removals; } // grows whenever items have gone
+    unsigned Removals() const { return removals; } // grows whenever items were deleted
 
-    // True while a change of the model is being shown: what the window notifies then is an echo.
+    // True while a change of the model is being shown: the window's notifications then report nothing new.
     bool IsMirroring() const { return mirroring > 0; }
     static Node* NodeOf(const TVITEMW& item) { return reinterpret_cast<Node*>(item.lParam); }
     Node* NodeOf(HTREEITEM item) const; // null for none
@@ -50,7 +50,7 @@ public:
 
     void ShowCheck(const Node& node); // as the model has it, whatever the window made of a click
     void SetHasCheckBoxes(bool has) { hasCheckBoxes = has; }
-    void Refill(); // after the boxes came or went
+    void Refill(); // after check boxes were added or removed
 
 private:
     class Mirroring;
@@ -69,19 +69,20 @@ private:
     void NodeChanged(Node& node, NodeAspect aspect) override;
     void SelectionMoved() override;
 
-    // To the tree's own procedure, past whatever hooks the window: none of them is about items, and each costs time.
+    // To the tree's own procedure, bypassing subclasses of the window: none is about items, and each costs time.
     LRESULT Send(UINT message, WPARAM wParam, LPARAM lParam) const {
         return CallWindowProcW(procedure, window, message, wParam, lParam);
     }
     LRESULT Send(UINT message, WPARAM wParam, const Node& node) const {
         return Send(message, wParam, reinterpret_cast<LPARAM>(ItemOf(node)));
     }
-    void RememberView(const Node* added = nullptr);
+    void StoreView(const Node* added = nullptr);
     void TurnDrawingOff(const Node* added = nullptr);
     void PostPendingUpdate();
     void Note(const Node& node, Aspect aspect);
-    bool SwitchToRebuild(Node* moved = nullptr); // one more item came, went or moved; true when none need be any more
-    bool ShowChanges();                          // true when rows came or went
+    // Counts an item that was added, removed or moved; true when items need no more updates.
+    bool SwitchToRebuild(Node* moved = nullptr);
+    bool ShowChanges(); // true when rows were added or removed
     void ShowAppearance(const Node& node);
     bool ShowExpansion(const Node& node);
     bool IsOpen(const Node& node) const;
@@ -91,7 +92,7 @@ private:
     void InsertBranch(Node* top); // the items of the branch below `top` (null: of the whole tree), top not included
     void RemoveItem(Node& node);
     void RemoveAllItems(const Node* except = nullptr);
-    // Before items go: the system deletes a branch by recursion, which a deep one would not survive.
+    // Before items are deleted: the system deletes a branch by recursion, which overflows the stack for a deep one.
     void CutDeepBranches(Node* top, const Node* except = nullptr);
 
     void Scroll(bool mustShowSelection);
@@ -105,7 +106,7 @@ private:
     std::vector<Change> changed; // what the items do not show yet
     int mirroring = 0, holds = 0, itemChanges = 0;
     unsigned removals = 0;
-    bool knowsRows = false, isUpdating = false, isOff = false, isParentOff = false;
+    bool hasRowsBefore = false, isUpdating = false, isOff = false, isParentOff = false;
     bool isStale = false;  // the window is refilled when it is updated; nodes may have no items until then
     bool hasItems = false; // any, stale ones included
     bool isPosted = false, isInSystemProcedure = false, followsSelection = true, mustShowSelected = false;

@@ -9,16 +9,16 @@
 
 namespace dax {
 
-void TreeItems::RememberView(const Node* added) {
-    if (std::exchange(knowsRows, true)) return;
+void TreeItems::StoreView(const Node* added) {
+    if (std::exchange(hasRowsBefore, true)) return;
     const auto first = hasItems ? reinterpret_cast<HTREEITEM>(Send(TVM_GETNEXTITEM, TVGN_FIRSTVISIBLE, 0)) : nullptr;
-    rowsBefore.Remember(tree, NodeOf(first), static_cast<int>(Send(TVM_GETVISIBLECOUNT, 0, 0)), added);
+    rowsBefore.Store(tree, NodeOf(first), static_cast<int>(Send(TVM_GETVISIBLECOUNT, 0, 0)), added);
 }
 
 void TreeItems::ShowSelectedRow() {
     mustShowSelected = true;
     if (!IsUpToDate() || !window) return;
-    RememberView();
+    StoreView();
     ApplyChanges();
 }
 
@@ -53,7 +53,7 @@ void TreeItems::ScrollTo(const Node& first) {
     if (next && scroll(*next)) Send(WM_VSCROLL, SB_LINEUP, 0);
 }
 
-// Of a row, in pixels of the window, also out of sight; nothing while it is folded away.
+// Of a row, in pixels of the window, also out of view; nothing while it is in a collapsed branch.
 std::optional<LONG> TreeItems::TopOf(const Node& node) const {
     RECT rect{};
     const HTREEITEM item = ItemOf(node);

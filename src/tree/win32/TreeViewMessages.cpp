@@ -12,7 +12,7 @@ namespace dax {
 
 namespace {
 
-// Sent by trees that were told to speak ANSI; both forms mean the same here.
+// The ANSI form, which some trees send; both forms mean the same here.
 constexpr UINT SelectionChangedAnsi = static_cast<UINT>(TVN_FIRST - 2), KeyDownCode = static_cast<UINT>(TVN_FIRST - 12);
 constexpr UINT BoxPressed = 1; // our own: the system's codes are beyond the positive ones
 struct BoxPress {
@@ -60,7 +60,7 @@ LRESULT TreeViewWindow::HandleNotification(const NMHDR& header) {
     case NM_DBLCLK: {
         const unsigned removals = items.Removals();
         DblClick.Raise(Pointer(), IsCtrlDown());
-        return items.Removals() == removals ? 0 : 1; // the tree would open or close an item that may be gone
+        return items.Removals() == removals ? 0 : 1; // the tree would expand or collapse an item that may be deleted
     }
     case NM_RCLICK: // the tree has waited for the button's coming up itself
         MouseUp.Raise(MouseButton::Right, Pointer());
@@ -78,7 +78,7 @@ LRESULT TreeViewWindow::HandleNotification(const NMHDR& header) {
     }
 }
 
-// Through the parent, which holds what must not go while events are raised.
+// Through the parent, which holds what must not be destroyed while events are raised.
 void TreeViewWindow::PressButton(Node& node) {
     if (!handle) return;
     NMTREEVIEWW press{};
@@ -114,8 +114,8 @@ void TreeViewWindow::SelectionChanged(const NMTREEVIEWW& change) {
     tree.Select(change.itemNew.hItem ? TreeItems::NodeOf(change.itemNew) : nullptr);
 }
 
-// The model does the folding, so that window and model never differ: the branches that do not hold the new node
-// close, the new node opens.
+// The model expands and collapses, so that window and model never differ: the branches that do not hold the new node
+// collapse, the new node expands.
 LRESULT TreeViewWindow::SingleExpand(const NMTREEVIEWW& change) {
     Node* const newNode = TreeItems::NodeOf(change.itemNew);
     if (!items.IsMirroring() && newNode) {
@@ -148,7 +148,7 @@ LRESULT CALLBACK TreeViewWindow::Procedure(HWND window, UINT message, WPARAM wPa
         RemoveWindowSubclass(window, Procedure, id);
         const RevisionCheck before(self->revision);
         const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
-        if (before.Exists()) self->HandleGone();
+        if (before.Exists()) self->OnHandleDestroyed();
         return result;
     }
     const RevisionCheck before(self->revision);
@@ -162,7 +162,7 @@ LRESULT CALLBACK TreeViewWindow::Procedure(HWND window, UINT message, WPARAM wPa
     return self->CallSystemProcedure(window, message, wParam, lParam);
 }
 
-// While the tree's own procedure is at work only what asks for rows and paints them is worth the trouble.
+// While the tree's own procedure runs, only messages that query rows or paint them need the update.
 void TreeViewWindow::ApplyUpdatesBefore(UINT message) {
     if (items.IsUpToDate() || message == WM_DESTROY || message == WM_SETREDRAW) return;
     const bool isAboutRows = message == WM_PAINT || (message >= TV_FIRST && message < TV_FIRST + 0x100);
@@ -198,7 +198,7 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
     case WM_GETDLGCODE:
         return DLGC_WANTARROWS | DLGC_WANTCHARS;
     case WM_LBUTTONDOWN: {
-        // Not every system gives the focus before a drag begins, and then Escape would go elsewhere.
+        // Not every system sets the focus before a drag begins, and then another window would get Escape.
         const RevisionCheck before(revision);
         if (GetFocus() != handle) SetFocus(handle);
         if (!before.Exists() || !handle) return 0;
@@ -212,7 +212,7 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
         return wasDragging ? std::optional<LRESULT>(0) : std::nullopt;
     }
     case WM_MOUSEMOVE: {
-        // Before a drag too: the tree's own idea of when one begins may be an earlier one.
+        // Before a drag too: the tree itself may begin one earlier.
         const bool wasDragging = dragImage != nullptr, isHeld = wParam & MK_LBUTTON;
         if (!wasDragging && !(isPressed && isHeld)) return {};
         MouseMove.Raise(isHeld ? MouseButton::Left : MouseButton::None, PointOf(lParam));
@@ -237,7 +237,7 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
         return wParam == VK_RETURN || wParam == VK_ESCAPE ? std::optional<LRESULT>(0) : std::nullopt;
     case WM_KEYUP:
     case WM_KEYDOWN:
-        if (wParam == VK_CONTROL && dragImage) { // the place to drop on is another one now
+        if (wParam == VK_CONTROL && dragImage) { // the drop target changes
             MouseMove.Raise(MouseButton::Left, Pointer());
             return {};
         }
@@ -250,7 +250,7 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
         Timer.Raise(static_cast<TreeTimer>(wParam - FirstTreeTimer));
         return 0;
     case WM_DESTROY:
-        if (hasCheckBoxes) DropBoxes();
+        if (hasCheckBoxes) DeleteBoxes();
         access.Unbind();
         items.Unbind();
         return {};
@@ -264,12 +264,12 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
 }
 
 void TreeViewWindow::After(UINT message, LPARAM lParam) {
-    // The tree may have waited for the button's coming up itself.
+    // The tree may have consumed the button's release itself.
     if (message == WM_LBUTTONDOWN && GetKeyState(VK_LBUTTON) >= 0) isPressed = false;
     if (message == WM_PAINT) {
         DrawInsertMark();
     } else if (hasCheckBoxes && (message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK)) {
-        // Whatever the tree made of the press on a box, the model is right.
+        // The check state comes from the model, whatever the tree made of the press.
         if (const Node* const node = HitTest(PointOf(lParam)).node) items.ShowCheck(*node);
     }
 }

@@ -38,9 +38,9 @@ TreeViewWindow::TreeViewWindow(NodeTree& model) : tree(model), items(model) {}
 TreeViewWindow::~TreeViewWindow() {
     if (handle) {
         RemoveWindowSubclass(handle, Procedure, SubclassId);
-        if (hasCheckBoxes) DropBoxes();
+        if (hasCheckBoxes) DeleteBoxes();
     }
-    HandleGone();
+    OnHandleDestroyed();
 }
 
 HWND TreeViewWindow::Create(HWND parent) {
@@ -60,7 +60,7 @@ HWND TreeViewWindow::Create(HWND parent) {
     return handle;
 }
 
-void TreeViewWindow::HandleGone() {
+void TreeViewWindow::OnHandleDestroyed() {
     dragImage.reset();
     access.Unbind();
     items.Unbind();
@@ -72,11 +72,11 @@ void TreeViewWindow::HandleGone() {
 
 void TreeViewWindow::SetFont(HFONT font) {
     if (handle) SendMessageW(handle, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
-    SetRowHeight(leastRowHeight);
+    SetRowHeight(minRowHeight);
 }
 
 void TreeViewWindow::SetRowHeight(int least) {
-    leastRowHeight = least;
+    minRowHeight = least;
     if (!handle || least == 0) return;
     SendMessageW(handle, TVM_SETITEMHEIGHT, static_cast<WPARAM>(-1), 0); // the system's own choice
     if (SendMessageW(handle, TVM_GETITEMHEIGHT, 0, 0) < least)
@@ -108,17 +108,17 @@ void TreeViewWindow::SetCheckBoxes(bool on, HIMAGELIST pictures) {
         return;
     }
     if (isOther) SetStyle(handle, CheckStyle, on);
-    if (!on || pictures) DropBoxes(pictures);
+    if (!on || pictures) DeleteBoxes(pictures);
     if (!isOther) return;
     if (!on) SetStyle(handle, CheckStyle, on);
     items.Refill();
 }
 
-// The system neither takes its boxes back nor frees their pictures.
-void TreeViewWindow::DropBoxes(HIMAGELIST successors) {
+// The system neither removes its boxes nor frees their pictures.
+void TreeViewWindow::DeleteBoxes(HIMAGELIST successors) {
     const auto boxes = SendMessageW(handle, TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(successors));
     if (boxes) ImageList_Destroy(reinterpret_cast<HIMAGELIST>(boxes));
-    // Not every system lays its rows out anew for boxes of another width; for a font each does.
+    // Not every system updates its layout for boxes of another width; for a font each does.
     SendMessageW(handle, WM_SETFONT, static_cast<WPARAM>(SendMessageW(handle, WM_GETFONT, 0, 0)), FALSE);
 }
 
@@ -159,7 +159,7 @@ std::optional<Rect> TreeViewWindow::RowRect(const Node& node) const {
     return Rect{row->left, row->top, row->right, row->bottom};
 }
 
-// The mark is drawn by us after each painting: the system's own cannot be taken away everywhere.
+// The mark is drawn by us after each painting: the system's own cannot be removed everywhere.
 void TreeViewWindow::SetInsertMark(Node* node, bool after) {
     if (node == markNode && after == isMarkAfter) return;
     ApplyChanges();
@@ -258,7 +258,7 @@ void TreeViewWindow::EnsureVisible(Node& node) {
         SendMessageW(handle, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(TreeItems::ItemOf(node)));
 }
 
-// What is drawn and moved under a drag's image would be torn by it.
+// Drawing and scrolling under a drag image would damage it.
 void TreeViewWindow::ApplyChanges() {
     if (items.IsUpToDate()) return;
     const bool hasImage = dragImage && dragImage->IsShown();
@@ -307,7 +307,7 @@ void TreeViewWindow::PaintParent(HDC dc, SIZE size, COLORREF background, HFONT f
     if (IsFrozen() && IsOfPixels(dc))
         capture.Draw(dc, 0, 0);
     else if (isView)
-        DrawPicture(dc, whole, font); // otherwise the tree is a window of its own
+        DrawPicture(dc, whole, font); // otherwise the tree paints itself
 }
 
 } // namespace dax

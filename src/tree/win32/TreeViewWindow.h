@@ -1,4 +1,4 @@
-// A tree view in a real window, or without one, bound to a NodeTree. It reports what the user does and shows what the
+// A tree view in a real window, or without one, bound to a NodeTree. It reports the user's input and shows what the
 // model holds; the component decides what it means.
 #pragma once
 
@@ -23,12 +23,12 @@ public:
     TreeViewWindow(const TreeViewWindow&) = delete;
     TreeViewWindow& operator=(const TreeViewWindow&) = delete;
 
-    // The window belongs to its parent and goes with it; the model stays. The parent forwards its messages.
+    // The window is destroyed with its parent; the model stays. The parent forwards its messages.
     HWND Create(HWND parent);
     HWND Handle() const { return handle; }
-    void HandleGone();
+    void OnHandleDestroyed();
     void SetFont(HFONT font);
-    void SetImages(HIMAGELIST images); // the caller's; it outlives the window
+    void SetImages(HIMAGELIST images); // the caller's; must exist longer than the window
     // Rows of at least this height, and high enough for font and pictures, also after these have changed.
     void SetRowHeight(int least);
     void SetColors(COLORREF text, COLORREF background);
@@ -41,10 +41,10 @@ public:
     void PressBox(Node& node);
     void PressButton(Node& node);
 
-    // `pictures`, if given, take the place of the system's own and go with the boxes.
+    // `pictures`, if given, replace the system's own and are removed with the boxes.
     void SetCheckBoxes(bool on, HIMAGELIST pictures = nullptr);
     bool IsFrozen() const { return !capture.IsEmpty(); }
-    // For the parent, whose whole area the tree fills: frozen, what the tree looked like stands in the place of the
+    // For the parent, whose whole area the tree fills: frozen, what the tree looked like is painted in the place of the
     // hidden tree; with `isView`, for a control without a window, the rows.
     void PaintParent(HDC dc, SIZE size, COLORREF background, HFONT font, bool isView) const;
     // Keys that move through a tree or edit it; Tab, Enter, Space and Escape are not among them.
@@ -76,7 +76,7 @@ public:
     Event<char16_t> KeyPress; // the character
     Event<Point, bool> Click; // point, whether Ctrl is down
     Event<Point, bool> DblClick;
-    Event<Node&> Expanded, Collapsed; // by the user; the model knows already
+    Event<Node&> Expanded, Collapsed; // by the user; the model is already updated
     Event<> MenuKey;                  // the Menu key or Shift+F10
     Event<> DragLost;                 // the mouse was taken away in the middle of a drag
     Event<TreeTimer> Timer;
@@ -94,7 +94,7 @@ private:
     void ItemExpanded(const NMTREEVIEWW& change);
     void SelectionChanged(const NMTREEVIEWW& change);
     LRESULT SingleExpand(const NMTREEVIEWW& change);
-    void DropBoxes(HIMAGELIST successors = nullptr);
+    void DeleteBoxes(HIMAGELIST successors = nullptr);
     void DrawInsertMark() const;
     void InvalidateMark();
 
@@ -103,14 +103,14 @@ private:
     TreeAccess access{tree, *this};
     HWND handle = nullptr;
     HIMAGELIST images = nullptr;
-    int leastRowHeight = 0;
+    int minRowHeight = 0;
     COLORREF textColor = 0x000000, backColor = 0xFFFFFF;
     bool hasCheckBoxes = false, isSingleExpand = false;
     Node* markNode = nullptr;
     bool isMarkAfter = false;
     Node* highlighted = nullptr;
     bool isPressed = false; // the left button went down here and has not come up
-    int systemDepth = 0;    // of the tree's own procedure within itself
+    int systemDepth = 0;    // nesting of the tree's own procedure
     std::unique_ptr<DragImage> dragImage;
     WindowCapture capture;
     Revision revision; // a listener may release the window

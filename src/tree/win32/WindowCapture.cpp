@@ -40,7 +40,7 @@ WindowCapture::WindowCapture(HWND window) {
     description.bmp.hbitmap = bitmap;
     description.bmp.hpal = SystemPalette(dc);
     ReleaseDC(window, dc);
-    // The picture owns bitmap and palette; without one they go here.
+    // The picture owns bitmap and palette; without one they are deleted here.
     if (SUCCEEDED(OleCreatePictureIndirect(&description, IID_IPicture, TRUE, reinterpret_cast<void**>(&picture))))
         return;
     picture = nullptr;

@@ -1,4 +1,4 @@
-// A picture of a window as it stands on the screen, frame included: shown in its place while it is rebuilt.
+// A picture of a window as it is on the screen, frame included: shown in its place while it is rebuilt.
 #pragma once
 
 #include "controls/win32/Windows.h"

@@ -13,14 +13,14 @@ public:
     DatabaseValidatorWindow();
     ~DatabaseValidatorWindow() override;
 
-    // Whoever validates holds this pointer while doing so: the yield inside may release the window.
+    // Callers must hold this pointer during a validation: the yield inside may release the window.
     const std::shared_ptr<DatabaseValidator>& Validator() const { return validator; }
 
     SIZE PreferredSize(int dpi) const override;
 
 private:
     void OnCreate() override;
-    void OnGone() override { access.Disconnect(); }
+    void OnDestroyed() override { access.Disconnect(); }
     Accessible* AccessOf(HWND) override { return &access; }
     void OnAmbient() override;
     void Paint(HDC dc, SIZE size, bool isView) override;

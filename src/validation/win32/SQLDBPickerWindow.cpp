@@ -50,7 +50,7 @@ void SQLDBPickerWindow::OnAmbient() {
 
 void SQLDBPickerWindow::OnCommand(HWND child, int code) {
     if (child != cboCatalogs->Handle()) return;
-    // A listener may release this window; the list and the picker live until their own work is done.
+    // A listener may release this window; the list and the picker exist until their own calls end.
     const auto keptList = cboCatalogs;
     const auto keptPicker = picker;
     keptList->HandleNotification(code);
@@ -60,7 +60,7 @@ bool SQLDBPickerWindow::TranslateKey(const MSG& message) {
     const bool isKey = message.message == WM_KEYDOWN || message.message == WM_KEYUP ||
                        message.message == WM_SYSKEYDOWN || message.message == WM_SYSKEYUP;
     const HWND list = cboCatalogs->Handle();
-    if (!isKey || !list || message.hwnd != list || !cboCatalogs->WantsKey(message.wParam)) return false;
+    if (!isKey || !list || message.hwnd != list || !cboCatalogs->HandlesKey(message.wParam)) return false;
     // Of the Alt keys only those that open and close the list are its own.
     const bool isSystemKey = message.message == WM_SYSKEYDOWN || message.message == WM_SYSKEYUP;
     if (isSystemKey && message.wParam != VK_UP && message.wParam != VK_DOWN) return false;

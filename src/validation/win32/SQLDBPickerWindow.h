@@ -11,7 +11,7 @@ class SQLDBPickerWindow : public WindowBase {
 public:
     SQLDBPickerWindow();
 
-    // Whoever calls it holds this pointer while doing so: a listener may release the window.
+    // Callers must hold this pointer during the call: a listener may release the window.
     const std::shared_ptr<SQLDBPicker>& Picker() const { return picker; }
 
     bool TranslateKey(const MSG& message) override;
@@ -22,7 +22,7 @@ private:
     void OnSize(int width, int height) override;
     void OnAmbient() override;
     void OnFont() override { cboCatalogs->SetFont(Font()); }
-    void OnGone() override { cboCatalogs->HandleGone(); }
+    void OnDestroyed() override { cboCatalogs->OnHandleDestroyed(); }
     void OnCommand(HWND child, int code) override;
     HWND FocusTarget() const override { return cboCatalogs->Handle(); }
     void Paint(HDC dc, SIZE size, bool isView) override;
