@@ -19,7 +19,7 @@ public:
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
 
-    // Makes an object known to the script under this name. Before Run.
+    // Adds an object to the script under this name. Call before Run.
     void AddObject(const wchar_t* name, IDispatch* object);
     // False when the script failed; the message has been printed.
     bool Run(const std::wstring& text);

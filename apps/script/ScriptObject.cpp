@@ -119,7 +119,7 @@ Variant ScriptObject::Echo(const Arguments& arguments) {
     return {};
 }
 
-// At once: a script that goes on after errors must not go on after this.
+// At once: a script that continues after errors must not continue after this.
 Variant ScriptObject::Quit(const Arguments& arguments) {
     Expect(L"Quit", arguments.size(), 0, 1);
     const long code = arguments.empty() ? 0 : NumberOf(arguments[0]);
@@ -162,7 +162,7 @@ Variant ScriptObject::ConnectObject(const Arguments& arguments) {
         });
     } catch (const ComError&) { // reported below, as an object without events is
     }
-    if (!events) throw ScriptError(DISP_E_TYPEMISMATCH, L"The object raises no events that a script can hear.");
+    if (!events) throw ScriptError(DISP_E_TYPEMISMATCH, L"The object raises no events that a script can handle.");
     connections.push_back({std::move(object), std::move(events)});
     return {};
 }

@@ -1,4 +1,4 @@
-// The object that scripts know as WScript.
+// The object WScript of scripts.
 #pragma once
 
 #include "ControlWindow.h"

@@ -21,14 +21,14 @@ public:
     };
     // Where VBScript's Sub or Function of that name begins, whatever the case.
     std::optional<Procedure> FindProcedure(const std::wstring& name) const;
-    // The name that the line gives to CreateObject or ActiveXObject, when it stands there as a text.
+    // The argument of CreateObject or ActiveXObject in the line, when it is a literal.
     std::wstring ClassNameIn(size_t line) const;
 
 private:
     std::vector<std::wstring> lines;
 };
 
-// Why no object of this class can be had, as a sentence.
+// Why no object of this class can be created, as a sentence.
 std::wstring DescribeMissingClass(const std::wstring& name, long result);
 
 } // namespace dax

@@ -44,7 +44,7 @@ constexpr const wchar_t* Help =
 int RunScript(const std::wstring& path, std::vector<std::wstring> arguments) {
     const std::wstring language = LanguageOf(path);
     if (language.empty()) {
-        PrintErrorLine(path + L": only .vbs and .js scripts can be run. 'daxscript --help' tells more.");
+        PrintErrorLine(path + L": only .vbs and .js scripts can be run. 'daxscript --help' describes the usage.");
         return 2;
     }
     std::wstring text;

@@ -60,7 +60,7 @@ std::wstring Usage() {
            L"  --connector CONNECTION  fills the connector page with a file or a connection string\n"
            L"  --user USER             the user whose catalogs are listed there\n"
            L"  --shots DIR             takes a picture of each page in its main states and quits\n"
-           L"  --start DIR             goes from the connector to the record of the connection, a picture of each "
+           L"  --start DIR             runs from the connector to the record of the connection, a picture of each "
            L"step\n"
            L"                          (it changes a lesson, and deletes the locks that were left over), and quits\n"
            L"  --selftest              checks that the controls work on this machine, and writes a report\n"
@@ -73,7 +73,7 @@ std::wstring Usage() {
            L"  --help                  this text\n";
 }
 
-void Say(const std::wstring& text, bool asError) {
+void PrintText(const std::wstring& text, bool asError) {
     HANDLE target = GetStdHandle(asError ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);
     if ((!target || target == INVALID_HANDLE_VALUE) && AttachConsole(ATTACH_PARENT_PROCESS))
         target = GetStdHandle(asError ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);

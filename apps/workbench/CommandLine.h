@@ -32,6 +32,6 @@ Options ParseArguments(const std::vector<std::wstring>& arguments);
 std::wstring Usage();
 
 // To the standard error or output of the console that started the program, if there is one.
-void Say(const std::wstring& text, bool asError);
+void PrintText(const std::wstring& text, bool asError);
 
 } // namespace dax::workbench

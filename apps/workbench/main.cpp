@@ -25,7 +25,7 @@ int RunWorkbench(const dax::workbench::Options& options) {
     const ControlLibrary library(options.registered);
     Frame frame(options, library);
     if (!frame.Create(true)) {
-        Say(L"DAXWorkbench: its window cannot be created.\n", true);
+        PrintText(L"DAXWorkbench: its window cannot be created.\n", true);
         return 1;
     }
     if (!options.start.empty()) return frame.CaptureStart(options.start);
@@ -38,11 +38,11 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     using namespace dax::workbench;
     const Options options = ParseArguments(Arguments());
     if (!options.problem.empty()) {
-        Say(L"DAXWorkbench: " + options.problem + L"\n" + Usage(), true);
+        PrintText(L"DAXWorkbench: " + options.problem + L"\n" + Usage(), true);
         return 2;
     }
     if (options.help) {
-        Say(Usage(), false);
+        PrintText(Usage(), false);
         return 0;
     }
     if (FAILED(OleInitialize(nullptr))) return 1;

@@ -10,7 +10,7 @@ namespace dax::workbench {
 class ControlHost {
 public:
     // Creates the container's window inside `parent` and the control in it.
-    // Throws HostError with advice for people when the control cannot be created.
+    // Throws HostError with advice for users when the control cannot be created.
     // `tabStop`: whether the control is one to type in or click at, not only to look at.
     ControlHost(HWND parent, int id, bool tabStop, const ControlLibrary& library, const std::wstring& control,
                 ControlEventHandler handler);
@@ -22,7 +22,7 @@ public:
     const Automation& Control() const { return control; }
 
     // Offers a keyboard message to the control that has the focus, as the container does not do it by itself;
-    // Tab leaves the control when it has no use for it. True when the message is done with.
+    // Tab leaves the control when it does not use the key. True when the message was handled.
     static bool OfferKey(HWND frame, MSG& message);
     // Whether the window is the container of a control.
     static bool IsHost(HWND window) { return Of(window) != nullptr; }

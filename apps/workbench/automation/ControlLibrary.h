@@ -18,7 +18,7 @@ public:
     ControlLibrary& operator=(const ControlLibrary&) = delete;
     ~ControlLibrary();
 
-    // What the system's container is to be asked for: a class identifier in braces, or the programmatic name.
+    // What to pass to the system's container: a class identifier in braces, or the programmatic name.
     std::wstring ClassText(const std::wstring& control) const;
     // An object without a window, by its programmatic name ("ContentObjects.Lesson"). Throws HostError with advice.
     Automation CreateObject(const std::wstring& name) const;

@@ -13,7 +13,7 @@ public:
     DesignSite& operator=(const DesignSite&) = delete;
     ~DesignSite();
 
-    // In pixels of the context; tells the control its size first. Throws HostError when it draws nothing.
+    // In pixels of the context; sets the control's size first. Throws HostError when it draws nothing.
     void Draw(HDC dc, const RECT& place) const;
 
 private:

@@ -117,7 +117,7 @@ void ConnectorPage::Command(int id, int notification) {
         Run([this] { picker->Control().Set(L"Enabled", Checked(idEnabled)); });
 }
 
-// The validator insists on a source and a catalog; empty fields stand for what the connection names.
+// The validator requires a source and a catalog; empty fields mean those that the connection names.
 void ConnectorPage::ShowHints() {
     const std::wstring text = HidePassword(Trim(FieldText(idConnection)));
     const std::wstring source = SourceOf(text);

@@ -9,7 +9,7 @@ namespace dax::workbench {
 
 namespace {
 
-constexpr size_t mostLines = 10;
+constexpr size_t maxLines = 10;
 
 Text ToCore(const std::wstring& text) { return {text.begin(), text.end()}; }
 std::wstring FromCore(TextView text) { return {text.begin(), text.end()}; }
@@ -27,7 +27,7 @@ std::wstring DescribeEditLocks(const std::wstring& connection, const std::vector
         action = actAbort;
     });
     manager.Refresh();
-    if (!failure.empty()) return L"Whether somebody edits it at the moment cannot be seen: " + failure;
+    if (!failure.empty()) return L"Whether somebody is editing it could not be determined: " + failure;
 
     std::wstring lines;
     size_t count = 0;
@@ -37,13 +37,13 @@ std::wstring DescribeEditLocks(const std::wstring& connection, const std::vector
         if (!isEditing || lock.invalid ||
             std::find(lessonIDs.begin(), lessonIDs.end(), FromCore(lock.lessonID)) == lessonIDs.end())
             continue;
-        if (++count > mostLines) continue;
+        if (++count > maxLines) continue;
         lines += L"\n\u2022 " + FromCore(lock.username) + L" on " + FromCore(lock.machineName) + L": \u201C" +
                  FromCore(list->Cell(item, 0)) + L"\u201D, " +
                  FromCore(LockRules::LockTypeText(static_cast<int64_t>(lock.lockType)));
     }
     if (count == 0) return {};
-    if (count > mostLines) lines += L"\n\u2022 and " + std::to_wstring(count - mostLines) + L" more";
+    if (count > maxLines) lines += L"\n\u2022 and " + std::to_wstring(count - maxLines) + L" more";
     return L"Somebody is editing what would be removed:" + lines;
 }
 

@@ -1,5 +1,5 @@
 // A page with an editor and fields for its selected entry: title, identifier and type. What was typed is applied when
-// the fields are left, and asked about before anything is lost.
+// the fields are left; before anything is lost the user is asked.
 #pragma once
 
 #include "pages/FormPage.h"
@@ -35,7 +35,7 @@ protected:
     void ClearResult() override { ShowResult(isChanged ? L"Not yet saved." : L"", Tone::Plain); }
     // An edit by the user: runs it, then shows the selection.
     void Edit(const std::function<void()>& work);
-    // Asks whether to save before changes are lost. False when the user goes on with them.
+    // Asks whether to save before changes are lost. False when the user cancels.
     bool ConfirmDiscard(const std::wstring& question);
 
     Entry Typed() const { return {FieldText(idTitle), FieldText(idIdentifier), Choice(idType)}; }

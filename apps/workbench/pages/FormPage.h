@@ -11,7 +11,7 @@ namespace dax::workbench {
 
 enum class Tone { Plain, Good, Bad, Hint };
 
-// A key that stands for a command of the page.
+// A shortcut key of a command of the page.
 struct Shortcut {
     WORD key;
     bool control, alt;
@@ -56,7 +56,7 @@ protected:
     void ShowMenuAt(POINT at);     // on the screen, see ShowContextMenu
     // A right click within the page, at a place on the screen.
     virtual void RightClicked(HWND window, POINT at);
-    // The user went on to something else: what the result line says of the step before would be misleading.
+    // Clears the result line when the user continues with something else.
     virtual void ClearResult() { ShowResult({}, Tone::Plain); }
 
     // Fields, in tab order. A label's mnemonic leads to the field that follows.
@@ -67,7 +67,7 @@ protected:
     // A drop-down list; the first of the choices is chosen.
     HWND AddChoice(int id, std::initializer_list<const wchar_t*> choices);
     void AddToolbar(int id, const std::vector<Tool>& buttons);
-    // A text that follows what happens.
+    // A text that shows the current state.
     HWND AddOutput(int id);
     // Null, and the problem kept, when the control cannot be created.
     std::unique_ptr<ControlHost> AddControl(int id, bool tabStop, const std::wstring& name,
@@ -104,7 +104,7 @@ protected:
     // A border round a control, with empty space of the window's colour between (at 96 dots per inch).
     void Frame(HWND child, int space = 0) { framed.push_back({child, space}); }
 
-    // Runs what a control is asked for: a wait cursor, no second call within it, an error shown as the result.
+    // Runs calls to a control: with a wait cursor, not nested, an error shown as the result.
     void Run(const std::function<void()>& work);
     // A call, noted in the log.
     Variant Call(const ControlHost& host, const std::wstring& control, const wchar_t* method,

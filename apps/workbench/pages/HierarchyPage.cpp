@@ -25,7 +25,7 @@ HierarchyPage::~HierarchyPage() {
 }
 
 std::wstring HierarchyPage::Explanation() const {
-    return L"GroupEditor shows and edits the tree; LessonInfo and LockInfo tell of the selected entry. A double click "
+    return L"GroupEditor shows and edits the tree; LessonInfo and LockInfo describe the selected entry. A double click "
            L"opens a lesson's map.";
 }
 
@@ -56,7 +56,7 @@ void HierarchyPage::Build() {
     searchLabel = AddLabel(L"&Find:");
     AddEdit(idSearch, L"A title, an identifier or a lessonID");
     AddButton(idFind, L"Find ne&xt");
-    editor = AddControl(idTree, true, editorName, [this](const ControlEvent& event) { Heard(event); });
+    editor = AddControl(idTree, true, editorName, [this](const ControlEvent& event) { OnControlEvent(event); });
     if (editor) Frame(editor->Window());
     titleLabel = AddLabel(L"&Title:");
     AddEdit(idTitle);
@@ -192,8 +192,8 @@ void HierarchyPage::Command(int id, int notification) {
     if (isOption && notification == BN_CLICKED) SetOption(id);
 }
 
-// What asks the user or shows another page waits until the control has finished its event.
-void HierarchyPage::Heard(const ControlEvent& event) {
+// Questions and other pages wait until the control has finished its event.
+void HierarchyPage::OnControlEvent(const ControlEvent& event) {
     if (event.name == L"AfterSelectionChange") {
         if (!context.busy) ClearResult();
         ShowSelection();

@@ -37,7 +37,7 @@ protected:
     bool Save() override;
 
 private:
-    void Heard(const ControlEvent& event);
+    void OnControlEvent(const ControlEvent& event);
     bool Load(); // false when the user keeps what is not saved
     void Read(); // without asking
     // After a refused save: reads the database when the user gives up the edits.

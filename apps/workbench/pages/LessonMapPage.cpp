@@ -57,7 +57,7 @@ void LessonMapPage::Build() {
                 {idUncheckAll, Icon::UncheckAll, L"Uncheck all (Ctrl+U)"},
                 {},
                 {idFreeze, Icon::Freeze, L"Lock the display: it shows no change (Ctrl+D)", L"Lock display", true}});
-    editor = AddControl(idMap, true, editorName, [this](const ControlEvent& event) { Heard(event); });
+    editor = AddControl(idMap, true, editorName, [this](const ControlEvent& event) { OnControlEvent(event); });
     if (editor) Frame(editor->Window());
     labels.push_back(AddLabel(L"&Title:"));
     AddEdit(idTitle);
@@ -177,7 +177,7 @@ void LessonMapPage::Command(int id, int notification) {
     if (isOption && notification == BN_CLICKED) SetOption(id);
 }
 
-void LessonMapPage::Heard(const ControlEvent& event) {
+void LessonMapPage::OnControlEvent(const ControlEvent& event) {
     if (event.name == L"AfterSelectionChange") {
         if (!context.busy) ClearResult();
         ShowSelection();
@@ -224,7 +224,7 @@ void LessonMapPage::OpenLesson() {
     });
 }
 
-// A lesson that nobody has worked on yet.
+// A lesson without content yet.
 void LessonMapPage::AddDefaultMap(const Automation& lesson) const {
     const Automation map = context.library.CreateObject(L"ContentObjects.StoryboardMap");
     map.Set(L"Name", L"Main");
@@ -429,7 +429,7 @@ std::vector<PageState> LessonMapPage::States() {
 }
 
 std::vector<StartStep> LessonMapPage::Steps() {
-    return {{7, L"edited", L"a page has a new title and stands elsewhere",
+    return {{7, L"edited", L"a page has a new title and a new place",
              [this] {
                  Display(idExpandAll);
                  SelectPage(2);

@@ -42,7 +42,7 @@ private:
         Automation lesson; // empty: none is open
     };
 
-    void Heard(const ControlEvent& event);
+    void OnControlEvent(const ControlEvent& event);
     // EntryPage::Edit when a lesson is open; else says how to open one.
     void EditLesson(const std::function<void()>& work);
     void AddDefaultMap(const Automation& lesson) const;

@@ -45,7 +45,7 @@ void LocksPage::Build() {
     SetChecked(idShowIdentifier, true);
     entryLabel = AddLabel(L"Entry:");
     AddOutput(idEntry);
-    manager = AddControl(idLocks, true, controlName, [this](const ControlEvent& event) { Heard(event); });
+    manager = AddControl(idLocks, true, controlName, [this](const ControlEvent& event) { OnControlEvent(event); });
     if (manager) Frame(manager->Window());
     AddOutput(idCounts);
     AddButton(idDelete, L"&Delete selected\u2026");
@@ -78,7 +78,7 @@ void LocksPage::Arrange(int top, int bottom) {
     if (manager) Place(manager->Window(), Left() + 1, y + 1, Right() - 1, std::max(counts - style.Scale(4), y + 1));
 }
 
-// The user's name decides which locks can be deleted: the list never stands for another one than the field shows.
+// The user's name decides which locks can be deleted: the list always belongs to the name in the field.
 void LocksPage::Apply() {
     if (manager && !context.busy && FieldText(idUser) != user && !Trim(FieldText(idConnection)).empty()) List(false);
 }
@@ -111,12 +111,12 @@ void LocksPage::Command(int id, int notification) {
     if (id == idDisplay && notification == CBN_SELCHANGE) List(false);
 }
 
-void LocksPage::Heard(const ControlEvent& event) {
+void LocksPage::OnControlEvent(const ControlEvent& event) {
     if (event.name == L"SelectionChanged") ShowCounts();
     if (event.name == L"DeleteRequest") Later(idDelete);
     if (event.name != L"Error") return;
     hasFailed = true;
-    // The answer has to be given before the event ends: the control goes on by it.
+    // The reply must be set before the event ends: the control continues according to it.
     const Question question{L"An error occurred while " + event.Argument(L"OccuredWhen") + L".",
                             event.Argument(L"Description") + L" (" + event.Argument(L"Number") + L")",
                             {{IDRETRY, L"&Try again"}, {IDIGNORE, L"&Ignore"}, {IDABORT, L"&Stop"}},
@@ -200,7 +200,7 @@ void LocksPage::Delete() {
         text = (valid == selected ? selected == 1 ? L"It is valid" : L"All are valid"
                                   : std::to_wstring(valid) + L" of the " + std::to_wstring(selected) + L" selected " +
                                         (valid == 1 ? L"is valid" : L"are valid")) +
-               std::wstring(L": somebody may be at work.");
+               std::wstring(L": a user may be editing.");
     if (selected > deletable)
         text += (text.empty() ? L"" : L"\n\n") + Locks(selected - deletable) + L" of the selection " +
                 (selected - deletable == 1 ? L"belongs" : L"belong") + L" to other users and " +
@@ -213,7 +213,7 @@ void LocksPage::Delete() {
         hasFailed = false;
         Call(*manager, controlName, L"DeleteSelected");
         ShowCounts();
-        if (!hasFailed) ShowResult(Locks(deletable) + L" deleted, or gone already.", Tone::Good);
+        if (!hasFailed) ShowResult(Locks(deletable) + L" deleted, or already removed.", Tone::Good);
     });
 }
 

@@ -32,8 +32,8 @@ protected:
     bool HandleKey(const MSG& message) override;
 
 private:
-    void Heard(const ControlEvent& event);
-    // Hands the fields to the control; its locks are read, and its columns rebuilt if wanted.
+    void OnControlEvent(const ControlEvent& event);
+    // Passes the fields to the control; its locks are read, and its columns rebuilt if requested.
     void List(bool rebuild);
     void HandOver();
     void Delete();

@@ -47,7 +47,7 @@ struct PageContext {
     Catalog catalog = {};
     // Shows how that catalog is validated; when it is valid, the other pages work on it.
     std::function<void(const Catalog&)> openCatalog = {};
-    // The number of the answer. Nobody is asked while pictures are taken: the answer is then the last choice.
+    // The number of the answer. While pictures are taken no question is shown: the answer is then the last choice.
     std::function<int(const Question&)> ask = {};
 };
 
@@ -74,7 +74,7 @@ public:
     virtual bool Create(HWND parent, int id) = 0;
     virtual HWND Window() const = 0;
     virtual void StyleChanged() = 0;
-    // Fills the fields from the command line and does what it asks for; once, after Create.
+    // Fills the fields from the command line and performs its actions; once, after Create.
     virtual void Start() = 0;
     // A catalog was opened.
     virtual void CatalogChanged() = 0;

@@ -19,8 +19,8 @@ ValidatorPage::~ValidatorPage() {
 }
 
 std::wstring ValidatorPage::Explanation() const {
-    return L"The panel shows what DatabaseValidator makes of a file or a catalog. Its write test leaves nothing "
-           L"behind.";
+    return L"The panel shows what DatabaseValidator makes of a file or a catalog. Its write test leaves no "
+           L"changes.";
 }
 
 void ValidatorPage::Build() {
@@ -70,7 +70,7 @@ void ValidatorPage::Command(int id, int notification) {
     if ((id == idConnection && notification == EN_CHANGE) || id == idAccessFile) ShowCatalogHint();
 }
 
-// An empty catalog field stands for what the connection names; the field says what that is.
+// An empty catalog field means the one that the connection names; the field shows which that is.
 void ValidatorPage::ShowCatalogHint() {
     const std::wstring text = HidePassword(Trim(FieldText(idConnection)));
     const std::wstring meant = Checked(idAccessFile) ? FileOf(text) : CatalogOf(text);

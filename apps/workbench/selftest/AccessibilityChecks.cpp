@@ -92,9 +92,9 @@ std::wstring ReadPicker(FilledForm& filled) {
     if (reader.Role(CHILDID_SELF) == ROLE_SYSTEM_CLIENT)
         throw Skipped(L"This system reports nothing of its own drop-down lists.");
     Require(reader.Role(CHILDID_SELF) == ROLE_SYSTEM_COMBOBOX, L"The list of catalogs is not reported as one.");
-    const std::wstring told = reader.Value(CHILDID_SELF);
-    RequireSame(L"The reported catalog", told, filled.Control(L"SQLDBPicker").Control().Get(L"Title").Text());
-    return told;
+    const std::wstring title = reader.Value(CHILDID_SELF);
+    RequireSame(L"The reported catalog", title, filled.Control(L"SQLDBPicker").Control().Get(L"Title").Text());
+    return title;
 }
 
 } // namespace

@@ -81,8 +81,8 @@ private:
 // True when it has not failed.
 bool RunCheck(const Check& check, Recorder& recorder) {
     try {
-        const std::wstring told = check.run();
-        recorder.End(Outcome::Passed, Masked(told));
+        const std::wstring text = check.run();
+        recorder.End(Outcome::Passed, Masked(text));
         return true;
     } catch (const Skipped& skipped) {
         recorder.End(Outcome::Skipped, Masked(skipped.Reason()));
@@ -117,7 +117,7 @@ void RunChecks(const Group& group, const Setting& setting, Watch& watch) {
     for (size_t i = first == 0 ? 0 : first - 1; i < checks.size(); ++i) {
         const Check& check = checks[i];
         if (!broken.empty()) {
-            skip(check, L"It goes on where '" + broken + L"' has ended, which has failed.");
+            skip(check, L"It depends on '" + broken + L"', which has failed.");
             continue;
         }
         watch.Allow(setting.options.limit > 0 ? setting.options.limit : check.seconds);

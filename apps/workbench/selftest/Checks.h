@@ -14,7 +14,7 @@ namespace dax::workbench::selftest {
 struct Setting {
     const Options& options;
     const ControlLibrary& library;
-    const std::wstring folder; // of this group's own files; goes when the self-test ends
+    const std::wstring folder; // of this group's own files; deleted when the self-test ends
     Recorder& recorder;
 };
 
@@ -45,7 +45,7 @@ struct Group {
     const wchar_t* name; // on the command line
     const wchar_t* title;
     std::vector<Check> (*make)(const Setting& setting);
-    bool isSequence = false;   // each check goes on where the one before has ended
+    bool isSequence = false;   // each check continues where the previous one ended
     bool usesRegistry = false; // never the library beside the program
     bool isRepeated = false;   // once for each connection string
 };

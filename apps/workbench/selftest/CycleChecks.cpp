@@ -26,7 +26,7 @@ void RunCycle(TestForm& form, const wchar_t* control, const Setting& setting, co
 }
 
 // What has grown, in words; empty when nothing has.
-std::wstring Growth(const ResourceCounts& before, const ResourceCounts& after, std::wstring& told) {
+std::wstring Growth(const ResourceCounts& before, const ResourceCounts& after, std::wstring& summary) {
     const long long bytes = static_cast<long long>(after.bytes) - static_cast<long long>(before.bytes);
     const struct {
         const wchar_t* what;
@@ -36,15 +36,15 @@ std::wstring Growth(const ResourceCounts& before, const ResourceCounts& after, s
                   {L"GDI objects", before.gdiObjects, after.gdiObjects, spareObjects},
                   {L"handles", before.handles, after.handles, spareObjects}};
     bool hasGrown = bytes > bytesOfCycle * cycles;
-    told.clear();
+    summary.clear();
     for (const auto& one : counts) {
         hasGrown = hasGrown || one.after > one.before + one.spare;
         if (one.before == 0 && one.after == 0) continue; // not counted by this system
-        told += std::wstring(one.what) + L" " + std::to_wstring(one.before) + L" \u2192 " + std::to_wstring(one.after) +
-                L", ";
+        summary += std::wstring(one.what) + L" " + std::to_wstring(one.before) + L" \u2192 " +
+                   std::to_wstring(one.after) + L", ";
     }
-    told += L"memory " + std::wstring(bytes < 0 ? L"" : L"+") + std::to_wstring(bytes) + L" bytes";
-    return hasGrown ? told : L"";
+    summary += L"memory " + std::wstring(bytes < 0 ? L"" : L"+") + std::to_wstring(bytes) + L" bytes";
+    return hasGrown ? summary : L"";
 }
 
 std::wstring RunCycles(const Setting& setting, const wchar_t* control) {
@@ -59,13 +59,13 @@ std::wstring RunCycles(const Setting& setting, const wchar_t* control) {
         return ResourceCounts();
     };
     const ResourceCounts before = run(firstCycles), after = run(cycles);
-    std::wstring told;
+    std::wstring summary;
     // What grows once may be a store of the system's; what grows again is a leak.
-    if (!Growth(before, after, told).empty()) {
-        const std::wstring growth = Growth(after, run(cycles), told);
+    if (!Growth(before, after, summary).empty()) {
+        const std::wstring growth = Growth(after, run(cycles), summary);
         Require(growth.empty(), L"More is left than there was, time after time: " + growth + L".");
     }
-    return told;
+    return summary;
 }
 
 } // namespace

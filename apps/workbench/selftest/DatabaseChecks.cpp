@@ -57,7 +57,7 @@ void MakeEmptyFile(const std::wstring& path) {
 // names when it has none of the tables. Afterwards all that was made is dropped again.
 class OwnCatalog {
 public:
-    // `memory` is a file in which it is kept what was made, for a process that goes on after another has crashed.
+    // `memory` is a file that lists what was made, for a process that continues after another has crashed.
     OwnCatalog(const std::wstring& connection, std::wstring memory)
         : typed(connection), given(ConnectionFor(connection)), memoryPath(std::move(memory)) {
         Remember();
@@ -203,7 +203,7 @@ namespace {
 
 // Checks as one, each with its time.
 std::wstring RunAll(const std::vector<Check>& checks) {
-    std::wstring told;
+    std::wstring summary;
     for (const Check& check : checks) {
         const ULONGLONG begin = GetTickCount64();
         try {
@@ -213,9 +213,10 @@ std::wstring RunAll(const std::vector<Check>& checks) {
         } catch (const Error& error) {
             throw HostError(error.Number(), check.name + L": " + FromCore(error.Description()));
         }
-        told += (told.empty() ? L"" : L"; ") + check.name + L" (" + std::to_wstring(GetTickCount64() - begin) + L" ms)";
+        summary +=
+            (summary.empty() ? L"" : L"; ") + check.name + L" (" + std::to_wstring(GetTickCount64() - begin) + L" ms)";
     }
-    return told;
+    return summary;
 }
 
 } // namespace

@@ -90,7 +90,7 @@ struct OneControl {
             if (modifier) user.KeyUp(modifier);
         });
     }
-    // Waits for an event that begins so, and forgets all.
+    // Waits for an event that begins so, and clears the log.
     void RequireEvent(const wchar_t* what, const std::wstring& event) {
         const bool isRaised = form.Until([&] { return hosted.Raised(event); });
         Require(isRaised, std::wstring(what) + L" raised " + hosted.AllRaised() + L" instead of " + event + L").");

@@ -21,7 +21,7 @@ h2 small { font-weight: normal; color: #5a5a5a; font-size: .9rem; }
 table { border-collapse: collapse; width: 100%; }
 td, th { text-align: left; vertical-align: top; padding: .25rem .6rem .25rem 0; border-bottom: 1px solid #e6e6e6; }
 th { width: 16rem; } td.name { width: 34%; } td.time { width: 5rem; text-align: right; color: #5a5a5a; white-space: nowrap; }
-td.told { overflow-wrap: anywhere; color: #3a3a3a; }
+td.details { overflow-wrap: anywhere; color: #3a3a3a; }
 td.outcome { width: 5rem; font-weight: 600; }
 .passed { color: #197a2e; } .failed { color: #b3261e; } .skipped { color: #765b00; }
 figure { margin: .8rem 0; } figcaption { color: #3a3a3a; margin-bottom: .2rem; }
@@ -115,7 +115,7 @@ private:
                 if (isFirst) html += "<h2>What has failed</h2>\n<table>\n";
                 isFirst = false;
                 html += "<tr><td class=\"name\">" + Escaped(group.title) + ": " + Escaped(result.name) +
-                        "</td><td class=\"told\">" + Escaped(result.text) + "</td></tr>\n";
+                        "</td><td class=\"details\">" + Escaped(result.text) + "</td></tr>\n";
             }
         if (!isFirst) html += "</table>\n";
     }
@@ -125,7 +125,7 @@ private:
         for (const Result& result : group.findings.results) {
             const std::string word = Word(result.outcome);
             html += "<tr><td class=\"outcome " + word + "\">" + word + "</td><td class=\"name\">" +
-                    Escaped(result.name) + "</td><td class=\"told\">" + Escaped(result.text) +
+                    Escaped(result.name) + "</td><td class=\"details\">" + Escaped(result.text) +
                     "</td><td class=\"time\">" + std::to_string(result.milliseconds) + " ms</td></tr>\n";
         }
         html += "</table>\n";

@@ -1,4 +1,4 @@
-// What this process holds of the system, to see that what was created and released leaves nothing behind.
+// The system resources of this process, to check that nothing that was created is leaked.
 #pragma once
 
 #include <windows.h>

@@ -8,7 +8,7 @@ namespace {
 
 constexpr wchar_t kindBegin = L'B', kindEnd = L'E', kindShot = L'S', kindFact = L'F', kindComplete = L'C';
 
-// Fields are apart by tabs and lines by line feeds; in a field these and the backslash stand behind a backslash.
+// Fields are separated by tabs and lines by line feeds; in a field these and the backslash are escaped by a backslash.
 std::wstring Escape(const std::wstring& field) {
     std::wstring escaped;
     for (const wchar_t unit : field) {

@@ -22,7 +22,7 @@ public:
     ScreenReader(const ScreenReader&) = delete;
     ScreenReader& operator=(const ScreenReader&) = delete;
 
-    // Whether the window reports anything; without it nothing else may be asked.
+    // Whether the window has an accessible object; if not, no other member may be called.
     HRESULT Opened() const { return opened; }
     IAccessible* operator->() const { return object; }
 
@@ -46,17 +46,17 @@ public:
         }
         return numbers;
     }
-    std::wstring Name(LONG id) const { return Ask(&IAccessible::get_accName, id); }
-    std::wstring Value(LONG id) const { return Ask(&IAccessible::get_accValue, id); }
-    std::wstring Description(LONG id) const { return Ask(&IAccessible::get_accDescription, id); }
-    std::wstring Action(LONG id) const { return Ask(&IAccessible::get_accDefaultAction, id); }
+    std::wstring Name(LONG id) const { return TextOf(&IAccessible::get_accName, id); }
+    std::wstring Value(LONG id) const { return TextOf(&IAccessible::get_accValue, id); }
+    std::wstring Description(LONG id) const { return TextOf(&IAccessible::get_accDescription, id); }
+    std::wstring Action(LONG id) const { return TextOf(&IAccessible::get_accDefaultAction, id); }
     // -1 when the window does not say.
     LONG Role(LONG id) const { return Number(&IAccessible::get_accRole, id); }
     LONG State(LONG id) const { return Number(&IAccessible::get_accState, id); }
 
 private:
     template <typename Method>
-    std::wstring Ask(Method method, LONG id) const {
+    std::wstring TextOf(Method method, LONG id) const {
         BSTR text = nullptr;
         (object->*method)(Child(id), &text);
         const std::wstring all = text ? std::wstring(text, SysStringLen(text)) : std::wstring();

@@ -12,7 +12,7 @@ namespace dax::workbench::selftest {
 
 namespace {
 
-constexpr int mostProcesses = 40;   // of one group, when one check after the other crashes
+constexpr int maxProcesses = 40;    // of one group, when one check after the other crashes
 constexpr DWORD silence = 600'000;  // milliseconds without a word, after which a process is ended
 constexpr DWORD lookInterval = 200; // milliseconds
 
@@ -54,7 +54,7 @@ std::wstring DefaultReport() {
     return folder + L"DAXControls self-test (" + (sizeof(void*) == 8 ? L"64" : L"32") + L"-bit).html";
 }
 
-// All that the run writes but the report; goes with it.
+// All that the run writes but the report; deleted at its end.
 class WorkFolder {
 public:
     WorkFolder() : path(TemporaryFolder() + L"dax-selftest-" + std::to_wstring(GetCurrentProcessId())) {
@@ -157,7 +157,7 @@ private:
         const std::wstring folder = work.Path() + L"\\" + group.name + std::to_wstring(connection);
         CreateDirectoryW(folder.c_str(), nullptr);
         Findings findings;
-        for (int i = 0; i < mostProcesses && !findings.isComplete; ++i) {
+        for (int i = 0; i < maxProcesses && !findings.isComplete; ++i) {
             const size_t before = findings.results.size();
             const std::wstring record = folder + L"\\record" + std::to_wstring(i) + L".txt";
             const DWORD code = processes.Run(Arguments(group, connection, before, record), record);
@@ -170,9 +170,9 @@ private:
         if (!results.empty() && results.front().outcome == Outcome::Passed)
             results.erase(results.begin()); // preparation
         report.groups.push_back({title, std::move(findings), GetTickCount64() - begin});
-        Say(title + L": " + Describe(CountResults({report.groups.back()})) + L"\n", false);
+        PrintText(title + L": " + Describe(CountResults({report.groups.back()})) + L"\n", false);
         for (const Result& result : report.groups.back().findings.results)
-            if (result.outcome == Outcome::Failed) Say(L"  " + result.name + L": " + result.text + L"\n", false);
+            if (result.outcome == Outcome::Failed) PrintText(L"  " + result.name + L": " + result.text + L"\n", false);
     }
 
     std::wstring Arguments(const Group& group, int connection, size_t first, const std::wstring& record) const {
@@ -197,10 +197,11 @@ private:
         if (file != INVALID_HANDLE_VALUE) CloseHandle(file);
         const Counts counts = CountResults(report.groups);
         const bool isGood = counts.failed == 0 && counts.passed > 0;
-        Say(std::wstring(isGood ? L"The self-test has passed: " : L"The self-test has failed: ") + Describe(counts) +
-                L".\n" + (isWritten ? L"Report: " + path : L"The report '" + path + L"' cannot be written: " + why) +
-                L"\n",
-            false);
+        PrintText(std::wstring(isGood ? L"The self-test has passed: " : L"The self-test has failed: ") +
+                      Describe(counts) + L".\n" +
+                      (isWritten ? L"Report: " + path : L"The report '" + path + L"' cannot be written: " + why) +
+                      L"\n",
+                  false);
         if (isWritten && options.report.empty())
             ShellExecuteW(nullptr, L"open", path.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
         return isGood && isWritten ? 0 : 1;

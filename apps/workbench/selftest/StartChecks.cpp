@@ -37,7 +37,7 @@ std::vector<Check> StartOn(const Setting& setting, const std::wstring& connector
     Options options;
     options.connector = connector;
     options.user = courseUser;
-    options.start = setting.folder; // nobody is asked
+    options.start = setting.folder; // shows no questions
     options.registered = setting.options.registered;
     const auto frame = std::make_shared<Frame>(options, setting.library);
     Require(frame->Create(true), L"The workbench's window could not be created.");

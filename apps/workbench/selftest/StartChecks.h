@@ -5,7 +5,7 @@
 
 namespace dax::workbench::selftest {
 
-// The steps, each with a picture when that is wanted, and what the database must then hold. Throws HostError.
+// The steps, each with a picture when requested, and what the database must then hold. Throws HostError.
 std::vector<Check> StartOn(const Setting& setting, const std::wstring& connector, const std::wstring& content,
                            bool hasPictures);
 

@@ -15,7 +15,7 @@ constexpr wchar_t dpiProperty[] = L"DAXControls.DPI";
 constexpr UINT dpiChangedAfterParent = 0x02E3; // WM_DPICHANGED_AFTERPARENT, which older headers lack
 constexpr DWORD formStyle = WS_POPUP | WS_CAPTION | WS_CLIPCHILDREN;
 constexpr DWORD formExtendedStyle = WS_EX_TOPMOST | WS_EX_CONTROLPARENT;
-constexpr int patience = 10'000; // milliseconds
+constexpr int timeLimit = 10'000; // milliseconds
 
 struct Search {
     const wchar_t* className;
@@ -127,7 +127,7 @@ void TestForm::Pump() {
 }
 
 bool TestForm::Until(const std::function<bool()>& condition) {
-    const ULONGLONG end = GetTickCount64() + patience;
+    const ULONGLONG end = GetTickCount64() + timeLimit;
     while (!condition()) {
         if (GetTickCount64() > end) return false;
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 50, QS_ALLINPUT);

@@ -85,7 +85,7 @@ public:
         KeyUp(key);
     }
     bool Until(const std::function<bool()>& condition) {
-        const ULONGLONG end = GetTickCount64() + patience;
+        const ULONGLONG end = GetTickCount64() + timeLimit;
         while (!condition()) {
             if (GetTickCount64() > end) {
                 ++lost;
@@ -97,7 +97,7 @@ public:
     }
 
 private:
-    static constexpr unsigned patience = 30'000; // milliseconds
+    static constexpr unsigned timeLimit = 30'000; // milliseconds
 
     static LRESULT CALLBACK Listen(int code, WPARAM wParam, LPARAM lParam) {
         if (code == HC_ACTION && wParam == PM_REMOVE) {
@@ -123,7 +123,7 @@ private:
         time += 10;
         (input.type == INPUT_MOUSE ? input.mi.time : input.ki.time) = time;
         SendInput(1, &input, sizeof input);
-        // What had the focus may be gone when a key comes up, and then no window receives it.
+        // The focused window may be destroyed when a key comes up, and then no window receives it.
         if (input.type == INPUT_MOUSE || !(input.ki.dwFlags & KEYEVENTF_KEYUP))
             Wait(before);
         else
@@ -134,13 +134,13 @@ private:
     }
     void Flush() {
         DWORD_PTR result;
-        SendMessageTimeoutW(host, WM_NULL, 0, 0, SMTO_NORMAL, patience, &result);
+        SendMessageTimeoutW(host, WM_NULL, 0, 0, SMTO_NORMAL, timeLimit, &result);
     }
 
     HWND host;
     const std::function<void()> processPending;
     HHOOK hook = nullptr;
-    static inline DWORD time = GetTickCount(); // goes on from one to the next, so that no two clicks are too near
+    static inline DWORD time = GetTickCount(); // continues from one to the next, so that no two clicks are too near
     std::atomic<int> lost = 0;
     static inline std::atomic<int> received = 0;
 };

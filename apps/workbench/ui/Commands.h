@@ -1,4 +1,4 @@
-// What a page can be told to do, as menus show it.
+// The commands of a page, as menus show them.
 #pragma once
 
 #include <windows.h>
@@ -11,7 +11,7 @@ namespace dax::workbench {
 // One line of a menu; no number: a line between two groups.
 struct MenuEntry {
     int id = 0;
-    std::wstring text{}; // with its key behind a tab
+    std::wstring text{}; // followed by a tab and its key
     bool isEnabled = true;
     bool isChecked = false;
 };

@@ -14,8 +14,8 @@ namespace dax::workbench {
 namespace {
 
 constexpr int splitterHeight = 6;
-constexpr int leastLog = 70;
-constexpr int leastPage = 400;
+constexpr int minLog = 70;
+constexpr int minPage = 400;
 
 HWND AddChild(HWND parent, const wchar_t* className, const wchar_t* text, DWORD windowStyle, DWORD extended, int id) {
     return CreateWindowExW(extended, className, text, WS_CHILD | WS_VISIBLE | windowStyle, 0, 0, 10, 10, parent,
@@ -59,11 +59,11 @@ bool Frame::Create(bool visible) {
                   place))
         return false;
     style.SetDpi(DpiOf(Handle()));
-    RECT desk{0, 0, style.Scale(1120), style.Scale(800)};
-    SystemParametersInfoW(SPI_GETWORKAREA, 0, &desk, 0);
-    const SIZE most{desk.right - desk.left, desk.bottom - desk.top};
+    RECT workArea{0, 0, style.Scale(1120), style.Scale(800)};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &workArea, 0);
+    const SIZE most{workArea.right - workArea.left, workArea.bottom - workArea.top};
     const bool isLarger = most.cx < style.Scale(1120) || most.cy < style.Scale(800);
-    SetWindowPos(Handle(), nullptr, desk.left, desk.top, std::min<int>(most.cx, style.Scale(1120)),
+    SetWindowPos(Handle(), nullptr, workArea.left, workArea.top, std::min<int>(most.cx, style.Scale(1120)),
                  std::min<int>(most.cy, style.Scale(800)), (isLarger ? 0 : SWP_NOMOVE) | SWP_NOZORDER | SWP_NOACTIVATE);
     if (!Build() || !Show(0)) return false;
     if (visible) {
@@ -98,7 +98,7 @@ void Frame::BuildMenu() {
     FillPageMenu();
 }
 
-// Created again each time that it opens: the page knows what is possible.
+// Created again each time that it opens: the page decides what is enabled.
 void Frame::FillPageMenu() const {
     std::vector<MenuEntry> entries;
     if (Current() && !context.busy && Current()->Problem().empty()) entries = Current()->Menu();
@@ -159,8 +159,8 @@ void Frame::Arrange() {
                      SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
     };
     place(list, 0, 0, listWidth, bottom);
-    const int logHeight = std::clamp(style.Scale(logShare), style.Scale(leastLog),
-                                     std::max(bottom - style.Scale(leastPage), style.Scale(leastLog)));
+    const int logHeight = std::clamp(style.Scale(logShare), style.Scale(minLog),
+                                     std::max(bottom - style.Scale(minPage), style.Scale(minLog)));
     splitterTop = bottom - logHeight - style.ButtonHeight() - style.Scale(splitterHeight);
     if (Current()) place(Current()->Window(), listWidth, 0, area.right, splitterTop);
     const int left = listWidth + style.Margin();
@@ -403,7 +403,7 @@ void Frame::MoveSplitter(int y) {
     GetWindowRect(status, &bar);
     MapWindowPoints(nullptr, Handle(), reinterpret_cast<POINT*>(&bar), 2);
     const int height = bar.top - y - style.ButtonHeight() - style.Scale(splitterHeight);
-    logShare = std::max(MulDiv(height, 96, style.Dpi()), leastLog);
+    logShare = std::max(MulDiv(height, 96, style.Dpi()), minLog);
     Arrange();
 }
 
@@ -485,7 +485,7 @@ LRESULT Frame::On(UINT message, WPARAM wParam, LPARAM lParam) {
         dragging = false;
         return 0;
     case WM_CLOSE:
-        if (context.busy || !MayClose()) return 0; // busy: a control is at work further up the stack
+        if (context.busy || !MayClose()) return 0; // busy: a call to a control is on the stack
         DestroyWindow(Handle());
         return 0;
     case WM_DESTROY:

@@ -50,9 +50,9 @@ int Frame::CaptureStart(const std::wstring& folder) {
     try {
         MakeFolder(folder);
         for (const PlacedStep& placed : StartSteps())
-            Say(TakeStep(placed, folder) + L"  " + placed.second.text + L"\n", false);
+            PrintText(TakeStep(placed, folder) + L"  " + placed.second.text + L"\n", false);
     } catch (const HostError& error) {
-        Say(L"DAXWorkbench: " + error.Text() + L"\n", true);
+        PrintText(L"DAXWorkbench: " + error.Text() + L"\n", true);
         return 1;
     }
     return 0;
@@ -68,7 +68,7 @@ int Frame::CapturePictures(const std::wstring& folder) {
             if (!Current()->Problem().empty()) {
                 DispatchPending();
                 SavePicture(Handle(), path + L"problem.png");
-                Say(L"DAXWorkbench: " + Current()->Problem() + L"\n", true);
+                PrintText(L"DAXWorkbench: " + Current()->Problem() + L"\n", true);
                 code = 1;
                 continue;
             }
@@ -81,7 +81,7 @@ int Frame::CapturePictures(const std::wstring& folder) {
             }
         }
     } catch (const HostError& error) {
-        Say(L"DAXWorkbench: " + error.Text() + L"\n", true);
+        PrintText(L"DAXWorkbench: " + error.Text() + L"\n", true);
         return 1;
     }
     return code;

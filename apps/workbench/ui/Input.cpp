@@ -33,7 +33,7 @@ bool HasExtension(const std::wstring& path, const wchar_t* extension) {
     return dot != std::wstring::npos && SameKey(path.substr(dot), extension);
 }
 
-// One value from `position`, which moves behind the semicolon that ends it; quotes and braces hold semicolons.
+// One value from `position`, which moves after the semicolon that ends it; quotes and braces hold semicolons.
 std::wstring TakeValue(const std::wstring& text, size_t& position) {
     while (position < text.size() && text[position] == L' ') ++position;
     std::wstring value;
@@ -53,7 +53,7 @@ std::wstring TakeValue(const std::wstring& text, size_t& position) {
     return value;
 }
 
-// The whole connection strings behind those with dots.
+// The complete connection strings for those with dots.
 std::map<std::wstring, std::wstring>& Hidden() {
     static std::map<std::wstring, std::wstring> hidden;
     return hidden;

@@ -11,7 +11,7 @@ std::wstring Trim(const std::wstring& text);
 bool IsFile(const std::wstring& text);
 
 // What the controls take. A file's path becomes absolute; a file of Access's format gets the provider it needs, any
-// other path is a connection string as it stands. A connection string stays as it is.
+// other path is a complete connection string. A connection string stays as it is.
 std::wstring ConnectionFor(const std::wstring& text);
 
 // The same with dots for passwords, for fields that others see. ConnectionFor takes it as it takes the whole.

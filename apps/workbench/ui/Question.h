@@ -19,14 +19,14 @@ struct Question {
     // The last one changes nothing: it is also what closing the box means.
     std::vector<Choice> choices;
     int byDefault;  // what Enter means
-    int unattended; // what is answered while a start is pictured and no user can be asked
+    int unattended; // the choice taken while pictures are made and no user can be asked
     bool isWarning = false;
 };
 
 // Shows it and waits; the number of the choice.
 int AskUser(HWND owner, const Question& question);
 
-// Before what is not saved gets lost: IDYES saves, IDNO does not, IDCANCEL goes on editing.
+// Before what is not saved gets lost: IDYES saves, IDNO does not, IDCANCEL continues editing.
 Question AskToSave(const std::wstring& title);
 // Before an entry with `below` others in it is removed: IDYES removes all, IDNO keeps these, IDCANCEL removes nothing.
 // `plural` is what the others are, as "entries".
