@@ -57,6 +57,11 @@ TEST_P(HierarchyOnEngine, SavesWithTheDocumentedStatements) {
     }
     EXPECT_EQ(Rows()[u"n"], u"It's \\ new \U0001D11E|n'n|g|2|2|0||");
     EXPECT_EQ(Rows()[u"b"], u"O'Neil|id b|g|2|3|1|data|");
+    // What is removed and added again is only added: its row is still there, and nothing is saved, deliberately.
+    editor->RemoveLesson(u"b", false);
+    editor->AddLesson(u"b", u"again", u"", ltLesson);
+    EXPECT_FALSE(editor->SaveDatabase());
+    EXPECT_EQ(Rows()[u"b"], u"O'Neil|id b|g|2|3|1|data|");
 }
 
 TEST_P(HierarchyOnEngine, OddRows) {

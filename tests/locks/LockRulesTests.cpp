@@ -20,6 +20,7 @@ TEST(LockRules, AgesAreWrittenForPeople) {
         {{2026, 2, 28, 23, 55, 30}, u"5 minutes"},
         {{2026, 2, 28, 23, 0, 31}, u"59 minutes"},
         {{2026, 2, 28, 23, 0, 30}, u"1 hour, 0 minutes"},
+        {{2026, 2, 28, 0, 0, 30}, u"1 day, 0 hours"},
         {{2026, 2, 27, 23, 0, 30}, u"1 day, 1 hour"},
         {{2025, 2, 28, 0, 0, 30}, u"366 days, 0 hours"},
         {{2026, 3, 1, 0, 0, 40}, u"-10 seconds"},
@@ -87,7 +88,8 @@ TEST(LockRules, DatesComeAsTextToo) {
                             u"2026/2/28 1:05:09 PM", u"2026.02.28 13.05.09"})
         EXPECT_EQ(LockRules::ToDate(text), (DateTime{2026, 2, 28, 13, 5, 9})) << ToUtf8(text);
     EXPECT_EQ(LockRules::ToDate(Text(u"2026.12.31 23.59.59")), (DateTime{2026, 12, 31, 23, 59, 59}));
-    EXPECT_EQ(LockRules::ToDate(Text(u"2026.01.01 0.0")), (DateTime{2026, 1, 1}));
+    for (const Text text : {u"2026.01.01 0.0", u"2026.01.01"})
+        EXPECT_EQ(LockRules::ToDate(text), (DateTime{2026, 1, 1}));
     for (const Text text :
          {u"", u"yesterday", u"2026-13-01", u"2026-02-28 25:00:00", u"1 2 3 4 5 6 7", u"99999999999999999999-01-01",
           u"2026.02.28 24.00.00", u"2026.02.28 23.60.00", u"2026.02.28 23.00.60", u"2026.00.10", u"2026.13.01",

@@ -144,6 +144,16 @@ TEST(NodeTree, ListenersReceiveEveryChangeAndOneSelection) {
         tree.Select(&tree.Add(nullptr, Place::LastChild, u"n")); // perhaps where the other one was
     }
     EXPECT_EQ(recorder.Take(), u"(0+n)!");
+    EXPECT_FALSE(tree.Find(u"b"));
+    for (const char16_t* key : {u"m", u"p"}) tree.Add(nullptr, Place::LastChild, key);
+    tree.Remove(*tree.Find(u"m")); // which was not selected
+    EXPECT_EQ(recorder.Take(), u"+m+p(-m)");
+    {
+        const TreeUpdate update(tree);
+        tree.Remove(*tree.Selected());
+        tree.Select(&tree.Add(nullptr, Place::LastChild, u"o"));
+    }
+    EXPECT_EQ(recorder.Take(), u"(-n+o)!");
 }
 
 TEST(NodeTree, ListenerOfTheSelectionMayDestroyTheTree) {
