@@ -323,6 +323,7 @@ TEST(RowComparisonTest, FindsWhatDiffersInAnyOrder) {
         {u"a1 b2 c3 d4", u"d4 c7 b2 a1", true, "value 1 k 'c'"},
         {u"a1 b2 c3", u"A1 a1 b2 c3", true, "additional k 'A'"},
         {u"a1 b2 c3", u"c3 a1", true, "missing k 'b'"},
+        {u"a1 b2 c3", u"c3 d2 a1", true, "missing k 'b'"},
         {u"a1", u"c3 a1", true, "additional k 'c'"},
         {u"a1 a1 b2", u"a1 b2", false, "missing k 'a', v 1"},
         {u"a1 a1", u"a1 a1 a1", false, "additional k 'a', v 1"},

@@ -213,7 +213,7 @@ TEST_F(SQLiteTest, ErrorsSayWhatHasHappenedToTheFile) {
 // the same statements do the same once each on connections of their own and all in a row.
 TEST_F(SQLiteTest, StatementsThatRepeatDoWhatEachDoes) {
     const std::pair<Text, Text> cases[] = {
-        {u"INSERT INTO t VALUES (#, 'it''s $', -23, '', 5, \"b\", 7)",
+        {u"INSERT INTO t VALUES (#, 'it''s $''', -23, '', 5, \"b\", 7)",
          u"INSERT INTO t VALUES (?, ?, -?, ?, ?, \"b\", ?)"},
         {u"update t SET \"a1\" = #.5, [a2]=#, `a3` = '$' WHERE a >= 6 - 7/8",
          u"update t SET \"a1\" = 1.5, [a2]=?, `a3` = ? WHERE a >= ? - ?/?"},

@@ -44,16 +44,14 @@ OdbcStatement::~OdbcStatement() = default;
 void OdbcStatement::Check(SQLRETURN result) { CheckOdbc(result, SQL_HANDLE_STMT, handle.Get(), owner.SqlDialect()); }
 
 void OdbcStatement::Run(TextView adapted, std::span<const Value> values, std::span<const int> codes) {
+    const struct Unbinding {
+        ~Unbinding() { statement.Unbind(); }
+        OdbcStatement& statement;
+    } unbinding{*this};
     for (size_t i = 0; i < values.size(); ++i)
         Bind(static_cast<SQLUSMALLINT>(i + 1), values[i],
              i < codes.size() ? static_cast<SQLSMALLINT>(codes[i]) : SQLSMALLINT{0});
-    try {
-        Send(adapted);
-    } catch (...) {
-        Unbind();
-        throw;
-    }
-    Unbind();
+    Send(adapted);
 }
 
 Text OdbcStatement::Joined(std::span<const Text> adapted) {
