@@ -127,6 +127,7 @@ TEST_P(DataTest, ParametersOfEveryKind) {
     EXPECT_EQ(Run(insert, {Text(u"b"), {}, {}, {}}), 1);
     EXPECT_EQ(Run(insert, {Text(u"c"), int64_t{INT32_MIN}, DateTime{1899, 12, 30, 0, 0, 0, 1999}, Text()}), 1);
     EXPECT_EQ(Run(u"UPDATE things SET amount = ? WHERE amount IS NULL", {true}), 1);
+    EXPECT_EQ(Run(u"UPDATE things SET story = 'none' WHERE amount = ?", {false}), 0);
     constexpr int64_t large = (int64_t{1} << 32) + 5;
     for (const Value& value : {Value(int64_t{1}), Value(1.0), Value(large), Value(-large)})
         EXPECT_EQ(Run(u"UPDATE things SET story = 'one' WHERE amount = ? OR amount = ?", {value, value}),
