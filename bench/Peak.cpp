@@ -49,8 +49,8 @@ std::optional<double> PeakOf(const std::string& program, std::vector<std::string
 
 void MeasurePeakIfAsked(int count, char** arguments) {
     if (count < 3 || std::string(arguments[1]) != mark) return;
-    const int silence = open("/dev/null", O_WRONLY);
-    const int code = Run({arguments + 2, arguments + count}, silence);
+    const int discarded = open("/dev/null", O_WRONLY);
+    const int code = Run({arguments + 2, arguments + count}, discarded);
     rusage used{};
     getrusage(RUSAGE_CHILDREN, &used);
     std::printf("%ld", used.ru_maxrss);

@@ -60,7 +60,7 @@ const TextView EditGrammar = u"The commands, one on the command line or one per 
                              u"  move ENTRY in|before|after ENTRY\n"
                              u"ENTRY is a lessonID, or an identifier that only one entry has; / is the top. What is\n"
                              u"added without a place comes last at the top; \"in\" makes it the last of a group.\n"
-                             u"In a file, words with blanks stand in double quotes, and # begins a comment.";
+                             u"In a file, words with blanks are put in double quotes, and # begins a comment.";
 
 std::vector<EditLine> ReadEditLines(TextView text) {
     std::vector<EditLine> lines;

@@ -41,13 +41,13 @@ Text EntryJson(const Node& node) {
 }
 
 ExitCode Find(const Arguments& arguments) {
-    const Text wanted = FoldCase(arguments.Place(1));
-    if (wanted.empty()) throw UsageError(u"The text to find is empty.");
+    const Text requested = FoldCase(arguments.Place(1));
+    if (requested.empty()) throw UsageError(u"The text to find is empty.");
     const bool isExact = arguments.Has(u"--exact"), isJson = arguments.Has(u"--json");
     Course course(ParseTarget(arguments));
     const auto fits = [&](TextView text) {
         const Text folded = FoldCase(text);
-        return isExact ? folded == wanted : folded.find(wanted) != Text::npos;
+        return isExact ? folded == requested : folded.find(requested) != Text::npos;
     };
     Output output;
     if (isJson) output.Line(u"{\"entries\":[");

@@ -57,7 +57,7 @@ Text JsonText(TextView text) {
 }
 
 Text JsonValue(const Value& value) {
-    if (const auto* truth = std::get_if<bool>(&value)) return *truth ? u"true" : u"false";
+    if (const auto* boolean = std::get_if<bool>(&value)) return *boolean ? u"true" : u"false";
     if (const auto* whole = std::get_if<int64_t>(&value)) return ToText(*whole);
     if (const auto* number = std::get_if<double>(&value)) return NumberText(*number);
     if (const auto* text = std::get_if<Text>(&value)) return JsonText(*text);

@@ -15,7 +15,7 @@ public:
     JsonObject& Add(TextView name, const Value& value) { return AddRaw(name, JsonValue(value)); }
     JsonObject& Add(TextView name, TextView text) { return AddRaw(name, JsonText(text)); }
     JsonObject& Add(TextView name, const Text& text) { return AddRaw(name, JsonText(text)); }
-    JsonObject& Add(TextView name, bool truth) { return AddRaw(name, truth ? u"true" : u"false"); }
+    JsonObject& Add(TextView name, bool boolean) { return AddRaw(name, boolean ? u"true" : u"false"); }
     JsonObject& AddNumber(TextView name, long long number) { return AddRaw(name, ToText(number)); }
     // What is JSON already.
     JsonObject& AddRaw(TextView name, const Text& json);

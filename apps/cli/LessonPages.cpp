@@ -167,10 +167,10 @@ Node& LessonPages::PlaceOf(TextView where, const Text& target) {
     return *modTVW::GetNodeByKey(tree, SbidOf(target));
 }
 
-Text LessonPages::Add(const Text& wanted, const Fields& fields, TextView where, const Text& target) {
+Text LessonPages::Add(const Text& requested, const Fields& fields, TextView where, const Text& target) {
     Node& place = PlaceOf(where, target);
     const auto storyboard =
-        wanted.empty() ? std::make_shared<ContentStoryboard>() : std::make_shared<ContentStoryboard>(wanted);
+        requested.empty() ? std::make_shared<ContentStoryboard>() : std::make_shared<ContentStoryboard>(requested);
     const Text sbid = storyboard->SBID(), current = lesson->CurrentSBID();
     CheckField(sbid, u"SBID");
     Fill(*storyboard, fields);

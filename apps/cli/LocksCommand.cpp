@@ -27,11 +27,11 @@ Text SortColumn(const Arguments& arguments) {
         if (arguments.Has(u"--descending")) throw UsageError(u"'--descending' requires --sort COLUMN.");
         return {};
     }
-    const Text wanted = arguments.Value(u"--sort");
+    const Text key = arguments.Value(u"--sort");
     for (const auto& [name, column] : SortNames) {
-        if (name == wanted) return Text(column);
+        if (name == key) return Text(column);
     }
-    throw UsageError(u"'--sort' takes title, identifier, type, date, age, user, machine or ip, not '" + wanted + u"'.");
+    throw UsageError(u"'--sort' takes title, identifier, type, date, age, user, machine or ip, not '" + key + u"'.");
 }
 
 void CheckRights(const Arguments& arguments) {

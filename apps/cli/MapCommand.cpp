@@ -14,11 +14,11 @@ constexpr std::pair<TextView, StoryboardMovementTypes> Movements[] = {
     {u"outdent", smtOutdent}, {u"next-map", smtNextMap}, {u"previous-map", smtPreviousMap},
 };
 
-StoryboardMovementTypes MovementNamed(const Text& wanted) {
+StoryboardMovementTypes MovementNamed(const Text& requested) {
     for (const auto& [name, movement] : Movements) {
-        if (name == wanted) return movement;
+        if (name == requested) return movement;
     }
-    throw UsageError(u"'--to' takes up, down, indent, outdent, next-map or previous-map, not '" + wanted + u"'.");
+    throw UsageError(u"'--to' takes up, down, indent, outdent, next-map or previous-map, not '" + requested + u"'.");
 }
 
 ExitCode Find(LessonPages& pages, const Arguments& arguments) {

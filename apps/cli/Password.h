@@ -11,14 +11,14 @@ namespace dax::cli {
 inline constexpr Option PasswordOptions[] = {
     {u"--password-env", u"NAME", u"take the connection's password from an environment variable"},
     {u"--password-file", u"FILE", u"take it from the first line of a file, - for the standard input"},
-    {u"--password-prompt", u"", u"ask for it; what is typed does not appear"},
+    {u"--password-prompt", u"", u"ask for it; it is not echoed"},
 };
 
 // The same for the second place of a command that has two.
 inline constexpr Option SecondPasswordOptions[] = {
     {u"--to-password-env", u"NAME", u"the same for the second connection"},
     {u"--to-password-file", u"FILE", u"the same from the first line of a file"},
-    {u"--to-password-prompt", u"", u"the same, asked for"},
+    {u"--to-password-prompt", u"", u"the same, typed at a prompt"},
 };
 
 // By the options that begin with `prefix` ("--password"); nothing when none is given. The password is kept out of all

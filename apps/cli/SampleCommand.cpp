@@ -102,7 +102,7 @@ constexpr Option Options[] = {
     {u"--password", u"TEXT", u"with --connector: its password, stored unencrypted in the connector (sample)"},
     {u"--login-password-env", u"NAME", u"take it from an environment variable"},
     {u"--login-password-file", u"FILE", u"take it from the first line of a file"},
-    {u"--login-password-prompt", u"", u"the same, asked for"},
+    {u"--login-password-prompt", u"", u"the same, typed at a prompt"},
     ForceOption,
     NewCatalogOption,
 };

@@ -38,7 +38,7 @@ TextView LessonTitle(size_t number) {
 
 Text Identifier(uint64_t number) {
     Text identifier;
-    for (const uint64_t half : {Scatter(number), Scatter(~number)}) {
+    for (const uint64_t half : {MixBits(number), MixBits(~number)}) {
         for (int shift = 60; shift >= 0; shift -= 4) identifier.push_back(u"0123456789abcdef"[(half >> shift) & 0xF]);
     }
     return identifier;

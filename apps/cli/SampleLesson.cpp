@@ -21,7 +21,7 @@ const auto& Cycle(const List& list, size_t index) {
 Text Number(size_t number) { return ToText(static_cast<long long>(number)); }
 
 Text SBID(size_t lesson, size_t page) {
-    const uint64_t bits = Scatter((uint64_t{lesson} << 20) + page);
+    const uint64_t bits = MixBits((uint64_t{lesson} << 20) + page);
     Text sbid = u"sb";
     for (int shift = 36; shift >= 0; shift -= 4) sbid += u"0123456789abcdef"[(bits >> shift) & 0xF];
     return sbid;
@@ -36,7 +36,7 @@ std::shared_ptr<ContentMap> MakeMap(ContentLesson& lesson, TextView name, std::v
 
 } // namespace
 
-uint64_t Scatter(uint64_t number) {
+uint64_t MixBits(uint64_t number) {
     number += 0x9E3779B97F4A7C15u;
     number = (number ^ (number >> 30)) * 0xBF58476D1CE4E5B9u;
     number = (number ^ (number >> 27)) * 0x94D049BB133111EBu;

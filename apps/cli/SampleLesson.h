@@ -8,7 +8,7 @@
 namespace dax::cli {
 
 // Evenly spread bits of a counter: identifiers that look like real ones and are the same each time.
-uint64_t Scatter(uint64_t number);
+uint64_t MixBits(uint64_t number);
 
 struct SampleLesson {
     Text text; // as lessonData keeps it

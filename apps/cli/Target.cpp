@@ -155,7 +155,7 @@ void NewDatabase::PrepareFile(bool force) {
 }
 
 void NewDatabase::PrepareCatalog(Schema::Database kind, bool force) {
-    Schema::RequireBlindNames(connection);
+    Schema::RequireCaseInsensitiveNames(connection);
     for (const Schema::Table& table : Schema::Tables(kind)) {
         if (!HasTable(connection, table.name)) continue;
         if (!force) {

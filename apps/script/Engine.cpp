@@ -71,12 +71,12 @@ public:
         *locale = LOCALE_USER_DEFAULT;
         return S_OK;
     }
-    STDMETHODIMP GetItemInfo(LPCOLESTR name, DWORD wanted, IUnknown** object, ITypeInfo** info) override {
+    STDMETHODIMP GetItemInfo(LPCOLESTR name, DWORD requested, IUnknown** object, ITypeInfo** info) override {
         if (info) *info = nullptr;
         if (object) *object = nullptr;
         const auto found = objects.find(name);
         if (found == objects.end()) return TYPE_E_ELEMENTNOTFOUND;
-        if ((wanted & SCRIPTINFO_IUNKNOWN) && object) {
+        if ((requested & SCRIPTINFO_IUNKNOWN) && object) {
             *object = ComPtr<IUnknown>(found->second).Detach();
         }
         return S_OK;

@@ -42,15 +42,15 @@ std::wstring ScriptText::Line(size_t number) const {
 }
 
 std::optional<ScriptText::Procedure> ScriptText::FindProcedure(const std::wstring& name) const {
-    const std::wstring wanted = Lower(name);
+    const std::wstring requested = Lower(name);
     for (size_t number = 0; number < lines.size(); ++number) {
         const std::wstring line = Lower(Line(number));
         for (const std::wstring kind : {L"sub", L"function"}) {
             for (size_t at = 0; (at = line.find(kind, at)) != std::wstring::npos; at += kind.size()) {
                 const size_t begin = SkipBlanks(line, at + kind.size());
                 const bool isWord = (at == 0 || !IsNameUnit(line[at - 1])) && begin > at + kind.size();
-                const size_t end = begin + wanted.size();
-                if (!isWord || line.compare(begin, wanted.size(), wanted) != 0) continue;
+                const size_t end = begin + requested.size();
+                if (!isWord || line.compare(begin, requested.size(), requested) != 0) continue;
                 if (end < line.size() && IsNameUnit(line[end])) continue;
                 const size_t open = SkipBlanks(line, end), close = std::min(line.find(L')', open), line.size());
                 if (open >= line.size() || line[open] != L'(') return Procedure{number, 0};

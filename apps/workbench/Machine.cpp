@@ -14,10 +14,10 @@ std::wstring FirstAddress() {
     WSADATA data;
     if (WSAStartup(MAKEWORD(2, 2), &data) != 0) return address;
     char name[256] = {};
-    addrinfo wanted{};
-    wanted.ai_family = AF_INET;
+    addrinfo requested{};
+    requested.ai_family = AF_INET;
     addrinfo* found = nullptr;
-    if (gethostname(name, sizeof name) == 0 && getaddrinfo(name, nullptr, &wanted, &found) == 0 && found) {
+    if (gethostname(name, sizeof name) == 0 && getaddrinfo(name, nullptr, &requested, &found) == 0 && found) {
         const auto* v4 = reinterpret_cast<const sockaddr_in*>(found->ai_addr);
         const auto* octets = reinterpret_cast<const unsigned char*>(&v4->sin_addr);
         address.clear();

@@ -25,7 +25,7 @@ Author::Author(int number, const Text& connectionString)
         received += method;
         if (code == 0 || description.empty()) ReportFault("an Error event that says nothing");
     });
-    for (LockManager* locker : {&manager, &sweeper}) {
+    for (LockManager* locker : {&manager, &staleLocks}) {
         locker->connectionString = connectionString;
         locker->mdbMode = false;
         locker->username = name;
@@ -36,8 +36,8 @@ Author::Author(int number, const Text& connectionString)
         });
     }
     manager.lockDisplayType = ldtUserLocks;
-    sweeper.lockDisplayType = ldtInvalidLocks;
-    sweeper.isAdministrator = true;
+    staleLocks.lockDisplayType = ldtInvalidLocks;
+    staleLocks.isAdministrator = true;
 }
 
 void Author::ReportFault(const std::string& what) {
@@ -70,7 +70,7 @@ bool Author::Work() {
     if (!FinishPending() || !LoadTree()) return false;
     EditTree();
     if (!SaveTree() || !EditPages() || !TakeLock() || !ListLocks() || !ClearLocks()) return false;
-    if (name == u"author0" && !SweepLocks()) return false;
+    if (name == u"author0" && !DeleteStaleLocks()) return false;
     ++rounds;
     return true;
 }
@@ -288,22 +288,22 @@ bool Author::ClearLocks() {
     return false;
 }
 
-bool Author::SweepLocks() {
+bool Author::DeleteStaleLocks() {
     return Reports(u"Refresh",
                    [this] {
-                       sweeper.Refresh();
+                       staleLocks.Refresh();
                        return received.empty();
                    }) &&
            Reports(u"DeleteSelected", [this] {
-               for (size_t item = 0; item < sweepList->Items().size(); ++item) sweepList->SetSelected(item, true);
-               sweeper.DeleteSelected();
+               for (size_t item = 0; item < staleList->Items().size(); ++item) staleList->SetSelected(item, true);
+               staleLocks.DeleteSelected();
                if (received == u"Refresh") received = u"DeleteSelected"; // it was deleted, and cannot be shown
                return received.empty();
            });
 }
 
 void Author::Verify() {
-    if (!LoadTree() || !ListLocks() || !SweepLocks() || !ListLocks())
+    if (!LoadTree() || !ListLocks() || !DeleteStaleLocks() || !ListLocks())
         ReportFault("the server does not work at the end");
     for (const auto& [session, lock] : locks) {
         if (!rows.contains(lock.lessonID)) ReportFault("a lock on a lesson that is gone cannot be cleared");
@@ -324,7 +324,7 @@ void Author::Verify() {
 void Author::ReleaseAll() {
     editor->Clear();
     pageEditor->SetLesson(nullptr);
-    for (const auto& shown : {list, sweepList}) shown->ClearItems();
+    for (const auto& shown : {list, staleList}) shown->ClearItems();
 }
 
 } // namespace dax::soak

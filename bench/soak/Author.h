@@ -73,14 +73,14 @@ private:
     bool TakeLock();
     bool ListLocks();
     bool ClearLocks();
-    bool SweepLocks();
+    bool DeleteStaleLocks();
 
     Text name, connectionString;
     std::mt19937 random;
     std::shared_ptr<GroupEditor> editor = GroupEditor::Create();
     std::shared_ptr<LessonMapEditor> pageEditor = LessonMapEditor::Create();
-    std::shared_ptr<ListModel> list = std::make_shared<ListModel>(), sweepList = std::make_shared<ListModel>();
-    LockManager manager{list}, sweeper{sweepList};
+    std::shared_ptr<ListModel> list = std::make_shared<ListModel>(), staleList = std::make_shared<ListModel>();
+    LockManager manager{list}, staleLocks{staleList};
     Text received; // the methods named by the Error events of the running call
 
     std::map<Text, Row> rows;

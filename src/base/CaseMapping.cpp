@@ -78,7 +78,7 @@ Text ExpandLigatures(TextView text) {
     Text expanded;
     for (const char16_t unit : text) {
         const auto row = std::lower_bound(std::begin(ligatures), std::end(ligatures), unit,
-                                          [](const Ligature& each, char16_t wanted) { return each.unit < wanted; });
+                                          [](const Ligature& each, char16_t other) { return each.unit < other; });
         if (row != std::end(ligatures) && row->unit == unit)
             expanded += row->letters;
         else

@@ -191,7 +191,7 @@ char16_t ComposeTwo(char16_t letter, char16_t mark) {
         IsWithin(mark, beforeTrail + 1, trails - 1))
         return static_cast<char16_t>(letter + (mark - beforeTrail));
     const auto row = std::lower_bound(std::begin(table), std::end(table), mark,
-                                      [](const Composites& each, char16_t wanted) { return each.mark < wanted; });
+                                      [](const Composites& each, char16_t requested) { return each.mark < requested; });
     if (row == std::end(table) || row->mark != mark) return 0;
     const size_t place = PlaceIn(row->letters, letter);
     return place == TextView::npos ? u'\0' : row->composed[place];

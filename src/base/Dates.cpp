@@ -19,10 +19,10 @@ bool ReadTime(TextReader& reader, DateTime& date) {
         if (!reader.Number(date.second, 1, 2)) return false;
         if (reader.Unit(u'.') && !ReadFraction(reader, date.fraction)) return false;
     }
-    const bool morning = reader.Word(u"AM");
-    if (morning || reader.Word(u"PM")) {
+    const bool isMorning = reader.Word(u"AM");
+    if (isMorning || reader.Word(u"PM")) {
         if (date.hour < 1 || date.hour > 12) return false;
-        date.hour = date.hour % 12 + (morning ? 0 : 12);
+        date.hour = date.hour % 12 + (isMorning ? 0 : 12);
     }
     return date.hour < 24 && date.minute < 60 && date.second < 60;
 }
@@ -30,8 +30,8 @@ bool ReadTime(TextReader& reader, DateTime& date) {
 bool IsCalendarDay(const DateTime& date) {
     static constexpr int lengths[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     if (date.month < 1 || date.month > 12) return false;
-    const bool leap = (date.year % 4 == 0 && date.year % 100 != 0) || date.year % 400 == 0;
-    return date.day >= 1 && date.day <= lengths[date.month - 1] + (date.month == 2 && leap ? 1 : 0);
+    const bool isLeapYear = (date.year % 4 == 0 && date.year % 100 != 0) || date.year % 400 == 0;
+    return date.day >= 1 && date.day <= lengths[date.month - 1] + (date.month == 2 && isLeapYear ? 1 : 0);
 }
 
 } // namespace

@@ -36,7 +36,7 @@ double DateSerial(const DateTime& date) {
 }
 
 std::optional<double> NumberOf(const Value& value) {
-    if (const auto* truth = std::get_if<bool>(&value)) return *truth ? -1 : 0;
+    if (const auto* boolean = std::get_if<bool>(&value)) return *boolean ? -1 : 0;
     if (const auto* number = std::get_if<double>(&value)) return *number;
     if (const auto* text = std::get_if<Text>(&value)) return ReadLong(*text);
     if (const auto* date = std::get_if<DateTime>(&value)) return DateSerial(*date);
@@ -221,7 +221,7 @@ int32_t VariantToLong(const Value& value, int32_t defaultValue) {
 
 Text VariantToString(const Value& value, const Text& defaultValue) {
     if (const auto* text = std::get_if<Text>(&value)) return *text;
-    if (const auto* truth = std::get_if<bool>(&value)) return *truth ? u"True" : u"False";
+    if (const auto* boolean = std::get_if<bool>(&value)) return *boolean ? u"True" : u"False";
     if (const auto* whole = std::get_if<int64_t>(&value)) return ToText(*whole);
     if (const auto* number = std::get_if<double>(&value)) {
         return std::isfinite(*number) ? NumberText(*number) : defaultValue;

@@ -49,11 +49,11 @@ HRESULT ConnectionPoint::GetConnectionPointContainer(IConnectionPointContainer**
 HRESULT ConnectionPoint::Advise(IUnknown* sink, DWORD* cookie) {
     if (cookie) *cookie = 0;
     if (!sink || !cookie) return E_POINTER;
-    ComPtr<IUnknown> wanted = Query<IUnknown>(sink, sinkInterface);
-    if (!wanted && kind == Kind::Events) wanted = Query<IUnknown>(sink, IID_IDispatch);
-    if (!wanted) return CONNECT_E_CANNOTCONNECT;
+    ComPtr<IUnknown> requested = Query<IUnknown>(sink, sinkInterface);
+    if (!requested && kind == Kind::Events) requested = Query<IUnknown>(sink, IID_IDispatch);
+    if (!requested) return CONNECT_E_CANNOTCONNECT;
     try {
-        connections.push_back({++lastCookie, std::move(wanted)});
+        connections.push_back({++lastCookie, std::move(requested)});
     } catch (...) {
         return E_OUTOFMEMORY;
     }

@@ -17,12 +17,12 @@ ComPtr<ITypeInfo> DefaultSource(IUnknown* object) {
         return {};
     const UINT count = attributes->cImplTypes;
     coclass->ReleaseTypeAttr(attributes);
-    constexpr INT wanted = IMPLTYPEFLAG_FDEFAULT | IMPLTYPEFLAG_FSOURCE;
+    constexpr INT requested = IMPLTYPEFLAG_FDEFAULT | IMPLTYPEFLAG_FSOURCE;
     for (UINT i = 0; i < count; ++i) {
         INT flags = 0;
         HREFTYPE reference = 0;
         ComPtr<ITypeInfo> source;
-        if (SUCCEEDED(coclass->GetImplTypeFlags(i, &flags)) && (flags & wanted) == wanted &&
+        if (SUCCEEDED(coclass->GetImplTypeFlags(i, &flags)) && (flags & requested) == requested &&
             SUCCEEDED(coclass->GetRefTypeOfImplType(i, &reference)) &&
             SUCCEEDED(coclass->GetRefTypeInfo(reference, source.Out())))
             return source;
@@ -35,7 +35,7 @@ ComPtr<ITypeInfo> DefaultSource(IUnknown* object) {
 EventSink::EventSink(const IID& iid, ComPtr<ITypeInfo> description, EventHandler handler)
     : iid(iid), description(std::move(description)), handler(std::move(handler)) {}
 
-void* EventSink::Find(REFIID wanted) { return DispatchObject::Find(wanted == iid ? IID_IDispatch : wanted); }
+void* EventSink::Find(REFIID requested) { return DispatchObject::Find(requested == iid ? IID_IDispatch : requested); }
 
 HRESULT EventSink::Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*, EXCEPINFO*, UINT*) {
     if (!parameters) return E_POINTER;

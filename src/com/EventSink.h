@@ -33,7 +33,7 @@ public:
                         UINT*) override;
 
 private:
-    void* Find(REFIID wanted) override;
+    void* Find(REFIID requested) override;
 
     const IID iid;
     const ComPtr<ITypeInfo> description;

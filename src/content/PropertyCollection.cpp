@@ -5,23 +5,23 @@
 
 namespace dax {
 
-const DefaultPropertyCollection::Property* DefaultPropertyCollection::Find(TextView wanted) const {
+const DefaultPropertyCollection::Property* DefaultPropertyCollection::Find(TextView requested) const {
     for (const Property& property : properties) {
-        if (EqualNoCase(property.name, wanted)) return &property;
+        if (EqualNoCase(property.name, requested)) return &property;
     }
     return nullptr;
 }
 
-Value DefaultPropertyCollection::GetValue(TextView wanted, const Value& defaultValue) const {
-    const Property* const property = Find(wanted);
+Value DefaultPropertyCollection::GetValue(TextView requested, const Value& defaultValue) const {
+    const Property* const property = Find(requested);
     return property ? property->value : defaultValue;
 }
 
-void DefaultPropertyCollection::SetValue(TextView wanted, const Value& value) {
-    if (const Property* const property = Find(wanted)) {
+void DefaultPropertyCollection::SetValue(TextView requested, const Value& value) {
+    if (const Property* const property = Find(requested)) {
         properties[static_cast<size_t>(property - properties.data())].value = value;
     } else {
-        properties.push_back({Text(wanted), value});
+        properties.push_back({Text(requested), value});
     }
 }
 

@@ -44,7 +44,7 @@ private:
         Value value;
     };
     // Few properties: looked for one by one.
-    const Property* Find(TextView wanted) const;
+    const Property* Find(TextView requested) const;
 
     Text name;
     std::vector<Property> properties;

@@ -113,8 +113,8 @@ void WriteValue(Text& text, TextView name, const Value& value) {
     if (!name.empty() && name.front() == u'[') text += u'\\'; // it is no heading
     WriteEscaped(text, name, u'=');
     text += u'=';
-    if (const auto* truth = std::get_if<bool>(&value)) {
-        text += *truth ? u"true" : u"false";
+    if (const auto* boolean = std::get_if<bool>(&value)) {
+        text += *boolean ? u"true" : u"false";
     } else if (const auto* whole = std::get_if<int64_t>(&value)) {
         text += ToText(*whole);
     } else if (const auto* number = std::get_if<double>(&value)) {

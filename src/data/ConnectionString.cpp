@@ -150,8 +150,8 @@ Text ServerIn(const ConnectionKeywords& keywords) {
 
 // Encrypting as the provider would: the newest one by default, the older ones on request.
 Text Encryption(const ConnectionKeywords& host, TextView provider, TextView driver) {
-    const Text asked = host.Last({u"Use Encryption for Data", u"Encrypt"});
-    if (EqualNoCase(asked, u"strict")) {
+    const Text encrypt = host.Last({u"Use Encryption for Data", u"Encrypt"});
+    if (EqualNoCase(encrypt, u"strict")) {
         if (driver != newestServerDriver)
             Refuse(u"\"Encrypt=Strict\" needs \"" + Text(newestServerDriver) + u"\". " +
                    Text(DialectOf(Engine::SQLServer).howToGetDriver));
@@ -159,7 +159,7 @@ Text Encryption(const ConnectionKeywords& host, TextView provider, TextView driv
     }
     constexpr TextView family = u"msoledbsql";
     const int generation = provider.starts_with(family) ? ToNumber(provider.substr(family.size(), 2), 0) : 0;
-    return IsTrue(asked) || (asked.empty() && generation >= 19) ? u"yes" : u"no";
+    return IsTrue(encrypt) || (encrypt.empty() && generation >= 19) ? u"yes" : u"no";
 }
 
 ConnectionTarget SQLServerTarget(const ConnectionKeywords& host, TextView provider, const Machine& machine) {

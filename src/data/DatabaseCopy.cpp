@@ -22,8 +22,8 @@ struct CopyRules {
     TextView lastGenerated;   // the last number of velmoraAutonumbers; NULL or an error where it is unknown
     TextView generateAbove;   // makes it draw above the number that is put in the place of "?"; empty where a row does
     TextView beforeRows = {}, afterRows = {}; // let numbers be given to it
-    TextView steadyOrder = {};                // a table that is read twice comes in the same order
-    bool comesByKey = false;                  // rows come in the order of their key, wherever they were put
+    TextView stableOrder = {};                // a table that is read twice comes in the same order
+    bool isOrderedByKey = false;              // rows come in the order of their key, wherever they were put
 };
 
 namespace {
@@ -218,7 +218,7 @@ void DatabaseCopy::ReadSource() {
     sourceRules = &RulesOf(source.Kind());
     for (const TextView statement : sourceRules->beginReading)
         if (!statement.empty()) source.Execute(Text(statement));
-    if (!sourceRules->steadyOrder.empty()) source.Execute(Text(sourceRules->steadyOrder));
+    if (!sourceRules->stableOrder.empty()) source.Execute(Text(sourceRules->stableOrder));
     source.BeginTrans();
     const std::vector<Text> names = source.Opened().TableNames();
     for (const Schema::Database kind : {Schema::Database::Content, Schema::Database::Connector}) {
@@ -252,8 +252,8 @@ void DatabaseCopy::ReadSource() {
 void DatabaseCopy::ReadTarget() {
     target.Open(to.connectionString);
     targetRules = &RulesOf(target.Kind());
-    if (!targetRules->steadyOrder.empty()) target.Execute(Text(targetRules->steadyOrder));
-    Schema::RequireBlindNames(target);
+    if (!targetRules->stableOrder.empty()) target.Execute(Text(targetRules->stableOrder));
+    Schema::RequireCaseInsensitiveNames(target);
     const std::vector<Text> names = target.Opened().TableNames();
     for (const Schema::Database kind : {Schema::Database::Content, Schema::Database::Connector}) {
         if (!(kind == Schema::Database::Content ? HasContent() : HasConnector())) continue;
@@ -350,7 +350,7 @@ void DatabaseCopy::AdvanceGenerator(const CopiedTable& copied) {
 // Where the target gives rows by their key, the source does, so that both come in one order.
 TableReader DatabaseCopy::ReaderOfSource(const CopiedTable& copied) {
     return {source.Opened(), *copied.table, Text(copied.table->name),
-            targetRules->comesByKey ? TableReader::Order::ByKey : TableReader::Order::AsStored};
+            targetRules->isOrderedByKey ? TableReader::Order::ByKey : TableReader::Order::AsStored};
 }
 
 void DatabaseCopy::Compare(const CopiedTable& copied, const std::function<void()>& next) {

@@ -95,8 +95,8 @@ public:
         for (Row one = next(nextOfSource), other = next(nextOfTarget); !one.empty() || !other.empty();
              one = one.empty() ? one : next(nextOfSource), other = other.empty() ? other : next(nextOfTarget)) {
             if (!one.empty() && !other.empty() && AreEqual(one, other)) continue;
-            if (!one.empty()) Meet(one, source, target);
-            if (!other.empty()) Meet(other, target, source);
+            if (!one.empty()) Match(one, source, target);
+            if (!other.empty()) Match(other, target, source);
             if (units > maxUnits && parts < maxParts) return false;
         }
         return true;
@@ -126,7 +126,7 @@ private:
         return hash;
     }
 
-    void Meet(Row row, Side& own, Side& others) {
+    void Match(Row row, Side& own, Side& others) {
         const uint64_t hash = Hash(row, false);
         const auto [begin, end] = others.rows.equal_range(hash);
         const auto same =

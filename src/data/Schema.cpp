@@ -159,7 +159,7 @@ std::vector<Text> CreateStatements(const Table& table, Engine engine, TextView n
     return statements;
 }
 
-void RequireBlindNames(Connection& connection) {
+void RequireCaseInsensitiveNames(Connection& connection) {
     if (connection.Kind() != Engine::MariaDB) return;
     Recordset setting;
     setting.Open(u"SELECT @@lower_case_table_names AS blind", connection);

@@ -42,7 +42,7 @@ std::vector<Text> CreateStatements(const Table& table, Engine engine, TextView n
 
 // The documented statements spell one table in two ways. Throws Error for a server whose table names are
 // case-sensitive.
-void RequireBlindNames(Connection& connection);
+void RequireCaseInsensitiveNames(Connection& connection);
 
 // The same as a script: with a heading, each statement ended by a semicolon.
 Text Script(Database database, Engine engine);

@@ -95,24 +95,24 @@ TableReader::ReadMode TableReader::ReadModeOf(Session& session, const std::vecto
 }
 
 bool TableReader::Next() {
-    if (mode != ReadMode::Whole && got == asked) OpenPortion();
+    if (mode != ReadMode::Whole && got == limit) OpenPortion();
     if (!statement->Next()) return false;
     ++got;
     for (size_t i = 0; i < row.size(); ++i) {
         row[i] = ReadField(*statement, i, columns[i].type);
         units += row[i].text.size();
     }
-    if (mode == ReadMode::ByKey && got == asked) lastKey = statement->FieldText(keyColumn);
+    if (mode == ReadMode::ByKey && got == limit) lastKey = statement->FieldText(keyColumn);
     return true;
 }
 
 // As many rows as will probably fit into the memory that is meant for them.
 void TableReader::OpenPortion() {
-    const size_t most = got == 0 ? firstPortion : std::min(maxRowsOfPortion, asked * 2);
-    asked = std::clamp<size_t>(got == 0 ? most : unitsAtATime / (units / got + 1), 1, most);
+    const size_t most = got == 0 ? firstPortion : std::min(maxRowsOfPortion, limit * 2);
+    limit = std::clamp<size_t>(got == 0 ? most : unitsAtATime / (units / got + 1), 1, most);
     before += got;
     got = units = 0;
-    const Text count = ToText(static_cast<long long>(asked));
+    const Text count = ToText(static_cast<long long>(limit));
     if (mode == ReadMode::Cursor)
         statement->Execute(u"FETCH FORWARD " + count + u" FROM dax_rows");
     else if (mode == ReadMode::ByKey)

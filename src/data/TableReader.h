@@ -35,7 +35,7 @@ private:
     ReadMode mode;
     std::vector<RowField> row;
     Text lastKey;
-    size_t asked = 0, got = 0, units = 0, before = 0; // rows and units of this portion, rows of those before
+    size_t limit = 0, got = 0, units = 0, before = 0; // rows and units of this portion, rows of those before
 };
 
 } // namespace dax

@@ -264,8 +264,8 @@ void GroupEditor::Fail(const char16_t* method) {
 void GroupEditor::ReadProperties(PropertyBag& bag) {
     const auto read = [&bag](const char16_t* name, bool defaultValue) {
         const Value value = bag.ReadProperty(name, defaultValue);
-        const bool* const truth = std::get_if<bool>(&value);
-        return truth ? *truth : defaultValue;
+        const bool* const boolean = std::get_if<bool>(&value);
+        return boolean ? *boolean : defaultValue;
     };
     allowDragDrop = read(u"AllowDragDrop", true);
     isLocked = read(u"Locked", false);

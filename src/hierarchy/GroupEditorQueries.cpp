@@ -37,7 +37,7 @@ IDCollection GroupEditor::GetChildLessonIDCollection(const Text& lessonID) const
 }
 
 Text GroupEditor::FindLesson(const Text& text, FindTypes, bool wrapAround) {
-    const Text wanted = FoldCase(text);
+    const Text requested = FoldCase(text);
     const Node* const start = tree.Selected() ? tree.Selected() : tree.First();
     for (const Node* node = modTVW::GetNextNode(start); node != start; node = modTVW::GetNextNode(node)) {
         if (!node) {
@@ -47,7 +47,7 @@ Text GroupEditor::FindLesson(const Text& text, FindTypes, bool wrapAround) {
         }
         if (!node->Parent()) continue;
         for (const Text& field : {node->Caption(), node->Tag(), node->Key()}) {
-            if (FoldCase(field).find(wanted) == Text::npos) continue;
+            if (FoldCase(field).find(requested) == Text::npos) continue;
             const Text found = node->Key();
             SetCurrentLessonID(found);
             return found;

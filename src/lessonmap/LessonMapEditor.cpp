@@ -83,7 +83,7 @@ void LessonMapEditor::SetLesson(std::shared_ptr<dax::Lesson> newLesson) {
         }
         isRepaired = Build();
         const Text record = newLesson->CurrentSBID();
-        SelectQuietly(record.empty() ? sbidBefore : record);
+        SelectWithoutEvents(record.empty() ? sbidBefore : record);
         if (isRepaired) SaveLayouts();
     }
     if (isRepaired && IsCurrentLesson(newLesson)) Raise(MapChanged, mctMapsInitialized);
@@ -91,7 +91,7 @@ void LessonMapEditor::SetLesson(std::shared_ptr<dax::Lesson> newLesson) {
 }
 
 // The lesson's record of a storyboard that no node shows stays as it is.
-void LessonMapEditor::SelectQuietly(const Text& sbid) {
+void LessonMapEditor::SelectWithoutEvents(const Text& sbid) {
     const Node* const node = tree->Find(sbid);
     if (!node || !node->Parent()) return;
     tree->Select(tree->Find(sbid));
@@ -119,17 +119,17 @@ void LessonMapEditor::SetCurrentSBID(const Text& sbid) {
     const auto self = shared_from_this();
     const DepthGuard guard(depth);
     const LessonRef was = lesson;
-    const Text wanted = sbid;
+    const Text requested = sbid;
     if (!was) return;
     const auto find = [&] {
-        Node* const node = tree->Find(wanted);
+        Node* const node = tree->Find(requested);
         return node && node->Parent() ? node : nullptr;
     };
-    if (!wanted.empty() && !find()) return;
-    was->SetCurrentSBID(wanted);
+    if (!requested.empty() && !find()) return;
+    was->SetCurrentSBID(requested);
     if (!IsCurrentLesson(was)) return;
     Node* const node = find();
-    if (node || wanted.empty()) tree->Select(node); // notifies the host through the subclasser
+    if (node || requested.empty()) tree->Select(node); // notifies the host through the subclasser
 }
 
 void LessonMapEditor::RecordSelection() {
@@ -205,7 +205,7 @@ void LessonMapEditor::SetShowDefaultMapOnly(bool isOnly) {
     const NotificationGuard silence(*this);
     Build();
     // The current page may have been in a map that was hidden.
-    SelectQuietly(was->CurrentSBID());
+    SelectWithoutEvents(was->CurrentSBID());
 }
 
 void LessonMapEditor::ReadProperties(PropertyBag& bag) {

@@ -117,7 +117,7 @@ private:
     void SaveLayouts() const;
     template <typename Action>
     void KeepEdit(const Action& edit);
-    void SelectQuietly(const Text& sbid);
+    void SelectWithoutEvents(const Text& sbid);
     void ShowSelected(); // its row comes into view
     void SetAllChecks(bool checked);
     void FreezeDisplay(bool frozen);

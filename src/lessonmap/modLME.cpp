@@ -33,7 +33,7 @@ Appearance AppearanceOf(const Storyboard& storyboard, LessonMapEditorCaptionStyl
 class Criteria {
 public:
     Criteria(const Text& text, FindTypes findType, bool exactMatch)
-        : wanted(exactMatch ? LowerCase(text) : FoldCase(text)), findType(findType), exactMatch(exactMatch) {}
+        : requested(exactMatch ? LowerCase(text) : FoldCase(text)), findType(findType), exactMatch(exactMatch) {}
 
     bool Match(const Storyboard& storyboard) const {
         return (IsSearched(ftTitle) && MatchField(storyboard.Title())) ||
@@ -46,10 +46,10 @@ private:
     bool IsSearched(FindTypes field) const { return (findType | field) != 0; }
     bool MatchField(const Text& field) const {
         // An exact match is of lower-cased texts and no more: "ß" and "SS" differ.
-        return exactMatch ? LowerCase(field) == wanted : FoldCase(field).find(wanted) != Text::npos;
+        return exactMatch ? LowerCase(field) == requested : FoldCase(field).find(requested) != Text::npos;
     }
 
-    Text wanted;
+    Text requested;
     FindTypes findType;
     bool exactMatch;
 };

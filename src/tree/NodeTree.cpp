@@ -204,18 +204,18 @@ void NodeTree::CheckKey(TextView key, uint32_t hash) const {
 
 // No ancestor of the selected node is collapsed: either they expand, or the topmost collapsed one is selected.
 void NodeTree::FixSelection() {
-    const Fix wanted = std::exchange(fix, Fix::None);
-    if (!selected || wanted == Fix::None) return;
+    const Fix requested = std::exchange(fix, Fix::None);
+    if (!selected || requested == Fix::None) return;
     Node* topmost = nullptr;
     for (Node* node = selected->parent; node; node = node->parent) {
         if (node->isExpanded) continue;
         topmost = node;
-        if (wanted == Fix::Reveal) {
+        if (requested == Fix::Reveal) {
             node->isExpanded = true;
             Notify([&](TreeListener& listener) { listener.NodeChanged(*node, NodeAspect::Expanded); });
         }
     }
-    if (wanted == Fix::Rescue && topmost) selected = topmost;
+    if (requested == Fix::SelectCollapsed && topmost) selected = topmost;
 }
 
 void NodeTree::BeginUpdate() {
@@ -275,7 +275,7 @@ void Node::SetExpanded(bool expanded) {
     const TreeUpdate update(*tree);
     isExpanded = expanded;
     tree->Notify([&](TreeListener& listener) { listener.NodeChanged(*this, NodeAspect::Expanded); });
-    if (!expanded) tree->fix = NodeTree::Fix::Rescue;
+    if (!expanded) tree->fix = NodeTree::Fix::SelectCollapsed;
 }
 
 void Node::SetChecked(bool checked) {

@@ -51,7 +51,7 @@ public:
 private:
     friend class Node;
     friend class TreeUpdate;
-    enum class Fix { None, Reveal, Rescue };
+    enum class Fix { None, Reveal, SelectCollapsed };
 
     void Link(Node& node, Node* relative, Place place);
     void Unlink(Node& node);

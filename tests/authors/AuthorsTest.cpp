@@ -77,7 +77,7 @@ struct Log {
     int refusals = 0;
 };
 
-constexpr int wanted = 30; // saves of all authors
+constexpr int minSaves = 30; // saves of all authors
 
 void Work(const Text& connectionString, int number, std::atomic<int>& saves, Log& log) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(2);
@@ -86,7 +86,7 @@ void Work(const Text& connectionString, int number, std::atomic<int>& saves, Log
     editor.SetConnectionString(connectionString);
     editor.SetConflictCheck(true);
     std::mt19937 random(static_cast<unsigned>(number));
-    for (int round = 0; saves < wanted && std::chrono::steady_clock::now() < end; ++round) {
+    for (int round = 0; saves < minSaves && std::chrono::steady_clock::now() < end; ++round) {
         if (!editor.LoadDatabase()) continue;
         const IDCollection all = editor.GetChildLessonIDCollection(u"");
         const std::vector<Text> ids(all.begin(), all.end());
@@ -127,7 +127,7 @@ void FourAuthorsLoseNothing(const std::vector<Text>& connectionStrings) {
     }
     for (const auto& [id, row] : rows) marks += std::ranges::count(row.substr(0, row.find(u'|')), u'.');
     EXPECT_EQ(marks, saves) << "titles hold what no save reported as saved";
-    EXPECT_GE(saves, wanted);
+    EXPECT_GE(saves, minSaves);
     std::cout << saves << " saves, " << refusals << " refused\n";
 }
 

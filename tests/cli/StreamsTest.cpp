@@ -71,10 +71,10 @@ std::string Interrupt(const std::string& words, const std::string& mark, const s
 TEST(StreamsTest, CtrlCLeavesEverythingAsItWas) {
     const TempFolder folder;
     ASSERT_EQ(RunShell(folder.Path(), "$dax sample c.db --lessons 9000 && $dax sample a.db").exitCode, 0);
-    const auto asked = [&] {
+    const auto saved = [&] {
         return RunShell(folder.Path(), "$dax tree c.db --json | md5sum; $dax tree a.db --json | md5sum").output;
     };
-    const std::string before = asked(), insert = "INSERT INTO velmoraLessons", full = "trap '' XFSZ; ulimit -f 500; ";
+    const std::string before = saved(), insert = "INSERT INTO velmoraLessons", full = "trap '' XFSZ; ulimit -f 500; ";
     ExpectSaidIn(
         folder,
         {{Interrupt("sample new.db --lessons 9000", insert), 130, "\ndax sample: Interrupted. No file was made.\n"},
@@ -88,7 +88,7 @@ TEST(StreamsTest, CtrlCLeavesEverythingAsItWas) {
          {full + "$dax copy c.db a.db --force", 3, " Nothing was copied."},
          // Where nothing was begun, it ends at once.
          {Interrupt("tree \"Driver={None}\" --password-prompt", "Password:"), 130, ""}});
-    EXPECT_EQ(asked(), before);
+    EXPECT_EQ(saved(), before);
     EXPECT_EQ(CountFiles(folder), 2u);
 }
 

@@ -216,7 +216,7 @@ TEST_P(SilenceTest, AfterTheLogin) {
         connection.Execute(insert);
     };
     const struct {
-        const char *what, *consequence;
+        const char *what, *effect;
         bool isBegun; // before the server stops answering
         std::function<void(Connection&)> action;
     } cases[] = {
@@ -243,7 +243,7 @@ TEST_P(SilenceTest, AfterTheLogin) {
         if (c.isBegun) begin(connection);
         proxy.StopAnswering();
         const Failure error = ExpectTimeout([&] { c.action(connection); }, proxy);
-        EXPECT_TRUE(error.Mentions(c.consequence)) << error.what();
+        EXPECT_TRUE(error.Mentions(c.effect)) << error.what();
         EXPECT_FALSE(connection.InTransaction());
         const Failure later = FailureOf([&] { connection.Execute(insert); });
         EXPECT_TRUE(later.Number() == ErrorNumbers::Timeout && later.Mentions("given up") && later.seconds < 0.3)

@@ -25,8 +25,8 @@ std::span<const Target> Targets() {
 // Any exception that leaves it is a finding. Without a target named in the environment each is driven.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const char* const wanted = std::getenv("DAX_FUZZ_TARGET");
+    static const char* const requested = std::getenv("DAX_FUZZ_TARGET");
     for (const dax::fuzz::Target& target : dax::fuzz::Targets())
-        if (!wanted || std::string(target.name) == wanted) target.drive({data, size});
+        if (!requested || std::string(target.name) == requested) target.drive({data, size});
     return 0;
 }

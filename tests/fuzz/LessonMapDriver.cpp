@@ -231,9 +231,9 @@ private:
         const int part = bytes.Below(2) ? 20 : static_cast<int>(bytes.Below(100));
         const bool isCancelled = bytes.Below(8) == 7;
         const bool isDrag = control->AllowDragDrop() && !control->Locked() && from->Parent();
-        const bool isForetold = !isDrag || isCancelled || (part == 20 && to->Parent());
+        const bool isPredicted = !isDrag || isCancelled || (part == 20 && to->Parent());
         if (isDrag) model.selected = from->Key();
-        if (isDrag && isForetold && !isCancelled && !callsBack && model.Drop(from->Key(), to->Key())) expected = "2";
+        if (isDrag && isPredicted && !isCancelled && !callsBack && model.Drop(from->Key(), to->Key())) expected = "2";
         const Point way[] = {window.At(*from), window.At(*from, 95), window.At(*to, part)};
         window.MoveTo(way[0]);
         control->OnMouseDown(MouseButton::Left);
@@ -244,7 +244,7 @@ private:
         if (control && isCancelled) control->OnKeyPress(27);
         if (control) control->OnMouseUp(MouseButton::Left);
         if (expected.empty()) expected = events; // a drop on its own place may be reported, too
-        return isForetold ? Known::All : Known::Nothing;
+        return isPredicted ? Known::All : Known::Nothing;
     }
 
     void Check() const {

@@ -97,7 +97,7 @@ TEST_F(EditorOnFile, Questions) {
 TEST_F(EditorOnFile, Find) {
     editor->UpdateLesson(u"b", u"\u01AFU TI\u00CAN", u"K\u00FCrzel", ltLesson);
     const struct {
-        Text from, wanted;
+        Text from, requested;
         bool wraps;
         Text found;
     } cases[] = {
@@ -111,10 +111,10 @@ TEST_F(EditorOnFile, Find) {
         {u"unknown", u"velmora", true, u""},      // the database is no entry
         {u"", u"", false, u"g"},
     };
-    for (const auto& [from, wanted, wraps, found] : cases) {
+    for (const auto& [from, requested, wraps, found] : cases) {
         editor->SetCurrentLessonID(from);
         const Text selected = editor->CurrentLessonID();
-        EXPECT_EQ(editor->FindLesson(wanted, ftID, wraps), found) << ToUtf8(wanted);
+        EXPECT_EQ(editor->FindLesson(requested, ftID, wraps), found) << ToUtf8(requested);
         EXPECT_EQ(editor->CurrentLessonID(), found.empty() ? selected : found);
     }
     editor->Clear();

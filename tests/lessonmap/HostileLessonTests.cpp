@@ -222,7 +222,7 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
              if (editor) editor->OnMouseUp(MouseButton::Left);
          }},
     };
-    int disturbed = 0;
+    int faultCount = 0;
     for (const auto& [operation, run] : operations) {
         for (const auto& [action, act, isLasting] : actions) {
             for (int call = 0; call == 0 || faults.done > 0; ++call) {
@@ -236,11 +236,11 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
                 }
                 ASSERT_NO_FATAL_FAILURE(ExpectUsable());
                 ASSERT_LT(call, 200);
-                ++disturbed;
+                ++faultCount;
             }
         }
     }
-    EXPECT_GT(disturbed, 3000);
+    EXPECT_GT(faultCount, 3000);
 }
 
 TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
@@ -311,13 +311,13 @@ TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
 
 // What a hidden map does with the tree of its own in which it is edited.
 TEST_F(HostileLesson, HiddenMapsLeaveTheirRootAlone) {
-    void (*const disturb[])(NodeTree&) = {
+    void (*const changes[])(NodeTree&) = {
         [](NodeTree& nodes) { nodes.Add(nullptr, Place::After, u"x"); },
         [](NodeTree& nodes) { nodes.Add(nullptr, Place::Before, u"x"); },
         [](NodeTree& nodes) { nodes.Move(*nodes.First(), &nodes.Add(nullptr, Place::After, u"x"), Place::FirstChild); },
         [](NodeTree& nodes) { nodes.First()->SetKey(u"x"); },
     };
-    for (const auto act : disturb) {
+    for (const auto act : changes) {
         Begin();
         editor->SetShowDefaultMapOnly(true);
         odd->second->onFill = [act](MapTree& nodes, auto) { act(dynamic_cast<NodeMapTree&>(nodes).Nodes()); };

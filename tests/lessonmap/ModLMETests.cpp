@@ -52,7 +52,7 @@ TEST_F(LessonMap, IsBuiltWithTheDefaultMapFirstAndRepaired) {
 }
 
 TEST_F(LessonMap, CaptionsAndPictures) {
-    const Text smiley = u"\U0001F642";
+    const Text pair = u"\U0001F642";
     const struct {
         Text title, identifier, type;
         Text byTitle, byIdentifier, picture;
@@ -60,8 +60,8 @@ TEST_F(LessonMap, CaptionsAndPictures) {
         {u"Welcome", u"W1", u"text", u"Welcome", u"W1", u"text"},
         {u"", u"", u"", u"(untitled)", u"(no identifier)", u"_undefined"},
         {Text(80, u'x'), Text(81, u'y'), u"VIDEO", Text(80, u'x'), Text(80, u'y') + u"...", u"video"},
-        {Text(79, u'x') + smiley, Text(78, u'x') + smiley + u"z", u"nobody", Text(79, u'x') + u"...",
-         Text(78, u'x') + smiley + u"...", u"_custom"},
+        {Text(79, u'x') + pair, Text(78, u'x') + pair + u"z", u"nobody", Text(79, u'x') + u"...",
+         Text(78, u'x') + pair + u"...", u"_custom"},
     };
     for (const auto& [title, identifier, type, byTitle, byIdentifier, picture] : cases) {
         const auto sample = MakeLesson("Main:");

@@ -51,12 +51,12 @@ protected:
     // A group of one lesson that fails on request.
     struct Group : KeyedCollection {
         bool HasKey(const Text& key) override {
-            ++asked;
+            ++calls;
             if (act) std::exchange(act, {})();
             return key == u"l2";
         }
         std::function<void()> act;
-        int asked = 0;
+        int calls = 0;
     };
 
     test::TestDatabase database{Engine::SQLite};
@@ -192,7 +192,7 @@ TEST_F(LockManagerTest, TheGroupIsQueriedRowByRowAndItsErrorsAreTrapped) {
     manager.lessonID = u"l1";
     for (const Text lesson : {u"l1", u"l2", u"g1"}) AddLock(lesson, u"'ann'", lltClosed, u"s1");
     manager.Refresh();
-    EXPECT_EQ(group->asked, 0) << "of no interest to the other display types";
+    EXPECT_EQ(group->calls, 0) << "of no interest to the other display types";
     manager.lockDisplayType = ldtGroupLocks;
     const auto fails = [] { throw Error(5, u"not now"); };
     const auto lacksMemory = [] { throw std::bad_alloc(); };
@@ -200,7 +200,7 @@ TEST_F(LockManagerTest, TheGroupIsQueriedRowByRowAndItsErrorsAreTrapped) {
         std::function<void()> act;
         int32_t answer;
         const char* error; // null for none
-        int asked;
+        int calls;
         const char* titles;
     } cases[] = {
         {{}, 0, nullptr, 2, "Birds|Ants"},
@@ -213,13 +213,13 @@ TEST_F(LockManagerTest, TheGroupIsQueriedRowByRowAndItsErrorsAreTrapped) {
     for (const auto& each : cases) {
         SCOPED_TRACE(&each - cases);
         group->act = each.act;
-        group->asked = 0;
+        group->calls = 0;
         errors.clear();
         answers = {each.answer};
         manager.Refresh();
         EXPECT_EQ(errors.size(), each.error ? 1u : 0u);
         EXPECT_THAT(errors, Each(HasSubstr(each.error ? each.error : "")));
-        EXPECT_EQ(group->asked, each.asked);
+        EXPECT_EQ(group->calls, each.calls);
         EXPECT_EQ(Column(u"title"), each.titles);
     }
     manager.KeyDown(116);

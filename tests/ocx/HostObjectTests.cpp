@@ -201,12 +201,12 @@ TEST_F(HostObjectTest, PicturesAreFoundByTheirKeys) {
         EXPECT_EQ(Call(Node(u"a"), L"Image").Long(), page);
     };
     const auto list = host.Of(nullptr), pictures = host.Of(nullptr), picture = host.Of(nullptr);
-    int asked = 0;
+    int index = 0;
     host.instead = [&](const std::string& member, const Arguments& arguments) -> std::optional<Variant> {
         if (member == "ListImages") return pictures;
         if (member == "Count") return 2;
-        if (member == "Key") return asked == 1 ? u"_custom" : u"_root";
-        if (member == "Item") return asked = arguments.at(0).Long(), picture;
+        if (member == "Key") return index == 1 ? u"_custom" : u"_root";
+        if (member == "Item") return index = arguments.at(0).Long(), picture;
         Variant value;
         value.vt = VT_I8;
         value.llVal = reinterpret_cast<INT_PTR>(images);

@@ -86,10 +86,10 @@ TEST_F(PanelTest, LessonInfoShowsEachKindAtTheLevelThatFits) {
         {u"", 1, 2, "Course|*content database|contains 2 groups|5 lessons|2  storyboards|*public"},
     };
     LessonInfo info;
-    FakeSurface roomy(1000);
+    FakeSurface tall(1000);
     for (auto [lessonID, level, gaps, lines] : cases) {
         LinesOf(info, lessonID);
-        const int before = MeasurePanel(roomy, info.Layout(std::max(level - 1, 1)));
+        const int before = MeasurePanel(tall, info.Layout(std::max(level - 1, 1)));
         FakeSurface surface(level == 1 ? before : before - 1);
         info.Paint(surface);
         EXPECT_EQ(Join(surface), lines);
@@ -98,7 +98,7 @@ TEST_F(PanelTest, LessonInfoShowsEachKindAtTheLevelThatFits) {
             EXPECT_EQ(line.flags, DrawTextFlags::Right | DrawTextFlags::EndEllipsis | DrawTextFlags::NoPrefix);
         }
         EXPECT_EQ(surface.drawn.back().place.top, 28 + static_cast<int>(surface.drawn.size() - 2) * 16 + gaps);
-        EXPECT_EQ(MeasurePanel(roomy, info.Layout(level)), surface.drawn.back().place.top + 16) << "as it is painted";
+        EXPECT_EQ(MeasurePanel(tall, info.Layout(level)), surface.drawn.back().place.top + 16) << "as it is painted";
         const size_t identifier = lines.find("|identifier: ");
         if (level > 1 || identifier == std::string::npos) continue;
         info.SetShowIdentifier(false);

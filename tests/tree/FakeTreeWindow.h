@@ -38,10 +38,10 @@ public:
         }
         return {nullptr, modTreeviewAPI::HitFlags::Nowhere};
     }
-    std::optional<Rect> RowRect(const Node& wanted) const override {
+    std::optional<Rect> RowRect(const Node& requested) const override {
         int row = 0;
         for (Node* node = tree.First(); node; node = modTreeviewAPI::NextVisible(*node), ++row) {
-            if (node == &wanted) return Rect{client.left, row * rowHeight, client.right, (row + 1) * rowHeight};
+            if (node == &requested) return Rect{client.left, row * rowHeight, client.right, (row + 1) * rowHeight};
         }
         return {};
     }

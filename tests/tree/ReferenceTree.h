@@ -65,8 +65,8 @@ public:
         while (!withChildren && !children[key].empty()) Place(Text(children[key].front()), parent, Index(key) + 1);
         const auto& siblings = children[parent];
         const size_t index = Index(key);
-        const Text heir = index + 1 < siblings.size() ? siblings[index + 1] : index > 0 ? siblings[index - 1] : parent;
-        if (std::find(gone.begin(), gone.end(), selected) != gone.end()) selected = heir;
+        const Text next = index + 1 < siblings.size() ? siblings[index + 1] : index > 0 ? siblings[index - 1] : parent;
+        if (std::find(gone.begin(), gone.end(), selected) != gone.end()) selected = next;
         Erase(key);
         return gone;
     }
@@ -80,10 +80,10 @@ public:
         if (movement == gmtIndent && index > 0) return {{siblings[index - 1], SIZE_MAX}};
         if (movement == gmtOutdent && !isTop) return {{parents.at(parent), Index(parent) + 1}};
         if ((movement != gmtUp && movement != gmtDown) || isTop) return {};
-        const auto& uncles = children.at(parents.at(parent));
+        const auto& parentSiblings = children.at(parents.at(parent));
         const size_t place = Index(parent);
-        if (movement == gmtUp && place > 0) return {{uncles[place - 1], SIZE_MAX}};
-        if (movement == gmtDown && place + 1 < uncles.size()) return {{uncles[place + 1], 0}};
+        if (movement == gmtUp && place > 0) return {{parentSiblings[place - 1], SIZE_MAX}};
+        if (movement == gmtDown && place + 1 < parentSiblings.size()) return {{parentSiblings[place + 1], 0}};
         return {};
     }
 

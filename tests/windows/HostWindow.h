@@ -57,8 +57,8 @@ public:
 
     // Without any input: pumps until the condition holds.
     static bool Await(const std::function<bool()>& condition) {
-        constexpr unsigned patience = 30'000; // milliseconds
-        const ULONGLONG end = GetTickCount64() + patience;
+        constexpr unsigned timeLimit = 30'000; // milliseconds
+        const ULONGLONG end = GetTickCount64() + timeLimit;
         while (!condition()) {
             if (GetTickCount64() > end) return false;
             MsgWaitForMultipleObjects(0, nullptr, FALSE, 100, QS_ALLINPUT);

@@ -91,8 +91,8 @@ TEST_P(Killed, AllOfItIsDoneOrNothing) {
                       table.name == TextView(u"velmoraLessons") ? u"61" : u"0")
                 << ToUtf8(table.name) << ", statement " << statement << " of the write test";
     }
-    const char* const wanted = std::getenv("DAX_KILLS"); // many more by hand
-    const int kills = wanted ? std::atoi(wanted) : 12;
+    const char* const requested = std::getenv("DAX_KILLS"); // many more by hand
+    const int kills = requested ? std::atoi(requested) : 12;
     std::mt19937 random(3);
     Text title = u"0", other = u"1";
     for (int kill = 0; kill < kills; ++kill) {

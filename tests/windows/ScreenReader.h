@@ -66,7 +66,7 @@ private:
 // The accessibility events of this process while it exists: the event, and the name of its element.
 class WinEvents {
 public:
-    explicit WinEvents(const ScreenReader& reader) : asked(reader) { current = this; }
+    explicit WinEvents(const ScreenReader& reader) : reader(reader) { current = this; }
     ~WinEvents() { UnhookWinEvent(hook); }
     WinEvents(const WinEvents&) = delete;
     WinEvents& operator=(const WinEvents&) = delete;
@@ -80,11 +80,11 @@ private:
                                  : event == EVENT_OBJECT_STATECHANGE ? "state "
                                  : event == EVENT_OBJECT_NAMECHANGE  ? "name "
                                                                      : nullptr;
-        if (word && child) current->received += word + current->asked.Name(child) + ", ";
+        if (word && child) current->received += word + current->reader.Name(child) + ", ";
         if (event == EVENT_OBJECT_REORDER) current->received += "order, ";
     }
 
-    const ScreenReader& asked;
+    const ScreenReader& reader;
     HWINEVENTHOOK hook = SetWinEventHook(EVENT_OBJECT_CREATE, EVENT_OBJECT_NAMECHANGE, nullptr, Record,
                                          GetCurrentProcessId(), GetCurrentThreadId(), WINEVENT_OUTOFCONTEXT);
     static inline WinEvents* current = nullptr;

@@ -71,13 +71,13 @@ public:
         if (part == RowPart::BehindWindow) point.x += 400;
         if (part == RowPart::AboveWindow) point.y = -15;
         if (part == RowPart::Below) point.y = label.bottom + 30;
-        const unsigned wanted = part == RowPart::Box      ? TVHT_ONITEMSTATEICON
-                                : part == RowPart::Button ? TVHT_ONITEMBUTTON
-                                                          : 0;
-        for (TVHITTESTINFO hit{}; wanted && point.x >= 0; --point.x) {
+        const unsigned requested = part == RowPart::Box      ? TVHT_ONITEMSTATEICON
+                                   : part == RowPart::Button ? TVHT_ONITEMBUTTON
+                                                             : 0;
+        for (TVHITTESTINFO hit{}; requested && point.x >= 0; --point.x) {
             hit.pt = point;
             Send(TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
-            if (!(hit.flags & wanted)) continue;
+            if (!(hit.flags & requested)) continue;
             point.x -= 3;
             break;
         }
@@ -235,7 +235,7 @@ struct LessonMapHost : TreeHostOf<LessonMapEditorWindow> {
 inline Act Click(TextView key, RowPart part = RowPart::Label) {
     return [=](TreeControlHost& host, UserInput& user) { user.Click(host.On(key, part)); };
 }
-inline Act Twice(TextView key, RowPart part = RowPart::Label) {
+inline Act Double(TextView key, RowPart part = RowPart::Label) {
     return [=](TreeControlHost& host, UserInput& user) { user.DoubleClick(host.On(key, part)); };
 }
 inline Act RightClick(TextView key) {

@@ -13,9 +13,9 @@ TEST(TreeInput, BoxesAreCheckedByBranchOneByOneAndByTheTopRow) {
         {"Ctrl+click", Holding({VK_CONTROL}, Click(u"c", RowPart::Box)), "de"},
         {"Space: the branch of the top row, whatever is selected", Type(VK_SPACE), "Aabcdef"},
         {"Space again", Type(VK_SPACE), ""},
-        {"double click on the caption", Twice(u"c"), "cde"},
-        {"Ctrl and double click on the box: there and back", Holding({VK_CONTROL}, Twice(u"c", RowPart::Box)), "cde"},
-        {"double click on the box: there and back", Twice(u"c", RowPart::Box), "cde"},
+        {"double click on the caption", Double(u"c"), "cde"},
+        {"Ctrl and double click on the box: there and back", Holding({VK_CONTROL}, Double(u"c", RowPart::Box)), "cde"},
+        {"double click on the box: there and back", Double(u"c", RowPart::Box), "cde"},
         {"click on a leaf", Click(u"h", RowPart::Box), "cdeh"},
     };
     LessonMapHost host(true);
@@ -59,7 +59,7 @@ TEST(TreeInput, KeysAndButtonsMeanWhatTheyShould) {
         {"down", Type(VK_DOWN), "selected b", "selected b"},
         {"Delete", Type(VK_DELETE), "delete", "delete"},
         {"Enter", Type(VK_RETURN), "", "double"},
-        {"double click", Twice(u"d"), "selected d, double", "selected d, double"},
+        {"double click", Double(u"d"), "selected d, double", "selected d, double"},
         {"the first row", Type(VK_HOME), "selected ", "selected "},
         {"Space", Type(VK_SPACE), "", ""},
     };
@@ -103,9 +103,9 @@ TEST(TreeInput, TheHostMayReleaseItDuringMouseInput) {
         Act act;
         bool isLocked = false;
     } cases[] = {
-        {false, "selected", Click(u"a")},     {false, "selected", Drag(u"d", u"a")}, // when the drag selects the entry
-        {false, "double", Twice(u"b"), true}, {false, "changed", Drag(u"f", u"a")},
-        {true, "menu", RightClick(u"b")},     {true, "checked", Click(u"c", RowPart::Box)},
+        {false, "selected", Click(u"a")},      {false, "selected", Drag(u"d", u"a")}, // when the drag selects the entry
+        {false, "double", Double(u"b"), true}, {false, "changed", Drag(u"f", u"a")},
+        {true, "menu", RightClick(u"b")},      {true, "checked", Click(u"c", RowPart::Box)},
         {true, "changed", Drag(u"f", u"a")},
     };
     const long living = WindowBase::LiveCount();

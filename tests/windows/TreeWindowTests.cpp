@@ -99,7 +99,7 @@ TEST(TreeWindow, FollowsWhatTheUserDoes) {
             else if (choice % 2 && node->FirstChild() && node->Parent())
                 host.Do(Click(node->Key(), RowPart::Button));
             else
-                host.Do(choice == 14 ? Twice(node->Key()) : Click(node->Key()));
+                host.Do(choice == 14 ? Double(node->Key()) : Click(node->Key()));
             host.ExpectMirror();
         }
     }

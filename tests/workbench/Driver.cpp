@@ -11,7 +11,7 @@ using namespace workbench;
 
 namespace {
 
-constexpr DWORD patience = 60'000; // milliseconds; only a fault uses them up
+constexpr DWORD timeLimit = 60'000; // milliseconds; only a fault uses them up
 
 struct Search {
     DWORD process; // which shows the window
@@ -61,21 +61,21 @@ Workbench::Workbench(const std::vector<std::wstring>& arguments, const std::file
 
 Workbench::~Workbench() {
     TerminateProcess(process.hProcess, 99);
-    WaitForSingleObject(process.hProcess, patience);
+    WaitForSingleObject(process.hProcess, timeLimit);
     CloseHandle(process.hProcess);
     CloseHandle(process.hThread);
 }
 
 int Workbench::ExitCode() {
     DWORD code = 0;
-    if (WaitForSingleObject(process.hProcess, patience) != WAIT_OBJECT_0 ||
+    if (WaitForSingleObject(process.hProcess, timeLimit) != WAIT_OBJECT_0 ||
         !GetExitCodeProcess(process.hProcess, &code))
         return -1;
     return static_cast<int>(code);
 }
 
 bool Workbench::Until(const std::function<bool()>& condition) {
-    const ULONGLONG end = GetTickCount64() + patience;
+    const ULONGLONG end = GetTickCount64() + timeLimit;
     while (!condition()) {
         if (GetTickCount64() > end) return false;
         // The wait is for the program's end, which would make the condition's coming impossible.

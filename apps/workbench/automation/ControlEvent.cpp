@@ -38,15 +38,15 @@ ControlEvent Described(const ReceivedEvent& received) {
 
 } // namespace
 
-std::wstring ControlEvent::Argument(const wchar_t* wanted) const {
+std::wstring ControlEvent::Argument(const wchar_t* requested) const {
     for (const EventArgument& argument : arguments)
-        if (argument.name == wanted) return DescribeValue(*argument.value);
+        if (argument.name == requested) return DescribeValue(*argument.value);
     return {};
 }
 
-void ControlEvent::Answer(const wchar_t* wanted, long value) const {
+void ControlEvent::Answer(const wchar_t* requested, long value) const {
     for (const EventArgument& argument : arguments) {
-        if (argument.name != wanted) continue;
+        if (argument.name != requested) continue;
         if (argument.value->vt == (VT_BYREF | VT_I4))
             *argument.value->plVal = value;
         else if (argument.value->vt == (VT_BYREF | VT_VARIANT))

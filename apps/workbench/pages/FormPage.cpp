@@ -45,9 +45,9 @@ HWND FormPage::Add(const wchar_t* className, const std::wstring& text, DWORD sty
 }
 
 HWND FormPage::AddLabel(const std::wstring& text, int id) {
-    const bool prose = id != idLabelDefault;
-    return Add(WC_STATICW, text, prose ? SS_LEFT | SS_NOPREFIX : SS_LEFT | SS_CENTERIMAGE, 0,
-               prose ? id : static_cast<int>(idLabel));
+    const bool isText = id != idLabelDefault;
+    return Add(WC_STATICW, text, isText ? SS_LEFT | SS_NOPREFIX : SS_LEFT | SS_CENTERIMAGE, 0,
+               isText ? id : static_cast<int>(idLabel));
 }
 
 HWND FormPage::AddEdit(int id, const std::wstring& hint) {
@@ -325,9 +325,9 @@ LRESULT FormPage::On(UINT message, WPARAM wParam, LPARAM lParam) {
         Command(LOWORD(wParam), HIWORD(wParam));
         return 0;
     case WM_NOTIFY: {
-        auto* wanted = reinterpret_cast<NMTTDISPINFOW*>(lParam);
-        if (wanted->hdr.code != TTN_GETDISPINFOW) break;
-        wanted->lpszText = const_cast<wchar_t*>(tools.Tip(static_cast<int>(wanted->hdr.idFrom)));
+        auto* requested = reinterpret_cast<NMTTDISPINFOW*>(lParam);
+        if (requested->hdr.code != TTN_GETDISPINFOW) break;
+        requested->lpszText = const_cast<wchar_t*>(tools.Tip(static_cast<int>(requested->hdr.idFrom)));
         return 0;
     }
     case WM_SETFOCUS:

@@ -106,10 +106,10 @@ void HierarchyPage::UndoOrRedo(bool isUndo) {
 }
 
 void HierarchyPage::Find() {
-    const std::wstring wanted = FieldText(idSearch);
-    if (wanted.empty()) return FocusField(idSearch);
+    const std::wstring requested = FieldText(idSearch);
+    if (requested.empty()) return FocusField(idSearch);
     Edit([&] {
-        const bool isFound = !Call(*editor, editorName, L"FindLesson", {wanted, everywhere, true}).Text().empty();
+        const bool isFound = !Call(*editor, editorName, L"FindLesson", {requested, everywhere, true}).Text().empty();
         ShowResult(isFound ? L"Found." : L"Nothing else is found.", isFound ? Tone::Good : Tone::Bad);
     });
 }

@@ -313,11 +313,11 @@ void LessonMapPage::Display(int tool) {
 }
 
 void LessonMapPage::Find() {
-    const std::wstring wanted = FieldText(idSearch);
-    if (wanted.empty()) return FocusField(idSearch);
+    const std::wstring text = FieldText(idSearch);
+    if (text.empty()) return FocusField(idSearch);
     EditLesson([&] {
         const std::wstring found =
-            Call(*editor, editorName, L"FindNextSBID", {wanted, everywhere, Checked(idExact), Checked(idWrap)}).Text();
+            Call(*editor, editorName, L"FindNextSBID", {text, everywhere, Checked(idExact), Checked(idWrap)}).Text();
         if (!found.empty()) Editor().Set(L"CurrentSBID", found);
         ShowResult(found.empty() ? L"Nothing else is found." : L"Found.", found.empty() ? Tone::Bad : Tone::Good);
     });

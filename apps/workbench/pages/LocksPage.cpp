@@ -151,7 +151,7 @@ void LocksPage::KeyReleased() {
     if (manager && HasFocus(idLocks) && !context.busy) ShowCounts();
 }
 
-void LocksPage::HandOver() {
+void LocksPage::ApplyFields() {
     const std::wstring source = TakeConnection();
     const Selection& selection = context.selection;
     const bool isChosen = !selection.lessonID.empty() && selection.source == source;
@@ -175,7 +175,7 @@ void LocksPage::List(bool rebuild) {
     Run([&] {
         ShowResult(L"Reading\u2026", Tone::Plain);
         hasFailed = false;
-        HandOver();
+        ApplyFields();
         Call(*manager, controlName, rebuild ? L"RebuildDisplay" : L"Refresh");
         ShowCounts();
         const bool isNone = Trim(FieldText(idConnection)).empty();

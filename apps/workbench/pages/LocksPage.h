@@ -35,7 +35,7 @@ private:
     void OnControlEvent(const ControlEvent& event);
     // Passes the fields to the control; its locks are read, and its columns rebuilt if requested.
     void List(bool rebuild);
-    void HandOver();
+    void ApplyFields();
     void Delete();
     void ShowCounts();
     HWND ListWindow() const; // inside the control

@@ -14,12 +14,12 @@ constexpr int captionsByTitle = 0;
 
 std::wstring ItemText(HWND tree, HTREEITEM item) {
     wchar_t text[260] = L"";
-    TVITEMW asked{};
-    asked.mask = TVIF_TEXT;
-    asked.hItem = item;
-    asked.pszText = text;
-    asked.cchTextMax = 260;
-    TreeView_GetItem(tree, &asked);
+    TVITEMW query{};
+    query.mask = TVIF_TEXT;
+    query.hItem = item;
+    query.pszText = text;
+    query.cchTextMax = 260;
+    TreeView_GetItem(tree, &query);
     return text;
 }
 
@@ -44,9 +44,9 @@ std::wstring Rows(HWND tree) {
 }
 
 std::wstring TitleOf(const wchar_t* id) {
-    const Text wanted(id, id + std::wstring(id).size());
+    const Text requested(id, id + std::wstring(id).size());
     for (const Entry& entry : Entries())
-        if (wanted == entry.id) return {entry.title, entry.title + Text(entry.title).size()};
+        if (requested == entry.id) return {entry.title, entry.title + Text(entry.title).size()};
     return {};
 }
 

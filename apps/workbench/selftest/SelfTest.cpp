@@ -12,9 +12,9 @@ namespace dax::workbench::selftest {
 
 namespace {
 
-constexpr int maxProcesses = 40;    // of one group, when one check after the other crashes
-constexpr DWORD silence = 600'000;  // milliseconds without a word, after which a process is ended
-constexpr DWORD lookInterval = 200; // milliseconds
+constexpr int maxProcesses = 40;           // of one group, when one check after the other crashes
+constexpr DWORD responseTimeout = 600'000; // milliseconds without a word, after which a process is ended
+constexpr DWORD pollInterval = 200;        // milliseconds
 
 std::wstring ProgramPath() {
     std::wstring path(32768, L'\0');
@@ -101,11 +101,11 @@ public:
         ResumeThread(process.hThread);
         size_t said = 0;
         ULONGLONG last = GetTickCount64();
-        while (WaitForSingleObject(process.hProcess, lookInterval) == WAIT_TIMEOUT) {
+        while (WaitForSingleObject(process.hProcess, pollInterval) == WAIT_TIMEOUT) {
             const size_t now = ReadBytes(record).size();
             if (now != said) last = GetTickCount64();
             said = now;
-            if (GetTickCount64() > last + silence) TerminateProcess(process.hProcess, WAIT_TIMEOUT);
+            if (GetTickCount64() > last + responseTimeout) TerminateProcess(process.hProcess, WAIT_TIMEOUT);
         }
         DWORD code = 0;
         GetExitCodeProcess(process.hProcess, &code);

@@ -293,8 +293,8 @@ bool Frame::PressDefault(const MSG& message) {
     const HWND page = Current()->Window();
     const int id = DefaultButton();
     if (id == 0 || !IsChild(page, message.hwnd)) return false;
-    const LRESULT wanted = SendMessageW(message.hwnd, WM_GETDLGCODE, VK_RETURN, reinterpret_cast<LPARAM>(&message));
-    if (wanted & DLGC_WANTALLKEYS) return false; // as of a list that is open
+    const LRESULT requested = SendMessageW(message.hwnd, WM_GETDLGCODE, VK_RETURN, reinterpret_cast<LPARAM>(&message));
+    if (requested & DLGC_WANTALLKEYS) return false; // as of a list that is open
     if (const HWND button = GetDlgItem(page, id); button && IsWindowEnabled(button)) Command(id, BN_CLICKED);
     return true;
 }

@@ -103,14 +103,14 @@ std::wstring ValueOf(const std::wstring& connection, const wchar_t* keys) {
     for (const wchar_t* key = keys; *key;) {
         const wchar_t* end = key;
         while (*end && *end != L'|') ++end;
-        const std::wstring wanted(key, end);
+        const std::wstring requested(key, end);
         for (size_t position = 0; position < connection.size();) {
             const size_t equals = connection.find(L'=', position);
             if (equals == std::wstring::npos) break;
             const std::wstring found = Trim(connection.substr(position, equals - position));
             position = equals + 1;
             const std::wstring value = TakeValue(connection, position);
-            if (SameKey(found, wanted)) return value;
+            if (SameKey(found, requested)) return value;
         }
         key = *end ? end + 1 : end;
     }

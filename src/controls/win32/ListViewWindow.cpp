@@ -317,15 +317,15 @@ void ListViewWindow::FillDisplay(LVITEMW& item) const {
 // Typed letters find a row by the beginning of its first cell. -1: there is none.
 LRESULT ListViewWindow::FindRow(const NMLVFINDITEMW& find) const {
     if (!(find.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL)) || !find.lvfi.psz) return -1;
-    const Text wanted = FromWide(find.lvfi.psz);
+    const Text requested = FromWide(find.lvfi.psz);
     const size_t count = model->Items().size();
     const size_t start = find.iStart < 0 ? 0 : static_cast<size_t>(find.iStart);
     for (size_t step = 0; step < count; ++step) {
         const size_t row = (start + step) % count;
         const TextView cell = model->Cell(row, 0);
-        const int length = static_cast<int>(std::min(cell.size(), wanted.size()));
-        if (cell.size() >= wanted.size() && CompareStringW(LOCALE_USER_DEFAULT, NORM_IGNORECASE, Units(cell), length,
-                                                           Wide(wanted), length) == CSTR_EQUAL)
+        const int length = static_cast<int>(std::min(cell.size(), requested.size()));
+        if (cell.size() >= requested.size() && CompareStringW(LOCALE_USER_DEFAULT, NORM_IGNORECASE, Units(cell), length,
+                                                              Wide(requested), length) == CSTR_EQUAL)
             return static_cast<LRESULT>(row);
     }
     return -1;

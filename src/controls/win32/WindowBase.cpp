@@ -244,8 +244,8 @@ LRESULT WindowBase::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
     }
 }
 
-std::optional<LRESULT> WindowBase::Answer(HWND asked, WPARAM wParam, LPARAM lParam) {
-    Accessible* const access = Accessible::IsRequested(lParam) ? AccessOf(asked) : nullptr;
+std::optional<LRESULT> WindowBase::Answer(HWND target, WPARAM wParam, LPARAM lParam) {
+    Accessible* const access = Accessible::IsRequested(lParam) ? AccessOf(target) : nullptr;
     return access ? std::optional(access->Answer(wParam)) : std::nullopt;
 }
 

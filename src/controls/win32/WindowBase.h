@@ -71,7 +71,7 @@ private:
     static LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
                                            DWORD_PTR self);
     LRESULT Dispatch(UINT message, WPARAM wParam, LPARAM lParam);
-    std::optional<LRESULT> Answer(HWND asked, WPARAM wParam, LPARAM lParam); // to WM_GETOBJECT
+    std::optional<LRESULT> Answer(HWND target, WPARAM wParam, LPARAM lParam); // to WM_GETOBJECT
     bool IsInside(HWND window) const;
     void FocusMoved(HWND focus);
     LRESULT AppearanceChanged(UINT message, WPARAM wParam, LPARAM lParam);

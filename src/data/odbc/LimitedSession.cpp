@@ -196,7 +196,7 @@ void LimitedSession::RequireAlive() const {
 void LimitedSession::ThrowTimeout(Time since, Pending pending) const {
     const auto seconds =
         std::max<int64_t>(std::chrono::round<std::chrono::seconds>(Time::clock::now() - since).count(), 1);
-    static constexpr TextView consequences[] = {
+    static constexpr TextView effects[] = {
         u"Check that it is running and can be reached, or allow it more time by \"Connect Timeout\" in the connection "
         u"string.",
         u"The connection was given up. Check that the server can be reached and try again, or allow it more time by "
@@ -208,7 +208,7 @@ void LimitedSession::ThrowTimeout(Time since, Pending pending) const {
     };
     throw Error(ErrorNumbers::Timeout, Server() + u" did not answer within " + ToText(seconds) +
                                            (seconds == 1 ? u" second. " : u" seconds. ") +
-                                           Text(consequences[static_cast<size_t>(pending)]));
+                                           Text(effects[static_cast<size_t>(pending)]));
 }
 
 void LimitedSession::Run(std::function<void()> job, Pending pending) { Wait(Start(std::move(job)), pending); }

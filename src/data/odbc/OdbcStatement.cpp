@@ -104,8 +104,8 @@ void OdbcStatement::Bind(SQLUSMALLINT position, const Value& value, SQLSMALLINT 
         Check(SQLBindParameter(Handle(), position, SQL_PARAM_INPUT, own, type, size, static_cast<SQLSMALLINT>(digits),
                                data, 0, data ? nullptr : &parameter.length));
     };
-    if (const bool* truth = std::get_if<bool>(&value)) {
-        parameter.small = *truth ? 1 : 0;
+    if (const bool* boolean = std::get_if<bool>(&value)) {
+        parameter.small = *boolean ? 1 : 0;
         bind(SQL_C_SLONG, columnType == SQL_BIT ? SQL_BIT : SQL_INTEGER, &parameter.small);
     } else if (const int64_t* number = std::get_if<int64_t>(&value)) {
         parameter.number = *number;

@@ -20,7 +20,7 @@ constexpr std::pair<int, int> fileLimits[] = {
 };
 
 // Steps of the engine between two checks of the time limit: some milliseconds.
-constexpr int stepsBetweenLooks = 100'000;
+constexpr int progressInterval = 100'000;
 
 } // namespace
 
@@ -53,7 +53,7 @@ void SQLiteConnection::Open(const ConnectionTarget&) {
     file.reset(opened);
     Check(result);
     sqlite3_busy_handler(opened, SQLiteIsBusy, &wait);
-    if (longestWork.count() > 0) sqlite3_progress_handler(opened, stepsBetweenLooks, HasTimedOut, this);
+    if (longestWork.count() > 0) sqlite3_progress_handler(opened, progressInterval, HasTimedOut, this);
 }
 
 void SQLiteConnection::Protect() {

@@ -84,12 +84,12 @@ void SQLiteStatement::Run(TextView adapted, std::span<const Value> parameters, s
     if (parameters.empty() && RunRepeated(adapted)) return Finish(before);
     handle = Compile(adapted, 0);
     if (!handle) return; // nothing but blanks and comments
-    const int wanted = sqlite3_bind_parameter_count(handle.get());
-    if (static_cast<size_t>(wanted) != parameters.size())
-        throw Error(ErrorNumbers::Unspecified, u"The statement has " + ToText(wanted) + u" parameters, but " +
+    const int requested = sqlite3_bind_parameter_count(handle.get());
+    if (static_cast<size_t>(requested) != parameters.size())
+        throw Error(ErrorNumbers::Unspecified, u"The statement has " + ToText(requested) + u" parameters, but " +
                                                    ToText(static_cast<long long>(parameters.size())) +
                                                    u" values were given.");
-    for (int i = 0; i < wanted; ++i) Bind(i + 1, parameters[static_cast<size_t>(i)]);
+    for (int i = 0; i < requested; ++i) Bind(i + 1, parameters[static_cast<size_t>(i)]);
     Step(handle.get());
     isFresh = hasRow;
     Finish(before);
@@ -152,8 +152,8 @@ void SQLiteStatement::Bind(int position, const Value& value) {
         return sqlite3_bind_text64(handle.get(), position, bytes.data(), bytes.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
     };
     int result;
-    if (const bool* truth = std::get_if<bool>(&value))
-        result = sqlite3_bind_int(handle.get(), position, *truth ? 1 : 0);
+    if (const bool* boolean = std::get_if<bool>(&value))
+        result = sqlite3_bind_int(handle.get(), position, *boolean ? 1 : 0);
     else if (const int64_t* number = std::get_if<int64_t>(&value))
         result = sqlite3_bind_int64(handle.get(), position, *number);
     else if (const double* fraction = std::get_if<double>(&value))

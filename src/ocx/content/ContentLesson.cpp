@@ -63,8 +63,8 @@ public:
     }
     STDMETHODIMP get_Item(VARIANT indexOrName, IDispatch** value) override {
         return Get(value, [&] {
-            const Value wanted = ToValue(indexOrName);
-            if (const auto* name = std::get_if<Text>(&wanted)) return Maps()->Item(*name);
+            const Value requested = ToValue(indexOrName);
+            if (const auto* name = std::get_if<Text>(&requested)) return Maps()->Item(*name);
             const Value number = ToValue(indexOrName, int64_t{});
             const auto* index = std::get_if<int64_t>(&number);
             if (!index) throw Error(ErrorNumbers::TypeMismatch, u"A map is given by its number or its name.");

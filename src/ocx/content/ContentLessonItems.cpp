@@ -24,8 +24,8 @@ public:
 
 protected:
     Holder(const ClassEntry& entry, std::shared_ptr<Core> inside) : ClassObject(entry), inside(std::move(inside)) {}
-    void* Find(REFIID wanted) override {
-        return wanted == iid ? static_cast<Own<Core>*>(this) : ClassObject::Find(wanted);
+    void* Find(REFIID requested) override {
+        return requested == iid ? static_cast<Own<Core>*>(this) : ClassObject::Find(requested);
     }
 
 private:
@@ -65,9 +65,9 @@ public:
     NodeRef Root() const { return NodeRef{1}; }
 
     bool Contains(const Text& key) const override {
-        const Variant wanted{TextView(key)};
-        if (!knowsKeys) return ObjectFrom(nodes.TryGetItem(L"Item", wanted)).Get() != nullptr;
-        const Value isThere = ToValue(nodes.Call(L"Contains", {wanted}), false);
+        const Variant requested{TextView(key)};
+        if (!knowsKeys) return ObjectFrom(nodes.TryGetItem(L"Item", requested)).Get() != nullptr;
+        const Value isThere = ToValue(nodes.Call(L"Contains", {requested}), false);
         return isThere == Value(true);
     }
     NodeRef AddChild(NodeRef parent, const Text& key, const Text& caption) override {

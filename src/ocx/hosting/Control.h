@@ -77,13 +77,13 @@ public:
     STDMETHODIMP GetAdvise(DWORD* aspects, DWORD* flags, IAdviseSink** sink) override;
     STDMETHODIMP GetExtent(DWORD aspect, LONG, DVTARGETDEVICE*, LPSIZEL size) override;
     // IDataObject
-    STDMETHODIMP GetData(FORMATETC* wanted, STGMEDIUM* medium) override;
-    STDMETHODIMP GetDataHere(FORMATETC* wanted, STGMEDIUM* medium) override;
-    STDMETHODIMP QueryGetData(FORMATETC* wanted) override;
-    STDMETHODIMP GetCanonicalFormatEtc(FORMATETC* wanted, FORMATETC* result) override;
+    STDMETHODIMP GetData(FORMATETC* requested, STGMEDIUM* medium) override;
+    STDMETHODIMP GetDataHere(FORMATETC* requested, STGMEDIUM* medium) override;
+    STDMETHODIMP QueryGetData(FORMATETC* requested) override;
+    STDMETHODIMP GetCanonicalFormatEtc(FORMATETC* requested, FORMATETC* result) override;
     STDMETHODIMP SetData(FORMATETC*, STGMEDIUM*, BOOL) override { return E_NOTIMPL; }
     STDMETHODIMP EnumFormatEtc(DWORD direction, IEnumFORMATETC** result) override;
-    STDMETHODIMP DAdvise(FORMATETC* wanted, DWORD flags, IAdviseSink* sink, DWORD* cookie) override;
+    STDMETHODIMP DAdvise(FORMATETC* requested, DWORD flags, IAdviseSink* sink, DWORD* cookie) override;
     STDMETHODIMP DUnadvise(DWORD cookie) override;
     STDMETHODIMP EnumDAdvise(IEnumSTATDATA** result) override;
     // IPersist, IPersistStreamInit, IPersistStorage, IPersistPropertyBag

@@ -22,23 +22,23 @@ HRESULT Control::GetClipboardData(DWORD, IDataObject** data) {
     });
 }
 
-HRESULT Control::GetData(FORMATETC* wanted, STGMEDIUM* medium) {
-    if (!wanted || !medium) return E_POINTER;
+HRESULT Control::GetData(FORMATETC* format, STGMEDIUM* medium) {
+    if (!format || !medium) return E_POINTER;
     *medium = {};
-    return Call([&] { Check(Snapshot()->GetData(wanted, medium)); });
+    return Call([&] { Check(Snapshot()->GetData(format, medium)); });
 }
 
 HRESULT Control::GetDataHere(FORMATETC*, STGMEDIUM*) { return DV_E_FORMATETC; }
 
-HRESULT Control::QueryGetData(FORMATETC* wanted) {
+HRESULT Control::QueryGetData(FORMATETC* format) {
     HRESULT result = S_OK;
-    const HRESULT asked = Call([&] { result = Snapshot()->QueryGetData(wanted); });
-    return FAILED(asked) ? asked : result;
+    const HRESULT outcome = Call([&] { result = Snapshot()->QueryGetData(format); });
+    return FAILED(outcome) ? outcome : result;
 }
 
-HRESULT Control::GetCanonicalFormatEtc(FORMATETC* wanted, FORMATETC* result) {
-    if (!wanted || !result) return E_POINTER;
-    *result = *wanted;
+HRESULT Control::GetCanonicalFormatEtc(FORMATETC* format, FORMATETC* result) {
+    if (!format || !result) return E_POINTER;
+    *result = *format;
     result->ptd = nullptr;
     return DATA_S_SAMEFORMATETC;
 }
@@ -49,14 +49,14 @@ HRESULT Control::EnumFormatEtc(DWORD direction, IEnumFORMATETC** result) {
     return Call([&] { Check(Snapshot()->EnumFormatEtc(direction, result)); });
 }
 
-HRESULT Control::DAdvise(FORMATETC* wanted, DWORD flags, IAdviseSink* sink, DWORD* cookie) {
+HRESULT Control::DAdvise(FORMATETC* format, DWORD flags, IAdviseSink* sink, DWORD* cookie) {
     if (cookie) *cookie = 0;
-    if (!wanted || !sink || !cookie) return E_POINTER;
+    if (!format || !sink || !cookie) return E_POINTER;
     if (!dataHolder) {
         const HRESULT made = CreateDataAdviseHolder(dataHolder.Out());
         if (FAILED(made)) return made;
     }
-    return dataHolder->Advise(this, wanted, flags, sink, cookie);
+    return dataHolder->Advise(this, format, flags, sink, cookie);
 }
 
 HRESULT Control::DUnadvise(DWORD cookie) { return dataHolder ? dataHolder->Unadvise(cookie) : OLE_E_NOCONNECTION; }

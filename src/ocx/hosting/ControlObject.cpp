@@ -36,9 +36,9 @@ HRESULT Control::Close(DWORD saveOption) {
     });
 }
 
-HRESULT Control::DoVerb(LONG verb, LPMSG, IOleClientSite*, LONG, HWND, LPCRECT wanted) {
+HRESULT Control::DoVerb(LONG verb, LPMSG, IOleClientSite*, LONG, HWND, LPCRECT requested) {
     const SelfReference self(*this);
-    if (wanted && !isInPlaceActive && !IsRectEmpty(wanted)) place = *wanted;
+    if (requested && !isInPlaceActive && !IsRectEmpty(requested)) place = *requested;
     switch (verb) {
     case OLEIVERB_SHOW:
     case OLEIVERB_INPLACEACTIVATE:

@@ -39,13 +39,13 @@ public:
         if (!text.empty()) formats.push_back(FormatOf(CF_UNICODETEXT, TYMED_HGLOBAL));
     }
 
-    STDMETHODIMP GetData(FORMATETC* wanted, STGMEDIUM* medium) override {
-        if (!wanted || !medium) return E_POINTER;
+    STDMETHODIMP GetData(FORMATETC* format, STGMEDIUM* medium) override {
+        if (!format || !medium) return E_POINTER;
         *medium = {};
-        const HRESULT isThere = QueryGetData(wanted);
+        const HRESULT isThere = QueryGetData(format);
         if (FAILED(isThere)) return isThere;
         try {
-            switch (wanted->cfFormat) {
+            switch (format->cfFormat) {
             case CF_ENHMETAFILE:
                 medium->hEnhMetaFile = CopyEnhMetaFileW(picture.get(), nullptr);
                 if (!medium->hEnhMetaFile) return E_OUTOFMEMORY;
@@ -69,17 +69,17 @@ public:
         }
     }
     STDMETHODIMP GetDataHere(FORMATETC*, STGMEDIUM*) override { return DV_E_FORMATETC; }
-    STDMETHODIMP QueryGetData(FORMATETC* wanted) override {
-        if (!wanted) return E_POINTER;
+    STDMETHODIMP QueryGetData(FORMATETC* format) override {
+        if (!format) return E_POINTER;
         const auto row = std::find_if(formats.begin(), formats.end(),
-                                      [wanted](const FORMATETC& each) { return each.cfFormat == wanted->cfFormat; });
+                                      [format](const FORMATETC& each) { return each.cfFormat == format->cfFormat; });
         if (row == formats.end()) return DV_E_FORMATETC;
-        if (wanted->dwAspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
-        return row->tymed & wanted->tymed ? S_OK : DV_E_TYMED;
+        if (format->dwAspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
+        return row->tymed & format->tymed ? S_OK : DV_E_TYMED;
     }
-    STDMETHODIMP GetCanonicalFormatEtc(FORMATETC* wanted, FORMATETC* result) override {
-        if (!wanted || !result) return E_POINTER;
-        *result = *wanted;
+    STDMETHODIMP GetCanonicalFormatEtc(FORMATETC* format, FORMATETC* result) override {
+        if (!format || !result) return E_POINTER;
+        *result = *format;
         result->ptd = nullptr;
         return DATA_S_SAMEFORMATETC;
     }

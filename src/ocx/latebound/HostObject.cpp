@@ -113,9 +113,9 @@ void HostObject::PutObject(const wchar_t* member, IDispatch* value) const {
 }
 
 bool HostObject::Enumerate(std::vector<ComPtr<IDispatch>>& elements) const {
-    DispatchResult asked = Invoke(DISPID_NEWENUM, DISPATCH_METHOD | DISPATCH_PROPERTYGET);
-    if (asked.code == DISP_E_MEMBERNOTFOUND) return false;
-    const Variant returned = Checked(L"_NewEnum", std::move(asked));
+    DispatchResult call = Invoke(DISPID_NEWENUM, DISPATCH_METHOD | DISPATCH_PROPERTYGET);
+    if (call.code == DISP_E_MEMBERNOTFOUND) return false;
+    const Variant returned = Checked(L"_NewEnum", std::move(call));
     ComPtr<IEnumVARIANT> enumerator;
     if (returned.vt == VT_UNKNOWN || returned.vt == VT_DISPATCH)
         enumerator = Query<IEnumVARIANT>(returned.punkVal, IID_IEnumVARIANT);

@@ -31,11 +31,11 @@ Node& NodeObject::Target() const {
     return *node;
 }
 
-Node& NodeObject::NodeBehind(IUnknown* object, const TreeObjects& wanted) {
+Node& NodeObject::NodeBehind(IUnknown* object, const TreeObjects& requested) {
     const auto own = Query<OwnNode>(object, ownNodeID);
     if (!own) throw Error(ErrorNumbers::TypeMismatch, u"The object is not a node of this tree.");
     const NodeObject& found = own->Object();
-    if (found.owner.get() != &wanted) throw Error(ErrorNumbers::TypeMismatch, u"The node belongs to another tree.");
+    if (found.owner.get() != &requested) throw Error(ErrorNumbers::TypeMismatch, u"The node belongs to another tree.");
     return found.Target();
 }
 

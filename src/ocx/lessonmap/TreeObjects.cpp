@@ -155,10 +155,10 @@ std::shared_ptr<TreeObjects> TreeObjects::Of(const MapTree& nodes) {
     const auto* const own = dynamic_cast<const NodeMapTree*>(&nodes);
     if (own && &own->Nodes() == tree.get()) return shared_from_this();
     if (!own || !own->Shared()) throw Error(ErrorNumbers::Automation, u"The nodes belong to another tree.");
-    auto objects = aside.lock();
+    auto objects = mapObjects.lock();
     if (!objects || objects->tree != own->Shared()) {
         objects = std::make_shared<TreeObjects>(own->Shared(), host);
-        aside = objects;
+        mapObjects = objects;
     }
     return objects;
 }
@@ -184,12 +184,12 @@ Node* TreeObjects::Resolve(const VARIANT& reference) {
 
 Node* TreeObjects::AtPlace(int64_t place) {
     if (place < 1 || place > tree->Count()) throw Error(ErrorNumbers::IndexOutOfBounds, u"Index out of bounds");
-    if (!lastAsked || place < lastPlace) {
-        lastAsked = tree->FirstInCollection();
+    if (!lastFound || place < lastPlace) {
+        lastFound = tree->FirstInCollection();
         lastPlace = 1;
     }
-    for (; lastPlace < place; ++lastPlace) lastAsked = lastAsked->NextInCollection();
-    return lastAsked;
+    for (; lastPlace < place; ++lastPlace) lastFound = lastFound->NextInCollection();
+    return lastFound;
 }
 
 int TreeObjects::PictureOf(const VARIANT& numberOrKey) const {
@@ -200,8 +200,8 @@ int TreeObjects::PictureOf(const VARIANT& numberOrKey) const {
 
 // Starts at the previous one, so that access in sequence is linear.
 int32_t TreeObjects::PlaceOf(const Node& node) {
-    if (!lastAsked) AtPlace(1);
-    Node* at = lastAsked;
+    if (!lastFound) AtPlace(1);
+    Node* at = lastFound;
     int64_t place = lastPlace;
     for (; at != &node; ++place) {
         at = at->NextInCollection();
@@ -209,7 +209,7 @@ int32_t TreeObjects::PlaceOf(const Node& node) {
         at = tree->FirstInCollection();
         place = 0;
     }
-    lastAsked = at;
+    lastFound = at;
     lastPlace = place;
     return static_cast<int32_t>(place);
 }
@@ -231,7 +231,7 @@ bool TreeObjects::EnsureVisible(Node& node) {
 }
 
 void TreeObjects::NodeRemoving(Node& top) {
-    lastAsked = nullptr;
+    lastFound = nullptr;
     for (const Node* node = &top; node && !objects.empty(); node = modTVW::GetNextNode(node, &top)) {
         const auto found = objects.find(node);
         if (found == objects.end()) continue;
@@ -241,7 +241,7 @@ void TreeObjects::NodeRemoving(Node& top) {
 }
 
 void TreeObjects::AllRemoving() {
-    lastAsked = nullptr;
+    lastFound = nullptr;
     for (const auto& [node, object] : objects) object->OnNodeRemoved();
     objects.clear();
 }

@@ -57,9 +57,9 @@ private:
 
     const std::shared_ptr<NodeTree> tree;
     const std::shared_ptr<TreeHost> host;
-    std::weak_ptr<TreeObjects> aside; // the objects of a tree that a map fills or reads beside this one
+    std::weak_ptr<TreeObjects> mapObjects; // the objects of a tree that a map fills or reads beside this one
     std::unordered_map<const Node*, NodeObject*> objects;
-    Node* lastAsked = nullptr; // by its place; so that asking for one after the other is linear
+    Node* lastFound = nullptr; // by its place; so that asking for one after the other is linear
     int64_t lastPlace = 0;
 };
 
