@@ -27,7 +27,7 @@ std::filesystem::path ProgramPath() { return std::filesystem::path(_pgmptr).pare
 
 namespace {
 
-// As the program's start-up takes command lines apart: backslashes count only before a quote.
+// As the program's start-up parses command lines: backslashes count only before a quote.
 std::wstring Quoted(const std::wstring& word) {
     std::wstring quoted = L"\"";
     size_t backslashes = 0;

@@ -1,4 +1,4 @@
-// Runs the real program "dax", which lies beside the test program, as a process.
+// Runs the real program "dax" beside the test program, as a process.
 #pragma once
 
 #include "support/TestDatabases.h"
@@ -22,7 +22,7 @@ Outcome RunOn(const Text& database, const std::string& line, const std::string& 
 struct Said {
     std::string line;
     int exitCode;
-    std::string said; // a part of what goes to either stream
+    std::string said; // a part of what either stream receives
     std::string input = {};
 };
 void ExpectSaid(const Text& database, std::initializer_list<Said> cases);

@@ -68,7 +68,7 @@ TEST(ContentMap, WhatIsElsewhereAlreadyIsSkipped) {
     EXPECT_THROW(tree.AddChild(MapTree::NodeRef{9}, u"g", u""), Error);
 }
 
-// Nodes that go round in a circle, or have no keys, with and without an end.
+// Nodes in a cycle, or without keys, with and without an end.
 struct OddTree : MapTree {
     int keyed, size;
     bool isChain;

@@ -241,7 +241,7 @@ TEST_P(CopyEndTest, FailsAtItsEndAndLeavesTheTargetAsItWas) {
 
 #ifndef _WIN32
 
-// By a signal that cannot be answered, at any moment of the writing or of the last step.
+// By a signal that cannot be handled, at any moment of the writing or of the last step.
 TEST_P(CopyEndTest, KilledLeavesTheTargetAsItWasOrDone) {
     using Clock = std::chrono::steady_clock;
     const int kills = test::Setting("DAX_KILLS", 8);
@@ -318,7 +318,7 @@ TEST(RowComparisonTest, FindsWhatDiffersInAnyOrder) {
         {u"a1 b2 c3 d4", u"d4 a1 c3 b2", true, ""},
         {u"", u"", true, ""},
         {u"a1 a1 b2 a1", u"b2 a1 a1 a1", false, ""},
-        {u"a1 a2 a1", u"a1 a1 a2", true, ""}, // keys that are none
+        {u"a1 a2 a1", u"a1 a1 a2", true, ""}, // keys that are not unique
         {u"a1 A2 ä3", u"ä3 A2 a1", true, ""},
         {u"a1 b2 c3 d4", u"d4 c7 b2 a1", true, "value 1 k 'c'"},
         {u"a1 b2 c3", u"A1 a1 b2 c3", true, "additional k 'A'"},

@@ -299,7 +299,7 @@ TEST_P(DataTest, ErrorsCarryTheNumbersHostsKnow) {
     for (const auto& [statement, number] : cases) {
         const Error error = FailureOf([&] { connection.Execute(statement); });
         EXPECT_EQ(error.Number(), number) << ToUtf8(statement) << ": " << error.what();
-        // The engine's words, without the names of the layers that they came through.
+        // The engine's message, without the names of the layers that it passed through.
         EXPECT_FALSE(error.Description().empty() || error.Description().find_first_of(u"[") == 0) << error.what();
         EXPECT_EQ(std::string(error.what()).find("Error while executing"), std::string::npos) << error.what();
     }
@@ -310,7 +310,7 @@ TEST_P(DataTest, ErrorsCarryTheNumbersHostsKnow) {
     EXPECT_FALSE(table.IsOpen());
     EXPECT_TRUE(
         FailureOf([&] { table.Open(u"DELETE FROM things WHERE 1 = 0", connection); }).Mentions("returns no rows"));
-    EXPECT_EQ(Count(), u"1"); // the connection still serves
+    EXPECT_EQ(Count(), u"1"); // the connection still works
 }
 
 // Messages of drivers, also of those that cannot run here.

@@ -109,7 +109,7 @@ TEST_F(SQLiteTest, WaitsForOthersEndInTime) {
     other.Close();
     connection.Close(); // takes back what was begun
 #ifndef _WIN32
-    // Somebody who stopped while opening the file in WAL mode: the engine itself would wait for ten seconds.
+    // A program that stopped while opening the file in WAL mode: the engine itself would wait for ten seconds.
     const pid_t stopped = fork();
     ASSERT_GE(stopped, 0);
     if (stopped == 0) {

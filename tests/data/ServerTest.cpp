@@ -162,7 +162,7 @@ protected:
         database->Run({u"CREATE TABLE t (a integer)", u"INSERT INTO t VALUES (1)"});
         before = Count();
     }
-    // All that was left to itself ends when its server does.
+    // All abandoned threads end when their server does.
     void TearDown() override {
         if (!database) return;
         EXPECT_TRUE(IsSoon([&] { return Count() == before; })) << "threads and open files";
@@ -273,7 +273,7 @@ TEST_P(SilenceTest, WhileCancelling) {
         EXPECT_TRUE(IsSoon([&] { return database->Query(waiting) == count; })) << ToUtf8(count);
     };
     test::SilentServer proxy(database->ConnectionString());
-    // A server that is only slow does not go on for nothing.
+    // On a server that is only slow the statement is cancelled.
     Connection slow;
     slow.Open(proxy.ConnectionThrough(database->ConnectionString(), u"Command Timeout=1"));
     ExpectTimeout([&] { slow.Execute(wait); }, proxy);

@@ -44,7 +44,7 @@ TEST(StatementTextTest, AdaptsOutsideQuotesOnly) {
         {u"1 /* a */* #2024/05/06#", u"1 /* a */* '2024-05-06 00:00:00'"},
         {u"[a]]#2024/05/06#] = `#2024/05/06#` + \"\"\"#2024/05/06#\"",
          u"[a]]#2024/05/06#] = `#2024/05/06#` + \"\"\"#2024/05/06#\""},
-        {u"a = 'x'#2024/05/06#'y'", u"a = 'x' '2024-05-06 00:00:00' 'y'"}, // no literal grows together with another
+        {u"a = 'x'#2024/05/06#'y'", u"a = 'x' '2024-05-06 00:00:00' 'y'"}, // adjacent literals stay separate
     };
     for (const auto& [statement, adapted] : cases) {
         EXPECT_EQ(ToUtf8(AdaptStatement(statement, DialectOf(Engine::PostgreSQL))), ToUtf8(adapted));

@@ -45,7 +45,7 @@ private:
     std::string bytes;
 };
 
-// Something that is made ready on a course, done among faults, and looked at when they are over.
+// An operation that is prepared on a course, run with faults, and checked when they are over.
 struct Work {
     std::function<bool()> act; // false: an error was reported
     // In WAL mode, when a commit is in the log and then every call fails, so that it can neither be completed nor be

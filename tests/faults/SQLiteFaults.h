@@ -68,7 +68,7 @@ public:
         left = 0;
         return hasFailed.exchange(false);
     }
-    // What SQLite has not closed and not given back.
+    // What SQLite has not closed or freed.
     static inline std::atomic<size_t> openFiles = 0, allocations = 0;
 
 private:

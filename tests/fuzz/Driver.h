@@ -53,7 +53,7 @@ void RequireEqual(const Is& is, const std::type_identity_t<Is>& shouldBe, const 
                   testing::PrintToString(shouldBe));
 }
 
-// Links agree in both directions, keys find their nodes, the selected node is in the tree and in sight, the count is
+// Links agree in both directions, keys find their nodes, the selected node is in the tree and visible, the count is
 // right.
 inline void CheckTree(const NodeTree& tree) {
     int32_t walked = 0, collected = 0;
@@ -76,7 +76,7 @@ inline void CheckTree(const NodeTree& tree) {
 
 // Rounds of something that is done to a control, in which everything is checked. In some inputs, which their first byte
 // chooses, the host does more inside the events, or releases the control there; then only what holds in any case is
-// looked at.
+// checked.
 template <typename Control>
 class ControlDriver {
 public:

@@ -10,7 +10,7 @@ namespace dax::fuzz {
 
 namespace {
 
-// A file and, in WAL mode, the log that lies beside it with what was written last.
+// A file and, in WAL mode, the log beside it with the last changes.
 struct Course {
     std::string file, log;
     size_t pageSize;

@@ -1,4 +1,4 @@
-// What hosts and databases hand us as text: connection strings, statements, properties, lessons.
+// Texts from hosts and databases: connection strings, statements, properties, lessons.
 #include "fuzz/Driver.h"
 
 #include "base/Dates.h"

@@ -63,7 +63,7 @@ inline Text ShapeFrom(const Node* node) {
     return shape;
 }
 
-// An editor with an ear on every event.
+// An editor that records every event.
 struct RecordingEditor {
     RecordingEditor() {
         editor->AfterSelectionChange.Add([this](const Text& id) { received += u"S" + id + u" "; });

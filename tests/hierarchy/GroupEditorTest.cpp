@@ -140,7 +140,7 @@ TEST_F(EditorOnFile, EditsAndTheirEvents) {
         {[&] { editor->RemoveLesson(u"b", true); }, u"Sa D ", u"(n m s(c d) a h)"},
         {[&] { editor->MoveCurrent(gmtIndent); }, u"D ", u"(n m s(c d a) h)"},
         {[&] { editor->SetLocked(true), editor->MoveCurrent(gmtUp); }, u"", u"(n m s(c d a) h)"},
-        {[&] { editor->RemoveLesson(u"n", true); }, u"D ", u"(m s(c d a) h)"}, // Locked is no bar to the host
+        {[&] { editor->RemoveLesson(u"n", true); }, u"D ", u"(m s(c d a) h)"}, // Locked does not restrict the host
     };
     for (const auto& [act, events, shape] : steps) {
         act();
@@ -151,7 +151,7 @@ TEST_F(EditorOnFile, EditsAndTheirEvents) {
 
 TEST_F(EditorOnFile, AListenerMayDoAnything) {
     editor->SetCurrentLessonID(u"b");
-    // It clears the editor in the middle of a removal, and the removal marks nothing in what comes then.
+    // It clears the editor in the middle of a removal, which then marks nothing as pending.
     Subscription number = editor->AfterSelectionChange.Add([this](const Text&) {
         if (editor->NodeCount() > 0) editor->Clear();
     });
@@ -182,7 +182,7 @@ TEST_F(EditorOnFile, UndoDuringOperations) {
     editor->Undo();
     EXPECT_EQ(Shape() + editor->CurrentLessonID(), u"(g(a b s(c d)) h)c");
     EXPECT_TRUE(At(u"s").IsExpanded());
-    // Gone for one save, there for the next, and taken back to the beginning: the row is still there.
+    // Removed at one save, present at the next, and undone completely: the row is still there.
     editor->RemoveLesson(u"h", true);
     ASSERT_TRUE(editor->SaveDatabase());
     editor->AddLesson(u"h", u"again", u"", ltLesson);

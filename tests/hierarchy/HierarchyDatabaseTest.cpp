@@ -90,7 +90,7 @@ TEST_P(HierarchyOnEngine, OddRows) {
     }
     EXPECT_EQ(editor->Tree().Find(u"y")->Parent()->Key(), u"x");
     EXPECT_EQ(editor->GetLessonTitle(u"long").size(), 1'000'000u);
-    editor->SetConflictCheck(true); // nobody else has changed them
+    editor->SetConflictCheck(true); // no other author has changed them
     ASSERT_TRUE(editor->SaveDatabase()) << ToUtf8(error);
     EXPECT_TRUE(Rows()[u"orphan"].starts_with(u"|id orphan||1|"));
 }
@@ -104,7 +104,7 @@ TEST_P(HierarchyOnEngine, RowsWithoutAnIdentifierOfTheirOwnAreNamed) {
     EXPECT_NE(error.find(u"Nobody"), Text::npos) << ToUtf8(error);
     EXPECT_NE(error.find(u"Row 6"), Text::npos) << ToUtf8(error);
     EXPECT_EQ(Shape(), u"(g(a b s) h)"); // what came before it stays
-    editor->SetCurrentLessonID(u"a");    // and the editor works on
+    editor->SetCurrentLessonID(u"a");    // and the editor still works
     EXPECT_EQ(Take(), u"Sa ");
     if (database->Kind() != Engine::SQLite) return;
     // Two rows with the same identifier, in a table without a key.

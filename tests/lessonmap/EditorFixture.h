@@ -49,7 +49,7 @@ protected:
         received.clear();
     }
     Node& At(const Text& key) { return *tree->Find(key); }
-    // The button stays down; either node may go under way.
+    // The button stays down; either node may be removed meanwhile.
     void DragTo(const Text& from, const Text& to, int part = 10) {
         if (!tree->Find(from)) return;
         window->MoveTo(window->At(At(from)));

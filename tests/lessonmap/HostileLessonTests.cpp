@@ -13,7 +13,7 @@ using test::EditorFixture;
 using test::MakeLesson;
 using test::Print;
 
-// What content objects do at one of the calls they get, instead of only answering.
+// What content objects do at one of the calls they get, besides returning.
 struct FaultInjector {
     int countdown = -1; // calls until it happens; negative: never
     bool isLasting = false;

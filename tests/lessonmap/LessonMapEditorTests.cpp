@@ -32,7 +32,7 @@ TEST_F(LessonMapEditorTest, TheCurrentStoryboard) {
         {show("A: a b | B: c", u"c"), "selected c", u"c", u"c"},
         {show("A: c | A: d", u""), "changed 0, selected c", u"c", u"c"}, // repaired, and without a record
         {show("A: x", u"gone"), "selected -", u"", u"gone"}, // the record of a page that no node shows is kept
-        {select(u""), "", u"", u""},                         // until the host takes it away
+        {select(u""), "", u"", u""},                         // until the host removes it
         {show("A: a( b ) | B: c", u""), "selected -", u"", u""},
         {select(u"b"), "selected b", u"b", u"b"},
         {select(u"unknown"), "", u"b", u"b"},
@@ -247,7 +247,7 @@ TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
             EXPECT_EQ(lesson->CurrentSBID(), editor->CurrentSBID());
         }
     }
-    // What is opened or closed with Ctrl and Shift takes its branch along, each time.
+    // Expanding or collapsing with Ctrl and Shift includes the branch, each time.
     Open("A: a( b( c( d ) ) ) e");
     const auto isOpen = [this] { return std::pair(At(u"b").IsExpanded(), At(u"c").IsExpanded()); };
     for (const bool withKeys : {false, true, false, true}) {
@@ -258,7 +258,7 @@ TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
         editor->OnCollapsed(At(u"a"), withKeys);
         EXPECT_EQ(isOpen(), std::pair(!withKeys, !withKeys));
     }
-    // Resting on a closed node during a drag opens it.
+    // Hovering over a collapsed node during a drag expands it.
     editor->SetLocked(false);
     editor->SetAllowDragDrop(true);
     editor->CollapseAll();

@@ -62,7 +62,7 @@ void SelectAllAndFail(HostedControl& hosted) {
     Put(hosted.control, Connection, Nonsense);
 }
 
-// As the row before leaves nothing to delete for the next.
+// The row before leaves nothing to delete for the next.
 void AddsAndSelectsAll(HostedControl& hosted) {
     hosted.data->course.Run({LockRow(u"a", u"ann", u"P1", 1)});
     Call(hosted.control, L"Refresh");

@@ -136,7 +136,7 @@ struct EventCase {
     long answer = 0;          // value for the event's by-reference argument
 };
 
-// What fills a control, which keys it takes, what it keeps, and how each of its events comes about.
+// How to fill a control, which keys it takes, what it stores, and how each of its events is raised.
 struct ControlCase {
     const char* name;   // of the class
     std::wstring child; // class of the window inside that has the focus; empty: none

@@ -280,7 +280,7 @@ TEST_P(ControlTest, AHostMayDoAnythingInsideEachEvent) {
             int events = 0;
             hosted.onEvent = [&](DISPID event) {
                 if (event != row.event) return;
-                if (++events > 1) hosted.sink.answer = Leave; // else what failed would be tried for ever
+                if (++events > 1) hosted.sink.answer = Leave; // else what failed would be retried for ever
                 if (events > 1) return;
                 if (action == Deactivates) hosted.inPlace->InPlaceDeactivate();
                 if (action == Releases) hosted.Close();

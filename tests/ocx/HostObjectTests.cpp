@@ -154,7 +154,7 @@ TEST_F(HostObjectTest, EveryFailureOfALessonIsAnError) {
                                        (fault == Misusing && member == "FillTree") ||
                                        (fault == Endless && member == "Count");
                 EXPECT_TRUE(failures > 0 || !isNoticed) << where;
-                // Whatever it has been through, the editor works as ever.
+                // Afterwards the editor must work as before.
                 host.missing.clear();
                 host.instead = nullptr;
                 SetLesson(Lesson());

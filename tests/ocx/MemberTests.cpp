@@ -289,7 +289,7 @@ void MemberTest::CallTree(ObjectRef tree) {
     EXPECT_EQ(Get(nodes, L"Item", {2}).Get(), a.Get()) << "one object for a node";
     EXPECT_EQ(Enumerated(nodes).size(), 7u);
     Expect(nodes, {{L"Remove", {u"a"}, "", "AfterSelectionChange() "}});
-    Expect(a, {{L"Text", {}, "800A8B11"}}); // it is not in the tree any more
+    Expect(a, {{L"Text", {}, "800A8B11"}}); // it is no longer in the tree
     Expect(nodes, {{L"Clear", {}, "", "AfterSelectionChange() "}, {L"Count", {}, "0"}});
 }
 

@@ -76,7 +76,7 @@ struct RecordedEvent {
     std::string text; // "Name(first, second)"; an object by its SBID
 };
 
-// Hears every event of an object.
+// Receives every event of an object.
 class Sink {
 public:
     using Listener = std::function<void(const RecordedEvent&)>;
@@ -98,7 +98,7 @@ struct Outcome {
     std::string output, errors;
 };
 
-// A program beside this one, or wherever its full path says.
+// A program beside this one, or by its full path.
 Outcome RunProgram(const wchar_t* program, const std::wstring& arguments);
 Outcome RunScript(const std::filesystem::path& script, const std::wstring& arguments = L"");
 

@@ -66,7 +66,7 @@ TEST_F(PanelTest, LessonInfoShowsEachKindAtTheLevelThatFits) {
     editor->AddLesson(u"new", u"New", u"n", ltLesson); // without properties yet
     const struct {
         Text lessonID;
-        int level; // 1 where all fits, 2 and 3 where a pixel is wanting for the level before
+        int level; // 1 where all fits, 2 and 3 where the previous level needs one pixel more
         int gaps;  // in all, in pixels
         std::string lines;
     } cases[] = {

@@ -209,7 +209,7 @@ TEST_F(TreeInput, AListenerMayCancelTheDrag) {
     EXPECT_EQ(support.DraggedNode(), &r);
 }
 
-// Nothing but a collapsed node with children opens, and not under the drag's image.
+// Only a collapsed node with children is expanded, and not under the drag's image.
 TEST_F(TreeInput, ADragExpandsNodes) {
     Text opened;
     bool isCancelled = false;
@@ -242,7 +242,7 @@ TEST(CheckBoxes, WhatChecksThem) {
     const auto key = [](int code) { return [=](Forest& forest) { forest.subclasser.OnKeyDown(code); }; };
     const struct {
         Act act;
-        TextView before, after; // who is checked, in order
+        TextView before, after; // the checked nodes, in order
         bool isReported;
     } cases[] = {
         {click(box, false), u"", u"pp1p2", true},

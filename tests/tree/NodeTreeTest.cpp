@@ -61,7 +61,7 @@ TEST(NodeTree, KeysAreUniqueExceptTheEmptyOne) {
     for (int i = 0; i < 2; ++i) tree.Add(nullptr, Place::LastChild, u"");
     Node& a = tree.Add(nullptr, Place::LastChild, u"a");
     EXPECT_THROW(tree.Add(&a, Place::LastChild, u"a"), Error);
-    // Many that change theirs, and go.
+    // Many that change theirs, and are removed.
     std::vector<Node*> nodes;
     for (int i = 0; i < 500; ++i) nodes.push_back(&tree.Add(&a, Place::LastChild, ToText(i)));
     EXPECT_THROW(nodes[0]->SetKey(u"a"), Error);
@@ -136,7 +136,7 @@ TEST(NodeTree, ListenersReceiveEveryChangeAndOneSelection) {
     r.SetExpanded(false);
     r.SetExpanded(true);
     tree.Select(&a);
-    tree.Remove(a); // the parent inherits
+    tree.Remove(a); // the parent is selected
     EXPECT_EQ(recorder.Take(), u"(~r)(~r)()!(-a)!");
     {
         const TreeUpdate update(tree);

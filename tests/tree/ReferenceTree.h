@@ -1,4 +1,4 @@
-// What a tree must be after any sequence of edits, in the plainest possible form.
+// The expected state of a tree after any sequence of edits, in the simplest form.
 #pragma once
 
 #include "base/Enumerations.h"
@@ -13,7 +13,7 @@
 
 namespace dax::test {
 
-// The dullest tree there is: for each key the keys of its children. The root is "".
+// For each key the keys of its children. The root is "".
 class ReferenceTree {
 public:
     ReferenceTree() { children[u""]; }

@@ -12,7 +12,7 @@ TEST(StatusPanel, ParagraphsAreStackedAndASingleOneIsBesideThePicture) {
     const StatusDisplay display{u"title", Text(50, u'm'), u"detail", u"text", StatusPicture::Critical};
     const auto paint = [](const StatusDisplay& shown, int height, int width) {
         test::FakeSurface surface(height, width);
-        surface.isBold = true; // as the one who painted before has left it
+        surface.isBold = true; // left over from earlier painting
         PaintStatusPanel(surface, shown, {});
         EXPECT_FALSE(surface.isBold);
         std::vector<std::string> lines;

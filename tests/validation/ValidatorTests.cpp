@@ -1,4 +1,4 @@
-// What the validator finds out about content and connector databases, and shows.
+// What the validator detects in content and connector databases, and shows.
 #include "data/Schema.h"
 #include "data/modDB.h"
 #include "support/TestDatabases.h"

@@ -101,7 +101,7 @@ TEST(LockManagerWindow, HeadersSortAndShowHow) {
         {u"title", "Ants Bees Cats Ducks Eels ", HDF_SORTUP},
         {u"title", "Eels Ducks Cats Bees Ants ", HDF_SORTDOWN},
         {u"lockdate", "Ducks Bees Cats Eels Ants ", HDF_SORTUP},
-        {u"age", "Ants Eels Cats Bees Ducks ", HDF_SORTDOWN}, // the same order by nature: only the direction turns
+        {u"age", "Ants Eels Cats Bees Ducks ", HDF_SORTDOWN}, // the same order: only the direction is reversed
     };
     for (const auto& each : clicks) {
         SCOPED_TRACE(ToUtf8(each.column));
@@ -177,7 +177,7 @@ TEST(LockManagerWindow, SeveralRowsAreSelectedAndDeleted) {
     EXPECT_EQ(host.Rows(), "Ducks ");
 }
 
-// Among many rows, and soon.
+// Among many rows, and quickly.
 TEST(LockManagerWindow, ColumnsFitEveryCell) {
     LockHost host;
     const Text titles[] = {u"W", u"\u00DCberpr\u00FCfung", u"\u5B9F\u6F14", u"e\u0301te\u0301", u"\u0639\u0631\u0628"};

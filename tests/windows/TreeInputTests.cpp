@@ -24,7 +24,7 @@ TEST(TreeInput, BoxesAreCheckedByBranchOneByOneAndByTheTopRow) {
     host.Take();
     for (const auto& each : cases) {
         SCOPED_TRACE(each.what);
-        host.At(u"c").SetExpanded(true); // a double click folds it
+        host.At(u"c").SetExpanded(true); // a double click collapses it
         host.Do(each.act);
         EXPECT_EQ(host.Checked(), each.checked);
         host.ExpectMirror();

@@ -78,7 +78,7 @@ bool Workbench::Until(const std::function<bool()>& condition) {
     const ULONGLONG end = GetTickCount64() + timeLimit;
     while (!condition()) {
         if (GetTickCount64() > end) return false;
-        // The wait is for the program's end, which would make the condition's coming impossible.
+        // Also ends with the program, after which the condition cannot become true.
         if (WaitForSingleObject(process.hProcess, 20) != WAIT_TIMEOUT) return condition();
     }
     return true;

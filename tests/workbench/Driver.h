@@ -43,7 +43,7 @@ public:
     // The texts of all fields, labels and buttons that the window shows, a line each.
     static std::string TextsIn(HWND window);
 
-    // The keys go down together and come up again, on the keyboard that all programs share; the program has to be in
+    // Presses the keys together and releases them, on the keyboard that all programs share; the program has to be in
     // the foreground, which is waited for.
     void Type(std::initializer_list<WORD> keys);
     void Write(const std::string& text); // small letters and signs, one after the other
@@ -53,15 +53,15 @@ public:
     void ClickTool(int page, int id);
     // Clicks into a field and puts a text there; false when it does not take the focus.
     bool Fill(int page, int id, const wchar_t* text);
-    // Comes to a page by its key.
+    // Shows a page by its key.
     bool Show(int page);
     // Waits until the focus is in the window.
     bool HasFocus(HWND window);
-    // Waits until a menu takes the keys, or none does any more.
+    // Waits until a menu is open, or until none is.
     bool HasMenu(bool isOpen);
-    // Waits for a question that takes the keys; null when it does not come.
+    // Waits for a question with the focus; null when it does not come.
     HWND Question();
-    // Gives the answer with that number; false when nobody asked.
+    // Gives the answer with that number; false when there is no question.
     bool Answer(int button);
 
     // Waits until it holds; false after a generous time, or when the program has ended.

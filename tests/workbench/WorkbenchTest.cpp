@@ -146,7 +146,7 @@ TEST_F(WorkbenchTest, EditsTheHierarchyByMouseAndKeys) {
     EXPECT_TRUE(shows(idTitle, L"loading") && shows(idResult, L"Undone"));
     program.Type({VK_CONTROL, 'Y'});
     EXPECT_TRUE(shows(idTitle, L"mine") && shows(idResult, L"Done"));
-    // Another author was faster.
+    // Another author has saved before.
     content.Run({u"UPDATE velmoraLessons SET lessonTitle = 'theirs' WHERE lessonID = 'l3'"});
     for (const int answer : {IDCANCEL, IDYES}) {
         program.ClickTool(hierarchyPage, idSave);
