@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <string>
-#include <system_error>
 #include <vector>
 #ifdef _WIN32
 #include <fcntl.h>

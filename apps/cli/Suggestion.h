@@ -3,8 +3,6 @@
 
 #include "base/Text.h"
 
-#include <vector>
-
 namespace dax::cli {
 
 // How many letters differ (wrong, missing, too many, or two in the wrong order), counted no further than `most` + 1.

@@ -9,8 +9,6 @@
 
 #include "data/BuiltInEngine.h"
 
-#include <algorithm>
-
 namespace dax::cli {
 
 namespace {

@@ -76,6 +76,7 @@ inline constexpr int32_t DuplicateKey = 35602;
 // CONNECT_E_CANNOTCONNECT = 80040202: an event sink lacks the interface of the events
 // CONNECT_E_NOCONNECTION = 80040200: there is no such event sink, or no such event interface
 // CO_E_ALREADYINITIALIZED = 800401F1: the properties of a control are loaded for the second time
+// CO_E_OBJNOTCONNECTED = 800401FD: the window that a screen reader examines is gone
 // DISP_E_BADINDEX = 8002000B: a type description other than the first was requested
 // DISP_E_MEMBERNOTFOUND = 80020003: another member of an object that only receives events was called
 // DISP_E_UNKNOWNINTERFACE = 80020001: a reserved argument of `IDispatch` is not IID_NULL

@@ -16,7 +16,6 @@
 #include <optional>
 #include <sstream>
 #include <utility>
-#include <vector>
 #ifdef _WIN32
 #include <locale.h>
 #endif

@@ -1,7 +1,5 @@
 #include "com/Dispatch.h"
 
-#include <iterator>
-
 namespace dax {
 
 PackedArguments::PackedArguments(std::span<const Variant> arguments, WORD kind)

@@ -4,7 +4,6 @@
 
 #include "com/ClassObject.h"
 
-#include <functional>
 #include <type_traits>
 
 namespace dax {

@@ -17,7 +17,6 @@ public:
     // A date that was read, and its text as the recordset gave it (empty: in the usual form): an engine that keeps
     // dates as texts in the form in which a program wrote them compares with that text, every other one with the date.
     void AppendStoredDate(Value value, Text stored);
-    void ClearParameters() { parameters.clear(); }
     // Returns the number of rows affected.
     int64_t Execute(int options = adCmdText | adExecuteNoRecords);
 

@@ -7,7 +7,6 @@
 #include <functional>
 #include <memory>
 #include <span>
-#include <vector>
 
 namespace dax {
 

@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "data/Dialect.h"
+#include "data/FileKind.h"
 #include "data/odbc/DriverString.h"
 #include "data/odbc/Odbc.h"
 

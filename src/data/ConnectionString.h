@@ -2,10 +2,8 @@
 #pragma once
 
 #include "data/Connection.h"
-#include "data/FileKind.h"
 
 #include <chrono>
-#include <optional>
 
 namespace dax {
 

@@ -2,8 +2,6 @@
 
 #include "data/Recordset.h"
 
-#include <iterator>
-
 namespace dax::Schema {
 
 namespace {

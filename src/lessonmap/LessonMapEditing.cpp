@@ -41,20 +41,10 @@ IDCollection RemoveNode(NodeTree& tree, Node& node, bool includeChildren) {
     return removed;
 }
 
-struct CheckedPlace {
-    Text key;
-    int32_t depth;
-};
-
-struct CheckedMap {
-    Text name;
-    std::vector<CheckedPlace> places;
-};
-
 // The storyboards of a map that `isChosen` names, each under the nearest ancestor that is chosen, too.
 template <typename Chosen>
-std::vector<CheckedPlace> ChoosePlaces(const Node& root, const Chosen& isChosen) {
-    std::vector<CheckedPlace> places;
+std::vector<LayoutEntry> ChoosePlaces(const Node& root, const Chosen& isChosen) {
+    std::vector<LayoutEntry> places;
     std::vector<int32_t> chosenAbove{0}; // by depth
     for (const Node* node = modTVW::GetNextNode(&root, &root); node; node = modTVW::GetNextNode(node, &root)) {
         chosenAbove.resize(static_cast<size_t>(node->Depth()));
@@ -268,13 +258,10 @@ std::shared_ptr<dax::Lesson> LessonMapEditor::GetCheckedLesson() {
     };
     tree->Number();
     for (const Node* root = tree->First(); root; root = root->Next()) {
-        const std::vector<CheckedPlace> places = ChoosePlaces(*root, isChosen);
+        std::vector<LayoutEntry> places = ChoosePlaces(*root, isChosen);
         if (places.empty() && root != tree->First()) continue;
-        std::vector<LayoutEntry> layout;
-        layout.reserve(places.size());
-        for (const CheckedPlace& place : places) layout.push_back({place.key, place.depth});
         const auto map = std::make_shared<ContentMap>(root->Key());
-        map->SetLayout(std::move(layout));
+        map->SetLayout(std::move(places));
         checked->Maps()->Add(map);
         if (root == tree->First()) checked->Maps()->SetDefaultMap(map);
     }

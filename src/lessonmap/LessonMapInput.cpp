@@ -5,8 +5,6 @@
 #include "lessonmap/LessonMapState.h"
 #include "tree/modTVW.h"
 
-#include <utility>
-
 namespace dax {
 
 namespace {

@@ -1,6 +1,5 @@
 #include "lessonmap/modLME.h"
 
-#include "base/Error.h"
 #include "base/TextComparison.h"
 #include "lessonmap/MapBuilder.h"
 #include "lessonmap/NodeMapTree.h"

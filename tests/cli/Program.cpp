@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
-#include <iomanip>
 #include <iterator>
 #include <sstream>
 #ifdef _WIN32

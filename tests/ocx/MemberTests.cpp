@@ -5,9 +5,7 @@
 
 #include <cstdio>
 #include <fstream>
-#include <iterator>
 #include <map>
-#include <memory>
 #include <regex>
 #include <set>
 

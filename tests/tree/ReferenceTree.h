@@ -5,7 +5,6 @@
 #include "tree/modTVW.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <map>
 #include <optional>
 #include <utility>

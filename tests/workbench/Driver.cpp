@@ -3,7 +3,6 @@
 #include "../../apps/workbench/ui/Ids.h"
 
 #include <commctrl.h>
-#include <cstdlib>
 
 namespace dax::test {
 

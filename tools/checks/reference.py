@@ -25,7 +25,7 @@ def check_error_numbers():
         for argument in re.findall(r"\b(?:throw|return) (?:dax::)?Error\(\s*([^,;]+),", text):
             if not argument.startswith("ErrorNumbers::") and not passed_on.fullmatch(argument):
                 problems.append(f"{name}: Error({argument}, …): use a name of src/base/ErrorNumbers.h")
-        if name.startswith(("src/com", "src/ocx")):
+        if name.startswith(("src/com", "src/ocx", "src/controls/win32")):
             for line in re.findall(r"^.*(?:\breturn\b|\bComError\(|\bReturnNone\().*$", text, re.M):
                 codes.update(re.findall(r"(?<![=!]= )\b(?:[A-Z]+_)?E_[A-Z]+\b", line))
     for name in sorted(named - used):

@@ -1,7 +1,5 @@
 #include "pages/EntryPage.h"
 
-#include "ui/Input.h"
-
 #include <utility>
 
 namespace dax::workbench {

@@ -2,7 +2,6 @@
 
 #include "ui/Input.h"
 
-#include <algorithm>
 #include <commctrl.h>
 
 namespace dax::workbench {

@@ -6,7 +6,6 @@
 #include "selftest/Results.h"
 
 #include <functional>
-#include <memory>
 
 namespace dax::workbench::selftest {
 

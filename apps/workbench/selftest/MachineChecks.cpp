@@ -3,7 +3,6 @@
 #include "selftest/Checks.h"
 #include "selftest/Course.h"
 #include "selftest/TestForm.h"
-#include "ui/Input.h"
 #include "ui/Picture.h"
 
 #include "automation/DesignSite.h"

@@ -51,7 +51,6 @@ enum Ids : int {
     idLocks,
     idDisplay,
     idAdministrator,
-    idSession,
     idEntry,
     idDelete,
     idMap,

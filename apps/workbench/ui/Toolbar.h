@@ -6,7 +6,6 @@
 
 #include <commctrl.h>
 
-#include <string>
 #include <vector>
 
 namespace dax::workbench {

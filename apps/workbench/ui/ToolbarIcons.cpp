@@ -2,6 +2,7 @@
 
 #include "controls/win32/ShapePen.h"
 #include "ui/Style.h"
+#include "ui/Toolbar.h"
 
 #include <iterator>
 

@@ -3,8 +3,6 @@
 
 #include "controls/win32/Windows.h" // first: it frees names that the system takes as macros
 
-#include "ui/Toolbar.h"
-
 #include <commctrl.h>
 
 namespace dax::workbench {

@@ -1,7 +1,5 @@
 #include "base/CaseMapping.h"
 
-#include "base/Error.h"
-
 #include <windows.h>
 
 #include <limits>

@@ -3,7 +3,6 @@
 #include "controls/win32/ListViewWindow.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace dax {
 

@@ -6,7 +6,6 @@
 #include "ocx/latebound/HostObject.h"
 
 #include <algorithm>
-#include <optional>
 #include <unordered_set>
 #include <vector>
 

@@ -1,5 +1,4 @@
 // The control as a picture: IViewObject2.
-#include "com/ComError.h"
 #include "controls/win32/GdiSurface.h"
 #include "ocx/hosting/Control.h"
 #include "ocx/hosting/Metafile.h"
