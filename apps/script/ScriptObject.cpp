@@ -101,8 +101,8 @@ HRESULT ScriptObject::Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS* para
         if (text.empty()) text = L"the call has failed";
         *exception = {};
         exception->scode = error.Code();
-        exception->bstrSource = SysAllocString(L"WScript");
-        exception->bstrDescription = SysAllocString(text.c_str());
+        exception->bstrSource = ToBstr(u"WScript");
+        exception->bstrDescription = ToBstr(FromWide(text));
         return DISP_E_EXCEPTION;
     } catch (...) {
         return E_FAIL;

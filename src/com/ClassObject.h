@@ -78,6 +78,8 @@ protected:
         return Call([&] {
             if constexpr (std::is_same_v<Result, BSTR>)
                 *result = ToBstr(action());
+            else if constexpr (std::is_same_v<Result, VARIANT>)
+                Variant(action()).MoveTo(result);
             else if constexpr (std::is_same_v<Result, VARIANT_BOOL>)
                 *result = action() ? VARIANT_TRUE : VARIANT_FALSE;
             else if constexpr (std::is_pointer_v<Result> && !std::is_pointer_v<decltype(action())>)

@@ -1,8 +1,10 @@
 // One template for all enumerators: of a list as it was when the enumeration began.
 #pragma once
 
+#include "com/ComError.h"
 #include "com/ComObject.h"
 #include "com/Library.h"
+#include "com/Variant.h"
 
 #include <memory>
 #include <new>
@@ -17,12 +19,13 @@ class Enumerator final : public ComObject<Implements<Interface, iid>> {
 public:
     using List = std::shared_ptr<const std::vector<Stored>>;
 
-    explicit Enumerator(List list, size_t next = 0) : list(std::move(list)), next(next) {}
+    explicit Enumerator(std::vector<Stored> elements)
+        : Enumerator(std::make_shared<const std::vector<Stored>>(std::move(elements)), 0) {}
 
     // Fails with E_OUTOFMEMORY only.
     static HRESULT Create(std::vector<Stored> elements, Interface** result) {
         if (!result) return E_POINTER;
-        *result = new (std::nothrow) Enumerator(std::make_shared<const std::vector<Stored>>(std::move(elements)));
+        *result = new (std::nothrow) Enumerator(std::move(elements));
         return *result ? S_OK : E_OUTOFMEMORY;
     }
 
@@ -55,9 +58,29 @@ public:
     }
 
 private:
+    Enumerator(List list, size_t next) : list(std::move(list)), next(next) {}
+
     const ModuleLock lock;
     List list;
     size_t next;
 };
+
+template <typename Stored>
+VARIANT CopyToVariant(const Stored& element) {
+    VARIANT copy{};
+    Variant(element).MoveTo(&copy);
+    return copy;
+}
+
+template <typename Stored>
+using VariantEnumerator = Enumerator<IEnumVARIANT, IID_IEnumVARIANT, VARIANT, Stored, CopyToVariant<Stored>>;
+
+// The value of a _NewEnum. Throws ComError.
+template <typename Stored>
+IEnumVARIANT* EnumerateVariants(std::vector<Stored> elements) {
+    IEnumVARIANT* result = nullptr;
+    Check(VariantEnumerator<Stored>::Create(std::move(elements), &result));
+    return result;
+}
 
 } // namespace dax

@@ -1,12 +1,11 @@
 // What a screen reader gets of a window through the system's accessibility interface.
 #pragma once
 
-#include <windows.h>
+#include "com/Variant.h"
 
 #include <oleacc.h>
 
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace dax::workbench::selftest {
@@ -15,35 +14,23 @@ class ScreenReader {
 public:
     explicit ScreenReader(HWND window)
         : opened(AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT), IID_IAccessible,
-                                            reinterpret_cast<void**>(&object))) {}
-    ~ScreenReader() {
-        if (object) object->Release();
-    }
-    ScreenReader(const ScreenReader&) = delete;
-    ScreenReader& operator=(const ScreenReader&) = delete;
+                                            object.OutVoid())) {}
 
     // Whether the window has an accessible object; if not, no other member may be called.
     HRESULT Opened() const { return opened; }
-    IAccessible* operator->() const { return object; }
+    IAccessible* operator->() const { return object.Get(); }
 
-    static VARIANT Child(LONG id) {
-        VARIANT child{};
-        child.vt = VT_I4;
-        child.lVal = id;
-        return child;
-    }
+    static Variant Child(LONG id) { return id; }
     // The numbers of all elements.
     std::vector<LONG> Elements() const {
         LONG count = 0, found = 0;
         object->get_accChildCount(&count);
-        std::vector<VARIANT> children(static_cast<size_t>(count) + 1);
-        AccessibleChildren(object, 0, count, children.data(), &found);
+        std::vector<Variant> children(static_cast<size_t>(count) + 1);
+        AccessibleChildren(object.Get(), 0, count, children.data(), &found);
         std::vector<LONG> numbers;
-        for (LONG i = 0; i < found; ++i) {
-            VARIANT& child = children[static_cast<size_t>(i)];
-            if (child.vt == VT_I4) numbers.push_back(child.lVal);
-            VariantClear(&child);
-        }
+        for (LONG i = 0; i < found; ++i)
+            if (const Variant& child = children[static_cast<size_t>(i)]; child.vt == VT_I4)
+                numbers.push_back(child.lVal);
         return numbers;
     }
     std::wstring Name(LONG id) const { return TextOf(&IAccessible::get_accName, id); }
@@ -57,20 +44,18 @@ public:
 private:
     template <typename Method>
     std::wstring TextOf(Method method, LONG id) const {
-        BSTR text = nullptr;
-        (object->*method)(Child(id), &text);
-        const std::wstring all = text ? std::wstring(text, SysStringLen(text)) : std::wstring();
-        SysFreeString(text);
-        return all;
+        Bstr text;
+        (object.Get()->*method)(Child(id), text.Out());
+        return std::wstring(text.Wide());
     }
     template <typename Method>
     LONG Number(Method method, LONG id) const {
-        VARIANT number{};
-        (object->*method)(Child(id), &number);
+        Variant number;
+        (object.Get()->*method)(Child(id), &number);
         return number.vt == VT_I4 ? number.lVal : -1;
     }
 
-    IAccessible* object = nullptr;
+    ComPtr<IAccessible> object;
     const HRESULT opened;
 };
 

@@ -1,7 +1,6 @@
 #include "controls/win32/Accessible.h"
 
 #include "com/ComObject.h"
-#include "com/ComPtr.h"
 
 #include <oleacc.h>
 
@@ -28,7 +27,8 @@ HRESULT ReturnNumber(LONG number, VARIANT* out) {
     return S_OK;
 }
 
-// A snapshot of elements; the object rejects one that was removed since.
+// A snapshot of elements; the object rejects one that was removed since. The toolkit's Enumerator keeps a COM library
+// loaded, but programs contain this code, too.
 class ElementList final : public ComObject<Implements<IEnumVARIANT, IID_IEnumVARIANT>> {
 public:
     ElementList(std::vector<LONG> elements, ComPtr<IUnknown> owner, size_t next = 0)
@@ -278,6 +278,8 @@ private:
     ComPtr<IAccessible> standard; // the system's object for the window
 };
 
+Accessible::Accessible() = default;
+
 Accessible::~Accessible() { Disconnect(); }
 
 long Accessible::LiveCount() { return liveCount; }
@@ -291,16 +293,16 @@ void Accessible::Disconnect() {
     window = nullptr;
     if (!object) return;
     object->Disconnect();
-    std::exchange(object, nullptr)->Release();
+    object.Reset();
 }
 
 bool Accessible::IsRequested(LPARAM lParam) { return static_cast<LONG>(lParam) == static_cast<LONG>(OBJID_CLIENT); }
 
 LRESULT Accessible::Answer(WPARAM wParam) {
     if (!window) return 0;
-    if (!object) object = new (std::nothrow) AccessibleObject(*this, window);
+    if (!object) object = ComPtr<AccessibleObject>::Adopt(new (std::nothrow) AccessibleObject(*this, window));
     if (!object) return 0;
-    return LresultFromObject(IID_IAccessible, wParam, object);
+    return LresultFromObject(IID_IAccessible, wParam, object.Get());
 }
 
 Accessible::Element Accessible::Neighbour(Element from, LONG direction) {

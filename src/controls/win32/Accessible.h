@@ -2,6 +2,7 @@
 // interface. The object may exist longer than the window: its members then return CO_E_OBJNOTCONNECTED.
 #pragma once
 
+#include "com/ComPtr.h"
 #include "controls/win32/Windows.h"
 
 #include <vector>
@@ -15,7 +16,7 @@ public:
     using Element = LONG;                  // the child id of the interface; lasts as long as the element
     static constexpr Element TheWhole = 0; // CHILDID_SELF
 
-    Accessible() = default;
+    Accessible();
     virtual ~Accessible();
     Accessible(const Accessible&) = delete;
     Accessible& operator=(const Accessible&) = delete;
@@ -59,7 +60,7 @@ protected:
 
 private:
     HWND window = nullptr;
-    AccessibleObject* object = nullptr;
+    ComPtr<AccessibleObject> object;
 };
 
 } // namespace dax

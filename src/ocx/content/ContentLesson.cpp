@@ -2,6 +2,7 @@
 #include "ocx/content/ContentLesson.h"
 
 #include "base/Error.h"
+#include "com/Enumerator.h"
 #include "content/LessonText.h"
 
 namespace dax {
@@ -44,7 +45,7 @@ public:
         return Get(value, [this] {
             std::vector<ComPtr<IDispatch>> objects;
             for (const auto& each : Storyboards().All()) objects.emplace_back(HostObjectOf(each));
-            return EnumerateObjects(std::move(objects));
+            return EnumerateVariants(std::move(objects));
         });
     }
 
@@ -87,7 +88,7 @@ public:
             std::vector<ComPtr<IDispatch>> objects;
             objects.reserve(static_cast<size_t>(maps->Count()));
             for (int32_t i = 0; i < maps->Count(); ++i) objects.emplace_back(HostObjectOf(maps->Item(i)));
-            return EnumerateObjects(std::move(objects));
+            return EnumerateVariants(std::move(objects));
         });
     }
 

@@ -27,15 +27,10 @@ public:
     STDMETHODIMP get_Name(BSTR* value) override { return Get(value, &Core::Name); }
     STDMETHODIMP put_Name(BSTR value) override { return Put(&Core::SetName, value); }
     STDMETHODIMP GetValue(BSTR name, VARIANT defaultValue, VARIANT* value) override {
-        if (!value) return E_POINTER;
-        VariantInit(value);
-        return Call([&] {
+        return Get(value, [&] {
             const Value found = properties->GetValue(FromBstr(name), {});
-            if (!IsNull(found)) {
-                Variant::FromValue(found).MoveTo(value);
-            } else if (!IsMissing(defaultValue)) { // whatever its type, it is returned unchanged
-                Check(VariantCopyInd(value, &defaultValue));
-            }
+            if (!IsNull(found)) return Variant::FromValue(found);
+            return IsMissing(defaultValue) ? Variant() : Dereferenced(defaultValue); // returned unchanged
         });
     }
     STDMETHODIMP SetValue(BSTR name, VARIANT value) override {

@@ -13,24 +13,11 @@ namespace dax {
 
 namespace {
 
-// A host's array or enumeration could be without end.
-constexpr int32_t MaxElements = 1'000'000;
-
 // The private IID of an IDCollectionObject; it leads to its default interface.
 constexpr IID PrivateCollectionID{0x7d1e5d0b, 0x3c0f, 0x4c59, {0xa6, 0x0d, 0x61, 0x0f, 0x53, 0x2d, 0x8e, 0x17}};
 
 const ClassEntry collectionClass{
     &CLSID_IDCollection, &IID__IDCollection, nullptr, L"IDCollection", L"DAX identifiers", nullptr, 0};
-
-VARIANT CopyText(const Text& text) {
-    VARIANT result;
-    VariantInit(&result);
-    result.bstrVal = ToBstr(text);
-    result.vt = VT_BSTR;
-    return result;
-}
-
-using TextEnumerator = Enumerator<IEnumVARIANT, IID_IEnumVARIANT, VARIANT, Text, CopyText>;
 
 class IDCollectionObject final : public DualObject<_IDCollection> {
 public:
@@ -51,11 +38,7 @@ public:
         });
     }
     STDMETHODIMP get__NewEnum(IUnknown** value) override {
-        return Get(value, [this] {
-            IEnumVARIANT* result = nullptr;
-            Check(TextEnumerator::Create({identifiers.begin(), identifiers.end()}, &result));
-            return result;
-        });
+        return Get(value, [this] { return EnumerateVariants<Text>({identifiers.begin(), identifiers.end()}); });
     }
     STDMETHODIMP Add(BSTR identifier, VARIANT key) override {
         return Call([&] {
@@ -147,8 +130,8 @@ private:
             way = Way::Exists;
         else if (host.Has(L"Item"))
             way = Way::Item;
-        else
-            ReadElements();
+        else if (!ReadElements())
+            throw Error(ErrorNumbers::NoSuchMember, u"The collection has neither Exists nor Item nor an enumerator.");
     }
 
     bool Contains(const Text& key) {
@@ -169,53 +152,29 @@ private:
             return !IsNothing(host.TryGetItem(L"Item", Variant(key)));
         } catch (const Error& error) {
             // A list whose Item takes only a number.
-            if (NumberForHost(error.Number()) != ErrorNumbers::TypeMismatch || !EnumeratorOf()) throw;
+            if (NumberForHost(error.Number()) != ErrorNumbers::TypeMismatch || !ReadElements()) throw;
         }
-        ReadElements();
         return elements.contains(key);
     }
 
-    void ReadElements() {
+    // False when the collection is neither a script's array nor has an enumerator.
+    bool ReadElements() {
         std::unordered_set<Text> read;
-        const auto add = [&](const Variant& element) {
-            if (read.size() >= MaxElements)
-                throw Error(ErrorNumbers::Automation, u"The collection has more than 1,000,000 elements.");
-            read.insert(TextFrom(PlainOf(element)));
-        };
+        const auto add = [&read](const Variant& element) { read.insert(TextFrom(PlainOf(element))); };
         if (host.Has(L"length")) {
             const int32_t length = NumberFrom(host.Get(L"length"));
-            if (length > MaxElements)
+            if (length > HostObject::MaxElements)
                 throw Error(ErrorNumbers::Automation, u"The array has more than 1,000,000 elements.");
             for (int32_t i = 0; i < length; ++i) {
                 const std::wstring name = std::to_wstring(i);
                 if (host.Has(name.c_str())) add(host.Get(name.c_str()));
             }
-        } else {
-            const auto enumerator = EnumeratorOf();
-            if (!enumerator)
-                throw Error(ErrorNumbers::NoSuchMember,
-                            u"The collection has neither Exists nor Item nor an enumerator.");
-            for (;;) {
-                Variant element;
-                const HRESULT result = enumerator->Next(1, &element, nullptr);
-                if (FAILED(result)) throw Error(result, u"The collection cannot be enumerated.");
-                if (result != S_OK) break;
-                add(element);
-            }
+        } else if (!host.ForEach(add)) {
+            return false;
         }
         elements.swap(read);
         way = Way::Elements;
-    }
-
-    ComPtr<IEnumVARIANT> EnumeratorOf() const {
-        DISPPARAMS none{};
-        Variant result;
-        const ComPtr<IDispatch> kept(host.Object());
-        if (FAILED(kept->Invoke(DISPID_NEWENUM, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD | DISPATCH_PROPERTYGET,
-                                &none, &result, nullptr, nullptr)) ||
-            (result.vt != VT_UNKNOWN && result.vt != VT_DISPATCH))
-            return {};
-        return Query<IEnumVARIANT>(result.punkVal, IID_IEnumVARIANT);
+        return true;
     }
 
     const HostObject host;

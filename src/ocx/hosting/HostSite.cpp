@@ -1,6 +1,6 @@
 #include "ocx/hosting/HostSite.h"
 
-#include "com/Variant.h"
+#include "com/Dispatch.h"
 
 #include <olectl.h>
 
@@ -19,12 +19,8 @@ constexpr int minDpi = 48, greatestDpi = 960;
 
 // Empty when the host does not supply it.
 Variant AmbientProperty(IDispatch& host, DISPID dispid) {
-    DISPPARAMS none{};
-    Variant result;
-    if (FAILED(
-            host.Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, &result, nullptr, nullptr)))
-        return {};
-    return result;
+    DispatchResult answer = InvokeMember(&host, dispid, DISPATCH_PROPERTYGET);
+    return SUCCEEDED(answer.code) ? std::move(answer.value) : Variant();
 }
 
 void ReadColor(IDispatch& host, DISPID dispid, uint32_t& color) {
@@ -55,11 +51,8 @@ void ReadFont(IDispatch& host, Ambient& ambient) {
     if (value.vt != VT_DISPATCH && value.vt != VT_UNKNOWN) return;
     const auto font = Query<IFont>(value.punkVal, IID_IFont);
     if (!font) return;
-    BSTR name = nullptr;
-    if (SUCCEEDED(font->get_Name(&name))) {
-        if (SysStringLen(name) > 0) ambient.fontName = FromBstr(name);
-        SysFreeString(name);
-    }
+    Bstr name;
+    if (SUCCEEDED(font->get_Name(name.Out())) && !name.Wide().empty()) ambient.fontName = FromBstr(name.Get());
     CY size{};
     if (SUCCEEDED(font->get_Size(&size)) && size.int64 > 0) ambient.fontSize = static_cast<double>(size.int64) / 10000;
     BOOL isOn = FALSE;

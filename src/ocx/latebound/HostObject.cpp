@@ -2,11 +2,11 @@
 
 #include "base/Error.h"
 #include "com/ComError.h"
-#include "com/Enumerator.h"
 
 #include <dispex.h>
 
-#include <array>
+#include <algorithm>
+#include <iterator>
 
 namespace dax {
 
@@ -14,12 +14,18 @@ namespace {
 
 // IDispatchEx; not every system library has it.
 constexpr IID scriptedID{0xa6ef9860, 0xc720, 0x11d0, {0x93, 0x37, 0x00, 0xa0, 0xc9, 0x0d, 0xca, 0xa9}};
-// A host could enumerate for ever.
-constexpr size_t maxElements = 1'000'000;
-// How collections report that they have no such element: invalid call, subscript out of range, invalid argument, bad
-// index, element not found, no such element in a tree, no such item of a database, and errors of managed collections.
-constexpr std::array<uint32_t, 10> notFoundCodes{0x800A0005, 0x800A0009, 0x80070057, 0x8002000B, 0x80070490,
-                                                 0x800A8B11, 0x800A0CC1, 0x80131577, 0x80131508, 0x80131502};
+constexpr int32_t itemNotFound = 3265; // of a collection of a database
+// Of managed collections: no such key, index out of range, argument out of range.
+constexpr uint32_t managedCodes[] = {0x80131577, 0x80131508, 0x80131502};
+
+// How collections report that they have no such element.
+bool IsNotFound(HRESULT code) {
+    for (const int32_t number :
+         {ErrorNumbers::InvalidCall, ErrorNumbers::OutOfRange, ErrorNumbers::ElementNotFound, itemNotFound})
+        if (code == HResultOf(number)) return true;
+    return code == E_INVALIDARG || code == DISP_E_BADINDEX || code == HRESULT_FROM_WIN32(ERROR_NOT_FOUND) ||
+           std::ranges::find(managedCodes, static_cast<uint32_t>(code)) != std::end(managedCodes);
+}
 
 [[noreturn]] void ThrowWrongType() {
     throw Error(ErrorNumbers::TypeMismatch, u"A host object returned a value of the wrong type.");
@@ -43,15 +49,10 @@ Variant Checked(const wchar_t* member, DispatchResult result) {
     return std::move(result.value);
 }
 
-VARIANT CopyObject(const ComPtr<IDispatch>& held) {
-    VARIANT element;
-    VariantInit(&element);
-    element.vt = VT_DISPATCH;
-    element.pdispVal = ComPtr(held).Detach();
-    return element;
+void RequireCountable(int32_t count) {
+    if (count > HostObject::MaxElements)
+        throw Error(ErrorNumbers::Automation, u"The collection has more than 1,000,000 elements.");
 }
-
-using ObjectEnumerator = Enumerator<IEnumVARIANT, IID_IEnumVARIANT, VARIANT, ComPtr<IDispatch>, CopyObject>;
 
 } // namespace
 
@@ -94,9 +95,7 @@ Variant HostObject::Get(const wchar_t* property) const {
 
 Variant HostObject::TryGetItem(const wchar_t* member, const Variant& index) const {
     DispatchResult result = Invoke(Find(member), DISPATCH_METHOD | DISPATCH_PROPERTYGET, {index});
-    for (const uint32_t each : notFoundCodes) {
-        if (static_cast<uint32_t>(result.code) == each) return {};
-    }
+    if (IsNotFound(result.code)) return {};
     return Checked(member, std::move(result));
 }
 
@@ -112,7 +111,7 @@ void HostObject::PutObject(const wchar_t* member, IDispatch* value) const {
     Checked(member, std::move(result));
 }
 
-bool HostObject::Enumerate(std::vector<ComPtr<IDispatch>>& elements) const {
+bool HostObject::ForEach(const std::function<void(const Variant&)>& action) const {
     DispatchResult call = Invoke(DISPID_NEWENUM, DISPATCH_METHOD | DISPATCH_PROPERTYGET);
     if (call.code == DISP_E_MEMBERNOTFOUND) return false;
     const Variant returned = Checked(L"_NewEnum", std::move(call));
@@ -120,24 +119,22 @@ bool HostObject::Enumerate(std::vector<ComPtr<IDispatch>>& elements) const {
     if (returned.vt == VT_UNKNOWN || returned.vt == VT_DISPATCH)
         enumerator = Query<IEnumVARIANT>(returned.punkVal, IID_IEnumVARIANT);
     if (!enumerator) return false;
-    for (;;) {
+    for (int32_t count = 1;; ++count) {
         Variant element;
-        ULONG fetched = 0;
+        ULONG fetched = 1; // not every host sets it
         const HRESULT result = enumerator->Next(1, &element, &fetched);
         if (FAILED(result)) Fail(L"_NewEnum", result);
         if (result != S_OK || fetched == 0) return true;
-        if (elements.size() == maxElements)
-            throw Error(ErrorNumbers::Automation, u"The collection has more than 1,000,000 elements.");
-        elements.push_back(ObjectFrom(element));
+        RequireCountable(count);
+        action(element);
     }
 }
 
 std::vector<ComPtr<IDispatch>> HostObject::Elements() const {
     std::vector<ComPtr<IDispatch>> elements;
-    if (Enumerate(elements)) return elements;
+    if (ForEach([&elements](const Variant& element) { elements.push_back(ObjectFrom(element)); })) return elements;
     const int32_t count = NumberFrom(Call(L"Count"));
-    if (count > 0 && static_cast<size_t>(count) > maxElements)
-        throw Error(ErrorNumbers::Automation, u"The collection has more than 1,000,000 elements.");
+    RequireCountable(count);
     for (int32_t i = 0; i < count; ++i) elements.push_back(ObjectFrom(Call(L"Item", {Variant(i)})));
     return elements;
 }
@@ -174,12 +171,6 @@ ComPtr<IDispatch> ObjectFrom(const Variant& value) {
     auto object = Query<IDispatch>(plain.punkVal, IID_IDispatch);
     if (!object) ThrowWrongType();
     return object;
-}
-
-IUnknown* EnumerateObjects(std::vector<ComPtr<IDispatch>> objects) {
-    IEnumVARIANT* result = nullptr;
-    Check(ObjectEnumerator::Create(std::move(objects), &result));
-    return result;
 }
 
 } // namespace dax

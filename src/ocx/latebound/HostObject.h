@@ -4,6 +4,7 @@
 #include "com/ComPtr.h"
 #include "com/Dispatch.h"
 
+#include <functional>
 #include <initializer_list>
 #include <optional>
 #include <vector>
@@ -14,6 +15,9 @@ namespace dax {
 // another type.
 class HostObject {
 public:
+    // A host could enumerate for ever.
+    static constexpr int32_t MaxElements = 1'000'000;
+
     explicit HostObject(IDispatch* object) : object(object) {}
     virtual ~HostObject() = default;
 
@@ -30,14 +34,15 @@ public:
     Variant TryGetItem(const wchar_t* member, const Variant& index) const;
     void Put(const wchar_t* member, const Variant& value) const;
     void PutObject(const wchar_t* member, IDispatch* value) const;
-    // What For Each would give. Without an enumerator its Count and Item are used, from 0.
+    // What For Each would give; false when the object cannot enumerate.
+    bool ForEach(const std::function<void(const Variant&)>& action) const;
+    // The same as objects. Without an enumerator Count and Item are used, from 0.
     std::vector<ComPtr<IDispatch>> Elements() const;
 
 private:
     std::optional<DISPID> Seek(const wchar_t* member) const;
     DISPID Find(const wchar_t* member) const;
     DispatchResult Invoke(DISPID dispid, WORD kind, std::initializer_list<Variant> arguments = {}) const;
-    bool Enumerate(std::vector<ComPtr<IDispatch>>& elements) const;
 
     ComPtr<IDispatch> object;
 };
@@ -50,8 +55,5 @@ Variant PlainOf(const VARIANT& argument);
 Text TextFrom(const Variant& value);
 int32_t NumberFrom(const Variant& value);
 ComPtr<IDispatch> ObjectFrom(const Variant& value);
-
-// For a collection's _NewEnum: one reference, which the receiver owns.
-IUnknown* EnumerateObjects(std::vector<ComPtr<IDispatch>> objects);
 
 } // namespace dax

@@ -40,9 +40,7 @@ Node& NodeObject::NodeBehind(IUnknown* object, const TreeObjects& requested) {
 }
 
 HRESULT NodeObject::get_Image(VARIANT* value) {
-    if (!value) return E_POINTER;
-    VariantInit(value);
-    return Call([&] { Variant(Target().Image()).MoveTo(value); });
+    return Get(value, [this] { return Target().Image(); });
 }
 
 HRESULT NodeObject::put_Image(VARIANT value) {

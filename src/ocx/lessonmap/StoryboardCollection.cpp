@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "com/ClassObject.h"
+#include "com/Enumerator.h"
 #include "ocx/latebound/HostLesson.h"
 
 #include <unordered_map>
@@ -33,7 +34,7 @@ public:
         return Get(value, [this] {
             std::vector<ComPtr<IDispatch>> objects;
             for (const auto& each : storyboards) objects.emplace_back(HostObjectOf(each));
-            return EnumerateObjects(std::move(objects));
+            return EnumerateVariants(std::move(objects));
         });
     }
 

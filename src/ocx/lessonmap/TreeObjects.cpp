@@ -3,6 +3,7 @@
 #include "ocx/lessonmap/NodeObject.h"
 
 #include "base/Error.h"
+#include "com/Enumerator.h"
 #include "lessonmap/NodeMapTree.h"
 #include "tree/modTVW.h"
 
@@ -50,7 +51,7 @@ public:
             std::vector<ComPtr<IDispatch>> nodes;
             for (Node* node = owner->Tree().FirstInCollection(); node; node = node->NextInCollection())
                 nodes.emplace_back(ComPtr<_Node>::Adopt(owner->ObjectOf(node)));
-            return EnumerateObjects(std::move(nodes));
+            return EnumerateVariants(std::move(nodes));
         });
     }
 

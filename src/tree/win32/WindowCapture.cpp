@@ -3,7 +3,6 @@
 #include <olectl.h>
 
 #include <array>
-#include <utility>
 
 namespace dax {
 
@@ -41,24 +40,10 @@ WindowCapture::WindowCapture(HWND window) {
     description.bmp.hpal = SystemPalette(dc);
     ReleaseDC(window, dc);
     // The picture owns bitmap and palette; without one they are deleted here.
-    if (SUCCEEDED(OleCreatePictureIndirect(&description, IID_IPicture, TRUE, reinterpret_cast<void**>(&picture))))
-        return;
-    picture = nullptr;
+    if (SUCCEEDED(OleCreatePictureIndirect(&description, IID_IPicture, TRUE, picture.OutVoid()))) return;
+    picture = {};
     DeleteObject(bitmap);
     if (description.bmp.hpal) DeleteObject(description.bmp.hpal);
-}
-
-WindowCapture::~WindowCapture() {
-    if (picture) picture->Release();
-}
-
-WindowCapture::WindowCapture(WindowCapture&& other) noexcept
-    : picture(std::exchange(other.picture, nullptr)), size(other.size) {}
-
-WindowCapture& WindowCapture::operator=(WindowCapture&& other) noexcept {
-    std::swap(picture, other.picture);
-    std::swap(size, other.size);
-    return *this;
 }
 
 void WindowCapture::Draw(HDC dc, int x, int y) const {
