@@ -1,12 +1,12 @@
 """Generates the tables of docs/errors.md from src/base/ErrorNumbers.h, the one table of all error numbers.
     python3 tools/lib/errors.py           writes them
     python3 tools/lib/errors.py --check   checks whether they are up to date"""
-import os
 import re
 import sys
+from pathlib import Path
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-PAGE, TABLE = os.path.join("docs", "errors.md"), os.path.join("src", "base", "ErrorNumbers.h")
+ROOT = Path(__file__).resolve().parents[2]
+PAGE, TABLE = "docs/errors.md", "src/base/ErrorNumbers.h"
 # What the modules are called on the page; what base raises can come from everything.
 PLACES = {"base": "everywhere", "data": "databases", "content": "lessons", "controls": "controls", "tree": "trees",
           "hierarchy": "hierarchy", "validation": "validator and picker", "locks": "lock list",
@@ -14,16 +14,14 @@ PLACES = {"base": "everywhere", "data": "databases", "content": "lessons", "cont
 
 
 def read(name):
-    with open(os.path.join(ROOT, name), encoding="utf-8") as file:
-        return file.read()
+    return (ROOT / name).read_text(encoding="utf-8")
 
 
 def sources(top="src"):
-    for folder, _, names in os.walk(os.path.join(ROOT, top)):
-        for name in names:
-            path = os.path.relpath(os.path.join(folder, name), ROOT).replace(os.sep, "/")
-            if name.endswith((".h", ".cpp")) and path != TABLE.replace(os.sep, "/"):
-                yield path, read(path)
+    for path in (ROOT / top).rglob("*.*"):
+        name = path.relative_to(ROOT).as_posix()
+        if name.endswith((".h", ".cpp")) and name != TABLE:
+            yield name, read(name)
 
 
 def numbers():
@@ -78,7 +76,6 @@ def page():
 if __name__ == "__main__":
     new = page()
     if "--check" not in sys.argv:
-        with open(os.path.join(ROOT, PAGE), "w", encoding="utf-8") as out:
-            out.write(new)
+        (ROOT / PAGE).write_text(new, encoding="utf-8")
     elif new != read(PAGE):
         sys.exit("docs/errors.md: not up to date; run python3 tools/lib/errors.py")

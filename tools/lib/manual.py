@@ -1,12 +1,12 @@
 """Generates docs/reference.md from the snapshots of the type libraries, which the tests compare with the libraries.
     python3 tools/lib/manual.py           writes the page
     python3 tools/lib/manual.py --check   checks whether it is up to date"""
-import os
 import re
 import sys
+from pathlib import Path
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-MANUAL = os.path.join(ROOT, "docs", "reference.md")
+ROOT = Path(__file__).resolve().parents[2]
+MANUAL = ROOT / "docs/reference.md"
 TYPES = {"vt2": "Integer", "vt3": "Long", "vt4": "Single", "vt5": "Double", "vt7": "Date", "vt8": "String",
          "vt9": "Object", "vt9*": "Object", "vt11": "Boolean", "vt12": "Variant", "vt13": "Unknown", "vt24": "",
          "vt19": "OLE_COLOR", "vt22": "Long", "vt23": "Long"}
@@ -18,6 +18,10 @@ MEMBER = re.compile(r'  member (-?\d+) slot \d+ flags \d+ kind (\d+) (\S+) (\w+)
 ARGUMENT = re.compile(r"(\S+) (\w+) flags (\d+)(?: default (.*))?$")
 
 
+def lines(path):
+    return path.read_text(encoding="utf-8").splitlines()
+
+
 class Type:
     def __init__(self, kind, name, text):
         self.kind, self.name, self.text = kind, name, text
@@ -26,19 +30,17 @@ class Type:
 
 def read_library(path):
     types = []
-    with open(path, encoding="utf-8") as snapshot:
-        for line in snapshot:
-            line = line.rstrip("\n")
-            if begin := re.match(r'type (\d+) (\w+) \S+ flags \d+ "(.*)"', line):
-                types.append(Type(int(begin[1]), begin[2], begin[3]))
-            elif value := re.match(r"  value (\w+) = (-?\d+)", line):
-                types[-1].values.append((value[1], value[2]))
-            elif interface := re.match(r"  implements (\w+) flags (\d+)", line):
-                types[-1].interfaces.append((interface[1], int(interface[2])))
-            elif member := MEMBER.match(line):
-                types[-1].members.append((int(member[2]), member[3], member[4], member[5], member[6], int(member[1])))
-            elif not line.startswith("library "):
-                sys.exit(f"{os.path.relpath(path, ROOT)}: a line that the manual does not understand: {line}")
+    for line in lines(path):
+        if begin := re.match(r'type (\d+) (\w+) \S+ flags \d+ "(.*)"', line):
+            types.append(Type(int(begin[1]), begin[2], begin[3]))
+        elif value := re.match(r"  value (\w+) = (-?\d+)", line):
+            types[-1].values.append((value[1], value[2]))
+        elif interface := re.match(r"  implements (\w+) flags (\d+)", line):
+            types[-1].interfaces.append((interface[1], int(interface[2])))
+        elif member := MEMBER.match(line):
+            types[-1].members.append((int(member[2]), member[3], member[4], member[5], member[6], int(member[1])))
+        elif not line.startswith("library "):
+            sys.exit(f"{path.relative_to(ROOT)}: a line that the manual does not understand: {line}")
     return types
 
 
@@ -92,14 +94,13 @@ def write_members(out, members):
 
 def read_remarks():
     remarks = {}
-    with open(os.path.join(ROOT, "tools", "lib", "remarks.txt"), encoding="utf-8") as file:
-        for line in file:
-            if line.startswith("#"):
-                continue
-            name, kind, text = line.rstrip("\n").split(" ", 2)
-            if kind not in REMARKS:
-                sys.exit(f"tools/lib/remarks.txt: {kind} is no kind of remark: {line}")
-            remarks.setdefault(name, []).append((kind, text))
+    for line in lines(ROOT / "tools/lib/remarks.txt"):
+        if line.startswith("#"):
+            continue
+        name, kind, text = line.split(" ", 2)
+        if kind not in REMARKS:
+            sys.exit(f"tools/lib/remarks.txt: {kind} is no kind of remark: {line}")
+        remarks.setdefault(name, []).append((kind, text))
     return remarks
 
 
@@ -113,7 +114,7 @@ def write_remarks(out, remarks):
 
 def write_class(out, library, coclass, types, remarks):
     out.append(f"### {coclass.name}\n\n`{library}.{coclass.name}`: {coclass.text}.\n")
-    if os.path.exists(os.path.join(ROOT, "docs", "images", f"{coclass.name}.png")):
+    if (ROOT / f"docs/images/{coclass.name}.png").exists():
         out.append(f"![{coclass.name}](images/{coclass.name}.png)\n")
     elif any(flags & 2 for _, flags in coclass.interfaces):
         sys.exit(f"docs/images/{coclass.name}.png: there is no picture of this control")
@@ -130,8 +131,7 @@ def write_class(out, library, coclass, types, remarks):
 
 
 def read_meanings():
-    with open(os.path.join(ROOT, "tools", "lib", "enumerations.txt"), encoding="utf-8") as file:
-        return dict(line.rstrip("\n").split(" ", 1) for line in file if not line.startswith("#"))
+    return dict(line.split(" ", 1) for line in lines(ROOT / "tools/lib/enumerations.txt") if not line.startswith("#"))
 
 
 def write_enumerations(out, enumerations, meanings):
@@ -159,14 +159,12 @@ def manual():
            "    python3 tools/checks/reference.py                               compares this page with them", ""]
     meanings, remarks = read_meanings(), read_remarks()
     for library in ("DAXControls", "ContentObjects"):
-        types = {entry.name: entry
-                 for entry in read_library(os.path.join(ROOT, "tests", "ocx", f"{library}.snapshot.txt"))}
+        types = {entry.name: entry for entry in read_library(ROOT / f"tests/ocx/{library}.snapshot.txt")}
         out.append(f"## {library}\n")
         for entry in types.values():
             if entry.kind == COCLASS:
                 write_class(out, library, entry, types, remarks.pop(entry.name, []))
-        enumerations = [entry for entry in types.values() if entry.kind == ENUMERATION]
-        if enumerations:
+        if enumerations := [entry for entry in types.values() if entry.kind == ENUMERATION]:
             write_enumerations(out, enumerations, meanings)
     if remarks:
         sys.exit(f"tools/lib/remarks.txt: no such class: {', '.join(remarks)}")
@@ -177,18 +175,10 @@ def manual():
 
 def main():
     text = manual()
-    if "--check" in sys.argv:
-        try:
-            with open(MANUAL, encoding="utf-8") as file:
-                current = file.read()
-        except OSError:
-            current = ""
-        if current != text:
-            sys.exit("docs/reference.md is not what the type libraries say: run python3 tools/lib/manual.py")
-        print(f"docs/reference.md: {text.count(chr(10))} lines, up to date")
-        return
-    with open(MANUAL, "w", encoding="utf-8") as file:
-        file.write(text)
+    if "--check" not in sys.argv:
+        MANUAL.write_text(text, encoding="utf-8")
+    elif text != MANUAL.read_text(encoding="utf-8"):
+        sys.exit("docs/reference.md is not what the type libraries say: run python3 tools/lib/manual.py")
 
 
 main()

@@ -4,17 +4,17 @@
 Every command with --json must have a schema in docs/json, and its output must be valid; its help names every key, and
 docs/command-line.md has the table of the schema. tools/test package uses it with
 the program that was packed."""
-import glob
 import json
 import os
 import re
 import subprocess
 import sys
 import tempfile
+from pathlib import Path
 
 import jsonschema
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+ROOT = Path(__file__).resolve().parents[2]
 # The schema, and the command that prints it on the sample course or connector; each also on odd entries.
 CASES = [("tree", ["tree", "course.db"]), ("tree", ["tree", "course.db", "SAF-G1", "--depth", "1"]),
          ("find", ["find", "course.db", "SAF-1"]), ("find", ["find", "course.db", "in no title"]),
@@ -30,11 +30,8 @@ CASES = [("tree", ["tree", "course.db"]), ("tree", ["tree", "course.db", "SAF-G1
 
 
 def schemas():
-    found = {}
-    for path in sorted(glob.glob(f"{ROOT}/docs/json/*.schema.json")):
-        with open(path, encoding="utf-8") as file:
-            found[os.path.basename(path).split(".")[0]] = json.load(file)
-    return found
+    return {path.name.split(".")[0]: json.loads(path.read_text(encoding="utf-8"))
+            for path in sorted((ROOT / "docs/json").glob("*.schema.json"))}
 
 
 def keys_of(schema, above=""):
@@ -72,8 +69,7 @@ def check_outputs(program, problems):
 def check_words(program, problems):
     """Help and manual name what there is."""
     commands = re.findall(r"^  ([a-z-]+) +\S", run(program, ["help"], ROOT).stdout, re.M)
-    with open(f"{ROOT}/docs/command-line.md", encoding="utf-8") as file:
-        page = file.read()
+    page = (ROOT / "docs/command-line.md").read_text(encoding="utf-8")
     helps = {command: run(program, ["help", command], ROOT).stdout for command in commands}
     for command, text in helps.items():
         if "[--json]" in text and command not in schemas():

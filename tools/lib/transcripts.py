@@ -5,21 +5,21 @@ A line "$ COMMAND" is run by bash in a folder that the commands of a page share.
 $POSTGRES and $MARIADB are connection strings of empty databases (tools/servers), $CLUSTER1 to $CLUSTER3 those of the
 nodes of a cluster (tools/servers start --cluster), whose folder is $CLUSTER.
 tools/test package uses it with the program that was packed."""
-import glob
 import os
 import re
 import subprocess
 import sys
 import tempfile
+from pathlib import Path
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+ROOT = Path(__file__).resolve().parents[2]
 BLOCK = re.compile(r"^```console\n(.*?)^```$", re.M | re.S)
 SERVERS = ("POSTGRES", "MARIADB", "CLUSTER1", "CLUSTER2", "CLUSTER3", "CLUSTER")
 PROGRESS = re.compile(r"(?:reading|editing|saving|writing|copying)[a-z ]*: \d+(?: %)?")  # progress of dax
 
 
 def pages():
-    return ["README.md"] + sorted(os.path.relpath(path, ROOT) for path in glob.glob(f"{ROOT}/docs/*.md"))
+    return ["README.md"] + sorted(f"docs/{path.name}" for path in (ROOT / "docs").glob("*.md"))
 
 
 def run(command, folder, programs):
@@ -49,8 +49,7 @@ def commands_of(block):
 
 
 def check_page(name, programs, folder, problems, write):
-    with open(os.path.join(ROOT, name), encoding="utf-8") as file:
-        text = file.read()
+    text = (ROOT / name).read_text(encoding="utf-8")
 
     def check_block(block):
         lines = []
@@ -67,8 +66,7 @@ def check_page(name, programs, folder, problems, write):
     check_block.count = 0
     text = BLOCK.sub(check_block, text)
     if write:
-        with open(os.path.join(ROOT, name), "w", encoding="utf-8") as file:
-            file.write(text)
+        (ROOT / name).write_text(text, encoding="utf-8")
     return check_block.count
 
 
@@ -80,9 +78,7 @@ def main():
         sys.exit(__doc__)
     programs, problems, lines, count = os.path.abspath(words[0]), [], 0, 0
     for name in words[1:] or pages():
-        with open(os.path.join(ROOT, name), encoding="utf-8") as file:
-            text = file.read()
-        blocks = "".join(BLOCK.findall(text))
+        blocks = "".join(BLOCK.findall((ROOT / name).read_text(encoding="utf-8")))
         missing = [server for server in SERVERS if f"${server}" in blocks and not os.environ.get(f"DAX_TEST_{server}")]
         if missing:
             problems.append(f"{name}: needs {' and '.join(missing)}: eval \"$(tools/servers start build/db)\", for the cluster "
