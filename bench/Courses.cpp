@@ -32,7 +32,7 @@ const test::TestDatabase& Hierarchy(int64_t size, Engine engine) {
 std::shared_ptr<GroupEditor> Loaded(const test::TestDatabase& database, int64_t size, benchmark::State& state) {
     const auto editor = GroupEditor::Create();
     editor->SetConnectionString(database.ConnectionString());
-    editor->Error.Add(
+    editor->Error.AddPermanent(
         [&state](int32_t, const Text& description, const Text&) { state.SkipWithError(ToUtf8(description).c_str()); });
     if (editor->LoadDatabase() && editor->NodeCount() != size + 1) state.SkipWithError("lessons are missing");
     return editor;

@@ -35,7 +35,7 @@ struct Shown {
         manager.connectionString = Locks(count).ConnectionString();
         manager.isAdministrator = true;
         manager.SetupColumns();
-        manager.Error.Add([&state](int32_t, const Text& description, const Text&, const Text&, int32_t&) {
+        manager.Error.AddPermanent([&state](int32_t, const Text& description, const Text&, const Text&, int32_t&) {
             state.SkipWithError(ToUtf8(description).c_str());
         });
         manager.Refresh();

@@ -49,7 +49,7 @@ ExitCode Catalogs(const Arguments& arguments) {
     Load(picker, *list, target, user, arguments.Value(u"--default"));
     const int chosen = list->ListIndex();
     Text description;
-    picker.CatalogChanged.Add(
+    picker.CatalogChanged.AddPermanent(
         [&description](const Text&, const Text&, const Text&, const Text&, const Text& about) { description = about; });
     JsonArray catalogs;
     Output lines;

@@ -17,7 +17,7 @@ constexpr size_t MaxNamed = 5;
 } // namespace
 
 Course::Course(const Target& target) : editor(GroupEditor::Create()) {
-    editor->Error.Add([this](int32_t number, const Text& description, const Text&) {
+    editor->Error.AddPermanent([this](int32_t number, const Text& description, const Text&) {
         failure = {number, description};
     });
     editor->SetDatabaseTitle(target.shown);

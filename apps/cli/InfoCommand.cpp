@@ -41,7 +41,7 @@ ExitCode Info(const Arguments& arguments) {
     lessonInfo.UpdateFrom(&course.Editor());
     LockInfo lockInfo;
     Text failure;
-    lockInfo.Error.Add([&](int32_t, const Text& description) { failure = description; });
+    lockInfo.Error.AddPermanent([&](int32_t, const Text& description) { failure = description; });
     lockInfo.UpdateFrom(&course.Editor());
     const PanelLayout lesson = lessonInfo.Layout(level), locks = lockInfo.Summary().Layout();
     if (arguments.Has(u"--json")) {

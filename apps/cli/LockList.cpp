@@ -44,7 +44,7 @@ LockList::LockList(const Target& target, LockFilter newFilter) : filter(std::mov
     } else if (filter.onlyInvalid) {
         manager.lockDisplayType = ldtInvalidLocks;
     }
-    manager.Error.Add(
+    manager.Error.AddPermanent(
         [this](int32_t number, const Text& description, const Text&, const Text& operation, int32_t& action) {
             if (number == ErrorNumbers::InvalidUseOfNull || number == ErrorNumbers::TypeMismatch) {
                 ++oddValues;

@@ -21,7 +21,7 @@ using modDB::QuoteSQLString;
 Author::Author(int number, const Text& connectionString)
     : name(u"author" + ToText(number)), connectionString(connectionString), random(static_cast<unsigned>(number)) {
     editor->SetConnectionString(connectionString);
-    editor->Error.Add([this](int32_t code, const Text& description, const Text& method) {
+    editor->Error.AddPermanent([this](int32_t code, const Text& description, const Text& method) {
         received += method;
         if (code == 0 || description.empty()) ReportFault("an Error event that says nothing");
     });
@@ -30,10 +30,11 @@ Author::Author(int number, const Text& connectionString)
         locker->mdbMode = false;
         locker->username = name;
         locker->SetupColumns();
-        locker->Error.Add([this](int32_t code, const Text& description, const Text&, const Text& routine, int32_t&) {
-            received += routine;
-            if (code == 0 || description.empty()) ReportFault("an Error event that says nothing");
-        });
+        locker->Error.AddPermanent(
+            [this](int32_t code, const Text& description, const Text&, const Text& routine, int32_t&) {
+                received += routine;
+                if (code == 0 || description.empty()) ReportFault("an Error event that says nothing");
+            });
     }
     manager.lockDisplayType = ldtUserLocks;
     staleLocks.lockDisplayType = ldtInvalidLocks;

@@ -16,27 +16,24 @@ public:
     virtual void Remove(size_t number) = 0;
 };
 
-struct AddedListener {
-    std::weak_ptr<ListenerList> list;
-    size_t number;
-};
-
 // Removes a listener when destroyed or assigned; it may exist longer than the event.
 class Subscription {
 public:
     Subscription() = default;
-    Subscription(AddedListener listener) : added(std::move(listener)) {}
-    Subscription(Subscription&& other) noexcept : added(std::exchange(other.added, {})) {}
+    Subscription(std::weak_ptr<ListenerList> list, size_t number) : list(std::move(list)), number(number) {}
+    Subscription(Subscription&& other) noexcept : list(std::move(other.list)), number(other.number) {}
     Subscription& operator=(Subscription other) noexcept {
-        std::swap(added, other.added);
+        std::swap(list, other.list);
+        std::swap(number, other.number);
         return *this;
     }
     ~Subscription() {
-        if (const auto list = added.list.lock()) list->Remove(added.number);
+        if (const auto held = list.lock()) held->Remove(number);
     }
 
 private:
-    AddedListener added{};
+    std::weak_ptr<ListenerList> list;
+    size_t number = 0;
 };
 
 // A listener may do anything while it is called: add or remove listeners, raise the event again, destroy the
@@ -46,10 +43,14 @@ class Event {
 public:
     using Listener = std::function<void(Arguments...)>;
 
-    // The listener stays as long as the event, or as long as the Subscription to which the result is assigned.
-    AddedListener Add(Listener listener) {
-        listeners->entries.push_back({++listeners->lastNumber, std::make_shared<Listener>(std::move(listener))});
+    // The listener is called as long as the result exists.
+    [[nodiscard]] Subscription Add(Listener listener) {
+        AddPermanent(std::move(listener));
         return {listeners, listeners->lastNumber};
+    }
+    // The listener is called as long as the event exists; what it uses must exist as long.
+    void AddPermanent(Listener listener) {
+        listeners->entries.push_back({++listeners->lastNumber, std::make_shared<Listener>(std::move(listener))});
     }
 
     bool IsEmpty() const { return listeners->entries.empty(); }

@@ -10,15 +10,15 @@ std::shared_ptr<GroupEditor> GroupEditor::Create(PropertyCollectionFactory facto
 }
 
 GroupEditor::GroupEditor(PropertyCollectionFactory factory) : factory(factory), lessonPropertyStore(factory) {
-    subclasser.SelectionChanged().Add([this] {
+    subclasser.SelectionChanged().AddPermanent([this] {
         const auto self = shared_from_this();
         AfterSelectionChange.Raise(CurrentLessonID());
     });
-    dragDrop.AutoExpand().Add([](Node& node) { node.SetExpanded(true); });
-    dragDrop.Ended().Add([this] {
+    dragDrop.AutoExpand().AddPermanent([](Node& node) { node.SetExpanded(true); });
+    dragDrop.Ended().AddPermanent([this] {
         if (!isLoading) subclasser.SetActive(true);
     });
-    dragDrop.Drop().Add([this](Node& node, const DropTarget& target) { OnDrop(node, target); });
+    dragDrop.Drop().AddPermanent([this](Node& node, const DropTarget& target) { OnDrop(node, target); });
     subclasser.RegisterWindows(&tree, nullptr);
 }
 

@@ -91,7 +91,7 @@ public:
     // The window that shows Tree(); null before it is destroyed.
     void AttachWindow(TreeWindow* newWindow);
     NodeTree& Tree() { return tree; }
-    const LMEDragDropSupport& DragDrop() const { return dragDrop; }
+    bool IsDragging() const { return dragDrop.Active(); }
     void SetProgress(HierarchyProgress newProgress) { progress = std::move(newProgress); }
 
     // Input that the window receives. Buttons: 1 left, 2 right; keys and characters by their system codes.

@@ -1,6 +1,6 @@
 #include "lessonmap/LessonMapEditor.h"
 
-#include "lessonmap/LessonMapState.h"
+#include "lessonmap/LessonMapEditorGuards.h"
 #include "lessonmap/modLME.h"
 #include "tree/modTVW.h"
 
@@ -9,13 +9,13 @@
 namespace dax {
 
 LessonMapEditor::LessonMapEditor() {
-    drag.AutoExpand().Add([](Node& node) { node.SetExpanded(true); });
-    drag.Drop().Add([this](Node& dragged, const DropTarget& target) { OnDrop(dragged, target); });
-    subclasser.SelectionChanged().Add([this] { OnSelectionChanged(); });
-    subclasser.CheckStateChanged().Add([this] {
+    dragDrop.AutoExpand().AddPermanent([](Node& node) { node.SetExpanded(true); });
+    dragDrop.Drop().AddPermanent([this](Node& dragged, const DropTarget& target) { OnDrop(dragged, target); });
+    subclasser.SelectionChanged().AddPermanent([this] { OnSelectionChanged(); });
+    subclasser.CheckStateChanged().AddPermanent([this] {
         if (suspendedNotifications == 0) Raise(ItemChecked);
     });
-    SetWindow(nullptr); // which switches the notifications on
+    AttachWindow(nullptr); // which switches the notifications on
 }
 
 // Releasing the reference that hosts hold closes the editor; running operations hold the other one.
@@ -39,15 +39,15 @@ void LessonMapEditor::Close() {
     Error = {};
     CheckboxesChanged = {};
     PropertyChanged = {};
-    SetWindow(nullptr);
+    AttachWindow(nullptr);
 }
 
-void LessonMapEditor::SetWindow(TreeWindow* newWindow) {
-    EndDrag();
+void LessonMapEditor::AttachWindow(TreeWindow* newWindow) {
+    CancelDrag();
     window = newWindow;
-    drag.Bind(isClosed ? nullptr : tree.get(), newWindow);
+    dragDrop.Bind(isClosed ? nullptr : tree.get(), newWindow);
     subclasser.RegisterWindows(isClosed ? nullptr : tree.get(), newWindow);
-    if (window && isFrozen) window->FreezeDisplay(true);
+    if (window && isDisplayLocked) window->FreezeDisplay(true);
 }
 
 void LessonMapEditor::SetImageList(PictureKeys keys) {
@@ -169,7 +169,7 @@ void LessonMapEditor::RaisePropertyChanged(const Text& name) { Raise(PropertyCha
 void LessonMapEditor::SetAllowDragDrop(bool isAllowed) {
     const auto self = shared_from_this();
     const bool isNew = std::exchange(allowDragDrop, isAllowed) != isAllowed;
-    if (!isAllowed) EndDrag();
+    if (!isAllowed) CancelDrag();
     if (isNew) RaisePropertyChanged(u"AllowDragDrop");
 }
 
@@ -191,7 +191,7 @@ void LessonMapEditor::SetCheckboxes(bool isOn) {
 void LessonMapEditor::SetLocked(bool isLocked) {
     const auto self = shared_from_this();
     const bool isNew = std::exchange(locked, isLocked) != isLocked;
-    if (isLocked) EndDrag();
+    if (isLocked) CancelDrag();
     if (isNew) RaisePropertyChanged(u"Locked");
 }
 
@@ -236,7 +236,7 @@ void LessonMapEditor::WriteProperties(PropertyBag& bag) const {
 }
 
 void LessonMapEditor::FreezeDisplay(bool frozen) {
-    if (std::exchange(isFrozen, frozen) != frozen && window) window->FreezeDisplay(frozen);
+    if (std::exchange(isDisplayLocked, frozen) != frozen && window) window->FreezeDisplay(frozen);
 }
 
 void LessonMapEditor::ExpandAll() {

@@ -25,7 +25,7 @@ public:
     LessonMapEditor& operator=(const LessonMapEditor&) = delete;
 
     std::shared_ptr<NodeTree> tvwObject() const { return tree; }
-    void SetWindow(TreeWindow* newWindow); // null for none, before it is destroyed
+    void AttachWindow(TreeWindow* newWindow); // null for none, before it is destroyed
     // The available pictures; nodes get their numbers from it, again when it changes.
     const PictureKeys& ImageList() const { return *imageList; }
     void SetImageList(PictureKeys keys);
@@ -72,7 +72,7 @@ public:
     void MoveCurrent(StoryboardMovementTypes movement);
     Text FindNextSBID(const Text& criteria, FindTypes findType, bool exactMatch, bool wrapSearch) const;
 
-    bool IsDragging() const { return drag.Active(); }
+    bool IsDragging() const { return dragDrop.Active(); }
     // Runs an action of the user; what it throws is reported by Error, with `operation` as the last argument.
     template <typename Action>
     void ReportFailures(const char16_t* operation, const Action& action);
@@ -121,7 +121,7 @@ private:
     void ShowSelected(); // its row comes into view
     void SetAllChecks(bool checked);
     void FreezeDisplay(bool frozen);
-    void EndDrag();
+    void CancelDrag();
     void RaisePropertyChanged(const Text& name);
     void UpdateCaption(const Text& sbid, const Storyboard& storyboard);
     std::vector<Text> CheckedKeys() const;
@@ -139,9 +139,9 @@ private:
     LessonRef lesson;
     bool allowDragDrop = true, checkboxes = false, locked = false, showDefaultMapOnly = false;
     LessonMapEditorCaptionStyles captionStyle = csTitle;
-    LMEDragDropSupport drag;
+    LMEDragDropSupport dragDrop;
     LMESubclasser subclasser;
-    bool isClosed = false, isBusy = false, isFrozen = false, isExpanding = false, isCollapsing = false;
+    bool isClosed = false, isBusy = false, isDisplayLocked = false, isExpanding = false, isCollapsing = false;
     int suspendedNotifications = 0;
     mutable int depth = 0; // nesting of events and of calls to the lesson's objects
     Text sbidBeforeDrag;

@@ -2,7 +2,7 @@
 #include "lessonmap/LessonMapEditor.h"
 
 #include "lessonmap/DetachedMap.h"
-#include "lessonmap/LessonMapState.h"
+#include "lessonmap/LessonMapEditorGuards.h"
 #include "lessonmap/MapBuilder.h"
 #include "lessonmap/modLME.h"
 #include "tree/modTVW.h"
@@ -166,7 +166,7 @@ void LessonMapEditor::RemoveStoryboard(const StoryboardRef& storyboard, bool inc
 }
 
 bool LessonMapEditor::CanMoveCurrent(StoryboardMovementTypes movement) const {
-    return lesson && !drag.Active() && modLME::CanMoveNode(*tree, tree->Selected(), movement);
+    return lesson && !dragDrop.Active() && modLME::CanMoveNode(*tree, tree->Selected(), movement);
 }
 
 void LessonMapEditor::MoveCurrent(StoryboardMovementTypes movement) {
@@ -182,7 +182,7 @@ void LessonMapEditor::MoveCurrent(StoryboardMovementTypes movement) {
     if (IsCurrentLesson(was)) Raise(MapChanged, mctStoryboardMoved);
 }
 
-// Started by the user: no caller receives a failure. EndDrag raises the event of the selection.
+// Started by the user: no caller receives a failure. OnMouseUp raises the event of the selection.
 void LessonMapEditor::OnDrop(Node& dragged, const DropTarget& target) {
     const auto self = shared_from_this();
     const LessonRef was = lesson;

@@ -1,6 +1,7 @@
-// The scopes that the parts of LessonMapEditor share.
+// The scopes that the files of LessonMapEditor share.
 #pragma once
 
+#include "controls/Reentrance.h"
 #include "lessonmap/LessonMapEditor.h"
 
 #include <exception>
@@ -11,19 +12,14 @@ namespace dax {
 // may do so: the tree is incomplete.
 class LessonMapEditor::OperationGuard {
 public:
-    explicit OperationGuard(LessonMapEditor& editor) : editor(editor) {
-        if (editor.isBusy) {
+    explicit OperationGuard(LessonMapEditor& editor) : busy(editor.isBusy) {
+        if (!busy.IsFirst())
             throw dax::Error(ErrorNumbers::Automation,
                              u"The lesson map is being changed; this call is possible only after that has finished.");
-        }
-        editor.isBusy = true;
     }
-    ~OperationGuard() { editor.isBusy = false; }
-    OperationGuard(const OperationGuard&) = delete;
-    OperationGuard& operator=(const OperationGuard&) = delete;
 
 private:
-    LessonMapEditor& editor;
+    const FlagGuard busy;
 };
 
 // The editor's own changes: no selection and check events of the tree. Afterwards notifications are on unless a drag is
@@ -34,7 +30,7 @@ public:
         if (editor.suspendedNotifications++ == 0) editor.subclasser.SetActive(false);
     }
     ~NotificationGuard() {
-        if (--editor.suspendedNotifications == 0) editor.subclasser.SetActive(!editor.drag.Active());
+        if (--editor.suspendedNotifications == 0) editor.subclasser.SetActive(!editor.dragDrop.Active());
     }
     NotificationGuard(const NotificationGuard&) = delete;
     NotificationGuard& operator=(const NotificationGuard&) = delete;

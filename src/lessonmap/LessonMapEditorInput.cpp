@@ -2,7 +2,7 @@
 #include "lessonmap/LessonMapEditor.h"
 
 #include "controls/Reentrance.h"
-#include "lessonmap/LessonMapState.h"
+#include "lessonmap/LessonMapEditorGuards.h"
 #include "tree/modTVW.h"
 
 namespace dax {
@@ -28,51 +28,51 @@ void LessonMapEditor::OnCollapsed(Node& node, bool areCtrlAndShiftDown) {
 void LessonMapEditor::OnKeyDown(int keyCode) {
     const auto self = shared_from_this();
     subclasser.OnKeyDown(keyCode);
-    if (keyCode != deleteKey || drag.Active() || locked) return;
+    if (keyCode != deleteKey || dragDrop.Active() || locked) return;
     if (!modTVW::IsRootNode(tree->Selected())) Raise(DeleteRequest);
 }
 
 bool LessonMapEditor::OnKeyPress(int keyCode) {
     const auto self = shared_from_this();
-    if (keyCode != escapeKey || !drag.Active()) return false;
-    EndDrag();
+    if (keyCode != escapeKey || !dragDrop.Active()) return false;
+    CancelDrag();
     return true;
 }
 
 void LessonMapEditor::OnMouseDown(MouseButton button) {
     const auto self = shared_from_this();
     if (locked) return;
-    if (button == MouseButton::Left && allowDragDrop && !drag.Active()) drag.OnMouseDown();
-    if (button == MouseButton::Right && drag.Active()) EndDrag();
+    if (button == MouseButton::Left && allowDragDrop && !dragDrop.Active()) dragDrop.OnMouseDown();
+    if (button == MouseButton::Right && dragDrop.Active()) CancelDrag();
 }
 
 void LessonMapEditor::OnMouseMove(MouseButton button) {
     const auto self = shared_from_this();
     if (button != MouseButton::Left) return;
-    if (drag.Active()) {
-        drag.OnItemDrag();
+    if (dragDrop.Active()) {
+        dragDrop.OnItemDrag();
         return;
     }
-    if (!drag.ShouldBeginDrag()) return;
+    if (!dragDrop.ShouldBeginDrag()) return;
     ReportFailures(u"Select", [this] {
         if (Node* const node = window->HitTest(window->Pointer()).node) tree->Select(node);
     });
     // The host's handler of the selection may have done anything.
-    if (!drag.ShouldBeginDrag() || isBusy) return;
+    if (!dragDrop.ShouldBeginDrag() || isBusy) return;
     sbidBeforeDrag = CurrentSBID();
     subclasser.SetActive(false);
-    drag.BeginDrag();
+    dragDrop.BeginDrag();
 }
 
 void LessonMapEditor::OnMouseUp(MouseButton button) {
     const auto self = shared_from_this();
     if (button == MouseButton::Left) {
-        const bool wasDrag = drag.Active();
+        const bool wasDrag = dragDrop.Active();
         const LessonRef was = lesson;
         if (wasDrag) {
-            drag.FinishDrag();
+            dragDrop.FinishDrag();
         } else {
-            drag.CancelDrag();
+            dragDrop.CancelDrag();
         }
         // Setting it stops a check event that is due, so only when it is off.
         if (!subclasser.Active() && suspendedNotifications == 0) subclasser.SetActive(true);
@@ -80,13 +80,13 @@ void LessonMapEditor::OnMouseUp(MouseButton button) {
         if (wasDrag && IsCurrentLesson(was) && CurrentSBID() != sbidBeforeDrag) {
             ReportFailures(u"Select", [this] { OnSelectionChanged(); });
         }
-    } else if (button == MouseButton::Right && !drag.Active() && !locked) {
+    } else if (button == MouseButton::Right && !dragDrop.Active() && !locked) {
         Raise(ContextMenuRequest);
     }
 }
 
-void LessonMapEditor::EndDrag() {
-    drag.CancelDrag();
+void LessonMapEditor::CancelDrag() {
+    dragDrop.CancelDrag();
     if (!subclasser.Active() && suspendedNotifications == 0) subclasser.SetActive(true);
 }
 
@@ -105,7 +105,7 @@ void LessonMapEditor::OnTimer(TreeTimer timer) {
     if (timer == TreeTimer::Checkstate) {
         subclasser.OnTimer(timer);
     } else {
-        drag.OnTimer(timer);
+        dragDrop.OnTimer(timer);
     }
 }
 

@@ -15,10 +15,10 @@ TEST(Event, ListenersMayComeGoAndRaiseWhileItIsRaised) {
     Event<std::string&> event;
     Subscription second;
     bool isNested = false;
-    event.Add([&](std::string& received) {
+    event.AddPermanent([&](std::string& received) {
         received += 'a';
         second = {};
-        event.Add([](std::string& later) { later += 'c'; });
+        event.AddPermanent([](std::string& later) { later += 'c'; });
         if (!std::exchange(isNested, true)) event.Raise(received);
     });
     second = event.Add([](std::string& received) { received += 'b'; });
@@ -31,11 +31,11 @@ TEST(Event, ListenersMayComeGoAndRaiseWhileItIsRaised) {
 TEST(Event, AListenerMayDestroyItsOwner) {
     auto event = std::make_unique<Event<>>();
     int calls = 0;
-    event->Add([&] {
+    event->AddPermanent([&] {
         ++calls;
         event.reset();
     });
-    event->Add([&] { calls += 100; });
+    event->AddPermanent([&] { calls += 100; });
     event->Raise();
     EXPECT_EQ(calls, 1);
 }
@@ -47,7 +47,7 @@ TEST(ComboBox, FindsTheFirstExactEntry) {
     for (const auto& [text, index] : {std::pair(u"a", 0), {u"b", 2}, {u"", -1}})
         EXPECT_EQ(modGeneric::FindComboIndex(list, text), index);
     int clicks = 0;
-    list.Click.Add([&clicks] { ++clicks; });
+    list.Click.AddPermanent([&clicks] { ++clicks; });
     for (const auto& [index, selected] : {std::pair(0, 0), {4, -1}, {3, 3}, {-1, -1}, {3, 3}}) {
         list.SetListIndex(index);
         EXPECT_EQ(list.ListIndex(), selected);

@@ -108,10 +108,11 @@ Work DeletingLocks(const Course& course) {
     manager->SetupColumns();
     manager->Refresh();
     for (size_t item = 0; item < list->Items().size(); ++item) list->SetSelected(item, true);
-    manager->Error.Add([failedMethod](int32_t number, const Text& text, const Text&, const Text& routine, int32_t&) {
-        EXPECT_TRUE(number != 0 && !text.empty());
-        if (failedMethod->empty()) *failedMethod = routine;
-    });
+    manager->Error.AddPermanent(
+        [failedMethod](int32_t number, const Text& text, const Text&, const Text& routine, int32_t&) {
+            EXPECT_TRUE(number != 0 && !text.empty());
+            if (failedMethod->empty()) *failedMethod = routine;
+        });
     return {[manager, failedMethod] {
                 manager->DeleteSelected();
                 return *failedMethod != u"DeleteSelected"; // reported by Refresh: they are deleted but cannot be shown

@@ -110,7 +110,7 @@ protected:
     }
     template <typename... Events>
     void CallBackIn(Events&... events) {
-        (events.Add([this](const auto&...) { CallBack(); }), ...);
+        (events.AddPermanent([this](const auto&...) { CallBack(); }), ...);
     }
 
     Bytes bytes;

@@ -114,7 +114,7 @@ private:
         manager.isAdministrator = true;
         manager.SetupColumns();
         bool isReported = false;
-        manager.Error.Add([&isReported](int32_t number, const Text& text, const Text&, const Text&, int32_t&) {
+        manager.Error.AddPermanent([&isReported](int32_t number, const Text& text, const Text&, const Text&, int32_t&) {
             Require(number != 0 && !text.empty(), "an error has a number and a text");
             isReported = true;
         });

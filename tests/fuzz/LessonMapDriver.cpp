@@ -94,13 +94,13 @@ public:
     explicit LessonMapDriver(Input input)
         : ControlDriver(input, LessonMapEditor::Create()), lesson(test::MakeLesson(bytes.OneOf(lessons))) {
         window.client.bottom = 100'000;
-        control->SetWindow(&window);
+        control->AttachWindow(&window);
         control->SetLesson(lesson);
         // A page in two maps shows once; the layouts follow when they are written back.
         (void)control->CheckedStoryboards();
         Check();
         model = Model(*tree, *lesson);
-        control->MapChanged.Add([this](MapChangeTypes type) { events += std::to_string(type); });
+        control->MapChanged.AddPermanent([this](MapChangeTypes type) { events += std::to_string(type); });
         CallBackIn(control->AfterSelectionChange, control->ItemChecked, control->MapChanged, control->DeleteRequest,
                    control->ContextMenuRequest);
     }

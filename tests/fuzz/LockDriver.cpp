@@ -35,7 +35,7 @@ public:
         control->username = u"ann";
         control->SetupColumns();
         CallBackIn(control->SelectionChanged, control->DeleteRequest);
-        control->Error.Add([this](int32_t number, const Text& text, const Text&, const Text&, int32_t& act) {
+        control->Error.AddPermanent([this](int32_t number, const Text& text, const Text&, const Text&, int32_t& act) {
             Require(number != 0 && !text.empty(), "an error has a number and a text");
             static constexpr int32_t actions[] = {0, actIgnore, actIgnore, actIgnore, actRetry, actAbort};
             act = bytes.OneOf(actions);
@@ -68,7 +68,8 @@ private:
     // Whatever came before: shown is what there is.
     void Finish() override {
         callsBack = false;
-        control->Error.Add([](int32_t, const Text&, const Text&, const Text&, int32_t& act) { act = actIgnore; });
+        control->Error.AddPermanent(
+            [](int32_t, const Text&, const Text&, const Text&, int32_t& act) { act = actIgnore; });
         control->connectionString = Reachable();
         control->lockDisplayType = ldtAllLocks;
         control->RebuildDisplay();

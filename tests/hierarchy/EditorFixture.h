@@ -66,11 +66,11 @@ inline Text ShapeFrom(const Node* node) {
 // An editor that records every event.
 struct RecordingEditor {
     RecordingEditor() {
-        editor->AfterSelectionChange.Add([this](const Text& id) { received += u"S" + id + u" "; });
-        editor->DataChanged.Add([this] { received += u"D "; });
-        editor->DeleteRequest.Add([this] { received += u"X "; });
-        editor->DblClick.Add([this] { received += u"2 "; });
-        editor->Error.Add([this](int32_t number, const Text& description, const Text& method) {
+        editor->AfterSelectionChange.AddPermanent([this](const Text& id) { received += u"S" + id + u" "; });
+        editor->DataChanged.AddPermanent([this] { received += u"D "; });
+        editor->DeleteRequest.AddPermanent([this] { received += u"X "; });
+        editor->DblClick.AddPermanent([this] { received += u"2 "; });
+        editor->Error.AddPermanent([this](int32_t number, const Text& description, const Text& method) {
             received += u"E" + method + u" ";
             errorNumber = number;
             error = description;

@@ -235,7 +235,7 @@ struct Bag : PropertyBag, std::map<Text, Value> {
 
 TEST_F(EditorOnFile, PropertiesAndDisplay) {
     Text changed;
-    editor->PropertyChanged.Add([&](const Text& name) { changed += name + u" "; });
+    editor->PropertyChanged.AddPermanent([&](const Text& name) { changed += name + u" "; });
     test::FakeTreeWindow window(editor->Tree()), another(editor->Tree());
     editor->AttachWindow(&window);
     Bag usual, set, odd;
@@ -319,7 +319,7 @@ TEST_F(EditorOnFile, ACancelledDragLeavesTheNotificationsOn) {
         window.MoveTo(to);
         editor->OnMouseMove(buttons, window.At(At(from)));
         editor->OnMouseMove(buttons, to);
-        return editor->DragDrop().Active();
+        return editor->IsDragging();
     };
     editor->ExpandAll();
     const Point behindA = window.At(At(u"a"), 10);
@@ -330,16 +330,16 @@ TEST_F(EditorOnFile, ACancelledDragLeavesTheNotificationsOn) {
         ASSERT_TRUE(drag(u"b", behindA));
         editor->OnMouseDown(MouseButton::Left); // nor does it begin again
         editor->OnMouseUp(MouseButton::Right);
-        EXPECT_TRUE(editor->DragDrop().Active());
+        EXPECT_TRUE(editor->IsDragging());
         end();
-        EXPECT_FALSE(editor->DragDrop().Active());
+        EXPECT_FALSE(editor->IsDragging());
         const bool isForbidden = editor->Locked() || !editor->AllowDragDrop();
         EXPECT_EQ(drag(u"b", behindA), !isForbidden);
         if (!isForbidden) editor->OnKeyPress(27);
         editor->SetLocked(false);
         editor->SetAllowDragDrop(true);
         editor->OnMouseMove(MouseButton::Left, behindA); // what was pressed before does not count
-        EXPECT_FALSE(editor->DragDrop().Active());
+        EXPECT_FALSE(editor->IsDragging());
     }
     EXPECT_FALSE(drag(u"b", behindA, MouseButton::Right) || drag(u"b", behindA, MouseButton::Left, MouseButton::Right));
     editor->OnMouseUp(MouseButton::Left);
@@ -354,7 +354,7 @@ TEST_F(EditorOnFile, ACancelledDragLeavesTheNotificationsOn) {
     EXPECT_EQ(Shape() + Take(), u"(g(a b s(c d)) h)D Sb ");
     ASSERT_TRUE(drag(u"a", window.At(At(u"h"), 10)));
     editor->RemoveLesson(u"a", true); // the dragged one
-    EXPECT_FALSE(editor->DragDrop().Active());
+    EXPECT_FALSE(editor->IsDragging());
     Take();
     editor->SetCurrentLessonID(u"h");
     EXPECT_EQ(Take(), u"Sh ");

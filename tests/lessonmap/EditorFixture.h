@@ -15,24 +15,24 @@ protected:
     ~EditorFixture() override {
         if (!editor) return;
         EXPECT_EQ(window->held, 0) << "what is not drawn any more";
-        editor->SetWindow(nullptr); // the window is removed first
+        editor->AttachWindow(nullptr); // the window is removed first
     }
 
     void MakeEditor() {
-        if (editor) editor->SetWindow(nullptr);
+        if (editor) editor->AttachWindow(nullptr);
         editor = LessonMapEditor::Create();
         tree = editor->tvwObject();
         window = std::make_unique<FakeTreeWindow>(*tree);
-        editor->SetWindow(window.get());
-        editor->BeforeSelectionChange.Add([this](const auto&, const auto&, bool&) { Record("before"); });
-        editor->AfterSelectionChange.Add(
+        editor->AttachWindow(window.get());
+        editor->BeforeSelectionChange.AddPermanent([this](const auto&, const auto&, bool&) { Record("before"); });
+        editor->AfterSelectionChange.AddPermanent(
             [this](const auto& page) { Record("selected " + (page ? ToUtf8(page->SBID()) : "-")); });
-        editor->ItemChecked.Add([this] { Record("checked"); });
-        editor->MapChanged.Add([this](MapChangeTypes type) { Record("changed " + std::to_string(type)); });
-        editor->DeleteRequest.Add([this] { Record("delete"); });
-        editor->ContextMenuRequest.Add([this] { Record("menu"); });
-        editor->CheckboxesChanged.Add([this] { Record("boxes"); });
-        editor->Error.Add(
+        editor->ItemChecked.AddPermanent([this] { Record("checked"); });
+        editor->MapChanged.AddPermanent([this](MapChangeTypes type) { Record("changed " + std::to_string(type)); });
+        editor->DeleteRequest.AddPermanent([this] { Record("delete"); });
+        editor->ContextMenuRequest.AddPermanent([this] { Record("menu"); });
+        editor->CheckboxesChanged.AddPermanent([this] { Record("boxes"); });
+        editor->Error.AddPermanent(
             [this](int32_t, const Text& text, const Text& action) { Record("error " + ToUtf8(text + u" " + action)); });
     }
 

@@ -143,8 +143,8 @@ protected:
 private:
     template <typename TheEvent>
     void AddFaults(TheEvent& event) {
-        event.Add([this](const auto&...) { faults.Tick(); });
-        event.Add([this](const auto&...) { ASSERT_TRUE(editor) << "an event of a released editor"; });
+        event.AddPermanent([this](const auto&...) { faults.Tick(); });
+        event.AddPermanent([this](const auto&...) { ASSERT_TRUE(editor) << "an event of a released editor"; });
     }
 };
 

@@ -219,7 +219,7 @@ TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
         {"left press in a drag", inADrag(press(MouseButton::Left)), "dragging, selected e", "selected e"},
         {"locked in a drag", inADrag([&] { editor->SetLocked(true); }), "selected e", "selected e"},
         {"forbidden in a drag", inADrag([&] { editor->SetAllowDragDrop(false); }), "selected e", "selected e"},
-        {"no window in a drag", inADrag([&] { editor->SetWindow(nullptr); }), "selected e", "selected e"},
+        {"no window in a drag", inADrag([&] { editor->AttachWindow(nullptr); }), "selected e", "selected e"},
         {"moved with the right button", pressAndMove(MouseButton::Right, MouseButton::None), "", ""},
         {"pressed, released, moved", pressAndMove(MouseButton::Left, MouseButton::Left), "", ""},
         {"dropped", [&] { drop(u"d", u"b"); }, "changed 2, selected b", ""},
@@ -235,7 +235,7 @@ TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
         for (const auto& [what, act, events, eventsWhenLocked] : cases) {
             SCOPED_TRACE(what);
             Open("A: a( b c ) d | B: e");
-            editor->SetWindow(window.get());
+            editor->AttachWindow(window.get());
             editor->ExpandAll();
             editor->SetAllowDragDrop(true);
             editor->SetLocked(isLocked);
@@ -275,9 +275,9 @@ TEST_F(LessonMapEditorTest, TheDisplayIsLockedForWhicheverWindow) {
     }
     EXPECT_EQ(window->freezes, 3) << "calls do not nest";
     test::FakeTreeWindow other(*tree);
-    editor->SetWindow(&other);
+    editor->AttachWindow(&other);
     EXPECT_TRUE(other.isFrozen);
-    editor->SetWindow(window.get());
+    editor->AttachWindow(window.get());
     EXPECT_EQ(other.held, 0);
     // An editor without a window, and how it ends.
     auto made = LessonMapEditor::Create();
@@ -329,7 +329,7 @@ TEST_F(LessonMapEditorTest, PropertiesAreKeptAndReported) {
     EXPECT_TRUE(bag.empty()) << "the defaults";
     // The host is notified of what it has to save, and not when a property is set to its value.
     std::string events;
-    editor->PropertyChanged.Add([&events](const Text& name) { events += ToUtf8(name) + " "; });
+    editor->PropertyChanged.AddPermanent([&events](const Text& name) { events += ToUtf8(name) + " "; });
     for (int round = 0; round < 2; ++round) {
         editor->SetAllowDragDrop(false);
         editor->SetCaptionStyle(csIdentifier);

@@ -23,9 +23,9 @@ protected:
         manager.connectionString = database.ConnectionString();
         manager.username = u"ann";
         manager.SetupColumns();
-        manager.SelectionChanged.Add([this](LockDeleteTypes type) { selections.push_back(type); });
-        manager.Error.Add([this](int32_t number, const Text& description, const Text& occasion, const Text& routine,
-                                 int32_t& action) {
+        manager.SelectionChanged.AddPermanent([this](LockDeleteTypes type) { selections.push_back(type); });
+        manager.Error.AddPermanent([this](int32_t number, const Text& description, const Text& occasion,
+                                          const Text& routine, int32_t& action) {
             errors.push_back(ToUtf8(routine + u", " + occasion + u", " + ToText(number) + u": " + description));
             if (answers.empty()) return;
             action = answers.front();
@@ -149,7 +149,7 @@ TEST_F(LockManagerTest, ColumnsSortAndAreRebuilt) {
     Select(1);
     manager.ListClicked();
     EXPECT_EQ(selections.back(), ldtCanDelete);
-    manager.DeleteRequest.Add([&](LockDeleteTypes type) { requests.push_back(type); });
+    manager.DeleteRequest.AddPermanent([&](LockDeleteTypes type) { requests.push_back(type); });
     manager.KeyDown(46);
     manager.KeyDown(45);
     Select(1, false);

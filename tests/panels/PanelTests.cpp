@@ -154,7 +154,7 @@ TEST_F(PanelTest, LockInfoShowsItsSuffixAndReportsFailures) {
     database.Run({test::LockStatement(u"l1", u"'ann'", 1), test::LockStatement(u"l1", u"'bob'", 3)});
     LockInfo info;
     std::set<int32_t> numbers;
-    info.Error.Add([&](int32_t number, const Text&) { numbers.insert(number); });
+    info.Error.AddPermanent([&](int32_t number, const Text&) { numbers.insert(number); });
     LinesOf(info, u"l1");
     FakeSurface surface(200, 300), narrow(200, 10);
     info.Paint(surface);

@@ -30,7 +30,7 @@ protected:
                        u"'Same title', 'about 12'), (13, 'delta', 'login13', 'secret13', 'Delta', 'about 13')",
                        u"INSERT INTO velmoraDBUserRights (userID, dbID, rights) VALUES (2, 11, 1), (2, 12, 2), (2, 13, "
                        u"NULL)"});
-        picker.CatalogChanged.Add(
+        picker.CatalogChanged.AddPermanent(
             [this](const Text& catalog, const Text& login, const Text& password, const Text& title, const Text& about) {
                 received.push_back(ToUtf8(catalog + u"|" + login + u"|" + password + u"|" + title + u"|" + about));
             });

@@ -250,7 +250,7 @@ TEST(Validator, ShowsThatItIsBusyAndWhatItDidNotExpect) {
     CreateTables(database, Schema::Database::Content);
     DatabaseValidator validator;
     std::vector<StatusDisplay> shown;
-    validator.Changed.Add([&] { shown.push_back(validator.Display()); });
+    validator.Changed.AddPermanent([&] { shown.push_back(validator.Display()); });
     validator.ProcessMessages = [&] { // another validation within it is refused
         EXPECT_EQ(validator.ErrorType(), veNone);
         EXPECT_FALSE(validator.ValidateDataConnection(u"nested", u"nested", false));

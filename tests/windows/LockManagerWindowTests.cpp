@@ -23,8 +23,10 @@ struct LockHost {
         control->InitProperties();
         manager.connectionString = database.ConnectionString();
         manager.username = u"ann";
-        manager.SelectionChanged.Add([this](LockDeleteTypes type) { received += "S" + std::to_string(type) + " "; });
-        manager.DeleteRequest.Add([this](LockDeleteTypes type) { received += "X" + std::to_string(type) + " "; });
+        manager.SelectionChanged.AddPermanent(
+            [this](LockDeleteTypes type) { received += "S" + std::to_string(type) + " "; });
+        manager.DeleteRequest.AddPermanent(
+            [this](LockDeleteTypes type) { received += "X" + std::to_string(type) + " "; });
         SetFocus(control->Handle());
         manager.Refresh();
         ProcessPendingMessages();
@@ -163,7 +165,7 @@ TEST(LockManagerWindow, SeveralRowsAreSelectedAndDeleted) {
     }
 
     // A host that handles the request: of what is selected it deletes what it may.
-    host.manager.DeleteRequest.Add([&](LockDeleteTypes) { host.manager.DeleteSelected(); });
+    host.manager.DeleteRequest.AddPermanent([&](LockDeleteTypes) { host.manager.DeleteSelected(); });
     host.Do([&](UserInput& user) {
         click(0)(user);
         with(VK_SHIFT, click(2))(user);

@@ -158,14 +158,14 @@ protected:
 
 struct EditorHost : TreeHostOf<GroupEditorWindow> {
     explicit EditorHost(int height = 360) {
-        Editor().AfterSelectionChange.Add([this](const Text& id) { Record("selected " + ToUtf8(id)); });
-        Editor().DataChanged.Add([this] { Record("changed"); });
-        Editor().DeleteRequest.Add([this] { Record("delete"); });
-        Editor().DblClick.Add([this] { Record("double"); });
+        Editor().AfterSelectionChange.AddPermanent([this](const Text& id) { Record("selected " + ToUtf8(id)); });
+        Editor().DataChanged.AddPermanent([this] { Record("changed"); });
+        Editor().DeleteRequest.AddPermanent([this] { Record("delete"); });
+        Editor().DblClick.AddPermanent([this] { Record("double"); });
         Show(height);
     }
     NodeTree& Model() const override { return Editor().Tree(); }
-    bool IsDragging() const override { return Editor().DragDrop().Active(); }
+    bool IsDragging() const override { return Editor().IsDragging(); }
 
     // The maps become groups.
     void Open(const std::string& text) override {
@@ -196,13 +196,13 @@ struct EditorHost : TreeHostOf<GroupEditorWindow> {
 struct LessonMapHost : TreeHostOf<LessonMapEditorWindow> {
     explicit LessonMapHost(bool hasBoxes = false, int height = 360) {
         Editor().SetCheckboxes(hasBoxes);
-        Editor().BeforeSelectionChange.Add([this](const auto&, const auto&, bool&) { Record("before"); });
-        Editor().AfterSelectionChange.Add(
+        Editor().BeforeSelectionChange.AddPermanent([this](const auto&, const auto&, bool&) { Record("before"); });
+        Editor().AfterSelectionChange.AddPermanent(
             [this](const auto& page) { Record("selected " + (page ? ToUtf8(page->SBID()) : "-")); });
-        Editor().ItemChecked.Add([this] { Record("checked"); });
-        Editor().MapChanged.Add([this](MapChangeTypes type) { Record("changed " + std::to_string(type)); });
-        Editor().DeleteRequest.Add([this] { Record("delete"); });
-        Editor().ContextMenuRequest.Add([this] { Record("menu"); });
+        Editor().ItemChecked.AddPermanent([this] { Record("checked"); });
+        Editor().MapChanged.AddPermanent([this](MapChangeTypes type) { Record("changed " + std::to_string(type)); });
+        Editor().DeleteRequest.AddPermanent([this] { Record("delete"); });
+        Editor().ContextMenuRequest.AddPermanent([this] { Record("menu"); });
         Show(height);
     }
     NodeTree& Model() const override { return *Editor().tvwObject(); }

@@ -22,7 +22,7 @@ std::wstring DescribeEditLocks(const std::wstring& connection, const std::vector
     manager.connectionString = ToCore(connection);
     manager.SetupColumns();
     std::wstring failure;
-    manager.Error.Add([&failure](int32_t, const Text& description, const Text&, const Text&, int32_t& action) {
+    manager.Error.AddPermanent([&failure](int32_t, const Text& description, const Text&, const Text&, int32_t& action) {
         failure = FromCore(description);
         action = actAbort;
     });

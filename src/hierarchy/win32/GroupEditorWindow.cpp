@@ -13,15 +13,15 @@ GroupEditorWindow::GroupEditorWindow() : WindowBase(L"DAXGroupEditor") {
     editor->AttachWindow(treeView.get());
     // The tree belongs to the window; the editor may exist longer, held by a caller.
     GroupEditor* const target = editor.get();
-    treeView->MouseDown.Add([target](MouseButton button, Point) { target->OnMouseDown(button); });
-    treeView->MouseMove.Add([target](MouseButton button, Point point) { target->OnMouseMove(button, point); });
-    treeView->MouseUp.Add([target](MouseButton button, Point) { target->OnMouseUp(button); });
-    treeView->KeyDown.Add([target](int key) { target->OnKeyDown(key); });
-    treeView->KeyPress.Add([target](char16_t character) { target->OnKeyPress(character); });
-    treeView->DblClick.Add([target](Point, bool) { target->OnDblClick(); });
-    treeView->Collapsed.Add([target](Node& node) { target->OnCollapsed(node); });
-    treeView->DragLost.Add([target] { target->OnKeyPress(VK_ESCAPE); });
-    treeView->Timer.Add([target](TreeTimer timer) { target->OnTimer(timer); });
+    treeView->MouseDown.AddPermanent([target](MouseButton button, Point) { target->OnMouseDown(button); });
+    treeView->MouseMove.AddPermanent([target](MouseButton button, Point point) { target->OnMouseMove(button, point); });
+    treeView->MouseUp.AddPermanent([target](MouseButton button, Point) { target->OnMouseUp(button); });
+    treeView->KeyDown.AddPermanent([target](int key) { target->OnKeyDown(key); });
+    treeView->KeyPress.AddPermanent([target](char16_t character) { target->OnKeyPress(character); });
+    treeView->DblClick.AddPermanent([target](Point, bool) { target->OnDblClick(); });
+    treeView->Collapsed.AddPermanent([target](Node& node) { target->OnCollapsed(node); });
+    treeView->DragLost.AddPermanent([target] { target->OnKeyPress(VK_ESCAPE); });
+    treeView->Timer.AddPermanent([target](TreeTimer timer) { target->OnTimer(timer); });
 }
 
 GroupEditorWindow::~GroupEditorWindow() {
@@ -78,7 +78,7 @@ bool GroupEditorWindow::TranslateKey(const MSG& message) {
     const WPARAM key = message.wParam;
     return IsKeyDownIn(treeView->Handle(), message) &&
            (TreeViewWindow::IsOwnKey(key) || (key == VK_RETURN && editor->Locked()) ||
-            (key == VK_ESCAPE && editor->DragDrop().Active())) &&
+            (key == VK_ESCAPE && editor->IsDragging())) &&
            Deliver(message);
 }
 

@@ -1,5 +1,6 @@
 #include "lessonmap/win32/LessonMapEditorWindow.h"
 
+#include "controls/Reentrance.h"
 #include "lessonmap/win32/StoryboardPictures.h"
 
 #include <utility>
@@ -10,18 +11,6 @@ namespace {
 
 bool AreCtrlAndShiftDown() { return GetKeyState(VK_CONTROL) < 0 && GetKeyState(VK_SHIFT) < 0; }
 
-// What a bag gives need not be saved again.
-class Reading {
-public:
-    explicit Reading(bool& flag) : flag(flag) { flag = true; }
-    ~Reading() { flag = false; }
-    Reading(const Reading&) = delete;
-    Reading& operator=(const Reading&) = delete;
-
-private:
-    bool& flag;
-};
-
 } // namespace
 
 LessonMapEditorWindow::LessonMapEditorWindow() : WindowBase(L"DAXLessonMapEditor") {
@@ -29,25 +18,25 @@ LessonMapEditorWindow::LessonMapEditorWindow() : WindowBase(L"DAXLessonMapEditor
         if (PropertyChanged && !isReading) PropertyChanged(name);
     });
     boxListener = editor->CheckboxesChanged.Add([this] { ApplyCheckBoxes(); });
-    editor->SetWindow(treeView.get());
+    editor->AttachWindow(treeView.get());
     // The tree belongs to the window; the editor may exist longer, held by a caller.
     LessonMapEditor* const target = editor.get();
-    treeView->MouseDown.Add([target](MouseButton button, Point) { target->OnMouseDown(button); });
-    treeView->MouseMove.Add([target](MouseButton button, Point) { target->OnMouseMove(button); });
-    treeView->MouseUp.Add([target](MouseButton button, Point) { target->OnMouseUp(button); });
-    treeView->Click.Add([target](Point point, bool isCtrlDown) { target->OnClick(point, isCtrlDown); });
-    treeView->DblClick.Add([target](Point point, bool isCtrlDown) { target->OnDblClick(point, isCtrlDown); });
-    treeView->KeyDown.Add([target](int key) { target->OnKeyDown(key); });
-    treeView->KeyPress.Add([target](char16_t character) { target->OnKeyPress(character); });
-    treeView->Expanded.Add([target](Node& node) { target->OnExpanded(node, AreCtrlAndShiftDown()); });
-    treeView->Collapsed.Add([target](Node& node) { target->OnCollapsed(node, AreCtrlAndShiftDown()); });
-    treeView->MenuKey.Add([target] { target->OnMouseUp(MouseButton::Right); }); // the same rules
-    treeView->DragLost.Add([target] { target->OnKeyPress(VK_ESCAPE); });
-    treeView->Timer.Add([target](TreeTimer timer) { target->OnTimer(timer); });
+    treeView->MouseDown.AddPermanent([target](MouseButton button, Point) { target->OnMouseDown(button); });
+    treeView->MouseMove.AddPermanent([target](MouseButton button, Point) { target->OnMouseMove(button); });
+    treeView->MouseUp.AddPermanent([target](MouseButton button, Point) { target->OnMouseUp(button); });
+    treeView->Click.AddPermanent([target](Point point, bool isCtrlDown) { target->OnClick(point, isCtrlDown); });
+    treeView->DblClick.AddPermanent([target](Point point, bool isCtrlDown) { target->OnDblClick(point, isCtrlDown); });
+    treeView->KeyDown.AddPermanent([target](int key) { target->OnKeyDown(key); });
+    treeView->KeyPress.AddPermanent([target](char16_t character) { target->OnKeyPress(character); });
+    treeView->Expanded.AddPermanent([target](Node& node) { target->OnExpanded(node, AreCtrlAndShiftDown()); });
+    treeView->Collapsed.AddPermanent([target](Node& node) { target->OnCollapsed(node, AreCtrlAndShiftDown()); });
+    treeView->MenuKey.AddPermanent([target] { target->OnMouseUp(MouseButton::Right); }); // the same rules
+    treeView->DragLost.AddPermanent([target] { target->OnKeyPress(VK_ESCAPE); });
+    treeView->Timer.AddPermanent([target](TreeTimer timer) { target->OnTimer(timer); });
 }
 
 LessonMapEditorWindow::~LessonMapEditorWindow() {
-    editor->SetWindow(nullptr);
+    editor->AttachWindow(nullptr);
     if (pictures) ImageList_Destroy(pictures);
 }
 
@@ -68,7 +57,7 @@ bool LessonMapEditorWindow::SetPictures(HIMAGELIST images, const PictureKeys& ke
 
 void LessonMapEditorWindow::ReadProperties(PropertyBag& bag) {
     WindowBase::ReadProperties(bag);
-    const Reading reading(isReading);
+    const FlagGuard reading(isReading); // what a bag gives need not be saved again
     editor->ReadProperties(bag);
 }
 

@@ -9,13 +9,13 @@ LockManagerWindow::LockManagerWindow() : WindowBase(L"DAXLockManager") {
     // The list and the manager hold each other only weakly: the window owns both.
     const std::weak_ptr<LockManager> weakManager = manager;
     const std::weak_ptr<ListViewWindow> weakList = list;
-    list->Click.Add([weakManager] {
+    list->Click.AddPermanent([weakManager] {
         if (const auto held = weakManager.lock()) held->ListClicked();
     });
-    list->KeyDown.Add([weakManager](int key) {
+    list->KeyDown.AddPermanent([weakManager](int key) {
         if (const auto held = weakManager.lock()) held->KeyDown(key);
     });
-    list->ColumnClick.Add([weakManager, weakList](size_t column) {
+    list->ColumnClick.AddPermanent([weakManager, weakList](size_t column) {
         const auto held = weakManager.lock();
         if (!held) return;
         held->ColumnClicked(column);
