@@ -14,7 +14,8 @@ namespace {
 
 constexpr size_t maxNamed = 10;
 
-// Four units at a time, since every row that is loaded is hashed.
+// Four units at a time, since every row that is loaded is hashed; 64 bits, of which std::hash has 32 in 32-bit
+// programs.
 class Hash {
 public:
     Hash& Add(TextView text) {

@@ -2,7 +2,7 @@
 #include "base/Error.h"
 #include "data/Command.h"
 #include "data/Recordset.h"
-#include "data/sqlite/RepeatedStatement.h"
+#include "data/sqlite/StatementShape.h"
 #include "support/TestDatabases.h"
 
 #include <chrono>

@@ -1,8 +1,8 @@
 // One statement of a SQLite file: compiled, run, and its rows read as they come.
 #pragma once
 
-#include "data/sqlite/RepeatedStatement.h"
 #include "data/sqlite/SQLiteConnection.h"
+#include "data/sqlite/StatementShape.h"
 
 namespace dax {
 

@@ -7,8 +7,8 @@
 
 #include "com/ClassObject.h"
 #include "content/Utility.h"
-#include "ocx/content/ContentLesson.h"
-#include "ocx/content/PropertyCollection.h"
+#include "ocx/content/LessonObject.h"
+#include "ocx/content/PropertyCollectionObject.h"
 
 namespace dax {
 

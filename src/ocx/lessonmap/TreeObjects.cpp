@@ -4,6 +4,7 @@
 
 #include "base/Error.h"
 #include "com/Enumerator.h"
+#include "com/Forwarding.h"
 #include "lessonmap/NodeMapTree.h"
 #include "tree/modTVW.h"
 
@@ -16,13 +17,11 @@ namespace {
 const ClassEntry treeEntry{&CLSID_TreeView, &IID__TreeView, nullptr, L"TreeView", L"", nullptr, 0};
 const ClassEntry nodesEntry{&CLSID_Nodes, &IID__Nodes, nullptr, L"Nodes", L"", nullptr, 0};
 
-class NodesObject final : public DualObject<_Nodes> {
+class NodesObject final : public Forwarding<DualObject<_Nodes>, NodeTree> {
 public:
-    explicit NodesObject(std::shared_ptr<TreeObjects> owner) : DualObject(nodesEntry), owner(std::move(owner)) {}
+    explicit NodesObject(std::shared_ptr<TreeObjects> owner) : Forwarding(nodesEntry), owner(std::move(owner)) {}
 
-    STDMETHODIMP get_Count(LONG* value) override {
-        return Get(value, [this] { return owner->Tree().Count(); });
-    }
+    STDMETHODIMP get_Count(LONG* value) override { return Get(value, &Core::Count); }
     STDMETHODIMP get_Item(VARIANT index, _Node** value) override {
         return Get(value, [&] { return owner->ObjectOf(&Named(index)); });
     }
@@ -40,9 +39,7 @@ public:
     STDMETHODIMP Remove(VARIANT index) override {
         return Call([&] { owner->Tree().Remove(Named(index)); });
     }
-    STDMETHODIMP Clear() override {
-        return Call([this] { owner->Tree().Clear(); });
-    }
+    STDMETHODIMP Clear() override { return Call(&Core::Clear); }
     STDMETHODIMP Contains(BSTR key, VARIANT_BOOL* isThere) override {
         return Get(isThere, [&] { return owner->Tree().Find(FromBstr(key)) != nullptr; });
     }
@@ -56,6 +53,7 @@ public:
     }
 
 private:
+    Core& Target() const override { return owner->Tree(); }
     Node& Named(const VARIANT& index) const {
         Node* const node = owner->Resolve(index);
         if (!node) throw Error(ErrorNumbers::ElementNotFound, u"Element not found");

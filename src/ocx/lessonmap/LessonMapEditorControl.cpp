@@ -6,7 +6,7 @@
 #include "ocx/hosting/Control.h"
 #include "ocx/lessonmap/HostPictures.h"
 #include "ocx/lessonmap/LessonMapContent.h"
-#include "ocx/lessonmap/StoryboardCollection.h"
+#include "ocx/lessonmap/StoryboardCollectionObject.h"
 #include "ocx/lessonmap/TreeObjects.h"
 
 namespace dax {

@@ -1,10 +1,10 @@
-#include "ocx/controls/GroupEditor.h"
+#include "ocx/controls/GroupEditorControl.h"
 
 #include "base/Error.h"
 #include "hierarchy/win32/GroupEditorWindow.h"
-#include "ocx/content/PropertyCollection.h"
+#include "ocx/content/PropertyCollectionObject.h"
 #include "ocx/controls/ControlClasses.h"
-#include "ocx/controls/IDCollection.h"
+#include "ocx/controls/IDCollectionObject.h"
 #include "ocx/hosting/Control.h"
 
 namespace dax {

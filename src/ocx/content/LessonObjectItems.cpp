@@ -1,7 +1,8 @@
 // The parts of a lesson: storyboards and maps.
-#include "ocx/content/ContentLesson.h"
+#include "ocx/content/LessonObject.h"
 
 #include "base/Error.h"
+#include "com/Forwarding.h"
 
 namespace dax {
 

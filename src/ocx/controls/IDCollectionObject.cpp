@@ -1,4 +1,4 @@
-#include "ocx/controls/IDCollection.h"
+#include "ocx/controls/IDCollectionObject.h"
 
 #include "base/Error.h"
 #include "com/ClassObject.h"

@@ -1,4 +1,4 @@
-#include "ocx/lessonmap/StoryboardCollection.h"
+#include "ocx/lessonmap/StoryboardCollectionObject.h"
 
 #include "base/Error.h"
 #include "com/ClassObject.h"

@@ -1,6 +1,6 @@
 #include "locks/win32/LockManagerWindow.h"
 #include "ocx/controls/ControlClasses.h"
-#include "ocx/controls/IDCollection.h"
+#include "ocx/controls/IDCollectionObject.h"
 #include "ocx/hosting/Control.h"
 
 namespace dax {

@@ -1,4 +1,4 @@
-#include "ocx/content/PropertyCollection.h"
+#include "ocx/content/PropertyCollectionObject.h"
 
 #include "ContentObjects.h"
 

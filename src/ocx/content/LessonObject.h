@@ -3,7 +3,7 @@
 
 #include "ContentObjects.h"
 
-#include "com/Forwarding.h"
+#include "com/Library.h"
 #include "content/ContentLesson.h"
 #include "ocx/latebound/HostLesson.h"
 

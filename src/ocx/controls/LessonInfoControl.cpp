@@ -1,5 +1,5 @@
 #include "ocx/controls/ControlClasses.h"
-#include "ocx/controls/GroupEditor.h"
+#include "ocx/controls/GroupEditorControl.h"
 #include "ocx/hosting/Control.h"
 #include "panels/win32/LessonInfoWindow.h"
 

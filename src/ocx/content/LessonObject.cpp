@@ -1,8 +1,9 @@
 // A lesson and its collections.
-#include "ocx/content/ContentLesson.h"
+#include "ocx/content/LessonObject.h"
 
 #include "base/Error.h"
 #include "com/Enumerator.h"
+#include "com/Forwarding.h"
 #include "content/LessonText.h"
 
 namespace dax {
@@ -19,20 +20,16 @@ using LessonStateRef = std::shared_ptr<LessonState>;
 const ClassEntry storyboardsEntry{&CLSID_Storyboards, &IID__Storyboards, nullptr, L"Storyboards", L"", nullptr, 0};
 const ClassEntry mapsEntry{&CLSID_StoryboardMaps, &IID__StoryboardMaps, nullptr, L"StoryboardMaps", L"", nullptr, 0};
 
-class StoryboardsObject final : public DualObject<_Storyboards> {
+class StoryboardsObject final : public Forwarding<DualObject<_Storyboards>, Storyboards> {
 public:
-    explicit StoryboardsObject(LessonStateRef state) : DualObject(storyboardsEntry), state(std::move(state)) {}
+    explicit StoryboardsObject(LessonStateRef state) : Forwarding(storyboardsEntry), state(std::move(state)) {}
 
-    STDMETHODIMP get_Count(LONG* value) override {
-        return Get(value, [this] { return Storyboards().Count(); });
-    }
-    STDMETHODIMP get_Item(BSTR sbid, IDispatch** value) override {
-        return Get(value, [&] { return Storyboards().Item(FromBstr(sbid)); });
-    }
+    STDMETHODIMP get_Count(LONG* value) override { return Get(value, &Core::Count); }
+    STDMETHODIMP get_Item(BSTR sbid, IDispatch** value) override { return Get(value, &Core::Item, sbid); }
     STDMETHODIMP Add(IDispatch* storyboard) override {
         return Call([&] {
             const auto held = HoldStoryboard(storyboard);
-            Storyboards().Add(held);
+            Target().Add(held);
         });
     }
     STDMETHODIMP Remove(BSTR sbid) override {
@@ -44,24 +41,22 @@ public:
     STDMETHODIMP get__NewEnum(IUnknown** value) override {
         return Get(value, [this] {
             std::vector<ComPtr<IDispatch>> objects;
-            for (const auto& each : Storyboards().All()) objects.emplace_back(HostObjectOf(each));
+            for (const auto& each : Target().All()) objects.emplace_back(HostObjectOf(each));
             return EnumerateVariants(std::move(objects));
         });
     }
 
 private:
-    dax::Storyboards& Storyboards() const { return *state->lesson->Storyboards(); }
+    Core& Target() const override { return *state->lesson->Storyboards(); }
 
     const LessonStateRef state;
 };
 
-class MapsObject final : public DualObject<_StoryboardMaps> {
+class MapsObject final : public Forwarding<DualObject<_StoryboardMaps>, StoryboardMaps> {
 public:
-    explicit MapsObject(LessonStateRef state) : DualObject(mapsEntry), state(std::move(state)) {}
+    explicit MapsObject(LessonStateRef state) : Forwarding(mapsEntry), state(std::move(state)) {}
 
-    STDMETHODIMP get_Count(LONG* value) override {
-        return Get(value, [this] { return Maps()->Count(); });
-    }
+    STDMETHODIMP get_Count(LONG* value) override { return Get(value, &Core::Count); }
     STDMETHODIMP get_Item(VARIANT indexOrName, IDispatch** value) override {
         return Get(value, [&] {
             const Value requested = ToValue(indexOrName);
@@ -75,9 +70,7 @@ public:
     STDMETHODIMP Add(IDispatch* map) override {
         return Call([&] { Maps()->Add(HoldMap(map)); });
     }
-    STDMETHODIMP get_DefaultMap(IDispatch** value) override {
-        return Get(value, [this] { return Maps()->DefaultMap(); });
-    }
+    STDMETHODIMP get_DefaultMap(IDispatch** value) override { return Get(value, &Core::DefaultMap); }
     STDMETHODIMP put_DefaultMap(IDispatch* value) override { return putref_DefaultMap(value); }
     STDMETHODIMP putref_DefaultMap(IDispatch* value) override {
         return Call([&] { Maps()->SetDefaultMap(value ? HoldMap(value) : nullptr); });
@@ -93,6 +86,7 @@ public:
     }
 
 private:
+    Core& Target() const override { return *state->lesson->Maps(); }
     std::shared_ptr<StoryboardMaps> Maps() const { return state->lesson->Maps(); }
 
     const LessonStateRef state;
@@ -114,9 +108,9 @@ std::shared_ptr<ContentLesson> WithObjects(const ContentLesson& read) {
     return lesson;
 }
 
-class LessonObject final : public DualObject<_Lesson> {
+class LessonObject final : public Forwarding<DualObject<_Lesson>, ContentLesson> {
 public:
-    explicit LessonObject(const ClassEntry& entry) : DualObject(entry) {}
+    explicit LessonObject(const ClassEntry& entry) : Forwarding(entry) {}
 
     STDMETHODIMP get_Maps(_StoryboardMaps** value) override {
         return Get(value, [this] { return new MapsObject(state); });
@@ -124,12 +118,8 @@ public:
     STDMETHODIMP get_Storyboards(_Storyboards** value) override {
         return Get(value, [this] { return new StoryboardsObject(state); });
     }
-    STDMETHODIMP get_CurrentSBID(BSTR* value) override {
-        return Get(value, [this] { return state->lesson->CurrentSBID(); });
-    }
-    STDMETHODIMP put_CurrentSBID(BSTR value) override {
-        return Call([&] { state->lesson->SetCurrentSBID(FromBstr(value)); });
-    }
+    STDMETHODIMP get_CurrentSBID(BSTR* value) override { return Get(value, &Core::CurrentSBID); }
+    STDMETHODIMP put_CurrentSBID(BSTR value) override { return Put(&Core::SetCurrentSBID, value); }
     STDMETHODIMP Load(BSTR lessonText) override {
         return Call([&] {
             auto loaded = WithObjects(*LessonText::Load(FromBstr(lessonText)));
@@ -144,6 +134,8 @@ public:
     }
 
 private:
+    Core& Target() const override { return *state->lesson; }
+
     const LessonStateRef state = std::make_shared<LessonState>();
 };
 

@@ -1,4 +1,4 @@
-#include "data/sqlite/RepeatedStatement.h"
+#include "data/sqlite/StatementShape.h"
 
 #include "base/TextReader.h"
 
