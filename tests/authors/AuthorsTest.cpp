@@ -31,6 +31,8 @@ TEST_P(Authors, ASaveThatChecksRefusesWhatAnotherHasChanged) {
     };
     std::vector<Text> many;
     for (int i = 0; i < 12; ++i) many.push_back(test::RowStatement(u"m" + ToText(i), u"M", u"g", 2, 9, 1));
+    Text ten = u"'M' was added";
+    for (int i = 1; i < 10; ++i) ten += u", 'M' was added";
     const Case cases[] = {
         {{u"UPDATE velmoraLessons SET lessonTitle = 'New' WHERE lessonID = 'b'"}, u"'New' was renamed."},
         {{u"UPDATE velmoraLessons SET lessonTitle = 'o''neil' WHERE lessonID = 'b'"}, u"'o'neil' was renamed."},
@@ -41,7 +43,7 @@ TEST_P(Authors, ASaveThatChecksRefusesWhatAnotherHasChanged) {
         {{test::RowStatement(u"n", u"More", u"g", 2, 4, 1)}, u"'More' was added."},
         {{u"DELETE FROM velmoraLessons WHERE lessonID = 'd'"}, u"'D' was removed."},
         {{u"DELETE FROM velmoraLessons WHERE lessonID = 'c'"}, u"an entry that you have removed, too, was removed."},
-        {many, u"and 2 more."},
+        {many, u": " + ten + u" and 2 more."},
         {{u"UPDATE velmoraLessons SET lessonData = 'other', guideData = 'other' WHERE lessonID = 'a'"}, u""},
         {{u"UPDATE velmoraLessons SET lessonTitle = 'A' WHERE lessonID = 'a'"}, u""},
     };

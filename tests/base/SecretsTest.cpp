@@ -25,6 +25,7 @@ TEST(SecretsTest, MasksEveryPasswordAndNothingElse) {
         {u"/x.db;PWD=geheim\nsecond line", u"/x.db;PWD=••••\nsecond line", u"geheim"},
         {u"postgresql://u:p@ss:w@h:5432/db", u"postgresql://u:••••@h:5432/db", u"p@ss:w"},
         {u"see x://u:p@h and y://v:q@i", u"see x://u:••••@h and y://v:••••@i", u"p|q"},
+        {u"://u:p@h", u"://u:••••@h", u"p"},
         {u"x://u:p@h\nv@w", u"x://u:••••@h\nv@w", u"p"},
         {u"x://h/, =://u:p@h", u"x://h/, =://u:••••@h", u"p"},
         {u"http://h:80/a, http://u@h:80/", u"http://h:80/a, http://u@h:80/", u""},

@@ -98,6 +98,7 @@ TEST_P(DataTest, NullIsNotEmptyWhereverTheRowsAre) {
         EXPECT_EQ(rows.Field(u"Amount"), Value(int64_t{1}));
         EXPECT_EQ(rows.FieldCount(), 4u);
         EXPECT_TRUE(FailureOf([&] { (void)rows.FieldText(4); }).Mentions("no field number 4"));
+        EXPECT_TRUE(FailureOf([&] { (void)rows.FieldIsNull(4); }).Mentions("no field number 4"));
         EXPECT_EQ(FailureOf([&] { (void)rows.Field(u"nothing"); }).Number(), ErrorNumbers::SyntaxOrColumn);
         rows.MoveNext();
         for (size_t column = 1; column < 4; ++column) {
@@ -144,6 +145,13 @@ TEST_P(DataTest, ParametersOfEveryKind) {
         rows.MoveNext();
     }
     rows.Close();
+    if (isMariaDB) { // whose bits come as the units 0 and 1
+        connection.Execute(u"CREATE TABLE bits (one bit(1), zero bit(1))");
+        connection.Execute(u"INSERT INTO bits VALUES (1, 0)");
+        rows.Open(u"SELECT one, zero FROM bits", connection);
+        EXPECT_TRUE(rows.Field(0) == Value(true) && rows.Field(1) == Value(false));
+        rows.Close();
+    }
     rows.Open(u"SELECT CAST(2.5 AS decimal(5, 1)), CAST(7 AS decimal(5, 0))", connection);
     EXPECT_TRUE(rows.Field(0) == Value(2.5) && rows.Field(1) == Value(int64_t{7}));
     rows.Close();

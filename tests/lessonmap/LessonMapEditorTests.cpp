@@ -171,6 +171,16 @@ TEST_F(LessonMapEditorTest, ChecksGoWithTheBoxesAndTheLesson) {
     editor->SetLesson(MakeLesson("A: a"));
     EXPECT_EQ(editor->CheckedStoryboardCount(), 0) << "another lesson";
     EXPECT_EQ(Take(), "boxes, boxes, selected -") << "no check event for what the program did";
+    // What is collected is that of the tree, which the lesson's maps follow, also when the host has moved a node
+    // itself.
+    const Act collect[] = {[&] { editor->CheckedStoryboards(); }, [&] { editor->GetCheckedLesson(); },
+                           [&] { editor->OrphanedStoryboards(); }};
+    for (const Act& act : collect) {
+        Open("A: a b");
+        tree->Move(At(u"a"), &At(u"b"), Place::After);
+        act();
+        EXPECT_EQ(Shown(), "A: b a");
+    }
 }
 
 TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
