@@ -98,8 +98,9 @@ Text SentenceOf(sqlite3* file, int result, const Text& message, const Text& path
 } // namespace
 
 Error SQLiteError(sqlite3* file, int result, const Text& path) {
-    const char* const words = file && sqlite3_extended_errcode(file) != SQLITE_OK ? sqlite3_errmsg(file) : nullptr;
-    const Text message = FromUtf8(words ? words : sqlite3_errstr(result));
+    // Without a file, which there was no memory to open, the engine says just that.
+    const bool isRecorded = sqlite3_extended_errcode(file) != SQLITE_OK;
+    const Text message = FromUtf8(isRecorded ? sqlite3_errmsg(file) : sqlite3_errstr(result));
     return {NumberOfCode(result, message), SentenceOf(file, result, message, path)};
 }
 
