@@ -96,10 +96,7 @@ const char* SQLiteFileSystem() {
         if (sqlite3_vfs* const longer = sqlite3_vfs_find("win32-longpath")) base = longer;
     if (!base) return nullptr; // SQLite says so when it opens the file
     const auto known = std::ranges::find_if(systems, [&](const auto& system) { return system->base == base; });
-    if (known != systems.end()) {
-        Forward(**known);
-        return (*known)->name.c_str();
-    }
+    if (known != systems.end()) return (*known)->name.c_str();
     auto& system = systems.emplace_back(std::make_unique<ForwardingFileSystem>());
     system->base = base;
     system->name = "dax" + std::to_string(systems.size());
