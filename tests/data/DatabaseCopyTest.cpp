@@ -261,6 +261,8 @@ TEST_P(CopyEndTest, KilledLeavesTheTargetAsItWasOrDone) {
         }
         const Contents after = ContentsNow();
         ASSERT_NE(before, after);
+        for (const Schema::Table& table : Schema::Tables(Schema::Database::Content))
+            ASSERT_EQ(after.at(LowerAscii(table.name)), RowsOf(from, table.name)) << "and no old row";
         bool isAfter = true;
         for (int kill = 0; kill < kills; ++kill) {
             if (isAfter) Prepare(missing);
