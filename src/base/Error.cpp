@@ -17,9 +17,9 @@ Error CurrentError() {
     } catch (const std::bad_alloc&) {
         return Error(ErrorNumbers::OutOfMemory, u"Out of memory.");
     } catch (const std::exception& error) {
-        return Error(ErrorNumbers::Unspecified, FromUtf8(error.what()));
+        return Error(FromUtf8(error.what()));
     } catch (...) {
-        return Error(ErrorNumbers::Unspecified, u"An unknown error occurred.");
+        return Error(u"An unknown error occurred.");
     }
 }
 

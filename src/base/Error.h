@@ -13,6 +13,7 @@ public:
     // A password in the description is masked (base/Secrets.h), also in texts of drivers, which may repeat what they
     // were given.
     Error(int32_t number, const Text& description);
+    explicit Error(const Text& description) : Error(ErrorNumbers::Unspecified, description) {}
     int32_t Number() const { return number; }
     const Text& Description() const { return description; }
     const char* what() const noexcept override { return utf8.c_str(); }

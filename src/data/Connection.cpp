@@ -10,7 +10,7 @@ Connection::Connection() = default;
 Connection::~Connection() { Close(); }
 
 void Connection::Open(const Text& connectionString) {
-    if (session) throw Error(ErrorNumbers::Unspecified, u"The connection is already open.");
+    if (session) throw Error(u"The connection is already open.");
     try {
         session = dax::Session::Open(connectionString);
     } catch (const Error& error) {
@@ -27,7 +27,7 @@ void Connection::Close() {
 bool Connection::IsOpen() const { return session != nullptr; }
 
 Session& Connection::Opened() const {
-    if (!session) throw Error(ErrorNumbers::Unspecified, u"The connection is closed.");
+    if (!session) throw Error(u"The connection is closed.");
     return *session;
 }
 

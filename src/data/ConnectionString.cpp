@@ -18,8 +18,6 @@ constexpr TextView accessDriver = u"Microsoft Access Driver (*.mdb, *.accdb)";
 constexpr TextView newestServerDriver = u"ODBC Driver 18 for SQL Server";
 constexpr TextView accessDriverOf32Bit = u"Microsoft Access Driver (*.mdb)";
 
-[[noreturn]] void Refuse(Text description) { throw Error(ErrorNumbers::Unspecified, std::move(description)); }
-
 // The first driver of the list that is installed; the first of all when none is, so that the error names it.
 TextView ChooseDriver(const Machine& machine, std::initializer_list<TextView> names) {
     const std::vector<Text> drivers = machine.drivers();
@@ -62,7 +60,8 @@ void RefuseUrl(TextView text) {
     };
     for (const auto& [word, form] : forms)
         if (scheme.find(word) != Text::npos)
-            Refuse(u"A connection string is not a URL (\"" + scheme + u"://…\"). Use " + Text(form) + u" instead.");
+            throw Error(u"A connection string is not a URL (\"" + scheme + u"://…\"). Use " + Text(form) +
+                        u" instead.");
 }
 
 constexpr TextView blanks = u" \t\r\n";
@@ -102,9 +101,9 @@ ConnectionTarget SQLiteTarget(const ConnectionKeywords& host, const Text& dataSo
     };
     const Text path = setting(u"Database");
     if (path.empty())
-        Refuse(dataSource.empty()
-                   ? Text(u"The connection string names no database file: it has no \"Database\".")
-                   : u"The data source \"" + dataSource + u"\" names no database file: it has no \"Database\".");
+        throw Error(dataSource.empty()
+                        ? Text(u"The connection string names no database file: it has no \"Database\".")
+                        : u"The data source \"" + dataSource + u"\" names no database file: it has no \"Database\".");
     ConnectionTarget target = SQLiteTarget(path);
     target.file.lockTimeout =
         std::chrono::milliseconds(ToNumber(setting(u"Timeout"), static_cast<int>(target.file.lockTimeout.count())));
@@ -115,14 +114,14 @@ ConnectionTarget SQLiteTarget(const ConnectionKeywords& host, const Text& dataSo
 }
 
 ConnectionTarget AccessTarget(const Text& path, const ConnectionKeywords& host, const Machine& machine) {
-    if (path.empty()) Refuse(u"The connection string names no database file: it has no \"Data Source\".");
+    if (path.empty()) throw Error(u"The connection string names no database file: it has no \"Data Source\".");
     RefuseUrl(path);
     const FileKind kind = KindOfFile(path);
     const bool hasDriver = HasDriver(machine, Engine::Access);
     if (kind == FileKind::SQLite || (!hasDriver && kind != FileKind::Access)) return SQLiteTarget(path);
     if (!hasDriver && ManagerIsUnix())
-        Refuse(u"'" + path + u"' is a Microsoft Access file, and no driver for it is installed. " +
-               Text(DialectOf(Engine::Access).howToGetDriver));
+        throw Error(u"'" + path + u"' is a Microsoft Access file, and no driver for it is installed. " +
+                    Text(DialectOf(Engine::Access).howToGetDriver));
     ConnectionKeywords keywords;
     const TextView driver = ChooseDriver(machine, {accessDriver, accessDriverOf32Bit});
     keywords.Set(u"Driver", driver);
@@ -154,8 +153,8 @@ Text Encryption(const ConnectionKeywords& host, TextView provider, TextView driv
     const Text encrypt = host.Last({u"Use Encryption for Data", u"Encrypt"});
     if (EqualNoCase(encrypt, u"strict")) {
         if (driver != newestServerDriver)
-            Refuse(u"\"Encrypt=Strict\" needs \"" + Text(newestServerDriver) + u"\". " +
-                   Text(DialectOf(Engine::SQLServer).howToGetDriver));
+            throw Error(u"\"Encrypt=Strict\" needs \"" + Text(newestServerDriver) + u"\". " +
+                        Text(DialectOf(Engine::SQLServer).howToGetDriver));
         return u"strict";
     }
     constexpr TextView family = u"msoledbsql";
@@ -219,7 +218,7 @@ ConnectionKeywords WithFileDataSource(const ConnectionKeywords& host) {
     }
     if (!stream.is_open()) {
         if (!ManagerIsUnix() && name.find_first_of(u"/\\") == Text::npos) return host; // in the manager's folder
-        Refuse(u"The file data source '" + name + u"' cannot be read.");
+        throw Error(u"The file data source '" + name + u"' cannot be read.");
     }
     ConnectionKeywords keywords;
     bool isInside = false;
@@ -260,7 +259,7 @@ ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine,
     target.driver = keywords.Last({u"Driver"});
     const Text dataSource = keywords.Last({u"DSN"});
     if (target.driver.empty() && dataSource.empty() && keywords.Last({u"FILEDSN"}).empty())
-        Refuse(
+        throw Error(
             u"The connection string contains neither a Provider nor a Driver nor a data source (DSN). Use for example "
             u"\"Driver={PostgreSQL Unicode};Server=…;Database=…;UID=…;PWD=…\", or just the path of a SQLite file.");
     target.engine = EngineFromName(dataSource.empty() ? target.driver : machine.driverOfDataSource(dataSource));
@@ -301,8 +300,8 @@ ConnectionKeywords::ConnectionKeywords(TextView text) {
             for (;;) {
                 const size_t end = text.find(close, ++at);
                 if (end == TextView::npos)
-                    Refuse(u"The value of \"" + keyword +
-                           u"\" in the connection string begins with a quote or brace that is not closed.");
+                    throw Error(u"The value of \"" + keyword +
+                                u"\" in the connection string begins with a quote or brace that is not closed.");
                 value.append(text.substr(at, end - at));
                 at = end + 1;
                 if (text.substr(at, 1) != close) break;
@@ -310,9 +309,10 @@ ConnectionKeywords::ConnectionKeywords(TextView text) {
             }
             at = std::min(text.find_first_not_of(blanks, at), text.size());
             if (at < text.size() && text[at] != u';')
-                Refuse(u"The value of \"" + keyword +
-                       u"\" in the connection string continues after its closing quote or brace. Put the whole value "
-                       u"between the marks, and double each mark inside it.");
+                throw Error(
+                    u"The value of \"" + keyword +
+                    u"\" in the connection string continues after its closing quote or brace. Put the whole value "
+                    u"between the marks, and double each mark inside it.");
         } else {
             const size_t end = std::min(text.find(u';', at), text.size());
             value = Trimmed(text.substr(at, end - at));
@@ -383,7 +383,7 @@ bool LooksLikeUrl(TextView text) {
 
 ConnectionTarget TranslateConnectionString(const Text& connectionString, const Machine& machine, Engine known) {
     Text text(Trimmed(connectionString));
-    if (text.empty()) Refuse(u"The connection string is empty.");
+    if (text.empty()) throw Error(u"The connection string is empty.");
     RefuseUrl(text);
     // A text that names an existing file is a path, whatever is in it, even blanks at its ends.
     const auto isFile = [](const Text& path) { return KindOfFile(path) != FileKind::Missing; };
@@ -411,10 +411,10 @@ ConnectionTarget TranslateConnectionString(const Text& connectionString, const M
     else if (isOdbc)
         target = OdbcTarget(all, machine, known, timeout, commandTimeout);
     else
-        Refuse(u"The provider \"" + provider +
-               u"\" cannot be used here. Name an ODBC driver instead (\"Driver={…};Server=…;Database=…\"), a data "
-               u"source (\"DSN=…\"), the path of a SQLite file, or one of the providers Microsoft.Jet.OLEDB, "
-               u"Microsoft.ACE.OLEDB, SQLOLEDB, SQLNCLI, MSOLEDBSQL and MSDASQL.");
+        throw Error(u"The provider \"" + provider +
+                    u"\" cannot be used here. Name an ODBC driver instead (\"Driver={…};Server=…;Database=…\"), a data "
+                    u"source (\"DSN=…\"), the path of a SQLite file, or one of the providers Microsoft.Jet.OLEDB, "
+                    u"Microsoft.ACE.OLEDB, SQLOLEDB, SQLNCLI, MSOLEDBSQL and MSDASQL.");
     target.timeout = timeout;
     target.commandTimeout = commandTimeout;
     // Waiting for another program's lock is part of the call.

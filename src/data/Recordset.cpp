@@ -10,13 +10,13 @@ Recordset::~Recordset() { state->Close(); }
 void Recordset::SetCursorLocation(CursorLocations location) { state->location = location; }
 
 void Recordset::Open(const Text& source, Connection& connection, CursorTypes cursor, LockTypes lock, int options) {
-    if (IsOpen()) throw Error(ErrorNumbers::Unspecified, u"The recordset is already open.");
+    if (IsOpen()) throw Error(u"The recordset is already open.");
     state->Open(source, connection, cursor, lock, options);
 }
 
 void Recordset::Open(const Text& source, const Text& connectionString, CursorTypes cursor, LockTypes lock,
                      int options) {
-    if (IsOpen()) throw Error(ErrorNumbers::Unspecified, u"The recordset is already open.");
+    if (IsOpen()) throw Error(u"The recordset is already open.");
     state->ownConnection = std::make_unique<Connection>();
     state->ownConnection->Open(connectionString);
     state->Open(source, *state->ownConnection, cursor, lock, options);

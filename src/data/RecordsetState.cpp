@@ -11,8 +11,6 @@ namespace dax {
 
 namespace {
 
-[[noreturn]] void Refuse(Text description) { throw Error(ErrorNumbers::Unspecified, std::move(description)); }
-
 // The value as its column means it; what does not fit the column's type (SQLite allows that) stays a text.
 Value FromText(TextView text, FieldType type) {
     switch (type) {
@@ -75,7 +73,7 @@ void RecordsetState::Close() noexcept {
 }
 
 void RecordsetState::RequireOpen() const {
-    if (!connection) Refuse(u"The recordset is closed.");
+    if (!connection) throw Error(u"The recordset is closed.");
 }
 
 void RecordsetState::FetchDeferred() {
@@ -118,9 +116,9 @@ size_t RecordsetState::FieldIndex(TextView name) const {
 
 void RecordsetState::RequireRow(size_t column) {
     FetchDeferred();
-    if (atEnd) Refuse(u"The recordset has no current row.");
+    if (atEnd) throw Error(u"The recordset has no current row.");
     if (column >= columns.size())
-        Refuse(u"The recordset has no field number " + ToText(static_cast<long long>(column)) + u".");
+        throw Error(u"The recordset has no field number " + ToText(static_cast<long long>(column)) + u".");
 }
 
 TextView RecordsetState::FieldText(size_t column) {
@@ -145,13 +143,13 @@ Value RecordsetState::Field(size_t column) {
 
 void RecordsetState::AddNew() {
     RequireOpen();
-    if (table.empty()) Refuse(u"The recordset is read-only: no row can be added.");
+    if (table.empty()) throw Error(u"The recordset is read-only: no row can be added.");
     isAdding = true;
     changes.clear();
 }
 
 void RecordsetState::SetField(TextView name, Value value) {
-    if (table.empty()) Refuse(u"The recordset is read-only: no field can be set.");
+    if (table.empty()) throw Error(u"The recordset is read-only: no field can be set.");
     const size_t column = FieldIndex(name);
     if (!isAdding) RequireRow(column);
     for (auto& change : changes) {
@@ -185,7 +183,7 @@ Text RecordsetState::Quoted(size_t column) const {
 }
 
 void RecordsetState::Insert() {
-    if (changes.empty()) Refuse(u"No field of the new row was set.");
+    if (changes.empty()) throw Error(u"No field of the new row was set.");
     Text names, marks;
     std::vector<Value> values;
     std::vector<int> codes;
@@ -226,9 +224,7 @@ void RecordsetState::UpdateRow() {
     }
     const std::unique_ptr<Statement> update = connection->Opened().NewStatement();
     update->Execute(u"UPDATE " + table + u" SET " + assignments + u" WHERE " + conditions, values, codes);
-    if (update->RowCount() == 0)
-        throw Error(ErrorNumbers::Unspecified,
-                    u"The row was changed or deleted by another user, so it was not updated.");
+    if (update->RowCount() == 0) throw Error(u"The row was changed or deleted by another user, so it was not updated.");
 }
 
 std::vector<size_t> RecordsetState::KeyColumns() {

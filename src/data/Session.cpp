@@ -64,9 +64,8 @@ void RunSettings(Statement& statement, const Dialect& dialect) {
             }
         }
         if (!isDone && !setting.isProbed)
-            throw Error(ErrorNumbers::Unspecified,
-                        u"The server refuses a setting without which texts, dates or transactions could be wrong: " +
-                            Text(setting.statement) + u". It says: " + refusal);
+            throw Error(u"The server refuses a setting without which texts, dates or transactions could be wrong: " +
+                        Text(setting.statement) + u". It says: " + refusal);
     }
 }
 
@@ -76,8 +75,7 @@ void RunProbe(Statement& statement, const Dialect& dialect) {
     const bool answersWell = statement.Next() && statement.FieldText(0) == dialect.answer;
     statement.Close();
     if (!answersWell)
-        throw Error(ErrorNumbers::Unspecified,
-                    u"The server reads texts in another way than required: it takes a backslash as an escape "
+        throw Error(u"The server reads texts in another way than required: it takes a backslash as an escape "
                     u"character, or misreads letters. Texts would be stored wrongly, so the connection was closed.");
 }
 

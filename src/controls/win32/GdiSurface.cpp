@@ -169,7 +169,7 @@ MemoryBitmap::MemoryBitmap(int w, int h) : width(w), height(h) {
     bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
     if (!bitmap) {
         DeleteDC(dc);
-        throw Error(ErrorNumbers::Unspecified, u"There is not enough memory for a bitmap.");
+        throw Error(u"There is not enough memory for a bitmap.");
     }
     pixels = static_cast<uint32_t*>(bits);
     former = SelectObject(dc, bitmap);

@@ -12,9 +12,8 @@ namespace {
 constexpr TextView cutBlanks = u" \t\n\v\f\r";
 
 [[noreturn]] void RefuseValue(const Text& keyword, const Dialect& dialect, TextView reason) {
-    throw Error(ErrorNumbers::Unspecified, u"The value of \"" + keyword + u"\" in the connection string " +
-                                               Text(reason) + u", which cannot be passed to the driver for " +
-                                               Text(dialect.name) + u". Use another value.");
+    throw Error(u"The value of \"" + keyword + u"\" in the connection string " + Text(reason) +
+                u", which cannot be passed to the driver for " + Text(dialect.name) + u". Use another value.");
 }
 
 bool IsOneOf(TextView keyword, std::initializer_list<TextView> words) {

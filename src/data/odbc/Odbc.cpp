@@ -15,8 +15,8 @@ EnvironmentHandle OpenEnvironment() {
     if (!environment ||
         !SQL_SUCCEEDED(SQLSetEnvAttr(environment.Get(), SQL_ATTR_ODBC_VERSION,
                                      reinterpret_cast<SQLPOINTER>(static_cast<uintptr_t>(SQL_OV_ODBC3)), 0)))
-        throw Error(ErrorNumbers::Unspecified, u"The ODBC driver manager does not start. On Linux install unixODBC "
-                                               u"(Debian and Ubuntu: package libodbc2).");
+        throw Error(u"The ODBC driver manager does not start. On Linux install unixODBC "
+                    u"(Debian and Ubuntu: package libodbc2).");
     return environment;
 }
 

@@ -66,11 +66,10 @@ void OdbcConnection::ThrowConnectError(const ConnectionTarget& target) {
     const Diagnostic diagnostic = ReadDiagnostic(SQL_HANDLE_DBC, connection.Get(), *dialect);
     if (DriverIsMissing(diagnostic)) {
         if (target.driver.empty())
-            throw Error(ErrorNumbers::Unspecified, u"The data source of the connection string is not set up on this "
-                                                   u"machine, or its driver is missing: " +
-                                                       diagnostic.message);
-        throw Error(ErrorNumbers::Unspecified,
-                    u"The ODBC driver \"" + target.driver + u"\" is not installed. " + Text(dialect->howToGetDriver));
+            throw Error(u"The data source of the connection string is not set up on this "
+                        u"machine, or its driver is missing: " +
+                        diagnostic.message);
+        throw Error(u"The ODBC driver \"" + target.driver + u"\" is not installed. " + Text(dialect->howToGetDriver));
     }
     ThrowOpenError(connection.Get(), *dialect);
 }
@@ -86,14 +85,14 @@ Engine OdbcConnection::EngineConnectedTo() const {
 std::unique_ptr<Statement> OdbcConnection::NewStatement() { return std::make_unique<OdbcStatement>(*this); }
 
 void OdbcConnection::Begin() {
-    if (inTransaction) throw Error(ErrorNumbers::Unspecified, u"A transaction is already open on this connection.");
+    if (inTransaction) throw Error(u"A transaction is already open on this connection.");
     CheckOdbc(SQLSetConnectAttr(connection.Get(), SQL_ATTR_AUTOCOMMIT, AsPointer(SQL_AUTOCOMMIT_OFF), 0),
               SQL_HANDLE_DBC, connection.Get(), *dialect);
     inTransaction = true;
 }
 
 void OdbcConnection::Commit() {
-    if (!inTransaction) throw Error(ErrorNumbers::Unspecified, u"No transaction is open on this connection.");
+    if (!inTransaction) throw Error(u"No transaction is open on this connection.");
     CheckOdbc(SQLEndTran(SQL_HANDLE_DBC, connection.Get(), SQL_COMMIT), SQL_HANDLE_DBC, connection.Get(), *dialect);
     EndTransaction();
 }

@@ -43,7 +43,7 @@ OdbcRows::OdbcRows(OdbcStatement& executed)
       unitSize(executed.Owner().IsNarrow() ? sizeof(char) : sizeof(char16_t)) {
     SQLSMALLINT count = 0;
     statement.Check(SQLNumResultCols(statement.Handle(), &count));
-    if (count <= 0) throw Error(ErrorNumbers::Unspecified, u"The statement returns no rows.");
+    if (count <= 0) throw Error(u"The statement returns no rows.");
     for (SQLSMALLINT column = 1; column <= count; ++column) Describe(static_cast<SQLUSMALLINT>(column));
     buffers.resize(columns.size());
     SQLFreeStmt(statement.Handle(), SQL_UNBIND);

@@ -106,19 +106,19 @@ std::unique_ptr<Statement> SQLiteConnection::NewStatement() { return std::make_u
 
 void SQLiteConnection::RequireTransaction() const {
     if (inTransaction && sqlite3_get_autocommit(file.get()) != 0)
-        throw Error(ErrorNumbers::Unspecified, u"The transaction was rolled back after the error before, so nothing "
-                                               u"more can be done in it.");
+        throw Error(u"The transaction was rolled back after the error before, so nothing "
+                    u"more can be done in it.");
 }
 
 void SQLiteConnection::Begin() {
-    if (inTransaction) throw Error(ErrorNumbers::Unspecified, u"A transaction is already open on this connection.");
+    if (inTransaction) throw Error(u"A transaction is already open on this connection.");
     const SQLiteWaiting waiting(wait);
     Run("BEGIN");
     inTransaction = true;
 }
 
 void SQLiteConnection::Commit() {
-    if (!inTransaction) throw Error(ErrorNumbers::Unspecified, u"No transaction is open on this connection.");
+    if (!inTransaction) throw Error(u"No transaction is open on this connection.");
     RequireTransaction();
     const SQLiteWaiting waiting(wait);
     Run("COMMIT");

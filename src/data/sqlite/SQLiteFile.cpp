@@ -16,8 +16,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void RefuseFile(Text description) { throw Error(ErrorNumbers::Unspecified, std::move(description)); }
-
 // The first bytes, read by SQLite's own means: on Unix a program that closes a file, wherever it has opened it, gives
 // back all its locks on that file, and only SQLite keeps track of them.
 FileKind KindByContent(const Text& path) {
@@ -76,14 +74,14 @@ void RequireDatabaseFile(const Text& path) {
     const Text name = u"'" + path + u"'";
     switch (KindOfFile(path)) {
     case FileKind::Missing:
-        RefuseFile(u"The database file " + name + u" does not exist.");
+        throw Error(u"The database file " + name + u" does not exist.");
     case FileKind::Directory:
-        RefuseFile(name + u" is a folder, not a database file.");
+        throw Error(name + u" is a folder, not a database file.");
     case FileKind::Special:
-        RefuseFile(name + u" is a device, a pipe or a socket, not a database file.");
+        throw Error(name + u" is a device, a pipe or a socket, not a database file.");
     case FileKind::Access:
-        RefuseFile(name + u" is a Microsoft Access file, not a SQLite file. " +
-                   Text(DialectOf(Engine::Access).howToGetDriver));
+        throw Error(name + u" is a Microsoft Access file, not a SQLite file. " +
+                    Text(DialectOf(Engine::Access).howToGetDriver));
     default:
         break;
     }

@@ -60,13 +60,13 @@ void SQLiteStatement::Abandon() noexcept {
 }
 
 SQLiteConnection& SQLiteStatement::Owner() const {
-    if (!owner) throw Error(ErrorNumbers::Unspecified, u"The connection is closed.");
+    if (!owner) throw Error(u"The connection is closed.");
     return *owner;
 }
 
 sqlite3_stmt* SQLiteStatement::Opened() const {
     (void)Owner();
-    if (!handle) throw Error(ErrorNumbers::Unspecified, u"The statement has no more rows.");
+    if (!handle) throw Error(u"The statement has no more rows.");
     return handle.get();
 }
 
@@ -86,9 +86,8 @@ void SQLiteStatement::Run(TextView adapted, std::span<const Value> parameters, s
     if (!handle) return; // nothing but blanks and comments
     const int requested = sqlite3_bind_parameter_count(handle.get());
     if (static_cast<size_t>(requested) != parameters.size())
-        throw Error(ErrorNumbers::Unspecified, u"The statement has " + ToText(requested) + u" parameters, but " +
-                                                   ToText(static_cast<long long>(parameters.size())) +
-                                                   u" values were given.");
+        throw Error(u"The statement has " + ToText(requested) + u" parameters, but " +
+                    ToText(static_cast<long long>(parameters.size())) + u" values were given.");
     for (int i = 0; i < requested; ++i) Bind(i + 1, parameters[static_cast<size_t>(i)]);
     Step(handle.get());
     isFresh = hasRow;
@@ -142,7 +141,7 @@ SQLiteStatementHandle SQLiteStatement::Compile(TextView text, unsigned flags) {
     owner->Check(sqlite3_prepare_v3(owner->Handle(), utf8.c_str(), size, flags, &made, &rest));
     SQLiteStatementHandle compiled(made);
     if (std::string_view(rest).find_first_not_of(" \t\r\n\f;") != std::string_view::npos)
-        throw Error(ErrorNumbers::Unspecified, u"Only one SQL statement is allowed in a call.");
+        throw Error(u"Only one SQL statement is allowed in a call.");
     return compiled;
 }
 
@@ -179,7 +178,7 @@ void SQLiteStatement::Step(sqlite3_stmt* statement) {
 
 const std::vector<Column>& SQLiteStatement::OpenRows() {
     (void)Owner();
-    if (!handle) throw Error(ErrorNumbers::Unspecified, u"The statement returns no rows.");
+    if (!handle) throw Error(u"The statement returns no rows.");
     columns.clear();
     const int count = sqlite3_column_count(handle.get());
     for (int i = 0; i < count; ++i) columns.push_back(Describe(i));
