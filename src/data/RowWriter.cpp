@@ -11,7 +11,7 @@ namespace dax {
 namespace {
 
 constexpr size_t maxUnitsOfRows = 128 * 1024; // of a statement; a longer row is sent alone
-constexpr size_t maxUnitsOfArrays = 512 * 1024, maxRows = 1000;
+constexpr size_t maxUnitsOfArrays = 512 * 1024, maxWaitingRows = 1000;
 
 Text Names(const std::vector<RowColumn>& columns) {
     Text names;
@@ -32,7 +32,7 @@ public:
             if (field.kind == RowField::Kind::Text) longest = std::max(longest, field.text.size());
         }
         // Long texts become parameters: few of them in a statement.
-        if (waiting > 0 && (text.size() + units > maxUnitsOfRows || waiting == maxRows)) Finish();
+        if (waiting > 0 && (text.size() + units > maxUnitsOfRows || waiting == maxWaitingRows)) Finish();
         if (waiting++ == 0)
             text = beginning;
         else
@@ -106,7 +106,8 @@ public:
             hasSeparator =
                 hasSeparator || (field.kind == RowField::Kind::Text && std::ranges::any_of(field.text, IsSeparator));
         }
-        if (waiting > 0 && (units + rowUnits > maxUnitsOfArrays || waiting == maxRows || hasSeparator == isSeparated))
+        if (waiting > 0 &&
+            (units + rowUnits > maxUnitsOfArrays || waiting == maxWaitingRows || hasSeparator == isSeparated))
             Send();
         isSeparated = !hasSeparator;
         for (size_t i = 0; i < row.size(); ++i) {

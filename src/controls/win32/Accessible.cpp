@@ -13,7 +13,7 @@ namespace dax {
 
 namespace {
 
-std::atomic<long> liveCount = 0;
+std::atomic<long> liveObjects = 0;
 
 HRESULT ReturnText(const Text& text, BSTR* out) {
     if (text.empty()) return S_FALSE;
@@ -33,7 +33,7 @@ class ElementList final : public ComObject<Implements<IEnumVARIANT, IID_IEnumVAR
 public:
     ElementList(std::vector<LONG> elements, ComPtr<IUnknown> owner, size_t next = 0)
         : elements(std::move(elements)), owner(std::move(owner)), next(next) {
-        ++liveCount;
+        ++liveObjects;
     }
 
     // Of a window's object it is one of the interfaces.
@@ -61,7 +61,7 @@ public:
     }
 
 private:
-    ~ElementList() override { --liveCount; }
+    ~ElementList() override { --liveObjects; }
 
     const std::vector<LONG> elements;
     const ComPtr<IUnknown> owner;
@@ -74,7 +74,7 @@ class AccessibleObject final : public ComObject<Implements<IAccessible, IID_IAcc
 public:
     AccessibleObject(Accessible& shown, HWND window) : model(&shown), handle(window) {
         CreateStdAccessibleObject(handle, OBJID_CLIENT, IID_IAccessible, standard.OutVoid());
-        ++liveCount;
+        ++liveObjects;
     }
     void Disconnect() {
         model = nullptr;
@@ -241,7 +241,7 @@ public:
     STDMETHODIMP put_accValue(VARIANT, BSTR) override { return E_NOTIMPL; }
 
 private:
-    ~AccessibleObject() override { --liveCount; }
+    ~AccessibleObject() override { --liveObjects; }
 
     static VARIANT Self() {
         VARIANT self{};
@@ -282,7 +282,7 @@ Accessible::Accessible() = default;
 
 Accessible::~Accessible() { Disconnect(); }
 
-long Accessible::LiveCount() { return liveCount; }
+long Accessible::LiveCount() { return liveObjects; }
 
 void Accessible::Connect(HWND newWindow) {
     Disconnect();

@@ -16,7 +16,7 @@ constexpr UINT retryDelay = 20;                // milliseconds
 constexpr UINT dpiChangedAfterParent = 0x02E3; // WM_DPICHANGED_AFTERPARENT, which older headers lack
 constexpr UINT_PTR focusSubclass = 1;
 constexpr wchar_t hiddenParentClass[] = L"DAXHiddenParent";
-std::atomic<long> liveCount = 0;
+std::atomic<long> liveWindows = 0;
 
 // Counts nested messages; exists longer than the control.
 class DepthGuard {
@@ -75,7 +75,7 @@ WindowBase::~WindowBase() {
     DeleteFonts();
 }
 
-long WindowBase::LiveCount() { return liveCount + Accessible::LiveCount(); }
+long WindowBase::LiveCount() { return liveWindows + Accessible::LiveCount(); }
 
 HWND WindowBase::Create(HWND parent, const RECT& place) {
     const int width = place.right - place.left, height = place.bottom - place.top;
@@ -149,14 +149,14 @@ void WindowBase::OnSize(int, int) {}
 
 LRESULT CALLBACK WindowBase::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_NCCREATE) {
-        ++liveCount;
+        ++liveWindows;
         auto* created = static_cast<WindowBase*>(reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams);
         SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(created));
         created->handle = window;
     }
     auto* self = reinterpret_cast<WindowBase*>(GetWindowLongPtrW(window, GWLP_USERDATA));
     if (message == WM_NCDESTROY) {
-        --liveCount;
+        --liveWindows;
         if (self) {
             SetWindowLongPtrW(window, GWLP_USERDATA, 0);
             self->handle = nullptr;

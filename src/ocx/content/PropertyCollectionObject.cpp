@@ -9,7 +9,7 @@ namespace dax {
 
 namespace {
 
-const ClassEntry collectionClass{&CLSID_PropertyCollection,
+const ClassEntry propertiesClass{&CLSID_PropertyCollection,
                                  &IID__PropertyCollection,
                                  nullptr,
                                  L"PropertyCollection",
@@ -22,7 +22,7 @@ bool IsMissing(const VARIANT& argument) { return argument.vt == VT_ERROR && argu
 class PropertyCollectionObject final : public Forwarding<DualObject<_PropertyCollection>, PropertyCollection> {
 public:
     explicit PropertyCollectionObject(std::shared_ptr<PropertyCollection> properties)
-        : Forwarding(collectionClass), properties(std::move(properties)) {}
+        : Forwarding(propertiesClass), properties(std::move(properties)) {}
 
     STDMETHODIMP get_Name(BSTR* value) override { return Get(value, &Core::Name); }
     STDMETHODIMP put_Name(BSTR value) override { return Put(&Core::SetName, value); }

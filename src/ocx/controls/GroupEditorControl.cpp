@@ -11,9 +11,6 @@ namespace dax {
 
 namespace {
 
-constexpr DISPID AfterSelectionChangeEvent = 1, DataChangedEvent = 2, DeleteRequestEvent = 3, ErrorEvent = 4,
-                 DblClickEvent = 5;
-
 // The private IID of a GroupEditorControl; it leads to its default interface.
 constexpr IID PrivateEditorID{0xb1a7b9f4, 0x52fd, 0x4b0c, {0x9d, 0x25, 0x0e, 0x6e, 0x51, 0x8c, 0x0a, 0x43}};
 
@@ -104,6 +101,9 @@ public:
     }
 
 private:
+    static constexpr DISPID AfterSelectionChangeEvent = 1, DataChangedEvent = 2, DeleteRequestEvent = 3, ErrorEvent = 4,
+                            DblClickEvent = 5;
+
     Core& Target() const override { return *editor; }
     ~GroupEditorControl() override = default;
 

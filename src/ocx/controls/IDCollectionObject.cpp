@@ -16,13 +16,13 @@ namespace {
 // The private IID of an IDCollectionObject; it leads to its default interface.
 constexpr IID PrivateCollectionID{0x7d1e5d0b, 0x3c0f, 0x4c59, {0xa6, 0x0d, 0x61, 0x0f, 0x53, 0x2d, 0x8e, 0x17}};
 
-const ClassEntry collectionClass{
+const ClassEntry idCollectionClass{
     &CLSID_IDCollection, &IID__IDCollection, nullptr, L"IDCollection", L"DAX identifiers", nullptr, 0};
 
 class IDCollectionObject final : public DualObject<_IDCollection> {
 public:
     explicit IDCollectionObject(IDCollection collected)
-        : DualObject(collectionClass), identifiers(std::move(collected)) {
+        : DualObject(idCollectionClass), identifiers(std::move(collected)) {
         for (const Text& id : identifiers) places.push_back(&id);
     }
 

@@ -7,8 +7,6 @@ namespace dax {
 
 namespace {
 
-constexpr DISPID PanelErrorEvent = 1;
-
 class LockInfoControl final : public ControlOf<_LockInfo, LockInfoWindow, LockInfo> {
 public:
     explicit LockInfoControl(const ClassEntry& entry) : ControlOf(entry) {
@@ -28,6 +26,8 @@ public:
     STDMETHODIMP get_ConnectionString(BSTR* value) override { return Get(value, &Core::ConnectionString); }
 
 private:
+    static constexpr DISPID PanelErrorEvent = 1;
+
     Core& Target() const override { return *info; }
     ~LockInfoControl() override = default;
 

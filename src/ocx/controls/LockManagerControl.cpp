@@ -7,8 +7,6 @@ namespace dax {
 
 namespace {
 
-constexpr DISPID SelectionChangedEvent = 1, DeleteRequestEvent = 2, LockErrorEvent = 3;
-
 class LockManagerControl final : public ControlOf<_LockManager, LockManagerWindow, dax::LockManager> {
 public:
     explicit LockManagerControl(const ClassEntry& entry) : ControlOf(entry) {
@@ -81,6 +79,8 @@ public:
     STDMETHODIMP DeleteSelected() override { return Change(&Core::DeleteSelected); }
 
 private:
+    static constexpr DISPID SelectionChangedEvent = 1, DeleteRequestEvent = 2, LockErrorEvent = 3;
+
     Core& Target() const override { return *manager; }
     ~LockManagerControl() override = default;
 

@@ -8,8 +8,6 @@ namespace dax {
 
 namespace {
 
-constexpr DISPID CatalogChangedEvent = 1;
-
 class SQLDBPickerControl final : public ControlOf<_SQLDBPicker, SQLDBPickerWindow, dax::SQLDBPicker> {
 public:
     explicit SQLDBPickerControl(const ClassEntry& entry) : ControlOf(entry) {
@@ -43,6 +41,8 @@ public:
     }
 
 private:
+    static constexpr DISPID CatalogChangedEvent = 1;
+
     Core& Target() const override { return *picker; }
     ~SQLDBPickerControl() override = default;
 
