@@ -105,7 +105,7 @@ constexpr Option PickOptions[] = {
     {u"--catalog", u"NAME", u"the catalog; without it the first one, which the picker chooses"},
     {u"--show-password", u"", u"print the password on a terminal, too"},
 };
-constexpr Option Options[] = {
+constexpr Option CatalogsOptions[] = {
     {u"--user", u"NAME", u"the user whose catalogs are listed", true},
     {u"--default", u"CATALOG", u"the catalog to choose; without it the first one"},
     {u"--record", u"MACHINE", u"record a connection to the chosen catalog in the history"},
@@ -127,7 +127,7 @@ const Command CatalogsCommand = {
     u"List the content databases that a user may open through a connector.\n"
     u"Prints a line for each: title, catalog, login and rights. A star marks the chosen one;\n"
     u"passwords are not shown.",
-    Options,
+    CatalogsOptions,
     Catalogs};
 
 const Command PickCommand = {u"pick",

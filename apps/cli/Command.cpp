@@ -49,7 +49,7 @@ UsageError TooMany(std::span<const Text> places, size_t most) {
         u" A path or a connection string with blanks needs quotes around it.");
 }
 
-Text Shown(const Option& option) {
+Text Syntax(const Option& option) {
     return option.value.empty() ? Text(option.name) : Text(option.name) + u" " + Text(option.value);
 }
 
@@ -104,7 +104,7 @@ Arguments Command::Parse(std::span<const Text> words) const {
         Text value = equals == Text::npos ? Text() : word.substr(equals + 1);
         if (!option->value.empty() && equals == Text::npos) {
             if (++i == words.size())
-                throw UsageError(u"'" + Text(option->name) + u"' needs a value: " + Shown(*option) + u".");
+                throw UsageError(u"'" + Text(option->name) + u"' needs a value: " + Syntax(*option) + u".");
             value = words[i];
         }
         arguments.options[Text(option->name)] = std::move(value);
@@ -114,7 +114,7 @@ Arguments Command::Parse(std::span<const Text> words) const {
     if (arguments.places.size() > maxPlaces) throw TooMany(arguments.places, maxPlaces);
     for (const Option& option : options) {
         if (option.isRequired && !arguments.Has(option.name))
-            throw UsageError(u"An option is missing: " + Shown(option) + u".");
+            throw UsageError(u"An option is missing: " + Syntax(option) + u".");
     }
     return arguments;
 }
@@ -124,7 +124,7 @@ Text Command::Help() const {
     if (!placeNames.empty()) help += u" " + (fewestPlaces == 0 ? u"[" + Text(placeNames) + u"]" : Text(placeNames));
     size_t lineStart = 0;
     for (const Option& option : options) {
-        const Text shown = option.isRequired ? Shown(option) : u"[" + Shown(option) + u"]";
+        const Text shown = option.isRequired ? Syntax(option) : u"[" + Syntax(option) + u"]";
         if (help.size() + 1 + shown.size() - lineStart > HelpWidth) {
             help += u"\n   ";
             lineStart = help.size() - 3;
@@ -133,7 +133,7 @@ Text Command::Help() const {
     }
     help += u"\n\n" + Text(summary) + u"\n";
     const auto explain = [&](const Option& option) {
-        Text shown = u"  " + Shown(option);
+        Text shown = u"  " + Syntax(option);
         shown.resize(std::max<size_t>(shown.size() + 2, 24), u' ');
         help += u"\n" + shown;
         for (const char16_t unit : option.help) {

@@ -74,7 +74,7 @@ ExitCode Copy(const Arguments& arguments) {
     return Success;
 }
 
-constexpr Option Options[] = {
+constexpr Option CopyOptions[] = {
     {ForceOption.name, u"", u"replace all rows of the tables that exist in TO"},
     SecondPasswordOptions[0],
     SecondPasswordOptions[1],
@@ -93,7 +93,7 @@ const Command CopyCommand = {
     u"database; in an empty catalog or file the tables are created. All rows of all tables are copied in one\n"
     u"transaction, read again and compared. If anything fails, TO stays as it was; FROM is only read. Tables and\n"
     u"columns that other programs have added are neither copied nor changed, and are named.",
-    Options,
+    CopyOptions,
     Copy};
 
 } // namespace dax::cli

@@ -41,7 +41,7 @@ ExitCode Create(const Arguments& arguments) {
     return Success;
 }
 
-constexpr Option Options[] = {
+constexpr Option CreateOptions[] = {
     {u"--connector", u"", u"a connector database instead of a content database"},
     {u"--print", u"ENGINE", u"only print the script: access, sqlserver, sqlite, postgresql or mariadb"},
     ForceOption,
@@ -56,7 +56,7 @@ const Command CreateCommand = {u"create",
                                1,
                                u"Create an empty database with all tables.\n"
                                u"A file becomes a SQLite database, whatever its name. Prints what was created.",
-                               Options,
+                               CreateOptions,
                                Create};
 
 } // namespace dax::cli

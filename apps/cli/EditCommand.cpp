@@ -67,7 +67,7 @@ ExitCode Edit(const Arguments& arguments) {
     return Success;
 }
 
-constexpr Option Options[] = {
+constexpr Option EditOptions[] = {
     {u"--file", u"COMMANDS",
      u"the file with the commands, - for the standard input; in UTF-8, or in UTF-16 with a mark"},
     {u"--dry-run", u"", u"try the commands, but save nothing"},
@@ -83,6 +83,6 @@ const Text Summary = u"Add, update, remove and move entries of the hierarchy.\n"
 
 } // namespace
 
-const Command EditCommand = {u"edit", u"FILE-or-CONNECTION [COMMAND WORD...]", 1, MaxWords, Summary, Options, Edit};
+const Command EditCommand = {u"edit", u"FILE-or-CONNECTION [COMMAND WORD...]", 1, MaxWords, Summary, EditOptions, Edit};
 
 } // namespace dax::cli

@@ -21,12 +21,12 @@ std::vector<Text> PathTo(const Node& node) {
     return path;
 }
 
-Text Shown(const Text& title) { return title.empty() ? Text(u"(untitled)") : OneLine(title); }
+Text DisplayTitle(const Text& title) { return title.empty() ? Text(u"(untitled)") : OneLine(title); }
 
 Text Describe(const Node& node) {
     Text line;
-    for (const Text& title : PathTo(node)) line += Shown(title) + u" / ";
-    line += Shown(node.Caption());
+    for (const Text& title : PathTo(node)) line += DisplayTitle(title) + u" / ";
+    line += DisplayTitle(node.Caption());
     if (!node.Tag().empty()) line += u"  [" + OneLine(node.Tag()) + u"]";
     return line + u"  {" + OneLine(node.Key()) + u"}";
 }
@@ -66,7 +66,7 @@ ExitCode Find(const Arguments& arguments) {
     return Refused;
 }
 
-constexpr Option Options[] = {
+constexpr Option FindOptions[] = {
     {u"--exact", u"", u"only those whose whole title, identifier or lessonID is the text"},
     {u"--json", u"",
      u"print an object for programs: \"entries\", each with lessonID, title, identifier,\n"
@@ -82,7 +82,7 @@ const Command FindCommand = {u"find",
                              u"Find the entries with a text in their title, identifier or lessonID.\n"
                              u"Case is ignored. Prints each entry with the groups that contain it, its identifier\n"
                              u"in brackets and its lessonID in braces; the exit code is 1 if there is none.",
-                             Options,
+                             FindOptions,
                              Find};
 
 } // namespace dax::cli

@@ -61,7 +61,7 @@ ExitCode Info(const Arguments& arguments) {
     return Failure;
 }
 
-constexpr Option Options[] = {
+constexpr Option InfoOptions[] = {
     {u"--level", u"N", u"how much of the lesson panel: 1 everything (the default), 2 less, 3 least"},
     {u"--no-identifier", u"", u"leave the identifier out"},
     {u"--json", u"",
@@ -78,7 +78,7 @@ const Command InfoCommand = {u"info",
                              u"Show what the lesson panel and the lock panel show for an entry.\n"
                              u"ENTRY is a lessonID, or an identifier that only one entry has. Without it the whole\n"
                              u"database is described.",
-                             Options,
+                             InfoOptions,
                              Info};
 
 } // namespace dax::cli

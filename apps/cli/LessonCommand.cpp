@@ -93,7 +93,7 @@ ExitCode ShowLesson(const Arguments& arguments) {
     return Success;
 }
 
-constexpr Option Options[] = {
+constexpr Option LessonOptions[] = {
     {u"--json", u"",
      u"print an object for programs: lessonID, title, identifier, type, properties,\n"
      u"tokens, aggregate"},
@@ -112,7 +112,7 @@ const Command LessonCommand = {u"lesson",
                                u"Show the properties, the tokens and the aggregate figures of one entry.\n"
                                u"ENTRY is a lessonID, or an identifier that only one entry has. Without it the\n"
                                u"figures of the whole database are shown.",
-                               Options,
+                               LessonOptions,
                                ShowLesson};
 
 } // namespace dax::cli

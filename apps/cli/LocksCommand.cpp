@@ -205,7 +205,7 @@ ExitCode Locks(const Arguments& arguments) {
     return Success;
 }
 
-constexpr Option Options[] = {
+constexpr Option LocksOptions[] = {
     {u"--user", u"NAME", u"only the locks of one user"},
     {u"--lesson", u"ENTRY", u"only the locks on one entry, or on one that was deleted"},
     {u"--group", u"ENTRY", u"only the locks on a group and on the entries in it"},
@@ -232,7 +232,7 @@ const Command LocksCommand = {u"locks",
                               u"Prints a table, in the order of --sort, and the number of locks. If several filters\n"
                               u"are given, all of them apply. After --delete the exit code is 0 if every listed lock\n"
                               u"was deleted, 1 if some were not.",
-                              Options,
+                              LocksOptions,
                               Locks};
 
 } // namespace dax::cli

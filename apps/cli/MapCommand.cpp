@@ -115,7 +115,7 @@ ExitCode Map(const Arguments& arguments) {
     return Success;
 }
 
-constexpr Option Options[] = {
+constexpr Option MapOptions[] = {
     {u"--find", u"TEXT", u"list the storyboards whose title, identifier or SBID contains the text"},
     {u"--exact", u"", u"with --find: is the text"},
     {u"--move", u"STORYBOARD", u"move a storyboard and everything below it"},
@@ -149,7 +149,7 @@ const Command MapCommand = {u"map",
                             u"LESSON is a lessonID, or an identifier that only one entry has; STORYBOARD an SBID, or\n"
                             u"an identifier or a title that only one storyboard has. A change is saved at once; then\n"
                             u"the maps are printed.",
-                            Options,
+                            MapOptions,
                             Map};
 
 } // namespace dax::cli

@@ -12,7 +12,7 @@ namespace {
 constexpr size_t DefaultLessons = 120, MaxLessons = 1000000;
 constexpr size_t StatementsAtATime = 1000;
 
-Text Count(size_t number, const Text& word) { return ToText(static_cast<long long>(number)) + u" " + word; }
+Text Counted(size_t number, const Text& word) { return ToText(static_cast<long long>(number)) + u" " + word; }
 
 // Collects statements and sends them in large portions, so that a big course needs little memory.
 class Sender {
@@ -45,9 +45,9 @@ void FillCourse(NewDatabase& database, size_t lessons, const Text& shown) {
         WriteSampleCourse(lessons, Now(), database.IsMDB(), [&](Text statement) { sender.Take(std::move(statement)); });
     sender.Flush();
     database.Finish();
-    Announce(u"Made a sample course: " + shown + u"\n" + Count(counts.lessons, u"lessons in ") +
-             Count(counts.groups, u"groups, ") + Count(counts.milestones, u"milestones, ") +
-             Count(counts.locks, u"locks, ") + Count(counts.posts, u"discussions"));
+    Announce(u"Made a sample course: " + shown + u"\n" + Counted(counts.lessons, u"lessons in ") +
+             Counted(counts.groups, u"groups, ") + Counted(counts.milestones, u"milestones, ") +
+             Counted(counts.locks, u"locks, ") + Counted(counts.posts, u"discussions"));
 }
 
 void FillConnector(NewDatabase& database, const Arguments& arguments, const Text& password, const Text& shown) {
@@ -58,8 +58,8 @@ void FillConnector(NewDatabase& database, const Arguments& arguments, const Text
     sender.Flush();
     database.Finish();
     Announce(u"Made a sample connector: " + shown + u"\n" +
-             Count(counts.users, u"users (admin, anna, j.o'neil, юлия, guest), ") +
-             Count(counts.catalogs, u"catalogs"));
+             Counted(counts.users, u"users (admin, anna, j.o'neil, юлия, guest), ") +
+             Counted(counts.catalogs, u"catalogs"));
 }
 
 // Of the catalogs' login.
@@ -95,7 +95,7 @@ ExitCode Sample(const Arguments& arguments) {
     return Success;
 }
 
-constexpr Option Options[] = {
+constexpr Option SampleOptions[] = {
     {u"--lessons", u"N", u"how many lessons (120), up to 1000000"},
     {u"--connector", u"", u"a connector database with users, catalogs and rights instead of a course"},
     {u"--login", u"NAME", u"with --connector: the login of the catalogs that it lists (velmora)"},
@@ -116,7 +116,7 @@ const Command SampleCommand = {
     1,
     u"Create a database with a sample course for trying things out.\n"
     u"A file becomes a SQLite database, whatever its name. Prints what was created, and how much.",
-    Options,
+    SampleOptions,
     Sample};
 
 } // namespace dax::cli

@@ -16,19 +16,11 @@ namespace {
 using modDB::FormatSQLDate;
 using modDB::QuoteSQLString;
 
-constexpr long long Minute = 60, Hour = 60 * Minute, Day = 24 * Hour;
 constexpr size_t LessonsInGroup = 6, GroupsInGroup = 8;
 // So many lessons have pages of their own; in a larger course the others are copies of the brief ones, so that it is
 // made quickly.
 constexpr size_t DifferentLessons = 500, BriefLesson = 5;
 constexpr size_t LaterLesson = 120; // from here on titles may be rare: in courses larger than the usual one
-
-template <typename List>
-const auto& Cycle(const List& list, size_t index) {
-    return list[index % std::size(list)];
-}
-
-Text Number(size_t number) { return ToText(static_cast<long long>(number)); }
 
 TextView LessonTitle(size_t number) {
     for (const SupplementaryTitle& rare : SupplementaryTitles)

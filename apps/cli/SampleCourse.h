@@ -24,6 +24,7 @@ SampleConnectorCounts WriteSampleConnector(const DateTime& now, bool isMDB, cons
                                            const std::function<void(Text)>& take);
 
 // `seconds` before a moment.
+constexpr long long Minute = 60, Hour = 60 * Minute, Day = 24 * Hour;
 DateTime Before(const DateTime& moment, long long seconds);
 
 } // namespace dax::cli

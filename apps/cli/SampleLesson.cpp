@@ -11,15 +11,6 @@ namespace dax::cli {
 
 namespace {
 
-constexpr long long Hour = 3600;
-
-template <typename List>
-const auto& Cycle(const List& list, size_t index) {
-    return list[index % std::size(list)];
-}
-
-Text Number(size_t number) { return ToText(static_cast<long long>(number)); }
-
 Text SBID(size_t lesson, size_t page) {
     const uint64_t bits = MixBits((uint64_t{lesson} << 20) + page);
     Text sbid = u"sb";

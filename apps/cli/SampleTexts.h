@@ -3,6 +3,8 @@
 
 #include "base/Text.h"
 
+#include <iterator>
+
 namespace dax::cli {
 
 struct SampleTopic {
@@ -84,5 +86,13 @@ inline constexpr TextView SampleMaps[] = {u"Extras", u"Дополнительн�
 inline constexpr TextView Authors[] = {u"anna", u"j.o'neil", u"юлия", u"山田太郎", u"müller"};
 inline constexpr TextView Machines[] = {u"STUDIO-01", u"STUDIO-02", u"LAPTOP-ANNA", u"КАБИНЕТ-7"};
 inline constexpr TextView Classifications[] = {u"public", u"internal", u"confidential"};
+
+// The element of a list at an index, from the first again after the last.
+template <typename List>
+const auto& Cycle(const List& list, size_t index) {
+    return list[index % std::size(list)];
+}
+
+inline Text Number(size_t number) { return ToText(static_cast<long long>(number)); }
 
 } // namespace dax::cli

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::string_view utf8Mark = "\xEF\xBB\xBF", utf16Mark = "\xFF\xFE", utf16BigMark = "\xFE\xFF";
 
-Text Shown(const Text& path) {
+Text DisplayPath(const Text& path) {
     return path == StandardStream ? Text(u"The standard input") : u"The file '" + path + u"'";
 }
 
@@ -54,7 +54,7 @@ std::string ReadBytes(const Text& path) {
     if (std::filesystem::is_directory(place, ignored)) throw Refusal(u"'" + path + u"' is a folder, not a file.");
     std::ifstream stream(place, std::ios::binary);
     std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-    if (!stream) throw Refusal(Shown(path) + u" cannot be read: " + SystemError() + u".");
+    if (!stream) throw Refusal(DisplayPath(path) + u" cannot be read: " + SystemError() + u".");
     return bytes;
 }
 
@@ -79,7 +79,7 @@ Text Decode(std::string_view bytes, const Text& source) {
     return FromUtf8(bytes);
 }
 
-Text ReadTextFile(const Text& path) { return Decode(ReadBytes(path), Shown(path)); }
+Text ReadTextFile(const Text& path) { return Decode(ReadBytes(path), DisplayPath(path)); }
 
 void WriteTextFile(const Text& path, const Text& text, Encoding encoding, bool mayReplace) {
     std::string bytes;

@@ -73,7 +73,7 @@ ExitCode Tree(const Arguments& arguments) {
     return Success;
 }
 
-constexpr Option Options[] = {
+constexpr Option TreeOptions[] = {
     {u"--depth", u"N", u"only so many levels below the top"},
     {u"--ids", u"", u"show the lessonIDs, too"},
     {u"--indent", u"", u"indent by four blanks instead of drawing lines"},
@@ -92,7 +92,7 @@ const Command TreeCommand = {u"tree",
                              u"Show the groups and lessons of a course, or of one group.\n"
                              u"Identifiers are in brackets; for a group, the groups and lessons in it are counted.\n"
                              u"ENTRY is a lessonID, or an identifier that only one entry has.",
-                             Options,
+                             TreeOptions,
                              Tree};
 
 } // namespace dax::cli

@@ -57,7 +57,7 @@ void ControlEvent::Answer(const wchar_t* requested, long value) const {
 namespace {
 
 // A title says more than that there is an object.
-std::wstring TitleOf(const VARIANT& value) {
+std::wstring QuotedTitle(const VARIANT& value) {
     if (value.vt != VT_DISPATCH || !value.pdispVal) return {};
     try {
         return L" \"" + Automation(ComPtr<IDispatch>(value.pdispVal)).Get(L"Title").Text() + L"\"";
@@ -78,7 +78,7 @@ std::wstring DescribeArguments(const ControlEvent& event) {
         if (argument.name.find(L"assword") != std::wstring::npos)
             text += value.empty() ? L"\"\"" : L"\u2022\u2022\u2022\u2022";
         else
-            text += type == VT_BSTR ? L'"' + value + L'"' : value + TitleOf(*argument.value);
+            text += type == VT_BSTR ? L'"' + value + L'"' : value + QuotedTitle(*argument.value);
         if (!argument.meaning.empty()) text += L" (" + argument.meaning + L")";
     }
     return text;

@@ -1,5 +1,6 @@
 #include "pages/EditLocks.h"
 
+#include "com/Variant.h"
 #include "locks/LockManager.h"
 #include "locks/LockRules.h"
 
@@ -11,19 +12,16 @@ namespace {
 
 constexpr size_t maxLines = 10;
 
-Text ToCore(const std::wstring& text) { return {text.begin(), text.end()}; }
-std::wstring FromCore(TextView text) { return {text.begin(), text.end()}; }
-
 } // namespace
 
 std::wstring DescribeEditLocks(const std::wstring& connection, const std::vector<std::wstring>& lessonIDs) {
     const auto list = std::make_shared<ListModel>();
     LockManager manager(list);
-    manager.connectionString = ToCore(connection);
+    manager.connectionString = FromWide(connection);
     manager.SetupColumns();
     std::wstring failure;
     manager.Error.AddPermanent([&failure](int32_t, const Text& description, const Text&, const Text&, int32_t& action) {
-        failure = FromCore(description);
+        failure = ToWide(description);
         action = actAbort;
     });
     manager.Refresh();
@@ -35,12 +33,12 @@ std::wstring DescribeEditLocks(const std::wstring& connection, const std::vector
         const LockRecord& lock = manager.Records()[static_cast<size_t>(list->Items()[item].tag)];
         const bool isEditing = lock.lockType == lltEditLesson || lock.lockType == lltEditGuide;
         if (!isEditing || lock.invalid ||
-            std::find(lessonIDs.begin(), lessonIDs.end(), FromCore(lock.lessonID)) == lessonIDs.end())
+            std::find(lessonIDs.begin(), lessonIDs.end(), ToWide(lock.lessonID)) == lessonIDs.end())
             continue;
         if (++count > maxLines) continue;
-        lines += L"\n\u2022 " + FromCore(lock.username) + L" on " + FromCore(lock.machineName) + L": \u201C" +
-                 FromCore(list->Cell(item, 0)) + L"\u201D, " +
-                 FromCore(LockRules::LockTypeText(static_cast<int64_t>(lock.lockType)));
+        lines += L"\n\u2022 " + ToWide(lock.username) + L" on " + ToWide(lock.machineName) + L": \u201C" +
+                 ToWide(list->Cell(item, 0)) + L"\u201D, " +
+                 ToWide(LockRules::LockTypeText(static_cast<int64_t>(lock.lockType)));
     }
     if (count == 0) return {};
     if (count > maxLines) lines += L"\n\u2022 and " + std::to_wstring(count - maxLines) + L" more";

@@ -1,5 +1,6 @@
 #include "pages/HierarchyPage.h"
 
+#include "base/Enumerations.h"
 #include "ui/Input.h"
 
 #include <algorithm>
@@ -8,11 +9,9 @@ namespace dax::workbench {
 
 namespace {
 
-constexpr wchar_t editorName[] = L"GroupEditor";
 constexpr wchar_t lessonInfoName[] = L"LessonInfo";
 constexpr wchar_t lockInfoName[] = L"LockInfo";
 constexpr int panelSpace = 5; // between a panel and its border
-constexpr long typeGroup = 0, typeLesson = 1;
 
 } // namespace
 
@@ -56,7 +55,7 @@ void HierarchyPage::Build() {
     searchLabel = AddLabel(L"&Find:");
     AddEdit(idSearch, L"A title, an identifier or a lessonID");
     AddButton(idFind, L"Find ne&xt");
-    editor = AddControl(idTree, true, editorName, [this](const ControlEvent& event) { OnControlEvent(event); });
+    editor = AddControl(idTree, true, ControlName, [this](const ControlEvent& event) { OnControlEvent(event); });
     if (editor) Frame(editor->Window());
     titleLabel = AddLabel(L"&Title:");
     AddEdit(idTitle);
@@ -239,10 +238,10 @@ void HierarchyPage::ShowSelection() {
     if (shownID != id && IsTyped()) Update(); // the selection has moved on without the fields being left
     context.selection.lessonID = id;
     context.selection.title = Editor().Call(L"GetLessonTitle", {id}).Text();
-    context.selection.isLesson = isEntry && type == typeLesson;
+    context.selection.isLesson = isEntry && type == ltLesson;
     SetField(idTitle, isEntry ? context.selection.title : L"");
     SetField(idIdentifier, Editor().Call(L"GetLessonIdentifier", {id}).Text());
-    SetChoice(idType, !isEntry ? -1 : type == typeGroup || type == typeLesson ? static_cast<int>(type) : 2);
+    SetChoice(idType, !isEntry ? -1 : type == ltGroup || type == ltLesson ? static_cast<int>(type) : 2);
     shownID = id;
     shown = Typed();
     ShowPanels();
@@ -292,7 +291,7 @@ void HierarchyPage::SelectLesson(long place) {
     const long count = all.Get(L"Count").Long();
     for (long i = 1; i <= count; ++i) {
         const Variant id = all.Call(L"Item", {i});
-        if (Editor().Call(L"GetLessonType", {id}).Long() != typeLesson || --place > 0) continue;
+        if (Editor().Call(L"GetLessonType", {id}).Long() != ltLesson || --place > 0) continue;
         Editor().Set(L"CurrentLessonID", id);
         return;
     }

@@ -37,6 +37,8 @@ protected:
     bool Save() override;
 
 private:
+    static constexpr wchar_t ControlName[] = L"GroupEditor";
+
     void OnControlEvent(const ControlEvent& event);
     bool Load(); // false when the user keeps what is not saved
     void Read(); // without asking

@@ -1,6 +1,7 @@
 // Loading, saving and editing on the hierarchy page.
 #include "pages/HierarchyPage.h"
 
+#include "base/Enumerations.h"
 #include "base/ErrorNumbers.h"
 #include "pages/EditLocks.h"
 #include "ui/Input.h"
@@ -9,14 +10,6 @@
 #include <string>
 
 namespace dax::workbench {
-
-namespace {
-
-constexpr wchar_t editorName[] = L"GroupEditor";
-constexpr long typeGroup = 0, typeLesson = 1;
-constexpr long everywhere = 1 | 2 | 4; // titles, identifiers, lessonIDs
-
-} // namespace
 
 bool HierarchyPage::MayClose() { return ConfirmDiscard(L"Save the changes of the hierarchy?"); }
 
@@ -36,7 +29,7 @@ void HierarchyPage::Read() {
         context.selection = {source, {}, {}, false, Editor()};
         Editor().Set(L"ConnectionString", ConnectionFor(source));
         Editor().Set(L"DatabaseTitle", title.empty() ? L"velmora database" : title);
-        const bool isLoaded = Call(*editor, editorName, L"LoadDatabase").Bool();
+        const bool isLoaded = Call(*editor, ControlName, L"LoadDatabase").Bool();
         isChanged = false;
         ShowSelection();
         const long entries = std::max(Editor().Get(L"NodeCount").Long() - 1, 0L);
@@ -54,7 +47,7 @@ bool HierarchyPage::Save() {
     failureNumber.clear();
     Run([&] {
         failure.clear();
-        isSaved = Call(*editor, editorName, L"SaveDatabase").Bool();
+        isSaved = Call(*editor, ControlName, L"SaveDatabase").Bool();
         if (isSaved) isChanged = false;
         ShowResult(isSaved ? L"Saved." : L"Nothing was saved: " + failure, isSaved ? Tone::Good : Tone::Bad);
         EnableTools();
@@ -76,9 +69,9 @@ void HierarchyPage::OfferToLoad() {
 void HierarchyPage::Add(bool isGroup) {
     Edit([&] {
         const Automation utility = context.library.CreateObject(L"ContentObjects.Utility");
-        Call(*editor, editorName, L"AddLesson",
+        Call(*editor, ControlName, L"AddLesson",
              {utility.Call(L"NewIdentifier"), isGroup ? L"New group" : L"New lesson", L"",
-              isGroup ? typeGroup : typeLesson});
+              isGroup ? ltGroup : ltLesson});
         ShowResult(isGroup ? L"A group was added; F2 leads to its title."
                            : L"A lesson was added; F2 leads to its title.",
                    Tone::Plain);
@@ -87,7 +80,7 @@ void HierarchyPage::Add(bool isGroup) {
 
 void HierarchyPage::Store(const Entry& typed, const Entry& before) {
     const auto stored = [this](const wchar_t* question) { return Editor().Call(question, {shownID}); };
-    Call(*editor, editorName, L"UpdateLesson",
+    Call(*editor, ControlName, L"UpdateLesson",
          {shownID, typed.title == before.title ? stored(L"GetLessonTitle") : Variant(typed.title),
           typed.identifier == before.identifier ? stored(L"GetLessonIdentifier") : Variant(typed.identifier),
           typed.type == before.type ? stored(L"GetLessonType") : Variant(static_cast<long>(typed.type))});
@@ -99,7 +92,7 @@ void HierarchyPage::FocusTree() const {
 
 void HierarchyPage::UndoOrRedo(bool isUndo) {
     Edit([&] {
-        Call(*editor, editorName, isUndo ? L"Undo" : L"Redo");
+        Call(*editor, ControlName, isUndo ? L"Undo" : L"Redo");
         ShowResult(isUndo ? L"Undone; not yet saved." : L"Done again; not yet saved.", Tone::Plain);
     });
 }
@@ -108,7 +101,8 @@ void HierarchyPage::Find() {
     const std::wstring requested = FieldText(idSearch);
     if (requested.empty()) return FocusField(idSearch);
     Edit([&] {
-        const bool isFound = !Call(*editor, editorName, L"FindLesson", {requested, everywhere, true}).Text().empty();
+        const bool isFound =
+            !Call(*editor, ControlName, L"FindLesson", {requested, ftTitle | ftIdentifier | ftID, true}).Text().empty();
         ShowResult(isFound ? L"Found." : L"Nothing else is found.", isFound ? Tone::Good : Tone::Bad);
     });
 }
@@ -132,23 +126,23 @@ void HierarchyPage::Remove() {
     if (answer != IDYES && answer != IDNO) return;
     const bool withChildren = answer == IDYES;
     Edit([&] {
-        Call(*editor, editorName, L"RemoveLesson", {id, withChildren});
+        Call(*editor, ControlName, L"RemoveLesson", {id, withChildren});
         ShowResult(L"Removed; not yet saved.", Tone::Plain);
     });
 }
 
 void HierarchyPage::Move(int tool) {
-    Edit([&] { Call(*editor, editorName, L"MoveCurrent", {static_cast<long>(tool - idUp + 1)}); });
+    Edit([&] { Call(*editor, ControlName, L"MoveCurrent", {static_cast<long>(tool - idUp + 1)}); });
 }
 
 void HierarchyPage::Display(int tool) {
     Edit([&] {
-        if (tool == idExpandAll) Call(*editor, editorName, L"ExpandAll");
-        if (tool == idCollapseAll) Call(*editor, editorName, L"CollapseAll");
+        if (tool == idExpandAll) Call(*editor, ControlName, L"ExpandAll");
+        if (tool == idCollapseAll) Call(*editor, ControlName, L"CollapseAll");
         if (tool != idFreeze) return;
         isFrozen = !isFrozen;
         tools.Press(idFreeze, isFrozen);
-        Call(*editor, editorName, isFrozen ? L"LockDisplay" : L"UnlockDisplay");
+        Call(*editor, ControlName, isFrozen ? L"LockDisplay" : L"UnlockDisplay");
     });
 }
 

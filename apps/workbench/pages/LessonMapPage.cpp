@@ -1,5 +1,6 @@
 #include "pages/LessonMapPage.h"
 
+#include "base/Enumerations.h"
 #include "pages/LessonStore.h"
 #include "ui/Input.h"
 
@@ -10,9 +11,6 @@ namespace dax::workbench {
 
 namespace {
 
-constexpr wchar_t editorName[] = L"LessonMapEditor";
-constexpr long everywhere = 1 | 2 | 4; // titles, identifiers, SBIDs
-constexpr long captionsByTitle = 0, captionsByIdentifier = 1;
 enum Labels { labelLesson, labelTitle, labelIdentifier, labelType, labelSearch };
 
 std::wstring Count(long number, const wchar_t* word) {
@@ -57,7 +55,7 @@ void LessonMapPage::Build() {
                 {idUncheckAll, Icon::UncheckAll, L"Uncheck all (Ctrl+U)"},
                 {},
                 {idFreeze, Icon::Freeze, L"Lock the display: it shows no change (Ctrl+D)", L"Lock display", true}});
-    editor = AddControl(idMap, true, editorName, [this](const ControlEvent& event) { OnControlEvent(event); });
+    editor = AddControl(idMap, true, ControlName, [this](const ControlEvent& event) { OnControlEvent(event); });
     if (editor) Frame(editor->Window());
     labels.push_back(AddLabel(L"&Title:"));
     AddEdit(idTitle);
@@ -241,7 +239,7 @@ void LessonMapPage::EditLesson(const std::function<void()>& work) {
 }
 
 void LessonMapPage::Refresh() {
-    EditLesson([this] { Call(*editor, editorName, L"Refresh"); });
+    EditLesson([this] { Call(*editor, ControlName, L"Refresh"); });
 }
 
 bool LessonMapPage::MayClose() { return ConfirmDiscard(L"Save the changes of the lesson?"); }
@@ -263,7 +261,7 @@ void LessonMapPage::Add() {
         const Automation storyboard = context.library.CreateObject(L"ContentObjects.Storyboard");
         storyboard.Set(L"Title", L"New page");
         storyboard.Set(L"StoryboardType", L"text");
-        Call(*editor, editorName, L"AddStoryboard", {storyboard.Object()});
+        Call(*editor, ControlName, L"AddStoryboard", {storyboard.Object()});
         ShowResult(L"A page was added; F2 leads to its title.", Tone::Plain);
     });
 }
@@ -277,7 +275,7 @@ void LessonMapPage::Store(const Entry& typed, const Entry& before) {
         SendMessageW(Field(idType), CB_GETLBTEXT, static_cast<WPARAM>(typed.type), reinterpret_cast<LPARAM>(name));
         storyboard.Set(L"StoryboardType", name);
     }
-    Call(*editor, editorName, L"UpdateStoryboard", {storyboard.Object()});
+    Call(*editor, ControlName, L"UpdateStoryboard", {storyboard.Object()});
 }
 
 void LessonMapPage::Remove() {
@@ -289,26 +287,26 @@ void LessonMapPage::Remove() {
                                 Editor().Call(L"GetChildStoryboardCount", {storyboard.Get(L"SBID")}).Long(), L"pages"));
     if (answer != IDYES && answer != IDNO) return;
     EditLesson([&] {
-        Call(*editor, editorName, L"RemoveStoryboard", {storyboard.Object(), answer == IDYES});
+        Call(*editor, ControlName, L"RemoveStoryboard", {storyboard.Object(), answer == IDYES});
         isChanged = true;
         ShowResult(L"Removed; not yet saved.", Tone::Plain);
     });
 }
 
 void LessonMapPage::Move(int tool) {
-    EditLesson([&] { Call(*editor, editorName, L"MoveCurrent", {static_cast<long>(tool - idUp + 1)}); });
+    EditLesson([&] { Call(*editor, ControlName, L"MoveCurrent", {static_cast<long>(tool - idUp + 1)}); });
 }
 
 void LessonMapPage::Display(int tool) {
     EditLesson([&] {
-        if (tool == idExpandAll) Call(*editor, editorName, L"ExpandAll");
-        if (tool == idCollapseAll) Call(*editor, editorName, L"CollapseAll");
-        if (tool == idCheckAll) Call(*editor, editorName, L"CheckAllStoryboards");
-        if (tool == idUncheckAll) Call(*editor, editorName, L"UncheckAllStoryboards");
+        if (tool == idExpandAll) Call(*editor, ControlName, L"ExpandAll");
+        if (tool == idCollapseAll) Call(*editor, ControlName, L"CollapseAll");
+        if (tool == idCheckAll) Call(*editor, ControlName, L"CheckAllStoryboards");
+        if (tool == idUncheckAll) Call(*editor, ControlName, L"UncheckAllStoryboards");
         if (tool != idFreeze) return;
         isFrozen = !isFrozen;
         tools.Press(idFreeze, isFrozen);
-        Call(*editor, editorName, isFrozen ? L"LockDisplay" : L"UnlockDisplay");
+        Call(*editor, ControlName, isFrozen ? L"LockDisplay" : L"UnlockDisplay");
     });
 }
 
@@ -316,8 +314,9 @@ void LessonMapPage::Find() {
     const std::wstring text = FieldText(idSearch);
     if (text.empty()) return FocusField(idSearch);
     EditLesson([&] {
-        const std::wstring found =
-            Call(*editor, editorName, L"FindNextSBID", {text, everywhere, Checked(idExact), Checked(idWrap)}).Text();
+        const std::wstring found = Call(*editor, ControlName, L"FindNextSBID",
+                                        {text, ftTitle | ftIdentifier | ftID, Checked(idExact), Checked(idWrap)})
+                                       .Text();
         if (!found.empty()) Editor().Set(L"CurrentSBID", found);
         ShowResult(found.empty() ? L"Nothing else is found." : L"Found.", found.empty() ? Tone::Bad : Tone::Good);
     });
@@ -331,7 +330,7 @@ void LessonMapPage::SetOption(int id) {
         if (id == idDragDrop) Editor().Set(L"AllowDragDrop", Checked(id));
         if (id == idLocked) Editor().Set(L"Locked", Checked(id));
         if (id == idDefaultMapOnly) Editor().Set(L"ShowDefaultMapOnly", Checked(id));
-        if (id == idByIdentifier) Editor().Set(L"CaptionStyle", Checked(id) ? captionsByIdentifier : captionsByTitle);
+        if (id == idByIdentifier) Editor().Set(L"CaptionStyle", Checked(id) ? csIdentifier : csTitle);
         ShowSelection();
     });
 }

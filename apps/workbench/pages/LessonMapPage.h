@@ -36,6 +36,8 @@ protected:
     bool Save() override;
 
 private:
+    static constexpr wchar_t ControlName[] = L"LessonMapEditor";
+
     // Where the shown lesson comes from.
     struct Opened {
         std::wstring connection, lessonID, title;

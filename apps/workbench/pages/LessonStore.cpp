@@ -1,6 +1,7 @@
 #include "pages/LessonStore.h"
 
 #include "automation/Automation.h"
+#include "com/Variant.h"
 
 #include "data/Command.h"
 #include "data/Recordset.h"
@@ -10,15 +11,12 @@ namespace dax::workbench {
 
 namespace {
 
-Text ToCore(const std::wstring& text) { return {text.begin(), text.end()}; }
-std::wstring FromCore(const Text& text) { return {text.begin(), text.end()}; }
-
 template <class Work>
 auto Try(const Work& work) {
     try {
         return work();
     } catch (const Error& error) {
-        throw HostError(error.Number(), FromCore(error.Description()));
+        throw HostError(error.Number(), ToWide(error.Description()));
     }
 }
 
@@ -31,10 +29,11 @@ auto Try(const Work& work) {
 std::wstring ReadLessonData(const std::wstring& connection, const std::wstring& lessonID) {
     return Try([&] {
         Recordset rows;
-        rows.Open(u"SELECT lessonData FROM velmoraLessons WHERE lessonID = " + modDB::QuoteSQLString(ToCore(lessonID)),
-                  ToCore(connection));
+        rows.Open(u"SELECT lessonData FROM velmoraLessons WHERE lessonID = " +
+                      modDB::QuoteSQLString(FromWide(lessonID)),
+                  FromWide(connection));
         if (rows.Eof()) ThrowMissing();
-        const std::wstring text = FromCore(Text(rows.FieldText(0)));
+        const std::wstring text = ToWide(Text(rows.FieldText(0)));
         rows.Close();
         return text;
     });
@@ -43,11 +42,11 @@ std::wstring ReadLessonData(const std::wstring& connection, const std::wstring& 
 void WriteLessonData(const std::wstring& connection, const std::wstring& lessonID, const std::wstring& text) {
     Try([&] {
         Connection database;
-        database.Open(ToCore(connection));
+        database.Open(FromWide(connection));
         Command command(database);
         command.SetCommandText(u"UPDATE velmoraLessons SET lessonData = ? WHERE lessonID = ?");
-        command.AppendParameter(ToCore(text));
-        command.AppendParameter(ToCore(lessonID));
+        command.AppendParameter(FromWide(text));
+        command.AppendParameter(FromWide(lessonID));
         if (command.Execute() == 0) ThrowMissing();
     });
 }

@@ -1,5 +1,6 @@
 #include "pages/LocksPage.h"
 
+#include "base/Enumerations.h"
 #include "ui/Input.h"
 
 #include <algorithm>
@@ -8,9 +9,6 @@
 namespace dax::workbench {
 
 namespace {
-
-constexpr wchar_t controlName[] = L"LockManager";
-constexpr long groupLocks = 3;
 
 std::wstring Number(const Automation& manager, const wchar_t* name) {
     return std::to_wstring(manager.Get(name).Long());
@@ -45,7 +43,7 @@ void LocksPage::Build() {
     SetChecked(idShowIdentifier, true);
     entryLabel = AddLabel(L"Entry:");
     AddOutput(idEntry);
-    manager = AddControl(idLocks, true, controlName, [this](const ControlEvent& event) { OnControlEvent(event); });
+    manager = AddControl(idLocks, true, ControlName, [this](const ControlEvent& event) { OnControlEvent(event); });
     if (manager) Frame(manager->Window());
     AddOutput(idCounts);
     AddButton(idDelete, L"&Delete selected\u2026");
@@ -165,7 +163,7 @@ void LocksPage::ApplyFields() {
     Manager().Set(L"LessonID", isChosen ? selection.lessonID : std::wstring());
     Manager().Set(L"ShowIdentifier", Checked(idShowIdentifier));
     ComPtr<IDispatch> group;
-    if (isChosen && display == groupLocks)
+    if (isChosen && display == ldtGroupLocks)
         group = selection.editor.Call(L"GetChildLessonIDCollection", {selection.lessonID}).Object();
     Manager().Set(L"GroupIDCollection", group);
 }
@@ -176,7 +174,7 @@ void LocksPage::List(bool rebuild) {
         ShowResult(L"Reading\u2026", Tone::Plain);
         hasFailed = false;
         ApplyFields();
-        Call(*manager, controlName, rebuild ? L"RebuildDisplay" : L"Refresh");
+        Call(*manager, ControlName, rebuild ? L"RebuildDisplay" : L"Refresh");
         ShowCounts();
         const bool isNone = Trim(FieldText(idConnection)).empty();
         if (!hasFailed)
@@ -211,7 +209,7 @@ void LocksPage::Delete() {
     if (context.ask(question) != IDYES) return;
     Run([&] {
         hasFailed = false;
-        Call(*manager, controlName, L"DeleteSelected");
+        Call(*manager, ControlName, L"DeleteSelected");
         ShowCounts();
         if (!hasFailed) ShowResult(Locks(deletable) + L" deleted, or already removed.", Tone::Good);
     });

@@ -32,6 +32,8 @@ protected:
     bool HandleKey(const MSG& message) override;
 
 private:
+    static constexpr wchar_t ControlName[] = L"LockManager";
+
     void OnControlEvent(const ControlEvent& event);
     // Passes the fields to the control; its locks are read, and its columns rebuilt if requested.
     void List(bool rebuild);

@@ -6,11 +6,7 @@
 
 namespace dax::workbench {
 
-namespace {
-
-constexpr wchar_t controlName[] = L"DatabaseValidator";
-
-} // namespace
+namespace {} // namespace
 
 ValidatorPage::~ValidatorPage() {
     validator.reset();
@@ -32,7 +28,7 @@ void ValidatorPage::Build() {
     SendMessageW(Field(idAccessFile), BM_SETCHECK, BST_CHECKED, 0);
     AddButton(idValidate, L"Va&lidate", true);
     AddButton(idTalk, L"Check &talk tables");
-    validator = AddControl(idPanel, false, controlName, {});
+    validator = AddControl(idPanel, false, ControlName, {});
     if (validator) Frame(validator->Window());
     AddOutput(idResult);
     for (int id : {idValidate, idTalk}) EnableWindow(Field(id), validator != nullptr);
@@ -93,7 +89,7 @@ void ValidatorPage::Validate() {
         std::wstring catalog = Trim(FieldText(idCatalog));
         if (catalog.empty()) catalog = file ? FileOf(text) : CatalogOf(text);
         const bool valid =
-            Call(*validator, controlName, L"ValidateDataConnection", {ConnectionFor(text), catalog, file}).Bool();
+            Call(*validator, ControlName, L"ValidateDataConnection", {ConnectionFor(text), catalog, file}).Bool();
         ShowResult(DescribeOutcome(validator->Control(), valid), valid ? Tone::Good : Tone::Bad);
     });
 }
@@ -102,7 +98,7 @@ void ValidatorPage::CheckTalk() {
     if (!validator) return;
     Run([this] {
         const bool talk =
-            Call(*validator, controlName, L"ValidateSupportsTalk", {ConnectionFor(TakeConnection())}).Bool();
+            Call(*validator, ControlName, L"ValidateSupportsTalk", {ConnectionFor(TakeConnection())}).Bool();
         ShowResult(talk ? L"The talk tables are there." : L"There are no talk tables.", Tone::Plain);
     });
 }

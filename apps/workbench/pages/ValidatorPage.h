@@ -25,6 +25,8 @@ protected:
     void Command(int id, int notification) override;
 
 private:
+    static constexpr wchar_t ControlName[] = L"DatabaseValidator";
+
     void Validate();
     void CheckTalk();
     void ShowCatalogHint();

@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/Secrets.h"
+#include "com/Variant.h"
 
 #include <atomic>
 #include <cwchar>
@@ -12,7 +13,7 @@ namespace dax::workbench::selftest {
 namespace {
 
 std::wstring Masked(const std::wstring& text) {
-    const Text masked = MaskPasswords(Text(text.begin(), text.end()));
+    const Text masked = MaskPasswords(FromWide(text));
     return {masked.begin(), masked.end()};
 }
 
@@ -90,8 +91,7 @@ bool RunCheck(const Check& check, Recorder& recorder) {
     } catch (const HostError& error) {
         recorder.End(Outcome::Failed, Masked(error.Text()));
     } catch (const Error& error) {
-        const Text& text = error.Description();
-        recorder.End(Outcome::Failed, Masked({text.begin(), text.end()}));
+        recorder.End(Outcome::Failed, Masked(ToWide(error.Description())));
     } catch (const std::exception& error) {
         const std::string text = error.what();
         recorder.End(Outcome::Failed, {text.begin(), text.end()});

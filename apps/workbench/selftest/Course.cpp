@@ -1,5 +1,6 @@
 #include "selftest/Course.h"
 
+#include "com/Variant.h"
 #include "data/Command.h"
 #include "data/Recordset.h"
 #include "data/Schema.h"
@@ -8,8 +9,6 @@
 namespace dax::workbench::selftest {
 
 namespace {
-
-Text ToCore(const std::wstring& text) { return {text.begin(), text.end()}; }
 
 void Insert(Connection& database, const Text& table, const Text& columns, const std::vector<Value>& values) {
     Text marks;
@@ -116,27 +115,26 @@ CourseFiles MakeCourseFiles(const std::wstring& folder, const std::wstring& name
         Require(file != INVALID_HANDLE_VALUE, path + L" cannot be written.");
         CloseHandle(file);
         Connection database;
-        database.Open(ToCore(path));
+        database.Open(FromWide(path));
         if (path == files.content)
             MakeContent(database);
         else
-            MakeConnector(database, ToCore(name));
+            MakeConnector(database, FromWide(name));
     }
     return files;
 }
 
 std::wstring AskDatabase(const std::wstring& connection, const std::wstring& query) {
     Recordset rows;
-    rows.Open(ToCore(query), ToCore(connection));
+    rows.Open(FromWide(query), FromWide(connection));
     if (rows.Eof()) return {};
-    const Text text(rows.FieldText(0));
-    return {text.begin(), text.end()};
+    return ToWide(rows.FieldText(0));
 }
 
 void RunStatement(const std::wstring& connection, const std::wstring& statement) {
     Connection database;
-    database.Open(ToCore(connection));
-    database.Execute(ToCore(statement));
+    database.Open(FromWide(connection));
+    database.Execute(FromWide(statement));
 }
 
 } // namespace dax::workbench::selftest

@@ -1,5 +1,6 @@
 // Which database drivers there are, and a whole course in an empty catalog of its own for each connection that is
 // given.
+#include "com/Variant.h"
 #include "data/CatalogConnection.h"
 #include "data/ConnectionString.h"
 #include "data/Dialect.h"
@@ -12,14 +13,11 @@ namespace dax::workbench::selftest {
 
 namespace {
 
-Text ToCore(const std::wstring& text) { return {text.begin(), text.end()}; }
-std::wstring FromCore(TextView text) { return {text.begin(), text.end()}; }
-
 std::wstring FindDriver(Engine engine) {
     std::wstring found;
     for (const Text& driver : InstalledDrivers())
-        if (EngineFromName(driver) == engine) found += (found.empty() ? L"" : L", ") + FromCore(driver);
-    if (found.empty()) throw Skipped(L"Not installed. " + FromCore(DialectOf(engine).howToGetDriver));
+        if (EngineFromName(driver) == engine) found += (found.empty() ? L"" : L", ") + ToWide(driver);
+    if (found.empty()) throw Skipped(L"Not installed. " + ToWide(DialectOf(engine).howToGetDriver));
     return found;
 }
 
@@ -68,11 +66,11 @@ public:
             Keep();
         }
         Connection server;
-        server.Open(ToCore(given));
+        server.Open(FromWide(given));
         engine = server.Kind();
         own = given;
         if (!name.empty())
-            own = CatalogOn(given, FromCore(name), L"", L"");
+            own = CatalogOn(given, ToWide(name), L"", L"");
         else if (!hasTables && (IsFileBased() || !MakeCatalog(server)))
             RequireEmpty(server);
         Keep();
@@ -90,12 +88,12 @@ public:
     const std::wstring& Content() const { return own; }
     bool IsFileBased() const { return engine == Engine::SQLite || engine == Engine::Access; }
     // As a connector lists it.
-    Text Name() const { return !name.empty() ? name : ToCore(IsFileBased() ? FileOf(typed) : CatalogOf(given)); }
+    Text Name() const { return !name.empty() ? name : FromWide(IsFileBased() ? FileOf(typed) : CatalogOf(given)); }
 
     std::wstring Describe() const {
-        const std::wstring known = FromCore(DialectOf(engine).name);
+        const std::wstring known = ToWide(DialectOf(engine).name);
         if (!madeFile.empty()) return known + L"; a file of its own was made";
-        if (!name.empty()) return known + L"; a catalog of its own was made: " + FromCore(name);
+        if (!name.empty()) return known + L"; a catalog of its own was made: " + ToWide(name);
         return known + L"; the catalog that was given has none of the tables, and gets them" +
                (refusal.empty() ? L"" : L", since this login may make none: " + refusal);
     }
@@ -104,7 +102,7 @@ public:
 
     void MakeTables() {
         Connection database;
-        database.Open(ToCore(own));
+        database.Open(FromWide(own));
         hasTables = true;
         Keep();
         MakeContent(database);
@@ -121,7 +119,7 @@ public:
             return;
         }
         Connection server;
-        server.Open(ToCore(given));
+        server.Open(FromWide(given));
         if (!name.empty()) {
             if (engine == Engine::SQLServer) // what other programs still have open
                 server.Execute(u"ALTER DATABASE " + Quoted() + u" SET SINGLE_USER WITH ROLLBACK IMMEDIATE");
@@ -136,7 +134,7 @@ public:
 
 private:
     void Keep() const {
-        const std::string text = ToUtf8(FromCore(name) + L"\n" + madeFile + L"\n" + (hasTables ? L"1" : L"") + L"\n");
+        const std::string text = ToUtf8(ToWide(name) + L"\n" + madeFile + L"\n" + (hasTables ? L"1" : L"") + L"\n");
         const HANDLE file = CreateFileW(memoryPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
         DWORD count = 0;
         if (file == INVALID_HANDLE_VALUE) return;
@@ -148,7 +146,7 @@ private:
         const size_t first = text.find(L'\n');
         if (first == std::wstring::npos) return;
         const size_t second = text.find(L'\n', first + 1);
-        name = ToCore(text.substr(0, first));
+        name = FromWide(text.substr(0, first));
         madeFile = text.substr(first + 1, second - first - 1);
         hasTables = text.find(L'1', second) != std::wstring::npos;
     }
@@ -165,18 +163,18 @@ private:
         try {
             server.Execute(u"CREATE DATABASE " + Quoted());
         } catch (const Error& error) {
-            refusal = FromCore(error.Description());
+            refusal = ToWide(error.Description());
             name.clear();
             return false;
         }
-        own = CatalogOn(given, FromCore(name), L"", L"");
+        own = CatalogOn(given, ToWide(name), L"", L"");
         return true;
     }
 
     static void RequireEmpty(Connection& database) {
         for (const Text& table : TableNames())
             Require(!HasTable(database, table),
-                    L"The catalog has a table " + FromCore(table) +
+                    L"The catalog has a table " + ToWide(table) +
                         L". The self-test changes no tables that it has not made: give the connection of an empty "
                         L"catalog, or one by which a catalog can be made.");
     }
@@ -195,7 +193,7 @@ std::vector<Check> DriverChecks(const Setting&) {
         {L"SQLite", [] { return std::wstring(L"Built in."); }},
     };
     for (const Engine engine : {Engine::Access, Engine::SQLServer, Engine::PostgreSQL, Engine::MariaDB})
-        checks.push_back({FromCore(DialectOf(engine).name), [engine] { return FindDriver(engine); }});
+        checks.push_back({ToWide(DialectOf(engine).name), [engine] { return FindDriver(engine); }});
     return checks;
 }
 
@@ -211,7 +209,7 @@ std::wstring RunAll(const std::vector<Check>& checks) {
         } catch (const HostError& error) {
             throw HostError(error.Code(), check.name + L": " + error.Text());
         } catch (const Error& error) {
-            throw HostError(error.Number(), check.name + L": " + FromCore(error.Description()));
+            throw HostError(error.Number(), check.name + L": " + ToWide(error.Description()));
         }
         summary +=
             (summary.empty() ? L"" : L"; ") + check.name + L" (" + std::to_wstring(GetTickCount64() - begin) + L" ms)";

@@ -1,4 +1,5 @@
 // What is edited in the controls is in the database after a save, and in other controls that load it then.
+#include "base/Enumerations.h"
 #include "pages/LessonStore.h"
 #include "selftest/Course.h"
 #include "selftest/StartChecks.h"
@@ -10,7 +11,6 @@ namespace dax::workbench::selftest {
 
 namespace {
 
-constexpr long ltLesson = 1, gmtDown = 2, smtNextMap = 5, ldtInvalidLocks = 4;
 const RECT wholeForm{0, 0, 400, 360};
 
 struct Place {

@@ -1,4 +1,5 @@
 // What a user does by keys and mouse, as real input of the system, and what the controls raise then.
+#include "base/Enumerations.h"
 #include "selftest/Course.h"
 #include "selftest/StartChecks.h"
 #include "selftest/TestForm.h"
@@ -8,9 +9,6 @@
 namespace dax::workbench::selftest {
 
 namespace {
-
-constexpr wchar_t treeClass[] = L"SysTreeView32", listClass[] = L"SysListView32";
-constexpr int captionsByTitle = 0;
 
 std::wstring ItemText(HWND tree, HTREEITEM item) {
     wchar_t text[260] = L"";
@@ -43,7 +41,7 @@ std::wstring Rows(HWND tree) {
     return rows;
 }
 
-std::wstring TitleOf(const wchar_t* id) {
+std::wstring TitleWithID(const wchar_t* id) {
     const Text requested(id, id + std::wstring(id).size());
     for (const Entry& entry : Entries())
         if (requested == entry.id) return {entry.title, entry.title + Text(entry.title).size()};
@@ -109,14 +107,14 @@ void LoadMap(const Setting& setting, OneControl& one) {
     const CourseFiles files = MakeCourseFiles(setting.folder, L"input");
     const Automation lesson = setting.library.CreateObject(L"ContentObjects.Lesson");
     lesson.Call(L"Load", {AskDatabase(files.content, L"SELECT lessonData FROM velmoraLessons WHERE lessonID = 'l1'")});
-    one.Control().Set(L"CaptionStyle", long{captionsByTitle});
+    one.Control().Set(L"CaptionStyle", csTitle);
     one.Control().Set(L"Lesson", lesson.Object());
     one.Control().Call(L"ExpandAll");
     one.Focus();
 }
 
 std::wstring HierarchyKeys(const Setting& setting) {
-    OneControl one(setting, L"GroupEditor", treeClass, 420, 360);
+    OneControl one(setting, L"GroupEditor", WC_TREEVIEWW, 420, 360);
     LoadHierarchy(setting, one);
     one.Type({VK_END});
     one.RequireEvent(L"End", L"AfterSelectionChange(LessonID = \"l7\"");
@@ -127,32 +125,32 @@ std::wstring HierarchyKeys(const Setting& setting) {
     Require(one.Control().Get(L"NodeCount").Long() == static_cast<long>(Entries().size()) + 1,
             L"Delete has removed something by itself.");
     one.Type({VK_UP, VK_LEFT});
-    Require(one.form.Until([&] { return Rows(one.inner).find(TitleOf(L"l1")) == std::wstring::npos; }),
+    Require(one.form.Until([&] { return Rows(one.inner).find(TitleWithID(L"l1")) == std::wstring::npos; }),
             L"Left does not close a group.");
     return {};
 }
 
 std::wstring HierarchyMouse(const Setting& setting) {
-    OneControl one(setting, L"GroupEditor", treeClass, 420, 360);
+    OneControl one(setting, L"GroupEditor", WC_TREEVIEWW, 420, 360);
     LoadHierarchy(setting, one);
-    one.form.Play([&](UserInput& user) { user.Click(OnRow(one.inner, TitleOf(L"l6"))); });
+    one.form.Play([&](UserInput& user) { user.Click(OnRow(one.inner, TitleWithID(L"l6"))); });
     one.RequireEvent(L"A click", L"AfterSelectionChange(LessonID = \"l6\"");
-    one.form.Play([&](UserInput& user) { user.DoubleClick(OnRow(one.inner, TitleOf(L"l6"))); });
+    one.form.Play([&](UserInput& user) { user.DoubleClick(OnRow(one.inner, TitleWithID(L"l6"))); });
     one.RequireEvent(L"A double click", L"DblClick(");
     return {};
 }
 
 std::wstring HierarchyDrag(const Setting& setting) {
-    OneControl one(setting, L"GroupEditor", treeClass, 420, 360);
+    OneControl one(setting, L"GroupEditor", WC_TREEVIEWW, 420, 360);
     LoadHierarchy(setting, one);
     const std::wstring before = Rows(one.inner);
-    one.Drag(OnRow(one.inner, TitleOf(L"l7")), OnRow(one.inner, TitleOf(L"l1"), 20));
+    one.Drag(OnRow(one.inner, TitleWithID(L"l7")), OnRow(one.inner, TitleWithID(L"l1"), 20));
     one.RequireEvent(L"Dragging a lesson", L"DataChanged(");
-    Require(Rows(one.inner).find(TitleOf(L"l7") + L" | " + TitleOf(L"l1")) != std::wstring::npos,
+    Require(Rows(one.inner).find(TitleWithID(L"l7") + L" | " + TitleWithID(L"l1")) != std::wstring::npos,
             L"The lesson is not where it was dropped: " + Rows(one.inner));
-    one.Drag(OnRow(one.inner, TitleOf(L"l7")), OnRow(one.inner, TitleOf(L"g3")), VK_CONTROL);
+    one.Drag(OnRow(one.inner, TitleWithID(L"l7")), OnRow(one.inner, TitleWithID(L"g3")), VK_CONTROL);
     one.RequireEvent(L"Dragging a lesson with Ctrl", L"DataChanged(");
-    Require(Rows(one.inner).find(TitleOf(L"g3") + L" | " + TitleOf(L"l7")) != std::wstring::npos,
+    Require(Rows(one.inner).find(TitleWithID(L"g3") + L" | " + TitleWithID(L"l7")) != std::wstring::npos,
             L"The lesson is not in the group that it was dropped on: " + Rows(one.inner));
     one.TypeWith(VK_CONTROL, 'A'); // nothing of the control's
     one.Control().Call(L"Undo");
@@ -162,7 +160,7 @@ std::wstring HierarchyDrag(const Setting& setting) {
 }
 
 std::wstring MapKeys(const Setting& setting) {
-    OneControl one(setting, L"LessonMapEditor", treeClass, 420, 300);
+    OneControl one(setting, L"LessonMapEditor", WC_TREEVIEWW, 420, 300);
     LoadMap(setting, one);
     one.Type({VK_HOME, VK_DOWN, VK_DOWN});
     one.RequireEvent(L"Down", L"AfterSelectionChange(");
@@ -177,7 +175,7 @@ std::wstring MapKeys(const Setting& setting) {
 }
 
 std::wstring MapMouse(const Setting& setting) {
-    OneControl one(setting, L"LessonMapEditor", treeClass, 420, 300);
+    OneControl one(setting, L"LessonMapEditor", WC_TREEVIEWW, 420, 300);
     LoadMap(setting, one);
     one.form.Play([&](UserInput& user) { user.RightClick(OnRow(one.inner, L"Welcome")); });
     one.RequireEvent(L"A right click", L"ContextMenuRequest(");
@@ -204,7 +202,7 @@ std::wstring MapMouse(const Setting& setting) {
 }
 
 std::wstring MapDrag(const Setting& setting) {
-    OneControl one(setting, L"LessonMapEditor", treeClass, 420, 300);
+    OneControl one(setting, L"LessonMapEditor", WC_TREEVIEWW, 420, 300);
     LoadMap(setting, one);
     one.Drag(OnRow(one.inner, L"Welcome"), OnRow(one.inner, L"What you have learned", 80));
     one.RequireEvent(L"Dragging a page", L"MapChanged(");
@@ -218,7 +216,7 @@ std::wstring MapDrag(const Setting& setting) {
 }
 
 std::wstring LockKeys(const Setting& setting) {
-    OneControl one(setting, L"LockManager", listClass, 620, 240);
+    OneControl one(setting, L"LockManager", WC_LISTVIEWW, 620, 240);
     const Automation& locks = one.Control();
     locks.Set(L"MDBMode", true);
     locks.Set(L"IsAdministrator", true);

@@ -10,8 +10,6 @@ namespace dax::workbench::selftest {
 
 namespace {
 
-constexpr wchar_t treeClass[] = L"SysTreeView32";
-
 // The colours of the window's inside; a control that has drawn nothing has one.
 size_t Colours(HWND window) {
     const Pixels picture = CapturePixels(window);
@@ -22,7 +20,7 @@ size_t Colours(HWND window) {
 }
 
 int RowHeight(FilledForm& filled, const wchar_t* control) {
-    return static_cast<int>(SendMessageW(filled.Control(control).Inner(treeClass), TVM_GETITEMHEIGHT, 0, 0));
+    return static_cast<int>(SendMessageW(filled.Control(control).Inner(WC_TREEVIEWW), TVM_GETITEMHEIGHT, 0, 0));
 }
 
 std::wstring ShowAt(const Setting& setting, int dpi) {

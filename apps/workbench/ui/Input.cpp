@@ -1,6 +1,7 @@
 #include "ui/Input.h"
 
 #include "base/Secrets.h"
+#include "com/Variant.h"
 #include "data/CatalogConnection.h"
 
 #include <algorithm>
@@ -59,8 +60,6 @@ std::map<std::wstring, std::wstring>& Hidden() {
     return hidden;
 }
 
-Text ToCore(const std::wstring& text) { return {text.begin(), text.end()}; }
-
 } // namespace
 
 std::wstring Trim(const std::wstring& text) {
@@ -87,7 +86,7 @@ std::wstring ConnectionFor(const std::wstring& text) {
 
 std::wstring HidePassword(const std::wstring& connection) {
     if (connection.empty() || GetFileAttributesW(connection.c_str()) != INVALID_FILE_ATTRIBUTES) return connection;
-    const Text masked = MaskPasswords(ToCore(connection));
+    const Text masked = MaskPasswords(FromWide(connection));
     const std::wstring shown(masked.begin(), masked.end());
     if (shown != connection) Hidden()[shown] = connection;
     return shown;
@@ -95,7 +94,7 @@ std::wstring HidePassword(const std::wstring& connection) {
 
 std::wstring CatalogOn(const std::wstring& connector, const std::wstring& catalog, const std::wstring& login,
                        const std::wstring& password) {
-    const Text made = CatalogConnection(ToCore(connector), ToCore(catalog), ToCore(login), ToCore(password));
+    const Text made = CatalogConnection(FromWide(connector), FromWide(catalog), FromWide(login), FromWide(password));
     return {made.begin(), made.end()};
 }
 
