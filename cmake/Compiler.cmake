@@ -11,11 +11,13 @@ option(DAX_LINT "Let clang-tidy read every file of the products as it is compile
 
 # What was compiled in another clone is taken from the cache. But ccache does not make names with a blank in them relative
 # in the lists of headers that it keeps: a clone would watch the headers of another. There, only the same place counts.
+# It compares the headers themselves, not the preprocessed text: GCC takes a header of which only a comment differs from
+# that in the precompiled header for another one, in spite of "#pragma once".
 find_program(CCACHE ccache)
 if(DAX_LINT)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_SOURCE_DIR}/cmake/preprocess.sh)
 elseif(CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros CCACHE_DEPEND=1)
   if(NOT CMAKE_SOURCE_DIR MATCHES "[ \t]")
     list(APPEND CMAKE_CXX_COMPILER_LAUNCHER CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1)
   endif()
