@@ -62,11 +62,9 @@ def wine(bits, what, *command, **more):
                **more)
 
 
-def unpack():
-    shutil.rmtree(WORK, ignore_errors=True)
-    os.makedirs(os.path.join(WORK, "none"))
-    for system, ending in (("linux", "tar.gz"), ("win64", "zip"), ("win32", "zip")):
-        shutil.unpack_archive(os.path.join(ROOT, "dist", f"{FOLDER}-{system}.{ending}"), os.path.join(WORK, system))
+def unpack(system, ending):
+    shutil.rmtree(os.path.join(WORK, system), ignore_errors=True)
+    shutil.unpack_archive(os.path.join(ROOT, "dist", f"{FOLDER}-{system}.{ending}"), os.path.join(WORK, system))
 
 
 def check_files(folder, wanted):
@@ -196,8 +194,8 @@ def self_test(bits, what, shell, *words, expected=0, skipped=(), failed=()):
                 expected=expected, says="Report: report.html")
     with open(report, encoding="utf-8") as file:
         page = file.read()
-    rows = re.findall(r'<tr><td class="outcome (\w+)">.*?</td><td class="name">(.*?)</td><td class="told">(.*?)</td>', page)
-    results = {outcome: {name: told for found, name, told in rows if found == outcome}
+    rows = re.findall(r'<tr><td class="outcome (\w+)">.*?</td><td class="name">(.*?)</td><td class="details">(.*?)</td>', page)
+    results = {outcome: {name: details for found, name, details in rows if found == outcome}
                for outcome in ("passed", "failed", "skipped")}
     if set(results["skipped"]) != set(skipped) or set(results["failed"]) != set(failed) or not rows:
         problems.append(f"the self-test {what} ({bits} bit): skipped {results['skipped']}, failed {results['failed']}, "
@@ -287,12 +285,17 @@ def use_on_windows(bits):
 def main():
     part = sys.argv[1]
     if part == "unpack":
-        unpack()
+        shutil.rmtree(WORK, ignore_errors=True)
+        os.makedirs(os.path.join(WORK, "none"))
+        for system, ending in (("linux", "tar.gz"), ("win64", "zip"), ("win32", "zip")):
+            unpack(system, ending)
     elif part == "linux":
         check_files(LINUX, LINUX_FILES)
         use_on_linux()
     else:
         bits = int(part[3:])
+        if os.path.exists(os.path.join(WORK, part, "wine")):
+            unpack(part, "zip") # after an attempt that failed
         check_files(windows(bits), WINDOWS_FILES)
         check_programs(bits)
         if not problems:
