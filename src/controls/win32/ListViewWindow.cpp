@@ -14,6 +14,25 @@ namespace {
 // captions with room for an arrow.
 constexpr int CellPadding = 12, CaptionPadding = 24, LetterHeight = 13;
 
+// Columns are changed without drawing, scroll bars and placing the header after each of them. Only while the window is
+// shown: the message would show it.
+class RedrawOff {
+public:
+    explicit RedrawOff(HWND list) : window(GetWindowLongPtrW(list, GWL_STYLE) & WS_VISIBLE ? list : nullptr) {
+        if (window) SendMessageW(window, WM_SETREDRAW, FALSE, 0);
+    }
+    ~RedrawOff() {
+        if (!window) return;
+        SendMessageW(window, WM_SETREDRAW, TRUE, 0);
+        InvalidateRect(window, nullptr, TRUE);
+    }
+    RedrawOff(const RedrawOff&) = delete;
+    RedrawOff& operator=(const RedrawOff&) = delete;
+
+private:
+    HWND window;
+};
+
 // Widths of many texts: those of letters that always look the same are added up, everything else is measured by the
 // system as a whole.
 class TextMeasure {
@@ -205,6 +224,7 @@ void ListViewWindow::ShareWidth() {
     const int width = client.right - client.left - frame - GetSystemMetrics(SM_CXVSCROLL);
     if (width <= 0) return;
     const std::vector<int> shares = SharedWidths(ListContext(handle).Get(), width);
+    const RedrawOff redraw(handle);
     for (size_t column = 0; column < shares.size(); ++column)
         SendMessageW(handle, LVM_SETCOLUMNWIDTH, column, shares[column]);
 }
@@ -222,6 +242,7 @@ void ListViewWindow::FollowFont(int formerHeight) {
 
 void ListViewWindow::ColumnsChanged() {
     if (!handle) return;
+    const RedrawOff redraw(handle);
     while (SendMessageW(handle, LVM_DELETECOLUMN, 0, 0)) {
     }
     for (size_t index = 0; index < model->Columns().size(); ++index) {
