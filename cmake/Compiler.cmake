@@ -64,7 +64,7 @@ endif()
 
 # The files of a target are compiled several at a time.
 function(dax_joined target)
-  set_target_properties(${target} PROPERTIES UNITY_BUILD ${DAX_JOINED} UNITY_BUILD_BATCH_SIZE 6)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${DAX_JOINED} UNITY_BUILD_BATCH_SIZE 10)
 endfunction()
 
 # clang-tidy reads the files of this target in the lint presets, each once: portable files natively, those of Windows with

@@ -6,6 +6,7 @@ again, in a Wine prefix of their own; the self-test passes there, and fails wher
     python3 package/check_archives.py linux|win64|win32"""
 import concurrent.futures
 import fcntl
+import glob
 import os
 import re
 import shutil
@@ -63,9 +64,19 @@ def wine(bits, what, *command, **more):
                **more)
 
 
-def unpack(system, ending):
-    shutil.rmtree(os.path.join(WORK, system), ignore_errors=True)
-    shutil.unpack_archive(os.path.join(ROOT, "dist", f"{FOLDER}-{system}.{ending}"), os.path.join(WORK, system))
+def unpack():
+    shutil.rmtree(WORK, ignore_errors=True)
+    os.makedirs(os.path.join(WORK, "none"))
+    for system, ending in (("linux", "tar.gz"), ("win64", "zip"), ("win32", "zip")):
+        shutil.unpack_archive(os.path.join(ROOT, "dist", f"{FOLDER}-{system}.{ending}"), os.path.join(WORK, system))
+
+
+def remove_what_was_made(bits):
+    """After an attempt that failed. The installers' check uses the same folder at the same time."""
+    for name in ("wine", "host"):
+        shutil.rmtree(os.path.join(WORK, f"win{bits}", name), ignore_errors=True)
+    for path in glob.glob(os.path.join(windows(bits), "*.db*")):
+        os.remove(path)
 
 
 def check_files(folder, wanted):
@@ -154,8 +165,11 @@ def two_programs(bits, journal):
 
     def edit(dax, name):
         for number in range(8):
-            while "locked" in dax("edits at once", "edit", course, "add", "lesson", f"{name} {number}", expected=None):
-                pass
+            while "Saved: 1 added" not in (said := dax("edits at once", "edit", course, "add", "lesson", f"{name} {number}",
+                                                       expected=None)):
+                if "locked" not in said:
+                    problems.append(f"{bits} bit, {journal}: an edit at once with others said: {said}")
+                    return
             saved.append(name)
 
     before = int(sql(course, "SELECT Count(*) FROM velmoraLessons"))
@@ -293,17 +307,13 @@ def use_on_windows(bits):
 def main():
     part = sys.argv[1]
     if part == "unpack":
-        shutil.rmtree(WORK, ignore_errors=True)
-        os.makedirs(os.path.join(WORK, "none"))
-        for system, ending in (("linux", "tar.gz"), ("win64", "zip"), ("win32", "zip")):
-            unpack(system, ending)
+        unpack()
     elif part == "linux":
         check_files(LINUX, LINUX_FILES)
         use_on_linux()
     else:
         bits = int(part[3:])
-        if os.path.exists(os.path.join(WORK, part, "wine")):
-            unpack(part, "zip") # after an attempt that failed
+        remove_what_was_made(bits)
         check_files(windows(bits), WINDOWS_FILES)
         check_programs(bits)
         if not problems:
