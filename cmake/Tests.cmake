@@ -15,7 +15,7 @@ add_test(NAME servers.stop COMMAND ${CMAKE_SOURCE_DIR}/tools/servers stop ${DAX_
 set_tests_properties(servers.start PROPERTIES FIXTURES_SETUP servers)
 # CTest begins with what others depend on, and only then regards the costs: what takes longest must be among it.
 set_tests_properties(servers.stop PROPERTIES FIXTURES_CLEANUP servers DEPENDS
-                     "package.win64;package.win32;package.installer64;package.installer32;lint;lint.windows;native.soak;\
+                     "package.win64;package.win32;package.installer64;package.installer32;lint;lint.windows;native.soak;native.faults.1;\
 wine64.faults.1;wine64.faults.2;wine64.faults.3")
 
 set(DAX_TEST_ENVIRONMENT "DAX_TEST_ROOT=${CMAKE_SOURCE_DIR}" DAX_WINE_DISPLAY=none DAX_WINE_TIMEOUT=840
