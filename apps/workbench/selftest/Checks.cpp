@@ -146,7 +146,7 @@ const std::vector<Group>& Groups() {
         {L"input", L"Keys, mouse, drag and drop, and their events", InputChecks},
         {L"pictures", L"Pictures at 96, 144 and 192 dots per inch", PictureChecks},
         {L"accessibility", L"What screen readers read", AccessibilityChecks},
-        {L"cycles", L"Created and released a hundred times", CycleChecks},
+        {L"cycles", L"Created and released fifty times", CycleChecks},
         {L"drivers", L"Database drivers", DriverChecks},
         {L"connection", L"Database", ConnectionChecks, false, false, true},
     };

@@ -1,4 +1,4 @@
-// What is left in the process when a control was created, hosted, filled and released a hundred times.
+// What is left in the process when a control was created, hosted, filled and released fifty times.
 #include "automation/DesignSite.h"
 #include "selftest/Checks.h"
 #include "selftest/FilledForm.h"
@@ -9,10 +9,10 @@ namespace dax::workbench::selftest {
 
 namespace {
 
-constexpr int cycles = 100, firstCycles = 5; // what the system makes once and keeps, it makes in the first ones
-constexpr int designCycles = 10;             // beside each: created for a form designer, without a window
-constexpr int spareObjects = 4;              // that the system may make meanwhile
-constexpr long long bytesOfCycle = 128;      // the system's container keeps some bytes of each, at least in Wine
+constexpr int cycles = 50, firstCycles = 5; // what the system makes once and keeps, it makes in the first ones
+constexpr int designCycles = 20;            // beside each: created for a form designer, without a window
+constexpr int spareObjects = 4;             // that the system may make meanwhile
+constexpr long long bytesOfCycle = 128;     // the system's container keeps some bytes of each, at least in Wine
 
 // Everything that a host does with a control.
 void RunCycle(TestForm& form, const wchar_t* control, const Setting& setting, const CourseFiles& files,
