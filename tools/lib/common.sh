@@ -15,6 +15,11 @@ fail() {
     warn "$*"
     exit 1
 }
+# fail_with_log LOG TEXT...
+fail_with_log() {
+    tail -n 25 "$1" >&2
+    fail "${*:2} (whole log: $1)"
+}
 
 # The comment at the top of a tool is its help text.
 show_help() { sed -n '2,/^[^#]/{s/^# \{0,1\}//p;}' "$0"; }
