@@ -9,7 +9,7 @@ namespace {
 TEST(Soak, FourAuthorsAndAServerThatStops) {
     if (const std::string why = test::OwnServer::SkipReason(); !why.empty()) GTEST_SKIP() << why;
     for (const bool isOnCluster : {false, true}) {
-        const soak::Result result = soak::Run(4, 0, isOnCluster);
+        const soak::Result result = soak::Run(3, 0, isOnCluster);
         EXPECT_EQ(result.faults, std::vector<std::string>());
         std::cout << result.summary << std::endl;
     }
