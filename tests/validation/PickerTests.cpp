@@ -84,7 +84,7 @@ TEST_P(Picker, ListsWhatTheUserMayOpen) {
     database->Run({u"ALTER TABLE velmoraDBList RENAME TO gone"});
     EXPECT_THROW(Load(u"super", u"beta"), Error);
     EXPECT_EQ(list->ListCount(), 0);
-    EXPECT_EQ(picker.DBCatalog() + picker.ConnectionString() + picker.Username(), u"");
+    EXPECT_EQ(picker.DBCatalog() + picker.ConnectionString() + picker.Username() + picker.DefaultCatalog(), u"");
     EXPECT_FALSE(picker.IsSuperuser());
     EXPECT_THAT(Take(), ElementsAre());
     database->Run({u"ALTER TABLE gone RENAME TO velmoraDBList"});

@@ -27,11 +27,8 @@ void SQLiteRows::Put(std::span<const RowField> row) {
     const SQLiteWaiting waiting(owner.Wait());
     owner.StartWork();
     const int result = sqlite3_step(insert.get());
-    if (result != SQLITE_DONE) {
-        sqlite3_reset(insert.get());
-        owner.Check(result);
-    }
     sqlite3_reset(insert.get());
+    if (result != SQLITE_DONE) owner.Check(result);
 }
 
 int SQLiteRows::Bind(int place, const RowField& field, std::string& bytes) {
