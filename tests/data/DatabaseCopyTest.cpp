@@ -79,8 +79,8 @@ INSTANTIATE_TEST_SUITE_P(Engines, CopyTest, ::testing::Combine(anyEngine, anyEng
 TEST_P(CopyTest, EveryValueArrivesAsItWas) {
     Text longest(5'000'000, u'x');
     for (size_t i = 0; i < longest.size(); i += 7) longest[i] = i % 2 ? u'\'' : u'é';
-    std::vector<Text> titles = {
-        u"", u"\x02", u" ", u"'", u"''\\''", u"\\", u"#2024/05/06#", u"'; DROP TABLE talkPosts; --"};
+    std::vector<Text> titles = {u"",  u"\x01",   u"\x02", u"\"\x01",       u" ",
+                                u"'", u"''\\''", u"\\",   u"#2024/05/06#", u"'; DROP TABLE talkPosts; --"};
     titles.insert(titles.end(),
                   {u"\r\n\t\x01\"\\,{}\x7F", u"ẞß e\u0301é \u202E 👩‍🏫", Text(8001, u'\''), longest,
                    Text{0xFFFF, 0xFEFF, 0xDBFF, 0xDFFF, 0xE000}, Text{u'a', 0xD83D, u'b', 0xDE00}});
