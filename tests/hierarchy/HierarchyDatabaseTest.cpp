@@ -2,6 +2,7 @@
 // commit: nothing is saved, nothing pending is lost. Random edits have tests of their own.
 
 #include "hierarchy/EditorFixture.h"
+#include "support/SentStatements.h"
 
 #include "tree/modTVW.h"
 
@@ -38,22 +39,23 @@ TEST_P(HierarchyOnEngine, SavesWithTheDocumentedStatements) {
     EXPECT_EQ(editor->NodeCount(), 1);
     editor->SetConnectionString(database->ConnectionString());
     database->Run(test::SampleRows());
+    const test::SentStatements all;
     ASSERT_TRUE(editor->LoadDatabase());
     editor->SetCurrentLessonID(u"a");
     editor->AddLesson(u"n", u"It's \\ new \U0001D11E", u"n'n", ltGroup);
     editor->AddLesson(u"gone", u"", u"", ltLesson);
     editor->RemoveLesson(u"gone", true);
-    Text sent;
-    SetStatementObserver([&](TextView statement) { sent += Text(statement) + u"\n"; });
     ASSERT_TRUE(editor->SaveDatabase()) << ToUtf8(error);
-    SetStatementObserver({});
-    for (const char16_t* each :
-         {u"DELETE FROM velmoraLessons WHERE lessonID = 'gone'",
-          u"INSERT INTO velmoraLessons (lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, sortPosition, "
-          u"lessonType, lessonProperties, guideData, lessonData)  VALUES ('n', '', '', '', -1, -1, -1, '', '', '')",
-          u"UPDATE velmoraLessons SET lessonTitle = 'O''Neil', lessonIdentifier = 'id b', parentID = 'g', "
-          u"indentLevel = 2, sortPosition = 3, lessonType = 1 WHERE lessonID = 'b'"}) {
-        EXPECT_NE(sent.find(each), Text::npos) << ToUtf8(each) << "\n" << ToUtf8(sent);
+    for (const char* each :
+         {"SELECT lessonID, lessonTitle, lessonIdentifier, lessonProperties, parentID, indentLevel, sortPosition, "
+          "lessonType "
+          "FROM velmoraLessons ORDER BY indentLevel, sortPosition",
+          "DELETE FROM velmoraLessons WHERE lessonID = 'gone'",
+          "INSERT INTO velmoraLessons (lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, sortPosition, "
+          "lessonType, lessonProperties, guideData, lessonData)  VALUES ('n', '', '', '', -1, -1, -1, '', '', '')",
+          "UPDATE velmoraLessons SET lessonTitle = 'O''Neil', lessonIdentifier = 'id b', parentID = 'g', "
+          "indentLevel = 2, sortPosition = 3, lessonType = 1 WHERE lessonID = 'b'"}) {
+        EXPECT_THAT(all.Texts(), ::testing::Contains(each));
     }
     EXPECT_EQ(Rows()[u"n"], u"It's \\ new \U0001D11E|n'n|g|2|2|0||");
     EXPECT_EQ(Rows()[u"b"], u"O'Neil|id b|g|2|3|1|data|");

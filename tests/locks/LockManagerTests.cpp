@@ -2,13 +2,15 @@
 
 #include "hierarchy/EditorFixture.h"
 #include "locks/LockQueries.h"
+#include "support/SentStatements.h"
 
 #include <gmock/gmock.h>
 
 namespace dax {
 namespace {
 
-using ::testing::AllOf, ::testing::Each, ::testing::ElementsAre, ::testing::HasSubstr, ::testing::StartsWith;
+using ::testing::AllOf, ::testing::Contains, ::testing::Each, ::testing::ElementsAre, ::testing::HasSubstr,
+    ::testing::StartsWith;
 
 DateTime Noon() { return {2026, 3, 1, 12, 0, 0}; }
 
@@ -250,7 +252,11 @@ TEST_F(LockManagerTest, WhatIsListedCanBeDeletedInWhateverFormItIsStored) {
     manager.Refresh();
     EXPECT_EQ(Column(u"locktype"), "editing lesson");
     Select(0);
+    const test::SentStatements sent;
     manager.DeleteSelected();
+    EXPECT_THAT(sent.Texts(),
+                Contains("DELETE FROM velmoraUserLocks WHERE (lessonID = ?) AND (username = ?) AND (machineName = ?) "
+                         "AND (machineIP = ?) AND (lockDate = ?) AND (lockType = ?) AND (sessionID = ?)"));
     EXPECT_EQ(LocksLeft(), u"0");
     EXPECT_TRUE(errors.empty());
 }

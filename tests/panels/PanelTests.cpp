@@ -4,6 +4,7 @@
 #include "base/modGeneric.h"
 #include "hierarchy/EditorFixture.h"
 #include "support/FakeSurface.h"
+#include "support/SentStatements.h"
 
 #include <gtest/gtest.h>
 
@@ -155,7 +156,12 @@ TEST_F(PanelTest, LockInfoShowsItsSuffixAndReportsFailures) {
     LockInfo info;
     std::set<int32_t> numbers;
     info.Error.AddPermanent([&](int32_t number, const Text&) { numbers.insert(number); });
-    LinesOf(info, u"l1");
+    {
+        const test::SentStatements sent;
+        LinesOf(info, u"l1");
+        EXPECT_EQ(sent.Texts(), std::vector<std::string>{"SELECT lessonID, username, lockDate, lockType FROM "
+                                                         "velmoraUserLocks WHERE lockType <> -2"});
+    }
     FakeSurface surface(200, 300), narrow(200, 10);
     info.Paint(surface);
     ASSERT_EQ(surface.drawn.size(), 6u);

@@ -1,10 +1,12 @@
 // What the validator detects in content and connector databases, and shows.
 #include "data/Schema.h"
 #include "data/modDB.h"
+#include "support/SentStatements.h"
 #include "support/TestDatabases.h"
 #include "validation/ConnectorValidation.h"
 #include "validation/ContentValidation.h"
 #include "validation/DatabaseValidator.h"
+#include "validation/SQLDBPicker.h"
 
 #include "base/modGeneric.h"
 
@@ -17,7 +19,7 @@ namespace dax::test {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::HasSubstr;
+using testing::HasSubstr, testing::StartsWith;
 
 constexpr DateTime moment{2024, 5, 6, 7, 8, 9};
 const Text momentText = modGeneric::FormatLocalDateTime(moment);
@@ -210,17 +212,19 @@ TEST_P(EveryEngine, AConnectorSaysWhoMayOpenSomething) {
 TEST(Validator, StatementsAreSentAsTheyStand) {
     const TestDatabase database(Engine::SQLite);
     CreateTables(database, Schema::Database::Content);
+    CreateTables(database, Schema::Database::Connector);
     std::vector<std::string> sent;
-    SetStatementObserver([&sent](TextView statement) {
-        if (statement.find(u"velmora") == TextView::npos) return;
-        const std::string plain = std::regex_replace(ToUtf8(statement), std::regex("'[0-9a-f]{32}'"), "ID");
-        sent.push_back(std::regex_replace(plain, std::regex("'[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9:]+'"), "DATE"));
-    });
-    int32_t number = 0;
-    Text description;
-    EXPECT_TRUE(ProbeContentTables(database.ConnectionString(), number, description));
-    EXPECT_TRUE(TestContentWrite(database.ConnectionString(), number, description, false));
-    SetStatementObserver({});
+    {
+        const SentStatements all;
+        int32_t number = 0;
+        Text description;
+        EXPECT_TRUE(ProbeContentTables(database.ConnectionString(), number, description));
+        EXPECT_TRUE(TestContentWrite(database.ConnectionString(), number, description, false));
+        for (const std::string& statement : all.Texts()) {
+            const std::string plain = std::regex_replace(statement, std::regex("'[0-9a-f]{32}'"), "ID");
+            sent.push_back(std::regex_replace(plain, std::regex("'[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9:]+'"), "DATE"));
+        }
+    }
     const std::vector<std::string> expected = {
         "SELECT nextNumber, ignored FROM velmoraAutonumbers LIMIT 1",
         "SELECT lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, sortPosition, lessonType, "
@@ -242,7 +246,40 @@ TEST(Validator, StatementsAreSentAsTheyStand) {
     ASSERT_GT(sent.size(), expected.size());
     EXPECT_EQ(std::vector<std::string>(sent.begin(), sent.begin() + static_cast<std::ptrdiff_t>(expected.size())),
               expected);
-    EXPECT_THAT(sent.back(), testing::AllOf(testing::StartsWith("INSERT INTO"), HasSubstr("ignored")));
+    EXPECT_THAT(sent.back(), testing::AllOf(StartsWith("INSERT INTO"), HasSubstr("ignored")));
+
+    database.Run({u"INSERT INTO velmoraDBUsers (userID, username, superUser) VALUES (3, 'O''Neil', 0), (1, 'super', 1)",
+                  u"INSERT INTO velmoraDBList (dbID, dbCatalogName) VALUES (10, 'c')"});
+    const SentStatements all;
+    DatabaseValidator().ValidateCommonConnection(database.ConnectionString(), u"s", u"c", u"O'Neil");
+    SQLDBPicker picker{std::make_shared<ComboBox>()};
+    for (const Text user : {u"O'Neil", u"super"}) picker.LoadPicker(database.ConnectionString(), user, u"c");
+    picker.UpdateConnectionHistory(u"PC", u"ip", u"os", u"1.0");
+    DatabaseValidator().ValidateSupportsTalk(database.ConnectionString());
+    EXPECT_THAT(
+        all.Texts(),
+        testing::ElementsAre(
+            "SELECT username, machineName, machineIP, osVersion, appVersion, lastConnect, lastCatalog FROM "
+            "velmoraConnectionHistory LIMIT 1",
+            "SELECT dbID, dbCatalogName, username, password, dbTitle, dbDescription FROM velmoraDBList LIMIT 1",
+            "SELECT userID, username, superUser FROM velmoraDBUsers LIMIT 1",
+            "SELECT userID, dbID, rights FROM velmoraDBUserRights LIMIT 1",
+            "SELECT userID, superUser FROM velmoraDBUsers WHERE username = 'O''Neil'",
+            "SELECT dbCatalogName  FROM velmoraDBList      INNER JOIN velmoraDBUserRights ON "
+            "velmoraDBList.dbID = velmoraDBUserRights.dbID WHERE userID = 3",
+            "SELECT Count(*) AS userCount FROM velmoraDBUsers",
+            "SELECT userID, username, superUser FROM velmoraDBUsers WHERE username = 'O''Neil'",
+            "SELECT dbCatalogName, username, password, dbTitle, dbDescription, rights FROM velmoraDBList      INNER "
+            "JOIN velmoraDBUserRights ON velmoraDBList.dbID = velmoraDBUserRights.dbID WHERE "
+            "velmoraDBUserRights.userID = 3",
+            "SELECT userID, username, superUser FROM velmoraDBUsers WHERE username = 'super'",
+            "SELECT dbCatalogName, username, password, dbTitle, dbDescription, 1 AS rights FROM velmoraDBList",
+            "SELECT username, machineName, machineIP, osVersion, appVersion, lastConnect, lastCatalog FROM "
+            "velmoraConnectionHistory WHERE username = 'super'  AND machineName = 'PC'",
+            StartsWith("INSERT INTO velmoraConnectionHistory "),
+            "SELECT configurationID, configurationData, lastModified, revision FROM talkConfiguration LIMIT 1",
+            "SELECT postID, lessonID, sbid, postData, status, lastModified, revision FROM talkPosts LIMIT 1",
+            "SELECT commentID, postID, commentData, lastModified, revision FROM talkComments LIMIT 1"));
 }
 
 TEST(Validator, ShowsThatItIsBusyAndWhatItDidNotExpect) {
