@@ -1,6 +1,6 @@
 // What the commands show of a small course, change in it, and refuse.
-#include "CourseRows.h"
 #include "Program.h"
+#include "support/CourseRows.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -196,7 +196,7 @@ class LocksTest : public CourseTest {
 protected:
     LocksTest() {
         database.Run({LockRow(u"l1", u"anna", u"m3", 1), LockRow(u"l2", u"юлия", u"m1", 2),
-                      LockRow(u"l3", u"o''neil", u"m5", 3), LockRow(u"gone", u"anna", u"m2", 1),
+                      LockRow(u"l3", u"o'neil", u"m5", 3), LockRow(u"gone", u"anna", u"m2", 1),
                       LockRow(u"l1", u"юлия", u"m4", -2)});
     }
 };

@@ -3,7 +3,7 @@
 // may open none.
 #pragma once
 
-#include "CourseRows.h"
+#include "support/CourseRows.h"
 
 namespace dax::test {
 

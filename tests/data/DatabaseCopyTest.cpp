@@ -8,8 +8,8 @@
 #include "data/RowComparison.h"
 #include "data/Session.h"
 #include "data/modDB.h"
+#include "support/CourseRows.h"
 #include "support/SilentServer.h"
-#include "support/TestDatabases.h"
 
 #include <gmock/gmock.h>
 
@@ -22,14 +22,10 @@
 namespace dax {
 namespace {
 
-using test::TestDatabase;
+using test::CreateTables, test::TestDatabase;
 using ::testing::HasSubstr;
 
 using Engines = std::tuple<Engine, Engine>;
-
-void Make(const TestDatabase& database, Schema::Database kind) {
-    database.Run(Schema::CreateStatements(kind, database.Kind()));
-}
 
 // Every row as one text, in an order that no engine decides.
 std::vector<Text> RowsOf(const TestDatabase& database, TextView table) {
@@ -85,7 +81,7 @@ TEST_P(CopyTest, EveryValueArrivesAsItWas) {
                   {u"\r\n\t\x01\"\\,{}\x7F", u"ẞß e\u0301é \u202E 👩‍🏫", Text(8001, u'\''), longest,
                    Text{0xFFFF, 0xFEFF, 0xDBFF, 0xDFFF, 0xE000}, Text{u'a', 0xD83D, u'b', 0xDE00}});
     for (int i = 0; i < 1500; ++i) titles.push_back(Text(static_cast<size_t>(i % 40), u'ü'));
-    Make(*from, Schema::Database::Content);
+    CreateTables(*from, Schema::Database::Content);
     {
         Connection connection;
         connection.Open(from->ConnectionString());
@@ -148,12 +144,12 @@ TEST_P(CopyTest, SaysWhatItCannotCopy) {
     Text same = from->ConnectionString(); // of a file in another spelling
     if (from->Kind() == Engine::SQLite) same.insert(same.find_last_of(u"/\\"), u"/.");
     EXPECT_THAT(test::FailureOf([&] { Copying(*from, same); }).what(), HasSubstr("is the source itself"));
-    Make(*from, Schema::Database::Connector);
+    CreateTables(*from, Schema::Database::Connector);
     from->Run({u"INSERT INTO velmoraDBUsers VALUES (7, 'юлия', 1)", u"INSERT INTO velmoraDBUserRights VALUES (7, 1, 2)",
                u"INSERT INTO velmoraConnectionHistory (username, machineName, lastConnect) VALUES ('a', 'B', "
                u"'2020-01-02 03:04:05')"});
     // A target of another layout: what it cannot hold is reported.
-    to->Run(Schema::CreateStatements(Schema::Database::Connector, to->Kind()));
+    CreateTables(*to, Schema::Database::Connector);
     to->Run({u"DROP TABLE velmoraDBUsers",
              u"CREATE TABLE velmoraDBUsers (userID integer, username varchar(30), superUser integer CHECK (superUser "
              u"<> 1))"});
@@ -190,7 +186,7 @@ protected:
     void SetUp() override {
         EngineTest::SetUp();
         if (!database) return;
-        from.Run(Schema::CreateStatements(Schema::Database::Content, Engine::SQLite));
+        CreateTables(from);
         from.Run({u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 700) INSERT INTO "
                   u"velmoraLessons (lessonID, lessonTitle) SELECT i, 'new' FROM n",
                   u"INSERT INTO velmoraAutonumbers (ignored) VALUES (1)"});

@@ -1,7 +1,7 @@
 // A GroupEditor on a content database of its own, with a log of its events.
 #pragma once
 
-#include "support/TestDatabases.h"
+#include "support/CourseRows.h"
 
 #include "data/Recordset.h"
 #include "data/Schema.h"
@@ -12,30 +12,13 @@
 
 namespace dax::test {
 
-inline void CreateTables(const TestDatabase& database) {
-    database.Run(Schema::CreateStatements(Schema::Database::Content, database.Kind()));
-}
-
 struct EmptyCourse : TestDatabase {
     EmptyCourse() : TestDatabase(Engine::SQLite) { CreateTables(*this); }
 };
 
-// INSERT of one row; values as SQL.
 inline Text RowStatement(const Text& id, const Text& title, const Text& parent, int indent, int position, int type,
                          const Text& properties = {}) {
-    return u"INSERT INTO velmoraLessons (lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, "
-           u"sortPosition, lessonType, lessonProperties, guideData, lessonData) VALUES (" +
-           modDB::QuoteSQLString(id) + u", " + modDB::QuoteSQLString(title) + u", " +
-           modDB::QuoteSQLString(u"id " + id) + u", " + modDB::QuoteSQLString(parent) + u", " + ToText(indent) + u", " +
-           ToText(position) + u", " + ToText(type) + u", " + modDB::QuoteSQLString(properties) + u", 'guide', 'data')";
-}
-
-// INSERT of a lock; user and date as SQL.
-inline Text LockStatement(const Text& lessonID, const Text& user, int type, const Text& session = u"s",
-                          const Text& date = u"'2026-03-01 11:00:00'") {
-    return u"INSERT INTO velmoraUserLocks (lessonID, username, machineName, machineIP, sessionID, lockDate, lockType) "
-           u"VALUES ('" +
-           lessonID + u"', " + user + u", 'PC', '10.0.0.1', '" + session + u"', " + date + u", " + ToText(type) + u")";
+    return LessonRow(id, title, u"id " + id, parent, indent, position, type, properties);
 }
 
 // All rows, each column followed by a bar, sorted by identifier: what a save must leave.

@@ -1,6 +1,7 @@
 // The editor on a SQLite file: members, events, input.
 
 #include "hierarchy/EditorFixture.h"
+#include "support/PropertyMap.h"
 #include "tree/FakeTreeWindow.h"
 
 #include <gtest/gtest.h>
@@ -226,19 +227,12 @@ TEST_F(EditorOnFile, UndoDuringOperations) {
     EXPECT_FALSE(editor->CanRedo());
 }
 
-struct Bag : PropertyBag, std::map<Text, Value> {
-    Value ReadProperty(const Text& name, const Value& usual) override { return contains(name) ? at(name) : usual; }
-    void WriteProperty(const Text& name, const Value& value, const Value& usual) override {
-        if (value != usual) insert_or_assign(name, value);
-    }
-};
-
 TEST_F(EditorOnFile, PropertiesAndDisplay) {
     Text changed;
     editor->PropertyChanged.AddPermanent([&](const Text& name) { changed += name + u" "; });
     test::FakeTreeWindow window(editor->Tree()), another(editor->Tree());
     editor->AttachWindow(&window);
-    Bag usual, set, odd;
+    test::PropertyMap usual, set, odd;
     editor->WriteProperties(usual);
     EXPECT_TRUE(usual.empty()) << "nothing but defaults";
     editor->SetSingleExpand(true);
@@ -250,8 +244,8 @@ TEST_F(EditorOnFile, PropertiesAndDisplay) {
     editor->WriteProperties(set);
     EXPECT_EQ(set.size(), 4u);
     odd[u"Locked"] = Text(u"of another kind");
-    for (Bag* bag : {&usual, &set, &odd}) {
-        Bag read;
+    for (test::PropertyMap* bag : {&usual, &set, &odd}) {
+        test::PropertyMap read;
         editor->ReadProperties(*bag);
         editor->WriteProperties(read);
         EXPECT_TRUE(read == (bag == &set ? set : usual));

@@ -1,7 +1,7 @@
 // An editor with its window and a list of what the host received.
 #pragma once
 
-#include "lessonmap/LessonMapEditor.h"
+#include "lessonmap/EditorEvents.h"
 #include "lessonmap/SampleLesson.h"
 #include "tree/FakeTreeWindow.h"
 
@@ -24,13 +24,7 @@ protected:
         tree = editor->tvwObject();
         window = std::make_unique<FakeTreeWindow>(*tree);
         editor->AttachWindow(window.get());
-        editor->BeforeSelectionChange.AddPermanent([this](const auto&, const auto&, bool&) { Record("before"); });
-        editor->AfterSelectionChange.AddPermanent(
-            [this](const auto& page) { Record("selected " + (page ? ToUtf8(page->SBID()) : "-")); });
-        editor->ItemChecked.AddPermanent([this] { Record("checked"); });
-        editor->MapChanged.AddPermanent([this](MapChangeTypes type) { Record("changed " + std::to_string(type)); });
-        editor->DeleteRequest.AddPermanent([this] { Record("delete"); });
-        editor->ContextMenuRequest.AddPermanent([this] { Record("menu"); });
+        RecordEvents(*editor, [this](const std::string& what) { Record(what); });
         editor->CheckboxesChanged.AddPermanent([this] { Record("boxes"); });
         editor->Error.AddPermanent(
             [this](int32_t, const Text& text, const Text& action) { Record("error " + ToUtf8(text + u" " + action)); });

@@ -1,4 +1,5 @@
 #include "lessonmap/EditorFixture.h"
+#include "support/PropertyMap.h"
 
 #include "base/Error.h"
 
@@ -326,15 +327,8 @@ TEST_F(LessonMapEditorTest, LargeLessonsWideAndDeep) {
     }
 }
 
-struct Bag : PropertyBag, std::map<Text, Value> {
-    Value ReadProperty(const Text& name, const Value& usual) override { return contains(name) ? at(name) : usual; }
-    void WriteProperty(const Text& name, const Value& value, const Value& usual) override {
-        if (value != usual) insert_or_assign(name, value);
-    }
-};
-
 TEST_F(LessonMapEditorTest, PropertiesAreKeptAndReported) {
-    Bag bag;
+    test::PropertyMap bag;
     editor->WriteProperties(bag);
     EXPECT_TRUE(bag.empty()) << "the defaults";
     // The host is notified of what it has to save, and not when a property is set to its value.
@@ -351,7 +345,7 @@ TEST_F(LessonMapEditorTest, PropertiesAreKeptAndReported) {
     editor->WriteProperties(bag);
     const auto other = LessonMapEditor::Create();
     other->ReadProperties(bag);
-    Bag again;
+    test::PropertyMap again;
     other->WriteProperties(again);
     EXPECT_EQ(bag.size(), 5u);
     EXPECT_TRUE(again == bag);

@@ -2,7 +2,7 @@
 #include "base/modGeneric.h"
 #include "data/Recordset.h"
 #include "data/Schema.h"
-#include "support/TestDatabases.h"
+#include "support/CourseRows.h"
 #include "validation/SQLDBPicker.h"
 
 #include <gmock/gmock.h>
@@ -21,7 +21,7 @@ protected:
     void SetUp() override {
         EngineTest::SetUp();
         if (!database) return;
-        database->Run(Schema::CreateStatements(Schema::Database::Connector, GetParam()));
+        CreateTables(*database, Schema::Database::Connector);
         database->Run({u"INSERT INTO velmoraDBUsers (userID, username, superUser) VALUES (1, 'super', 1), (2, "
                        u"'O''Neil', 0), (3, 'without', 0)",
                        u"INSERT INTO velmoraDBList (dbID, dbCatalogName, username, password, dbTitle, dbDescription) "

@@ -1,8 +1,8 @@
 // What the validator detects in content and connector databases, and shows.
 #include "data/Schema.h"
 #include "data/modDB.h"
+#include "support/CourseRows.h"
 #include "support/SentStatements.h"
-#include "support/TestDatabases.h"
 #include "validation/ConnectorValidation.h"
 #include "validation/ContentValidation.h"
 #include "validation/DatabaseValidator.h"
@@ -45,10 +45,6 @@ void Expect(const DatabaseValidator& validator, bool isValid, const Found& found
     const Text details = validator.ErrorDescription() + u"\n\n" + modDB::FormatErrorNumber(validator.ErrorNumber());
     EXPECT_EQ(shown.detailText, isCritical ? details : u"");
     EXPECT_TRUE(!isCritical || (validator.ErrorNumber() != 0 && !validator.ErrorDescription().empty()));
-}
-
-void CreateTables(const TestDatabase& database, Schema::Database kind) {
-    database.Run(Schema::CreateStatements(kind, database.Kind()));
 }
 
 // Rows of every table, in the order of the schema.

@@ -103,7 +103,7 @@ TEST(DatabaseValidatorWindow, MayBeReleasedWhileItValidates) {
 // The list shows what the picker reports.
 TEST(SQLDBPickerWindow, KeysChooseTheCatalogAlsoInTheOpenList) {
     const TestDatabase connector(Engine::SQLite);
-    connector.Run(Schema::CreateStatements(Schema::Database::Connector, Engine::SQLite));
+    test::CreateTables(connector, Schema::Database::Connector);
     connector.Run(
         {u"INSERT INTO velmoraDBUsers (userID, username, superUser) VALUES (1, 'super', 1)",
          u"INSERT INTO velmoraDBList (dbID, dbCatalogName, username, password, dbTitle, dbDescription) VALUES "

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "hierarchy/win32/GroupEditorWindow.h"
+#include "lessonmap/EditorEvents.h"
 #include "lessonmap/SampleLesson.h"
 #include "lessonmap/win32/LessonMapEditorWindow.h"
 #include "tree/modTreeviewAPI.h"
@@ -196,13 +197,7 @@ struct EditorHost : TreeHostOf<GroupEditorWindow> {
 struct LessonMapHost : TreeHostOf<LessonMapEditorWindow> {
     explicit LessonMapHost(bool hasBoxes = false, int height = 360) {
         Editor().SetCheckboxes(hasBoxes);
-        Editor().BeforeSelectionChange.AddPermanent([this](const auto&, const auto&, bool&) { Record("before"); });
-        Editor().AfterSelectionChange.AddPermanent(
-            [this](const auto& page) { Record("selected " + (page ? ToUtf8(page->SBID()) : "-")); });
-        Editor().ItemChecked.AddPermanent([this] { Record("checked"); });
-        Editor().MapChanged.AddPermanent([this](MapChangeTypes type) { Record("changed " + std::to_string(type)); });
-        Editor().DeleteRequest.AddPermanent([this] { Record("delete"); });
-        Editor().ContextMenuRequest.AddPermanent([this] { Record("menu"); });
+        RecordEvents(Editor(), [this](const std::string& what) { Record(what); });
         Show(height);
     }
     NodeTree& Model() const override { return *Editor().tvwObject(); }
