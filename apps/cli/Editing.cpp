@@ -245,11 +245,11 @@ void Editing::Put(Node& node, const Text& where, const Text& targetName) {
         if (target.Parent() && HierarchyRows::TypeOf(target) != ltGroup) {
             throw Refusal(Name(target) + u" is not a group: nothing can be put into it.");
         }
-        course.Tree().Move(node, &target, Place::LastChild);
+        course.Tree().Move(node, &target, InsertPosition::LastChild);
         return;
     }
     if (!target.Parent()) throw Refusal(u"Nothing can stand beside the top; \"in /\" puts an entry there.");
-    course.Tree().Move(node, &target, where == u"before" ? Place::Before : Place::After);
+    course.Tree().Move(node, &target, where == u"before" ? InsertPosition::Before : InsertPosition::After);
 }
 
 void Editing::CheckLocks(const Target& target) {

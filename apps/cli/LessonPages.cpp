@@ -179,9 +179,9 @@ Text LessonPages::Add(const Text& requested, const Fields& fields, TextView wher
         throw Refusal(u"There is a storyboard or a map '" + sbid + u"' already.");
     editor->AddStoryboard(storyboard);
     tree.Move(*tree.Find(sbid), &place,
-              where == u"before"  ? Place::Before
-              : where == u"after" ? Place::After
-                                  : Place::LastChild);
+              where == u"before"  ? InsertPosition::Before
+              : where == u"after" ? InsertPosition::After
+                                  : InsertPosition::LastChild);
     modLME::UpdateMapCaptions(tree);
     modLME::SaveMapLayouts(tree, lesson);
     if (!current.empty()) lesson->SetCurrentSBID(current);

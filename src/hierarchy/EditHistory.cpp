@@ -57,7 +57,7 @@ void EditHistory::End() {
     step.selectedAfter = SelectedKey();
     try {
         done.push_back(std::move(step));
-        if (done.size() > longest) done.pop_front();
+        if (done.size() > maxEdits) done.pop_front();
         undone.clear();
     } catch (const std::bad_alloc&) {
         Clear(); // what cannot be kept cannot be undone
@@ -145,9 +145,9 @@ void EditHistory::Apply(Change& change, bool undo) {
         const Position& to = undo ? change.from : change.to;
         Node& node = Find(change.key);
         if (to.previous.empty())
-            tree.Move(node, &Find(to.parent), Place::FirstChild);
+            tree.Move(node, &Find(to.parent), InsertPosition::FirstChild);
         else
-            tree.Move(node, &Find(to.previous), Place::After);
+            tree.Move(node, &Find(to.previous), InsertPosition::After);
         break;
     }
     case Kind::Texts:
@@ -204,11 +204,11 @@ void EditHistory::Restore(const Change& change, const Position& position) {
         const auto level = static_cast<size_t>(entry.depth);
         Node* node = nullptr;
         if (level > 0)
-            node = &tree.Add(path[level - 1], Place::LastChild, entry.key, entry.caption, entry.image);
+            node = &tree.Add(path[level - 1], InsertPosition::LastChild, entry.key, entry.caption, entry.image);
         else if (position.previous.empty())
-            node = &tree.Add(&Find(position.parent), Place::FirstChild, entry.key, entry.caption, entry.image);
+            node = &tree.Add(&Find(position.parent), InsertPosition::FirstChild, entry.key, entry.caption, entry.image);
         else
-            node = &tree.Add(&Find(position.previous), Place::After, entry.key, entry.caption, entry.image);
+            node = &tree.Add(&Find(position.previous), InsertPosition::After, entry.key, entry.caption, entry.image);
         node->SetTag(entry.tag);
         path.resize(level);
         path.push_back(node);

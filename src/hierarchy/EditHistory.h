@@ -15,7 +15,7 @@ namespace dax {
 // Memory grows with the number of changes, not with the size of the tree.
 class EditHistory : private TreeListener {
 public:
-    static constexpr size_t longest = 1000; // edits; the oldest ones are dropped
+    static constexpr size_t maxEdits = 1000; // edits; the oldest ones are dropped
 
     EditHistory(NodeTree& tree, IDCollection& added, IDCollection& deleted);
     ~EditHistory() override;

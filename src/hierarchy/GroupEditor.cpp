@@ -111,7 +111,7 @@ bool GroupEditor::LoadDatabase() {
         const TreeUpdate update(tree);
         const Text selectedKey = CurrentLessonID();
         Empty();
-        Node& root = tree.Add(nullptr, Place::LastChild, {}, databaseTitle, HierarchyRows::picDatabase);
+        Node& root = tree.Add(nullptr, InsertPosition::LastChild, {}, databaseTitle, HierarchyRows::picDatabase);
         HierarchyRows::Load(connectionString, tree, lessonPropertyStore, knownRows, progress);
         root.SetExpanded(true);
         Node* const selected = modTVW::GetNodeByKey(tree, selectedKey);
@@ -154,9 +154,9 @@ void GroupEditor::AddLesson(const Text& lessonID, const Text& title, const Text&
         Node* const root = tree.First();
         Node* const selected = tree.Selected();
         if (selected && selected->Parent()) {
-            tree.Add(selected, Place::After, id);
+            tree.Add(selected, InsertPosition::After, id);
         } else {
-            tree.Add(root, Place::FirstChild, id);
+            tree.Add(root, InsertPosition::FirstChild, id);
         }
         history.MarkAdded(id);
     }

@@ -135,7 +135,8 @@ void Load(const Text& connectionString, NodeTree& tree, LessonPropertyStore& sto
         if (!parent) parent = root;
         const Value type = rows.Field(colType);
         try {
-            tree.Add(parent, Place::LastChild, id, title, PictureOf(VariantToLong(type, ltInvalid)), identifier);
+            tree.Add(parent, InsertPosition::LastChild, id, title, PictureOf(VariantToLong(type, ltInvalid)),
+                     identifier);
         } catch (const Error& error) {
             throw Error(error.Number(), NameRow(row, title) + u": " + error.Description());
         }

@@ -11,7 +11,7 @@ namespace dax {
 DetachedMap::DetachedMap(std::shared_ptr<StoryboardMap> newMap, Text key)
     : map(std::move(newMap)), rootKey(std::move(key)) {
     NodeMapTree nodes(tree);
-    map->FillTree(nodes, NodeMapTree::RefOf(&tree->Add(nullptr, Place::LastChild, rootKey, rootKey)));
+    map->FillTree(nodes, NodeMapTree::RefOf(&tree->Add(nullptr, InsertPosition::LastChild, rootKey, rootKey)));
     Root();
 }
 

@@ -107,7 +107,7 @@ private:
     class NotificationGuard;
     class DrawingGuard;
     class DepthGuard;
-    static constexpr int deepestEvent = 30, deepest = 60;
+    static constexpr int maxEventDepth = 30, maxDepth = 60;
     using LessonRef = std::shared_ptr<dax::Lesson>;
 
     LessonMapEditor();

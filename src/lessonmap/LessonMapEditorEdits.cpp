@@ -21,9 +21,9 @@ std::shared_ptr<Storyboards> StoryboardsOf(const Lesson& lesson) {
 // The new node is placed after the selected one; first in the default map when that is none or a map.
 Node& AddNode(NodeTree& tree, const Text& sbid) {
     Node* const selected = tree.Selected();
-    if (selected && selected->Parent()) return tree.Add(selected, Place::After, sbid);
+    if (selected && selected->Parent()) return tree.Add(selected, InsertPosition::After, sbid);
     if (tree.IsEmpty()) Refuse(u"The lesson has no map that could take the storyboard.");
-    return tree.Add(tree.First(), Place::FirstChild, sbid);
+    return tree.Add(tree.First(), InsertPosition::FirstChild, sbid);
 }
 
 // Removes the node, with its branch or replaced by it, and returns the storyboards of the removed nodes.

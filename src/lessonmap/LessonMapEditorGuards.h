@@ -60,7 +60,7 @@ private:
 class LessonMapEditor::DepthGuard {
 public:
     explicit DepthGuard(int& depth) : depth(depth) {
-        if (depth >= deepest)
+        if (depth >= maxDepth)
             throw dax::Error(ErrorNumbers::Automation, u"The lesson's objects call each other endlessly.");
         ++depth;
     }
@@ -96,7 +96,7 @@ void LessonMapEditor::KeepEdit(const Action& edit) {
 // Listeners may call back recursively: beyond a certain depth no event is raised.
 template <typename TheEvent, typename... Arguments>
 void LessonMapEditor::Raise(const TheEvent& event, const Arguments&... arguments) {
-    if (isClosed || depth >= deepestEvent) return;
+    if (isClosed || depth >= maxEventDepth) return;
     const DepthGuard guard(depth);
     event.Raise(arguments...);
 }

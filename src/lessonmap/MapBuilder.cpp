@@ -94,7 +94,7 @@ void MapBuilder::AddMap(StoryboardMap& map) {
         isChanged = true;
     }
     NodeMapTree nodes(tree);
-    const Node& added = tree.Add(nullptr, Place::LastChild, key, key,
+    const Node& added = tree.Add(nullptr, InsertPosition::LastChild, key, key,
                                  modGeneric::ImageIndexFromKey(Text(PictureKeys::Root), imageList));
     map.FillTree(nodes, NodeMapTree::RefOf(&added));
 

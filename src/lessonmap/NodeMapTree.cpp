@@ -20,7 +20,7 @@ Node* NodeMapTree::NodeOf(NodeRef ref) const {
 }
 
 MapTree::NodeRef NodeMapTree::AddChild(NodeRef parent, const Text& key, const Text& caption) {
-    return RefOf(&tree.Add(NodeOf(parent), Place::LastChild, key, caption));
+    return RefOf(&tree.Add(NodeOf(parent), InsertPosition::LastChild, key, caption));
 }
 
 } // namespace dax

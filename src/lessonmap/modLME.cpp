@@ -12,7 +12,7 @@ namespace dax::modLME {
 
 namespace {
 
-constexpr size_t longestCaption = 80;
+constexpr size_t maxCaption = 80;
 
 struct Appearance {
     Text caption;
@@ -24,7 +24,7 @@ Appearance AppearanceOf(const Storyboard& storyboard, LessonMapEditorCaptionStyl
                         const PictureKeys& imageList) {
     Text caption = captionStyle == csIdentifier ? storyboard.Identifier() : storyboard.Title();
     if (caption.empty()) caption = captionStyle == csIdentifier ? u"(no identifier)" : u"(untitled)";
-    if (caption.size() > longestCaption) caption = Text(Shorten(caption, longestCaption)) + u"...";
+    if (caption.size() > maxCaption) caption = Text(Shorten(caption, maxCaption)) + u"...";
     return {std::move(caption), imageList.IndexOfType(storyboard.StoryboardType())};
 }
 
@@ -186,9 +186,9 @@ bool MoveNode(NodeTree& tree, Node* node, StoryboardMovementTypes movement) {
     if (!CanMoveNode(tree, node, movement)) return false;
     const TreeUpdate update(tree);
     if (movement == smtNextMap) {
-        tree.Move(*node, modTVW::GetRootNode(node)->Next(), Place::FirstChild);
+        tree.Move(*node, modTVW::GetRootNode(node)->Next(), InsertPosition::FirstChild);
     } else if (movement == smtPreviousMap) {
-        tree.Move(*node, modTVW::GetRootNode(node)->Previous(), Place::LastChild);
+        tree.Move(*node, modTVW::GetRootNode(node)->Previous(), InsertPosition::LastChild);
     } else {
         modTVW::MoveTreeNode(tree, node, static_cast<GroupMovementTypes>(movement));
     }

@@ -57,7 +57,7 @@ DropTarget FindDropInto(const TreeHit& hit, const Node& dragged) {
 
 void DropNode(NodeTree& tree, Node& node, const DropTarget& target) {
     if (target.isInto) {
-        tree.Move(node, target.node, Place::FirstChild);
+        tree.Move(node, target.node, InsertPosition::FirstChild);
     } else {
         modTVW::MoveTreeNodeTo(tree, &node, target.node, target.insertAfter);
     }

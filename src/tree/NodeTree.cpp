@@ -25,7 +25,7 @@ NodeTree::~NodeTree() {
     }
 }
 
-Node& NodeTree::Add(Node* relative, Place place, TextView key, TextView caption, int image, TextView tag) {
+Node& NodeTree::Add(Node* relative, InsertPosition position, TextView key, TextView caption, int image, TextView tag) {
     const uint32_t hash = HashOf(key);
     CheckKey(key, hash);
     if (count == INT32_MAX) throw Error(ErrorNumbers::Overflow, u"The tree cannot hold more nodes.");
@@ -40,7 +40,7 @@ Node& NodeTree::Add(Node* relative, Place place, TextView key, TextView caption,
     node->tree = this;
     node->image = image;
     if (!key.empty()) AddKey(*node, hash);
-    Link(*node, relative, place);
+    Link(*node, relative, position);
     node->previousAdded = lastAdded;
     (lastAdded ? lastAdded->nextAdded : firstAdded) = node;
     lastAdded = node;
@@ -49,12 +49,12 @@ Node& NodeTree::Add(Node* relative, Place place, TextView key, TextView caption,
     return *node;
 }
 
-void NodeTree::Move(Node& node, Node* relative, Place place) {
+void NodeTree::Move(Node& node, Node* relative, InsertPosition position) {
     if (relative == &node) return;
     const TreeUpdate update(*this);
     Notify([&](TreeListener& listener) { listener.NodeMoving(node); });
     Unlink(node);
-    Link(node, relative, place);
+    Link(node, relative, position);
     Notify([&](TreeListener& listener) { listener.NodeMoved(node); });
     fix = Fix::Reveal; // the selected node may be in a collapsed branch now
 }
@@ -121,13 +121,13 @@ void NodeTree::AddListener(TreeListener& listener) { listeners.push_back(&listen
 
 void NodeTree::RemoveListener(TreeListener& listener) { std::erase(listeners, &listener); }
 
-void NodeTree::Link(Node& node, Node* relative, Place place) {
-    const bool isFirst = place == Place::Before || place == Place::FirstChild;
+void NodeTree::Link(Node& node, Node* relative, InsertPosition position) {
+    const bool isFirst = position == InsertPosition::Before || position == InsertPosition::FirstChild;
     Node* parent = relative;
     Node* before = nullptr; // the sibling that the node follows
-    if (relative && (place == Place::Before || place == Place::After)) {
+    if (relative && (position == InsertPosition::Before || position == InsertPosition::After)) {
         parent = relative->parent;
-        before = place == Place::After ? relative : relative->previous;
+        before = position == InsertPosition::After ? relative : relative->previous;
     } else if (!isFirst) {
         before = parent ? parent->lastChild : lastTop;
     }

@@ -10,7 +10,7 @@
 
 namespace dax {
 
-enum class Place { Before, After, FirstChild, LastChild };
+enum class InsertPosition { Before, After, FirstChild, LastChild };
 
 class NodeTree {
 public:
@@ -21,9 +21,10 @@ public:
 
     // Without `relative` the new node is a top-level node: the first for Before and FirstChild, else the last.
     // Throws Error when a node has the key already. Constant time, as are all single operations here.
-    Node& Add(Node* relative, Place place, TextView key, TextView caption = {}, int image = 0, TextView tag = {});
+    Node& Add(Node* relative, InsertPosition position, TextView key, TextView caption = {}, int image = 0,
+              TextView tag = {});
     // Moves the node with its branch. `relative` must not lie in that branch (see modTVW::IsInBranch).
-    void Move(Node& node, Node* relative, Place place);
+    void Move(Node& node, Node* relative, InsertPosition position);
     // Removes the branch. When it held the selection, the next sibling, else the previous one, else the parent
     // is selected.
     void Remove(Node& node);
@@ -53,7 +54,7 @@ private:
     friend class TreeUpdate;
     enum class Fix { None, Reveal, SelectCollapsed };
 
-    void Link(Node& node, Node* relative, Place place);
+    void Link(Node& node, Node* relative, InsertPosition position);
     void Unlink(Node& node);
     void Destroy(Node& top); // an unlinked branch
     Node*& BucketOf(uint32_t hash) { return buckets[hash & (buckets.size() - 1)]; }

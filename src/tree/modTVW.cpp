@@ -24,7 +24,7 @@ void SetDescendantsExpanded(Node* top, bool expanded) {
 
 struct Destination {
     Node* relative;
-    Place place;
+    InsertPosition position;
 };
 
 // The target of a movement, which must be possible.
@@ -32,15 +32,15 @@ Destination FindDestination(const Node& node, GroupMovementTypes movement) {
     Node* const parent = node.Parent();
     switch (movement) {
     case gmtUp:
-        if (node.Previous()) return {node.Previous(), Place::Before};
-        return {parent->Previous(), Place::LastChild};
+        if (node.Previous()) return {node.Previous(), InsertPosition::Before};
+        return {parent->Previous(), InsertPosition::LastChild};
     case gmtDown:
-        if (node.Next()) return {node.Next(), Place::After};
-        return {parent->Next(), Place::FirstChild};
+        if (node.Next()) return {node.Next(), InsertPosition::After};
+        return {parent->Next(), InsertPosition::FirstChild};
     case gmtIndent:
-        return {node.Previous(), Place::LastChild};
+        return {node.Previous(), InsertPosition::LastChild};
     default:
-        return {parent, Place::After};
+        return {parent, InsertPosition::After};
     }
 }
 
@@ -173,21 +173,21 @@ bool CanMoveTreeNode(const NodeTree&, const Node* node, GroupMovementTypes movem
 bool MoveTreeNode(NodeTree& tree, Node* node, GroupMovementTypes movement) {
     if (!CanMoveTreeNode(tree, node, movement)) return false;
     const Destination to = FindDestination(*node, movement);
-    tree.Move(*node, to.relative, to.place);
+    tree.Move(*node, to.relative, to.position);
     return true;
 }
 
 void MoveChildrenAfter(NodeTree& tree, Node& node) {
     const TreeUpdate update(tree);
-    while (node.LastChild()) tree.Move(*node.LastChild(), &node, Place::After);
+    while (node.LastChild()) tree.Move(*node.LastChild(), &node, InsertPosition::After);
 }
 
 void MoveTreeNodeTo(NodeTree& tree, Node* node, Node* target, bool insertAfter) {
     if (!node || !target || IsInBranch(target, node)) return;
     if (!target->Parent()) {
-        tree.Move(*node, target, Place::FirstChild);
+        tree.Move(*node, target, InsertPosition::FirstChild);
     } else {
-        tree.Move(*node, target, insertAfter ? Place::After : Place::Before);
+        tree.Move(*node, target, insertAfter ? InsertPosition::After : InsertPosition::Before);
     }
 }
 

@@ -168,9 +168,10 @@ TEST_F(HostileLesson, AnyCallMayDoAnything) {
         {"clear", [this] { tree->Clear(); }},
         {"remove", on(u"a", [](NodeTree& nodes, Node& node) { nodes.Remove(node); })},
         {"remove map", on(nullptr, [](NodeTree& nodes, Node& node) { nodes.Remove(node); })},
-        {"add beside", on(nullptr, [](NodeTree& nodes, Node& node) { nodes.Add(&node, Place::Before, u""); })},
-        {"add below", on(nullptr, [](NodeTree& nodes, Node& node) { nodes.Add(&node, Place::FirstChild, u""); })},
-        {"move", on(u"c", [](NodeTree& nodes, Node& node) { nodes.Move(node, nullptr, Place::LastChild); })},
+        {"add beside", on(nullptr, [](NodeTree& nodes, Node& node) { nodes.Add(&node, InsertPosition::Before, u""); })},
+        {"add below",
+         on(nullptr, [](NodeTree& nodes, Node& node) { nodes.Add(&node, InsertPosition::FirstChild, u""); })},
+        {"move", on(u"c", [](NodeTree& nodes, Node& node) { nodes.Move(node, nullptr, InsertPosition::LastChild); })},
         {"select", select},
         {"select always", select, true},
         {"no lesson", [this] { editor->SetLesson(nullptr); }},
@@ -253,9 +254,9 @@ TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
             for (const Text& key : keys) nodes.AddChild(root, key, key);
         };
     };
-    const auto add = [this](Place place, const Text& key) {
+    const auto add = [this](InsertPosition position, const Text& key) {
         return [=, this](MapTree& nodes, MapTree::NodeRef) {
-            tree->Add(tree->First(), place, key);
+            tree->Add(tree->First(), position, key);
             EXPECT_TRUE(nodes.Contains(key));
         };
     };
@@ -270,9 +271,9 @@ TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
         {"the same page twice", fill(firstMap, with({u"a", u"a"})), nullptr},
         {"no key", fill(secondMap, with({u"", u"d"})), "A: a( b ) c | B:  d"},
         {"the key of a map", fill(secondMap, with({u"A"})), nullptr},
-        {"the other map's root", fill(secondMap, add(Place::FirstChild, u"d")), "A: d a( b ) c | B:"},
-        {"a root of its own", fill(secondMap, add(Place::After, u"x")), nullptr},
-        {"a root before the maps", fill(firstMap, add(Place::Before, u"x")), nullptr},
+        {"the other map's root", fill(secondMap, add(InsertPosition::FirstChild, u"d")), "A: d a( b ) c | B:"},
+        {"a root of its own", fill(secondMap, add(InsertPosition::After, u"x")), nullptr},
+        {"a root before the maps", fill(firstMap, add(InsertPosition::Before, u"x")), nullptr},
         {"renamed to the other's name", fill(secondMap, rename), "A: a( b ) c | A_1:", true},
         {"renamed to a page", [&] { odd->second->ContentMap::SetName(u"a"); }, "A: a( b ) c | a_1: d", true},
         {"no maps", [&] { odd->maps = nullptr; }, nullptr},
@@ -312,9 +313,11 @@ TEST_F(HostileLesson, OddMapsAreShownOrRefused) {
 // What a hidden map does with the tree of its own in which it is edited.
 TEST_F(HostileLesson, HiddenMapsLeaveTheirRootAlone) {
     void (*const changes[])(NodeTree&) = {
-        [](NodeTree& nodes) { nodes.Add(nullptr, Place::After, u"x"); },
-        [](NodeTree& nodes) { nodes.Add(nullptr, Place::Before, u"x"); },
-        [](NodeTree& nodes) { nodes.Move(*nodes.First(), &nodes.Add(nullptr, Place::After, u"x"), Place::FirstChild); },
+        [](NodeTree& nodes) { nodes.Add(nullptr, InsertPosition::After, u"x"); },
+        [](NodeTree& nodes) { nodes.Add(nullptr, InsertPosition::Before, u"x"); },
+        [](NodeTree& nodes) {
+            nodes.Move(*nodes.First(), &nodes.Add(nullptr, InsertPosition::After, u"x"), InsertPosition::FirstChild);
+        },
         [](NodeTree& nodes) { nodes.First()->SetKey(u"x"); },
     };
     for (const auto act : changes) {

@@ -178,7 +178,7 @@ TEST_F(LessonMapEditorTest, ChecksGoWithTheBoxesAndTheLesson) {
                            [&] { editor->OrphanedStoryboards(); }};
     for (const Act& act : collect) {
         Open("A: a b");
-        tree->Move(At(u"a"), &At(u"b"), Place::After);
+        tree->Move(At(u"a"), &At(u"b"), InsertPosition::After);
         act();
         EXPECT_EQ(Shown(), "A: b a");
     }

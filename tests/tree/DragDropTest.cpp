@@ -22,7 +22,7 @@ struct Forest {
         subclasser.RegisterWindows(&tree, &window);
         subclasser.SetActive(true);
     }
-    Node& Child(Node* parent, TextView key) { return tree.Add(parent, Place::LastChild, key, key); }
+    Node& Child(Node* parent, TextView key) { return tree.Add(parent, InsertPosition::LastChild, key, key); }
     void Drag(const Node& node, Point to) {
         window.MoveTo(window.At(node));
         support.OnMouseDown();

@@ -13,7 +13,7 @@ namespace {
 TEST(NodeTree, TextsOfEveryWidth) {
     const Text texts[] = {u"plain ü", u"漢字😀", u"", Text(1, u'\0') + u"x", Text(5000, u'a')};
     NodeTree tree;
-    Node& node = tree.Add(nullptr, Place::LastChild, u"first", u"", 0, u"ü");
+    Node& node = tree.Add(nullptr, InsertPosition::LastChild, u"first", u"", 0, u"ü");
     for (const Text& key : texts)
         for (const Text& caption : texts)
             for (const Text& tag : texts) {
@@ -31,10 +31,10 @@ TEST(NodeTree, DeepAndWideTrees) {
     for (const bool isChain : {true, false}) {
         const int size = isChain ? 1'000'000 : 100'000;
         NodeTree tree;
-        Node* node = &tree.Add(nullptr, Place::LastChild, u"");
+        Node* node = &tree.Add(nullptr, InsertPosition::LastChild, u"");
         Node* const root = node;
         for (int i = 0; i < size; ++i) {
-            Node& added = tree.Add(node, Place::LastChild, ToText(i));
+            Node& added = tree.Add(node, InsertPosition::LastChild, ToText(i));
             if (isChain) node = &added;
         }
         EXPECT_EQ(modTVW::CountDescendants(root), size);
@@ -58,12 +58,12 @@ TEST(NodeTree, DeepAndWideTrees) {
 
 TEST(NodeTree, KeysAreUniqueExceptTheEmptyOne) {
     NodeTree tree;
-    for (int i = 0; i < 2; ++i) tree.Add(nullptr, Place::LastChild, u"");
-    Node& a = tree.Add(nullptr, Place::LastChild, u"a");
-    EXPECT_THROW(tree.Add(&a, Place::LastChild, u"a"), Error);
+    for (int i = 0; i < 2; ++i) tree.Add(nullptr, InsertPosition::LastChild, u"");
+    Node& a = tree.Add(nullptr, InsertPosition::LastChild, u"a");
+    EXPECT_THROW(tree.Add(&a, InsertPosition::LastChild, u"a"), Error);
     // Many that change theirs, and are removed.
     std::vector<Node*> nodes;
-    for (int i = 0; i < 500; ++i) nodes.push_back(&tree.Add(&a, Place::LastChild, ToText(i)));
+    for (int i = 0; i < 500; ++i) nodes.push_back(&tree.Add(&a, InsertPosition::LastChild, ToText(i)));
     EXPECT_THROW(nodes[0]->SetKey(u"a"), Error);
     const auto newKey = [](size_t i) { return u"n" + ToText(i % 3 ? i : i + 1000); };
     for (size_t i = 0; i < nodes.size(); ++i) nodes[i]->SetKey(newKey(i));
@@ -105,9 +105,9 @@ TEST(NodeTree, ListenersReceiveEveryChangeAndOneSelection) {
     Recorder recorder(tree);
     int selections = 0;
     tree.SelectionChanged().AddPermanent([&] { ++selections; });
-    Node& r = tree.Add(nullptr, Place::LastChild, u"r");
-    Node& a = tree.Add(&r, Place::LastChild, u"a");
-    Node& b = tree.Add(&a, Place::LastChild, u"b");
+    Node& r = tree.Add(nullptr, InsertPosition::LastChild, u"r");
+    Node& a = tree.Add(&r, InsertPosition::LastChild, u"a");
+    Node& b = tree.Add(&a, InsertPosition::LastChild, u"b");
     EXPECT_EQ(recorder.Take(), u"+r+a+b");
     tree.Select(&b); // opens its ancestors
     EXPECT_EQ(recorder.Take(), u"(~a~r)!");
@@ -120,9 +120,9 @@ TEST(NodeTree, ListenersReceiveEveryChangeAndOneSelection) {
     }
     EXPECT_EQ(recorder.Take(), u"~b1~b2~b3~b5~d0");
     b.SetKey(u"b");
-    tree.Move(b, &r, Place::FirstChild);
-    tree.Move(b, &b, Place::After);
-    tree.Move(b, &a, Place::LastChild);
+    tree.Move(b, &r, InsertPosition::FirstChild);
+    tree.Move(b, &b, InsertPosition::After);
+    tree.Move(b, &a, InsertPosition::LastChild);
     EXPECT_EQ(recorder.Take(), u"~b0(<b>b)(<b>b)");
     {
         const TreeUpdate update(tree);
@@ -141,25 +141,25 @@ TEST(NodeTree, ListenersReceiveEveryChangeAndOneSelection) {
     {
         const TreeUpdate update(tree);
         tree.Clear();
-        tree.Select(&tree.Add(nullptr, Place::LastChild, u"n")); // perhaps where the other one was
+        tree.Select(&tree.Add(nullptr, InsertPosition::LastChild, u"n")); // perhaps where the other one was
     }
     EXPECT_EQ(recorder.Take(), u"(0+n)!");
     EXPECT_FALSE(tree.Find(u"b"));
-    for (const char16_t* key : {u"m", u"p"}) tree.Add(nullptr, Place::LastChild, key);
+    for (const char16_t* key : {u"m", u"p"}) tree.Add(nullptr, InsertPosition::LastChild, key);
     tree.Remove(*tree.Find(u"m")); // which was not selected
     EXPECT_EQ(recorder.Take(), u"+m+p(-m)");
     {
         const TreeUpdate update(tree);
         tree.Remove(*tree.Selected());
-        tree.Select(&tree.Add(nullptr, Place::LastChild, u"o"));
+        tree.Select(&tree.Add(nullptr, InsertPosition::LastChild, u"o"));
     }
     EXPECT_EQ(recorder.Take(), u"(-n+o)!");
 }
 
 TEST(NodeTree, ListenerOfTheSelectionMayDestroyTheTree) {
     auto tree = std::make_unique<NodeTree>();
-    Node& a = tree->Add(nullptr, Place::LastChild, u"a");
-    tree->Add(nullptr, Place::LastChild, u"b");
+    Node& a = tree->Add(nullptr, InsertPosition::LastChild, u"a");
+    tree->Add(nullptr, InsertPosition::LastChild, u"b");
     tree->Select(&a);
     int later = 0;
     tree->SelectionChanged().AddPermanent([&tree] { tree.reset(); });
@@ -175,12 +175,12 @@ using namespace modTVW;
 class ModTVW : public testing::Test {
 protected:
     NodeTree tree;
-    Node& root = tree.Add(nullptr, Place::LastChild, u"");
-    Node& a = tree.Add(&root, Place::LastChild, u"a");
-    Node& a1 = tree.Add(&a, Place::LastChild, u"a1");
-    Node& a2 = tree.Add(&a, Place::LastChild, u"a2");
-    Node& a21 = tree.Add(&a2, Place::LastChild, u"a21");
-    Node& b = tree.Add(&root, Place::LastChild, u"b");
+    Node& root = tree.Add(nullptr, InsertPosition::LastChild, u"");
+    Node& a = tree.Add(&root, InsertPosition::LastChild, u"a");
+    Node& a1 = tree.Add(&a, InsertPosition::LastChild, u"a1");
+    Node& a2 = tree.Add(&a, InsertPosition::LastChild, u"a2");
+    Node& a21 = tree.Add(&a2, InsertPosition::LastChild, u"a21");
+    Node& b = tree.Add(&root, InsertPosition::LastChild, u"b");
 };
 
 TEST_F(ModTVW, NothingIsAnswered) {
@@ -200,7 +200,7 @@ TEST_F(ModTVW, WalksAndNumbers) {
     EXPECT_EQ(GetSortPosition(&b), 2);
     EXPECT_EQ(MakeUniqueKey(tree, u""), u"key");
     EXPECT_EQ(MakeUniqueKey(tree, u"new"), u"new");
-    tree.Add(&b, Place::LastChild, u"a_1");
+    tree.Add(&b, InsertPosition::LastChild, u"a_1");
     EXPECT_EQ(MakeUniqueKey(tree, u"a"), u"a_2");
 }
 

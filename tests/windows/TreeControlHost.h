@@ -174,9 +174,9 @@ struct EditorHost : TreeHostOf<GroupEditorWindow> {
         Editor().Clear();
         {
             const TreeUpdate update(Model());
-            Node& root = Model().Add(nullptr, Place::LastChild, u"", u"the database", 1);
+            Node& root = Model().Add(nullptr, InsertPosition::LastChild, u"", u"the database", 1);
             const auto add = [&](Node* parent, const Text& key) {
-                return &Model().Add(parent, Place::LastChild, key, u"entry " + key, 3);
+                return &Model().Add(parent, InsertPosition::LastChild, key, u"entry " + key, 3);
             };
             for (int32_t i = 0; i < lesson->Maps()->Count(); ++i) {
                 const auto map = std::dynamic_pointer_cast<ContentMap>(lesson->Maps()->Item(i));

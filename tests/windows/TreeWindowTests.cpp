@@ -24,15 +24,16 @@ struct RandomEdits {
         return node;
     }
     void Single() {
-        static constexpr Place places[] = {Place::Before, Place::After, Place::FirstChild, Place::LastChild};
+        static constexpr InsertPosition positions[] = {InsertPosition::Before, InsertPosition::After,
+                                                       InsertPosition::FirstChild, InsertPosition::LastChild};
         Node *const node = Any(), *const other = Any();
-        const Place place = places[Pick(4)];
+        const InsertPosition position = positions[Pick(4)];
         const Text key = ToText(++last);
         switch (node ? Pick(tree.Count() > 30 ? 10 : 14) : 10) {
         case 0:
             return tree.Count() > 30 || Pick(3) == 0 ? tree.Remove(*node) : void();
         case 1:
-            return modTVW::IsInBranch(other, node) ? void() : tree.Move(*node, other, place);
+            return modTVW::IsInBranch(other, node) ? void() : tree.Move(*node, other, position);
         case 2:
             return tree.Select(Pick(8) ? node : nullptr);
         case 3:
@@ -50,7 +51,7 @@ struct RandomEdits {
         case 9:
             return Pick(10) ? void() : tree.Clear();
         default:
-            tree.Add(node, place, key, key, static_cast<int>(Pick(5)));
+            tree.Add(node, position, key, key, static_cast<int>(Pick(5)));
         }
     }
 
@@ -108,7 +109,7 @@ TEST(TreeWindow, FollowsWhatTheUserDoes) {
 // A character is shown whole or not at all.
 TEST(TreeWindow, ShowsCaptionsOfAnyLength) {
     LessonMapHost host;
-    Node& node = host.Model().Add(nullptr, Place::LastChild, u"n");
+    Node& node = host.Model().Add(nullptr, InsertPosition::LastChild, u"n");
     for (const Text& caption : {Text(), Text(259, u'w'), Text(258, u'w') + u"\U0001F600", Text(1'000'000, u'w'),
                                 Text(u"line\r\nbreak & mark\t")}) {
         node.SetCaption(caption);

@@ -15,7 +15,7 @@ constexpr int HimetricPerInch = 2540;
 // A host that shows its windows at a scale of its own, as in a preview, sets this property on one of them, to the dots
 // per inch that the controls in it are to have.
 constexpr wchar_t dpiProperty[] = L"DAXControls.DPI";
-constexpr int minDpi = 48, greatestDpi = 960;
+constexpr int minDpi = 48, maxDpi = 960;
 
 // Empty when the host does not supply it.
 Variant AmbientProperty(IDispatch& host, DISPID dispid) {
@@ -97,7 +97,7 @@ Ambient HostSite::ReadAmbient() const {
 int DpiOf(HWND window) {
     for (HWND each = window; each; each = GetAncestor(each, GA_PARENT))
         if (const HANDLE dpi = GetPropW(each, dpiProperty))
-            return std::clamp(static_cast<int>(reinterpret_cast<INT_PTR>(dpi)), minDpi, greatestDpi);
+            return std::clamp(static_cast<int>(reinterpret_cast<INT_PTR>(dpi)), minDpi, maxDpi);
     using GetDpi = UINT(WINAPI*)(HWND);
     // Only newer systems have a DPI per window.
     static const auto dpiOfWindow = reinterpret_cast<GetDpi>(

@@ -45,7 +45,7 @@ ComPtr<IDispatch> MakeMapObject(StoryboardMap& map) {
     // Layouts can only be transferred through a tree.
     const auto tree = std::make_shared<NodeTree>();
     NodeMapTree nodes(*tree);
-    const MapTree::NodeRef root = NodeMapTree::RefOf(&tree->Add(nullptr, Place::LastChild, u""));
+    const MapTree::NodeRef root = NodeMapTree::RefOf(&tree->Add(nullptr, InsertPosition::LastChild, u""));
     map.FillTree(nodes, root);
     HostMap(object.Object(), std::make_shared<TreeObjects>(tree)).ReadLayout(nodes, root);
     return ComPtr<IDispatch>(object.Object());

@@ -31,9 +31,9 @@ public:
             Node* const beside = owner->Resolve(relative);
             const int32_t relation = IsLeftOut(relationship) ? nrNext : NumberFrom(PlainOf(relationship));
             const int picture = IsLeftOut(image) ? 0 : owner->PictureOf(image);
-            const auto [to, place] = PlaceFor(beside, relation);
+            const auto [to, position] = PositionFor(beside, relation);
             return owner->ObjectOf(
-                &owner->Tree().Add(to, place, TextFrom(PlainOf(key)), TextFrom(PlainOf(text)), picture));
+                &owner->Tree().Add(to, position, TextFrom(PlainOf(key)), TextFrom(PlainOf(text)), picture));
         });
     }
     STDMETHODIMP Remove(VARIANT index) override {
@@ -60,18 +60,18 @@ private:
         return *node;
     }
 
-    static std::pair<Node*, Place> PlaceFor(Node* beside, int32_t relation) {
+    static std::pair<Node*, InsertPosition> PositionFor(Node* beside, int32_t relation) {
         switch (relation) {
         case nrFirst:
-            return {beside ? beside->Parent() : nullptr, Place::FirstChild};
+            return {beside ? beside->Parent() : nullptr, InsertPosition::FirstChild};
         case nrLast:
-            return {beside ? beside->Parent() : nullptr, Place::LastChild};
+            return {beside ? beside->Parent() : nullptr, InsertPosition::LastChild};
         case nrNext:
-            return {beside, Place::After};
+            return {beside, InsertPosition::After};
         case nrPrevious:
-            return {beside, Place::Before};
+            return {beside, InsertPosition::Before};
         case nrChild:
-            return {beside, Place::LastChild};
+            return {beside, InsertPosition::LastChild};
         default:
             throw Error(ErrorNumbers::InvalidCall, u"There is no relation " + ToText(relation) + u" between nodes.");
         }
