@@ -11,7 +11,7 @@ namespace dax::cli {
 namespace {
 
 constexpr size_t HelpWidth = 90;
-constexpr size_t MaxFewPlaces = 4; // a command that takes more takes any words
+constexpr size_t MaxFewPositionals = 4; // a command that takes more takes any words
 constexpr Option CommonOptions[] = {
     PasswordOptions[0],
     PasswordOptions[1],
@@ -36,16 +36,17 @@ UsageError UnknownOption(const Command& command, const Text& name) {
 }
 
 // `-x`, which no command has, unless the command takes words of any kind and this is one of them.
-bool IsShortOption(const Command& command, const Text& word, size_t placesBefore) {
-    return word.size() > 1 && word.starts_with(u'-') && (command.maxPlaces <= MaxFewPlaces || placesBefore == 0);
+bool IsShortOption(const Command& command, const Text& word, size_t positionalsBefore) {
+    return word.size() > 1 && word.starts_with(u'-') &&
+           (command.maxPositionals <= MaxFewPositionals || positionalsBefore == 0);
 }
 
 // What follows a connection string with a blank in it may be the rest of its password, so it is not repeated then.
-UsageError TooMany(std::span<const Text> places, size_t most) {
-    const bool isSecret =
-        std::any_of(places.begin(), places.end(), [](const Text& place) { return MaskPasswords(place) != place; });
+UsageError TooMany(std::span<const Text> positionals, size_t max) {
+    const bool isSecret = std::any_of(positionals.begin(), positionals.end(),
+                                      [](const Text& each) { return MaskPasswords(each) != each; });
     return UsageError(
-        (isSecret ? Text(u"There are too many arguments.") : u"'" + places[most] + u"' is one argument too many.") +
+        (isSecret ? Text(u"There are too many arguments.") : u"'" + positionals[max] + u"' is one argument too many.") +
         u" A path or a connection string with blanks needs quotes around it.");
 }
 
@@ -60,7 +61,7 @@ Text Arguments::Value(TextView option, Text defaultValue) const {
     return found == options.end() ? defaultValue : found->second;
 }
 
-size_t Arguments::Number(TextView option, size_t defaultValue, size_t least, size_t most) const {
+size_t Arguments::Number(TextView option, size_t defaultValue, size_t min, size_t max) const {
     const auto found = options.find(Text(option));
     if (found == options.end()) return defaultValue;
     const Text& digits = found->second;
@@ -70,9 +71,9 @@ size_t Arguments::Number(TextView option, size_t defaultValue, size_t least, siz
         isNumber = isNumber && digit >= u'0' && digit <= u'9';
         if (isNumber) number = number * 10 + (digit - u'0');
     }
-    if (!isNumber || number < least || number > most) {
-        throw UsageError(u"'" + Text(option) + u"' takes a whole number from " + ToText(static_cast<long long>(least)) +
-                         u" to " + ToText(static_cast<long long>(most)) + u", not '" + digits + u"'.");
+    if (!isNumber || number < min || number > max) {
+        throw UsageError(u"'" + Text(option) + u"' takes a whole number from " + ToText(static_cast<long long>(min)) +
+                         u" to " + ToText(static_cast<long long>(max)) + u", not '" + digits + u"'.");
     }
     return number;
 }
@@ -87,8 +88,9 @@ Arguments Command::Parse(std::span<const Text> words) const {
             continue;
         }
         if (isOptionsEnd || !word.starts_with(u"--")) {
-            if (!isOptionsEnd && IsShortOption(*this, word, arguments.places.size())) throw UnknownOption(*this, word);
-            arguments.places.push_back(word);
+            if (!isOptionsEnd && IsShortOption(*this, word, arguments.positionals.size()))
+                throw UnknownOption(*this, word);
+            arguments.positionals.push_back(word);
             continue;
         }
         if (word == u"--") {
@@ -110,8 +112,9 @@ Arguments Command::Parse(std::span<const Text> words) const {
         arguments.options[Text(option->name)] = std::move(value);
     }
     if (arguments.Has(u"--help")) return arguments;
-    if (arguments.places.size() < fewestPlaces) throw UsageError(u"An argument is missing: " + Text(placeNames) + u".");
-    if (arguments.places.size() > maxPlaces) throw TooMany(arguments.places, maxPlaces);
+    if (arguments.positionals.size() < minPositionals)
+        throw UsageError(u"An argument is missing: " + Text(positionalNames) + u".");
+    if (arguments.positionals.size() > maxPositionals) throw TooMany(arguments.positionals, maxPositionals);
     for (const Option& option : options) {
         if (option.isRequired && !arguments.Has(option.name))
             throw UsageError(u"An option is missing: " + Syntax(option) + u".");
@@ -121,7 +124,8 @@ Arguments Command::Parse(std::span<const Text> words) const {
 
 Text Command::Help() const {
     Text help = u"usage: dax " + Text(name);
-    if (!placeNames.empty()) help += u" " + (fewestPlaces == 0 ? u"[" + Text(placeNames) + u"]" : Text(placeNames));
+    if (!positionalNames.empty())
+        help += u" " + (minPositionals == 0 ? u"[" + Text(positionalNames) + u"]" : Text(positionalNames));
     size_t lineStart = 0;
     for (const Option& option : options) {
         const Text shown = option.isRequired ? Syntax(option) : u"[" + Syntax(option) + u"]";

@@ -43,24 +43,24 @@ struct Option {
 
 class Arguments {
 public:
-    bool HasPlace(size_t index) const { return index < places.size(); }
-    const Text& Place(size_t index) const { return places.at(index); }
-    std::span<const Text> Places() const { return places; }
+    bool HasPositional(size_t index) const { return index < positionals.size(); }
+    const Text& Positional(size_t index) const { return positionals.at(index); }
+    std::span<const Text> Positionals() const { return positionals; }
     bool Has(TextView option) const { return options.contains(Text(option)); }
     Text Value(TextView option, Text defaultValue = {}) const;
-    // Throws UsageError when it is no whole number between the bounds.
-    size_t Number(TextView option, size_t defaultValue, size_t least, size_t most) const;
+    // Throws UsageError when it is not a whole number within the bounds.
+    size_t Number(TextView option, size_t defaultValue, size_t min, size_t max) const;
 
 private:
     friend struct Command;
-    std::vector<Text> places;
+    std::vector<Text> positionals;
     std::map<Text, Text> options;
 };
 
 struct Command {
     TextView name;
-    TextView placeNames; // "FILE-or-CONNECTION"
-    size_t fewestPlaces, maxPlaces;
+    TextView positionalNames; // "FILE-or-CONNECTION"
+    size_t minPositionals, maxPositionals;
     TextView summary;
     std::span<const Option> options;
     ExitCode (*run)(const Arguments&);

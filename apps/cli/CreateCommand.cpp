@@ -28,7 +28,8 @@ ExitCode Create(const Arguments& arguments) {
         Print(script);
         return Success;
     }
-    if (!arguments.HasPlace(0)) throw UsageError(u"An argument is missing: FILE-or-CONNECTION, or --print ENGINE.");
+    if (!arguments.HasPositional(0))
+        throw UsageError(u"An argument is missing: FILE-or-CONNECTION, or --print ENGINE.");
     const Target target = ParseTarget(arguments);
     try {
         NewDatabase database(target, kind, PlaceOptions(arguments));

@@ -29,7 +29,7 @@ void DoLines(Editing& editing, const std::vector<EditLine>& lines) {
 }
 
 ExitCode Edit(const Arguments& arguments) {
-    const std::span<const Text> words = arguments.Places().subspan(1);
+    const std::span<const Text> words = arguments.Positionals().subspan(1);
     if (words.empty() != arguments.Has(u"--file")) {
         throw UsageError(words.empty() ? u"A command is missing. Give one, or --file COMMANDS."
                                        : u"Give one command, or --file COMMANDS, not both.");

@@ -41,7 +41,7 @@ Text EntryJson(const Node& node) {
 }
 
 ExitCode Find(const Arguments& arguments) {
-    const Text requested = FoldCase(arguments.Place(1));
+    const Text requested = FoldCase(arguments.Positional(1));
     if (requested.empty()) throw UsageError(u"The text to find is empty.");
     const bool isExact = arguments.Has(u"--exact"), isJson = arguments.Has(u"--json");
     Course course(ParseTarget(arguments));
@@ -62,7 +62,7 @@ ExitCode Find(const Arguments& arguments) {
     if (!isJson && count > 0) output.Line(last);
     output.Finish();
     if (count > 0) return Success;
-    PrintError(u"dax find: No entry has '" + arguments.Place(1) + u"' in its title, identifier or lessonID.");
+    PrintError(u"dax find: No entry has '" + arguments.Positional(1) + u"' in its title, identifier or lessonID.");
     return Refused;
 }
 

@@ -34,7 +34,7 @@ Text PanelJson(const PanelLayout& layout) {
 ExitCode Info(const Arguments& arguments) {
     const auto level = static_cast<int>(arguments.Number(u"--level", MaxDetail, MaxDetail, MinDetail));
     Course course(ParseTarget(arguments));
-    Node& node = course.Find(arguments.HasPlace(1) ? arguments.Place(1) : Text(TopName));
+    Node& node = course.Find(arguments.HasPositional(1) ? arguments.Positional(1) : Text(TopName));
     course.Tree().Select(&node);
     LessonInfo lessonInfo;
     lessonInfo.SetShowIdentifier(!arguments.Has(u"--no-identifier"));

@@ -65,12 +65,12 @@ ExitCode ShowLesson(const Arguments& arguments) {
     if (arguments.Has(u"--force") && !isExport && !isImport)
         throw UsageError(u"'--force' requires --export or --import.");
     if (isExport || isImport) {
-        if (!arguments.HasPlace(1)) throw UsageError(u"An argument is missing: ENTRY, the lesson.");
-        StoredLesson lesson(ParseTarget(arguments), arguments.Place(1));
+        if (!arguments.HasPositional(1)) throw UsageError(u"An argument is missing: ENTRY, the lesson.");
+        StoredLesson lesson(ParseTarget(arguments), arguments.Positional(1));
         return isExport ? Export(lesson, arguments) : Import(lesson, arguments);
     }
     Course course(ParseTarget(arguments));
-    const Node& node = course.Find(arguments.HasPlace(1) ? arguments.Place(1) : Text(TopName));
+    const Node& node = course.Find(arguments.HasPositional(1) ? arguments.Positional(1) : Text(TopName));
     GroupEditor& editor = course.Editor();
     const Text id = node.Key();
     const Properties properties = editor.GetLessonProperties(id), tokens = editor.GetLessonTokens(id),

@@ -103,7 +103,7 @@ Text Change(LessonPages& pages, TextView action, const Arguments& arguments) {
 ExitCode Map(const Arguments& arguments) {
     const TextView action = ActionOf(arguments);
     if (action == u"--move") MovementNamed(arguments.Value(u"--to")); // before anything is read
-    LessonPages pages(ParseTarget(arguments), arguments.Place(1), action == u"--add");
+    LessonPages pages(ParseTarget(arguments), arguments.Positional(1), action == u"--add");
     if (action == u"--find") return Find(pages, arguments);
     const Text said = action.empty() ? Text() : Change(pages, action, arguments);
     if (arguments.Has(u"--json")) {

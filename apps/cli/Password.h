@@ -14,7 +14,7 @@ inline constexpr Option PasswordOptions[] = {
     {u"--password-prompt", u"", u"ask for it; it is not echoed"},
 };
 
-// The same for the second place of a command that has two.
+// The same for the second target of a command that has two.
 inline constexpr Option SecondPasswordOptions[] = {
     {u"--to-password-env", u"NAME", u"the same for the second connection"},
     {u"--to-password-file", u"FILE", u"the same from the first line of a file"},

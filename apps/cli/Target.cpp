@@ -79,8 +79,8 @@ Target ParseTarget(const Text& argument) {
     return {shown.empty() ? Text(u"the database") : MaskPasswords(shown), argument, false};
 }
 
-Target ParseTarget(const Arguments& arguments, size_t place, const Text& passwordOptions) {
-    Target target = ParseTarget(arguments.Place(place));
+Target ParseTarget(const Arguments& arguments, size_t positional, const Text& passwordOptions) {
+    Target target = ParseTarget(arguments.Positional(positional));
     if (const auto password = ReadPassword(arguments, passwordOptions))
         target.connection = WithPassword(target.connection, target.isFile, *password);
     return target;

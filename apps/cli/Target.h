@@ -19,7 +19,7 @@ struct Target {
 // A text with "keyword=…" in front is a connection string, unless a file of that name exists.
 Target ParseTarget(const Text& argument);
 // The first argument, or another one, with the password that the options with that beginning give.
-Target ParseTarget(const Arguments& arguments, size_t place = 0, const Text& passwordOptions = u"--password");
+Target ParseTarget(const Arguments& arguments, size_t positional = 0, const Text& passwordOptions = u"--password");
 
 // What may become of a place before a database is made there.
 struct PlaceOptions {

@@ -57,7 +57,7 @@ void PrintJson(const Node& top, size_t levels, const Counts& counts, Output& out
 ExitCode Tree(const Arguments& arguments) {
     const size_t levels = arguments.Number(u"--depth", MaxLevels, 0, MaxLevels);
     Course course(ParseTarget(arguments));
-    const Node& top = arguments.HasPlace(1) ? course.Find(arguments.Place(1)) : course.Root();
+    const Node& top = arguments.HasPositional(1) ? course.Find(arguments.Positional(1)) : course.Root();
     const Counts counts = CountContents(course.Tree());
     Output output;
     if (arguments.Has(u"--json")) {

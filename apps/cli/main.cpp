@@ -60,7 +60,7 @@ ExitCode ShowHelp(std::span<const Text> words) {
 
 // The place that a command works on, for messages; empty when it has none.
 Text PlaceOf(const Arguments& arguments) {
-    return arguments.HasPlace(0) ? ParseTarget(arguments.Place(0)).shown + u": " : Text();
+    return arguments.HasPositional(0) ? ParseTarget(arguments.Positional(0)).shown + u": " : Text();
 }
 
 ExitCode RunCommand(const Command& command, std::span<const Text> words, bool isTraced) {
