@@ -78,13 +78,13 @@ int32_t RequiredLockType(const LockRow& row) {
     if (IsNull(row.lockType)) RefuseNull(row, u"lockType");
     const int32_t type = modGeneric::VariantToLong(row.lockType, one);
     if (type != one || modGeneric::VariantToLong(row.lockType, another) == one) return type;
-    throw Error(ErrorNumbers::TypeMismatch, u"Type mismatch: lockType of " + LockName(row) + u" is no number.");
+    throw Error(ErrorNumbers::TypeMismatch, u"Type mismatch: lockType of " + LockName(row) + u" is not a number.");
 }
 
 DateTime RequiredLockDate(const LockRow& row) {
     if (IsNull(row.lockDate)) RefuseNull(row, u"lockDate");
     if (const auto date = ToDate(row.lockDate)) return *date;
-    throw Error(ErrorNumbers::TypeMismatch, u"Type mismatch: lockDate of " + LockName(row) + u" is no date.");
+    throw Error(ErrorNumbers::TypeMismatch, u"Type mismatch: lockDate of " + LockName(row) + u" is not a date.");
 }
 
 bool IsDeletableLock(const LockRecord& record, bool isAdministrator, const Text& username) {

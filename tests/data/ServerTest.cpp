@@ -222,7 +222,7 @@ TEST_P(SilenceTest, AfterTheLogin) {
     } cases[] = {
         {"execute", "load again to see", false, [&](Connection& connection) { connection.Execute(insert); }},
         {"a batch", "not committed is lost", true, [&](Connection& connection) { connection.ExecuteAll(many); }},
-        {"reading", "given up. Check", false,
+        {"reading", "was closed. Check", false,
          [](Connection& connection) { Recordset().Open(u"SELECT a FROM t", connection); }},
         {"beginning", "", false, begin},
         {"committing", "load again to see", true, [](Connection& connection) { connection.CommitTrans(); }},
@@ -246,7 +246,7 @@ TEST_P(SilenceTest, AfterTheLogin) {
         EXPECT_TRUE(error.Mentions(c.effect)) << error.what();
         EXPECT_FALSE(connection.InTransaction());
         const Failure later = FailureOf([&] { connection.Execute(insert); });
-        EXPECT_TRUE(later.Number() == ErrorNumbers::Timeout && later.Mentions("given up") && later.seconds < 0.3)
+        EXPECT_TRUE(later.Number() == ErrorNumbers::Timeout && later.Mentions("was closed") && later.seconds < 0.3)
             << later.what();
         connection.Close();
         EXPECT_EQ(database->Query(u"SELECT Count(*) FROM t"), u"1") << "nothing of it was stored";

@@ -26,12 +26,12 @@ struct Block {
     bool isLast = false;
     std::exception_ptr failure;
 
-    void Fill(OdbcStatement& statement, size_t rowsAtMost) {
-        constexpr size_t unitsAtMost = 65536;
+    void Fill(OdbcStatement& statement, size_t maxRows) {
+        constexpr size_t maxUnits = 65536;
         rows.Clear();
         isLast = true;
         try {
-            isLast = !rows.Read(statement, statement.Columns().size(), rowsAtMost, unitsAtMost);
+            isLast = !rows.Read(statement, statement.Columns().size(), maxRows, maxUnits);
         } catch (...) {
             failure = std::current_exception(); // thrown after the rows
         }
@@ -190,7 +190,7 @@ LimitedSession::Time LimitedSession::EndOfCall(Time now) const {
 void LimitedSession::RequireAlive() const {
     if (IsLost())
         throw Error(ErrorNumbers::Timeout,
-                    Server() + u" did not answer in time, so the connection to it was given up. Open a new one.");
+                    Server() + u" did not answer in time, so the connection to it was closed. Open a new one.");
 }
 
 void LimitedSession::ThrowTimeout(Time since, Pending pending) const {
@@ -199,11 +199,11 @@ void LimitedSession::ThrowTimeout(Time since, Pending pending) const {
     static constexpr TextView effects[] = {
         u"Check that it is running and can be reached, or allow it more time by \"Connect Timeout\" in the connection "
         u"string.",
-        u"The connection was given up. Check that the server can be reached and try again, or allow it more time by "
+        u"The connection was closed. Check that the server can be reached and try again, or allow it more time by "
         u"\"Command Timeout\" in the connection string.",
-        u"The connection was given up, and what was not committed is lost. Check that the server can be reached and "
+        u"The connection was closed, and what was not committed is lost. Check that the server can be reached and "
         u"try again, or allow it more time by \"Command Timeout\" in the connection string.",
-        u"The connection was given up, and it is not known whether the last changes were stored: load again to see. "
+        u"The connection was closed, and it is not known whether the last changes were stored: load again to see. "
         u"Check that the server can be reached, or allow it more time by \"Command Timeout\" in the connection string.",
     };
     throw Error(ErrorNumbers::Timeout, Server() + u" did not answer within " + ToText(seconds) +
