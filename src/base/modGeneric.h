@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/IDCollection.h"
+#include "base/KeyedCollection.h"
 #include "base/Value.h"
 
 namespace dax::modGeneric {

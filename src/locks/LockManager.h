@@ -1,7 +1,7 @@
 // The list of user locks of one content database: filtered, sorted, counted, and deleted by those who may.
 #pragma once
 
-#include "base/IDCollection.h"
+#include "base/KeyedCollection.h"
 #include "controls/Event.h"
 #include "controls/ListModel.h"
 #include "controls/Reentrance.h"

@@ -2,7 +2,7 @@
 // present moment is an argument.
 #pragma once
 
-#include "base/IDCollection.h"
+#include "base/KeyedCollection.h"
 #include "locks/LockRecord.h"
 
 #include <optional>
@@ -18,7 +18,7 @@ bool IsExpiredConnectionTest(const Value& lockType, const Value& lockDate, const
 bool IsGroupLock(const LockRow& row, const Text& lessonID, KeyedCollection* group);
 
 // `sessionID` is the host's own: with `expectNoSessionIDRecords` the host says that it holds no locks, so a row
-// that carries it was left over. Throws Error when the lock type is NULL or no number.
+// that carries it was left over. Throws Error when the lock type is NULL or not a number.
 bool IsInvalidLock(const LockRow& row, bool expectNoSessionIDRecords, const Text& sessionID, const DateTime& now);
 
 // The lock as messages name it: its row, lesson, user, machine and date, as far as available.

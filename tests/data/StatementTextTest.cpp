@@ -1,7 +1,7 @@
 // Texts that are read or made without a database.
 #include "data/StatementText.h"
 
-#include "data/Constants.h"
+#include "data/ModuleConstants.h"
 #include "data/Schema.h"
 #include "data/modDB.h"
 

@@ -1,7 +1,7 @@
 #include "DAXControls.h"
 
 #include "com/ClassObject.h"
-#include "data/Constants.h"
+#include "data/ModuleConstants.h"
 #include "ocx/controls/ControlClasses.h"
 
 #include <vector>

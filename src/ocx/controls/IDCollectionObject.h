@@ -4,6 +4,7 @@
 #include "DAXControls.h"
 
 #include "base/IDCollection.h"
+#include "base/KeyedCollection.h"
 
 #include <memory>
 

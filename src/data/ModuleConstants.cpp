@@ -1,4 +1,4 @@
-#include "data/Constants.h"
+#include "data/ModuleConstants.h"
 
 namespace dax {
 
