@@ -27,9 +27,9 @@ constexpr int progressInterval = 100'000;
 SQLiteConnection::SQLiteConnection(const ConnectionTarget& target)
     : path(target.path), dialect(DialectOf(target.engine)),
       wait(std::min<std::chrono::milliseconds>(target.file.lockTimeout, std::chrono::seconds(target.timeout))),
-      longestWork(target.commandTimeout) {
+      callLimit(target.commandTimeout) {
     RequireDatabaseFile(path);
-    const SQLiteWaiting waiting(wait);
+    const SQLiteWaitScope waiting(wait);
     Open(target);
     Protect();
     // A file that is no database is detected only now.
@@ -39,7 +39,7 @@ SQLiteConnection::SQLiteConnection(const ConnectionTarget& target)
 }
 
 SQLiteConnection::~SQLiteConnection() {
-    const SQLiteWaiting waiting(wait);
+    const SQLiteWaitScope waiting(wait);
     for (SQLiteStatement* const statement : statements) statement->Abandon();
     file.reset(); // which rolls back
 }
@@ -53,7 +53,7 @@ void SQLiteConnection::Open(const ConnectionTarget&) {
     file.reset(opened);
     Check(result);
     sqlite3_busy_handler(opened, SQLiteIsBusy, &wait);
-    if (longestWork.count() > 0) sqlite3_progress_handler(opened, progressInterval, HasTimedOut, this);
+    if (callLimit.count() > 0) sqlite3_progress_handler(opened, progressInterval, OnProgress, this);
 }
 
 void SQLiteConnection::Protect() {
@@ -76,30 +76,30 @@ void SQLiteConnection::Apply(const FileSettings& settings) {
 
 void SQLiteConnection::Run(const char* statement) {
     Observe(FromUtf8(statement));
-    StartWork();
+    BeginCall();
     Check(sqlite3_exec(file.get(), statement, nullptr, nullptr, nullptr));
 }
 
 void SQLiteConnection::Check(int result) {
     if ((result & 0xFF) == SQLITE_OK || result == SQLITE_ROW || result == SQLITE_DONE) return;
-    if ((result & 0xFF) == SQLITE_INTERRUPT && std::exchange(ranTooLong, false))
+    if ((result & 0xFF) == SQLITE_INTERRUPT && std::exchange(hasTimedOut, false))
         throw Error(ErrorNumbers::Timeout, u"The statement on '" + path +
                                                u"' was stopped because it took longer than " +
-                                               ToText(longestWork.count()) +
+                                               ToText(callLimit.count()) +
                                                u" seconds, which \"Command Timeout\" in the connection string allows.");
     throw SQLiteError(file.get(), result, path);
 }
 
 // Called by the engine again and again while it works, within one call of ours or the next.
-int SQLiteConnection::HasTimedOut(void* connection) {
+int SQLiteConnection::OnProgress(void* connection) {
     auto& self = *static_cast<SQLiteConnection*>(connection);
     const auto now = WaitClock::now();
-    if (self.watchedWork != self.works) {
-        self.watchedWork = self.works;
-        self.workBegan = now;
+    if (self.timedCall != self.callNumber) {
+        self.timedCall = self.callNumber;
+        self.callBegan = now;
     }
-    self.ranTooLong = now - self.workBegan > self.longestWork;
-    return self.ranTooLong ? 1 : 0;
+    self.hasTimedOut = now - self.callBegan > self.callLimit;
+    return self.hasTimedOut ? 1 : 0;
 }
 
 std::unique_ptr<Statement> SQLiteConnection::NewStatement() { return std::make_unique<SQLiteStatement>(*this); }
@@ -112,7 +112,7 @@ void SQLiteConnection::RequireTransaction() const {
 
 void SQLiteConnection::Begin() {
     if (inTransaction) throw Error(u"A transaction is already open on this connection.");
-    const SQLiteWaiting waiting(wait);
+    const SQLiteWaitScope waiting(wait);
     Run("BEGIN");
     inTransaction = true;
 }
@@ -120,14 +120,14 @@ void SQLiteConnection::Begin() {
 void SQLiteConnection::Commit() {
     if (!inTransaction) throw Error(u"No transaction is open on this connection.");
     RequireTransaction();
-    const SQLiteWaiting waiting(wait);
+    const SQLiteWaitScope waiting(wait);
     Run("COMMIT");
     inTransaction = false;
 }
 
 void SQLiteConnection::Rollback() {
     if (!std::exchange(inTransaction, false) || sqlite3_get_autocommit(file.get()) != 0) return;
-    const SQLiteWaiting waiting(wait);
+    const SQLiteWaitScope waiting(wait);
     Run("ROLLBACK");
 }
 

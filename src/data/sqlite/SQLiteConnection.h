@@ -35,7 +35,7 @@ public:
     // Throws Error for any result but success. A statement that ran too long fails as a time-out.
     void Check(int result);
     // Restarts the time limit for the next call into the engine.
-    void StartWork() { ++works; }
+    void BeginCall() { ++callNumber; }
 
 private:
     friend class SQLiteStatement;
@@ -44,7 +44,7 @@ private:
     void Apply(const FileSettings& settings);
     // Runs a statement without rows that is part of no caller's statement text.
     void Run(const char* statement);
-    static int HasTimedOut(void* connection);
+    static int OnProgress(void* connection);
 
     const Text path;
     const Dialect& dialect;
@@ -52,10 +52,10 @@ private:
     SQLiteHandle file;
     bool inTransaction = false;
     std::vector<SQLiteStatement*> statements; // all that exist
-    std::chrono::seconds longestWork;         // 0: no limit
-    uint64_t works = 0, watchedWork = 0;
-    WaitClock::time_point workBegan{};
-    bool ranTooLong = false;
+    std::chrono::seconds callLimit;           // 0: no limit
+    uint64_t callNumber = 0, timedCall = 0;
+    WaitClock::time_point callBegan{};
+    bool hasTimedOut = false;
 };
 
 } // namespace dax

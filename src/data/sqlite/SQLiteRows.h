@@ -16,7 +16,7 @@ public:
     void Finish() override {}
 
 private:
-    int Bind(int place, const RowField& field, std::string& bytes);
+    int Bind(int position, const RowField& field, std::string& bytes);
 
     SQLiteConnection& owner;
     SQLiteStatementHandle insert;

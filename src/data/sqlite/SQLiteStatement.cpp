@@ -78,7 +78,7 @@ void SQLiteStatement::Run(TextView adapted, std::span<const Value> parameters, s
         return Run(parametrized->statement, parametrized->values, {});
     }
     Owner().RequireTransaction();
-    const SQLiteWaiting waiting(owner->Wait());
+    const SQLiteWaitScope waiting(owner->Wait());
     changes = 0;
     const sqlite3_int64 before = sqlite3_total_changes64(owner->Handle());
     if (parameters.empty() && RunRepeated(adapted)) return Finish(before);
@@ -135,7 +135,7 @@ SQLiteStatementHandle SQLiteStatement::Compile(TextView text, unsigned flags) {
     ToUtf8(text, utf8);
     sqlite3_stmt* made = nullptr;
     const char* rest = nullptr;
-    owner->StartWork();
+    owner->BeginCall();
     // With the zero at its end the text need not be copied.
     const int size = static_cast<int>(std::min<size_t>(utf8.size() + 1, INT_MAX));
     owner->Check(sqlite3_prepare_v3(owner->Handle(), utf8.c_str(), size, flags, &made, &rest));
@@ -167,7 +167,7 @@ void SQLiteStatement::Bind(int position, const Value& value) {
 }
 
 void SQLiteStatement::Step(sqlite3_stmt* statement) {
-    owner->StartWork();
+    owner->BeginCall();
     isRunning = true;
     const int result = sqlite3_step(statement);
     isRunning = false;

@@ -64,24 +64,24 @@ void Forward(ForwardingFileSystem& system) {
 
 } // namespace
 
-bool SQLiteWait::Sleep(std::chrono::microseconds longest) {
+bool SQLiteWait::Sleep(std::chrono::microseconds max) {
     const auto now = WaitClock::now();
     if (!hasBegun) {
         hasBegun = true;
         end = now + limit;
     }
     if (now >= end || isCancelled) return false;
-    std::this_thread::sleep_for(std::min(longest, std::chrono::ceil<std::chrono::microseconds>(end - now)));
+    std::this_thread::sleep_for(std::min(max, std::chrono::ceil<std::chrono::microseconds>(end - now)));
     return true;
 }
 
-SQLiteWaiting::SQLiteWaiting(SQLiteWait& wait) : outer(waitOfThread) {
+SQLiteWaitScope::SQLiteWaitScope(SQLiteWait& wait) : outer(waitOfThread) {
     wait.hasBegun = false;
     wait.isCancelled = false;
     waitOfThread = &wait;
 }
 
-SQLiteWaiting::~SQLiteWaiting() { waitOfThread = outer; }
+SQLiteWaitScope::~SQLiteWaitScope() { waitOfThread = outer; }
 
 int SQLiteIsBusy(void* wait, int count) {
     return static_cast<SQLiteWait*>(wait)->Sleep(std::chrono::milliseconds(std::clamp(count, 1, 50))) ? 1 : 0;

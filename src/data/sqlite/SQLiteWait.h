@@ -16,13 +16,13 @@ public:
     SQLiteWait(const SQLiteWait&) = delete;
     SQLiteWait& operator=(const SQLiteWait&) = delete;
 
-    // Sleeps a little, at most `longest`; false when the wait is over or was cancelled.
-    bool Sleep(std::chrono::microseconds longest);
-    void SetLimit(std::chrono::milliseconds longest) { limit = longest; }
+    // Sleeps a little, at most `max`; false when the wait is over or was cancelled.
+    bool Sleep(std::chrono::microseconds max);
+    void SetLimit(std::chrono::milliseconds newLimit) { limit = newLimit; }
     void Cancel() noexcept { isCancelled = true; }
 
 private:
-    friend class SQLiteWaiting;
+    friend class SQLiteWaitScope;
     std::chrono::milliseconds limit;
     WaitClock::time_point end{};
     bool hasBegun = false;
@@ -30,12 +30,12 @@ private:
 };
 
 // While one exists, what this thread waits for inside SQLite counts as one wait.
-class SQLiteWaiting {
+class SQLiteWaitScope {
 public:
-    explicit SQLiteWaiting(SQLiteWait& wait);
-    ~SQLiteWaiting();
-    SQLiteWaiting(const SQLiteWaiting&) = delete;
-    SQLiteWaiting& operator=(const SQLiteWaiting&) = delete;
+    explicit SQLiteWaitScope(SQLiteWait& wait);
+    ~SQLiteWaitScope();
+    SQLiteWaitScope(const SQLiteWaitScope&) = delete;
+    SQLiteWaitScope& operator=(const SQLiteWaitScope&) = delete;
 
 private:
     SQLiteWait* outer;

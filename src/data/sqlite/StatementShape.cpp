@@ -107,9 +107,9 @@ int StatementShape::Bind(sqlite3_stmt* compiled) {
     int result = SQLITE_OK;
     for (size_t i = 0; i < literals.size() && result == SQLITE_OK; ++i) {
         const Literal& literal = literals[i];
-        const int place = static_cast<int>(i) + 1;
+        const int position = static_cast<int>(i) + 1;
         if (!literal.isText) {
-            result = sqlite3_bind_int64(compiled, place, literal.number);
+            result = sqlite3_bind_int64(compiled, position, literal.number);
             continue;
         }
         TextView text = literal.quoted;
@@ -122,7 +122,7 @@ int StatementShape::Bind(sqlite3_stmt* compiled) {
             text = single;
         }
         ToUtf8(text, texts[i]);
-        result = sqlite3_bind_text64(compiled, place, texts[i].data(), texts[i].size(), SQLITE_STATIC, SQLITE_UTF8);
+        result = sqlite3_bind_text64(compiled, position, texts[i].data(), texts[i].size(), SQLITE_STATIC, SQLITE_UTF8);
     }
     return result;
 }
