@@ -50,8 +50,8 @@ ExitCode Copy(const Arguments& arguments) {
     try {
         std::error_code failure;
         if (to.isFile && !std::filesystem::exists(std::filesystem::path(to.connection), failure)) file.emplace(to);
-        copy.emplace(DatabaseCopy::Place{from.connection, from.shown},
-                     DatabaseCopy::Place{file ? file->Path() : to.connection, to.shown});
+        copy.emplace(DatabaseCopy::Endpoint{from.connection, from.shown},
+                     DatabaseCopy::Endpoint{file ? file->Path() : to.connection, to.shown});
         if (!copy->TableWithRows().empty() && !arguments.Has(ForceOption.name))
             throw Refusal(u"'" + to.shown + u"' has rows in " + copy->TableWithRows() +
                           u" already. Give an empty database, or replace all rows with --force.");

@@ -70,7 +70,7 @@ constexpr Ligature ligatures[] = {
 
 Text LowerLetters(TextView text) {
     Text lower(text);
-    for (size_t i = 0; i < lower.size();) i += WriteCharacter(Lower(CharacterAt(lower, i)), lower.data() + i);
+    for (size_t i = 0; i < lower.size();) i += WriteCodePoint(Lower(CodePointAt(lower, i)), lower.data() + i);
     return lower;
 }
 

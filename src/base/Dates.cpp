@@ -75,12 +75,12 @@ Text FormatDate(const DateTime& date) {
 }
 
 void AppendPadded(Text& text, int number, size_t width) {
-    constexpr size_t most = 10; // digits of an int
-    char16_t digits[most];
-    size_t first = most;
-    for (int rest = number; rest > 0 || most - first < width; rest /= 10)
+    constexpr size_t maxDigits = 10; // digits of an int
+    char16_t digits[maxDigits];
+    size_t first = maxDigits;
+    for (int rest = number; rest > 0 || maxDigits - first < width; rest /= 10)
         digits[--first] = static_cast<char16_t>(u'0' + rest % 10);
-    text.append(digits + first, most - first);
+    text.append(digits + first, maxDigits - first);
 }
 
 } // namespace dax

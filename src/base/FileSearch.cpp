@@ -44,19 +44,20 @@ bool IsListed(TextView name, TextView pattern) {
 
 } // namespace
 
-bool FindEntry(const Text& path, const std::function<bool(const FoundEntry&)>& takes) {
+bool FindEntry(const Text& path, const std::function<bool(const FoundEntry&)>& accepts) {
     const size_t slash = path.rfind(u'/');
     const TextView pattern = TextView(path).substr(slash == Text::npos ? 0 : slash + 1);
     if (pattern.find_first_of(u"*?") == TextView::npos) {
         const auto status = std::filesystem::status(std::filesystem::path(path));
-        return std::filesystem::exists(status) && takes(Describe(status));
+        return std::filesystem::exists(status) && accepts(Describe(status));
     }
     std::vector<std::filesystem::directory_entry> found;
     const Text folder = slash == Text::npos ? Text(u".") : path.substr(0, slash + 1);
     for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(folder)))
         if (IsListed(FromUtf8(entry.path().filename().string()), pattern)) found.push_back(entry);
     std::sort(found.begin(), found.end());
-    return std::any_of(found.begin(), found.end(), [&](const auto& entry) { return takes(Describe(entry.status())); });
+    return std::any_of(found.begin(), found.end(),
+                       [&](const auto& entry) { return accepts(Describe(entry.status())); });
 }
 
 } // namespace dax

@@ -55,7 +55,7 @@ Text Unpack(const char*& from, size_t units, bool isWide) {
     return text;
 }
 
-bool IsPacked(TextView text, const char* from, bool isWide) {
+bool EqualsPacked(TextView text, const char* from, bool isWide) {
     if (isWide) return text.empty() || std::memcmp(text.data(), from, text.size() * sizeof(char16_t)) == 0;
     for (; text.size() >= blockUnits; text.remove_prefix(blockUnits), from += blockUnits) {
         char16_t units[blockUnits];

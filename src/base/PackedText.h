@@ -11,7 +11,7 @@ inline size_t BytesOf(size_t units, bool isWide) { return units * (isWide ? size
 // Both yield where the text ends: Pack returns it, Unpack moves `from` there.
 char* Pack(TextView text, bool isWide, char* to);
 Text Unpack(const char*& from, size_t units, bool isWide);
-// Whether as many units as the text has are the same.
-bool IsPacked(TextView text, const char* from, bool isWide);
+// Whether the packed text begins with these units.
+bool EqualsPacked(TextView text, const char* from, bool isWide);
 
 } // namespace dax::PackedText

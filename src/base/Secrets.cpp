@@ -25,7 +25,7 @@ bool EndsInSecretWord(TextView text) {
     return false;
 }
 
-// A value in quotes or braces, from its opening mark. A doubled closing mark is a literal one; a mark that is
+// A value in quotes or braces, from the opening one. A doubled closing one is part of the value; one that is
 // doubled from the start is one within another quotation, and ends likewise. Without an end the value extends to the
 // last unit.
 Password Quoted(TextView text, size_t begin) {
@@ -56,7 +56,7 @@ Password ValueAt(TextView text, size_t at) {
     const char16_t first = at < text.size() ? text[at] : u';';
     if (first == u'"' || first == u'\'' || first == u'{') {
         Password found = Quoted(text, at);
-        // What follows a closing mark directly cannot be distinguished from the value and is masked, too.
+        // What follows a closing quote or brace directly cannot be distinguished from the value and is masked, too.
         const TextView rest = text.substr(found.end);
         found.end += static_cast<size_t>(std::ranges::find_if_not(rest, TextReader::IsWordUnit) - rest.begin());
         return found;

@@ -106,7 +106,7 @@ void AppendUtf8(Text& text, std::string_view utf8) {
         }
         // What was taken of a broken sequence is one replacement; the byte that broke it starts again.
         const bool isBroken = lead.following == 0 || taken < lead.following;
-        size += WriteCharacter(isBroken ? char32_t{Replacement} : point, text.data() + size);
+        size += WriteCodePoint(isBroken ? char32_t{Replacement} : point, text.data() + size);
     }
     text.resize(size);
 }
@@ -128,39 +128,39 @@ void ToUtf8(TextView text, std::string& utf8) {
             size += copied;
             continue;
         }
-        const char32_t point = CharacterAt(text, i);
+        const char32_t point = CodePointAt(text, i);
         i += point < 0x10000 ? 1 : 2;
         size += WriteUtf8(IsSurrogate(point) ? char32_t{Replacement} : point, utf8.data() + size);
     }
     utf8.resize(size);
 }
 
-char32_t CharacterAt(TextView text, size_t at) {
+char32_t CodePointAt(TextView text, size_t at) {
     const char32_t high = text[at];
     if ((high & 0xFC00) != 0xD800 || at + 1 == text.size()) return high;
     const char32_t low = text[at + 1];
     return (low & 0xFC00) == 0xDC00 ? 0x10000 + ((high & 0x3FF) << 10) + (low & 0x3FF) : high;
 }
 
-size_t WriteCharacter(char32_t character, char16_t* to) {
-    if (character < 0x10000) {
-        to[0] = static_cast<char16_t>(character);
+size_t WriteCodePoint(char32_t codePoint, char16_t* to) {
+    if (codePoint < 0x10000) {
+        to[0] = static_cast<char16_t>(codePoint);
         return 1;
     }
-    to[0] = static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10));
-    to[1] = static_cast<char16_t>(0xDC00 + (character & 0x3FF));
+    to[0] = static_cast<char16_t>(0xD800 + ((codePoint - 0x10000) >> 10));
+    to[1] = static_cast<char16_t>(0xDC00 + (codePoint & 0x3FF));
     return 2;
 }
 
-Text MadeWellFormed(TextView text) {
+Text ReplaceLoneSurrogates(TextView text) {
     Text result(text);
     for (size_t i = 0; i < result.size();) {
         if (!IsSurrogate(result[i])) {
             ++i;
             continue;
         }
-        const char32_t character = CharacterAt(result, i);
-        i += WriteCharacter(IsSurrogate(character) ? char32_t{Replacement} : character, result.data() + i);
+        const char32_t character = CodePointAt(result, i);
+        i += WriteCodePoint(IsSurrogate(character) ? char32_t{Replacement} : character, result.data() + i);
     }
     return result;
 }
@@ -180,7 +180,7 @@ void AppendNumber(Text& text, long long number) {
 
 TextView Shorten(TextView text, size_t length) {
     if (text.size() <= length) return text;
-    const bool cutsPair = length > 0 && CharacterAt(text, length - 1) >= 0x10000;
+    const bool cutsPair = length > 0 && CodePointAt(text, length - 1) >= 0x10000;
     return text.substr(0, cutsPair ? length - 1 : length);
 }
 

@@ -15,14 +15,14 @@ void AppendUtf8(Text& text, std::string_view utf8); // appends
 std::string ToUtf8(TextView text);
 void ToUtf8(TextView text, std::string& utf8); // the same
 
-// The same text with U+FFFD for every surrogate that has lost its other half.
-Text MadeWellFormed(TextView text);
+// The same text with U+FFFD for every lone surrogate.
+Text ReplaceLoneSurrogates(TextView text);
 
 inline bool IsSurrogate(char32_t unit) { return unit >= 0xD800 && unit < 0xE000; }
-// The code point at that place: both halves of a surrogate pair, otherwise the unit itself.
-char32_t CharacterAt(TextView text, size_t at);
+// The code point at that index: both halves of a surrogate pair, otherwise the unit itself.
+char32_t CodePointAt(TextView text, size_t at);
 // Writes it where there is room for two units; returns how many units that took.
-size_t WriteCharacter(char32_t character, char16_t* to);
+size_t WriteCodePoint(char32_t codePoint, char16_t* to);
 
 Text ToText(long long number);
 void AppendNumber(Text& text, long long number);

@@ -43,9 +43,9 @@ public:
         return text.substr(first, place - first);
     }
     // At most nine digits fit the number.
-    bool Number(int& number, size_t fewest, size_t most) {
+    bool Number(int& number, size_t minDigits, size_t maxDigits) {
         const TextView digits = Digits();
-        if (digits.size() < fewest || digits.size() > most) return false;
+        if (digits.size() < minDigits || digits.size() > maxDigits) return false;
         number = 0;
         for (const char16_t digit : digits) number = number * 10 + (digit - u'0');
         return true;

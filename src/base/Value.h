@@ -8,7 +8,7 @@
 
 namespace dax {
 
-// A moment of local time as the databases keep it. `fraction` counts billionths of a second.
+// A moment of local time as the databases keep it. `fraction` counts nanoseconds.
 struct DateTime {
     int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
     uint32_t fraction = 0;

@@ -77,7 +77,7 @@ Text FromWide(const std::wstring& wide) {
     Text text;
     for (const wchar_t unit : wide) { // a character, or where it is too narrow half a one
         char16_t units[2];
-        text.append(units, WriteCharacter(static_cast<char32_t>(unit), units));
+        text.append(units, WriteCodePoint(static_cast<char32_t>(unit), units));
     }
     return text;
 }
@@ -89,9 +89,9 @@ Text PlainDateTime(const DateTime& date, bool withTime) {
 }
 
 // A locale by its name, which the system may lack. Finding one reads files: it is kept where many dates are written.
-class Place {
+class DateLocale {
 public:
-    explicit Place(const char* name);
+    explicit DateLocale(const char* name);
     Text FormatDate(const DateTime& date, bool withTime) const {
         if (!isPlain) {
             if (auto text = Format(date, withTime ? L"%x %X" : L"%x")) return *text;
@@ -100,11 +100,11 @@ public:
     }
 
 #ifdef _WIN32
-    ~Place() {
+    ~DateLocale() {
         if (locale) _free_locale(locale);
     }
-    Place(const Place&) = delete;
-    Place& operator=(const Place&) = delete;
+    DateLocale(const DateLocale&) = delete;
+    DateLocale& operator=(const DateLocale&) = delete;
 #endif
 
 private:
@@ -121,11 +121,11 @@ private:
 
 #ifdef _WIN32
 
-Place::Place(const char* name) : locale(_create_locale(LC_TIME, name)) {
+DateLocale::DateLocale(const char* name) : locale(_create_locale(LC_TIME, name)) {
     isPlain = !locale || std::strcmp(name, "C") == 0;
 }
 
-std::optional<Text> Place::Format(const DateTime& date, const wchar_t* pattern) const {
+std::optional<Text> DateLocale::Format(const DateTime& date, const wchar_t* pattern) const {
     const std::tm calendar = ToCalendar(date);
     wchar_t buffer[256];
     const size_t length = _wcsftime_l(buffer, std::size(buffer), pattern, &calendar, locale);
@@ -135,7 +135,7 @@ std::optional<Text> Place::Format(const DateTime& date, const wchar_t* pattern) 
 
 #else
 
-Place::Place(const char* name) {
+DateLocale::DateLocale(const char* name) {
     try {
         locale = std::locale(name);
         const std::string full = locale.name();
@@ -146,7 +146,7 @@ Place::Place(const char* name) {
     }
 }
 
-std::optional<Text> Place::Format(const DateTime& date, const wchar_t* pattern) const {
+std::optional<Text> DateLocale::Format(const DateTime& date, const wchar_t* pattern) const {
     const std::tm calendar = ToCalendar(date);
     std::wostringstream out;
     out.imbue(locale);
@@ -158,9 +158,9 @@ std::optional<Text> Place::Format(const DateTime& date, const wchar_t* pattern) 
 #endif
 
 Text FormatDate(const DateTime& date, const char* localeName, bool withTime) {
-    if (*localeName != '\0') return Place(localeName).FormatDate(date, withTime);
-    static const Place users("");
-    return users.FormatDate(date, withTime);
+    if (*localeName != '\0') return DateLocale(localeName).FormatDate(date, withTime);
+    static const DateLocale userLocale("");
+    return userLocale.FormatDate(date, withTime);
 }
 
 } // namespace

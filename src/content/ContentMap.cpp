@@ -62,14 +62,14 @@ void ContentMap::ReadLayout(const MapTree& nodes, NodeRef mapRoot) {
 
 void ContentMap::SetLayout(std::vector<LayoutEntry> entries) {
     std::unordered_set<TextView> seen;
-    int32_t deepest = 1;
+    int32_t maxDepth = 1;
     for (const LayoutEntry& entry : entries) {
         if (entry.sbid.empty()) Refuse(u"A storyboard of the map has no SBID.");
-        if (entry.depth < 1 || entry.depth > deepest) {
+        if (entry.depth < 1 || entry.depth > maxDepth) {
             Refuse(u"The storyboard '" + entry.sbid + u"' has no parent at depth " + ToText(entry.depth) + u".");
         }
         if (!seen.insert(entry.sbid).second) Refuse(u"The storyboard '" + entry.sbid + u"' occurs twice in the map.");
-        deepest = entry.depth + 1;
+        maxDepth = entry.depth + 1;
     }
     layout = std::make_shared<const std::vector<LayoutEntry>>(std::move(entries));
 }

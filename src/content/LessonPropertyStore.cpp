@@ -62,21 +62,21 @@ LessonPropertyStore::Peek(TextView lessonID, const std::shared_ptr<PropertyColle
 }
 
 const LessonPropertyStore::Entry* LessonPropertyStore::Find(TextView lessonID) const {
-    if (places.size() < entries.size()) {
-        places.clear();
-        places.reserve(entries.size());
+    if (slots.size() < entries.size()) {
+        slots.clear();
+        slots.reserve(entries.size());
         for (uint32_t index = 0; index < entries.size(); ++index) {
             const char* from = entries[index].bytes;
             const Text id = PackedText::Unpack(from, entries[index].idLength, entries[index].isWide);
-            places.push_back({HashOf(id), index});
+            slots.push_back({HashOf(id), index});
         }
-        std::ranges::sort(places, {}, &Place::hash);
+        std::ranges::sort(slots, {}, &Slot::hash);
     }
     const uint32_t hash = HashOf(lessonID);
-    auto place = std::ranges::lower_bound(places, hash, {}, &Place::hash);
-    for (; place != places.end() && place->hash == hash; ++place) {
-        const Entry& entry = entries[place->entry];
-        if (entry.idLength == lessonID.size() && PackedText::IsPacked(lessonID, entry.bytes, entry.isWide))
+    auto slot = std::ranges::lower_bound(slots, hash, {}, &Slot::hash);
+    for (; slot != slots.end() && slot->hash == hash; ++slot) {
+        const Entry& entry = entries[slot->entry];
+        if (entry.idLength == lessonID.size() && PackedText::EqualsPacked(lessonID, entry.bytes, entry.isWide))
             return &entry;
     }
     return nullptr;

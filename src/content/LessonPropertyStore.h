@@ -34,7 +34,7 @@ private:
         int32_t lessonType;
         bool isWide;
     };
-    struct Place {
+    struct Slot {
         uint32_t hash, entry;
     };
 
@@ -46,8 +46,8 @@ private:
     std::vector<std::unique_ptr<char[]>> blocks;
     char* free = nullptr;
     size_t freeBytes = 0;
-    std::deque<Entry> entries;         // grows without copying or spare room
-    mutable std::vector<Place> places; // of the entries by the hashes of their IDs; incomplete until the first lookup
+    std::deque<Entry> entries;       // grows without copying and without unused capacity
+    mutable std::vector<Slot> slots; // of the entries by the hashes of their IDs; incomplete until the first lookup
     std::unordered_map<const Entry*, std::shared_ptr<PropertyCollection>> made;
 };
 

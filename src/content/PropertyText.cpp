@@ -11,7 +11,7 @@ namespace dax::PropertyText {
 
 namespace {
 
-constexpr size_t longestNumber = 40;
+constexpr size_t maxNumberLength = 40;
 
 void WriteEscaped(Text& text, TextView raw, char16_t delimiter) {
     for (const char16_t unit : raw) {
@@ -94,7 +94,7 @@ void WriteDouble(Text& text, double number) {
         text += u"null";
         return;
     }
-    std::array<char, longestNumber> digits;
+    std::array<char, maxNumberLength> digits;
     const std::string_view written(digits.data(), std::to_chars(digits.begin(), digits.end(), number).ptr);
     text.append(written.begin(), written.end());
     // A whole one keeps a point, so that it comes back as it was.

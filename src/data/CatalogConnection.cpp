@@ -37,7 +37,7 @@ Text CatalogConnection(const Text& connector, const Text& catalog, const Text& l
         return keywords.Write();
     }
     const bool isProvider = !provider.empty() && !provider.starts_with(u"msdasql");
-    if (!isProvider) keywords = Flattened(keywords);
+    if (!isProvider) keywords = WithExtendedProperties(keywords);
     const Engine engine = EngineFromName(keywords.Last({u"Driver"}));
     if (engine == Engine::SQLite) {
         keywords.Set(u"Database", Beside(keywords.Last({u"Database"}), catalog));

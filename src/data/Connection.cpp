@@ -65,16 +65,16 @@ void Connection::ExecuteAll(std::span<const Text> statements, const std::functio
     };
     for (const Text& statement : statements) {
         Text adapted;
-        const bool joins = dialect.statementsPerCall > 1 && statement.size() < longestBatch &&
+        const bool joins = dialect.statementsPerCall > 1 && statement.size() < maxBatch &&
                            IsSingleStatement(adapted = AdaptStatement(statement, dialect)) &&
-                           !TakeLongLiterals(adapted, dialect.longestLiteral);
+                           !ParametrizeLongLiterals(adapted, dialect.maxLiteral);
         if (!joins) {
             flush();
             many.Execute(statement);
             report(1);
             continue;
         }
-        if (batch.size() == dialect.statementsPerCall || units + adapted.size() > longestBatch) flush();
+        if (batch.size() == dialect.statementsPerCall || units + adapted.size() > maxBatch) flush();
         units += adapted.size();
         batch.push_back(std::move(adapted));
     }

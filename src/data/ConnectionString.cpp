@@ -19,16 +19,16 @@ constexpr TextView newestServerDriver = u"ODBC Driver 18 for SQL Server";
 constexpr TextView accessDriverOf32Bit = u"Microsoft Access Driver (*.mdb)";
 
 // The first driver of the list that is installed; the first of all when none is, so that the error names it.
-TextView ChooseDriver(const Machine& machine, std::initializer_list<TextView> names) {
-    const std::vector<Text> drivers = machine.drivers();
+TextView ChooseDriver(const OdbcConfiguration& odbc, std::initializer_list<TextView> names) {
+    const std::vector<Text> drivers = odbc.drivers();
     for (const TextView name : names)
         for (const Text& driver : drivers)
             if (EqualNoCase(driver, name)) return name;
     return *names.begin();
 }
 
-bool HasDriver(const Machine& machine, Engine engine) {
-    const std::vector<Text> drivers = machine.drivers();
+bool HasDriver(const OdbcConfiguration& odbc, Engine engine) {
+    const std::vector<Text> drivers = odbc.drivers();
     return std::ranges::any_of(drivers, [&](const Text& driver) { return EngineFromName(driver) == engine; });
 }
 
@@ -94,10 +94,10 @@ std::string OneOf(const Text& value, std::initializer_list<const char*> words) {
 
 // Of the driver's options, those that apply without it. Files are never created, whatever NoCreat says,
 // transactions are never left out, and what could damage a file when a program is killed is ignored.
-ConnectionTarget SQLiteTarget(const ConnectionKeywords& host, const Text& dataSource, const Machine& machine) {
+ConnectionTarget SQLiteTarget(const ConnectionKeywords& host, const Text& dataSource, const OdbcConfiguration& odbc) {
     const auto setting = [&](TextView keyword) {
         const Text* const own = host.Find(keyword);
-        return own ? *own : dataSource.empty() ? Text() : machine.settingOfDataSource(dataSource, keyword);
+        return own ? *own : dataSource.empty() ? Text() : odbc.settingOfDataSource(dataSource, keyword);
     };
     const Text path = setting(u"Database");
     if (path.empty())
@@ -113,17 +113,17 @@ ConnectionTarget SQLiteTarget(const ConnectionKeywords& host, const Text& dataSo
     return target;
 }
 
-ConnectionTarget AccessTarget(const Text& path, const ConnectionKeywords& host, const Machine& machine) {
+ConnectionTarget AccessTarget(const Text& path, const ConnectionKeywords& host, const OdbcConfiguration& odbc) {
     if (path.empty()) throw Error(u"The connection string names no database file: it has no \"Data Source\".");
     RefuseUrl(path);
     const FileKind kind = KindOfFile(path);
-    const bool hasDriver = HasDriver(machine, Engine::Access);
+    const bool hasDriver = HasDriver(odbc, Engine::Access);
     if (kind == FileKind::SQLite || (!hasDriver && kind != FileKind::Access)) return SQLiteTarget(path);
     if (!hasDriver && ManagerIsUnix())
         throw Error(u"'" + path + u"' is a Microsoft Access file, and no driver for it is installed. " +
                     Text(DialectOf(Engine::Access).howToGetDriver));
     ConnectionKeywords keywords;
-    const TextView driver = ChooseDriver(machine, {accessDriver, accessDriverOf32Bit});
+    const TextView driver = ChooseDriver(odbc, {accessDriver, accessDriverOf32Bit});
     keywords.Set(u"Driver", driver);
     keywords.Set(u"DBQ", path);
     const auto pass = [&](TextView keyword, const Text& value) {
@@ -162,9 +162,8 @@ Text Encryption(const ConnectionKeywords& host, TextView provider, TextView driv
     return IsTrue(encrypt) || (encrypt.empty() && generation >= 19) ? u"yes" : u"no";
 }
 
-ConnectionTarget SQLServerTarget(const ConnectionKeywords& host, TextView provider, const Machine& machine) {
-    const TextView driver =
-        ChooseDriver(machine, {newestServerDriver, u"ODBC Driver 17 for SQL Server", u"SQL Server"});
+ConnectionTarget SQLServerTarget(const ConnectionKeywords& host, TextView provider, const OdbcConfiguration& odbc) {
+    const TextView driver = ChooseDriver(odbc, {newestServerDriver, u"ODBC Driver 17 for SQL Server", u"SQL Server"});
     ConnectionKeywords keywords;
     keywords.Set(u"Driver", driver);
     const auto pass = [&](TextView keyword, std::initializer_list<TextView> names) {
@@ -239,7 +238,7 @@ ConnectionKeywords WithFileDataSource(const ConnectionKeywords& host) {
 
 // Strings that are ODBC's own already, with what a file data source adds: the engine's options are forced, the
 // provider's words taken out.
-ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine, Engine known, int timeout,
+ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const OdbcConfiguration& odbc, Engine known, int timeout,
                             int commandTimeout) {
     const auto gather = [&](std::initializer_list<TextView> words, TextView to) {
         const Text value = keywords.Last(words);
@@ -262,13 +261,13 @@ ConnectionTarget OdbcTarget(ConnectionKeywords keywords, const Machine& machine,
         throw Error(
             u"The connection string contains neither a Provider nor a Driver nor a data source (DSN). Use for example "
             u"\"Driver={PostgreSQL Unicode};Server=…;Database=…;UID=…;PWD=…\", or just the path of a SQLite file.");
-    target.engine = EngineFromName(dataSource.empty() ? target.driver : machine.driverOfDataSource(dataSource));
+    target.engine = EngineFromName(dataSource.empty() ? target.driver : odbc.driverOfDataSource(dataSource));
     if (target.engine == Engine::Other) target.engine = known;
-    if (target.engine == Engine::SQLite) return SQLiteTarget(keywords, dataSource, machine);
+    if (target.engine == Engine::SQLite) return SQLiteTarget(keywords, dataSource, odbc);
     const Dialect& dialect = DialectOf(target.engine);
     for (const DriverOption& option : dialect.driverOptions) { // those that are kept but for some bits
         if (dataSource.empty() || !option.value.empty() || keywords.Find(option.keyword)) continue;
-        keywords.Set(option.keyword, machine.settingOfDataSource(dataSource, option.keyword));
+        keywords.Set(option.keyword, odbc.settingOfDataSource(dataSource, option.keyword));
     }
     // Its driver ignores ODBC's attribute for it. It ends what we no longer wait for.
     if (target.engine == Engine::MariaDB) {
@@ -305,14 +304,14 @@ ConnectionKeywords::ConnectionKeywords(TextView text) {
                 value.append(text.substr(at, end - at));
                 at = end + 1;
                 if (text.substr(at, 1) != close) break;
-                value += close; // a doubled mark is a literal one
+                value += close; // a doubled one is part of the value
             }
             at = std::min(text.find_first_not_of(blanks, at), text.size());
             if (at < text.size() && text[at] != u';')
                 throw Error(
                     u"The value of \"" + keyword +
                     u"\" in the connection string continues after its closing quote or brace. Put the whole value "
-                    u"between the marks, and double each mark inside it.");
+                    u"between quotes or braces, and double each closing one inside it.");
         } else {
             const size_t end = std::min(text.find(u';', at), text.size());
             value = Trimmed(text.substr(at, end - at));
@@ -367,7 +366,7 @@ Text ConnectionKeywords::Write() const {
     return text;
 }
 
-ConnectionKeywords Flattened(const ConnectionKeywords& keywords) {
+ConnectionKeywords WithExtendedProperties(const ConnectionKeywords& keywords) {
     const Text* const inner = keywords.Find(u"Extended Properties");
     if (!inner) return keywords;
     ConnectionKeywords all(*inner);
@@ -381,7 +380,7 @@ bool LooksLikeUrl(TextView text) {
     return slash != TextView::npos && slash > 2 && text.substr(slash - 1, 3) == u"://"; // one letter is a drive
 }
 
-ConnectionTarget TranslateConnectionString(const Text& connectionString, const Machine& machine, Engine known) {
+ConnectionTarget TranslateConnectionString(const Text& connectionString, const OdbcConfiguration& odbc, Engine known) {
     Text text(Trimmed(connectionString));
     if (text.empty()) throw Error(u"The connection string is empty.");
     RefuseUrl(text);
@@ -389,7 +388,7 @@ ConnectionTarget TranslateConnectionString(const Text& connectionString, const M
     const auto isFile = [](const Text& path) { return KindOfFile(path) != FileKind::Missing; };
     if (text.size() < connectionString.size() && isFile(connectionString)) text = connectionString;
     if (IsBarePath(text) || isFile(text))
-        return KindOfFile(PathHere(text)) == FileKind::Access ? AccessTarget(text, {}, machine) : SQLiteTarget(text);
+        return KindOfFile(PathHere(text)) == FileKind::Access ? AccessTarget(text, {}, odbc) : SQLiteTarget(text);
     const ConnectionKeywords keywords(text);
     const Text provider = keywords.Last({u"Provider"});
     const Text lower = LowerAscii(provider);
@@ -398,18 +397,19 @@ ConnectionTarget TranslateConnectionString(const Text& connectionString, const M
                            [&](TextView prefix) { return lower.starts_with(prefix); });
     };
     const bool isOdbc = provider.empty() || serves({u"msdasql"});
-    const ConnectionKeywords all = isOdbc ? WithFileDataSource(Flattened(keywords)) : Flattened(keywords);
+    const ConnectionKeywords all =
+        isOdbc ? WithFileDataSource(WithExtendedProperties(keywords)) : WithExtendedProperties(keywords);
     ConnectionTarget target;
     if (const int timeout = ToNumber(all.Last({u"Connect Timeout", u"Connection Timeout"}), 0); timeout > 0)
         target.timeout = timeout;
     target.commandTimeout = ToNumber(all.Last({u"Command Timeout"}), target.commandTimeout);
     const int timeout = target.timeout, commandTimeout = target.commandTimeout;
     if (serves({u"microsoft.jet.oledb", u"microsoft.ace.oledb"}))
-        target = AccessTarget(keywords.Last({u"Data Source", u"DBQ"}), keywords, machine);
+        target = AccessTarget(keywords.Last({u"Data Source", u"DBQ"}), keywords, odbc);
     else if (serves({u"sqloledb", u"sqlncli", u"msoledbsql"}))
-        target = SQLServerTarget(keywords, lower, machine);
+        target = SQLServerTarget(keywords, lower, odbc);
     else if (isOdbc)
-        target = OdbcTarget(all, machine, known, timeout, commandTimeout);
+        target = OdbcTarget(all, odbc, known, timeout, commandTimeout);
     else
         throw Error(u"The provider \"" + provider +
                     u"\" cannot be used here. Name an ODBC driver instead (\"Driver={…};Server=…;Database=…\"), a data "

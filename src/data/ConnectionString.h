@@ -12,8 +12,8 @@ namespace dax {
 class ConnectionKeywords {
 public:
     ConnectionKeywords() = default;
-    // `keyword=value;…`, a value plain or in '…', "…" or {…}, where a doubled closing mark is a literal one.
-    // Throws Error when a quote does not end, or more than blanks follows it.
+    // `keyword=value;…`, a value plain or in '…', "…" or {…}, where a doubled closing quote or brace is part of the
+    // value. Throws Error when a quote does not end, or more than blanks follows it.
     explicit ConnectionKeywords(TextView connectionString);
 
     const Text* Find(TextView keyword) const;
@@ -43,7 +43,7 @@ struct FileSettings {
 };
 
 // With the Extended Properties of the provider for ODBC merged in; the string itself has precedence.
-ConnectionKeywords Flattened(const ConnectionKeywords& keywords);
+ConnectionKeywords WithExtendedProperties(const ConnectionKeywords& keywords);
 
 // True for `scheme://…`, which no connection string is and which may hold a password.
 bool LooksLikeUrl(TextView text);
@@ -59,8 +59,8 @@ struct ConnectionTarget {
     FileSettings file{};
 };
 
-// What the machine has: the names of its ODBC drivers, the driver and the settings of a data source.
-struct Machine {
+// What is installed and set up for ODBC: the names of the drivers, the driver and the settings of a data source.
+struct OdbcConfiguration {
     std::function<std::vector<Text>()> drivers;
     std::function<Text(TextView dataSource)> driverOfDataSource;
     std::function<Text(TextView dataSource, TextView keyword)> settingOfDataSource;
@@ -70,7 +70,7 @@ struct Machine {
 // Jet or ACE string names an Access file, or a SQLite file in its place. Throws Error for an empty string, for a
 // provider for which there is no replacement, and for a file that needs a missing driver. `known` is the engine of
 // a driver with an unknown name.
-ConnectionTarget TranslateConnectionString(const Text& connectionString, const Machine& machine,
+ConnectionTarget TranslateConnectionString(const Text& connectionString, const OdbcConfiguration& odbc,
                                            Engine known = Engine::Other);
 
 } // namespace dax

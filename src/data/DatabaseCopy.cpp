@@ -17,10 +17,11 @@ namespace dax {
 struct CopyRules {
     Engine engine;
     TextView beginReading[2]; // before the transaction that reads: all tables as at one moment, and no writing
-    bool tablesAreTransacted; // making a table belongs to the transaction
-    bool keepsZeros;          // a text may have the character of the number zero
+    bool tablesAreTransacted; // creating a table belongs to the transaction
+    bool acceptsNul;          // a text may contain a NUL character
     TextView lastGenerated;   // the last number of velmoraAutonumbers; NULL or an error where it is unknown
-    TextView generateAbove;   // makes it draw above the number that is put in the place of "?"; empty where a row does
+    TextView
+        generateAbove; // makes it generate above the number that is put in the place of "?"; empty where a row does
     TextView beforeRows = {}, afterRows = {}; // let numbers be given to it
     TextView stableOrder = {};                // a table that is read twice comes in the same order
     bool isOrderedByKey = false;              // rows come in the order of their key, wherever they were put
@@ -140,7 +141,7 @@ void ReadColumns(Connection& connection, const Schema::Table& table, std::vector
         if (!IsAmong(column, NamesOf(table))) beyond.push_back(name + u"." + column);
 }
 
-void RequireNoZeros(std::span<const RowField> row, const Schema::Table& table) {
+void RequireNoNul(std::span<const RowField> row, const Schema::Table& table) {
     for (size_t i = 0; i < row.size(); ++i) {
         if (row[i].text.find(u'\0') == TextView::npos) continue;
         throw Error(ErrorNumbers::DataMismatch,
@@ -150,13 +151,13 @@ void RequireNoZeros(std::span<const RowField> row, const Schema::Table& table) {
     }
 }
 
-// Errors at a place begin with its name.
+// Errors at an endpoint begin with its name.
 template <typename Action>
-auto At(const DatabaseCopy::Place& place, TextView table, Action action) {
+auto At(const DatabaseCopy::Endpoint& endpoint, TextView table, Action action) {
     try {
         return action();
     } catch (const Error& error) {
-        Text name = u"'" + place.shown + u"': ";
+        Text name = u"'" + endpoint.shown + u"': ";
         if (error.Description().starts_with(name)) throw;
         if (!table.empty()) name.append(table).append(u": ");
         throw Error(error.Number(), name + error.Description());
@@ -189,7 +190,7 @@ auto At(const DatabaseCopy::Place& place, TextView table, Action action) {
 
 } // namespace
 
-DatabaseCopy::DatabaseCopy(Place fromPlace, Place toPlace) : from(std::move(fromPlace)), to(std::move(toPlace)) {
+DatabaseCopy::DatabaseCopy(Endpoint copyFrom, Endpoint copyTo) : from(std::move(copyFrom)), to(std::move(copyTo)) {
     if (AreSame(from.connectionString, to.connectionString))
         throw Error(ErrorNumbers::Automation, u"'" + to.shown + u"' is the source itself. Give another target.");
     At(from, {}, [&] { ReadSource(); });
@@ -261,7 +262,8 @@ void DatabaseCopy::ReadTarget() {
             if (!IsAmong(table.name, names)) continue;
             present.push_back(&table);
             const Text name(table.name);
-            if (taken.empty() && NumberOf(target, u"SELECT Count(*) FROM " + name).value_or(0) > 0) taken = name;
+            if (tableWithRows.empty() && NumberOf(target, u"SELECT Count(*) FROM " + name).value_or(0) > 0)
+                tableWithRows = name;
         }
     }
     for (const Text& name : names) {
@@ -270,8 +272,8 @@ void DatabaseCopy::ReadTarget() {
             unknownInTarget.push_back(name);
     }
     for (CopiedTable& copied : tables) {
-        copied.isMade = std::ranges::find(present, copied.table) == present.end();
-        isPublished = isPublished || (copied.isMade && !targetRules->tablesAreTransacted);
+        copied.isNew = std::ranges::find(present, copied.table) == present.end();
+        isPublished = isPublished || (copied.isNew && !targetRules->tablesAreTransacted);
     }
 }
 
@@ -287,7 +289,7 @@ void DatabaseCopy::Write(const std::function<void(size_t done)>& progress) {
         if (done < inAll) ++done; // a comparison in parts reads rows again
         if (++calls % 16 == 0) progress(done);
     };
-    At(to, {}, [&] { MakePlaces(); });
+    At(to, {}, [&] { CreateTargetTables(); });
     for (CopiedTable& copied : tables) WriteRows(copied, next);
     timeOfWriting = std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - began);
     for (const CopiedTable& copied : tables) Compare(copied, next);
@@ -296,15 +298,15 @@ void DatabaseCopy::Write(const std::function<void(size_t done)>& progress) {
     progress(done);
 }
 
-void DatabaseCopy::MakePlaces() {
+void DatabaseCopy::CreateTargetTables() {
     target.BeginTrans();
     if (isPublished) {
         for (const CopiedTable& copied : tables)
-            target.Execute(TablePublication::MakeTemporary({copied.table, copied.isMade}));
+            target.Execute(TablePublication::CreateTemporary({copied.table, copied.isNew}));
         return;
     }
     for (const CopiedTable& copied : tables) {
-        if (!copied.isMade) continue;
+        if (!copied.isNew) continue;
         for (const Text& statement : Schema::CreateStatements(*copied.table, target.Kind(), copied.table->name))
             target.Execute(statement);
     }
@@ -314,22 +316,22 @@ void DatabaseCopy::MakePlaces() {
 
 void DatabaseCopy::WriteRows(CopiedTable& copied, const std::function<void()>& next) {
     const Schema::Table& table = *copied.table;
-    const bool draws = CounterOf(table) != nullptr;
-    if (draws && !targetRules->beforeRows.empty()) target.Execute(Text(targetRules->beforeRows));
+    const bool hasCounter = CounterOf(table) != nullptr;
+    if (hasCounter && !targetRules->beforeRows.empty()) target.Execute(Text(targetRules->beforeRows));
     auto reader = At(from, table.name, [&] { return ReaderOfSource(copied); });
     const auto writer =
         At(to, table.name, [&] { return target.Opened().NewRows(NameInTarget(copied), ColumnsOf(table)); });
     int64_t rows = 0;
     while (At(from, table.name, [&] { return reader.Next(); })) {
         ++rows;
-        if (draws) highestNumber = std::max(highestNumber, reader.Row()[0].number);
-        if (!targetRules->keepsZeros) At(from, table.name, [&] { RequireNoZeros(reader.Row(), table); });
+        if (hasCounter) highestNumber = std::max(highestNumber, reader.Row()[0].number);
+        if (!targetRules->acceptsNul) At(from, table.name, [&] { RequireNoNul(reader.Row(), table); });
         At(to, table.name, [&] { writer->Put(reader.Row()); });
         next();
     }
     At(to, table.name, [&] {
         writer->Finish();
-        if (draws) AdvanceGenerator(copied);
+        if (hasCounter) AdvanceGenerator(copied);
     });
     if (rows != copied.rows) At(from, table.name, [&] { ThrowOtherRows(copied.rows, rows); });
 }
@@ -355,10 +357,10 @@ TableReader DatabaseCopy::ReaderOfSource(const CopiedTable& copied) {
 
 void DatabaseCopy::Compare(const CopiedTable& copied, const std::function<void()>& next) {
     const Schema::Table& table = *copied.table;
-    const auto rowsOf = [&](const Place& place, TableReader opened, std::function<void()> onRow) -> NextRow {
+    const auto rowsOf = [&](const Endpoint& endpoint, TableReader opened, std::function<void()> onRow) -> NextRow {
         auto reader = std::make_shared<TableReader>(std::move(opened));
-        return [&place, &table, reader = std::move(reader), onRow = std::move(onRow)] {
-            if (!At(place, table.name, [&] { return reader->Next(); })) return std::span<const RowField>();
+        return [&endpoint, &table, reader = std::move(reader), onRow = std::move(onRow)] {
+            if (!At(endpoint, table.name, [&] { return reader->Next(); })) return std::span<const RowField>();
             if (onRow) onRow();
             return reader->Row();
         };
@@ -376,7 +378,7 @@ void DatabaseCopy::Compare(const CopiedTable& copied, const std::function<void()
 std::vector<TablePublication::Part> DatabaseCopy::PartsToPublish() const {
     std::vector<TablePublication::Part> parts;
     for (const CopiedTable& copied : tables)
-        parts.push_back({copied.table, copied.isMade, copied.rows, true,
+        parts.push_back({copied.table, copied.isNew, copied.rows, true,
                          CounterOf(*copied.table) && lastGenerated > highestNumber ? lastGenerated : 0});
     for (const Schema::Table* table : present)
         if (!IsOfCopy(table->name, tables)) parts.push_back({table, false, 0, false});

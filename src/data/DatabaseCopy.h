@@ -15,22 +15,22 @@ class TableReader;
 
 struct CopiedTable {
     const Schema::Table* table;
-    bool isMade = false; // it is not there yet
-    int64_t rows = 0;    // of the source
+    bool isNew = false; // the target does not have it yet
+    int64_t rows = 0;   // of the source
 };
 
-// The rows go in one transaction, together with the tables where the engine can do that; where making a table ends a
-// transaction, TablePublication makes what is missing. So until Finish other connections see nothing of the copy, and
+// The rows go in one transaction, together with the tables where the engine can do that; where creating a table ends a
+// transaction, TablePublication creates what is missing. So until Finish other connections see nothing of the copy, and
 // whatever ends it before leaves the target as it was. The source is read within one transaction that can change
 // nothing; rows that other programs write meanwhile are not copied.
 class DatabaseCopy {
 public:
-    struct Place {
+    struct Endpoint {
         Text connectionString;
         Text shown; // for messages
     };
-    // Opens both and reads their tables. Throws Error, here and later, with the place at its beginning.
-    DatabaseCopy(Place from, Place to);
+    // Opens both and reads their tables. Throws Error, here and later, with the name of the endpoint at its beginning.
+    DatabaseCopy(Endpoint from, Endpoint to);
     // Rolls back unless finished.
     ~DatabaseCopy();
     DatabaseCopy(const DatabaseCopy&) = delete;
@@ -41,7 +41,7 @@ public:
     const std::vector<CopiedTable>& Tables() const { return tables; }
     size_t RowsInAll() const;
     // The first table of the target that has rows, which Write deletes; empty when nothing would be lost.
-    const Text& TableWithRows() const { return taken; }
+    const Text& TableWithRows() const { return tableWithRows; }
     // Tables, and columns as "table.column", that are not in the schema and stay as they are.
     const std::vector<Text>& UnknownInSource() const { return unknownInSource; }
     const std::vector<Text>& UnknownInTarget() const { return unknownInTarget; }
@@ -57,7 +57,7 @@ public:
 private:
     void ReadSource();
     void ReadTarget();
-    void MakePlaces();
+    void CreateTargetTables();
     void WriteRows(CopiedTable& copied, const std::function<void()>& next);
     void Compare(const CopiedTable& copied, const std::function<void()>& next);
     TableReader ReaderOfSource(const CopiedTable& copied);
@@ -66,7 +66,7 @@ private:
     std::vector<TablePublication::Part> PartsToPublish() const;
     Text NameInTarget(const CopiedTable& copied) const;
 
-    Place from, to;
+    Endpoint from, to;
     Connection source, target;
     const CopyRules* sourceRules = nullptr;
     const CopyRules* targetRules = nullptr;
@@ -74,7 +74,7 @@ private:
     std::vector<const Schema::Table*> present; // of ours in the target
     std::vector<Text> unknownInSource, unknownInTarget;
     int64_t lastGenerated = 0, highestNumber = 0; // of velmoraAutonumbers; of its rows
-    Text taken;
+    Text tableWithRows;
     bool isPublished = false; // by TablePublication, since tables are missing
     bool isInDoubt = false;
     std::chrono::seconds timeOfWriting{};

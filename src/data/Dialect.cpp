@@ -72,7 +72,7 @@ constexpr std::array<Dialect, 6> dialects = {{
         .engine = Engine::Access,
         .name = u"Microsoft Access",
         // Its driver requires all its calls on one thread.
-        .waiting = Waiting::InDriver,
+        .timeoutBy = TimeoutBy::Driver,
         .openQuote = u'[',
         .closeQuote = u']',
         .howToGetDriver = u"On Windows install \"Microsoft Access Database Engine 2016 Redistributable\" (the 64-bit "
@@ -94,18 +94,18 @@ constexpr std::array<Dialect, 6> dialects = {{
         .engine = Engine::SQLite,
         .name = u"SQLite",
         .isBuiltIn = true,
-        .waiting = Waiting::InDriver,
-        .valueMarks = ValueMarks::WhereNeeded,
+        .timeoutBy = TimeoutBy::Driver,
+        .valueQuoting = ValueQuoting::WhereNeeded,
         .adapts = true,
         .datesAsText = true,
         // Changes nothing, and makes the transaction one that writes.
-        .holdWriters = u"UPDATE velmoraLessons SET lessonID = lessonID WHERE 1 = 0",
+        .blockWriters = u"UPDATE velmoraLessons SET lessonID = lessonID WHERE 1 = 0",
     },
     {
         .engine = Engine::PostgreSQL,
         .name = u"PostgreSQL",
         .driverOptions = postgresOptions,
-        .valueMarks = ValueMarks::Secrets,
+        .valueQuoting = ValueQuoting::Secrets,
         .settings = postgresSettings,
         .probe = u"SELECT length('\\\\')",
         .answer = u"2",
@@ -114,14 +114,14 @@ constexpr std::array<Dialect, 6> dialects = {{
         .fractionDigits = 6,
         .howToGetDriver = u"On Debian and Ubuntu install the package odbc-postgresql. On Windows install \"psqlODBC\" "
                           u"(psqlodbc_x64.msi for 64-bit programs, psqlodbc_x86.msi for 32-bit ones).",
-        .holdWriters = u"LOCK TABLE velmoraLessons IN SHARE ROW EXCLUSIVE MODE",
+        .blockWriters = u"LOCK TABLE velmoraLessons IN SHARE ROW EXCLUSIVE MODE",
         .connectsOneAtATime = true,
     },
     {
         .engine = Engine::MariaDB,
         .name = u"MariaDB",
         .driverOptions = mariaOptions,
-        .valueMarks = ValueMarks::Trimmed,
+        .valueQuoting = ValueQuoting::Trimmed,
         .settings = mariaSettings,
         .probe = u"SELECT CHAR_LENGTH('\\\\ü')",
         .answer = u"3",
@@ -129,7 +129,7 @@ constexpr std::array<Dialect, 6> dialects = {{
         // The driver takes a unit whose low byte is D8 to DB for half of a pair, and reads beyond the end.
         .narrowOnUnix = true,
         // The driver needs time quadratic in the quotes inside a literal.
-        .longestLiteral = 8000,
+        .maxLiteral = 8000,
         .statementsPerCall = 100,
         .fractionDigits = 6,
         .openQuote = u'`',
@@ -141,7 +141,7 @@ constexpr std::array<Dialect, 6> dialects = {{
     {
         .engine = Engine::Other,
         .name = u"the database",
-        .valueMarks = ValueMarks::WhereNeeded,
+        .valueQuoting = ValueQuoting::WhereNeeded,
         .fractionDigits = 3,
         .howToGetDriver = u"Check its name in the connection string, or install it.",
     },

@@ -27,17 +27,17 @@ struct SessionSetting {
 };
 
 // Which values are put in braces in a string for the driver, and which cannot be passed at all.
-enum class ValueMarks {
+enum class ValueQuoting {
     WhereNeeded, // the driver is unknown: only what would end a value too early
     Standard,    // whatever has a special character
     Secrets,     // passwords and statements, which would be decoded otherwise; of others the driver keeps the braces
     Trimmed,     // as Standard, but the driver cuts blanks off the ends all the same
 };
 
-// What keeps calls from waiting for the server longer than the connection string allows.
-enum class Waiting {
-    InDriver, // the driver, or nothing: its calls stay on the caller's thread
-    OnThread, // we: its calls run on a thread of the connection
+// What ends a call that takes longer than the connection string allows.
+enum class TimeoutBy {
+    Driver,     // the driver, or nothing: its calls run on the caller's thread
+    CallThread, // we: its calls run on a thread of the connection, which is abandoned
 };
 
 struct Dialect {
@@ -45,11 +45,11 @@ struct Dialect {
     TextView name;          // for messages
     bool isBuiltIn = false; // reached without a driver
 
-    Waiting waiting = Waiting::OnThread;
+    TimeoutBy timeoutBy = TimeoutBy::CallThread;
 
     // Connecting: the options that are always set, the statements run first, a query that must return `answer`.
     std::span<const DriverOption> driverOptions = {};
-    ValueMarks valueMarks = ValueMarks::Standard;
+    ValueQuoting valueQuoting = ValueQuoting::Standard;
     std::span<const SessionSetting> settings = {};
     TextView probe = {};
     TextView answer = {};
@@ -58,7 +58,7 @@ struct Dialect {
     // literals longer than this become parameters (0: never); how many statements go in one call.
     bool adapts = false;
     bool narrowOnUnix = false;
-    size_t longestLiteral = 0;
+    size_t maxLiteral = 0;
     size_t statementsPerCall = 1;
 
     // Parameters: dates as text, for columns that keep dates as text; digits of a second that a date can carry.
@@ -73,14 +73,14 @@ struct Dialect {
 
     // Inside a transaction: a statement that blocks other writers of velmoraLessons until its end, and what follows
     // the table's name in a query that does. Access has neither: only its own row locks protect there.
-    TextView holdWriters = {}, lockingRead = {};
+    TextView blockWriters = {}, lockingRead = {};
 
     // The driver changes the process's locale while it connects, which two threads must not do at a time.
     bool connectsOneAtATime = false;
 };
 
 // What a batch may hold in all, in UTF-16 units.
-inline constexpr size_t longestBatch = 500000;
+inline constexpr size_t maxBatch = 500000;
 
 const Dialect& DialectOf(Engine engine);
 // From the name of a driver, or from the name that a server reports.

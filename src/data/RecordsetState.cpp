@@ -184,17 +184,17 @@ Text RecordsetState::Quoted(size_t column) const {
 
 void RecordsetState::Insert() {
     if (changes.empty()) throw Error(u"No field of the new row was set.");
-    Text names, marks;
+    Text names, parameters;
     std::vector<Value> values;
     std::vector<int> codes;
     for (const auto& [column, value] : changes) {
         names += (names.empty() ? u"" : u", ") + Quoted(column);
-        marks += marks.empty() ? u"?" : u", ?";
+        parameters += parameters.empty() ? u"?" : u", ?";
         values.push_back(value);
         codes.push_back(columns[column].code);
     }
-    connection->Opened().NewStatement()->Execute(u"INSERT INTO " + table + u" (" + names + u") VALUES (" + marks + u")",
-                                                 values, codes);
+    connection->Opened().NewStatement()->Execute(
+        u"INSERT INTO " + table + u" (" + names + u") VALUES (" + parameters + u")", values, codes);
 }
 
 // The row is found again by its key; a table without one by all values that were read.
@@ -232,9 +232,9 @@ std::vector<size_t> RecordsetState::KeyColumns() {
     bool isComplete = true;
     for (const Text& column : connection->Opened().KeyColumns(table)) {
         const auto isKey = [&](const Column& each) { return EqualNoCase(each.name, column); };
-        const auto place = std::ranges::find_if(columns, isKey);
-        isComplete = isComplete && place != columns.end();
-        if (isComplete) found.push_back(static_cast<size_t>(place - columns.begin()));
+        const auto position = std::ranges::find_if(columns, isKey);
+        isComplete = isComplete && position != columns.end();
+        if (isComplete) found.push_back(static_cast<size_t>(position - columns.begin()));
     }
     if (isComplete && !found.empty()) return found;
     found.resize(columns.size());

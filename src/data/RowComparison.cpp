@@ -56,7 +56,7 @@ uint64_t HashOf(const RowField& field) {
 // A row that waits for its counterpart in the other table.
 class KeptRow {
 public:
-    KeptRow(Row row, size_t place) : fields(row.begin(), row.end()), place(place) {
+    KeptRow(Row row, size_t index) : fields(row.begin(), row.end()), index(index) {
         for (const RowField& field : fields) texts.append(field.text);
         size_t begin = 0;
         for (RowField& field : fields) {
@@ -68,13 +68,13 @@ public:
     KeptRow& operator=(const KeptRow&) = delete;
 
     Row Fields() const { return fields; }
-    size_t Place() const { return place; }
+    size_t Index() const { return index; }
     size_t Units() const { return texts.size() + fields.size() * unitsPerField; }
 
 private:
     std::vector<RowField> fields;
     Text texts;
-    size_t place;
+    size_t index;
 };
 
 class Comparison {
@@ -142,7 +142,7 @@ private:
     }
 
     static const KeptRow& First(const Side& side) {
-        return *std::ranges::min_element(side.rows, {}, [](const auto& kept) { return kept.second->Place(); })->second;
+        return *std::ranges::min_element(side.rows, {}, [](const auto& kept) { return kept.second->Index(); })->second;
     }
 
     // The row of the same key; none without a key.

@@ -22,7 +22,7 @@ Text Names(const std::vector<RowColumn>& columns) {
 class LiteralWriter final : public RowWriter {
 public:
     LiteralWriter(Session& session, const Text& table, const std::vector<RowColumn>& columns)
-        : statement(session.NewStatement()), longestLiteral(session.SqlDialect().longestLiteral),
+        : statement(session.NewStatement()), maxLiteral(session.SqlDialect().maxLiteral),
           beginning(u"INSERT INTO " + table + u" (" + Names(columns) + u") VALUES ") {}
 
     void Put(std::span<const RowField> row) override {
@@ -44,7 +44,7 @@ public:
             Append(field);
         }
         text += u')';
-        if (longestLiteral > 0 && longest > longestLiteral) Finish();
+        if (maxLiteral > 0 && longest > maxLiteral) Finish();
     }
 
     void Finish() override {
@@ -85,7 +85,7 @@ private:
     }
 
     std::unique_ptr<Statement> statement;
-    size_t longestLiteral, waiting = 0; // rows
+    size_t maxLiteral, waiting = 0; // rows
     Text beginning, text;
 };
 

@@ -76,7 +76,7 @@ struct Writing {
 };
 
 constexpr Writing Writings[] = {
-    // A column of this type is the row's number and never draws a number twice.
+    // A column of this type is the row's number and never generates a number twice.
     {Engine::SQLite, u"SQLite", u"TEXT", u"TEXT", u"INTEGER", u"DATETIME", u"INTEGER PRIMARY KEY AUTOINCREMENT", u"",
      u"", u""},
     {Engine::PostgreSQL, u"PostgreSQL", u"TEXT", u"TEXT", u"INTEGER", u"TIMESTAMP",

@@ -24,17 +24,17 @@ ConnectionTarget TargetHere(const Text& connectionString, Engine engine = Engine
     static std::mutex mutex;
     static std::vector<Text> known;
     const std::scoped_lock lock(mutex);
-    const Machine machine{[] {
-                              if (known.empty()) known = InstalledDrivers();
-                              return known;
-                          },
-                          DriverOfDataSource, SettingOfDataSource};
-    ConnectionTarget target = TranslateConnectionString(connectionString, machine, engine);
+    const OdbcConfiguration odbc{[] {
+                                     if (known.empty()) known = InstalledDrivers();
+                                     return known;
+                                 },
+                                 DriverOfDataSource, SettingOfDataSource};
+    ConnectionTarget target = TranslateConnectionString(connectionString, odbc, engine);
     if (target.driver.empty() ||
         std::ranges::any_of(known, [&](const Text& name) { return EqualNoCase(name, target.driver); }))
         return target;
     known.clear();
-    return TranslateConnectionString(connectionString, machine, engine);
+    return TranslateConnectionString(connectionString, odbc, engine);
 }
 
 // In one call where the engine takes that; one by one when it refuses, to find the one that it rejects.
@@ -80,7 +80,7 @@ void RunProbe(Statement& statement, const Dialect& dialect) {
 }
 
 std::unique_ptr<Session> Connect(const ConnectionTarget& target, LimitedSession::Time began) {
-    if (DialectOf(target.engine).waiting == Waiting::InDriver) return std::make_unique<OdbcConnection>(target);
+    if (DialectOf(target.engine).timeoutBy == TimeoutBy::Driver) return std::make_unique<OdbcConnection>(target);
     return std::make_unique<LimitedSession>(target, began);
 }
 
@@ -101,7 +101,7 @@ void Statement::Execute(TextView statement, std::span<const Value> parameters, s
     if (!PassesUnchanged(statement, dialect)) adapted = storage = AdaptStatement(statement, dialect);
     Observe(adapted);
     std::optional<Parametrized> parametrized;
-    if (parameters.empty()) parametrized = TakeLongLiterals(adapted, dialect.longestLiteral);
+    if (parameters.empty()) parametrized = ParametrizeLongLiterals(adapted, dialect.maxLiteral);
     if (parametrized)
         Run(parametrized->statement, parametrized->values, {});
     else

@@ -39,7 +39,7 @@ public:
     // called.
     void Start(TextView statement, std::vector<Value> parameters);
     virtual void Await() {}
-    // Several that were fitted already, in one call where the engine takes that; all are done, or Error of the first
+    // Several that were adapted already, in one call where the engine takes that; all are done, or Error of the first
     // that failed.
     void ExecuteBatch(std::span<const Text> adapted);
 

@@ -123,15 +123,15 @@ std::optional<Top> FindTop(TextView statement) {
     return top;
 }
 
-template <typename IsTaken>
-std::optional<Parametrized> TakeLiterals(TextView statement, IsTaken isTaken) {
+template <typename IsReplaced>
+std::optional<Parametrized> ParametrizeLiterals(TextView statement, IsReplaced isReplaced) {
     Parametrized result;
     Pieces pieces(statement);
     while (pieces.Next()) {
         const TextView units = pieces.Units();
         if (pieces.Kind() == Piece::Plain && units.find(u'?') != TextView::npos) return std::nullopt;
         if (pieces.Kind() == Piece::Unterminated) return std::nullopt;
-        if (pieces.Kind() != Piece::Literal || !isTaken(units)) {
+        if (pieces.Kind() != Piece::Literal || !isReplaced(units)) {
             result.statement.append(units);
             continue;
         }
@@ -197,15 +197,15 @@ bool IsSingleStatement(TextView statement) {
     return !TrimBlanks(statement).empty();
 }
 
-std::optional<Parametrized> TakeLongLiterals(TextView statement, size_t longest) {
-    if (longest == 0 || statement.size() <= longest) return std::nullopt;
-    return TakeLiterals(statement, [longest](TextView quoted) { return quoted.size() > longest + 2; });
+std::optional<Parametrized> ParametrizeLongLiterals(TextView statement, size_t maxUnits) {
+    if (maxUnits == 0 || statement.size() <= maxUnits) return std::nullopt;
+    return ParametrizeLiterals(statement, [maxUnits](TextView quoted) { return quoted.size() > maxUnits + 2; });
 }
 
-std::optional<Parametrized> TakeLiteralsWithZeros(TextView statement) {
-    auto taken = TakeLiterals(statement, [](TextView quoted) { return quoted.find(u'\0') != TextView::npos; });
-    if (taken && taken->statement.find(u'\0') != Text::npos) return std::nullopt;
-    return taken;
+std::optional<Parametrized> ParametrizeLiteralsWithNul(TextView statement) {
+    auto result = ParametrizeLiterals(statement, [](TextView quoted) { return quoted.find(u'\0') != TextView::npos; });
+    if (result && result->statement.find(u'\0') != Text::npos) return std::nullopt;
+    return result;
 }
 
 Text TableOf(TextView statement) {

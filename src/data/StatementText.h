@@ -17,15 +17,15 @@ bool PassesUnchanged(TextView statement, const Dialect& dialect);
 // there is no comment and no semicolon outside quotes.
 bool IsSingleStatement(TextView statement);
 
-// Takes the literals of more than `longest` units out of a statement, with a question mark in place of each.
+// Replaces the literals of more than `maxUnits` units by question marks.
 // Nothing when there is none, or when the statement already has question marks.
 struct Parametrized {
     Text statement;
     std::vector<Value> values;
 };
-std::optional<Parametrized> TakeLongLiterals(TextView statement, size_t longest);
-// The same for the literals that have a character of the number zero; nothing also when one is outside literals.
-std::optional<Parametrized> TakeLiteralsWithZeros(TextView statement);
+std::optional<Parametrized> ParametrizeLongLiterals(TextView statement, size_t maxUnits);
+// The same for the literals that contain a NUL character; nothing also when one is outside literals.
+std::optional<Parametrized> ParametrizeLiteralsWithNul(TextView statement);
 
 // The table that a simple SELECT reads: the first name after FROM.
 Text TableOf(TextView statement);

@@ -17,11 +17,11 @@ Text Columns(const Schema::Table& table) {
     return columns;
 }
 
-// The names of the tables that are made, or nothing.
+// The names of the new tables, or nothing.
 Text Listed(const std::vector<Part>& parts, TextView before, Text (*name)(const Schema::Table&)) {
     Text list;
     for (const Part& part : parts)
-        if (part.isMade) list.append(list.empty() ? before : u", ").append(name(*part.table));
+        if (part.isNew) list.append(list.empty() ? before : u", ").append(name(*part.table));
     return list;
 }
 
@@ -33,18 +33,17 @@ void Fill(const Part& part, TextView name, Text& statement) {
     const Text columns = Columns(*part.table);
     statement.append(u"INSERT INTO ").append(name).append(u" (" + columns + u") SELECT " + columns + u" FROM ");
     statement.append(TemporaryName(*part.table)).append(u";\n");
-    if (part.numberToBeDrawn > 0)
-        for (const Text& draw : GenerateNumber(*part.table, name, part.numberToBeDrawn))
-            statement.append(draw + u";\n");
+    if (part.lastGenerated > 0)
+        for (const Text& step : GenerateNumber(*part.table, name, part.lastGenerated)) statement.append(step + u";\n");
 }
 
 } // namespace
 
 Text TemporaryName(const Schema::Table& table) { return Text(temporaryPrefix).append(table.name); }
 
-Text MakeTemporary(const Part& part) {
+Text CreateTemporary(const Part& part) {
     const Text name = TemporaryName(*part.table);
-    if (!part.isMade) return u"CREATE TEMPORARY TABLE " + name + u" LIKE " + Text(part.table->name);
+    if (!part.isNew) return u"CREATE TEMPORARY TABLE " + name + u" LIKE " + Text(part.table->name);
     Text statement = Schema::CreateStatements(*part.table, Engine::MariaDB, name).front();
     return statement.insert(TextView(u"CREATE ").size(), u"TEMPORARY ");
 }
@@ -61,15 +60,15 @@ Text Statement(const std::vector<Part>& parts) {
                      u"END;\n" +
                      DropLeftoverTable(parts) + u";\n";
     for (const Part& part : parts)
-        if (part.isMade)
+        if (part.isNew)
             for (const Text& create : Schema::CreateStatements(*part.table, Engine::MariaDB, StagingName(*part.table)))
                 statement.append(create).append(u";\n");
     statement += u"START TRANSACTION;\n";
     for (const Part& part : parts)
-        if (part.isMade) Fill(part, StagingName(*part.table), statement);
+        if (part.isNew) Fill(part, StagingName(*part.table), statement);
     statement += u"COMMIT;\n";
     for (const Part& part : parts)
-        if (part.isMade)
+        if (part.isNew)
             statement.append(u"IF (SELECT Count(*) FROM " + StagingName(*part.table) + u") <> " + ToText(part.rows) +
                              u" THEN SIGNAL SQLSTATE '45000' SET MESSAGE_TEXT = 'Another program has written into the "
                              u"tables of this copy.'; END IF;\n");
@@ -77,7 +76,7 @@ Text Statement(const std::vector<Part>& parts) {
     // Last, so that whatever fails before has not touched them.
     statement += u"START TRANSACTION;\n";
     for (const Part& part : parts) {
-        if (part.isMade) continue;
+        if (part.isNew) continue;
         statement.append(u"DELETE FROM ").append(part.table->name).append(u";\n");
         if (part.isFilled) Fill(part, part.table->name, statement);
     }

@@ -10,7 +10,7 @@ namespace dax {
 
 namespace {
 
-constexpr size_t firstPortion = 64, maxRowsOfPortion = 2000, unitsAtATime = 2'000'000;
+constexpr size_t rowsOfFirstBatch = 64, maxRowsOfBatch = 2000, unitsAtATime = 2'000'000;
 
 RowField ReadField(Statement& statement, size_t column, Schema::ColumnType type) {
     using enum Schema::ColumnType;
@@ -95,33 +95,33 @@ TableReader::ReadMode TableReader::ReadModeOf(Session& session, const std::vecto
 }
 
 bool TableReader::Next() {
-    if (mode != ReadMode::Whole && got == limit) OpenPortion();
+    if (mode != ReadMode::Whole && rowsRead == limit) OpenBatch();
     if (!statement->Next()) return false;
-    ++got;
+    ++rowsRead;
     for (size_t i = 0; i < row.size(); ++i) {
         row[i] = ReadField(*statement, i, columns[i].type);
-        units += row[i].text.size();
+        unitsRead += row[i].text.size();
     }
-    if (mode == ReadMode::ByKey && got == limit) lastKey = statement->FieldText(keyColumn);
+    if (mode == ReadMode::ByKey && rowsRead == limit) lastKey = statement->FieldText(keyColumn);
     return true;
 }
 
 // As many rows as will probably fit into the memory that is meant for them.
-void TableReader::OpenPortion() {
-    const size_t most = got == 0 ? firstPortion : std::min(maxRowsOfPortion, limit * 2);
-    limit = std::clamp<size_t>(got == 0 ? most : unitsAtATime / (units / got + 1), 1, most);
-    before += got;
-    got = units = 0;
+void TableReader::OpenBatch() {
+    const size_t maxRows = rowsRead == 0 ? rowsOfFirstBatch : std::min(maxRowsOfBatch, limit * 2);
+    limit = std::clamp<size_t>(rowsRead == 0 ? maxRows : unitsAtATime / (unitsRead / rowsRead + 1), 1, maxRows);
+    rowsBefore += rowsRead;
+    rowsRead = unitsRead = 0;
     const Text count = ToText(static_cast<long long>(limit));
     if (mode == ReadMode::Cursor)
         statement->Execute(u"FETCH FORWARD " + count + u" FROM dax_rows");
     else if (mode == ReadMode::ByKey)
         statement->Execute(
-            query + (before == 0 ? Text() : u" WHERE " + keys.front() + u" > " + modDB::QuoteSQLString(lastKey)) +
+            query + (rowsBefore == 0 ? Text() : u" WHERE " + keys.front() + u" > " + modDB::QuoteSQLString(lastKey)) +
             u" ORDER BY " + keys.front() + u" LIMIT " + count);
     else
         statement->Execute(query + Joined(keys, u" ORDER BY ") + u" LIMIT " + count + u" OFFSET " +
-                           ToText(static_cast<long long>(before)));
+                           ToText(static_cast<long long>(rowsBefore)));
     statement->OpenRows();
 }
 

@@ -25,7 +25,7 @@ private:
     // each, from a cursor, after the last key, or after the number of rows read so far.
     enum class ReadMode { Whole, Cursor, ByKey, ByNumber };
     static ReadMode ReadModeOf(Session& session, const std::vector<Text>& keys);
-    void OpenPortion();
+    void OpenBatch();
 
     std::unique_ptr<Statement> statement;
     std::span<const Schema::Column> columns;
@@ -35,7 +35,7 @@ private:
     ReadMode mode;
     std::vector<RowField> row;
     Text lastKey;
-    size_t limit = 0, got = 0, units = 0, before = 0; // rows and units of this portion, rows of those before
+    size_t limit = 0, rowsRead = 0, unitsRead = 0, rowsBefore = 0; // of this batch; of those before
 };
 
 } // namespace dax

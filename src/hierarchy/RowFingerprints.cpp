@@ -83,7 +83,7 @@ void RowFingerprints::Add(const Row& row) { rows.push_back(Of(row)); }
 void RowFingerprints::Check(Connection& connection, const NodeTree& tree) {
     std::ranges::sort(rows, {}, &Fingerprint::id); // only here: most loads are never checked
     const Dialect& dialect = DialectOf(connection.Kind());
-    if (!dialect.holdWriters.empty()) connection.Execute(Text(dialect.holdWriters));
+    if (!dialect.blockWriters.empty()) connection.Execute(Text(dialect.blockWriters));
     Recordset found;
     found.Open(u"SELECT lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, sortPosition, lessonType FROM "
                u"velmoraLessons" +

@@ -88,14 +88,14 @@ struct LockManager::CellColumns {
 // One run of Refresh or DeleteSelected: runs its statements one by one and raises Error for each that fails.
 class LockManager::Operation {
 public:
-    struct Leave {};
+    struct Aborted {};
 
     // `filled` is the list in the middle of whose filling the operation is; null for none.
     Operation(LockManager& manager, Text occasion, Text routine, std::shared_ptr<ListModel> filled = {})
         : manager(manager), occasion(std::move(occasion)), routine(std::move(routine)), filled(std::move(filled)),
           started(manager.filling) {}
 
-    // False when it failed and the host ignored it. Throws Leave when the host cancels the operation, has
+    // False when it failed and the host ignored it. Throws Aborted when the host cancels the operation, has
     // released the manager, or has refilled the list from inside the event.
     template <typename Statement>
     bool Do(Statement&& statement) {
@@ -110,7 +110,7 @@ public:
             if (!error) return true;
             const int32_t action = AskHost(*error);
             if (action == actIgnore) return false;
-            if (action != actRetry) throw Leave{}; // what is open then closes
+            if (action != actRetry) throw Aborted{}; // what is open then closes
         }
     }
 
@@ -127,7 +127,7 @@ private:
 
     // A host's code may have run: in an event, or in its collection.
     void RequireCurrent() const {
-        if (!started.IsCurrent()) throw Leave{};
+        if (!started.IsCurrent()) throw Aborted{};
     }
 
     LockManager& manager;
@@ -208,7 +208,7 @@ void LockManager::Refresh() {
             operation.Do([&] { recordset.MoveNext(); });
         }
         operation.Do([&] { recordset.Close(); });
-    } catch (const Operation::Leave&) {
+    } catch (const Operation::Aborted&) {
         return;
     }
     SelectionChanged.Raise(SelectedLockDeleteType());
@@ -298,7 +298,7 @@ void LockManager::DeleteSelected() {
         }
         if (wasDeleted) operation.Do([&] { connection.CommitTrans(); });
         operation.Do([&] { connection.Close(); });
-    } catch (const Operation::Leave&) {
+    } catch (const Operation::Aborted&) {
         return; // leaving closes the connection, which rolls back what was not committed
     }
     if (wasDeleted) Refresh();

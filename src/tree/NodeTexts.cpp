@@ -33,7 +33,7 @@ Text NodeTexts::Get(Which which) const {
 }
 
 bool NodeTexts::Is(Which which, TextView text) const {
-    return text.size() == lengths[which] && PackedText::IsPacked(text, Begin(which), isWide);
+    return text.size() == lengths[which] && PackedText::EqualsPacked(text, Begin(which), isWide);
 }
 
 void NodeTexts::Set(Which which, TextView text) {

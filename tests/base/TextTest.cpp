@@ -35,7 +35,7 @@ TEST(TextTest, ConvertsToUtf8AndBack) {
     }
     const Text halves{0xD83D, 0xD83D, 0xDE00, 0xDC00, u'b', 0xE000, 0xD800};
     const Text whole = u"\uFFFD\U0001F600\uFFFDb\uE000\uFFFD";
-    EXPECT_EQ(MadeWellFormed(halves), whole);
+    EXPECT_EQ(ReplaceLoneSurrogates(halves), whole);
     EXPECT_EQ(ToUtf8(halves), ToUtf8(whole));
 }
 
@@ -110,8 +110,9 @@ TEST(TextTest, PacksWhatNeedsOneByte) {
             std::string bytes(PackedText::BytesOf(size, isWide), '\0');
             const char* from = bytes.data();
             EXPECT_EQ(PackedText::Pack(narrow, isWide, bytes.data()), from + bytes.size());
-            EXPECT_TRUE(PackedText::IsPacked(narrow, from, isWide));
-            for (size_t at = 0; at < size; ++at) EXPECT_FALSE(PackedText::IsPacked(with(at, u'a'), from, isWide)) << at;
+            EXPECT_TRUE(PackedText::EqualsPacked(narrow, from, isWide));
+            for (size_t at = 0; at < size; ++at)
+                EXPECT_FALSE(PackedText::EqualsPacked(with(at, u'a'), from, isWide)) << at;
             EXPECT_EQ(PackedText::Unpack(from, size, isWide), narrow);
             EXPECT_EQ(from, bytes.data() + bytes.size());
         }

@@ -11,7 +11,7 @@ namespace {
 using test::FailureOf;
 
 // With two data sources of SQLite's drivers, by a name and by a library, and one of PostgreSQL's.
-Machine Having(const std::vector<Text>& drivers) {
+OdbcConfiguration Having(const std::vector<Text>& drivers) {
     const auto said = [](const Text& source) {
         const std::pair<Text, Text> all[] = {{u"books", u"PostgreSQL Unicode"},         {u"books AB", u"9"},
                                              {u"empty", u"/usr/lib/libsqlite3odbc.so"}, {u"course", u"SQLite3"},
@@ -43,8 +43,9 @@ struct Case {
 
 void ExpectOpens(const std::vector<Case>& cases) {
     for (const auto& [host, opens, driver] : cases) {
-        const Machine machine = Having(driver.empty() ? std::vector<Text>() : std::vector{Text(u"SQL Server"), driver});
-        EXPECT_EQ(Described(TranslateConnectionString(host, machine)), ToUtf8(opens)) << ToUtf8(host);
+        const OdbcConfiguration odbc =
+            Having(driver.empty() ? std::vector<Text>() : std::vector{Text(u"SQL Server"), driver});
+        EXPECT_EQ(Described(TranslateConnectionString(host, odbc)), ToUtf8(opens)) << ToUtf8(host);
     }
 }
 

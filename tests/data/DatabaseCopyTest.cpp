@@ -133,7 +133,7 @@ TEST_P(CopyTest, EveryValueArrivesAsItWas) {
         EXPECT_TRUE(RowsOf(*from, table.name) == RowsOf(*to, table.name)) << ToUtf8(table.name);
     }
     EXPECT_ANY_THROW((void)to->Query(u"SELECT * FROM talkConfiguration"));
-    // What was drawn and deleted is not drawn again.
+    // What was generated and deleted is not generated again.
     to->Run({u"INSERT INTO velmoraAutonumbers (ignored) VALUES (9)"});
     EXPECT_EQ(to->Query(u"SELECT nextNumber FROM velmoraAutonumbers WHERE ignored = 9"), u"4");
 }

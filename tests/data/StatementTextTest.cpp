@@ -63,13 +63,13 @@ TEST(StatementTextTest, OnlyWholeStatementsShareACall) {
 
 TEST(StatementTextTest, LongLiteralsBecomeParameters) {
     const auto taken =
-        TakeLongLiterals(u"UPDATE t SET a = 'ab''cd', b = 'abcde', c = \"abcdefgh\", d = '''''''''''' ", 5);
+        ParametrizeLongLiterals(u"UPDATE t SET a = 'ab''cd', b = 'abcde', c = \"abcdefgh\", d = '''''''''''' ", 5);
     ASSERT_TRUE(taken);
     EXPECT_EQ(ToUtf8(taken->statement), "UPDATE t SET a = ?, b = 'abcde', c = \"abcdefgh\", d = ? ");
     EXPECT_EQ(taken->values, (std::vector<Value>{Text(u"ab'cd"), Text(u"'''''")}));
-    EXPECT_FALSE(TakeLongLiterals(u"UPDATE t SET a = 'abcdefgh' WHERE b = ?", 5));
-    EXPECT_FALSE(TakeLongLiterals(u"UPDATE t SET a = 'abcdefgh", 5));
-    EXPECT_FALSE(TakeLongLiterals(u"UPDATE t SET a = 'abcdefgh'", 0));
+    EXPECT_FALSE(ParametrizeLongLiterals(u"UPDATE t SET a = 'abcdefgh' WHERE b = ?", 5));
+    EXPECT_FALSE(ParametrizeLongLiterals(u"UPDATE t SET a = 'abcdefgh", 5));
+    EXPECT_FALSE(ParametrizeLongLiterals(u"UPDATE t SET a = 'abcdefgh'", 0));
 }
 
 TEST(StatementTextTest, TheTableOfASimpleSelect) {

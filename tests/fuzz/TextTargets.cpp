@@ -75,20 +75,22 @@ void DriveConnectionString(Input input) {
     const Text password = u"pass-phrase";
     const Text text = TextOf(input) + u";PWD=" + password + u";Jet OLEDB:Database Password=" + password;
     const auto setting = [](TextView source, TextView keyword) { return Text(source).append(keyword); };
-    const Machine bare{[] { return std::vector<Text>(); }, [](TextView) { return Text(); }, setting};
-    const Machine full{[] {
-                           return std::vector<Text>{u"SQL Server", u"Microsoft Access Driver (*.mdb, *.accdb)"};
-                       },
-                       [](TextView source) { return Text(source); }, setting};
-    for (const Machine& machine : {bare, full}) {
+    const OdbcConfiguration bare{[] { return std::vector<Text>(); }, [](TextView) { return Text(); }, setting};
+    const OdbcConfiguration full{
+        [] {
+            return std::vector<Text>{u"SQL Server", u"Microsoft Access Driver (*.mdb, *.accdb)"};
+        },
+        [](TextView source) { return Text(source); }, setting};
+    for (const OdbcConfiguration& odbc : {bare, full}) {
         try {
-            const ConnectionTarget target = TranslateConnectionString(text, machine);
+            const ConnectionTarget target = TranslateConnectionString(text, odbc);
             Require(target.timeout > 0, "opening may take some time");
             Require(target.engine != Engine::SQLite || (!target.path.empty() && target.odbcString.empty()),
                     "a file needs no driver, but a path");
             const ConnectionKeywords keywords(text);
             RequireEqual(ConnectionKeywords(keywords.Write()).Items(), keywords.Items(), "what was written, and read");
-            if (DialectOf(target.engine).valueMarks == ValueMarks::Secrets) continue; // not in the form that we read
+            if (DialectOf(target.engine).valueQuoting == ValueQuoting::Secrets)
+                continue; // not in the form that we read
             const ConnectionKeywords translated(target.odbcString);
             const Text* const given = translated.Find(u"PWD");
             Require(!given || *given == password, "the password is the one that was given");
@@ -100,7 +102,7 @@ void DriveConnectionString(Input input) {
 
 void DriveStatement(Input input) {
     const Text text = TextOf(input);
-    RequireEqual(FromUtf8(ToUtf8(text)), MadeWellFormed(text), "the text as UTF-8 and back");
+    RequireEqual(FromUtf8(ToUtf8(text)), ReplaceLoneSurrogates(text), "the text as UTF-8 and back");
     if (const auto date = ParseDate(text)) Require(ParseDate(FormatDate(*date)) == date, "a date comes back");
     const Dialect &adapting = DialectOf(Engine::PostgreSQL), &other = DialectOf(Engine::Access);
     RequireEqual(AdaptStatement(text, other), text, "a statement for an engine that needs no other");
@@ -108,7 +110,7 @@ void DriveStatement(Input input) {
     RequireEqual(AdaptStatement(literal + u"#2024/05/06#", adapting), literal + u" '2024-05-06 00:00:00'", "a literal");
     Require(IsSingleStatement(literal), "a quoted text is a literal");
     (void)AdaptStatement(text, adapting);
-    (void)TakeLongLiterals(text, Statement::longest);
+    (void)ParametrizeLongLiterals(text, Statement::longest);
 
     const Statement made{Bytes(input)};
     const bool mayLimit = !made.hasComments && !made.isOpen;
@@ -116,7 +118,7 @@ void DriveStatement(Input input) {
     RequireEqual(AdaptStatement(u"SELECT TOP 3" + made.written, adapting),
                  mayLimit ? u"SELECT" + made.adapted + u" LIMIT 3" : u"SELECT TOP 3" + made.adapted, "TOP, adapted");
     Require(IsSingleStatement(made.written) == (mayLimit && !made.hasSigns), "whether another statement may follow");
-    const auto taken = TakeLongLiterals(made.written, Statement::longest);
+    const auto taken = ParametrizeLongLiterals(made.written, Statement::longest);
     Require(taken.has_value() == (!made.values.empty() && !made.hasMarks && !made.isOpen),
             "whether there are literals");
     if (!taken) return;

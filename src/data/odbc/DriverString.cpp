@@ -51,21 +51,21 @@ void Force(ConnectionKeywords& keywords, const DriverOption& option) {
 bool NeedsBraces(const Text& keyword, const Text& value, const Dialect& dialect) {
     if (EqualNoCase(keyword, u"Driver")) return true;
     if (value.empty()) return false;
-    switch (dialect.valueMarks) {
-    case ValueMarks::Secrets:
+    switch (dialect.valueQuoting) {
+    case ValueQuoting::Secrets:
         if (IsOneOf(keyword, {u"PWD", u"Password", u"ConnSettings", u"A6", u"pqopt"})) return true;
         if (value.find(u';') != Text::npos) RefuseValue(keyword, dialect, u"contains a semicolon");
         // It looks for the closing brace of such a value, which must be its end.
         if (value.front() == u'{' && value.find_first_of(u"{}", 1) != value.size() - 1)
             RefuseValue(keyword, dialect, u"begins with a brace");
         return false;
-    case ValueMarks::WhereNeeded:
+    case ValueQuoting::WhereNeeded:
         return value.front() == u'{' || value.find(u';') != Text::npos || TrimBlanks(value).size() < value.size();
-    case ValueMarks::Trimmed:
+    case ValueQuoting::Trimmed:
         if (cutBlanks.find(value.front()) != TextView::npos || cutBlanks.find(value.back()) != TextView::npos)
             RefuseValue(keyword, dialect, u"begins or ends with a blank");
         break;
-    case ValueMarks::Standard:
+    case ValueQuoting::Standard:
         break;
     }
     return value.find_first_of(u"[]{}(),;?*=!@'\" \t") != Text::npos;

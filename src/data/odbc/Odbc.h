@@ -26,7 +26,7 @@ inline SQLWCHAR* Wide(char16_t* text) { return reinterpret_cast<SQLWCHAR*>(text)
 inline SQLWCHAR* Wide(const char16_t* text) { return reinterpret_cast<SQLWCHAR*>(const_cast<char16_t*>(text)); }
 inline SQLCHAR* Narrow(const char* text) { return reinterpret_cast<SQLCHAR*>(const_cast<char*>(text)); }
 
-// An environment, connection or statement handle, freed by the destructor. Empty when it could not be had.
+// An environment, connection or statement handle, freed by the destructor. Empty when it could not be allocated.
 template <SQLSMALLINT Kind>
 class OdbcHandle {
 public:

@@ -13,7 +13,7 @@ namespace {
 
 // Our own limit, where there is one, ends first, with a better message.
 int LoginLimit(const ConnectionTarget& target) {
-    return target.timeout + (DialectOf(target.engine).waiting == Waiting::OnThread ? secondsForDriver : 0);
+    return target.timeout + (DialectOf(target.engine).timeoutBy == TimeoutBy::CallThread ? secondsForDriver : 0);
 }
 
 SQLPOINTER AsPointer(uintptr_t number) { return reinterpret_cast<SQLPOINTER>(number); }
@@ -22,7 +22,7 @@ SQLPOINTER AsPointer(uintptr_t number) { return reinterpret_cast<SQLPOINTER>(num
 
 OdbcConnection::OdbcConnection(const ConnectionTarget& target)
     : environment(OpenEnvironment()), dialect(&DialectOf(target.engine)),
-      statementLimit(dialect->waiting == Waiting::InDriver ? target.commandTimeout : 0) {
+      statementLimit(dialect->timeoutBy == TimeoutBy::Driver ? target.commandTimeout : 0) {
     connection = ConnectionHandle(environment.Get());
     if (!connection) ThrowOdbcError(SQL_HANDLE_ENV, environment.Get(), *dialect);
     Connect(target);
@@ -30,7 +30,7 @@ OdbcConnection::OdbcConnection(const ConnectionTarget& target)
     SQLUINTEGER extensions = 0;
     constexpr SQLUINTEGER freely = SQL_GD_ANY_COLUMN | SQL_GD_ANY_ORDER | SQL_GD_BOUND;
     SQLGetInfo(connection.Get(), SQL_GETDATA_EXTENSIONS, &extensions, sizeof extensions, nullptr);
-    getsDataFreely = (extensions & freely) == freely;
+    hasGetDataAnyOrder = (extensions & freely) == freely;
 }
 
 OdbcConnection::~OdbcConnection() {

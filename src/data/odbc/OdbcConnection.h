@@ -23,7 +23,7 @@ public:
     // The driver's own limit for a statement in seconds; 0: none is set.
     int StatementLimit() const { return statementLimit; }
     // True when the driver returns long columns in any order, bound ones too.
-    bool ReadsInAnyOrder() const { return getsDataFreely; }
+    bool HasGetDataAnyOrder() const { return hasGetDataAnyOrder; }
 
     std::unique_ptr<Statement> NewStatement() override;
     void Begin() override;
@@ -44,7 +44,7 @@ private:
     ConnectionHandle connection;
     const Dialect* dialect;
     int statementLimit;
-    bool isConnected = false, inTransaction = false, getsDataFreely = false;
+    bool isConnected = false, inTransaction = false, hasGetDataAnyOrder = false;
 };
 
 } // namespace dax

@@ -47,7 +47,7 @@ OdbcRows::OdbcRows(OdbcStatement& executed)
     for (SQLSMALLINT column = 1; column <= count; ++column) Describe(static_cast<SQLUSMALLINT>(column));
     buffers.resize(columns.size());
     SQLFreeStmt(statement.Handle(), SQL_UNBIND);
-    if (statement.Owner().ReadsInAnyOrder()) return; // a column is bound at its first use
+    if (statement.Owner().HasGetDataAnyOrder()) return; // a column is bound at its first use
     for (size_t i = 0; i < columns.size(); ++i) {
         const SQLULEN size = sizes[i];
         const bool isShort = size > 0 && size < maxBytes / 8;
@@ -96,7 +96,7 @@ bool OdbcRows::Next() {
         buffer.isDecoded = false;
         buffer.whole.clear();
     }
-    if (!statement.Owner().ReadsInAnyOrder())
+    if (!statement.Owner().HasGetDataAnyOrder())
         for (size_t i = 0; i < buffers.size(); ++i)
             if (!buffers[i].isLoaded) Load(i);
     return true;
@@ -145,7 +145,7 @@ void OdbcRows::Load(size_t column) {
     if (!isEmpty) LoadPieces(column, buffer.length > 0 ? static_cast<size_t>(buffer.length) : 0);
     // The next rows are likely to be as long.
     const SQLLEN length = buffer.length;
-    if (length >= static_cast<SQLLEN>(maxBytes / 2) || !statement.Owner().ReadsInAnyOrder()) return;
+    if (length >= static_cast<SQLLEN>(maxBytes / 2) || !statement.Owner().HasGetDataAnyOrder()) return;
     BindColumn(column, std::max(usualBytes, static_cast<size_t>(std::max<SQLLEN>(length, 0)) * 2 + 2));
     buffer.length = length;
 }

@@ -93,7 +93,7 @@ void OdbcStatement::Send(TextView text) {
         const std::string utf8 = ToUtf8(text);
         Check(SQLExecDirect(Handle(), Narrow(utf8.c_str()), static_cast<SQLINTEGER>(utf8.size())));
     } else {
-        const Text wellFormed = MadeWellFormed(text);
+        const Text wellFormed = ReplaceLoneSurrogates(text);
         Check(SQLExecDirectW(Handle(), Wide(wellFormed.c_str()), static_cast<SQLINTEGER>(wellFormed.size())));
     }
 }
@@ -119,7 +119,7 @@ void OdbcStatement::Bind(SQLUSMALLINT position, const Value& value, SQLSMALLINT 
         parameter.fraction = *fraction;
         bind(SQL_C_DOUBLE, SQL_DOUBLE, &parameter.fraction);
     } else if (const Text* text = std::get_if<Text>(&value)) {
-        parameter.text = owner.IsNarrow() ? *text : MadeWellFormed(*text);
+        parameter.text = owner.IsNarrow() ? *text : ReplaceLoneSurrogates(*text);
         BindText(position, parameter, columnType);
     } else if (const DateTime* date = std::get_if<DateTime>(&value)) {
         const int digits = owner.SqlDialect().fractionDigits;

@@ -73,7 +73,7 @@ sqlite3_stmt* SQLiteStatement::Opened() const {
 void SQLiteStatement::Run(TextView adapted, std::span<const Value> parameters, std::span<const int>) {
     // The engine reads a text up to the first zero: literals that have one go as parameters.
     if (adapted.find(u'\0') != TextView::npos) {
-        const auto parametrized = parameters.empty() ? TakeLiteralsWithZeros(adapted) : std::nullopt;
+        const auto parametrized = parameters.empty() ? ParametrizeLiteralsWithNul(adapted) : std::nullopt;
         if (!parametrized) throw SQLiteSyntaxError(u"The statement contains a NUL character outside a quoted text.");
         return Run(parametrized->statement, parametrized->values, {});
     }
