@@ -176,7 +176,7 @@ constexpr char16_t firstSyllable = 0xAC00, firstLead = 0x1100, firstVowel = 0x11
 constexpr int leads = 19, vowels = 21, trails = 28;
 
 // In a list in the order of its characters.
-size_t PlaceIn(TextView list, char16_t unit) {
+size_t IndexIn(TextView list, char16_t unit) {
     const auto found = std::lower_bound(list.begin(), list.end(), unit);
     return found == list.end() || *found != unit ? TextView::npos : static_cast<size_t>(found - list.begin());
 }
@@ -193,8 +193,8 @@ char16_t ComposeTwo(char16_t letter, char16_t mark) {
     const auto row = std::lower_bound(std::begin(table), std::end(table), mark,
                                       [](const Composites& each, char16_t requested) { return each.mark < requested; });
     if (row == std::end(table) || row->mark != mark) return 0;
-    const size_t place = PlaceIn(row->letters, letter);
-    return place == TextView::npos ? u'\0' : row->composed[place];
+    const size_t index = IndexIn(row->letters, letter);
+    return index == TextView::npos ? u'\0' : row->composed[index];
 }
 
 } // namespace
@@ -202,11 +202,11 @@ char16_t ComposeTwo(char16_t letter, char16_t mark) {
 Text ComposeMarks(TextView text) {
     Text composed;
     for (char16_t unit : text) {
-        if (const size_t place = PlaceIn(joined, unit); place != TextView::npos) {
-            composed += parts[place];
+        if (const size_t index = IndexIn(joined, unit); index != TextView::npos) {
+            composed += parts[index];
             continue;
         }
-        if (const size_t place = PlaceIn(same, unit); place != TextView::npos) unit = canonical[place];
+        if (const size_t index = IndexIn(same, unit); index != TextView::npos) unit = canonical[index];
         const char16_t joined = composed.empty() ? u'\0' : ComposeTwo(composed.back(), unit);
         if (joined)
             composed.back() = joined;

@@ -17,11 +17,11 @@ FoundEntry Describe(const std::filesystem::file_status& status) {
 }
 
 bool Matches(TextView name, TextView pattern) {
-    // The places of the name that the pattern has come to so far.
+    // The positions in the name that the pattern has come to so far.
     std::vector<bool> reached(name.size() + 1);
     reached[0] = true;
     for (const char16_t unit : pattern) {
-        if (unit == u'*') { // every place from the first one on
+        if (unit == u'*') { // every position from the first one on
             std::fill(std::find(reached.begin(), reached.end(), true), reached.end(), true);
             continue;
         }

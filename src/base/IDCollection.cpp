@@ -7,45 +7,45 @@ IDCollection::IDCollection(const IDCollection& other) {
 }
 
 IDCollection& IDCollection::operator=(IDCollection other) noexcept {
-    // Swapping lists keeps the places valid.
+    // Swapping lists keeps the iterators valid.
     items.swap(other.items);
-    places.swap(other.places);
+    iterators.swap(other.iterators);
     return *this;
 }
 
 bool IDCollection::Add(const Text& id) { return Insert(id, items.end()); }
 
 bool IDCollection::Insert(const Text& id, const Text& next) {
-    const auto place = places.find(next);
-    return Insert(id, place == places.end() ? items.end() : place->second);
+    const auto found = iterators.find(next);
+    return Insert(id, found == iterators.end() ? items.end() : found->second);
 }
 
 Text IDCollection::NextOf(const Text& id) const {
-    const auto place = places.find(id);
-    if (place == places.end() || std::next(place->second) == items.end()) return {};
-    return *std::next(place->second);
+    const auto found = iterators.find(id);
+    if (found == iterators.end() || std::next(found->second) == items.end()) return {};
+    return *std::next(found->second);
 }
 
 bool IDCollection::Insert(const Text& id, std::list<Text>::iterator before) {
-    if (places.contains(id)) return false;
+    if (iterators.contains(id)) return false;
     std::list<Text> made(1, id);
-    places.emplace(made.front(), made.begin()); // may fail; then nothing has changed
+    iterators.emplace(made.front(), made.begin()); // may fail; then nothing has changed
     items.splice(before, made);
     return true;
 }
 
 bool IDCollection::Remove(const Text& id) {
-    const auto place = places.find(id);
-    if (place == places.end()) return false;
+    const auto found = iterators.find(id);
+    if (found == iterators.end()) return false;
     // `id` may be the text that is removed: the list is changed last.
-    const auto item = place->second;
-    places.erase(place);
+    const auto item = found->second;
+    iterators.erase(found);
     items.erase(item);
     return true;
 }
 
 void IDCollection::Clear() {
-    places.clear();
+    iterators.clear();
     items.clear();
 }
 

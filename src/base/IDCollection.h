@@ -23,7 +23,7 @@ public:
     bool Insert(const Text& id, const Text& next);
     // The text after that one; empty when it is the last or not there.
     Text NextOf(const Text& id) const;
-    bool Contains(const Text& id) const { return places.contains(id); }
+    bool Contains(const Text& id) const { return iterators.contains(id); }
     void Clear();
 
     size_t Count() const { return items.size(); }
@@ -35,7 +35,7 @@ private:
     bool Insert(const Text& id, std::list<Text>::iterator before);
 
     std::list<Text> items;
-    std::unordered_map<TextView, std::list<Text>::iterator> places; // keyed by the texts in the list
+    std::unordered_map<TextView, std::list<Text>::iterator> iterators; // keyed by the texts in the list
 };
 
 } // namespace dax

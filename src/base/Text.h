@@ -9,7 +9,7 @@ namespace dax {
 using Text = std::u16string;
 using TextView = std::u16string_view;
 
-// A byte sequence that is no UTF-8 becomes U+FFFD, a lone surrogate likewise in the other direction.
+// A byte sequence that is not valid UTF-8 becomes U+FFFD, a lone surrogate likewise in the other direction.
 Text FromUtf8(std::string_view utf8);
 void AppendUtf8(Text& text, std::string_view utf8); // appends
 std::string ToUtf8(TextView text);

@@ -17,30 +17,30 @@ public:
                unit >= 0x80;
     }
 
-    size_t Place() const { return place; }
-    bool AtEnd() const { return place == text.size(); }
+    size_t Position() const { return position; }
+    bool AtEnd() const { return position == text.size(); }
     void SkipBlanks() {
-        while (!AtEnd() && IsBlank(text[place])) ++place;
+        while (!AtEnd() && IsBlank(text[position])) ++position;
     }
     // These return false, and read nothing, when something else follows.
     bool Unit(char16_t unit) {
-        if (AtEnd() || text[place] != unit) return false;
-        ++place;
+        if (AtEnd() || text[position] != unit) return false;
+        ++position;
         return true;
     }
     // After blanks; a longer word that only begins like it does not count.
     bool Word(TextView word) {
         SkipBlanks();
-        const size_t after = place + word.size();
-        if (!EqualNoCase(text.substr(place, word.size()), word)) return false;
+        const size_t after = position + word.size();
+        if (!EqualNoCase(text.substr(position, word.size()), word)) return false;
         if (after < text.size() && IsWordUnit(text[after])) return false;
-        place = after;
+        position = after;
         return true;
     }
     TextView Digits() {
-        const size_t first = place;
-        while (!AtEnd() && IsDigit(text[place])) ++place;
-        return text.substr(first, place - first);
+        const size_t first = position;
+        while (!AtEnd() && IsDigit(text[position])) ++position;
+        return text.substr(first, position - first);
     }
     // At most nine digits fit the number.
     bool Number(int& number, size_t minDigits, size_t maxDigits) {
@@ -53,7 +53,7 @@ public:
 
 private:
     TextView text;
-    size_t place = 0;
+    size_t position = 0;
 };
 
 } // namespace dax

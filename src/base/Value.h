@@ -1,4 +1,4 @@
-// A field, a parameter or a property: nothing (NULL), a truth value, a number, a text or a date.
+// A field, a parameter or a property: nothing (NULL), a Boolean, a number, a text or a date.
 #pragma once
 
 #include "base/Text.h"

@@ -12,30 +12,30 @@ ContentStoryboard::ContentStoryboard(Text sbid, Text title, Text identifier, Tex
       storyboardType(std::move(storyboardType)) {}
 
 std::shared_ptr<Storyboard> ContentStoryboards::Item(const Text& sbid) const {
-    const auto place = places.find(sbid);
-    return place == places.end() ? nullptr : *place->second;
+    const auto found = iterators.find(sbid);
+    return found == iterators.end() ? nullptr : *found->second;
 }
 
 void ContentStoryboards::Add(const std::shared_ptr<Storyboard>& storyboard) {
     if (!storyboard) throw Error(ErrorNumbers::InvalidCall, u"There is no storyboard to add.");
     const Text sbid = storyboard->SBID();
     if (sbid.empty()) throw Error(ErrorNumbers::InvalidCall, u"A storyboard without an SBID cannot be added.");
-    const auto [place, isNew] = places.try_emplace(sbid);
+    const auto [found, isNew] = iterators.try_emplace(sbid);
     if (!isNew) throw Error(ErrorNumbers::KeyExists, u"The lesson already has a storyboard '" + sbid + u"'.");
-    place->second = order.insert(order.end(), storyboard);
+    found->second = order.insert(order.end(), storyboard);
 }
 
 void ContentStoryboards::Remove(const Text& sbid) {
-    const auto place = places.find(sbid);
-    if (place == places.end()) return;
-    const auto gone = *place->second; // its destruction may call back: it is destroyed last
-    order.erase(place->second);
-    places.erase(place);
+    const auto found = iterators.find(sbid);
+    if (found == iterators.end()) return;
+    const auto gone = *found->second; // its destruction may call back: it is destroyed last
+    order.erase(found->second);
+    iterators.erase(found);
 }
 
 std::shared_ptr<StoryboardMap> ContentMaps::Item(int32_t index) const {
-    const auto place = static_cast<size_t>(index); // a negative one is beyond the end, too
-    return place < maps.size() ? maps[place] : nullptr;
+    const auto position = static_cast<size_t>(index); // a negative one is beyond the end, too
+    return position < maps.size() ? maps[position] : nullptr;
 }
 
 std::shared_ptr<StoryboardMap> ContentMaps::Item(const Text& name) const {

@@ -40,7 +40,7 @@ public:
 private:
     using Order = std::list<std::shared_ptr<Storyboard>>;
     Order order;
-    std::unordered_map<Text, Order::iterator> places;
+    std::unordered_map<Text, Order::iterator> iterators;
 };
 
 class ContentMaps : public StoryboardMaps {

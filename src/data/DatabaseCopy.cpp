@@ -20,8 +20,7 @@ struct CopyRules {
     bool tablesAreTransacted; // creating a table belongs to the transaction
     bool acceptsNul;          // a text may contain a NUL character
     TextView lastGenerated;   // the last number of velmoraAutonumbers; NULL or an error where it is unknown
-    TextView
-        generateAbove; // makes it generate above the number that is put in the place of "?"; empty where a row does
+    TextView generateAbove;   // makes it generate above the number put for "?"; empty where a row does
     TextView beforeRows = {}, afterRows = {}; // let numbers be given to it
     TextView stableOrder = {};                // a table that is read twice comes in the same order
     bool isOrderedByKey = false;              // rows come in the order of their key, wherever they were put

@@ -59,7 +59,7 @@ public:
         text += FieldText(column);
         return true;
     }
-    // The value where the engine keeps it as a whole number, which spares reading it from a text.
+    // The value where the engine keeps it as a whole number, which avoids parsing a text.
     virtual std::optional<int64_t> FieldInteger(size_t) { return std::nullopt; }
 
     // Closes the rows and frees what the engine holds for them.

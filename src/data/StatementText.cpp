@@ -109,7 +109,7 @@ std::optional<Top> FindTop(TextView statement) {
     if (!reader.Word(u"DISTINCT")) (void)reader.Word(u"ALL");
     Top top;
     reader.SkipBlanks();
-    top.begin = reader.Place();
+    top.begin = reader.Position();
     if (!reader.Word(u"TOP")) return std::nullopt;
     reader.SkipBlanks();
     const bool bracket = reader.Unit(u'(');
@@ -118,7 +118,7 @@ std::optional<Top> FindTop(TextView statement) {
     reader.SkipBlanks();
     if (top.count.empty() || (bracket && !reader.Unit(u')')) || reader.Word(u"PERCENT")) return std::nullopt;
     if (bracket) reader.SkipBlanks();
-    top.end = reader.Place();
+    top.end = reader.Position();
     if (reader.AtEnd() || (!bracket && !TextReader::IsBlank(statement[top.end - 1]))) return std::nullopt;
     return top;
 }
@@ -172,7 +172,7 @@ Text AdaptStatement(TextView statement, const Dialect& dialect) {
         whole = whole && pieces.Kind() != Piece::Unterminated && pieces.Kind() != Piece::Comment;
     }
     if (!top || !whole) return result;
-    // No date can be before TOP, so its place is the same in the result.
+    // No date can be before TOP, so its position is the same in the result.
     result.erase(top->begin, top->end - top->begin);
     size_t end = result.size();
     while (TextReader::IsBlank(result[end - 1]) || result[end - 1] == u';') --end;

@@ -5,9 +5,10 @@
 
 namespace dax {
 
-// The rows are first put into temporary tables, which other connections do not see and which vanish with this one. Then
-// one statement creates the tables under other names, copies the rows, and gives all tables their names in one step.
-// The server carries it out even when the client has ended, and drops what it has created when something fails.
+// The rows are first put into temporary tables, which other connections do not see and which are dropped when this one
+// is closed. Then one statement creates the tables under other names, copies the rows, and gives all tables their names
+// in one step. The server carries it out even when the client has ended, and drops what it has created when something
+// fails.
 namespace TablePublication {
 
 struct Part {

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int KeyDelete = 46, KeyF5 = 116;
 
-// The columns' places in the select list of the lock query.
+// The columns' positions in the select list of the lock query.
 enum LockColumns : size_t {
     ColumnLessonID,
     ColumnUsername,

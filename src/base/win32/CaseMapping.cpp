@@ -10,7 +10,7 @@ namespace {
 
 const wchar_t* Wide(const char16_t* text) { return reinterpret_cast<const wchar_t*>(text); }
 
-// What a function of the system makes of a text; it takes a source and a place, and returns the length of the result.
+// What a function of the system makes of a text; it takes a source and a buffer, and returns the length of the result.
 template <typename Function>
 Text Mapped(TextView text, Function&& function) {
     if (text.empty()) return {};

@@ -42,7 +42,7 @@ public:
 private:
     struct Parameter {
         Text text;
-        std::string utf8; // instead of the text, for a driver that speaks UTF-8
+        std::string utf8; // instead of the text, for a driver that takes UTF-8
         SQLINTEGER small = 0;
         SQLBIGINT number = 0;
         double fraction = 0;

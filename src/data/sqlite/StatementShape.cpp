@@ -87,8 +87,9 @@ bool StatementShape::TakeText(TextView statement, size_t& at, size_t& copied) {
 void StatementShape::TakeNumber(TextView statement, size_t& at, size_t& copied) {
     const size_t begin = at;
     while (at < statement.size() && TextReader::IsDigit(statement[at])) ++at;
-    const auto joins = [&](size_t place) {
-        return place < statement.size() && (TextReader::IsWordUnit(statement[place]) || statement[place] == u'.');
+    const auto joins = [&](size_t position) {
+        return position < statement.size() &&
+               (TextReader::IsWordUnit(statement[position]) || statement[position] == u'.');
     };
     if (joins(begin - 1) || joins(at) || at - begin > maxDigits) {
         while (joins(at)) ++at;
