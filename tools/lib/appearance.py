@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""look.py fonts SOURCE TARGET: joins Noto Sans with the fonts of other scripts, into fonts that Wine can draw.
-look.py settings FILE [--dpi N] [--high-contrast]: the desktop's settings for a Wine prefix, for regedit.
+"""appearance.py fonts SOURCE TARGET: joins Noto Sans with the fonts of other scripts, into fonts that Wine can draw.
+appearance.py settings FILE [--dpi N] [--high-contrast]: the desktop's settings for a Wine prefix, for regedit.
 
 Wine takes letters that a font lacks from the fonts which the registry links to it, but letters that have to be ordered or
 joined, as in Hebrew, Arabic and Devanagari, only from the font itself. Characters beyond the first 65,536 it does not
