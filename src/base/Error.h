@@ -1,4 +1,4 @@
-// The one exception of the system.
+// What the portable core throws, itself or as a class derived from it.
 #pragma once
 
 #include "base/ErrorNumbers.h"
