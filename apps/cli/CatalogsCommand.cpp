@@ -17,7 +17,7 @@ Text RightsText(const SQLDBPicker& picker) {
     return picker.IsReadOnly() ? u"read only" : u"read and write";
 }
 
-// Throws Refusal when the user is unknown or may open nothing.
+// Throws RefusedError when the user is unknown or may open nothing.
 void Load(SQLDBPicker& picker, const ComboBox& list, const Target& connector, const Text& user, const Text& catalog) {
     bool isKnown = false;
     try {
@@ -27,8 +27,9 @@ void Load(SQLDBPicker& picker, const ComboBox& list, const Target& connector, co
                                         u"\n'dax validate-connector' checks whether it is a connector "
                                         u"database.");
     }
-    if (!isKnown) throw Refusal(u"The connector does not know the user '" + user + u"'.");
-    if (list.ListCount() == 0) throw Refusal(u"The user '" + user + u"' may not open any catalog of this connector.");
+    if (!isKnown) throw RefusedError(u"The connector does not know the user '" + user + u"'.");
+    if (list.ListCount() == 0)
+        throw RefusedError(u"The user '" + user + u"' may not open any catalog of this connector.");
 }
 
 ExitCode Catalogs(const Arguments& arguments) {
@@ -41,8 +42,8 @@ ExitCode Catalogs(const Arguments& arguments) {
     }
     const Text machine = arguments.Value(u"--record");
     if (arguments.Has(u"--record") && (user + machine).find(u'\'') != Text::npos) {
-        throw Refusal(u"The connection history takes no apostrophe in the user's or the machine's name. Leave "
-                      u"--record out.");
+        throw RefusedError(u"The connection history takes no apostrophe in the user's or the machine's name. Leave "
+                           u"--record out.");
     }
     const auto list = std::make_shared<ComboBox>();
     SQLDBPicker picker(list);
@@ -87,7 +88,7 @@ ExitCode Pick(const Arguments& arguments) {
     SQLDBPicker picker(list);
     Load(picker, *list, target, user, catalog);
     if (!catalog.empty() && picker.DBCatalog() != catalog) {
-        throw Refusal(u"The user '" + user + u"' may not open a catalog '" + catalog + u"', or there is none.");
+        throw RefusedError(u"The user '" + user + u"' may not open a catalog '" + catalog + u"', or there is none.");
     }
     const Text found =
         CatalogConnection(target.connection, picker.DBCatalog(), picker.DBUsername(), picker.DBPassword());

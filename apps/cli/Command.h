@@ -1,9 +1,9 @@
 // What every command of the program has: a row in the table of commands, its arguments, an exit code.
 #pragma once
 
+#include "MessageException.h"
 #include "base/Text.h"
 
-#include <exception>
 #include <map>
 #include <span>
 #include <vector>
@@ -12,26 +12,19 @@ namespace dax::cli {
 
 enum ExitCode { Success = 0, Refused = 1, WrongUsage = 2, Failure = 3 };
 
-// The texts of the three exceptions follow "dax COMMAND: ". CONTRIBUTING.md describes how messages are written.
+// The texts of the two exceptions, and of Interrupted and OutputError, follow "dax COMMAND: ". CONTRIBUTING.md
+// describes how messages are written.
 
 // The command line is not valid for the command. The text says what is wrong and what would be right.
-class UsageError : public std::exception {
+class UsageError : public MessageException {
 public:
-    explicit UsageError(Text text) : message(std::move(text)) {}
-    const Text& Message() const { return message; }
-
-private:
-    Text message;
+    using MessageException::MessageException;
 };
 
 // The command refuses a valid request; nothing was changed.
-class Refusal : public std::exception {
+class RefusedError : public MessageException {
 public:
-    explicit Refusal(Text text) : message(std::move(text)) {}
-    const Text& Message() const { return message; }
-
-private:
-    Text message;
+    using MessageException::MessageException;
 };
 
 struct Option {

@@ -84,7 +84,7 @@ void Announce(TextView line) {
     try {
         Print(line);
     } catch (const OutputError& error) {
-        throw OutputError(error.Message() + u"\nIt was done all the same: " + Text(line), error.IsClosed());
+        throw OutputError(error.Message() + u"\nThe change was made: " + Text(line), error.IsClosed());
     }
 }
 

@@ -1,22 +1,20 @@
 // What the program says: UTF-8 on every system, whole lines.
 #pragma once
 
+#include "MessageException.h"
 #include "base/Text.h"
 
 #include <chrono>
-#include <exception>
 
 namespace dax::cli {
 
 // What is printed cannot be written.
-class OutputError : public std::exception {
+class OutputError : public MessageException {
 public:
-    OutputError(Text text, bool closed) : message(std::move(text)), isClosed(closed) {}
-    const Text& Message() const { return message; }
+    OutputError(Text text, bool closed) : MessageException(std::move(text)), isClosed(closed) {}
     bool IsClosed() const { return isClosed; } // the reader closed the pipe, which is no failure
 
 private:
-    Text message;
     bool isClosed;
 };
 

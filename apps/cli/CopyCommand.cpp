@@ -43,7 +43,7 @@ Text ResultText(const DatabaseCopy& copy, const Target& from, const Target& to) 
 ExitCode Copy(const Arguments& arguments) {
     const Target from = ParseTarget(arguments), to = ParseTarget(arguments, 1, u"--to-password");
     std::optional<NewFile> file;
-    Unfinished copying(u"Nothing was copied.", [&] {
+    InterruptScope copying(u"Nothing was copied.", [&] {
         if (file) file->Remove();
     });
     std::optional<DatabaseCopy> copy;
@@ -53,8 +53,8 @@ ExitCode Copy(const Arguments& arguments) {
         copy.emplace(DatabaseCopy::Endpoint{from.connection, from.shown},
                      DatabaseCopy::Endpoint{file ? file->Path() : to.connection, to.shown});
         if (!copy->TableWithRows().empty() && !arguments.Has(ForceOption.name))
-            throw Refusal(u"'" + to.shown + u"' has rows in " + copy->TableWithRows() +
-                          u" already. Give an empty database, or replace all rows with --force.");
+            throw RefusedError(u"'" + to.shown + u"' has rows in " + copy->TableWithRows() +
+                               u" already. Give an empty database, or replace all rows with --force.");
         Progress progress(u"copying", copy->RowsInAll() * 2); // written, then compared
         copy->Write([&](size_t done) { progress.Report(done); });
         copying.Finish();
@@ -66,7 +66,7 @@ ExitCode Copy(const Arguments& arguments) {
     } catch (const Error& error) { // which names the place of the two
         PrintError(u"dax copy: " + error.Description() +
                    (copy && copy->IsInDoubt() ? u" It is not known whether the copy was stored: all of it, or nothing. "
-                                                u"Look into '" +
+                                                u"Check '" +
                                                     to.shown + u"'."
                                               : Text(u" Nothing was copied.")));
         return Failure;

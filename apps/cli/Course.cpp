@@ -53,17 +53,18 @@ Node& Course::Find(const Text& name) {
             suggestion.Offer(node->Key());
         }
         const Text question = suggestion.Question();
-        throw Refusal(u"There is no entry '" + name + u"'." +
-                      (question.empty() ? u" Give a lessonID, or an identifier that only one entry has; 'dax find' "
-                                          u"looks for a text."
-                                        : question));
+        throw RefusedError(u"There is no entry '" + name + u"'." +
+                           (question.empty()
+                                ? u" Give a lessonID, or an identifier that only one entry has; 'dax find' "
+                                  u"looks for a text."
+                                : question));
     }
     Text message = CountText(static_cast<int64_t>(found.size()), u"entry") + u" have the identifier '" + name +
                    u"'. Give the lessonID of the one that you mean:";
     for (size_t i = 0; i < std::min(found.size(), MaxNamed); ++i) {
         message += u"\n  " + found[i]->Key() + u"  " + OneLine(Shorten(found[i]->Caption(), 60));
     }
-    throw Refusal(found.size() > MaxNamed ? message + u"\n  …" : message);
+    throw RefusedError(found.size() > MaxNamed ? message + u"\n  …" : message);
 }
 
 std::vector<Node*> Course::WithIdentifier(const Text& identifier) {
@@ -88,7 +89,7 @@ void Course::IdentifierChanged(const Node& node) {
 }
 
 void Course::Save() {
-    Unfinished saving(u"Nothing was saved.");
+    InterruptScope saving(u"Nothing was saved.");
     const auto progress = std::make_shared<Progress>(u"saving the hierarchy", static_cast<size_t>(Tree().Count()));
     editor->SetProgress([progress, &saving](int64_t done, int64_t total) {
         progress->Report(static_cast<size_t>(done));

@@ -21,9 +21,9 @@ public:
     Node& Root() { return *Tree().First(); }
 
     // By lessonID or, when no entry has that, by the identifier that exactly one entry has; TopName is the root.
-    // Throws Refusal when there is none, or more than one.
+    // Throws RefusedError when there is none, or more than one.
     Node& Find(const Text& name);
-    // The same, but null instead of Refusal.
+    // The same, but null instead of RefusedError.
     Node* TryFind(const Text& name);
     // The node has another identifier now.
     void IdentifierChanged(const Node& node);

@@ -21,8 +21,8 @@ void DoLines(Editing& editing, const std::vector<EditLine>& lines) {
             editing.Do(line.words);
         } catch (const UsageError& error) {
             throw UsageError(named(error.Message()));
-        } catch (const Refusal& refusal) {
-            throw Refusal(named(refusal.Message()) + u"\nNothing was saved.");
+        } catch (const RefusedError& error) {
+            throw RefusedError(named(error.Message()) + u"\nNothing was saved.");
         }
         progress.Report(++done);
     }
@@ -37,7 +37,7 @@ ExitCode Edit(const Arguments& arguments) {
     std::vector<EditLine> lines;
     if (words.empty()) lines = ReadEditLines(ReadTextFile(arguments.Value(u"--file")));
     const Target target = ParseTarget(arguments);
-    std::optional<Unfinished> unsaved(std::in_place, u"Nothing was saved.");
+    std::optional<InterruptScope> unsaved(std::in_place, u"Nothing was saved.");
     Course course(target);
     course.Editor().SetConflictCheck(!arguments.Has(u"--force"));
     Editing editing(course);

@@ -90,7 +90,7 @@ public:
         return words[at++];
     }
     [[noreturn]] void Reject(const Text& word) const {
-        throw UsageError(u"'" + words.front() + u"' does not know what to do with '" + word + u"'.");
+        throw UsageError(u"'" + words.front() + u"' has no argument '" + word + u"'.");
     }
     void End() {
         if (!AtEnd()) Reject(words[at]);
@@ -138,14 +138,14 @@ void Editing::Add(Words& words) {
         }
     }
     if (id.empty() || id == TopName || id.size() > LongestID || id.find(u'\'') != Text::npos) {
-        throw Refusal(u"'" + id + u"' cannot be a lessonID, which has 1 to 255 characters and no apostrophe.");
+        throw RefusedError(u"'" + id + u"' cannot be a lessonID, which has 1 to 255 characters and no apostrophe.");
     }
     if (modTVW::NodeExists(course.Tree(), id)) {
-        throw Refusal(u"There is an entry with the lessonID '" + id + u"' already.");
+        throw RefusedError(u"There is an entry with the lessonID '" + id + u"' already.");
     }
     if (removedIDs.Contains(id)) {
-        throw Refusal(u"The entry '" + id + u"' was removed by an earlier command and cannot be added again in the " +
-                      u"same run.");
+        throw RefusedError(u"The entry '" + id +
+                           u"' was removed by an earlier command and cannot be added again in the " + u"same run.");
     }
     course.Find(target); // before anything is done
     course.Editor().AddLesson(id, title, identifier, type);
@@ -220,7 +220,7 @@ void Editing::Move(Words& words) {
         if (name != where) continue;
         course.Editor().SetCurrentLessonID(node.Key());
         if (!course.Editor().CanMoveCurrent(movement)) {
-            throw Refusal(Name(node) + u" cannot move " + where + u" from its place.");
+            throw RefusedError(Name(node) + u" cannot move " + where + u" from its place.");
         }
         changedIDs.Add(node.Key());
         course.Editor().MoveCurrent(movement);
@@ -232,23 +232,23 @@ void Editing::Move(Words& words) {
 
 Node& Editing::FindBelowTop(const Text& name) {
     Node& node = course.Find(name);
-    if (!node.Parent()) throw Refusal(u"The top is the database itself; it cannot be changed like an entry.");
+    if (!node.Parent()) throw RefusedError(u"The top is the database itself; it cannot be changed like an entry.");
     return node;
 }
 
 void Editing::Put(Node& node, const Text& where, const Text& targetName) {
     Node& target = course.Find(targetName);
     if (modTVW::IsInBranch(&target, &node)) {
-        throw Refusal(Name(node) + u" cannot move into itself, or beside what lies in it.");
+        throw RefusedError(Name(node) + u" cannot move into itself, or beside what lies in it.");
     }
     if (where == u"in") {
         if (target.Parent() && HierarchyRows::TypeOf(target) != ltGroup) {
-            throw Refusal(Name(target) + u" is not a group: nothing can be put into it.");
+            throw RefusedError(Name(target) + u" is not a group: nothing can be put into it.");
         }
         course.Tree().Move(node, &target, InsertPosition::LastChild);
         return;
     }
-    if (!target.Parent()) throw Refusal(u"Nothing can stand beside the top; \"in /\" puts an entry there.");
+    if (!target.Parent()) throw RefusedError(u"Nothing can stand beside the top; \"in /\" puts an entry there.");
     course.Tree().Move(node, &target, where == u"before" ? InsertPosition::Before : InsertPosition::After);
 }
 
@@ -269,19 +269,19 @@ void Editing::CheckLocks(const Target& target) {
                    lock.type + u" '" + OneLine(Shorten(lock.title, 60)) + u"' for " + lock.age;
     }
     if (holders.empty()) return;
-    throw Refusal(u"Somebody is editing what would change; " + Text(LockedNotice) + holders);
+    throw RefusedError(u"Somebody is editing what would change; " + Text(LockedNotice) + holders);
 }
 
 void Editing::CheckSaving() {
     // The statements of a save do not take an apostrophe in a lessonID, and every entry is written.
     for (const Node* node = &course.Root(); node; node = modTVW::GetNextNode(node)) {
         if (node->Key().find(u'\'') == Text::npos) continue;
-        throw Refusal(u"The entry " + Name(*node) + u" has a lessonID with an apostrophe (" + node->Key() +
-                      u"), with which a hierarchy cannot be saved.");
+        throw RefusedError(u"The entry " + Name(*node) + u" has a lessonID with an apostrophe (" + node->Key() +
+                           u"), with which a hierarchy cannot be saved.");
     }
     for (const Text& id : removedIDs) {
         if (id.find(u'\'') != Text::npos) {
-            throw Refusal(u"The lessonID '" + id + u"' has an apostrophe; such an entry cannot be removed.");
+            throw RefusedError(u"The lessonID '" + id + u"' has an apostrophe; such an entry cannot be removed.");
         }
     }
 }

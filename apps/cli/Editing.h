@@ -25,11 +25,11 @@ class Editing {
 public:
     explicit Editing(Course& editedCourse) : course(editedCourse) {}
 
-    // Throws UsageError when it is no command, Refusal when it cannot be done.
+    // Throws UsageError when it is no command, RefusedError when it cannot be done.
     void Do(std::span<const Text> words);
-    // Throws Refusal when the result cannot be saved.
+    // Throws RefusedError when the result cannot be saved.
     void CheckSaving();
-    // Throws Refusal, with the holders' names, when somebody has a live edit lock on what the commands change or
+    // Throws RefusedError, with the holders' names, when somebody has a live edit lock on what the commands change or
     // remove, or on what lies in it. Throws Error.
     void CheckLocks(const Target& target);
     const IDCollection& AddedIDs() const { return addedIDs; } // in the order of their commands

@@ -11,12 +11,12 @@ namespace dax::cli {
 
 struct InterruptState {
     std::mutex mutex;
-    Unfinished* current = nullptr;
+    InterruptScope* current = nullptr;
     bool isRequested = false;
 
-    static const Text& MessageOf(const Unfinished& work) { return work.message; }
-    static bool IsFinishing(const Unfinished& work) { return work.isFinishing; }
-    static void Undo(const Unfinished& work) {
+    static const Text& MessageOf(const InterruptScope& work) { return work.message; }
+    static bool IsFinishing(const InterruptScope& work) { return work.isFinishing; }
+    static void Undo(const InterruptScope& work) {
         if (work.undo) work.undo();
     }
 };
@@ -74,20 +74,21 @@ void CheckInterrupt() {
         throw Interrupted(InterruptState::MessageOf(*state.current));
 }
 
-Unfinished::Unfinished(Text text, std::function<void()> action) : message(std::move(text)), undo(std::move(action)) {
+InterruptScope::InterruptScope(Text text, std::function<void()> action)
+    : message(std::move(text)), undo(std::move(action)) {
     const std::scoped_lock lock(State().mutex);
     outer = std::exchange(State().current, this);
 }
 
-Unfinished::~Unfinished() {
+InterruptScope::~InterruptScope() {
     const std::scoped_lock lock(State().mutex);
     State().current = outer;
 }
 
-void Unfinished::Finish() {
+void InterruptScope::Finish() {
     const std::scoped_lock lock(State().mutex);
     if (State().isRequested) throw Interrupted(message);
-    for (Unfinished* work = this; work; work = work->outer) work->isFinishing = true;
+    for (InterruptScope* work = this; work; work = work->outer) work->isFinishing = true;
 }
 
 } // namespace dax::cli

@@ -2,21 +2,17 @@
 // it ends at once.
 #pragma once
 
+#include "MessageException.h"
 #include "base/Text.h"
 
-#include <exception>
 #include <functional>
 
 namespace dax::cli {
 
-// Unwinds the work; then the program ends as one that was interrupted.
-class Interrupted : public std::exception {
+// Unwinds the work; then the program ends as one that was interrupted. The message says what has become of the work.
+class Interrupted : public MessageException {
 public:
-    explicit Interrupted(Text text) : message(std::move(text)) {}
-    const Text& Message() const { return message; } // what has become of the work
-
-private:
-    Text message;
+    using MessageException::MessageException;
 };
 
 // From the start of the program, before there are other threads.
@@ -29,13 +25,13 @@ void CheckInterrupt();
 // Work that can be interrupted without effects. While it exists Ctrl+C does not end the program but is
 // detected by CheckInterrupt. When that takes some seconds, because a server does not answer, or at the second Ctrl+C,
 // `undo` is called on another thread and the program ends; an open transaction ends with it.
-class Unfinished {
+class InterruptScope {
 public:
     // `message` says what an interruption leaves: "Nothing was saved."
-    explicit Unfinished(Text message, std::function<void()> undo = {});
-    ~Unfinished();
-    Unfinished(const Unfinished&) = delete;
-    Unfinished& operator=(const Unfinished&) = delete;
+    explicit InterruptScope(Text message, std::function<void()> undo = {});
+    ~InterruptScope();
+    InterruptScope(const InterruptScope&) = delete;
+    InterruptScope& operator=(const InterruptScope&) = delete;
 
     // Directly before the step that cannot be undone, a commit: throws Interrupted if it was interrupted by now. From
     // then on it is finished, whatever the user presses.
@@ -45,7 +41,7 @@ private:
     friend struct InterruptState;
     Text message;
     std::function<void()> undo;
-    Unfinished* outer;
+    InterruptScope* outer;
     bool isFinishing = false;
 };
 

@@ -50,8 +50,8 @@ ExitCode Import(StoredLesson& lesson, const Arguments& arguments) {
     try {
         LessonText::Load(text);
     } catch (const Error& error) {
-        throw Refusal((path == StandardStream ? Text(u"The standard input") : u"The file '" + path + u"'") +
-                      u" holds no lesson: " + error.Description());
+        throw RefusedError((path == StandardStream ? Text(u"The standard input") : u"The file '" + path + u"'") +
+                           u" holds no lesson: " + error.Description());
     }
     lesson.Replace(text, arguments.Has(u"--force"));
     Announce(u"Saved: " + lesson.LessonID());

@@ -15,21 +15,21 @@ namespace {
 // A field of a lesson's text is one word of a line.
 void CheckField(const Text& text, TextView what) {
     if (text.find_first_of(u"\t\r\n") != Text::npos)
-        throw Refusal(u"The " + Text(what) + u" of a storyboard cannot hold tabs and line ends.");
+        throw RefusedError(u"The " + Text(what) + u" of a storyboard cannot hold tabs and line ends.");
 }
 
 } // namespace
 
 LessonPages::LessonPages(const Target& target, const Text& lessonName, bool mayBeEmpty) : stored(target, lessonName) {
     if (stored.Data().empty()) {
-        if (!mayBeEmpty) throw Refusal(u"Nothing is stored in the lesson '" + lessonName + u"' yet.");
+        if (!mayBeEmpty) throw RefusedError(u"Nothing is stored in the lesson '" + lessonName + u"' yet.");
         lesson = std::make_shared<ContentLesson>();
     } else {
         try {
             lesson = LessonText::Load(stored.Data());
         } catch (const Error& error) {
-            throw Refusal(u"The lesson '" + lessonName + u"' is not stored in the form that this program reads: " +
-                          error.Description());
+            throw RefusedError(u"The lesson '" + lessonName + u"' is not stored in the form that this program reads: " +
+                               error.Description());
         }
     }
     editor->SetLesson(lesson);
@@ -121,27 +121,27 @@ Text LessonPages::SbidOf(const Text& name) {
         for (const auto& storyboard : lesson->Storyboards()->All())
             for (const Text& called : {storyboard->Identifier(), storyboard->SBID(), storyboard->Title()})
                 suggestion.Offer(called);
-        throw Refusal(u"No storyboard in a map has the SBID, the identifier or the title '" + name + u"'." +
-                      suggestion.Question());
+        throw RefusedError(u"No storyboard in a map has the SBID, the identifier or the title '" + name + u"'." +
+                           suggestion.Question());
     }
     Text message = CountText(static_cast<int64_t>(found.size()), u"storyboard") + u" fit '" + name +
                    u"'. Give the SBID, which is shown in braces:";
     for (const Text& each : found) message += u"\n  " + Describe(each);
-    throw Refusal(message);
+    throw RefusedError(message);
 }
 
 std::shared_ptr<ContentStoryboard> LessonPages::StoryboardOf(const Text& name) {
     auto storyboard = lesson->Storyboards()->Item(name);
     if (!storyboard) storyboard = lesson->Storyboards()->Item(SbidOf(name));
     auto own = std::dynamic_pointer_cast<ContentStoryboard>(storyboard);
-    if (!own) throw Refusal(u"The storyboard '" + name + u"' is missing from the lesson; only its place is left.");
+    if (!own) throw RefusedError(u"The storyboard '" + name + u"' is missing from the lesson; only its place is left.");
     return own;
 }
 
 void LessonPages::Move(const Text& name, StoryboardMovementTypes movement) {
     const Text sbid = SbidOf(name), current = lesson->CurrentSBID();
     editor->SetCurrentSBID(sbid);
-    if (!editor->CanMoveCurrent(movement)) throw Refusal(u"The storyboard cannot move there from its place.");
+    if (!editor->CanMoveCurrent(movement)) throw RefusedError(u"The storyboard cannot move there from its place.");
     editor->MoveCurrent(movement);
     lesson->SetCurrentSBID(current); // on which the author works; a move from here does not change it
 }
@@ -176,7 +176,7 @@ Text LessonPages::Add(const Text& requested, const Fields& fields, TextView wher
     Fill(*storyboard, fields);
     NodeTree& tree = *editor->tvwObject();
     if (lesson->Storyboards()->Item(sbid) || tree.Find(sbid))
-        throw Refusal(u"There is a storyboard or a map '" + sbid + u"' already.");
+        throw RefusedError(u"There is a storyboard or a map '" + sbid + u"' already.");
     editor->AddStoryboard(storyboard);
     tree.Move(*tree.Find(sbid), &place,
               where == u"before"  ? InsertPosition::Before

@@ -12,8 +12,8 @@ namespace dax::cli {
 
 class LessonPages {
 public:
-    // `lessonName` as Course::Find takes it. Throws Error, and Refusal when it is no lesson or holds none of our own,
-    // unless it holds nothing and may.
+    // `lessonName` as Course::Find takes it. Throws Error, and RefusedError when it is no lesson or holds none of our
+    // own, unless it holds nothing and may.
     LessonPages(const Target& target, const Text& lessonName, bool mayBeEmpty);
 
     void Print(bool hasBoxes) const;
@@ -23,7 +23,7 @@ public:
     Text Describe(const Text& sbid) const;
     Text Json(const Text& sbid) const;
 
-    // Storyboards are named by SBID, or by what only one of them is called. All throw Refusal.
+    // Storyboards are named by SBID, or by what only one of them is called. All throw RefusedError.
     void Move(const Text& name, StoryboardMovementTypes movement);
     struct Fields {
         std::optional<Text> title, identifier, type; // those that are given

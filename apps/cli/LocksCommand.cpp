@@ -137,7 +137,7 @@ ExitCode Delete(LockList& list, const Arguments& arguments) {
         return Refused;
     }
     std::optional<Text> unread;
-    Unfinished deleting(u"Nothing was deleted.");
+    InterruptScope deleting(u"Nothing was deleted.");
     deleting.Finish(); // it is brief, and what was deleted is reported
     try {
         unread = list.Delete(arguments.Value(u"--as"), arguments.Has(u"--admin"));

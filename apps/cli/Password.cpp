@@ -21,7 +21,7 @@ Text FromEnvironment(const Text& name) {
     const char* const value = std::getenv(ToUtf8(name).c_str());
     const Text password = value ? Decode(value, u"The environment variable '" + name + u"'") : Text();
 #endif
-    if (password.empty()) throw Refusal(u"The environment variable '" + name + u"' holds no password.");
+    if (password.empty()) throw RefusedError(u"The environment variable '" + name + u"' holds no password.");
     return password;
 }
 
@@ -29,14 +29,14 @@ Text FirstLine(const Text& text) { return text.substr(0, text.find_first_of(u"\r
 
 Text FromFile(const Text& path) {
     Text password = FirstLine(ReadTextFile(path));
-    if (password.empty()) throw Refusal(u"The first line of '" + path + u"' holds no password.");
+    if (password.empty()) throw RefusedError(u"The first line of '" + path + u"' holds no password.");
     return password;
 }
 
 Text FromPrompt() {
     const std::optional<std::string> line = ReadHiddenLine(u"Password:");
     const Text password = line ? FirstLine(Decode(*line, u"The password")) : Text();
-    if (password.empty()) throw Refusal(u"No password was given.");
+    if (password.empty()) throw RefusedError(u"No password was given.");
     return password;
 }
 

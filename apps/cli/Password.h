@@ -22,7 +22,7 @@ inline constexpr Option SecondPasswordOptions[] = {
 };
 
 // By the options that begin with `prefix` ("--password"); nothing when none is given. The password is kept out of all
-// messages from then on. Throws UsageError for two of them, Refusal when there is none where it should be.
+// messages from then on. Throws UsageError for two of them, RefusedError when there is none where it should be.
 std::optional<Text> ReadPassword(const Arguments& arguments, const Text& prefix);
 
 // The connection string with that password. Throws UsageError for a file, and for a string that has one.

@@ -13,8 +13,8 @@ StoredLesson::StoredLesson(const Target& target, const Text& lessonName) : conne
     Course course(target);
     const Node& node = course.Find(lessonName);
     if (HierarchyRows::TypeOf(node) != ltLesson) {
-        throw Refusal(u"'" + lessonName + u"' is not a lesson but a " + TypeName(HierarchyRows::TypeOf(node)) +
-                      u". Only lessons have maps.");
+        throw RefusedError(u"'" + lessonName + u"' is not a lesson but a " + TypeName(HierarchyRows::TypeOf(node)) +
+                           u". Only lessons have maps.");
     }
     lessonID = node.Key();
     Connection connection;
@@ -31,7 +31,7 @@ Text StoredLesson::Read(Connection& connection) const {
 void StoredLesson::Replace(const Text& newData, bool isForced) {
     Connection connection;
     connection.Open(connectionString);
-    Unfinished saving(u"Nothing was saved.");
+    InterruptScope saving(u"Nothing was saved.");
     connection.BeginTrans();
     if (!isForced) {
         Recordset locks;
@@ -39,11 +39,12 @@ void StoredLesson::Replace(const Text& newData, bool isForced) {
                        u" AND lessonID = " + modDB::QuoteSQLString(lessonID),
                    connection);
         if (!locks.Eof()) {
-            throw Refusal(OneLine(locks.FieldText(0)) + u" is editing the lesson; " + Text(LockedNotice));
+            throw RefusedError(OneLine(locks.FieldText(0)) + u" is editing the lesson; " + Text(LockedNotice));
         }
         locks.Close();
     }
-    if (Read(connection) != data) throw Refusal(u"Somebody has just changed the lesson. Nothing was saved; try again.");
+    if (Read(connection) != data)
+        throw RefusedError(u"Somebody has just changed the lesson. Nothing was saved; try again.");
     dax::Command update(connection);
     update.SetCommandText(u"UPDATE velmoraLessons SET lessonData = ? WHERE lessonID = ?");
     update.AppendParameter(newData);

@@ -11,12 +11,13 @@ inline constexpr TextView LockedNotice = u"saving now could overwrite their work
 
 class StoredLesson {
 public:
-    // `lessonName` as Course::Find takes it. Throws Error, and Refusal when it is no lesson.
+    // `lessonName` as Course::Find takes it. Throws Error, and RefusedError when it is no lesson.
     StoredLesson(const Target& target, const Text& lessonName);
 
     const Text& LessonID() const { return lessonID; }
     const Text& Data() const { return data; } // as it was read; empty for a lesson that has no content yet
-    // Throws Error, and Refusal when the lesson was changed since it was read or, unless forced, somebody edits it.
+    // Throws Error, and RefusedError when the lesson was changed since it was read or, unless forced, somebody edits
+    // it.
     void Replace(const Text& newData, bool isForced);
 
 private:

@@ -69,7 +69,7 @@ private:
 
     Target target;
     std::optional<NewFile> file;
-    std::optional<Unfinished> making;
+    std::optional<InterruptScope> making;
     Connection connection;
 };
 

@@ -25,8 +25,9 @@ Text DisplayPath(const Text& path) {
 Text SystemError() { return FromUtf8(std::generic_category().message(errno)); }
 
 [[noreturn]] void RefuseEncoding(const Text& source, TextView encoding, size_t line) {
-    throw Refusal(source + u" is not valid " + Text(encoding) + u" in line " + ToText(static_cast<long long>(line)) +
-                  u". Save it as UTF-8, or as UTF-16 with a byte-order mark.");
+    throw RefusedError(source + u" is not valid " + Text(encoding) + u" in line " +
+                       ToText(static_cast<long long>(line)) +
+                       u". Save it as UTF-8, or as UTF-16 with a byte-order mark.");
 }
 
 Text DecodeUtf16(std::string_view bytes, bool isBig, const Text& source) {
@@ -51,10 +52,10 @@ std::string ReadBytes(const Text& path) {
     errno = 0;
     const std::filesystem::path place(path);
     std::error_code ignored;
-    if (std::filesystem::is_directory(place, ignored)) throw Refusal(u"'" + path + u"' is a folder, not a file.");
+    if (std::filesystem::is_directory(place, ignored)) throw RefusedError(u"'" + path + u"' is a folder, not a file.");
     std::ifstream stream(place, std::ios::binary);
     std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-    if (!stream) throw Refusal(DisplayPath(path) + u" cannot be read: " + SystemError() + u".");
+    if (!stream) throw RefusedError(DisplayPath(path) + u" cannot be read: " + SystemError() + u".");
     return bytes;
 }
 
@@ -102,13 +103,13 @@ void WriteTextFile(const Text& path, const Text& text, Encoding encoding, bool m
     // A pipe or a device is written into; a file is made beside its place first.
     const bool isPlain = !exists || std::filesystem::is_regular_file(place, failure);
     if (exists && isPlain && !mayReplace)
-        throw Refusal(u"'" + path + u"' exists already. Choose another name, or replace it with --force.");
+        throw RefusedError(u"'" + path + u"' exists already. Choose another name, or replace it with --force.");
     const std::filesystem::path beside = isPlain ? std::filesystem::path(path + u".new") : place;
     const auto remove = [&] {
         std::error_code ignored;
         if (isPlain) std::filesystem::remove(beside, ignored);
     };
-    Unfinished writing(u"No file was written.", remove);
+    InterruptScope writing(u"No file was written.", remove);
     errno = 0;
     std::ofstream stream(beside, std::ios::binary | std::ios::trunc);
     stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));

@@ -79,8 +79,8 @@ ExitCode RunCommand(const Command& command, std::span<const Text> words, bool is
             PrintError(prefix + PlaceOf(arguments) + error.Description());
             return Failure;
         }
-    } catch (const Refusal& refusal) {
-        PrintError(prefix + refusal.Message());
+    } catch (const RefusedError& error) {
+        PrintError(prefix + error.Message());
         return Refused;
     } catch (const UsageError& error) {
         PrintError(prefix + error.Message() + u"\n'dax help " + Text(command.name) + u"' explains the command.");

@@ -33,7 +33,7 @@ TEST(StreamsTest, BytesThatCannotBeReadOrWrittenAreErrors) {
             {"$dax locks c.db --invalid --delete --admin --yes >/dev/full", 3, "cannot be written: "},
             {"$dax lesson c.db SAF-2 --export - >/dev/full", 3, "cannot be written: "},
             {"$dax lesson c.db SAF-2 --export /dev/full", 3, "cannot be written: "},
-            {"$dax edit c.db move SAF-2 up >/dev/full", 3, "It was done all the same: Saved: 1 moved"},
+            {"$dax edit c.db move SAF-2 up >/dev/full", 3, "The change was made: Saved: 1 moved"},
             {"$dax edit c.db update SAF-2 title $'Gr\\xf6\\xdfe'", 2, "Argument 6 is not valid UTF-8"},
             {"printf 'move SAF-2 down\\nupdate SAF-2 title Gr\\xf6\\xdfe\\n' | " + edit, 1,
              "not valid UTF-8 in line 2"},
