@@ -87,7 +87,8 @@ std::wstring DescribeMissingClass(const std::wstring& name, long result) {
     if (result == E_NOINTERFACE) return L"The class " + shown + L" cannot be used in scripts.";
     return L"The class " + shown +
            L" is registered, but no object of it can be made. Check that its library is where it was registered, and "
-           L"is for as many bits as this program.";
+           L"has the same bitness as this program (" +
+           (sizeof(void*) == 8 ? L"64" : L"32") + L"-bit).";
 }
 
 } // namespace dax

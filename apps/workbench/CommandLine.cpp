@@ -24,7 +24,7 @@ Options ParseArguments(const std::vector<std::wstring>& arguments) {
                                                                                  : nullptr;
         if (value) {
             if (i + 1 >= arguments.size()) {
-                options.problem = argument + L" lacks its value.";
+                options.problem = argument + L" needs a value.";
                 return options;
             }
             *value = arguments[++i];

@@ -57,7 +57,7 @@ TEST_F(WorkbenchTest, InvalidArgumentsGetAMessage) {
         const char* words;
     } cases[] = {
         {{L"--nonsense"}, 2, "no option --nonsense"},
-        {{L"--user"}, 2, "--user lacks its value"},
+        {{L"--user"}, 2, "--user needs a value"},
         {{L"a.db", L"b.db"}, 2, "also b.db"},
         {{L"--help"}, 0, "--connector CONNECTION"},
         {{L"--shots", Wide(file)}, 1, "file.txt"},

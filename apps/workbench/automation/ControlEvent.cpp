@@ -89,7 +89,7 @@ EventConnection ConnectEvents(IUnknown* control, ControlEventHandler handler) {
         return EventConnection(
             control, [handler = std::move(handler)](const ReceivedEvent& received) { handler(Described(received)); });
     } catch (const ComError& error) {
-        throw HostError(error.Code(), L"The control takes no listener for its events: " + DescribeResult(error.Code()));
+        throw HostError(error.Code(), L"The control refuses the event sink: " + DescribeResult(error.Code()));
     }
 }
 

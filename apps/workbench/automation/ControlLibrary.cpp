@@ -33,7 +33,7 @@ ControlLibrary::ControlLibrary(bool registeredOnly) {
 
 ControlLibrary::~ControlLibrary() {
     for (const Class& one : classes) CoRevokeClassObject(one.cookie);
-    // The library itself stays loaded to the end: a window of it may still be on its way out.
+    // The library itself stays loaded to the end: one of its windows may still be being destroyed.
 }
 
 // Offers the library's class objects to this process, so that every way to create one of them finds it.
@@ -43,7 +43,7 @@ void ControlLibrary::TakeLibrary(const std::wstring& path) {
     using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
     const auto getClassObject =
         reinterpret_cast<GetClassObject>(reinterpret_cast<void*>(GetProcAddress(module, "DllGetClassObject")));
-    if (!getClassObject) throw HostError(E_FAIL, path + L" offers no classes.");
+    if (!getClassObject) throw HostError(E_FAIL, path + L" does not export DllGetClassObject.");
 
     ComPtr<ITypeLib> types;
     const HRESULT result = LoadTypeLibEx(path.c_str(), REGKIND_NONE, types.Out());

@@ -63,7 +63,7 @@ std::wstring RunCycles(const Setting& setting, const wchar_t* control) {
     // What grows once may be a store of the system's; what grows again is a leak.
     if (!Growth(before, after, summary).empty()) {
         const std::wstring growth = Growth(after, run(cycles), summary);
-        Require(growth.empty(), L"More is left than there was, time after time: " + growth + L".");
+        Require(growth.empty(), L"Resource counts grow with each cycle: " + growth + L".");
     }
     return summary;
 }

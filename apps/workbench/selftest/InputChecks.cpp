@@ -188,7 +188,7 @@ std::wstring MapMouse(const Setting& setting) {
         ScreenToClient(one.inner, &hit.pt);
         return TreeView_HitTest(one.inner, &hit);
     }();
-    Require(item && TreeView_GetItemRect(one.inner, item, &row, TRUE), L"The page is not under its own text.");
+    Require(item && TreeView_GetItemRect(one.inner, item, &row, TRUE), L"No row rectangle was returned for the page.");
     // The box is left of the picture, which is left of the label.
     TVHITTESTINFO hit{};
     hit.pt = {row.left, (row.top + row.bottom) / 2};
@@ -263,7 +263,7 @@ std::wstring PickerKeys(const Setting& setting) {
     OneControl one(setting, L"SQLDBPicker", L"ComboBox", 300, 40);
     const CourseFiles files = MakeCourseFiles(setting.folder, L"input");
     Require(one.Control().Call(L"LoadPicker", {files.connector, courseUser, L"input"}).Bool(),
-            L"The picker does not know the user.");
+            L"The picker lists no such user.");
     one.RequireEvent(L"LoadPicker", L"CatalogChanged(DBCatalog = \"input\"");
     one.Focus();
     one.Type({VK_DOWN});

@@ -13,7 +13,7 @@ namespace dax::workbench::selftest {
 namespace {
 
 constexpr int maxProcesses = 40;           // of one group, when one check after the other crashes
-constexpr DWORD responseTimeout = 600'000; // milliseconds without a word, after which a process is ended
+constexpr DWORD responseTimeout = 600'000; // milliseconds without output, after which a process is ended
 constexpr DWORD pollInterval = 200;        // milliseconds
 
 std::wstring ProgramPath() {
