@@ -16,17 +16,12 @@ namespace {
 
 constexpr HRESULT cannotCreate = static_cast<HRESULT>(0x800A01AD); // 429 in scripts
 
-std::wstring Hexadecimal(unsigned long number) {
-    wchar_t text[16];
-    return std::wstring(text, static_cast<size_t>(wsprintfW(text, L"%08lX", number)));
-}
-
 // "file(line, column): source: description (number)"
 std::wstring Message(const std::wstring& place, const DispatchResult& error) {
     const std::wstring source = ToWide(error.source), description = ToWide(error.description);
     return place + L": " + (source.empty() ? L"" : source + L": ") +
            (description.empty() ? L"the call has failed" : description) + L" (" +
-           Hexadecimal(static_cast<unsigned long>(error.code)) + L")";
+           ToWide(Hexadecimal(static_cast<uint32_t>(error.code))) + L")";
 }
 
 // Stores a value where the by-reference argument `target` points; a value of another type is left out.
@@ -173,7 +168,7 @@ bool Engine::Run(const std::wstring& text) {
         result = parse->ParseScriptText(text.c_str(), nullptr, nullptr, nullptr, 0, 0, SCRIPTTEXT_ISVISIBLE, nullptr,
                                         nullptr);
     site->HandleResult(FAILED(result), site->path + L": the script has failed (" +
-                                           Hexadecimal(static_cast<unsigned long>(result)) + L")");
+                                           ToWide(Hexadecimal(static_cast<uint32_t>(result))) + L")");
     return !site->hasFailed;
 }
 

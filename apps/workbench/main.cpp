@@ -1,4 +1,4 @@
-#include "CommandLine.h"
+#include "Options.h"
 #include "automation/ControlLibrary.h"
 #include "selftest/Checks.h"
 #include "selftest/SelfTest.h"

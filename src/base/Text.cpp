@@ -171,6 +171,13 @@ Text ToText(long long number) {
     return text;
 }
 
+Text Hexadecimal(uint32_t number) {
+    constexpr char16_t digits[] = u"0123456789ABCDEF";
+    Text text;
+    for (int shift = 28; shift >= 0; shift -= 4) text += digits[(number >> shift) & 15];
+    return text;
+}
+
 void AppendNumber(Text& text, long long number) {
     char digits[24];
     char16_t units[std::size(digits)];

@@ -1,6 +1,7 @@
 // Text of the whole system: UTF-16 on every platform, so that lengths are the ones hosts see.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -26,6 +27,7 @@ size_t WriteCodePoint(char32_t codePoint, char16_t* to);
 
 Text ToText(long long number);
 void AppendNumber(Text& text, long long number);
+Text Hexadecimal(uint32_t number); // eight digits, as codes of errors are written
 
 // The first units of a text, at most `length`, never cutting a surrogate pair in two.
 TextView Shorten(TextView text, size_t length);

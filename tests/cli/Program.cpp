@@ -1,5 +1,7 @@
 #include "Program.h"
 
+#include "base/CommandLine.h"
+
 #include <gmock/gmock.h>
 
 #include <cstdlib>
@@ -24,31 +26,15 @@ size_t CountFiles(const TempFolder& folder) {
 
 std::filesystem::path ProgramPath() { return std::filesystem::path(_pgmptr).parent_path() / "dax.exe"; }
 
-namespace {
-
-// As the program's start-up parses command lines: backslashes count only before a quote.
-std::wstring Quoted(const std::wstring& word) {
-    std::wstring quoted = L"\"";
-    size_t backslashes = 0;
-    for (const wchar_t unit : word) {
-        if (unit == L'"') quoted.append(backslashes + 1, L'\\');
-        backslashes = unit == L'\\' ? backslashes + 1 : 0;
-        quoted += unit;
-    }
-    return quoted.append(backslashes, L'\\') + L'"';
-}
-
-} // namespace
-
 Outcome RunDax(const std::vector<Text>& words, const std::string& input) {
     const TempFolder folder;
     folder.Write(u"input", input);
     const std::filesystem::path program = ProgramPath(), streams[] = {folder.Path() / "input", folder.Path() / "output",
                                                                       folder.Path() / "errors"};
-    std::vector<std::wstring> quoted = {Quoted(program.wstring())};
-    for (const Text& word : words) quoted.push_back(Quoted(std::wstring(word.begin(), word.end())));
+    std::vector<Text> quoted = {QuotedArgument(program.u16string())};
+    for (const Text& word : words) quoted.push_back(QuotedArgument(word));
     std::vector<const wchar_t*> pointers;
-    for (const std::wstring& word : quoted) pointers.push_back(word.c_str());
+    for (const Text& word : quoted) pointers.push_back(reinterpret_cast<const wchar_t*>(word.c_str()));
     pointers.push_back(nullptr);
     // The program inherits our standard streams, which are files meanwhile.
     std::fflush(nullptr);

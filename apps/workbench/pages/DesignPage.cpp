@@ -79,7 +79,7 @@ void DesignForm::Paint(HDC dc) const {
     SelectObject(dc, font);
 }
 
-LRESULT DesignForm::On(UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT DesignForm::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_SIZE) InvalidateRect(Handle(), nullptr, TRUE);
     if (message == WM_PAINT) {
         PAINTSTRUCT paint;
@@ -87,7 +87,7 @@ LRESULT DesignForm::On(UINT message, WPARAM wParam, LPARAM lParam) {
         EndPaint(Handle(), &paint);
         return 0;
     }
-    return Window::On(message, wParam, lParam);
+    return Window::OnMessage(message, wParam, lParam);
 }
 
 std::wstring DesignPage::Explanation() const {

@@ -21,7 +21,7 @@ private:
         std::unique_ptr<DesignSite> control;
     };
 
-    LRESULT On(UINT message, WPARAM wParam, LPARAM lParam) override;
+    LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     void Paint(HDC dc) const;
     void PaintOne(HDC dc, const Placed& one, const RECT& place) const;
 

@@ -308,7 +308,7 @@ LRESULT FormPage::Colour(HDC dc, HWND child) const {
     return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_BTNFACE));
 }
 
-LRESULT FormPage::On(UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT FormPage::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_SIZE:
         ArrangeAll();
@@ -344,7 +344,7 @@ LRESULT FormPage::On(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     }
     }
-    return Window::On(message, wParam, lParam);
+    return Window::OnMessage(message, wParam, lParam);
 }
 
 std::wstring DescribeOutcome(const Automation& validator, bool valid) {

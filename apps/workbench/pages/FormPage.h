@@ -25,17 +25,10 @@ public:
     void StyleChanged() override;
     void TakeFocus() override;
     const std::wstring& Problem() const override { return problem; }
-    void CatalogChanged() override {}
-    void Shown() override {}
-    void OpenLesson() override {}
-    void Apply() override {}
     std::vector<MenuEntry> Menu() const override { return tools.Window() ? tools.Menu() : std::vector<MenuEntry>(); }
     void ShowMenu() override { ShowMenuAt({-1, -1}); }
     std::wstring Keys() const override { return L"F5 Validate"; }
     bool HandleKey(const MSG& message) override;
-    void KeyReleased() override {}
-    bool MayClose() override { return true; }
-    std::vector<StartStep> Steps() override { return {}; }
     std::wstring Failure() const override { return resultTone == Tone::Bad ? FieldText(idResult) : std::wstring(); }
 
 protected:
@@ -112,7 +105,7 @@ protected:
     // Asks for a database file and puts its path into the field.
     bool Browse(int id);
 
-    LRESULT On(UINT message, WPARAM wParam, LPARAM lParam) override;
+    LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
 
     PageContext& context;
     Toolbar tools;

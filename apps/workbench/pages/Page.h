@@ -1,7 +1,7 @@
 // One page of the workbench: the place of one control, or of a few that belong together.
 #pragma once
 
-#include "CommandLine.h"
+#include "Options.h"
 #include "automation/Automation.h"
 #include "automation/ControlLibrary.h"
 #include "ui/Commands.h"
@@ -77,15 +77,15 @@ public:
     // Fills the fields from the command line and performs its actions; once, after Create.
     virtual void Start() = 0;
     // A catalog was opened.
-    virtual void CatalogChanged() = 0;
+    virtual void CatalogChanged() {}
     // Each time that the page comes to the front.
-    virtual void Shown() = 0;
-    // Shows the lesson that is selected; a page that shows no lessons does nothing.
-    virtual void OpenLesson() = 0;
+    virtual void Shown() {}
+    // Shows the lesson that is selected.
+    virtual void OpenLesson() {}
     // F5.
     virtual void Refresh() = 0;
     // What is typed in the fields of an entry takes effect, as far as it has not; it is then something to save.
-    virtual void Apply() = 0;
+    virtual void Apply() {}
     // The commands of the page.
     virtual std::vector<MenuEntry> Menu() const = 0;
     // Shows them as a context menu, beside what is selected.
@@ -95,14 +95,14 @@ public:
     // A key that is the page's own; true when it is done with.
     virtual bool HandleKey(const MSG& message) = 0;
     // After a key was released somewhere on the page.
-    virtual void KeyReleased() = 0;
+    virtual void KeyReleased() {}
     // Before the program ends: false when there is something to be saved first.
-    virtual bool MayClose() = 0;
+    virtual bool MayClose() { return true; }
     // The button that Enter means; 0 when there is none.
     virtual int DefaultButton() const = 0;
     virtual void TakeFocus() = 0;
     virtual std::vector<PageState> States() = 0;
-    virtual std::vector<StartStep> Steps() = 0;
+    virtual std::vector<StartStep> Steps() { return {}; }
     // What the page says of the last thing that it did when that has failed; empty when it went well.
     virtual std::wstring Failure() const = 0;
     // Why a control could not be created; empty when all could.
@@ -111,7 +111,7 @@ public:
 
 // The table of pages: later controls add a line.
 struct PageEntry {
-    const wchar_t* title;    // in the list, with a mnemonic's worth of brevity
+    const wchar_t* title;    // in the list; short
     const wchar_t* fileName; // of its pictures
     std::unique_ptr<Page> (*make)(PageContext& context);
     bool showsLessons = false; // the page that opens a lesson

@@ -5,7 +5,6 @@
 #include "com/Variant.h"
 
 #include <atomic>
-#include <cwchar>
 #include <thread>
 
 namespace dax::workbench::selftest {
@@ -19,12 +18,6 @@ std::wstring Masked(const std::wstring& text) {
 
 Recorder* recording = nullptr; // for the filter below, which takes no argument
 
-std::wstring Hexadecimal(uintptr_t number) {
-    wchar_t text[24];
-    std::swprintf(text, std::size(text), L"%llX", static_cast<unsigned long long>(number));
-    return text;
-}
-
 // The address and its module, to find the code.
 std::wstring PlaceOf(const void* address) {
     HMODULE module = nullptr;
@@ -35,12 +28,13 @@ std::wstring PlaceOf(const void* address) {
     GetModuleFileNameW(module, path, MAX_PATH);
     const std::wstring name = path;
     return name.substr(name.find_last_of(L"\\/") + 1) + L" + " +
-           Hexadecimal(reinterpret_cast<uintptr_t>(address) - reinterpret_cast<uintptr_t>(module));
+           ToWide(Hexadecimal(
+               static_cast<uint32_t>(reinterpret_cast<uintptr_t>(address) - reinterpret_cast<uintptr_t>(module))));
 }
 
 LONG WINAPI RecordCrash(EXCEPTION_POINTERS* crash) {
     const EXCEPTION_RECORD& record = *crash->ExceptionRecord;
-    recording->End(Outcome::Failed, L"Crashed with exception " + Hexadecimal(record.ExceptionCode) + L" at " +
+    recording->End(Outcome::Failed, L"Crashed with exception " + ToWide(Hexadecimal(record.ExceptionCode)) + L" at " +
                                         PlaceOf(record.ExceptionAddress) + L".");
     TerminateProcess(GetCurrentProcess(), record.ExceptionCode);
     return EXCEPTION_EXECUTE_HANDLER;

@@ -1,9 +1,9 @@
 // The checks of the self-test, group by group, and the process that runs one group.
 #pragma once
 
-#include "CommandLine.h"
+#include "Options.h"
 #include "automation/ControlLibrary.h"
-#include "selftest/Results.h"
+#include "selftest/Recorder.h"
 
 #include <functional>
 

@@ -134,7 +134,7 @@ public:
 
 private:
     void Keep() const {
-        const std::string text = ToUtf8(ToWide(name) + L"\n" + madeFile + L"\n" + (hasTables ? L"1" : L"") + L"\n");
+        const std::string text = ToUtf8(name + u"\n" + FromWide(madeFile) + u"\n" + (hasTables ? u"1" : u"") + u"\n");
         const HANDLE file = CreateFileW(memoryPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
         DWORD count = 0;
         if (file == INVALID_HANDLE_VALUE) return;
@@ -142,7 +142,7 @@ private:
         CloseHandle(file);
     }
     void Remember() {
-        const std::wstring text = FromUtf8(ReadBytes(memoryPath));
+        const std::wstring text = ToWide(FromUtf8(ReadBytes(memoryPath)));
         const size_t first = text.find(L'\n');
         if (first == std::wstring::npos) return;
         const size_t second = text.find(L'\n', first + 1);

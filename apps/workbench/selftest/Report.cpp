@@ -1,5 +1,7 @@
 #include "selftest/Report.h"
 
+#include "com/Variant.h"
+
 #include <cwchar>
 
 namespace dax::workbench::selftest {
@@ -81,7 +83,7 @@ private:
             for (size_t at; !folder.empty() && (at = text.find(folder)) != std::wstring::npos;)
                 text.replace(at, folder.size(), name);
         std::string escaped;
-        for (const char unit : ToUtf8(text)) {
+        for (const char unit : ToUtf8(FromWide(text))) {
             if (unit == '&')
                 escaped += "&amp;";
             else if (unit == '<')

@@ -1,7 +1,7 @@
 // The one file that the self-test leaves: a page that can be read anywhere and mailed as it is.
 #pragma once
 
-#include "selftest/Results.h"
+#include "selftest/Recorder.h"
 
 namespace dax::workbench::selftest {
 

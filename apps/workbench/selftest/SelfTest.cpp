@@ -1,5 +1,7 @@
 #include "selftest/SelfTest.h"
 
+#include "base/CommandLine.h"
+#include "com/Variant.h"
 #include "selftest/Checks.h"
 #include "selftest/Report.h"
 #include "ui/Input.h"
@@ -22,17 +24,7 @@ std::wstring ProgramPath() {
     return path;
 }
 
-// As a program's start-up code takes it apart again.
-std::wstring Quoted(const std::wstring& argument) {
-    std::wstring quoted = L"\"";
-    size_t backslashes = 0;
-    for (const wchar_t unit : argument) {
-        if (unit == L'"') quoted.append(backslashes + 1, L'\\');
-        backslashes = unit == L'\\' ? backslashes + 1 : 0;
-        quoted += unit;
-    }
-    return quoted.append(backslashes, L'\\') + L'"';
-}
+std::wstring Quoted(const std::wstring& argument) { return ToWide(QuotedArgument(FromWide(argument))); }
 
 std::wstring FolderOf(int folder) {
     wchar_t path[MAX_PATH] = L"";

@@ -1,7 +1,7 @@
 // The self-test: whether the controls work on this machine, as a page to be read or sent.
 #pragma once
 
-#include "CommandLine.h"
+#include "Options.h"
 
 namespace dax::workbench::selftest {
 

@@ -177,12 +177,12 @@ void TestForm::Save(const std::wstring& path) {
     SavePicture(Handle(), path);
 }
 
-LRESULT TestForm::On(UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT TestForm::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_GETMINMAXINFO) { // it may be larger than the screen
         reinterpret_cast<MINMAXINFO*>(lParam)->ptMaxTrackSize = {8000, 8000};
         return 0;
     }
-    return Window::On(message, wParam, lParam);
+    return Window::OnMessage(message, wParam, lParam);
 }
 
 } // namespace dax::workbench::selftest

@@ -55,7 +55,7 @@ private:
         RECT place;
     };
 
-    LRESULT On(UINT message, WPARAM wParam, LPARAM lParam) override;
+    LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     void Arrange();
     RECT Scaled(const RECT& place) const;
     void BringToForeground();

@@ -407,7 +407,7 @@ void Frame::MoveSplitter(int y) {
     Arrange();
 }
 
-LRESULT Frame::On(UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT Frame::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_SIZE:
         Arrange();
@@ -494,7 +494,7 @@ LRESULT Frame::On(UINT message, WPARAM wParam, LPARAM lParam) {
         PostQuitMessage(0);
         return 0;
     }
-    return Window::On(message, wParam, lParam);
+    return Window::OnMessage(message, wParam, lParam);
 }
 
 } // namespace dax::workbench

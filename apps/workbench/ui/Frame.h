@@ -32,7 +32,7 @@ private:
         std::unique_ptr<Page> page; // made when it is first shown
     };
 
-    LRESULT On(UINT message, WPARAM wParam, LPARAM lParam) override;
+    LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     bool Build();
     void Arrange();
     void ChangeStyle(int dpi, const RECT& place);

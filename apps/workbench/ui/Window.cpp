@@ -30,7 +30,7 @@ bool Window::CreateAs(const wchar_t* className, const wchar_t* title, DWORD styl
     return handle != nullptr;
 }
 
-LRESULT Window::On(UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT Window::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     return DefWindowProcW(handle, message, wParam, lParam);
 }
 
@@ -47,7 +47,7 @@ LRESULT CALLBACK Window::Procedure(HWND window, UINT message, WPARAM wParam, LPA
         self->handle = nullptr;
         return DefWindowProcW(window, message, wParam, lParam);
     }
-    return self->On(message, wParam, lParam);
+    return self->OnMessage(message, wParam, lParam);
 }
 
 } // namespace dax::workbench

@@ -18,9 +18,9 @@ protected:
     // Registers the class at its first use. `id` is the child's number, 0 for a top-level window.
     bool CreateAs(const wchar_t* className, const wchar_t* title, DWORD style, DWORD extendedStyle, HWND parent, int id,
                   const RECT& place);
-    // For the destructor of the class that overrides On: nothing arrives after it.
+    // For the destructor of the class that overrides OnMessage: nothing arrives after it.
     void Destroy();
-    virtual LRESULT On(UINT message, WPARAM wParam, LPARAM lParam);
+    virtual LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
 
 private:
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);

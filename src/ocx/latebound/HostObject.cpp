@@ -31,17 +31,11 @@ bool IsNotFound(HRESULT code) {
     throw Error(ErrorNumbers::TypeMismatch, u"A host object returned a value of the wrong type.");
 }
 
-Text Hexadecimal(HRESULT code) {
-    constexpr char16_t digits[] = u"0123456789ABCDEF";
-    Text text;
-    for (int shift = 28; shift >= 0; shift -= 4) text += digits[(static_cast<uint32_t>(code) >> shift) & 15];
-    return text;
-}
-
 // `description` may be empty.
 [[noreturn]] void Fail(const wchar_t* member, HRESULT code, const Text& description = {}) {
     if (!description.empty()) throw Error(code, description);
-    throw Error(code, u"'" + FromWide(member) + u"' of a host object failed (" + Hexadecimal(code) + u").");
+    throw Error(code, u"'" + FromWide(member) + u"' of a host object failed (" +
+                          Hexadecimal(static_cast<uint32_t>(code)) + u").");
 }
 
 Variant Checked(const wchar_t* member, DispatchResult result) {

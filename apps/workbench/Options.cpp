@@ -1,4 +1,4 @@
-#include "CommandLine.h"
+#include "Options.h"
 
 #include "ui/Input.h"
 

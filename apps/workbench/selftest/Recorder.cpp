@@ -1,6 +1,7 @@
-#include "selftest/Results.h"
+#include "selftest/Recorder.h"
 
 #include "automation/Automation.h"
+#include "com/Variant.h"
 
 namespace dax::workbench::selftest {
 
@@ -51,21 +52,6 @@ void Take(const std::vector<std::wstring>& fields, Findings& findings) {
 
 } // namespace
 
-std::string ToUtf8(const std::wstring& text) {
-    std::string bytes(text.size() * 3, '\0');
-    bytes.resize(
-        static_cast<size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(),
-                                                static_cast<int>(bytes.size()), nullptr, nullptr)));
-    return bytes;
-}
-
-std::wstring FromUtf8(const std::string& bytes) {
-    std::wstring text(bytes.size(), L'\0');
-    text.resize(static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), static_cast<int>(bytes.size()),
-                                                        text.data(), static_cast<int>(text.size()))));
-    return text;
-}
-
 std::string ReadBytes(const std::wstring& path) {
     const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                     nullptr, OPEN_EXISTING, 0, nullptr);
@@ -92,7 +78,7 @@ Recorder::~Recorder() { CloseHandle(file); }
 void Recorder::Write(wchar_t kind, const std::vector<std::wstring>& fields) {
     std::wstring line(1, kind);
     for (const std::wstring& field : fields) line += L'\t' + Escape(field);
-    const std::string bytes = ToUtf8(line) + '\n';
+    const std::string bytes = ToUtf8(FromWide(line)) + '\n';
     const std::lock_guard guard(mutex);
     DWORD count = 0;
     WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr);
@@ -119,7 +105,7 @@ void Recorder::AddFact(const std::wstring& name, const std::wstring& value) { Wr
 void Recorder::Complete() { Write(kindComplete, {}); }
 
 void ReadFindings(const std::wstring& path, Findings& findings) {
-    const std::wstring text = FromUtf8(ReadBytes(path));
+    const std::wstring text = ToWide(FromUtf8(ReadBytes(path)));
     findings.isRunning = findings.isComplete = false;
     for (size_t begin = 0, end; (end = text.find(L'\n', begin)) != std::wstring::npos; begin = end + 1)
         Take(Fields(text.substr(begin, end - begin)), findings);

@@ -60,8 +60,6 @@ private:
 // Adds what the file has to what was found before; a last line that is cut off is left out.
 void ReadFindings(const std::wstring& path, Findings& findings);
 
-std::string ToUtf8(const std::wstring& text);
-std::wstring FromUtf8(const std::string& bytes);
 // The bytes of a file; none when it cannot be read.
 std::string ReadBytes(const std::wstring& path);
 
