@@ -175,7 +175,7 @@ protected:
     test::RecordingEditor authors[3];
 };
 
-TEST_F(AuthorsOnACluster, ReadWhatWasWrittenElsewhere) {
+TEST_F(AuthorsOnACluster, ReadWhatOtherNodesWrote) {
     Fill(1);
     for (int i = 0; i < 100; ++i) {
         test::RecordingEditor& writer = authors[i % 3];

@@ -143,7 +143,7 @@ TEST(ModGenericTest, ReadsDatesAsTheyAreWritten) {
     }
 }
 
-TEST(ModGenericTest, LooksAtFiles) {
+TEST(ModGenericTest, FileExistsAndIsFileReadOnly) {
     const test::TempFolder folder;
     const Text plain = folder.Write(u"plain.db", "x"), odd = folder.Write(u"é 語 😀 'x'.db", "");
     folder.Write(u"noext", "");

@@ -30,7 +30,7 @@ protected:
     Outcome Run(const std::string& line, const std::string& input = {}) const {
         return RunOn(database.ConnectionString(), line, input);
     }
-    void Expect(std::initializer_list<Said> cases) const { ExpectSaid(database.ConnectionString(), cases); }
+    void Expect(std::initializer_list<ExpectedOutput> cases) const { ExpectOutput(database.ConnectionString(), cases); }
     // Each entry after its group, group by group.
     Text Shape() const {
         return database.Query(

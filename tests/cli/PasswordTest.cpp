@@ -74,7 +74,7 @@ class ServerPasswordTest : public EngineTest {};
 INSTANTIATE_TEST_SUITE_P(Engines, ServerPasswordTest, ::testing::Values(Engine::PostgreSQL, Engine::MariaDB),
                          EngineName);
 
-TEST_P(ServerPasswordTest, ComesFromElsewhere) {
+TEST_P(ServerPasswordTest, IsReadFromVariableFileOrPrompt) {
     const TempFolder folder;
     ConnectionKeywords keywords(database->ConnectionString());
     const Text password = keywords.First({u"PWD"}), course = folder.File(u"course.db");
@@ -84,25 +84,25 @@ TEST_P(ServerPasswordTest, ComesFromElsewhere) {
     const Text without = keywords.Write();
     const std::string input = ToUtf8(password) + "\n";
     SetVariable("DAX_TEST_SECRET", ToUtf8(password));
-    ExpectSaid(course, {{"sample --lessons 9", 0, ""}});
+    ExpectOutput(course, {{"sample --lessons 9", 0, ""}});
     for (const std::string option : {"env DAX_TEST_SECRET", "file -", "prompt"}) {
-        ExpectSaid(without, {{"create --force --password-" + option, 0, "", input}});
-        ExpectSaid(course, {{"copy \"" + ToUtf8(without) + "\" --force --to-password-" + option, 0, "", input}});
+        ExpectOutput(without, {{"create --force --password-" + option, 0, "", input}});
+        ExpectOutput(course, {{"copy \"" + ToUtf8(without) + "\" --force --to-password-" + option, 0, "", input}});
     }
     const std::string file = ToUtf8(folder.Write(u"secret", ToUtf8(password) + "\r\nmore"));
-    ExpectSaid(without, {{"create --force --password-file \"" + file + "\"", 0, ""}});
+    ExpectOutput(without, {{"create --force --password-file \"" + file + "\"", 0, ""}});
 }
 
 TEST(PasswordTest, IsAskedForInOneWay) {
     const Text server = u"Driver={None};Server=h";
     SetVariable("DAX_TEST_SECRET", "x");
-    ExpectSaid(server, {{"tree --password-env DAX_TEST_NONE", 1, "'DAX_TEST_NONE' holds no password"},
-                        {"tree --password-file none", 1, "cannot be read"},
-                        {"tree --password-file -", 1, "holds no password"},
-                        {"tree --password-prompt", 1, "No password was given"},
-                        {"tree --password-prompt --password-env A", 2, "only one of"}});
-    ExpectSaid(server + u";Pwd=x", {{"tree --password-env DAX_TEST_SECRET", 2, "holds a password already"}});
-    ExpectSaid(u"a.db", {{"tree --password-env DAX_TEST_SECRET", 2, "takes no password"}});
+    ExpectOutput(server, {{"tree --password-env DAX_TEST_NONE", 1, "'DAX_TEST_NONE' holds no password"},
+                          {"tree --password-file none", 1, "cannot be read"},
+                          {"tree --password-file -", 1, "holds no password"},
+                          {"tree --password-prompt", 1, "No password was given"},
+                          {"tree --password-prompt --password-env A", 2, "only one of"}});
+    ExpectOutput(server + u";Pwd=x", {{"tree --password-env DAX_TEST_SECRET", 2, "holds a password already"}});
+    ExpectOutput(u"a.db", {{"tree --password-env DAX_TEST_SECRET", 2, "takes no password"}});
 }
 
 #ifndef _WIN32

@@ -105,11 +105,11 @@ Outcome RunOn(const Text& database, const std::string& line, const std::string& 
     return RunDax(words, input);
 }
 
-void ExpectSaid(const Text& database, std::initializer_list<Said> cases) {
-    for (const auto& [line, exitCode, said, input] : cases) {
+void ExpectOutput(const Text& database, std::initializer_list<ExpectedOutput> cases) {
+    for (const auto& [line, exitCode, part, input] : cases) {
         const Outcome outcome = RunOn(database, line, input);
         EXPECT_EQ(outcome.exitCode, exitCode) << line << "\n" << outcome.errors;
-        EXPECT_THAT(outcome.output + outcome.errors, ::testing::HasSubstr(said)) << line;
+        EXPECT_THAT(outcome.output + outcome.errors, ::testing::HasSubstr(part)) << line;
     }
 }
 

@@ -19,13 +19,13 @@ Outcome RunDax(const std::vector<Text>& words, const std::string& input = {});
 std::vector<Text> Words(const std::string& line);
 Outcome RunOn(const Text& database, const std::string& line, const std::string& input = {});
 
-struct Said {
+struct ExpectedOutput {
     std::string line;
     int exitCode;
-    std::string said; // a part of what either stream receives
+    std::string part; // a part of what either stream receives
     std::string input = {};
 };
-void ExpectSaid(const Text& database, std::initializer_list<Said> cases);
+void ExpectOutput(const Text& database, std::initializer_list<ExpectedOutput> cases);
 #ifndef _WIN32
 // A script for bash, in a folder of its own; "$dax" is the program.
 Outcome RunShell(const std::filesystem::path& folder, const std::string& script);

@@ -13,11 +13,11 @@ namespace {
 
 using ::testing::HasSubstr;
 
-void ExpectSaidIn(const TempFolder& folder, const std::vector<Said>& scripts) {
-    for (const auto& [script, exitCode, said, input] : scripts) {
+void ExpectOutputIn(const TempFolder& folder, const std::vector<ExpectedOutput>& scripts) {
+    for (const auto& [script, exitCode, part, input] : scripts) {
         const Outcome outcome = RunShell(folder.Path(), script);
         EXPECT_EQ(outcome.exitCode, exitCode) << script << outcome.errors;
-        EXPECT_THAT(outcome.output + outcome.errors, HasSubstr(said)) << script;
+        EXPECT_THAT(outcome.output + outcome.errors, HasSubstr(part)) << script;
     }
 }
 
@@ -25,7 +25,7 @@ TEST(StreamsTest, BytesThatCannotBeReadOrWrittenAreErrors) {
     const TempFolder folder;
     ASSERT_EQ(RunShell(folder.Path(), "$dax sample c.db && $dax lesson c.db SAF-2 --export kept").exitCode, 0);
     const std::string edit = "$dax edit c.db --file -";
-    ExpectSaidIn(
+    ExpectOutputIn(
         folder,
         {
             {"$dax help >&-", 3, "cannot be written: "},
@@ -75,7 +75,7 @@ TEST(StreamsTest, CtrlCLeavesEverythingAsItWas) {
         return RunShell(folder.Path(), "$dax tree c.db --json | md5sum; $dax tree a.db --json | md5sum").output;
     };
     const std::string before = saved(), insert = "INSERT INTO velmoraLessons", full = "trap '' XFSZ; ulimit -f 500; ";
-    ExpectSaidIn(
+    ExpectOutputIn(
         folder,
         {{Interrupt("sample new.db --lessons 9000", insert), 130, "\ndax sample: Interrupted. No file was made.\n"},
          {Interrupt("sample new.db --lessons 9000", insert, "TERM"), 143, "Interrupted. No file was made.\n"},

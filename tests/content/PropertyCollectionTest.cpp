@@ -19,7 +19,7 @@ TEST(PropertyCollection, NamesMatchWithoutCase) {
         EXPECT_EQ(GetNumber(properties, name, -1), number);
 }
 
-TEST(PropertyCollection, TakesTextsOfOthers) {
+TEST(PropertyCollection, ReadsTextsOfOtherPrograms) {
     DefaultPropertyCollection properties;
     properties.SetName(u"kept");
     const std::pair<Text, Value> values[] = {{u"Author=Ann Miller\r", Text(u"Ann Miller")},

@@ -154,7 +154,7 @@ TEST_P(ServerTest, OptionsOfTheHostDoNoHarm) {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-class SilenceTest : public ServerTest {
+class UnresponsiveServerTest : public ServerTest {
 protected:
     void SetUp() override {
         ServerTest::SetUp();
@@ -189,10 +189,10 @@ protected:
     }
     std::pair<long, long> before;
 };
-INSTANTIATE_TEST_SUITE_P(Engines, SilenceTest, ::testing::Values(Engine::PostgreSQL, Engine::MariaDB),
+INSTANTIATE_TEST_SUITE_P(Engines, UnresponsiveServerTest, ::testing::Values(Engine::PostgreSQL, Engine::MariaDB),
                          test::EngineName);
 
-TEST_P(SilenceTest, WhileOpening) {
+TEST_P(UnresponsiveServerTest, WhileOpening) {
     using Kind = test::SilentServer::Kind;
     const Text limit = u"Connect Timeout=1";
     for (const Kind kind : {Kind::Accepts, Kind::Full}) {
@@ -208,7 +208,7 @@ TEST_P(SilenceTest, WhileOpening) {
     ExpectTimeout([&] { Connection().Open(proxy.ConnectionThrough(database->ConnectionString(), limit)); }, proxy);
 }
 
-TEST_P(SilenceTest, AfterTheLogin) {
+TEST_P(UnresponsiveServerTest, AfterTheLogin) {
     const Text insert = u"INSERT INTO t VALUES (2)";
     const std::vector<Text> many(250, insert);
     const auto begin = [&](Connection& connection) {
@@ -262,7 +262,7 @@ TEST_P(SilenceTest, AfterTheLogin) {
     EXPECT_LE(Clock::now() - start, milliseconds(2500));
 }
 
-TEST_P(SilenceTest, WhileCancelling) {
+TEST_P(UnresponsiveServerTest, WhileCancelling) {
     const Text wait = isMariaDB ? u"SELECT SLEEP(60)" : u"SELECT pg_sleep(60)";
     const Text waiting = isMariaDB
                              ? u"SELECT Count(*) FROM information_schema.processlist WHERE info LIKE '%SLEEP(60%' "

@@ -25,7 +25,8 @@ protected:
     // The shell does this; `meanwhile` is done before its commit.
     bool Shell(const std::string& statements, const std::function<void()>& meanwhile = {}) const {
         const std::filesystem::path ready = folder.Path() / "ready";
-        const std::string line = "sqlite3 -batch -bail '" + ToUtf8(database.Name()) + "' >'" + said.string() + "' 2>&1";
+        const std::string line =
+            "sqlite3 -batch -bail '" + ToUtf8(database.Name()) + "' >'" + shellOutput.string() + "' 2>&1";
         FILE* const shell = popen(line.c_str(), "w");
         std::fputs(statements.c_str(), shell);
         if (meanwhile) {
@@ -39,7 +40,7 @@ protected:
         }
         return pclose(shell) == 0;
     }
-    std::string Said() const { return test::ReadFile(said); }
+    std::string ShellOutput() const { return test::ReadFile(shellOutput); }
     // Fails, because of the other program, at the time-out.
     void ExpectTimeout(const std::function<bool()>& work) {
         const auto begin = Clock::now();
@@ -62,7 +63,7 @@ protected:
 
     const test::EmptyCourse database;
     const test::TempFolder folder;
-    const std::filesystem::path said = folder.Path() / "said";
+    const std::filesystem::path shellOutput = folder.Path() / "output";
     const bool isWal = Text(GetParam()) == u"wal"; // where readers are never locked out
 };
 INSTANTIATE_TEST_SUITE_P(Journals, TwoPrograms, ::testing::Values(u"delete", u"wal"),
@@ -70,24 +71,24 @@ INSTANTIATE_TEST_SUITE_P(Journals, TwoPrograms, ::testing::Values(u"delete", u"w
 
 const std::string addLock = "INSERT INTO velmoraUserLocks (lessonID, username, lockType) VALUES ('a', 'shell', 1);";
 
-TEST_P(TwoPrograms, TheOtherHoldsTheFile) {
+TEST_P(TwoPrograms, FileLockedByAnotherProgram) {
     EXPECT_TRUE(Shell("BEGIN IMMEDIATE; " + addLock, [&] {
         EXPECT_TRUE(editor->LoadDatabase()) << ToUtf8(error);
         EXPECT_EQ(database.Query(u"SELECT Count(*) FROM velmoraUserLocks"), u"0");
         ExpectTimeout([&] { return Save(u"ours"); });
-    })) << Said();
+    })) << ShellOutput();
     EXPECT_TRUE(Save(u"ours")) << ToUtf8(error);
     ExpectRows(u"ours", u"1");
     EXPECT_TRUE(Shell("BEGIN EXCLUSIVE;", [&] {
         if (!isWal) ExpectTimeout([&] { return editor->LoadDatabase(); });
-    })) << Said();
+    })) << ShellOutput();
     EXPECT_TRUE(editor->LoadDatabase());
     EXPECT_TRUE(Shell("BEGIN; SELECT Count(*) FROM velmoraLessons;", [&] {
         if (isWal)
             EXPECT_TRUE(Save(u"later")) << ToUtf8(error);
         else
             ExpectTimeout([&] { return Save(u"later"); }); // all can be written but not committed
-    })) << Said();
+    })) << ShellOutput();
     EXPECT_TRUE(Save(u"later")) << ToUtf8(error);
     ExpectRows(u"later", u"1");
 }
@@ -95,7 +96,7 @@ TEST_P(TwoPrograms, TheOtherHoldsTheFile) {
 TEST_P(TwoPrograms, BothWriteAtOnce) {
     constexpr int count = 30;
     std::thread shell([&] {
-        for (int i = 0; i < count; ++i) EXPECT_TRUE(Shell(".timeout 60000\n" + addLock)) << Said();
+        for (int i = 0; i < count; ++i) EXPECT_TRUE(Shell(".timeout 60000\n" + addLock)) << ShellOutput();
     });
     for (int i = 1; i <= count; ++i) {
         const auto begin = Clock::now();

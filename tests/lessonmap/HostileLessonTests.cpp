@@ -381,7 +381,7 @@ TEST_F(HostileLesson, OneMapThatFailsDoesNotKeepTheOthersFromTheirLayout) {
 }
 
 // A host that answers every move by another one gets no more events at some depth.
-TEST_F(HostileLesson, EndlessAnswersEnd) {
+TEST_F(HostileLesson, EndlessMovesInEventsAreLimited) {
     Begin();
     editor->SetCurrentSBID(u"a");
     const Subscription endless =

@@ -184,7 +184,7 @@ TEST_F(LessonMapEditorTest, ChecksGoWithTheBoxesAndTheLesson) {
     }
 }
 
-TEST_F(LessonMapEditorTest, WhatTheUserDoes) {
+TEST_F(LessonMapEditorTest, KeysMouseAndDrops) {
     const auto key = [this](int code) { return [this, code] { editor->OnKeyDown(code); }; };
     const auto release = [this](MouseButton button) { return [this, button] { editor->OnMouseUp(button); }; };
     const auto press = [this](MouseButton button) { return [this, button] { editor->OnMouseDown(button); }; };

@@ -42,7 +42,7 @@ bool Has(ObjectRef control, const std::pair<const wchar_t*, Variant>& property) 
 
 } // namespace
 
-TEST_P(ControlTest, StandsWhereTheHostPutsItHidesAndComesBack) {
+TEST_P(ControlTest, IsPlacedHiddenAndShownAgain) {
     HostedControl hosted(GetParam());
     hosted.Fill();
     const RECT moved{20, 30, 320, 90}, visible{0, 0, 100, 300}, whole{0, 0, 400, 300};

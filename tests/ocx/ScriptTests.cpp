@@ -48,7 +48,7 @@ const SampleRun Runs[] = {
 
 } // namespace
 
-TEST_F(SampleTest, SaysWhatItShould) {
+TEST_F(SampleTest, ScriptsPrintTheExpectedOutput) {
     for (const SampleRun& run : Runs) {
         SCOPED_TRACE(ToUtf8(FromWide(run.script)));
         const std::wstring script = L"\"" + DataFile(run.script).wstring() + L"\" ";
@@ -64,7 +64,7 @@ TEST_F(SampleTest, SaysWhatItShould) {
 }
 
 // Each line of these compares what was described with what is.
-TEST_F(SampleTest, EverythingIsAsDescribed) {
+TEST_F(SampleTest, BehaviourScriptsPass) {
     const Course course;
     const Connector connector;
     for (const auto& [script, more] : {std::pair{L"behaviour-hierarchy.vbs", std::wstring()},

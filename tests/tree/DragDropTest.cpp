@@ -62,7 +62,7 @@ TEST_F(TreeInput, ScrollBandsOfAWindow) {
     ExpectCalls("");
 }
 
-TEST(DragAndDrop, WhereDropsGo) {
+TEST(DragAndDrop, DropPositions) {
     const struct {
         const char16_t *dragged, *over;
         int part; // of the row's height in percent, with Ctrl when negative; over no row, the point's height in pixels
@@ -231,7 +231,7 @@ TEST_F(TreeInput, ADragExpandsNodes) {
     EXPECT_EQ(opened, u"nn");
 }
 
-TEST(CheckBoxes, WhatChecksThem) {
+TEST(CheckBoxes, AreCheckedByClicksAndKeys) {
     using Act = std::function<void(Forest&)>;
     const Forest any;
     const Point box = any.window.AtBox(any.p), label = any.window.At(any.p), nothing{20, 390};

@@ -183,7 +183,7 @@ protected:
     Node& b = tree.Add(&root, InsertPosition::LastChild, u"b");
 };
 
-TEST_F(ModTVW, NothingIsAnswered) {
+TEST_F(ModTVW, AcceptsNullNodes) {
     EXPECT_TRUE(IsRootNode(nullptr) && GetNodeKey(nullptr).empty() && GetDescendantKeys(nullptr).IsEmpty());
     EXPECT_TRUE(!GetRootNode(nullptr) && !GetNextNode(nullptr) && !NodeExists(tree, u""));
     EXPECT_EQ(CountDescendants(nullptr) + GetSortPosition(nullptr) + GetIndentLevel(nullptr), -1);

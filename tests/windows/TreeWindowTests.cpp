@@ -181,7 +181,7 @@ TEST(TreeWindow, TheScrollPositionIsKept) {
 
 // Each edit costs a few looks at the rows, and not something for each of them; checking all pages of a lesson costs no
 // more than filling the tree.
-TEST(TreeWindow, NoEditCostsByItsSize) {
+TEST(TreeWindow, EditTimeIsIndependentOfTreeSize) {
     std::string text = "A:";
     for (int n = 0; n < 20'000; ++n) text += " " + std::to_string(n);
     {
