@@ -2,8 +2,10 @@
 #pragma once
 
 #include "Target.h"
+#include "base/IDCollection.h"
 #include "locks/LockManager.h"
 
+#include <memory>
 #include <optional>
 
 namespace dax::cli {
