@@ -1,6 +1,7 @@
 // For objects whose listeners may change, reload or release them while they are called. There is one pattern: a call
 // that continues after an event creates a RevisionCheck before it, and continues only while that is current;
 // where the object is shared, the call also holds it (shared_from_this, or a reference of a COM object).
+// LessonMapEditor compares its lesson instead: a listener may set another one and the former again.
 #pragma once
 
 #include <cstdint>

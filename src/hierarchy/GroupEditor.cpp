@@ -1,6 +1,5 @@
 #include "hierarchy/GroupEditor.h"
 
-#include "base/Error.h"
 #include "tree/modTVW.h"
 
 namespace dax {
@@ -10,16 +9,17 @@ std::shared_ptr<GroupEditor> GroupEditor::Create(PropertyCollectionFactory facto
 }
 
 GroupEditor::GroupEditor(PropertyCollectionFactory factory) : factory(factory), lessonPropertyStore(factory) {
-    subclasser.SelectionChanged().AddPermanent([this] {
+    subclasser.SelectionChanged.AddPermanent([this] {
         const auto self = shared_from_this();
         AfterSelectionChange.Raise(CurrentLessonID());
     });
-    dragDrop.AutoExpand().AddPermanent([](Node& node) { node.SetExpanded(true); });
-    dragDrop.Ended().AddPermanent([this] {
+    dragDrop.AutoExpand.AddPermanent([](Node& node) { node.SetExpanded(true); });
+    dragDrop.Ended.AddPermanent([this] {
         if (!isLoading) subclasser.SetActive(true);
     });
-    dragDrop.Drop().AddPermanent([this](Node& node, const DropTarget& target) { OnDrop(node, target); });
+    dragDrop.Drop.AddPermanent([this](Node& node, const DropTarget& target) { OnDrop(node, target); });
     subclasser.RegisterWindows(&tree, nullptr);
+    subclasser.SetActive(true);
 }
 
 GroupEditor::~GroupEditor() { subclasser.SetActive(false); }
@@ -94,8 +94,11 @@ void GroupEditor::CollapseAll() {
 bool GroupEditor::Clear() {
     const auto self = shared_from_this();
     BeginLoading();
-    Empty();
-    EndLoading();
+    {
+        const FlagGuard loading(isLoading);
+        const NotificationPause silence(subclasser);
+        Empty();
+    }
     AfterSelectionChange.Raise({});
     return false;
 }
@@ -108,6 +111,8 @@ bool GroupEditor::LoadDatabase() {
     }
     BeginLoading();
     try {
+        const FlagGuard loading(isLoading);
+        const NotificationPause silence(subclasser);
         const TreeUpdate update(tree);
         const Text selectedKey = CurrentLessonID();
         Empty();
@@ -117,10 +122,9 @@ bool GroupEditor::LoadDatabase() {
         Node* const selected = modTVW::GetNodeByKey(tree, selectedKey);
         tree.Select(selected ? selected : &root);
     } catch (...) {
-        Fail(u"LoadDatabase");
+        RaiseError(CurrentError(), u"LoadDatabase");
         return false;
     }
-    EndLoading();
     AfterSelectionChange.Raise(CurrentLessonID());
     return true;
 }
@@ -135,7 +139,7 @@ bool GroupEditor::SaveDatabase() {
         HierarchyRows::Save(connectionString, tree, deletedLessonIDs, addedLessonIDs, knownRows, checksConflicts,
                             progress);
     } catch (...) {
-        Fail(u"SaveDatabase");
+        RaiseError(CurrentError(), u"SaveDatabase");
         return false;
     }
     addedLessonIDs.Clear();
@@ -235,14 +239,7 @@ void GroupEditor::MarkChanged() {
 
 void GroupEditor::BeginLoading() {
     revision.Advance();
-    isLoading = true;
-    subclasser.SetActive(false);
-    dragDrop.Bind(&tree, window);
-}
-
-void GroupEditor::EndLoading() {
-    isLoading = false;
-    subclasser.SetActive(true);
+    dragDrop.Bind(&tree, window); // ends a drag
 }
 
 void GroupEditor::Empty() {
@@ -254,10 +251,7 @@ void GroupEditor::Empty() {
     tree.Clear();
 }
 
-// Inside a handler: raises Error for what was thrown. Nothing of the editor may be used afterwards.
-void GroupEditor::Fail(const char16_t* method) {
-    const dax::Error failure = CurrentError();
-    if (isLoading) EndLoading();
+void GroupEditor::RaiseError(const dax::Error& failure, const char16_t* method) {
     Error.Raise(failure.Number(), failure.Description(), method);
 }
 

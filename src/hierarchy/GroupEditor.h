@@ -2,6 +2,7 @@
 // Complete without a window; with one it also turns mouse and keys into its events.
 #pragma once
 
+#include "base/Error.h"
 #include "controls/PropertyBag.h"
 #include "controls/Reentrance.h"
 #include "hierarchy/EditHistory.h"
@@ -94,7 +95,7 @@ public:
     bool IsDragging() const { return dragDrop.Active(); }
     void SetProgress(HierarchyProgress newProgress) { progress = std::move(newProgress); }
 
-    // Input that the window receives. Buttons: 1 left, 2 right; keys and characters by their system codes.
+    // Input from the window. Keys and characters are virtual-key and character codes.
     void OnDblClick();
     void OnKeyDown(int keyCode);
     void OnKeyPress(int keyCode);
@@ -109,9 +110,8 @@ private:
     void MarkChanged();
     void ShowSelected(); // scrolls its row into view
     void BeginLoading();
-    void EndLoading();
     void Empty();
-    void Fail(const char16_t* method);
+    void RaiseError(const dax::Error& failure, const char16_t* method);
     void CancelDrag();
     void OnDrop(Node& node, const DropTarget& target);
 

@@ -1,15 +1,10 @@
 // Handles mouse and keys of the tree window.
 
 #include "hierarchy/GroupEditor.h"
+#include "tree/KeyCodes.h"
 #include "tree/modTVW.h"
 
 namespace dax {
-
-namespace {
-
-constexpr int deleteKey = 46, enterKey = 13, escapeKey = 27;
-
-} // namespace
 
 void GroupEditor::AttachWindow(TreeWindow* newWindow) {
     window = newWindow;
@@ -76,10 +71,10 @@ void GroupEditor::OnDrop(Node& node, const DropTarget& target) {
     const auto self = shared_from_this();
     const RevisionCheck shown(revision);
     const EditHistory::Edit edit(history);
-    const bool wasActive = subclasser.Active();
-    subclasser.SetActive(false);
-    DropNode(tree, node, target);
-    if (wasActive) subclasser.SetActive(true);
+    {
+        const NotificationPause silence(subclasser);
+        DropNode(tree, node, target);
+    }
     AfterSelectionChange.Raise(CurrentLessonID());
     if (shown.IsCurrent()) MarkChanged();
 }

@@ -9,10 +9,10 @@
 namespace dax {
 
 LessonMapEditor::LessonMapEditor() {
-    dragDrop.AutoExpand().AddPermanent([](Node& node) { node.SetExpanded(true); });
-    dragDrop.Drop().AddPermanent([this](Node& dragged, const DropTarget& target) { OnDrop(dragged, target); });
-    subclasser.SelectionChanged().AddPermanent([this] { OnSelectionChanged(); });
-    subclasser.CheckStateChanged().AddPermanent([this] {
+    dragDrop.AutoExpand.AddPermanent([](Node& node) { node.SetExpanded(true); });
+    dragDrop.Drop.AddPermanent([this](Node& dragged, const DropTarget& target) { OnDrop(dragged, target); });
+    subclasser.SelectionChanged.AddPermanent([this] { OnSelectionChanged(); });
+    subclasser.CheckStateChanged.AddPermanent([this] {
         if (suspendedNotifications == 0) Raise(ItemChecked);
     });
     AttachWindow(nullptr); // which switches the notifications on
@@ -188,10 +188,10 @@ void LessonMapEditor::SetCheckboxes(bool isOn) {
     RaisePropertyChanged(u"Checkboxes");
 }
 
-void LessonMapEditor::SetLocked(bool isLocked) {
+void LessonMapEditor::SetLocked(bool locked) {
     const auto self = shared_from_this();
-    const bool isNew = std::exchange(locked, isLocked) != isLocked;
-    if (isLocked) CancelDrag();
+    const bool isNew = std::exchange(isLocked, locked) != locked;
+    if (locked) CancelDrag();
     if (isNew) RaisePropertyChanged(u"Locked");
 }
 
@@ -231,7 +231,7 @@ void LessonMapEditor::WriteProperties(PropertyBag& bag) const {
     bag.WriteProperty(u"AllowDragDrop", allowDragDrop, true);
     bag.WriteProperty(u"CaptionStyle", int64_t{captionStyle}, int64_t{csTitle});
     bag.WriteProperty(u"Checkboxes", checkboxes, false);
-    bag.WriteProperty(u"Locked", locked, false);
+    bag.WriteProperty(u"Locked", isLocked, false);
     bag.WriteProperty(u"ShowDefaultMapOnly", showDefaultMapOnly, false);
 }
 

@@ -52,8 +52,8 @@ public:
     void SetCaptionStyle(LessonMapEditorCaptionStyles style);
     bool Checkboxes() const { return checkboxes; }
     void SetCheckboxes(bool isOn); // turning them off clears all checks
-    bool Locked() const { return locked; }
-    void SetLocked(bool isLocked);
+    bool Locked() const { return isLocked; }
+    void SetLocked(bool locked);
     bool ShowDefaultMapOnly() const { return showDefaultMapOnly; }
     void SetShowDefaultMapOnly(bool isOnly);
     void ReadProperties(PropertyBag& bag);
@@ -137,7 +137,7 @@ private:
     std::shared_ptr<const PictureKeys> imageList = std::make_shared<PictureKeys>();
     TreeWindow* window = nullptr;
     LessonRef lesson;
-    bool allowDragDrop = true, checkboxes = false, locked = false, showDefaultMapOnly = false;
+    bool allowDragDrop = true, checkboxes = false, isLocked = false, showDefaultMapOnly = false;
     LessonMapEditorCaptionStyles captionStyle = csTitle;
     LMEDragDropSupport dragDrop;
     LMESubclasser subclasser;

@@ -3,15 +3,10 @@
 
 #include "controls/Reentrance.h"
 #include "lessonmap/LessonMapEditorGuards.h"
+#include "tree/KeyCodes.h"
 #include "tree/modTVW.h"
 
 namespace dax {
-
-namespace {
-
-constexpr int deleteKey = 46, escapeKey = 27;
-
-} // namespace
 
 void LessonMapEditor::OnExpanded(Node& node, bool areCtrlAndShiftDown) {
     const auto self = shared_from_this();
@@ -28,7 +23,7 @@ void LessonMapEditor::OnCollapsed(Node& node, bool areCtrlAndShiftDown) {
 void LessonMapEditor::OnKeyDown(int keyCode) {
     const auto self = shared_from_this();
     subclasser.OnKeyDown(keyCode);
-    if (keyCode != deleteKey || dragDrop.Active() || locked) return;
+    if (keyCode != deleteKey || dragDrop.Active() || isLocked) return;
     if (!modTVW::IsRootNode(tree->Selected())) Raise(DeleteRequest);
 }
 
@@ -41,7 +36,7 @@ bool LessonMapEditor::OnKeyPress(int keyCode) {
 
 void LessonMapEditor::OnMouseDown(MouseButton button) {
     const auto self = shared_from_this();
-    if (locked) return;
+    if (isLocked) return;
     if (button == MouseButton::Left && allowDragDrop && !dragDrop.Active()) dragDrop.OnMouseDown();
     if (button == MouseButton::Right && dragDrop.Active()) CancelDrag();
 }
@@ -80,7 +75,7 @@ void LessonMapEditor::OnMouseUp(MouseButton button) {
         if (wasDrag && IsCurrentLesson(was) && CurrentSBID() != sbidBeforeDrag) {
             ReportFailures(u"Select", [this] { OnSelectionChanged(); });
         }
-    } else if (button == MouseButton::Right && !dragDrop.Active() && !locked) {
+    } else if (button == MouseButton::Right && !dragDrop.Active() && !isLocked) {
         Raise(ContextMenuRequest);
     }
 }

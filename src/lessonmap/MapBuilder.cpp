@@ -23,7 +23,7 @@ std::shared_ptr<StoryboardMaps> MapsOf(const Lesson& lesson) {
 
 void Refuse(const Text& description) { throw Error(ErrorNumbers::Automation, description); }
 
-MapView::MapView(const NodeTree& tree)
+TreeState::TreeState(const NodeTree& tree)
     : expanded(modTVW::GetExpandedKeys(tree)), selected(modTVW::GetNodeKey(tree.Selected())) {
     for (const Node* node = tree.FirstInCollection(); node; node = node->NextInCollection()) {
         if (node->IsChecked()) checked.Add(node->Key());
@@ -31,7 +31,7 @@ MapView::MapView(const NodeTree& tree)
     for (const Node* root = tree.First(); root; root = root->Next()) roots.Add(root->Key());
 }
 
-void MapView::Restore(NodeTree& tree) const {
+void TreeState::Restore(NodeTree& tree) const {
     const TreeUpdate update(tree);
     for (Node* root = tree.First(); root; root = root->Next()) {
         if (!roots.Contains(root->Key())) root->SetExpanded(true);

@@ -13,9 +13,9 @@
 namespace dax {
 
 // Expansion, checks and selection, by key.
-class MapView {
+class TreeState {
 public:
-    explicit MapView(const NodeTree& tree);
+    explicit TreeState(const NodeTree& tree);
     void Restore(NodeTree& tree) const;
 
 private:

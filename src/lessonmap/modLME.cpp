@@ -81,7 +81,7 @@ bool BuildMap(NodeTree* tree, const PictureKeys& imageList, std::shared_ptr<Less
         tree->Clear();
         return false;
     }
-    const MapView view(*tree);
+    const TreeState state(*tree);
     tree->Clear();
     try {
         MapBuilder builder(*tree, imageList, *lesson);
@@ -96,7 +96,7 @@ bool BuildMap(NodeTree* tree, const PictureKeys& imageList, std::shared_ptr<Less
         builder.MarkMissing();
         builder.CheckRoots();
         UpdateMapCaptions(*tree);
-        view.Restore(*tree);
+        state.Restore(*tree);
         return builder.IsLessonChanged();
     } catch (...) {
         // Half a tree, written back, would lose pages.

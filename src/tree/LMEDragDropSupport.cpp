@@ -82,7 +82,7 @@ void LMEDragDropSupport::FinishDrag() {
     if (!isActive || dragged != node || target.node != to.node) return;
     CancelDrag();
     if (modTVW::IsInBranch(to.node, node)) return;
-    drop.Raise(*node, to);
+    Drop.Raise(*node, to);
 }
 
 void LMEDragDropSupport::CancelDrag() {
@@ -95,7 +95,7 @@ void LMEDragDropSupport::CancelDrag() {
     window->EndDragImage();
     window->SetInsertMark(nullptr, false);
     window->SetDropHighlight(nullptr);
-    ended.Raise();
+    Ended.Raise();
 }
 
 void LMEDragDropSupport::OnTimer(TreeTimer timer) {
@@ -103,7 +103,7 @@ void LMEDragDropSupport::OnTimer(TreeTimer timer) {
     const Point pointer = window->Pointer();
     if (timer == TreeTimer::AutoExpand && target.node && target.node->FirstChild() && !target.node->IsExpanded()) {
         window->ShowDragImage(false, pointer);
-        autoExpand.Raise(*target.node);
+        AutoExpand.Raise(*target.node);
         if (isActive) window->ShowDragImage(true, pointer);
     }
     if (timer != TreeTimer::Autoscroll) return;

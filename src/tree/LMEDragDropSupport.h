@@ -26,15 +26,12 @@ public:
     void CancelDrag();
     void OnTimer(TreeTimer timer);
 
-    const Node* DraggedNode() const { return dragged; }
     const DropTarget& Target() const { return target; }
 
-    // The pointer hovers over a collapsed node.
-    Event<Node&>& AutoExpand() { return autoExpand; }
-    // A drag is over, however it ended; before Drop.
-    Event<>& Ended() { return ended; }
+    Event<Node&> AutoExpand; // the pointer hovers over a collapsed node
+    Event<> Ended;           // a drag is over, however it ended; before Drop
     // The dragged node and its target, which is never in its own branch.
-    Event<Node&, const DropTarget&>& Drop() { return drop; }
+    Event<Node&, const DropTarget&> Drop;
 
 private:
     void NodeRemoving(Node& node) override;
@@ -48,9 +45,6 @@ private:
     Point pressed;
     Node* dragged = nullptr;
     DropTarget target;
-    Event<Node&> autoExpand;
-    Event<> ended;
-    Event<Node&, const DropTarget&> drop;
 };
 
 } // namespace dax

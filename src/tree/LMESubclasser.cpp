@@ -1,5 +1,6 @@
 #include "tree/LMESubclasser.h"
 
+#include "tree/KeyCodes.h"
 #include "tree/modTreeviewAPI.h"
 
 namespace dax {
@@ -9,7 +10,6 @@ using namespace modTreeviewAPI;
 namespace {
 
 constexpr int checkstateDelay = 50; // milliseconds after the last check change
-constexpr int spaceKey = 32;
 
 } // namespace
 
@@ -21,8 +21,8 @@ void LMESubclasser::RegisterWindows(NodeTree* newTree, TreeWindow* newWindow) {
     tree = newTree;
     window = newWindow;
     if (!tree) return;
-    listener = tree->SelectionChanged().Add([this] {
-        if (isActive) selectionChanged.Raise();
+    listener = tree->SelectionChanged.Add([this] {
+        if (isActive) SelectionChanged.Raise();
     });
 }
 
@@ -55,7 +55,7 @@ void LMESubclasser::OnKeyDown(int keyCode) {
 void LMESubclasser::OnTimer(TreeTimer timer) {
     if (timer != TreeTimer::Checkstate) return;
     if (window) window->StopTimer(TreeTimer::Checkstate);
-    checkStateChanged.Raise();
+    CheckStateChanged.Raise();
 }
 
 void LMESubclasser::Toggle(Node& node, bool isBranch) {

@@ -27,10 +27,9 @@ public:
     void OnTimer(TreeTimer timer);
 
     // Old node, new node, cancel. Declared and never raised, deliberately: hosts cannot cancel.
-    Event<Node*, Node*, bool&>& SelectionChanging() { return selectionChanging; }
-    Event<>& SelectionChanged() { return selectionChanged; }
-    // Once for a burst of check changes.
-    Event<>& CheckStateChanged() { return checkStateChanged; }
+    Event<Node*, Node*, bool&> SelectionChanging;
+    Event<> SelectionChanged;
+    Event<> CheckStateChanged; // once for a burst of check changes
 
 private:
     void Toggle(Node& node, bool isBranch);
@@ -39,9 +38,21 @@ private:
     TreeWindow* window = nullptr;
     Subscription listener;
     bool isActive = false;
-    Event<Node*, Node*, bool&> selectionChanging;
-    Event<> selectionChanged;
-    Event<> checkStateChanged;
+};
+
+// Not Active for a scope; afterwards as before.
+class NotificationPause {
+public:
+    explicit NotificationPause(LMESubclasser& subclasser) : subclasser(subclasser), wasActive(subclasser.Active()) {
+        subclasser.SetActive(false);
+    }
+    ~NotificationPause() { subclasser.SetActive(wasActive); }
+    NotificationPause(const NotificationPause&) = delete;
+    NotificationPause& operator=(const NotificationPause&) = delete;
+
+private:
+    LMESubclasser& subclasser;
+    const bool wasActive;
 };
 
 } // namespace dax

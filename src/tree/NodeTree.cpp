@@ -237,7 +237,7 @@ void NodeTree::EndUpdate(bool isUnwinding) {
     const bool wasOrIs = selected || selectedBefore;
     if (!isOther || !wasOrIs) return;
     Notify([](TreeListener& listener) { listener.SelectionMoved(); });
-    if (!isUnwinding) selectionChanged.Raise(); // nothing may follow: the tree may be destroyed
+    if (!isUnwinding) SelectionChanged.Raise(); // nothing may follow: the tree may be destroyed
 }
 
 void Node::SetKey(const Text& newKey) {

@@ -41,7 +41,7 @@ public:
     // Expands the ancestors of the node, so that it shows. Null selects nothing.
     void Select(Node* node);
     // A new selection, by program or user; once per update. A listener may do anything, even destroy the tree.
-    Event<>& SelectionChanged() { return selectionChanged; }
+    Event<> SelectionChanged;
 
     // Sets Depth and Position of every node, in one pass.
     void Number();
@@ -79,7 +79,6 @@ private:
     std::vector<Node*> buckets;
     size_t keyCount = 0;
     std::vector<TreeListener*> listeners;
-    Event<> selectionChanged;
     int updates = 0;
     Fix fix = Fix::None;
     Node* selectedBefore = nullptr; // when the update began

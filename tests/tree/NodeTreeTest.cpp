@@ -104,7 +104,7 @@ TEST(NodeTree, ListenersReceiveEveryChangeAndOneSelection) {
     NodeTree tree;
     Recorder recorder(tree);
     int selections = 0;
-    tree.SelectionChanged().AddPermanent([&] { ++selections; });
+    tree.SelectionChanged.AddPermanent([&] { ++selections; });
     Node& r = tree.Add(nullptr, InsertPosition::LastChild, u"r");
     Node& a = tree.Add(&r, InsertPosition::LastChild, u"a");
     Node& b = tree.Add(&a, InsertPosition::LastChild, u"b");
@@ -162,8 +162,8 @@ TEST(NodeTree, ListenerOfTheSelectionMayDestroyTheTree) {
     tree->Add(nullptr, InsertPosition::LastChild, u"b");
     tree->Select(&a);
     int later = 0;
-    tree->SelectionChanged().AddPermanent([&tree] { tree.reset(); });
-    tree->SelectionChanged().AddPermanent([&later] { ++later; });
+    tree->SelectionChanged.AddPermanent([&tree] { tree.reset(); });
+    tree->SelectionChanged.AddPermanent([&later] { ++later; });
     tree->Remove(a);
     EXPECT_FALSE(tree);
     EXPECT_EQ(later, 0);
