@@ -48,7 +48,7 @@ HRESULT ReportCurrentException(const GUID& interfaceId, const wchar_t* source) n
         } catch (const std::exception& error) {
             return Report(E_FAIL, MaskPasswords(FromUtf8(error.what())), interfaceId, source);
         } catch (...) {
-            return Report(E_UNEXPECTED, u"an unknown failure inside the control library", interfaceId, source);
+            return Report(E_UNEXPECTED, u"An unknown error occurred in the control library.", interfaceId, source);
         }
     } catch (...) {
         return E_OUTOFMEMORY;

@@ -100,6 +100,8 @@ Variant Dereferenced(const VARIANT& variant) {
     return plain;
 }
 
+bool IsMissing(const VARIANT& argument) { return argument.vt == VT_ERROR && argument.scode == DISP_E_PARAMNOTFOUND; }
+
 std::wstring DescribeValue(const VARIANT& value) {
     Variant plain;
     if (FAILED(VariantCopyInd(&plain, Mutable(value)))) return L"?";

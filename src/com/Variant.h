@@ -87,6 +87,8 @@ public:
 Value ToValue(const VARIANT& variant, const Value& like = {});
 // The value without references. Throws ComError for what cannot be copied.
 Variant Dereferenced(const VARIANT& variant);
+// The value of an optional argument that was not given.
+bool IsMissing(const VARIANT& argument);
 // Any value for people: an object as its kind in brackets.
 std::wstring DescribeValue(const VARIANT& value);
 

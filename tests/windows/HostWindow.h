@@ -1,9 +1,9 @@
 // A top-level window to put controls into, a look at what they paint, and the user's mouse and keyboard.
 #pragma once
 
-#include "controls/win32/ControlWindow.h"
 #include "controls/win32/GdiSurface.h"
 #include "controls/win32/MessagePump.h"
+#include "controls/win32/WindowBase.h"
 
 #include "../../apps/workbench/selftest/UserInput.h"
 

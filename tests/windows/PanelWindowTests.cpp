@@ -10,7 +10,7 @@ namespace dax::test {
 namespace {
 
 // The lines of text that a control draws, each as its pixels, between blank rows.
-std::vector<std::vector<uint32_t>> DrawnLines(ControlWindow& panel, int width, int height) {
+std::vector<std::vector<uint32_t>> DrawnLines(WindowBase& panel, int width, int height) {
     const MemoryBitmap bitmap(width, height);
     panel.Draw(bitmap.Context(), {0, 0, width, height});
     std::vector<std::vector<uint32_t>> lines;

@@ -1,5 +1,6 @@
 #include "selftest/TestForm.h"
 
+#include "controls/win32/GdiSurface.h"
 #include "selftest/Checks.h"
 #include "ui/Picture.h"
 #include "ui/Style.h"
@@ -58,7 +59,7 @@ TestForm::TestForm(const ControlLibrary& controlLibrary, int insideWidth, int in
     if (dpi > 0)
         SetPropW(Handle(), dpiProperty, reinterpret_cast<HANDLE>(static_cast<INT_PTR>(dpi)));
     else
-        resolution = DpiOf(Handle());
+        resolution = MonitorDpi(Handle());
     Arrange();
     ShowWindow(Handle(), SW_SHOW);
     UpdateWindow(Handle());

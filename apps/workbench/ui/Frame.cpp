@@ -1,6 +1,7 @@
 #include "ui/Frame.h"
 
 #include "automation/ControlHost.h"
+#include "controls/win32/GdiSurface.h"
 #include "selftest/SelfTest.h"
 #include "ui/Ids.h"
 #include "ui/Input.h"
@@ -38,8 +39,8 @@ void SendToChildren(HWND frame, UINT message, WPARAM wParam, LPARAM lParam) {
 
 Frame::Frame(const Options& given, const ControlLibrary& controls)
     : options(given), library(controls),
-      style(DpiOf(nullptr)), context{options, library, style, log,
-                                     [this](const std::wstring& text) { ShowStatus(text); }} {
+      style(MonitorDpi(nullptr)), context{options, library, style, log,
+                                          [this](const std::wstring& text) { ShowStatus(text); }} {
     options.file = HidePassword(options.file);
     options.connector = HidePassword(options.connector);
     context.openLesson = [this] { OpenLesson(); };
@@ -58,7 +59,7 @@ bool Frame::Create(bool visible) {
     if (!CreateAs(frameClass, L"DAXWorkbench", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, WS_EX_CONTROLPARENT, nullptr, 0,
                   place))
         return false;
-    style.SetDpi(DpiOf(Handle()));
+    style.SetDpi(MonitorDpi(Handle()));
     RECT workArea{0, 0, style.Scale(1120), style.Scale(800)};
     SystemParametersInfoW(SPI_GETWORKAREA, 0, &workArea, 0);
     const SIZE most{workArea.right - workArea.left, workArea.bottom - workArea.top};

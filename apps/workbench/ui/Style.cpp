@@ -35,16 +35,6 @@ private:
 
 } // namespace
 
-int DpiOf(HWND window) {
-    static const auto forWindow = UserFunction<UINT(WINAPI*)(HWND)>("GetDpiForWindow");
-    if (forWindow && window)
-        if (const UINT dpi = forWindow(window)) return static_cast<int>(dpi);
-    const HDC screen = GetDC(nullptr);
-    const int dpi = GetDeviceCaps(screen, LOGPIXELSY);
-    ReleaseDC(nullptr, screen);
-    return dpi;
-}
-
 bool HighContrast() {
     const COLORREF face = GetSysColor(COLOR_BTNFACE);
     if (GetRValue(face) + GetGValue(face) + GetBValue(face) < 3 * 128) return true;

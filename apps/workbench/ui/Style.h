@@ -7,9 +7,6 @@
 
 namespace dax::workbench {
 
-// The resolution of the monitor that shows the window; of the system where monitors do not differ.
-int DpiOf(HWND window);
-
 // Whether texts and pictures need the system's own colours: in high contrast, and wherever its background is dark.
 bool HighContrast();
 

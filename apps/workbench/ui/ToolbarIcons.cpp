@@ -10,33 +10,33 @@ namespace dax::workbench {
 
 namespace {
 
-using Spot = ShapePen::Spot;
+using PointF = ShapePen::PointF;
 
 constexpr COLORREF paper = RGB(0xFF, 0xFF, 0xFF), edge = RGB(0x5A, 0x6A, 0x7A), ink = RGB(0x1B, 0x6A, 0xC9);
 constexpr COLORREF blue = RGB(0x2B, 0x6C, 0xB8), darkBlue = RGB(0x1C, 0x4A, 0x80), pale = RGB(0xCF, 0xE0, 0xF2);
 constexpr COLORREF amber = RGB(0xF2, 0xB1, 0x34), darkAmber = RGB(0xB8, 0x7A, 0x10);
 constexpr COLORREF green = RGB(0x1E, 0x8A, 0x3C), red = RGB(0xC6, 0x28, 0x28);
 
-void DrawPlus(ShapePen& pen, Spot at) {
-    pen.Disc(at, 8.5, paper);
+void DrawPlus(ShapePen& pen, PointF at) {
+    pen.Circle(at, 8.5, paper);
     pen.Line({at.x - 6, at.y}, {at.x + 6, at.y}, 4, green);
     pen.Line({at.x, at.y - 6}, {at.x, at.y + 6}, 4, green);
 }
 
 void DrawSave(ShapePen& pen) {
-    pen.Shape({{4, 4}, {24, 4}, {28, 8}, {28, 28}, {4, 28}}, blue, 2, darkBlue);
-    pen.Shape({{9, 5}, {22, 5}, {22, 13}, {9, 13}}, paper, 0, paper);
-    pen.Shape({{17, 6}, {20, 6}, {20, 12}, {17, 12}}, darkBlue, 0, darkBlue);
-    pen.Shape({{8, 17}, {24, 17}, {24, 27}, {8, 27}}, pale, 0, pale);
+    pen.Polygon({{4, 4}, {24, 4}, {28, 8}, {28, 28}, {4, 28}}, blue, 2, darkBlue);
+    pen.Polygon({{9, 5}, {22, 5}, {22, 13}, {9, 13}}, paper, 0, paper);
+    pen.Polygon({{17, 6}, {20, 6}, {20, 12}, {17, 12}}, darkBlue, 0, darkBlue);
+    pen.Polygon({{8, 17}, {24, 17}, {24, 27}, {8, 27}}, pale, 0, pale);
 }
 
 void DrawAddGroup(ShapePen& pen) {
-    pen.Shape({{2, 7}, {11, 7}, {14, 11}, {26, 11}, {26, 25}, {2, 25}}, amber, 2, darkAmber);
+    pen.Polygon({{2, 7}, {11, 7}, {14, 11}, {26, 11}, {26, 25}, {2, 25}}, amber, 2, darkAmber);
     DrawPlus(pen, {23, 23});
 }
 
 void DrawAddLesson(ShapePen& pen) {
-    pen.Shape({{5, 2}, {17, 2}, {24, 9}, {24, 28}, {5, 28}}, paper, 2, edge);
+    pen.Polygon({{5, 2}, {17, 2}, {24, 9}, {24, 28}, {5, 28}}, paper, 2, edge);
     pen.Line({9, 13}, {20, 13}, 2.4, ink);
     pen.Line({9, 18}, {16, 18}, 2.4, ink);
     DrawPlus(pen, {23, 23});
@@ -49,7 +49,7 @@ void DrawRemove(ShapePen& pen) {
 
 // An arrow from the middle of a 32 by 32 square towards a side; `turn` counts quarter turns clockwise from up.
 void DrawArrow(ShapePen& pen, int turn, COLORREF colour) {
-    const auto at = [turn](double x, double y) -> Spot {
+    const auto at = [turn](double x, double y) -> PointF {
         x -= 16;
         y -= 16;
         for (int i = 0; i < turn; ++i) {
@@ -59,19 +59,19 @@ void DrawArrow(ShapePen& pen, int turn, COLORREF colour) {
         }
         return {x + 16, y + 16};
     };
-    pen.Shape({at(16, 4), at(27, 16), at(20, 16), at(20, 27), at(12, 27), at(12, 16), at(5, 16)}, colour, 1, colour);
+    pen.Polygon({at(16, 4), at(27, 16), at(20, 16), at(20, 27), at(12, 27), at(12, 16), at(5, 16)}, colour, 1, colour);
 }
 
 // An arc with an arrow's head: to the left for what is taken back, to the right for what is done again.
 void DrawTurn(ShapePen& pen, bool isBack) {
-    const auto at = [isBack](double x, double y) -> Spot { return {isBack ? x : 32 - x, y}; };
-    const Spot way[] = {at(9, 12), at(16, 9.5), at(23, 12), at(26, 18), at(23, 24), at(16, 26.5)};
+    const auto at = [isBack](double x, double y) -> PointF { return {isBack ? x : 32 - x, y}; };
+    const PointF way[] = {at(9, 12), at(16, 9.5), at(23, 12), at(26, 18), at(23, 24), at(16, 26.5)};
     for (size_t i = 1; i < std::size(way); ++i) pen.Line(way[i - 1], way[i], 4, ink);
-    pen.Shape({at(3, 14), at(12, 4), at(14, 17)}, ink, 1, ink);
+    pen.Polygon({at(3, 14), at(12, 4), at(14, 17)}, ink, 1, ink);
 }
 
 void DrawBox(ShapePen& pen, bool isPlus) {
-    pen.Shape({{5, 5}, {27, 5}, {27, 27}, {5, 27}}, paper, 2, edge);
+    pen.Polygon({{5, 5}, {27, 5}, {27, 27}, {5, 27}}, paper, 2, edge);
     pen.Line({10, 16}, {22, 16}, 3.4, ink);
     if (isPlus) pen.Line({16, 10}, {16, 22}, 3.4, ink);
 }
@@ -81,20 +81,20 @@ void DrawFreeze(ShapePen& pen) {
     pen.Line({16, 3}, {16, 29}, 3, blue);
     pen.Line({5, 9.5}, {27, 22.5}, 3, blue);
     pen.Line({5, 22.5}, {27, 9.5}, 3, blue);
-    pen.Disc({16, 16}, 4, paper);
-    pen.Disc({16, 16}, 2.6, blue);
+    pen.Circle({16, 16}, 4, paper);
+    pen.Circle({16, 16}, 2.6, blue);
 }
 
 // A map as a bar, with an arrow that leads to it.
 void DrawMap(ShapePen& pen, bool isNext) {
     const double bar = isNext ? 25 : 3;
-    pen.Shape({{4, bar}, {28, bar}, {28, bar + 4}, {4, bar + 4}}, edge, 0, edge);
+    pen.Polygon({{4, bar}, {28, bar}, {28, bar + 4}, {4, bar + 4}}, edge, 0, edge);
     const double tip = isNext ? 22 : 10, wing = isNext ? 13 : 19, foot = isNext ? 3 : 29;
-    pen.Shape({{16, tip}, {25, wing}, {19, wing}, {19, foot}, {13, foot}, {13, wing}, {7, wing}}, ink, 1, ink);
+    pen.Polygon({{16, tip}, {25, wing}, {19, wing}, {19, foot}, {13, foot}, {13, wing}, {7, wing}}, ink, 1, ink);
 }
 
 void DrawCheck(ShapePen& pen, bool isChecked) {
-    pen.Shape({{5, 5}, {27, 5}, {27, 27}, {5, 27}}, paper, 2, edge);
+    pen.Polygon({{5, 5}, {27, 5}, {27, 27}, {5, 27}}, paper, 2, edge);
     if (!isChecked) return;
     pen.Line({9, 16}, {14, 22}, 4, green);
     pen.Line({14, 22}, {24, 10}, 4, green);

@@ -216,7 +216,7 @@ public:
             if (isDown && element != CHILDID_SELF) return E_INVALIDARG;
             if (!isDown && element == CHILDID_SELF)
                 return standard ? standard->accNavigate(direction, start, out) : S_FALSE;
-            const LONG found = model->Neighbour(element, direction);
+            const LONG found = model->Navigate(element, direction);
             return found == CHILDID_SELF ? S_FALSE : ReturnNumber(found, out);
         });
     }
@@ -233,7 +233,7 @@ public:
     STDMETHODIMP accDoDefaultAction(VARIANT child) override {
         return On(child, [&](LONG element) {
             if (model->Action(element).empty()) return DISP_E_MEMBERNOTFOUND;
-            model->Act(element);
+            model->DoDefaultAction(element);
             return S_OK;
         });
     }
@@ -298,23 +298,23 @@ void Accessible::Disconnect() {
 
 bool Accessible::IsRequested(LPARAM lParam) { return static_cast<LONG>(lParam) == static_cast<LONG>(OBJID_CLIENT); }
 
-LRESULT Accessible::Answer(WPARAM wParam) {
+LRESULT Accessible::AnswerGetObject(WPARAM wParam) {
     if (!window) return 0;
     if (!object) object = ComPtr<AccessibleObject>::Adopt(new (std::nothrow) AccessibleObject(*this, window));
     if (!object) return 0;
     return LresultFromObject(IID_IAccessible, wParam, object.Get());
 }
 
-Accessible::Element Accessible::Neighbour(Element from, LONG direction) {
+Accessible::Element Accessible::Navigate(Element from, LONG direction) {
     const std::vector<Element> all = Elements();
-    if (all.empty()) return TheWhole;
+    if (all.empty()) return Self;
     if (direction == NAVDIR_FIRSTCHILD) return all.front();
     if (direction == NAVDIR_LASTCHILD) return all.back();
     const bool isForward = direction == NAVDIR_NEXT || direction == NAVDIR_DOWN;
-    if (!isForward && direction != NAVDIR_PREVIOUS && direction != NAVDIR_UP) return TheWhole;
+    if (!isForward && direction != NAVDIR_PREVIOUS && direction != NAVDIR_UP) return Self;
     const auto at = std::find(all.begin(), all.end(), from);
-    if (isForward) return at == all.end() || at + 1 == all.end() ? TheWhole : *(at + 1);
-    return at == all.begin() ? TheWhole : *(at - 1);
+    if (isForward) return at == all.end() || at + 1 == all.end() ? Self : *(at + 1);
+    return at == all.begin() ? Self : *(at - 1);
 }
 
 bool Accessible::HasListener(DWORD event) const { return window && IsWinEventHookInstalled(event); }

@@ -13,8 +13,8 @@ class AccessibleObject;
 
 class Accessible {
 public:
-    using Element = LONG;                  // the child id of the interface; lasts as long as the element
-    static constexpr Element TheWhole = 0; // CHILDID_SELF
+    using Element = LONG;              // the child id of the interface; lasts as long as the element
+    static constexpr Element Self = 0; // CHILDID_SELF
 
     Accessible();
     virtual ~Accessible();
@@ -25,7 +25,7 @@ public:
     void Disconnect(); // the window is being destroyed
     // Whether WM_GETOBJECT requests this object and not another one, and the result of the message then.
     static bool IsRequested(LPARAM lParam);
-    LRESULT Answer(WPARAM wParam);
+    LRESULT AnswerGetObject(WPARAM wParam);
 
     // Objects with references left; their code must not be unloaded.
     static long LiveCount();
@@ -43,14 +43,14 @@ public:
     virtual RECT Place(Element element) const = 0; // of the client area; empty while it is hidden
 
     virtual Element ElementAt(POINT point) = 0; // of the client area
-    virtual Element Focused() { return TheWhole; }
+    virtual Element Focused() { return Self; }
     virtual std::vector<Element> Selected() { return {}; }
-    virtual Element Neighbour(Element from, LONG direction); // TheWhole: there is none
+    virtual Element Navigate(Element from, LONG direction); // Self: there is none
 
     // What the user can do; the host's event handlers run and may do anything.
     virtual bool Select(Element, LONG /*flags*/) { return false; }
     virtual Text Action(Element) const { return {}; }
-    virtual void Act(Element) {}
+    virtual void DoDefaultAction(Element) {}
 
 protected:
     HWND Window() const { return window; } // null while not connected

@@ -118,6 +118,19 @@ int GdiSurface::TextWidth(const Text& text) {
     return extent.cx;
 }
 
+int MonitorDpi(HWND window) {
+    using GetDpi = UINT(WINAPI*)(HWND);
+    // Only newer systems have a DPI per window.
+    static const auto dpiOfWindow = reinterpret_cast<GetDpi>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32"), "GetDpiForWindow")));
+    if (window && dpiOfWindow)
+        if (const UINT dpi = dpiOfWindow(window)) return static_cast<int>(dpi);
+    const HDC screen = GetDC(nullptr);
+    const int dpi = GetDeviceCaps(screen, LOGPIXELSX);
+    ReleaseDC(nullptr, screen);
+    return dpi > 0 ? dpi : USER_DEFAULT_SCREEN_DPI;
+}
+
 HFONT CreateFontFor(const Text& name, double points, int dpi, bool isBold, bool isItalic) {
     LOGFONTW font{};
     font.lfHeight = -static_cast<LONG>(std::lround(points * dpi / 72));
@@ -136,7 +149,7 @@ void FillWith(HDC dc, const RECT& place, COLORREF color) {
     DeleteObject(brush);
 }
 
-bool IsOfPixels(HDC dc) {
+bool IsRasterDevice(HDC dc) {
     const DWORD type = GetObjectType(dc);
     return type == OBJ_MEMDC || (type == OBJ_DC && GetDeviceCaps(dc, TECHNOLOGY) == DT_RASDISPLAY);
 }

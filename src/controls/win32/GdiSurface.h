@@ -44,13 +44,16 @@ private:
     int DrawRight(const Text& text, const Rect& rect);
 };
 
+// The pixels per inch of the monitor that the window is on; of the screen for null, or where the system cannot say it.
+int MonitorDpi(HWND window);
+
 HFONT CreateFontFor(const Text& name, double points, int dpi, bool isBold, bool isItalic);
 
 void FillWith(HDC dc, const RECT& place, COLORREF color);
 
 // Whether what is drawn becomes pixels at once, of a screen or a bitmap; else it is printed or recorded, and bitmaps
 // are to be avoided.
-bool IsOfPixels(HDC dc);
+bool IsRasterDevice(HDC dc);
 
 // Paints into a bitmap of its own and copies it to `place` of `dc` at once, so that nothing flickers. `paint` gets a
 // context whose origin is the top left corner of `place`. Only what can be seen is painted, however large the place.

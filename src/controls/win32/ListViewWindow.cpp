@@ -123,7 +123,7 @@ ListViewWindow::~ListViewWindow() {
 }
 
 void ListViewWindow::OnHandleDestroyed() {
-    access.Disconnect();
+    accessible.Disconnect();
     handle = nullptr;
 }
 
@@ -134,7 +134,7 @@ HWND ListViewWindow::Create(HWND parent) {
                              WS_CHILD | WS_VISIBLE | WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS, 0, 0,
                              0, 0, parent, nullptr, ThisModule(), nullptr);
     if (!handle) return nullptr;
-    access.Connect(handle);
+    accessible.Connect(handle);
     const auto style = static_cast<DWORD>(SendMessageW(handle, LVM_GETEXTENDEDLISTVIEWSTYLE, 0, 0));
     SendMessageW(handle, LVM_SETEXTENDEDLISTVIEWSTYLE, 0, static_cast<LPARAM>(style | LVS_EX_FULLROWSELECT));
     ColumnsChanged();
@@ -256,7 +256,7 @@ void ListViewWindow::ColumnsChanged() {
     sortColumn = -1;
     widths = Widths::Shared;
     ShareWidth();
-    access.Reordered();
+    accessible.Reordered();
 }
 
 void ListViewWindow::ItemsChanged() {
@@ -275,7 +275,7 @@ void ListViewWindow::ItemsChanged() {
         state.stateMask = LVIS_SELECTED;
         SendMessageW(handle, LVM_SETITEMSTATE, static_cast<WPARAM>(item), reinterpret_cast<LPARAM>(&state));
     }
-    access.Reordered();
+    accessible.Reordered();
     InvalidateRect(handle, nullptr, FALSE);
 }
 
@@ -375,15 +375,15 @@ LRESULT ListViewWindow::HandleNotification(const NMHDR& header) {
             ReadSelection(); // all rows at once
         else if (static_cast<size_t>(change.iItem) < model->Items().size())
             model->SetSelected(static_cast<size_t>(change.iItem), (change.uNewState & LVIS_SELECTED) != 0);
-        access.Changed(change);
+        accessible.Changed(change);
         return 0;
     }
     case LVN_ODSTATECHANGED:
         ReadSelection();
-        access.SeveralChanged();
+        accessible.SeveralChanged();
         return 0;
     case NM_SETFOCUS:
-        access.OnFocusGained();
+        accessible.OnFocusGained();
         return 0;
     case LVN_COLUMNCLICK:
         ColumnClick.Raise(static_cast<size_t>(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem));

@@ -3,7 +3,7 @@
 
 #include "controls/Event.h"
 #include "controls/ListModel.h"
-#include "controls/win32/ListAccess.h"
+#include "controls/win32/ListAccessible.h"
 
 #include <commctrl.h>
 
@@ -30,7 +30,7 @@ public:
     // An arrow in the header of that column, which is widened where its caption would be cut; -1 for none.
     void ShowSortArrow(int column, bool isDescending);
     LRESULT HandleNotification(const NMHDR& header); // raises the events below last
-    Accessible& Access() { return access; }
+    Accessible& AccessibleContent() { return accessible; }
 
     // A picture of header and rows, as the window shows them; without one from the first row on.
     void DrawPicture(HDC dc, const RECT& place, HFONT font) const;
@@ -59,7 +59,7 @@ private:
     enum class Widths { Shared, Fitted, OfUser }; // where the columns' widths come from
 
     std::shared_ptr<ListModel> model;
-    ListAccess access{*model};
+    ListAccessible accessible{*model};
     HWND handle = nullptr;
     COLORREF textColor = 0x000000, backColor = 0xFFFFFF;
     Widths widths = Widths::Shared;

@@ -31,27 +31,28 @@ ShapePen::~ShapePen() {
     for (const HGDIOBJ object : objects) DeleteObject(object);
 }
 
-void ShapePen::Oval(Spot centre, double radiusX, double radiusY, COLORREF color) {
-    Choose(color, 0, color);
-    Ellipse(dc, At(centre.x - radiusX), At(centre.y - radiusY), At(centre.x + radiusX) + 1, At(centre.y + radiusY) + 1);
+void ShapePen::Ellipse(PointF centre, double radiusX, double radiusY, COLORREF color) {
+    SelectPenAndBrush(color, 0, color);
+    ::Ellipse(dc, At(centre.x - radiusX), At(centre.y - radiusY), At(centre.x + radiusX) + 1,
+              At(centre.y + radiusY) + 1);
 }
 
-void ShapePen::Shape(std::initializer_list<Spot> corners, COLORREF fill, double borderWidth, COLORREF border) {
-    Choose(fill, borderWidth, border);
+void ShapePen::Polygon(std::initializer_list<PointF> corners, COLORREF fill, double borderWidth, COLORREF border) {
+    SelectPenAndBrush(fill, borderWidth, border);
     std::vector<POINT> points;
-    for (const Spot corner : corners) points.push_back({At(corner.x), At(corner.y)});
-    Polygon(dc, points.data(), static_cast<int>(points.size()));
+    for (const PointF corner : corners) points.push_back({At(corner.x), At(corner.y)});
+    ::Polygon(dc, points.data(), static_cast<int>(points.size()));
 }
 
-void ShapePen::Line(Spot from, Spot to, double width, COLORREF color) {
-    Choose(color, width, color);
+void ShapePen::Line(PointF from, PointF to, double width, COLORREF color) {
+    SelectPenAndBrush(color, width, color);
     MoveToEx(dc, At(from.x), At(from.y), nullptr);
     LineTo(dc, At(to.x), At(to.y));
 }
 
 int ShapePen::At(double distance) const { return static_cast<int>(std::lround(distance * scale)); }
 
-void ShapePen::Choose(COLORREF fill, double lineWidth, COLORREF line) {
+void ShapePen::SelectPenAndBrush(COLORREF fill, double lineWidth, COLORREF line) {
     const LOGBRUSH ink{BS_SOLID, line, 0};
     const int width = At(lineWidth);
     constexpr DWORD style = PS_GEOMETRIC; // solid, with round ends and joins: their values are zero

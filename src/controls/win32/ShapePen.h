@@ -13,7 +13,7 @@ namespace dax {
 // Filled shapes on a square of 32 by 32, whatever the number of pixels is.
 class ShapePen {
 public:
-    struct Spot {
+    struct PointF {
         double x, y;
     };
 
@@ -22,15 +22,15 @@ public:
     ShapePen(const ShapePen&) = delete;
     ShapePen& operator=(const ShapePen&) = delete;
 
-    void Disc(Spot centre, double radius, COLORREF color) { Oval(centre, radius, radius, color); }
-    void Oval(Spot centre, double radiusX, double radiusY, COLORREF color);
+    void Circle(PointF centre, double radius, COLORREF color) { Ellipse(centre, radius, radius, color); }
+    void Ellipse(PointF centre, double radiusX, double radiusY, COLORREF color);
     // A border of the width makes the corners round.
-    void Shape(std::initializer_list<Spot> corners, COLORREF fill, double borderWidth, COLORREF border);
-    void Line(Spot from, Spot to, double width, COLORREF color);
+    void Polygon(std::initializer_list<PointF> corners, COLORREF fill, double borderWidth, COLORREF border);
+    void Line(PointF from, PointF to, double width, COLORREF color);
 
 private:
     int At(double distance) const;
-    void Choose(COLORREF fill, double lineWidth, COLORREF line);
+    void SelectPenAndBrush(COLORREF fill, double lineWidth, COLORREF line);
 
     HDC dc;
     double scale;

@@ -236,16 +236,16 @@ LRESULT WindowBase::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_THEMECHANGED:
         return AppearanceChanged(message, wParam, lParam);
     case WM_GETOBJECT:
-        if (const auto answer = Answer(handle, wParam, lParam)) return *answer;
+        if (const auto answer = AnswerGetObject(handle, wParam, lParam)) return *answer;
         [[fallthrough]];
     default:
         return OnMessage(message, wParam, lParam);
     }
 }
 
-std::optional<LRESULT> WindowBase::Answer(HWND target, WPARAM wParam, LPARAM lParam) {
-    Accessible* const access = Accessible::IsRequested(lParam) ? AccessOf(target) : nullptr;
-    return access ? std::optional(access->Answer(wParam)) : std::nullopt;
+std::optional<LRESULT> WindowBase::AnswerGetObject(HWND target, WPARAM wParam, LPARAM lParam) {
+    Accessible* const accessible = Accessible::IsRequested(lParam) ? AccessibleOf(target) : nullptr;
+    return accessible ? std::optional(accessible->AnswerGetObject(wParam)) : std::nullopt;
 }
 
 LRESULT WindowBase::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -294,7 +294,7 @@ LRESULT CALLBACK WindowBase::ChildProcedure(HWND window, UINT message, WPARAM wP
         std::erase(self->children, window);
     }
     if (message == WM_GETOBJECT)
-        if (const auto answer = self->Answer(window, wParam, lParam)) return *answer;
+        if (const auto answer = self->AnswerGetObject(window, wParam, lParam)) return *answer;
     // The child comes first, so that it is ready when the host's handler of the focus runs.
     const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
     if (message != WM_SETFOCUS && message != WM_KILLFOCUS) return result;

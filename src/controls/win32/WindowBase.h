@@ -1,34 +1,63 @@
-// Base of the windows of all controls: class, fonts, focus, painting, messages of its children, and destruction that
-// is safe also inside one of the control's own events.
+// Base of the windows of all controls, which whatever hosts them uses through it, the ActiveX shell or a test: class,
+// fonts, focus, painting, messages of its children, and destruction that is safe also inside one of the control's own
+// events.
 #pragma once
 
+#include "controls/Ambient.h"
+#include "controls/PropertyBag.h"
 #include "controls/win32/Accessible.h"
-#include "controls/win32/ControlWindow.h"
+#include "controls/win32/Windows.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
 
 namespace dax {
 
-class WindowBase : public ControlWindow {
+class WindowBase {
 public:
     // Inside a message of the window or its children the window only leaves its parent and is destroyed by a posted
     // message, since the system still uses it; otherwise it is destroyed at once.
-    ~WindowBase() override;
+    virtual ~WindowBase();
     WindowBase(const WindowBase&) = delete;
     WindowBase& operator=(const WindowBase&) = delete;
 
-    // Without a parent the window is a child of a hidden one of its own. Null when the system refuses a window.
-    HWND Create(HWND parent, const RECT& place) override;
-    HWND Handle() const override { return handle; }
-    void SetAmbient(const Ambient& ambient) override;
-    void InitProperties() override;
-    void ReadProperties(PropertyBag& bag) override;
-    void WriteProperties(PropertyBag&) override {}
-    void Draw(HDC dc, const RECT& place) override;
-    void DrawScaled(HDC dc, SIZE size) override { Paint(dc, size, true); }
-    bool TranslateKey(const MSG&) override { return false; }
+    // Creates the window (once; a second call only moves it to the new parent). Everything else works before this
+    // call and after the window's destruction by its parent. Without a parent the window is a child of a hidden one of
+    // its own. Null when the system refuses a window.
+    HWND Create(HWND parent, const RECT& place);
+    HWND Handle() const { return handle; } // null while there is no window
+
+    void SetAmbient(const Ambient& ambient); // repaints what changed
+
+    // Exactly one of the first two comes once, before the control is used.
+    virtual void InitProperties();
+    virtual void ReadProperties(PropertyBag& bag);
+    virtual void WriteProperties(PropertyBag&) {}
+    // Called by the control with the name of a property that the bag keeps when it has changed, so that the host saves
+    // it.
+    std::function<void(const Text&)> PropertyChanged;
+
+    // A picture of the control without activation; also without a window. The place is in pixels of a screen.
+    void Draw(HDC dc, const RECT& place);
+    // The same as texts, lines and shapes, for a context that scales them: of a printer or a metafile. The control is
+    // laid out in so many of its own pixels, from the context's origin on.
+    void DrawScaled(HDC dc, SIZE size) { Paint(dc, size, true); }
+    // The control's text, line by line; empty when it shows more than texts.
+    virtual Text PlainText() const { return {}; }
+
+    // Offers a keyboard message before the host sees it; true when the control has used it.
+    virtual bool TranslateKey(const MSG&) { return false; }
+
+    // Called with true when the window or one of its children gets the focus, with false when the focus leaves.
+    std::function<void(bool)> FocusChanged;
+    // Called when the window has come to a monitor of another resolution.
+    std::function<void()> DpiChanged;
+    // Called when the system's colours or fonts have changed, which a control uses where the host sets none.
+    std::function<void()> SystemLookChanged;
+
+    virtual SIZE PreferredSize(int dpi) const = 0; // pixels
 
     // How many windows of this module's controls, and objects of theirs that screen readers hold, still exist: the
     // module must not be unloaded before it is 0.
@@ -52,7 +81,7 @@ protected:
     virtual LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
     virtual HWND FocusTarget() const { return nullptr; } // the child that has the focus when the control gets it
     // What a screen reader finds in the control or in a child whose focus is tracked; null for the system's own answer.
-    virtual Accessible* AccessOf(HWND) { return nullptr; }
+    virtual Accessible* AccessibleOf(HWND) { return nullptr; }
 
     const Ambient& CurrentAmbient() const { return ambient; }
     HFONT Font(); // made for the ambient font at the host's DPI
@@ -71,7 +100,7 @@ private:
     static LRESULT CALLBACK ChildProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
                                            DWORD_PTR self);
     LRESULT Dispatch(UINT message, WPARAM wParam, LPARAM lParam);
-    std::optional<LRESULT> Answer(HWND target, WPARAM wParam, LPARAM lParam); // to WM_GETOBJECT
+    std::optional<LRESULT> AnswerGetObject(HWND target, WPARAM wParam, LPARAM lParam);
     bool IsInside(HWND window) const;
     void FocusMoved(HWND focus);
     LRESULT AppearanceChanged(UINT message, WPARAM wParam, LPARAM lParam);

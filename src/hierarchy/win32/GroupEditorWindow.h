@@ -29,7 +29,9 @@ private:
     void OnDestroyed() override;
     LRESULT OnNotify(const NMHDR& header, LPARAM lParam) override;
     HWND FocusTarget() const override { return treeView->Handle(); }
-    Accessible* AccessOf(HWND window) override { return window == Handle() ? nullptr : &treeView->Access(); }
+    Accessible* AccessibleOf(HWND window) override {
+        return window == Handle() ? nullptr : &treeView->AccessibleContent();
+    }
     void Paint(HDC dc, SIZE size, bool isView) override;
     void UsePictures();
 

@@ -17,22 +17,22 @@ constexpr COLORREF Amber = RGB(0xF2, 0xB1, 0x34), DarkAmber = RGB(0xB0, 0x72, 0x
 constexpr COLORREF Violet = RGB(0x7B, 0x52, 0xAB), DarkViolet = RGB(0x55, 0x34, 0x7D), Coal = RGB(0x36, 0x3F, 0x4A);
 constexpr COLORREF Brick = RGB(0xC9, 0x4F, 0x3D), PaleBrick = RGB(0xF3, 0xC9, 0xC1), Grey = RGB(0x8A, 0x93, 0x9D);
 
-// A sheet of paper on which the page types lay their mark.
-void DrawSheet(ShapePen& pen, COLORREF border) { pen.Shape({{6, 3}, {26, 3}, {26, 29}, {6, 29}}, Paper, 2, border); }
+// A sheet of paper on which the page types are drawn.
+void DrawSheet(ShapePen& pen, COLORREF border) { pen.Polygon({{6, 3}, {26, 3}, {26, 29}, {6, 29}}, Paper, 2, border); }
 
-void DrawQuestionMark(ShapePen& pen, ShapePen::Spot at, double size, COLORREF color) {
-    const auto spot = [&](double x, double y) { return ShapePen::Spot{at.x + x * size, at.y + y * size}; };
-    const ShapePen::Spot curve[] = {spot(-4, -4), spot(-3, -7), spot(0, -8),  spot(3, -7),
-                                    spot(4, -4),  spot(2, -1),  spot(0, 0.5), spot(0, 3)};
+void DrawQuestionMark(ShapePen& pen, ShapePen::PointF at, double size, COLORREF color) {
+    const auto place = [&](double x, double y) { return ShapePen::PointF{at.x + x * size, at.y + y * size}; };
+    const ShapePen::PointF curve[] = {place(-4, -4), place(-3, -7), place(0, -8),  place(3, -7),
+                                      place(4, -4),  place(2, -1),  place(0, 0.5), place(0, 3)};
     for (size_t i = 0; i + 1 < std::size(curve); ++i) pen.Line(curve[i], curve[i + 1], 3 * size, color);
-    pen.Disc(spot(0, 7.5), 1.9 * size, color);
+    pen.Circle(place(0, 7.5), 1.9 * size, color);
 }
 
 // A map folded twice.
 void DrawMap(ShapePen& pen) {
-    pen.Shape({{3, 7}, {11, 3}, {11, 25}, {3, 29}}, PaleLeaf, 2, DarkLeaf);
-    pen.Shape({{11, 3}, {21, 7}, {21, 29}, {11, 25}}, Leaf, 2, DarkLeaf);
-    pen.Shape({{21, 7}, {29, 3}, {29, 25}, {21, 29}}, PaleLeaf, 2, DarkLeaf);
+    pen.Polygon({{3, 7}, {11, 3}, {11, 25}, {3, 29}}, PaleLeaf, 2, DarkLeaf);
+    pen.Polygon({{11, 3}, {21, 7}, {21, 29}, {11, 25}}, Leaf, 2, DarkLeaf);
+    pen.Polygon({{21, 7}, {29, 3}, {29, 25}, {21, 29}}, PaleLeaf, 2, DarkLeaf);
 }
 
 void DrawUndefined(ShapePen& pen) {
@@ -43,11 +43,11 @@ void DrawUndefined(ShapePen& pen) {
 // A sheet with a neutral mark.
 void DrawCustom(ShapePen& pen) {
     DrawSheet(pen, Edge);
-    pen.Shape({{16, 8}, {23, 16}, {16, 24}, {9, 16}}, Violet, 2, DarkViolet);
+    pen.Polygon({{16, 8}, {23, 16}, {16, 24}, {9, 16}}, Violet, 2, DarkViolet);
 }
 
 void DrawTitle(ShapePen& pen) {
-    pen.Shape({{3, 5}, {29, 5}, {29, 27}, {3, 27}}, Ink, 2, DarkInk);
+    pen.Polygon({{3, 5}, {29, 5}, {29, 27}, {3, 27}}, Ink, 2, DarkInk);
     pen.Line({9, 11}, {23, 11}, 3.6, Paper);
     pen.Line({16, 11}, {16, 22}, 3.6, Paper);
 }
@@ -60,11 +60,11 @@ void DrawText(ShapePen& pen) {
 
 // Sun and mountains.
 void DrawPicture(ShapePen& pen) {
-    pen.Shape({{3, 5}, {29, 5}, {29, 27}, {3, 27}}, Sky, 0, Sky);
-    pen.Disc({22, 11}, 3.4, Amber);
-    pen.Shape({{3, 27}, {12, 12}, {21, 27}}, Leaf, 0, Leaf);
-    pen.Shape({{15, 27}, {22, 18}, {29, 27}}, DarkLeaf, 0, DarkLeaf);
-    for (const auto& [from, to] : {std::pair<ShapePen::Spot, ShapePen::Spot>{{3, 5}, {29, 5}},
+    pen.Polygon({{3, 5}, {29, 5}, {29, 27}, {3, 27}}, Sky, 0, Sky);
+    pen.Circle({22, 11}, 3.4, Amber);
+    pen.Polygon({{3, 27}, {12, 12}, {21, 27}}, Leaf, 0, Leaf);
+    pen.Polygon({{15, 27}, {22, 18}, {29, 27}}, DarkLeaf, 0, DarkLeaf);
+    for (const auto& [from, to] : {std::pair<ShapePen::PointF, ShapePen::PointF>{{3, 5}, {29, 5}},
                                    {{29, 5}, {29, 27}},
                                    {{29, 27}, {3, 27}},
                                    {{3, 27}, {3, 5}}})
@@ -72,13 +72,13 @@ void DrawPicture(ShapePen& pen) {
 }
 
 void DrawVideo(ShapePen& pen) {
-    pen.Shape({{3, 6}, {29, 6}, {29, 26}, {3, 26}}, Coal, 2, Coal);
-    pen.Shape({{12, 10}, {23, 16}, {12, 22}}, Paper, 1, Paper);
+    pen.Polygon({{3, 6}, {29, 6}, {29, 26}, {3, 26}}, Coal, 2, Coal);
+    pen.Polygon({{12, 10}, {23, 16}, {12, 22}}, Paper, 1, Paper);
 }
 
 // A loudspeaker.
 void DrawAudio(ShapePen& pen) {
-    pen.Shape({{3, 12}, {8, 12}, {16, 5}, {16, 27}, {8, 20}, {3, 20}}, Ink, 2, DarkInk);
+    pen.Polygon({{3, 12}, {8, 12}, {16, 5}, {16, 27}, {8, 20}, {3, 20}}, Ink, 2, DarkInk);
     pen.Line({20, 12}, {22, 16}, 2.6, Ink);
     pen.Line({22, 16}, {20, 20}, 2.6, Ink);
     pen.Line({24, 8}, {28, 16}, 2.6, Ink);
@@ -87,29 +87,29 @@ void DrawAudio(ShapePen& pen) {
 
 // A ball that flies.
 void DrawAnimation(ShapePen& pen) {
-    pen.Disc({7, 24}, 4, PaleBrick);
-    pen.Disc({13, 16}, 5, RGB(0xE3, 0x8D, 0x7F));
-    pen.Disc({22, 11}, 8, Brick);
+    pen.Circle({7, 24}, 4, PaleBrick);
+    pen.Circle({13, 16}, 5, RGB(0xE3, 0x8D, 0x7F));
+    pen.Circle({22, 11}, 8, Brick);
 }
 
 void DrawQuestion(ShapePen& pen) {
-    pen.Disc({16, 16}, 14, Ink);
+    pen.Circle({16, 16}, 14, Ink);
     DrawQuestionMark(pen, {16, 15.5}, 1.1, Paper);
 }
 
 // A pencil.
 void DrawExercise(ShapePen& pen) {
-    pen.Shape({{22, 3}, {29, 10}, {12, 27}, {5, 20}}, Amber, 2, DarkAmber);
-    pen.Shape({{5, 20}, {12, 27}, {3, 29}}, PaleAmber, 2, DarkAmber);
-    pen.Shape({{22, 3}, {29, 10}, {25, 14}, {18, 7}}, Brick, 2, DarkAmber);
+    pen.Polygon({{22, 3}, {29, 10}, {12, 27}, {5, 20}}, Amber, 2, DarkAmber);
+    pen.Polygon({{5, 20}, {12, 27}, {3, 29}}, PaleAmber, 2, DarkAmber);
+    pen.Polygon({{22, 3}, {29, 10}, {25, 14}, {18, 7}}, Brick, 2, DarkAmber);
 }
 
 // A screen with a pointer.
 void DrawSimulation(ShapePen& pen) {
-    pen.Shape({{3, 5}, {29, 5}, {29, 23}, {3, 23}}, Sky, 2.4, Coal);
+    pen.Polygon({{3, 5}, {29, 5}, {29, 23}, {3, 23}}, Sky, 2.4, Coal);
     pen.Line({10, 28}, {22, 28}, 2.6, Coal);
     pen.Line({16, 23}, {16, 28}, 2.6, Coal);
-    pen.Shape({{12, 8}, {21, 15}, {16, 15.5}, {12.5, 19}}, Paper, 1.6, Coal);
+    pen.Polygon({{12, 8}, {21, 15}, {16, 15.5}, {12.5, 19}}, Paper, 1.6, Coal);
 }
 
 // A sheet with a tick.
@@ -121,23 +121,23 @@ void DrawTest(ShapePen& pen) {
 
 // A note with points.
 void DrawSummary(ShapePen& pen) {
-    pen.Shape({{4, 4}, {28, 4}, {28, 28}, {4, 28}}, PaleAmber, 2, DarkAmber);
+    pen.Polygon({{4, 4}, {28, 4}, {28, 28}, {4, 28}}, PaleAmber, 2, DarkAmber);
     for (const double y : {10.0, 16.0, 22.0}) {
-        pen.Disc({9.5, y}, 2, DarkAmber);
+        pen.Circle({9.5, y}, 2, DarkAmber);
         pen.Line({14, y}, {23, y}, 2.4, DarkAmber);
     }
 }
 
 void DrawMenu(ShapePen& pen) {
-    pen.Shape({{3, 4}, {29, 4}, {29, 10}, {3, 10}}, Edge, 2, Edge);
-    pen.Shape({{3, 13}, {29, 13}, {29, 19}, {3, 19}}, Pale, 2, Edge);
-    pen.Shape({{3, 22}, {29, 22}, {29, 28}, {3, 28}}, Pale, 2, Edge);
+    pen.Polygon({{3, 4}, {29, 4}, {29, 10}, {3, 10}}, Edge, 2, Edge);
+    pen.Polygon({{3, 13}, {29, 13}, {29, 19}, {3, 19}}, Pale, 2, Edge);
+    pen.Polygon({{3, 22}, {29, 22}, {29, 28}, {3, 28}}, Pale, 2, Edge);
 }
 
-void DrawBox(ShapePen& pen) { pen.Shape({{5, 5}, {27, 5}, {27, 27}, {5, 27}}, Paper, 2, Edge); }
+void DrawBox(ShapePen& pen) { pen.Polygon({{5, 5}, {27, 5}, {27, 27}, {5, 27}}, Paper, 2, Edge); }
 
 void DrawCheckedBox(ShapePen& pen) {
-    pen.Shape({{5, 5}, {27, 5}, {27, 27}, {5, 27}}, Ink, 2, DarkInk);
+    pen.Polygon({{5, 5}, {27, 5}, {27, 27}, {5, 27}}, Ink, 2, DarkInk);
     pen.Line({10, 16}, {14.5, 21}, 3.6, Paper);
     pen.Line({14.5, 21}, {22, 11}, 3.6, Paper);
 }

@@ -26,7 +26,7 @@ private:
     void OnDestroyed() override { list->OnHandleDestroyed(); }
     LRESULT OnNotify(const NMHDR& header, LPARAM lParam) override;
     HWND FocusTarget() const override { return list->Handle(); }
-    Accessible* AccessOf(HWND window) override { return window == Handle() ? nullptr : &list->Access(); }
+    Accessible* AccessibleOf(HWND window) override { return window == Handle() ? nullptr : &list->AccessibleContent(); }
     void Paint(HDC dc, SIZE size, bool isView) override;
 
     std::shared_ptr<ListModel> locks = std::make_shared<ListModel>();

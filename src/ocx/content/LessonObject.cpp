@@ -28,7 +28,7 @@ public:
     STDMETHODIMP get_Item(BSTR sbid, IDispatch** value) override { return Get(value, &Core::Item, sbid); }
     STDMETHODIMP Add(IDispatch* storyboard) override {
         return Call([&] {
-            const auto held = HoldStoryboard(storyboard);
+            const auto held = WrapStoryboard(storyboard);
             Target().Add(held);
         });
     }
@@ -68,12 +68,12 @@ public:
         });
     }
     STDMETHODIMP Add(IDispatch* map) override {
-        return Call([&] { Maps()->Add(HoldMap(map)); });
+        return Call([&] { Maps()->Add(WrapMap(map)); });
     }
     STDMETHODIMP get_DefaultMap(IDispatch** value) override { return Get(value, &Core::DefaultMap); }
     STDMETHODIMP put_DefaultMap(IDispatch* value) override { return putref_DefaultMap(value); }
     STDMETHODIMP putref_DefaultMap(IDispatch* value) override {
-        return Call([&] { Maps()->SetDefaultMap(value ? HoldMap(value) : nullptr); });
+        return Call([&] { Maps()->SetDefaultMap(value ? WrapMap(value) : nullptr); });
     }
     STDMETHODIMP get__NewEnum(IUnknown** value) override {
         return Get(value, [this] {
@@ -96,11 +96,11 @@ private:
 std::shared_ptr<ContentLesson> WithObjects(const ContentLesson& read) {
     const auto lesson = std::make_shared<ContentLesson>();
     for (const auto& each : read.Storyboards()->All()) {
-        lesson->Storyboards()->Add(HoldNewStoryboard(std::dynamic_pointer_cast<ContentStoryboard>(each)));
+        lesson->Storyboards()->Add(WrapNewStoryboard(std::dynamic_pointer_cast<ContentStoryboard>(each)));
     }
     for (int32_t i = 0; i < read.Maps()->Count(); ++i) {
         const auto map = read.Maps()->Item(i);
-        const auto held = HoldNewMap(std::dynamic_pointer_cast<ContentMap>(map));
+        const auto held = WrapNewMap(std::dynamic_pointer_cast<ContentMap>(map));
         lesson->Maps()->Add(held);
         if (map == read.Maps()->DefaultMap()) lesson->Maps()->SetDefaultMap(held);
     }

@@ -13,11 +13,12 @@ IUnknown* CreateLesson(const ClassEntry& entry);
 IUnknown* CreateStoryboardMap(const ClassEntry& entry);
 IUnknown* CreateStoryboard(const ClassEntry& entry);
 
-// How a lesson holds what a host has added: an object of this library with the object that it wraps, or the host's own.
-std::shared_ptr<Storyboard> HoldStoryboard(IDispatch* object); // throw Error for null
-std::shared_ptr<StoryboardMap> HoldMap(IDispatch* object);
-// A new automation object that wraps one that was read from a text, held likewise.
-std::shared_ptr<Storyboard> HoldNewStoryboard(std::shared_ptr<ContentStoryboard> storyboard);
-std::shared_ptr<StoryboardMap> HoldNewMap(std::shared_ptr<ContentMap> map);
+// Adapters of what a host has added to a lesson: of an object of this library, with direct access to the object that it
+// wraps, or of the host's own.
+std::shared_ptr<Storyboard> WrapStoryboard(IDispatch* object); // throw Error for null
+std::shared_ptr<StoryboardMap> WrapMap(IDispatch* object);
+// The same for a new automation object that wraps one that was read from a text.
+std::shared_ptr<Storyboard> WrapNewStoryboard(std::shared_ptr<ContentStoryboard> storyboard);
+std::shared_ptr<StoryboardMap> WrapNewMap(std::shared_ptr<ContentMap> map);
 
 } // namespace dax

@@ -13,30 +13,30 @@ constexpr IID ownStoryboardID{0x41ea4f92, 0xa57e, 0x4277, {0x93, 0x96, 0x8d, 0xa
 constexpr IID ownMapID{0xdddb5e0e, 0x8e23, 0x420d, {0xa4, 0x9c, 0x44, 0x73, 0x83, 0x5a, 0x49, 0xbd}};
 
 template <typename Core>
-struct Own : IUnknown {
-    virtual const std::shared_ptr<Core>& Inside() const = 0;
+struct PrivateInterface : IUnknown {
+    virtual const std::shared_ptr<Core>& WrappedCore() const = 0;
 };
 
-// The base of an object that has something of the core inside.
+// The base of an object that wraps an object of the core.
 template <typename Core, const IID& iid>
-class Holder : public ClassObject, public Own<Core> {
+class CoreObject : public ClassObject, public PrivateInterface<Core> {
 public:
-    const std::shared_ptr<Core>& Inside() const override { return inside; }
+    const std::shared_ptr<Core>& WrappedCore() const override { return core; }
 
 protected:
-    Holder(const ClassEntry& entry, std::shared_ptr<Core> inside) : ClassObject(entry), inside(std::move(inside)) {}
+    CoreObject(const ClassEntry& entry, std::shared_ptr<Core> core) : ClassObject(entry), core(std::move(core)) {}
     void* Find(REFIID requested) override {
-        return requested == iid ? static_cast<Own<Core>*>(this) : ClassObject::Find(requested);
+        return requested == iid ? static_cast<PrivateInterface<Core>*>(this) : ClassObject::Find(requested);
     }
 
 private:
-    const std::shared_ptr<Core> inside;
+    const std::shared_ptr<Core> core;
 };
 
-using StoryboardHolder = Holder<ContentStoryboard, ownStoryboardID>;
-using MapHolder = Holder<ContentMap, ownMapID>;
+using StoryboardCoreObject = CoreObject<ContentStoryboard, ownStoryboardID>;
+using MapCoreObject = CoreObject<ContentMap, ownMapID>;
 
-class StoryboardObject final : public Forwarding<DualObject<_Storyboard, StoryboardHolder>, ContentStoryboard> {
+class StoryboardObject final : public Forwarding<DualObject<_Storyboard, StoryboardCoreObject>, ContentStoryboard> {
 public:
     StoryboardObject(const ClassEntry& entry, std::shared_ptr<ContentStoryboard> storyboard)
         : Forwarding(entry, std::move(storyboard)) {}
@@ -51,7 +51,7 @@ public:
     STDMETHODIMP put_StoryboardType(BSTR value) override { return Put(&Core::SetStoryboardType, value); }
 
 private:
-    Core& Target() const override { return *Inside(); }
+    Core& Target() const override { return *WrappedCore(); }
 };
 
 // The nodes of a host's tree, as a map fills and reads them. A reference is the place in `held`, counted from 1.
@@ -99,7 +99,7 @@ private:
     mutable std::vector<HostObject> held;
 };
 
-class MapObject final : public Forwarding<DualObject<_StoryboardMap, MapHolder>, ContentMap> {
+class MapObject final : public Forwarding<DualObject<_StoryboardMap, MapCoreObject>, ContentMap> {
 public:
     MapObject(const ClassEntry& entry, std::shared_ptr<ContentMap> map) : Forwarding(entry, std::move(map)) {}
 
@@ -109,45 +109,44 @@ public:
         return Call([&] {
             if (!nodes) throw Error(ErrorNumbers::InvalidCall, u"The nodes to be filled are missing.");
             HostNodes tree(nodes, mapRoot);
-            Inside()->FillTree(tree, tree.Root());
+            WrappedCore()->FillTree(tree, tree.Root());
         });
     }
     STDMETHODIMP ReadLayout(IDispatch* mapRoot) override {
         return Call([&] {
             const HostNodes tree(nullptr, mapRoot);
-            Inside()->ReadLayout(tree, tree.Root());
+            WrappedCore()->ReadLayout(tree, tree.Root());
         });
     }
 
 private:
-    Core& Target() const override { return *Inside(); }
+    Core& Target() const override { return *WrappedCore(); }
 };
 
-// Held by a lesson: the host's reference, and direct access to the object that it wraps.
+// In a lesson: the host's reference, and direct access to the object that it wraps.
 class OwnStoryboard final : public HostStoryboard {
 public:
-    OwnStoryboard(IDispatch* object, std::shared_ptr<ContentStoryboard> inside)
-        : HostStoryboard(object), inside(std::move(inside)) {}
-    Text SBID() const override { return inside->SBID(); }
-    Text Title() const override { return inside->Title(); }
-    Text Identifier() const override { return inside->Identifier(); }
-    Text StoryboardType() const override { return inside->StoryboardType(); }
+    OwnStoryboard(IDispatch* object, std::shared_ptr<ContentStoryboard> core)
+        : HostStoryboard(object), core(std::move(core)) {}
+    Text SBID() const override { return core->SBID(); }
+    Text Title() const override { return core->Title(); }
+    Text Identifier() const override { return core->Identifier(); }
+    Text StoryboardType() const override { return core->StoryboardType(); }
 
 private:
-    const std::shared_ptr<ContentStoryboard> inside;
+    const std::shared_ptr<ContentStoryboard> core;
 };
 
 class OwnMap final : public HostMap {
 public:
-    OwnMap(IDispatch* object, std::shared_ptr<ContentMap> inside)
-        : HostMap(object, nullptr), inside(std::move(inside)) {}
-    Text Name() const override { return inside->Name(); }
-    void SetName(const Text& name) override { inside->SetName(name); }
-    void FillTree(MapTree& nodes, MapTree::NodeRef mapRoot) override { inside->FillTree(nodes, mapRoot); }
-    void ReadLayout(const MapTree& nodes, MapTree::NodeRef mapRoot) override { inside->ReadLayout(nodes, mapRoot); }
+    OwnMap(IDispatch* object, std::shared_ptr<ContentMap> core) : HostMap(object, nullptr), core(std::move(core)) {}
+    Text Name() const override { return core->Name(); }
+    void SetName(const Text& name) override { core->SetName(name); }
+    void FillTree(MapTree& nodes, MapTree::NodeRef mapRoot) override { core->FillTree(nodes, mapRoot); }
+    void ReadLayout(const MapTree& nodes, MapTree::NodeRef mapRoot) override { core->ReadLayout(nodes, mapRoot); }
 
 private:
-    const std::shared_ptr<ContentMap> inside;
+    const std::shared_ptr<ContentMap> core;
 };
 
 const ClassEntry& EntryOf(const CLSID& clsid) {
@@ -167,26 +166,26 @@ IUnknown* CreateStoryboardMap(const ClassEntry& entry) {
     return static_cast<_StoryboardMap*>(new MapObject(entry, std::make_shared<ContentMap>()));
 }
 
-std::shared_ptr<Storyboard> HoldStoryboard(IDispatch* object) {
+std::shared_ptr<Storyboard> WrapStoryboard(IDispatch* object) {
     if (!object) throw Error(ErrorNumbers::InvalidCall, u"There is no storyboard to add.");
-    if (const auto own = Query<Own<ContentStoryboard>>(object, ownStoryboardID))
-        return std::make_shared<OwnStoryboard>(object, own->Inside());
+    if (const auto own = Query<PrivateInterface<ContentStoryboard>>(object, ownStoryboardID))
+        return std::make_shared<OwnStoryboard>(object, own->WrappedCore());
     return std::make_shared<HostStoryboard>(object);
 }
 
-std::shared_ptr<StoryboardMap> HoldMap(IDispatch* object) {
+std::shared_ptr<StoryboardMap> WrapMap(IDispatch* object) {
     if (!object) throw Error(ErrorNumbers::InvalidCall, u"There is no map to add.");
-    if (const auto own = Query<Own<ContentMap>>(object, ownMapID))
-        return std::make_shared<OwnMap>(object, own->Inside());
+    if (const auto own = Query<PrivateInterface<ContentMap>>(object, ownMapID))
+        return std::make_shared<OwnMap>(object, own->WrappedCore());
     return std::make_shared<HostMap>(object, nullptr);
 }
 
-std::shared_ptr<Storyboard> HoldNewStoryboard(std::shared_ptr<ContentStoryboard> storyboard) {
+std::shared_ptr<Storyboard> WrapNewStoryboard(std::shared_ptr<ContentStoryboard> storyboard) {
     const ComPtr<IDispatch> object = MakeCom<StoryboardObject>(EntryOf(CLSID_Storyboard), storyboard);
     return std::make_shared<OwnStoryboard>(object.Get(), std::move(storyboard));
 }
 
-std::shared_ptr<StoryboardMap> HoldNewMap(std::shared_ptr<ContentMap> map) {
+std::shared_ptr<StoryboardMap> WrapNewMap(std::shared_ptr<ContentMap> map) {
     const ComPtr<IDispatch> object = MakeCom<MapObject>(EntryOf(CLSID_StoryboardMap), map);
     return std::make_shared<OwnMap>(object.Get(), std::move(map));
 }

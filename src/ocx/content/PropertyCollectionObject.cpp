@@ -17,8 +17,6 @@ const ClassEntry propertiesClass{&CLSID_PropertyCollection,
                                  nullptr,
                                  0};
 
-bool IsMissing(const VARIANT& argument) { return argument.vt == VT_ERROR && argument.scode == DISP_E_PARAMNOTFOUND; }
-
 class PropertyCollectionObject final : public Forwarding<DualObject<_PropertyCollection>, PropertyCollection> {
 public:
     explicit PropertyCollectionObject(std::shared_ptr<PropertyCollection> properties)

@@ -117,7 +117,7 @@ private:
 
 } // namespace
 
-std::shared_ptr<GroupEditor> HierarchyOf(_GroupEditor* editor) {
+std::shared_ptr<GroupEditor> EditorOf(_GroupEditor* editor) {
     if (!editor) return nullptr;
     const auto own = Query<_GroupEditor>(editor, PrivateEditorID);
     if (!own) {

@@ -8,6 +8,6 @@
 namespace dax {
 
 // Null for null. Throws Error for an editor that is not one of this library's.
-std::shared_ptr<GroupEditor> HierarchyOf(_GroupEditor* editor);
+std::shared_ptr<GroupEditor> EditorOf(_GroupEditor* editor);
 
 } // namespace dax

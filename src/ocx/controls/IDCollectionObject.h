@@ -14,8 +14,8 @@ namespace dax {
 _IDCollection* ToInterface(IDCollection identifiers);
 
 // A host's collection, null for null; it is not called before the first lookup. One of ours, live; a dictionary,
-// by Exists; whatever has an Item, by its key: a failure that means that there is no such item, and an item that is
-// nothing, are no; otherwise the texts that a script's array or an enumeration has when the reading begins. Every
+// by Exists; whatever has an Item, by its key, which counts as not contained when Item fails with "no such element" or
+// returns Nothing; otherwise the texts that a script's array or an enumeration has when the reading begins. Every
 // other failure is an Error with a number of ErrorNumbers.h.
 std::shared_ptr<KeyedCollection> KeysOf(IDispatch* collection);
 

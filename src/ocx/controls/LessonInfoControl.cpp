@@ -15,7 +15,7 @@ public:
     STDMETHODIMP put_ShowIdentifier(VARIANT_BOOL value) override { return Change(&Core::SetShowIdentifier, value); }
     STDMETHODIMP UpdateFrom(_GroupEditor* ge) override {
         return Call([&] {
-            info->UpdateFrom(HierarchyOf(ge).get());
+            info->UpdateFrom(EditorOf(ge).get());
             ViewChanged();
         });
     }

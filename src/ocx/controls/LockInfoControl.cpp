@@ -17,7 +17,7 @@ public:
 
     STDMETHODIMP UpdateFrom(_GroupEditor* ge) override {
         return Call([&] {
-            const auto editor = HierarchyOf(ge); // a listener of Error may release its control
+            const auto editor = EditorOf(ge); // a listener of Error may release its control
             info->UpdateFrom(editor.get());
             ViewChanged();
         });

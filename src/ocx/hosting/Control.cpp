@@ -8,7 +8,7 @@
 
 namespace dax {
 
-Control::Control(const ClassEntry& entry, std::unique_ptr<ControlWindow> created)
+Control::Control(const ClassEntry& entry, std::unique_ptr<WindowBase> created)
     : ClassObject(entry), window(std::move(created)),
       events(*this, entry.events ? *entry.events : IID_NULL, ConnectionPoint::Kind::Events),
       propertySinks(*this, IID_IPropertyNotifySink, ConnectionPoint::Kind::Interface) {

@@ -1,10 +1,10 @@
-// What makes a control of ours an ActiveX control: everything between a host and a ControlWindow. A class on top of
+// What makes a control of ours an ActiveX control: everything between a host and a WindowBase. A class on top of
 // it only forwards its own properties and methods.
 #pragma once
 
 #include "com/ConnectionPoint.h"
 #include "com/Forwarding.h"
-#include "controls/win32/ControlWindow.h"
+#include "controls/win32/WindowBase.h"
 #include "ocx/hosting/HostSite.h"
 #include "ocx/hosting/Metafile.h"
 
@@ -105,7 +105,7 @@ public:
     STDMETHODIMP FindConnectionPoint(REFIID iid, IConnectionPoint** result) override;
 
 protected:
-    Control(const ClassEntry& entry, std::unique_ptr<ControlWindow> window);
+    Control(const ClassEntry& entry, std::unique_ptr<WindowBase> window);
     ~Control() override;
 
     void* Find(REFIID iid) override;
@@ -143,7 +143,7 @@ private:
     void Initialize(PropertyBag* bag); // null: default properties
     void ReadAmbient();
 
-    const std::unique_ptr<ControlWindow> window;
+    const std::unique_ptr<WindowBase> window;
     HostSite site;
     ComPtr<IOleInPlaceFrame> frame;
     ComPtr<IOleInPlaceUIWindow> document;
@@ -194,7 +194,7 @@ protected:
 private:
     ControlOf(const ClassEntry& entry, std::unique_ptr<Window> created)
         : ControlOf{entry, *created, std::move(created)} {} // braces: in this order
-    ControlOf(const ClassEntry& entry, Window& view, std::unique_ptr<ControlWindow> owned)
+    ControlOf(const ClassEntry& entry, Window& view, std::unique_ptr<WindowBase> owned)
         : Forwarding<DualObject<Interface, Control>, Core>(entry, std::move(owned)), view(view) {}
 
     Window& view;

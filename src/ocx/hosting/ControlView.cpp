@@ -34,7 +34,7 @@ HRESULT Control::Draw(DWORD aspect, LONG, void*, DVTARGETDEVICE*, HDC, HDC dc, L
         const SIZE size{pixels.right - pixels.left, pixels.bottom - pixels.top};
         UseDeviceUnits(dc);
         // Controls are painted in pixels, whatever units the host's screen has.
-        if (IsOfPixels(dc))
+        if (IsRasterDevice(dc))
             window->Draw(dc, pixels);
         else
             Play(dc, Record(LayoutFor(size, GetDeviceCaps(dc, LOGPIXELSX))), pixels);

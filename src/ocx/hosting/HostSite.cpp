@@ -1,6 +1,7 @@
 #include "ocx/hosting/HostSite.h"
 
 #include "com/Dispatch.h"
+#include "controls/win32/GdiSurface.h"
 
 #include <olectl.h>
 
@@ -98,16 +99,7 @@ int DpiOf(HWND window) {
     for (HWND each = window; each; each = GetAncestor(each, GA_PARENT))
         if (const HANDLE dpi = GetPropW(each, dpiProperty))
             return std::clamp(static_cast<int>(reinterpret_cast<INT_PTR>(dpi)), minDpi, maxDpi);
-    using GetDpi = UINT(WINAPI*)(HWND);
-    // Only newer systems have a DPI per window.
-    static const auto dpiOfWindow = reinterpret_cast<GetDpi>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32"), "GetDpiForWindow")));
-    if (window && dpiOfWindow)
-        if (const UINT dpi = dpiOfWindow(window)) return static_cast<int>(dpi);
-    const HDC screen = GetDC(nullptr);
-    const int dpi = GetDeviceCaps(screen, LOGPIXELSX);
-    ReleaseDC(nullptr, screen);
-    return dpi > 0 ? dpi : USER_DEFAULT_SCREEN_DPI;
+    return MonitorDpi(window);
 }
 
 SIZEL PixelsToHimetric(SIZE pixels, int dpi) {

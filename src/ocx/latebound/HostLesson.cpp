@@ -4,7 +4,7 @@
 
 namespace dax {
 
-NodeObjects& HostMap::Objects() const {
+NodeObjectFactory& HostMap::Objects() const {
     if (!nodeObjects)
         throw Error(ErrorNumbers::Automation,
                     u"The map '" + Name() + u"' belongs to the host, and only the host can read it.");

@@ -10,11 +10,12 @@
 
 namespace dax {
 
-// Makes automation objects of the nodes that a host's map fills and reads.
-class NodeObjects {
+// Makes automation objects of the nodes that a host's map fills and reads. An interface, so that the calls of hosts'
+// objects do not depend on the objects of trees.
+class NodeObjectFactory {
 public:
-    virtual ~NodeObjects() = default;
-    // Throw Error for the nodes of a tree that is not the maker's.
+    virtual ~NodeObjectFactory() = default;
+    // Throw Error for the nodes of a tree that is not the factory's.
     virtual ComPtr<IDispatch> Nodes(const MapTree& nodes) = 0;
     virtual ComPtr<IDispatch> NodeOf(const MapTree& nodes, MapTree::NodeRef node) = 0;
 };
@@ -30,8 +31,8 @@ public:
 
 class HostMap : public StoryboardMap, public HostObject {
 public:
-    // Without a maker of nodes the map has a name only: filling and reading it is an Error.
-    HostMap(IDispatch* map, std::shared_ptr<NodeObjects> nodeObjects)
+    // Without a factory the map has a name only: filling and reading it is an Error.
+    HostMap(IDispatch* map, std::shared_ptr<NodeObjectFactory> nodeObjects)
         : HostObject(map), nodeObjects(std::move(nodeObjects)) {}
 
     Text Name() const override { return TextFrom(Call(L"Name")); }
@@ -41,14 +42,14 @@ public:
     const void* Identity() const override { return ObjectIdentity(); }
 
 private:
-    NodeObjects& Objects() const;
+    NodeObjectFactory& Objects() const;
 
-    std::shared_ptr<NodeObjects> nodeObjects;
+    std::shared_ptr<NodeObjectFactory> nodeObjects;
 };
 
 // What the host's lesson lacks and the library supplies.
 struct LessonSupport {
-    std::shared_ptr<NodeObjects> nodeObjects;
+    std::shared_ptr<NodeObjectFactory> nodeObjects;
     // A new map object of our own library, for a map that the core has made.
     std::function<ComPtr<IDispatch>(StoryboardMap&)> makeMap;
 };
@@ -96,16 +97,16 @@ private:
 };
 
 // The host's object that one of these wraps; null for null and for what no host has made.
-template <typename Face>
-IDispatch* HostObjectOf(const std::shared_ptr<Face>& face) {
-    const auto* const object = dynamic_cast<const HostObject*>(face.get());
-    return object ? object->Object() : nullptr;
+template <typename Interface>
+IDispatch* HostObjectOf(const std::shared_ptr<Interface>& object) {
+    const auto* const host = dynamic_cast<const HostObject*>(object.get());
+    return host ? host->Object() : nullptr;
 }
 
 // The same with a counted reference, for the host to receive.
-template <typename Face>
-IDispatch* ToInterface(const std::shared_ptr<Face>& face) {
-    return ComPtr<IDispatch>(HostObjectOf(face)).Detach();
+template <typename Interface>
+IDispatch* ToInterface(const std::shared_ptr<Interface>& object) {
+    return ComPtr<IDispatch>(HostObjectOf(object)).Detach();
 }
 
 // Null for null.

@@ -134,8 +134,7 @@ std::vector<ComPtr<IDispatch>> HostObject::Elements() const {
 }
 
 bool IsLeftOut(const VARIANT& argument) {
-    return argument.vt == VT_EMPTY || argument.vt == VT_NULL ||
-           (argument.vt == VT_ERROR && argument.scode == DISP_E_PARAMNOTFOUND);
+    return argument.vt == VT_EMPTY || argument.vt == VT_NULL || IsMissing(argument);
 }
 
 Variant PlainOf(const VARIANT& argument) {

@@ -107,10 +107,10 @@ public:
 
 private:
     Core& Target() const override { return *editor; }
-    ~LessonMapEditorControl() override { treeHost->control = nullptr; }
+    ~LessonMapEditorControl() override { treeOwner->control = nullptr; }
 
     // The tree for hosts, who may hold it longer than the control.
-    struct ControlTree final : TreeHost {
+    struct ControlTree final : TreeOwner {
         explicit ControlTree(LessonMapEditorControl& owner) : control(&owner) {}
         int PictureOf(const Text& key) const override {
             return control ? control->editor->ImageList().IndexOfType(key) : 0;
@@ -145,8 +145,8 @@ private:
     }
 
     const std::shared_ptr<dax::LessonMapEditor> editor = View().Editor();
-    const std::shared_ptr<ControlTree> treeHost = std::make_shared<ControlTree>(*this);
-    const std::shared_ptr<TreeObjects> nodes = std::make_shared<TreeObjects>(editor->tvwObject(), treeHost);
+    const std::shared_ptr<ControlTree> treeOwner = std::make_shared<ControlTree>(*this);
+    const std::shared_ptr<TreeObjects> nodes = std::make_shared<TreeObjects>(editor->tvwObject(), treeOwner);
     ComPtr<IDispatch> imageList; // the object that the host has set
     Subscription selectionListener, checkListener, mapListener, deleteListener, menuListener, errorListener;
 };

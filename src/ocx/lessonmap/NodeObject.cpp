@@ -31,7 +31,7 @@ Node& NodeObject::Target() const {
     return *node;
 }
 
-Node& NodeObject::NodeBehind(IUnknown* object, const TreeObjects& requested) {
+Node& NodeObject::NodeFromObject(IUnknown* object, const TreeObjects& requested) {
     const auto own = Query<OwnNode>(object, ownNodeID);
     if (!own) throw Error(ErrorNumbers::TypeMismatch, u"The object is not a node of this tree.");
     const NodeObject& found = own->Object();

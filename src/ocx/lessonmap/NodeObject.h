@@ -21,8 +21,8 @@ class NodeObject final : public Forwarding<DualObject<_Node, NodeBase>, Node> {
 public:
     NodeObject(std::shared_ptr<TreeObjects> owner, Node& node);
 
-    // Throws Error for anything but a node that is in the tree of that maker.
-    static Node& NodeBehind(IUnknown* object, const TreeObjects& owner);
+    // Throws Error for anything but a node that is in the tree of that owner.
+    static Node& NodeFromObject(IUnknown* object, const TreeObjects& owner);
     void OnNodeRemoved() { node = nullptr; }
     NodeObject& Object() override { return *this; }
 

@@ -95,22 +95,23 @@ public:
         return Call([&] { owner->Tree().Select(owner->Resolve(Variant(value))); });
     }
     STDMETHODIMP get_ImageList(IDispatch** value) override {
-        return Get(value, [this] { return owner->Host() ? owner->Host()->ImageList() : ComPtr<IDispatch>(); });
+        return Get(value, [this] { return owner->Control() ? owner->Control()->ImageList() : ComPtr<IDispatch>(); });
     }
     STDMETHODIMP put_ImageList(IDispatch* value) override { return putref_ImageList(value); }
     STDMETHODIMP putref_ImageList(IDispatch* value) override {
         return Call([&] {
-            if (owner->Host()) owner->Host()->SetImageList(value);
+            if (owner->Control()) owner->Control()->SetImageList(value);
         });
     }
     STDMETHODIMP get_hWnd(LONG* value) override {
         // The system's handles have no more than 32 bits that count.
-        return Get(value,
-                   [this] { return owner->Host() ? reinterpret_cast<INT_PTR>(owner->Host()->Handle()) : INT_PTR{0}; });
+        return Get(value, [this] {
+            return owner->Control() ? reinterpret_cast<INT_PTR>(owner->Control()->Handle()) : INT_PTR{0};
+        });
     }
     STDMETHODIMP HitTest(LONG x, LONG y, _Node** found) override {
         return Get(found, [&] {
-            const TreeWindow* const window = owner->Host() ? owner->Host()->Window() : nullptr;
+            const TreeWindow* const window = owner->Control() ? owner->Control()->Window() : nullptr;
             return owner->ObjectOf(window ? window->HitTest({x, y}).node : nullptr);
         });
     }
@@ -121,8 +122,8 @@ private:
 
 } // namespace
 
-TreeObjects::TreeObjects(std::shared_ptr<NodeTree> nodes, std::shared_ptr<TreeHost> newHost)
-    : tree(std::move(nodes)), host(std::move(newHost)) {
+TreeObjects::TreeObjects(std::shared_ptr<NodeTree> nodes, std::shared_ptr<TreeOwner> newControl)
+    : tree(std::move(nodes)), control(std::move(newControl)) {
     tree->AddListener(*this);
 }
 
@@ -156,7 +157,7 @@ std::shared_ptr<TreeObjects> TreeObjects::Of(const MapTree& nodes) {
     if (!own || !own->Shared()) throw Error(ErrorNumbers::Automation, u"The nodes belong to another tree.");
     auto objects = mapObjects.lock();
     if (!objects || objects->tree != own->Shared()) {
-        objects = std::make_shared<TreeObjects>(own->Shared(), host);
+        objects = std::make_shared<TreeObjects>(own->Shared(), control);
         mapObjects = objects;
     }
     return objects;
@@ -173,7 +174,7 @@ Node* TreeObjects::Resolve(const VARIANT& reference) {
     if (IsLeftOut(plain)) return nullptr;
     if (plain.vt == VT_DISPATCH || plain.vt == VT_UNKNOWN) {
         if (!plain.punkVal) return nullptr;
-        return &NodeObject::NodeBehind(plain.punkVal, *this);
+        return &NodeObject::NodeFromObject(plain.punkVal, *this);
     }
     if (plain.vt != VT_BSTR) return AtPlace(NumberFrom(plain));
     Node* const node = tree->Find(FromBstr(plain.bstrVal));
@@ -194,7 +195,7 @@ Node* TreeObjects::AtPlace(int64_t place) {
 int TreeObjects::PictureOf(const VARIANT& numberOrKey) const {
     const Variant plain = PlainOf(numberOrKey);
     if (plain.vt != VT_BSTR) return NumberFrom(plain);
-    return host ? host->PictureOf(FromBstr(plain.bstrVal)) : 0;
+    return control ? control->PictureOf(FromBstr(plain.bstrVal)) : 0;
 }
 
 // Starts at the previous one, so that access in sequence is linear.
@@ -214,7 +215,7 @@ int32_t TreeObjects::PlaceOf(const Node& node) {
 }
 
 bool TreeObjects::EnsureVisible(Node& node) {
-    TreeWindow* const window = host ? host->Window() : nullptr;
+    TreeWindow* const window = control ? control->Window() : nullptr;
     const auto before = window ? window->RowRect(node) : std::nullopt;
     bool isOpened = false;
     {

@@ -13,10 +13,11 @@ namespace dax {
 
 class NodeObject;
 
-// What a control supplies about its tree besides the nodes.
-class TreeHost {
+// What the control that shows the tree supplies besides the nodes. An interface, since the tree's objects may exist
+// longer than the control, and without one.
+class TreeOwner {
 public:
-    virtual ~TreeHost() = default;
+    virtual ~TreeOwner() = default;
     virtual int PictureOf(const Text& key) const = 0;
     virtual TreeWindow* Window() const = 0; // null: the control was destroyed
     virtual HWND Handle() const = 0;
@@ -26,16 +27,18 @@ public:
 
 // Owns the tree. A node has one object as long as it is referenced; when the node is removed, the object returns
 // errors.
-class TreeObjects final : public NodeObjects, public std::enable_shared_from_this<TreeObjects>, private TreeListener {
+class TreeObjects final : public NodeObjectFactory,
+                          public std::enable_shared_from_this<TreeObjects>,
+                          private TreeListener {
 public:
-    explicit TreeObjects(std::shared_ptr<NodeTree> tree, std::shared_ptr<TreeHost> host = nullptr);
+    explicit TreeObjects(std::shared_ptr<NodeTree> tree, std::shared_ptr<TreeOwner> control = nullptr);
     ~TreeObjects() override;
     TreeObjects(const TreeObjects&) = delete;
     TreeObjects& operator=(const TreeObjects&) = delete;
 
     NodeTree& Tree() const { return *tree; }
-    TreeHost* Host() const { return host.get(); } // null: a tree without a control
-    _TreeView* NewView();                         // these three return one reference
+    TreeOwner* Control() const { return control.get(); } // null: a tree without a control
+    _TreeView* NewView();                                // these three return one reference
     _Nodes* NewNodes();
     _Node* ObjectOf(Node* node); // null for null
     ComPtr<IDispatch> Nodes(const MapTree& nodes) override;
@@ -56,7 +59,7 @@ private:
     void AllRemoving() override;
 
     const std::shared_ptr<NodeTree> tree;
-    const std::shared_ptr<TreeHost> host;
+    const std::shared_ptr<TreeOwner> control;
     std::weak_ptr<TreeObjects> mapObjects; // the objects of a tree that a map fills or reads beside this one
     std::unordered_map<const Node*, NodeObject*> objects;
     Node* lastFound = nullptr; // by its place; so that asking for one after the other is linear

@@ -4,7 +4,7 @@
 
 #include "base/Value.h"
 #include "controls/win32/GdiSurface.h"
-#include "controls/win32/TextAccess.h"
+#include "controls/win32/TextAccessible.h"
 #include "controls/win32/WindowBase.h"
 #include "panels/PanelLayout.h"
 
@@ -32,14 +32,14 @@ protected:
     PanelWindow(const wchar_t* name, int heightAt96) : WindowBase(name), preferredHeight(heightAt96) {
         info->Changed = [this] {
             Repaint();
-            access.Changed();
+            accessible.Changed();
         };
     }
 
 private:
-    void OnCreate() override { access.Connect(Handle()); }
-    void OnDestroyed() override { access.Disconnect(); }
-    Accessible* AccessOf(HWND) override { return &access; }
+    void OnCreate() override { accessible.Connect(Handle()); }
+    void OnDestroyed() override { accessible.Disconnect(); }
+    Accessible* AccessibleOf(HWND) override { return &accessible; }
     std::vector<Text> Texts() const {
         std::vector<Text> texts;
         for (const PanelLine& line : AllLines(*info))
@@ -66,7 +66,7 @@ private:
     }
 
     std::shared_ptr<Panel> info = std::make_shared<Panel>();
-    TextAccess access{[this] { return Texts(); }};
+    TextAccessible accessible{[this] { return Texts(); }};
     int preferredHeight;
     bool wasPlaced = false, isDesignMode = false;
 };

@@ -7,6 +7,7 @@
 
 #include <commctrl.h>
 
+#include <cstring>
 #include <optional>
 
 namespace dax {
@@ -51,6 +52,16 @@ public:
     void ShowCheck(const Node& node); // as the model has it, whatever the window made of a click
     void SetHasCheckBoxes(bool has) { hasCheckBoxes = has; }
     void Refill(); // after check boxes were added or removed
+
+    // Of the item's row, or of its caption alone, out of view too; nothing while it is in a collapsed branch. `send`
+    // sends a message to the tree.
+    template <typename Send>
+    static std::optional<RECT> ItemRect(HTREEITEM item, bool isCaption, const Send& send) {
+        RECT rect{};
+        std::memcpy(&rect, &item, sizeof item); // the message takes the item where it puts the rectangle
+        if (!send(TVM_GETITEMRECT, isCaption, reinterpret_cast<LPARAM>(&rect))) return {};
+        return rect;
+    }
 
 private:
     class Mirroring;

@@ -55,11 +55,9 @@ void TreeItems::ScrollTo(const Node& first) {
 
 // Of a row, in pixels of the window, also out of view; nothing while it is in a collapsed branch.
 std::optional<LONG> TreeItems::TopOf(const Node& node) const {
-    RECT rect{};
-    const HTREEITEM item = ItemOf(node);
-    std::memcpy(&rect, &item, sizeof item); // the message takes the item where it puts the rectangle
-    if (!Send(TVM_GETITEMRECT, FALSE, reinterpret_cast<LPARAM>(&rect))) return {};
-    return rect.top;
+    const auto send = [this](UINT message, WPARAM wParam, LPARAM lParam) { return Send(message, wParam, lParam); };
+    const auto rect = ItemRect(ItemOf(node), false, send);
+    return rect ? std::optional(rect->top) : std::nullopt;
 }
 
 } // namespace dax

@@ -5,7 +5,6 @@
 #include "tree/win32/TreeStyle.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace dax {
@@ -19,11 +18,10 @@ POINT ToPoint(Point point) { return {point.x, point.y}; }
 
 // Of the row, or of its caption alone; nothing while the node is hidden in a collapsed branch.
 std::optional<RECT> ItemRect(HWND window, const Node& node, bool isCaption) {
-    RECT rect{};
-    const HTREEITEM item = TreeItems::ItemOf(node);
-    std::memcpy(&rect, &item, sizeof item); // the message takes the item where it puts the rectangle
-    if (!SendMessageW(window, TVM_GETITEMRECT, isCaption, reinterpret_cast<LPARAM>(&rect))) return {};
-    return rect;
+    const auto send = [window](UINT message, WPARAM wParam, LPARAM lParam) {
+        return SendMessageW(window, message, wParam, lParam);
+    };
+    return TreeItems::ItemRect(TreeItems::ItemOf(node), isCaption, send);
 }
 
 void SetStyle(HWND window, UINT bit, bool on) {
@@ -56,13 +54,13 @@ HWND TreeViewWindow::Create(HWND parent) {
     if (std::exchange(hasCheckBoxes, false)) SetCheckBoxes(true);
     SetSingleExpand(isSingleExpand);
     items.Bind(handle);
-    access.Bind();
+    accessible.Bind();
     return handle;
 }
 
 void TreeViewWindow::OnHandleDestroyed() {
     dragImage.reset();
-    access.Unbind();
+    accessible.Unbind();
     items.Unbind();
     handle = nullptr;
     markNode = nullptr;
@@ -304,7 +302,7 @@ bool TreeViewWindow::IsOwnKey(WPARAM key) {
 void TreeViewWindow::PaintParent(HDC dc, SIZE size, COLORREF background, HFONT font, bool isView) const {
     const RECT whole{0, 0, size.cx, size.cy};
     FillWith(dc, whole, background);
-    if (IsFrozen() && IsOfPixels(dc))
+    if (IsFrozen() && IsRasterDevice(dc))
         capture.Draw(dc, 0, 0);
     else if (isView)
         DrawPicture(dc, whole, font); // otherwise the tree paints itself

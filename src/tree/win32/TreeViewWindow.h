@@ -6,7 +6,7 @@
 #include "controls/Reentrance.h"
 #include "tree/TreeWindow.h"
 #include "tree/win32/DragImage.h"
-#include "tree/win32/TreeAccess.h"
+#include "tree/win32/TreeAccessible.h"
 #include "tree/win32/TreeItems.h"
 #include "tree/win32/WindowCapture.h"
 
@@ -34,7 +34,7 @@ public:
     void SetColors(COLORREF text, COLORREF background);
     void Fit(int width, int height);
     LRESULT HandleNotification(const NMHDR& header);
-    Accessible& Access() { return access; }
+    Accessible& AccessibleContent() { return accessible; }
     // Before items are used: see TreeItems.
     void ApplyChanges();
     // As a click would do, with all that follows; a listener may release the component.
@@ -86,8 +86,8 @@ private:
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
                                       DWORD_PTR self);
     // Nothing: the system's own handling follows.
-    std::optional<LRESULT> Before(UINT message, WPARAM wParam, LPARAM lParam);
-    void After(UINT message, LPARAM lParam);
+    std::optional<LRESULT> PreprocessMessage(UINT message, WPARAM wParam, LPARAM lParam);
+    void PostprocessMessage(UINT message, LPARAM lParam);
     LRESULT CustomDraw(NMTVCUSTOMDRAW& draw) const;
     void ApplyUpdatesBefore(UINT message);
     LRESULT CallSystemProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
@@ -100,7 +100,7 @@ private:
 
     NodeTree& tree;
     TreeItems items;
-    TreeAccess access{tree, *this};
+    TreeAccessible accessible{tree, *this};
     HWND handle = nullptr;
     HIMAGELIST images = nullptr;
     int minRowHeight = 0;

@@ -69,7 +69,7 @@ LRESULT TreeViewWindow::HandleNotification(const NMHDR& header) {
         Click.Raise(reinterpret_cast<const BoxPress&>(header).point, false);
         return 0;
     case NM_SETFOCUS:
-        access.OnFocusGained();
+        accessible.OnFocusGained();
         return 0;
     case NM_CUSTOMDRAW:
         return CustomDraw(*reinterpret_cast<NMTVCUSTOMDRAW*>(const_cast<NMHDR*>(&header)));
@@ -154,7 +154,7 @@ LRESULT CALLBACK TreeViewWindow::Procedure(HWND window, UINT message, WPARAM wPa
     const RevisionCheck before(self->revision);
     try {
         self->ApplyUpdatesBefore(message);
-        if (const auto answer = self->Before(message, wParam, lParam)) return *answer;
+        if (const auto answer = self->PreprocessMessage(message, wParam, lParam)) return *answer;
     } catch (...) {
         return 0; // no exception may cross the system's frames; a listener of the host has failed
     }
@@ -177,12 +177,12 @@ LRESULT TreeViewWindow::CallSystemProcedure(HWND window, UINT message, WPARAM wP
     const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
     if (!before.Exists()) return result;
     if (--systemDepth == 0) items.SetIsInSystemProcedure(false);
-    if (handle) After(message, lParam);
+    if (handle) PostprocessMessage(message, lParam);
     if (hasImage && dragImage) dragImage->ShowAgain();
     return result;
 }
 
-std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARAM lParam) {
+std::optional<LRESULT> TreeViewWindow::PreprocessMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     // Without a place for the Menu key, and on most systems for Shift+F10; for a right click there is NM_RCLICK.
     const bool isPlaced = GET_X_LPARAM(lParam) != -1 || GET_Y_LPARAM(lParam) != -1;
     const bool isShiftF10 = message == WM_SYSKEYDOWN && wParam == VK_F10 && GetKeyState(VK_SHIFT) < 0;
@@ -251,7 +251,7 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
         return 0;
     case WM_DESTROY:
         if (hasCheckBoxes) DeleteBoxes();
-        access.Unbind();
+        accessible.Unbind();
         items.Unbind();
         return {};
     case WM_SETFOCUS:
@@ -263,7 +263,7 @@ std::optional<LRESULT> TreeViewWindow::Before(UINT message, WPARAM wParam, LPARA
     }
 }
 
-void TreeViewWindow::After(UINT message, LPARAM lParam) {
+void TreeViewWindow::PostprocessMessage(UINT message, LPARAM lParam) {
     // The tree may have consumed the button's release itself.
     if (message == WM_LBUTTONDOWN && GetKeyState(VK_LBUTTON) >= 0) isPressed = false;
     if (message == WM_PAINT) {

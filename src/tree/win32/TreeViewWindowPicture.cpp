@@ -28,7 +28,7 @@ void FillPart(HDC dc, int left, int top, int right, int bottom, COLORREF color) 
 void DrawListImage(HDC dc, HIMAGELIST list, int image, int x, int y, COLORREF background) {
     int width = 0, height = 0;
     if (!list || !ImageList_GetIconSize(list, &width, &height)) return;
-    if (IsOfPixels(dc)) {
+    if (IsRasterDevice(dc)) {
         ImageList_Draw(list, image, dc, x, y, ILD_NORMAL);
         return;
     }
@@ -84,10 +84,8 @@ void TreeViewWindow::DrawPicture(HDC dc, const RECT& place, HFONT font) const {
     const Node* node = first ? items.NodeOf(first) : tree.First();
     const int beforeText = boxWidth + iconWidth + 3;
     int root = inner.left + indent + beforeText; // where texts of the first level begin
-    RECT shown{};
-    std::memcpy(&shown, &first, sizeof first); // the message takes the item where it puts the rectangle
-    if (node && first && SendMessageW(handle, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&shown)))
-        root = inner.left + shown.left + 2 - DepthOf(node) * indent;
+    const auto shown = node && first ? TreeItems::ItemRect(first, true, ask) : std::nullopt;
+    if (shown) root = inner.left + shown->left + 2 - DepthOf(node) * indent;
     const RowColors unfocused = ColorsWithoutFocus();
     for (int top = inner.top; node && top < inner.bottom; top += rowHeight, node = modTreeviewAPI::NextVisible(*node)) {
         const int textLeft = root + DepthOf(node) * indent, left = textLeft - beforeText, middle = top + rowHeight / 2;

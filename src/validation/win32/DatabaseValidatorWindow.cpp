@@ -32,7 +32,7 @@ void DatabaseValidatorWindow::Paint(HDC dc, SIZE size, bool) {
 }
 
 void DatabaseValidatorWindow::OnCreate() {
-    access.Connect(Handle());
+    accessible.Connect(Handle());
     ShowTexts();
 }
 
@@ -50,7 +50,7 @@ void DatabaseValidatorWindow::ShowTexts() {
     for (const Text& paragraph : Paragraphs()) all += (all.empty() ? u"" : u"\n") + paragraph;
     SetWindowTextW(Handle(), Wide(all));
     Repaint();
-    access.Changed();
+    accessible.Changed();
 }
 
 } // namespace dax

@@ -1,7 +1,7 @@
 // The status panel of the validator in a real window.
 #pragma once
 
-#include "controls/win32/TextAccess.h"
+#include "controls/win32/TextAccessible.h"
 #include "controls/win32/WindowBase.h"
 #include "validation/DatabaseValidator.h"
 #include "validation/win32/StatusPictures.h"
@@ -20,8 +20,8 @@ public:
 
 private:
     void OnCreate() override;
-    void OnDestroyed() override { access.Disconnect(); }
-    Accessible* AccessOf(HWND) override { return &access; }
+    void OnDestroyed() override { accessible.Disconnect(); }
+    Accessible* AccessibleOf(HWND) override { return &accessible; }
     void OnAmbient() override;
     void Paint(HDC dc, SIZE size, bool isView) override;
     std::vector<Text> Paragraphs() const;
@@ -29,7 +29,7 @@ private:
 
     std::shared_ptr<DatabaseValidator> validator = std::make_shared<DatabaseValidator>();
     Subscription changedListener;
-    TextAccess access{[this] { return Paragraphs(); }};
+    TextAccessible accessible{[this] { return Paragraphs(); }};
     StatusPictures pictures;
     bool isDesignMode = false;
     bool wasPlaced = false;

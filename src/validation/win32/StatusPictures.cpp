@@ -12,38 +12,38 @@ constexpr COLORREF red = RGB(0xCC, 0x2B, 0x2B);
 constexpr COLORREF slate = RGB(0x4A, 0x5A, 0x6A), glass = RGB(0xE6, 0xEE, 0xF5);
 
 void DrawInformation(ShapePen& pen) {
-    pen.Disc({16, 16}, 15, blue);
-    pen.Disc({16, 9.2}, 2.3, white);
+    pen.Circle({16, 16}, 15, blue);
+    pen.Circle({16, 9.2}, 2.3, white);
     pen.Line({16, 15}, {16, 23.2}, 4, white);
 }
 
 void DrawExclamation(ShapePen& pen) {
-    pen.Shape({{16, 4}, {28.6, 27}, {3.4, 27}}, amber, 5, amber);
-    pen.Shape({{14.9, 11.2}, {17.1, 11.2}, {16.5, 19}, {15.5, 19}}, ink, 2, ink);
-    pen.Disc({16, 24.2}, 2.1, ink);
+    pen.Polygon({{16, 4}, {28.6, 27}, {3.4, 27}}, amber, 5, amber);
+    pen.Polygon({{14.9, 11.2}, {17.1, 11.2}, {16.5, 19}, {15.5, 19}}, ink, 2, ink);
+    pen.Circle({16, 24.2}, 2.1, ink);
 }
 
 void DrawCritical(ShapePen& pen) {
-    pen.Disc({16, 16}, 15, red);
+    pen.Circle({16, 16}, 15, red);
     pen.Line({10.8, 10.8}, {21.2, 21.2}, 4, white);
     pen.Line({21.2, 10.8}, {10.8, 21.2}, 4, white);
 }
 
 // An hourglass.
 void DrawBusy(ShapePen& pen) {
-    pen.Shape({{8.5, 4},
-               {23.5, 4},
-               {23.5, 8.5},
-               {17.2, 16},
-               {23.5, 23.5},
-               {23.5, 28},
-               {8.5, 28},
-               {8.5, 23.5},
-               {14.8, 16},
-               {8.5, 8.5}},
-              glass, 2, slate);
-    pen.Shape({{11.3, 9.6}, {20.7, 9.6}, {16, 15.2}}, amber, 0.5, amber);
-    pen.Shape({{16, 20.4}, {21, 25.6}, {11, 25.6}}, amber, 0.5, amber);
+    pen.Polygon({{8.5, 4},
+                 {23.5, 4},
+                 {23.5, 8.5},
+                 {17.2, 16},
+                 {23.5, 23.5},
+                 {23.5, 28},
+                 {8.5, 28},
+                 {8.5, 23.5},
+                 {14.8, 16},
+                 {8.5, 8.5}},
+                glass, 2, slate);
+    pen.Polygon({{11.3, 9.6}, {20.7, 9.6}, {16, 15.2}}, amber, 0.5, amber);
+    pen.Polygon({{16, 20.4}, {21, 25.6}, {11, 25.6}}, amber, 0.5, amber);
     pen.Line({16, 14}, {16, 21}, 1, amber);
     pen.Line({6.5, 3.5}, {25.5, 3.5}, 3.6, slate);
     pen.Line({6.5, 28.5}, {25.5, 28.5}, 3.6, slate);
@@ -64,7 +64,7 @@ std::unique_ptr<MemoryBitmap> Render(StatusPicture picture, int width, int heigh
 
 void StatusPictures::Draw(HDC dc, StatusPicture picture, const Rect& place, COLORREF background) {
     if (picture == StatusPicture::None || place.Width() <= 0 || place.Height() <= 0) return;
-    if (!IsOfPixels(dc)) {
+    if (!IsRasterDevice(dc)) {
         POINT former{};
         OffsetWindowOrgEx(dc, -place.left, -place.top, &former);
         {

@@ -10,10 +10,10 @@ namespace dax {
 
 class TreeViewWindow;
 
-class TreeAccess : public Accessible, private TreeListener {
+class TreeAccessible : public Accessible, private TreeListener {
 public:
-    TreeAccess(NodeTree& model, TreeViewWindow& window) : tree(model), view(window) {}
-    ~TreeAccess() override { Unbind(); }
+    TreeAccessible(NodeTree& model, TreeViewWindow& window) : tree(model), view(window) {}
+    ~TreeAccessible() override { Unbind(); }
 
     void Bind(); // after the window was created; follows the model from then on
     void Unbind();
@@ -30,10 +30,10 @@ public:
     Element ElementAt(POINT point) override;
     Element Focused() override { return ElementOf(tree.Selected()); }
     std::vector<Element> Selected() override;
-    Element Neighbour(Element from, LONG direction) override;
+    Element Navigate(Element from, LONG direction) override;
     bool Select(Element element, LONG flags) override;
     Text Action(Element element) const override;
-    void Act(Element element) override;
+    void DoDefaultAction(Element element) override;
 
 private:
     void UpdateStarted() override;
@@ -46,7 +46,7 @@ private:
     void SelectionMoved() override;
 
     Node& NodeOf(Element element) const { return *nodes.at(element); }
-    Element ElementOf(const Node* node); // gives it its number when it has none yet; TheWhole for null
+    Element ElementOf(const Node* node); // gives it its number when it has none yet; Self for null
     void Reordered();
     void Changed(DWORD event, const Node& node);
 

@@ -1,4 +1,4 @@
-#include "tree/win32/TreeAccess.h"
+#include "tree/win32/TreeAccessible.h"
 
 #include "tree/modTVW.h"
 #include "tree/modTreeviewAPI.h"
@@ -23,7 +23,7 @@ bool IsShown(const Node& node) {
 
 } // namespace
 
-void TreeAccess::Bind() {
+void TreeAccessible::Bind() {
     Unbind();
     Connect(view.Handle());
     last = FirstElement;
@@ -31,7 +31,7 @@ void TreeAccess::Bind() {
     isBound = true;
 }
 
-void TreeAccess::Unbind() {
+void TreeAccessible::Unbind() {
     Disconnect();
     if (!isBound) return;
     isBound = isUpdating = false;
@@ -39,26 +39,26 @@ void TreeAccess::Unbind() {
     AllRemoving();
 }
 
-TreeAccess::Element TreeAccess::ElementOf(const Node* node) {
-    if (!node) return TheWhole;
+TreeAccessible::Element TreeAccessible::ElementOf(const Node* node) {
+    if (!node) return Self;
     const auto [place, isNew] = elements.try_emplace(node, last + 1);
     if (isNew) nodes.emplace(++last, const_cast<Node*>(node));
     return place->second;
 }
 
-std::vector<TreeAccess::Element> TreeAccess::Elements() {
+std::vector<TreeAccessible::Element> TreeAccessible::Elements() {
     std::vector<Element> all;
     all.reserve(static_cast<size_t>(tree.Count()));
     for (const Node* node = tree.First(); node; node = modTVW::GetNextNode(node)) all.push_back(ElementOf(node));
     return all;
 }
 
-LONG TreeAccess::Role(Element element) const {
-    return element == TheWhole ? ROLE_SYSTEM_OUTLINE : ROLE_SYSTEM_OUTLINEITEM;
+LONG TreeAccessible::Role(Element element) const {
+    return element == Self ? ROLE_SYSTEM_OUTLINE : ROLE_SYSTEM_OUTLINEITEM;
 }
 
-LONG TreeAccess::State(Element element) const {
-    if (element == TheWhole) return STATE_SYSTEM_FOCUSABLE;
+LONG TreeAccessible::State(Element element) const {
+    if (element == Self) return STATE_SYSTEM_FOCUSABLE;
     const Node& node = NodeOf(element);
     LONG state = STATE_SYSTEM_FOCUSABLE | STATE_SYSTEM_SELECTABLE;
     if (node.IsSelected()) state |= STATE_SYSTEM_SELECTED | (HasFocus() ? STATE_SYSTEM_FOCUSED : 0);
@@ -71,33 +71,33 @@ LONG TreeAccess::State(Element element) const {
     return state;
 }
 
-Text TreeAccess::Value(Element element) const {
-    return element == TheWhole ? Text() : ToText(modTVW::GetIndentLevel(&NodeOf(element)));
+Text TreeAccessible::Value(Element element) const {
+    return element == Self ? Text() : ToText(modTVW::GetIndentLevel(&NodeOf(element)));
 }
 
-RECT TreeAccess::Place(Element element) const {
+RECT TreeAccessible::Place(Element element) const {
     const Node& node = NodeOf(element);
     const auto row = IsShown(node) ? view.RowRect(node) : std::nullopt;
     return row ? RECT{row->left, row->top, row->right, row->bottom} : RECT{};
 }
 
-TreeAccess::Element TreeAccess::ElementAt(POINT point) {
+TreeAccessible::Element TreeAccessible::ElementAt(POINT point) {
     return ElementOf(view.HitTest({static_cast<int>(point.x), static_cast<int>(point.y)}).node);
 }
 
-std::vector<TreeAccess::Element> TreeAccess::Selected() {
+std::vector<TreeAccessible::Element> TreeAccessible::Selected() {
     if (!tree.Selected()) return {};
     return {ElementOf(tree.Selected())};
 }
 
 // Next and previous follow the enumeration, up and down the visible rows, left the parent and
 // right the first child.
-TreeAccess::Element TreeAccess::Neighbour(Element from, LONG direction) {
+TreeAccessible::Element TreeAccessible::Navigate(Element from, LONG direction) {
     const auto lastOf = [](Node* node) {
         while (node && node->LastChild()) node = node->LastChild();
         return node;
     };
-    if (from == TheWhole) return ElementOf(direction == NAVDIR_FIRSTCHILD ? tree.First() : lastOf(tree.Last()));
+    if (from == Self) return ElementOf(direction == NAVDIR_FIRSTCHILD ? tree.First() : lastOf(tree.Last()));
     const Node& node = NodeOf(from);
     switch (direction) {
     case NAVDIR_NEXT:
@@ -105,20 +105,20 @@ TreeAccess::Element TreeAccess::Neighbour(Element from, LONG direction) {
     case NAVDIR_PREVIOUS:
         return ElementOf(node.Previous() ? lastOf(node.Previous()) : node.Parent());
     case NAVDIR_DOWN:
-        return IsShown(node) ? ElementOf(modTreeviewAPI::NextVisible(node)) : TheWhole;
+        return IsShown(node) ? ElementOf(modTreeviewAPI::NextVisible(node)) : Self;
     case NAVDIR_UP:
-        return IsShown(node) ? ElementOf(modTreeviewAPI::PreviousVisible(node)) : TheWhole;
+        return IsShown(node) ? ElementOf(modTreeviewAPI::PreviousVisible(node)) : Self;
     case NAVDIR_LEFT:
         return ElementOf(node.Parent());
     case NAVDIR_RIGHT:
         return ElementOf(node.FirstChild());
     default:
-        return TheWhole;
+        return Self;
     }
 }
 
 // Done through the window, as by the user, so that its parent is notified in the same way.
-bool TreeAccess::Select(Element element, LONG flags) {
+bool TreeAccessible::Select(Element element, LONG flags) {
     if (flags & (SELFLAG_EXTENDSELECTION | SELFLAG_ADDSELECTION | SELFLAG_REMOVESELECTION)) return false;
     view.ApplyChanges();
     SendMessageW(Window(), TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(TreeItems::ItemOf(NodeOf(element))));
@@ -126,47 +126,47 @@ bool TreeAccess::Select(Element element, LONG flags) {
 }
 
 // With check boxes the box, which the keyboard reaches on the top row alone; else the branch.
-Text TreeAccess::Action(Element element) const {
-    if (element == TheWhole) return {};
+Text TreeAccessible::Action(Element element) const {
+    if (element == Self) return {};
     const Node& node = NodeOf(element);
     if (view.HasCheckBoxes()) return node.IsChecked() ? u"Uncheck" : u"Check";
     if (!node.FirstChild()) return {};
     return node.IsExpanded() ? u"Collapse" : u"Expand";
 }
 
-void TreeAccess::Act(Element element) {
+void TreeAccessible::DoDefaultAction(Element element) {
     if (view.HasCheckBoxes())
         view.PressBox(NodeOf(element));
     else
         view.PressButton(NodeOf(element));
 }
 
-void TreeAccess::OnFocusGained() {
+void TreeAccessible::OnFocusGained() {
     if (tree.Selected() && HasListener(EVENT_OBJECT_FOCUS)) RaiseEvent(EVENT_OBJECT_FOCUS, ElementOf(tree.Selected()));
 }
 
-void TreeAccess::UpdateStarted() {
+void TreeAccessible::UpdateStarted() {
     isUpdating = true;
     isReordered = false;
     changes = 0;
 }
 
-void TreeAccess::UpdateEnded() {
+void TreeAccessible::UpdateEnded() {
     isUpdating = false;
     if (isReordered || changes > MaxSingleEvents) Reordered();
 }
 
-void TreeAccess::Reordered() {
+void TreeAccessible::Reordered() {
     isReordered = true;
-    if (!isUpdating) RaiseEvent(EVENT_OBJECT_REORDER, TheWhole);
+    if (!isUpdating) RaiseEvent(EVENT_OBJECT_REORDER, Self);
 }
 
-void TreeAccess::Changed(DWORD event, const Node& node) {
+void TreeAccessible::Changed(DWORD event, const Node& node) {
     if (isUpdating && ++changes > MaxSingleEvents) return;
     if (HasListener(event)) RaiseEvent(event, ElementOf(&node));
 }
 
-void TreeAccess::NodeRemoving(Node& node) {
+void TreeAccessible::NodeRemoving(Node& node) {
     if (elements.contains(&node)) Changed(EVENT_OBJECT_DESTROY, node);
     for (const Node* each = &node; each && !elements.empty(); each = modTVW::GetNextNode(each, &node)) {
         const auto place = elements.find(each);
@@ -177,20 +177,20 @@ void TreeAccess::NodeRemoving(Node& node) {
     Reordered();
 }
 
-void TreeAccess::AllRemoving() {
+void TreeAccessible::AllRemoving() {
     nodes.clear();
     elements.clear();
     Reordered();
 }
 
-void TreeAccess::NodeChanged(Node& node, NodeAspect aspect) {
+void TreeAccessible::NodeChanged(Node& node, NodeAspect aspect) {
     if (aspect == NodeAspect::Caption)
         Changed(EVENT_OBJECT_NAMECHANGE, node);
     else if (aspect == NodeAspect::Expanded || (aspect == NodeAspect::Checked && view.HasCheckBoxes()))
         Changed(EVENT_OBJECT_STATECHANGE, node);
 }
 
-void TreeAccess::SelectionMoved() {
+void TreeAccessible::SelectionMoved() {
     if (HasListener(EVENT_OBJECT_SELECTION)) RaiseEvent(EVENT_OBJECT_SELECTION, ElementOf(tree.Selected()));
     if (HasFocus()) OnFocusGained();
 }

@@ -7,11 +7,11 @@
 
 namespace dax {
 
-class TextAccess : public Accessible {
+class TextAccessible : public Accessible {
 public:
-    explicit TextAccess(std::function<std::vector<Text>()> source) : texts(std::move(source)) {}
+    explicit TextAccessible(std::function<std::vector<Text>()> source) : texts(std::move(source)) {}
 
-    void Changed() const { RaiseEvent(EVENT_OBJECT_REORDER, TheWhole); }
+    void Changed() const { RaiseEvent(EVENT_OBJECT_REORDER, Self); }
 
     std::vector<Element> Elements() override;
     LONG Count() const override { return static_cast<LONG>(texts().size()); }
@@ -20,7 +20,7 @@ public:
     LONG State(Element) const override;
     Text Name(Element element) const override { return texts()[static_cast<size_t>(element - 1)]; }
     RECT Place(Element) const override; // of the panel: each text has a part of it
-    Element ElementAt(POINT) override { return TheWhole; }
+    Element ElementAt(POINT) override { return Self; }
 
 private:
     std::function<std::vector<Text>()> texts; // the empty ones left out

@@ -9,13 +9,13 @@
 
 namespace dax {
 
-class ListAccess : public Accessible {
+class ListAccessible : public Accessible {
 public:
-    explicit ListAccess(const ListModel& list) : model(list) {}
+    explicit ListAccessible(const ListModel& list) : model(list) {}
 
-    void Reordered() const { RaiseEvent(EVENT_OBJECT_REORDER, TheWhole); }
+    void Reordered() const { RaiseEvent(EVENT_OBJECT_REORDER, Self); }
     void Changed(const NMLISTVIEW& change) const; // a row's focus or selection, or all rows'
-    void SeveralChanged() const { RaiseEvent(EVENT_OBJECT_SELECTIONWITHIN, TheWhole); }
+    void SeveralChanged() const { RaiseEvent(EVENT_OBJECT_SELECTIONWITHIN, Self); }
     void OnFocusGained();
 
     std::vector<Element> Elements() override;

@@ -1,10 +1,10 @@
-#include "controls/win32/ListAccess.h"
+#include "controls/win32/ListAccessible.h"
 
 #include <oleacc.h>
 
 namespace dax {
 
-std::vector<ListAccess::Element> ListAccess::Elements() {
+std::vector<ListAccessible::Element> ListAccessible::Elements() {
     std::vector<Element> all;
     all.reserve(static_cast<size_t>(Count()));
     for (LONG column = 0; column < Columns(); ++column) all.push_back(FirstColumn + column);
@@ -12,13 +12,13 @@ std::vector<ListAccess::Element> ListAccess::Elements() {
     return all;
 }
 
-LONG ListAccess::Role(Element element) const {
-    if (element == TheWhole) return ROLE_SYSTEM_LIST;
+LONG ListAccessible::Role(Element element) const {
+    if (element == Self) return ROLE_SYSTEM_LIST;
     return IsColumn(element) ? ROLE_SYSTEM_COLUMNHEADER : ROLE_SYSTEM_LISTITEM;
 }
 
-LONG ListAccess::State(Element element) const {
-    if (element == TheWhole) return STATE_SYSTEM_FOCUSABLE | STATE_SYSTEM_MULTISELECTABLE;
+LONG ListAccessible::State(Element element) const {
+    if (element == Self) return STATE_SYSTEM_FOCUSABLE | STATE_SYSTEM_MULTISELECTABLE;
     RECT client{}, seen, place = Place(element);
     GetClientRect(Window(), &client);
     const LONG hidden = IntersectRect(&seen, &client, &place) ? 0 : STATE_SYSTEM_OFFSCREEN;
@@ -30,11 +30,11 @@ LONG ListAccess::State(Element element) const {
     return state;
 }
 
-Text ListAccess::Name(Element element) const {
+Text ListAccessible::Name(Element element) const {
     return IsColumn(element) ? model.Columns()[ColumnOf(element)].caption : Text(model.Cell(RowOf(element), 0));
 }
 
-Text ListAccess::Description(Element element) const {
+Text ListAccessible::Description(Element element) const {
     Text all;
     if (!IsRow(element)) return all;
     for (size_t column = 1; column < model.Columns().size(); ++column) {
@@ -47,7 +47,7 @@ Text ListAccess::Description(Element element) const {
     return all;
 }
 
-RECT ListAccess::Place(Element element) const {
+RECT ListAccessible::Place(Element element) const {
     RECT place{LVIR_BOUNDS, 0, 0, 0};
     if (IsRow(element)) {
         SendMessageW(Window(), LVM_GETITEMRECT, RowOf(element), reinterpret_cast<LPARAM>(&place));
@@ -59,7 +59,7 @@ RECT ListAccess::Place(Element element) const {
     return place;
 }
 
-ListAccess::Element ListAccess::ElementAt(POINT point) {
+ListAccessible::Element ListAccessible::ElementAt(POINT point) {
     for (LONG column = 0; column < Columns(); ++column)
         if (const RECT place = Place(FirstColumn + column); PtInRect(&place, point)) return FirstColumn + column;
     LVHITTESTINFO hit{};
@@ -67,11 +67,11 @@ ListAccess::Element ListAccess::ElementAt(POINT point) {
     return static_cast<Element>(SendMessageW(Window(), LVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit))) + 1;
 }
 
-ListAccess::Element ListAccess::Focused() {
+ListAccessible::Element ListAccessible::Focused() {
     return static_cast<Element>(SendMessageW(Window(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED)) + 1;
 }
 
-std::vector<ListAccess::Element> ListAccess::Selected() {
+std::vector<ListAccessible::Element> ListAccessible::Selected() {
     std::vector<Element> all;
     for (LONG row = 1; row <= Rows(); ++row)
         if (model.Items()[RowOf(row)].isSelected) all.push_back(row);
@@ -79,7 +79,7 @@ std::vector<ListAccess::Element> ListAccess::Selected() {
 }
 
 // The list notifies its parent of every change of the selection, but of a choice only when it was clicked.
-bool ListAccess::Select(Element element, LONG flags) {
+bool ListAccessible::Select(Element element, LONG flags) {
     if (!IsRow(element) || (flags & SELFLAG_EXTENDSELECTION)) return false;
     const auto row = static_cast<LPARAM>(RowOf(element));
     if (flags & SELFLAG_TAKESELECTION) SetState(-1, 0, LVIS_SELECTED);
@@ -93,14 +93,14 @@ bool ListAccess::Select(Element element, LONG flags) {
     return true;
 }
 
-void ListAccess::SetState(LPARAM row, UINT state, UINT mask) const {
+void ListAccessible::SetState(LPARAM row, UINT state, UINT mask) const {
     LVITEMW item{};
     item.state = state;
     item.stateMask = mask;
     SendMessageW(Window(), LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
 }
 
-void ListAccess::Changed(const NMLISTVIEW& change) const {
+void ListAccessible::Changed(const NMLISTVIEW& change) const {
     if (change.iItem < 0) return SeveralChanged();
     const Element row = change.iItem + 1;
     const UINT come = change.uNewState & ~change.uOldState, gone = change.uOldState & ~change.uNewState;
@@ -109,8 +109,8 @@ void ListAccess::Changed(const NMLISTVIEW& change) const {
     if (gone & LVIS_SELECTED) RaiseEvent(EVENT_OBJECT_SELECTIONREMOVE, row);
 }
 
-void ListAccess::OnFocusGained() {
-    if (const Element row = Focused(); row != TheWhole) RaiseEvent(EVENT_OBJECT_FOCUS, row);
+void ListAccessible::OnFocusGained() {
+    if (const Element row = Focused(); row != Self) RaiseEvent(EVENT_OBJECT_FOCUS, row);
 }
 
 } // namespace dax
