@@ -215,13 +215,9 @@ protected:
     const std::vector<std::vector<TextView>> starts = {{}, {u"velmoraUserLocks", u"talkPosts"}, {u"none"}};
     const TestDatabase from{Engine::SQLite};
 };
-INSTANTIATE_TEST_SUITE_P(Engines, CopyEndTest, ::testing::ValuesIn(test::AllEngines()), test::EngineName);
 
 class MariaDBCopyEndTest : public CopyEndTest {}; // others have nothing to do at the end but to commit
 INSTANTIATE_TEST_SUITE_P(Engines, MariaDBCopyEndTest, ::testing::Values(Engine::MariaDB), test::EngineName);
-class ServerCopyEndTest : public CopyEndTest {};
-INSTANTIATE_TEST_SUITE_P(Engines, ServerCopyEndTest, ::testing::Values(Engine::PostgreSQL, Engine::MariaDB),
-                         test::EngineName);
 
 // What fails within the last step: another has made the same table meanwhile; a table takes no rows.
 TEST_P(MariaDBCopyEndTest, FailsAndLeavesTheTargetAsItWas) {
@@ -241,6 +237,12 @@ TEST_P(MariaDBCopyEndTest, FailsAndLeavesTheTargetAsItWas) {
 }
 
 #ifndef _WIN32
+
+INSTANTIATE_TEST_SUITE_P(Engines, CopyEndTest, ::testing::ValuesIn(test::AllEngines()), test::EngineName);
+
+class ServerCopyEndTest : public CopyEndTest {};
+INSTANTIATE_TEST_SUITE_P(Engines, ServerCopyEndTest, ::testing::Values(Engine::PostgreSQL, Engine::MariaDB),
+                         test::EngineName);
 
 // By a signal that cannot be handled, at any moment of the writing or of the last step.
 TEST_P(CopyEndTest, KilledLeavesTheTargetAsItWasOrDone) {
