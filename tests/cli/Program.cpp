@@ -4,7 +4,9 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <sstream>
 #ifdef _WIN32
@@ -47,11 +49,13 @@ Outcome RunDax(const std::vector<Text>& words, const std::string& input) {
         _close(file);
     }
     const int exitCode = static_cast<int>(_wspawnv(_P_WAIT, program.c_str(), pointers.data()));
+    const int reason = errno;
     for (int stream = 0; stream < 3; ++stream) {
         if (former[stream] < 0) continue;
         _dup2(former[stream], stream);
         _close(former[stream]);
     }
+    if (exitCode == -1) ADD_FAILURE() << program << " did not start or ended with -1: " << std::strerror(reason);
     return {exitCode, ReadFile(streams[1]), ReadFile(streams[2])};
 }
 
