@@ -1,7 +1,7 @@
 // Handles mouse and keys of the tree window.
 
+#include "controls/KeyCodes.h"
 #include "hierarchy/GroupEditor.h"
-#include "tree/KeyCodes.h"
 #include "tree/modTVW.h"
 
 namespace dax {

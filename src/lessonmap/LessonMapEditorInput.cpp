@@ -1,9 +1,9 @@
 // The user's input in the window of LessonMapEditor.
 #include "lessonmap/LessonMapEditor.h"
 
+#include "controls/KeyCodes.h"
 #include "controls/Reentrance.h"
 #include "lessonmap/LessonMapEditorGuards.h"
-#include "tree/KeyCodes.h"
 #include "tree/modTVW.h"
 
 namespace dax {

@@ -1,6 +1,7 @@
 #include "locks/LockManager.h"
 
 #include "base/modGeneric.h"
+#include "controls/KeyCodes.h"
 #include "locks/LockQueries.h"
 #include "locks/LockRules.h"
 
@@ -10,8 +11,6 @@
 namespace dax {
 
 namespace {
-
-constexpr int KeyDelete = 46, KeyF5 = 116;
 
 // The columns' positions in the select list of the lock query.
 enum LockColumns : size_t {
@@ -307,8 +306,8 @@ void LockManager::DeleteSelected() {
 void LockManager::ListClicked() { SelectionChanged.Raise(SelectedLockDeleteType()); }
 
 void LockManager::KeyDown(int keyCode) {
-    if (keyCode == KeyF5) Refresh();
-    if (keyCode != KeyDelete) return;
+    if (keyCode == f5Key) Refresh();
+    if (keyCode != deleteKey) return;
     const LockDeleteTypes deletable = SelectedLockDeleteType();
     if (deletable != ldtNoDelete) DeleteRequest.Raise(deletable);
 }

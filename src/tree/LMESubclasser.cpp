@@ -1,6 +1,6 @@
 #include "tree/LMESubclasser.h"
 
-#include "tree/KeyCodes.h"
+#include "controls/KeyCodes.h"
 #include "tree/modTreeviewAPI.h"
 
 namespace dax {

@@ -48,8 +48,7 @@ TEST_P(HierarchyOnEngine, SavesWithTheDocumentedStatements) {
     ASSERT_TRUE(editor->SaveDatabase()) << ToUtf8(error);
     for (const char* each :
          {"SELECT lessonID, lessonTitle, lessonIdentifier, lessonProperties, parentID, indentLevel, sortPosition, "
-          "lessonType "
-          "FROM velmoraLessons ORDER BY indentLevel, sortPosition",
+          "lessonType FROM velmoraLessons ORDER BY indentLevel, sortPosition",
           "DELETE FROM velmoraLessons WHERE lessonID = 'gone'",
           "INSERT INTO velmoraLessons (lessonID, lessonTitle, lessonIdentifier, parentID, indentLevel, sortPosition, "
           "lessonType, lessonProperties, guideData, lessonData)  VALUES ('n', '', '', '', -1, -1, -1, '', '', '')",
