@@ -37,10 +37,11 @@ endif()
 #              run natively and in 64 bit; in 32 bit what can differ there.
 #   SHARDS     its tests are divided among this many processes
 #   COST       tests that wait for a minute begin first
+#   PORTABLE   its suites of portable rules, which do not run in 32 bit
 #   SERVERS    its tests use database servers
 #   DESKTOP    its tests use windows: each shard has a desktop, in a Wine prefix of its own, that one program uses at a time
 function(dax_tests name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "SERVERS;DESKTOP" "SHARDS;COST" "LIBRARIES;PARTS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "SERVERS;DESKTOP" "SHARDS;COST" "LIBRARIES;PARTS;PORTABLE")
   file(GLOB files CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${name}/*.cpp)
   if(NOT files)
     return()
@@ -78,6 +79,10 @@ function(dax_tests name)
     set_tests_properties(${test} PROPERTIES LABELS ${DAX_PART} FIXTURES_REQUIRED built.${DAX_PART} TIMEOUT 900
                          COST ${arg_COST} SKIP_RETURN_CODE 77)
     set(environment ${DAX_TEST_ENVIRONMENT} GTEST_TOTAL_SHARDS=${arg_SHARDS} GTEST_SHARD_INDEX=${index})
+    if(arg_PORTABLE AND DAX_PART STREQUAL wine32)
+      list(JOIN arg_PORTABLE ".*:" suites)
+      list(APPEND environment "GTEST_FILTER=-${suites}.*")
+    endif()
     if(arg_SERVERS)
       set_property(TEST ${test} APPEND PROPERTY FIXTURES_REQUIRED servers)
     endif()

@@ -139,7 +139,7 @@ private:
 
 class OwnMap final : public HostMap {
 public:
-    OwnMap(IDispatch* object, std::shared_ptr<ContentMap> core) : HostMap(object, nullptr), core(std::move(core)) {}
+    OwnMap(IDispatch* object, std::shared_ptr<ContentMap> core) : HostMap(object), core(std::move(core)) {}
     Text Name() const override { return core->Name(); }
     void SetName(const Text& name) override { core->SetName(name); }
     void FillTree(MapTree& nodes, MapTree::NodeRef mapRoot) override { core->FillTree(nodes, mapRoot); }
@@ -177,7 +177,7 @@ std::shared_ptr<StoryboardMap> WrapMap(IDispatch* object) {
     if (!object) throw Error(ErrorNumbers::InvalidCall, u"There is no map to add.");
     if (const auto own = Query<PrivateInterface<ContentMap>>(object, ownMapID))
         return std::make_shared<OwnMap>(object, own->WrappedCore());
-    return std::make_shared<HostMap>(object, nullptr);
+    return std::make_shared<HostMap>(object);
 }
 
 std::shared_ptr<Storyboard> WrapNewStoryboard(std::shared_ptr<ContentStoryboard> storyboard) {

@@ -4,21 +4,22 @@
 
 namespace dax {
 
-NodeObjectFactory& HostMap::Objects() const {
-    if (!nodeObjects)
+void HostMap::RequireMakers() const {
+    if (!makers.makeNodes || !makers.makeNode)
         throw Error(ErrorNumbers::Automation,
                     u"The map '" + Name() + u"' belongs to the host, and only the host can read it.");
-    return *nodeObjects;
 }
 
 void HostMap::FillTree(MapTree& nodes, MapTree::NodeRef mapRoot) {
-    const auto collection = Objects().Nodes(nodes);
-    const auto root = Objects().NodeOf(nodes, mapRoot);
+    RequireMakers();
+    const auto collection = makers.makeNodes(nodes);
+    const auto root = makers.makeNode(nodes, mapRoot);
     Call(L"FillTree", {Variant(collection.Get()), Variant(root.Get())});
 }
 
 void HostMap::ReadLayout(const MapTree& nodes, MapTree::NodeRef mapRoot) {
-    Call(L"ReadLayout", {Variant(Objects().NodeOf(nodes, mapRoot).Get())});
+    RequireMakers();
+    Call(L"ReadLayout", {Variant(makers.makeNode(nodes, mapRoot).Get())});
 }
 
 std::shared_ptr<Storyboard> HostStoryboards::Item(const Text& sbid) const {
@@ -42,12 +43,12 @@ std::vector<std::shared_ptr<Storyboard>> HostStoryboards::All() const {
 
 std::shared_ptr<StoryboardMap> HostMaps::MapFrom(const Variant& value) const {
     const auto map = ObjectFrom(value);
-    return map ? std::make_shared<HostMap>(map.Get(), support.nodeObjects) : nullptr;
+    return map ? std::make_shared<HostMap>(map.Get(), makers) : nullptr;
 }
 
 void HostMaps::Add(const std::shared_ptr<StoryboardMap>& map) {
     ComPtr<IDispatch> added = HostObjectOf(map);
-    if (!added && map && support.makeMap) added = support.makeMap(*map);
+    if (!added && map && makers.makeMap) added = makers.makeMap(*map);
     if (!added) throw Error(ErrorNumbers::Automation, u"The map is not a COM object.");
     Call(L"Add", {Variant(added.Get())});
 }
@@ -56,7 +57,7 @@ void HostMaps::SetDefaultMap(const std::shared_ptr<StoryboardMap>& map) { PutObj
 
 std::shared_ptr<StoryboardMaps> HostLesson::Maps() const {
     const auto maps = ObjectFrom(Call(L"Maps"));
-    return maps ? std::make_shared<HostMaps>(maps.Get(), support) : nullptr;
+    return maps ? std::make_shared<HostMaps>(maps.Get(), makers) : nullptr;
 }
 
 std::shared_ptr<Storyboards> HostLesson::Storyboards() const {

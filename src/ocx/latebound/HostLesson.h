@@ -10,14 +10,13 @@
 
 namespace dax {
 
-// Makes automation objects of the nodes that a host's map fills and reads. An interface, so that the calls of hosts'
-// objects do not depend on the objects of trees.
-class NodeObjectFactory {
-public:
-    virtual ~NodeObjectFactory() = default;
-    // Throw Error for the nodes of a tree that is not the factory's.
-    virtual ComPtr<IDispatch> Nodes(const MapTree& nodes) = 0;
-    virtual ComPtr<IDispatch> NodeOf(const MapTree& nodes, MapTree::NodeRef node) = 0;
+// Automation objects that a host's lesson lacks and the library makes; without the functions there are none. The first
+// two throw Error for the nodes of a tree that is not the maker's.
+struct ObjectMakers {
+    std::function<ComPtr<IDispatch>(const MapTree&)> makeNodes;
+    std::function<ComPtr<IDispatch>(const MapTree&, MapTree::NodeRef)> makeNode;
+    // A new map object of our own library, for a map that the core has made.
+    std::function<ComPtr<IDispatch>(StoryboardMap&)> makeMap;
 };
 
 class HostStoryboard : public Storyboard, public HostObject {
@@ -31,9 +30,8 @@ public:
 
 class HostMap : public StoryboardMap, public HostObject {
 public:
-    // Without a factory the map has a name only: filling and reading it is an Error.
-    HostMap(IDispatch* map, std::shared_ptr<NodeObjectFactory> nodeObjects)
-        : HostObject(map), nodeObjects(std::move(nodeObjects)) {}
+    // Without makers the map has a name only: filling and reading it is an Error.
+    explicit HostMap(IDispatch* map, ObjectMakers makers = {}) : HostObject(map), makers(std::move(makers)) {}
 
     Text Name() const override { return TextFrom(Call(L"Name")); }
     void SetName(const Text& name) override { Put(L"Name", Variant(TextView(name))); }
@@ -42,16 +40,9 @@ public:
     const void* Identity() const override { return ObjectIdentity(); }
 
 private:
-    NodeObjectFactory& Objects() const;
+    void RequireMakers() const;
 
-    std::shared_ptr<NodeObjectFactory> nodeObjects;
-};
-
-// What the host's lesson lacks and the library supplies.
-struct LessonSupport {
-    std::shared_ptr<NodeObjectFactory> nodeObjects;
-    // A new map object of our own library, for a map that the core has made.
-    std::function<ComPtr<IDispatch>(StoryboardMap&)> makeMap;
+    ObjectMakers makers;
 };
 
 class HostStoryboards : public Storyboards, public HostObject {
@@ -66,7 +57,7 @@ public:
 
 class HostMaps : public StoryboardMaps, public HostObject {
 public:
-    HostMaps(IDispatch* maps, LessonSupport support) : HostObject(maps), support(std::move(support)) {}
+    HostMaps(IDispatch* maps, ObjectMakers makers) : HostObject(maps), makers(std::move(makers)) {}
     int32_t Count() const override { return NumberFrom(Call(L"Count")); }
     std::shared_ptr<StoryboardMap> Item(int32_t index) const override {
         return MapFrom(TryGetItem(L"Item", Variant(index)));
@@ -81,19 +72,19 @@ public:
 private:
     std::shared_ptr<StoryboardMap> MapFrom(const Variant& value) const;
 
-    LessonSupport support;
+    ObjectMakers makers;
 };
 
 class HostLesson : public Lesson, public HostObject {
 public:
-    HostLesson(IDispatch* lesson, LessonSupport support) : HostObject(lesson), support(std::move(support)) {}
+    HostLesson(IDispatch* lesson, ObjectMakers makers) : HostObject(lesson), makers(std::move(makers)) {}
     std::shared_ptr<StoryboardMaps> Maps() const override;
     std::shared_ptr<dax::Storyboards> Storyboards() const override;
     Text CurrentSBID() const override { return TextFrom(Call(L"CurrentSBID")); }
     void SetCurrentSBID(const Text& sbid) override { Put(L"CurrentSBID", Variant(TextView(sbid))); }
 
 private:
-    LessonSupport support;
+    ObjectMakers makers;
 };
 
 // The host's object that one of these wraps; null for null and for what no host has made.

@@ -47,7 +47,7 @@ ComPtr<IDispatch> MakeMapObject(StoryboardMap& map) {
     NodeMapTree nodes(*tree);
     const MapTree::NodeRef root = NodeMapTree::RefOf(&tree->Add(nullptr, InsertPosition::LastChild, u""));
     map.FillTree(nodes, root);
-    HostMap(object.Object(), std::make_shared<TreeObjects>(tree)).ReadLayout(nodes, root);
+    HostMap(object.Object(), std::make_shared<TreeObjects>(tree)->Makers()).ReadLayout(nodes, root);
     return ComPtr<IDispatch>(object.Object());
 }
 

@@ -4,7 +4,7 @@
 #include "lessonmap/win32/LessonMapEditorWindow.h"
 #include "ocx/controls/ControlClasses.h"
 #include "ocx/hosting/Control.h"
-#include "ocx/lessonmap/HostPictures.h"
+#include "ocx/lessonmap/ControlLink.h"
 #include "ocx/lessonmap/LessonMapContent.h"
 #include "ocx/lessonmap/StoryboardCollectionObject.h"
 #include "ocx/lessonmap/TreeObjects.h"
@@ -102,38 +102,12 @@ public:
         return Get(sbid, &Core::FindNextSBID, criteria, findType, exactMatch, wrapSearch);
     }
     STDMETHODIMP SetImageList(VARIANT imageList, VARIANT keys) override {
-        return Call([&] { UsePictures(imageList, keys); });
+        return Call([&] { link->SetImageList(imageList, keys); });
     }
 
 private:
     Core& Target() const override { return *editor; }
-    ~LessonMapEditorControl() override { treeOwner->control = nullptr; }
-
-    // The tree for hosts, who may hold it longer than the control.
-    struct ControlTree final : TreeOwner {
-        explicit ControlTree(LessonMapEditorControl& owner) : control(&owner) {}
-        int PictureOf(const Text& key) const override {
-            return control ? control->editor->ImageList().IndexOfType(key) : 0;
-        }
-        TreeWindow* Window() const override { return control ? &control->View().Tree() : nullptr; }
-        HWND Handle() const override { return control ? control->View().Tree().Handle() : nullptr; }
-        ComPtr<IDispatch> ImageList() const override { return control ? control->imageList : ComPtr<IDispatch>(); }
-        void SetImageList(IDispatch* list) override {
-            if (!control) return;
-            const SelfReference self(*control);
-            control->UsePictures(Variant(list), Variant());
-        }
-        LessonMapEditorControl* control;
-    };
-
-    void UsePictures(const VARIANT& list, const VARIANT& keys) {
-        const HostPictures pictures = ReadPictures(list, keys);
-        const Variant plain = PlainOf(list);
-        const auto object = pictures.images && plain.vt == VT_DISPATCH ? ObjectFrom(plain) : ComPtr<IDispatch>();
-        if (!View().SetPictures(pictures.images, pictures.keys))
-            throw Error(ErrorNumbers::TypeMismatch, u"There is no such image list.");
-        imageList = object;
-    }
+    ~LessonMapEditorControl() override { link->OnControlDestroyed(); }
 
     // The same adapter for the same object: setting a lesson once more does not make it another one.
     std::shared_ptr<Lesson> LessonOf(IDispatch* object) const {
@@ -141,13 +115,15 @@ private:
         auto former = editor->Lesson();
         const auto* const host = dynamic_cast<const HostObject*>(former.get());
         if (host && host->ObjectIdentity() == HostObject(object).ObjectIdentity()) return former;
-        return std::make_shared<HostLesson>(object, LessonSupport{nodes, MakeMapObject});
+        ObjectMakers makers = nodes->Makers();
+        makers.makeMap = MakeMapObject;
+        return std::make_shared<HostLesson>(object, std::move(makers));
     }
 
     const std::shared_ptr<dax::LessonMapEditor> editor = View().Editor();
-    const std::shared_ptr<ControlTree> treeOwner = std::make_shared<ControlTree>(*this);
-    const std::shared_ptr<TreeObjects> nodes = std::make_shared<TreeObjects>(editor->tvwObject(), treeOwner);
-    ComPtr<IDispatch> imageList; // the object that the host has set
+    const std::shared_ptr<ControlLink> link =
+        std::make_shared<ControlLink>(static_cast<_LessonMapEditor&>(*this), View());
+    const std::shared_ptr<TreeObjects> nodes = std::make_shared<TreeObjects>(editor->tvwObject(), link);
     Subscription selectionListener, checkListener, mapListener, deleteListener, menuListener, errorListener;
 };
 

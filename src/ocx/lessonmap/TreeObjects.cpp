@@ -6,6 +6,7 @@
 #include "com/Enumerator.h"
 #include "com/Forwarding.h"
 #include "lessonmap/NodeMapTree.h"
+#include "ocx/lessonmap/ControlLink.h"
 #include "tree/modTVW.h"
 
 #include <utility>
@@ -100,7 +101,7 @@ public:
     STDMETHODIMP put_ImageList(IDispatch* value) override { return putref_ImageList(value); }
     STDMETHODIMP putref_ImageList(IDispatch* value) override {
         return Call([&] {
-            if (owner->Control()) owner->Control()->SetImageList(value);
+            if (owner->Control()) owner->Control()->SetImageList(Variant(value), Variant());
         });
     }
     STDMETHODIMP get_hWnd(LONG* value) override {
@@ -122,7 +123,7 @@ private:
 
 } // namespace
 
-TreeObjects::TreeObjects(std::shared_ptr<NodeTree> nodes, std::shared_ptr<TreeOwner> newControl)
+TreeObjects::TreeObjects(std::shared_ptr<NodeTree> nodes, std::shared_ptr<ControlLink> newControl)
     : tree(std::move(nodes)), control(std::move(newControl)) {
     tree->AddListener(*this);
 }
@@ -149,7 +150,18 @@ _Node* TreeObjects::ObjectOf(Node* node) {
     return place->second;
 }
 
-ComPtr<IDispatch> TreeObjects::Nodes(const MapTree& nodes) { return ComPtr<_Nodes>::Adopt(Of(nodes)->NewNodes()); }
+ObjectMakers TreeObjects::Makers() {
+    ObjectMakers makers;
+    makers.makeNodes = [self = shared_from_this()](const MapTree& nodes) -> ComPtr<IDispatch> {
+        return ComPtr<_Nodes>::Adopt(self->Of(nodes)->NewNodes());
+    };
+    makers.makeNode = [self = shared_from_this()](const MapTree& nodes, MapTree::NodeRef node) -> ComPtr<IDispatch> {
+        const auto objects = self->Of(nodes);
+        if (node == MapTree::NodeRef::None) return {};
+        return ComPtr<_Node>::Adopt(objects->ObjectOf(static_cast<const NodeMapTree&>(nodes).NodeOf(node)));
+    };
+    return makers;
+}
 
 std::shared_ptr<TreeObjects> TreeObjects::Of(const MapTree& nodes) {
     const auto* const own = dynamic_cast<const NodeMapTree*>(&nodes);
@@ -161,12 +173,6 @@ std::shared_ptr<TreeObjects> TreeObjects::Of(const MapTree& nodes) {
         mapObjects = objects;
     }
     return objects;
-}
-
-ComPtr<IDispatch> TreeObjects::NodeOf(const MapTree& nodes, MapTree::NodeRef node) {
-    const auto objects = Of(nodes);
-    if (node == MapTree::NodeRef::None) return {};
-    return ComPtr<_Node>::Adopt(objects->ObjectOf(static_cast<const NodeMapTree&>(nodes).NodeOf(node)));
 }
 
 Node* TreeObjects::Resolve(const VARIANT& reference) {

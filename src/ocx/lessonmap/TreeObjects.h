@@ -4,45 +4,32 @@
 #include "DAXControls.h"
 
 #include "ocx/latebound/HostLesson.h"
-#include "tree/TreeWindow.h"
+#include "tree/NodeTree.h"
 
 #include <memory>
 #include <unordered_map>
 
 namespace dax {
 
+class ControlLink;
 class NodeObject;
-
-// What the control that shows the tree supplies besides the nodes. An interface, since the tree's objects may exist
-// longer than the control, and without one.
-class TreeOwner {
-public:
-    virtual ~TreeOwner() = default;
-    virtual int PictureOf(const Text& key) const = 0;
-    virtual TreeWindow* Window() const = 0; // null: the control was destroyed
-    virtual HWND Handle() const = 0;
-    virtual ComPtr<IDispatch> ImageList() const = 0;
-    virtual void SetImageList(IDispatch* list) = 0;
-};
 
 // Owns the tree. A node has one object as long as it is referenced; when the node is removed, the object returns
 // errors.
-class TreeObjects final : public NodeObjectFactory,
-                          public std::enable_shared_from_this<TreeObjects>,
-                          private TreeListener {
+class TreeObjects final : public std::enable_shared_from_this<TreeObjects>, private TreeListener {
 public:
-    explicit TreeObjects(std::shared_ptr<NodeTree> tree, std::shared_ptr<TreeOwner> control = nullptr);
+    explicit TreeObjects(std::shared_ptr<NodeTree> tree, std::shared_ptr<ControlLink> control = nullptr);
     ~TreeObjects() override;
     TreeObjects(const TreeObjects&) = delete;
     TreeObjects& operator=(const TreeObjects&) = delete;
 
     NodeTree& Tree() const { return *tree; }
-    TreeOwner* Control() const { return control.get(); } // null: a tree without a control
-    _TreeView* NewView();                                // these three return one reference
+    ControlLink* Control() const { return control.get(); } // null: a tree without a control
+    _TreeView* NewView();                                  // these three return one reference
     _Nodes* NewNodes();
     _Node* ObjectOf(Node* node); // null for null
-    ComPtr<IDispatch> Nodes(const MapTree& nodes) override;
-    ComPtr<IDispatch> NodeOf(const MapTree& nodes, MapTree::NodeRef node) override;
+    // For the maps of a host's lesson. They keep these objects.
+    ObjectMakers Makers();
 
     // A node by itself, its key or its place in the order of adding. Null for what is left out or Nothing; throws Error
     // for what is not in the tree.
@@ -54,12 +41,12 @@ public:
 
 private:
     Node* AtPlace(int64_t place);
-    std::shared_ptr<TreeObjects> Of(const MapTree& nodes);
+    std::shared_ptr<TreeObjects> Of(const MapTree& nodes); // throws Error for the nodes of another tree
     void NodeRemoving(Node& node) override;
     void AllRemoving() override;
 
     const std::shared_ptr<NodeTree> tree;
-    const std::shared_ptr<TreeOwner> control;
+    const std::shared_ptr<ControlLink> control;
     std::weak_ptr<TreeObjects> mapObjects; // the objects of a tree that a map fills or reads beside this one
     std::unordered_map<const Node*, NodeObject*> objects;
     Node* lastFound = nullptr; // by its place; so that asking for one after the other is linear
