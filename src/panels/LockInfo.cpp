@@ -36,22 +36,18 @@ void LockSummary::CountLock(const Value& username, const Value& lockDate, const 
         text = VariantToString(username, u"(unknown)");
         if (reading == 0) detail = u"since " + VariantToString(lockDate, u"(unknown)");
     };
-    const auto reads = [&](int32_t& count, Text& detail) {
-        ++count;
-        detail = VariantToString(username, u"(unknown)");
-    };
     switch (modGeneric::VariantToLong(lockType, lltNone)) {
     case lltEditLesson:
         edits(editLessonCount, editLessonText, readLessonCount, lessonDetailText);
         break;
     case lltReadLesson:
-        reads(readLessonCount, lessonDetailText);
+        ++readLessonCount; // their texts come from the counts
         break;
     case lltEditGuide:
         edits(editGuideCount, editGuideText, readGuideCount, guideDetailText);
         break;
     case lltReadGuide:
-        reads(readGuideCount, guideDetailText);
+        ++readGuideCount;
         break;
     default:
         break;

@@ -346,7 +346,10 @@ TEST_F(EditorOnFile, ACancelledDragLeavesTheNotificationsOn) {
     editor->Undo();
     editor->SetCurrentLessonID(u"b");
     EXPECT_EQ(Shape() + Take(), u"(g(a b s(c d)) h)D Sb ");
-    ASSERT_TRUE(drag(u"a", window.At(At(u"h"), 10)));
+    At(u"s").SetExpanded(false); // and is expanded again when the pointer stays
+    ASSERT_TRUE(drag(u"a", window.At(At(u"s"), 5)));
+    editor->OnTimer(TreeTimer::AutoExpand);
+    EXPECT_TRUE(At(u"s").IsExpanded());
     editor->RemoveLesson(u"a", true); // the dragged one
     EXPECT_FALSE(editor->IsDragging());
     Take();

@@ -58,6 +58,10 @@ TEST_P(HierarchyOnEngine, SavesWithTheDocumentedStatements) {
     }
     EXPECT_EQ(Rows()[u"n"], u"It's \\ new \U0001D11E|n'n|g|2|2|0||");
     EXPECT_EQ(Rows()[u"b"], u"O'Neil|id b|g|2|3|1|data|");
+    // What was deleted once is not deleted again: another author may have added it meanwhile.
+    database->Run({test::RowStatement(u"gone", u"Theirs", u"", 1, 9, 1)});
+    ASSERT_TRUE(editor->SaveDatabase()) << ToUtf8(error);
+    EXPECT_EQ(Rows()[u"gone"], u"Theirs|id gone||1|9|1|data|");
     // What is removed and added again is only added: its row is still there, and nothing is saved, deliberately.
     editor->RemoveLesson(u"b", false);
     editor->AddLesson(u"b", u"again", u"", ltLesson);

@@ -136,10 +136,8 @@ void OdbcRows::Load(size_t column) {
     if (!buffer.isBound) {
         char16_t terminator = 0;
         buffer.length = 0;
-        const SQLRETURN result = SQLGetData(statement.Handle(), static_cast<SQLUSMALLINT>(column + 1), valueType,
-                                            &terminator, unitSize, &buffer.length);
-        statement.Check(result);
-        if (result == SQL_NO_DATA) buffer.length = 0;
+        statement.Check(SQLGetData(statement.Handle(), static_cast<SQLUSMALLINT>(column + 1), valueType, &terminator,
+                                   unitSize, &buffer.length));
         isEmpty = buffer.length == SQL_NULL_DATA || buffer.length == 0;
     }
     if (!isEmpty) LoadPieces(column, buffer.length > 0 ? static_cast<size_t>(buffer.length) : 0);
