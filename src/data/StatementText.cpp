@@ -214,12 +214,13 @@ Text TableOf(TextView statement) {
     while (pieces.Next()) {
         if (pieces.Kind() != Piece::Plain) continue;
         const TextView units = pieces.Units();
-        for (size_t begin = 0, end = 0; end < units.size(); begin = end + 1) {
-            end = begin;
+        for (size_t begin = 0; begin < units.size();) {
+            size_t end = begin;
             while (end < units.size() && TextReader::IsWordUnit(units[end])) ++end;
             const TextView word = units.substr(begin, end - begin);
             if (isNext && !word.empty()) return Text(word);
             isNext = isNext || EqualNoCase(word, u"FROM");
+            begin = end + 1;
         }
     }
     return {};

@@ -182,8 +182,7 @@ bool CanMoveNode(const NodeTree& tree, const Node* node, StoryboardMovementTypes
 }
 
 // The node itself is relinked with its branch; no temporary node replaces it meanwhile.
-bool MoveNode(NodeTree& tree, Node* node, StoryboardMovementTypes movement) {
-    if (!CanMoveNode(tree, node, movement)) return false;
+void MoveNode(NodeTree& tree, Node* node, StoryboardMovementTypes movement) {
     const TreeUpdate update(tree);
     if (movement == smtNextMap) {
         tree.Move(*node, modTVW::GetRootNode(node)->Next(), InsertPosition::FirstChild);
@@ -193,7 +192,6 @@ bool MoveNode(NodeTree& tree, Node* node, StoryboardMovementTypes movement) {
         modTVW::MoveTreeNode(tree, node, static_cast<GroupMovementTypes>(movement));
     }
     UpdateMapCaptions(tree);
-    return true;
 }
 
 bool MatchStoryboard(const Node* node, const Text& criteria, FindTypes findType, bool exactMatch,

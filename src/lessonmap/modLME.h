@@ -29,8 +29,8 @@ void SaveMapLayouts(NodeTree& tree, std::shared_ptr<Lesson> lesson);
 std::shared_ptr<Storyboard> FindStoryboard(const std::shared_ptr<Lesson>& lesson, const Text& sbid);
 
 bool CanMoveNode(const NodeTree& tree, const Node* node, StoryboardMovementTypes movement);
-// False, and nothing done, when the node cannot move so.
-bool MoveNode(NodeTree& tree, Node* node, StoryboardMovementTypes movement);
+// Only where CanMoveNode is true.
+void MoveNode(NodeTree& tree, Node* node, StoryboardMovementTypes movement);
 
 // Whether title, identifier or SBID of the node's storyboard holds the criteria or, with `exactMatch`, is the criteria,
 // whatever the case. `findType` deliberately does not narrow the search.

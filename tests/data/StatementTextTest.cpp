@@ -42,6 +42,7 @@ TEST(StatementTextTest, AdaptsOutsideQuotesOnly) {
         {u"/* ' */ #2024/05/06# - 1 / 2 /*/ #2024/05/06#*/",
          u"/* ' */ '2024-05-06 00:00:00' - 1 / 2 /*/ #2024/05/06#*/"},
         {u"1 /* a */* #2024/05/06#", u"1 /* a */* '2024-05-06 00:00:00'"},
+        {u"1 - /* a */#2024/05/06#", u"1 - /* a */'2024-05-06 00:00:00'"},
         {u"[a]]#2024/05/06#] = `#2024/05/06#` + \"\"\"#2024/05/06#\"",
          u"[a]]#2024/05/06#] = `#2024/05/06#` + \"\"\"#2024/05/06#\""},
         {u"a = 'x'#2024/05/06#'y'", u"a = 'x' '2024-05-06 00:00:00' 'y'"}, // adjacent literals stay separate
@@ -77,6 +78,7 @@ TEST(StatementTextTest, TheTableOfASimpleSelect) {
         {u"SELECT a, b FROM t WHERE c = ' FROM u'", u"t"},
         {u"SELECT ' FROM u', fromage, a\nfrom  t_1,u", u"t_1"},
         {u"SELECT \"FROM v\"FROM t", u"t"},
+        {u"SELECT a FROM/**/t", u"t"},
         {u"SELECT 1", u""},
         {u"SELECT 1 FROM ", u""},
     };

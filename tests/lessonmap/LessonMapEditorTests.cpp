@@ -349,6 +349,11 @@ TEST_F(LessonMapEditorTest, PropertiesAreKeptAndReported) {
     other->WriteProperties(again);
     EXPECT_EQ(bag.size(), 5u);
     EXPECT_TRUE(again == bag);
+    test::PropertyMap none;
+    again.clear();
+    other->ReadProperties(none); // what is not there has its default
+    other->WriteProperties(again);
+    EXPECT_TRUE(again.empty());
     const std::pair<Value, int> styles[] = {
         {int64_t{7}, 7}, {int64_t{1} << 40, csTitle}, {Text(u"1"), csTitle}, {int64_t{-1}, -1}};
     for (const auto& [style, shown] : styles) { // any number is kept, and shows the titles

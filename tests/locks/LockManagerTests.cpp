@@ -107,6 +107,8 @@ TEST_F(LockManagerTest, ListsFiltersAndCounts) {
     EXPECT_THAT(counts(), ElementsAre(4, 2, 3, 3, 0));
     manager.username = u"Ann";
     EXPECT_EQ(manager.DeletableLockCount(), 1);
+    manager.username.clear();
+    EXPECT_EQ(manager.DeletableLockCount(), 0);
 
     manager.username = u"ann";
     manager.lockDisplayType = ldtInvalidLocks;

@@ -23,7 +23,7 @@ protected:
         if (!database) return;
         CreateTables(*database, Schema::Database::Connector);
         database->Run({u"INSERT INTO velmoraDBUsers (userID, username, superUser) VALUES (1, 'super', 1), (2, "
-                       u"'O''Neil', 0), (3, 'without', 0)",
+                       u"'O''Neil', 0), (3, 'without', NULL)",
                        u"INSERT INTO velmoraDBList (dbID, dbCatalogName, username, password, dbTitle, dbDescription) "
                        u"VALUES (10, 'alpha', 'login10', 'secret10', 'Same title', 'about 10'), (11, 'beta', "
                        u"'login11', 'secret11', 'Beta \U0001F600', 'about 11'), (12, 'gamma', 'login12', 'secret12', "
