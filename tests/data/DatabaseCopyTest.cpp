@@ -344,6 +344,7 @@ TEST(RowComparisonTest, FindsWhatDiffersInAnyOrder) {
         {u"a1 b2 c3", u"c3 a1", true, "missing k 'b'"},
         {u"a1 b2 c3", u"c3 d2 a1", true, "missing k 'b'"},
         {u"a1", u"c3 a1", true, "additional k 'c'"},
+        {u"a1 c2 b3", u"d4 a1", true, "missing k 'c'"},
         {u"a1 a1 b2", u"a1 b2", false, "missing k 'a', v 1"},
         {u"a1 a1", u"a1 a1 a1", false, "additional k 'a', v 1"},
         {u"aX bY", u"bY aZ", true, "value 1 k 'a'"},

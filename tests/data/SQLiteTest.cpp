@@ -338,7 +338,7 @@ TEST_F(SQLiteTest, DataSourcesOpenTheirFiles) {
     const test::TempFolder folder;
     const Text file =
         folder.Write(u"odbc.ini", "[other]\nDriver=SQLite3\n[dax_Course]\n; a remark\nDriver = SQLite3\n" +
-                                      ("Database = " + ToUtf8(database.Name())) + "\nTimeout=100\n");
+                                      ("Database=" + ToUtf8(database.Name())) + "\nTimeout=100\n");
     setenv("ODBCINI", ToUtf8(file).c_str(), 1);
     for (const Text string : {u"DSN=dax_course", u"Provider=MSDASQL;Data Source=DAX_COURSE"})
         EXPECT_NO_THROW(Connection().Open(string)) << ToUtf8(string);
