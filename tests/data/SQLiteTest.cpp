@@ -304,6 +304,9 @@ TEST_F(SQLiteTest, ZerosInTextsErrorsInTransactionsAndStatementsForbidden) {
     connection.Execute(u"PRAGMA writable_schema = ON"); // of no effect
     ExpectRefused(u"UPDATE sqlite_master SET sql = ''", ErrorNumbers::Unspecified, "may not be modified");
     ExpectRefused(u"ATTACH 'x.db' AS x", ErrorNumbers::Unspecified, "too many attached");
+    // What a file defines may not read what is not in the file.
+    connection.Execute(u"CREATE VIEW v AS SELECT file FROM pragma_database_list");
+    EXPECT_TRUE(FailureOf([&] { rows.Open(u"SELECT file FROM v", connection); }).Mentions("unsafe use"));
     // Its connection is destroyed first.
     rows.Open(u"SELECT a FROM t", connection);
     connection.Close();
