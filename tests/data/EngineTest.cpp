@@ -11,6 +11,11 @@ namespace {
 
 using test::FailureOf;
 
+#ifndef _WIN32
+// Drivers convert some texts by the locale's encoding: ours must arrive in any locale.
+[[maybe_unused]] const int plainLocale = setenv("LC_ALL", "C", 1);
+#endif
+
 class DataTest : public test::EngineTest {
 protected:
     void SetUp() override {
@@ -113,8 +118,9 @@ TEST_P(DataTest, NullIsNotEmptyWhereverTheRowsAre) {
         EXPECT_TRUE(FailureOf([&] { rows.Open(u"SELECT 1", database->ConnectionString()); }).Mentions("already open"));
         rows.Close();
         EXPECT_EQ(rows.FieldCount(), 0u);
-        EXPECT_TRUE(FailureOf([&] { (void)rows.Eof(); }).Mentions("closed"));
-        EXPECT_TRUE(FailureOf([&] { (void)rows.RecordCount(); }).Mentions("closed"));
+        const std::function<void()> calls[] = {[&] { (void)rows.Eof(); }, [&] { rows.MoveNext(); },
+                                               [&] { (void)rows.RecordCount(); }, [&] { (void)rows.Field(u"made"); }};
+        for (const auto& call : calls) EXPECT_TRUE(FailureOf(call).Mentions("closed"));
         rows.Open(u"SELECT 1", connection); // in the same place
         EXPECT_EQ(rows.RecordCount(), location == adUseClient ? 1 : -1);
     }
@@ -299,7 +305,7 @@ TEST_P(DataTest, ManyStatementsGiveWhatOneByOneGives) {
 TEST_P(DataTest, ErrorsCarryTheNumbersHostsKnow) {
     Insert(u"a", u"");
     const std::pair<Text, int32_t> cases[] = {
-        {u"SELECT TOP 1 a FROM żółw", ErrorNumbers::NoTable},
+        {u"SELECT TOP 1 a FROM żółw_טǘ", ErrorNumbers::NoTable},
         {u"SELECT TOP 1 thingID, missing FROM things", ErrorNumbers::SyntaxOrColumn},
         {u"INSERT INTO things (thingID, missing) VALUES ('b', 1)", ErrorNumbers::SyntaxOrColumn},
         {u"INSERT INTO things (thingID) VALUES ('a')", ErrorNumbers::Integrity},
@@ -314,8 +320,8 @@ TEST_P(DataTest, ErrorsCarryTheNumbersHostsKnow) {
         EXPECT_EQ(std::string(error.what()).find("Error while executing"), std::string::npos) << error.what();
     }
     Recordset table;
-    const auto error = FailureOf([&] { table.Open(u"żółw", connection, adOpenDynamic, adLockOptimistic, adCmdTable); });
-    EXPECT_TRUE(error.Number() == ErrorNumbers::NoTable && error.Mentions("żółw")) << error.what();
+    const auto error = FailureOf([&] { table.Open(u"żółw_טǘ", connection, adOpenDynamic, adLockOptimistic, adCmdTable); });
+    EXPECT_TRUE(error.Number() == ErrorNumbers::NoTable && error.Mentions("żółw_טǘ")) << error.what();
     EXPECT_FALSE(table.IsOpen());
     EXPECT_TRUE(
         FailureOf([&] { table.Open(u"DELETE FROM things WHERE 1 = 0", connection); }).Mentions("returns no rows"));
