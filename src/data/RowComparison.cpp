@@ -190,8 +190,7 @@ std::optional<RowDifference> CompareRows(std::span<const RowColumn> columns, con
     Comparison comparison(columns, isKey, maxUnits);
     for (size_t part = 0, parts = 1; part < parts;) {
         if (!comparison.Pass(source(), target(), part, parts)) {
-            part = 0;
-            parts *= partsPerOverflow;
+            parts *= partsPerOverflow; // the rows of the smaller parts before this one have been compared
             continue;
         }
         if (auto difference = comparison.Difference()) return difference;

@@ -234,6 +234,7 @@ TEST_F(LessonMapEditorTest, KeysMouseAndDrops) {
         {"moved with the right button", pressAndMove(MouseButton::Right, MouseButton::None), "", ""},
         {"pressed, released, moved", pressAndMove(MouseButton::Left, MouseButton::Left), "", ""},
         {"dropped", [&] { drop(u"d", u"b"); }, "changed 2, selected b", ""},
+        {"dropped in another map", [&] { drop(u"d", u"e"); }, "changed 2, selected e", ""},
         {"dropped on itself", [&] { drop(u"d", u"d"), tree->Select(&At(u"e")); }, "selected e", "selected e"},
         {"there and back", [&] { drop(u"d", u"a"), drop(u"a", u"d"); }, "changed 2, selected a, changed 2, selected d",
          ""},
@@ -256,6 +257,8 @@ TEST_F(LessonMapEditorTest, KeysMouseAndDrops) {
             if (editor->IsDragging()) Record("still dragging");
             EXPECT_EQ(Take(), isLocked ? eventsWhenLocked : events);
             EXPECT_EQ(lesson->CurrentSBID(), editor->CurrentSBID());
+            for (const Node* map = tree->First(); map; map = map->Next())
+                EXPECT_EQ(map->Caption(), map->Key() + u" (" + ToText(modTVW::CountDescendants(map)) + u")");
         }
     }
     // Expanding or collapsing with Ctrl and Shift includes the branch, each time.

@@ -29,6 +29,7 @@ protected:
         manager.Error.AddPermanent([this](int32_t number, const Text& description, const Text& occasion,
                                           const Text& routine, int32_t& action) {
             errors.push_back(ToUtf8(routine + u", " + occasion + u", " + ToText(number) + u": " + description));
+            EXPECT_EQ(action, 0);
             if (answers.empty()) return;
             action = answers.front();
             answers.erase(answers.begin());
@@ -154,8 +155,9 @@ TEST_F(LockManagerTest, ColumnsSortAndAreRebuilt) {
     manager.ListClicked();
     EXPECT_EQ(selections.back(), ldtCanDelete);
     manager.DeleteRequest.AddPermanent([&](LockDeleteTypes type) { requests.push_back(type); });
-    manager.KeyDown(46);
     manager.KeyDown(45);
+    EXPECT_TRUE(requests.empty());
+    manager.KeyDown(46);
     Select(1, false);
     manager.KeyDown(46);
     EXPECT_EQ(requests, std::vector{ldtCanDelete});
