@@ -190,9 +190,10 @@ TEST_F(EditorOnFile, UndoDuringOperations) {
     ASSERT_TRUE(editor->SaveDatabase());
     while (editor->CanUndo()) editor->Undo();
     EXPECT_TRUE(editor->SaveDatabase()) << ToUtf8(error);
+    const auto rows = [this] { return test::ReadRows(database.ConnectionString()); };
+    EXPECT_TRUE(rows().contains(u"h"));
     // A host that saves at every change.
     Subscription listener = editor->DataChanged.Add([this] { EXPECT_TRUE(editor->SaveDatabase()) << ToUtf8(error); });
-    const auto rows = [this] { return test::ReadRows(database.ConnectionString()); };
     editor->AddLesson(u"auto", u"", u"", ltLesson);
     editor->RemoveLesson(u"h", true);
     for (const size_t steps : {1, 2}) {

@@ -44,7 +44,7 @@ protected:
     template <typename Info>
     std::string LinesOf(const Info& info) {
         FakeSurface surface(1000);
-        info.Paint(surface);
+        for (int i = 0; i < 2; ++i) info.Paint(surface); // what was drawn before is cleared
         EXPECT_TRUE(!surface.isBold && surface.size == 8) << "the next one to paint begins as this one did";
         for (const auto& line : surface.drawn) EXPECT_EQ(line.place.left, 0);
         return Join(surface);

@@ -191,6 +191,17 @@ TEST_F(ModTVW, AcceptsNullNodes) {
     ExpandSubtree(nullptr);
 }
 
+TEST_F(ModTVW, MovesWhatCanMove) {
+    const std::pair<Node*, std::string> possible[] = {{nullptr, "------"}, {&root, "------"}, {&a, "--d---"},
+                                                      {&b, "-u-i--"},      {&a1, "--d-o-"},   {&a2, "-udio-"}};
+    for (const auto& [node, movements] : possible)
+        for (int i = 0; i < 6; ++i)
+            EXPECT_EQ(CanMoveTreeNode(tree, node, static_cast<GroupMovementTypes>(i)), movements[i] != '-') << i;
+    EXPECT_FALSE(MoveTreeNode(tree, &a, gmtUp));
+    EXPECT_TRUE(MoveTreeNode(tree, &a1, gmtOutdent));
+    EXPECT_EQ(a.Next(), &a1);
+}
+
 TEST_F(ModTVW, WalksAndNumbers) {
     EXPECT_EQ(GetNextNode(&a21, &a), nullptr);
     IDCollection keys;
