@@ -9,6 +9,7 @@
 #include "data/Session.h"
 #include "data/modDB.h"
 #include "support/CourseRows.h"
+#include "support/SentStatements.h"
 #include "support/SilentServer.h"
 
 #include <gmock/gmock.h>
@@ -166,7 +167,11 @@ TEST_P(CopyTest, SaysWhatItCannotCopy) {
                               "machineName 'B' was not the same"));
         to->Run({u"DROP TABLE velmoraConnectionHistory"});
     }
-    Copying(*from, *to).Do();
+    {
+        const test::SentStatements sent;
+        Copying(*from, *to).Do();
+        EXPECT_THAT(sent.Texts(), ::testing::Contains(HasSubstr("velmoraDBUserRights (userID, dbID, rights)")));
+    }
     if (from->Kind() != Engine::PostgreSQL) from->Run({u"UPDATE velmoraDBUsers SET username = char(97, 0, 98)"});
     if (from->Kind() != Engine::PostgreSQL && to->Kind() == Engine::PostgreSQL) {
         EXPECT_THAT(failure(), HasSubstr("'FROM': velmoraDBUsers: The value of username in the row userID 7 contains"));
