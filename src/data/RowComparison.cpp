@@ -190,7 +190,8 @@ std::optional<RowDifference> CompareRows(std::span<const RowColumn> columns, con
     Comparison comparison(columns, isKey, maxUnits);
     for (size_t part = 0, parts = 1; part < parts;) {
         if (!comparison.Pass(source(), target(), part, parts)) {
-            parts *= partsPerOverflow; // the rows of the smaller parts before this one have been compared
+            // A row whose hash now leaves a remainder below this part's left the same before: it has been compared.
+            parts *= partsPerOverflow;
             continue;
         }
         if (auto difference = comparison.Difference()) return difference;
